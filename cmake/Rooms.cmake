@@ -1,0 +1,18 @@
+# Helpers for the rooms' test and benchmark programs.
+
+# veltrac_add_test(<name> SOURCES … LIBRARIES …): a GoogleTest program, each of its cases a ctest.
+# Windows are tested on Qt's offscreen platform.
+function(veltrac_add_test name)
+  cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES" ${ARGN})
+  add_executable(${name} ${arg_SOURCES})
+  target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} veltrac_warnings GTest::gtest)
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST
+    PROPERTIES TIMEOUT 300 ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8")
+endfunction()
+
+# veltrac_add_benchmark(<name> SOURCES … LIBRARIES …): a Google Benchmark program.
+function(veltrac_add_benchmark name)
+  cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES" ${ARGN})
+  add_executable(${name} ${arg_SOURCES})
+  target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} veltrac_warnings benchmark::benchmark)
+endfunction()

@@ -1,0 +1,1 @@
+// Keeps a library alive whose room has no source yet.

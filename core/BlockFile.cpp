@@ -1,0 +1,200 @@
+#include "core/BlockFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <limits>
+
+#ifdef _WIN32
+#include <io.h>
+#else
+#include <unistd.h>
+#endif
+
+#include "core/TsExceptions.h"
+
+namespace {
+
+constexpr std::uint32_t kShortRead = 100000;
+constexpr std::uint32_t kShortWrite = 200000;
+constexpr long long kSeekFailed = -1;
+
+// What one positioned transfer came to: the bytes moved, or kSeekFailed.
+#ifdef _WIN32
+
+long long readAt(int fd, std::uint64_t offset, void* to, std::size_t count)
+{
+    if (_lseek(fd, static_cast<long>(offset), SEEK_SET) < 0)
+        return kSeekFailed;
+    const int moved = _read(fd, to, static_cast<unsigned>(count));
+    return moved < 0 ? 0 : moved;
+}
+
+long long writeAt(int fd, std::uint64_t offset, const void* from, std::size_t count)
+{
+    if (_lseek(fd, static_cast<long>(offset), SEEK_SET) < 0)
+        return kSeekFailed;
+    const int moved = _write(fd, from, static_cast<unsigned>(count));
+    return moved < 0 ? 0 : moved;
+}
+
+#else
+
+// pread and pwrite are the seek and the transfer in one call, which halves the cost of a block.
+template <typename Transfer>
+long long retried(Transfer transfer)
+{
+    for (;;) {
+        const ssize_t moved = transfer();
+        if (moved >= 0)
+            return moved;
+        if (errno == EINTR)
+            continue;
+        return errno == ESPIPE || errno == EINVAL || errno == EBADF ? kSeekFailed : 0;
+    }
+}
+
+long long readAt(int fd, std::uint64_t offset, void* to, std::size_t count)
+{
+    return retried([&] { return ::pread(fd, to, count, static_cast<off_t>(offset)); });
+}
+
+long long writeAt(int fd, std::uint64_t offset, const void* from, std::size_t count)
+{
+    return retried([&] { return ::pwrite(fd, from, count, static_cast<off_t>(offset)); });
+}
+
+#endif
+
+TS::IO_ERROR seekError(int descriptor, std::uint64_t offset)
+{
+    return {static_cast<std::uint32_t>(descriptor), static_cast<std::uint32_t>(offset), 1};
+}
+
+}  // namespace
+
+BlockFile::BlockFile(int descriptor, bool readOnly) noexcept : m_descriptor(descriptor), m_readOnly(readOnly)
+{
+}
+
+#ifdef _WIN32
+
+BlockFile::~BlockFile()
+{
+    _close(m_descriptor);
+}
+
+int BlockFile::create(const char* name) noexcept
+{
+    return _open(name, _O_RDWR | _O_CREAT | _O_TRUNC | _O_BINARY, 0666);
+}
+
+int BlockFile::open(const char* name, bool readOnly) noexcept
+{
+    return readOnly ? _open(name, _O_RDONLY | _O_BINARY, 0444) : _open(name, _O_RDWR | _O_BINARY, 0666);
+}
+
+int BlockFile::duplicate(int descriptor) noexcept
+{
+    return _dup(descriptor);
+}
+
+#else
+
+BlockFile::~BlockFile()
+{
+    ::close(m_descriptor);
+}
+
+int BlockFile::create(const char* name) noexcept
+{
+    return ::open(name, O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+}
+
+int BlockFile::open(const char* name, bool readOnly) noexcept
+{
+    return ::open(name, (readOnly ? O_RDONLY : O_RDWR) | O_CLOEXEC);
+}
+
+int BlockFile::duplicate(int descriptor) noexcept
+{
+    return ::fcntl(descriptor, F_DUPFD_CLOEXEC, 0);
+}
+
+#endif
+
+void BlockFile::read(std::uint64_t offset, Block& block) const
+{
+    requireReachable(offset);
+    const std::lock_guard guard(lock());
+    const long long moved = readAt(m_descriptor, offset, block.data(), block.size());
+    if (moved == kSeekFailed)
+        throw seekError(m_descriptor, offset);
+    if (moved != static_cast<long long>(block.size()))
+        throw TS::IO_ERROR(static_cast<std::uint32_t>(offset), static_cast<std::uint32_t>(moved) + kShortRead,
+                           1);
+}
+
+void BlockFile::write(std::uint64_t offset, const Block& block)
+{
+    if (m_readOnly)
+        throw TS::READONLY_VIOLATION(static_cast<std::uint32_t>(offset), 0, 1);
+    requireReachable(offset);
+    const std::lock_guard guard(lock());
+    const long long moved = writeAt(m_descriptor, offset, block.data(), block.size());
+    if (moved == kSeekFailed)
+        throw seekError(m_descriptor, offset);
+    if (moved != static_cast<long long>(block.size()))
+        throw TS::IO_ERROR(static_cast<std::uint32_t>(offset),
+                           static_cast<std::uint32_t>(moved) + kShortWrite, 1);
+}
+
+std::size_t BlockFile::readRun(std::uint64_t offset, std::span<unsigned char> bytes) const
+{
+    std::size_t done = 0;
+    while (done < bytes.size()) {
+        const long long moved = readAt(m_descriptor, offset + done, bytes.data() + done, bytes.size() - done);
+        if (moved <= 0)
+            break;
+        done += static_cast<std::size_t>(moved);
+    }
+    return done;
+}
+
+std::size_t BlockFile::writeRun(std::uint64_t offset, std::span<const unsigned char> bytes)
+{
+    std::size_t done = 0;
+    while (done < bytes.size()) {
+        const long long moved =
+            writeAt(m_descriptor, offset + done, bytes.data() + done, bytes.size() - done);
+        if (moved <= 0)
+            break;
+        done += static_cast<std::size_t>(moved);
+    }
+    return done;
+}
+
+std::uint64_t BlockFile::size() const noexcept
+{
+#ifdef _WIN32
+    struct _stat64 status = {};
+    return _fstat64(m_descriptor, &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
+#else
+    struct stat status = {};
+    return ::fstat(m_descriptor, &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
+#endif
+}
+
+std::mutex& BlockFile::lock()
+{
+    // Never destroyed: a file object may outlive the static objects of main.
+    static auto* const mutex = new std::mutex;
+    return *mutex;
+}
+
+void BlockFile::requireReachable(std::uint64_t offset) const
+{
+    if (offset >= kFileLimit)
+        throw seekError(m_descriptor, offset);
+}

@@ -1,0 +1,52 @@
+// The one place where the program's ts-files meet the platform: a descriptor that moves 512-byte blocks.
+//
+// Every transfer passes one process-wide lock, so that file objects on different threads may share a
+// process. Offsets are bytes from the file's start.
+#pragma once
+
+#include <cstdint>
+#include <mutex>
+#include <span>
+
+#include "core/TsHeader.h"
+
+class BlockFile
+{
+public:
+    // Owns the descriptor and closes it.
+    BlockFile(int descriptor, bool readOnly) noexcept;
+    ~BlockFile();
+    BlockFile(const BlockFile&) = delete;
+    BlockFile& operator=(const BlockFile&) = delete;
+
+    // The platform's open calls; they return the descriptor, or a value below 1 when they fail.
+    static int create(const char* name) noexcept;  // truncates; read and write; permission 0666
+    static int open(const char* name, bool readOnly) noexcept;
+    static int duplicate(int descriptor) noexcept;
+
+    int descriptor() const noexcept { return m_descriptor; }
+    bool readOnly() const noexcept { return m_readOnly; }
+
+    // Throw TS::IO_ERROR: with descriptor and offset where no block can lie (at or beyond 2 GiB) or the
+    // seek fails, with offset and byte count + 100000 (+ 200000) where fewer than 512 bytes move. A write
+    // on a file opened for reading throws TS::READONLY_VIOLATION with the offset.
+    void read(std::uint64_t offset, Block& block) const;
+    void write(std::uint64_t offset, const Block& block);
+
+    // Reads or writes a longer run and returns the bytes moved, for the rotation of ring files. The caller
+    // holds lock(), because its several transfers belong together.
+    std::size_t readRun(std::uint64_t offset, std::span<unsigned char> bytes) const;
+    std::size_t writeRun(std::uint64_t offset, std::span<const unsigned char> bytes);
+
+    // The file's present size in bytes, 0 where the platform does not tell.
+    std::uint64_t size() const noexcept;
+
+    // The process-wide lock.
+    static std::mutex& lock();
+
+private:
+    void requireReachable(std::uint64_t offset) const;
+
+    int m_descriptor;
+    bool m_readOnly;
+};

@@ -1,0 +1,483 @@
+#include "core/TSFILE.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string_view>
+#include <thread>
+
+#include "core/TsExceptions.h"
+
+namespace {
+
+constexpr std::size_t kNameBytes = 256;
+constexpr int kHighestNumber = 9998;
+constexpr auto kRetryPause = std::chrono::milliseconds(10);
+constexpr int kYearBase = 1900;
+
+std::string boundedName(const char* name)
+{
+    return name == nullptr ? std::string() : std::string(name, strnlen(name, kNameBytes - 1));
+}
+
+int extraTimeColumns(int timeMode)
+{
+    return timeMode == 1 || timeMode == 2 ? timeMode : 0;
+}
+
+// Refuses what cannot become a file before an old one is truncated.
+int createDescriptor(const std::string& name, std::uint32_t samples, std::uint64_t columns)
+{
+    if (columns > UINT32_MAX || tsFileBytes(samples, static_cast<std::uint32_t>(columns)) >= kFileLimit)
+        throw TS::IO_ERROR(0, static_cast<std::uint32_t>(kFileLimit), 1);
+    const int descriptor = BlockFile::create(name.c_str());
+    if (descriptor <= 0)
+        throw TS::CREATE_ERROR(name);
+    return descriptor;
+}
+
+int openDescriptor(const char* name, bool readOnly)
+{
+    const int descriptor = BlockFile::open(TSFILE::tsFileName(name), readOnly);
+    if (descriptor < 1)
+        throw TS::OPEN_ERROR(boundedName(name));
+    return descriptor;
+}
+
+int duplicateDescriptor(int descriptor)
+{
+    const int copy = BlockFile::duplicate(descriptor);
+    if (copy < 1)
+        throw TS::OPEN_ERROR(static_cast<std::uint32_t>(descriptor), 0, 1);
+    return copy;
+}
+
+// A name's bytes as lookups compare them.
+std::string_view withoutTrailingBlanks(const char* name)
+{
+    std::string_view text(name, strnlen(name, kColumnName.width));
+    while (!text.empty() && static_cast<unsigned char>(text.back()) <= ' ')
+        text.remove_suffix(1);
+    return text;
+}
+
+// The number at a text's beginning as atoi() reads it, or 0 where it is beyond an int.
+int leadingNumber(const char* text)
+{
+    errno = 0;
+    const long number = std::strtol(text, nullptr, 10);
+    return errno == ERANGE || number > INT_MAX || number < INT_MIN ? 0 : static_cast<int>(number);
+}
+
+}  // namespace
+
+TSFILE::TSFILE(const char* name, std::uint32_t samples, std::uint32_t columns, int timeMode)
+    : m_name(tsFileName(name)),
+      m_file(createDescriptor(m_name, samples,
+                              std::uint64_t{columns} + static_cast<unsigned>(extraTimeColumns(timeMode))),
+             false),
+      m_data(m_file)
+{
+    try {
+        createContents(samples, columns, timeMode);
+    } catch (...) {
+        m_data.drop();
+        std::remove(m_name.c_str());
+        throw;
+    }
+}
+
+TSFILE::TSFILE(const char* name, bool readOnly)
+    : m_name(boundedName(name)), m_file(openDescriptor(name, readOnly), readOnly), m_data(m_file)
+{
+    openExisting();
+}
+
+TSFILE::TSFILE(int descriptor, bool readOnly)
+    : m_file(duplicateDescriptor(descriptor), readOnly), m_data(m_file)
+{
+    openExisting();
+}
+
+TSFILE::~TSFILE() = default;
+
+void TSFILE::createContents(std::uint32_t samples, std::uint32_t columns, int timeMode)
+{
+    const int extra = extraTimeColumns(timeMode);
+    m_file.write(0, Block{});
+    readHeader(0, 0);
+    writeHeader();
+    resizeColumns(columns + static_cast<std::uint32_t>(extra));
+    resize(samples);
+    if (extra > 0)
+        makeTimeColumns(1, extra == 2 ? 2 : 0);
+}
+
+void TSFILE::openExisting()
+{
+    readHeader(0, 0);
+    try {
+        lookUpTimeColumns();
+    } catch (const TS::IO_ERROR&) {
+        // The header claims more columns than the file can tell: it opens all the same, and the access
+        // to a column that is not there says so.
+        m_timeMode = 0;
+    }
+}
+
+void TSFILE::lookUpTimeColumns()
+{
+    m_timeColumn = columnNumber("Time");
+    m_time32Column = columnNumber("Time32");
+    m_timeMode = m_time32Column != 0 ? 2 : m_timeColumn != 0 ? 1 : 0;
+}
+
+// -- Header --
+
+void TSFILE::readHeader(std::uint32_t col, int retries)
+{
+    while (!m_headerHeld) {
+        Block image;
+        m_file.read(0, image);
+        const TsHeader header = decodeHeader(image, m_order);
+        if (header.version <= kHighestVersion) {
+            m_header = header;
+            m_headerImage = m_headerOnDisk = image;
+            m_headerHeld = true;
+            handLayoutToData();
+        } else if (retries-- > 0) {
+            std::this_thread::sleep_for(kRetryPause);
+        } else {
+            throw TS::NOT_TS_FILE(0, 0, 1);
+        }
+    }
+    if (col == 0)
+        return;
+
+    if (col > m_header.columns)
+        throw TS::ILL_COLUMN(col, m_header.columns, 1);
+    const std::uint32_t blockNumber = (col - 1) / kColumnsPerBlock + 1;
+    if (blockNumber != m_columnBlockNumber) {
+        Block block;
+        m_file.read(std::uint64_t{blockNumber} * kBlockBytes, block);
+        m_columnBlock = m_columnBlockOnDisk = block;
+        m_columnBlockNumber = blockNumber;
+    }
+    m_columnIndex = (col - 1) % kColumnsPerBlock;
+}
+
+void TSFILE::writeHeader()
+{
+    Block image = m_headerImage;
+    encodeHeader(m_header, m_columnMajor ? 1 : 0, m_order, image);
+    m_file.write(0, image);
+    m_headerImage = m_headerOnDisk = image;
+    m_header.version = kWrittenVersion;
+    handLayoutToData();
+}
+
+void TSFILE::writeColumnBlock()
+{
+    m_file.write(std::uint64_t{m_columnBlockNumber} * kBlockBytes, m_columnBlock);
+    m_columnBlockOnDisk = m_columnBlock;
+}
+
+void TSFILE::handLayoutToData()
+{
+    m_dataOffset = dataOffset(m_header.columns);
+    m_data.setLayout(
+        {m_dataOffset, m_header.samples, m_header.columns, m_columnMajor, m_header.ringStart != 0});
+}
+
+// Memory never claims what the file refused.
+template <typename T>
+void TSFILE::storeInHeader(T TsHeader::*field, T v)
+{
+    const T before = m_header.*field;
+    m_header.*field = v;
+    try {
+        writeHeader();
+    } catch (...) {
+        m_header.*field = before;
+        throw;
+    }
+}
+
+std::uint32_t TSFILE::samples()
+{
+    readHeader(0, 0);
+    return m_header.samples;
+}
+
+std::uint32_t TSFILE::columns()
+{
+    readHeader(0, 0);
+    return m_header.columns;
+}
+
+std::uint32_t TSFILE::ringStart()
+{
+    readHeader(0, 0);
+    return m_header.ringStart;
+}
+
+std::uint32_t TSFILE::lastSample()
+{
+    readHeader(0, 0);
+    return m_header.lastSample;
+}
+
+float TSFILE::dt(float newDt)
+{
+    readHeader(0, 0);
+    if (newDt >= 0.0F)
+        storeInHeader(&TsHeader::dt, newDt);
+    return m_header.dt;
+}
+
+float TSFILE::startTime(float newStart)
+{
+    readHeader(0, 0);
+    if (newStart >= 0.0F)
+        storeInHeader(&TsHeader::startTime, newStart);
+    return m_header.startTime;
+}
+
+std::uint32_t TSFILE::startSeconds(std::uint32_t newSeconds)
+{
+    readHeader(0, 0);
+    if (newSeconds != 0)
+        storeInHeader(&TsHeader::startSeconds, newSeconds);
+    return m_header.startSeconds;
+}
+
+const char* TSFILE::fileName()
+{
+    return m_name.empty() ? nullptr : m_name.c_str();
+}
+
+const char* TSFILE::storedText(TextField field, const char* newText, char* out)
+{
+    readHeader(0, 0);
+    if (newText != nullptr) {
+        const Block before = m_headerImage;
+        storeText(m_headerImage.data(), field, newText);
+        m_headerImage[field.offset + field.width - 1] = 0;
+        try {
+            writeHeader();
+        } catch (...) {
+            m_headerImage = before;
+            throw;
+        }
+    }
+    loadText(m_headerImage.data(), field, out);
+    return out;
+}
+
+const char* TSFILE::description(const char* newText)
+{
+    return storedText(kFileDescription, newText, m_descriptionText);
+}
+
+const char* TSFILE::timeUnit(const char* newText)
+{
+    return storedText(kTimeUnit, newText, m_timeUnitText);
+}
+
+void TSFILE::flush(bool withHeader)
+{
+    m_data.flush();
+    if (!withHeader)
+        return;
+    readHeader(0, 0);
+    Block image = m_headerImage;
+    encodeHeader(m_header, m_columnMajor ? 1 : 0, m_order, image);
+    if (readOnly() || image != m_headerOnDisk)
+        writeHeader();
+    if (m_columnBlockNumber != 0 && m_columnBlock != m_columnBlockOnDisk)
+        writeColumnBlock();
+}
+
+bool TSFILE::refresh()
+{
+    readHeader(0, 0);
+    const std::uint32_t before = m_header.lastSample;
+    m_data.flush();
+    std::this_thread::yield();
+    m_headerHeld = false;
+    m_columnBlockNumber = 0;
+    m_data.drop();
+    readHeader(0, 3);
+    return m_header.lastSample != before;
+}
+
+// -- Columns --
+
+unsigned char* TSFILE::columnRecord(std::uint32_t col)
+{
+    readHeader(0, 0);
+    if (col == 0)
+        throw TS::ILL_COLUMN(col, m_header.columns, 1);
+    readHeader(col, 0);
+    return m_columnBlock.data() + m_columnIndex * kColumnRecordBytes;
+}
+
+// Lets `change` alter a column's record and writes its block; a refused write leaves the record as it was.
+template <typename Change>
+void TSFILE::changeColumn(std::uint32_t col, Change change)
+{
+    unsigned char* const record = columnRecord(col);
+    const Block before = m_columnBlock;
+    change(record);
+    try {
+        writeColumnBlock();
+    } catch (...) {
+        m_columnBlock = before;
+        throw;
+    }
+}
+
+std::uint32_t TSFILE::columnNumber(const char* name)
+{
+    if (name == nullptr)
+        return 0;
+    const std::string_view wanted = withoutTrailingBlanks(name);
+    const std::uint32_t count = columns();
+    for (std::uint32_t col = 1; col <= count && col != 0; ++col) {
+        char text[kColumnName.width + 1];
+        loadText(columnRecord(col), kColumnName, text);
+        if (withoutTrailingBlanks(text) == wanted)
+            return col;
+    }
+    return 0;
+}
+
+const char* TSFILE::columnName(std::uint32_t col, const char* newName)
+{
+    static char text[kColumnName.width + 1];
+    if (newName != nullptr)
+        changeColumn(col, [&](unsigned char* record) { storeText(record, kColumnName, newName); });
+    loadText(columnRecord(col), kColumnName, text);
+    return text;
+}
+
+const char* TSFILE::columnNameOrNull(std::uint32_t col)
+{
+    const char* const name = columnName(col);
+    return *name == '\0' ? nullptr : name;
+}
+
+const char* TSFILE::columnDescription(std::uint32_t col, const char* newText)
+{
+    static char text[kColumnDescription.width + 1];
+    if (newText != nullptr)
+        changeColumn(col, [&](unsigned char* record) { storeText(record, kColumnDescription, newText); });
+    loadText(columnRecord(col), kColumnDescription, text);
+    return text;
+}
+
+void TSFILE::columnStamp(std::uint32_t col, int out[7])
+{
+    std::copy_n(columnRecord(col), kStampBytes, out);
+    out[6] += kYearBase;
+}
+
+void TSFILE::setColumnStamp(std::uint32_t col, const int in[7])
+{
+    changeColumn(col, [&](unsigned char* record) {
+        for (std::size_t i = 0; i < kStampBytes; ++i)
+            record[i] = static_cast<unsigned char>(i == 6 && in[i] >= kYearBase ? in[i] - kYearBase : in[i]);
+    });
+}
+
+void TSFILE::stampColumn(std::uint32_t col, std::time_t t)
+{
+    const std::time_t when = t == 0 ? std::time(nullptr) : t;
+    const std::tm* const local = std::localtime(&when);
+    if (local == nullptr)
+        return;
+    const int stamp[7] = {0,
+                          local->tm_sec,
+                          local->tm_min,
+                          local->tm_hour,
+                          local->tm_mday,
+                          local->tm_mon + 1,
+                          local->tm_year + kYearBase};
+    setColumnStamp(col, stamp);
+}
+
+std::time_t TSFILE::columnTime(std::uint32_t col)
+{
+    const unsigned char* const stamp = columnRecord(col);
+    std::tm local = {};
+    local.tm_sec = stamp[1];
+    local.tm_min = stamp[2];
+    local.tm_hour = stamp[3];
+    local.tm_mday = stamp[4];
+    local.tm_mon = stamp[5] - 1;
+    local.tm_year = stamp[6];
+    local.tm_isdst = -1;
+    return std::mktime(&local);
+}
+
+void TSFILE::makeTimeColumns(std::uint32_t col, std::uint32_t col32)
+{
+    const std::uint32_t timeCol = col == 0 ? 1 : col;
+    for (const std::uint32_t wanted : {timeCol, col32})
+        if (wanted > columns())
+            throw TS::ILL_COLUMN(wanted, columns(), 1);
+    if (const std::uint32_t displaced = columnNumber("Time"); displaced != 0 && displaced != timeCol)
+        columnName(displaced, "_Time");
+    columnName(timeCol, "Time");
+    m_timeColumn = timeCol;
+    m_timeMode = 1;
+    if (col32 != 0) {
+        columnName(col32, "Time32");
+        m_time32Column = col32;
+        m_timeMode = 2;
+    }
+}
+
+// -- Names --
+
+const char* TSFILE::tsFileName(const char* text)
+{
+    // What stands behind a lone blank is the rest of the result before: callers print it, and rely on it.
+    static char buffer[kNameBytes] = {};
+    static constexpr char kExtension[] = ".ts";
+
+    if (text == nullptr || static_cast<signed char>(*text) <= ' ') {
+        buffer[0] = ' ';
+        return buffer;
+    }
+    if (const int number = leadingNumber(text); number >= 1 && number <= kHighestNumber) {
+        std::snprintf(buffer, sizeof buffer, "ts%04d.ts", number);
+        return buffer;
+    }
+    std::string name(text);
+    // A dot at the very beginning starts a hidden name, no extension.
+    for (std::size_t i = name.size(); i-- > 1 && name[i] != '/';) {
+        if (name[i] == '.') {
+            name.resize(i);
+            break;
+        }
+    }
+    name.resize(std::min(name.size(), kNameBytes - sizeof kExtension));
+    name += kExtension;
+    std::memcpy(buffer, name.c_str(), name.size() + 1);
+    return buffer;
+}
+
+const char* TSFILE::formatTime(double seconds, bool utc, const char* format)
+{
+    static char text[128];
+    const auto whole = static_cast<std::time_t>(seconds);
+    const std::tm* const calendar = utc ? std::gmtime(&whole) : std::localtime(&whole);
+    if (calendar == nullptr || std::strftime(text, sizeof text, format, calendar) == 0)
+        text[0] = '\0';
+    return text;
+}

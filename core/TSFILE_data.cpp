@@ -1,0 +1,357 @@
+// TSFILE: growing, ring files, rows and runs of values.
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <vector>
+
+#include "core/TSFILE.h"
+#include "core/TsExceptions.h"
+
+// -- Growing --
+
+void TSFILE::setSize(std::uint32_t samples, std::uint32_t columns)
+{
+    resize(m_columnMajor ? columns : samples);
+}
+
+void TSFILE::resizeColumns(std::uint32_t newCount)
+{
+    m_columnMajor = true;
+    try {
+        resize(newCount);
+    } catch (...) {
+        m_columnMajor = false;
+        throw;
+    }
+    m_columnMajor = false;
+    // The header went out with the flag up: no file keeps it, not even one without samples.
+    writeHeader();
+}
+
+void TSFILE::resize(std::uint32_t newCount)
+{
+    readHeader(0, 0);
+    const std::uint32_t count = m_columnMajor ? m_header.columns : m_header.samples;
+    if (newCount <= count)
+        return;
+    const std::uint32_t newSamples = m_columnMajor ? m_header.samples : newCount;
+    const std::uint32_t newColumns = m_columnMajor ? newCount : m_header.columns;
+
+    const std::uint64_t oldBytes = dataBytes(m_header.samples, m_header.columns);
+    const std::uint64_t newBytes = dataBytes(newSamples, newColumns);
+    const std::uint64_t shift =
+        m_columnMajor ? kBlockBytes * ((std::uint64_t{newCount} - 1) / kColumnsPerBlock + 2) - m_dataOffset
+                      : 0;
+    if (m_dataOffset + newBytes + shift >= kFileLimit)
+        throw TS::IO_ERROR(static_cast<std::uint32_t>(descriptor()), static_cast<std::uint32_t>(kFileLimit),
+                           1);
+
+    m_data.flush();
+    writeZeros(m_dataOffset + oldBytes, m_dataOffset + newBytes + shift);
+    if (shift > 0)
+        moveData(newBytes, shift);
+    if (m_columnMajor)
+        addColumnRecords(newCount);
+    else
+        m_header.samples = newCount;
+    try {
+        writeHeader();
+    } catch (...) {
+        (m_columnMajor ? m_header.columns : m_header.samples) = count;
+        throw;
+    }
+}
+
+void TSFILE::writeZeros(std::uint64_t from, std::uint64_t to)
+{
+    const Block zeros{};
+    for (std::uint64_t offset = from; offset < to; offset += kBlockBytes)
+        m_file.write(offset, zeros);
+}
+
+// Moves the data section up, last block first, and clears the room that it leaves.
+void TSFILE::moveData(std::uint64_t bytes, std::uint64_t shift)
+{
+    m_data.drop();
+    for (std::uint64_t left = bytes; left > 0; left -= kBlockBytes) {
+        const std::uint64_t offset = m_dataOffset + left - kBlockBytes;
+        Block block;
+        m_file.read(offset, block);
+        m_file.write(offset + shift, block);
+    }
+    writeZeros(m_dataOffset, m_dataOffset + shift);
+}
+
+void TSFILE::addColumnRecords(std::uint32_t newCount)
+{
+    const std::uint32_t oldCount = m_header.columns;
+    try {
+        for (std::uint32_t col = oldCount + 1; col <= newCount; ++col) {
+            m_header.columns = col;
+            unsigned char* const record = columnRecord(col);
+            char name[24];
+            std::snprintf(name, sizeof name, "Column-%02u", col);
+            std::fill_n(record, kColumnRecordBytes, static_cast<unsigned char>(0));
+            storeText(record, kColumnName, name);
+            if (col % kColumnsPerBlock == 0 || col == newCount)
+                writeColumnBlock();
+        }
+    } catch (...) {
+        m_header.columns = oldCount;
+        m_columnBlockNumber = 0;
+        throw;
+    }
+}
+
+// -- Ring files --
+
+void TSFILE::setRingMode(bool on)
+{
+    readHeader(0, 0);
+    if ((m_header.ringStart != 0) == on)
+        return;
+    if (on) {
+        storeInHeader(&TsHeader::ringStart, std::uint32_t{1});
+        return;
+    }
+    if (readOnly())
+        throw TS::READONLY_VIOLATION(m_name);
+
+    m_data.flush();
+    if (unfold()) {
+        const float moved = static_cast<float>(m_header.ringStart) * m_header.dt;
+        if (columnNumber("Time") == 0) {
+            if (m_header.startSeconds != 0)
+                m_header.startSeconds += static_cast<std::uint32_t>(moved);
+            else
+                startTime(m_header.startTime + moved);
+        }
+        m_header.lastSample = m_header.ringStart = 0;
+        m_data.drop();
+    }
+    writeHeader();
+}
+
+// Rotates, a second time where the first failed and TMPDIR names a scratch directory. Without TMPDIR an
+// unfold that moved nothing counts as done, on purpose: the file ends as an ordinary one either way.
+bool TSFILE::unfold()
+{
+    try {
+        rotate();
+        return true;
+    } catch (const TS::IO_ERROR&) {
+        if (std::getenv("TMPDIR") == nullptr)
+            return true;
+    }
+    try {
+        rotate();
+        return true;
+    } catch (const TS::IO_ERROR&) {
+        return false;
+    }
+}
+
+void TSFILE::rotate()
+{
+    const std::uint64_t rowBytes = std::uint64_t{m_header.columns} * sizeof(float);
+    const std::uint64_t bytes = rowBytes * m_header.samples;
+    if (bytes == 0)
+        return;
+    // A header that lies must not make us ask for its memory.
+    if (m_dataOffset + bytes > m_file.size() || bytes >= kFileLimit)
+        throw TS::IO_ERROR(m_dataOffset, static_cast<std::uint32_t>(bytes), 1);
+    const auto split = static_cast<std::size_t>((m_header.ringStart - 1) % m_header.samples * rowBytes);
+
+    std::vector<unsigned char> data;
+    try {
+        data.resize(static_cast<std::size_t>(bytes));
+    } catch (const std::bad_alloc&) {
+        return;
+    }
+    const std::lock_guard guard(BlockFile::lock());
+    if (m_file.readRun(m_dataOffset, data) != data.size())
+        throw TS::IO_ERROR(m_dataOffset, static_cast<std::uint32_t>(bytes), 1);
+    std::rotate(data.begin(), data.begin() + static_cast<std::ptrdiff_t>(split), data.end());
+    if (const std::size_t moved = m_file.writeRun(m_dataOffset, data); moved != data.size())
+        throw TS::IO_ERROR(m_dataOffset, static_cast<std::uint32_t>(moved) + 200000U, 1);
+}
+
+// -- Checks behind the inlined accesses --
+
+void TSFILE::requireSample(std::uint32_t& sample)
+{
+    readHeader(0, 0);
+    if (m_header.ringStart != 0 && m_header.samples != 0)
+        sample = (sample - 1) % m_header.samples + 1;
+    if (sample > m_header.samples)
+        throw TS::ILL_SAMPLE(sample, m_header.samples, 1);
+}
+
+std::uint32_t TSFILE::requireWritable(std::uint32_t sample, std::uint32_t col)
+{
+    readHeader(0, 0);
+    const bool ring = m_header.ringStart != 0;
+    if (sample == 0 || (sample > m_header.samples && (!ring || m_header.samples == 0)))
+        throw TS::ILL_SAMPLE(sample, m_header.samples, 0);
+    std::uint32_t row = sample;
+    if (sample > m_header.samples) {
+        if (m_header.lastSample < sample) {
+            m_header.lastSample = sample;
+            m_header.ringStart = sample - m_header.samples + 1;
+        }
+        row = (sample - 1) % m_header.samples + 1;
+    }
+    if (col == 0 || col > m_header.columns)
+        throw TS::ILL_COLUMN(col, m_header.columns, 0);
+    if (ring)
+        m_header.lastSample = std::max(m_header.lastSample, row);
+    return row;
+}
+
+void TSFILE::requireRun(Direction direction, std::uint32_t first, std::size_t count)
+{
+    readHeader(0, 0);
+    const std::uint64_t end = std::uint64_t{first} + count;
+    if (count == 0 || end - 1 <= m_header.samples)
+        return;
+    const std::uint32_t sample = std::max(first, m_header.samples + 1);
+    throw TS::ILL_SAMPLE(sample, m_header.samples, direction == Direction::Read ? 1 : 0);
+}
+
+// -- Runs --
+
+template <typename Move>
+void TSFILE::walk(Direction direction, std::uint64_t element, std::uint64_t stride, std::size_t count,
+                  Move move)
+{
+    std::size_t index = 0;
+    while (index < count) {
+        const std::span<float> slots = m_data.run(element, direction == Direction::Write);
+        const std::size_t inBlock = stride == 0 ? 1 : (slots.size() - 1) / stride + 1;
+        const std::size_t n = std::min(count - index, inBlock);
+        for (std::size_t i = 0; i < n; ++i)
+            move(slots[i * stride], index + i);
+        index += n;
+        element += n * stride;
+    }
+}
+
+void TSFILE::readColumn(std::uint32_t col, std::uint32_t first, std::span<float> out)
+{
+    readHeader(0, 0);
+    if (m_header.ringStart != 0) {
+        for (std::size_t i = 0; i < out.size(); ++i)
+            out[i] = value(first + static_cast<std::uint32_t>(i), col);
+        return;
+    }
+    requireRun(Direction::Read, first, out.size());
+    const std::uint64_t element = m_data.elementIndex(first, col);
+    if (m_order == ByteOrder::Swapped)
+        walk(Direction::Read, element, m_header.columns, out.size(),
+             [&](const float& slot, std::size_t i) { out[i] = swapBytes(slot); });
+    else
+        walk(Direction::Read, element, m_header.columns, out.size(),
+             [&](const float& slot, std::size_t i) { out[i] = slot; });
+}
+
+void TSFILE::writeColumn(std::uint32_t col, std::uint32_t first, std::span<const float> in)
+{
+    readHeader(0, 0);
+    if (m_header.ringStart != 0) {
+        for (std::size_t i = 0; i < in.size(); ++i)
+            setValue(first + static_cast<std::uint32_t>(i), col, in[i]);
+        return;
+    }
+    if (in.empty())
+        return;
+    requireRun(Direction::Write, first, in.size());
+    requireWritable(first, col);
+    const std::uint64_t element = m_data.elementIndex(first, col);
+    if (m_order == ByteOrder::Swapped)
+        walk(Direction::Write, element, m_header.columns, in.size(),
+             [&](float& slot, std::size_t i) { slot = swapBytes(in[i]); });
+    else
+        walk(Direction::Write, element, m_header.columns, in.size(),
+             [&](float& slot, std::size_t i) { slot = in[i]; });
+}
+
+void TSFILE::readRows(std::uint32_t first, std::uint32_t count, float* out)
+{
+    readHeader(0, 0);
+    const std::size_t columns = m_header.columns;
+    if (m_header.ringStart != 0) {
+        for (std::uint32_t row = 0; row < count; ++row)
+            readRow(first + row, out + row * columns);
+        return;
+    }
+    requireRun(Direction::Read, first, count);
+    const bool swapped = m_order == ByteOrder::Swapped;
+    walk(Direction::Read, m_data.elementIndex(first, 1), 1, count * columns,
+         [&](const float& slot, std::size_t i) { out[i] = swapped ? swapBytes(slot) : slot; });
+}
+
+void TSFILE::writeRows(std::uint32_t first, std::uint32_t count, const float* in)
+{
+    readHeader(0, 0);
+    const std::size_t columns = m_header.columns;
+    if (count == 0 || columns == 0)
+        return;
+    if (m_header.ringStart != 0) {
+        for (std::uint32_t row = 0; row < count; ++row)
+            for (std::uint32_t col = 1; col <= columns; ++col)
+                setValue(first + row, col, in[row * columns + col - 1]);
+        return;
+    }
+    requireRun(Direction::Write, first, count);
+    requireWritable(first, 1);
+    const bool swapped = m_order == ByteOrder::Swapped;
+    walk(Direction::Write, m_data.elementIndex(first, 1), 1, count * columns,
+         [&](float& slot, std::size_t i) { slot = swapped ? swapBytes(in[i]) : in[i]; });
+}
+
+// -- Rows --
+
+template <typename Value>
+void TSFILE::readRowOf(std::uint32_t sample, Value* out)
+{
+    requireSample(sample);
+    const bool swapped = m_order == ByteOrder::Swapped;
+    walk(Direction::Read, m_data.elementIndex(sample, 1), 1, m_header.columns,
+         [&](const float& slot, std::size_t i) { out[i] = swapped ? swapBytes(slot) : slot; });
+}
+
+void TSFILE::readRow(std::uint32_t sample, float* out)
+{
+    readRowOf(sample, out);
+}
+
+void TSFILE::readRow(std::uint32_t sample, double* out)
+{
+    readRowOf(sample, out);
+}
+
+template <typename Value>
+void TSFILE::writeRowOf(std::uint32_t sample, const Value* in, bool flushing)
+{
+    const std::uint32_t count = columns();
+    for (std::uint32_t col = 1; col <= count; ++col)
+        setValue(sample, col, static_cast<float>(in[col - 1]));
+    if (m_header.lastSample < sample) {
+        m_header.lastSample = sample;
+        if (sample > m_header.samples)
+            m_header.ringStart = sample - m_header.samples + 1;
+    }
+    if (flushing)
+        flush(true);
+}
+
+void TSFILE::writeRow(std::uint32_t sample, const float* in, bool flushing)
+{
+    writeRowOf(sample, in, flushing);
+}
+
+void TSFILE::writeRow(std::uint32_t sample, const double* in, bool flushing)
+{
+    writeRowOf(sample, in, flushing);
+}

@@ -1,0 +1,104 @@
+#include "core/ScratchFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <system_error>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+[[noreturn]] void fail(const std::string& what)
+{
+    throw std::system_error(errno, std::generic_category(), what);
+}
+
+void syncPath(const fs::path& path, int flags)
+{
+    const int descriptor = ::open(path.c_str(), flags | O_CLOEXEC);
+    if (descriptor < 0)
+        fail(path.string());
+    const int outcome = ::fsync(descriptor);
+    const int error = errno;
+    ::close(descriptor);
+    // Some file systems cannot sync a directory; they say so, and nothing more can be done there.
+    if (outcome != 0 && error != EINVAL) {
+        errno = error;
+        fail(path.string());
+    }
+}
+
+fs::path numbered(const fs::path& directory, const std::string& stem, const std::string& extension,
+                  int number)
+{
+    return directory / (number == 0 ? stem + extension : stem + '_' + std::to_string(number) + extension);
+}
+
+}  // namespace
+
+fs::path scratchDirectory()
+{
+    const char* const named = std::getenv("TMPDIR");
+    return named != nullptr && *named != '\0' ? fs::path(named) : fs::temp_directory_path();
+}
+
+fs::path freeName(const fs::path& directory, const std::string& stem, const std::string& extension)
+{
+    for (int number = 0;; ++number) {
+        fs::path candidate = numbered(directory, stem, extension, number);
+        if (!fs::exists(fs::symlink_status(candidate)))
+            return candidate;
+    }
+}
+
+void syncToDisk(const fs::path& file)
+{
+    syncPath(file, O_RDONLY);
+}
+
+void putInPlace(const fs::path& finished, const fs::path& target)
+{
+    // The new file keeps the rights that the user gave the old one.
+    struct stat old = {};
+    if (::stat(target.c_str(), &old) == 0 && ::chmod(finished.c_str(), old.st_mode & 07777) != 0)
+        fail(finished.string());
+    syncToDisk(finished);
+    // A link stays a link: what it points to is replaced.
+    std::error_code notALink;
+    const fs::path real = fs::is_symlink(target, notALink) ? fs::canonical(target, notALink) : target;
+    fs::rename(finished, real.empty() ? target : real);
+    const fs::path directory = target.parent_path();
+    syncPath(directory.empty() ? "." : directory, O_RDONLY | O_DIRECTORY);
+}
+
+ScratchFile::ScratchFile(const fs::path& directory, const std::string& stem, const std::string& extension)
+{
+    for (int number = 0; m_path.empty(); ++number) {
+        const fs::path candidate = numbered(directory, stem, extension, number);
+        const int descriptor = ::open(candidate.c_str(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, 0666);
+        if (descriptor >= 0) {
+            ::close(descriptor);
+            m_path = candidate;
+        } else if (errno != EEXIST) {
+            fail(candidate.string());
+        }
+    }
+}
+
+ScratchFile::~ScratchFile()
+{
+    if (m_path.empty())
+        return;
+    std::error_code ignored;
+    fs::remove(m_path, ignored);
+}
+
+void ScratchFile::putInPlace(const fs::path& target)
+{
+    ::putInPlace(m_path, target);
+    m_path.clear();
+}

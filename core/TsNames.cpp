@@ -1,0 +1,47 @@
+#include "core/TsNames.h"
+
+#include <fcntl.h>
+
+#include <algorithm>
+#include <string_view>
+
+#include "core/TsExceptions.h"
+
+namespace {
+
+constexpr std::string_view kExtension = ".ts";
+constexpr std::size_t kLongestName = 255;
+
+}  // namespace
+
+bool keepsItsName(const std::string& fileName)
+{
+    return fileName.size() <= kLongestName && fileName == TSFILE::tsFileName(fileName.c_str());
+}
+
+std::string literalTsName(const std::string& fileName)
+{
+    if (keepsItsName(fileName))
+        return fileName;
+    const std::string beside = "./" + fileName;
+    return keepsItsName(beside) ? beside : fileName;
+}
+
+std::unique_ptr<TSFILE> openTsFile(const std::string& fileName, bool readOnly)
+{
+    const std::string literal = literalTsName(fileName);
+    if (keepsItsName(literal))
+        return std::make_unique<TSFILE>(literal.c_str(), readOnly);
+    const BlockFile file(BlockFile::open(fileName.c_str(), readOnly), readOnly);
+    if (file.descriptor() < 1)
+        throw TS::OPEN_ERROR(fileName);
+    return std::make_unique<TSFILE>(file.descriptor(), readOnly);
+}
+
+std::string newTsFileName(const std::string& typed)
+{
+    const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
+    if (!typed.empty() && std::all_of(typed.begin(), typed.end(), isDigit))
+        return TSFILE::tsFileName(typed.c_str());
+    return typed.ends_with(kExtension) ? typed : typed + std::string(kExtension);
+}

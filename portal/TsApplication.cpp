@@ -1,0 +1,174 @@
+#include "portal/TsApplication.h"
+
+#include <QFile>
+#include <QMessageBox>
+
+#include <algorithm>
+#include <cstring>
+#include <exception>
+#include <memory>
+
+#include "core/TsExceptions.h"
+#include "core/TsNames.h"
+
+namespace {
+
+constexpr int kNameBytes = 256;
+
+// A file name as the core takes it: local 8-bit, at most 256 bytes.
+std::string boundedBytes(const QString& name)
+{
+    return name.toLocal8Bit().left(kNameBytes).toStdString();
+}
+
+bool isNumber(const QString& name)
+{
+    return !name.isEmpty() && std::all_of(name.begin(), name.end(), [](QChar c) {
+        return c >= QLatin1Char('0') && c <= QLatin1Char('9');
+    });
+}
+
+QString composed(const TS::READONLY_VIOLATION& e)
+{
+    const QString text = QStringLiteral("TS::READONLY_VIOLATION exception");
+    if (e.value1 != 0)
+        return text + QStringLiteral(", offset: %1").arg(e.value1);
+    if (!e.name.empty())
+        return text + QStringLiteral(", name: %1").arg(QString::fromLocal8Bit(e.name.c_str()));
+    return text;
+}
+
+// The report of the exception in flight. Three kinds go without "Caught a", as they always have.
+QString textOfCurrentException()
+{
+    try {
+        throw;
+    } catch (const TS::CREATE_ERROR& e) {
+        return QStringLiteral("Caught a TS::CREATE_ERROR exception on: ") +
+               QString::fromLocal8Bit(e.name.c_str());
+    } catch (const TS::OPEN_ERROR& e) {
+        return QStringLiteral("Caught a TS::OPEN_ERROR exception on: ") +
+               QString::fromLocal8Bit(e.name.c_str());
+    } catch (const TS::NOT_TS_FILE&) {
+        return QStringLiteral("Caught a TS::NOT_TS_FILE exception");
+    } catch (const TS::IO_ERROR& e) {
+        return QStringLiteral("Caught a TS::IO_ERROR exception<br> Offset = %1<br> last byte = %2")
+            .arg(e.value1)
+            .arg(e.value2);
+    } catch (const TS::NO_TIME_COLUMN&) {
+        return QStringLiteral("Caught a TS::NO_TIME_COLUMN exception");
+    } catch (const TS::ILL_TIME&) {
+        return QStringLiteral("Caught a TS::ILL_TIME exception");
+    } catch (const TS::ILL_COLUMN& e) {
+        return QStringLiteral("TS::ILL_COLUMN exception<br> Val1 = %1<br> Val2 = %2")
+            .arg(e.value1)
+            .arg(e.value2);
+    } catch (const TS::ILL_SAMPLE& e) {
+        return QStringLiteral("TS::ILL_SAMPLE exception<br> Sample = %1<br> max allowed = %2")
+            .arg(e.value1)
+            .arg(e.value2);
+    } catch (const TS::READONLY_VIOLATION& e) {
+        return composed(e);
+    } catch (const std::exception& e) {
+        return QString::fromLocal8Bit(e.what());
+    } catch (...) {
+        return QStringLiteral("Caught an uspecified exception");
+    }
+}
+
+// True where the way is free: no old file, or the user gave it up.
+bool clearTheWay(const TsApplication& application, const QString& fileName)
+{
+    if (!QFile::exists(fileName))
+        return true;
+    if (application.isOpenForWriting(fileName)) {
+        QMessageBox::warning(nullptr, QStringLiteral("Veltrac"),
+                             QStringLiteral("The file %1 is open for writing in another window.\n"
+                                            "Close that window first.")
+                                 .arg(fileName));
+        return false;
+    }
+    const auto answer =
+        QMessageBox::warning(nullptr, QStringLiteral("Veltrac"),
+                             QStringLiteral("The file ") + fileName + QStringLiteral(" exists.\n") +
+                                 QStringLiteral("Do you want to overwrite the existing file?"),
+                             QMessageBox::Yes | QMessageBox::Cancel, QMessageBox::Yes);
+    return answer == QMessageBox::Yes && QFile::remove(fileName);
+}
+
+std::unique_ptr<TSFILE> createTsFile(const std::string& fileName, unsigned samples, unsigned columns)
+{
+    const std::string literal = literalTsName(fileName);
+    if (!keepsItsName(literal))
+        throw TS::CREATE_ERROR(fileName);
+    return std::make_unique<TSFILE>(literal.c_str(), samples, columns, 0);
+}
+
+}  // namespace
+
+TsApplication::~TsApplication()
+{
+    if (s_instance == this)
+        s_instance = nullptr;
+}
+
+void TsApplication::ShowTsMessage(const QString& /*text*/) {}
+
+void TsApplication::ShowTsError(const char* /*text*/) {}
+
+void TsApplication::ReportTsException(const char* where)
+{
+    const QString text = textOfCurrentException();
+    if (!text.isEmpty())
+        ShowTsMessage(text + QStringLiteral(": ") + QString::fromLatin1(where));
+}
+
+void TsApplication::registerWriter(const QString& /*path*/) {}
+
+void TsApplication::unregisterWriter(const QString& /*path*/) {}
+
+bool TsApplication::isOpenForWriting(const QString& /*path*/) const
+{
+    return false;
+}
+
+QWidget* TsApplication::openSubProgram(SubProgram /*kind*/, const QString& /*file*/, unsigned /*column*/)
+{
+    return nullptr;
+}
+
+bool TsApplication::exportInterval(const QString& /*file*/, std::uint32_t /*first*/, std::uint32_t /*last*/)
+{
+    return false;
+}
+
+const PsParameters* TsApplication::psParameters() const
+{
+    return nullptr;
+}
+
+TSFILE* TsApplication::OpenTs(const QString& name, bool readOnly)
+{
+    try {
+        return openTsFile(boundedBytes(name), readOnly).release();
+    } catch (...) {
+        ReportTsException("OpenTs");
+        return nullptr;
+    }
+}
+
+TSFILE* TsApplication::CreateTs(const QString& name, unsigned samples, unsigned columns)
+{
+    // The question, the removal and the creation are about one and the same file, whatever the name holds.
+    const QString fileName = isNumber(name)
+                                 ? QString::fromLocal8Bit(TSFILE::tsFileName(boundedBytes(name).c_str()))
+                                 : name + QStringLiteral(".ts");
+    if (!clearTheWay(*this, fileName))
+        return nullptr;
+    try {
+        return createTsFile(boundedBytes(fileName), samples, columns).release();
+    } catch (...) {
+        ReportTsException("CreateTs");
+        return nullptr;
+    }
+}

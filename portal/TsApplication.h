@@ -1,0 +1,76 @@
+// What every window asks of the program: open and create ts-files, report failures, start sub-programs.
+//
+// A mix-in of the main window, which sub-programs reach through instance(). It holds no data: what it
+// answers is kept by the window that derives from it.
+#pragma once
+
+#include <QString>
+
+#include "core/TSFILE.h"
+
+class QWidget;
+struct PsParameters;
+
+// The sub-programs that openSubProgram() can start.
+enum class SubProgram {
+    Plot,
+    PlotColumn,
+    List,
+    Edit,
+    Header,
+    Formula,
+    Derivative,
+    Integral,
+    Spectrum,
+    Filter
+};
+
+class TsApplication
+{
+public:
+    // Shows a composed report. Empty here, and kept so by the main window on purpose: a caller sees only
+    // the null result of OpenTs() and CreateTs() and says in its own words what could not be done.
+    virtual void ShowTsMessage(const QString& text);
+    // Shows an error text; empty here.
+    virtual void ShowTsError(const char* text);
+    // To be called inside a catch block: composes a report of the exception in flight, with ": " and
+    // `where` behind it, and hands it to ShowTsMessage().
+    virtual void ReportTsException(const char* where);
+
+    // The registry of files that are open for writing in a window; paths are made absolute. Whoever is
+    // about to rebuild, remove or overwrite a file asks first.
+    virtual void registerWriter(const QString& path);
+    virtual void unregisterWriter(const QString& path);
+    virtual bool isOpenForWriting(const QString& path) const;
+
+    // Starts a sub-program on a file and, where it takes one, a column (from 1; 0 for none), and returns
+    // its window, or null where there is none. The window deletes itself when it is closed.
+    virtual QWidget* openSubProgram(SubProgram kind, const QString& file, unsigned column);
+    // Asks for a name and writes samples first to last of a file as tsa text; false where nothing was
+    // written.
+    virtual bool exportInterval(const QString& file, std::uint32_t first, std::uint32_t last);
+    // The settings that a new plot window starts from; null without a main window.
+    virtual const PsParameters* psParameters() const;
+
+    // Opens the file of exactly that name. Returns null, after ReportTsException(), where it fails. The
+    // caller owns the file.
+    TSFILE* OpenTs(const QString& name, bool readOnly);
+    // Creates name + ".ts" (a name of digits alone: the numbered file) without time columns. Asks before
+    // it removes an old file of that name. Null where the user keeps the old one or creation fails; what
+    // was begun is removed then.
+    TSFILE* CreateTs(const QString& name, unsigned samples, unsigned columns);
+
+    // The main window's side, or null before it is built and in programs without one.
+    static TsApplication* instance() noexcept { return s_instance; }
+
+protected:
+    TsApplication() = default;
+    ~TsApplication();
+    TsApplication(const TsApplication&) = delete;
+    TsApplication& operator=(const TsApplication&) = delete;
+
+    static void setInstance(TsApplication* application) noexcept { s_instance = application; }
+
+private:
+    inline static TsApplication* s_instance = nullptr;
+};

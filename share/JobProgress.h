@@ -1,0 +1,47 @@
+// Shows how far a long job is, with a Cancel button, once it has taken half a second.
+//
+// Jobs run on the GUI thread; while one runs, the dialog is modal to the whole program, so no window
+// starts another one or closes under it.
+#pragma once
+
+#include <QElapsedTimer>
+#include <QString>
+
+#include <memory>
+
+#include "core/Progress.h"
+
+class QProgressDialog;
+class QWidget;
+
+class JobProgress
+{
+public:
+    // `what` is shown above the bar: "Reading test.tsa". The parent may be null.
+    JobProgress(QWidget* parent, const QString& what);
+    ~JobProgress();
+    JobProgress(const JobProgress&) = delete;
+    JobProgress& operator=(const JobProgress&) = delete;
+
+    // False once the user has cancelled. Looks at the clock, and repaints at most twenty times a second.
+    bool operator()(std::uint64_t done, std::uint64_t total);
+    // This object as the job takes it; it must outlive the job.
+    Progress callback();
+    bool wasCancelled() const noexcept { return m_cancelled; }
+    // Seconds since the job began, for "… in 0.4 s".
+    double seconds() const;
+
+    // True while any job runs in the program.
+    static bool isRunning() noexcept { return s_running > 0; }
+
+private:
+    void show();
+
+    QWidget* m_parent;
+    QString m_what;
+    std::unique_ptr<QProgressDialog> m_dialog;
+    QElapsedTimer m_clock;
+    qint64 m_nextLook = 0;  // milliseconds
+    bool m_cancelled = false;
+    inline static int s_running = 0;
+};

@@ -1,0 +1,28 @@
+// The base of all sub-programs' windows: top-level, deleted when closed, and announcing both that they are
+// gone and that they have changed the directory.
+#pragma once
+
+#include <QMainWindow>
+
+// What windowGone() hands over: only good for comparing, the window is about to be deleted.
+using subWindow = QWidget*;
+
+class SubWindow : public QMainWindow
+{
+    Q_OBJECT
+
+public:
+    explicit SubWindow(QWidget* parent = nullptr);
+
+signals:
+    // Emitted once, when the window was closed.
+    void windowGone(subWindow window);
+    // A ts-file of the working directory was made, changed or removed.
+    void x_directory_changed();
+
+protected:
+    // Whether the window may close now: here a window asks about what is not saved. It is not asked while a
+    // job runs, when no window closes.
+    virtual bool mayClose();
+    void closeEvent(QCloseEvent* event) override;
+};

@@ -1,0 +1,20 @@
+// An action with an icon of the program's own.
+#pragma once
+
+#include <QAction>
+#include <QKeySequence>
+
+class HydAction : public QAction
+{
+    Q_OBJECT
+
+public:
+    // The icon is the resource ":/img_" + image; an empty image gives none. `receiver` is the parent too, and
+    // `slot` (written with SLOT()) is what triggered() calls. Tool tip and what's-this text may be empty.
+    HydAction(const QString& image, const QKeySequence& shortcut, QObject* receiver, const char* slot,
+              const QString& menuText, const QString& toolTip = QString(),
+              const QString& whatsThis = QString());
+};
+
+// A what's-this text: an HTML paragraph that begins with the action's image.
+QString whatsThisText(const QString& image, const QString& text);

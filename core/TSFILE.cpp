@@ -193,20 +193,6 @@ void TSFILE::handLayoutToData()
         {m_dataOffset, m_header.samples, m_header.columns, m_columnMajor, m_header.ringStart != 0});
 }
 
-// Memory never claims what the file refused.
-template <typename T>
-void TSFILE::storeInHeader(T TsHeader::*field, T v)
-{
-    const T before = m_header.*field;
-    m_header.*field = v;
-    try {
-        writeHeader();
-    } catch (...) {
-        m_header.*field = before;
-        throw;
-    }
-}
-
 std::uint32_t TSFILE::samples()
 {
     readHeader(0, 0);
@@ -286,6 +272,19 @@ const char* TSFILE::description(const char* newText)
 const char* TSFILE::timeUnit(const char* newText)
 {
     return storedText(kTimeUnit, newText, m_timeUnitText);
+}
+
+void TSFILE::copyHeader(TSFILE& from)
+{
+    from.readHeader(0, 0);
+    readHeader(0, 0);
+    for (const TextField field : {kFileDescription, kTimeUnit})
+        std::copy_n(from.m_headerImage.begin() + static_cast<std::ptrdiff_t>(field.offset), field.width,
+                    m_headerImage.begin() + static_cast<std::ptrdiff_t>(field.offset));
+    m_header.dt = from.m_header.dt;
+    m_header.startTime = from.m_header.startTime;
+    m_header.startSeconds = from.m_header.startSeconds;
+    writeHeader();
 }
 
 void TSFILE::flush(bool withHeader)

@@ -87,6 +87,9 @@ public:
     float startTime(float newStart = -1.0F);                   // seconds, added to startSeconds()
     std::uint32_t startSeconds(std::uint32_t newSeconds = 0);  // seconds since the epoch
 
+    // Takes over another file's description, time unit, sample time and start, bits as they are.
+    void copyHeader(TSFILE& from);
+
     // A stamp is seven integers: 0, second, minute, hour, day, month from 1, year.
     void columnStamp(std::uint32_t col, int out[7]);
     void setColumnStamp(std::uint32_t col, const int in[7]);
@@ -200,8 +203,19 @@ private:
     unsigned char* columnRecord(std::uint32_t col);
     template <typename Change>
     void changeColumn(std::uint32_t col, Change change);
+    // Memory never claims what the file refused.
     template <typename T>
-    void storeInHeader(T TsHeader::*field, T v);
+    void storeInHeader(T TsHeader::*field, T v)
+    {
+        const T before = m_header.*field;
+        m_header.*field = v;
+        try {
+            writeHeader();
+        } catch (...) {
+            m_header.*field = before;
+            throw;
+        }
+    }
     void requireSample(std::uint32_t& sample);
     std::uint32_t requireWritable(std::uint32_t sample, std::uint32_t col);
 

@@ -48,6 +48,8 @@ private:
     // Writes the runs into `file`; false where it was cancelled.
     bool writeRuns(TSFILE& file, Job& job);
     std::unique_ptr<TSFILE> openForWriting() const;
+    // The reader forgets what it has kept of the file.
+    void showAnew() noexcept;
 
     TSFILE& m_reader;
     std::filesystem::path m_path;

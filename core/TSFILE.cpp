@@ -188,9 +188,10 @@ void TSFILE::writeColumnBlock()
 
 void TSFILE::handLayoutToData()
 {
+    const bool ring = m_header.ringStart != 0;
     m_dataOffset = dataOffset(m_header.columns);
-    m_data.setLayout(
-        {m_dataOffset, m_header.samples, m_header.columns, m_columnMajor, m_header.ringStart != 0});
+    m_plainSamples = ring || m_columnMajor ? 0 : m_header.samples;
+    m_data.setLayout({m_dataOffset, m_header.samples, m_header.columns, m_columnMajor, ring});
 }
 
 std::uint32_t TSFILE::samples()
@@ -308,6 +309,7 @@ bool TSFILE::refresh()
     m_data.flush();
     std::this_thread::yield();
     m_headerHeld = false;
+    m_plainSamples = 0;
     m_columnBlockNumber = 0;
     m_data.drop();
     readHeader(0, 3);

@@ -31,8 +31,18 @@ bool settles(const Edit& edit, const SampleRun& run)
            strips[0].run.last >= run.last;
 }
 
-// Runs that overlap or touch become one.
-std::vector<SampleRun> joined(std::vector<SampleRun> runs)
+EditStrip strip(const SampleRun& run, EditStrip::Kind kind, double a)
+{
+    EditStrip made;
+    made.run = run;
+    made.kind = kind;
+    made.a = a;
+    return made;
+}
+
+}  // namespace
+
+std::vector<SampleRun> joinedRuns(std::vector<SampleRun> runs)
 {
     std::sort(runs.begin(), runs.end(), before);
     std::vector<SampleRun> out;
@@ -45,17 +55,6 @@ std::vector<SampleRun> joined(std::vector<SampleRun> runs)
     }
     return out;
 }
-
-EditStrip strip(const SampleRun& run, EditStrip::Kind kind, double a)
-{
-    EditStrip made;
-    made.run = run;
-    made.kind = kind;
-    made.a = a;
-    return made;
-}
-
-}  // namespace
 
 void EditStrip::apply(std::uint32_t first, std::span<float> out) const
 {
@@ -199,7 +198,7 @@ std::vector<SampleRun> EditList::unsavedRuns() const
             runs.push_back(s.run);
         return false;
     });
-    return joined(std::move(runs));
+    return joinedRuns(std::move(runs));
 }
 
 bool EditList::isUnsaved(std::uint32_t sample, std::uint32_t column) const

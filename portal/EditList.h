@@ -44,10 +44,7 @@ struct EditStrip
     std::vector<float> values{};
 
     // True where the outcome does not depend on what stood there before.
-    bool isAbsolute() const noexcept
-    {
-        return kind == Kind::Line || kind == Kind::Values;
-    }
+    bool isAbsolute() const noexcept { return kind == Kind::Line || kind == Kind::Values; }
     // Changes values[0 … count), the samples from `first` on.
     void apply(std::uint32_t first, std::span<float> out) const;
 };
@@ -68,6 +65,9 @@ EditStrip addStrip(const SampleRun& run, double number);
 EditStrip multiplyStrip(const SampleRun& run, double factor);
 EditStrip replaceOutsideStrip(const SampleRun& run, double low, double high, double replacement);
 EditStrip valuesStrip(std::uint32_t column, std::uint32_t first, std::vector<float> values);
+
+// The runs sorted by column and sample; those that overlap or touch become one.
+std::vector<SampleRun> joinedRuns(std::vector<SampleRun> runs);
 
 class EditList
 {
@@ -104,6 +104,6 @@ private:
     bool anyDifferent(Visit visit) const;
 
     std::vector<Entry> m_edits;
-    std::size_t m_active = 0;  // entries that are not undone
+    std::size_t m_active = 0;    // entries that are not undone
     std::vector<Entry> m_saved;  // what the file holds
 };

@@ -15,7 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::uint32_t kRun = 1U << 15;          // samples a step
+constexpr std::uint32_t kRun = 1U << 15;           // samples a step
 constexpr std::uint32_t kKeptTogether = 1U << 16;  // runs nearer than this are kept as one
 
 // The failure in flight, for the user.

@@ -104,6 +104,7 @@ void SampleView::show(QAbstractItemModel* model)
     const QString widest = QString::number(m_model->rowCount());
     verticalHeader()->setFixedWidth(fontMetrics().horizontalAdvance(widest + QStringLiteral("00")));
     syncBar();
+    emit x_model_set();
 }
 
 int SampleView::totalRows() const
@@ -266,8 +267,8 @@ QModelIndex SampleView::moveCursor(CursorAction action, Qt::KeyboardModifiers mo
 void SampleView::keyPressEvent(QKeyEvent* event)
 {
     static const std::map<int, CursorAction> kMoves = {
-        {Qt::Key_Up, MoveUp},     {Qt::Key_Down, MoveDown},     {Qt::Key_PageUp, MovePageUp},
-        {Qt::Key_Left, MoveLeft}, {Qt::Key_Right, MoveRight},   {Qt::Key_PageDown, MovePageDown},
+        {Qt::Key_Up, MoveUp},     {Qt::Key_Down, MoveDown},   {Qt::Key_PageUp, MovePageUp},
+        {Qt::Key_Left, MoveLeft}, {Qt::Key_Right, MoveRight}, {Qt::Key_PageDown, MovePageDown},
         {Qt::Key_Home, MoveHome}, {Qt::Key_End, MoveEnd},
     };
     const auto move = kMoves.find(event->key());

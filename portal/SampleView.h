@@ -73,6 +73,8 @@ signals:
     void x_selected();
     // The current cell has moved.
     void x_current_moved();
+    // There is a new selection model.
+    void x_model_set();
 
 protected:
     QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;

@@ -22,6 +22,15 @@ QString unreadableText()
 // An amber over either background.
 const QColor kChangedTint(255, 176, 32, 96);
 
+QString exactText(float value)
+{
+    if (std::isnan(value))
+        return QStringLiteral("nan");
+    char text[32];
+    const auto [end, error] = std::to_chars(std::begin(text), std::end(text), value);
+    return QString::fromLatin1(text, static_cast<int>(end - text));
+}
+
 }  // namespace
 
 std::optional<float> cellNumber(const QString& text)
@@ -33,15 +42,6 @@ std::optional<float> cellNumber(const QString& text)
     if (!number || std::abs(*number) > static_cast<double>(std::numeric_limits<float>::max()))
         return std::nullopt;
     return static_cast<float>(*number);
-}
-
-QString exactText(float value)
-{
-    if (std::isnan(value))
-        return QStringLiteral("nan");
-    char text[32];
-    const auto [end, error] = std::to_chars(std::begin(text), std::end(text), value);
-    return QString::fromLatin1(text, static_cast<int>(end - text));
 }
 
 TsTableModel::TsTableModel(TSFILE* file, QObject* parent) : QAbstractTableModel(parent), m_file(file) {}
@@ -118,6 +118,14 @@ QString TsTableModel::cellText(int row, int column) const
     if (isIntegerColumn(column))
         return QString::number(std::bit_cast<std::uint32_t>(*v)) + QStringLiteral(".0000");
     return QString::number(static_cast<double>(*v), 'f', 4);
+}
+
+QString TsTableModel::exactCellText(int row, int column) const
+{
+    const std::optional<float> v = value(row, column);
+    if (!v)
+        return unreadableText();
+    return isIntegerColumn(column) ? QString::number(std::bit_cast<std::uint32_t>(*v)) : exactText(*v);
 }
 
 QVariant TsTableModel::editingData(const QModelIndex& index, int role) const

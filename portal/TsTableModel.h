@@ -1,4 +1,5 @@
-// The item model that serves a ts-file's values to the table: row r is sample r + 1, column c is column c + 1.
+// The item model that serves a ts-file's values to the table: row r is sample r + 1, column c is column c
+// + 1.
 //
 // It keeps no copy of the values, whatever the file's length. With makeEditable() it shows the file as it is
 // edited and takes new values. Cells that cannot be read show as unreadable; nothing is thrown.
@@ -17,9 +18,6 @@
 // A cell's number: point or comma; "nan" and an empty text are a missing value. Nothing where the text is no
 // number that a cell can hold.
 std::optional<float> cellNumber(const QString& text);
-// The shortest text that gives the very number back; "nan" for a missing value.
-QString exactText(float value);
-
 class TsTableModel : public QAbstractTableModel
 {
     Q_OBJECT
@@ -47,6 +45,9 @@ public:
     // The values as they are shown. Throws the TS exceptions.
     ColumnReader columnReader(int column) const;
     std::optional<float> value(int row, int column) const;
+
+    // The shortest text that gives the very number back; "nan" for a missing value.
+    QString exactCellText(int row, int column) const;
 
     // After an edit, an undo, a redo or a save: the cells are painted anew.
     void showChanges();

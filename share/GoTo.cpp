@@ -225,7 +225,8 @@ std::optional<std::uint32_t> goToRow(const QString& text, TSFILE& file, QString&
         return std::nullopt;
     }
     const QString unit = headerText(file.timeUnit()).trimmed();
-    if (!target || (!target->fileUnit.isEmpty() && target->fileUnit.compare(unit, Qt::CaseInsensitive) != 0)) {
+    if (!target ||
+        (!target->fileUnit.isEmpty() && target->fileUnit.compare(unit, Qt::CaseInsensitive) != 0)) {
         reason = QStringLiteral("Type a sample (250000), a time (12.5 s or 13:45:30) or a share (50%).");
         return std::nullopt;
     }

@@ -16,8 +16,12 @@
 namespace {
 
 constexpr int kRowHeight = 20;
-constexpr int kWidestColumn = 320;
+constexpr int kWidestColumn = 150;  // pixels; longer names wrap
+constexpr int kMostHeaderLines = 4;
+constexpr int kHeaderMargin = 4;
 constexpr int kColumnsToFit = 1000;
+
+const int kHeaderAlignment = Qt::AlignHCenter | Qt::AlignVCenter | Qt::TextWordWrap;
 
 // Selecting and moving without the view running after its current cell.
 class NoAutoScroll
@@ -51,8 +55,8 @@ SampleView::SampleView(TsTableModel* model, QWidget* parent)
     verticalHeader()->setMinimumSectionSize(1);
     setRowHeight(kRowHeight);
     horizontalHeader()->setResizeContentsPrecision(0);
-    horizontalHeader()->setMaximumSectionSize(kWidestColumn * 4);
-    horizontalHeader()->setTextElideMode(Qt::ElideRight);
+    verticalHeader()->setDefaultAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    horizontalHeader()->setDefaultAlignment(Qt::Alignment(kHeaderAlignment));
 
     m_bar->setAccessibleName(QStringLiteral("Position in the file"));
     connect(m_bar, &QScrollBar::valueChanged, this, &SampleView::scrollToTop);
@@ -101,8 +105,10 @@ void SampleView::show(QAbstractItemModel* model)
     setModel(model);
     connect(selectionModel(), &QItemSelectionModel::selectionChanged, this, &SampleView::noteSelection);
     connect(selectionModel(), &QItemSelectionModel::currentChanged, this, &SampleView::noteCurrent);
-    const QString widest = QString::number(m_model->rowCount());
-    verticalHeader()->setFixedWidth(fontMetrics().horizontalAdvance(widest + QStringLiteral("00")));
+    QFont bold = verticalHeader()->font();
+    bold.setBold(true);
+    verticalHeader()->setFixedWidth(
+        QFontMetrics(bold).horizontalAdvance(QString::number(m_model->rowCount())) + 4 * kHeaderMargin);
     syncBar();
     emit x_model_set();
 }
@@ -280,7 +286,9 @@ void SampleView::keyPressEvent(QKeyEvent* event)
             extendTo(next.row() + offset(), next.column());
         return;
     }
-    const bool enter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    // An editor hands its Enter on, too; it moves when it closes.
+    const bool enter =
+        (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) && state() != EditingState;
     QTableView::keyPressEvent(event);
     if (enter && m_model->editedFile() != nullptr && event->modifiers() == Qt::NoModifier) {
         goTo(m_currentRow + 1, m_currentColumn);
@@ -395,7 +403,20 @@ void SampleView::fitColumns()
     if (m_model->columnCount() > kColumnsToFit)
         return;
     resizeColumnsToContents();
-    for (int column = 0; column < m_model->columnCount(); ++column)
-        if (columnWidth(column) > kWidestColumn)
-            setColumnWidth(column, kWidestColumn);
+    QFont bold = horizontalHeader()->font();
+    bold.setBold(true);  // as the name of a selected column is
+    const QFontMetrics metrics(bold);
+    int height = 0;
+    for (int column = 0; column < m_model->columnCount(); ++column) {
+        const QString name = model()->headerData(column, Qt::Horizontal).toString();
+        int least = std::max(kWidestColumn, sizeHintForColumn(column));
+        for (const QString& word : name.split(QLatin1Char(' ')))
+            least = std::max(least, metrics.horizontalAdvance(word) + 4 * kHeaderMargin);
+        setColumnWidth(column, std::min(columnWidth(column), least));
+        const QRect box(0, 0, columnWidth(column) - 2 * kHeaderMargin,
+                        kMostHeaderLines * metrics.lineSpacing());
+        height = std::max(height, metrics.boundingRect(box, kHeaderAlignment, name).height());
+    }
+    horizontalHeader()->setFixedHeight(std::min(height, kMostHeaderLines * metrics.lineSpacing()) +
+                                       2 * kHeaderMargin);
 }

@@ -102,8 +102,9 @@ void SelectionStatistics::readOn()
 
 QString SelectionStatistics::text(bool complete) const
 {
-    QString out =
-        QLocale::c().toString(static_cast<qulonglong>(m_total)).replace(QLatin1Char(','), QLatin1Char(' '));
+    QString out = QLocale(QLocale::English)
+                      .toString(static_cast<qulonglong>(m_total))
+                      .replace(QLatin1Char(','), QLatin1Char(' '));
     out += QStringLiteral(" values");
     if (m_unreadable)
         return out + QStringLiteral(", some unreadable");

@@ -20,6 +20,9 @@
 #include <QToolBar>
 #include <QVBoxLayout>
 
+#include <algorithm>
+#include <cmath>
+
 #include "core/TsNames.h"
 #include "portal/CellDelegate.h"
 #include "portal/FindBar.h"
@@ -35,7 +38,7 @@ constexpr int kEditMode = 1;
 constexpr int kLeastRowHeight = 18;
 constexpr int kRowHeight = 20;
 constexpr int kGreatestRowHeight = 30;
-constexpr int kColumnListWidth = 130;
+constexpr int kColumnListWidth = 100;
 
 // Null where it cannot be opened.
 TSFILE* openQuietly(const QString& file)
@@ -59,7 +62,17 @@ bool isWritable(const QString& path)
 
 QString grouped(qulonglong number)
 {
-    return QLocale::c().toString(number).replace(QLatin1Char(','), QLatin1Char(' '));
+    return QLocale(QLocale::English).toString(number).replace(QLatin1Char(','), QLatin1Char(' '));
+}
+
+// With as many decimals as it takes to tell a sample from the next.
+QString elapsedText(double elapsed, TSFILE& file)
+{
+    const double dt = file.dt();
+    if (file.timeColumn() != 0 || !(dt > 0.0) || !std::isfinite(dt))
+        return QString::number(elapsed, 'g', 9);
+    const int decimals = std::clamp(static_cast<int>(std::ceil(-std::log10(dt))) + 1, 0, 12);
+    return QString::number(elapsed, 'f', decimals);
 }
 
 }  // namespace
@@ -283,9 +296,6 @@ void TsTableView::addOperations(QMenu& menu)
 void TsTableView::createToolBar()
 {
     QToolBar* const bar = addToolBar(QStringLiteral("ToolBar"));
-    for (const Act act : {kPlot, kMax, kMin, kAverage, kGrid, kQuit})
-        bar->addAction(m_actions[static_cast<std::size_t>(act)]);
-    bar->addSeparator();
     auto* const label = new QLabel(QStringLiteral("Rowheight:"));
     auto* const height = new QSpinBox;
     height->setRange(kLeastRowHeight, kGreatestRowHeight);
@@ -298,6 +308,9 @@ void TsTableView::createToolBar()
     bar->addWidget(label);
     bar->addWidget(height);
     bar->addWidget(m_sorting);
+    bar->addSeparator();
+    for (const Act act : {kPlot, kMax, kMin, kAverage, kGrid, kQuit})
+        bar->addAction(m_actions[static_cast<std::size_t>(act)]);
     height->setEnabled(m_model != nullptr);
     m_sorting->setEnabled(m_model != nullptr);
     connect(height, SIGNAL(valueChanged(int)), this, SLOT(sl_rowHeight(int)));
@@ -461,8 +474,8 @@ QString TsTableView::timeText(std::uint32_t sample) const
         TSFILE& file = m_model->file();
         const double elapsed = elapsedTime(file, sample);
         const QString unit = headerText(file.timeUnit()).trimmed();
-        QString text = QString::number(elapsed, 'g', 9) + QLatin1Char(' ') +
-                       (unit.isEmpty() ? QStringLiteral("s") : unit);
+        QString text =
+            elapsedText(elapsed, file) + QLatin1Char(' ') + (unit.isEmpty() ? QStringLiteral("s") : unit);
         if (file.startSeconds() != 0) {
             const double moment = startOf(file) + elapsed * secondsInTimeUnit(unit);
             text += QStringLiteral(", ") + QDateTime::fromMSecsSinceEpoch(qRound64(moment * 1000.0))
@@ -480,18 +493,14 @@ QString TsTableView::rowText(int row) const
     const std::uint32_t held = sampleInRow(m_model->file(), sample);
     const QString number =
         held == sample ? grouped(sample) : QStringLiteral("%1 (row %2)").arg(grouped(held), grouped(sample));
-    return QStringLiteral("Sample %1, %2").arg(number, timeText(sample));
+    return QStringLiteral("Sample %1 of %2, %3")
+        .arg(number, grouped(m_model->file().samples()), timeText(sample));
 }
 
 void TsTableView::showPosition()
 {
-    if (m_model->rowCount() == 0) {
-        m_position->setText(QStringLiteral("The file has no samples."));
-        return;
-    }
     const QString text =
-        QStringLiteral("%1, of %2; column %3")
-            .arg(rowText(m_view->currentRow()), grouped(m_model->file().samples()), columnTitle(m_column));
+        m_model->rowCount() == 0 ? QStringLiteral("The file has no samples.") : rowText(m_view->currentRow());
     m_position->setText(text);
     m_position->setToolTip(text);
 }

@@ -30,6 +30,11 @@ std::uint64_t cellsIn(const std::vector<SampleRun>& runs)
     return cells;
 }
 
+QString valuesText(std::uint64_t count)
+{
+    return count == 1 ? QStringLiteral("1 value") : QStringLiteral("%1 values").arg(count);
+}
+
 void warn(QWidget* parent, const QString& text)
 {
     QMessageBox box(QMessageBox::Warning, QStringLiteral("Ts-Edit"), text, QMessageBox::NoButton, parent);
@@ -87,7 +92,7 @@ bool TsTableView::askNumbers(const BlockOperationRow& operation, std::size_t cel
         return true;
     FieldsDialog dialog(
         QString::fromUtf8(operation.name),
-        QStringLiteral("%1 (%2 selected values).").arg(QString::fromUtf8(operation.tip)).arg(cells),
+        QStringLiteral("%1 (%2 selected).").arg(QString::fromUtf8(operation.tip), valuesText(cells)),
         operation.fields, numbers, this);
     dialog.setCheck(
         [&](const std::vector<double>& all) { return whyNumbersAreRefused(operation.operation, all); });
@@ -192,7 +197,7 @@ void TsTableView::pasteRows(const std::vector<std::vector<float>>& rows)
         addEdit(QStringLiteral("Paste"), std::move(strips));
     if (left > 0)
         statusBar()->showMessage(
-            QStringLiteral("%1 values lie beyond the table and were left out.").arg(left), kMessageMs);
+            QStringLiteral("Left out, since it lies beyond the table: %1.").arg(valuesText(left)), kMessageMs);
 }
 
 // -- Saving --
@@ -218,7 +223,7 @@ bool TsTableView::save()
         JobProgress progress(this, QStringLiteral("Saving %1").arg(m_name));
         const bool done = edited.save(progress.callback()) == JobOutcome::Done;
         statusBar()->showMessage(
-            done ? QStringLiteral("%1 values saved in %2 s.").arg(cells).arg(progress.seconds(), 0, 'f', 1)
+            done ? QStringLiteral("%1 saved in %2 s.").arg(valuesText(cells)).arg(progress.seconds(), 0, 'f', 1)
                  : QStringLiteral("Cancelled: the file is as it was, the edits are not saved."),
             kMessageMs);
         m_model->showChanges();

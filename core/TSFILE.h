@@ -87,6 +87,9 @@ public:
     float startTime(float newStart = -1.0F);                   // seconds, added to startSeconds()
     std::uint32_t startSeconds(std::uint32_t newSeconds = 0);  // seconds since the epoch
 
+    // Takes over another file's description, time unit, sample time and start, bits as they are.
+    void copyHeader(TSFILE& from);
+
     // A stamp is seven integers: 0, second, minute, hour, day, month from 1, year.
     void columnStamp(std::uint32_t col, int out[7]);
     void setColumnStamp(std::uint32_t col, const int in[7]);
@@ -118,20 +121,17 @@ public:
     // Throws TS::ILL_SAMPLE beyond the last sample, TS::IO_ERROR where the block cannot be read.
     float value(std::uint32_t sample, std::uint32_t col)
     {
-        if (!m_headerHeld || m_header.ringStart != 0 || sample > m_header.samples)
-            requireSample(sample);
-        const float raw = m_data.at(m_data.elementIndex(sample, col));
-        return m_order == ByteOrder::Swapped ? swapBytes(raw) : raw;
+        if (sample > m_plainSamples) [[unlikely]]
+            return valueAnywhere(sample, col);
+        return native(m_data.at(std::uint64_t{sample - 1U} * m_header.columns + (col - 1U)));
     }
 
     // Throws TS::ILL_SAMPLE and TS::ILL_COLUMN (flag 0). In a ring file any sample from 1 up can be written.
     void setValue(std::uint32_t sample, std::uint32_t col, float v)
     {
-        if (!m_headerHeld || m_header.ringStart != 0 || sample - 1U >= m_header.samples ||
-            col - 1U >= m_header.columns)
+        if (sample - 1U >= m_plainSamples || col - 1U >= m_header.columns) [[unlikely]]
             sample = requireWritable(sample, col);
-        m_data.forWriting(m_data.elementIndex(sample, col)) =
-            m_order == ByteOrder::Swapped ? swapBytes(v) : v;
+        m_data.forWriting(m_data.elementIndex(sample, col)) = native(v);
     }
 
     // Runs of samples, checked once a block instead of once a value. They do what value() and setValue()
@@ -200,8 +200,22 @@ private:
     unsigned char* columnRecord(std::uint32_t col);
     template <typename Change>
     void changeColumn(std::uint32_t col, Change change);
+    // Memory never claims what the file refused.
     template <typename T>
-    void storeInHeader(T TsHeader::*field, T v);
+    void storeInHeader(T TsHeader::*field, T v)
+    {
+        const T before = m_header.*field;
+        m_header.*field = v;
+        try {
+            writeHeader();
+        } catch (...) {
+            m_header.*field = before;
+            throw;
+        }
+    }
+    // Between the file's byte order and the machine's, either way.
+    float native(float v) const noexcept { return m_order == ByteOrder::Swapped ? swapBytes(v) : v; }
+    float valueAnywhere(std::uint32_t sample, std::uint32_t col);
     void requireSample(std::uint32_t& sample);
     std::uint32_t requireWritable(std::uint32_t sample, std::uint32_t col);
 
@@ -225,6 +239,8 @@ private:
     DataBlock m_data;
     TsHeader m_header;
     bool m_headerHeld = false;
+    // The samples of a held, ordinary file, whose elements need no further thought; else 0.
+    std::uint32_t m_plainSamples = 0;
     ByteOrder m_order = ByteOrder::Unknown;
     bool m_columnMajor = false;  // only while columns are being added
     int m_timeMode = 0;

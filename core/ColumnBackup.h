@@ -1,0 +1,60 @@
+// The old values of what a job overwrites in a ts-file, kept until the job is done.
+//
+// They stand in a synced scratch file in the scratch directory before the first new value is written. When
+// the job fails or is cancelled, restore() puts them back; when even that fails, path() says where they lie.
+#pragma once
+
+#include <filesystem>
+#include <span>
+#include <vector>
+
+#include "core/Progress.h"
+#include "core/ScratchFile.h"
+#include "core/TSFILE.h"
+
+class ColumnBackup
+{
+public:
+    // Nothing is kept before save(). Borrows the file. Throws std::system_error where no scratch file can
+    // be made.
+    explicit ColumnBackup(TSFILE& file);
+
+    // Keeps `count` samples of a column from sample `first` on, in units of their bits. Several ranges can
+    // be kept; where they overlap, the first kept values come back. Throws the TS exceptions and
+    // std::system_error.
+    JobOutcome save(std::uint32_t col, std::uint32_t first, std::uint32_t count, const Progress& progress);
+    // Keeps a column's name, description and stamp.
+    void saveInfo(std::uint32_t col);
+
+    // Puts everything back and flushes the file. Throws the TS exceptions or std::system_error; then the
+    // scratch file stays for good.
+    void restore();
+
+    // Where the old values lie.
+    const std::filesystem::path& path() const noexcept { return m_path; }
+
+private:
+    struct Range
+    {
+        std::uint32_t col;
+        std::uint32_t first;
+        std::uint32_t count;
+        std::uint64_t offset;  // in the scratch file
+    };
+    struct Info
+    {
+        std::uint32_t col;
+        std::string name;
+        std::string description;
+        int stamp[7];
+    };
+
+    void restoreRange(const Range& range);
+
+    TSFILE& m_file;
+    ScratchFile m_scratch;
+    std::filesystem::path m_path;
+    std::uint64_t m_bytes = 0;
+    std::vector<Range> m_ranges;
+    std::vector<Info> m_infos;
+};

@@ -1,0 +1,85 @@
+#include "core/Rebuild.h"
+
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "core/ScratchFile.h"
+#include "core/TsExceptions.h"
+#include "core/TsNames.h"
+
+namespace {
+
+constexpr std::uint32_t kRunBytes = 1U << 20;
+
+// Copies the values that both files have, a run of rows at a time.
+JobOutcome copyValues(TSFILE& from, TSFILE& to, const Progress& progress)
+{
+    const std::uint32_t oldColumns = from.columns();
+    const std::uint32_t newColumns = to.columns();
+    const std::uint32_t samples = std::min(from.samples(), to.samples());
+    const std::uint32_t columns = std::min(oldColumns, newColumns);
+    if (columns == 0)
+        return JobOutcome::Done;
+
+    const std::uint32_t widest = std::max(oldColumns, newColumns);
+    const std::uint32_t run = std::max<std::uint32_t>(1, kRunBytes / sizeof(float) / widest);
+    std::vector<float> in(std::size_t{run} * oldColumns);
+    std::vector<float> out(std::size_t{run} * newColumns, 0.0F);
+    for (std::uint32_t done = 0; done < samples;) {
+        const std::uint32_t count = std::min(run, samples - done);
+        from.readRows(done + 1, count, in.data());
+        for (std::size_t row = 0; row < count; ++row)
+            std::copy_n(&in[row * oldColumns], columns, &out[row * newColumns]);
+        to.writeRows(done + 1, count, out.data());
+        done += count;
+        if (!goesOn(progress, done, samples))
+            return JobOutcome::Cancelled;
+    }
+    return JobOutcome::Done;
+}
+
+}  // namespace
+
+void copyColumnInfo(TSFILE& from, std::uint32_t fromCol, TSFILE& to, std::uint32_t toCol)
+{
+    // The texts stand in one buffer for all files.
+    to.columnName(toCol, std::string(from.columnName(fromCol)).c_str());
+    to.columnDescription(toCol, std::string(from.columnDescription(fromCol)).c_str());
+    if (from.columnTime(fromCol) > 0) {
+        int stamp[7];
+        from.columnStamp(fromCol, stamp);
+        to.setColumnStamp(toCol, stamp);
+    } else {
+        to.stampColumn(toCol);
+    }
+}
+
+JobOutcome rebuildTsFile(const std::filesystem::path& file, std::uint32_t newSamples,
+                         std::uint32_t newColumns, const Progress& progress)
+{
+    const std::unique_ptr<TSFILE> from = openTsFile(file.string(), true);
+    if (from->ringStart() != 0)
+        throw TS::READONLY_VIOLATION(file.string());
+    // Counts that the body cannot hold would be copied as far as they go, into a file of their size.
+    if (tsFileBytes(newSamples, newColumns) >= kFileLimit)
+        throw TS::IO_ERROR(0, static_cast<std::uint32_t>(kFileLimit), 1);
+
+    ScratchFile scratch(file.parent_path(), "tmp", ".ts");
+    {
+        const std::unique_ptr<TSFILE> made = createTsFile(scratch.path().string(), newSamples, newColumns);
+        TSFILE& to = *made;
+        const std::uint32_t kept = std::min(from->columns(), newColumns);
+        for (std::uint32_t col = 1; col <= kept; ++col)
+            copyColumnInfo(*from, col, to, col);
+        for (std::uint32_t col = kept + 1; col <= newColumns; ++col)
+            to.stampColumn(col);
+        to.copyHeader(*from);
+        if (copyValues(*from, to, progress) == JobOutcome::Cancelled)
+            return JobOutcome::Cancelled;
+        to.flush(true);
+    }
+    scratch.putInPlace(file);
+    return JobOutcome::Done;
+}

@@ -1,0 +1,23 @@
+// Gives a ts-file other counts of samples and columns.
+//
+// The layout of a ts-file depends on both counts, so the file is written anew beside the old one and takes
+// its name in one step when it is complete and synced; until then the old file is untouched.
+#pragma once
+
+#include <filesystem>
+
+#include "core/Progress.h"
+#include "core/TSFILE.h"
+
+// Rebuilds `file` with the new counts: every value, name, description and positive stamp that fits stays in
+// its place, bit for bit; new samples are 0, new columns are named Column-nn and stamped now. The header's
+// texts, sample time and start are kept. The scratch file is tmp.ts beside the file, or the next free name.
+//
+// Throws the TS exceptions and std::system_error; then, and when it is cancelled, the old file stands as it
+// was and the scratch file is gone. Ring files are refused with TS::READONLY_VIOLATION and the file's name:
+// their rows are no plain samples. Whoever has the file open must let it go before.
+JobOutcome rebuildTsFile(const std::filesystem::path& file, std::uint32_t newSamples,
+                         std::uint32_t newColumns, const Progress& progress);
+
+// Copies name and description of a column, and its stamp where its time is positive; else stamps it now.
+void copyColumnInfo(TSFILE& from, std::uint32_t fromCol, TSFILE& to, std::uint32_t toCol);

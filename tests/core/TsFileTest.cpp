@@ -1,0 +1,334 @@
+// The ts-file by bytes: what is written by hand must be read, what is written must stand where it belongs.
+
+#include "core/TSFILE.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <cmath>
+#include <csignal>
+#include <limits>
+
+#include "core/TsExceptions.h"
+#include "tests/core/TsFileBytes.h"
+
+namespace {
+
+// The payload of the exception that an access throws; a row that throws nothing fails.
+template <typename Exception, typename Access>
+TS::Failure failureOf(Access access)
+{
+    try {
+        access();
+    } catch (const Exception& e) {
+        return e;
+    }
+    ADD_FAILURE() << "nothing was thrown";
+    return {};
+}
+
+void expectPayload(const TS::Failure& failure, std::uint32_t value1, std::uint32_t value2, int flag)
+{
+    EXPECT_EQ(failure.value1, value1);
+    EXPECT_EQ(failure.value2, value2);
+    EXPECT_EQ(failure.flag, flag);
+}
+
+class ByteOrders : public testing::TestWithParam<bool>
+{
+};
+
+}  // namespace
+
+TEST_P(ByteOrders, HandWrittenFileIsReadAndRewrittenInItsOwnOrder)
+{
+    const TestDirectory directory;
+    HandMadeFile(1536, GetParam())
+        .word(0, 3)
+        .word(4, 2)
+        .word(8, 77)
+        .real(16, 0.5F)
+        .real(24, 1.25F)
+        .text(32, "Bridge")
+        .text(92, "Time[s]")
+        .word(132, 1000000000)
+        .word(136, 42)
+        .word(508, 3)
+        .text(512 + 7, "Time  ")
+        .text(576 + 7, "ABCDEFGHIJKL")
+        .text(576 + 19, std::string(45, 'd'))
+        .real(1024 + 4 * 3, -7.5F)
+        .write("a.ts");
+    {
+        TSFILE file("a", false);
+        EXPECT_EQ(file.samples(), 3U);
+        EXPECT_EQ(file.columns(), 2U);
+        EXPECT_EQ(file.dt(), 0.5F);
+        EXPECT_EQ(file.startTime(), 1.25F);
+        EXPECT_EQ(file.startSeconds(), 1000000000U);
+        EXPECT_STREQ(file.description(), "Bridge");
+        EXPECT_STREQ(file.timeUnit(), "Time[s]");
+        EXPECT_STREQ(file.columnName(2), "ABCDEFGHIJKL");
+        EXPECT_STREQ(file.columnDescription(2), std::string(45, 'd').c_str());
+        EXPECT_EQ(file.columnNumber("Time\t"), 1U);
+        EXPECT_EQ(file.columnNumber("time"), 0U);
+        EXPECT_EQ(file.timeMode(), 1);
+        EXPECT_EQ(file.value(2, 2), -7.5F);
+        file.setValue(3, 1, 2.0F);
+        file.dt(0.25F);
+        file.columnName(2, "thirteen bytes");
+        file.flush(true);
+    }
+    HandMadeFile expected(1536, GetParam());
+    expected.word(0, 3).word(4, 2).word(8, 77).real(16, 0.25F).real(24, 1.25F).text(32, "Bridge");
+    expected.text(92, "Time[s]").word(132, 1000000000).word(136, 42).word(508, 3).text(519, "Time  ");
+    expected.text(583, "thirteen byt").text(595, std::string(45, 'd')).real(1036, -7.5F).real(1040, 2.0F);
+    expected.write("expected");
+    EXPECT_EQ(bytesOf("a.ts"), bytesOf("expected"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Both, ByteOrders, testing::Values(false, true));
+
+TEST(TsFile, CreatedFileHasExactlyTheBytesOfTheFormat)
+{
+    const TestDirectory directory;
+    {
+        const TSFILE file("a", 100, 9, 2);
+    }
+    HandMadeFile expected(512 + 1024 + 512 * 9, false);  // 1100 values: 9 blocks
+    expected.word(0, 100).word(4, 11).word(508, 3).text(519, "Time").text(583, "Time32");
+    for (std::size_t col = 3; col <= 11; ++col)
+        expected.text(512 + 64 * (col - 1) + 7, (col < 10 ? "Column-0" : "Column-") + std::to_string(col));
+    expected.write("expected");
+    EXPECT_EQ(bytesOf("a.ts"), bytesOf("expected"));
+}
+
+TEST(TsFile, FileWithoutSamplesOrColumnsKeepsNoColumnOrientation)
+{
+    const TestDirectory directory;
+    TSFILE("columns", 0, 3, 0);
+    TSFILE("samples", 3, 0, 0);
+    const auto bytes = bytesOf("columns.ts");
+    EXPECT_EQ(bytes.size(), 1024U);
+    EXPECT_EQ(bytes[12], 0);
+    EXPECT_EQ(bytesOf("samples.ts").size(), 512U);
+    HandMadeFile(512, false).write("zero.ts");
+    TSFILE zero("zero", true);
+    EXPECT_EQ(zero.samples() + zero.columns(), 0U);
+}
+
+TEST(TsFile, AddedColumnsMoveTheDataAndKeepTheSize)
+{
+    const TestDirectory directory;
+    TSFILE file("a", 100, 2, 0);
+    for (std::uint32_t s = 1; s <= 100; ++s)
+        file.setValue(s, 1, static_cast<float>(s));
+    file.resizeColumns(10);
+    EXPECT_EQ(bytesOf("a.ts").size(), 1536U + 512U * 8);
+    EXPECT_STREQ(file.columnName(10), "Column-10");
+    EXPECT_EQ(file.value(1, 1), 1.0F);
+    EXPECT_EQ(file.value(1, 3), 2.0F);  // values keep their place in the section
+    file.resize(1000);
+    EXPECT_EQ(bytesOf("a.ts").size(), 1536U + 512U * 79);
+    EXPECT_EQ(file.value(1000, 10), 0.0F);
+}
+
+TEST(TsFile, EveryRefusedAccessCarriesItsPayload)
+{
+    const TestDirectory directory;
+    TSFILE file("a", 10, 3, 0);
+    expectPayload(failureOf<TS::ILL_SAMPLE>([&] { file.value(11, 1); }), 11, 10, 1);
+    expectPayload(failureOf<TS::ILL_SAMPLE>([&] { file.setValue(0, 1, 1.0F); }), 0, 10, 0);
+    expectPayload(failureOf<TS::ILL_SAMPLE>([&] { file.setValue(11, 1, 1.0F); }), 11, 10, 0);
+    expectPayload(failureOf<TS::ILL_COLUMN>([&] { file.setValue(1, 4, 1.0F); }), 4, 3, 0);
+    expectPayload(failureOf<TS::ILL_COLUMN>([&] { file.columnName(0); }), 0, 3, 1);
+    expectPayload(failureOf<TS::ILL_COLUMN>([&] { file.columnDescription(4); }), 4, 3, 1);
+    EXPECT_EQ(failureOf<TS::OPEN_ERROR>([] { TSFILE("none", true); }).name, "none");
+    EXPECT_EQ(failureOf<TS::CREATE_ERROR>([] { TSFILE("no/such/dir", 1, 1, 0); }).name, "no/such/dir.ts");
+    expectPayload(failureOf<TS::OPEN_ERROR>([] { TSFILE(9999, true); }), 9999, 0, 1);
+    EXPECT_EQ(failureOf<TS::NO_TIME_COLUMN>([&] { file.appendRowWithTime(1.0, nullptr, false); }).name,
+              "a.ts");
+
+    TSFILE reader("a", true);
+    expectPayload(failureOf<TS::READONLY_VIOLATION>([&] { reader.dt(2.0F); }), 0, 0, 1);
+    EXPECT_EQ(reader.dt(), 0.0F);  // what the file refused is not claimed
+    expectPayload(failureOf<TS::READONLY_VIOLATION>([&] { reader.flush(true); }), 0, 0, 1);
+    reader.setValue(1, 1, 5.0F);
+    expectPayload(failureOf<TS::READONLY_VIOLATION>([&] { reader.flush(false); }), 1024, 0, 1);
+
+    HandMadeFile(512, false).word(508, 11).write("new.ts");
+    expectPayload(failureOf<TS::NOT_TS_FILE>([] { TSFILE("new", true); }), 0, 0, 1);
+    HandMadeFile(512, true).word(508, 11).write("new.ts");
+    expectPayload(failureOf<TS::NOT_TS_FILE>([] { TSFILE("new", true); }), 0, 0, 1);
+}
+
+TEST(TsFile, ShortReadLeavesTheCachedBlockAndTellsItsBytes)
+{
+    const TestDirectory directory;
+    {
+        TSFILE file("a", 200, 1, 0);
+        file.setValue(1, 1, 3.0F);
+    }
+    ASSERT_EQ(truncate("a.ts", 1024 + 512 + 100), 0);
+    TSFILE file("a", true);
+    EXPECT_EQ(file.value(1, 1), 3.0F);
+    expectPayload(failureOf<TS::IO_ERROR>([&] { file.value(129, 1); }), 1536, 100100, 1);
+    ASSERT_EQ(truncate("a.ts", 0), 0);
+    EXPECT_EQ(file.value(1, 1), 3.0F);
+}
+
+TEST(TsFile, HeaderThatLiesOpensAndOnlyTheAccessThrows)
+{
+    const TestDirectory directory;
+    HandMadeFile(1024, false)
+        .word(0, 4000000000U)
+        .word(4, 4000000000U)
+        .real(16, NAN)
+        .word(508, 3)
+        .write("a.ts");
+    TSFILE file("a", false);
+    EXPECT_EQ(file.columns(), 4000000000U);
+    EXPECT_EQ(file.timeMode(), 0);
+    EXPECT_THROW(file.columnName(3999999999U), TS::IO_ERROR);
+    EXPECT_THROW(file.value(4000000000U, 4000000000U), TS::IO_ERROR);
+    EXPECT_THROW(file.value(0, 0), TS::IO_ERROR);
+    EXPECT_THROW(file.resize(4100000000U), TS::IO_ERROR);
+
+    HandMadeFile(512, false).word(0, 5).word(508, 3).write("nocolumns.ts");
+    TSFILE noColumns("nocolumns", false);
+    EXPECT_THROW(noColumns.value(1, 1), TS::IO_ERROR);
+    EXPECT_THROW(noColumns.setValue(1, 1, 1.0F), TS::ILL_COLUMN);
+
+    HandMadeFile(1024, false).word(0, 3000000000U).word(4, 1).word(140, 7).word(508, 3).write("ring.ts");
+    TSFILE ring("ring", false);
+    ::unsetenv("TMPDIR");
+    ring.setRingMode(false);  // counts as done without TMPDIR
+    EXPECT_EQ(ring.ringStart(), 0U);
+}
+
+TEST(TsFile, TooLargeIsRefusedBeforeAnythingIsTouched)
+{
+    const TestDirectory directory;
+    std::ofstream("a.ts") << "precious";
+    EXPECT_THROW(TSFILE("a", 536870912, 1, 0), TS::IO_ERROR);
+    EXPECT_THROW(TSFILE("b", 4000000000U, 4000000000U, 0), TS::IO_ERROR);
+    EXPECT_EQ(bytesOf("a.ts").size(), 8U);
+    EXPECT_EQ(directory.fileCount(), 1U);
+    TSFILE file("c", 1, 1, 0);
+    const auto failure = failureOf<TS::IO_ERROR>([&] { file.resize(536870912); });
+    EXPECT_EQ(failure.value1, static_cast<std::uint32_t>(file.descriptor()));
+    EXPECT_EQ(file.samples(), 1U);
+    EXPECT_EQ(bytesOf("c.ts").size(), 1536U);
+}
+
+TEST(TsFile, FullDiskLeavesNothingOfACreation)
+{
+    const TestDirectory directory;
+    rlimit old = {};
+    getrlimit(RLIMIT_FSIZE, &old);
+    const rlimit small = {4096, old.rlim_max};
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    setrlimit(RLIMIT_FSIZE, &small);
+    const auto failure = failureOf<TS::IO_ERROR>([] { TSFILE("a", 100000, 1, 0); });
+    setrlimit(RLIMIT_FSIZE, &old);
+    std::signal(SIGXFSZ, handler);
+    expectPayload(failure, 4096, 200000, 1);
+    EXPECT_EQ(directory.fileCount(), 0U);
+}
+
+TEST(TsFile, RunsEqualSingleValuesInBothOrders)
+{
+    const TestDirectory directory;
+    for (const bool swapped : {false, true}) {
+        for (const std::uint32_t columns : {1U, 3U, 128U, 129U, 300U}) {
+            const std::uint32_t samples = 400;
+            HandMadeFile(512 * (2 + (columns - 1) / 8) + dataBytes(samples, columns), swapped)
+                .word(0, samples)
+                .word(4, columns)
+                .word(508, 3)
+                .write("a.ts");
+            TSFILE file("a", false);
+            std::vector<float> column(300);
+            for (std::size_t i = 0; i < column.size(); ++i)
+                column[i] = static_cast<float>(i) + 0.5F;
+            file.writeColumn(columns, 50, column);
+            EXPECT_EQ(file.value(49, columns), 0.0F);
+            EXPECT_EQ(file.value(50, columns), 0.5F);
+            EXPECT_EQ(file.value(349, columns), 299.5F);
+
+            std::vector<float> back(300);
+            file.readColumn(columns, 50, back);
+            EXPECT_EQ(back, column);
+            std::vector<float> rows(std::size_t{20} * columns);
+            file.readRows(60, 20, rows.data());
+            EXPECT_EQ(rows[columns - 1], 10.5F);
+            EXPECT_EQ(rows[rows.size() - 1], 29.5F);
+            file.writeRows(100, 20, rows.data());
+            EXPECT_EQ(file.value(119, columns), 29.5F);
+            expectPayload(failureOf<TS::ILL_SAMPLE>([&] { file.readColumn(1, 102, back); }), 401, 400, 1);
+            EXPECT_THROW(file.writeColumn(columns + 1, 1, column), TS::ILL_COLUMN);
+            EXPECT_THROW(file.writeRows(0, 1, rows.data()), TS::ILL_SAMPLE);
+        }
+    }
+}
+
+TEST(TsFile, FlushWritesTheHeaderOnlyWhenItsBytesChanged)
+{
+    const TestDirectory directory;
+    TSFILE file("a", 10, 1, 0);
+    const int fd = open("a.ts", O_WRONLY);
+    ASSERT_EQ(pwrite(fd, "X", 1, 200), 1);  // an unused byte of the header block
+    file.flush(true);
+    EXPECT_EQ(bytesOf("a.ts")[200], 'X');
+    const float row = 1.0F;
+    file.writeRow(4, &row, true);  // lastSample has changed
+    close(fd);
+    EXPECT_EQ(bytesOf("a.ts")[200], 0);
+    EXPECT_EQ(bytesOf("a.ts")[144], 4);
+}
+
+TEST(TsFile, StampsAndNamesSurviveTheirOddities)
+{
+    const TestDirectory directory;
+    TSFILE file("a", 1, 1, 0);
+    EXPECT_LT(file.columnTime(1), 0);
+    const int stamp[7] = {0, 30, 45, 13, 17, 5, 2016};
+    file.setColumnStamp(1, stamp);
+    int back[7];
+    file.columnStamp(1, back);
+    EXPECT_TRUE(std::equal(stamp, stamp + 7, back));
+    EXPECT_STREQ(TSFILE::formatTime(static_cast<double>(file.columnTime(1)), false, "%Y-%m-%d %H:%M:%S"),
+                 "2016-05-17 13:45:30");
+    file.columnName(1, "");
+    EXPECT_EQ(file.columnNameOrNull(1), nullptr);
+    file.description(std::string(80, 'x').c_str());
+    EXPECT_EQ(std::strlen(file.description("ab")), 2U);
+    EXPECT_EQ(bytesOf("a.ts")[32 + 40], 0);  // the longer text is gone
+}
+
+TEST(TsFileName, NumbersBlanksAndExtensions)
+{
+    EXPECT_EQ(std::string(TSFILE::tsFileName("12")), "ts0012.ts");
+    EXPECT_EQ(std::string(TSFILE::tsFileName("")), " s0012.ts");  // only the first byte changes
+    const struct
+    {
+        const char* text;
+        const char* name;
+    } rows[] = {
+        {"9999", "9999.ts"},
+        {"9998", "ts9998.ts"},
+        {"data.tsa", "data.ts"},
+        {"5.dat", "ts0005.ts"},
+        {"99999999999", "99999999999.ts"},
+        {".hidden", ".hidden.ts"},
+        {"dir.old/file", "dir.old/file.ts"},
+        {"a\\b.c\\d", "a\\b.ts"},
+    };
+    for (const auto& row : rows)
+        EXPECT_STREQ(TSFILE::tsFileName(row.text), row.name);
+    const std::string longest = TSFILE::tsFileName(std::string(400, 'n').c_str());
+    EXPECT_EQ(longest.size(), 255U);
+    EXPECT_TRUE(longest.ends_with(".ts"));
+}

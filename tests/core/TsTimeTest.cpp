@@ -1,0 +1,121 @@
+// Time, time columns and ring files.
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "core/TSFILE.h"
+#include "core/TsExceptions.h"
+#include "tests/core/TsFileBytes.h"
+
+TEST(RingFile, WrittenNumbersFoldAndUnfoldingPutsTheOldestFirst)
+{
+    const TestDirectory directory;
+    TSFILE file("a", 100, 1, 0);
+    file.dt(0.5F);
+    file.startSeconds(1000);
+    file.setRingMode(true);
+    for (std::uint32_t n = 1; n <= 250; ++n)
+        file.setValue(n, 1, static_cast<float>(n));
+    EXPECT_EQ(file.lastSample(), 250U);
+    EXPECT_EQ(file.ringStart(), 151U);
+    EXPECT_EQ(file.value(250, 1), 250.0F);
+    EXPECT_EQ(file.value(50, 1), 250.0F);
+    float run[20];
+    file.readColumn(1, 195, run);
+    EXPECT_EQ(run[19], 214.0F);
+
+    file.setRingMode(false);
+    EXPECT_EQ(file.value(1, 1), 151.0F);
+    EXPECT_EQ(file.value(100, 1), 250.0F);
+    EXPECT_EQ(file.startSeconds(), 1075U);
+    EXPECT_EQ(file.lastSample() + file.ringStart(), 0U);
+    TSFILE reader("a", true);
+    EXPECT_EQ(reader.value(100, 1), 250.0F);
+}
+
+TEST(RingFile, EmptyOrReadOnlyOnesAreRefusedCleanly)
+{
+    const TestDirectory directory;
+    TSFILE empty("empty", 0, 1, 0);
+    empty.setRingMode(true);
+    EXPECT_THROW(empty.value(1, 1), TS::ILL_SAMPLE);
+    EXPECT_THROW(empty.setValue(1, 1, 1.0F), TS::ILL_SAMPLE);
+    TSFILE reader("empty.ts", true);
+    try {
+        reader.setRingMode(false);
+        FAIL();
+    } catch (const TS::READONLY_VIOLATION& e) {
+        EXPECT_EQ(e.name, "empty.ts");
+    }
+    EXPECT_EQ(reader.ringStart(), 1U);
+}
+
+TEST(SampleTime, FirstSampleLiesOneStepAfterTheStartOnTheFloatGrid)
+{
+    const TestDirectory directory;
+    TSFILE file("a", 5, 1, 0);
+    file.dt(0.1F);
+    EXPECT_EQ(file.sampleTime(1), static_cast<double>(0.1F));
+    EXPECT_EQ(file.sampleTime(0), file.sampleTime(1));
+    EXPECT_EQ(file.sampleTime(3), static_cast<double>(3.0F * 0.1F));
+    file.startSeconds(1000000063);
+    file.startTime(0.25F);
+    EXPECT_EQ(file.sampleTime(1), 1000000064.0 + static_cast<double>(0.1F));
+}
+
+TEST(SampleTime, TimeColumnsSplitWholeSecondsAndFractions)
+{
+    const TestDirectory directory;
+    TSFILE file("a", 5, 1, 2);
+    file.startSeconds(1000);
+    file.setSampleTime(2, 101001.75);
+    EXPECT_EQ(file.value(2, 1), 0.75F);
+    EXPECT_EQ(std::bit_cast<std::uint32_t>(file.value(2, 2)), 100001U);
+    EXPECT_EQ(file.sampleTime(2), 101001.75);
+    const float in[] = {7.0F};
+    file.appendRowWithTime(1003.5, in, true);
+    float out[1];
+    EXPECT_EQ(file.readRowWithTime(1, out), 1003.5);
+    EXPECT_EQ(out[0], 7.0F);
+    try {
+        file.appendRowWithTime(999.0, in, true);
+        FAIL();
+    } catch (const TS::ILL_TIME& e) {
+        EXPECT_EQ(e.value1, 999U);
+        EXPECT_EQ(e.value2, 1000U);
+    }
+    file.makeTimeColumns(3, 0);
+    EXPECT_STREQ(file.columnName(1), "_Time");
+    EXPECT_THROW(file.makeTimeColumns(4, 0), TS::ILL_COLUMN);
+}
+
+TEST(SampleTime, FindSampleEqualsALinearSearch)
+{
+    const TestDirectory directory;
+    TSFILE file("a", 50000, 1, 0);
+    file.dt(0.01F);
+    for (const double t : {-1.0, 0.0, 0.005, 0.01, 0.015, 123.456, 499.99, 500.0, 1e9, std::nan("")}) {
+        std::uint32_t expected = 1;
+        for (std::uint32_t s = 1; s <= 50000 && file.sampleTime(s) <= t; ++s)
+            expected = s;
+        EXPECT_EQ(file.findSample(t), expected) << t;
+    }
+}
+
+TEST(SampleTime, RebasingMovesTheStartToTheOldestSample)
+{
+    const TestDirectory directory;
+    TSFILE file("a", 3, 0, 1);
+    file.startSeconds(1000);
+    file.setRingMode(true);
+    for (std::uint32_t i = 1; i <= 5; ++i)
+        file.appendRowWithTime(1000.0 + 100.0 * i, nullptr, true);
+    EXPECT_EQ(file.ringStart(), 3U);
+    file.adjustTime(true, 1000.0F);
+    EXPECT_EQ(file.startSeconds(), 1000U);
+    file.adjustTime(true, 100.0F);
+    EXPECT_EQ(file.startSeconds(), 1300U);
+    EXPECT_EQ(file.value(3, 1), 0.0F);
+    EXPECT_EQ(file.sampleTime(5), 1500.0);
+}

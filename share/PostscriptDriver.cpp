@@ -300,13 +300,16 @@ void PostscriptDriver::SetLineStyle(int style)
     if (style == m_lineStyle)
         return;
     stroke();
-    std::string dashes;
+    std::string line = "[";
     for (const int length : dashPattern(style)) {
         if (length == 0)
             break;
-        dashes += (dashes.empty() ? "" : " ") + std::to_string(length);
+        if (line.size() > 1)
+            line += ' ';
+        line += std::to_string(length);
     }
-    emitLine("[" + dashes + "] 0 _P");
+    line += "] 0 _P";
+    emitLine(line);
     m_lineStyle = style;
 }
 

@@ -67,11 +67,12 @@ private:
 
     float& slot(std::uint64_t element)
     {
-        if (element / kBlockFloats != m_blockNumber)
+        if (element / kBlockFloats != m_blockNumber) [[unlikely]]
             fetch(element / kBlockFloats);
         return m_values[element % kBlockFloats];
     }
-    void fetch(std::uint64_t blockNumber);
+    // Out of line, so that the loops around value() keep their sums in registers.
+    [[gnu::cold, gnu::noinline]] void fetch(std::uint64_t blockNumber);
 
     BlockFile& m_file;
     Layout m_layout;

@@ -121,20 +121,17 @@ public:
     // Throws TS::ILL_SAMPLE beyond the last sample, TS::IO_ERROR where the block cannot be read.
     float value(std::uint32_t sample, std::uint32_t col)
     {
-        if (!m_headerHeld || m_header.ringStart != 0 || sample > m_header.samples)
-            requireSample(sample);
-        const float raw = m_data.at(m_data.elementIndex(sample, col));
-        return m_order == ByteOrder::Swapped ? swapBytes(raw) : raw;
+        if (sample > m_plainSamples) [[unlikely]]
+            return valueAnywhere(sample, col);
+        return native(m_data.at(std::uint64_t{sample - 1U} * m_header.columns + (col - 1U)));
     }
 
     // Throws TS::ILL_SAMPLE and TS::ILL_COLUMN (flag 0). In a ring file any sample from 1 up can be written.
     void setValue(std::uint32_t sample, std::uint32_t col, float v)
     {
-        if (!m_headerHeld || m_header.ringStart != 0 || sample - 1U >= m_header.samples ||
-            col - 1U >= m_header.columns)
+        if (sample - 1U >= m_plainSamples || col - 1U >= m_header.columns) [[unlikely]]
             sample = requireWritable(sample, col);
-        m_data.forWriting(m_data.elementIndex(sample, col)) =
-            m_order == ByteOrder::Swapped ? swapBytes(v) : v;
+        m_data.forWriting(m_data.elementIndex(sample, col)) = native(v);
     }
 
     // Runs of samples, checked once a block instead of once a value. They do what value() and setValue()
@@ -216,6 +213,9 @@ private:
             throw;
         }
     }
+    // Between the file's byte order and the machine's, either way.
+    float native(float v) const noexcept { return m_order == ByteOrder::Swapped ? swapBytes(v) : v; }
+    float valueAnywhere(std::uint32_t sample, std::uint32_t col);
     void requireSample(std::uint32_t& sample);
     std::uint32_t requireWritable(std::uint32_t sample, std::uint32_t col);
 
@@ -239,6 +239,8 @@ private:
     DataBlock m_data;
     TsHeader m_header;
     bool m_headerHeld = false;
+    // The samples of a held, ordinary file, whose elements need no further thought; else 0.
+    std::uint32_t m_plainSamples = 0;
     ByteOrder m_order = ByteOrder::Unknown;
     bool m_columnMajor = false;  // only while columns are being added
     int m_timeMode = 0;

@@ -179,6 +179,12 @@ void TSFILE::rotate()
 
 // -- Checks behind the inlined accesses --
 
+float TSFILE::valueAnywhere(std::uint32_t sample, std::uint32_t col)
+{
+    requireSample(sample);
+    return native(m_data.at(m_data.elementIndex(sample, col)));
+}
+
 void TSFILE::requireSample(std::uint32_t& sample)
 {
     readHeader(0, 0);

@@ -3,7 +3,16 @@
 #include <algorithm>
 #include <vector>
 
+#include "portal/EditHeaderWin.h"
+#include "portal/TsTableView.h"
+
 namespace {
+
+// The list windows close with the main window.
+QWidget* mainWindow()
+{
+    return dynamic_cast<QWidget*>(TsApplication::instance());
+}
 
 struct Row
 {
@@ -13,7 +22,14 @@ struct Row
 
 const std::vector<Row>& rows()
 {
-    static const std::vector<Row> all = {};
+    static const std::vector<Row> all = {
+        {SubProgram::List,
+         [](const QString& file, unsigned) -> SubWindow* { return new TsTableView(file, mainWindow(), 0); }},
+        {SubProgram::Edit,
+         [](const QString& file, unsigned) -> SubWindow* { return new TsTableView(file, mainWindow(), 1); }},
+        {SubProgram::Header,
+         [](const QString& file, unsigned) -> SubWindow* { return new EditHeaderWin(file); }},
+    };
     return all;
 }
 

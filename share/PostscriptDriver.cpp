@@ -279,7 +279,7 @@ void PostscriptDriver::DrawMarker(float x, float y, int marker, int size)
         else if (s->code == MarkerStroke::Draw)
             DeviceLineTo(centreX + s->x * unit, centreY + s->y * unit);
         else
-            endPath("_f");
+            endPath("closepath gsave fill grestore _s");  // as wide as the glyphs that are only stroked
     }
     stroke();
     SetLineStyle(style);

@@ -68,7 +68,8 @@ JobOutcome rebuildTsFile(const std::filesystem::path& file, std::uint32_t newSam
 
     ScratchFile scratch(file.parent_path(), "tmp", ".ts");
     {
-        TSFILE to(literalTsName(scratch.path().string()).c_str(), newSamples, newColumns, 0);
+        const std::unique_ptr<TSFILE> made = createTsFile(scratch.path().string(), newSamples, newColumns);
+        TSFILE& to = *made;
         const std::uint32_t kept = std::min(from->columns(), newColumns);
         for (std::uint32_t col = 1; col <= kept; ++col)
             copyColumnInfo(*from, col, to, col);

@@ -38,6 +38,15 @@ std::unique_ptr<TSFILE> openTsFile(const std::string& fileName, bool readOnly)
     return std::make_unique<TSFILE>(file.descriptor(), readOnly);
 }
 
+std::unique_ptr<TSFILE> createTsFile(const std::string& fileName, std::uint32_t samples,
+                                     std::uint32_t columns, int timeMode)
+{
+    const std::string literal = literalTsName(fileName);
+    if (!keepsItsName(literal))
+        throw TS::CREATE_ERROR(fileName);
+    return std::make_unique<TSFILE>(literal.c_str(), samples, columns, timeMode);
+}
+
 std::string newTsFileName(const std::string& typed)
 {
     const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };

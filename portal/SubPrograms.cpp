@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <vector>
 
+#include "portal/EditHeaderWin.h"
+
 namespace {
 
 struct Row
@@ -13,7 +15,10 @@ struct Row
 
 const std::vector<Row>& rows()
 {
-    static const std::vector<Row> all = {};
+    static const std::vector<Row> all = {
+        {SubProgram::Header,
+         [](const QString& file, unsigned) -> SubWindow* { return new EditHeaderWin(file); }},
+    };
     return all;
 }
 

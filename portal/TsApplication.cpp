@@ -13,12 +13,10 @@
 
 namespace {
 
-constexpr int kNameBytes = 256;
-
-// A file name as the core takes it: local 8-bit, at most 256 bytes.
-std::string boundedBytes(const QString& name)
+// A file name as the core takes it.
+std::string localBytes(const QString& name)
 {
-    return name.toLocal8Bit().left(kNameBytes).toStdString();
+    return name.toLocal8Bit().toStdString();
 }
 
 bool isNumber(const QString& name)
@@ -30,7 +28,7 @@ bool isNumber(const QString& name)
 
 QString composed(const TS::READONLY_VIOLATION& e)
 {
-    const QString text = QStringLiteral("TS::READONLY_VIOLATION exception");
+    QString text = QStringLiteral("TS::READONLY_VIOLATION exception");
     if (e.value1 != 0)
         return text + QStringLiteral(", offset: %1").arg(e.value1);
     if (!e.name.empty())
@@ -96,14 +94,6 @@ bool clearTheWay(const TsApplication& application, const QString& fileName)
     return answer == QMessageBox::Yes && QFile::remove(fileName);
 }
 
-std::unique_ptr<TSFILE> createTsFile(const std::string& fileName, unsigned samples, unsigned columns)
-{
-    const std::string literal = literalTsName(fileName);
-    if (!keepsItsName(literal))
-        throw TS::CREATE_ERROR(fileName);
-    return std::make_unique<TSFILE>(literal.c_str(), samples, columns, 0);
-}
-
 }  // namespace
 
 TsApplication::~TsApplication()
@@ -150,7 +140,7 @@ const PsParameters* TsApplication::psParameters() const
 TSFILE* TsApplication::OpenTs(const QString& name, bool readOnly)
 {
     try {
-        return openTsFile(boundedBytes(name), readOnly).release();
+        return openTsFile(localBytes(name), readOnly).release();
     } catch (...) {
         ReportTsException("OpenTs");
         return nullptr;
@@ -161,12 +151,12 @@ TSFILE* TsApplication::CreateTs(const QString& name, unsigned samples, unsigned 
 {
     // The question, the removal and the creation are about one and the same file, whatever the name holds.
     const QString fileName = isNumber(name)
-                                 ? QString::fromLocal8Bit(TSFILE::tsFileName(boundedBytes(name).c_str()))
+                                 ? QString::fromLocal8Bit(TSFILE::tsFileName(localBytes(name).c_str()))
                                  : name + QStringLiteral(".ts");
     if (!clearTheWay(*this, fileName))
         return nullptr;
     try {
-        return createTsFile(boundedBytes(fileName), samples, columns).release();
+        return createTsFile(localBytes(fileName), samples, columns).release();
     } catch (...) {
         ReportTsException("CreateTs");
         return nullptr;

@@ -170,11 +170,12 @@ bool HsVariable::counts(float raw) const
 
 // -- Answering --
 
-Summary HsVariable::looseEnd(std::uint32_t bucket, std::uint32_t from, std::uint32_t to) const
+Summary HsVariable::looseEnd(bool positiveOnly, std::uint32_t bucket, std::uint32_t from,
+                             std::uint32_t to) const
 {
     const PlotSource::Run run = m_variable.source()->run(bucket, m_variable.column());
     const float* const values = run.values + from * run.stride;
-    if (!usesPositive())
+    if (!positiveOnly)
         return summaryOf(values, run.stride, to - from);
     float kept[kBucket];
     std::size_t n = 0;
@@ -186,6 +187,13 @@ Summary HsVariable::looseEnd(std::uint32_t bucket, std::uint32_t from, std::uint
 
 Summary HsVariable::collect(std::uint32_t first, std::uint32_t last, bool moments) const
 {
+    const bool positiveOnly = usesPositive();
+    return collectFrom(positiveOnly ? m_positive : m_all, positiveOnly, first, last, moments);
+}
+
+Summary HsVariable::collectFrom(const Pyramid& pyramid, bool positiveOnly, std::uint32_t first,
+                                std::uint32_t last, bool moments) const
+{
     Summary all;
     if (first > last)
         return all;
@@ -195,16 +203,16 @@ Summary HsVariable::collect(std::uint32_t first, std::uint32_t last, bool moment
     const std::uint32_t firstWhole = begin / kBucket + (begin % kBucket != 0 ? 1 : 0);
     // The last bucket may be a short one: it is whole where the run ends with the rows.
     const std::uint32_t endWhole =
-        end == m_variable.rows() ? static_cast<std::uint32_t>(pyramid().buckets()) : end / kBucket;
+        end == m_variable.rows() ? static_cast<std::uint32_t>(pyramid.buckets()) : end / kBucket;
     if (firstWhole > endWhole || (firstWhole == endWhole && begin / kBucket == (end - 1) / kBucket)) {
-        take(looseEnd(begin / kBucket, begin % kBucket, (end - 1) % kBucket + 1));
+        take(looseEnd(positiveOnly, begin / kBucket, begin % kBucket, (end - 1) % kBucket + 1));
         return all;
     }
     if (begin % kBucket != 0)
-        take(looseEnd(firstWhole - 1, begin % kBucket, kBucket));
-    pyramid().collect(firstWhole, endWhole, moments, all);
+        take(looseEnd(positiveOnly, firstWhole - 1, begin % kBucket, kBucket));
+    pyramid.collect(firstWhole, endWhole, moments, all);
     if (end != m_variable.rows() && end % kBucket != 0)
-        take(looseEnd(endWhole, 0, end % kBucket));
+        take(looseEnd(positiveOnly, endWhole, 0, end % kBucket));
     return all;
 }
 
@@ -241,16 +249,8 @@ std::uint32_t HsVariable::notPositive(std::uint32_t first, std::uint32_t last) c
 {
     if (!usesPositive())
         return 0;
-    const std::uint32_t positive = collect(first, last, false).count;
-    HsVariable whole(m_variable);
-    std::uint32_t finite = 0;
-    {
-        // The same question without the axis.
-        auto* const self = const_cast<HsVariable*>(this);
-        self->m_logarithmic = false;
-        finite = self->collect(first, last, false).count;
-        self->m_logarithmic = true;
-    }
+    const std::uint32_t finite = collectFrom(m_all, false, first, last, false).count;
+    const std::uint32_t positive = collectFrom(m_positive, true, first, last, false).count;
     return finite - positive;
 }
 

@@ -76,9 +76,10 @@ private:
 
     bool needsPositive() const;
     bool counts(float raw) const;
-    Summary looseEnd(std::uint32_t bucket, std::uint32_t from, std::uint32_t to) const;
+    Summary looseEnd(bool positiveOnly, std::uint32_t bucket, std::uint32_t from, std::uint32_t to) const;
     Summary collect(std::uint32_t first, std::uint32_t last, bool moments) const;
-    const Pyramid& pyramid() const { return usesPositive() ? m_positive : m_all; }
+    Summary collectFrom(const Pyramid& pyramid, bool positiveOnly, std::uint32_t first, std::uint32_t last,
+                        bool moments) const;
     bool usesPositive() const { return m_logarithmic && needsPositive(); }
 
     Variable m_variable;

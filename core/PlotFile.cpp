@@ -42,7 +42,7 @@ void PlotFile::reload()
 
 void PlotFile::look()
 {
-    forgetRuns();
+    forgetContents();
     m_columns = m_file->columns();
     m_startSeconds = m_file->startSeconds();
 
@@ -51,9 +51,10 @@ void PlotFile::look()
     const std::uint64_t head = tsFileBytes(0, m_columns);
     if (m_columns > 0) {
         // Only whole blocks can be read.
-        const std::uint64_t bytes = m_stamp.size > head ? (m_stamp.size - head) / kBlockBytes * kBlockBytes : 0;
-        inFile = static_cast<std::uint32_t>(
-            std::min<std::uint64_t>(claimed, bytes / sizeof(float) / m_columns));
+        const std::uint64_t bytes =
+            m_stamp.size > head ? (m_stamp.size - head) / kBlockBytes * kBlockBytes : 0;
+        inFile =
+            static_cast<std::uint32_t>(std::min<std::uint64_t>(claimed, bytes / sizeof(float) / m_columns));
     }
     m_firstSample = std::max<std::uint32_t>(1, m_file->ringStart());
     if (m_file->ringStart() != 0) {
@@ -69,12 +70,14 @@ void PlotFile::look()
 
     m_base = static_cast<double>(m_file->startTime()) + (m_firstSample - 1.0) * m_file->dt();
     m_dt = static_cast<double>(m_file->dt());
-    if (m_file->timeColumn() != 0)
+    if (m_file->timeColumn() != 0) {
         m_timeKind = TimeKind::EachRow;
-    else if (std::isfinite(m_base) && std::isfinite(m_dt) && m_dt > 0.0)
+        m_base = static_cast<double>(m_file->startTime());
+    } else if (std::isfinite(m_base) && std::isfinite(m_dt) && m_dt > 0.0) {
         m_timeKind = TimeKind::Steps;
-    else
+    } else {
         m_timeKind = TimeKind::RowNumbers;
+    }
 }
 
 std::string PlotFile::columnName(std::uint32_t column) const
@@ -114,7 +117,7 @@ float PlotFile::readValue(std::uint32_t row, std::uint32_t column) const
 
 double PlotFile::timeInRow(std::uint32_t /*row*/, const float* values) const
 {
-    double t = static_cast<double>(m_file->startTime()) + static_cast<double>(values[m_file->timeColumn() - 1]);
+    double t = m_base + static_cast<double>(values[m_file->timeColumn() - 1]);
     if (m_file->time32Column() != 0)
         t += std::bit_cast<std::uint32_t>(values[m_file->time32Column() - 1]);
     return t;

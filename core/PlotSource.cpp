@@ -92,6 +92,24 @@ std::uint32_t PlotSource::rowByTimes(double t) const
     return low;
 }
 
+std::uint32_t PlotSource::rowNear(double t, double tolerance) const
+{
+    if (m_rows == 0 || std::isnan(t))
+        return 0;
+    if (m_timeKind != TimeKind::EachRow) {
+        const std::uint32_t row = rowInSteps(t);
+        const double width = kBucket * (m_timeKind == TimeKind::Steps ? m_dt : 1.0);
+        return width <= tolerance && row < m_rows ? row - row % kBucket : row;
+    }
+    const auto after = std::upper_bound(m_bucketTimes.begin(), m_bucketTimes.end(), t);
+    if (after == m_bucketTimes.begin() || !m_timesKnown)
+        return rowByTimes(t);
+    const double end = after == m_bucketTimes.end() ? m_lastTime : *after;
+    if (t >= m_lastTime || end - *(after - 1) > tolerance)
+        return rowByTimes(t);
+    return static_cast<std::uint32_t>(after - m_bucketTimes.begin() - 1) * kBucket;
+}
+
 float PlotSource::value(std::uint32_t row, std::uint32_t column) const
 {
     const Run r = run((row - 1) / kBucket, column);

@@ -36,6 +36,9 @@ public:
     double timeOf(std::uint32_t row) const;
     // The last row whose time is at or before t; 0 where there is none.
     std::uint32_t rowAt(double t) const;
+    // As rowAt(), but the answer may be off by samples whose times lie within `tolerance` of t: it is the
+    // end of a bucket of rows where there is such a one, which saves reading them.
+    std::uint32_t rowNear(double t, double tolerance) const;
 
     float value(std::uint32_t row, std::uint32_t column) const;
 
@@ -67,7 +70,13 @@ protected:
     // All rows of a bucket side by side where the source has them in memory; else null.
     virtual const float* rowsInMemory(std::uint32_t bucket) const;
 
-    void forgetRuns() const { m_runs.clear(); }
+    // The source is not what it was.
+    void forgetContents()
+    {
+        m_runs.clear();
+        m_bucketTimes.clear();
+        m_timesKnown = false;
+    }
 
     std::uint32_t m_rows = 0;
     std::uint32_t m_columns = 0;

@@ -120,8 +120,10 @@ void Pyramid::add(const float* values, std::size_t stride, std::size_t n)
             continue;
         }
         const std::size_t taken = std::min<std::size_t>(n, kBucket - m_partial.size());
+        const std::size_t before = m_partial.size();
+        m_partial.resize(before + taken);
         for (std::size_t i = 0; i < taken; ++i)
-            m_partial.push_back(values[i * stride]);
+            m_partial[before + i] = values[i * stride];
         values += taken * stride;
         n -= taken;
         if (m_partial.size() == kBucket) {

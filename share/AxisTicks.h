@@ -32,7 +32,7 @@ struct LabelRoom
 };
 
 // The axis may run either way; a NaN, an infinite or an empty range gives no ticks. In all of them the
-// labels that are given do not overlap in the room, and all labels of an axis differ.
+// labels that are given do not overlap in the room.
 
 // Steps of 1, 2 or 5 times a power of ten, the finest whose labels fit. Labels have no trailing zeros;
 // numbers that would be very long because they are large or small share a power of ten (a multiple of 3).
@@ -49,6 +49,3 @@ enum class ClockZone { Local, Utc };
 // 5 times a power of ten years, at round places of the calendar. Labels show the part that changes from tick
 // to tick; edgeText is the full date (and time, where labels are finer than minutes) at the left edge.
 AxisTicks clockTicks(double first, double last, const LabelRoom& room, ClockZone zone = ClockZone::Local);
-
-// A number in at most `digits` significant digits without trailing zeros; never "-0".
-std::string plainNumber(double number, int digits = 15);

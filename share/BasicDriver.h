@@ -13,6 +13,7 @@
 
 #include <cstdio>
 #include <memory>
+#include <vector>
 
 #include "share/AxisTicks.h"
 #include "share/PsParameters.h"
@@ -122,8 +123,8 @@ public:
     // 35 to 37: the axes of the current viewport and window. DrawFrame() outlines a rectangle of the world,
     // as a rule the window; DrawXAxis() and DrawYAxis() draw grid, ticks outside of the window's lower and
     // left side, and labels there. Colour, style and width are as before afterwards, texts are in the
-    // current font; the justification is not kept. An x axis takes kXAxisLines character heights below the
-    // viewport, a y axis yAxisWidth() beside it.
+    // current font; the justification is not kept. An x axis takes xAxisHeight() below the viewport,
+    // a y axis yAxisWidth() beside it; its power of ten stands above it, two character heights high.
     virtual void DrawFrame(float x1, float y1, float x2, float y2, float lineWidth);
     virtual void DrawXAxis(const AxisTicks& ticks, const AxisStyle& style);
     virtual void DrawYAxis(const AxisTicks& ticks, const AxisStyle& style);
@@ -145,7 +146,9 @@ public:
     // without output has nothing whole.
     bool closeOutput();
     // So far.
-    bool outputIsWhole() const noexcept { return m_output && !m_outputFailed; }
+    bool outputIsWhole() const noexcept { return m_output && m_outputError == 0; }
+    // The errno of the first write that failed, or of the opening; 0 for none.
+    int outputError() const noexcept { return m_outputError; }
 
     // What is in force now, for callers that put it back.
     float lineWidth() const noexcept { return m_lineWidth; }
@@ -155,7 +158,7 @@ public:
     LabelRoom xLabelRoom();
     LabelRoom yLabelRoom();
     // Fractions of the drawing area: what an x axis takes below the viewport, and a y axis beside it.
-    float xAxisHeight();
+    float xAxisHeight() const;
     float yAxisWidth(const AxisTicks& ticks, const AxisStyle& style);
 
 protected:
@@ -196,14 +199,28 @@ private:
         float width;
     };
 
+    struct Box
+    {
+        float left, bottom, right, top;
+    };
+
+    struct PlacedTick
+    {
+        float at;  // device
+        const Tick* tick;
+    };
+
+    float characterHeight() const;
+    Box windowBox();
+    // Those within the window.
+    std::vector<PlacedTick> placedTicks(const AxisTicks& ticks, double origin, bool alongX);
     Pen pen() const;
     void restorePen(const Pen& pen);
     void beginGrid(const AxisStyle& style);
     void deviceLine(float x1, float y1, float x2, float y2);
     void deviceText(float x, float y, float h, float v, float angle, const char* text);
-    float tickLength() const;
 
     std::unique_ptr<ColorEntry> m_colors;  // newest first
     std::FILE* m_output = nullptr;
-    bool m_outputFailed = false;
+    int m_outputError = 0;
 };

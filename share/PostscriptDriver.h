@@ -55,13 +55,11 @@ private:
     void setDeviceArea();
     void writeProlog();
     void stroke();
-    void fillPath();
     void endPath(const char* operation);
     void outline();
     void forgetAttributes();
     void writeFont();
-    void emitLine(const std::string& line);
-    std::string compacted(const char* format, double a, double b) const;
+    void emitLine(std::string line);
 
     PsParameters m_parameters;
     int m_segments = 0;
@@ -74,5 +72,6 @@ private:
     bool m_bold = false;
     bool m_fontKnown = false;  // the file's current font is the one above
     bool m_finished = false;
+    bool m_whole = false;
     std::uint64_t m_bytesWritten = 0;
 };

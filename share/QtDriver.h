@@ -62,6 +62,8 @@ private:
     void subtractPageMargins();
     void chooseUnits();
     bool isPageEngine() const;
+    // What the sizes that are meant for the screen are multiplied by.
+    float magnification() const;
     void drawPoints();
     void applyPen();
     QPoint pixelOf(float deviceX, float deviceY) const;

@@ -424,5 +424,5 @@ void TsTableView::sl_reload()
 
 void TsTableView::sl_help()
 {
-    showHelp(this, QStringLiteral("list"), QStringLiteral("Veltrac, listing and editing"))->show();
+    showHelp(this, QStringLiteral("list"), QStringLiteral("Veltrac, listing and editing"));
 }

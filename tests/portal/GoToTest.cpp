@@ -4,6 +4,7 @@
 
 #include <QDateTime>
 
+#include "core/TSFILE.h"
 #include "share/GoTo.h"
 #include "tests/core/TsFileBytes.h"
 
@@ -99,6 +100,7 @@ TEST(GoTo, TimeOfDayMeansTheNextOneAfterTheStart)
 {
     const TestDirectory directory;
     TSFILE file("a.ts", 200000, 1, 0);
+    file.dt(1.0F);
     const QDateTime start(QDate(2016, 5, 17), QTime(22, 0, 0));
     file.startSeconds(static_cast<std::uint32_t>(start.toSecsSinceEpoch()));
     expectRows({{"22:00:10", 10}, {"23:00", 3600}, {"1:00:00", 10800}, {"21:59:59", 86399}}, file);

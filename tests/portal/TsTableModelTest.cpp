@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include "core/TsNames.h"
 #include "portal/TsTableModel.h"
 #include "tests/core/TsFileBytes.h"

@@ -180,8 +180,8 @@ TEST(QtDriver, TruncatesPixelsFromTheTopAndClipsToTheViewport)
     driver.SetColor(1, 0, 0);
     driver.SetLineWidth(0.1F);  // one pixel
     driver.SetClip(true);
-    driver.MoveTo(-1, 0.5F);
-    driver.LineTo(1e30F, 0.5F);
+    driver.MoveTo(-1, 0.49F);
+    driver.LineTo(1e30F, 0.49F);
     driver.SetClip(false);
     driver.SetWindow(0, 0, 60, 30);
     driver.Dot(-10.01F, 33.01F);

@@ -261,7 +261,8 @@ private:
                            static_cast<float>(g.toScale(g.y2()) - g.toScale(g.y1())));
         plainPen();
         AxisStyle s = style();
-        s.origin = axis.toScale(m_plot.x1()) + (axis.mode == XMode::Clock && !axis.logarithmic ? axis.origin : 0.0);
+        s.origin =
+            axis.toScale(m_plot.x1()) + (axis.mode == XMode::Clock && !axis.logarithmic ? axis.origin : 0.0);
         s.hasLabels = i + 1 == m_layout.groups.size();
         const std::string title = xTitle();
         if (s.hasLabels)
@@ -378,7 +379,7 @@ private:
         std::uint32_t low = 0;
         if (v.isBuilt() && v.failure().empty() && v.variable().rows() > 0)
             low = v.notPositive(1, v.variable().rows());
-        return low == 0 ? text : text + " (" + std::to_string(low) + " not above 0)";
+        return low == 0 ? text : text.append(" (").append(std::to_string(low)).append(" not above 0)");
     }
 
     // A row above the frame; what finds no room is counted.
@@ -400,7 +401,7 @@ private:
             const float stroke = kLegendStroke * m_charWidth;
             const float reserve = left > 1 ? 8.0F * m_charWidth : 0.0F;
             if (x + stroke + m_charWidth + width > f.x2 - reserve) {
-                const std::string more = "+" + std::to_string(left) + " more";
+                const std::string more = std::string("+").append(std::to_string(left)).append(" more");
                 m_driver.MoveTo(x, base);
                 m_driver.Text(more.c_str(), 0, 0.0F, 0);
                 return;

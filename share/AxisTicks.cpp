@@ -13,21 +13,23 @@ namespace {
 // number × 10^exponent in decimals without trailing zeros: exact, as a double's own digits are not.
 std::string decimalText(std::int64_t number, int exponent)
 {
-    std::string digits = std::to_string(std::abs(number));
     if (number == 0)
         return "0";
+    std::string digits = std::to_string(std::abs(number));
     if (exponent >= 0) {
         digits.append(static_cast<std::size_t>(exponent), '0');
     } else {
         const auto decimals = static_cast<std::size_t>(-exponent);
         if (digits.size() <= decimals)
-            digits.insert(0, decimals + 1 - digits.size(), '0');
-        digits.insert(digits.size() - decimals, ".");
+            digits.insert(digits.begin(), decimals + 1 - digits.size(), '0');
+        digits.insert(digits.end() - static_cast<std::ptrdiff_t>(decimals), '.');
         digits.erase(digits.find_last_not_of('0') + 1);
         if (digits.back() == '.')
             digits.pop_back();
     }
-    return number < 0 ? '-' + digits : digits;
+    if (number < 0)
+        digits.insert(digits.begin(), '-');
+    return digits;
 }
 
 std::string raised(int number)

@@ -211,6 +211,8 @@ private:
     };
 
     float characterHeight() const;
+    float deviceWidth(const char* text);
+    void drawSecondLine(const AxisTicks& ticks, const AxisStyle& style, float y);
     Box windowBox();
     // Those within the window.
     std::vector<PlacedTick> placedTicks(const AxisTicks& ticks, double origin, bool alongX);

@@ -153,6 +153,37 @@ std::vector<BasicDriver::PlacedTick> BasicDriver::placedTicks(const AxisTicks& t
     return placed;
 }
 
+float BasicDriver::deviceWidth(const char* text)
+{
+    float width = 0.0F;
+    TextExtent(text, &width, nullptr);
+    return width * (m_deviceXMax - m_deviceXMin);
+}
+
+// Under an x axis' labels: the date, the title in the middle of what is free, the power of ten.
+void BasicDriver::drawSecondLine(const AxisTicks& ticks, const AxisStyle& style, float y)
+{
+    const Box box = windowBox();
+    const float gap = characterHeight();
+    auto [left, right] = std::minmax({box.left, box.right});
+    if (style.hasLabels) {
+        deviceText(left, y, 0.0F, 1.0F, 0.0F, ticks.edgeText.c_str());
+        deviceText(right, y, 1.0F, 1.0F, 0.0F, ticks.powerText.c_str());
+        if (!ticks.edgeText.empty())
+            left += deviceWidth(ticks.edgeText.c_str()) + gap;
+        if (!ticks.powerText.empty())
+            right -= deviceWidth(ticks.powerText.c_str()) + gap;
+    }
+    if (style.title == nullptr)
+        return;
+    const float half = deviceWidth(style.title) / 2.0F;
+    const bool hasRoom = right - left >= 2.0F * half || ticks.edgeText.empty();
+    if (hasRoom)
+        deviceText(
+            std::clamp((box.left + box.right) / 2.0F, left + half, std::max(left + half, right - half)), y,
+            0.5F, 1.0F, 0.0F, style.title);
+}
+
 void BasicDriver::DrawXAxis(const AxisTicks& ticks, const AxisStyle& style)
 {
     const float height = characterHeight();
@@ -176,11 +207,8 @@ void BasicDriver::DrawXAxis(const AxisTicks& ticks, const AxisStyle& style)
     if (style.hasLabels) {
         for (const PlacedTick& tick : placed)
             deviceText(tick.at, first, 0.5F, 1.0F, 0.0F, tick.tick->label.c_str());
-        deviceText(box.left, second, 0.0F, 1.0F, 0.0F, ticks.edgeText.c_str());
-        deviceText(box.right, second, 1.0F, 1.0F, 0.0F, ticks.powerText.c_str());
     }
-    if (style.title != nullptr)
-        deviceText((box.left + box.right) / 2.0F, second, 0.5F, 1.0F, 0.0F, style.title);
+    drawSecondLine(ticks, style, second);
     restorePen(before);
 }
 

@@ -279,7 +279,7 @@ void PostscriptDriver::DrawMarker(float x, float y, int marker, int size)
         else if (s->code == MarkerStroke::Draw)
             DeviceLineTo(centreX + s->x * unit, centreY + s->y * unit);
         else
-            endPath("_f");
+            endPath("closepath gsave fill grestore _s");  // as wide as the glyphs that are only stroked
     }
     stroke();
     SetLineStyle(style);
@@ -300,13 +300,16 @@ void PostscriptDriver::SetLineStyle(int style)
     if (style == m_lineStyle)
         return;
     stroke();
-    std::string dashes;
+    std::string line = "[";
     for (const int length : dashPattern(style)) {
         if (length == 0)
             break;
-        dashes += (dashes.empty() ? "" : " ") + std::to_string(length);
+        if (line.size() > 1)
+            line += ' ';
+        line += std::to_string(length);
     }
-    emitLine("[" + dashes + "] 0 _P");
+    line += "] 0 _P";
+    emitLine(line);
     m_lineStyle = style;
 }
 

@@ -113,5 +113,8 @@ std::string Group::axisTitle() const
     if (sameUnit && !unit.empty())
         tail.append(" [").append(unit).append("]");
     // Many names are the legend's business.
-    return labels.size() > kLongestTitle && !tail.empty() ? tail.substr(1) : labels + tail;
+    if (labels.size() > kLongestTitle)
+        labels.clear();
+    labels.append(tail, labels.empty() && !tail.empty() ? 1 : 0);
+    return labels;
 }

@@ -111,10 +111,13 @@ private:
     {
         if (!m_plot.legend)
             return false;
-        const auto& all = group(i).variables();
-        const auto shown =
-            std::count_if(all.begin(), all.end(), [](const auto& v) { return v->variable().visible; });
-        return shown > 1 || group(i).isLogarithmic();
+        int shown = 0;
+        bool hasNote = false;
+        for (const auto& v : group(i).variables()) {
+            shown += v->variable().visible ? 1 : 0;
+            hasNote = hasNote || (v->variable().visible && notAboveZero(*v) > 0);
+        }
+        return shown > 1 || hasNote;
     }
 
     float linesAbove(std::size_t i) const
@@ -373,12 +376,16 @@ private:
 
     // -- Texts --
 
+    static std::uint32_t notAboveZero(const HsVariable& v)
+    {
+        const bool readable = v.isBuilt() && v.failure().empty() && v.variable().rows() > 0;
+        return readable ? v.notPositive(1, v.variable().rows()) : 0;
+    }
+
     static std::string legendText(const HsVariable& v)
     {
         std::string text = v.variable().label;
-        std::uint32_t low = 0;
-        if (v.isBuilt() && v.failure().empty() && v.variable().rows() > 0)
-            low = v.notPositive(1, v.variable().rows());
+        const std::uint32_t low = notAboveZero(v);
         return low == 0 ? text : text.append(" (").append(std::to_string(low)).append(" not above 0)");
     }
 

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "portal/ActionTable.h"
+#include "portal/ErrorBox.h"
 #include "portal/FileMenus.h"
 #include "portal/FileTable.h"
 #include "portal/TsApplication.h"
@@ -30,14 +31,14 @@ public:
     explicit VeltracWin(QWidget* parent = nullptr);
     ~VeltracWin() override;
 
-    // A box "Veltrac error" with one button "Ok". The two texts that a formula can report for each of its
-    // samples can be silenced for the rest of the calculation.
+    // The program's one error box, see ErrorBox.
     void ShowTsError(const char* text) override;
 
     void registerWriter(const QString& path) override;
     void unregisterWriter(const QString& path) override;
     bool isOpenForWriting(const QString& path) const override;
     QWidget* openSubProgram(SubProgram kind, const QString& file, unsigned column) override;
+    bool exportInterval(const QString& file, std::uint32_t first, std::uint32_t last) override;
 
     // Reads the directory anew, with a box for each corrupt file, and returns how many ts-files it holds.
     int nOOfTsFiles();
@@ -110,7 +111,6 @@ private:
     // False, and said in the status bar, where no file is selected.
     bool fileIsSelected();
     void openOnSelected(SubProgram kind);
-    bool isRuntimeTextSilenced(const QString& text) const;
 
     std::map<ActionId, QAction*> m_actions;
     FileTable* m_table = nullptr;
@@ -124,9 +124,6 @@ private:
     bool m_refreshing = false;
     QStringList m_visited;  // directories, the present one last
     WriterRegistry m_writers;
+    ErrorBox m_errorBox;
     std::vector<QPointer<QWidget>> m_subWindows;
-
-    // Formula texts that are silent, and the calculation in which they are.
-    QStringList m_silenced;
-    std::uint64_t m_silencedJob = 0;
 };

@@ -2,16 +2,8 @@
 #pragma once
 
 #include <filesystem>
-#include <stdexcept>
 
 #include "converters/STLFormat.h"
-
-// What keeps a file from being imported, in words for the user.
-class STLError : public std::runtime_error
-{
-public:
-    using std::runtime_error::runtime_error;
-};
 
 // Looks at lines from the start, the middle and the end and tries every separator and decimal sign; the
 // reading under which most lines agree in their count of cells, and most cells mean something, wins.

@@ -5,12 +5,20 @@
 
 #include <cstdint>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "converters/STLToken.h"
 #include "converters/TimeStamps.h"
+
+// What keeps a file from being imported, in words for the user.
+class STLError : public std::runtime_error
+{
+public:
+    using std::runtime_error::runtime_error;
+};
 
 enum class STLEncoding { Utf8, Windows1252 };
 

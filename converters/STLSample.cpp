@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 
-#include "converters/STLDetect.h"
 #include "core/LineReader.h"
 
 namespace {

@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "converters/STLObject.h"
+#include "converters/STLCheck.h"
 #include "core/TSFILE.h"
 
 class STLWriter

@@ -8,11 +8,9 @@
 #include <QFontDialog>
 #include <QHeaderView>
 #include <QLabel>
-#include <QMenuBar>
-#include <QShortcutEvent>
+#include <QMenu>
 #include <QSpinBox>
 #include <QStatusBar>
-#include <QToolBar>
 
 #include <algorithm>
 
@@ -20,15 +18,12 @@
 #include "portal/SubPrograms.h"
 #include "share/Boxes.h"
 #include "share/JobProgress.h"
+#include "share/PsConfigDialog.h"
 #include "share/QtMessageWin.h"
 #include "share/Resources.h"
-#include "share/hydaction.h"
 
 namespace {
 
-constexpr int kLeastRowHeight = 18;
-constexpr int kGreatestRowHeight = 30;
-constexpr int kFirstRowHeight = 22;
 constexpr int kMessageMs = 8000;
 constexpr int kHelpWidth = 950;
 constexpr int kHelpHeight = 650;
@@ -40,13 +35,15 @@ VeltracWin::VeltracWin(QWidget* parent) : QMainWindow(parent)
     loadResources();
     setInstance(this);
     QApplication::setFont(QFont(QStringLiteral("Helvetica [Cronyx]"), 8));
+    PsParameters::setText(m_psParameters.fontName, "Times-Roman");
+    PsParameters::setText(m_psParameters.creator, "Veltrac");
     setWindowTitle(QStringLiteral("Veltrac"));
     setWindowIcon(QIcon(QStringLiteral(":/img_Veltrac")));
 
     createTable();
-    createActions();
-    createMenus();
-    createToolBars();
+    m_actions = new MainActions(this);
+    connect(m_actions, &MainActions::x_ambiguous_key, this, &VeltracWin::say);
+    connect(m_actions->rowHeight(), SIGNAL(valueChanged(int)), this, SLOT(sl_rowHeight(int)));
     m_status = new QLabel(this);
     // A long path is cut at the window's edge instead of widening the window.
     m_status->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
@@ -56,7 +53,7 @@ VeltracWin::VeltracWin(QWidget* parent) : QMainWindow(parent)
     resize(fontMetrics().averageCharWidth() * 140, fontMetrics().height() * 42);
 
     m_visited = QStringList{QDir::currentPath()};
-    sl_rowHeight(m_rowHeight->value());
+    sl_rowHeight(m_actions->rowHeight()->value());
     sl_refresh();
     m_table->setFocus();
 }
@@ -79,83 +76,6 @@ void VeltracWin::createTable()
     });
     connect(m_table, &FileTable::x_menu_wanted, this, &VeltracWin::showContextMenu);
     connect(m_table->horizontalHeader(), SIGNAL(sectionClicked(int)), this, SLOT(sl_refresh()));
-}
-
-void VeltracWin::createActions()
-{
-    for (const ActionRow& row : actionRows()) {
-        const QString image = QString::fromLatin1(row.image);
-        const QString what = QString::fromUtf8(row.whatsThis);
-        auto* const made =
-            new HydAction(image, QKeySequence(QString::fromLatin1(row.shortcut)), this, row.slot,
-                          QString::fromLatin1(row.text), QString::fromLatin1(row.toolTip),
-                          what.isEmpty() ? what : whatsThisText(image, what));
-        made->setCheckable(row.checkable);
-        made->setEnabled(!row.window || subProgramExists(*row.window));
-        made->installEventFilter(this);
-        // Keys work whatever bar or menu shows the action.
-        addAction(made);
-        m_actions[row.id] = made;
-    }
-    auto* const quit = new QAction(QIcon(QStringLiteral(":/img_FlushDown")), QStringLiteral("&Quit"), this);
-    connect(quit, SIGNAL(triggered()), qApp, SLOT(closeAllWindows()));
-    m_actions[ActionId::Quit] = quit;
-}
-
-void VeltracWin::createMenus()
-{
-    for (const BarRow& row : menuRows()) {
-        QMenu* const menu = menuBar()->addMenu(QString::fromLatin1(row.title));
-        for (const BarItem& item : row.items) {
-            if (item.action)
-                menu->addAction(action(*item.action));
-            else if (item.gap == Gap::FileMenus)
-                createFileMenus(menu);
-            else
-                menu->addSeparator();
-        }
-    }
-}
-
-void VeltracWin::createFileMenus(QMenu* menu)
-{
-    m_fileMenus = new FileMenus(this);
-    for (const FileActionRow& row : fileActionRows()) {
-        QMenu* const files = menu->addMenu(action(row.action)->icon(), QString::fromLatin1(row.menuText));
-        files->setEnabled(action(row.action)->isEnabled());
-        connect(files, SIGNAL(triggered(QAction*)), this, row.menuSlot);
-        m_fileMenus->add(files);
-    }
-}
-
-void VeltracWin::createToolBars()
-{
-    for (const BarRow& row : toolBarRows()) {
-        QToolBar* const bar = addToolBar(QString::fromLatin1(row.title));
-        bar->setObjectName(QString::fromLatin1(row.title));
-        for (const BarItem& item : row.items) {
-            if (item.action)
-                bar->addAction(action(*item.action));
-            else
-                addRowHeight(bar);
-        }
-        bar->setHidden(row.hidden);
-    }
-}
-
-void VeltracWin::addRowHeight(QToolBar* bar)
-{
-    auto* const label = new QLabel(QStringLiteral("  Rowheight: "), bar);
-    m_rowHeight = new QSpinBox(bar);
-    m_rowHeight->setRange(kLeastRowHeight, kGreatestRowHeight);
-    m_rowHeight->setValue(kFirstRowHeight);
-    m_rowHeight->setAccessibleName(QStringLiteral("Row height"));
-    m_rowHeight->setToolTip(QStringLiteral("The height of the table's rows, in pixels."));
-    m_rowHeight->setWhatsThis(m_rowHeight->toolTip());
-    label->setBuddy(m_rowHeight);
-    connect(m_rowHeight, SIGNAL(valueChanged(int)), this, SLOT(sl_rowHeight(int)));
-    bar->addWidget(label);
-    bar->addWidget(m_rowHeight);
 }
 
 // -- The table --
@@ -189,7 +109,7 @@ void VeltracWin::showFiles()
     names.reserve(m_files.size());
     for (const TsFileRecord& file : m_files)
         names.push_back(file.name);
-    m_fileMenus->setFiles(std::move(names));
+    m_actions->setFiles(std::move(names));
 
     const QString path = QDir::currentPath();
     m_status->setText(QStringLiteral("Current working directory: %1 with %2 off ts-files.")
@@ -213,12 +133,7 @@ void VeltracWin::showContextMenu(int row, const QPoint& globalPosition)
 {
     sl_itemSelected(row, 0);
     QMenu menu(this);
-    for (const FileActionRow& entry : fileActionRows()) {
-        QAction* const chosen = menu.addAction(
-            action(entry.action)->icon(), QString::fromLatin1(entry.contextText).arg(menuText(m_selected)),
-            this, entry.contextSlot);
-        chosen->setEnabled(action(entry.action)->isEnabled());
-    }
+    m_actions->addFileActions(&menu, m_selected);
     menu.exec(globalPosition);
 }
 
@@ -229,7 +144,7 @@ void VeltracWin::sl_rowHeight(int pixels)
 
 void VeltracWin::sl_set_sorting()
 {
-    m_sorted = action(ActionId::Sorting)->isChecked();
+    m_sorted = m_actions->action(ActionId::Sorting)->isChecked();
     showFiles();
 }
 
@@ -250,22 +165,6 @@ void VeltracWin::closeEvent(QCloseEvent* event)
         }
     }
     QMainWindow::closeEvent(event);
-}
-
-bool VeltracWin::eventFilter(QObject* watched, QEvent* event)
-{
-    // A key that several actions share runs none of them; the status bar says which ones it could mean.
-    if (event->type() == QEvent::Shortcut && static_cast<QShortcutEvent*>(event)->isAmbiguous()) {
-        const QKeySequence key = static_cast<QShortcutEvent*>(event)->key();
-        QStringList names;
-        for (const ActionRow& row : actionRows()) {
-            if (action(row.id)->shortcut() == key && action(row.id)->isEnabled())
-                names << action(row.id)->text().remove(QLatin1Char('&'));
-        }
-        say(QStringLiteral("%1 stands for several actions; choose one in a menu: %2")
-                .arg(key.toString(QKeySequence::NativeText), names.join(QStringLiteral(", "))));
-    }
-    return QMainWindow::eventFilter(watched, event);
 }
 
 void VeltracWin::say(const QString& text)
@@ -505,7 +404,14 @@ void VeltracWin::sl_deleteFile(QAction* action)
 
 // -- Settings and help --
 
-void VeltracWin::sl_config_ps() {}
+void VeltracWin::sl_config_ps()
+{
+    if (m_psDialog.isNull())
+        m_psDialog = new PsConfigDialog(&m_psParameters, this);
+    m_psDialog->show();
+    m_psDialog->raise();
+    m_psDialog->activateWindow();
+}
 
 void VeltracWin::sl_config_font()
 {

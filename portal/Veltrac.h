@@ -7,21 +7,19 @@
 #include <QMainWindow>
 #include <QPointer>
 
-#include <map>
 #include <vector>
 
-#include "portal/ActionTable.h"
 #include "portal/ErrorBox.h"
-#include "portal/FileMenus.h"
 #include "portal/FileTable.h"
+#include "portal/MainActions.h"
 #include "portal/TsApplication.h"
 #include "portal/TsDirectory.h"
 #include "portal/WriterRegistry.h"
+#include "share/PsParameters.h"
 #include "share/SubWindow.h"
 
 class QLabel;
-class QSpinBox;
-class QToolBar;
+class PsConfigDialog;
 
 class VeltracWin : public QMainWindow, public TsApplication
 {
@@ -39,6 +37,7 @@ public:
     bool isOpenForWriting(const QString& path) const override;
     QWidget* openSubProgram(SubProgram kind, const QString& file, unsigned column) override;
     bool exportInterval(const QString& file, std::uint32_t first, std::uint32_t last) override;
+    const PsParameters* psParameters() const override { return &m_psParameters; }
 
     // Reads the directory anew, with a box for each corrupt file, and returns how many ts-files it holds.
     int nOOfTsFiles();
@@ -94,17 +93,9 @@ signals:
 
 protected:
     void closeEvent(QCloseEvent* event) override;
-    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    void createActions();
     void createTable();
-    void createMenus();
-    void createFileMenus(QMenu* menu);
-    void createToolBars();
-    void addRowHeight(QToolBar* bar);
-    QAction* action(ActionId id) const { return m_actions.at(id); }
-
     void showContextMenu(int row, const QPoint& globalPosition);
     void showFiles();
     void say(const QString& text);
@@ -112,11 +103,9 @@ private:
     bool fileIsSelected();
     void openOnSelected(SubProgram kind);
 
-    std::map<ActionId, QAction*> m_actions;
     FileTable* m_table = nullptr;
-    FileMenus* m_fileMenus = nullptr;
+    MainActions* m_actions = nullptr;
     QLabel* m_status = nullptr;
-    QSpinBox* m_rowHeight = nullptr;
 
     std::vector<TsFileRecord> m_files;
     QString m_selected;
@@ -125,5 +114,7 @@ private:
     QStringList m_visited;  // directories, the present one last
     WriterRegistry m_writers;
     ErrorBox m_errorBox;
+    PsParameters m_psParameters;  // what new plot windows start from
+    QPointer<PsConfigDialog> m_psDialog;
     std::vector<QPointer<QWidget>> m_subWindows;
 };

@@ -1,5 +1,7 @@
 #include "portal/EditedFile.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <cstring>
 #include <fstream>
@@ -57,6 +59,14 @@ std::uint64_t samplesIn(const std::vector<SampleRun>& runs)
     for (const SampleRun& run : runs)
         sum += run.count();
     return sum;
+}
+
+bool isSameFile(int a, int b)
+{
+    struct stat statA = {};
+    struct stat statB = {};
+    return ::fstat(a, &statA) == 0 && ::fstat(b, &statB) == 0 && statA.st_dev == statB.st_dev &&
+           statA.st_ino == statB.st_ino;
 }
 
 void stampColumns(TSFILE& file, const std::vector<SampleRun>& runs)
@@ -145,7 +155,7 @@ void EditedFile::showAnew() noexcept
 std::unique_ptr<TSFILE> EditedFile::openForWriting() const
 {
     auto file = openTsFile(m_path.string(), false);
-    if (file->samples() != m_reader.samples() || file->columns() != m_reader.columns())
+    if (!isSameFile(file->descriptor(), m_reader.descriptor()))
         throw std::runtime_error("another program has replaced the file");
     return file;
 }

@@ -197,7 +197,8 @@ void TsTableView::pasteRows(const std::vector<std::vector<float>>& rows)
         addEdit(QStringLiteral("Paste"), std::move(strips));
     if (left > 0)
         statusBar()->showMessage(
-            QStringLiteral("Left out, since it lies beyond the table: %1.").arg(valuesText(left)), kMessageMs);
+            QStringLiteral("Left out, since it lies beyond the table: %1.").arg(valuesText(left)),
+            kMessageMs);
 }
 
 // -- Saving --
@@ -223,7 +224,9 @@ bool TsTableView::save()
         JobProgress progress(this, QStringLiteral("Saving %1").arg(m_name));
         const bool done = edited.save(progress.callback()) == JobOutcome::Done;
         statusBar()->showMessage(
-            done ? QStringLiteral("%1 saved in %2 s.").arg(valuesText(cells)).arg(progress.seconds(), 0, 'f', 1)
+            done ? QStringLiteral("%1 saved in %2 s.")
+                       .arg(valuesText(cells))
+                       .arg(progress.seconds(), 0, 'f', 1)
                  : QStringLiteral("Cancelled: the file is as it was, the edits are not saved."),
             kMessageMs);
         m_model->showChanges();

@@ -24,6 +24,7 @@
 #include "portal/TsTableView.h"
 #include "share/GoTo.h"
 #include "share/JobProgress.h"
+#include "share/QtMessageWin.h"
 
 namespace {
 
@@ -419,4 +420,9 @@ void TsTableView::sl_reload()
     m_view->fitColumns();
     showPosition();
     statusBar()->showMessage(QStringLiteral("Read again."), kMessageMs);
+}
+
+void TsTableView::sl_help()
+{
+    showHelp(this, QStringLiteral("list"), QStringLiteral("Veltrac, listing and editing"));
 }

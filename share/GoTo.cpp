@@ -53,7 +53,8 @@ std::optional<GoToTarget> parseTimeOfDay(const QString& text)
 
 std::optional<GoToTarget> parseElapsed(const QString& text)
 {
-    static const QRegularExpression pattern(QStringLiteral("^([+-]?[\\d.,]+(?:[eE][+-]?\\d+)?)\\s*(\\D.*)$"));
+    static const QRegularExpression pattern(
+        QStringLiteral("^([+-]?[\\d.,]+(?:[eE][+-]?\\d+)?)\\s*([^\\d\\s.,:+-].*)$"));
     const QRegularExpressionMatch match = pattern.match(text);
     const std::optional<double> number = match.hasMatch() ? numberOf(match.captured(1)) : std::nullopt;
     if (!number)

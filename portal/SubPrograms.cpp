@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "portal/CreateTsWin_Veltrac.h"
 #include "portal/EditHeaderWin.h"
 #include "portal/TsTableView.h"
 
@@ -23,6 +24,7 @@ struct Row
 const std::vector<Row>& rows()
 {
     static const std::vector<Row> all = {
+        {SubProgram::Create, [](const QString&, unsigned) -> SubWindow* { return new CreateTsWin; }},
         {SubProgram::List,
          [](const QString& file, unsigned) -> SubWindow* { return new TsTableView(file, mainWindow(), 0); }},
         {SubProgram::Edit,

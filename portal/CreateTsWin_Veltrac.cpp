@@ -93,6 +93,7 @@ Basic_Tab::Basic_Tab(QWidget* parent)
     connect(m_name, &QLineEdit::textChanged, this, [this] { markField(*m_name, nameReason().isEmpty()); });
     connect(m_columns, SIGNAL(textChanged(const QString&)), this, SLOT(sl_columnsChanged(const QString&)));
     m_name->selectAll();
+    setFocusProxy(m_name);
 }
 
 void Basic_Tab::addChecks()
@@ -280,6 +281,7 @@ CreateTsWin::CreateTsWin(QWidget* parent) : SubWindow(parent), m_line(new QLabel
     connect(m_basics, &Basic_Tab::x_changed, this, &CreateTsWin::updateState);
     connect(m_basics, &Basic_Tab::x_columns_changed, m_columns, &Column_Tab::setColumns);
     connect(m_basics, &Basic_Tab::x_entered, m_ok, &QPushButton::click);
+    m_basics->setFocus();
     updateState();
     resize(fontMetrics().averageCharWidth() * 64, fontMetrics().height() * 24);
 }

@@ -9,7 +9,7 @@
 
 namespace {
 
-// The list windows close with the main window.
+// These windows stand above the main window and close with it.
 QWidget* mainWindow()
 {
     return dynamic_cast<QWidget*>(TsApplication::instance());
@@ -24,7 +24,8 @@ struct Row
 const std::vector<Row>& rows()
 {
     static const std::vector<Row> all = {
-        {SubProgram::Create, [](const QString&, unsigned) -> SubWindow* { return new CreateTsWin; }},
+        {SubProgram::Create,
+         [](const QString&, unsigned) -> SubWindow* { return new CreateTsWin(mainWindow()); }},
         {SubProgram::List,
          [](const QString& file, unsigned) -> SubWindow* { return new TsTableView(file, mainWindow(), 0); }},
         {SubProgram::Edit,

@@ -518,5 +518,5 @@ void PostscriptDriver::WriteBytes(const char* buffer, int count)
 void PostscriptDriver::emitLine(std::string line)
 {
     line += '\n';
-    WriteBytes(line.data(), static_cast<int>(line.size()));
+    PostscriptDriver::WriteBytes(line.data(), static_cast<int>(line.size()));
 }

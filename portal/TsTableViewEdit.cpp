@@ -11,12 +11,14 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "core/TsNames.h"
 #include "portal/FieldsDialog.h"
 #include "portal/TsApplication.h"
 #include "portal/TsTableView.h"
 #include "share/JobProgress.h"
+#include "share/NumberField.h"
 
 namespace {
 
@@ -153,8 +155,8 @@ std::vector<double> TsTableView::endValues(const SampleRun& run) const
     const int column = static_cast<int>(run.column) - 1;
     std::vector<double> values;
     for (const std::uint32_t sample : {run.first, run.last})
-        values.push_back(static_cast<double>(
-            m_model->value(static_cast<int>(sample) - 1, column).value_or(std::nanf(""))));
+        values.push_back(numberOf(m_model->exactCellText(static_cast<int>(sample) - 1, column))
+                             .value_or(std::numeric_limits<double>::quiet_NaN()));
     return values;
 }
 

@@ -179,6 +179,7 @@ void TsTableView::sl_paste()
     const std::vector<SampleRun> runs = selectedRuns();
     if (single && cellsIn(runs) > 1) {
         std::vector<EditStrip> strips;
+        strips.reserve(runs.size());
         for (const SampleRun& run : runs)
             strips.push_back(setStrip(run, static_cast<double>(table.rows.front().front())));
         addEdit(QStringLiteral("Paste"), std::move(strips));
@@ -272,7 +273,7 @@ QString TsTableView::askNewName()
         return QString();
     const QFileInfo info(chosen);
     const std::string name = newTsFileName(info.fileName().toLocal8Bit().toStdString());
-    const QString target = info.absoluteDir().filePath(QString::fromLocal8Bit(name.c_str()));
+    QString target = info.absoluteDir().filePath(QString::fromLocal8Bit(name.c_str()));
     const TsApplication* const application = TsApplication::instance();
     if (QFileInfo(target) == QFileInfo(m_path)) {
         tell(QMessageBox::Warning,

@@ -112,8 +112,8 @@ JobOutcome scanColumn(const ColumnReader& read, std::uint32_t samples, const Pro
         sum += summary.sum;
         scan.missing += summary.missing;
         const auto sampleOf = [&](float v) {
-            return static_cast<std::uint32_t>(done + 1 +
-                                              (std::find(run.begin(), run.end(), v) - run.begin()));
+            const auto place = std::find(run.begin(), run.end(), v) - run.begin();
+            return static_cast<std::uint32_t>(done + 1 + static_cast<std::uint64_t>(place));
         };
         if (scan.minimum > summary.least) {
             scan.minimum = summary.least;

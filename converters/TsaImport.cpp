@@ -245,7 +245,7 @@ public:
                 report.valuesLeftOver += wordsIn(p, end);
                 break;
             }
-            const ParsedNumber number = parseNumber(p, end, ',');
+            const ParsedNumber number = parseNumber(p, end, DecimalMark::Both);
             p = number.end;
             if (p == end || isTsaSeparator(*p)) [[likely]] {
                 row[col++] = static_cast<float>(number.value);

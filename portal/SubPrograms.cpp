@@ -4,8 +4,15 @@
 #include <vector>
 
 #include "portal/EditHeaderWin.h"
+#include "portal/TsTableView.h"
 
 namespace {
+
+// The list windows close with the main window.
+QWidget* mainWindow()
+{
+    return dynamic_cast<QWidget*>(TsApplication::instance());
+}
 
 struct Row
 {
@@ -16,6 +23,10 @@ struct Row
 const std::vector<Row>& rows()
 {
     static const std::vector<Row> all = {
+        {SubProgram::List,
+         [](const QString& file, unsigned) -> SubWindow* { return new TsTableView(file, mainWindow(), 0); }},
+        {SubProgram::Edit,
+         [](const QString& file, unsigned) -> SubWindow* { return new TsTableView(file, mainWindow(), 1); }},
         {SubProgram::Header,
          [](const QString& file, unsigned) -> SubWindow* { return new EditHeaderWin(file); }},
     };

@@ -1,0 +1,146 @@
+#include "converters/STLToken.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+
+#include "converters/TimeStamps.h"
+
+namespace {
+
+constexpr std::size_t kLongestNumber = 64;
+
+bool isBlank(char c)
+{
+    return c == ' ' || c == '\t';
+}
+
+bool isDigit(char c)
+{
+    return c >= '0' && c <= '9';
+}
+
+std::string_view trimmed(std::string_view cell)
+{
+    while (!cell.empty() && isBlank(cell.front()))
+        cell.remove_prefix(1);
+    while (!cell.empty() && (isBlank(cell.back()) || cell.back() == '\r'))
+        cell.remove_suffix(1);
+    return cell;
+}
+
+void splitAtBlanks(std::string_view line, std::vector<std::string_view>& out)
+{
+    std::size_t i = 0;
+    while (true) {
+        while (i < line.size() && isBlank(line[i]))
+            ++i;
+        if (i == line.size())
+            return;
+        const bool quoted = line[i] == '"' && line.find('"', i + 1) != std::string_view::npos;
+        const std::size_t end =
+            quoted ? line.find('"', i + 1) : std::min(line.find_first_of(" \t", i), line.size());
+        out.push_back(quoted ? line.substr(i + 1, end - i - 1) : line.substr(i, end - i));
+        i = quoted ? end + 1 : end;
+    }
+}
+
+// Where a cell that begins at `from` ends: at the next separator outside quotes.
+std::size_t cellEnd(std::string_view line, std::size_t from, char separator)
+{
+    std::size_t i = from;
+    while (i < line.size() && isBlank(line[i]) && line[i] != separator)
+        ++i;
+    if (i < line.size() && line[i] == '"')
+        if (const std::size_t close = line.find('"', i + 1); close != std::string_view::npos)
+            i = close;
+    return std::min(line.find(separator, i), line.size());
+}
+
+// Copies a number's characters as from_chars() wants them; nothing where the text cannot be a number.
+std::optional<std::string_view> plainNumber(std::string_view cell, const STLCells& cells,
+                                            std::array<char, kLongestNumber>& buffer)
+{
+    std::size_t count = 0;
+    for (const char c : cell) {
+        if (c == cells.grouping && c != 0)
+            continue;
+        const bool decimal = c == cells.decimal;
+        if (!decimal && !isDigit(c) && c != '+' && c != '-' && c != 'e' && c != 'E')
+            return std::nullopt;
+        if (count == buffer.size())
+            return std::nullopt;
+        buffer[count++] = decimal ? '.' : c;
+    }
+    return std::string_view(buffer.data(), count);
+}
+
+}  // namespace
+
+std::size_t splitCells(std::string_view line, char separator, std::vector<std::string_view>& out)
+{
+    out.clear();
+    if (!line.empty() && line.back() == '\r')
+        line.remove_suffix(1);
+    if (separator == ' ') {
+        splitAtBlanks(line, out);
+        return out.size();
+    }
+    for (std::size_t from = 0; from <= line.size();) {
+        const std::size_t end = cellEnd(line, from, separator);
+        std::string_view cell = trimmed(line.substr(from, end - from));
+        if (cell.size() >= 2 && cell.front() == '"' && cell.back() == '"')
+            cell = trimmed(cell.substr(1, cell.size() - 2));
+        out.push_back(cell);
+        from = end + 1;
+    }
+    return out.size();
+}
+
+std::optional<double> readNumber(std::string_view cell, const STLCells& cells)
+{
+    if (!cell.empty() && cell.front() == '+')
+        cell.remove_prefix(1);
+    const std::string_view digits = !cell.empty() && cell.front() == '-' ? cell.substr(1) : cell;
+    if (digits.empty() || !(isDigit(digits.front()) || digits.front() == cells.decimal))
+        return std::nullopt;
+
+    std::array<char, kLongestNumber> buffer;
+    std::optional<std::string_view> plain = cell;
+    // Most numbers can be read where they stand.
+    if (cells.grouping != 0 || (cells.decimal != '.' && cell.find_first_of(",.") != std::string_view::npos))
+        plain = plainNumber(cell, cells, buffer);
+    if (!plain)
+        return std::nullopt;
+    double value = 0.0;
+    const auto [end, error] = std::from_chars(plain->data(), plain->data() + plain->size(), value);
+    if (error != std::errc() || end != plain->data() + plain->size())
+        return std::nullopt;
+    return value;
+}
+
+bool isMissing(std::string_view cell, const STLCells& cells)
+{
+    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; };
+    return cell.empty() ||
+           std::any_of(cells.missing.begin(), cells.missing.end(), [&](const std::string& marker) {
+               return marker.size() == cell.size() &&
+                      std::equal(cell.begin(), cell.end(), marker.begin(),
+                                 [&](char a, char b) { return lower(a) == lower(b); });
+           });
+}
+
+STLToken readToken(std::string_view cell, const STLCells& cells)
+{
+    if (const auto number = readNumber(cell, cells))
+        return {STLKind::Number, cell, *number};
+    if (isMissing(cell, cells))
+        return {STLKind::Missing, cell, 0.0};
+    if (!isDigit(cell.front()))
+        return {STLKind::Text, cell, 0.0};
+    if (readTime(cell))
+        return {STLKind::Time, cell, 0.0};
+    if (const auto stamp = readStamp(cell))
+        return {stamp->time ? STLKind::Stamp : STLKind::Date, cell, 0.0};
+    return {STLKind::Text, cell, 0.0};
+}

@@ -215,7 +215,8 @@ void startAtMidnight(STLFormat& format, const std::vector<STLRow>& data)
         return;
     const Micros ofDay = format.typedStart % kMicrosPerDay;
     const auto first = readTime(data.front().cells[static_cast<std::size_t>(format.timeColumn)].text);
-    if (ofDay > 0 && first && first->micros >= ofDay && first->micros < kMicrosPerDay)
+    constexpr Micros kNear = 3600 * kMicrosPerSecond;
+    if (ofDay > 0 && first && first->micros >= ofDay && first->micros < ofDay + kNear)
         format.typedStart -= ofDay;
 }
 

@@ -1,5 +1,7 @@
 #include "converters/STLRows.h"
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 
@@ -13,7 +15,8 @@ constexpr float kMissing = std::numeric_limits<float>::quiet_NaN();
 // How fine a written time is: its last digit, or the minute where it has no seconds.
 double resolutionOf(const TimeOfDay& time)
 {
-    return time.hasSeconds ? std::pow(10.0, -time.fractionDigits) : 60.0;
+    static constexpr std::array<double, 7> kFine = {1.0, 1e-1, 1e-2, 1e-3, 1e-4, 1e-5, 1e-6};
+    return time.hasSeconds ? kFine[static_cast<std::size_t>(std::min(time.fractionDigits, 6))] : 60.0;
 }
 
 }  // namespace
@@ -21,6 +24,10 @@ double resolutionOf(const TimeOfDay& time)
 STLRows::STLRows(const std::filesystem::path& file, const STLFormat& format)
     : m_format(format), m_reader(file, kLongestLine)
 {
+    for (std::size_t c = 0; c < format.columns.size(); ++c)
+        if (format.columns[c].take)
+            m_taken.push_back(c);
+    m_values.resize(m_taken.size());
 }
 
 bool STLRows::next()
@@ -177,11 +184,9 @@ std::optional<Micros> STLRows::dateAt(std::string_view text)
 
 void STLRows::readValues()
 {
-    m_values.clear();
     m_missing = 0;
-    for (std::size_t c = 0; c < m_format.columns.size(); ++c)
-        if (m_format.columns[c].take)
-            m_values.push_back(valueOf(c, m_cells[c]));
+    for (std::size_t i = 0; i < m_taken.size(); ++i)
+        m_values[i] = valueOf(m_taken[i], m_cells[m_taken[i]]);
 }
 
 float STLRows::valueOf(std::size_t column, std::string_view cell)

@@ -73,6 +73,7 @@ private:
     const STLFormat& m_format;
     LineReader m_reader;
     std::uint64_t m_lineNumber = 0;
+    std::vector<std::size_t> m_taken;  // columns
     std::vector<std::string_view> m_cells;
     std::vector<float> m_values;
     std::size_t m_missing = 0;

@@ -20,13 +20,18 @@ bool isDigit(char c)
     return c >= '0' && c <= '9';
 }
 
+std::string_view withoutTail(std::string_view cell)
+{
+    while (!cell.empty() && (isBlank(cell.back()) || cell.back() == '\r'))
+        cell.remove_suffix(1);
+    return cell;
+}
+
 std::string_view trimmed(std::string_view cell)
 {
     while (!cell.empty() && isBlank(cell.front()))
         cell.remove_prefix(1);
-    while (!cell.empty() && (isBlank(cell.back()) || cell.back() == '\r'))
-        cell.remove_suffix(1);
-    return cell;
+    return withoutTail(cell);
 }
 
 // AM and PM belong to the time before them, although a blank stands between.
@@ -56,16 +61,16 @@ void splitAtBlanks(std::string_view line, std::vector<std::string_view>& out)
     }
 }
 
-// Where a cell that begins at `from` ends: at the next separator outside quotes.
-std::size_t cellEnd(std::string_view line, std::size_t from, char separator)
+// A cell in quotes: separators inside it are text. Returns where it ends.
+const char* takeQuoted(const char* from, const char* end, char separator, std::vector<std::string_view>& out)
 {
-    std::size_t i = from;
-    while (i < line.size() && isBlank(line[i]) && line[i] != separator)
-        ++i;
-    if (i < line.size() && line[i] == '"')
-        if (const std::size_t close = line.find('"', i + 1); close != std::string_view::npos)
-            i = close;
-    return std::min(line.find(separator, i), line.size());
+    const char* const close = std::find(from + 1, end, '"');
+    const char* const stop = std::find(close, end, separator);
+    std::string_view cell = withoutTail({from, static_cast<std::size_t>(stop - from)});
+    if (cell.size() >= 2 && cell.back() == '"')
+        cell = trimmed(cell.substr(1, cell.size() - 2));
+    out.push_back(cell);
+    return stop;
 }
 
 // A number without its grouping signs; nothing where they do not stand before each three digits.
@@ -105,13 +110,20 @@ std::size_t splitCells(std::string_view line, char separator, std::vector<std::s
         splitAtBlanks(line, out);
         return out.size();
     }
-    for (std::size_t from = 0; from <= line.size();) {
-        const std::size_t end = cellEnd(line, from, separator);
-        std::string_view cell = trimmed(line.substr(from, end - from));
-        if (cell.size() >= 2 && cell.front() == '"' && cell.back() == '"')
-            cell = trimmed(cell.substr(1, cell.size() - 2));
-        out.push_back(cell);
-        from = end + 1;
+    const char* const end = line.data() + line.size();
+    for (const char* from = line.data();;) {
+        while (from != end && isBlank(*from) && *from != separator)
+            ++from;
+        if (from != end && *from == '"') {
+            from = takeQuoted(from, end, separator, out);
+        } else {
+            const char* const stop = std::find(from, end, separator);
+            out.push_back(withoutTail({from, static_cast<std::size_t>(stop - from)}));
+            from = stop;
+        }
+        if (from == end)
+            break;
+        ++from;
     }
     return out.size();
 }

@@ -3,12 +3,13 @@
 #include <algorithm>
 #include <vector>
 
+#include "portal/CreateTsWin_Veltrac.h"
 #include "portal/EditHeaderWin.h"
 #include "portal/TsTableView.h"
 
 namespace {
 
-// The list windows close with the main window.
+// These windows stand above the main window and close with it.
 QWidget* mainWindow()
 {
     return dynamic_cast<QWidget*>(TsApplication::instance());
@@ -23,6 +24,8 @@ struct Row
 const std::vector<Row>& rows()
 {
     static const std::vector<Row> all = {
+        {SubProgram::Create,
+         [](const QString&, unsigned) -> SubWindow* { return new CreateTsWin(mainWindow()); }},
         {SubProgram::List,
          [](const QString& file, unsigned) -> SubWindow* { return new TsTableView(file, mainWindow(), 0); }},
         {SubProgram::Edit,

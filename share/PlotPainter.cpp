@@ -111,10 +111,13 @@ private:
     {
         if (!m_plot.legend)
             return false;
-        const auto& all = group(i).variables();
-        const auto shown =
-            std::count_if(all.begin(), all.end(), [](const auto& v) { return v->variable().visible; });
-        return shown > 1 || group(i).isLogarithmic();
+        int shown = 0;
+        bool hasNote = false;
+        for (const auto& v : group(i).variables()) {
+            shown += v->variable().visible ? 1 : 0;
+            hasNote = hasNote || (v->variable().visible && notAboveZero(*v) > 0);
+        }
+        return shown > 1 || hasNote;
     }
 
     float linesAbove(std::size_t i) const
@@ -261,7 +264,8 @@ private:
                            static_cast<float>(g.toScale(g.y2()) - g.toScale(g.y1())));
         plainPen();
         AxisStyle s = style();
-        s.origin = axis.toScale(m_plot.x1()) + (axis.mode == XMode::Clock && !axis.logarithmic ? axis.origin : 0.0);
+        s.origin =
+            axis.toScale(m_plot.x1()) + (axis.mode == XMode::Clock && !axis.logarithmic ? axis.origin : 0.0);
         s.hasLabels = i + 1 == m_layout.groups.size();
         const std::string title = xTitle();
         if (s.hasLabels)
@@ -372,13 +376,17 @@ private:
 
     // -- Texts --
 
+    static std::uint32_t notAboveZero(const HsVariable& v)
+    {
+        const bool readable = v.isBuilt() && v.failure().empty() && v.variable().rows() > 0;
+        return readable ? v.notPositive(1, v.variable().rows()) : 0;
+    }
+
     static std::string legendText(const HsVariable& v)
     {
         std::string text = v.variable().label;
-        std::uint32_t low = 0;
-        if (v.isBuilt() && v.failure().empty() && v.variable().rows() > 0)
-            low = v.notPositive(1, v.variable().rows());
-        return low == 0 ? text : text + " (" + std::to_string(low) + " not above 0)";
+        const std::uint32_t low = notAboveZero(v);
+        return low == 0 ? text : text.append(" (").append(std::to_string(low)).append(" not above 0)");
     }
 
     // A row above the frame; what finds no room is counted.
@@ -400,7 +408,7 @@ private:
             const float stroke = kLegendStroke * m_charWidth;
             const float reserve = left > 1 ? 8.0F * m_charWidth : 0.0F;
             if (x + stroke + m_charWidth + width > f.x2 - reserve) {
-                const std::string more = "+" + std::to_string(left) + " more";
+                const std::string more = std::string("+").append(std::to_string(left)).append(" more");
                 m_driver.MoveTo(x, base);
                 m_driver.Text(more.c_str(), 0, 0.0F, 0);
                 return;

@@ -155,9 +155,9 @@ QVector<IntervalRow> intervalRows(const Plot2D& plot)
 const QStringList& intervalHeadings()
 {
     static const QStringList headings = {
-        QStringLiteral("Variable"), QStringLiteral("Unit"), QStringLiteral("At A"),
-        QStringLiteral("At B"),     QStringLiteral("B − A"), QStringLiteral("Least"),
-        QStringLiteral("Greatest"), QStringLiteral("Mean"), QStringLiteral("RMS"),
+        QStringLiteral("Variable"),  QStringLiteral("Unit"),   QStringLiteral("At A"),
+        QStringLiteral("At B"),      QStringLiteral("B − A"),  QStringLiteral("Least"),
+        QStringLiteral("Greatest"),  QStringLiteral("Mean"),   QStringLiteral("RMS"),
         QStringLiteral("Std. dev."), QStringLiteral("Missing")};
     return headings;
 }

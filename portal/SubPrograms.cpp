@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <vector>
 
+#include "calc/DerivativeWin.h"
+#include "calc/IntegrateWin.h"
 #include "portal/CreateTsWin_Veltrac.h"
 #include "portal/EditHeaderWin.h"
 #include "portal/TsTableView.h"
@@ -30,6 +32,10 @@ const std::vector<Row>& rows()
          [](const QString& file, unsigned) -> SubWindow* { return new TsTableView(file, mainWindow(), 0); }},
         {SubProgram::Edit,
          [](const QString& file, unsigned) -> SubWindow* { return new TsTableView(file, mainWindow(), 1); }},
+        {SubProgram::Derivative,
+         [](const QString& file, unsigned column) -> SubWindow* { return new DerivativeWin(file, column); }},
+        {SubProgram::Integral,
+         [](const QString& file, unsigned column) -> SubWindow* { return new IntegrateWin(file, column); }},
         {SubProgram::Header,
          [](const QString& file, unsigned) -> SubWindow* { return new EditHeaderWin(file); }},
     };

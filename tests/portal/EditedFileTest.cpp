@@ -146,7 +146,7 @@ TEST(EditedFile, CancelledAndFailedSavesLeaveEveryByteAndTheEdits)
         EXPECT_TRUE(bytesOf("a.ts") == before) << "cancelled at " << share << " %";
     }
     {
-        const FileSizeLimit full(600000);
+        const FileSizeLimit full(1172 * 512);
         try {
             edited.save({});
             ADD_FAILURE() << "saved on a full disk";

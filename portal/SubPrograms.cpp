@@ -5,6 +5,8 @@
 
 #include "portal/EditHeaderWin.h"
 #include "portal/TsTableView.h"
+#include "share/QtPlotColWin.h"
+#include "share/QtPlotWin1.h"
 
 namespace {
 
@@ -23,6 +25,9 @@ struct Row
 const std::vector<Row>& rows()
 {
     static const std::vector<Row> all = {
+        {SubProgram::Plot, [](const QString& file, unsigned) -> SubWindow* { return new QtPlotWin(file); }},
+        {SubProgram::PlotColumn,
+         [](const QString& file, unsigned column) -> SubWindow* { return new QtPlotColWin(file, column); }},
         {SubProgram::List,
          [](const QString& file, unsigned) -> SubWindow* { return new TsTableView(file, mainWindow(), 0); }},
         {SubProgram::Edit,

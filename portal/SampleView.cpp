@@ -235,16 +235,17 @@ void SampleView::goTo(int row, int column)
     scrollTo(index, QAbstractItemView::EnsureVisible);
 }
 
-void SampleView::goToSample(std::uint32_t sample, int column)
+bool SampleView::goToSample(std::uint32_t sample, int column)
 {
     const auto row = static_cast<int>(sample) - 1;
     if (!m_sorted) {
         goTo(row, column);
-        return;
+        return true;
     }
     const QModelIndex index = m_sorted->mapFromSource(m_model->index(row, column));
     if (index.isValid())
         goTo(index.row(), column);
+    return index.isValid();
 }
 
 void SampleView::noteCurrent(const QModelIndex& current)

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "portal/CreateTsWin_Veltrac.h"
 #include "portal/EditHeaderWin.h"
 #include "portal/TsTableView.h"
 #include "share/QtPlotColWin.h"
@@ -10,7 +11,7 @@
 
 namespace {
 
-// The list windows close with the main window.
+// These windows stand above the main window and close with it.
 QWidget* mainWindow()
 {
     return dynamic_cast<QWidget*>(TsApplication::instance());
@@ -28,6 +29,8 @@ const std::vector<Row>& rows()
         {SubProgram::Plot, [](const QString& file, unsigned) -> SubWindow* { return new QtPlotWin(file); }},
         {SubProgram::PlotColumn,
          [](const QString& file, unsigned column) -> SubWindow* { return new QtPlotColWin(file, column); }},
+        {SubProgram::Create,
+         [](const QString&, unsigned) -> SubWindow* { return new CreateTsWin(mainWindow()); }},
         {SubProgram::List,
          [](const QString& file, unsigned) -> SubWindow* { return new TsTableView(file, mainWindow(), 0); }},
         {SubProgram::Edit,

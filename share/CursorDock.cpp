@@ -5,11 +5,14 @@
 #include <QTableWidget>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 #include "share/PlotCanvas.h"
 
 namespace {
 
 constexpr int kDelayMs = 20;
+constexpr int kCellMargin = 12;
 
 }  // namespace
 
@@ -26,8 +29,8 @@ CursorDock::CursorDock(PlotCanvas* canvas, QWidget* parent)
     m_table->setSelectionBehavior(QAbstractItemView::SelectRows);
     m_table->verticalHeader()->hide();
     m_table->verticalHeader()->setDefaultSectionSize(m_table->fontMetrics().height() + 6);
-    m_table->horizontalHeader()->setDefaultSectionSize(92);
-    m_table->horizontalHeader()->setStretchLastSection(true);
+    m_table->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Ignored);
+    m_table->setMinimumHeight(3 * m_table->verticalHeader()->defaultSectionSize());
     m_table->setAccessibleName(tr("Values at the cursors and between them"));
     auto* const content = new QWidget;
     auto* const column = new QVBoxLayout(content);
@@ -86,4 +89,15 @@ void CursorDock::fill()
                 item->setForeground(m_canvas->colorOf(rows[r].variable->variable()));
         }
     }
+    // Columns grow with their contents and never shrink, so that the table stands still under a drag.
+    for (int c = 0; c < m_table->columnCount(); ++c) {
+        const QFontMetrics metrics = m_table->fontMetrics();
+        int width = m_table->columnWidth(c);
+        if (!m_sized)
+            width = metrics.horizontalAdvance(intervalHeadings()[c]);
+        for (int r = 0; r < rows.size(); ++r)
+            width = std::max(width, metrics.horizontalAdvance(m_table->item(r, c)->text()) + kCellMargin);
+        m_table->setColumnWidth(c, std::max(width, m_table->horizontalHeader()->sectionSizeHint(c)));
+    }
+    m_sized = true;
 }

@@ -25,5 +25,6 @@ private:
     PlotCanvas* m_canvas;
     QLabel* m_times;
     QTableWidget* m_table;
+    bool m_sized = false;
     QTimer m_later;  // joins the changes of one drag
 };

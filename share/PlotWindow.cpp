@@ -83,8 +83,8 @@ PlotWindow::PlotWindow(QWidget* parent)
     connectCanvas();
     connectDocks();
     resize(1100, 720);
-    resizeDocks({m_variables}, {230}, Qt::Horizontal);
-    resizeDocks({m_cursors}, {140}, Qt::Vertical);
+    resizeDocks({m_variables}, {260}, Qt::Horizontal);
+    resizeDocks({m_cursors}, {150}, Qt::Vertical);
     m_canvas->setFocus();
     statusBar();
 

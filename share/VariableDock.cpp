@@ -24,7 +24,8 @@ constexpr int kFileRole = Qt::UserRole;
 constexpr int kColumnRole = Qt::UserRole + 1;    // 0 for a file
 constexpr int kVariableRole = Qt::UserRole + 2;  // number in the plot's variables, -1 for none
 constexpr int kSwatch = 12;
-constexpr int kWidth = 230;
+constexpr int kWidth = 250;
+constexpr int kIndentation = 12;
 
 class VariableTree : public QTreeWidget
 {
@@ -73,6 +74,8 @@ VariableDock::VariableDock(PlotCanvas* canvas, QWidget* parent)
     m_tree->header()->setSectionResizeMode(kAxis, QHeaderView::ResizeToContents);
     m_tree->header()->setStretchLastSection(false);
     m_tree->setContextMenuPolicy(Qt::CustomContextMenu);
+    m_tree->setIndentation(kIndentation);
+    m_tree->header()->setMinimumSectionSize(20);
     m_tree->setDragEnabled(true);
     m_tree->setAccessibleName(tr("Files and columns"));
     m_tree->setToolTip(

@@ -191,6 +191,8 @@ TEST(TsTableView, OnlyChosenColumnsShowAndAreCopied)
     EXPECT_TRUE(list.view().isColumnHidden(1));
     list.call("sl_copyWithNames");
     EXPECT_EQ(QApplication::clipboard()->text(), "Column-01\n0.1\n2\n");
+    list.window().findChild<QCheckBox*>()->setChecked(true);
+    EXPECT_TRUE(list.view().isColumnHidden(1)) << "sorted";
 }
 
 TEST(TsTableView, SortsOnValuesAndBack)

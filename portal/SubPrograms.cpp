@@ -8,6 +8,8 @@
 #include "portal/CreateTsWin_Veltrac.h"
 #include "portal/EditHeaderWin.h"
 #include "portal/TsTableView.h"
+#include "share/QtPlotColWin.h"
+#include "share/QtPlotWin1.h"
 
 namespace {
 
@@ -26,6 +28,9 @@ struct Row
 const std::vector<Row>& rows()
 {
     static const std::vector<Row> all = {
+        {SubProgram::Plot, [](const QString& file, unsigned) -> SubWindow* { return new QtPlotWin(file); }},
+        {SubProgram::PlotColumn,
+         [](const QString& file, unsigned column) -> SubWindow* { return new QtPlotColWin(file, column); }},
         {SubProgram::Create,
          [](const QString&, unsigned) -> SubWindow* { return new CreateTsWin(mainWindow()); }},
         {SubProgram::List,

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "converters/STLWin.h"
 #include "portal/CreateTsWin_Veltrac.h"
 #include "portal/EditHeaderWin.h"
 #include "portal/TsTableView.h"
@@ -26,6 +27,8 @@ const std::vector<Row>& rows()
     static const std::vector<Row> all = {
         {SubProgram::Create,
          [](const QString&, unsigned) -> SubWindow* { return new CreateTsWin(mainWindow()); }},
+        {SubProgram::StlImport,
+         [](const QString& file, unsigned) -> SubWindow* { return new STLWin(file); }},
         {SubProgram::List,
          [](const QString& file, unsigned) -> SubWindow* { return new TsTableView(file, mainWindow(), 0); }},
         {SubProgram::Edit,

@@ -34,7 +34,7 @@ const std::vector<Row>& rows()
          [](const QString& file, unsigned column) -> SubWindow* { return new QtPlotColWin(file, column); }},
         {SubProgram::Create,
          [](const QString&, unsigned) -> SubWindow* { return new CreateTsWin(mainWindow()); }},
-        {SubProgram::ImportStl,
+        {SubProgram::StlImport,
          [](const QString& file, unsigned) -> SubWindow* { return new STLWin(file); }},
         {SubProgram::List,
          [](const QString& file, unsigned) -> SubWindow* { return new TsTableView(file, mainWindow(), 0); }},

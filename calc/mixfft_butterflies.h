@@ -9,10 +9,10 @@ namespace {
 
 // The decimals are cut at 14 digits on purpose: results stay comparable with those of other programs that
 // use the published tables. They limit the accuracy to a few 1e-15 a pass.
-constexpr double kThirdCos = -1.5;
-constexpr double kThirdSin = 0.86602540378444;
-constexpr double kFifth[] = {-1.25, 0.55901699437495, -0.95105651629515, -1.5388417685876, 0.36327126400268};
-constexpr double kHalfRoot = 0.70710678118655;
+inline constexpr double kThirdCos = -1.5;
+inline constexpr double kThirdSin = 0.86602540378444;
+inline constexpr double kFifth[] = {-1.25, 0.55901699437495, -0.95105651629515, -1.5388417685876, 0.36327126400268};
+inline constexpr double kHalfRoot = 0.70710678118655;
 
 template <class V>
 inline void butterfly2(V* re, V* im)

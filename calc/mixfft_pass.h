@@ -12,8 +12,8 @@
 
 namespace {
 
-constexpr double kPi = 3.141592653589793;
-constexpr int kMaxRadix = 40;
+inline constexpr double kPi = 3.141592653589793;
+inline constexpr int kMaxRadix = 40;
 
 // Where the butterflies of a pass lie, and their tables.
 struct PassPlace

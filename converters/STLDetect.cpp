@@ -12,6 +12,7 @@ constexpr std::size_t kMostColumns = 4096;
 constexpr double kSingleCellFactor = 0.7;
 constexpr double kCloseSecond = 0.9;
 constexpr char kSeparators[] = {'\t', ';', '|', ',', ' '};
+constexpr char kGroupings[] = {0, '.', ',', ' ', '\''};
 
 bool startsWithRemark(std::string_view line, char separator)
 {
@@ -25,7 +26,8 @@ struct Reading
 {
     char separator;
     char decimal;
-    std::size_t cells = 0;  // the commonest count
+    char grouping = 0;
+    std::size_t cells = 0;  // the count that scores best
     double score = 0.0;
 };
 
@@ -34,11 +36,12 @@ double worth(STLKind kind)
     return kind == STLKind::Text ? 0.0 : kind == STLKind::Missing ? 0.5 : 1.0;
 }
 
-Reading scored(const STLSample& sample, char separator, char decimal)
+Reading scored(const STLSample& sample, char separator, char decimal, char grouping = 0)
 {
     STLCells cells;
     cells.separator = separator;
     cells.decimal = decimal;
+    cells.grouping = grouping;
     struct Lines
     {
         std::size_t count = 0;
@@ -51,34 +54,38 @@ Reading scored(const STLSample& sample, char separator, char decimal)
         if (startsWithRemark(text.text, separator))
             continue;
         ++looked;
-        Lines& lines = byCount[splitCells(text.text, separator, line)];
+        // A separator at the end of a line makes no cell of its own.
+        if (splitCells(text.text, separator, line) > 1 && line.back().empty())
+            line.pop_back();
+        Lines& lines = byCount[line.size()];
         ++lines.count;
         for (const std::string_view cell : line)
             lines.worth += worth(readToken(cell, cells).kind);
     }
-    Reading reading{separator, decimal};
-    std::size_t most = 0;
+    Reading reading{separator, decimal, grouping};
     for (const auto& [count, lines] : byCount) {
-        if (lines.count <= most || count == 0)
+        if (count == 0)
             continue;
-        most = lines.count;
-        reading.cells = count;
-        const auto typed = lines.worth / static_cast<double>(lines.count * count);
-        reading.score = static_cast<double>(lines.count) / static_cast<double>(looked) * typed;
+        const double typed = lines.worth / static_cast<double>(lines.count * count);
+        const double score = static_cast<double>(lines.count) / static_cast<double>(looked) * typed *
+                             (count == 1 ? kSingleCellFactor : 1.0);
+        if (score > reading.score) {
+            reading.score = score;
+            reading.cells = count;
+        }
     }
-    if (reading.cells == 1)
-        reading.score *= kSingleCellFactor;
     return reading;
 }
 
 std::vector<Reading> allReadings(const STLSample& sample)
 {
     std::vector<Reading> readings;
-    for (const char separator : kSeparators)
-        for (const char decimal : {'.', ','})
-            if (separator != decimal)
-                readings.push_back(scored(sample, separator, decimal));
-    // The earlier one wins a tie.
+    for (const char grouping : kGroupings)
+        for (const char separator : kSeparators)
+            for (const char decimal : {'.', ','})
+                if (separator != decimal && (grouping == 0 || (grouping != decimal && grouping != separator)))
+                    readings.push_back(scored(sample, separator, decimal, grouping));
+    // The earlier one wins a tie, so digits are grouped only where that explains more.
     std::stable_sort(readings.begin(), readings.end(),
                      [](const Reading& a, const Reading& b) { return a.score > b.score; });
     return readings;
@@ -94,6 +101,7 @@ STLFormat formatOf(const std::filesystem::path& file, const STLSample& sample, c
     STLFormat format;
     format.cells.separator = reading.separator;
     format.cells.decimal = reading.decimal;
+    format.cells.grouping = reading.grouping;
     if (reading.score <= 0.0)
         throw STLError(noLineOfNumbers(file));
     if (reading.cells > kMostColumns)
@@ -111,7 +119,7 @@ STLFormat formatOf(const std::filesystem::path& file, const STLSample& sample, c
         throw STLError(noLineOfNumbers(file));
 
     for (const STLKind kind : kinds)
-        format.columns.push_back({kind, true, false, {}, {}});
+        format.columns.emplace_back().kind = kind;
     format.firstDataLine = head[firstData].line->number;
     guessNames(format, head, firstData);
     std::vector<STLRow> data;
@@ -130,11 +138,15 @@ STLFormat detectFormat(const std::filesystem::path& file)
     const STLSample sample = readSample(file);
     const std::vector<Reading> readings = allReadings(sample);
     STLFormat format = formatOf(file, sample, readings[0]);
-    const Reading& second = readings[1];
-    if (second.score > kCloseSecond * readings[0].score &&
-        (second.cells != readings[0].cells || second.decimal != readings[0].decimal)) {
-        format.otherSeparator = second.separator;
-        format.otherDecimal = second.decimal;
+    const auto second = std::find_if(readings.begin() + 1, readings.end(), [&](const Reading& r) {
+        const bool oneWithComma =
+            r.cells == 1 && r.decimal == ',' && r.score > kCloseSecond * kSingleCellFactor;
+        return r.grouping == 0 && r.cells != readings[0].cells &&
+               (r.score > kCloseSecond * readings[0].score || oneWithComma);
+    });
+    if (second != readings.end()) {
+        format.otherSeparator = second->separator;
+        format.otherDecimal = second->decimal;
     }
     return format;
 }
@@ -143,4 +155,26 @@ STLFormat detectFormat(const std::filesystem::path& file, char separator, char d
 {
     const STLSample sample = readSample(file);
     return formatOf(file, sample, scored(sample, separator, decimal));
+}
+
+void takeNames(const std::filesystem::path& file, STLFormat& format)
+{
+    const STLSample sample = readSample(file);
+    for (STLColumn& column : format.columns) {
+        column.name.clear();
+        column.unit.clear();
+    }
+    std::vector<std::string_view> cells;
+    for (const STLLine& line : sample.head) {
+        if (line.number != format.namesLine && line.number != format.unitsLine)
+            continue;
+        splitCells(line.text, format.cells.separator, cells);
+        cells.resize(format.columns.size());
+        for (std::size_t c = 0; c < cells.size(); ++c) {
+            STLColumn& column = format.columns[c];
+            (line.number == format.namesLine ? column.name : column.unit) =
+                decoded(cells[c], format.encoding);
+        }
+    }
+    splitUnits(format);
 }

@@ -12,3 +12,6 @@ STLFormat detectFormat(const std::filesystem::path& file);
 
 // The same with separator and decimal sign given by the user; the rest is found again.
 STLFormat detectFormat(const std::filesystem::path& file, char separator, char decimal);
+
+// Reads names and units of the columns again, from the lines that the format names.
+void takeNames(const std::filesystem::path& file, STLFormat& format);

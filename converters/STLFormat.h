@@ -50,6 +50,9 @@ struct STLColumn
     bool numberTexts = false;  // a column of texts becomes 1, 2, …, in the order in which they come
     std::string name;          // as the file has it
     std::string unit;
+    // The user's own words; without them they follow from the two above.
+    std::string label;
+    std::string description;
 };
 
 struct STLFormat

@@ -208,6 +208,18 @@ void findNumericTime(STLFormat& format, const std::vector<STLRow>& data)
     }
 }
 
+// Times of day that go on from the start's own count from its midnight.
+void startAtMidnight(STLFormat& format, const std::vector<STLRow>& data)
+{
+    if (format.typedStart == 0 || data.empty())
+        return;
+    const Micros ofDay = format.typedStart % kMicrosPerDay;
+    const auto first = readTime(data.front().cells[static_cast<std::size_t>(format.timeColumn)].text);
+    constexpr Micros kNear = 3600 * kMicrosPerSecond;
+    if (ofDay > 0 && first && first->micros >= ofDay && first->micros < ofDay + kNear)
+        format.typedStart -= ofDay;
+}
+
 }  // namespace
 
 void guessNames(STLFormat& format, const std::vector<STLRow>& rows, std::size_t firstData)
@@ -234,8 +246,16 @@ void guessNames(STLFormat& format, const std::vector<STLRow>& rows, std::size_t 
     for (std::size_t c = 0; c < format.columns.size(); ++c) {
         format.columns[c].name = decoded(names->cells[c].text, format.encoding);
         if (units != nullptr)
-            format.columns[c].unit = withoutBrackets(decoded(units->cells[c].text, format.encoding));
-        splitUnit(format.columns[c]);
+            format.columns[c].unit = decoded(units->cells[c].text, format.encoding);
+    }
+    splitUnits(format);
+}
+
+void splitUnits(STLFormat& format)
+{
+    for (STLColumn& column : format.columns) {
+        column.unit = withoutBrackets(column.unit);
+        splitUnit(column);
     }
 }
 
@@ -268,6 +288,7 @@ void guessTime(STLFormat& format, const std::vector<STLRow>& data)
     } else if (time >= 0) {
         format.timeSource = STLTimeSource::ElapsedTime;
         format.timeColumn = time;
+        startAtMidnight(format, data);
     } else {
         findNumericTime(format, data);
     }

@@ -7,6 +7,9 @@
 // brackets behind the names are units too.
 void guessNames(STLFormat& format, const std::vector<STLRow>& rows, std::size_t firstData);
 
+// Units in brackets, behind names or alone, without their brackets.
+void splitUnits(STLFormat& format);
+
 // Keys and values above the data, and what those that are known say: start, step, description.
 void guessHead(STLFormat& format, const STLSample& sample);
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <ctime>
 
 #include "converters/STLWriter.h"
 #include "core/ScratchFile.h"
@@ -131,34 +132,50 @@ void STLObject::detect(char separator, char decimal)
 
 JobOutcome STLObject::check(const Progress& progress)
 {
+    bool wrongOrder = false;
+    const JobOutcome outcome = readThrough(progress, wrongOrder);
+    if (outcome == JobOutcome::Cancelled)
+        return outcome;
+    if (wrongOrder && m_format.orderInDoubt) {
+        // A date further down tells what those in the sample left open.
+        m_format.order = m_format.order == DateOrder::DayMonth ? DateOrder::MonthDay : DateOrder::DayMonth;
+        m_format.orderInDoubt = false;
+        if (readThrough(progress, wrongOrder) == JobOutcome::Cancelled)
+            return JobOutcome::Cancelled;
+    }
+    settleResult();
+    settleStart();
+    return JobOutcome::Done;
+}
+
+JobOutcome STLObject::readThrough(const Progress& progress, bool& wrongOrder)
+{
     m_found = STLCheck();
     STLRows rows(m_file, m_format);
     STLSteps steps;
-    while (rows.next()) {
-        ++m_found.rows;
-        m_found.missingCells += rows.missing();
-        m_found.troubledRows += rows.troubles().empty() ? 0 : 1;
+    for (std::uint64_t looks = 1; rows.next(); ++looks) {
+        if (looks % kLookEvery == 0 && !goesOn(progress, rows.position(), rows.fileBytes()))
+            return JobOutcome::Cancelled;
         m_found.troubleCount += rows.troubles().size();
         for (const STLTrouble& trouble : rows.troubles())
             if (m_found.troubles.size() < kMostTroubles)
                 m_found.troubles.push_back(trouble);
+        if (!rows.hasRow())
+            continue;
+        ++m_found.rows;
+        m_found.missingCells += rows.missing();
+        m_found.troubledRows += rows.troubles().empty() ? 0 : 1;
         if (m_format.timeSource != STLTimeSource::Typed)
             steps.add(rows.seconds());
-        if (m_found.rows % kLookEvery == 0 && !goesOn(progress, rows.position(), rows.fileBytes()))
-            return JobOutcome::Cancelled;
     }
-    for (const STLTrouble& trouble : rows.troubles()) {
-        ++m_found.troubleCount;
-        if (m_found.troubles.size() < kMostTroubles)
-            m_found.troubles.push_back(trouble);
-    }
+    wrongOrder = rows.contradictsOrder();
+    if (rows.provesOrder())
+        m_format.orderInDoubt = false;
     m_found.skippedLines = rows.skipped();
     m_found.texts = rows.texts();
     steps.tell(m_found, rows.resolution());
     m_found.firstWall = rows.firstWall();
     m_found.firstSeconds = rows.firstSeconds();
-    settleResult();
-    settleStart();
     return JobOutcome::Done;
 }
 
@@ -251,7 +268,9 @@ std::vector<std::string> STLObject::columnNames() const
         ++number;
         if (!column.take)
             continue;
-        const std::string wanted = column.name.empty() ? "Col-" + std::to_string(number) : column.name;
+        const std::string wanted = !column.label.empty() ? column.label
+                                   : column.name.empty() ? "Col-" + std::to_string(number)
+                                                         : column.name;
         std::string name = cutTo(wanted, kNameBytes);
         // "Time" and "Time32" tell the time of a ts-file: no other column is called so.
         const auto taken = [&](const std::string& text) {
@@ -270,6 +289,8 @@ std::vector<std::string> STLObject::columnNames() const
 std::string STLObject::columnDescription(std::size_t column) const
 {
     const STLColumn& source = m_format.columns[column];
+    if (!source.description.empty())
+        return cutTo(source.description, kDescriptionBytes);
     if (const auto texts = m_found.texts.find(column); texts != m_found.texts.end()) {
         std::vector<std::string> byNumber(texts->second.size());
         for (const auto& [text, number] : texts->second)
@@ -295,10 +316,12 @@ void STLObject::writeHeader(TSFILE& target) const
     target.dt(m_found.dt);
     target.startSeconds(m_found.startSeconds);
     target.startTime(m_found.startTime);
+    // 0 stamps a column with the time of the import: there is no other.
+    const auto stamp = static_cast<std::time_t>(std::max(m_found.firstSeconds, 0.0));
     if (m_found.timeColumns > 0)
         target.makeTimeColumns(1, m_found.timeColumns == 2 ? 2 : 0);
     for (std::uint32_t c = 1; c <= m_found.timeColumns; ++c)
-        target.stampColumn(c);
+        target.stampColumn(c, stamp);
     std::uint32_t column = m_found.timeColumns;
     const std::vector<std::string> names = columnNames();
     std::size_t taken = 0;
@@ -307,7 +330,7 @@ void STLObject::writeHeader(TSFILE& target) const
             continue;
         target.columnName(++column, names[taken++].c_str());
         target.columnDescription(column, columnDescription(c).c_str());
-        target.stampColumn(column);
+        target.stampColumn(column, stamp);
     }
 }
 
@@ -319,7 +342,11 @@ JobOutcome STLObject::write(TSFILE& target, const Progress& progress)
     const std::uint64_t last = m_format.toRow == 0 ? m_found.rows : std::min(m_format.toRow, m_found.rows);
     const std::uint64_t first = std::max<std::uint64_t>(m_format.fromRow, 1);
     std::uint64_t row = 0;
-    while (rows.next()) {
+    for (std::uint64_t looks = 1; rows.next(); ++looks) {
+        if (looks % kLookEvery == 0 && !goesOn(progress, rows.position(), rows.fileBytes()))
+            return JobOutcome::Cancelled;
+        if (!rows.hasRow())
+            continue;
         ++row;
         const double seconds = m_format.timeSource == STLTimeSource::Typed
                                    ? m_format.typedStep * static_cast<double>(row - 1)
@@ -328,8 +355,6 @@ JobOutcome STLObject::write(TSFILE& target, const Progress& progress)
             row >= first && row <= last && (row - first) % std::max(m_format.everyNth, 1U) == 0;
         if (m_found.resampled || chosen)
             writer.add(seconds, rows.values());
-        if (row % kLookEvery == 0 && !goesOn(progress, rows.position(), rows.fileBytes()))
-            return JobOutcome::Cancelled;
     }
     if (row != m_found.rows || writer.written() != m_found.samples)
         throw STLError(m_file.filename().string() + " has changed while it was read. Import it again.");

@@ -42,6 +42,7 @@ public:
     std::string columnDescription(std::size_t column) const;
 
 private:
+    JobOutcome readThrough(const Progress& progress, bool& wrongOrder);
     void settleResult();
     void settleStart();
     void writeHeader(TSFILE& target) const;

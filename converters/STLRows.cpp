@@ -1,5 +1,7 @@
 #include "converters/STLRows.h"
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 
@@ -13,7 +15,8 @@ constexpr float kMissing = std::numeric_limits<float>::quiet_NaN();
 // How fine a written time is: its last digit, or the minute where it has no seconds.
 double resolutionOf(const TimeOfDay& time)
 {
-    return time.hasSeconds ? std::pow(10.0, -time.fractionDigits) : 60.0;
+    static constexpr std::array<double, 7> kFine = {1.0, 1e-1, 1e-2, 1e-3, 1e-4, 1e-5, 1e-6};
+    return time.hasSeconds ? kFine[static_cast<std::size_t>(std::min(time.fractionDigits, 6))] : 60.0;
 }
 
 }  // namespace
@@ -21,41 +24,59 @@ double resolutionOf(const TimeOfDay& time)
 STLRows::STLRows(const std::filesystem::path& file, const STLFormat& format)
     : m_format(format), m_reader(file, kLongestLine)
 {
+    for (std::size_t c = 0; c < format.columns.size(); ++c)
+        if (format.columns[c].take)
+            m_taken.push_back(c);
+    m_values.resize(m_taken.size());
 }
 
 bool STLRows::next()
 {
     m_troubles.clear();
-    while (readRow()) {
-        if (!readTime()) {
-            ++m_skipped;
-            continue;
-        }
+    if (!nextLine())
+        return false;
+    m_hasRow = readCells() && readTime();
+    if (m_hasRow)
         readValues();
-        return true;
-    }
-    return false;
+    // Without a time of its own, a line without any number is no row.
+    if (m_hasRow && m_format.timeSource == STLTimeSource::Typed && !m_troubles.empty() &&
+        m_missing == m_values.size())
+        m_hasRow = false;
+    if (!m_hasRow)
+        ++m_skipped;
+    return true;
 }
 
-// Goes to the next line that is neither empty nor a remark, and cuts it into cells.
-bool STLRows::readRow()
+// Goes to the next line that is neither empty nor a remark.
+bool STLRows::nextLine()
 {
     while (m_reader.next()) {
         ++m_lineNumber;
         const std::string_view line = m_reader.text();
-        if (m_lineNumber < m_format.firstDataLine ||
-            line.find_first_not_of(" \t\r") == std::string_view::npos || isRemark(line, m_format))
-            continue;
-        splitCells(line, m_format.cells.separator, m_cells);
-        if (m_cells.size() < m_format.columns.size()) {
-            note(STLProblem::TooFewCells, -1, line);
-            m_cells.resize(m_format.columns.size());
-        } else if (m_cells.size() > m_format.columns.size()) {
-            note(STLProblem::TooManyCells, -1, line);
-        }
-        return true;
+        if (m_lineNumber >= m_format.firstDataLine &&
+            line.find_first_not_of(" \t\r") != std::string_view::npos && !isRemark(line, m_format))
+            return true;
     }
     return false;
+}
+
+bool STLRows::readCells()
+{
+    const std::string_view line = m_reader.text();
+    if (m_reader.isCut()) {
+        note(STLProblem::LineTooLong, -1, line);
+        return false;
+    }
+    const std::size_t columns = m_format.columns.size();
+    splitCells(line, m_format.cells.separator, m_cells);
+    if (m_cells.size() < columns) {
+        note(STLProblem::TooFewCells, -1, line);
+        m_cells.resize(columns);
+    } else if (m_cells.size() > columns && !(m_cells.size() == columns + 1 && m_cells.back().empty())) {
+        // A separator at the end of the line is no cell too many.
+        note(STLProblem::TooManyCells, -1, line);
+    }
+    return true;
 }
 
 // -- Time --
@@ -106,7 +127,11 @@ std::optional<double> STLRows::rowSeconds()
             if (!time)
                 return std::nullopt;
             m_resolution = resolutionOf(*time);
-            return sinceFirst(time->micros);
+            // A time of day begins anew at midnight; hours that go on above 24 never step back.
+            if (m_hasFirst && time->micros < kMicrosPerDay && time->micros + kMicrosPerDay / 2 < m_lastTime)
+                m_days += kMicrosPerDay;
+            m_lastTime = time->micros;
+            return sinceFirst(time->micros + m_days);
         }
         default: {
             auto number = readNumber(cell, m_format.cells);
@@ -141,6 +166,13 @@ std::optional<Micros> STLRows::dateAt(std::string_view text)
         return m_lastMidnight;
     const auto date = readDate(text);
     const auto day = date ? midnight(*date, m_format.order) : std::nullopt;
+    if (date && !date->yearFirst && !date->dayFirst) {
+        const DateOrder other =
+            m_format.order == DateOrder::DayMonth ? DateOrder::MonthDay : DateOrder::DayMonth;
+        const bool readsOtherwise = midnight(*date, other).has_value();
+        m_contradictsOrder = m_contradictsOrder || (!day && readsOtherwise);
+        m_provesOrder = m_provesOrder || (day && !readsOtherwise);
+    }
     if (day) {
         m_lastDate = text;
         m_lastMidnight = *day;
@@ -152,11 +184,9 @@ std::optional<Micros> STLRows::dateAt(std::string_view text)
 
 void STLRows::readValues()
 {
-    m_values.clear();
     m_missing = 0;
-    for (std::size_t c = 0; c < m_format.columns.size(); ++c)
-        if (m_format.columns[c].take)
-            m_values.push_back(valueOf(c, m_cells[c]));
+    for (std::size_t i = 0; i < m_taken.size(); ++i)
+        m_values[i] = valueOf(m_taken[i], m_cells[m_taken[i]]);
 }
 
 float STLRows::valueOf(std::size_t column, std::string_view cell)

@@ -9,7 +9,7 @@
 #include "converters/STLFormat.h"
 #include "core/LineReader.h"
 
-enum class STLProblem { NotANumber, TooFewCells, TooManyCells, UnreadableStamp };
+enum class STLProblem { NotANumber, TooFewCells, TooManyCells, UnreadableStamp, LineTooLong };
 
 struct STLTrouble
 {
@@ -28,8 +28,10 @@ public:
     // Borrows the format. Throws std::system_error where the file cannot be opened.
     STLRows(const std::filesystem::path& file, const STLFormat& format);
 
-    // Goes to the next row that has a readable time; false at the end.
+    // Goes to the next line that may be a row; false at the end.
     bool next();
+    // Whether it is one, with a readable time.
+    bool hasRow() const { return m_hasRow; }
 
     // Of the present row: a value for each taken column (NaN where it is missing), and its time in seconds
     // since the first row; 0 where the rows carry none.
@@ -37,7 +39,7 @@ public:
     double seconds() const { return m_seconds; }
     std::uint64_t line() const { return m_lineNumber; }
     std::size_t missing() const { return m_missing; }
-    // What was not understood since the call of next() before; the first one a row, skipped rows included.
+    // What was not understood in the present line.
     const std::vector<STLTrouble>& troubles() const { return m_troubles; }
 
     // Lines that are no row although data stand there.
@@ -45,6 +47,10 @@ public:
     // The first row's place on the wall clock, or its number of seconds (elapsed times).
     Micros firstWall() const { return m_firstWall; }
     double firstSeconds() const { return m_firstSeconds; }
+    // True where a date cannot be read in the format's order of day and month, but in the other one; and
+    // where one can be read in the format's order alone.
+    bool contradictsOrder() const { return m_contradictsOrder; }
+    bool provesOrder() const { return m_provesOrder; }
     // How fine the rows tell their time, in seconds; 0 where nothing is rounded.
     double resolution() const { return m_resolution; }
     // Of the columns whose texts are numbered, by column.
@@ -54,7 +60,8 @@ public:
     std::uint64_t fileBytes() const { return m_reader.fileBytes(); }
 
 private:
-    bool readRow();
+    bool nextLine();
+    bool readCells();
     bool readTime();
     std::optional<double> rowSeconds();
     std::optional<double> sinceFirst(std::optional<Micros> wall);
@@ -66,12 +73,18 @@ private:
     const STLFormat& m_format;
     LineReader m_reader;
     std::uint64_t m_lineNumber = 0;
+    std::vector<std::size_t> m_taken;  // columns
     std::vector<std::string_view> m_cells;
     std::vector<float> m_values;
     std::size_t m_missing = 0;
     std::vector<STLTrouble> m_troubles;
     std::uint64_t m_skipped = 0;
 
+    bool m_hasRow = false;
+    bool m_contradictsOrder = false;
+    bool m_provesOrder = false;
+    Micros m_days = 0;  // midnights that times of day have passed
+    Micros m_lastTime = 0;
     double m_seconds = 0.0;
     bool m_hasFirst = false;
     Micros m_firstWall = 0;

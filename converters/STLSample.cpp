@@ -64,7 +64,7 @@ STLSample readSample(const std::filesystem::path& file)
     std::uint64_t number = 0;
     while (sample.head.size() < kMostHeadLines && sample.lines.size() < kLinesAPlace && reader.next()) {
         if (reader.isCut())
-            throw STLError("STLLine " + std::to_string(number + 1) +
+            throw STLError("Line " + std::to_string(number + 1) +
                            " is longer than a million bytes; this does not look like lines of numbers.");
         sample.head.push_back({std::string(reader.text()), ++number});
         if (!isEmptyLine(reader.text()))
@@ -110,8 +110,11 @@ std::vector<STLRow> rowsOf(const std::vector<STLLine>& lines, const STLFormat& f
     std::vector<STLRow> rows;
     std::vector<std::string_view> cells;
     for (const STLLine& line : lines) {
-        if (isEmptyLine(line.text) || isRemark(line.text, format) ||
-            splitCells(line.text, format.cells.separator, cells) != count)
+        if (isEmptyLine(line.text) || isRemark(line.text, format))
+            continue;
+        if (splitCells(line.text, format.cells.separator, cells) == count + 1 && cells.back().empty())
+            cells.pop_back();
+        if (cells.size() != count)
             continue;
         STLRow row{&line, {}};
         for (const std::string_view cell : cells)

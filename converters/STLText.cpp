@@ -8,6 +8,9 @@ bool isRemark(std::string_view line, const STLFormat& format)
     if (at == std::string_view::npos)
         return false;
     const std::string_view text = line.substr(at);
+    // Most lines begin with a number, and no sign does so.
+    if (text.front() >= '0' && text.front() <= '9')
+        return false;
     return std::any_of(format.remarks.begin(), format.remarks.end(), [&](const std::string& sign) {
         return !sign.empty() && text.starts_with(sign) &&
                !(sign.size() == 1 && sign.front() == format.cells.separator);

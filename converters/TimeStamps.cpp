@@ -1,6 +1,7 @@
 #include "converters/TimeStamps.h"
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <ctime>
 
@@ -185,8 +186,33 @@ std::optional<Stamp> readStamp(std::string_view text)
     return text.empty() ? std::optional(stamp) : std::nullopt;
 }
 
+namespace {
+
+// "hh:mm:ss" and nothing else, as nearly all loggers write it.
+std::optional<TimeOfDay> readPlainTime(std::string_view text)
+{
+    if (text.size() != 8 || text[2] != ':' || text[5] != ':')
+        return std::nullopt;
+    std::array<unsigned, 6> digits{};
+    unsigned highest = 0;
+    for (std::size_t i = 0; i < digits.size(); ++i) {
+        digits[i] = static_cast<unsigned char>(text[i + i / 2] - '0');
+        highest = std::max(highest, digits[i]);
+    }
+    const unsigned minutes = digits[2] * 10 + digits[3];
+    const unsigned seconds = digits[4] * 10 + digits[5];
+    if (highest > 9 || minutes > 59 || seconds > 60)
+        return std::nullopt;
+    const unsigned hours = digits[0] * 10 + digits[1];
+    return TimeOfDay{((Micros{hours} * 60 + minutes) * 60 + seconds) * kMicrosPerSecond, 0, true};
+}
+
+}  // namespace
+
 std::optional<TimeOfDay> readTime(std::string_view text)
 {
+    if (const auto plain = readPlainTime(text))
+        return plain;
     const auto time = takeTime(text);
     return text.empty() ? time : std::nullopt;
 }

@@ -4,62 +4,28 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QInputDialog>
-#include <QMessageBox>
-#include <QPushButton>
 #include <QStringList>
 
 #include <algorithm>
 #include <memory>
 #include <system_error>
 
+#include "converters/ImportTexts.h"
 #include "converters/TsaExport.h"
 #include "converters/TsaImport.h"
 #include "core/TsExceptions.h"
 #include "core/TsNames.h"
 #include "portal/TsApplication.h"
+#include "share/Boxes.h"
 #include "share/JobProgress.h"
 
 namespace {
 
 const QString kFilter = QStringLiteral("TS-ASCII files (*.tsa);;");
 
-std::filesystem::path pathOf(const QString& file)
-{
-    return QFile::encodeName(file).toStdString();
-}
-
-QString shown(const std::string& file)
-{
-    return QFile::decodeName(file.c_str());
-}
-
-// "1 000 000"
-QString grouped(std::uint64_t n)
-{
-    QString text = QString::number(n);
-    for (int i = text.size() - 3; i > 0; i -= 3)
-        text.insert(i, QLatin1Char(' '));
-    return text;
-}
-
 void warnBox(QWidget* parent, const QString& title, const QString& text)
 {
-    QMessageBox box(QMessageBox::Warning, title, text, QMessageBox::NoButton, parent);
-    box.addButton(QStringLiteral("Ok"), QMessageBox::AcceptRole);
-    box.exec();
-}
-
-bool overwriteBox(QWidget* parent, const QString& file)
-{
-    QMessageBox box(QMessageBox::Question, QStringLiteral("Overwrite File? "),
-                    QStringLiteral("A file called %1 already exists.Do you want to overwrite it?").arg(file),
-                    QMessageBox::NoButton, parent);
-    QPushButton* const yes = box.addButton(QStringLiteral("&Yes"), QMessageBox::YesRole);
-    QPushButton* const no = box.addButton(QStringLiteral("&No"), QMessageBox::NoRole);
-    box.setDefaultButton(yes);
-    box.setEscapeButton(no);
-    box.exec();
-    return box.clickedButton() == yes;
+    showBox(QMessageBox::Warning, parent, title, text);
 }
 
 class QuestionBoxes : public TsaQuestions
@@ -80,7 +46,7 @@ public:
                    QStringLiteral("Enter no of columns:"), 1, 1000, 2);
     }
 
-    bool mayOverwrite(const std::string& file) override { return overwriteBox(m_parent, shown(file)); }
+    bool mayOverwrite(const std::string& file) override { return askOverwrite(m_parent, shown(file)); }
 
     bool isOpenForWriting(const std::string& file) override
     {
@@ -105,24 +71,6 @@ private:
 };
 
 // -- What happened, in words --
-
-QString reasonOfFailure()
-{
-    try {
-        throw;
-    } catch (const std::system_error& e) {
-        return QString::fromLocal8Bit(e.code().message().c_str());
-    } catch (const TS::CREATE_ERROR& e) {
-        return QStringLiteral("Caught a TS::CREATE_ERROR exception on: ") + shown(e.name);
-    } catch (const TS::Failure& e) {
-        return QStringLiteral(
-                   "A block of the ts-file could not be read or written (offset %1). "
-                   "Is the disk full?")
-            .arg(e.value1);
-    } catch (const std::exception& e) {
-        return QString::fromLocal8Bit(e.what());
-    }
-}
 
 QStringList losses(const TsaImportReport& report)
 {
@@ -162,12 +110,9 @@ void reportLosses(QWidget* parent, const TsaImportReport& report)
 {
     if (report.isLossless())
         return;
-    QMessageBox box(QMessageBox::Information, QStringLiteral("Veltrac"),
-                    QStringLiteral("%1 was made, but not everything in the text could be kept:\n\n%2")
-                        .arg(shown(report.tsFile), losses(report).join(QLatin1Char('\n'))),
-                    QMessageBox::NoButton, parent);
-    box.addButton(QStringLiteral("Ok"), QMessageBox::AcceptRole);
-    box.exec();
+    showBox(QMessageBox::Information, parent, QStringLiteral("Veltrac"),
+            QStringLiteral("%1 was made, but not everything in the text could be kept:\n\n%2")
+                .arg(shown(report.tsFile), losses(report).join(QLatin1Char('\n'))));
 }
 
 QStringList exportNotes(const TsaExportReport& report)
@@ -244,7 +189,7 @@ TsaOutcome exportTsaTo(QWidget* parent, const QString& tsFile, const QString& ta
         ts.reset(application->OpenTs(tsFile, true));
     if (!ts)
         return {false, QString(), QStringLiteral("%1 could not be opened; nothing was written.").arg(tsFile)};
-    if (QFileInfo::exists(target) && !overwriteBox(parent, name))
+    if (QFileInfo::exists(target) && !askOverwrite(parent, name))
         return {false, QString(), QStringLiteral("%1 was kept; nothing was written.").arg(name)};
     try {
         JobProgress progress(parent, QStringLiteral("Writing %1 …").arg(name));

@@ -138,14 +138,6 @@ fs::path chooseTarget(const std::string& base, TsaQuestions& questions, bool& ol
     return oldFileKept ? fs::path(freeName(fs::path(), base, ".ts")) : target;
 }
 
-std::unique_ptr<TSFILE> createFile(const std::string& name, const Counts& counts)
-{
-    const std::string literal = literalTsName(name);
-    if (!keepsItsName(literal))
-        throw TS::CREATE_ERROR(name);
-    return std::make_unique<TSFILE>(literal.c_str(), counts.samples, counts.columns, 0);
-}
-
 void setDefaults(TSFILE& ts, const Pass& pass)
 {
     const std::time_t now = std::time(nullptr);
@@ -245,7 +237,7 @@ public:
                 report.valuesLeftOver += wordsIn(p, end);
                 break;
             }
-            const ParsedNumber number = parseNumber(p, end, ',');
+            const ParsedNumber number = parseNumber(p, end, DecimalMark::Both);
             p = number.end;
             if (p == end || isTsaSeparator(*p)) [[likely]] {
                 row[col++] = static_cast<float>(number.value);
@@ -307,7 +299,7 @@ void warnAboutHeader(TsaQuestions& questions, const std::string& text)
 void makeFile(const fs::path& tsaFile, const Counts& counts, const Progress& progress, TsaTarget& target)
 {
     Pass pass(tsaFile, kTsaHeaderWidth, 1, progress);
-    const std::unique_ptr<TSFILE> ts = createFile(target.report.tsFile, counts);
+    const std::unique_ptr<TSFILE> ts = createTsFile(target.report.tsFile, counts.samples, counts.columns);
     setDefaults(*ts, pass);
     applyHeader(*ts, pass, target.report);
     ts->flush(true);

@@ -92,7 +92,7 @@ std::int64_t tsaCount(std::string_view value)
 double tsaNumber(std::string_view value)
 {
     const std::string_view text = tsaText(value);
-    return parseNumber(text.data(), text.data() + text.size(), ',').value;
+    return parseNumber(text.data(), text.data() + text.size(), DecimalMark::Both).value;
 }
 
 std::optional<std::array<int, 7>> tsaStamp(std::string_view value)

@@ -106,10 +106,15 @@ std::string Group::axisTitle() const
         if (first)
             unit = v->variable().unit;
         sameUnit = sameUnit && v->variable().unit == unit;
-        labels += (first ? "" : ", ") + v->variable().label;
+        labels.append(first ? "" : ", ").append(v->variable().label);
         first = false;
     }
-    const std::string tail = sameUnit && !unit.empty() ? " [" + unit + "]" : "";
+    std::string tail;
+    if (sameUnit && !unit.empty())
+        tail.append(" [").append(unit).append("]");
     // Many names are the legend's business.
-    return labels.size() > kLongestTitle && !tail.empty() ? tail.substr(1) : labels + tail;
+    if (labels.size() > kLongestTitle)
+        labels.clear();
+    labels.append(tail, labels.empty() && !tail.empty() ? 1 : 0);
+    return labels;
 }

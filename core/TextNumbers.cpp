@@ -1,5 +1,6 @@
 #include "core/TextNumbers.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <charconv>
@@ -35,29 +36,31 @@ ParsedNumber parseByLibrary(const char* first, const std::string& text)
     return {value, first + (end - text.c_str())};
 }
 
-ParsedNumber parseSlowly(const char* first, const char* last, char alsoPoint)
+// The text as the library takes it: with points for marks, and nothing for a mark that is none.
+char asLibrary(char c, DecimalMark mark)
+{
+    if (c == ',' && mark != DecimalMark::Point)
+        return '.';
+    return c == '.' && mark == DecimalMark::Comma ? '\1' : c;
+}
+
+ParsedNumber parseSlowly(const char* first, const char* last, DecimalMark mark)
 {
     constexpr std::ptrdiff_t kShort = 64;
     std::array<char, kShort> shortText;
-    const char* begin = first;
-    const char* end = last;
-    if (alsoPoint != '.' && last - first <= kShort) {
-        for (std::ptrdiff_t i = 0; i < last - first; ++i)
-            shortText[static_cast<std::size_t>(i)] = first[i] == alsoPoint ? '.' : first[i];
-        begin = shortText.data();
-        end = begin + (last - first);
-    }
-    if (alsoPoint == '.' || begin != first) {
+    const std::ptrdiff_t length = std::min(last - first, kShort);
+    std::transform(first, first + length, shortText.begin(), [mark](char c) { return asLibrary(c, mark); });
+    if (length < kShort) {
         double value = 0.0;
+        const char* const begin = shortText.data();
+        const char* const end = begin + length;
         const auto [stop, error] = std::from_chars(begin, end, value);
         // "0x10" is read up to its x.
         if (error == std::errc() && (stop == end || (*stop != 'x' && *stop != 'X')))
             return {value, first + (stop - begin)};
     }
     std::string text(first, last);
-    for (char& c : text)
-        if (c == alsoPoint)
-            c = '.';
+    std::transform(text.begin(), text.end(), text.begin(), [mark](char c) { return asLibrary(c, mark); });
     return parseByLibrary(first, text);
 }
 
@@ -220,7 +223,8 @@ char* putDecimal(const Decimal& d, char* out)
         --n;
 
     if (d.exponent >= kLowestFixed && d.exponent < 0) {
-        std::memcpy(out, "0.000000", 8);
+        std::fill_n(out, 8, '0');
+        out[1] = '.';
         out += 1 - d.exponent;
         std::memcpy(out, text.data(), 8);
         return out + n;
@@ -249,7 +253,7 @@ char* putWord(const char* word, bool negative, char* out)
 
 }  // namespace
 
-ParsedNumber parseNumber(const char* first, const char* last, char alsoPoint)
+ParsedNumber parseNumber(const char* first, const char* last, DecimalMark mark)
 {
     const char* p = first;
     const bool negative = p != last && *p == '-';
@@ -262,7 +266,8 @@ ParsedNumber parseNumber(const char* first, const char* last, char alsoPoint)
         mantissa = mantissa * 10 + static_cast<unsigned char>(*p++ - '0');
     std::ptrdiff_t count = p - digits;
     std::ptrdiff_t exponent = 0;
-    if (p != last && (*p == '.' || *p == alsoPoint)) {
+    if (p != last &&
+        ((*p == '.' && mark != DecimalMark::Comma) || (*p == ',' && mark != DecimalMark::Point))) {
         const char* const fraction = ++p;
         while (p != last && isDigit(*p))
             mantissa = mantissa * 10 + static_cast<unsigned char>(*p++ - '0');
@@ -270,7 +275,7 @@ ParsedNumber parseNumber(const char* first, const char* last, char alsoPoint)
         count -= exponent;
     }
     if (count == 0 || count > kMostDigits || (p != last && (*p == 'x' || *p == 'X')))
-        return parseSlowly(first, last, alsoPoint);
+        return parseSlowly(first, last, mark);
     if (p != last && (*p == 'e' || *p == 'E')) {
         const char* q = p + 1;
         const bool negativeExponent = q != last && *q == '-';
@@ -281,7 +286,7 @@ ParsedNumber parseNumber(const char* first, const char* last, char alsoPoint)
         while (q != last && isDigit(*q) && q - exponentDigits < 6)
             written = written * 10 + (*q++ - '0');
         if (q != last && isDigit(*q))
-            return parseSlowly(first, last, alsoPoint);
+            return parseSlowly(first, last, mark);
         if (q != exponentDigits) {
             exponent += negativeExponent ? -written : written;
             p = q;
@@ -292,7 +297,7 @@ ParsedNumber parseNumber(const char* first, const char* last, char alsoPoint)
     // numbers accurately", 1990).
     const std::ptrdiff_t size = exponent < 0 ? -exponent : exponent;
     if (mantissa > kExactMantissa || size >= static_cast<std::ptrdiff_t>(kExactTens.size()))
-        return parseSlowly(first, last, alsoPoint);
+        return parseSlowly(first, last, mark);
     double value = static_cast<double>(mantissa);
     value = exponent < 0 ? value / kExactTens[static_cast<std::size_t>(size)]
                          : value * kExactTens[static_cast<std::size_t>(size)];

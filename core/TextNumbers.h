@@ -10,10 +10,12 @@ struct ParsedNumber
     const char* end;  // behind the number's last character; `first` where there is none
 };
 
+enum class DecimalMark : unsigned char { Point, Comma, Both };
+
 // Reads the number at the beginning of [first, last) as atof() does: a sign ("+1" too), a fraction, an
 // exponent, "inf", "nan", hexadecimal, white space before it; text behind the number ends it. Correctly
-// rounded. `alsoPoint` is a second character that counts as a decimal point.
-ParsedNumber parseNumber(const char* first, const char* last, char alsoPoint = '.');
+// rounded. A decimal mark that is not asked for ends the number.
+ParsedNumber parseNumber(const char* first, const char* last, DecimalMark mark = DecimalMark::Point);
 
 // What formatSixDigits() and formatUnsigned() write at most.
 inline constexpr std::size_t kNumberRoom = 24;

@@ -58,7 +58,8 @@ public:
     int currentColumn() const { return m_currentColumn; }
     // Makes a cell the current and only selected one, and shows it.
     void goTo(int row, int column);
-    void goToSample(std::uint32_t sample, int column);
+    // False where the table, sorted, does not show the sample.
+    bool goToSample(std::uint32_t sample, int column);
 
     // What is selected, hidden columns included.
     const std::vector<CellBlock>& selectedBlocks() const { return m_selection; }
@@ -88,6 +89,7 @@ protected:
 
 private:
     void show(QAbstractItemModel* model);
+    void replaceModel(QAbstractItemModel* model);
     int offset() const;
     int visibleRows() const;
     QModelIndex indexOfRow(int row, int column) const;

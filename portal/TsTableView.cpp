@@ -73,7 +73,6 @@ QString elapsedText(double elapsed, TSFILE& file)
 TsTableView::TsTableView(const QString& file, QWidget* mainWindow, int mode)
     : m_name(QFileInfo(file).fileName()), m_path(QFileInfo(file).absoluteFilePath())
 {
-    setAttribute(Qt::WA_DeleteOnClose);
     if (mainWindow != nullptr)
         connect(mainWindow, &QObject::destroyed, this, [this] { delete this; });
     openFile(file, mode);
@@ -106,7 +105,11 @@ void TsTableView::openFile(const QString& file, int mode)
     m_note = new QLabel;
     m_note->setWordWrap(true);
     m_note->setContentsMargins(6, 3, 6, 3);
+    m_note->setBackgroundRole(QPalette::ToolTipBase);
+    m_note->setForegroundRole(QPalette::ToolTipText);
+    m_note->setAutoFillBackground(true);
     m_note->hide();
+    noteFileTime();
     TSFILE* const opened = openQuietly(file);
     if (opened == nullptr) {
         note(QStringLiteral("%1 cannot be opened. It may have vanished, or it is no ts-file.").arg(m_name));
@@ -215,6 +218,8 @@ void TsTableView::createTable()
                 SLOT(sl_currentColumn(QModelIndex, QModelIndex)));
     };
     connect(m_view, &SampleView::x_model_set, this, watchColumn);
+    // A new model shows all columns.
+    connect(m_view, &SampleView::x_model_set, this, &TsTableView::sl_col_selected);
     watchColumn();
     connect(m_view->horizontalHeader(), &QHeaderView::sectionClicked, this, [this](int section) {
         if (!m_sorting->isChecked())
@@ -271,6 +276,28 @@ void TsTableView::showEvent(QShowEvent* event)
         m_fitted = true;
         m_view->fitColumns();
     }
+}
+
+void TsTableView::tell(QMessageBox::Icon icon, const QString& text)
+{
+    QMessageBox box(icon, QStringLiteral("Ts-Edit"), text, QMessageBox::NoButton, this);
+    box.addButton(QStringLiteral("&Ok"), QMessageBox::AcceptRole);
+    box.exec();
+}
+
+// Another window may have rebuilt or computed what is listed here.
+void TsTableView::changeEvent(QEvent* event)
+{
+    SubWindow::changeEvent(event);
+    if (event->type() == QEvent::ActivationChange && isActiveWindow() && m_view != nullptr && !isEditing() &&
+        QFileInfo(m_path).lastModified() != m_fileTime)
+        statusBar()->showMessage(
+            QStringLiteral("%1 has changed on the disk: F5 reads it again.").arg(m_name));
+}
+
+void TsTableView::noteFileTime()
+{
+    m_fileTime = QFileInfo(m_path).lastModified();
 }
 
 // -- What is shown --

@@ -5,6 +5,9 @@
 // a list and says so; one that cannot be opened gives an empty window that says so.
 #pragma once
 
+#include <QDateTime>
+#include <QMessageBox>
+
 #include <array>
 #include <memory>
 #include <vector>
@@ -72,6 +75,7 @@ public slots:
 protected:
     bool mayClose() override;
     void showEvent(QShowEvent* event) override;
+    void changeEvent(QEvent* event) override;
 
 private:
     enum Act {
@@ -120,6 +124,8 @@ private:
     void addOperations(QMenu& menu);
     void updateActions();
     void note(const QString& text);
+    // A box titled "Ts-Edit" with one button.
+    void tell(QMessageBox::Icon icon, const QString& text);
 
     // What is shown.
     void showTitle();
@@ -133,6 +139,8 @@ private:
     bool scan(ColumnExtremes& out);
     void showScan(const QString& heading, const QString& result);
     void find(Direction direction);
+    void goToFound(std::uint32_t sample);
+    void noteFileTime();
     bool sortBy(int column, Qt::SortOrder order);
     bool askSortRange(std::uint32_t& first, std::uint32_t& last);
     void copy(bool withNames);
@@ -142,6 +150,7 @@ private:
     std::vector<SampleRun> selectedRuns() const;
     void operate(const BlockOperationRow& operation);
     bool askNumbers(const BlockOperationRow& operation, std::size_t cells, std::vector<double>& numbers);
+    std::vector<double> endValues(const SampleRun& run) const;
     void addEdit(const QString& name, std::vector<EditStrip> strips);
     void pasteRows(const std::vector<std::vector<float>>& rows);
     bool save();
@@ -167,6 +176,7 @@ private:
     ColumnExtremes m_scan;
     QString m_lastGoTo;
     std::array<std::vector<double>, 8> m_lastNumbers;  // of each block operation, for its next dialog
+    QDateTime m_fileTime;                              // of the file when it was opened
     bool m_registered = false;
     bool m_fitted = false;
 };

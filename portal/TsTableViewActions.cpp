@@ -65,7 +65,7 @@ const std::vector<TsTableView::ActionRow>& TsTableView::actionRows()
          "Find the next value up the column", ""},
         {kGoTo, "GoTo", "Ctrl+G", SLOT(sl_goTo()), "&Go to…", "Go to a sample, a time or a share of the file",
          ""},
-        {kPageUp, "Up", "Alt+PgUp", SLOT(sl_pageUp()), "Up by 1 &%", "Go a hundredth of the file up", ""},
+        {kPageUp, "Up", "Alt+PgUp", SLOT(sl_pageUp()), "&Up by 1 %", "Go a hundredth of the file up", ""},
         {kPageDown, "Down", "Alt+PgDown", SLOT(sl_pageDown()), "&Down by 1 %",
          "Go a hundredth of the file down", ""},
         {kPlot, "PlotColumn", "", SLOT(sl_plotcol()), "&Plot column", "Plot the selected column.",
@@ -113,12 +113,16 @@ void TsTableView::createActions()
                                            row.slot, QString::fromUtf8(row.text), QString::fromUtf8(row.tip),
                                            image.isEmpty() ? about : whatsThisText(image, about));
         action->setCheckable(row.checkable);
-        action->setVisible(!row.editingOnly || isEditing());
-        action->setEnabled(m_model != nullptr || row.act == kQuit || row.act == kHelp);
+        const bool wanted = !row.editingOnly || isEditing();
+        action->setVisible(wanted);
+        action->setEnabled(wanted && (m_model != nullptr || row.act == kQuit || row.act == kHelp));
         addAction(action);
         m_actions[static_cast<std::size_t>(row.act)] = action;
     }
-    m_actions[kReload]->setVisible(!isEditing());
+    if (isEditing()) {
+        m_actions[kReload]->setVisible(false);
+        m_actions[kReload]->setEnabled(false);
+    }
     m_actions[kPlot]->setEnabled(m_model != nullptr && TsApplication::instance() != nullptr);
     m_actions[kWriteSelected]->setVisible(TsApplication::instance() != nullptr);
 }

@@ -11,12 +11,14 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "core/TsNames.h"
 #include "portal/FieldsDialog.h"
 #include "portal/TsApplication.h"
 #include "portal/TsTableView.h"
 #include "share/JobProgress.h"
+#include "share/NumberField.h"
 
 namespace {
 
@@ -35,12 +37,17 @@ QString valuesText(std::uint64_t count)
     return count == 1 ? QStringLiteral("1 value") : QStringLiteral("%1 values").arg(count);
 }
 
-void warn(QWidget* parent, const QString& text)
+class FrozenView
 {
-    QMessageBox box(QMessageBox::Warning, QStringLiteral("Ts-Edit"), text, QMessageBox::NoButton, parent);
-    box.addButton(QStringLiteral("&Ok"), QMessageBox::AcceptRole);
-    box.exec();
-}
+public:
+    explicit FrozenView(QWidget& view) : m_view(view) { m_view.setUpdatesEnabled(false); }
+    ~FrozenView() { m_view.setUpdatesEnabled(true); }
+    FrozenView(const FrozenView&) = delete;
+    FrozenView& operator=(const FrozenView&) = delete;
+
+private:
+    QWidget& m_view;
+};
 
 QString whyNumbersAreRefused(BlockOperation operation, const std::vector<double>& numbers)
 {
@@ -117,6 +124,8 @@ void TsTableView::operate(const BlockOperationRow& operation)
         return;
     }
     std::vector<double>& numbers = m_lastNumbers[static_cast<std::size_t>(operation.operation)];
+    if (operation.operation == BlockOperation::Ramp)
+        numbers = endValues(runs.front());
     if (!askNumbers(operation, cellsIn(runs), numbers))
         return;
     const QString name = QString::fromUtf8(operation.name);
@@ -127,16 +136,28 @@ void TsTableView::operate(const BlockOperationRow& operation)
                        progress.callback(), strips) == JobOutcome::Cancelled)
             return;
     } catch (const std::exception& e) {
-        warn(this, name + QStringLiteral(": ") + QString::fromLocal8Bit(e.what()));
+        tell(QMessageBox::Warning, name + QStringLiteral(": ") + QString::fromLocal8Bit(e.what()));
         return;
     } catch (...) {
-        warn(this, QStringLiteral("%1: the values cannot be read; the file may be cut short.").arg(name));
+        tell(QMessageBox::Warning,
+             QStringLiteral("%1: the values cannot be read; the file may be cut short.").arg(name));
         return;
     }
     if (strips.empty())
         statusBar()->showMessage(QStringLiteral("%1: there is nothing to change.").arg(name), kMessageMs);
     else
         addEdit(name, std::move(strips));
+}
+
+// Where a ramp begins and ends as long as the user wants nothing else.
+std::vector<double> TsTableView::endValues(const SampleRun& run) const
+{
+    const int column = static_cast<int>(run.column) - 1;
+    std::vector<double> values;
+    for (const std::uint32_t sample : {run.first, run.last})
+        values.push_back(numberOf(m_model->exactCellText(static_cast<int>(sample) - 1, column))
+                             .value_or(std::numeric_limits<double>::quiet_NaN()));
+    return values;
 }
 
 // -- Pasting --
@@ -150,13 +171,15 @@ void TsTableView::sl_paste()
     }
     const PastedTable table = parsePasted(text);
     if (table.rows.empty()) {
-        warn(this, QStringLiteral("\"%1\" is not a number. Nothing was pasted.").arg(table.refused.left(60)));
+        tell(QMessageBox::Warning,
+             QStringLiteral("\"%1\" is not a number. Nothing was pasted.").arg(table.refused.left(60)));
         return;
     }
     const bool single = table.rows.size() == 1 && table.rows.front().size() == 1;
     const std::vector<SampleRun> runs = selectedRuns();
     if (single && cellsIn(runs) > 1) {
         std::vector<EditStrip> strips;
+        strips.reserve(runs.size());
         for (const SampleRun& run : runs)
             strips.push_back(setStrip(run, static_cast<double>(table.rows.front().front())));
         addEdit(QStringLiteral("Paste"), std::move(strips));
@@ -221,6 +244,8 @@ bool TsTableView::save()
     if (cells == 0)
         return true;
     try {
+        // Half-written values are not shown.
+        const FrozenView frozen(*m_view);
         JobProgress progress(this, QStringLiteral("Saving %1").arg(m_name));
         const bool done = edited.save(progress.callback()) == JobOutcome::Done;
         statusBar()->showMessage(
@@ -235,7 +260,7 @@ bool TsTableView::save()
         return done;
     } catch (const SaveFailed& failure) {
         m_model->showChanges();
-        warn(this, QString::fromLocal8Bit(failure.text.c_str()));
+        tell(QMessageBox::Warning, QString::fromLocal8Bit(failure.text.c_str()));
         return false;
     }
 }
@@ -248,15 +273,16 @@ QString TsTableView::askNewName()
         return QString();
     const QFileInfo info(chosen);
     const std::string name = newTsFileName(info.fileName().toLocal8Bit().toStdString());
-    const QString target = info.absoluteDir().filePath(QString::fromLocal8Bit(name.c_str()));
+    QString target = info.absoluteDir().filePath(QString::fromLocal8Bit(name.c_str()));
     const TsApplication* const application = TsApplication::instance();
     if (QFileInfo(target) == QFileInfo(m_path)) {
-        warn(this, QStringLiteral("This is the file itself. Choose another name, or \"Save\"."));
+        tell(QMessageBox::Warning,
+             QStringLiteral("This is the file itself. Choose another name, or \"Save\"."));
         return QString();
     }
     if (application != nullptr && application->isOpenForWriting(target)) {
-        warn(this, QStringLiteral("The file %1 is open for writing in another window.")
-                       .arg(QFileInfo(target).fileName()));
+        tell(QMessageBox::Warning, QStringLiteral("The file %1 is open for writing in another window.")
+                                       .arg(QFileInfo(target).fileName()));
         return QString();
     }
     // The dialog has asked about the name as it was typed.
@@ -288,7 +314,7 @@ bool TsTableView::saveAs()
         emit x_directory_changed();
         return true;
     } catch (const SaveFailed& failure) {
-        warn(this, QString::fromLocal8Bit(failure.text.c_str()));
+        tell(QMessageBox::Warning, QString::fromLocal8Bit(failure.text.c_str()));
         return false;
     }
 }

@@ -33,14 +33,6 @@ constexpr std::uint64_t kMostCopied = 2000000;  // values
 constexpr int kMostSorted = RowWindow::kRows;
 const char* const kUnreadable = "The file cannot be read to its end: it may be cut short.";
 
-// A box with one button, under the sub-program's name.
-void showBox(QWidget* parent, QMessageBox::Icon icon, const QString& text)
-{
-    QMessageBox box(icon, QStringLiteral("Ts-Edit"), text, QMessageBox::NoButton, parent);
-    box.addButton(QStringLiteral("&Ok"), QMessageBox::AcceptRole);
-    box.exec();
-}
-
 class WaitCursor
 {
 public:
@@ -120,7 +112,7 @@ void TsTableView::sl_plotcol()
 bool TsTableView::scan(ColumnExtremes& out)
 {
     if (m_model->file().samples() == 0) {
-        showBox(this, QMessageBox::Information, QStringLiteral("The file has no samples."));
+        tell(QMessageBox::Information, QStringLiteral("The file has no samples."));
         return false;
     }
     try {
@@ -131,7 +123,7 @@ bool TsTableView::scan(ColumnExtremes& out)
             return true;
         statusBar()->showMessage(QStringLiteral("Cancelled."), kMessageMs);
     } catch (...) {
-        showBox(this, QMessageBox::Warning, QString::fromLatin1(kUnreadable));
+        tell(QMessageBox::Warning, QString::fromLatin1(kUnreadable));
     }
     return false;
 }
@@ -146,7 +138,7 @@ void TsTableView::showScan(const QString& heading, const QString& result)
                     ? QStringLiteral("; there is no other")
                     : QString::asprintf("; the average without them is %g", m_scan.averagePresent);
     }
-    showBox(this, QMessageBox::Information, text);
+    tell(QMessageBox::Information, text);
 }
 
 void TsTableView::sl_findmax()
@@ -154,7 +146,7 @@ void TsTableView::sl_findmax()
     if (!scan(m_scan))
         return;
     if (m_scan.maximumSample != 0)
-        m_view->goToSample(m_scan.maximumSample, m_column);
+        goToFound(m_scan.maximumSample);
     showScan(QStringLiteral("The max value in column %1 is:\n"),
              resultText(m_scan.maximum, m_scan.maximumSample));
 }
@@ -164,7 +156,7 @@ void TsTableView::sl_findmin()
     if (!scan(m_scan))
         return;
     if (m_scan.minimumSample != 0)
-        m_view->goToSample(m_scan.minimumSample, m_column);
+        goToFound(m_scan.minimumSample);
     showScan(QStringLiteral("The minimum value in column %1 is:\n"),
              resultText(m_scan.minimum, m_scan.minimumSample));
 }
@@ -192,7 +184,7 @@ void TsTableView::sl_goTo()
         QString reason;
         try {
             if (const auto row = goToRow(text, m_model->file(), reason)) {
-                m_view->goToSample(*row, m_column);
+                goToFound(*row);
                 m_view->setFocus();
                 return;
             }
@@ -212,6 +204,13 @@ void TsTableView::sl_pageDown()
 {
     const int step = std::max(1, m_view->totalRows() / 100);
     m_view->goTo(std::min(m_view->totalRows() - 1 - step, m_view->currentRow()) + step, m_column);
+}
+
+void TsTableView::goToFound(std::uint32_t sample)
+{
+    if (!m_view->goToSample(sample, m_column))
+        statusBar()->showMessage(QStringLiteral("Sample %1 is not among the sorted ones.").arg(sample),
+                                 kMessageMs);
 }
 
 void TsTableView::sl_find()
@@ -252,7 +251,7 @@ void TsTableView::find(Direction direction)
         return;
     }
     if (found != 0)
-        m_view->goToSample(found, m_column);
+        goToFound(found);
     else
         statusBar()->showMessage(
             QStringLiteral("No more %1 the current cell.")
@@ -316,7 +315,7 @@ bool TsTableView::sortBy(int column, Qt::SortOrder order)
             JobOutcome::Cancelled)
             return false;
     } catch (...) {
-        showBox(this, QMessageBox::Warning, QString::fromLatin1(kUnreadable));
+        tell(QMessageBox::Warning, QString::fromLatin1(kUnreadable));
         return false;
     }
     m_column = column;
@@ -382,8 +381,8 @@ void TsTableView::sl_selectAll()
 
 void TsTableView::sl_writeSelected()
 {
-    if (m_view->isSorted() || m_view->selectedBlocks().empty()) {
-        statusBar()->showMessage(QStringLiteral("Select some samples of the unsorted table first."),
+    if (m_view->isSorted() || m_view->selectedBlocks().size() != 1) {
+        statusBar()->showMessage(QStringLiteral("Select one block of samples of the unsorted table first."),
                                  kMessageMs);
         return;
     }
@@ -406,6 +405,7 @@ void TsTableView::sl_reload()
         statusBar()->showMessage(QStringLiteral("%1 cannot be opened any more.").arg(m_name), kMessageMs);
         return;
     }
+    noteFileTime();
     m_statistics->stop();
     m_view->detach();
     m_model->setFile(file.release());

@@ -3,28 +3,30 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDir>
+#include <QFile>
+#include <QFileDialog>
+#include <QFontDialog>
 #include <QHeaderView>
 #include <QLabel>
-#include <QMenuBar>
-#include <QShortcutEvent>
+#include <QMenu>
 #include <QSpinBox>
 #include <QStatusBar>
-#include <QToolBar>
 
 #include <algorithm>
 
+#include "converters/TsaDialogs.h"
 #include "portal/SubPrograms.h"
 #include "share/Boxes.h"
 #include "share/JobProgress.h"
+#include "share/PsConfigDialog.h"
+#include "share/QtMessageWin.h"
 #include "share/Resources.h"
-#include "share/hydaction.h"
 
 namespace {
 
-constexpr int kLeastRowHeight = 18;
-constexpr int kGreatestRowHeight = 30;
-constexpr int kFirstRowHeight = 22;
 constexpr int kMessageMs = 8000;
+constexpr int kHelpWidth = 950;
+constexpr int kHelpHeight = 650;
 
 }  // namespace
 
@@ -33,13 +35,15 @@ VeltracWin::VeltracWin(QWidget* parent) : QMainWindow(parent)
     loadResources();
     setInstance(this);
     QApplication::setFont(QFont(QStringLiteral("Helvetica [Cronyx]"), 8));
+    PsParameters::setText(m_psParameters.fontName, "Times-Roman");
+    PsParameters::setText(m_psParameters.creator, "Veltrac");
     setWindowTitle(QStringLiteral("Veltrac"));
     setWindowIcon(QIcon(QStringLiteral(":/img_Veltrac")));
 
     createTable();
-    createActions();
-    createMenus();
-    createToolBars();
+    m_actions = new MainActions(this);
+    connect(m_actions, &MainActions::x_ambiguous_key, this, &VeltracWin::say);
+    connect(m_actions->rowHeight(), SIGNAL(valueChanged(int)), this, SLOT(sl_rowHeight(int)));
     m_status = new QLabel(this);
     // A long path is cut at the window's edge instead of widening the window.
     m_status->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
@@ -49,7 +53,7 @@ VeltracWin::VeltracWin(QWidget* parent) : QMainWindow(parent)
     resize(fontMetrics().averageCharWidth() * 140, fontMetrics().height() * 42);
 
     m_visited = QStringList{QDir::currentPath()};
-    sl_rowHeight(m_rowHeight->value());
+    sl_rowHeight(m_actions->rowHeight()->value());
     sl_refresh();
     m_table->setFocus();
 }
@@ -72,83 +76,6 @@ void VeltracWin::createTable()
     });
     connect(m_table, &FileTable::x_menu_wanted, this, &VeltracWin::showContextMenu);
     connect(m_table->horizontalHeader(), SIGNAL(sectionClicked(int)), this, SLOT(sl_refresh()));
-}
-
-void VeltracWin::createActions()
-{
-    for (const ActionRow& row : actionRows()) {
-        const QString image = QString::fromLatin1(row.image);
-        const QString what = QString::fromUtf8(row.whatsThis);
-        auto* const made =
-            new HydAction(image, QKeySequence(QString::fromLatin1(row.shortcut)), this, row.slot,
-                          QString::fromLatin1(row.text), QString::fromLatin1(row.toolTip),
-                          what.isEmpty() ? what : whatsThisText(image, what));
-        made->setCheckable(row.checkable);
-        made->setEnabled(!row.window || subProgramExists(*row.window));
-        made->installEventFilter(this);
-        // Keys work whatever bar or menu shows the action.
-        addAction(made);
-        m_actions[row.id] = made;
-    }
-    auto* const quit = new QAction(QIcon(QStringLiteral(":/img_FlushDown")), QStringLiteral("&Quit"), this);
-    connect(quit, SIGNAL(triggered()), qApp, SLOT(closeAllWindows()));
-    m_actions[ActionId::Quit] = quit;
-}
-
-void VeltracWin::createMenus()
-{
-    for (const BarRow& row : menuRows()) {
-        QMenu* const menu = menuBar()->addMenu(QString::fromLatin1(row.title));
-        for (const BarItem& item : row.items) {
-            if (item.action)
-                menu->addAction(action(*item.action));
-            else if (item.gap == Gap::FileMenus)
-                createFileMenus(menu);
-            else
-                menu->addSeparator();
-        }
-    }
-}
-
-void VeltracWin::createFileMenus(QMenu* menu)
-{
-    m_fileMenus = new FileMenus(this);
-    for (const FileActionRow& row : fileActionRows()) {
-        QMenu* const files = menu->addMenu(action(row.action)->icon(), QString::fromLatin1(row.menuText));
-        files->setEnabled(action(row.action)->isEnabled());
-        connect(files, SIGNAL(triggered(QAction*)), this, row.menuSlot);
-        m_fileMenus->add(files);
-    }
-}
-
-void VeltracWin::createToolBars()
-{
-    for (const BarRow& row : toolBarRows()) {
-        QToolBar* const bar = addToolBar(QString::fromLatin1(row.title));
-        bar->setObjectName(QString::fromLatin1(row.title));
-        for (const BarItem& item : row.items) {
-            if (item.action)
-                bar->addAction(action(*item.action));
-            else
-                addRowHeight(bar);
-        }
-        bar->setHidden(row.hidden);
-    }
-}
-
-void VeltracWin::addRowHeight(QToolBar* bar)
-{
-    auto* const label = new QLabel(QStringLiteral("  Rowheight: "), bar);
-    m_rowHeight = new QSpinBox(bar);
-    m_rowHeight->setRange(kLeastRowHeight, kGreatestRowHeight);
-    m_rowHeight->setValue(kFirstRowHeight);
-    m_rowHeight->setAccessibleName(QStringLiteral("Row height"));
-    m_rowHeight->setToolTip(QStringLiteral("The height of the table's rows, in pixels."));
-    m_rowHeight->setWhatsThis(m_rowHeight->toolTip());
-    label->setBuddy(m_rowHeight);
-    connect(m_rowHeight, SIGNAL(valueChanged(int)), this, SLOT(sl_rowHeight(int)));
-    bar->addWidget(label);
-    bar->addWidget(m_rowHeight);
 }
 
 // -- The table --
@@ -182,7 +109,7 @@ void VeltracWin::showFiles()
     names.reserve(m_files.size());
     for (const TsFileRecord& file : m_files)
         names.push_back(file.name);
-    m_fileMenus->setFiles(std::move(names));
+    m_actions->setFiles(std::move(names));
 
     const QString path = QDir::currentPath();
     m_status->setText(QStringLiteral("Current working directory: %1 with %2 off ts-files.")
@@ -206,12 +133,7 @@ void VeltracWin::showContextMenu(int row, const QPoint& globalPosition)
 {
     sl_itemSelected(row, 0);
     QMenu menu(this);
-    for (const FileActionRow& entry : fileActionRows()) {
-        QAction* const chosen = menu.addAction(
-            action(entry.action)->icon(), QString::fromLatin1(entry.contextText).arg(menuText(m_selected)),
-            this, entry.contextSlot);
-        chosen->setEnabled(action(entry.action)->isEnabled());
-    }
+    m_actions->addFileActions(&menu, m_selected);
     menu.exec(globalPosition);
 }
 
@@ -222,7 +144,7 @@ void VeltracWin::sl_rowHeight(int pixels)
 
 void VeltracWin::sl_set_sorting()
 {
-    m_sorted = action(ActionId::Sorting)->isChecked();
+    m_sorted = m_actions->action(ActionId::Sorting)->isChecked();
     showFiles();
 }
 
@@ -245,23 +167,284 @@ void VeltracWin::closeEvent(QCloseEvent* event)
     QMainWindow::closeEvent(event);
 }
 
-bool VeltracWin::eventFilter(QObject* watched, QEvent* event)
-{
-    // A key that several actions share runs none of them; the status bar says which ones it could mean.
-    if (event->type() == QEvent::Shortcut && static_cast<QShortcutEvent*>(event)->isAmbiguous()) {
-        const QKeySequence key = static_cast<QShortcutEvent*>(event)->key();
-        QStringList names;
-        for (const ActionRow& row : actionRows()) {
-            if (action(row.id)->shortcut() == key && action(row.id)->isEnabled())
-                names << action(row.id)->text().remove(QLatin1Char('&'));
-        }
-        say(QStringLiteral("%1 stands for several actions; choose one in a menu: %2")
-                .arg(key.toString(QKeySequence::NativeText), names.join(QStringLiteral(", "))));
-    }
-    return QMainWindow::eventFilter(watched, event);
-}
-
 void VeltracWin::say(const QString& text)
 {
     statusBar()->showMessage(text, kMessageMs);
+}
+
+// -- What other windows ask --
+
+void VeltracWin::ShowTsError(const char* text)
+{
+    m_errorBox.show(this, QString::fromUtf8(text));
+}
+
+void VeltracWin::registerWriter(const QString& path)
+{
+    m_writers.add(path);
+}
+
+void VeltracWin::unregisterWriter(const QString& path)
+{
+    m_writers.remove(path);
+}
+
+bool VeltracWin::isOpenForWriting(const QString& path) const
+{
+    return m_writers.contains(path);
+}
+
+QWidget* VeltracWin::openSubProgram(SubProgram kind, const QString& file, unsigned column)
+{
+    if (JobProgress::isRunning())
+        return nullptr;
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    SubWindow* const window = makeSubProgram(kind, file, column);
+    QApplication::restoreOverrideCursor();
+    if (window == nullptr)
+        return nullptr;
+    m_subWindows.emplace_back(window);
+    connect(window, SIGNAL(windowGone(subWindow)), this, SLOT(sl_subwindowGone(subWindow)));
+    connect(window, &SubWindow::x_directory_changed, this, &VeltracWin::sl_refresh);
+    connect(window, &SubWindow::x_file_made, this, [this](const QString& name) {
+        sl_refresh();
+        m_table->select(name);
+    });
+    window->show();
+    return window;
+}
+
+void VeltracWin::sl_subwindowGone(subWindow window)
+{
+    std::erase_if(m_subWindows, [window](const QPointer<QWidget>& w) { return w.isNull() || w == window; });
+}
+
+bool VeltracWin::exportInterval(const QString& file, std::uint32_t first, std::uint32_t last)
+{
+    const TsaOutcome outcome = exportTsaInterval(this, file, first, last);
+    say(outcome.status);
+    return outcome.done;
+}
+
+// -- Sub-programs on the directory --
+
+void VeltracWin::sl_createFile()
+{
+    openSubProgram(SubProgram::Create, QString(), 0);
+}
+
+void VeltracWin::sl_readASCIIFile()
+{
+    const QString tsaFile = chooseTsaFile(this);
+    if (tsaFile.isEmpty())
+        return;
+    const TsaOutcome outcome = importTsa(this, tsaFile);
+    sl_refresh();
+    m_table->select(outcome.file);
+    say(outcome.status);
+}
+
+void VeltracWin::sl_readSTLFile()
+{
+    openSubProgram(SubProgram::StlImport, QString(), 0);
+}
+
+void VeltracWin::sl_readSCLFile()
+{
+    openSubProgram(SubProgram::SclImport, QString(), 0);
+}
+
+void VeltracWin::sl_editWin()
+{
+    openSubProgram(SubProgram::Formula, m_selected, 0);
+}
+
+void VeltracWin::sl_derivative()
+{
+    openSubProgram(SubProgram::Derivative, m_selected, 0);
+}
+
+void VeltracWin::sl_integrate()
+{
+    openSubProgram(SubProgram::Integral, m_selected, 0);
+}
+
+void VeltracWin::sl_dft()
+{
+    openSubProgram(SubProgram::Spectrum, m_selected, 0);
+}
+
+void VeltracWin::sl_filter()
+{
+    openSubProgram(SubProgram::Filter, m_selected, 0);
+}
+
+void VeltracWin::sl_otherDir()
+{
+    QFileDialog dialog(this, QStringLiteral("Choose a directory"), QDir::currentPath());
+    dialog.setFileMode(QFileDialog::Directory);
+    dialog.setOption(QFileDialog::ShowDirsOnly);
+    dialog.setHistory(m_visited);
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
+        return;
+    const QString directory = dialog.selectedFiles().constFirst();
+    if (!QDir::setCurrent(directory)) {
+        showBox(QMessageBox::Warning, this, QStringLiteral("Veltrac"),
+                QStringLiteral("The directory %1 cannot be entered.").arg(directory));
+        return;
+    }
+    m_table->clearSelection();
+    sl_refresh();
+    emit x_new_plotdir(QDir::currentPath());
+}
+
+void VeltracWin::sl_set_plotdir(QString const& directory)
+{
+    m_visited.removeAll(directory);
+    m_visited << directory;
+}
+
+// -- What is done with one file --
+
+bool VeltracWin::fileIsSelected()
+{
+    if (m_selected.isEmpty())
+        say(QStringLiteral("Select a ts-file in the table first."));
+    return !m_selected.isEmpty();
+}
+
+void VeltracWin::openOnSelected(SubProgram kind)
+{
+    if (fileIsSelected())
+        openSubProgram(kind, m_selected, 0);
+}
+
+void VeltracWin::sl_plotFile()
+{
+    openOnSelected(SubProgram::Plot);
+}
+
+void VeltracWin::sl_writeASCII()
+{
+    if (fileIsSelected())
+        say(exportTsa(this, m_selected).status);
+}
+
+void VeltracWin::sl_editHeader()
+{
+    openOnSelected(SubProgram::Header);
+}
+
+void VeltracWin::sl_listFile()
+{
+    openOnSelected(SubProgram::List);
+}
+
+void VeltracWin::sl_editFile()
+{
+    openOnSelected(SubProgram::Edit);
+}
+
+void VeltracWin::sl_deleteFile()
+{
+    if (!fileIsSelected() || JobProgress::isRunning())
+        return;
+    const QString name = m_selected;
+    if (isOpenForWriting(name)) {
+        showBox(QMessageBox::Warning, this, QStringLiteral("Veltrac"),
+                QStringLiteral("The file %1 is open for writing in another window.\n"
+                               "Close that window first.")
+                    .arg(name));
+        return;
+    }
+    const bool sure = askYesNo(QMessageBox::Question, this, QStringLiteral("Delete a file?"),
+                               QStringLiteral("Do you really want to delete %1?").arg(name));
+    QFile file(name);
+    if (sure && !file.remove())
+        showBox(QMessageBox::Warning, this, QStringLiteral("Veltrac"),
+                QStringLiteral("The file %1 could not be deleted: %2.").arg(name, file.errorString()));
+    sl_refresh();
+}
+
+void VeltracWin::sl_plotFile(QAction* action)
+{
+    if (m_table->select(FileMenus::fileOf(action)))
+        sl_plotFile();
+}
+
+void VeltracWin::sl_writeASCII(QAction* action)
+{
+    if (m_table->select(FileMenus::fileOf(action)))
+        sl_writeASCII();
+}
+
+void VeltracWin::sl_editHeader(QAction* action)
+{
+    if (m_table->select(FileMenus::fileOf(action)))
+        sl_editHeader();
+}
+
+void VeltracWin::sl_listFile(QAction* action)
+{
+    if (m_table->select(FileMenus::fileOf(action)))
+        sl_listFile();
+}
+
+void VeltracWin::sl_editFile(QAction* action)
+{
+    if (m_table->select(FileMenus::fileOf(action)))
+        sl_editFile();
+}
+
+void VeltracWin::sl_deleteFile(QAction* action)
+{
+    if (m_table->select(FileMenus::fileOf(action)))
+        sl_deleteFile();
+}
+
+// -- Settings and help --
+
+void VeltracWin::sl_config_ps()
+{
+    if (m_psDialog.isNull())
+        m_psDialog = new PsConfigDialog(&m_psParameters, this);
+    m_psDialog->show();
+    m_psDialog->raise();
+    m_psDialog->activateWindow();
+}
+
+void VeltracWin::sl_config_font()
+{
+    bool chosen = false;
+    const QFont font =
+        QFontDialog::getFont(&chosen, QApplication::font(), this, QStringLiteral("Select the font"));
+    if (!chosen)
+        return;
+    QApplication::setFont(font);
+    m_table->resizeColumnsToContents();
+}
+
+void VeltracWin::sl_help()
+{
+    showHelp(this, QStringLiteral("intro"), QStringLiteral("Veltrac info"), kHelpWidth, kHelpHeight);
+}
+
+void VeltracWin::sl_asciihelp()
+{
+    showHelp(this, QStringLiteral("tsa"), QStringLiteral("Veltrac, TSA format"), kHelpWidth, kHelpHeight);
+}
+
+void VeltracWin::sl_stlhelp()
+{
+    showHelp(this, QStringLiteral("stl"), QStringLiteral("Veltrac, STL format"), kHelpWidth, kHelpHeight);
+}
+
+void VeltracWin::sl_about()
+{
+    showBox(QMessageBox::Information, this, QStringLiteral("Veltrac"),
+            QStringLiteral("  Veltrac, version 3.1.\n"
+                           "  Beta version, May 2016.\n"
+                           "  A program for ts-file administration.\n"
+                           "  Measured series of any length: import, look, compute, plot.\n"
+                           "  Ts-files are plain blocks of numbers; Help tells how they are built."));
 }

@@ -7,20 +7,19 @@
 #include <QMainWindow>
 #include <QPointer>
 
-#include <map>
 #include <vector>
 
-#include "portal/ActionTable.h"
-#include "portal/FileMenus.h"
+#include "portal/ErrorBox.h"
 #include "portal/FileTable.h"
+#include "portal/MainActions.h"
 #include "portal/TsApplication.h"
 #include "portal/TsDirectory.h"
 #include "portal/WriterRegistry.h"
+#include "share/PsParameters.h"
 #include "share/SubWindow.h"
 
 class QLabel;
-class QSpinBox;
-class QToolBar;
+class PsConfigDialog;
 
 class VeltracWin : public QMainWindow, public TsApplication
 {
@@ -30,14 +29,15 @@ public:
     explicit VeltracWin(QWidget* parent = nullptr);
     ~VeltracWin() override;
 
-    // A box "Veltrac error" with one button "Ok". The two texts that a formula can report for each of its
-    // samples can be silenced for the rest of the calculation.
+    // The program's one error box, see ErrorBox.
     void ShowTsError(const char* text) override;
 
     void registerWriter(const QString& path) override;
     void unregisterWriter(const QString& path) override;
     bool isOpenForWriting(const QString& path) const override;
     QWidget* openSubProgram(SubProgram kind, const QString& file, unsigned column) override;
+    bool exportInterval(const QString& file, std::uint32_t first, std::uint32_t last) override;
+    const PsParameters* psParameters() const override { return &m_psParameters; }
 
     // Reads the directory anew, with a box for each corrupt file, and returns how many ts-files it holds.
     int nOOfTsFiles();
@@ -93,30 +93,19 @@ signals:
 
 protected:
     void closeEvent(QCloseEvent* event) override;
-    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    void createActions();
     void createTable();
-    void createMenus();
-    void createFileMenus(QMenu* menu);
-    void createToolBars();
-    void addRowHeight(QToolBar* bar);
-    QAction* action(ActionId id) const { return m_actions.at(id); }
-
     void showContextMenu(int row, const QPoint& globalPosition);
     void showFiles();
     void say(const QString& text);
     // False, and said in the status bar, where no file is selected.
     bool fileIsSelected();
     void openOnSelected(SubProgram kind);
-    bool isRuntimeTextSilenced(const QString& text) const;
 
-    std::map<ActionId, QAction*> m_actions;
     FileTable* m_table = nullptr;
-    FileMenus* m_fileMenus = nullptr;
+    MainActions* m_actions = nullptr;
     QLabel* m_status = nullptr;
-    QSpinBox* m_rowHeight = nullptr;
 
     std::vector<TsFileRecord> m_files;
     QString m_selected;
@@ -124,9 +113,8 @@ private:
     bool m_refreshing = false;
     QStringList m_visited;  // directories, the present one last
     WriterRegistry m_writers;
+    ErrorBox m_errorBox;
+    PsParameters m_psParameters;  // what new plot windows start from
+    QPointer<PsConfigDialog> m_psDialog;
     std::vector<QPointer<QWidget>> m_subWindows;
-
-    // Formula texts that are silent, and the calculation in which they are.
-    QStringList m_silenced;
-    std::uint64_t m_silencedJob = 0;
 };

@@ -12,10 +12,11 @@ namespace {
 constexpr float kFrameWidthMm = 0.2F;
 constexpr float kTickWidthMm = 0.2F;
 constexpr float kCursorWidthMm = 0.2F;
+constexpr float kLineHeight = 1.2F;   // in character heights
 constexpr float kTopLines = 0.6F;     // above the first group, in line heights
 constexpr float kGapLines = 0.7F;     // between two groups
 constexpr float kLegendLines = 1.3F;  // of a legend
-constexpr float kRightChars = 2.5F;   // behind the last label's middle
+constexpr float kRightChars = 3.5F;   // behind the last label's middle
 constexpr float kLegendStroke = 2.5F;
 constexpr float kLegendGap = 1.2F;
 constexpr int kColumnsAPoint = 4;
@@ -78,7 +79,9 @@ private:
         }
         plainPen();
         m_driver.FontControl(m_look.textScale, 0);
-        m_driver.TextExtent("0", &m_charWidth, &m_charHeight);
+        m_driver.TextExtent("0", &m_charWidth, nullptr);
+        // The height of a line, which on paper is more than the extent of a text.
+        m_charHeight = static_cast<float>(m_driver.yLabelRoom().gap) * kLineHeight;
         for (std::size_t g = 0; g < m_plot.groups().size(); ++g)
             if (m_plot.groups()[g].hasVisible())
                 m_layout.groupOf.push_back(g);
@@ -111,10 +114,13 @@ private:
     {
         if (!m_plot.legend)
             return false;
-        const auto& all = group(i).variables();
-        const auto shown =
-            std::count_if(all.begin(), all.end(), [](const auto& v) { return v->variable().visible; });
-        return shown > 1 || group(i).isLogarithmic();
+        int shown = 0;
+        bool hasNote = false;
+        for (const auto& v : group(i).variables()) {
+            shown += v->variable().visible ? 1 : 0;
+            hasNote = hasNote || (v->variable().visible && notAboveZero(*v) > 0);
+        }
+        return shown > 1 || hasNote;
     }
 
     float linesAbove(std::size_t i) const
@@ -229,6 +235,11 @@ private:
         const float room = f.y2 - f.y1 + 0.8F * m_charHeight;
         if (length(title) <= room)
             return title;
+        // The unit says more than the beginning of the names, which the legend has too.
+        if (const std::string_view unit = unitIn(title); !unit.empty() && hasLegend(i))
+            title = std::string("[").append(unit).append("]");
+        if (length(title) <= room)
+            return title;
         while (!title.empty() && length(title + "…") > room) {
             // A whole character at a time.
             while (!title.empty() && (static_cast<unsigned char>(title.back()) & 0xC0U) == 0x80U)
@@ -261,7 +272,8 @@ private:
                            static_cast<float>(g.toScale(g.y2()) - g.toScale(g.y1())));
         plainPen();
         AxisStyle s = style();
-        s.origin = axis.toScale(m_plot.x1()) + (axis.mode == XMode::Clock && !axis.logarithmic ? axis.origin : 0.0);
+        s.origin =
+            axis.toScale(m_plot.x1()) + (axis.mode == XMode::Clock && !axis.logarithmic ? axis.origin : 0.0);
         s.hasLabels = i + 1 == m_layout.groups.size();
         const std::string title = xTitle();
         if (s.hasLabels)
@@ -372,13 +384,17 @@ private:
 
     // -- Texts --
 
+    static std::uint32_t notAboveZero(const HsVariable& v)
+    {
+        const bool readable = v.isBuilt() && v.failure().empty() && v.variable().rows() > 0;
+        return readable ? v.notPositive(1, v.variable().rows()) : 0;
+    }
+
     static std::string legendText(const HsVariable& v)
     {
         std::string text = v.variable().label;
-        std::uint32_t low = 0;
-        if (v.isBuilt() && v.failure().empty() && v.variable().rows() > 0)
-            low = v.notPositive(1, v.variable().rows());
-        return low == 0 ? text : text + " (" + std::to_string(low) + " not above 0)";
+        const std::uint32_t low = notAboveZero(v);
+        return low == 0 ? text : text.append(" (").append(std::to_string(low)).append(" not above 0)");
     }
 
     // A row above the frame; what finds no room is counted.
@@ -400,7 +416,7 @@ private:
             const float stroke = kLegendStroke * m_charWidth;
             const float reserve = left > 1 ? 8.0F * m_charWidth : 0.0F;
             if (x + stroke + m_charWidth + width > f.x2 - reserve) {
-                const std::string more = "+" + std::to_string(left) + " more";
+                const std::string more = std::string("+").append(std::to_string(left)).append(" more");
                 m_driver.MoveTo(x, base);
                 m_driver.Text(more.c_str(), 0, 0.0F, 0);
                 return;

@@ -1,5 +1,7 @@
 #include "share/PlotVariables.h"
 
+#include <QStringList>
+
 #include <algorithm>
 #include <cmath>
 #include <set>
@@ -23,9 +25,8 @@ bool countsInSeconds(const PlotFile& file)
     const QString unit = headerText(file.timeUnit().c_str()).trimmed();
     if (unit.isEmpty())
         return true;
-    const QString inner = unit.contains(QLatin1Char('['))
-                              ? QString::fromStdString(std::string(unitIn(utf8(unit))))
-                              : unit;
+    const QString inner =
+        unit.contains(QLatin1Char('[')) ? QString::fromStdString(std::string(unitIn(utf8(unit)))) : unit;
     static const QStringList seconds = {QStringLiteral("s"), QStringLiteral("sec"), QStringLiteral("seconds"),
                                         QStringLiteral("second"), QStringLiteral("sek")};
     return seconds.contains(inner.trimmed().toLower());

@@ -21,8 +21,6 @@ MessageWin::MessageWin(QWidget* parent, const QString& objectName, const QString
 
     m_text->setHtml(text);
     m_text->setReadOnly(true);
-    // The keyboard scrolls and selects, so that a text can be read and copied without a mouse.
-    m_text->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     m_text->document()->setDocumentMargin(12);
     m_text->setAccessibleName(windowTitle());
     setCentralWidget(m_text);

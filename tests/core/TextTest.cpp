@@ -86,7 +86,7 @@ TEST(TextNumbers, numbersAreThoseOfAtof)
     for (const std::string& text : texts) {
         char* end = nullptr;
         const double expected = std::strtod(text.c_str(), &end);
-        const ParsedNumber parsed = parseNumber(text.data(), text.data() + text.size(), ',');
+        const ParsedNumber parsed = parseNumber(text.data(), text.data() + text.size(), DecimalMark::Both);
         if (std::isnan(expected))
             ASSERT_TRUE(std::isnan(parsed.value)) << text;
         else
@@ -95,8 +95,10 @@ TEST(TextNumbers, numbersAreThoseOfAtof)
         ASSERT_EQ(end - text.c_str(), parsed.end - text.data()) << text;
     }
     const std::string comma = "1,5,2";
-    EXPECT_EQ(1.5, parseNumber(comma.data(), comma.data() + 5, ',').value);
+    EXPECT_EQ(1.5, parseNumber(comma.data(), comma.data() + 5, DecimalMark::Comma).value);
     EXPECT_EQ(1.0, parseNumber(comma.data(), comma.data() + 5).value);
+    const std::string point = "1.5";
+    EXPECT_EQ(point.data() + 1, parseNumber(point.data(), point.data() + 3, DecimalMark::Comma).end);
 }
 
 TEST(LineReader, linesOfEveryLengthComeWholeOrCut)

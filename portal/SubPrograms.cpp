@@ -5,6 +5,7 @@
 
 #include "calc/DerivativeWin.h"
 #include "calc/IntegrateWin.h"
+#include "converters/STLWin.h"
 #include "portal/CreateTsWin_Veltrac.h"
 #include "portal/EditHeaderWin.h"
 #include "portal/TsTableView.h"
@@ -33,6 +34,8 @@ const std::vector<Row>& rows()
          [](const QString& file, unsigned column) -> SubWindow* { return new QtPlotColWin(file, column); }},
         {SubProgram::Create,
          [](const QString&, unsigned) -> SubWindow* { return new CreateTsWin(mainWindow()); }},
+        {SubProgram::StlImport,
+         [](const QString& file, unsigned) -> SubWindow* { return new STLWin(file); }},
         {SubProgram::List,
          [](const QString& file, unsigned) -> SubWindow* { return new TsTableView(file, mainWindow(), 0); }},
         {SubProgram::Edit,

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "calc/DFTWin.h"
 #include "calc/DerivativeWin.h"
 #include "calc/IntegrateWin.h"
 #include "converters/STLWin.h"
@@ -43,6 +44,8 @@ const std::vector<Row>& rows()
          [](const QString& file, unsigned column) -> SubWindow* { return new DerivativeWin(file, column); }},
         {SubProgram::Integral,
          [](const QString& file, unsigned column) -> SubWindow* { return new IntegrateWin(file, column); }},
+        {SubProgram::Spectrum,
+         [](const QString& file, unsigned column) -> SubWindow* { return new DFTWin(file, column); }},
         {SubProgram::Header,
          [](const QString& file, unsigned) -> SubWindow* { return new EditHeaderWin(file); }},
     };

@@ -1,93 +1,103 @@
-// The spectrum of a stretch of one column. No window, no texts.
+// Spectra of a column of a ts-file: lengths, windows, scaling, averaging, peaks. No window of the program.
 //
-// With Y the transform of the weighted samples, S1 and S2 the sums of the weights and their squares, fs the
-// sample frequency and c = 2 (1 at bin n/2, which has no mirror image):
-//   amplitude      A = c |Y| / S1, so that a sine of amplitude 3 on a bin reads 3 with every window;
-//   RMS amplitude  A / sqrt(2), at bin n/2 A;
-//   power density  P = c |Y|^2 / (fs S2), whose sum times the resolution is the variance;
-//   amplitude density sqrt(P).
-// Segments give the mean of P, or the root of the mean of A^2: P. D. Welch, "The Use of Fast Fourier Transform
-// for the Estimation of Power Spectra", IEEE Trans. Audio Electroacoust. AU-15 (1967) 70-73.
+// The scaling is that of G. Heinzel, A. Ruediger, R. Schilling, "Spectrum and spectral density estimation by
+// the Discrete Fourier transform" (2002): with the window w over m samples, S1 its sum, S2 the sum of its
+// squares and fs the sampling frequency, the amplitude at bin k is c |Y| / S1 and the power density
+// c |Y|^2 / (fs S2), where c is 2, and 1 at half the sampling frequency. Averages are P. D. Welch's, "The use
+// of Fast Fourier Transform for the estimation of power spectra", IEEE Trans. AU-15 (1967).
 #pragma once
 
 #include <cstdint>
 #include <span>
+#include <string>
 #include <vector>
 
-#include "calc/SpectrumPlan.h"
-#include "core/ColumnScan.h"
 #include "core/Progress.h"
+#include "core/TSFILE.h"
 
-class TSFILE;
+// F. J. Harris, "On the use of windows for harmonic analysis with the discrete Fourier transform", Proc. IEEE
+// 66 (1978), in their periodic form; the flat top is that of the SR785 analyser's five terms.
+enum class SpectrumWindow { Hann, Rectangular, Hamming, Blackman, BlackmanHarris, FlatTop, Bartlett };
+enum class SpectrumTrend { Mean, Line, Nothing };
+enum class SpectrumResult { Amplitude, RmsAmplitude, PowerDensity, AmplitudeDensity, RealImaginary };
 
-// What stands in a range before it is transformed.
-struct RangeContents
+inline constexpr int kSpectrumWindows = 7;
+const char* spectrumWindowName(SpectrumWindow window);
+
+struct SpectrumRequest
 {
-    std::uint32_t missing = 0;  // values that are no finite numbers
-    double mean = 0.0;          // of the others; NaN where there is none
+    std::uint32_t column = 1;
+    std::uint32_t from = 1;  // samples, both included
+    std::uint32_t to = 1;
+    SpectrumTrend trend = SpectrumTrend::Mean;
+    SpectrumWindow window = SpectrumWindow::Hann;
+    bool averaged = false;  // over segments, else the whole range at once
+    std::uint32_t segment = 4096;
+    int overlapPercent = 50;
+    bool pad = false;  // with zeros to a fast length, else shortened to one
+    SpectrumResult result = SpectrumResult::Amplitude;
+    bool decibel = false;
+    bool interpolate = false;  // missing values between their neighbours; else they are none
+    double dt = 1.0;           // seconds between samples
 };
 
-// Reads samples first to last.
-JobOutcome scanRange(const ColumnReader& read, std::uint32_t first, std::uint32_t last,
-                     const Progress& progress, RangeContents& out);
-
-// Takes the mean, or the line of least squares, out of the values.
-void removeTrend(Trend trend, std::span<double> values);
-
-// Bins 1 to bins(); what stands at 0 is the mean, and nobody's spectrum.
-class Spectrum
+// What a request comes to.
+struct SpectrumPlan
 {
-public:
-    Spectrum() = default;
-
-    // Missing values are replaced by the line between their neighbours, at the ends by the nearest value.
-    // The plan has no problem. Holds four arrays of plan.length doubles while it works, two of them (or one
-    // half) afterwards. What `read` throws passes through, std::bad_alloc too.
-    JobOutcome compute(const ColumnReader& read, const SpectrumRequest& request, const SpectrumPlan& plan,
-                       const Progress& progress);
-
-    std::uint32_t bins() const noexcept { return m_plan.bins(); }
-    double frequency(double bin) const { return bin * m_plan.resolution(); }
-    const SpectrumPlan& plan() const noexcept { return m_plan; }
-    const SpectrumRequest& request() const noexcept { return m_request; }
-
-    // As the request wants it, in decibels too; of Complex the amplitude. A bin of no power at all has no
-    // decibels: NaN.
-    double value(std::uint32_t bin) const;
-    // Of the whole range only: the phase in degrees against a cosine that begins with the first sample, and
-    // the real and imaginary part, scaled as the amplitude.
-    bool hasPhase() const noexcept { return m_request.method == SpectrumMethod::WholeRange; }
-    double phase(std::uint32_t bin) const;
-    double real(std::uint32_t bin) const;
-    double imaginary(std::uint32_t bin) const;
-
-private:
-    bool isMirrorless(std::uint32_t bin) const;
-    double scale(std::uint32_t bin) const;
-    // |Y|^2, for segments their mean.
-    double squared(std::uint32_t bin) const;
-    JobOutcome transformWhole(const ColumnReader& read, const Progress& progress);
-    JobOutcome averageSegments(const ColumnReader& read, const Progress& progress);
-
-    SpectrumRequest m_request;
-    SpectrumPlan m_plan;
-    WindowSums m_sums;
-    std::vector<double> m_re;
-    std::vector<double> m_im;
-    std::vector<double> m_mean;  // of |Y|^2 over the segments
+    std::uint32_t used = 0;      // samples of the range that take part (of one segment where averaged)
+    std::uint32_t length = 0;    // of the transform
+    std::uint32_t bins = 0;      // length / 2: bin k stands in sample k, bin 0 in none
+    std::uint32_t segments = 1;  // 0 where the range is shorter than one
+    double resolution = 0.0;     // Hz
+    double highest = 0.0;        // Hz
+    std::uint64_t bytes = 0;     // of memory
 };
 
-// Fills a file of bins() samples and columnsOf() columns: the frequency, the value and the phase, or the
-// real and the imaginary part. Throws the TS exceptions.
-std::uint32_t columnsOf(const Spectrum& spectrum);
-JobOutcome writeSpectrum(const Spectrum& spectrum, TSFILE& file, const Progress& progress);
+// The greatest length up to m of factors 2, 3 and 5 if it drops at most a thousandth, else the greatest
+// without a prime factor above 37; the least of 2, 3 and 5 from m on.
+std::uint32_t shortenedLength(std::uint32_t m);
+std::uint32_t paddedLength(std::uint32_t m);
 
-// A line of the spectrum that stands above its neighbours.
+SpectrumPlan planSpectrum(const SpectrumRequest& request);
+
+// Sample i of a window of m samples.
+double windowSample(SpectrumWindow window, std::uint32_t i, std::uint32_t m);
+
+// How many samples of the range are missing (NaN or infinite).
+JobOutcome countMissing(TSFILE& file, const SpectrumRequest& request, std::uint64_t& missing,
+                        const Progress& progress);
+
+// The least, greatest and mean step of a file with a "Time" column; all dt without one.
+struct StepRange
+{
+    double least = 0.0;
+    double greatest = 0.0;
+    double mean = 0.0;
+};
+JobOutcome readSteps(TSFILE& file, std::uint32_t from, std::uint32_t to, StepRange& steps,
+                     const Progress& progress);
+
+// Computes the spectrum and writes it into `target`: plan.bins samples of three columns, "Freq" in Hz, the
+// result, and the phase in degrees (or "Re" and "Im"); averages have two columns. Holds four arrays of
+// plan.length doubles and no more. `mean` gets the mean of the samples that took part.
+// Throws the TS exceptions and std::bad_alloc.
+JobOutcome computeSpectrum(TSFILE& source, const SpectrumRequest& request, TSFILE& target, double& mean,
+                           const Progress& progress);
+
+// Columns of the target: 2 or 3.
+std::uint32_t spectrumColumns(const SpectrumRequest& request);
+
+// A local maximum of a spectrum, refined by the parabola through its three bins. The flat top window needs
+// that for the frequency alone: its highest bin is the amplitude already.
 struct SpectrumPeak
 {
-    double frequency = 0.0;  // between bins: the top of the parabola through three of them
+    double frequency = 0.0;  // Hz
     double value = 0.0;
+    std::uint32_t bin = 0;
 };
-
-// The `count` highest ones, the highest first.
-std::vector<SpectrumPeak> highestPeaks(const Spectrum& spectrum, std::size_t count);
+// The `count` highest, highest first, of a column (from 1) of a spectrum file.
+std::vector<SpectrumPeak> findPeaks(TSFILE& spectrum, std::uint32_t column, std::size_t count,
+                                    SpectrumWindow window);
+// The highest bin beside each multiple 1, 2, … of a frequency, up to the end of the spectrum.
+std::vector<SpectrumPeak> findHarmonics(TSFILE& spectrum, std::uint32_t column, double frequency,
+                                        std::size_t count);

@@ -100,4 +100,4 @@ std::vector<SpectrumPeak> findPeaks(TSFILE& spectrum, std::uint32_t column, std:
                                     SpectrumWindow window);
 // The highest bin beside each multiple 1, 2, … of a frequency, up to the end of the spectrum.
 std::vector<SpectrumPeak> findHarmonics(TSFILE& spectrum, std::uint32_t column, double frequency,
-                                        std::size_t count);
+                                        std::size_t count, SpectrumWindow window);

@@ -1,6 +1,7 @@
 #include "core/ColumnBackup.h"
 
 #include <algorithm>
+#include <bit>
 #include <cerrno>
 #include <fstream>
 #include <system_error>
@@ -12,6 +13,15 @@ constexpr std::uint32_t kRun = 1U << 16;  // samples a step
 [[noreturn]] void fail(const std::filesystem::path& path)
 {
     throw std::system_error(errno != 0 ? errno : EIO, std::generic_category(), path.string());
+}
+
+void readKept(std::istream& in, std::uint64_t offset, std::span<float> out)
+{
+    in.seekg(static_cast<std::streamoff>(offset));
+    const auto bytes = std::as_writable_bytes(out);
+    in.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    if (!in)
+        fail("the old values");
 }
 
 }  // namespace
@@ -54,36 +64,60 @@ void ColumnBackup::saveInfo(std::uint32_t col)
     m_infos.push_back(std::move(info));
 }
 
-void ColumnBackup::restore()
+void ColumnBackup::restore(TSFILE& file)
 {
     try {
+        std::ifstream in(m_path, std::ios::binary);
         // The newest first, so that the oldest values win where ranges overlap.
         for (auto range = m_ranges.rbegin(); range != m_ranges.rend(); ++range)
-            restoreRange(*range);
+            restoreRange(file, *range, in);
         for (auto info = m_infos.rbegin(); info != m_infos.rend(); ++info) {
-            m_file.columnName(info->col, info->name.c_str());
-            m_file.columnDescription(info->col, info->description.c_str());
-            m_file.setColumnStamp(info->col, info->stamp);
+            file.columnName(info->col, info->name.c_str());
+            file.columnDescription(info->col, info->description.c_str());
+            file.setColumnStamp(info->col, info->stamp);
         }
-        m_file.flush(true);
+        file.flush(true);
     } catch (...) {
         m_scratch.keep();
         throw;
     }
 }
 
-void ColumnBackup::restoreRange(const Range& range)
+void ColumnBackup::restoreRange(TSFILE& file, const Range& range, std::istream& in)
 {
-    std::ifstream in(m_path, std::ios::binary);
-    in.seekg(static_cast<std::streamoff>(range.offset));
-    std::vector<float> values(std::min(kRun, range.count));
+    std::vector<float> old(std::min(kRun, range.count));
+    std::vector<float> now(old.size());
     for (std::uint32_t done = 0; done < range.count;) {
-        const std::span<float> run(values.data(), std::min<std::size_t>(values.size(), range.count - done));
-        const auto bytes = std::as_writable_bytes(run);
-        in.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-        if (!in)
-            fail(m_path);
-        m_file.writeColumn(range.col, range.first + done, run);
-        done += static_cast<std::uint32_t>(run.size());
+        const std::size_t count = std::min<std::size_t>(old.size(), range.count - done);
+        readKept(in, range.offset + std::uint64_t{done} * sizeof(float), std::span(old).first(count));
+        file.readColumn(range.col, range.first + done, std::span(now).first(count));
+        const auto differs = [&](std::size_t i) {
+            return std::bit_cast<std::uint32_t>(old[i]) != std::bit_cast<std::uint32_t>(now[i]);
+        };
+        std::size_t from = 0;
+        std::size_t to = count;
+        while (from < to && !differs(from))
+            ++from;
+        while (to > from && !differs(to - 1))
+            --to;
+        file.writeColumn(range.col, range.first + done + static_cast<std::uint32_t>(from),
+                         std::span(old).subspan(from, to - from));
+        done += static_cast<std::uint32_t>(count);
+    }
+}
+
+void ColumnBackup::recall(std::uint32_t col, std::uint32_t first, std::span<float> out) const
+{
+    std::ifstream in;
+    for (auto range = m_ranges.rbegin(); range != m_ranges.rend(); ++range) {
+        const std::uint64_t from = std::max(first, range->first);
+        const std::uint64_t to =
+            std::min<std::uint64_t>(first + out.size(), std::uint64_t{range->first} + range->count);
+        if (range->col != col || from >= to)
+            continue;
+        if (!in.is_open())
+            in.open(m_path, std::ios::binary);
+        readKept(in, range->offset + (from - range->first) * sizeof(float),
+                 out.subspan(from - first, to - from));
     }
 }

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <filesystem>
+#include <iosfwd>
 #include <span>
 #include <vector>
 
@@ -26,9 +27,16 @@ public:
     // Keeps a column's name, description and stamp.
     void saveInfo(std::uint32_t col);
 
-    // Puts everything back and flushes the file. Throws the TS exceptions or std::system_error; then the
+    // Puts everything back and flushes the file. Values that are still the old ones are not written, so a
+    // disk that took no more is not asked again. Throws the TS exceptions or std::system_error; then the
     // scratch file stays for good.
-    void restore();
+    void restore() { restore(m_file); }
+    // The same through another object, where the borrowed one is stuck with a block that cannot be written.
+    void restore(TSFILE& file);
+
+    // Puts the kept values among out[0 … size), the samples of a column from sample `first` on, into their
+    // places there; the other places stay. The borrowed file is not needed. Throws std::system_error.
+    void recall(std::uint32_t col, std::uint32_t first, std::span<float> out) const;
 
     // Where the old values lie.
     const std::filesystem::path& path() const noexcept { return m_path; }
@@ -49,7 +57,7 @@ private:
         int stamp[7];
     };
 
-    void restoreRange(const Range& range);
+    static void restoreRange(TSFILE& file, const Range& range, std::istream& in);
 
     TSFILE& m_file;
     ScratchFile m_scratch;

@@ -129,10 +129,11 @@ void TSFILE::openExisting()
     }
 }
 
+// Called by constructors, where no derived class answers yet: the calls say so.
 void TSFILE::lookUpTimeColumns()
 {
-    m_timeColumn = columnNumber("Time");
-    m_time32Column = columnNumber("Time32");
+    m_timeColumn = TSFILE::columnNumber("Time");
+    m_time32Column = TSFILE::columnNumber("Time32");
     m_timeMode = m_time32Column != 0 ? 2 : m_timeColumn != 0 ? 1 : 0;
 }
 
@@ -431,13 +432,13 @@ void TSFILE::makeTimeColumns(std::uint32_t col, std::uint32_t col32)
     for (const std::uint32_t wanted : {timeCol, col32})
         if (wanted > columns())
             throw TS::ILL_COLUMN(wanted, columns(), 1);
-    if (const std::uint32_t displaced = columnNumber("Time"); displaced != 0 && displaced != timeCol)
-        columnName(displaced, "_Time");
-    columnName(timeCol, "Time");
+    if (const std::uint32_t displaced = TSFILE::columnNumber("Time"); displaced != 0 && displaced != timeCol)
+        TSFILE::columnName(displaced, "_Time");
+    TSFILE::columnName(timeCol, "Time");
     m_timeColumn = timeCol;
     m_timeMode = 1;
     if (col32 != 0) {
-        columnName(col32, "Time32");
+        TSFILE::columnName(col32, "Time32");
         m_time32Column = col32;
         m_timeMode = 2;
     }

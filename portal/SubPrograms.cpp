@@ -3,9 +3,22 @@
 #include <algorithm>
 #include <vector>
 
+#include "calc/DerivativeWin.h"
+#include "calc/IntegrateWin.h"
+#include "converters/STLWin.h"
+#include "portal/CreateTsWin_Veltrac.h"
 #include "portal/EditHeaderWin.h"
+#include "portal/TsTableView.h"
+#include "share/QtPlotColWin.h"
+#include "share/QtPlotWin1.h"
 
 namespace {
+
+// These windows stand above the main window and close with it.
+QWidget* mainWindow()
+{
+    return dynamic_cast<QWidget*>(TsApplication::instance());
+}
 
 struct Row
 {
@@ -16,6 +29,21 @@ struct Row
 const std::vector<Row>& rows()
 {
     static const std::vector<Row> all = {
+        {SubProgram::Plot, [](const QString& file, unsigned) -> SubWindow* { return new QtPlotWin(file); }},
+        {SubProgram::PlotColumn,
+         [](const QString& file, unsigned column) -> SubWindow* { return new QtPlotColWin(file, column); }},
+        {SubProgram::Create,
+         [](const QString&, unsigned) -> SubWindow* { return new CreateTsWin(mainWindow()); }},
+        {SubProgram::ImportStl,
+         [](const QString& file, unsigned) -> SubWindow* { return new STLWin(file); }},
+        {SubProgram::List,
+         [](const QString& file, unsigned) -> SubWindow* { return new TsTableView(file, mainWindow(), 0); }},
+        {SubProgram::Edit,
+         [](const QString& file, unsigned) -> SubWindow* { return new TsTableView(file, mainWindow(), 1); }},
+        {SubProgram::Derivative,
+         [](const QString& file, unsigned column) -> SubWindow* { return new DerivativeWin(file, column); }},
+        {SubProgram::Integral,
+         [](const QString& file, unsigned column) -> SubWindow* { return new IntegrateWin(file, column); }},
         {SubProgram::Header,
          [](const QString& file, unsigned) -> SubWindow* { return new EditHeaderWin(file); }},
     };

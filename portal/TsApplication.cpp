@@ -28,7 +28,7 @@ bool isNumber(const QString& name)
 
 QString composed(const TS::READONLY_VIOLATION& e)
 {
-    const QString text = QStringLiteral("TS::READONLY_VIOLATION exception");
+    QString text = QStringLiteral("TS::READONLY_VIOLATION exception");
     if (e.value1 != 0)
         return text + QStringLiteral(", offset: %1").arg(e.value1);
     if (!e.name.empty())

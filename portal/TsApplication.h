@@ -13,6 +13,9 @@ struct PsParameters;
 
 // The sub-programs that openSubProgram() can start.
 enum class SubProgram {
+    Create,
+    StlImport,
+    SclImport,
     Plot,
     PlotColumn,
     List,

@@ -21,7 +21,7 @@ QString headerText(const char* bytes)
         raw.chop(1);
 
     QTextCodec::ConverterState state;
-    const QString text = QTextCodec::codecForName("UTF-8")->toUnicode(raw.constData(), raw.size(), &state);
+    QString text = QTextCodec::codecForName("UTF-8")->toUnicode(raw.constData(), raw.size(), &state);
     if (state.invalidChars == 0 && state.remainingChars == 0)
         return text;
     return QTextCodec::codecForName("windows-1252")->toUnicode(raw);

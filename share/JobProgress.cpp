@@ -16,6 +16,7 @@ JobProgress::JobProgress(QWidget* parent, const QString& what)
 {
     m_clock.start();
     ++s_running;
+    ++s_serial;
 }
 
 JobProgress::~JobProgress()

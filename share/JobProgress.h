@@ -33,6 +33,8 @@ public:
 
     // True while any job runs in the program.
     static bool isRunning() noexcept { return s_running > 0; }
+    // The number of the job that was begun last: tells one calculation from the next.
+    static std::uint64_t serial() noexcept { return s_serial; }
 
 private:
     void show();
@@ -44,4 +46,5 @@ private:
     qint64 m_nextLook = 0;  // milliseconds
     bool m_cancelled = false;
     inline static int s_running = 0;
+    inline static std::uint64_t s_serial = 0;
 };

@@ -18,6 +18,16 @@ std::optional<double> numberOf(const QString& text)
     return number;
 }
 
+void markField(QWidget& field, bool good)
+{
+    QPalette colours;
+    if (!good) {
+        colours.setColor(QPalette::Base, QColor(0xF8, 0xC8, 0xC4));
+        colours.setColor(QPalette::Text, QColor(0x60, 0x00, 0x00));
+    }
+    field.setPalette(colours);
+}
+
 NumberField::NumberField(const QString& text, QWidget* parent) : QLineEdit(text, parent)
 {
     connect(this, &QLineEdit::textChanged, this, [this] { validate(); });
@@ -62,12 +72,7 @@ void NumberField::validate()
     else
         m_reason = m_check ? m_check(*parsed) : QString();
 
-    QPalette colours;
-    if (!m_reason.isEmpty()) {
-        colours.setColor(QPalette::Base, QColor(0xF8, 0xC8, 0xC4));
-        colours.setColor(QPalette::Text, QColor(0x60, 0x00, 0x00));
-    }
-    setPalette(colours);
+    markField(*this, m_reason.isEmpty());
     if (m_reasonLabel != nullptr)
         m_reasonLabel->setText(m_reason);
     emit x_validated(m_reason.isEmpty());

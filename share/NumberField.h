@@ -12,6 +12,9 @@ class QLabel;
 // anything else are none.
 std::optional<double> numberOf(const QString& text);
 
+// Reddens a field whose text is wrong, and gives a good one its own colours back.
+void markField(QWidget& field, bool good);
+
 class NumberField : public QLineEdit
 {
     Q_OBJECT

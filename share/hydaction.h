@@ -16,5 +16,5 @@ public:
               const QString& whatsThis = QString());
 };
 
-// A what's-this text: an HTML paragraph that begins with the action's image.
+// A what's-this text: an HTML paragraph that begins with the action's image, if it has one.
 QString whatsThisText(const QString& image, const QString& text);

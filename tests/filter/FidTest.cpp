@@ -427,7 +427,7 @@ TEST(FidDesign, anyTextAndAnyRateComeToAnEnd)
             spec = pick(heads);
         if (const std::size_t order = spec.find('#'); order != std::string::npos)
             spec.replace(order, 1, std::to_string(random() % 12));
-        for (unsigned n = random() % 7; n > 0; --n)
+        for (auto n = random() % 7; n > 0; --n)
             spec += pick(pieces);
         g_reports.clear();
         const double rate = i % 4 ? 1.0 : pick(rates);

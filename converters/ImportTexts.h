@@ -1,0 +1,30 @@
+// What all text imports say and ask in the same words.
+#pragma once
+
+#include <QString>
+
+#include <cstdint>
+#include <filesystem>
+
+class QWidget;
+
+// A file name between the screen and the system.
+std::filesystem::path pathOf(const QString& file);
+QString shown(const std::string& file);
+
+// "1 000 000"
+QString grouped(std::uint64_t n);
+// "0.3 s", "12 min", "30.4 d"
+QString durationText(double seconds);
+// "0.8 MB"
+QString sizeText(std::uint64_t bytes);
+
+// Asks the overwrite question; true where the user gives the old file up.
+bool askOverwrite(QWidget* parent, const QString& file);
+
+// True where `file` may be made: it is not there, or no window has it open for writing and the user gives
+// it up. Says why where a window has it.
+bool clearTarget(QWidget* parent, const QString& file);
+
+// What went wrong, of the exception in flight.
+QString reasonOfFailure();

@@ -1,0 +1,40 @@
+// What a pass over a smart tool log has found, and what becomes of it.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <vector>
+
+#include "converters/STLRows.h"
+
+struct STLCheck
+{
+    std::uint64_t rows = 0;          // with a readable time
+    std::uint64_t skippedLines = 0;  // without one
+    std::uint64_t missingCells = 0;
+    std::uint64_t troubledRows = 0;
+    std::uint64_t troubleCount = 0;
+    std::vector<STLTrouble> troubles;  // the first thousand
+
+    // Steps between rows, in seconds; 0 for fewer than two rows.
+    double leastStep = 0.0;
+    double greatestStep = 0.0;
+    double typicalStep = 0.0;
+    bool equalSteps = false;
+    std::uint64_t gaps = 0;  // steps of more than one and a half typical ones
+    double longestGap = 0.0;
+    double span = 0.0;  // from the first row to the last
+    Micros firstWall = 0;
+    double firstSeconds = 0.0;
+    std::map<std::size_t, STLTexts> texts;
+
+    // What becomes of it.
+    STLTimeResult timeResult = STLTimeResult::Constant;
+    std::uint32_t samples = 0;
+    std::uint32_t columns = 0;      // time columns included
+    std::uint32_t timeColumns = 0;  // 0, 1 ("Time") or 2 ("Time32" too)
+    bool resampled = false;
+    float dt = 1.0F;
+    std::uint32_t startSeconds = 0;
+    float startTime = 0.0F;
+};

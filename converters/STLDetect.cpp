@@ -1,0 +1,180 @@
+#include "converters/STLDetect.h"
+
+#include <algorithm>
+#include <map>
+
+#include "converters/STLGuess.h"
+#include "converters/STLSample.h"
+
+namespace {
+
+constexpr std::size_t kMostColumns = 4096;
+constexpr double kSingleCellFactor = 0.7;
+constexpr double kCloseSecond = 0.9;
+constexpr char kSeparators[] = {'\t', ';', '|', ',', ' '};
+constexpr char kGroupings[] = {0, '.', ',', ' ', '\''};
+
+bool startsWithRemark(std::string_view line, char separator)
+{
+    const std::size_t at = line.find_first_not_of(" \t");
+    const std::string_view text = at == std::string_view::npos ? std::string_view() : line.substr(at);
+    return text.starts_with('#') || text.starts_with('%') || text.starts_with("//") ||
+           (separator != ';' && text.starts_with(';'));
+}
+
+struct Reading
+{
+    char separator;
+    char decimal;
+    char grouping = 0;
+    std::size_t cells = 0;  // the count that scores best
+    double score = 0.0;
+};
+
+double worth(STLKind kind)
+{
+    return kind == STLKind::Text ? 0.0 : kind == STLKind::Missing ? 0.5 : 1.0;
+}
+
+Reading scored(const STLSample& sample, char separator, char decimal, char grouping = 0)
+{
+    STLCells cells;
+    cells.separator = separator;
+    cells.decimal = decimal;
+    cells.grouping = grouping;
+    struct Lines
+    {
+        std::size_t count = 0;
+        double worth = 0.0;
+    };
+    std::map<std::size_t, Lines> byCount;
+    std::vector<std::string_view> line;
+    std::size_t looked = 0;
+    for (const STLLine& text : sample.lines) {
+        if (startsWithRemark(text.text, separator))
+            continue;
+        ++looked;
+        // A separator at the end of a line makes no cell of its own.
+        if (splitCells(text.text, separator, line) > 1 && line.back().empty())
+            line.pop_back();
+        Lines& lines = byCount[line.size()];
+        ++lines.count;
+        for (const std::string_view cell : line)
+            lines.worth += worth(readToken(cell, cells).kind);
+    }
+    Reading reading{separator, decimal, grouping};
+    for (const auto& [count, lines] : byCount) {
+        if (count == 0)
+            continue;
+        const double typed = lines.worth / static_cast<double>(lines.count * count);
+        const double score = static_cast<double>(lines.count) / static_cast<double>(looked) * typed *
+                             (count == 1 ? kSingleCellFactor : 1.0);
+        if (score > reading.score) {
+            reading.score = score;
+            reading.cells = count;
+        }
+    }
+    return reading;
+}
+
+std::vector<Reading> allReadings(const STLSample& sample)
+{
+    std::vector<Reading> readings;
+    for (const char grouping : kGroupings)
+        for (const char separator : kSeparators)
+            for (const char decimal : {'.', ','})
+                if (separator != decimal && (grouping == 0 || (grouping != decimal && grouping != separator)))
+                    readings.push_back(scored(sample, separator, decimal, grouping));
+    // The earlier one wins a tie, so digits are grouped only where that explains more.
+    std::stable_sort(readings.begin(), readings.end(),
+                     [](const Reading& a, const Reading& b) { return a.score > b.score; });
+    return readings;
+}
+
+std::string noLineOfNumbers(const std::filesystem::path& file)
+{
+    return "No line of numbers was found in " + file.filename().string() + ".";
+}
+
+STLFormat formatOf(const std::filesystem::path& file, const STLSample& sample, const Reading& reading)
+{
+    STLFormat format;
+    format.cells.separator = reading.separator;
+    format.cells.decimal = reading.decimal;
+    format.cells.grouping = reading.grouping;
+    if (reading.score <= 0.0)
+        throw STLError(noLineOfNumbers(file));
+    if (reading.cells > kMostColumns)
+        throw STLError("The lines hold " + std::to_string(reading.cells) + " cells; at most " +
+                       std::to_string(kMostColumns) + " columns can be imported.");
+    for (const STLLine& line : sample.lines)
+        if (!isUtf8(line.text))
+            format.encoding = STLEncoding::Windows1252;
+
+    const std::vector<STLRow> all = rowsOf(sample.lines, format, reading.cells);
+    const std::vector<STLKind> kinds = kindsOf(all, reading.cells);
+    const std::vector<STLRow> head = rowsOf(sample.head, format, reading.cells);
+    const std::size_t firstData = firstDataRow(head, kinds);
+    if (firstData == head.size())
+        throw STLError(noLineOfNumbers(file));
+
+    for (const STLKind kind : kinds)
+        format.columns.emplace_back().kind = kind;
+    format.firstDataLine = head[firstData].line->number;
+    guessNames(format, head, firstData);
+    std::vector<STLRow> data;
+    for (const STLRow& row : all)
+        if (row.line->number == 0 || row.line->number >= format.firstDataLine)
+            data.push_back(row);
+    guessHead(format, sample);
+    guessTime(format, data);
+    return format;
+}
+
+}  // namespace
+
+STLFormat detectFormat(const std::filesystem::path& file)
+{
+    const STLSample sample = readSample(file);
+    const std::vector<Reading> readings = allReadings(sample);
+    STLFormat format = formatOf(file, sample, readings[0]);
+    const auto second = std::find_if(readings.begin() + 1, readings.end(), [&](const Reading& r) {
+        const bool oneWithComma =
+            r.cells == 1 && r.decimal == ',' && r.score > kCloseSecond * kSingleCellFactor;
+        return r.grouping == 0 && r.cells != readings[0].cells &&
+               (r.score > kCloseSecond * readings[0].score || oneWithComma);
+    });
+    if (second != readings.end()) {
+        format.otherSeparator = second->separator;
+        format.otherDecimal = second->decimal;
+    }
+    return format;
+}
+
+STLFormat detectFormat(const std::filesystem::path& file, char separator, char decimal)
+{
+    const STLSample sample = readSample(file);
+    return formatOf(file, sample, scored(sample, separator, decimal));
+}
+
+void takeNames(const std::filesystem::path& file, STLFormat& format)
+{
+    const STLSample sample = readSample(file);
+    for (STLColumn& column : format.columns) {
+        column.name.clear();
+        column.unit.clear();
+    }
+    std::vector<std::string_view> cells;
+    for (const STLLine& line : sample.head) {
+        if (line.number != format.namesLine && line.number != format.unitsLine)
+            continue;
+        splitCells(line.text, format.cells.separator, cells);
+        cells.resize(format.columns.size());
+        for (std::size_t c = 0; c < cells.size(); ++c) {
+            STLColumn& column = format.columns[c];
+            (line.number == format.namesLine ? column.name : column.unit) =
+                decoded(cells[c], format.encoding);
+        }
+    }
+    splitUnits(format);
+}

@@ -1,0 +1,96 @@
+// How a smart tool log is read and what becomes of it: found by detection, changed by the user.
+//
+// Texts are the file's bytes made UTF-8. Lines count from 1, columns from 0.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "converters/STLToken.h"
+#include "converters/TimeStamps.h"
+
+// What keeps a file from being imported, in words for the user.
+class STLError : public std::runtime_error
+{
+public:
+    using std::runtime_error::runtime_error;
+};
+
+enum class STLEncoding { Utf8, Windows1252 };
+
+// Where the time of a row comes from.
+enum class STLTimeSource {
+    Typed,           // the start and step that the user typed, or that the file's head names
+    Stamp,           // one column of dates or stamps
+    DateAndTime,     // a column of dates and one of times
+    ElapsedTime,     // a column of hours:minutes:seconds since the start
+    ElapsedSeconds,  // a column of seconds since the start
+    UnixSeconds,
+    UnixMilliseconds
+};
+
+// What it becomes in the ts-file.
+enum class STLTimeResult {
+    Constant,        // equal steps: a sample time
+    TimeColumn,      // "Time"
+    TimeTwoColumns,  // "Time" with "Time32": whole seconds apart from their fractions
+    Resampled        // values interpolated at equal steps, gaps missing
+};
+
+enum class STLFill { NaN, Zero, Previous, Interpolated };
+
+struct STLColumn
+{
+    STLKind kind = STLKind::Number;
+    bool take = true;
+    bool numberTexts = false;  // a column of texts becomes 1, 2, …, in the order in which they come
+    std::string name;          // as the file has it
+    std::string unit;
+    // The user's own words; without them they follow from the two above.
+    std::string label;
+    std::string description;
+};
+
+struct STLFormat
+{
+    STLEncoding encoding = STLEncoding::Utf8;
+    STLCells cells;
+    std::vector<std::string> remarks = {"#", "%", "//", ";"};  // ";" only where it is not the separator
+    std::uint64_t firstDataLine = 1;
+    std::uint64_t namesLine = 0;  // 0: none
+    std::uint64_t unitsLine = 0;
+    std::vector<STLColumn> columns;
+    // What the file's head says, key and value as they stand.
+    std::vector<std::pair<std::string, std::string>> head;
+
+    STLTimeSource timeSource = STLTimeSource::Typed;
+    int timeColumn = -1;  // the stamp's, the time's or the seconds' column
+    int dateColumn = -1;
+    DateOrder order = DateOrder::DayMonth;
+    bool orderInDoubt = false;  // no date tells; the user is asked to check
+    bool greenwich = false;     // stamps carry a zone, or the user says that they are UTC
+    Micros typedStart = 0;      // wall clock; 0 for none
+    double typedStep = 1.0;     // seconds
+
+    std::optional<STLTimeResult> timeResult;  // the user's choice; without it the check chooses
+    double resampleStep = 0.0;                // seconds; 0 for the typical step
+    STLFill fill = STLFill::NaN;
+    std::string description;
+    std::uint64_t fromRow = 1;  // of the data rows
+    std::uint64_t toRow = 0;    // 0: the last
+    std::uint32_t everyNth = 1;
+
+    // A second reading that scored nearly as well, or 0: its separator and decimal.
+    char otherSeparator = 0;
+    char otherDecimal = 0;
+};
+
+// A line's leading remark sign, where it is one.
+bool isRemark(std::string_view line, const STLFormat& format);
+
+// Text of the file as UTF-8.
+std::string decoded(std::string_view bytes, STLEncoding encoding);

@@ -1,0 +1,57 @@
+// A smart tool log on its way to a ts-file: detect how it is written, check what it holds, write it.
+//
+// The file is read twice, line by line; memory does not grow with it.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "converters/STLCheck.h"
+#include "converters/STLDetect.h"
+#include "core/Progress.h"
+#include "core/TSFILE.h"
+
+class STLObject
+{
+public:
+    explicit STLObject(std::filesystem::path file);
+
+    const std::filesystem::path& file() const { return m_file; }
+    // What detection found and the user changed.
+    STLFormat& format() { return m_format; }
+    const STLFormat& format() const { return m_format; }
+
+    // Throws STLError and std::system_error.
+    void detect();
+    void detect(char separator, char decimal);
+
+    // The first pass. Throws STLError where nothing can come of it (no rows, no columns, 2 GiB or more),
+    // std::system_error.
+    JobOutcome check(const Progress& progress);
+    const STLCheck& found() const { return m_found; }
+
+    // The second pass, after a check: writes header and rows into a file of found().samples and
+    // found().columns. Throws STLError where the file has changed meanwhile, the TS exceptions,
+    // std::system_error.
+    JobOutcome write(TSFILE& target, const Progress& progress);
+
+    // Names that the taken columns get: at most 11 bytes, each one once, none that means time.
+    std::vector<std::string> columnNames() const;
+    // Description of a column: its whole name and its unit in brackets, or what its numbers mean.
+    std::string columnDescription(std::size_t column) const;
+
+private:
+    JobOutcome readThrough(const Progress& progress, bool& wrongOrder);
+    void settleResult();
+    void settleStart();
+    void writeHeader(TSFILE& target) const;
+
+    std::filesystem::path m_file;
+    STLFormat m_format;
+    STLCheck m_found;
+};
+
+// Writes the whole result beside `target` and puts it in its place when it is complete. The old target is
+// untouched where the job fails or is cancelled.
+JobOutcome importSTL(STLObject& log, const std::filesystem::path& target, const Progress& progress);

@@ -1,0 +1,225 @@
+#include "converters/STLRows.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+
+namespace {
+
+constexpr std::size_t kLongestLine = 1U << 20;
+constexpr std::size_t kLongestQuote = 40;
+constexpr std::size_t kMostTexts = 10000;
+constexpr float kMissing = std::numeric_limits<float>::quiet_NaN();
+
+// How fine a written time is: its last digit, or the minute where it has no seconds.
+double resolutionOf(const TimeOfDay& time)
+{
+    static constexpr std::array<double, 7> kFine = {1.0, 1e-1, 1e-2, 1e-3, 1e-4, 1e-5, 1e-6};
+    return time.hasSeconds ? kFine[static_cast<std::size_t>(std::min(time.fractionDigits, 6))] : 60.0;
+}
+
+}  // namespace
+
+STLRows::STLRows(const std::filesystem::path& file, const STLFormat& format)
+    : m_format(format), m_reader(file, kLongestLine)
+{
+    for (std::size_t c = 0; c < format.columns.size(); ++c)
+        if (format.columns[c].take)
+            m_taken.push_back(c);
+    m_values.resize(m_taken.size());
+}
+
+bool STLRows::next()
+{
+    m_troubles.clear();
+    if (!nextLine())
+        return false;
+    m_hasRow = readCells() && readTime();
+    if (m_hasRow)
+        readValues();
+    // Without a time of its own, a line without any number is no row.
+    if (m_hasRow && m_format.timeSource == STLTimeSource::Typed && !m_troubles.empty() &&
+        m_missing == m_values.size())
+        m_hasRow = false;
+    if (!m_hasRow)
+        ++m_skipped;
+    return true;
+}
+
+// Goes to the next line that is neither empty nor a remark.
+bool STLRows::nextLine()
+{
+    while (m_reader.next()) {
+        ++m_lineNumber;
+        const std::string_view line = m_reader.text();
+        if (m_lineNumber >= m_format.firstDataLine &&
+            line.find_first_not_of(" \t\r") != std::string_view::npos && !isRemark(line, m_format))
+            return true;
+    }
+    return false;
+}
+
+bool STLRows::readCells()
+{
+    const std::string_view line = m_reader.text();
+    if (m_reader.isCut()) {
+        note(STLProblem::LineTooLong, -1, line);
+        return false;
+    }
+    const std::size_t columns = m_format.columns.size();
+    splitCells(line, m_format.cells.separator, m_cells);
+    if (m_cells.size() < columns) {
+        note(STLProblem::TooFewCells, -1, line);
+        m_cells.resize(columns);
+    } else if (m_cells.size() > columns && !(m_cells.size() == columns + 1 && m_cells.back().empty())) {
+        // A separator at the end of the line is no cell too many.
+        note(STLProblem::TooManyCells, -1, line);
+    }
+    return true;
+}
+
+// -- Time --
+
+bool STLRows::readTime()
+{
+    if (m_format.timeSource == STLTimeSource::Typed)
+        return true;
+    const std::optional<double> seconds = rowSeconds();
+    if (!seconds) {
+        const int column = m_format.dateColumn >= 0 ? m_format.dateColumn : m_format.timeColumn;
+        note(STLProblem::UnreadableStamp, column, m_cells[static_cast<std::size_t>(column)]);
+        return false;
+    }
+    m_seconds = *seconds;
+    m_hasFirst = true;
+    return true;
+}
+
+std::optional<double> STLRows::rowSeconds()
+{
+    const std::string_view cell = m_cells[static_cast<std::size_t>(m_format.timeColumn)];
+    switch (m_format.timeSource) {
+        case STLTimeSource::Stamp: {
+            const std::size_t end = std::min(cell.find_first_of(" T_"), cell.size());
+            const std::optional<Micros> day = dateAt(cell.substr(0, end));
+            if (!day || end == cell.size())
+                return sinceFirst(day);
+            std::string_view rest = cell.substr(end + 1);
+            rest.remove_prefix(std::min(rest.find_first_not_of(' '), rest.size()));
+            const auto time = takeTime(rest);
+            const auto zone = takeZone(rest);
+            if (!time || !rest.empty())
+                return std::nullopt;
+            m_resolution = resolutionOf(*time);
+            return sinceFirst(*day + time->micros - Micros{zone.value_or(0)} * 60 * kMicrosPerSecond);
+        }
+        case STLTimeSource::DateAndTime: {
+            const auto day = dateAt(m_cells[static_cast<std::size_t>(m_format.dateColumn)]);
+            const auto time = ::readTime(cell);
+            if (!day || !time)
+                return std::nullopt;
+            m_resolution = resolutionOf(*time);
+            return sinceFirst(*day + time->micros);
+        }
+        case STLTimeSource::ElapsedTime: {
+            const auto time = ::readTime(cell);
+            if (!time)
+                return std::nullopt;
+            m_resolution = resolutionOf(*time);
+            // A time of day begins anew at midnight; hours that go on above 24 never step back.
+            if (m_hasFirst && time->micros < kMicrosPerDay && time->micros + kMicrosPerDay / 2 < m_lastTime)
+                m_days += kMicrosPerDay;
+            m_lastTime = time->micros;
+            return sinceFirst(time->micros + m_days);
+        }
+        default: {
+            auto number = readNumber(cell, m_format.cells);
+            if (!number)
+                return std::nullopt;
+            const double seconds =
+                m_format.timeSource == STLTimeSource::UnixMilliseconds ? *number / 1000.0 : *number;
+            if (!m_hasFirst) {
+                m_firstSeconds = seconds;
+                if (m_format.timeSource != STLTimeSource::ElapsedSeconds)
+                    m_firstWall = static_cast<Micros>(std::llround(seconds * kMicrosPerSecond));
+            }
+            return seconds - m_firstSeconds;
+        }
+    }
+}
+
+std::optional<double> STLRows::sinceFirst(std::optional<Micros> wall)
+{
+    if (!wall)
+        return std::nullopt;
+    if (!m_hasFirst) {
+        m_firstWall = *wall;
+        m_firstSeconds = static_cast<double>(*wall) / kMicrosPerSecond;
+    }
+    return static_cast<double>(*wall - m_firstWall) / kMicrosPerSecond;
+}
+
+std::optional<Micros> STLRows::dateAt(std::string_view text)
+{
+    if (text == m_lastDate && !text.empty())
+        return m_lastMidnight;
+    const auto date = readDate(text);
+    const auto day = date ? midnight(*date, m_format.order) : std::nullopt;
+    if (date && !date->yearFirst && !date->dayFirst) {
+        const DateOrder other =
+            m_format.order == DateOrder::DayMonth ? DateOrder::MonthDay : DateOrder::DayMonth;
+        const bool readsOtherwise = midnight(*date, other).has_value();
+        m_contradictsOrder = m_contradictsOrder || (!day && readsOtherwise);
+        m_provesOrder = m_provesOrder || (day && !readsOtherwise);
+    }
+    if (day) {
+        m_lastDate = text;
+        m_lastMidnight = *day;
+    }
+    return day;
+}
+
+// -- Values --
+
+void STLRows::readValues()
+{
+    m_missing = 0;
+    for (std::size_t i = 0; i < m_taken.size(); ++i)
+        m_values[i] = valueOf(m_taken[i], m_cells[m_taken[i]]);
+}
+
+float STLRows::valueOf(std::size_t column, std::string_view cell)
+{
+    const STLColumn& wanted = m_format.columns[column];
+    if (!wanted.numberTexts) {
+        if (const auto number = readNumber(cell, m_format.cells))
+            return static_cast<float>(*number);
+        if (wanted.kind == STLKind::Time)
+            if (const auto time = ::readTime(cell))
+                return static_cast<float>(static_cast<double>(time->micros) / kMicrosPerSecond);
+    }
+    if (isMissing(cell, m_format.cells)) {
+        ++m_missing;
+        return kMissing;
+    }
+    if (wanted.numberTexts) {
+        STLTexts& texts = m_texts[column];
+        if (const auto known = texts.find(cell); known != texts.end())
+            return static_cast<float>(known->second);
+        if (texts.size() < kMostTexts) {
+            const int number = static_cast<int>(texts.size()) + 1;
+            texts.emplace(cell, number);
+            return static_cast<float>(number);
+        }
+    }
+    ++m_missing;
+    note(STLProblem::NotANumber, static_cast<int>(column), cell);
+    return kMissing;
+}
+
+void STLRows::note(STLProblem problem, int column, std::string_view text)
+{
+    m_troubles.push_back(
+        {m_lineNumber, column, problem, decoded(text.substr(0, kLongestQuote), m_format.encoding)});
+}

@@ -1,0 +1,97 @@
+// The data rows of a smart tool log, one after the other: values, time and what was not understood.
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "converters/STLFormat.h"
+#include "core/LineReader.h"
+
+enum class STLProblem { NotANumber, TooFewCells, TooManyCells, UnreadableStamp, LineTooLong };
+
+struct STLTrouble
+{
+    std::uint64_t line;
+    int column;  // from 0; -1 for the whole line
+    STLProblem problem;
+    std::string text;  // what stands there, cut
+};
+
+// Texts of a column that is numbered, in the order in which they come.
+using STLTexts = std::map<std::string, int, std::less<>>;
+
+class STLRows
+{
+public:
+    // Borrows the format. Throws std::system_error where the file cannot be opened.
+    STLRows(const std::filesystem::path& file, const STLFormat& format);
+
+    // Goes to the next line that may be a row; false at the end.
+    bool next();
+    // Whether it is one, with a readable time.
+    bool hasRow() const { return m_hasRow; }
+
+    // Of the present row: a value for each taken column (NaN where it is missing), and its time in seconds
+    // since the first row; 0 where the rows carry none.
+    const std::vector<float>& values() const { return m_values; }
+    double seconds() const { return m_seconds; }
+    std::uint64_t line() const { return m_lineNumber; }
+    std::size_t missing() const { return m_missing; }
+    // What was not understood in the present line.
+    const std::vector<STLTrouble>& troubles() const { return m_troubles; }
+
+    // Lines that are no row although data stand there.
+    std::uint64_t skipped() const { return m_skipped; }
+    // The first row's place on the wall clock, or its number of seconds (elapsed times).
+    Micros firstWall() const { return m_firstWall; }
+    double firstSeconds() const { return m_firstSeconds; }
+    // True where a date cannot be read in the format's order of day and month, but in the other one; and
+    // where one can be read in the format's order alone.
+    bool contradictsOrder() const { return m_contradictsOrder; }
+    bool provesOrder() const { return m_provesOrder; }
+    // How fine the rows tell their time, in seconds; 0 where nothing is rounded.
+    double resolution() const { return m_resolution; }
+    // Of the columns whose texts are numbered, by column.
+    const std::map<std::size_t, STLTexts>& texts() const { return m_texts; }
+
+    std::uint64_t position() const { return m_reader.position(); }
+    std::uint64_t fileBytes() const { return m_reader.fileBytes(); }
+
+private:
+    bool nextLine();
+    bool readCells();
+    bool readTime();
+    std::optional<double> rowSeconds();
+    std::optional<double> sinceFirst(std::optional<Micros> wall);
+    std::optional<Micros> dateAt(std::string_view text);
+    void readValues();
+    float valueOf(std::size_t column, std::string_view cell);
+    void note(STLProblem problem, int column, std::string_view text);
+
+    const STLFormat& m_format;
+    LineReader m_reader;
+    std::uint64_t m_lineNumber = 0;
+    std::vector<std::size_t> m_taken;  // columns
+    std::vector<std::string_view> m_cells;
+    std::vector<float> m_values;
+    std::size_t m_missing = 0;
+    std::vector<STLTrouble> m_troubles;
+    std::uint64_t m_skipped = 0;
+
+    bool m_hasRow = false;
+    bool m_contradictsOrder = false;
+    bool m_provesOrder = false;
+    Micros m_days = 0;  // midnights that times of day have passed
+    Micros m_lastTime = 0;
+    double m_seconds = 0.0;
+    bool m_hasFirst = false;
+    Micros m_firstWall = 0;
+    double m_firstSeconds = 0.0;
+    double m_resolution = 0.0;
+    // Most rows bear the date of the row before.
+    std::string m_lastDate;
+    Micros m_lastMidnight = 0;
+    std::map<std::size_t, STLTexts> m_texts;
+};

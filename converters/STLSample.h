@@ -1,0 +1,43 @@
+// What detection looks at of a smart tool log: lines from its start, its middle and its end.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "converters/STLFormat.h"
+
+struct STLLine
+{
+    std::string text;
+    std::uint64_t number = 0;  // 0 where it is not known
+};
+
+struct STLSample
+{
+    std::vector<STLLine> head;   // the first lines, empty ones included
+    std::vector<STLLine> lines;  // non-empty lines from start, middle and end
+};
+
+// A line cut into cells; borrows the line.
+struct STLRow
+{
+    const STLLine* line;
+    std::vector<STLToken> cells;
+};
+
+// Throws STLError where the file holds no text, std::system_error where it cannot be read.
+STLSample readSample(const std::filesystem::path& file);
+
+bool isEmptyLine(std::string_view line);
+bool isUtf8(std::string_view text);
+
+// The lines that have this many cells and are neither empty nor remarks.
+std::vector<STLRow> rowsOf(const std::vector<STLLine>& lines, const STLFormat& format, std::size_t count);
+
+// What most cells of each column are; missing ones only where nothing else is there.
+std::vector<STLKind> kindsOf(const std::vector<STLRow>& rows, std::size_t count);
+
+// The index of the row from which five in a row (or all that follow) look like data; rows.size() where none
+// do.
+std::size_t firstDataRow(const std::vector<STLRow>& rows, const std::vector<STLKind>& kinds);

@@ -1,0 +1,175 @@
+#include "converters/STLToken.h"
+
+#include <algorithm>
+#include <array>
+
+#include "converters/TimeStamps.h"
+#include "core/TextNumbers.h"
+
+namespace {
+
+constexpr std::size_t kLongestNumber = 64;
+
+bool isBlank(char c)
+{
+    return c == ' ' || c == '\t';
+}
+
+bool isDigit(char c)
+{
+    return c >= '0' && c <= '9';
+}
+
+std::string_view withoutTail(std::string_view cell)
+{
+    while (!cell.empty() && (isBlank(cell.back()) || cell.back() == '\r'))
+        cell.remove_suffix(1);
+    return cell;
+}
+
+std::string_view trimmed(std::string_view cell)
+{
+    while (!cell.empty() && isBlank(cell.front()))
+        cell.remove_prefix(1);
+    return withoutTail(cell);
+}
+
+// AM and PM belong to the time before them, although a blank stands between.
+bool isHalfOfDay(std::string_view cell, std::string_view before)
+{
+    return cell.size() == 2 && ((cell[0] | 0x20) == 'a' || (cell[0] | 0x20) == 'p') &&
+           (cell[1] | 0x20) == 'm' && before.find(':') != std::string_view::npos;
+}
+
+void splitAtBlanks(std::string_view line, std::vector<std::string_view>& out)
+{
+    std::size_t i = 0;
+    while (true) {
+        while (i < line.size() && isBlank(line[i]))
+            ++i;
+        if (i == line.size())
+            return;
+        const bool quoted = line[i] == '"' && line.find('"', i + 1) != std::string_view::npos;
+        const std::size_t end =
+            quoted ? line.find('"', i + 1) : std::min(line.find_first_of(" \t", i), line.size());
+        const std::string_view cell = quoted ? line.substr(i + 1, end - i - 1) : line.substr(i, end - i);
+        if (!out.empty() && isHalfOfDay(cell, out.back()))
+            out.back() = {out.back().data(), static_cast<std::size_t>(cell.data() + 2 - out.back().data())};
+        else
+            out.push_back(cell);
+        i = quoted ? end + 1 : end;
+    }
+}
+
+// A cell in quotes: separators inside it are text. Returns where it ends.
+const char* takeQuoted(const char* from, const char* end, char separator, std::vector<std::string_view>& out)
+{
+    const char* const close = std::find(from + 1, end, '"');
+    const char* const stop = std::find(close, end, separator);
+    std::string_view cell = withoutTail({from, static_cast<std::size_t>(stop - from)});
+    if (cell.size() >= 2 && cell.back() == '"')
+        cell = trimmed(cell.substr(1, cell.size() - 2));
+    out.push_back(cell);
+    return stop;
+}
+
+// A number without its grouping signs; nothing where they do not stand before each three digits.
+std::optional<std::string_view> ungrouped(std::string_view cell, const STLCells& cells,
+                                          std::array<char, kLongestNumber>& buffer)
+{
+    std::size_t count = 0;
+    std::size_t digits = 0;
+    std::size_t groups = 0;
+    std::size_t i = 0;
+    for (; i < cell.size() && cell[i] != cells.decimal && cell[i] != 'e' && cell[i] != 'E'; ++i) {
+        if (cell[i] == cells.grouping) {
+            if (groups++ == 0 ? digits < 1 || digits > 3 : digits != 3)
+                return std::nullopt;
+            digits = 0;
+            continue;
+        }
+        digits += isDigit(cell[i]) ? 1 : 0;
+        if (count == buffer.size())
+            return std::nullopt;
+        buffer[count++] = cell[i];
+    }
+    if ((groups > 0 && digits != 3) || cell.size() - i > buffer.size() - count)
+        return std::nullopt;
+    count += cell.copy(buffer.data() + count, cell.size() - i, i);
+    return std::string_view(buffer.data(), count);
+}
+
+}  // namespace
+
+std::size_t splitCells(std::string_view line, char separator, std::vector<std::string_view>& out)
+{
+    out.clear();
+    if (!line.empty() && line.back() == '\r')
+        line.remove_suffix(1);
+    if (separator == ' ') {
+        splitAtBlanks(line, out);
+        return out.size();
+    }
+    const char* const end = line.data() + line.size();
+    for (const char* from = line.data();;) {
+        while (from != end && isBlank(*from) && *from != separator)
+            ++from;
+        if (from != end && *from == '"') {
+            from = takeQuoted(from, end, separator, out);
+        } else {
+            const char* const stop = std::find(from, end, separator);
+            out.push_back(withoutTail({from, static_cast<std::size_t>(stop - from)}));
+            from = stop;
+        }
+        if (from == end)
+            break;
+        ++from;
+    }
+    return out.size();
+}
+
+std::optional<double> readNumber(std::string_view cell, const STLCells& cells)
+{
+    const bool sign = !cell.empty() && (cell.front() == '+' || cell.front() == '-');
+    const std::string_view digits = sign ? cell.substr(1) : cell;
+    if (digits.empty() || !(isDigit(digits.front()) || digits.front() == cells.decimal))
+        return std::nullopt;
+
+    std::array<char, kLongestNumber> buffer;
+    if (cells.grouping != 0 && cell.find(cells.grouping) != std::string_view::npos) {
+        const std::optional<std::string_view> plain = ungrouped(cell, cells, buffer);
+        if (!plain)
+            return std::nullopt;
+        cell = *plain;
+    }
+    const char* const last = cell.data() + cell.size();
+    const ParsedNumber number =
+        parseNumber(cell.data(), last, cells.decimal == ',' ? DecimalMark::Comma : DecimalMark::Point);
+    return number.end == last ? std::optional(number.value) : std::nullopt;
+}
+
+bool isMissing(std::string_view cell, const STLCells& cells)
+{
+    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; };
+    return cell.empty() ||
+           std::any_of(cells.missing.begin(), cells.missing.end(), [&](const std::string& marker) {
+               return marker.size() == cell.size() &&
+                      std::equal(cell.begin(), cell.end(), marker.begin(),
+                                 [&](char a, char b) { return lower(a) == lower(b); });
+           });
+}
+
+STLToken readToken(std::string_view cell, const STLCells& cells)
+{
+    if (const auto number = readNumber(cell, cells))
+        return {STLKind::Number, cell, *number};
+    if (isMissing(cell, cells))
+        return {STLKind::Missing, cell, 0.0};
+    if (!isDigit(cell.front()))
+        return {STLKind::Text, cell, 0.0};
+    if (readTime(cell))
+        return {STLKind::Time, cell, 0.0};
+    if (const auto stamp = readStamp(cell))
+        return {stamp->time ? STLKind::Stamp : STLKind::Date, cell, 0.0};
+    return {STLKind::Text, cell, 0.0};
+}

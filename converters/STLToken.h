@@ -1,0 +1,41 @@
+// A cell of a smart tool log: what kind of thing stands there, and what it says.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+enum class STLKind { Missing, Number, Date, Time, Stamp, Text };
+inline constexpr int kSTLKinds = 6;
+
+// How cells are told apart and numbers read.
+struct STLCells
+{
+    char separator = '\t';  // ' ' stands for any run of blanks and tabs
+    char decimal = '.';     // or ','
+    char grouping = 0;      // between thousands: ',', '.', '\'', ' ', or 0 for none
+    // Compared without case; an empty cell is missing anyway.
+    std::vector<std::string> missing = {"-",    "--",   "---", "nan",  "na",  "n/a",
+                                        "null", "none", "ol",  "over", "err", "*"};
+};
+
+// Text is a view into the line: valid as long as that is.
+struct STLToken
+{
+    STLKind kind = STLKind::Missing;
+    std::string_view text;
+    double value = 0.0;  // of a number
+};
+
+// Cuts a line at its separators; cells come without the blanks around them, and without their quotes. `out`
+// is cleared first. Returns the number of cells.
+std::size_t splitCells(std::string_view line, char separator, std::vector<std::string_view>& out);
+
+// A number: [sign] digits [decimal digits] [e [sign] digits], and nothing behind it.
+std::optional<double> readNumber(std::string_view cell, const STLCells& cells);
+
+bool isMissing(std::string_view cell, const STLCells& cells);
+
+// What stands in a cell.
+STLToken readToken(std::string_view cell, const STLCells& cells);

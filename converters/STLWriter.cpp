@@ -1,0 +1,129 @@
+#include "converters/STLWriter.h"
+
+#include <bit>
+#include <cmath>
+#include <limits>
+
+namespace {
+
+constexpr std::size_t kBufferedValues = 1U << 16;
+constexpr float kMissing = std::numeric_limits<float>::quiet_NaN();
+constexpr double kGap = 1.5;  // typical steps
+
+}  // namespace
+
+STLWriter::STLWriter(TSFILE& target, const STLFormat& format, const STLCheck& found)
+    : m_target(target),
+      m_format(format),
+      m_found(found),
+      m_timeColumns(found.timeColumns),
+      m_last(found.columns, kMissing),
+      m_lastRow(found.columns, 0)
+{
+    m_rows.reserve(kBufferedValues + found.columns);
+}
+
+void STLWriter::add(double seconds, const std::vector<float>& values)
+{
+    if (m_found.resampled)
+        addResampled(seconds, values);
+    else
+        addRow(seconds, values);
+}
+
+void STLWriter::finish()
+{
+    flushRows();
+    m_target.flush(true);
+}
+
+// Every point of the grid between the row before and this one is interpolated, unless a gap lies there.
+void STLWriter::addResampled(double seconds, const std::vector<float>& values)
+{
+    const double step = m_found.dt;
+    const double width = seconds - m_beforeSeconds;
+    const bool gap = width > kGap * std::max(step, m_found.typicalStep);
+    std::vector<float> point(values.size());
+    while (m_written < m_found.samples && static_cast<double>(m_written) * step <= seconds + step * 1e-6) {
+        const double at = static_cast<double>(m_written) * step;
+        const double share = m_before.empty() || width <= 0 ? 1.0 : (at - m_beforeSeconds) / width;
+        const bool onRow = share > 1.0 - 1e-6;
+        for (std::size_t c = 0; c < point.size(); ++c)
+            point[c] = onRow ? values[c]
+                       : gap ? kMissing
+                             : static_cast<float>(m_before[c] +
+                                                  share * (static_cast<double>(values[c]) - m_before[c]));
+        addRow(at, point);
+    }
+    m_before = values;
+    m_beforeSeconds = seconds;
+}
+
+void STLWriter::addRow(double seconds, const std::vector<float>& values)
+{
+    ++m_written;
+    if (m_timeColumns > 0) {
+        const double start = m_found.startSeconds + static_cast<double>(m_found.startTime);
+        double relative = seconds + m_found.firstSeconds - start;
+        if (m_timeColumns == 2) {
+            const double whole = std::floor(relative);
+            m_rows.push_back(static_cast<float>(relative - whole));
+            m_rows.push_back(std::bit_cast<float>(static_cast<std::uint32_t>(whole)));
+        } else {
+            m_rows.push_back(static_cast<float>(relative));
+        }
+    }
+    for (std::size_t c = 0; c < values.size(); ++c)
+        m_rows.push_back(filled(c, values[c]));
+    if (m_rows.size() >= kBufferedValues)
+        flushRows();
+}
+
+float STLWriter::filled(std::size_t column, float value)
+{
+    if (std::isnan(value)) {
+        switch (m_format.fill) {
+            case STLFill::Zero:
+                return 0.0F;
+            case STLFill::Previous:
+                return m_last[column];
+            default:
+                return value;
+        }
+    }
+    if (m_format.fill == STLFill::Interpolated && m_lastRow[column] != 0 && m_lastRow[column] + 1 < m_written)
+        interpolate(column, value);
+    m_last[column] = value;
+    m_lastRow[column] = m_written;
+    return value;
+}
+
+// The rows of the gap are in the file or in the buffer already: both are gone back to.
+void STLWriter::interpolate(std::size_t column, float value)
+{
+    const std::uint64_t first = m_lastRow[column];
+    const double width = static_cast<double>(m_written - first);
+    const std::size_t columns = m_found.columns;
+    const std::size_t buffered = m_rows.size() / columns;
+    const std::uint64_t inFile = m_written - 1 - buffered;
+    for (std::uint64_t row = first + 1; row < m_written; ++row) {
+        const double share = static_cast<double>(row - first) / width;
+        const auto between =
+            static_cast<float>(m_last[column] + share * (static_cast<double>(value) - m_last[column]));
+        if (row <= inFile)
+            m_target.setValue(static_cast<std::uint32_t>(row),
+                              static_cast<std::uint32_t>(m_timeColumns + column + 1), between);
+        else
+            m_rows[(row - inFile - 1) * columns + m_timeColumns + column] = between;
+    }
+}
+
+void STLWriter::flushRows()
+{
+    const std::size_t rows = m_rows.size() / m_found.columns;
+    if (rows == 0)
+        return;
+    m_target.writeRows(static_cast<std::uint32_t>(m_written - rows + 1), static_cast<std::uint32_t>(rows),
+                       m_rows.data());
+    m_rows.clear();
+}

@@ -1,0 +1,210 @@
+#include "converters/TsaDialogs.h"
+
+#include <QFile>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QInputDialog>
+#include <QStringList>
+
+#include <algorithm>
+#include <memory>
+#include <system_error>
+
+#include "converters/ImportTexts.h"
+#include "converters/TsaExport.h"
+#include "converters/TsaImport.h"
+#include "core/TsExceptions.h"
+#include "core/TsNames.h"
+#include "portal/TsApplication.h"
+#include "share/Boxes.h"
+#include "share/JobProgress.h"
+
+namespace {
+
+const QString kFilter = QStringLiteral("TS-ASCII files (*.tsa);;");
+
+void warnBox(QWidget* parent, const QString& title, const QString& text)
+{
+    showBox(QMessageBox::Warning, parent, title, text);
+}
+
+class QuestionBoxes : public TsaQuestions
+{
+public:
+    explicit QuestionBoxes(QWidget* parent) : m_parent(parent) {}
+
+    std::optional<int> askSamples(const std::string& tsaFile) override
+    {
+        return ask(QStringLiteral("No of samples was not found in %1").arg(shown(tsaFile)),
+                   QStringLiteral("Enter no of samples: "), 10, 100000, 1);
+    }
+
+    std::optional<int> askColumns(const std::string& tsaFile) override
+    {
+        // The arrows go in steps of two on purpose.
+        return ask(QStringLiteral("No of columns was not found in %1").arg(shown(tsaFile)),
+                   QStringLiteral("Enter no of columns:"), 1, 1000, 2);
+    }
+
+    bool mayOverwrite(const std::string& file) override { return askOverwrite(m_parent, shown(file)); }
+
+    bool isOpenForWriting(const std::string& file) override
+    {
+        const TsApplication* const application = TsApplication::instance();
+        return application != nullptr && application->isOpenForWriting(shown(file));
+    }
+
+    void warn(const std::string& title, const std::string& text) override
+    {
+        warnBox(m_parent, shown(title), shown(text));
+    }
+
+private:
+    std::optional<int> ask(const QString& title, const QString& label, int start, int most, int step)
+    {
+        bool ok = false;
+        const int answer = QInputDialog::getInt(m_parent, title, label, start, 0, most, step, &ok);
+        return ok ? std::optional<int>(answer) : std::nullopt;
+    }
+
+    QWidget* m_parent;
+};
+
+// -- What happened, in words --
+
+QStringList losses(const TsaImportReport& report)
+{
+    struct Row
+    {
+        std::uint64_t count;
+        const char* text;
+    };
+    const Row rows[] = {
+        {report.samples - report.rowsRead, "samples have no line in the text and hold zeros."},
+        {report.linesCut, "lines are too long and were cut (header 256, data 2048 characters)."},
+        {report.linesTabbed, "data lines begin with a tab and were passed over."},
+        {report.notNumbers, "words are no numbers, or have text behind the number."},
+        {report.valuesMissing, "values are missing in their lines and became 0."},
+        {report.valuesLeftOver, "values are more than the columns and were left over."},
+        {report.linesLeftOver, "data lines are more than the samples and were left over."},
+    };
+    QStringList texts;
+    for (const Row& row : rows)
+        if (row.count != 0)
+            texts << grouped(row.count) + QLatin1Char(' ') + QString::fromLatin1(row.text);
+    return texts;
+}
+
+QString importStatus(const TsaImportReport& report, const QString& tsaFile, double seconds)
+{
+    QString text = QStringLiteral("%1: %2 samples of %3 columns read from %4 in %5 s")
+                       .arg(shown(report.tsFile), grouped(report.rowsRead), grouped(report.columns),
+                            QFileInfo(tsaFile).fileName(), QString::number(seconds, 'f', 1));
+    text += report.isLossless() ? QStringLiteral(".") : QStringLiteral("; not everything could be kept.");
+    if (report.oldFileKept)
+        text += QStringLiteral(" The old file was kept.");
+    return text;
+}
+
+void reportLosses(QWidget* parent, const TsaImportReport& report)
+{
+    if (report.isLossless())
+        return;
+    showBox(QMessageBox::Information, parent, QStringLiteral("Veltrac"),
+            QStringLiteral("%1 was made, but not everything in the text could be kept:\n\n%2")
+                .arg(shown(report.tsFile), losses(report).join(QLatin1Char('\n'))));
+}
+
+QStringList exportNotes(const TsaExportReport& report)
+{
+    QStringList notes;
+    if (report.rowsTooLong != 0)
+        notes << QStringLiteral("%1 rows are longer than 2048 characters: they cannot be read back whole.")
+                     .arg(grouped(report.rowsTooLong));
+    if (report.startIsLost)
+        notes << QStringLiteral("A tsa text has no place for the file's start time.");
+    return notes;
+}
+
+TsaOutcome failed(QWidget* parent, const QString& what)
+{
+    const QString text = what + QLatin1Char('\n') + reasonOfFailure();
+    warnBox(parent, QStringLiteral("Veltrac error"), text);
+    return {false, QString(), text.simplified()};
+}
+
+}  // namespace
+
+QString chooseTsaFile(QWidget* parent)
+{
+    return QFileDialog::getOpenFileName(parent, QStringLiteral("Read a tsa-file and convert to a ts-file."),
+                                        QString(), kFilter);
+}
+
+TsaOutcome importTsa(QWidget* parent, const QString& tsaFile)
+{
+    const QString name = QFileInfo(tsaFile).fileName();
+    QuestionBoxes questions(parent);
+    TsaImportReport report;
+    double seconds = 0.0;
+    try {
+        JobProgress progress(parent, QStringLiteral("Reading %1 …").arg(name));
+        const int made = importTsaText(pathOf(tsaFile), questions, progress.callback(), report);
+        if (made == 0)
+            return {false, QString(), QStringLiteral("The import of %1 was cancelled.").arg(name)};
+        if (made < 0)
+            return {false, QString(), QStringLiteral("%1 was not imported.").arg(name)};
+        seconds = progress.seconds();
+    } catch (...) {
+        return failed(parent, QStringLiteral("%1 was not imported; nothing was changed.").arg(name));
+    }
+    reportLosses(parent, report);
+    return {true, shown(report.tsFile), importStatus(report, tsaFile, seconds)};
+}
+
+TsaOutcome exportTsa(QWidget* parent, const QString& tsFile)
+{
+    return exportTsaInterval(parent, tsFile, 1, UINT32_MAX);
+}
+
+TsaOutcome exportTsaInterval(QWidget* parent, const QString& tsFile, std::uint32_t first, std::uint32_t last)
+{
+    const QString suggested = QFileInfo(tsFile).completeBaseName() + QStringLiteral(".tsa");
+    QString target = QFileDialog::getSaveFileName(
+        parent, QStringLiteral("Write %1 as a tsa-file").arg(QFileInfo(tsFile).fileName()), suggested,
+        kFilter, nullptr, QFileDialog::DontConfirmOverwrite);
+    if (target.isEmpty())
+        return {false, QString(), QStringLiteral("Nothing was written.")};
+    if (!target.endsWith(QStringLiteral(".tsa"), Qt::CaseInsensitive))
+        target += QStringLiteral(".tsa");
+    return exportTsaTo(parent, tsFile, target, first, last);
+}
+
+TsaOutcome exportTsaTo(QWidget* parent, const QString& tsFile, const QString& target, std::uint32_t first,
+                       std::uint32_t last)
+{
+    const QString name = QFileInfo(target).fileName();
+    std::unique_ptr<TSFILE> ts;
+    if (TsApplication* const application = TsApplication::instance())
+        ts.reset(application->OpenTs(tsFile, true));
+    if (!ts)
+        return {false, QString(), QStringLiteral("%1 could not be opened; nothing was written.").arg(tsFile)};
+    if (QFileInfo::exists(target) && !askOverwrite(parent, name))
+        return {false, QString(), QStringLiteral("%1 was kept; nothing was written.").arg(name)};
+    try {
+        JobProgress progress(parent, QStringLiteral("Writing %1 …").arg(name));
+        TsaExportReport report;
+        const JobOutcome outcome = exportTsaText(*ts, pathOf(target), first, std::min(last, ts->samples()),
+                                                 progress.callback(), report);
+        if (outcome == JobOutcome::Cancelled)
+            return {false, QString(),
+                    QStringLiteral("The export was cancelled; no %1 was written.").arg(name)};
+        QStringList texts(QStringLiteral("%1: %2 samples of %3 columns written in %4 s.")
+                              .arg(name, grouped(report.samples), grouped(report.columns),
+                                   QString::number(progress.seconds(), 'f', 1)));
+        texts += exportNotes(report);
+        return {true, target, texts.join(QLatin1Char(' '))};
+    } catch (...) {
+        return failed(parent, QStringLiteral("%1 was not written.").arg(name));
+    }
+}

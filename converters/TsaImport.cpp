@@ -1,0 +1,397 @@
+#include "converters/TsaImport.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <ctime>
+#include <system_error>
+#include <vector>
+
+#include "converters/TsaText.h"
+#include "core/LineReader.h"
+#include "core/TSFILE.h"
+#include "core/TextNumbers.h"
+#include "core/TsExceptions.h"
+#include "core/TsNames.h"
+#include "share/HeaderText.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t kExtensionLength = 4;  // ".tsa", whatever it reads
+constexpr int kPasses = 3;
+constexpr std::size_t kLinesBetweenReports = 4096;
+constexpr std::size_t kBatchValues = std::size_t{1} << 16;
+
+struct Cancelled
+{
+};
+
+// Walks the lines of one pass, telling the progress of all three.
+class Pass
+{
+public:
+    Pass(const fs::path& file, std::size_t width, int number, const Progress& progress)
+        : m_lines(file, width), m_number(number), m_progress(progress)
+    {
+    }
+
+    bool next()
+    {
+        if (!m_lines.next())
+            return false;
+        if (++m_count % kLinesBetweenReports == 0)
+            report();
+        return true;
+    }
+
+    void report() const
+    {
+        const std::uint64_t before = m_lines.fileBytes() * static_cast<unsigned>(m_number);
+        if (!goesOn(m_progress, before + m_lines.position(), m_lines.fileBytes() * kPasses))
+            throw Cancelled();
+    }
+
+    std::string_view text() const { return m_lines.text(); }
+    bool isCut() const { return m_lines.isCut(); }
+
+private:
+    LineReader m_lines;
+    int m_number;
+    const Progress& m_progress;
+    std::size_t m_count = 0;
+};
+
+// A text of the file as header bytes, cut at whole characters.
+std::string fitted(std::string_view text, std::size_t width)
+{
+    return headerBytes(headerText(std::string(text).c_str()), static_cast<int>(width)).toStdString();
+}
+
+std::uint32_t asCount(std::int64_t count)
+{
+    return static_cast<std::uint32_t>(std::clamp<std::int64_t>(count, 0, UINT32_MAX));
+}
+
+// -- First pass --
+
+struct Counts
+{
+    std::uint32_t samples = 0;
+    std::uint32_t columns = 0;
+};
+
+Counts readCounts(const fs::path& tsaFile, const Progress& progress)
+{
+    Counts counts;
+    Pass pass(tsaFile, kTsaHeaderWidth, 0, progress);
+    while (pass.next()) {
+        if (tsaLineKind(pass.text()) != TsaLine::Header)
+            continue;
+        const std::optional<TsaKey> key = parseTsaKey(pass.text());
+        if (!key || key->number != 0)
+            continue;
+        if (key->key == 'S')
+            counts.samples = asCount(tsaCount(key->value));
+        else if (key->key == 'C')
+            counts.columns = asCount(tsaCount(key->value));
+    }
+    return counts;
+}
+
+// False where the user cancels.
+bool completeCounts(const std::string& tsaFile, TsaQuestions& questions, Counts& counts)
+{
+    if (counts.samples == 0) {
+        const std::optional<int> answer = questions.askSamples(tsaFile);
+        if (!answer)
+            return false;
+        counts.samples = asCount(*answer);
+    }
+    if (counts.columns == 0) {
+        const std::optional<int> answer = questions.askColumns(tsaFile);
+        if (!answer)
+            return false;
+        counts.columns = asCount(*answer);
+    }
+    counts.samples = std::max(counts.samples, 1U);
+    counts.columns = std::max(counts.columns, 1U);
+    return true;
+}
+
+// -- The new file --
+
+std::string baseName(const fs::path& tsaFile)
+{
+    const std::string name = tsaFile.filename().string();
+    return name.size() > kExtensionLength ? name.substr(0, name.size() - kExtensionLength) : name;
+}
+
+// The file to make: the text's own name, or the next free one where the old file stays.
+fs::path chooseTarget(const std::string& base, TsaQuestions& questions, bool& oldFileKept)
+{
+    fs::path target = base + ".ts";
+    if (!fs::exists(fs::symlink_status(target)))
+        return target;
+    oldFileKept = questions.isOpenForWriting(target.string()) || !questions.mayOverwrite(target.string());
+    return oldFileKept ? fs::path(freeName(fs::path(), base, ".ts")) : target;
+}
+
+void setDefaults(TSFILE& ts, const Pass& pass)
+{
+    const std::time_t now = std::time(nullptr);
+    const std::tm* const local = std::localtime(&now);
+    // The year counts from 1900 here, and is stored so: readers of the stamp put the 1900 back.
+    const int stamp[7] = {
+        0, local->tm_sec, local->tm_min, local->tm_hour, local->tm_mday, local->tm_mon + 1, local->tm_year};
+    for (std::uint32_t col = 1; col <= ts.columns(); ++col) {
+        ts.setColumnStamp(col, stamp);
+        ts.columnName(col, ("Col-" + std::to_string(col)).c_str());
+        if (col % kLinesBetweenReports == 0)
+            pass.report();
+    }
+    if (!(ts.dt() > 0.0F))
+        ts.dt(1.0F);
+}
+
+// -- Second pass --
+
+void applyFileKey(TSFILE& ts, const TsaKey& key)
+{
+    const std::string_view text = tsaText(key.value);
+    if (key.key == 'U') {
+        ts.timeUnit(fitted(text, kTimeUnit.width - 1).c_str());
+    } else if (key.key == 'I' && !text.empty()) {
+        ts.description(fitted(text, kFileDescription.width - 1).c_str());
+    } else if (key.key == 'D') {
+        const auto dt = static_cast<float>(tsaNumber(key.value));
+        if (dt > 0.0F && std::isfinite(dt))
+            ts.dt(dt);
+    }
+}
+
+void applyColumnKey(TSFILE& ts, const TsaKey& key)
+{
+    if (key.number > ts.columns())
+        return;
+    const std::string_view text = tsaText(key.value);
+    if (key.key == 'N' && !text.empty())
+        ts.columnName(key.number, fitted(text, kColumnName.width).c_str());
+    else if (key.key == 'I' && !text.empty())
+        ts.columnDescription(key.number, fitted(text, kColumnDescription.width).c_str());
+    else if (const auto stamp = key.key == 'T' ? tsaStamp(key.value) : std::nullopt)
+        ts.setColumnStamp(key.number, stamp->data());
+}
+
+void applyHeader(TSFILE& ts, Pass& pass, TsaImportReport& report)
+{
+    while (pass.next()) {
+        if (tsaLineKind(pass.text()) != TsaLine::Header)
+            continue;
+        report.linesCut += pass.isCut() ? 1 : 0;
+        const std::optional<TsaKey> key = parseTsaKey(pass.text());
+        if (key && key->number == 0)
+            applyFileKey(ts, *key);
+        else if (key)
+            applyColumnKey(ts, *key);
+    }
+}
+
+// -- Data --
+
+// A cell of the whole-seconds column holds an unsigned integer, bit for bit.
+float wholeSeconds(double number)
+{
+    constexpr double kEnd = 4294967296.0;
+    const double held = number >= 0.0 && number < kEnd ? number : 0.0;
+    return std::bit_cast<float>(static_cast<std::uint32_t>(held));
+}
+
+// Collects rows and writes them a batch at a time.
+class RowWriter
+{
+public:
+    explicit RowWriter(TSFILE& ts)
+        : m_ts(ts),
+          m_columns(ts.columns()),
+          m_time32(ts.timeColumn() != 0 ? ts.time32Column() : 0),
+          m_batchRows(std::max<std::size_t>(1, kBatchValues / m_columns)),
+          m_values(m_batchRows * m_columns)
+    {
+    }
+
+    // Reads one line into the next row: a missing value is 0.
+    void add(std::string_view line, TsaImportReport& report)
+    {
+        float* const row = m_values.data() + m_rows * m_columns;
+        std::size_t col = 0;
+        const char* p = line.data();
+        const char* const end = p + line.size();
+        for (;;) {
+            while (p != end && isTsaSeparator(*p))
+                ++p;
+            if (p == end)
+                break;
+            if (col == m_columns) {
+                report.valuesLeftOver += wordsIn(p, end);
+                break;
+            }
+            const ParsedNumber number = parseNumber(p, end, DecimalMark::Both);
+            p = number.end;
+            if (p == end || isTsaSeparator(*p)) [[likely]] {
+                row[col++] = static_cast<float>(number.value);
+            } else {
+                ++report.notNumbers;
+                row[col++] = static_cast<float>(number.value);
+                p = std::find_if(p, end, isTsaSeparator);
+            }
+            if (col == m_time32)
+                row[col - 1] = wholeSeconds(number.value);
+        }
+        report.valuesMissing += m_columns - col;
+        std::fill(row + col, row + m_columns, 0.0F);
+        if (++m_rows == m_batchRows)
+            write();
+    }
+
+    void write()
+    {
+        m_ts.writeRows(m_next, static_cast<std::uint32_t>(m_rows), m_values.data());
+        m_next += static_cast<std::uint32_t>(m_rows);
+        m_rows = 0;
+    }
+
+private:
+    static std::uint64_t wordsIn(const char* p, const char* end)
+    {
+        std::uint64_t words = 0;
+        while (p != end) {
+            ++words;
+            p = std::find_if_not(std::find_if(p, end, isTsaSeparator), end, isTsaSeparator);
+        }
+        return words;
+    }
+
+    TSFILE& m_ts;
+    std::size_t m_columns;
+    std::size_t m_time32;  // 0: the file has none
+    std::size_t m_batchRows;
+    std::vector<float> m_values;
+    std::size_t m_rows = 0;
+    std::uint32_t m_next = 1;
+};
+
+std::unique_ptr<TSFILE> reopen(const std::string& name)
+{
+    try {
+        return openTsFile(name, false);
+    } catch (...) {
+        throw TS::CREATE_ERROR(name);
+    }
+}
+
+void warnAboutHeader(TsaQuestions& questions, const std::string& text)
+{
+    questions.warn("Veltrac error, ReadASCIIHeader()", text);
+}
+
+void makeFile(const fs::path& tsaFile, const Counts& counts, const Progress& progress, TsaTarget& target)
+{
+    Pass pass(tsaFile, kTsaHeaderWidth, 1, progress);
+    const std::unique_ptr<TSFILE> ts = createTsFile(target.report.tsFile, counts.samples, counts.columns);
+    setDefaults(*ts, pass);
+    applyHeader(*ts, pass, target.report);
+    ts->flush(true);
+}
+
+}  // namespace
+
+int ReadASCIIHeader(const fs::path& tsaFile, TsaQuestions& questions, const Progress& progress,
+                    TsaTarget& target)
+try {
+    Counts counts;
+    try {
+        counts = readCounts(tsaFile, progress);
+    } catch (const std::system_error&) {
+        questions.warn("Veltrac error", "Could not open " + tsaFile.string() + ".\nOperation is aborted.");
+        return -1;
+    }
+    if (!completeCounts(tsaFile.string(), questions, counts))
+        return 0;
+
+    TsaImportReport& report = target.report;
+    report.samples = counts.samples;
+    report.columns = counts.columns;
+    if (tsFileBytes(counts.samples, counts.columns) >= kFileLimit) {
+        warnAboutHeader(questions, std::to_string(counts.samples) + " samples of " +
+                                       std::to_string(counts.columns) +
+                                       " columns do not fit into a ts-file, which holds less than 2 GB.");
+        return -1;
+    }
+    const fs::path path = chooseTarget(baseName(tsaFile), questions, report.oldFileKept);
+    report.tsFile = path.string();
+    try {
+        target.file = std::make_unique<FileInTheMaking>(path);
+    } catch (const std::system_error&) {
+        // The "%s" stands in the text as it always has.
+        questions.warn("Ts-Create", "Could not delete old %s.\nOperation is aborted");
+        return -1;
+    }
+    try {
+        makeFile(tsaFile, counts, progress, target);
+    } catch (...) {
+        target.file.reset();
+        throw;
+    }
+    return 1;
+} catch (const Cancelled&) {
+    return 0;
+} catch (const TS::OPEN_ERROR& e) {
+    warnAboutHeader(questions, "Caught a TS::OPEN_ERROR exception on: " + e.name);
+    return -1;
+} catch (...) {
+    warnAboutHeader(questions, "Uspecified problem but something vent wrong in any case.\n");
+    return -1;
+}
+
+JobOutcome readTsaData(const fs::path& tsaFile, const Progress& progress, TsaTarget& target)
+try {
+    TsaImportReport& report = target.report;
+    const std::unique_ptr<TSFILE> ts = reopen(report.tsFile);
+    RowWriter rows(*ts);
+    Pass pass(tsaFile, kTsaDataWidth, 2, progress);
+    while (pass.next()) {
+        const TsaLine kind = tsaLineKind(pass.text());
+        if (kind == TsaLine::Tabbed)
+            ++report.linesTabbed;
+        if (kind != TsaLine::Data)
+            continue;
+        if (report.rowsRead == report.samples) {
+            ++report.linesLeftOver;
+            continue;
+        }
+        report.linesCut += pass.isCut() ? 1 : 0;
+        rows.add(pass.text(), report);
+        ++report.rowsRead;
+    }
+    rows.write();
+    ts->flush(true);
+    return JobOutcome::Done;
+} catch (const Cancelled&) {
+    return JobOutcome::Cancelled;
+}
+
+int importTsaText(const fs::path& tsaFile, TsaQuestions& questions, const Progress& progress,
+                  TsaImportReport& report)
+{
+    TsaTarget target;
+    const int made = ReadASCIIHeader(tsaFile, questions, progress, target);
+    if (made != 1)
+        return made;
+    if (readTsaData(tsaFile, progress, target) == JobOutcome::Cancelled)
+        return 0;
+    target.file->keep();
+    report = target.report;
+    return 1;
+}

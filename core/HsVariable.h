@@ -1,0 +1,92 @@
+// A variable that answers for any run of its samples at once, however long: it keeps a pyramid of them.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+
+#include "core/Progress.h"
+#include "core/Pyramid.h"
+#include "core/Variable.h"
+
+class HsVariable
+{
+public:
+    explicit HsVariable(Variable variable) : m_variable(std::move(variable)) {}
+
+    Variable& variable() noexcept { return m_variable; }
+    const Variable& variable() const noexcept { return m_variable; }
+
+    // Reads the samples once. After a failure of the file, failure() tells it and the variable shows
+    // nothing; after a cancel the variable is as before.
+    JobOutcome build(const Progress& progress);
+    // The same for many variables in one pass a source, row by row.
+    static JobOutcome buildAll(std::span<const std::shared_ptr<HsVariable>> variables,
+                               const Progress& progress);
+    // False until build(), and again after forget() or when a log axis needs the values above 0 alone.
+    bool isBuilt() const;
+    // The source was loaded again.
+    void forget();
+    // On a logarithmic axis values that are not above 0 count as missing.
+    void setLogarithmic(bool on) noexcept { m_logarithmic = on; }
+
+    // Why there is nothing to show; empty where all is well. UTF-8 apart from file names.
+    const std::string& failure() const noexcept { return m_failure; }
+    void setFailure(std::string text) { m_failure = std::move(text); }
+
+    // The answers below are about rows first to last (from 1, both included, both within rows()), in shown
+    // values, and exact: whole buckets come from the pyramid and the loose ends from the samples. They
+    // need isBuilt() and throw the TS exceptions where the loose ends cannot be read.
+    struct Range
+    {
+        double least = 0.0;
+        double greatest = 0.0;
+        bool empty = true;  // no finite value in it
+    };
+    Range range(std::uint32_t first, std::uint32_t last) const;
+
+    struct Statistics
+    {
+        double least = 0.0;
+        double greatest = 0.0;
+        double mean = 0.0;
+        double rms = 0.0;
+        double deviation = 0.0;  // standard deviation, of n - 1; 0 for a single value
+        std::uint32_t count = 0;
+        std::uint32_t missing = 0;
+    };
+    Statistics statistics(std::uint32_t first, std::uint32_t last) const;
+    // Values that are finite and yet missing, because a logarithmic axis cannot show them.
+    std::uint32_t notPositive(std::uint32_t first, std::uint32_t last) const;
+
+    // The row of the greatest (or least) shown value; 0 where there is no finite value.
+    std::uint32_t rowOfExtreme(std::uint32_t first, std::uint32_t last, bool greatest) const;
+
+private:
+    // Which values of the source the pyramid was made of.
+    struct Made
+    {
+        bool built = false;
+        bool positiveOnly = false;
+        double gain = 1.0;
+        double offset = 0.0;
+    };
+    class Pass;
+
+    bool needsPositive() const;
+    bool counts(float raw) const;
+    Summary looseEnd(bool positiveOnly, std::uint32_t bucket, std::uint32_t from, std::uint32_t to) const;
+    Summary collect(std::uint32_t first, std::uint32_t last, bool moments) const;
+    Summary collectFrom(const Pyramid& pyramid, bool positiveOnly, std::uint32_t first, std::uint32_t last,
+                        bool moments) const;
+    bool usesPositive() const { return m_logarithmic && needsPositive(); }
+
+    Variable m_variable;
+    Pyramid m_all;
+    Pyramid m_positive;  // only made where a log axis needs it
+    Made m_madeAll;
+    Made m_madePositive;
+    std::string m_failure;
+    bool m_logarithmic = false;
+};

@@ -1,0 +1,129 @@
+#include "core/LineReader.h"
+
+#include <cerrno>
+#include <cstring>
+#include <system_error>
+
+namespace {
+
+constexpr std::size_t kReadBytes = std::size_t{1} << 18;
+constexpr std::string_view kMark = "\xEF\xBB\xBF";
+
+[[noreturn]] void fail(const std::filesystem::path& file)
+{
+    throw std::system_error(errno, std::generic_category(), file.string());
+}
+
+}  // namespace
+
+LineReader::LineReader(const std::filesystem::path& file, std::size_t longest)
+    : m_longest(longest), m_file(std::fopen(file.c_str(), "rb")), m_buffer(longest + kReadBytes)
+{
+    if (!m_file)
+        fail(file);
+    // The buffer here is the only one.
+    std::setvbuf(m_file.get(), nullptr, _IONBF, 0);
+    std::error_code unknown;
+    const std::uintmax_t size = std::filesystem::file_size(file, unknown);
+    m_fileBytes = unknown ? 0 : size;
+    fill();
+    skipMark();
+}
+
+// Makes the line's beginning the buffer's and reads on behind what is there; false at the end of the file.
+bool LineReader::fill()
+{
+    std::memmove(m_buffer.data(), m_buffer.data() + m_begin, m_end - m_begin);
+    m_bufferOffset += m_begin;
+    m_end -= m_begin;
+    m_begin = 0;
+    const std::size_t read = std::fread(m_buffer.data() + m_end, 1, m_buffer.size() - m_end, m_file.get());
+    if (read == 0 && std::ferror(m_file.get()) != 0)
+        fail("read");
+    m_end += read;
+    return read != 0;
+}
+
+void LineReader::skipMark()
+{
+    if (m_bufferOffset == 0 && std::string_view(m_buffer.data(), m_end).starts_with(kMark))
+        m_begin = kMark.size();
+}
+
+bool LineReader::next()
+{
+    std::size_t searched = 0;
+    for (;;) {
+        const char* const begin = m_buffer.data() + m_begin;
+        const std::size_t held = m_end - m_begin;
+        if (const void* const found = std::memchr(begin + searched, '\n', held - searched)) {
+            m_lineOffset = position();
+            m_lineBytes = static_cast<std::size_t>(static_cast<const char*>(found) - begin);
+            m_isCut = m_lineBytes > m_longest;
+            m_text = {begin, m_isCut ? m_longest : static_cast<std::size_t>(m_lineBytes)};
+            m_begin += static_cast<std::size_t>(m_lineBytes) + 1;
+            return true;
+        }
+        if (held > m_longest)
+            return takeLongLine();
+        searched = held;
+        if (!fill())
+            break;
+    }
+    if (m_begin == m_end)
+        return false;
+    m_lineOffset = position();
+    m_lineBytes = m_end - m_begin;
+    m_isCut = false;
+    m_text = {m_buffer.data() + m_begin, m_end - m_begin};
+    m_begin = m_end;
+    return true;
+}
+
+// Keeps the line's beginning at the buffer's and lets the rest of it run through the space behind.
+bool LineReader::takeLongLine()
+{
+    m_lineOffset = position();
+    std::memmove(m_buffer.data(), m_buffer.data() + m_begin, m_end - m_begin);
+    m_bufferOffset += m_begin;
+    m_end -= m_begin;
+    m_lineBytes = m_end;
+    m_isCut = true;
+    m_text = {m_buffer.data(), m_longest};
+
+    char* const space = m_buffer.data() + m_longest;
+    const std::size_t room = m_buffer.size() - m_longest;
+    std::uint64_t offset = m_bufferOffset + m_end;
+    for (;;) {
+        const std::size_t read = std::fread(space, 1, room, m_file.get());
+        if (read == 0 && std::ferror(m_file.get()) != 0)
+            fail("read");
+        const void* const found = read == 0 ? nullptr : std::memchr(space, '\n', read);
+        const std::size_t ofLine =
+            found == nullptr ? read : static_cast<std::size_t>(static_cast<const char*>(found) - space);
+        m_lineBytes += ofLine;
+        if (found != nullptr || read == 0) {
+            m_begin = m_longest + ofLine + (found == nullptr ? 0 : 1);
+            m_end = m_longest + read;
+            m_bufferOffset = offset - m_longest;
+            return true;
+        }
+        offset += read;
+    }
+}
+
+void LineReader::seek(std::uint64_t offset)
+{
+    std::clearerr(m_file.get());
+    // One byte before: where that is a new line, the offset itself begins a line.
+    const std::uint64_t from = offset == 0 ? 0 : offset - 1;
+    if (::fseeko(m_file.get(), static_cast<off_t>(from), SEEK_SET) != 0)
+        fail("seek");
+    m_bufferOffset = from;
+    m_begin = m_end = 0;
+    fill();
+    if (offset == 0)
+        skipMark();
+    else
+        next();
+}

@@ -1,0 +1,271 @@
+#include "core/PlotCurves.h"
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+
+#include "core/TsExceptions.h"
+
+namespace {
+
+constexpr int kSamplesAColumn = 2;    // up to so many are joined as they are
+constexpr double kOutside = 0.5;      // how far lines go beyond the square
+constexpr double kTolerance = 0.125;  // of a pixel, for the edge between two of them
+
+struct Point
+{
+    double x, y;
+};
+
+// Cuts a segment to the square with its surroundings (Liang, Barsky, "A New Concept and Method for Line
+// Clipping", 1984); false where nothing of it is left.
+bool cut(Point& a, Point& b)
+{
+    const Point d{b.x - a.x, b.y - a.y};
+    const double p[4] = {-d.x, d.x, -d.y, d.y};
+    const double q[4] = {a.x + kOutside, 1.0 + kOutside - a.x, a.y + kOutside, 1.0 + kOutside - a.y};
+    double from = 0.0;
+    double to = 1.0;
+    for (int edge = 0; edge < 4; ++edge) {
+        if (p[edge] == 0.0) {
+            if (q[edge] < 0.0)
+                return false;
+            continue;
+        }
+        const double t = q[edge] / p[edge];
+        if (p[edge] < 0.0)
+            from = std::max(from, t);
+        else
+            to = std::min(to, t);
+    }
+    if (from > to)
+        return false;
+    const Point start = a;
+    if (to < 1.0)
+        b = {start.x + to * d.x, start.y + to * d.y};
+    if (from > 0.0)
+        a = {start.x + from * d.x, start.y + from * d.y};
+    return true;
+}
+
+// Joins points to runs.
+class Pen
+{
+public:
+    explicit Pen(Curve& curve) : m_curve(curve) {}
+
+    void to(Point p)
+    {
+        if (!m_last) {
+            m_last = p;
+            m_alone = true;
+            return;
+        }
+        Point a = *m_last;
+        Point b = p;
+        m_alone = false;
+        if (!cut(a, b)) {
+            endRun();
+        } else {
+            if (!m_drawing || a.x != m_last->x || a.y != m_last->y) {
+                endRun();
+                push(a);
+            }
+            push(b);
+            m_drawing = true;
+            if (b.x != p.x || b.y != p.y)
+                endRun();
+        }
+        m_last = p;
+    }
+
+    void lift()
+    {
+        // A sample between two gaps is a run of its own.
+        if (m_last && m_alone && m_last->x >= 0.0 && m_last->x <= 1.0 && m_last->y >= 0.0 && m_last->y <= 1.0)
+            push(*m_last);
+        endRun();
+        m_last.reset();
+    }
+
+private:
+    void push(Point p)
+    {
+        m_curve.points.push_back(static_cast<float>(p.x));
+        m_curve.points.push_back(static_cast<float>(p.y));
+    }
+
+    void endRun()
+    {
+        const std::size_t end = m_curve.points.size() / 2;
+        if (end > (m_curve.runEnds.empty() ? 0 : m_curve.runEnds.back()))
+            m_curve.runEnds.push_back(end);
+        m_drawing = false;
+    }
+
+    Curve& m_curve;
+    std::optional<Point> m_last;
+    bool m_alone = false;
+    bool m_drawing = false;
+};
+
+class Tracer
+{
+public:
+    Tracer(const Plot2D& plot, const Group& group, Curve& curve, int columns, int markerGap)
+        : m_plot(plot),
+          m_group(group),
+          m_curve(curve),
+          m_variable(curve.variable->variable()),
+          m_low(group.toScale(group.y1())),
+          m_scale(1.0 / (group.toScale(group.y2()) - group.toScale(group.y1()))),
+          m_pen(curve)
+    {
+        const XAxis& axis = plot.axis();
+        const std::uint32_t first = axis.rowFrom(m_variable, plot.x1());
+        m_last = axis.rowAt(m_variable, plot.x2());
+        m_next = first;
+        const std::uint64_t inView = m_last >= first ? m_last - first + 1 : 0;
+        m_many = inView > std::uint64_t{kSamplesAColumn} * static_cast<unsigned>(columns);
+        if (!m_many)
+            joinSamples(first, inView * static_cast<unsigned>(markerGap) <= static_cast<unsigned>(columns));
+        else if (!curve.variable->isBuilt())
+            curve.failure = "not read yet";
+    }
+
+    bool isMany() const noexcept { return m_many; }
+
+    // The samples up to the right edge of a pixel column, whose middle is at `middle` of the width.
+    void column(double middle, double edge, double tolerance, bool isLast)
+    {
+        const std::uint32_t end =
+            isLast ? m_last : std::min(m_last, m_plot.axis().rowNear(m_variable, edge, tolerance));
+        // A column without samples is no gap: the line goes on over it.
+        if (end < m_next)
+            return;
+        const HsVariable::Range range = m_curve.variable->range(m_next, end);
+        m_next = end + 1;
+        if (range.empty) {
+            m_pen.lift();
+            return;
+        }
+        const double low = height(range.least);
+        const double high = height(range.greatest);
+        m_pen.to({middle, m_up ? low : high});
+        if (low != high)
+            m_pen.to({middle, m_up ? high : low});
+        m_up = !m_up;
+    }
+
+    void finish() { m_pen.lift(); }
+
+private:
+    double height(double y) const { return (m_group.toScale(y) - m_low) * m_scale; }
+
+    void joinSamples(std::uint32_t first, bool withMarkers)
+    {
+        // One more on either side, so that the line leaves the view.
+        const std::uint32_t from = first > 1 ? first - 1 : 1;
+        const std::uint32_t to = std::min(m_last + 1, m_variable.rows());
+        for (std::uint32_t row = from; row <= to; ++row) {
+            const double x = m_plot.axis().xOf(m_variable, row);
+            const double y = m_variable.value(row);
+            if (!std::isfinite(y) || (m_group.isLogarithmic() && y <= 0.0) ||
+                (m_plot.axis().logarithmic && x <= 0.0)) {
+                m_pen.lift();
+                continue;
+            }
+            const Point p{m_plot.fractionOf(x), height(y)};
+            m_pen.to(p);
+            if (withMarkers && p.x >= 0.0 && p.x <= 1.0 && p.y >= 0.0 && p.y <= 1.0) {
+                m_curve.markers.push_back(static_cast<float>(p.x));
+                m_curve.markers.push_back(static_cast<float>(p.y));
+            }
+        }
+        m_pen.lift();
+    }
+
+    const Plot2D& m_plot;
+    const Group& m_group;
+    Curve& m_curve;
+    const Variable& m_variable;
+    double m_low;
+    double m_scale;
+    Pen m_pen;
+    std::uint32_t m_next = 1;
+    std::uint32_t m_last = 0;
+    bool m_many = false;
+    bool m_up = true;
+};
+
+// Runs a step of a curve; what fails there is the curve's own business.
+template <typename Step>
+bool guarded(Curve& curve, Step step)
+{
+    try {
+        step();
+        return true;
+    } catch (const TS::Failure&) {
+        curve.failure = "cannot be read any more";
+    }
+    curve.points.clear();
+    curve.runEnds.clear();
+    curve.markers.clear();
+    return false;
+}
+
+std::vector<Curve> emptyCurves(const Plot2D& plot)
+{
+    std::vector<Curve> curves;
+    for (std::size_t g = 0; g < plot.groups().size(); ++g) {
+        for (const auto& v : plot.groups()[g].variables()) {
+            if (!v->variable().visible)
+                continue;
+            Curve& curve = curves.emplace_back();
+            curve.variable = v.get();
+            curve.group = g;
+            curve.failure = v->failure();
+        }
+    }
+    return curves;
+}
+
+}  // namespace
+
+std::vector<Curve> curvesOf(const Plot2D& plot, int columns, int markerGap)
+{
+    std::vector<Curve> curves = emptyCurves(plot);
+    columns = std::max(columns, 1);
+    struct Job
+    {
+        Curve* curve;
+        Tracer tracer;
+    };
+    std::vector<Job> jobs;
+    jobs.reserve(curves.size());
+    for (Curve& curve : curves) {
+        if (!curve.failure.empty() || curve.variable->variable().rows() == 0)
+            continue;
+        guarded(curve, [&] {
+            Tracer tracer(plot, plot.groups()[curve.group], curve, columns, markerGap);
+            if (tracer.isMany() && curve.failure.empty())
+                jobs.push_back({&curve, tracer});
+        });
+    }
+    // Pixel column by pixel column over all variables: those of one file share what is read at the edges.
+    double edge = plot.x1();
+    for (int c = 0; c < columns && !jobs.empty(); ++c) {
+        const double left = edge;
+        edge = plot.xAtFraction((c + 1.0) / columns);
+        for (Job& job : jobs)
+            if (job.curve->failure.empty())
+                guarded(*job.curve, [&] {
+                    job.tracer.column((c + 0.5) / columns, edge, (edge - left) * kTolerance,
+                                      c + 1 == columns);
+                });
+    }
+    for (Job& job : jobs)
+        if (job.curve->failure.empty())
+            job.tracer.finish();
+    return curves;
+}

@@ -1,0 +1,124 @@
+#include "core/PlotFile.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <system_error>
+
+#include "core/TsNames.h"
+
+PlotFile::PlotFile(std::string path) : m_path(std::move(path))
+{
+    reload();
+}
+
+std::string PlotFile::name() const
+{
+    return std::filesystem::path(m_path).filename().string();
+}
+
+PlotFile::Stamp PlotFile::stampOf(const std::string& path)
+{
+    std::error_code error;
+    Stamp stamp;
+    stamp.size = std::filesystem::file_size(path, error);
+    stamp.time = std::filesystem::last_write_time(path, error);
+    return stamp;
+}
+
+bool PlotFile::changedOnDisk() const
+{
+    return stampOf(m_path) != m_stamp;
+}
+
+void PlotFile::reload()
+{
+    // The stamp comes first: a change between the two is noticed, at worst once too often.
+    const Stamp stamp = stampOf(m_path);
+    m_file = openTsFile(m_path, true);
+    m_stamp = stamp;
+    look();
+}
+
+void PlotFile::look()
+{
+    forgetContents();
+    m_columns = m_file->columns();
+    m_startSeconds = m_file->startSeconds();
+
+    std::uint32_t claimed = m_file->samples();
+    std::uint32_t inFile = claimed;
+    const std::uint64_t head = tsFileBytes(0, m_columns);
+    if (m_columns > 0) {
+        // Only whole blocks can be read.
+        const std::uint64_t bytes =
+            m_stamp.size > head ? (m_stamp.size - head) / kBlockBytes * kBlockBytes : 0;
+        inFile =
+            static_cast<std::uint32_t>(std::min<std::uint64_t>(claimed, bytes / sizeof(float) / m_columns));
+    }
+    m_firstSample = std::max<std::uint32_t>(1, m_file->ringStart());
+    if (m_file->ringStart() != 0) {
+        const std::uint32_t last = m_file->lastSample();
+        const std::uint32_t held = last >= m_firstSample ? last - m_firstSample + 1 : 0;
+        claimed = std::min(claimed, held);
+        // In a folded file that is cut short the rows that are left do not follow each other.
+        if (inFile < m_file->samples() && last > inFile)
+            inFile = 0;
+    }
+    m_rows = m_columns == 0 ? 0 : std::min(claimed, inFile);
+    m_missingRows = claimed - m_rows;
+
+    m_base = static_cast<double>(m_file->startTime()) + (m_firstSample - 1.0) * m_file->dt();
+    m_dt = static_cast<double>(m_file->dt());
+    if (m_file->timeColumn() != 0) {
+        m_timeKind = TimeKind::EachRow;
+        m_base = static_cast<double>(m_file->startTime());
+    } else if (std::isfinite(m_base) && std::isfinite(m_dt) && m_dt > 0.0) {
+        m_timeKind = TimeKind::Steps;
+    } else {
+        m_timeKind = TimeKind::RowNumbers;
+    }
+}
+
+std::string PlotFile::columnName(std::uint32_t column) const
+{
+    return m_file->columnName(column);
+}
+
+std::string PlotFile::columnDescription(std::uint32_t column) const
+{
+    return m_file->columnDescription(column);
+}
+
+std::string PlotFile::description() const
+{
+    return m_file->description();
+}
+
+std::string PlotFile::timeUnit() const
+{
+    return m_file->timeUnit();
+}
+
+bool PlotFile::isPlottable(std::uint32_t column) const
+{
+    return column != m_file->timeColumn() && column != m_file->time32Column();
+}
+
+void PlotFile::readRows(std::uint32_t first, std::uint32_t count, float* out) const
+{
+    m_file->readRows(sampleOf(first), count, out);
+}
+
+float PlotFile::readValue(std::uint32_t row, std::uint32_t column) const
+{
+    return m_file->value(sampleOf(row), column);
+}
+
+double PlotFile::timeInRow(std::uint32_t /*row*/, const float* values) const
+{
+    double t = m_base + static_cast<double>(values[m_file->timeColumn() - 1]);
+    if (m_file->time32Column() != 0)
+        t += std::bit_cast<std::uint32_t>(values[m_file->time32Column() - 1]);
+    return t;
+}

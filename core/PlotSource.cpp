@@ -1,0 +1,192 @@
+#include "core/PlotSource.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace {
+
+constexpr std::uint32_t kBucket = Pyramid::kBucket;
+// Of files wider than this only the wanted column of a bucket is kept.
+constexpr std::uint32_t kWide = 1024;
+constexpr std::size_t kCacheFloats = 1U << 20;
+constexpr std::size_t kFewestRuns = 4;
+constexpr std::size_t kMostRuns = 64;
+
+}  // namespace
+
+double PlotSource::step() const
+{
+    if (m_timeKind == TimeKind::Steps)
+        return m_dt;
+    if (m_timeKind == TimeKind::RowNumbers || m_rows < 2)
+        return 1.0;
+    const double span = timeOf(m_rows) - timeOf(1);
+    return span > 0.0 ? span / (m_rows - 1.0) : 1.0;
+}
+
+double PlotSource::timeOf(std::uint32_t row) const
+{
+    switch (m_timeKind) {
+        case TimeKind::Steps:
+            return m_base + row * m_dt;
+        case TimeKind::RowNumbers:
+            return row;
+        case TimeKind::EachRow:
+            break;
+    }
+    const std::uint32_t bucket = (row - 1) / kBucket;
+    if (m_columns > kWide) {
+        std::vector<float> values(m_columns);
+        readRows(row, 1, values.data());
+        return timeInRow(row, values.data());
+    }
+    return timeInRow(row, run(bucket, 1).values + std::size_t{(row - 1) % kBucket} * m_columns);
+}
+
+std::uint32_t PlotSource::rowAt(double t) const
+{
+    if (m_rows == 0 || std::isnan(t))
+        return 0;
+    return m_timeKind == TimeKind::EachRow ? rowByTimes(t) : rowInSteps(t);
+}
+
+std::uint32_t PlotSource::rowInSteps(double t) const
+{
+    const bool numbers = m_timeKind == TimeKind::RowNumbers;
+    const double steps = numbers ? t : (t - m_base) / m_dt;
+    if (steps < 0.5)
+        return timeOf(1) <= t ? 1 : 0;
+    if (steps >= m_rows)
+        return m_rows;
+    // The quotient may round over the time of a row: that time decides.
+    auto row = static_cast<std::uint32_t>(steps);
+    while (row < m_rows && timeOf(row + 1) <= t)
+        ++row;
+    while (row > 0 && timeOf(row) > t)
+        --row;
+    return row;
+}
+
+std::uint32_t PlotSource::rowByTimes(double t) const
+{
+    std::uint32_t low = 1;
+    std::uint32_t high = m_rows;
+    if (m_timesKnown) {
+        const auto after = std::upper_bound(m_bucketTimes.begin(), m_bucketTimes.end(), t);
+        if (after == m_bucketTimes.begin())
+            return 0;
+        const auto bucket = static_cast<std::uint32_t>(after - m_bucketTimes.begin() - 1);
+        low = bucket * kBucket + 1;
+        high = low + rowsOf(bucket) - 1;
+    } else if (timeOf(1) > t) {
+        return 0;
+    }
+    while (low < high) {
+        const std::uint32_t middle = high - (high - low) / 2;
+        if (timeOf(middle) <= t)
+            low = middle;
+        else
+            high = middle - 1;
+    }
+    return low;
+}
+
+std::uint32_t PlotSource::rowNear(double t, double tolerance) const
+{
+    if (m_rows == 0 || std::isnan(t))
+        return 0;
+    if (m_timeKind != TimeKind::EachRow) {
+        const std::uint32_t row = rowInSteps(t);
+        const double width = kBucket * (m_timeKind == TimeKind::Steps ? m_dt : 1.0);
+        return width <= tolerance && row < m_rows ? row - row % kBucket : row;
+    }
+    const auto after = std::upper_bound(m_bucketTimes.begin(), m_bucketTimes.end(), t);
+    if (after == m_bucketTimes.begin() || !m_timesKnown)
+        return rowByTimes(t);
+    const double end = after == m_bucketTimes.end() ? m_lastTime : *after;
+    if (t >= m_lastTime || end - *(after - 1) > tolerance)
+        return rowByTimes(t);
+    return static_cast<std::uint32_t>(after - m_bucketTimes.begin() - 1) * kBucket;
+}
+
+float PlotSource::value(std::uint32_t row, std::uint32_t column) const
+{
+    const Run r = run((row - 1) / kBucket, column);
+    return r.values[(row - 1) % kBucket * r.stride];
+}
+
+std::uint32_t PlotSource::rowsOf(std::uint32_t bucket) const
+{
+    return std::min(kBucket, m_rows - bucket * kBucket);
+}
+
+PlotSource::Run PlotSource::run(std::uint32_t bucket, std::uint32_t column) const
+{
+    const std::size_t count = rowsOf(bucket);
+    if (const float* const all = rowsInMemory(bucket))
+        return {all + column - 1, m_columns, count};
+    const std::uint32_t wanted = m_columns > kWide ? column : 0;
+    if (m_latest >= m_runs.size() || m_runs[m_latest].bucket != bucket || m_runs[m_latest].column != wanted)
+        keep(bucket, wanted);
+    const float* const values = m_runs[m_latest].values.data();
+    return wanted == 0 ? Run{values + column - 1, m_columns, count} : Run{values, 1, count};
+}
+
+const PlotSource::Kept& PlotSource::keep(std::uint32_t bucket, std::uint32_t column) const
+{
+    for (std::size_t i = 0; i < m_runs.size(); ++i) {
+        if (m_runs[i].bucket == bucket && m_runs[i].column == column) {
+            m_latest = i;
+            return m_runs[i];
+        }
+    }
+    Kept fresh;
+    fresh.bucket = bucket;
+    fresh.column = column;
+    const std::uint32_t count = rowsOf(bucket);
+    if (column == 0) {
+        fresh.values.resize(std::size_t{count} * m_columns);
+        readRows(bucket * kBucket + 1, count, fresh.values.data());
+    } else {
+        for (std::uint32_t i = 0; i < count; ++i)
+            fresh.values.push_back(readValue(bucket * kBucket + 1 + i, column));
+    }
+    const std::size_t most =
+        std::clamp(kCacheFloats / std::max<std::size_t>(1, fresh.values.size()), kFewestRuns, kMostRuns);
+    if (m_runs.size() < most) {
+        m_runs.push_back(std::move(fresh));
+        m_latest = m_runs.size() - 1;
+    } else {
+        m_latest = m_nextVictim++ % m_runs.size();
+        m_runs[m_latest] = std::move(fresh);
+    }
+    return m_runs[m_latest];
+}
+
+const float* PlotSource::rowsInMemory(std::uint32_t /*bucket*/) const
+{
+    return nullptr;
+}
+
+bool PlotSource::learnTimes(std::uint32_t first, std::uint32_t count, const float* rows)
+{
+    if (m_timeKind != TimeKind::EachRow)
+        return m_timeKind == TimeKind::Steps;
+    if (first == 1) {
+        m_bucketTimes.clear();
+        m_lastTime = -std::numeric_limits<double>::infinity();
+    }
+    for (std::uint32_t i = 0; i < count; ++i) {
+        const double t = timeInRow(first + i, rows + std::size_t{i} * m_columns);
+        // A time that is no number counts as one that runs backwards.
+        if (!(t >= m_lastTime) || std::isinf(t)) {
+            m_timeKind = TimeKind::RowNumbers;
+            return false;
+        }
+        m_lastTime = t;
+        if ((first + i - 1) % kBucket == 0)
+            m_bucketTimes.push_back(t);
+    }
+    return true;
+}

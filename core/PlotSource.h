@@ -1,0 +1,106 @@
+// Where a plot's samples come from: rows of columns with a time each.
+//
+// Rows count from 1, the oldest first. Times are seconds since startSeconds() of the source. Neighbouring
+// rows are read 256 at a time and a few such runs are kept, so that several columns, and the two ends of a
+// pixel's run, cost one read.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "core/Pyramid.h"
+
+class PlotSource
+{
+public:
+    // How the source tells its time: by equal steps, by a time of each row's own, or not at all, because
+    // the steps are not positive or the times run backwards: then the row number stands for the time.
+    enum class TimeKind { Steps, EachRow, RowNumbers };
+
+    virtual ~PlotSource() = default;
+    PlotSource(const PlotSource&) = delete;
+    PlotSource& operator=(const PlotSource&) = delete;
+
+    std::uint32_t rows() const noexcept { return m_rows; }
+    std::uint32_t columns() const noexcept { return m_columns; }
+    TimeKind timeKind() const noexcept { return m_timeKind; }
+    // Seconds from a row to the next; where they differ, a mean.
+    double step() const;
+    // Seconds since the epoch; 0 where the source has no clock.
+    std::uint32_t startSeconds() const noexcept { return m_startSeconds; }
+
+    // Row 1 to rows(). Throws the TS exceptions, as everything below that reads.
+    double timeOf(std::uint32_t row) const;
+    // The last row whose time is at or before t; 0 where there is none.
+    std::uint32_t rowAt(double t) const;
+    // As rowAt(), but the answer may be off by samples whose times lie within `tolerance` of t: it is the
+    // end of a bucket of rows where there is such a one, which saves reading them.
+    std::uint32_t rowNear(double t, double tolerance) const;
+
+    float value(std::uint32_t row, std::uint32_t column) const;
+
+    // The values of a column in one bucket of rows: 256 * bucket + 1 and the following ones.
+    struct Run
+    {
+        const float* values = nullptr;  // valid until the next call
+        std::size_t stride = 0;
+        std::size_t count = 0;
+    };
+    Run run(std::uint32_t bucket, std::uint32_t column) const;
+
+    // `count` rows from row `first`, columns() values each.
+    virtual void readRows(std::uint32_t first, std::uint32_t count, float* out) const = 0;
+
+    // The pass over the source shows it each row's time: rows first, first + 1, … as readRows() gave them.
+    // False from the first time that lies before the one above it; the source then counts in row numbers.
+    bool learnTimes(std::uint32_t first, std::uint32_t count, const float* rows);
+    // Whether a pass has to be made before times can be asked for.
+    bool timesAreKnown() const noexcept { return m_timeKind != TimeKind::EachRow || m_timesKnown; }
+    void timesAreComplete() noexcept { m_timesKnown = true; }
+
+protected:
+    PlotSource() = default;
+
+    // The time that stands in a row's values; only asked where timeKind() is EachRow.
+    virtual double timeInRow(std::uint32_t row, const float* values) const = 0;
+    virtual float readValue(std::uint32_t row, std::uint32_t column) const = 0;
+    // All rows of a bucket side by side where the source has them in memory; else null.
+    virtual const float* rowsInMemory(std::uint32_t bucket) const;
+
+    // The source is not what it was.
+    void forgetContents()
+    {
+        m_runs.clear();
+        m_bucketTimes.clear();
+        m_timesKnown = false;
+    }
+
+    std::uint32_t m_rows = 0;
+    std::uint32_t m_columns = 0;
+    std::uint32_t m_startSeconds = 0;
+    TimeKind m_timeKind = TimeKind::Steps;
+    double m_base = 0.0;  // time of the step before row 1
+    double m_dt = 1.0;
+
+private:
+    struct Kept
+    {
+        std::uint32_t bucket = 0;
+        std::uint32_t column = 0;  // 0: all of them
+        std::vector<float> values;
+    };
+    const Kept& keep(std::uint32_t bucket, std::uint32_t column) const;
+    std::uint32_t rowsOf(std::uint32_t bucket) const;
+    std::uint32_t rowInSteps(double t) const;
+    std::uint32_t rowByTimes(double t) const;
+
+    mutable std::vector<Kept> m_runs;
+    mutable std::size_t m_latest = 0;
+    mutable std::size_t m_nextVictim = 0;
+    std::vector<double> m_bucketTimes;  // of the first row of each bucket
+    double m_lastTime = 0.0;
+    bool m_timesKnown = false;
+};

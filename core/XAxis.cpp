@@ -1,0 +1,76 @@
+#include "core/XAxis.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+// Row numbers stand for times in mode Sample, whatever the source tells.
+std::uint32_t rowOfNumber(const Variable& v, double number)
+{
+    if (!(number >= 1.0))
+        return 0;
+    return number >= v.rows() ? v.rows() : static_cast<std::uint32_t>(number);
+}
+
+}  // namespace
+
+double XAxis::shiftOf(const Variable& v) const
+{
+    if (mode == XMode::Sample)
+        return v.timeShift == 0.0 ? 0.0 : v.timeShift / v.source()->step();
+    // A file without a clock stands at the origin.
+    const std::uint32_t start = v.source()->startSeconds();
+    return v.timeShift + (start == 0 ? 0.0 : static_cast<double>(start) - origin);
+}
+
+double XAxis::xOf(const Variable& v, std::uint32_t row) const
+{
+    return (mode == XMode::Sample ? row : v.source()->timeOf(row)) + shiftOf(v);
+}
+
+std::uint32_t XAxis::rowAt(const Variable& v, double x) const
+{
+    const double own = x - shiftOf(v);
+    return mode == XMode::Sample ? rowOfNumber(v, own) : v.source()->rowAt(own);
+}
+
+std::uint32_t XAxis::rowFrom(const Variable& v, double x) const
+{
+    std::uint32_t row = rowAt(v, x);
+    if (row == 0 || xOf(v, row) < x)
+        return row + 1;
+    // Rows may share a time.
+    while (row > 1 && xOf(v, row - 1) >= x)
+        --row;
+    return row;
+}
+
+std::uint32_t XAxis::rowNear(const Variable& v, double x, double tolerance) const
+{
+    const double own = x - shiftOf(v);
+    if (mode != XMode::Sample)
+        return v.source()->rowNear(own, tolerance);
+    const std::uint32_t row = rowOfNumber(v, own);
+    return tolerance >= Pyramid::kBucket && row < v.rows() ? row - row % Pyramid::kBucket : row;
+}
+
+std::uint32_t XAxis::nearestRow(const Variable& v, double x) const
+{
+    const std::uint32_t row = rowAt(v, x);
+    if (row == 0)
+        return v.rows() == 0 ? 0 : 1;
+    if (row == v.rows())
+        return row;
+    return x - xOf(v, row) <= xOf(v, row + 1) - x ? row : row + 1;
+}
+
+double XAxis::toScale(double x) const
+{
+    return logarithmic ? std::log10(x) : x;
+}
+
+double XAxis::fromScale(double position) const
+{
+    return logarithmic ? std::pow(10.0, position) : position;
+}

@@ -1,0 +1,37 @@
+// What stands along a plot's x axis, and how its numbers belong to the rows of variables.
+//
+// x is a row number (mode Sample) or seconds since `origin` (the other modes, which differ in their labels
+// only): small numbers, so that a double keeps fine steps of long series.
+#pragma once
+
+#include <cstdint>
+
+#include "core/Variable.h"
+
+enum class XMode { Sample, Elapsed, Clock };
+
+struct XAxis
+{
+    XMode mode = XMode::Elapsed;
+    bool logarithmic = false;  // rows whose x is not above 0 are not shown
+    std::uint32_t origin = 0;  // seconds since the epoch
+
+    // Throw the TS exceptions where times have to be read.
+    double xOf(const Variable& v, std::uint32_t row) const;
+    // The last row at or before x; 0 where there is none.
+    std::uint32_t rowAt(const Variable& v, double x) const;
+    // The first row at or after x; rows() + 1 where there is none.
+    std::uint32_t rowFrom(const Variable& v, double x) const;
+    // As rowAt(), but the answer may be off by samples whose x lies within `tolerance` of x, if that saves
+    // reading them.
+    std::uint32_t rowNear(const Variable& v, double x, double tolerance) const;
+    // Of the rows around x the nearest one; 0 where there are no rows.
+    std::uint32_t nearestRow(const Variable& v, double x) const;
+
+    // Distances along the axis: log10 on a logarithmic one.
+    double toScale(double x) const;
+    double fromScale(double position) const;
+
+private:
+    double shiftOf(const Variable& v) const;
+};

@@ -1,0 +1,25 @@
+// The functions that a formula can call, in the order in which their names are tried.
+#pragma once
+
+#include <span>
+
+#include "formula/FormulaNode.h"
+
+struct UnaryEntry
+{
+    const char* name;
+    UnaryFunction function;
+};
+struct BinaryEntry
+{
+    const char* name;
+    BinaryFunction function;
+};
+
+std::span<const UnaryEntry> unaryFunctions();
+std::span<const BinaryEntry> binaryFunctions();
+
+// The first function whose name the text begins with, or null. A longer word that begins with a name means
+// that function, on purpose: formulas in use rely on "sinus(t)" and on "cosh" being "cos".
+const UnaryEntry* unaryAt(const char* text);
+const BinaryEntry* binaryAt(const char* text);

@@ -1,0 +1,88 @@
+// The main window's actions, menus and tool bars as tables of rows.
+#pragma once
+
+#include <QString>
+
+#include <optional>
+#include <span>
+
+#include "portal/TsApplication.h"
+
+// The actions, in the order of their table.
+enum class ActionId {
+    Help,
+    About,
+    Create,
+    ReadTsa,
+    ReadStl,
+    ReadScl,
+    OtherDirectory,
+    Refresh,
+    Formula,
+    Derivative,
+    Integral,
+    Spectrum,
+    Filter,
+    ConfigurePostscript,
+    ConfigureFont,
+    Sorting,
+    TsaHelp,
+    StlHelp,
+    Plot,
+    WriteTsa,
+    EditHeader,
+    List,
+    Edit,
+    Delete,
+    Quit,
+};
+
+struct ActionRow
+{
+    ActionId id;
+    const char* image;     // ":/img_" + image; empty for none
+    const char* shortcut;  // repeated ones are wanted: Qt then reports an ambiguity and runs neither
+    const char* slot;      // of the main window, as SLOT() writes it
+    const char* text;
+    const char* toolTip;
+    const char* whatsThis;
+    bool checkable = false;
+    // The window that the action starts; it is disabled in a program without it.
+    std::optional<SubProgram> window = std::nullopt;
+};
+
+std::span<const ActionRow> actionRows();
+
+// What acts on one file: a sub-menu of "&File" that lists the files, and an entry of a row's context menu.
+struct FileActionRow
+{
+    ActionId action;
+    const char* menuText;
+    const char* menuSlot;     // takes the QAction* of the chosen file
+    const char* contextText;  // %1 is the file's name
+    const char* contextSlot;
+};
+
+std::span<const FileActionRow> fileActionRows();
+
+// A place in a menu or tool bar where no action stands.
+enum class Gap { Separator, FileMenus, RowHeight };
+
+struct BarItem
+{
+    BarItem(ActionId id) : action(id) {}  // NOLINT(google-explicit-constructor): rows read as lists
+    BarItem(Gap place) : gap(place) {}    // NOLINT(google-explicit-constructor)
+
+    std::optional<ActionId> action;
+    std::optional<Gap> gap;
+};
+
+struct BarRow
+{
+    const char* title;
+    std::span<const BarItem> items;
+    bool hidden = false;
+};
+
+std::span<const BarRow> menuRows();
+std::span<const BarRow> toolBarRows();

@@ -1,0 +1,149 @@
+#include "portal/FileTable.h"
+
+#include <QContextMenuEvent>
+#include <QHeaderView>
+
+#include <array>
+
+namespace {
+
+struct HeaderRow
+{
+    const char* label;  // the blanks belong to it: they set the least widths
+    const char* toolTip;
+    const char* whatsThis;
+};
+
+constexpr std::array<HeaderRow, 5> kHeaders{{
+    {" File name", "File name", "Only time series (ts) files with extention .ts are shown in this table."},
+    {" Samples    ", "Number of lines (=samples) in the listed files.",
+     "You may increase or decrease the number of samples in the header edit window."},
+    {" Columns    ", "Number of columns in the listed files.",
+     "You may increase or decrease the number of columns in the header edit window."},
+    {" Sample time    ", "Sample time, normally constant",
+     "If variable sample time, the time must be stored on a dedicated column."},
+    {" Description", "File description", "Editable in the header edit window"},
+}};
+
+constexpr int kNameColumn = 0;
+constexpr int kDescriptionColumn = 4;
+constexpr int kLeastRowHeight = 18;
+
+}  // namespace
+
+FileTable::FileTable(QWidget* parent) : QTableWidget(0, static_cast<int>(kHeaders.size()), parent)
+{
+    setAccessibleName(QStringLiteral("Ts-files of the working directory"));
+    setSelectionBehavior(QAbstractItemView::SelectRows);
+    setSelectionMode(QAbstractItemView::SingleSelection);
+    setEditTriggers(QAbstractItemView::NoEditTriggers);
+    setTabKeyNavigation(false);  // Tab leaves the table, the arrows walk in it
+    setShowGrid(false);
+    setAlternatingRowColors(true);
+    setWordWrap(false);
+    makeHeader();
+}
+
+void FileTable::makeHeader()
+{
+    for (int column = 0; column < columnCount(); ++column) {
+        const HeaderRow& row = kHeaders[static_cast<std::size_t>(column)];
+        auto* const item = new QTableWidgetItem(QString::fromLatin1(row.label));
+        item->setToolTip(QString::fromLatin1(row.toolTip));
+        if (column == kNameColumn || column == kDescriptionColumn)
+            item->setTextAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+        item->setWhatsThis(QString::fromLatin1(row.whatsThis));
+        setHorizontalHeaderItem(column, item);
+    }
+    horizontalHeader()->setSortIndicator(kNameColumn, Qt::AscendingOrder);
+    horizontalHeader()->setHighlightSections(false);
+    horizontalHeader()->setStretchLastSection(true);
+    verticalHeader()->setMinimumSectionSize(kLeastRowHeight);
+    verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    verticalHeader()->hide();
+    resizeColumnsToContents();
+}
+
+void FileTable::fill(const std::vector<TsFileRecord>& records, bool sorted)
+{
+    const QString selected = selectedFile();
+    // Rows would move under the loop while sorting is on, and each item would be painted.
+    setSortingEnabled(false);
+    setUpdatesEnabled(false);
+    clearContents();
+    setRowCount(static_cast<int>(records.size()));
+    for (std::size_t i = 0; i < records.size(); ++i)
+        setRow(static_cast<int>(i), records[i]);
+    if (sorted)
+        setSortingEnabled(true);
+    resizeColumnsToContents();
+    setUpdatesEnabled(true);
+    if (!select(selected))
+        clearSelection();
+}
+
+void FileTable::setRow(int row, const TsFileRecord& record)
+{
+    const std::array<QString, kHeaders.size()> texts = {
+        record.name, QString::number(record.samples), QString::number(record.columns),
+        sampleTimeText(record.sampleTime), record.description};
+    for (int column = 0; column < columnCount(); ++column) {
+        auto* const item = new QTableWidgetItem(texts[static_cast<std::size_t>(column)]);
+        if (column != kNameColumn && column != kDescriptionColumn)
+            item->setTextAlignment(Qt::AlignHCenter | Qt::AlignVCenter);
+        setItem(row, column, item);
+    }
+}
+
+QString FileTable::fileAt(int row) const
+{
+    const QTableWidgetItem* const cell = item(row, kNameColumn);
+    return cell == nullptr ? QString() : cell->text();
+}
+
+QString FileTable::selectedFile() const
+{
+    const QModelIndexList rows = selectionModel()->selectedRows(kNameColumn);
+    return rows.isEmpty() ? QString() : fileAt(rows.first().row());
+}
+
+bool FileTable::select(const QString& name)
+{
+    if (name.isEmpty())
+        return false;
+    for (int row = 0; row < rowCount(); ++row) {
+        if (fileAt(row) == name) {
+            setCurrentCell(row, kNameColumn, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+            scrollToItem(item(row, kNameColumn));
+            return true;
+        }
+    }
+    return false;
+}
+
+void FileTable::setRowHeights(int pixels)
+{
+    verticalHeader()->setDefaultSectionSize(pixels);
+}
+
+bool FileTable::viewportEvent(QEvent* event)
+{
+    // A right click names its row. Whatever comes from the keyboard goes to contextMenuEvent() instead.
+    if (event->type() != QEvent::ContextMenu)
+        return QTableWidget::viewportEvent(event);
+    const auto* const menu = static_cast<QContextMenuEvent*>(event);
+    const int row = rowAt(menu->pos().y());
+    if (row >= 0)
+        emit x_menu_wanted(row, menu->globalPos());
+    return true;
+}
+
+void FileTable::contextMenuEvent(QContextMenuEvent* event)
+{
+    event->accept();
+    const QModelIndexList rows = selectionModel()->selectedRows(kNameColumn);
+    if (rows.isEmpty())
+        return;
+    const QRect cell = visualRect(rows.first());
+    emit x_menu_wanted(rows.first().row(), viewport()->mapToGlobal(cell.bottomLeft()));
+}

@@ -1,0 +1,41 @@
+// The table of the working directory's ts-files: one row a file, one row selected at most.
+#pragma once
+
+#include <QTableWidget>
+
+#include <vector>
+
+#include "portal/TsDirectory.h"
+
+class FileTable : public QTableWidget
+{
+    Q_OBJECT
+
+public:
+    explicit FileTable(QWidget* parent = nullptr);
+
+    // Shows the records in place of what is there. Sorted, if at all, by the header that was clicked last.
+    // The selected file stays selected if it is still there.
+    void fill(const std::vector<TsFileRecord>& records, bool sorted);
+
+    // The file of a row, or an empty text.
+    QString fileAt(int row) const;
+    // The file of the selected row, or an empty text.
+    QString selectedFile() const;
+    // Selects a file's row and scrolls to it; false where it is not listed.
+    bool select(const QString& name);
+
+    void setRowHeights(int pixels);
+
+signals:
+    // The context menu was asked for, by mouse on a row or by key on the selected one.
+    void x_menu_wanted(int row, const QPoint& globalPosition);
+
+protected:
+    bool viewportEvent(QEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
+
+private:
+    void makeHeader();
+    void setRow(int row, const TsFileRecord& record);
+};

@@ -1,0 +1,119 @@
+#include "portal/FindBar.h"
+
+#include <QComboBox>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QPushButton>
+#include <QStyle>
+#include <QToolButton>
+
+#include "share/NumberField.h"
+
+namespace {
+
+constexpr int kShownDecimals = 4;
+
+struct Row
+{
+    Looking looking;
+    const char* text;
+};
+
+constexpr Row kRows[] = {{Looking::Equal, "equal to"},
+                         {Looking::Above, "above"},
+                         {Looking::Below, "below"},
+                         {Looking::Missing, "missing"},
+                         {Looking::JumpAbove, "a jump larger than"}};
+
+// A number with as many decimals as the cells have is one that was read there: what shows so is found.
+double toleranceOf(const QString& text)
+{
+    const int mark = std::max(text.lastIndexOf(QLatin1Char('.')), text.lastIndexOf(QLatin1Char(',')));
+    return mark >= 0 && text.trimmed().size() - mark - 1 == kShownDecimals ? 0.5e-4 : 0.0;
+}
+
+}  // namespace
+
+FindBar::FindBar(QWidget* parent)
+    : QWidget(parent),
+      m_what(new QComboBox),
+      m_number(new NumberField(QStringLiteral("0"))),
+      m_next(new QPushButton(QStringLiteral("Nex&t"))),
+      m_previous(new QPushButton(QStringLiteral("&Previous"))),
+      m_reason(new QLabel)
+{
+    auto* const label = new QLabel(QStringLiteral("Find a val&ue"));
+    label->setBuddy(m_what);
+    for (const Row& row : kRows)
+        m_what->addItem(QString::fromLatin1(row.text));
+    m_what->setAccessibleName(QStringLiteral("What to find"));
+    m_number->setAccessibleName(QStringLiteral("Number to find"));
+    m_number->setToolTip(
+        QStringLiteral("A number with four decimals finds every value that the table shows so; any other\n"
+                       "number finds the values that are exactly equal."));
+    m_number->setMaximumWidth(fontMetrics().horizontalAdvance(QLatin1Char('0')) * 18);
+    m_number->setReasonLabel(m_reason);
+    m_next->setToolTip(QStringLiteral("The next one down the column (F3)"));
+    m_previous->setToolTip(QStringLiteral("The next one up the column (Shift+F3)"));
+    auto* const closeButton = new QToolButton;
+    closeButton->setIcon(style()->standardIcon(QStyle::SP_TitleBarCloseButton));
+    closeButton->setAutoRaise(true);
+    closeButton->setToolTip(QStringLiteral("Close (Esc)"));
+    closeButton->setAccessibleName(QStringLiteral("Close the find strip"));
+
+    auto* const row = new QHBoxLayout(this);
+    row->setContentsMargins(4, 2, 4, 2);
+    for (QWidget* const widget : std::initializer_list<QWidget*>{label, m_what, m_number, m_next, m_previous})
+        row->addWidget(widget);
+    row->addWidget(m_reason, 1);
+    row->addWidget(closeButton);
+
+    connect(m_what, qOverload<int>(&QComboBox::currentIndexChanged), this, &FindBar::updateFields);
+    connect(m_number, &NumberField::x_validated, this, &FindBar::updateFields);
+    connect(m_next, &QPushButton::clicked, this, [this] { emit x_find(Direction::Forward); });
+    connect(m_previous, &QPushButton::clicked, this, [this] { emit x_find(Direction::Backward); });
+    connect(closeButton, &QToolButton::clicked, this, [this] {
+        hide();
+        emit x_closed();
+    });
+    hide();
+}
+
+void FindBar::open()
+{
+    show();
+    m_number->selectAll();
+    (m_number->isEnabled() ? static_cast<QWidget*>(m_number) : m_what)->setFocus();
+}
+
+bool FindBar::isValid() const
+{
+    return !m_number->isEnabled() || m_number->isValid();
+}
+
+SearchCondition FindBar::condition() const
+{
+    const Looking looking = kRows[m_what->currentIndex()].looking;
+    return {looking, m_number->number(), looking == Looking::Equal ? toleranceOf(m_number->text()) : 0.0};
+}
+
+void FindBar::updateFields()
+{
+    m_number->setEnabled(kRows[m_what->currentIndex()].looking != Looking::Missing);
+    m_next->setEnabled(isValid());
+    m_previous->setEnabled(isValid());
+}
+
+void FindBar::keyPressEvent(QKeyEvent* event)
+{
+    const bool enter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (event->key() == Qt::Key_Escape) {
+        hide();
+        emit x_closed();
+    } else if (enter && isValid()) {
+        emit x_find((event->modifiers() & Qt::ShiftModifier) != 0 ? Direction::Backward : Direction::Forward);
+    } else {
+        QWidget::keyPressEvent(event);
+    }
+}

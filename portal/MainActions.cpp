@@ -1,0 +1,128 @@
+#include "portal/MainActions.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QMenuBar>
+#include <QShortcutEvent>
+#include <QSpinBox>
+#include <QToolBar>
+
+#include "portal/SubPrograms.h"
+#include "share/hydaction.h"
+
+namespace {
+
+constexpr int kLeastRowHeight = 18;
+constexpr int kGreatestRowHeight = 30;
+constexpr int kFirstRowHeight = 22;
+
+}  // namespace
+
+MainActions::MainActions(QMainWindow* window) : QObject(window), m_window(window)
+{
+    createActions();
+    createMenus();
+    createToolBars();
+}
+
+void MainActions::createActions()
+{
+    for (const ActionRow& row : actionRows()) {
+        const QString image = QString::fromLatin1(row.image);
+        const QString what = QString::fromUtf8(row.whatsThis);
+        auto* const made =
+            new HydAction(image, QKeySequence(QString::fromLatin1(row.shortcut)), m_window, row.slot,
+                          QString::fromLatin1(row.text), QString::fromLatin1(row.toolTip),
+                          what.isEmpty() ? what : whatsThisText(image, what));
+        made->setCheckable(row.checkable);
+        made->setEnabled(!row.window || subProgramExists(*row.window));
+        made->installEventFilter(this);
+        // Keys work whatever bar or menu shows the action.
+        m_window->addAction(made);
+        m_actions[row.id] = made;
+    }
+    auto* const quit =
+        new QAction(QIcon(QStringLiteral(":/img_FlushDown")), QStringLiteral("&Quit"), m_window);
+    connect(quit, SIGNAL(triggered()), qApp, SLOT(closeAllWindows()));
+    m_actions[ActionId::Quit] = quit;
+}
+
+void MainActions::createMenus()
+{
+    for (const BarRow& row : menuRows()) {
+        QMenu* const menu = m_window->menuBar()->addMenu(QString::fromLatin1(row.title));
+        for (const BarItem& item : row.items) {
+            if (item.action)
+                menu->addAction(action(*item.action));
+            else if (item.gap == Gap::FileMenus)
+                createFileMenus(menu);
+            else
+                menu->addSeparator();
+        }
+    }
+}
+
+void MainActions::createFileMenus(QMenu* menu)
+{
+    m_fileMenus = new FileMenus(this);
+    for (const FileActionRow& row : fileActionRows()) {
+        QMenu* const files = menu->addMenu(action(row.action)->icon(), QString::fromLatin1(row.menuText));
+        files->setEnabled(action(row.action)->isEnabled());
+        connect(files, SIGNAL(triggered(QAction*)), m_window, row.menuSlot);
+        m_fileMenus->add(files);
+    }
+}
+
+void MainActions::createToolBars()
+{
+    for (const BarRow& row : toolBarRows()) {
+        QToolBar* const bar = m_window->addToolBar(QString::fromLatin1(row.title));
+        for (const BarItem& item : row.items) {
+            if (item.action)
+                bar->addAction(action(*item.action));
+            else
+                addRowHeight(bar);
+        }
+        bar->setHidden(row.hidden);
+    }
+}
+
+void MainActions::addRowHeight(QToolBar* bar)
+{
+    auto* const label = new QLabel(QStringLiteral("  Rowheight: "), bar);
+    m_rowHeight = new QSpinBox(bar);
+    m_rowHeight->setRange(kLeastRowHeight, kGreatestRowHeight);
+    m_rowHeight->setValue(kFirstRowHeight);
+    m_rowHeight->setAccessibleName(QStringLiteral("Row height"));
+    m_rowHeight->setToolTip(QStringLiteral("The height of the table's rows, in pixels."));
+    m_rowHeight->setWhatsThis(m_rowHeight->toolTip());
+    label->setBuddy(m_rowHeight);
+    bar->addWidget(label);
+    bar->addWidget(m_rowHeight);
+}
+
+void MainActions::addFileActions(QMenu* menu, const QString& file) const
+{
+    for (const FileActionRow& row : fileActionRows()) {
+        QAction* const entry = menu->addAction(action(row.action)->icon(),
+                                               QString::fromLatin1(row.contextText).arg(menuText(file)),
+                                               m_window, row.contextSlot);
+        entry->setEnabled(action(row.action)->isEnabled());
+    }
+}
+
+bool MainActions::eventFilter(QObject* watched, QEvent* event)
+{
+    if (event->type() == QEvent::Shortcut && static_cast<QShortcutEvent*>(event)->isAmbiguous()) {
+        const QKeySequence key = static_cast<QShortcutEvent*>(event)->key();
+        QStringList names;
+        for (const ActionRow& row : actionRows()) {
+            if (action(row.id)->shortcut() == key && action(row.id)->isEnabled())
+                names << action(row.id)->text().remove(QLatin1Char('&'));
+        }
+        emit x_ambiguous_key(
+            QStringLiteral("%1 stands for several actions; choose one in a menu: %2")
+                .arg(key.toString(QKeySequence::NativeText), names.join(QStringLiteral(", "))));
+    }
+    return QObject::eventFilter(watched, event);
+}

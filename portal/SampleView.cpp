@@ -1,0 +1,430 @@
+#include "portal/SampleView.h"
+
+#include <QApplication>
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QScrollBar>
+#include <QToolTip>
+
+#include <algorithm>
+#include <map>
+#include <utility>
+
+#include "portal/RowWindow.h"
+#include "portal/SortedRows.h"
+
+namespace {
+
+constexpr int kRowHeight = 20;
+constexpr int kWidestColumn = 150;  // pixels; longer names wrap
+constexpr int kMostHeaderLines = 4;
+constexpr int kHeaderMargin = 4;
+constexpr int kColumnsToFit = 1000;
+
+const int kHeaderAlignment = Qt::AlignHCenter | Qt::AlignVCenter | Qt::TextWordWrap;
+
+// Selecting and moving without the view running after its current cell.
+class NoAutoScroll
+{
+public:
+    explicit NoAutoScroll(QAbstractItemView& view) : m_view(view), m_before(view.hasAutoScroll())
+    {
+        m_view.setAutoScroll(false);
+    }
+    ~NoAutoScroll() { m_view.setAutoScroll(m_before); }
+    NoAutoScroll(const NoAutoScroll&) = delete;
+    NoAutoScroll& operator=(const NoAutoScroll&) = delete;
+
+private:
+    QAbstractItemView& m_view;
+    bool m_before;
+};
+
+}  // namespace
+
+SampleView::SampleView(TsTableModel* model, QWidget* parent)
+    : QTableView(parent), m_model(model), m_bar(new QScrollBar(Qt::Vertical))
+{
+    setObjectName(QStringLiteral("samples"));
+    setAccessibleName(QStringLiteral("Samples"));
+    setShowGrid(false);
+    setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
+    setSelectionMode(QAbstractItemView::ExtendedSelection);
+    verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    verticalHeader()->setMinimumSectionSize(1);
+    setRowHeight(kRowHeight);
+    horizontalHeader()->setResizeContentsPrecision(0);
+    verticalHeader()->setDefaultAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    horizontalHeader()->setDefaultAlignment(Qt::Alignment(kHeaderAlignment));
+
+    m_bar->setAccessibleName(QStringLiteral("Position in the file"));
+    connect(m_bar, &QScrollBar::valueChanged, this, &SampleView::scrollToTop);
+    connect(m_bar, &QScrollBar::sliderMoved, this, [this](int row) {
+        if (m_rowText)
+            QToolTip::showText(QCursor::pos(), m_rowText(row), m_bar);
+    });
+    connect(verticalScrollBar(), &QScrollBar::valueChanged, this, &SampleView::syncBar);
+    showAll();
+}
+
+// The models below the view go before its base does: it must not look at them any more.
+SampleView::~SampleView()
+{
+    detach();
+}
+
+void SampleView::detach()
+{
+    replaceModel(nullptr);
+    m_window.reset();
+    m_sorted.reset();
+}
+
+void SampleView::showAll()
+{
+    const std::uint32_t sample = m_currentRow < totalRows() ? sampleOfRow(m_currentRow) : 1;
+    detach();
+    if (m_model->rowCount() > RowWindow::kRows)
+        m_window = std::make_unique<RowWindow>(m_model);
+    show(m_window ? static_cast<QAbstractItemModel*>(m_window.get()) : m_model);
+    goToSample(sample, m_currentColumn);
+}
+
+void SampleView::showSorted(std::vector<std::uint32_t> samples)
+{
+    detach();
+    m_sorted = std::make_unique<SortedRows>(m_model, std::move(samples));
+    show(m_sorted.get());
+    goTo(0, m_currentColumn);
+}
+
+void SampleView::show(QAbstractItemModel* model)
+{
+    m_selection.clear();
+    replaceModel(model);
+    connect(selectionModel(), &QItemSelectionModel::selectionChanged, this, &SampleView::noteSelection);
+    connect(selectionModel(), &QItemSelectionModel::currentChanged, this, &SampleView::noteCurrent);
+    QFont bold = verticalHeader()->font();
+    bold.setBold(true);
+    verticalHeader()->setFixedWidth(
+        QFontMetrics(bold).horizontalAdvance(QString::number(m_model->rowCount())) + 4 * kHeaderMargin);
+    syncBar();
+    emit x_model_set();
+}
+
+// A view leaves its old selection model to its caller.
+void SampleView::replaceModel(QAbstractItemModel* model)
+{
+    const std::unique_ptr<QItemSelectionModel> old(selectionModel());
+    setModel(model);
+}
+
+int SampleView::totalRows() const
+{
+    return m_sorted ? m_sorted->rowCount() : m_model->rowCount();
+}
+
+std::uint32_t SampleView::sampleOfRow(int row) const
+{
+    const int source = m_sorted ? m_sorted->mapToSource(m_sorted->index(row, 0)).row() : row;
+    return static_cast<std::uint32_t>(source) + 1;
+}
+
+int SampleView::offset() const
+{
+    return m_window ? m_window->base() : 0;
+}
+
+int SampleView::visibleRows() const
+{
+    return std::max(1, viewport()->height() / std::max(1, verticalHeader()->defaultSectionSize()));
+}
+
+QModelIndex SampleView::indexOfRow(int row, int column) const
+{
+    return model() == nullptr ? QModelIndex() : model()->index(row - offset(), column);
+}
+
+int SampleView::edgeColumn(bool last) const
+{
+    const int columns = m_model->columnCount();
+    for (int i = 0; i < columns; ++i) {
+        const int column = last ? columns - 1 - i : i;
+        if (!isColumnHidden(column))
+            return column;
+    }
+    return 0;
+}
+
+// -- The window's place --
+
+void SampleView::moveWindow(int base)
+{
+    const NoAutoScroll still(*this);
+    m_applying = true;
+    // An unselected model moves at once; a selected one would first list every single cell.
+    selectionModel()->clearSelection();
+    m_window->setBase(base);
+    if (m_window->shows(m_currentRow))
+        selectionModel()->setCurrentIndex(indexOfRow(m_currentRow, m_currentColumn),
+                                          QItemSelectionModel::NoUpdate);
+    m_applying = false;
+    applySelection();
+    syncBar();
+}
+
+void SampleView::moveWindowTo(int row)
+{
+    if (m_window && !m_window->shows(row))
+        moveWindow(row - RowWindow::kRows / 2);
+}
+
+// So that the next move by a page stays inside the window.
+void SampleView::keepAwayFromEdges()
+{
+    if (!m_window)
+        return;
+    moveWindowTo(m_currentRow);
+    const int inWindow = m_currentRow - offset();
+    const int margin = visibleRows() + 1;
+    const bool nearTop = inWindow < margin && offset() > 0;
+    const bool nearEnd =
+        inWindow > RowWindow::kRows - margin && offset() + RowWindow::kRows < m_model->rowCount();
+    if (nearTop || nearEnd)
+        moveWindow(m_currentRow - RowWindow::kRows / 2);
+}
+
+void SampleView::scrollToTop(int row)
+{
+    if (m_window && (row < offset() || row + visibleRows() > offset() + RowWindow::kRows))
+        moveWindow(row - RowWindow::kRows / 2);
+    verticalScrollBar()->setValue(row - offset());
+}
+
+void SampleView::syncBar()
+{
+    const QSignalBlocker still(m_bar);
+    m_bar->setRange(0, std::max(0, totalRows() - visibleRows()));
+    m_bar->setPageStep(visibleRows());
+    m_bar->setValue(offset() + verticalScrollBar()->value());
+}
+
+void SampleView::updateGeometries()
+{
+    QTableView::updateGeometries();
+    if (model() != nullptr)
+        syncBar();
+}
+
+void SampleView::wheelEvent(QWheelEvent* event)
+{
+    const bool vertical = event->angleDelta().y() != 0 && event->modifiers() == Qt::NoModifier;
+    if (m_window && vertical)
+        QApplication::sendEvent(m_bar, event);
+    else
+        QTableView::wheelEvent(event);
+}
+
+// -- The current cell --
+
+void SampleView::goTo(int row, int column)
+{
+    if (totalRows() == 0 || m_model->columnCount() == 0)
+        return;
+    row = std::clamp(row, 0, totalRows() - 1);
+    moveWindowTo(row);
+    m_anchorRow = row;
+    m_anchorColumn = column;
+    const QModelIndex index = indexOfRow(row, column);
+    selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect);
+    noteCurrent(index);
+    scrollTo(index, QAbstractItemView::EnsureVisible);
+}
+
+bool SampleView::goToSample(std::uint32_t sample, int column)
+{
+    const auto row = static_cast<int>(sample) - 1;
+    if (!m_sorted) {
+        goTo(row, column);
+        return true;
+    }
+    const QModelIndex index = m_sorted->mapFromSource(m_model->index(row, column));
+    if (index.isValid())
+        goTo(index.row(), column);
+    return index.isValid();
+}
+
+void SampleView::noteCurrent(const QModelIndex& current)
+{
+    if (m_applying || !current.isValid())
+        return;
+    m_currentRow = current.row() + offset();
+    m_currentColumn = current.column();
+    emit x_current_moved();
+}
+
+QModelIndex SampleView::moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers)
+{
+    if (!m_window)
+        return QTableView::moveCursor(action, modifiers);
+    const bool ends = (action == MoveHome || action == MoveEnd) && (modifiers & Qt::ControlModifier);
+    if (ends) {
+        const int row = action == MoveHome ? 0 : totalRows() - 1;
+        moveWindowTo(row);
+        return indexOfRow(row, edgeColumn(action == MoveEnd));
+    }
+    keepAwayFromEdges();
+    return QTableView::moveCursor(action, modifiers);
+}
+
+void SampleView::keyPressEvent(QKeyEvent* event)
+{
+    static const std::map<int, CursorAction> kMoves = {
+        {Qt::Key_Up, MoveUp},     {Qt::Key_Down, MoveDown},   {Qt::Key_PageUp, MovePageUp},
+        {Qt::Key_Left, MoveLeft}, {Qt::Key_Right, MoveRight}, {Qt::Key_PageDown, MovePageDown},
+        {Qt::Key_Home, MoveHome}, {Qt::Key_End, MoveEnd},
+    };
+    const auto move = kMoves.find(event->key());
+    const bool extends = (event->modifiers() & Qt::ShiftModifier) != 0;
+    // The anchor may lie outside of the window, where the base class cannot know it.
+    if (m_window && move != kMoves.end() && extends) {
+        const QModelIndex next = moveCursor(move->second, event->modifiers() & ~Qt::ShiftModifier);
+        if (next.isValid())
+            extendTo(next.row() + offset(), next.column());
+        return;
+    }
+    // An editor hands its Enter on, too; it moves when it closes.
+    const bool enter =
+        (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) && state() != EditingState;
+    QTableView::keyPressEvent(event);
+    if (enter && m_model->editedFile() != nullptr && event->modifiers() == Qt::NoModifier) {
+        goTo(m_currentRow + 1, m_currentColumn);
+        event->accept();
+    }
+    if (!extends) {
+        m_anchorRow = m_currentRow;
+        m_anchorColumn = m_currentColumn;
+    }
+}
+
+void SampleView::mousePressEvent(QMouseEvent* event)
+{
+    const QModelIndex index = indexAt(event->pos());
+    if (m_window && event->button() == Qt::LeftButton && (event->modifiers() & Qt::ShiftModifier) != 0 &&
+        index.isValid()) {
+        extendTo(index.row() + offset(), index.column());
+        return;
+    }
+    QTableView::mousePressEvent(event);
+    m_anchorRow = m_currentRow;
+    m_anchorColumn = m_currentColumn;
+}
+
+void SampleView::closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint)
+{
+    QTableView::closeEditor(editor, hint);
+    // Enter.
+    if (hint == QAbstractItemDelegate::SubmitModelCache)
+        goTo(m_currentRow + 1, m_currentColumn);
+}
+
+void SampleView::keyboardSearch(const QString& /*text*/) {}
+
+// -- The selection --
+
+void SampleView::selectBlock(const CellBlock& block)
+{
+    m_selection = {block};
+    applySelection();
+    emit x_selected();
+}
+
+void SampleView::selectAll()
+{
+    if (totalRows() > 0 && m_model->columnCount() > 0)
+        selectBlock({0, totalRows() - 1, 0, m_model->columnCount() - 1});
+}
+
+void SampleView::extendTo(int row, int column)
+{
+    moveWindowTo(row);
+    m_applying = true;
+    const QModelIndex index = indexOfRow(row, column);
+    selectionModel()->setCurrentIndex(index, QItemSelectionModel::NoUpdate);
+    m_applying = false;
+    noteCurrent(index);
+    scrollTo(index);
+    selectBlock({std::min(row, m_anchorRow), std::max(row, m_anchorRow), std::min(column, m_anchorColumn),
+                 std::max(column, m_anchorColumn)});
+}
+
+void SampleView::applySelection()
+{
+    QItemSelection shown;
+    const int last = offset() + model()->rowCount() - 1;
+    for (const CellBlock& block : m_selection) {
+        const int from = std::max(block.firstRow, offset());
+        const int to = std::min(block.lastRow, last);
+        if (from <= to)
+            shown.select(indexOfRow(from, block.firstColumn), indexOfRow(to, block.lastColumn));
+    }
+    m_applying = true;
+    selectionModel()->select(shown, QItemSelectionModel::ClearAndSelect);
+    m_applying = false;
+}
+
+void SampleView::noteSelection()
+{
+    if (m_applying)
+        return;
+    const int windowEnd = offset() + model()->rowCount() - 1;
+    std::vector<CellBlock> kept;
+    // Ctrl adds to what is selected, also where the window does not show it.
+    if (m_window && (QApplication::keyboardModifiers() & Qt::ControlModifier) != 0)
+        for (const CellBlock& block : m_selection)
+            if (block.lastRow < offset() || block.firstRow > windowEnd)
+                kept.push_back(block);
+    m_selection = std::move(kept);
+    for (const QItemSelectionRange& range : selectionModel()->selection()) {
+        CellBlock block{range.top() + offset(), range.bottom() + offset(), range.left(), range.right()};
+        // A whole column of the window is meant as the whole column.
+        if (block.firstRow == offset() && block.lastRow == windowEnd) {
+            block.firstRow = 0;
+            block.lastRow = totalRows() - 1;
+        }
+        m_selection.push_back(block);
+    }
+    emit x_selected();
+}
+
+// -- Looks --
+
+void SampleView::setRowHeight(int pixels)
+{
+    verticalHeader()->setDefaultSectionSize(pixels);
+    syncBar();
+}
+
+void SampleView::fitColumns()
+{
+    if (m_model->columnCount() > kColumnsToFit)
+        return;
+    resizeColumnsToContents();
+    QFont bold = horizontalHeader()->font();
+    bold.setBold(true);  // as the name of a selected column is
+    const QFontMetrics metrics(bold);
+    int height = 0;
+    for (int column = 0; column < m_model->columnCount(); ++column) {
+        const QString name = model()->headerData(column, Qt::Horizontal).toString();
+        int least = std::max(kWidestColumn, sizeHintForColumn(column));
+        for (const QString& word : name.split(QLatin1Char(' ')))
+            least = std::max(least, metrics.horizontalAdvance(word) + 4 * kHeaderMargin);
+        setColumnWidth(column, std::min(columnWidth(column), least));
+        const QRect box(0, 0, columnWidth(column) - 2 * kHeaderMargin,
+                        kMostHeaderLines * metrics.lineSpacing());
+        height = std::max(height, metrics.boundingRect(box, kHeaderAlignment, name).height());
+    }
+    horizontalHeader()->setFixedHeight(std::min(height, kMostHeaderLines * metrics.lineSpacing()) +
+                                       2 * kHeaderMargin);
+}

@@ -1,0 +1,73 @@
+// The item model that serves a ts-file's values to the table: row r is sample r + 1, column c is column c
+// + 1.
+//
+// It keeps no copy of the values, whatever the file's length. With makeEditable() it shows the file as it is
+// edited and takes new values. Cells that cannot be read show as unreadable; nothing is thrown.
+#pragma once
+
+#include <QAbstractTableModel>
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+
+#include "core/ColumnScan.h"
+#include "core/TSFILE.h"
+#include "portal/EditedFile.h"
+
+// A cell's number: point or comma; "nan" and an empty text are a missing value. Nothing where the text is no
+// number that a cell can hold.
+std::optional<float> cellNumber(const QString& text);
+class TsTableModel : public QAbstractTableModel
+{
+    Q_OBJECT
+
+public:
+    // A header may claim any number of columns; a table shows at most this many.
+    static constexpr int kMostColumns = 100000;
+
+    // Takes the file over.
+    explicit TsTableModel(TSFILE* file, QObject* parent = nullptr);
+
+    TSFILE& file() const { return *m_file; }
+    // Puts a file in the place of the one that is listed; takes it over. Not while it is edited.
+    void setFile(TSFILE* file);
+
+    // Saves go to the file of that path, the one that is listed.
+    void makeEditable(const std::filesystem::path& path);
+    // Null while the file is only listed.
+    EditedFile* editedFile() const { return m_edited.get(); }
+
+    // The name, and whether it holds the integer seconds of "Time": their bits are no number of a user's.
+    QString columnName(int column) const;
+    bool isIntegerColumn(int column) const;
+
+    // The values as they are shown. Throws the TS exceptions.
+    ColumnReader columnReader(int column) const;
+    std::optional<float> value(int row, int column) const;
+
+    // The shortest text that gives the very number back; "nan" for a missing value.
+    QString exactCellText(int row, int column) const;
+
+    // After an edit, an undo, a redo or a save: the cells are painted anew.
+    void showChanges();
+
+    int rowCount(const QModelIndex& parent = QModelIndex()) const override;
+    int columnCount(const QModelIndex& parent = QModelIndex()) const override;
+    QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
+    QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
+    Qt::ItemFlags flags(const QModelIndex& index) const override;
+    // Takes a text or a number as one edit "Set value"; false where it is none or the cell is not editable.
+    bool setData(const QModelIndex& index, const QVariant& value, int role = Qt::EditRole) override;
+
+signals:
+    // The list of edits has changed.
+    void x_edited();
+
+private:
+    QString cellText(int row, int column) const;
+    QVariant editingData(const QModelIndex& index, int role) const;
+
+    std::unique_ptr<TSFILE> m_file;
+    std::unique_ptr<EditedFile> m_edited;
+};

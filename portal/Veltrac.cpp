@@ -1,0 +1,450 @@
+#include "portal/Veltrac.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QDir>
+#include <QFile>
+#include <QFileDialog>
+#include <QFontDialog>
+#include <QHeaderView>
+#include <QLabel>
+#include <QMenu>
+#include <QSpinBox>
+#include <QStatusBar>
+
+#include <algorithm>
+
+#include "converters/TsaDialogs.h"
+#include "portal/SubPrograms.h"
+#include "share/Boxes.h"
+#include "share/JobProgress.h"
+#include "share/PsConfigDialog.h"
+#include "share/QtMessageWin.h"
+#include "share/Resources.h"
+
+namespace {
+
+constexpr int kMessageMs = 8000;
+constexpr int kHelpWidth = 950;
+constexpr int kHelpHeight = 650;
+
+}  // namespace
+
+VeltracWin::VeltracWin(QWidget* parent) : QMainWindow(parent)
+{
+    loadResources();
+    setInstance(this);
+    QApplication::setFont(QFont(QStringLiteral("Helvetica [Cronyx]"), 8));
+    PsParameters::setText(m_psParameters.fontName, "Times-Roman");
+    PsParameters::setText(m_psParameters.creator, "Veltrac");
+    setWindowTitle(QStringLiteral("Veltrac"));
+    setWindowIcon(QIcon(QStringLiteral(":/img_Veltrac")));
+
+    createTable();
+    m_actions = new MainActions(this);
+    connect(m_actions, &MainActions::x_ambiguous_key, this, &VeltracWin::say);
+    connect(m_actions->rowHeight(), SIGNAL(valueChanged(int)), this, SLOT(sl_rowHeight(int)));
+    m_status = new QLabel(this);
+    // A long path is cut at the window's edge instead of widening the window.
+    m_status->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    m_status->setIndent(6);
+    statusBar()->addWidget(m_status, 1);
+    connect(this, &VeltracWin::x_new_plotdir, this, &VeltracWin::sl_set_plotdir);
+    resize(fontMetrics().averageCharWidth() * 140, fontMetrics().height() * 42);
+
+    m_visited = QStringList{QDir::currentPath()};
+    sl_rowHeight(m_actions->rowHeight()->value());
+    sl_refresh();
+    m_table->setFocus();
+}
+
+VeltracWin::~VeltracWin() = default;
+
+// -- What the window is made of --
+
+void VeltracWin::createTable()
+{
+    m_table = new FileTable(this);
+    setCentralWidget(m_table);
+    connect(m_table, SIGNAL(cellClicked(int, int)), this, SLOT(sl_itemSelected(int, int)));
+    // The keyboard selects as well as the mouse does.
+    connect(m_table, &QTableWidget::itemSelectionChanged, this,
+            [this] { m_selected = m_table->selectedFile(); });
+    connect(m_table, &QTableWidget::cellDoubleClicked, this, [this](int row, int column) {
+        sl_itemSelected(row, column);
+        sl_listFile();
+    });
+    connect(m_table, &FileTable::x_menu_wanted, this, &VeltracWin::showContextMenu);
+    connect(m_table->horizontalHeader(), SIGNAL(sectionClicked(int)), this, SLOT(sl_refresh()));
+}
+
+// -- The table --
+
+int VeltracWin::nOOfTsFiles()
+{
+    m_files = scanTsFiles([this](const QString& name) {
+        showBox(
+            QMessageBox::Warning, this, QStringLiteral("Veltrac error, nOOfTsFiles()"),
+            QStringLiteral("Found a corrupt ts-file: ") + name + QStringLiteral(".\nThe file is ignored"));
+    });
+    return static_cast<int>(m_files.size());
+}
+
+void VeltracWin::sl_refresh()
+{
+    // A box about a corrupt file is open: what it interrupts is this very refresh.
+    if (m_refreshing)
+        return;
+    m_refreshing = true;
+    nOOfTsFiles();
+    m_refreshing = false;
+    showFiles();
+}
+
+void VeltracWin::showFiles()
+{
+    m_table->fill(m_files, m_sorted);
+    m_selected = m_table->selectedFile();
+    std::vector<QString> names;
+    names.reserve(m_files.size());
+    for (const TsFileRecord& file : m_files)
+        names.push_back(file.name);
+    m_actions->setFiles(std::move(names));
+
+    const QString path = QDir::currentPath();
+    m_status->setText(QStringLiteral("Current working directory: %1 with %2 off ts-files.")
+                          .arg(path, QString::number(m_files.size())));
+    m_status->setToolTip(path);
+    m_status->show();
+}
+
+void VeltracWin::sl_itemSelected(int row, int /*column*/)
+{
+    const QString name = m_table->fileAt(row);
+    if (name.isEmpty())
+        return;
+    // A click with Ctrl takes the mark away; the file that was clicked stays the selected one.
+    if (m_table->selectedFile() != name)
+        m_table->select(name);
+    m_selected = name;
+}
+
+void VeltracWin::showContextMenu(int row, const QPoint& globalPosition)
+{
+    sl_itemSelected(row, 0);
+    QMenu menu(this);
+    m_actions->addFileActions(&menu, m_selected);
+    menu.exec(globalPosition);
+}
+
+void VeltracWin::sl_rowHeight(int pixels)
+{
+    m_table->setRowHeights(pixels);
+}
+
+void VeltracWin::sl_set_sorting()
+{
+    m_sorted = m_actions->action(ActionId::Sorting)->isChecked();
+    showFiles();
+}
+
+// -- Events --
+
+void VeltracWin::closeEvent(QCloseEvent* event)
+{
+    if (JobProgress::isRunning()) {
+        event->ignore();
+        return;
+    }
+    // Without the portal the other windows have nobody to open their files: they close first, and one that
+    // holds unsaved work can stop this.
+    for (QWidget* const window : QApplication::topLevelWidgets()) {
+        if (window != this && window->isVisible() && window->windowType() == Qt::Window && !window->close()) {
+            event->ignore();
+            return;
+        }
+    }
+    QMainWindow::closeEvent(event);
+}
+
+void VeltracWin::say(const QString& text)
+{
+    statusBar()->showMessage(text, kMessageMs);
+}
+
+// -- What other windows ask --
+
+void VeltracWin::ShowTsError(const char* text)
+{
+    m_errorBox.show(this, QString::fromUtf8(text));
+}
+
+void VeltracWin::registerWriter(const QString& path)
+{
+    m_writers.add(path);
+}
+
+void VeltracWin::unregisterWriter(const QString& path)
+{
+    m_writers.remove(path);
+}
+
+bool VeltracWin::isOpenForWriting(const QString& path) const
+{
+    return m_writers.contains(path);
+}
+
+QWidget* VeltracWin::openSubProgram(SubProgram kind, const QString& file, unsigned column)
+{
+    if (JobProgress::isRunning())
+        return nullptr;
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    SubWindow* const window = makeSubProgram(kind, file, column);
+    QApplication::restoreOverrideCursor();
+    if (window == nullptr)
+        return nullptr;
+    m_subWindows.emplace_back(window);
+    connect(window, SIGNAL(windowGone(subWindow)), this, SLOT(sl_subwindowGone(subWindow)));
+    connect(window, &SubWindow::x_directory_changed, this, &VeltracWin::sl_refresh);
+    connect(window, &SubWindow::x_file_made, this, [this](const QString& name) {
+        sl_refresh();
+        m_table->select(name);
+    });
+    window->show();
+    return window;
+}
+
+void VeltracWin::sl_subwindowGone(subWindow window)
+{
+    std::erase_if(m_subWindows, [window](const QPointer<QWidget>& w) { return w.isNull() || w == window; });
+}
+
+bool VeltracWin::exportInterval(const QString& file, std::uint32_t first, std::uint32_t last)
+{
+    const TsaOutcome outcome = exportTsaInterval(this, file, first, last);
+    say(outcome.status);
+    return outcome.done;
+}
+
+// -- Sub-programs on the directory --
+
+void VeltracWin::sl_createFile()
+{
+    openSubProgram(SubProgram::Create, QString(), 0);
+}
+
+void VeltracWin::sl_readASCIIFile()
+{
+    const QString tsaFile = chooseTsaFile(this);
+    if (tsaFile.isEmpty())
+        return;
+    const TsaOutcome outcome = importTsa(this, tsaFile);
+    sl_refresh();
+    m_table->select(outcome.file);
+    say(outcome.status);
+}
+
+void VeltracWin::sl_readSTLFile()
+{
+    openSubProgram(SubProgram::StlImport, QString(), 0);
+}
+
+void VeltracWin::sl_readSCLFile()
+{
+    openSubProgram(SubProgram::SclImport, QString(), 0);
+}
+
+void VeltracWin::sl_editWin()
+{
+    openSubProgram(SubProgram::Formula, m_selected, 0);
+}
+
+void VeltracWin::sl_derivative()
+{
+    openSubProgram(SubProgram::Derivative, m_selected, 0);
+}
+
+void VeltracWin::sl_integrate()
+{
+    openSubProgram(SubProgram::Integral, m_selected, 0);
+}
+
+void VeltracWin::sl_dft()
+{
+    openSubProgram(SubProgram::Spectrum, m_selected, 0);
+}
+
+void VeltracWin::sl_filter()
+{
+    openSubProgram(SubProgram::Filter, m_selected, 0);
+}
+
+void VeltracWin::sl_otherDir()
+{
+    QFileDialog dialog(this, QStringLiteral("Choose a directory"), QDir::currentPath());
+    dialog.setFileMode(QFileDialog::Directory);
+    dialog.setOption(QFileDialog::ShowDirsOnly);
+    dialog.setHistory(m_visited);
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
+        return;
+    const QString directory = dialog.selectedFiles().constFirst();
+    if (!QDir::setCurrent(directory)) {
+        showBox(QMessageBox::Warning, this, QStringLiteral("Veltrac"),
+                QStringLiteral("The directory %1 cannot be entered.").arg(directory));
+        return;
+    }
+    m_table->clearSelection();
+    sl_refresh();
+    emit x_new_plotdir(QDir::currentPath());
+}
+
+void VeltracWin::sl_set_plotdir(QString const& directory)
+{
+    m_visited.removeAll(directory);
+    m_visited << directory;
+}
+
+// -- What is done with one file --
+
+bool VeltracWin::fileIsSelected()
+{
+    if (m_selected.isEmpty())
+        say(QStringLiteral("Select a ts-file in the table first."));
+    return !m_selected.isEmpty();
+}
+
+void VeltracWin::openOnSelected(SubProgram kind)
+{
+    if (fileIsSelected())
+        openSubProgram(kind, m_selected, 0);
+}
+
+void VeltracWin::sl_plotFile()
+{
+    openOnSelected(SubProgram::Plot);
+}
+
+void VeltracWin::sl_writeASCII()
+{
+    if (fileIsSelected())
+        say(exportTsa(this, m_selected).status);
+}
+
+void VeltracWin::sl_editHeader()
+{
+    openOnSelected(SubProgram::Header);
+}
+
+void VeltracWin::sl_listFile()
+{
+    openOnSelected(SubProgram::List);
+}
+
+void VeltracWin::sl_editFile()
+{
+    openOnSelected(SubProgram::Edit);
+}
+
+void VeltracWin::sl_deleteFile()
+{
+    if (!fileIsSelected() || JobProgress::isRunning())
+        return;
+    const QString name = m_selected;
+    if (isOpenForWriting(name)) {
+        showBox(QMessageBox::Warning, this, QStringLiteral("Veltrac"),
+                QStringLiteral("The file %1 is open for writing in another window.\n"
+                               "Close that window first.")
+                    .arg(name));
+        return;
+    }
+    const bool sure = askYesNo(QMessageBox::Question, this, QStringLiteral("Delete a file?"),
+                               QStringLiteral("Do you really want to delete %1?").arg(name));
+    QFile file(name);
+    if (sure && !file.remove())
+        showBox(QMessageBox::Warning, this, QStringLiteral("Veltrac"),
+                QStringLiteral("The file %1 could not be deleted: %2.").arg(name, file.errorString()));
+    sl_refresh();
+}
+
+void VeltracWin::sl_plotFile(QAction* action)
+{
+    if (m_table->select(FileMenus::fileOf(action)))
+        sl_plotFile();
+}
+
+void VeltracWin::sl_writeASCII(QAction* action)
+{
+    if (m_table->select(FileMenus::fileOf(action)))
+        sl_writeASCII();
+}
+
+void VeltracWin::sl_editHeader(QAction* action)
+{
+    if (m_table->select(FileMenus::fileOf(action)))
+        sl_editHeader();
+}
+
+void VeltracWin::sl_listFile(QAction* action)
+{
+    if (m_table->select(FileMenus::fileOf(action)))
+        sl_listFile();
+}
+
+void VeltracWin::sl_editFile(QAction* action)
+{
+    if (m_table->select(FileMenus::fileOf(action)))
+        sl_editFile();
+}
+
+void VeltracWin::sl_deleteFile(QAction* action)
+{
+    if (m_table->select(FileMenus::fileOf(action)))
+        sl_deleteFile();
+}
+
+// -- Settings and help --
+
+void VeltracWin::sl_config_ps()
+{
+    if (m_psDialog.isNull())
+        m_psDialog = new PsConfigDialog(&m_psParameters, this);
+    m_psDialog->show();
+    m_psDialog->raise();
+    m_psDialog->activateWindow();
+}
+
+void VeltracWin::sl_config_font()
+{
+    bool chosen = false;
+    const QFont font =
+        QFontDialog::getFont(&chosen, QApplication::font(), this, QStringLiteral("Select the font"));
+    if (!chosen)
+        return;
+    QApplication::setFont(font);
+    m_table->resizeColumnsToContents();
+}
+
+void VeltracWin::sl_help()
+{
+    showHelp(this, QStringLiteral("intro"), QStringLiteral("Veltrac info"), kHelpWidth, kHelpHeight);
+}
+
+void VeltracWin::sl_asciihelp()
+{
+    showHelp(this, QStringLiteral("tsa"), QStringLiteral("Veltrac, TSA format"), kHelpWidth, kHelpHeight);
+}
+
+void VeltracWin::sl_stlhelp()
+{
+    showHelp(this, QStringLiteral("stl"), QStringLiteral("Veltrac, STL format"), kHelpWidth, kHelpHeight);
+}
+
+void VeltracWin::sl_about()
+{
+    showBox(QMessageBox::Information, this, QStringLiteral("Veltrac"),
+            QStringLiteral("  Veltrac, version 3.1.\n"
+                           "  Beta version, May 2016.\n"
+                           "  A program for ts-file administration.\n"
+                           "  Measured series of any length: import, look, compute, plot.\n"
+                           "  Ts-files are plain blocks of numbers; Help tells how they are built."));
+}

@@ -1,0 +1,18 @@
+// Asks for the limits of a plot's axis.
+#pragma once
+
+#include <QString>
+
+class QWidget;
+
+struct AxisLimits
+{
+    double from = 0.0;
+    double to = 1.0;
+    bool automatic = false;
+    bool logarithmic = false;  // both must be above 0 then
+};
+
+// Shows the limits and changes them; false where the user cancelled. Text that is no number, and limits that
+// are equal, keep "Ok" off. With `offersAutomatic` there is a box for limits that fit the data.
+bool askAxisLimits(QWidget* parent, const QString& title, bool offersAutomatic, AxisLimits& limits);

@@ -1,0 +1,49 @@
+#include "share/HardCopy.h"
+
+#include <QFile>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QMessageBox>
+
+#include <exception>
+#include <system_error>
+
+#include "share/EpsFile.h"
+#include "share/PostscriptDriver.h"
+
+QString writeHardCopy(const QString& fileName, const PsParameters& parameters,
+                      const std::function<void(BasicDriver&)>& draw)
+{
+    const QString bareName = QFileInfo(fileName).fileName();
+    QString reason;
+    try {
+        writeEps(QFile::encodeName(fileName).toStdString(), parameters,
+                 [&draw](PostscriptDriver& driver) { draw(driver); });
+        return {};
+    } catch (const std::system_error& error) {
+        reason = QString::fromStdString(error.code().message());
+    } catch (const std::exception& error) {
+        reason = QString::fromUtf8(error.what());
+    } catch (...) {
+        reason = QStringLiteral("the plot could not be drawn");
+    }
+    return QStringLiteral("The hard copy \"%1\" could not be written: %2.").arg(bareName, reason);
+}
+
+QString hardCopy(QWidget* window, const QString& suggestion, const PsParameters& parameters,
+                 const std::function<void(BasicDriver&)>& draw)
+{
+    QFileDialog dialog(window, QStringLiteral("Hard copy"), QString(),
+                       QStringLiteral("PostScript files (*.eps)"));
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setDefaultSuffix(QStringLiteral("eps"));
+    dialog.selectFile(suggestion);
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
+        return {};
+    QString fileName = dialog.selectedFiles().constFirst();
+    const QString failure = writeHardCopy(fileName, parameters, draw);
+    if (failure.isEmpty())
+        return fileName;
+    QMessageBox::warning(window, QStringLiteral("Hard copy"), failure);
+    return {};
+}

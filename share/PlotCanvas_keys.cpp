@@ -1,0 +1,598 @@
+// PlotCanvas: keys, menus, and what they do.
+
+#include <QActionGroup>
+#include <QApplication>
+#include <QClipboard>
+#include <QContextMenuEvent>
+#include <QInputDialog>
+#include <QKeyEvent>
+#include <QMenu>
+
+#include <algorithm>
+#include <cmath>
+
+#include "core/TsExceptions.h"
+#include "share/GoTo.h"
+#include "share/PlotCanvas.h"
+#include "share/PlotExport.h"
+#include "share/PlotVariables.h"
+#include "share/PsConfigDialog.h"
+
+namespace {
+
+constexpr double kKeyZoom = 1.25;
+constexpr double kPanStep = 0.1;
+constexpr int kKeyZoomGesture = -3;
+constexpr int kKeyPanGesture = -4;
+constexpr double kSecondsADay = 86400.0;
+
+// As plain numbers: sums of enumerations of two types are deprecated.
+constexpr int kShift = Qt::SHIFT;
+constexpr int kControl = Qt::CTRL;
+constexpr int kAlt = Qt::ALT;
+
+enum class Part { View, Cursors, Output };
+
+// What keys and menus do. The first key is the one that menus show.
+struct Command
+{
+    Part part;
+    const char* text;
+    int key;
+    int otherKey;
+    void (PlotCanvas::*run)();
+    bool separatorAfter;
+};
+
+using C = PlotCanvas;
+const Command kCommands[] = {
+    {Part::View, "&Fit all", Qt::Key_F, 0, &C::sl_fitAll, false},
+    {Part::View, "Fit &y", Qt::Key_Y, 0, &C::sl_fitY, false},
+    {Part::View, "Zoom to A–&B", Qt::Key_Z, 0, &C::sl_zoomToCursors, true},
+    {Part::View, "Zoom &in", Qt::Key_Plus, Qt::Key_Equal, &C::sl_zoomIn, false},
+    {Part::View, "Zoom &out", Qt::Key_Minus, 0, &C::sl_zoomOut, false},
+    {Part::View, "Zoom in y", kShift | Qt::Key_Plus, kShift | Qt::Key_Asterisk, &C::sl_zoomInY, false},
+    {Part::View, "Zoom out y", kShift | Qt::Key_Minus, kShift | Qt::Key_Underscore, &C::sl_zoomOutY, true},
+    {Part::View, "Pan left", Qt::Key_Left, 0, &C::sl_panLeft, false},
+    {Part::View, "Pan right", Qt::Key_Right, 0, &C::sl_panRight, false},
+    {Part::View, "Page left", kControl | Qt::Key_Left, 0, &C::sl_pageLeft, false},
+    {Part::View, "Page right", kControl | Qt::Key_Right, 0, &C::sl_pageRight, false},
+    {Part::View, "To the start", Qt::Key_Home, 0, &C::sl_toStart, false},
+    {Part::View, "To the end", Qt::Key_End, 0, &C::sl_toEnd, true},
+    {Part::View, "&Previous view", Qt::Key_Backspace, kAlt | Qt::Key_Left, &C::sl_previousView, false},
+    {Part::View, "&Next view", kAlt | Qt::Key_Right, 0, &C::sl_nextView, false},
+    {Part::View, "&Go to…", kControl | Qt::Key_G, 0, &C::sl_goTo, false},
+    {Part::Cursors, "Cursor &A to the middle", Qt::Key_A, 0, &C::sl_cursorA, false},
+    {Part::Cursors, "Cursor &B to the middle", Qt::Key_B, 0, &C::sl_cursorB, false},
+    {Part::Cursors, "To the &greatest in view", Qt::Key_M, 0, &C::sl_toGreatest, false},
+    {Part::Cursors, "To the &least in view", kShift | Qt::Key_M, 0, &C::sl_toLeast, false},
+    {Part::Cursors, "&Remove the cursors", Qt::Key_Escape, 0, &C::sl_clearCursors, false},
+    {Part::Output, "&Copy read-out", kControl | Qt::Key_C, 0, &C::sl_copyReadout, false},
+    {Part::Output, "Copy &picture", kControl | kShift | Qt::Key_C, 0, &C::sl_copyPicture, true},
+    {Part::Output, "&Hard copy (EPS)…", kControl | Qt::Key_E, 0, &C::sl_hardCopy, false},
+    {Part::Output, "Hard copy with &cursors…", 0, 0, &C::sl_hardCopyWithCursors, false},
+    {Part::Output, "Postscript para&meters…", 0, 0, &C::sl_psParameters, false},
+    {Part::Output, "&Save picture (PNG)…", 0, 0, &C::sl_savePicture, false},
+    {Part::Output, "P&rint…", kControl | Qt::Key_P, 0, &C::sl_print, false},
+};
+
+void addCommands(PlotCanvas* canvas, QMenu& menu, Part part)
+{
+    for (const Command& command : kCommands) {
+        if (command.part != part)
+            continue;
+        QAction* const action = menu.addAction(QString::fromUtf8(command.text), canvas, command.run);
+        if (command.key != 0) {
+            // The canvas itself answers the key, while it has the focus; the menu only shows it.
+            action->setShortcut(QKeySequence(command.key));
+            action->setShortcutContext(Qt::WidgetShortcut);
+        }
+        if (command.separatorAfter)
+            menu.addSeparator();
+    }
+}
+
+// Steps of the last cursor: comma and full stop, and what they turn into with Shift on various keyboards.
+int cursorStep(const QKeyEvent& event)
+{
+    static const int back[] = {Qt::Key_Comma, Qt::Key_Less, Qt::Key_Semicolon};
+    static const int ahead[] = {Qt::Key_Period, Qt::Key_Greater, Qt::Key_Colon};
+    const auto isIn = [&](const int(&keys)[3]) {
+        return std::find(std::begin(keys), std::end(keys), event.key()) != std::end(keys);
+    };
+    const int direction = isIn(back) ? -1 : isIn(ahead) ? 1 : 0;
+    if ((event.modifiers() & Qt::ControlModifier) != 0)
+        return direction * 1000;
+    return (event.modifiers() & Qt::ShiftModifier) != 0 ? direction * 10 : direction;
+}
+
+template <typename Enum>
+struct Choice
+{
+    Enum value;
+    const char* text;
+};
+
+// A group of entries of which one is checked.
+template <typename Enum, std::size_t n, typename Chosen>
+void addChoices(QMenu& menu, const Choice<Enum> (&choices)[n], Enum present, Chosen chosen)
+{
+    auto* const group = new QActionGroup(&menu);
+    for (const Choice<Enum>& choice : choices) {
+        QAction* const action = menu.addAction(QString::fromUtf8(choice.text));
+        action->setCheckable(true);
+        action->setChecked(choice.value == present);
+        group->addAction(action);
+        const Enum value = choice.value;
+        QObject::connect(action, &QAction::triggered, &menu, [=] { chosen(value); });
+    }
+}
+
+}  // namespace
+
+// -- Keys --
+
+bool PlotCanvas::handleKey(const QKeyEvent& event)
+{
+    if (const int step = cursorStep(event); step != 0) {
+        moveCursor(step);
+        return true;
+    }
+    const int pressed = event.key() | static_cast<int>(event.modifiers() & ~Qt::KeypadModifier);
+    for (const Command& command : kCommands) {
+        if (pressed == command.key || (command.otherKey != 0 && pressed == command.otherKey)) {
+            (this->*command.run)();
+            return true;
+        }
+    }
+    return false;
+}
+
+void PlotCanvas::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_Space) {
+        m_spaceHeld = true;
+        updateShape(m_mouse);
+        return;
+    }
+    if (!m_text.isEmpty() || !handleKey(*event))
+        QFrame::keyPressEvent(event);
+}
+
+void PlotCanvas::keyReleaseEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_Space && !event->isAutoRepeat()) {
+        m_spaceHeld = false;
+        updateShape(m_mouse);
+        return;
+    }
+    QFrame::keyReleaseEvent(event);
+}
+
+// -- Menus --
+
+void PlotCanvas::fillViewMenu(QMenu& menu)
+{
+    addCommands(this, menu, Part::View);
+}
+
+void PlotCanvas::fillCursorMenu(QMenu& menu)
+{
+    addCommands(this, menu, Part::Cursors);
+}
+
+void PlotCanvas::fillAxesMenu(QMenu& menu)
+{
+    addXEntries(menu);
+    if (const int group = activeGroup(); group >= 0)
+        addGroupEntries(menu, group);
+    addLookEntries(menu);
+}
+
+void PlotCanvas::fillOutputMenu(QMenu& menu)
+{
+    addCommands(this, menu, Part::Output);
+}
+
+void PlotCanvas::fillMenu(QMenu& menu, int group)
+{
+    addCommands(this, *menu.addMenu(tr("&View")), Part::View);
+    addCommands(this, *menu.addMenu(tr("&Cursors")), Part::Cursors);
+    menu.addSeparator();
+    addXEntries(menu);
+    if (group >= 0 && group < static_cast<int>(m_plot.groups().size()))
+        addGroupEntries(menu, group);
+    addLookEntries(menu);
+    menu.addSeparator();
+    addCommands(this, menu, Part::Output);
+}
+
+void PlotCanvas::addXEntries(QMenu& menu)
+{
+    QMenu* const x = menu.addMenu(tr("&X axis"));
+    static const Choice<XMode> modes[] = {{XMode::Sample, "&Sample numbers"},
+                                          {XMode::Elapsed, "&Time since the start"},
+                                          {XMode::Clock, "&Date and time of day"}};
+    addChoices(*x, modes, m_plot.axis().mode, [this](XMode mode) { setMode(mode); });
+    const bool onlyNumbers = backwardsVariable(m_plot) != nullptr;
+    x->actions().at(1)->setDisabled(onlyNumbers);
+    x->actions().at(2)->setEnabled(canShowClock(m_plot));
+    x->addSeparator();
+    QAction* const logarithmic = x->addAction(tr("&Logarithmic"));
+    logarithmic->setCheckable(true);
+    logarithmic->setChecked(m_plot.axis().logarithmic);
+    connect(logarithmic, &QAction::triggered, this, &PlotCanvas::setLogarithmicX);
+    x->addAction(tr("L&imits…"), this, [this] { editLimits({Zone::XAxis, -1}); });
+}
+
+void PlotCanvas::addGroupEntries(QMenu& menu, int group)
+{
+    QMenu* const y = menu.addMenu(tr("&Y axis"));
+    static const Choice<YMode> modes[] = {{YMode::Whole, "Fit the &whole series"},
+                                          {YMode::View, "Fit what is in &view"},
+                                          {YMode::Fixed, "&Fixed"}};
+    const auto index = static_cast<std::size_t>(group);
+    addChoices(*y, modes, m_plot.groups()[index].mode, [this, index](YMode mode) {
+        changeView(0, [&] {
+            Group& g = m_plot.groups()[index];
+            g.mode = mode;
+            if (mode == YMode::Whole)
+                g.fitY();
+            else if (mode == YMode::View)
+                g.fitY(m_plot.axis(), m_plot.x1(), m_plot.x2());
+        });
+    });
+    y->addSeparator();
+    QAction* const logarithmic = y->addAction(tr("&Logarithmic"));
+    logarithmic->setCheckable(true);
+    logarithmic->setChecked(m_plot.groups()[index].isLogarithmic());
+    connect(logarithmic, &QAction::triggered, this, [this, group](bool on) { setLogarithmicY(group, on); });
+    y->addAction(tr("L&imits…"), this, [this, group] { editLimits({Zone::YAxis, group}); });
+    static const Choice<int> shares[] = {
+        {1, "Height &1"}, {2, "Height &2"}, {3, "Height &3"}, {4, "Height &4"}};
+    y->addSeparator();
+    addChoices(*y, shares, static_cast<int>(std::lround(m_plot.groups()[index].share)),
+               [this, index](int share) {
+                   m_plot.groups()[index].share = share;
+                   replot();
+               });
+}
+
+void PlotCanvas::addLookEntries(QMenu& menu)
+{
+    QMenu* const grid = menu.addMenu(tr("&Grid"));
+    static const Choice<PlotGrid> grids[] = {{PlotGrid::None, "&None"},
+                                             {PlotGrid::Gray, "&Gray"},
+                                             {PlotGrid::Dotted, "&Dotted"},
+                                             {PlotGrid::Black, "&Black"}};
+    addChoices(*grid, grids, m_plot.grid, [this](PlotGrid chosen) {
+        m_plot.grid = chosen;
+        replot();
+    });
+    QAction* const legend = menu.addAction(tr("&Legend"));
+    legend->setCheckable(true);
+    legend->setChecked(m_plot.legend);
+    connect(legend, &QAction::triggered, this, [this](bool on) {
+        m_plot.legend = on;
+        replot();
+    });
+    menu.addAction(tr("&Title…"), this, [this] {
+        bool ok = false;
+        const QString title =
+            QInputDialog::getText(this, tr("Title"), tr("Text above the plot:"), QLineEdit::Normal,
+                                  QString::fromStdString(m_plot.title), &ok);
+        if (!ok)
+            return;
+        m_plot.title = title.toUtf8().toStdString();
+        replot();
+    });
+}
+
+void PlotCanvas::contextMenuEvent(QContextMenuEvent* event)
+{
+    QMenu menu(this);
+    fillMenu(menu, groupAt(event->pos()));
+    menu.exec(event->globalPos());
+}
+
+void PlotCanvas::setMode(XMode mode)
+{
+    try {
+        m_plot.setMode(mode);
+    } catch (const TS::Failure&) {
+        // The next picture tells which file it is.
+    }
+    viewChanged();
+    emit x_cursors_changed();
+    emit x_plot_changed();
+}
+
+// -- The view --
+
+void PlotCanvas::showRange(double x1, double x2, int gesture)
+{
+    changeView(gesture, [&] { m_plot.setX(x1, x2); });
+}
+
+void PlotCanvas::sl_fitAll()
+{
+    changeView(0, [this] { m_plot.fitAll(); });
+}
+
+void PlotCanvas::sl_fitY()
+{
+    changeView(0, [this] { m_plot.fitY(); });
+}
+
+void PlotCanvas::sl_zoomIn()
+{
+    changeView(kKeyZoomGesture, [this] { m_plot.zoomX(kKeyZoom, m_plot.xAtFraction(0.5)); });
+}
+
+void PlotCanvas::sl_zoomOut()
+{
+    changeView(kKeyZoomGesture, [this] { m_plot.zoomX(1.0 / kKeyZoom, m_plot.xAtFraction(0.5)); });
+}
+
+// The group under the mouse, else the first one.
+int PlotCanvas::activeGroup() const
+{
+    const int under = groupAt(m_mouse);
+    return under >= 0 || m_layout.groupOf.empty() ? under : static_cast<int>(m_layout.groupOf.front());
+}
+
+void PlotCanvas::sl_zoomInY()
+{
+    const int group = activeGroup();
+    if (group < 0)
+        return;
+    const double middle = yAt(group, groupArea(group).center().y());
+    changeView(kKeyZoomGesture, [&] { m_plot.zoomY(static_cast<std::size_t>(group), kKeyZoom, middle); });
+}
+
+void PlotCanvas::sl_zoomOutY()
+{
+    const int group = activeGroup();
+    if (group < 0)
+        return;
+    const double middle = yAt(group, groupArea(group).center().y());
+    changeView(kKeyZoomGesture,
+               [&] { m_plot.zoomY(static_cast<std::size_t>(group), 1.0 / kKeyZoom, middle); });
+}
+
+void PlotCanvas::sl_zoomToCursors()
+{
+    const auto& a = m_plot.cursor(Plot2D::A);
+    const auto& b = m_plot.cursor(Plot2D::B);
+    if (a && b && *a != *b)
+        changeView(0, [&] { m_plot.setX(*a, *b); });
+    else
+        emit x_told(tr("Set the cursors A and B first."));
+}
+
+void PlotCanvas::sl_panLeft()
+{
+    changeView(kKeyPanGesture, [this] { m_plot.pan(-kPanStep); });
+}
+
+void PlotCanvas::sl_panRight()
+{
+    changeView(kKeyPanGesture, [this] { m_plot.pan(kPanStep); });
+}
+
+void PlotCanvas::sl_pageLeft()
+{
+    changeView(kKeyPanGesture, [this] { m_plot.pan(-1.0); });
+}
+
+void PlotCanvas::sl_pageRight()
+{
+    changeView(kKeyPanGesture, [this] { m_plot.pan(1.0); });
+}
+
+void PlotCanvas::sl_toStart()
+{
+    changeView(0, [this] { m_plot.pan(-1e12); });
+}
+
+void PlotCanvas::sl_toEnd()
+{
+    changeView(0, [this] { m_plot.pan(1e12); });
+}
+
+void PlotCanvas::sl_previousView()
+{
+    if (m_plot.back())
+        viewChanged();
+    else
+        emit x_told(tr("There is no earlier view."));
+}
+
+void PlotCanvas::sl_nextView()
+{
+    if (m_plot.forward())
+        viewChanged();
+    else
+        emit x_told(tr("There is no later view."));
+}
+
+namespace {
+
+// Where a "go to" text leads on the x axis; nothing where it means nothing here.
+std::optional<double> goToX(const Plot2D& plot, const QString& text)
+{
+    const auto ref = plot.reference();
+    const std::optional<GoToTarget> target = parseGoTo(text);
+    if (!ref || !target)
+        return std::nullopt;
+    const XAxis& axis = plot.axis();
+    const Variable& v = ref->variable();
+    const Plot2D::Extent all = plot.extent();
+    switch (target->kind) {
+        case GoToTarget::Kind::Sample:
+            if (target->number < 1.0 || target->number > v.rows())
+                return std::nullopt;
+            return axis.xOf(v, static_cast<std::uint32_t>(target->number));
+        case GoToTarget::Kind::Percent:
+            return all.x1 + target->number / 100.0 * (all.x2 - all.x1);
+        case GoToTarget::Kind::Elapsed:
+        case GoToTarget::Kind::TimeOfDay:
+            break;
+    }
+    XAxis seconds = axis;
+    seconds.mode = XMode::Elapsed;
+    double x = target->number;
+    if (target->kind == GoToTarget::Kind::TimeOfDay) {
+        const double start = seconds.xOf(v, 1) + axis.origin;
+        x = momentOf(*target, start) - (start < kSecondsADay ? 0.0 : axis.origin);
+    }
+    if (axis.mode != XMode::Sample)
+        return x;
+    return axis.xOf(v, std::max<std::uint32_t>(1, seconds.nearestRow(v, x)));
+}
+
+}  // namespace
+
+void PlotCanvas::sl_goTo()
+{
+    bool ok = false;
+    const QString text =
+        QInputDialog::getText(this, tr("Go to"), tr("Sample, time or share: 250000, 12.5 s, 13:45:30 or 50%"),
+                              QLineEdit::Normal, QString(), &ok);
+    if (!ok || text.trimmed().isEmpty())
+        return;
+    try {
+        const std::optional<double> x = goToX(m_plot, text);
+        const Plot2D::Extent all = m_plot.extent();
+        if (!x || *x < all.x1 || *x > all.x2) {
+            emit x_told(tr("“%1” is not a place of this plot.").arg(text));
+            return;
+        }
+        const double half = (m_plot.x2() - m_plot.x1()) / 2.0;
+        changeView(0, [&] { m_plot.setX(*x - half, *x + half); });
+        placeCursor(m_lastCursor, *x);
+    } catch (const TS::Failure&) {
+        emit x_told(tr("The file cannot be read."));
+    }
+}
+
+// -- Cursors --
+
+void PlotCanvas::sl_cursorA()
+{
+    placeCursor(Plot2D::A, m_plot.xAtFraction(0.5));
+}
+
+void PlotCanvas::sl_cursorB()
+{
+    placeCursor(Plot2D::B, m_plot.xAtFraction(0.5));
+}
+
+void PlotCanvas::sl_clearCursors()
+{
+    m_drag = Drag::None;
+    m_plot.clearCursor(Plot2D::A);
+    m_plot.clearCursor(Plot2D::B);
+    update();
+    emit x_cursors_changed();
+}
+
+void PlotCanvas::moveCursor(std::int64_t samples)
+{
+    if (!m_plot.cursor(m_lastCursor)) {
+        placeCursor(m_lastCursor, m_plot.xAtFraction(0.5));
+        return;
+    }
+    try {
+        m_plot.moveCursor(m_lastCursor, samples);
+        // A cursor that leaves the view takes it along.
+        const double at = m_plot.fractionOf(*m_plot.cursor(m_lastCursor));
+        if (at < 0.0 || at > 1.0)
+            changeView(kKeyPanGesture, [&] { m_plot.pan(at - 0.5); });
+    } catch (const TS::Failure&) {
+        return;
+    }
+    update();
+    emit x_cursors_changed();
+}
+
+void PlotCanvas::toExtreme(bool greatest)
+{
+    const int group = activeGroup();
+    if (group < 0)
+        return;
+    try {
+        for (const auto& v : m_plot.groups()[static_cast<std::size_t>(group)].variables()) {
+            if (!v->variable().visible || !v->isBuilt())
+                continue;
+            const std::uint32_t first = m_plot.axis().rowFrom(v->variable(), m_plot.x1());
+            const std::uint32_t last = m_plot.axis().rowAt(v->variable(), m_plot.x2());
+            const std::uint32_t row = first <= last ? v->rowOfExtreme(first, last, greatest) : 0;
+            if (row != 0)
+                placeCursor(m_lastCursor, m_plot.axis().xOf(v->variable(), row));
+            return;
+        }
+    } catch (const TS::Failure&) {
+        emit x_told(tr("The file cannot be read."));
+    }
+}
+
+void PlotCanvas::sl_toGreatest()
+{
+    toExtreme(true);
+}
+
+void PlotCanvas::sl_toLeast()
+{
+    toExtreme(false);
+}
+
+// -- Output --
+
+void PlotCanvas::sl_copyReadout()
+{
+    QApplication::clipboard()->setText(intervalText(m_plot));
+    emit x_told(tr("The read-out is in the clipboard."));
+}
+
+void PlotCanvas::sl_copyPicture()
+{
+    QApplication::clipboard()->setImage(image());
+    emit x_told(tr("The picture is in the clipboard."));
+}
+
+void PlotCanvas::hardCopyOf(bool withCursors)
+{
+    const QString file =
+        plotHardCopy(window(), m_suggestedName, m_psParameters, m_plot, m_colors, withCursors);
+    if (!file.isEmpty())
+        emit x_told(tr("Saved %1").arg(file));
+}
+
+void PlotCanvas::sl_hardCopy()
+{
+    hardCopyOf(false);
+}
+
+void PlotCanvas::sl_hardCopyWithCursors()
+{
+    hardCopyOf(true);
+}
+
+void PlotCanvas::sl_psParameters()
+{
+    (new PsConfigDialog(&m_psParameters, window()))->show();
+}
+
+void PlotCanvas::sl_savePicture()
+{
+    const QString file = savePicture(window(), m_suggestedName, image());
+    if (!file.isEmpty())
+        emit x_told(tr("Saved %1").arg(file));
+}
+
+void PlotCanvas::sl_print()
+{
+    if (printPlot(window(), m_plot, m_colors))
+        emit x_told(tr("Printed."));
+}

@@ -1,0 +1,95 @@
+#include "share/PlotExport.h"
+
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QMessageBox>
+#include <QPrintDialog>
+#include <QPrinter>
+
+#include <system_error>
+
+#include "core/ScratchFile.h"
+#include "share/HardCopy.h"
+#include "share/PlotPainter.h"
+#include "share/QtDriver.h"
+
+namespace {
+
+std::vector<PlotColor> plotColors(const std::vector<QColor>& colors)
+{
+    std::vector<PlotColor> out;
+    for (const QColor& c : colors)
+        out.push_back(
+            {static_cast<float>(c.redF()), static_cast<float>(c.greenF()), static_cast<float>(c.blueF())});
+    return out;
+}
+
+auto painter(const PsParameters& parameters, const Plot2D& plot, const std::vector<QColor>& colors,
+             bool withCursors)
+{
+    PlotLook look = paperLook(parameters, plot.grid);
+    look.colors = plotColors(colors);
+    look.cursors = withCursors;
+    return [look, &plot, columns = paperColumns(parameters)](BasicDriver& driver) {
+        drawPlot(plot, driver, columns, look);
+    };
+}
+
+}  // namespace
+
+QString plotHardCopy(QWidget* window, const QString& name, const PsParameters& parameters, const Plot2D& plot,
+                     const std::vector<QColor>& colors, bool withCursors)
+{
+    return hardCopy(window, name + QStringLiteral(".eps"), parameters,
+                    painter(parameters, plot, colors, withCursors));
+}
+
+QString writePlotEps(const QString& fileName, const PsParameters& parameters, const Plot2D& plot,
+                     const std::vector<QColor>& colors, bool withCursors)
+{
+    return writeHardCopy(fileName, parameters, painter(parameters, plot, colors, withCursors));
+}
+
+QString savePicture(QWidget* window, const QString& name, const QImage& image)
+{
+    QString file = QFileDialog::getSaveFileName(
+        window, QObject::tr("Save picture"), name + QStringLiteral(".png"), QObject::tr("Pictures (*.png)"));
+    if (file.isEmpty())
+        return {};
+    if (QFileInfo(file).suffix().isEmpty())
+        file += QStringLiteral(".png");
+    try {
+        const std::filesystem::path target(file.toLocal8Bit().toStdString());
+        const std::filesystem::path directory = target.parent_path().empty() ? "." : target.parent_path();
+        ScratchFile scratch(directory, "picture", ".png");
+        if (!image.save(QString::fromLocal8Bit(scratch.path().c_str()), "PNG"))
+            throw std::system_error(std::make_error_code(std::errc::io_error));
+        scratch.putInPlace(target);
+        return file;
+    } catch (const std::system_error& e) {
+        QMessageBox::warning(window, QStringLiteral("Veltrac"),
+                             QObject::tr("%1 cannot be written: %2")
+                                 .arg(file, QString::fromLocal8Bit(e.code().message().c_str())));
+        return {};
+    }
+}
+
+bool printPlot(QWidget* window, const Plot2D& plot, const std::vector<QColor>& colors)
+{
+    constexpr int kDotsPerInch = 300;
+    QPrinter printer(QPrinter::HighResolution);
+    printer.setResolution(kDotsPerInch);
+    printer.setPageOrientation(QPageLayout::Landscape);
+    QPrintDialog dialog(&printer, window);
+    if (dialog.exec() != QDialog::Accepted)
+        return false;
+    PlotLook look;
+    look.colors = plotColors(colors);
+    QtDriver driver(&printer);
+    driver.BeginPage(0);
+    // Widths and glyphs count in pixels of the screen, of which the page has several.
+    look.markerGap *= static_cast<int>(driver.characterUnit() / 11 + 1);
+    drawPlot(plot, driver, driver.deviceRectangle().width(), look);
+    driver.EndPage();
+    return true;
+}

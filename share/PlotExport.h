@@ -1,0 +1,27 @@
+// A plot on paper and in picture files.
+#pragma once
+
+#include <QColor>
+#include <QImage>
+#include <QString>
+
+#include <vector>
+
+#include "core/Plot2D.h"
+#include "share/PsParameters.h"
+
+class QWidget;
+
+// Asks for a file name (`name` + ".eps" first) and writes the plot; failures are told in a box. Returns the
+// file's name, empty where nothing was written.
+QString plotHardCopy(QWidget* window, const QString& name, const PsParameters& parameters, const Plot2D& plot,
+                     const std::vector<QColor>& colors, bool withCursors);
+// The same without a question; returns the failure's text, empty when the file is whole.
+QString writePlotEps(const QString& fileName, const PsParameters& parameters, const Plot2D& plot,
+                     const std::vector<QColor>& colors, bool withCursors);
+
+// Asks for a file name and writes a PNG file; an older one is replaced only by a whole one.
+QString savePicture(QWidget* window, const QString& name, const QImage& image);
+
+// Asks for a printer. False where nothing was printed.
+bool printPlot(QWidget* window, const Plot2D& plot, const std::vector<QColor>& colors);

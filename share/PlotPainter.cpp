@@ -1,0 +1,502 @@
+#include "share/PlotPainter.h"
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+
+#include "core/PlotCurves.h"
+#include "share/BasicDriver.h"
+
+namespace {
+
+constexpr float kFrameWidthMm = 0.2F;
+constexpr float kTickWidthMm = 0.2F;
+constexpr float kCursorWidthMm = 0.2F;
+constexpr float kLineHeight = 1.2F;   // in character heights
+constexpr float kTopLines = 0.6F;     // above the first group, in line heights
+constexpr float kGapLines = 0.7F;     // between two groups
+constexpr float kLegendLines = 1.3F;  // of a legend
+constexpr float kRightChars = 3.5F;   // behind the last label's middle
+constexpr float kLegendStroke = 2.5F;
+constexpr float kLegendGap = 1.2F;
+constexpr int kColumnsAPoint = 4;
+constexpr double kScreenPixelsAPoint = 96.0 / 72.0;
+constexpr int kEdgePixels = 2;
+
+GridStyle styleOf(PlotGrid grid)
+{
+    switch (grid) {
+        case PlotGrid::Gray:
+            return GridStyle::Gray;
+        case PlotGrid::Dotted:
+            return GridStyle::Dotted;
+        case PlotGrid::Black:
+            return GridStyle::Black;
+        case PlotGrid::None:
+            break;
+    }
+    return GridStyle::None;
+}
+
+// One drawing of one plot.
+class Sheet
+{
+public:
+    Sheet(const Plot2D& plot, BasicDriver& driver, int columns, const PlotLook& look)
+        : m_plot(plot), m_driver(driver), m_columns(std::max(columns, 1)), m_look(look)
+    {
+    }
+
+    PlotLayout draw()
+    {
+        prepare();
+        if (m_layout.groupOf.empty()) {
+            drawEmpty();
+            return m_layout;
+        }
+        placeGroups();
+        m_curves = curvesOf(m_plot, plotColumns(), m_look.markerGap);
+        for (std::size_t i = 0; i < m_layout.groups.size(); ++i)
+            drawGroup(i);
+        drawTitle();
+        return m_layout;
+    }
+
+private:
+    const Group& group(std::size_t i) const { return m_plot.groups()[m_layout.groupOf[i]]; }
+
+    void prepare()
+    {
+        const std::vector<PlotColor>& colors = m_look.colors.empty() ? defaultPlotColors() : m_look.colors;
+        m_driver.DefineColor(kTextColor, m_look.text.r, m_look.text.g, m_look.text.b);
+        int highest = kFirstVariableColor + static_cast<int>(colors.size());
+        for (const auto& v : m_plot.variables())
+            highest = std::max(highest, v->variable().colorIndex + 1);
+        highest = std::min(highest, kFirstVariableColor + 4096);
+        for (int i = kFirstVariableColor; i < highest; ++i) {
+            const PlotColor& c = colors[static_cast<std::size_t>(i - kFirstVariableColor) % colors.size()];
+            m_driver.DefineColor(i, c.r, c.g, c.b);
+        }
+        plainPen();
+        m_driver.FontControl(m_look.textScale, 0);
+        m_driver.TextExtent("0", &m_charWidth, nullptr);
+        // The height of a line, which on paper is more than the extent of a text.
+        m_charHeight = static_cast<float>(m_driver.yLabelRoom().gap) * kLineHeight;
+        for (std::size_t g = 0; g < m_plot.groups().size(); ++g)
+            if (m_plot.groups()[g].hasVisible())
+                m_layout.groupOf.push_back(g);
+    }
+
+    void plainPen()
+    {
+        m_driver.SelectColor(kTextColor);
+        m_driver.SetLineStyle(0);
+        m_driver.SetLineWidth(kFrameWidthMm * m_look.widthFactor);
+    }
+
+    void drawEmpty()
+    {
+        whole();
+        m_driver.SetTextJustification(0.5F, 0.5F);
+        m_driver.MoveTo(0.5F, 0.5F);
+        m_driver.Text("No variable is shown.", 0, 0.0F, 0);
+    }
+
+    void whole()
+    {
+        m_driver.SetViewport(0.0F, 0.0F, 1.0F, 1.0F);
+        m_driver.SetWindow(0.0F, 0.0F, 1.0F, 1.0F);
+    }
+
+    // -- Places --
+
+    bool hasLegend(std::size_t i) const
+    {
+        if (!m_plot.legend)
+            return false;
+        int shown = 0;
+        bool hasNote = false;
+        for (const auto& v : group(i).variables()) {
+            shown += v->variable().visible ? 1 : 0;
+            hasNote = hasNote || (v->variable().visible && notAboveZero(*v) > 0);
+        }
+        return shown > 1 || hasNote;
+    }
+
+    float linesAbove(std::size_t i) const
+    {
+        return (i == 0 ? kTopLines : kGapLines) + (hasLegend(i) ? kLegendLines : 0.0F);
+    }
+
+    // Heights first, because ticks depend on them; then the widest y axis gives the common left margin.
+    void placeGroups()
+    {
+        const float bottom = m_driver.xAxisHeight();
+        float above = m_plot.title.empty() ? 0.0F : 1.5F * m_charHeight;
+        float free = 1.0F - bottom - above;
+        double shares = 0.0;
+        for (std::size_t i = 0; i < m_layout.groupOf.size(); ++i) {
+            free -= linesAbove(i) * m_charHeight;
+            shares += std::max(group(i).share, 1e-3);
+        }
+        // Where there is no room at all the groups keep a sliver each, rather than none.
+        free = std::max(free, 0.1F);
+        float top = 1.0F - above;
+        for (std::size_t i = 0; i < m_layout.groupOf.size(); ++i) {
+            top -= linesAbove(i) * m_charHeight;
+            const auto height = static_cast<float>(free * std::max(group(i).share, 1e-3) / shares);
+            m_layout.groups.push_back({0.0F, top - height, 1.0F, top});
+            top -= height;
+        }
+        placeSides();
+    }
+
+    void placeSides()
+    {
+        float left = 0.0F;
+        for (std::size_t i = 0; i < m_layout.groups.size(); ++i) {
+            setViewport(i);
+            m_yTicks.push_back(yTicks(group(i)));
+            m_titles.push_back(fittingTitle(i));
+            left = std::max(left, m_driver.yAxisWidth(m_yTicks.back(), yStyle(i)));
+        }
+        // Whole pixels, so that pixel columns of the curves are pixel columns of the device.
+        const auto total = static_cast<float>(m_columns);
+        m_x1 = std::ceil(std::min(left * total + kEdgePixels, 0.6F * total)) / total;
+        m_x2 = std::floor(std::max((1.0F - kRightChars * m_charWidth) * total, m_x1 * total + 1.0F)) / total;
+        for (PlotLayout::Frame& frame : m_layout.groups) {
+            frame.x1 = m_x1;
+            frame.x2 = m_x2;
+        }
+    }
+
+    int plotColumns() const
+    {
+        return std::max(1, static_cast<int>(std::lround((m_x2 - m_x1) * static_cast<float>(m_columns))));
+    }
+
+    void setViewport(std::size_t i)
+    {
+        const PlotLayout::Frame& f = m_layout.groups[i];
+        m_driver.SetViewport(f.x1, f.y1, f.x2, f.y2);
+    }
+
+    // -- Axes --
+
+    AxisTicks yTicks(const Group& g)
+    {
+        const LabelRoom room = m_driver.yLabelRoom();
+        const double from = g.toScale(g.y1());
+        const double to = g.toScale(g.y2());
+        return g.isLogarithmic() ? logTicks(from, to, room) : linearTicks(from, to, room);
+    }
+
+    AxisTicks xTicks()
+    {
+        const LabelRoom room = m_driver.xLabelRoom();
+        const XAxis& axis = m_plot.axis();
+        const double from = axis.toScale(m_plot.x1());
+        const double to = axis.toScale(m_plot.x2());
+        if (axis.logarithmic)
+            return logTicks(from, to, room);
+        if (axis.mode == XMode::Clock)
+            return clockTicks(from + axis.origin, to + axis.origin, room);
+        return linearTicks(from, to, room);
+    }
+
+    AxisStyle style() const
+    {
+        AxisStyle s;
+        s.lineWidth = kTickWidthMm * m_look.widthFactor;
+        s.grid = styleOf(m_plot.grid);
+        s.gridWidth = m_look.gridWidthMm * m_look.widthFactor;
+        return s;
+    }
+
+    AxisStyle yStyle(std::size_t i) const
+    {
+        AxisStyle s = style();
+        s.origin = group(i).toScale(group(i).y1());
+        s.title = m_titles[i].c_str();
+        return s;
+    }
+
+    // The axis' title, cut where it is longer than the axis; none on a very low one.
+    std::string fittingTitle(std::size_t i)
+    {
+        const PlotLayout::Frame& f = m_layout.groups[i];
+        std::string title = group(i).axisTitle();
+        const float aspect = deviceAspect();
+        const auto length = [&](const std::string& text) {
+            float width = 0.0F;
+            m_driver.TextExtent(text.c_str(), &width, nullptr);
+            return width * aspect;
+        };
+        const float room = f.y2 - f.y1 + 0.8F * m_charHeight;
+        if (length(title) <= room)
+            return title;
+        // The unit says more than the beginning of the names, which the legend has too.
+        if (const std::string_view unit = unitIn(title); !unit.empty() && hasLegend(i))
+            title = std::string("[").append(unit).append("]");
+        if (length(title) <= room)
+            return title;
+        while (!title.empty() && length(title + "…") > room) {
+            // A whole character at a time.
+            while (!title.empty() && (static_cast<unsigned char>(title.back()) & 0xC0U) == 0x80U)
+                title.pop_back();
+            if (!title.empty())
+                title.pop_back();
+        }
+        return title.size() < 3 ? std::string() : title + "…";
+    }
+
+    // Width of the drawing area by its height.
+    float deviceAspect()
+    {
+        setWholeViewport();
+        float x0 = 0.0F, y0 = 0.0F, x1 = 0.0F, y1 = 0.0F;
+        m_driver.WorldToDevice(0.0F, 0.0F, &x0, &y0);
+        m_driver.WorldToDevice(1.0F, 1.0F, &x1, &y1);
+        return y1 == y0 ? 1.0F : std::fabs((x1 - x0) / (y1 - y0));
+    }
+
+    void setWholeViewport() { whole(); }
+
+    void drawAxes(std::size_t i)
+    {
+        setViewport(i);
+        const Group& g = group(i);
+        const XAxis& axis = m_plot.axis();
+        m_driver.SetWindow(0.0F, 0.0F,
+                           static_cast<float>(axis.toScale(m_plot.x2()) - axis.toScale(m_plot.x1())),
+                           static_cast<float>(g.toScale(g.y2()) - g.toScale(g.y1())));
+        plainPen();
+        AxisStyle s = style();
+        s.origin =
+            axis.toScale(m_plot.x1()) + (axis.mode == XMode::Clock && !axis.logarithmic ? axis.origin : 0.0);
+        s.hasLabels = i + 1 == m_layout.groups.size();
+        const std::string title = xTitle();
+        if (s.hasLabels)
+            s.title = title.c_str();
+        m_driver.DrawXAxis(xTicks(), s);
+        m_driver.DrawYAxis(m_yTicks[i], yStyle(i));
+    }
+
+    std::string xTitle() const
+    {
+        switch (m_plot.axis().mode) {
+            case XMode::Sample:
+                return "Sample";
+            case XMode::Clock:
+                return {};  // the labels say it
+            case XMode::Elapsed:
+                break;
+        }
+        return m_plot.xTitle.empty() ? "Time [s]" : m_plot.xTitle;
+    }
+
+    // -- Curves --
+
+    void drawGroup(std::size_t i)
+    {
+        drawAxes(i);
+        setViewport(i);
+        m_driver.SetWindow(0.0F, 0.0F, 1.0F, 1.0F);
+        m_driver.SetClip(true);
+        for (const Curve& curve : m_curves)
+            if (curve.group == m_layout.groupOf[i])
+                drawCurve(curve);
+        if (m_look.cursors)
+            drawCursors();
+        m_driver.SetClip(false);
+        plainPen();
+        m_driver.FontControl(m_look.textScale, 0);
+        m_driver.DrawFrame(0.0F, 0.0F, 1.0F, 1.0F, kFrameWidthMm * m_look.widthFactor);
+        drawFailures(i);
+        if (hasLegend(i))
+            drawLegend(i);
+    }
+
+    void penOf(const Variable& v)
+    {
+        m_driver.SelectColor(v.colorIndex);
+        m_driver.SetLineStyle(std::max(v.lineStyle, 0));
+        m_driver.SetLineWidth(static_cast<float>(v.widthMm) * m_look.widthFactor);
+    }
+
+    void drawCurve(const Curve& curve)
+    {
+        const Variable& v = curve.variable->variable();
+        penOf(v);
+        if (v.lineStyle >= 0 || curve.markers.empty()) {
+            std::size_t begin = 0;
+            for (const std::size_t end : curve.runEnds) {
+                const float* const points = &curve.points[2 * begin];
+                if (end - begin == 1)
+                    m_driver.Dot(points[0], points[1]);
+                else
+                    m_driver.Polyline(points, static_cast<int>(end - begin), false, false);
+                begin = end;
+            }
+        }
+        m_driver.SetLineStyle(0);
+        if (v.marker > 0)
+            for (std::size_t p = 0; p < curve.markers.size(); p += 2)
+                m_driver.DrawMarker(curve.markers[p], curve.markers[p + 1], v.marker, m_look.markerSize);
+    }
+
+    void drawCursors()
+    {
+        plainPen();
+        m_driver.SetLineWidth(kCursorWidthMm * m_look.widthFactor);
+        for (const Plot2D::Cursor which : {Plot2D::A, Plot2D::B}) {
+            if (!m_plot.cursor(which))
+                continue;
+            const auto x = static_cast<float>(m_plot.fractionOf(*m_plot.cursor(which)));
+            if (!(x >= 0.0F && x <= 1.0F))
+                continue;
+            m_driver.SetLineStyle(which == Plot2D::A ? 0 : 9);
+            m_driver.MoveTo(x, 0.0F);
+            m_driver.LineTo(x, 1.0F);
+            m_driver.Flush();
+            m_driver.SetTextJustification(-0.3F, 1.2F);
+            m_driver.MoveTo(x, 1.0F);
+            m_driver.Text(which == Plot2D::A ? "A" : "B", 0, 0.0F, 0);
+        }
+    }
+
+    void drawFailures(std::size_t i)
+    {
+        float line = 0.0F;
+        const PlotLayout::Frame& f = m_layout.groups[i];
+        const float step = m_charHeight * 1.2F / std::max(f.y2 - f.y1, m_charHeight);
+        for (const Curve& curve : m_curves) {
+            if (curve.group != m_layout.groupOf[i] || curve.failure.empty())
+                continue;
+            m_driver.SelectColor(curve.variable->variable().colorIndex);
+            m_driver.SetTextJustification(0.5F, 0.5F);
+            m_driver.MoveTo(0.5F, 0.5F - line);
+            m_driver.Text((curve.variable->variable().label + ": " + curve.failure).c_str(), 0, 0.0F, 0);
+            line += step;
+        }
+        m_driver.SelectColor(kTextColor);
+    }
+
+    // -- Texts --
+
+    static std::uint32_t notAboveZero(const HsVariable& v)
+    {
+        const bool readable = v.isBuilt() && v.failure().empty() && v.variable().rows() > 0;
+        return readable ? v.notPositive(1, v.variable().rows()) : 0;
+    }
+
+    static std::string legendText(const HsVariable& v)
+    {
+        std::string text = v.variable().label;
+        const std::uint32_t low = notAboveZero(v);
+        return low == 0 ? text : text.append(" (").append(std::to_string(low)).append(" not above 0)");
+    }
+
+    // A row above the frame; what finds no room is counted.
+    void drawLegend(std::size_t i)
+    {
+        const PlotLayout::Frame& f = m_layout.groups[i];
+        whole();
+        const float base = f.y2 + 0.35F * m_charHeight;
+        float x = f.x1;
+        int left = static_cast<int>(std::count_if(group(i).variables().begin(), group(i).variables().end(),
+                                                  [](const auto& v) { return v->variable().visible; }));
+        m_driver.SetTextJustification(0.0F, 0.0F);
+        for (const auto& v : group(i).variables()) {
+            if (!v->variable().visible)
+                continue;
+            const std::string text = legendText(*v);
+            float width = 0.0F;
+            m_driver.TextExtent(text.c_str(), &width, nullptr);
+            const float stroke = kLegendStroke * m_charWidth;
+            const float reserve = left > 1 ? 8.0F * m_charWidth : 0.0F;
+            if (x + stroke + m_charWidth + width > f.x2 - reserve) {
+                const std::string more = std::string("+").append(std::to_string(left)).append(" more");
+                m_driver.MoveTo(x, base);
+                m_driver.Text(more.c_str(), 0, 0.0F, 0);
+                return;
+            }
+            const float middle = base + 0.4F * m_charHeight;
+            penOf(v->variable());
+            const float points[4] = {x, middle, x + stroke, middle};
+            if (v->variable().lineStyle >= 0)
+                m_driver.Polyline(points, 2, false, false);
+            m_driver.SetLineStyle(0);
+            if (v->variable().marker > 0)
+                m_driver.DrawMarker(x + stroke / 2.0F, middle, v->variable().marker, m_look.markerSize);
+            plainPen();
+            m_driver.MoveTo(x + stroke + 0.6F * m_charWidth, base);
+            m_driver.Text(text.c_str(), 0, 0.0F, 0);
+            x += stroke + width + (0.6F + kLegendGap) * m_charWidth;
+            --left;
+        }
+    }
+
+    void drawTitle()
+    {
+        if (m_plot.title.empty())
+            return;
+        whole();
+        m_driver.SetTextJustification(0.5F, 1.0F);
+        m_driver.MoveTo((m_x1 + m_x2) / 2.0F, 1.0F - 0.3F * m_charHeight);
+        m_driver.Text(m_plot.title.c_str(), 0, 0.0F, 0);
+    }
+
+    const Plot2D& m_plot;
+    BasicDriver& m_driver;
+    int m_columns;
+    const PlotLook& m_look;
+    PlotLayout m_layout;
+    std::vector<Curve> m_curves;
+    std::vector<AxisTicks> m_yTicks;
+    std::vector<std::string> m_titles;
+    float m_charWidth = 0.01F;
+    float m_charHeight = 0.02F;
+    float m_x1 = 0.0F;
+    float m_x2 = 1.0F;
+};
+
+}  // namespace
+
+const std::vector<PlotColor>& defaultPlotColors()
+{
+    static const std::vector<PlotColor> colors = {
+        {0.00F, 0.27F, 0.68F}, {0.84F, 0.30F, 0.04F}, {0.10F, 0.55F, 0.24F}, {0.55F, 0.18F, 0.66F},
+        {0.80F, 0.60F, 0.00F}, {0.00F, 0.58F, 0.65F}, {0.45F, 0.09F, 0.13F}, {0.91F, 0.42F, 0.62F},
+        {0.36F, 0.40F, 0.45F}, {0.45F, 0.62F, 0.10F}, {0.15F, 0.15F, 0.40F}, {0.55F, 0.70F, 0.95F}};
+    return colors;
+}
+
+PlotColor onDarkGround(PlotColor color)
+{
+    constexpr float kLighter = 0.4F;
+    const auto lighter = [](float c) { return c + (1.0F - c) * kLighter; };
+    return {lighter(color.r), lighter(color.g), lighter(color.b)};
+}
+
+PlotLook paperLook(const PsParameters& parameters, PlotGrid grid)
+{
+    PlotLook look;
+    // The driver's lines are five times as wide as the screen's for the same millimetres.
+    look.widthFactor = 0.2F;
+    look.gridWidthMm *= static_cast<float>(parameters.gridThickness(styleOf(grid)));
+    look.markerGap = static_cast<int>(look.markerGap / kScreenPixelsAPoint * kColumnsAPoint);
+    look.markerSize = static_cast<int>(look.markerSize / kScreenPixelsAPoint);
+    return look;
+}
+
+int paperColumns(const PsParameters& parameters)
+{
+    const Paper& paper = paperOf(parameters);
+    return kColumnsAPoint * (parameters.orientation == 1 ? paper.height : paper.width);
+}
+
+PlotLayout drawPlot(const Plot2D& plot, BasicDriver& driver, int columns, const PlotLook& look)
+{
+    return Sheet(plot, driver, columns, look).draw();
+}

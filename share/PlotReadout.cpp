@@ -1,0 +1,247 @@
+#include "share/PlotReadout.h"
+
+#include <QDateTime>
+#include <QStringList>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "core/TsExceptions.h"
+#include "share/AxisTicks.h"
+#include "share/PlotVariables.h"
+
+namespace {
+
+constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+constexpr int kFloatDigits = 7;
+constexpr int kTimeDigits = 12;
+
+QString clockText(const Plot2D& plot, double x)
+{
+    const double seconds = x + plot.axis().origin;
+    // What a date cannot hold is told as a number.
+    if (!(std::abs(seconds) < 1e14))
+        return QString::number(seconds);
+    const double whole = std::floor(seconds);
+    const QDateTime time = QDateTime::fromSecsSinceEpoch(static_cast<qint64>(whole));
+    QString text = time.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+    const auto millis = static_cast<int>(std::floor((seconds - whole) * 1000.0 + 1e-6));
+    if (millis > 0)
+        text += QStringLiteral(".%1").arg(millis, 3, 10, QLatin1Char('0'));
+    return text;
+}
+
+QString label(const HsVariable& v)
+{
+    return QString::fromStdString(v.variable().label);
+}
+
+}  // namespace
+
+namespace {
+
+// As many decimals as tell neighbouring samples apart: the 32-bit dt behind them has no more to say.
+QString numberText(const Plot2D& plot, double x)
+{
+    constexpr int kMostDecimals = 12;
+    const auto ref = plot.reference();
+    double step = 0.0;
+    try {
+        step = !ref || plot.axis().mode == XMode::Sample ? 1.0 : ref->variable().source()->step();
+    } catch (const TS::Failure&) {
+        step = 0.0;
+    }
+    if (!(step > 0.0) || std::abs(x) >= 1e15)
+        return QString::number(x, 'g', kTimeDigits);
+    const int decimals = std::clamp(2 - static_cast<int>(std::floor(std::log10(step))), 0, kMostDecimals);
+    QString text = QString::number(x, 'f', decimals);
+    if (text.contains(QLatin1Char('.'))) {
+        while (text.endsWith(QLatin1Char('0')))
+            text.chop(1);
+        if (text.endsWith(QLatin1Char('.')))
+            text.chop(1);
+    }
+    return text == QLatin1String("-0") ? QStringLiteral("0") : text;
+}
+
+}  // namespace
+
+QString valueText(double value)
+{
+    if (std::isnan(value))
+        return QStringLiteral("missing");
+    return QString::number(value, 'g', kFloatDigits);
+}
+
+QString xUnit(const Plot2D& plot)
+{
+    const std::string_view unit = unitIn(plot.xTitle);
+    return unit.empty() ? QStringLiteral("s") : QString::fromStdString(std::string(unit));
+}
+
+QString xText(const Plot2D& plot, double x)
+{
+    switch (plot.axis().mode) {
+        case XMode::Sample:
+            return QStringLiteral("sample ") + numberText(plot, x);
+        case XMode::Clock:
+            return clockText(plot, x);
+        case XMode::Elapsed:
+            break;
+    }
+    return numberText(plot, x) + QLatin1Char(' ') + xUnit(plot);
+}
+
+QString distanceText(const Plot2D& plot, double dx)
+{
+    if (plot.axis().mode == XMode::Sample)
+        return numberText(plot, dx) + QStringLiteral(" samples");
+    return numberText(plot, dx) + QLatin1Char(' ') + xUnit(plot);
+}
+
+QString inverseText(const Plot2D& plot, double dx)
+{
+    if (dx == 0.0 || plot.axis().mode == XMode::Sample)
+        return QStringLiteral("–");
+    const QString unit = xUnit(plot);
+    const QString inverse = unit == QLatin1String("s")    ? QStringLiteral("Hz")
+                            : unit == QLatin1String("Hz") ? QStringLiteral("s")
+                                                          : QStringLiteral("1/") + unit;
+    return QStringLiteral("%1 %2").arg(1.0 / std::abs(dx), 0, 'g', kFloatDigits).arg(inverse);
+}
+
+double valueAt(const Plot2D& plot, const HsVariable& variable, double x)
+{
+    const Variable& v = variable.variable();
+    try {
+        const std::uint32_t row = plot.axis().rowAt(v, x);
+        if (row == 0 || (row == v.rows() && x > plot.axis().xOf(v, row) + v.source()->step()))
+            return kNan;
+        return v.value(row);
+    } catch (const TS::Failure&) {
+        return kNan;
+    }
+}
+
+Readout readoutAt(const Plot2D& plot, double x)
+{
+    Readout rows;
+    const double at = plot.snapped(x);
+    const auto ref = plot.reference();
+    if (ref) {
+        const std::uint32_t row = plot.axis().nearestRow(ref->variable(), at);
+        rows.append({QStringLiteral("Sample"), QString::number(row)});
+    }
+    if (plot.axis().mode != XMode::Sample) {
+        const QString title = QString::fromStdString(plot.xTitle);
+        const bool isTime = title.isEmpty() || title.startsWith(QLatin1String("Time"));
+        rows.append({isTime ? QStringLiteral("Time") : title.section(QLatin1Char('['), 0, 0).trimmed(),
+                     xText(plot, at)});
+    }
+    for (const auto& v : plot.variables())
+        if (v->variable().visible)
+            rows.append({label(*v), (valueText(valueAt(plot, *v, at)) + QLatin1Char(' ') +
+                                     QString::fromStdString(v->variable().unit))
+                                        .trimmed()});
+    return rows;
+}
+
+QString readoutTable(const Readout& rows)
+{
+    QString html = QStringLiteral("<table  BGCOLOR=#ffffe0>");
+    for (const auto& row : rows)
+        html += QStringLiteral("<tr><td><b>%1</b></td><td>=</td><td>%2</td></tr>\n")
+                    .arg(row.first.toHtmlEscaped(), row.second.toHtmlEscaped());
+    return html + QStringLiteral("</table>");
+}
+
+QVector<IntervalRow> intervalRows(const Plot2D& plot)
+{
+    QVector<IntervalRow> rows;
+    const Plot2D::Extent interval = plot.interval();
+    for (const auto& h : plot.variables()) {
+        if (!h->variable().visible || !h->isBuilt() || !h->failure().empty() || h->variable().rows() == 0)
+            continue;
+        IntervalRow row;
+        row.variable = h;
+        const auto& a = plot.cursor(Plot2D::A);
+        const auto& b = plot.cursor(Plot2D::B);
+        row.atA = a ? valueAt(plot, *h, *a) : kNan;
+        row.atB = b ? valueAt(plot, *h, *b) : kNan;
+        try {
+            const std::uint32_t first = plot.axis().rowFrom(h->variable(), interval.x1);
+            const std::uint32_t last = plot.axis().rowAt(h->variable(), interval.x2);
+            row.statistics = h->statistics(first, last);
+        } catch (const TS::Failure&) {
+            continue;
+        }
+        rows.append(row);
+    }
+    return rows;
+}
+
+const QStringList& intervalHeadings()
+{
+    static const QStringList headings = {
+        QStringLiteral("Variable"),  QStringLiteral("Unit"),   QStringLiteral("At A"),
+        QStringLiteral("At B"),      QStringLiteral("B − A"),  QStringLiteral("Least"),
+        QStringLiteral("Greatest"),  QStringLiteral("Mean"),   QStringLiteral("RMS"),
+        QStringLiteral("Std. dev."), QStringLiteral("Missing")};
+    return headings;
+}
+
+QStringList intervalFields(const Plot2D& plot, const IntervalRow& row)
+{
+    const auto atCursor = [&](Plot2D::Cursor which, double value) {
+        return plot.cursor(which) ? valueText(value) : QString();
+    };
+    const HsVariable::Statistics& s = row.statistics;
+    const auto ofValues = [&](double value) { return s.count == 0 ? QStringLiteral("–") : valueText(value); };
+    const bool both = plot.cursor(Plot2D::A) && plot.cursor(Plot2D::B);
+    return {label(*row.variable),
+            QString::fromStdString(row.variable->variable().unit),
+            atCursor(Plot2D::A, row.atA),
+            atCursor(Plot2D::B, row.atB),
+            both ? valueText(row.atB - row.atA) : QString(),
+            ofValues(s.least),
+            ofValues(s.greatest),
+            ofValues(s.mean),
+            ofValues(s.rms),
+            ofValues(s.deviation),
+            QString::number(s.missing)};
+}
+
+QString cursorText(const Plot2D& plot)
+{
+    const auto& a = plot.cursor(Plot2D::A);
+    const auto& b = plot.cursor(Plot2D::B);
+    QStringList parts;
+    if (a)
+        parts.append(QStringLiteral("A: ") + xText(plot, *a));
+    if (b)
+        parts.append(QStringLiteral("B: ") + xText(plot, *b));
+    if (a && b) {
+        parts.append(QStringLiteral("Δt: ") + distanceText(plot, *b - *a));
+        parts.append(QStringLiteral("1/Δt: ") + inverseText(plot, *b - *a));
+    }
+    return parts.join(QStringLiteral("     "));
+}
+
+QString intervalText(const Plot2D& plot)
+{
+    QString text;
+    for (const Plot2D::Cursor which : {Plot2D::A, Plot2D::B})
+        if (plot.cursor(which))
+            text += QStringLiteral("%1\t%2\n")
+                        .arg(which == Plot2D::A ? QLatin1String("A") : QLatin1String("B"))
+                        .arg(xText(plot, *plot.cursor(which)));
+    if (plot.cursor(Plot2D::A) && plot.cursor(Plot2D::B)) {
+        const double dx = *plot.cursor(Plot2D::B) - *plot.cursor(Plot2D::A);
+        text += QStringLiteral("Δt\t%1\n1/Δt\t%2\n").arg(distanceText(plot, dx), inverseText(plot, dx));
+    }
+    text += intervalHeadings().join(QLatin1Char('\t')) + QLatin1Char('\n');
+    for (const IntervalRow& row : intervalRows(plot))
+        text += intervalFields(plot, row).join(QLatin1Char('\t')) + QLatin1Char('\n');
+    return text;
+}

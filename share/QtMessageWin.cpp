@@ -1,0 +1,62 @@
+#include "share/QtMessageWin.h"
+
+#include <QIcon>
+#include <QPrintDialog>
+#include <QPushButton>
+#include <QStatusBar>
+#include <QTextEdit>
+
+#include "share/Resources.h"
+
+MessageWin::MessageWin(QWidget* parent, const QString& objectName, const QString& text, const QString& title,
+                       int width, int height, const QString& fontFamily, int fontSize)
+    : QMainWindow(parent), m_text(new QTextEdit(this))
+{
+    loadResources();
+    setObjectName(objectName);
+    setAttribute(Qt::WA_DeleteOnClose);
+    if (!fontFamily.isEmpty())
+        setFont(QFont(fontFamily, fontSize));
+    setWindowTitle(title.isEmpty() ? QStringLiteral("Ts-Information") : title);
+
+    m_text->setHtml(text);
+    m_text->setReadOnly(true);
+    m_text->document()->setDocumentMargin(12);
+    m_text->setAccessibleName(windowTitle());
+    setCentralWidget(m_text);
+    makeButtons();
+    resize(width, height);
+    m_text->setFocus();
+}
+
+void MessageWin::makeButtons()
+{
+    auto* const ok = new QPushButton(QIcon(QStringLiteral(":/img_Ok")), QStringLiteral("&Ok"), statusBar());
+    // setShortcut() takes the place of the mnemonic: the Escape key is the button's one shortcut.
+    ok->setShortcut(Qt::Key_Escape);
+    ok->setToolTip(QStringLiteral("Close this window (Escape)."));
+    connect(ok, &QPushButton::clicked, this, &MessageWin::close);
+
+    auto* const print =
+        new QPushButton(QIcon(QStringLiteral(":/img_Print")), QStringLiteral("Print"), statusBar());
+    print->setToolTip(QStringLiteral("Print this text."));
+    connect(print, &QPushButton::clicked, this, &MessageWin::sl_print);
+
+    statusBar()->addWidget(ok);
+    statusBar()->addWidget(print);
+}
+
+void MessageWin::sl_print()
+{
+    QPrintDialog dialog(&m_printer, this);
+    if (dialog.exec() == QDialog::Accepted)
+        m_text->print(&m_printer);
+}
+
+MessageWin* showHelp(QWidget* parent, const QString& name, const QString& title, int width, int height)
+{
+    auto* const window = new MessageWin(parent, QStringLiteral("messageWin"), helpText(name), title, width,
+                                        height, QStringLiteral("Times"), 11);
+    window->show();
+    return window;
+}

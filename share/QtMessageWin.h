@@ -1,0 +1,33 @@
+// The read-only window of every help and information text: it is read, printed and closed.
+#pragma once
+
+#include <QMainWindow>
+#include <QPrinter>
+
+class QPushButton;
+class QTextEdit;
+
+class MessageWin : public QMainWindow
+{
+    Q_OBJECT
+
+public:
+    // `text` is HTML; width and height are pixels, fontSize points. An empty title gives "Ts-Information", an
+    // empty family the application's font. The window is not yet shown; it deletes itself when it is closed.
+    MessageWin(QWidget* parent, const QString& objectName, const QString& text, const QString& title,
+               int width, int height, const QString& fontFamily, int fontSize);
+
+public slots:
+    // Asks for a printer and prints the whole text. What was chosen is kept while the window lives.
+    void sl_print();
+
+private:
+    void makeButtons();
+
+    QPrinter m_printer;
+    QTextEdit* m_text;
+};
+
+// Shows a help text (resources/help/<name>.html) in a window of its own, as all help windows look.
+MessageWin* showHelp(QWidget* parent, const QString& name, const QString& title, int width = 850,
+                     int height = 650);

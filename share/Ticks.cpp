@@ -1,0 +1,40 @@
+#include "share/Ticks.h"
+
+#include <algorithm>
+#include <cmath>
+
+int labelCount(const AxisTicks& axis)
+{
+    return static_cast<int>(std::count_if(axis.ticks.begin(), axis.ticks.end(),
+                                          [](const Tick& tick) { return !tick.label.empty(); }));
+}
+
+bool labelsFit(const AxisTicks& axis, double length, const LabelRoom& room)
+{
+    const Tick* before = nullptr;
+    double extentBefore = 0.0;
+    for (const Tick& tick : axis.ticks) {
+        if (tick.label.empty())
+            continue;
+        const double extent = room.extent ? room.extent(tick.label) : 0.0;
+        if (before != nullptr) {
+            const double distance = std::fabs(tick.position - before->position) * room.length / length;
+            if (distance < (extent + extentBefore) / 2.0 + room.gap)
+                return false;
+        }
+        before = &tick;
+        extentBefore = extent;
+    }
+    return true;
+}
+
+AxisTicks oneLabel(AxisTicks axis)
+{
+    bool found = false;
+    for (Tick& tick : axis.ticks) {
+        if (found)
+            tick.label.clear();
+        found = found || !tick.label.empty();
+    }
+    return axis;
+}

@@ -1,0 +1,367 @@
+// Smart tool logs as different loggers write them, each with what must come out.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <fstream>
+#include <random>
+
+#include "converters/STLObject.h"
+#include "core/TsNames.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const fs::path kData = TEST_DATA;
+constexpr float kNone = std::numeric_limits<float>::quiet_NaN();
+constexpr double kNoon = 1463492730.0;  // 2016-05-17 13:45:30 UTC
+constexpr double kOslo = 7200.0;        // in summer
+
+struct Stl : testing::Test
+{
+    Stl()
+    {
+        std::string name = (fs::temp_directory_path() / "stlXXXXXX").string();
+        fs::current_path(mkdtemp(name.data()));
+        setenv("TZ", "Europe/Oslo", 1);
+    }
+    ~Stl() override
+    {
+        const fs::path directory = fs::current_path();
+        fs::current_path("/");
+        fs::remove_all(directory);
+    }
+    static std::unique_ptr<TSFILE> import(STLObject& log)
+    {
+        EXPECT_EQ(JobOutcome::Done, log.check({}));
+        EXPECT_EQ(JobOutcome::Done, importSTL(log, "out.ts", {}));
+        return openTsFile("out.ts", true);
+    }
+    static std::string errorOf(const fs::path& file)
+    {
+        try {
+            STLObject log(file);
+            log.detect();
+            log.check({});
+        } catch (const STLError& error) {
+            return error.what();
+        }
+        return "";
+    }
+    static void write(const fs::path& file, const std::string& text)
+    {
+        std::ofstream(file, std::ios::binary) << text;
+    }
+};
+
+struct Case
+{
+    const char* file;
+    STLTimeSource source;
+    std::vector<std::string> names;         // as in the ts-file, time columns included
+    std::vector<std::string> descriptions;  // likewise
+    std::vector<std::vector<float>> rows;   // of the value columns
+    double first;                           // seconds since the epoch
+    double dt;
+    std::size_t troubles;
+};
+
+TEST_F(Stl, everyLoggersFileComesOutRight)
+{
+    using enum STLTimeSource;
+    const std::vector<Case> cases = {
+        {"preamble.stl",
+         DateAndTime,
+         {"Temp", "Press"},
+         {"Temp [°C]", "Press [mbar]"},
+         {{20, 1013}, {20.01F, kNone}, {1020.25F, 1013}},
+         kNoon - kOslo,
+         1,
+         0},
+        {"windows1252.stl",
+         DateAndTime,
+         {"Öldruck", "Größe"},
+         {"Öldruck [bar]", "Größe [mm]"},
+         {{1.5F, 2}, {1.6F, kNone}, {1.7F, 4}},
+         1463529599 - kOslo,
+         1,
+         0},
+        {"quotes.stl",
+         Stamp,
+         {"Flow, main", "Temp"},
+         {"Flow, main [l/s]", "Temp"},
+         {{1.5F, -10}, {1.6F, kNone}, {kNone, 3}},
+         kNoon,
+         0.5,
+         1},
+        {"tabs.stl",
+         ElapsedSeconds,
+         {"Force", "Force~2", "Temperature"},
+         {"Force [kN]", "Force [kN]", "Temperature inside"},
+         {{1, 2, 3}, {2, 3, 4}, {3, 4, 5}, {4, 5, 6}},
+         0,
+         0.01,
+         0},
+        {"blanks.stl",
+         Typed,
+         {"Col-1", "Col-2"},
+         {"", ""},
+         {{1.5F, 2.5F}, {1.6F, 2.6F}, {1.7F, 2.7F}},
+         0,
+         1,
+         0},
+        {"zones.stl", Stamp, {"A"}, {"A"}, {{1}, {2}, {3}}, 1459040340, 60, 0},
+        {"ampm-blanks.stl", DateAndTime, {"A"}, {"A"}, {{1}, {2}, {3}}, 1463486399 - kOslo, 1, 0},
+        {"elapsed.stl", ElapsedTime, {"P"}, {"P"}, {{1}, {2}, {3}}, 1463486400 - kOslo + 86340, 60, 0},
+        {"time-of-day.stl", ElapsedTime, {"P"}, {"P"}, {{1}, {2}, {3}, {4}}, 1463529598 - kOslo, 1, 0},
+        {"unix.stl", UnixMilliseconds, {"Col-2"}, {""}, {{1}, {2}, {3}, {4}}, kNoon, 0.25, 0},
+        {"rate.stl", Typed, {"A", "B"}, {"A", "B"}, {{1, 2}, {3, 4}, {5, 6}}, kNoon - kOslo, 0.004, 0},
+        {"month-first.stl",
+         Stamp,
+         {"Time", "Level"},
+         {"", "Level"},
+         {{1}, {2}, {3}, {4}},
+         1457098200 - 3600,
+         600,
+         0},
+        {"troubles.stl",
+         Stamp,
+         {"Time", "A", "B"},
+         {"", "A", "B"},
+         {{1, 2}, {kNone, 2}, {1, kNone}, {1, 2}, {1, kNone}},
+         1463443200 - kOslo,
+         600,
+         6},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.file);
+        STLObject log(kData / c.file);
+        log.detect();
+        EXPECT_EQ(c.source, log.format().timeSource);
+        const auto ts = import(log);
+        EXPECT_EQ(c.troubles, log.found().troubleCount);
+        ASSERT_EQ(c.names.size(), ts->columns());
+        const auto extra = static_cast<std::uint32_t>(ts->timeMode());
+        for (std::uint32_t col = 1; col <= ts->columns(); ++col) {
+            EXPECT_EQ(c.names[col - 1], ts->columnName(col));
+            EXPECT_EQ(c.descriptions[col - 1], ts->columnDescription(col));
+        }
+        ASSERT_EQ(c.rows.size(), ts->samples());
+        for (std::uint32_t row = 1; row <= ts->samples(); ++row)
+            for (std::uint32_t col = 1; col <= c.rows[0].size(); ++col) {
+                const float v = ts->value(row, col + extra);
+                const float wanted = c.rows[row - 1][col - 1];
+                EXPECT_TRUE(std::isnan(wanted) ? std::isnan(v) : v == wanted)
+                    << row << ' ' << col << ' ' << v;
+            }
+        EXPECT_FLOAT_EQ(static_cast<float>(c.dt), ts->dt());
+        const double start = ts->startSeconds() + static_cast<double>(ts->startTime());
+        const double first = start + (extra > 0 ? ts->value(1, 1) : c.first == 0 ? 0 : c.dt);
+        EXPECT_NEAR(c.first, first, 1e-3);
+    }
+}
+
+TEST_F(Stl, publishedSeriesComeOutAsTheyAre)
+{
+    STLObject weather(kData / "seattle-weather.csv");
+    weather.detect();
+    auto ts = import(weather);
+    EXPECT_EQ(1461U, ts->samples());
+    EXPECT_EQ(4U, ts->columns());
+    EXPECT_EQ(86400.0F, ts->dt());
+    EXPECT_EQ(1325372400U - 86400U, ts->startSeconds()) << "midnight in Oslo, less a day";
+    EXPECT_STREQ("precipitati", ts->columnName(1));
+    EXPECT_EQ(12.8F, ts->value(1, 2));
+    EXPECT_EQ(3.5F, ts->value(1461, 4));
+
+    STLObject carbon(kData / "co2-concentration.csv");
+    carbon.detect();
+    carbon.format().greenwich = true;
+    ts = import(carbon);
+    EXPECT_EQ(741U, ts->samples());
+    EXPECT_EQ(1, ts->timeMode());
+    EXPECT_EQ(0U, ts->startSeconds());
+    EXPECT_EQ(-373593600.0F, ts->value(1, 1)) << "1958-03-01";
+    EXPECT_EQ(315.70F, ts->value(1, 2));
+    EXPECT_GT(carbon.found().gaps, 0U) << "months are missing in the sixties";
+}
+
+TEST_F(Stl, datesInDoubtAreSaidToBe)
+{
+    STLObject doubtful(kData / "doubtful.stl");
+    doubtful.detect();
+    doubtful.check({});
+    EXPECT_TRUE(doubtful.format().orderInDoubt);
+    STLObject told(kData / "month-first.stl");
+    told.detect();
+    EXPECT_FALSE(told.format().orderInDoubt);
+
+    std::string text = "When,Level\n";
+    for (int i = 0; i < 2000; ++i)
+        text += "3/4/2016 13:30:00," + std::to_string(i) + '\n';
+    text.insert(text.size() / 4, "\n3/14/2016 13:30:00,1\n");
+    write("late.csv", text);
+    STLObject late("late.csv");
+    late.detect();
+    ASSERT_TRUE(late.format().orderInDoubt);
+    late.check({});
+    EXPECT_FALSE(late.format().orderInDoubt) << "a date far from the sample tells";
+    EXPECT_EQ(DateOrder::MonthDay, late.format().order);
+}
+
+TEST_F(Stl, missingValuesBecomeWhatTheUserWants)
+{
+    write("m.csv", "A;B\n1;1\n;2\n-;3\n4;nan\n");
+    const float b = kNone;
+    const std::vector<std::pair<STLFill, std::vector<float>>> cases = {
+        {STLFill::NaN, {1, 1, b, 2, b, 3, 4, b}},
+        {STLFill::Zero, {1, 1, 0, 2, 0, 3, 4, 0}},
+        {STLFill::Previous, {1, 1, 1, 2, 1, 3, 4, 3}},
+        {STLFill::Interpolated, {1, 1, 2, 2, 3, 3, 4, b}},
+    };
+    for (const auto& [fill, wanted] : cases) {
+        STLObject log("m.csv");
+        log.detect();
+        log.format().fill = fill;
+        const auto ts = import(log);
+        EXPECT_EQ(3U, log.found().missingCells);
+        for (std::uint32_t i = 0; i < 8; ++i) {
+            const float v = ts->value(i / 2 + 1, i % 2 + 1);
+            EXPECT_TRUE(std::isnan(wanted[i]) ? std::isnan(v) : v == wanted[i]) << i << ' ' << v;
+        }
+    }
+}
+
+TEST_F(Stl, timeBecomesWhatTheUserWants)
+{
+    STLObject log(kData / "gaps.stl");
+    log.detect();
+    log.check({});
+    EXPECT_EQ(1U, log.found().gaps);
+    EXPECT_EQ(13.0, log.found().longestGap);
+    EXPECT_EQ(STLTimeResult::TimeColumn, log.found().timeResult);
+
+    log.format().timeResult = STLTimeResult::Resampled;
+    auto ts = import(log);
+    ASSERT_EQ(22U, ts->samples());
+    EXPECT_EQ(70.0F, ts->value(8, 1));
+    EXPECT_TRUE(std::isnan(ts->value(9, 1)));
+    EXPECT_EQ(200.0F, ts->value(21, 1));
+    log.format().resampleStep = 0.5;
+    EXPECT_EQ(5.0F, import(log)->value(2, 1)) << "half-way between 0 and 10";
+
+    log.format().timeResult = STLTimeResult::TimeTwoColumns;
+    log.format().fromRow = 2;
+    log.format().everyNth = 3;
+    ts = import(log);
+    ASSERT_EQ(3U, ts->samples());
+    EXPECT_EQ(2, ts->timeMode());
+    EXPECT_EQ(7.0, ts->sampleTime(3));
+    EXPECT_EQ(10.0F, ts->value(1, 3));
+}
+
+TEST_F(Stl, textsAreNumberedOnDemand)
+{
+    STLObject log(kData / "quotes.stl");
+    log.detect();
+    STLColumn& state = log.format().columns[2];
+    EXPECT_EQ(STLKind::Text, state.kind);
+    EXPECT_FALSE(state.take);
+    state.take = state.numberTexts = true;
+    const auto ts = import(log);
+    EXPECT_STREQ("1=on 2=off 3=on, again", ts->columnDescription(2));
+    EXPECT_EQ(3.0F, ts->value(3, 2));
+}
+
+TEST_F(Stl, otherReadingIsOffered)
+{
+    STLObject log(kData / "one-column.stl");
+    log.detect();
+    EXPECT_EQ(2U, log.format().columns.size());
+    EXPECT_EQ(',', log.format().otherDecimal);
+    log.detect(log.format().otherSeparator, log.format().otherDecimal);
+    EXPECT_EQ(1U, log.format().columns.size());
+    EXPECT_EQ(5.5F, import(log)->value(5, 1));
+}
+
+TEST_F(Stl, hopelessFilesSayWhy)
+{
+    write("long.csv", std::string(100'000'000, '7'));
+    std::string wide;
+    for (int i = 0; i < 200000; ++i)
+        wide += "1;2;3\xC3\xB8;";
+    wide.resize(900'000);
+    write("wide.csv", wide + '\n' + wide + '\n');
+    const std::vector<std::pair<fs::path, const char*>> cases = {
+        {kData / "utf16.stl", "UTF-16"},
+        {kData / "words.stl", "No line of numbers was found in words.stl."},
+        {kData / "empty.stl", "empty"},
+        {kData / "binary.stl", "binary"},
+        {"long.csv", "longer than a million"},
+        {"wide.csv", "at most 4096 columns"},
+    };
+    for (const auto& [file, part] : cases)
+        EXPECT_NE(std::string::npos, errorOf(file).find(part)) << file << ": " << errorOf(file);
+    EXPECT_THROW(errorOf("none.csv"), std::system_error);
+
+    write("big.csv", "t;A\n0;1\n1;2\n2;3\n");
+    STLObject big("big.csv");
+    big.detect();
+    big.format().timeResult = STLTimeResult::Resampled;
+    big.format().resampleStep = 1e-9;
+    try {
+        big.check({});
+        FAIL();
+    } catch (const STLError& error) {
+        EXPECT_NE(std::string::npos, std::string(error.what())
+                                         .find("The result would need 24.0 GB; a ts-file "
+                                               "holds less than 2 GB."))
+            << error.what();
+    }
+}
+
+TEST_F(Stl, randomBytesNeverEndBadly)
+{
+    std::mt19937 random(4);
+    const std::string alphabet = "0123456789.,;:-+/eT \t\n\n\n\"#%aN\xC3\xB8";
+    for (int round = 0; round < 300; ++round) {
+        std::string text;
+        for (std::size_t i = random() % 400; i > 0; --i)
+            text += alphabet[random() % alphabet.size()];
+        write("r.csv", text);
+        try {
+            STLObject log("r.csv");
+            log.detect();
+            if (log.check({}) == JobOutcome::Done)
+                importSTL(log, "r.ts", {});
+        } catch (const STLError&) {
+        }
+    }
+    EXPECT_LE(std::distance(fs::directory_iterator("."), fs::directory_iterator()), 2);
+}
+
+TEST_F(Stl, failedImportLeavesTheOldFile)
+{
+    write("m.csv", "A;B\n1;1\n2;2\n3;3\n");
+    write("out.ts", "old");
+    STLObject log("m.csv");
+    log.detect();
+    log.check({});
+    write("m.csv", "A;B\n1;1\n");
+    EXPECT_THROW(importSTL(log, "out.ts", {}), STLError);
+    fs::remove("m.csv");
+    EXPECT_THROW(importSTL(log, "out.ts", {}), std::system_error);
+
+    std::string rows = "A;B\n";
+    for (int i = 0; i < 9000; ++i)
+        rows += "1;1\n";
+    write("m.csv", rows);
+    log.detect();
+    log.check({});
+    EXPECT_EQ(JobOutcome::Cancelled, importSTL(log, "out.ts", [](auto, auto) { return false; }));
+    EXPECT_EQ(2, std::distance(fs::directory_iterator("."), fs::directory_iterator()));
+    EXPECT_EQ(3U, fs::file_size("out.ts"));
+}
+
+}  // namespace

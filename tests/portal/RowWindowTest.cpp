@@ -1,0 +1,108 @@
+// The proxies between the table and a long model.
+
+#include <gtest/gtest.h>
+
+#include <QPersistentModelIndex>
+
+#include <algorithm>
+#include <cmath>
+
+#include "portal/RowWindow.h"
+#include "portal/SortedRows.h"
+
+namespace {
+
+constexpr int kLong = 500000000;
+
+class LongModel : public QAbstractTableModel
+{
+public:
+    explicit LongModel(int rows) : m_rows(rows) {}
+    int rowCount(const QModelIndex& = QModelIndex()) const override { return m_rows; }
+    int columnCount(const QModelIndex& = QModelIndex()) const override { return 3; }
+    QVariant data(const QModelIndex& index, int role) const override
+    {
+        return role == Qt::DisplayRole ? QVariant(index.row() * 10LL + index.column()) : QVariant();
+    }
+    QVariant headerData(int section, Qt::Orientation, int) const override { return section + 1; }
+    void change(int first, int last) { emit dataChanged(index(first, 0), index(last, 2)); }
+
+private:
+    int m_rows;
+};
+
+}  // namespace
+
+TEST(RowWindow, ShowsTheSourceRowsOfItsPlaceAndStopsAtTheEnds)
+{
+    LongModel source(kLong);
+    RowWindow window(&source);
+    const int last = kLong - RowWindow::kRows;
+    const int places[][2] = {{0, 0}, {1234567, 1234567}, {kLong, last}, {-5, 0}, {last, last}};
+    for (const auto& [asked, base] : places) {
+        window.setBase(asked);
+        EXPECT_EQ(window.base(), base);
+        EXPECT_EQ(window.rowCount(), RowWindow::kRows);
+        EXPECT_EQ(window.index(999999, 2).data().toLongLong(), (base + 999999LL) * 10 + 2);
+        EXPECT_EQ(window.headerData(7, Qt::Vertical).toInt(), base + 8);
+        EXPECT_EQ(window.headerData(1, Qt::Horizontal).toInt(), 2);
+        EXPECT_EQ(window.mapFromSource(source.index(base + 3, 1)), window.index(3, 1));
+        EXPECT_FALSE(window.mapFromSource(source.index(base == 0 ? kLong - 1 : base - 1, 0)).isValid());
+    }
+    LongModel few(5);
+    RowWindow whole(&few);
+    whole.setBase(3);
+    EXPECT_EQ(whole.base(), 0);
+    EXPECT_EQ(whole.rowCount(), 5);
+}
+
+TEST(RowWindow, PersistentIndexesStayWithTheirCell)
+{
+    LongModel source(kLong);
+    RowWindow window(&source);
+    window.setBase(1000);
+    const QPersistentModelIndex kept(window.index(500, 1));
+    const QPersistentModelIndex lost(window.index(0, 0));
+    window.setBase(1400);
+    EXPECT_EQ(kept.row(), 100);
+    EXPECT_EQ(kept.data().toLongLong(), 15001);
+    EXPECT_FALSE(lost.isValid());
+}
+
+TEST(RowWindow, PassesOnChangesOfTheRowsThatItShows)
+{
+    LongModel source(kLong);
+    RowWindow window(&source);
+    window.setBase(1000);
+    std::vector<std::pair<int, int>> seen;
+    QObject::connect(
+        &window, &QAbstractItemModel::dataChanged,
+        [&](const QModelIndex& a, const QModelIndex& b) { seen.emplace_back(a.row(), b.row()); });
+    source.change(0, 999);
+    source.change(0, kLong - 1);
+    source.change(1005, 1006);
+    const std::vector<std::pair<int, int>> expected{{0, RowWindow::kRows - 1}, {5, 6}};
+    EXPECT_EQ(seen, expected);
+}
+
+TEST(SortedRows, MissingValuesStandLastAndEqualOnesKeepTheirOrder)
+{
+    const std::vector<float> values = {5, NAN, -1, 5, 3, NAN, -1};
+    const ColumnReader read = [&](std::uint32_t first, std::span<float> out) {
+        std::copy_n(values.begin() + first - 1, out.size(), out.begin());
+    };
+    std::vector<std::uint32_t> samples;
+    sortSamples(read, 1, 7, Qt::AscendingOrder, {}, samples);
+    EXPECT_EQ(samples, (std::vector<std::uint32_t>{3, 7, 5, 1, 4, 2, 6}));
+    sortSamples(read, 2, 5, Qt::DescendingOrder, {}, samples);
+    EXPECT_EQ(samples, (std::vector<std::uint32_t>{4, 5, 3, 2}));
+
+    LongModel source(7);
+    const SortedRows sorted(&source, samples);
+    EXPECT_EQ(sorted.rowCount(), 4);
+    EXPECT_EQ(sorted.index(0, 1).data().toInt(), 31);
+    EXPECT_EQ(sorted.headerData(1, Qt::Vertical, Qt::DisplayRole).toInt(), 5);
+    EXPECT_EQ(sorted.mapFromSource(source.index(2, 2)), sorted.index(2, 2));
+    for (const int notShown : {0, 5, 6})
+        EXPECT_FALSE(sorted.mapFromSource(source.index(notShown, 0)).isValid()) << notShown;
+}

@@ -1,0 +1,300 @@
+// The list window, driven with keys as a user does.
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QClipboard>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPointer>
+#include <QScrollBar>
+#include <QTest>
+
+#include <unistd.h>
+
+#include "core/TsNames.h"
+#include "portal/TsApplication.h"
+#include "portal/TsTableView.h"
+#include "tests/BoxAnswer.h"
+#include "tests/core/TsFileBytes.h"
+
+namespace {
+
+// Plays the main window: keeps the files that are open for writing.
+class Portal : public TsApplication
+{
+public:
+    Portal() { setInstance(this); }
+    void registerWriter(const QString& path) override { m_writers << path; }
+    void unregisterWriter(const QString& path) override { m_writers.removeOne(path); }
+    bool isOpenForWriting(const QString& path) const override { return m_writers.contains(path); }
+    int writers() const { return m_writers.size(); }
+
+private:
+    QStringList m_writers;
+};
+
+void makeFile(const std::vector<float>& values)
+{
+    TSFILE file("test.ts", static_cast<std::uint32_t>(values.size()), 2, 0);
+    for (std::uint32_t s = 1; s <= values.size(); ++s)
+        file.setValue(s, 1, values[s - 1]);
+    file.flush(true);
+}
+
+float valueInFile(std::uint32_t sample, std::uint32_t column)
+{
+    return openTsFile("test.ts", true)->value(sample, column);
+}
+
+// A window on test.ts that is shown and, in the end, gone.
+class Window
+{
+public:
+    explicit Window(int mode, const char* file = "test.ts") : m_window(new TsTableView(file, nullptr, mode))
+    {
+        m_window->show();
+        m_window->activateWindow();
+        QApplication::setActiveWindow(m_window);
+        view().setFocus();
+        QApplication::processEvents();
+    }
+    ~Window() { delete m_window; }
+    Window(const Window&) = delete;
+    Window& operator=(const Window&) = delete;
+
+    TsTableView& window() { return *m_window; }
+    SampleView& view() { return *m_window->findChild<SampleView*>(); }
+    bool isGone()
+    {
+        QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        return m_window.isNull();
+    }
+    void press(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+    {
+        QTest::keyClick(QApplication::focusWidget(), static_cast<Qt::Key>(key), modifiers);
+        QApplication::processEvents();
+    }
+    // Types into the cell that is current, and leaves it by Enter.
+    void enter(const QString& text)
+    {
+        QTest::keyClicks(QApplication::focusWidget(), text.left(1));
+        QTest::keyClicks(QApplication::focusWidget(), text.mid(1));
+        press(Qt::Key_Return);
+        QApplication::processEvents();
+    }
+    void call(const char* slot) { QMetaObject::invokeMethod(m_window, slot); }
+    // Presses a box's button while the slot runs; returns the box's text.
+    QString callAndAnswer(const char* slot, const QString& button, std::function<void(QWidget&)> before = {})
+    {
+        const BoxAnswer answer(button, std::move(before));
+        call(slot);
+        EXPECT_TRUE(answer.wasAsked()) << slot;
+        return answer.text();
+    }
+
+private:
+    QPointer<TsTableView> m_window;
+};
+
+// 500 million zeros that take no room on the disk.
+void makeHugeFile()
+{
+    {
+        TSFILE file("test.ts", 1, 1, 0);
+    }
+    std::fstream file("test.ts", std::ios::binary | std::ios::in | std::ios::out);
+    const std::uint32_t samples = 500000000;
+    file.write(reinterpret_cast<const char*>(&samples), sizeof samples);
+    file.close();
+    ASSERT_EQ(::truncate("test.ts", 1024 + 512 * ((500000000LL + 127) / 128)), 0);
+}
+
+}  // namespace
+
+TEST(TsTableView, ScanBoxesTellTheirTextsAndSelectTheCell)
+{
+    const TestDirectory directory;
+    makeFile({3, 7, 7, 1});
+    Window list(0);
+    EXPECT_EQ(list.window().windowTitle(), "Veltrac, listing test.ts");
+    EXPECT_EQ(list.callAndAnswer("sl_findmax", "&Ok"), "The max value in column 1 is:\n 7 at sample 2");
+    EXPECT_EQ(list.view().currentRow(), 1);
+    EXPECT_EQ(list.callAndAnswer("sl_findmin", "&Ok"), "The minimum value in column 1 is:\n 1 at sample 4");
+    EXPECT_EQ(list.view().currentRow(), 3);
+    EXPECT_EQ(list.callAndAnswer("sl_findaverage", "&Ok"), "The average value of column 1 is:\n4.5");
+
+    makeFile({3, NAN});
+    list.call("sl_reload");
+    EXPECT_EQ(
+        list.callAndAnswer("sl_findmax", "&Ok"),
+        "The max value in column 1 is:\n 3 at sample 1\n1 value is missing; the average without them is 3");
+    {
+        TSFILE empty("test.ts", 0, 1, 0);
+    }
+    list.call("sl_reload");
+    EXPECT_EQ(list.callAndAnswer("sl_findaverage", "&Ok"), "The file has no samples.");
+}
+
+TEST(TsTableView, KeysAndSelectionReachAllOfAHugeFile)
+{
+    const TestDirectory directory;
+    makeHugeFile();
+    Window list(0);
+    SampleView& view = list.view();
+    list.press(Qt::Key_End, Qt::ControlModifier);
+    EXPECT_EQ(view.currentRow(), 499999999);
+    EXPECT_EQ(view.sampleBar()->value(), view.sampleBar()->maximum());
+    list.press(Qt::Key_Up);
+    EXPECT_EQ(view.currentRow(), 499999998);
+    list.press(Qt::Key_Home, Qt::ControlModifier | Qt::ShiftModifier);
+    ASSERT_EQ(view.selectedBlocks().size(), 1U);
+    EXPECT_EQ(view.selectedBlocks()[0].firstRow, 0);
+    EXPECT_EQ(view.selectedBlocks()[0].lastRow, 499999998);
+    view.sampleBar()->setValue(250000000);
+    EXPECT_EQ(view.selectedBlocks()[0].lastRow, 499999998) << "scrolling loses the selection";
+    EXPECT_TRUE(view.selectionModel()->isSelected(view.indexAt(QPoint(5, 5)))) << "and shows it";
+    EXPECT_EQ(view.currentRow(), 0);
+    list.press(Qt::Key_Down);
+    EXPECT_EQ(view.currentRow(), 1) << "after scrolling, the keys go on from the current cell";
+
+    // Over the edge of the million rows that the table holds at a time.
+    view.goTo(999998, 0);
+    for (int i = 0; i < 3; ++i)
+        list.press(Qt::Key_Down);
+    EXPECT_EQ(view.currentRow(), 1000001);
+    EXPECT_EQ(view.model()->headerData(view.currentIndex().row(), Qt::Vertical).toInt(), 1000002);
+    list.press(Qt::Key_PageUp);
+    EXPECT_LT(view.currentRow(), 1000001);
+
+    list.callAndAnswer("sl_goTo", "OK", [](QWidget& box) { box.findChild<QLineEdit*>()->setText("50%"); });
+    EXPECT_EQ(view.currentRow(), 250000000);
+    list.call("sl_pageDown");
+    EXPECT_EQ(view.currentRow(), 255000000);
+    view.selectColumn(0);
+    EXPECT_EQ(view.selectedBlocks()[0].firstRow, 0) << "a whole column means all samples";
+    EXPECT_EQ(view.selectedBlocks()[0].lastRow, 499999999);
+}
+
+TEST(TsTableView, OnlyChosenColumnsShowAndAreCopied)
+{
+    const TestDirectory directory;
+    makeFile({0.1F, 2});
+    Window list(0);
+    list.view().selectAll();
+    list.call("sl_copy");
+    EXPECT_EQ(QApplication::clipboard()->text(), "0.1\t0\n2\t0\n");
+    list.window().findChild<QListWidget*>()->item(1)->setSelected(false);
+    EXPECT_TRUE(list.view().isColumnHidden(1));
+    list.call("sl_copyWithNames");
+    EXPECT_EQ(QApplication::clipboard()->text(), "Column-01\n0.1\n2\n");
+    list.window().findChild<QCheckBox*>()->setChecked(true);
+    EXPECT_TRUE(list.view().isColumnHidden(1)) << "sorted";
+}
+
+TEST(TsTableView, SortsOnValuesAndBack)
+{
+    const TestDirectory directory;
+    makeFile({3, 9, 1});
+    Window edit(1);
+    auto& sorting = *edit.window().findChild<QCheckBox*>();
+    sorting.setChecked(true);
+    EXPECT_EQ(edit.view().model()->index(0, 0).data().toString(), "1.0000");
+    EXPECT_EQ(edit.view().sampleOfRow(2), 2U);
+    edit.view().goTo(2, 0);
+    edit.enter("4");
+    sorting.setChecked(false);
+    EXPECT_EQ(edit.view().model()->index(1, 0).data().toString(), "4.0000");
+    EXPECT_EQ(edit.view().sampleOfRow(edit.view().currentRow()), 2U);
+    edit.call("sl_save");
+    EXPECT_EQ(valueInFile(2, 1), 4.0F);
+}
+
+TEST(TsTableView, EditsWithKeysUndoesAndSaves)
+{
+    const TestDirectory directory;
+    const Portal portal;
+    makeFile({1, 2, 3, 4, 5});
+    {
+        Window edit(1);
+        EXPECT_EQ(edit.window().windowTitle(), "Veltrac, editing test.ts");
+        EXPECT_EQ(portal.writers(), 1);
+        edit.enter("12,5");
+        EXPECT_EQ(edit.view().currentRow(), 1) << "Enter goes down by one";
+        EXPECT_EQ(edit.window().windowTitle(), "Veltrac, editing test.ts*");
+        edit.press(Qt::Key_F2);
+        edit.press(Qt::Key_Return);  // untouched
+        edit.enter("9x");            // refused
+        EXPECT_EQ(edit.view().currentRow(), 3);
+        edit.view().selectBlock({3, 4, 0, 1});
+        QApplication::clipboard()->setText("7");
+        edit.call("sl_paste");
+        edit.view().goTo(1, 0);
+        QApplication::clipboard()->setText("20\t21\n30\t31");
+        edit.call("sl_paste");
+        EXPECT_EQ(valueInFile(1, 1), 1.0F) << "nothing is written before it is saved";
+        edit.call("sl_save");
+        EXPECT_EQ(edit.window().windowTitle(), "Veltrac, editing test.ts");
+        const float saved[5][2] = {{12.5F, 0}, {20, 21}, {30, 31}, {7, 7}, {7, 7}};
+        for (std::uint32_t s = 1; s <= 5; ++s)
+            for (std::uint32_t c = 1; c <= 2; ++c)
+                EXPECT_EQ(valueInFile(s, c), saved[s - 1][c - 1]) << s << ", " << c;
+        for (int i = 0; i < 3; ++i)
+            edit.call("sl_undo");
+        edit.call("sl_save");
+        EXPECT_EQ(valueInFile(1, 1), 1.0F);
+        EXPECT_EQ(valueInFile(5, 2), 0.0F);
+    }
+    EXPECT_EQ(portal.writers(), 0);
+}
+
+TEST(TsTableView, ClosingAsksAboutEdits)
+{
+    const TestDirectory directory;
+    struct Row
+    {
+        const char* button;
+        bool closes;
+        float inFile;
+    };
+    for (const Row& row : {Row{"&Cancel", false, 1}, Row{"&Discard", true, 1}, Row{"&Save", true, 8}}) {
+        makeFile({1, 2});
+        Window edit(1);
+        edit.enter("8");
+        edit.callAndAnswer("close", row.button);
+        EXPECT_EQ(edit.isGone(), row.closes) << row.button;
+        EXPECT_EQ(valueInFile(1, 1), row.inFile) << row.button;
+    }
+}
+
+TEST(TsTableView, WhatCannotBeEditedIsListedAndSaysSo)
+{
+    const TestDirectory directory;
+    Portal portal;
+    makeFile({1, 2});
+    std::filesystem::permissions("test.ts", std::filesystem::perms(0444));
+    const auto noteOf = [](Window& window) {
+        for (const QLabel* const label : window.window().findChildren<QLabel*>())
+            if (label->text().contains("listed"))
+                return label->text();
+        return QString();
+    };
+    {
+        Window readOnly(1);
+        EXPECT_EQ(readOnly.window().windowTitle(), "Veltrac, listing test.ts");
+        EXPECT_EQ(noteOf(readOnly), "test.ts is read-only, so it is listed.");
+        EXPECT_EQ(portal.writers(), 0);
+    }
+    std::filesystem::permissions("test.ts", std::filesystem::perms(0644));
+    Window first(1);
+    Window second(1);
+    EXPECT_FALSE(second.window().isEditing());
+    EXPECT_EQ(noteOf(second), "test.ts is being edited in another window, so it is listed here.");
+
+    TsTableView none("missing.ts", nullptr, 1);
+    EXPECT_EQ(none.findChild<SampleView*>(), nullptr);
+}

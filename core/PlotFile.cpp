@@ -100,6 +100,13 @@ std::string PlotFile::timeUnit() const
     return m_file->timeUnit();
 }
 
+std::uint32_t PlotFile::describedColumns() const
+{
+    const std::uint64_t records =
+        m_stamp.size > kBlockBytes ? (m_stamp.size - kBlockBytes) / kColumnRecordBytes : 0;
+    return static_cast<std::uint32_t>(std::min<std::uint64_t>(m_columns, records));
+}
+
 bool PlotFile::isPlottable(std::uint32_t column) const
 {
     return column != m_file->timeColumn() && column != m_file->time32Column();

@@ -56,7 +56,7 @@ std::shared_ptr<HsVariable> makeVariable(const std::shared_ptr<PlotFile>& file, 
 std::vector<std::uint32_t> plottableColumns(const PlotFile& file)
 {
     std::vector<std::uint32_t> columns;
-    for (std::uint32_t c = 1; c <= file.columns() && c != 0; ++c)
+    for (std::uint32_t c = 1; c <= file.describedColumns(); ++c)
         if (file.isPlottable(c))
             columns.push_back(c);
     return columns;

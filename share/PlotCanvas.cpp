@@ -80,6 +80,7 @@ void PlotCanvas::showValues(const std::vector<double>& x, const QString& xTitle,
     m_plot = Plot2D();
     m_files = FileArray();
     std::vector<std::vector<float>> values;
+    values.reserve(columns.size());
     for (const Values& column : columns)
         values.push_back(column.y);
     const auto source = std::make_shared<PlotValues>(x, values);
@@ -100,11 +101,22 @@ void PlotCanvas::showText(const QString& text)
     replot();
 }
 
+// What a progress bar says: "Reading test.ts".
+QString PlotCanvas::whatIsMissing() const
+{
+    QStringList names;
+    for (const auto& v : m_plot.variables())
+        if (v->variable().visible && !v->isBuilt())
+            names.append(fileNameOf(v->variable()));
+    names.removeDuplicates();
+    return tr("Reading %1").arg(names.join(QStringLiteral(", ")));
+}
+
 bool PlotCanvas::refresh(bool fit)
 {
     bool whole = true;
     try {
-        JobProgress progress(window(), tr("Reading samples"));
+        JobProgress progress(window(), whatIsMissing());
         whole = m_plot.buildMissing(progress.callback()) == JobOutcome::Done;
         // The times are known now.
         if (backwardsVariable(m_plot))

@@ -36,44 +36,44 @@ enum class Part { View, Cursors, Output };
 // What keys and menus do. The first key is the one that menus show.
 struct Command
 {
-    Part part;
     const char* text;
+    void (PlotCanvas::*run)();
+    Part part;
     int key;
     int otherKey;
-    void (PlotCanvas::*run)();
     bool separatorAfter;
 };
 
 using C = PlotCanvas;
 const Command kCommands[] = {
-    {Part::View, "&Fit all", Qt::Key_F, 0, &C::sl_fitAll, false},
-    {Part::View, "Fit &y", Qt::Key_Y, 0, &C::sl_fitY, false},
-    {Part::View, "Zoom to A–&B", Qt::Key_Z, 0, &C::sl_zoomToCursors, true},
-    {Part::View, "Zoom &in", Qt::Key_Plus, Qt::Key_Equal, &C::sl_zoomIn, false},
-    {Part::View, "Zoom &out", Qt::Key_Minus, 0, &C::sl_zoomOut, false},
-    {Part::View, "Zoom in y", kShift | Qt::Key_Plus, kShift | Qt::Key_Asterisk, &C::sl_zoomInY, false},
-    {Part::View, "Zoom out y", kShift | Qt::Key_Minus, kShift | Qt::Key_Underscore, &C::sl_zoomOutY, true},
-    {Part::View, "Pan left", Qt::Key_Left, 0, &C::sl_panLeft, false},
-    {Part::View, "Pan right", Qt::Key_Right, 0, &C::sl_panRight, false},
-    {Part::View, "Page left", kControl | Qt::Key_Left, 0, &C::sl_pageLeft, false},
-    {Part::View, "Page right", kControl | Qt::Key_Right, 0, &C::sl_pageRight, false},
-    {Part::View, "To the start", Qt::Key_Home, 0, &C::sl_toStart, false},
-    {Part::View, "To the end", Qt::Key_End, 0, &C::sl_toEnd, true},
-    {Part::View, "&Previous view", Qt::Key_Backspace, kAlt | Qt::Key_Left, &C::sl_previousView, false},
-    {Part::View, "&Next view", kAlt | Qt::Key_Right, 0, &C::sl_nextView, false},
-    {Part::View, "&Go to…", kControl | Qt::Key_G, 0, &C::sl_goTo, false},
-    {Part::Cursors, "Cursor &A to the middle", Qt::Key_A, 0, &C::sl_cursorA, false},
-    {Part::Cursors, "Cursor &B to the middle", Qt::Key_B, 0, &C::sl_cursorB, false},
-    {Part::Cursors, "To the &greatest in view", Qt::Key_M, 0, &C::sl_toGreatest, false},
-    {Part::Cursors, "To the &least in view", kShift | Qt::Key_M, 0, &C::sl_toLeast, false},
-    {Part::Cursors, "&Remove the cursors", Qt::Key_Escape, 0, &C::sl_clearCursors, false},
-    {Part::Output, "&Copy read-out", kControl | Qt::Key_C, 0, &C::sl_copyReadout, false},
-    {Part::Output, "Copy &picture", kControl | kShift | Qt::Key_C, 0, &C::sl_copyPicture, true},
-    {Part::Output, "&Hard copy (EPS)…", kControl | Qt::Key_E, 0, &C::sl_hardCopy, false},
-    {Part::Output, "Hard copy with &cursors…", 0, 0, &C::sl_hardCopyWithCursors, false},
-    {Part::Output, "Postscript para&meters…", 0, 0, &C::sl_psParameters, false},
-    {Part::Output, "&Save picture (PNG)…", 0, 0, &C::sl_savePicture, false},
-    {Part::Output, "P&rint…", kControl | Qt::Key_P, 0, &C::sl_print, false},
+    {"&Fit all", &C::sl_fitAll, Part::View, Qt::Key_F, 0, false},
+    {"Fit &y", &C::sl_fitY, Part::View, Qt::Key_Y, 0, false},
+    {"Zoom to A–&B", &C::sl_zoomToCursors, Part::View, Qt::Key_Z, 0, true},
+    {"Zoom &in", &C::sl_zoomIn, Part::View, Qt::Key_Plus, Qt::Key_Equal, false},
+    {"Zoom &out", &C::sl_zoomOut, Part::View, Qt::Key_Minus, 0, false},
+    {"Zoom in y", &C::sl_zoomInY, Part::View, kShift | Qt::Key_Plus, kShift | Qt::Key_Asterisk, false},
+    {"Zoom out y", &C::sl_zoomOutY, Part::View, kShift | Qt::Key_Minus, kShift | Qt::Key_Underscore, true},
+    {"Pan left", &C::sl_panLeft, Part::View, Qt::Key_Left, 0, false},
+    {"Pan right", &C::sl_panRight, Part::View, Qt::Key_Right, 0, false},
+    {"Page left", &C::sl_pageLeft, Part::View, kControl | Qt::Key_Left, 0, false},
+    {"Page right", &C::sl_pageRight, Part::View, kControl | Qt::Key_Right, 0, false},
+    {"To the start", &C::sl_toStart, Part::View, Qt::Key_Home, 0, false},
+    {"To the end", &C::sl_toEnd, Part::View, Qt::Key_End, 0, true},
+    {"&Previous view", &C::sl_previousView, Part::View, Qt::Key_Backspace, kAlt | Qt::Key_Left, false},
+    {"&Next view", &C::sl_nextView, Part::View, kAlt | Qt::Key_Right, 0, false},
+    {"&Go to…", &C::sl_goTo, Part::View, kControl | Qt::Key_G, 0, false},
+    {"Cursor &A to the middle", &C::sl_cursorA, Part::Cursors, Qt::Key_A, 0, false},
+    {"Cursor &B to the middle", &C::sl_cursorB, Part::Cursors, Qt::Key_B, 0, false},
+    {"To the &greatest in view", &C::sl_toGreatest, Part::Cursors, Qt::Key_M, 0, false},
+    {"To the &least in view", &C::sl_toLeast, Part::Cursors, kShift | Qt::Key_M, 0, false},
+    {"&Remove the cursors", &C::sl_clearCursors, Part::Cursors, Qt::Key_Escape, 0, false},
+    {"&Copy read-out", &C::sl_copyReadout, Part::Output, kControl | Qt::Key_C, 0, false},
+    {"Copy &picture", &C::sl_copyPicture, Part::Output, kControl | kShift | Qt::Key_C, 0, true},
+    {"&Hard copy (EPS)…", &C::sl_hardCopy, Part::Output, kControl | Qt::Key_E, 0, false},
+    {"Hard copy with &cursors…", &C::sl_hardCopyWithCursors, Part::Output, 0, 0, false},
+    {"Postscript para&meters…", &C::sl_psParameters, Part::Output, 0, 0, false},
+    {"&Save picture (PNG)…", &C::sl_savePicture, Part::Output, 0, 0, false},
+    {"P&rint…", &C::sl_print, Part::Output, kControl | Qt::Key_P, 0, false},
 };
 
 void addCommands(PlotCanvas* canvas, QMenu& menu, Part part)

@@ -82,6 +82,13 @@ Summary summaryOf(const float* values, std::size_t stride, std::size_t n)
 {
     if (n == 0)
         return {};
+    if (stride != 1 && n <= Pyramid::kBucket) {
+        // Side by side they are summed in fewer steps, the gathering included.
+        float gathered[Pyramid::kBucket];
+        for (std::size_t i = 0; i < n; ++i)
+            gathered[i] = values[i * stride];
+        return summaryOf(gathered, 1, n);
+    }
     if (stride == 1) {
         // Floats cannot overflow a sum of doubles: it is finite where all of them are.
         const double sum = sumOf(values, n);

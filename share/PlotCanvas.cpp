@@ -3,6 +3,7 @@
 #include <QDragEnterEvent>
 #include <QMimeData>
 #include <QPainter>
+#include <QScopedValueRollback>
 #include <QUrl>
 
 #include <algorithm>
@@ -114,6 +115,10 @@ QString PlotCanvas::whatIsMissing() const
 
 bool PlotCanvas::refresh(bool fit)
 {
+    // What the progress bar's events ask for waits for the one that is under way.
+    if (m_reading)
+        return false;
+    const QScopedValueRollback<bool> reading(m_reading, true);
     bool whole = true;
     try {
         JobProgress progress(window(), whatIsMissing());

@@ -240,6 +240,7 @@ private:
     QPixmap m_picture;
     PlotLayout m_layout;
     bool m_stale = true;
+    bool m_reading = false;
 
     Drag m_drag = Drag::None;
     bool m_dragged = false;  // the mouse has left the pixel that it was pressed at

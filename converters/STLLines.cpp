@@ -1,0 +1,245 @@
+#include "converters/STLLines.h"
+
+#include <QApplication>
+#include <QBrush>
+#include <QFontDatabase>
+#include <QPainter>
+#include <QStringList>
+#include <QTextLayout>
+
+#include <algorithm>
+#include <array>
+
+#include "converters/TimeStamps.h"
+#include "core/LineReader.h"
+
+namespace {
+
+constexpr std::size_t kMostLines = 1000;
+constexpr std::size_t kLongestShown = 2000;
+constexpr QRgb kTroubleColour = 0xFFF4A09A;
+
+// What a kind of line is called in its tool tip, and its colour; 0 for the view's own.
+struct Look
+{
+    const char* name;
+    QRgb colour;
+};
+constexpr std::array<Look, 7> kLooks = {{{"an empty line", 0},
+                                         {"a remark", 0xFFE4E4E4},
+                                         {"head, above the data", 0xFFF3EBC8},
+                                         {"the names of the columns", 0xFFC5DDF5},
+                                         {"the units of the columns", 0xFFCDEBCB},
+                                         {"data", 0},
+                                         {"data with troubles", 0}}};
+
+const Look& lookOf(STLLineKind kind)
+{
+    return kLooks[static_cast<std::size_t>(kind)];
+}
+
+int shownLength(std::string_view bytes, STLEncoding encoding)
+{
+    return QString::fromStdString(decoded(bytes, encoding)).size();
+}
+
+bool isTimePart(const STLFormat& format, std::size_t column)
+{
+    return static_cast<int>(column) == format.timeColumn || static_cast<int>(column) == format.dateColumn;
+}
+
+bool readsAsTime(const STLFormat& format, std::size_t column, std::string_view cell)
+{
+    const auto isDate = [&](const std::optional<Stamp>& stamp) -> bool {
+        return stamp && midnight(stamp->date, format.order).has_value();
+    };
+    switch (format.timeSource) {
+        case STLTimeSource::Stamp:
+            return isDate(readStamp(cell));
+        case STLTimeSource::DateAndTime:
+            return static_cast<int>(column) == format.dateColumn ? isDate(readStamp(cell))
+                                                                 : readTime(cell).has_value();
+        case STLTimeSource::ElapsedTime:
+            return readTime(cell).has_value();
+        default:
+            return readNumber(cell, format.cells).has_value();
+    }
+}
+
+}  // namespace
+
+STLLines::STLLines(QObject* parent) : QAbstractTableModel(parent) {}
+
+void STLLines::load(const std::filesystem::path& file)
+{
+    beginResetModel();
+    m_lines.clear();
+    LineReader reader(file, kLongestShown);
+    while (m_lines.size() < kMostLines && reader.next()) {
+        Line line;
+        line.bytes = reader.text();
+        m_lines.push_back(std::move(line));
+    }
+    endResetModel();
+}
+
+void STLLines::explain(const STLFormat* format)
+{
+    m_hasFormat = format != nullptr;
+    m_format = m_hasFormat ? *format : STLFormat();
+    std::uint64_t number = 0;
+    for (Line& line : m_lines)
+        explainLine(line, ++number);
+    if (!m_lines.empty())
+        emit dataChanged(index(0, 0), index(rowCount() - 1, 0));
+}
+
+void STLLines::explainLine(Line& line, std::uint64_t number)
+{
+    line.text = QString::fromStdString(decoded(line.bytes, m_format.encoding));
+    line.text.remove(QLatin1Char('\r'));
+    for (QChar& c : line.text)
+        if (c < QLatin1Char(' ') && c != QLatin1Char('\t'))
+            c = QChar(0xB7);
+    line.marks.clear();
+    line.toolTip.clear();
+    const bool empty = line.bytes.find_first_not_of(" \t\r") == std::string::npos;
+    line.kind = empty                             ? STLLineKind::Empty
+                : !m_hasFormat                    ? STLLineKind::Data
+                : number == m_format.namesLine    ? STLLineKind::Names
+                : number == m_format.unitsLine    ? STLLineKind::Units
+                : isRemark(line.bytes, m_format)  ? STLLineKind::Remark
+                : number < m_format.firstDataLine ? STLLineKind::Head
+                                                  : STLLineKind::Data;
+    if (m_hasFormat && line.kind == STLLineKind::Data)
+        explainData(line);
+    if (line.toolTip.isEmpty() && m_hasFormat)
+        line.toolTip =
+            QStringLiteral("Line %1: %2").arg(number).arg(QString::fromLatin1(lookOf(line.kind).name));
+}
+
+void STLLines::explainData(Line& line)
+{
+    std::vector<std::string_view> cells;
+    splitCells(line.bytes, m_format.cells.separator, cells);
+    QStringList troubles;
+    for (std::size_t c = 0; c < std::min(cells.size(), m_format.columns.size()); ++c) {
+        const QString trouble = troubleOf(c, cells[c]);
+        if (trouble.isEmpty())
+            continue;
+        troubles << trouble;
+        const std::string_view bytes = line.bytes;
+        const auto offset = static_cast<std::size_t>(cells[c].data() - bytes.data());
+        line.marks.append({shownLength(bytes.substr(0, offset), m_format.encoding),
+                           shownLength(cells[c], m_format.encoding)});
+    }
+    if (cells.size() < m_format.columns.size())
+        troubles << QStringLiteral("%1 of %2 cells").arg(cells.size()).arg(m_format.columns.size());
+    if (cells.size() > m_format.columns.size() + (cells.back().empty() ? 1 : 0))
+        troubles << QStringLiteral("%1 cells instead of %2").arg(cells.size()).arg(m_format.columns.size());
+    if (troubles.isEmpty())
+        return;
+    line.kind = STLLineKind::Trouble;
+    line.toolTip = troubles.join(QLatin1Char('\n'));
+    if (line.marks.isEmpty())
+        line.marks.append({0, line.text.size()});
+}
+
+QString STLLines::troubleOf(std::size_t column, std::string_view cell) const
+{
+    const STLColumn& wanted = m_format.columns[column];
+    const QString shown = QString::fromStdString(decoded(cell.substr(0, 40), m_format.encoding));
+    if (isTimePart(m_format, column))
+        return readsAsTime(m_format, column, cell)
+                   ? QString()
+                   : QStringLiteral("\"%1\" is no time: the line is skipped").arg(shown);
+    if (!wanted.take || wanted.numberTexts || isMissing(cell, m_format.cells) ||
+        readNumber(cell, m_format.cells) || (wanted.kind == STLKind::Time && readTime(cell)))
+        return QString();
+    return QStringLiteral("\"%1\" is no number: it is missing").arg(shown);
+}
+
+QString STLLines::firstValues(std::size_t column, int count) const
+{
+    QStringList values;
+    std::vector<std::string_view> cells;
+    for (std::size_t i = 0; i < m_lines.size() && values.size() < count; ++i) {
+        if (m_lines[i].kind != STLLineKind::Data && m_lines[i].kind != STLLineKind::Trouble)
+            continue;
+        if (splitCells(m_lines[i].bytes, m_format.cells.separator, cells) > column)
+            values << QString::fromStdString(decoded(cells[column], m_format.encoding));
+    }
+    return values.join(QStringLiteral("  "));
+}
+
+int STLLines::rowCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : static_cast<int>(m_lines.size());
+}
+
+int STLLines::columnCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : 1;
+}
+
+QVariant STLLines::data(const QModelIndex& index, int role) const
+{
+    if (!index.isValid())
+        return QVariant();
+    const Line& line = m_lines[static_cast<std::size_t>(index.row())];
+    const QRgb colour = lookOf(line.kind).colour;
+    switch (role) {
+        case Qt::DisplayRole:
+            return line.text;
+        case Qt::ToolTipRole:
+            return line.toolTip;
+        case Qt::FontRole:
+            return QFontDatabase::systemFont(QFontDatabase::FixedFont);
+        case Qt::BackgroundRole:
+            return colour == 0 ? QVariant() : QBrush(QColor(colour));
+        case Qt::ForegroundRole:
+            // The colours are light ones, whatever the theme.
+            return colour == 0 ? QVariant() : QBrush(Qt::black);
+        case kMarksRole:
+            return QVariant::fromValue(line.marks);
+        default:
+            return QVariant();
+    }
+}
+
+QVariant STLLines::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (role != Qt::DisplayRole)
+        return QVariant();
+    return orientation == Qt::Vertical ? QVariant(section + 1) : QVariant(QStringLiteral("The file"));
+}
+
+void STLLineDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
+                            const QModelIndex& index) const
+{
+    const auto marks = index.data(STLLines::kMarksRole).value<QVector<STLLines::Mark>>();
+    QStyledItemDelegate::paint(painter, option, index);
+    if (marks.isEmpty())
+        return;
+    // Over the plain text, the same text with its marks; tabs are as wide as the style has them.
+    QStyleOptionViewItem shown = option;
+    initStyleOption(&shown, index);
+    const QRect area =
+        QApplication::style()
+            ->subElementRect(QStyle::SE_ItemViewItemText, &shown, shown.widget)
+            .adjusted(QApplication::style()->pixelMetric(QStyle::PM_FocusFrameHMargin) + 1, 0, 0, 0);
+    const QFontMetrics metrics(shown.font);
+    painter->save();
+    painter->setFont(shown.font);
+    painter->setClipRect(option.rect);
+    for (const STLLines::Mark& mark : marks) {
+        const int left = metrics.horizontalAdvance(shown.text.left(mark.from));
+        const QString text = shown.text.mid(mark.from, mark.length);
+        const QRect box(area.left() + left, area.top(), std::max(metrics.horizontalAdvance(text), 4),
+                        area.height());
+        painter->fillRect(box, QColor(kTroubleColour));
+        painter->setPen(Qt::black);
+        painter->drawText(box, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine, text);
+    }
+    painter->restore();
+}

@@ -1,0 +1,546 @@
+#include "converters/STLWin.h"
+
+#include <QComboBox>
+#include <QDateTime>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QLocale>
+#include <QPushButton>
+#include <QScopedValueRollback>
+#include <QSpinBox>
+#include <QTableView>
+#include <QTableWidget>
+#include <QTimer>
+
+#include <algorithm>
+#include <array>
+#include <system_error>
+
+#include "converters/ImportReport.h"
+#include "converters/ImportTexts.h"
+#include "converters/STLLines.h"
+#include "core/TsNames.h"
+#include "portal/TsApplication.h"
+#include "share/Boxes.h"
+#include "share/JobProgress.h"
+#include "share/NumberField.h"
+#include "share/QtMessageWin.h"
+
+namespace {
+
+enum Column { kTake, kName, kDescription, kUnit, kValues };
+
+const QString kFilter = QStringLiteral(
+    "Text files (*.stl *.csv *.txt *.dat *.log *.asc *.tsv *.prn);;STL files (*.stl);;All files (*)");
+constexpr int kFirstValues = 4;
+// Files up to this size are checked whenever a field changes, which takes no noticeable time.
+constexpr std::uint64_t kQuickBytes = 4'000'000;
+
+QString text(const std::string& utf8)
+{
+    return QString::fromStdString(utf8);
+}
+
+void select(QComboBox* box, int value)
+{
+    box->setCurrentIndex(std::max(0, box->findData(value)));
+}
+
+QString joined(const std::vector<std::string>& words)
+{
+    QStringList list;
+    for (const std::string& word : words)
+        list << text(word);
+    return list.join(QLatin1Char(' '));
+}
+
+std::vector<std::string> words(const QString& text)
+{
+    std::vector<std::string> list;
+    for (const QString& word : text.split(QLatin1Char(' '), Qt::SkipEmptyParts))
+        list.push_back(word.toStdString());
+    return list;
+}
+
+QString wallText(Micros wall)
+{
+    return QDateTime::fromMSecsSinceEpoch(wall / 1000, Qt::UTC)
+        .toString(QStringLiteral("yyyy-MM-dd hh:mm:ss"));
+}
+
+// "Sunday, 3 April 2016 13:30:00"
+QString inWords(Micros wall)
+{
+    return QLocale(QLocale::English)
+        .toString(QDateTime::fromMSecsSinceEpoch(wall / 1000, Qt::UTC),
+                  QStringLiteral("dddd, d MMMM yyyy hh:mm:ss"));
+}
+
+QString stepText(const STLCheck& found)
+{
+    if (found.rows < 2)
+        return QStringLiteral("One row only");
+    QString line = found.equalSteps
+                       ? QStringLiteral("Step %1, constant").arg(durationText(found.typicalStep))
+                       : QStringLiteral("Steps of %1 to %2, typically %3")
+                             .arg(durationText(found.leastStep), durationText(found.greatestStep),
+                                  durationText(found.typicalStep));
+    if (found.gaps > 0)
+        line +=
+            QStringLiteral(", %1 gaps, longest %2").arg(grouped(found.gaps), durationText(found.longestGap));
+    if (found.leastStep < 0.0)
+        line += QStringLiteral(", some backwards");
+    return line + QLatin1Char('.');
+}
+
+QString resultText(const STLCheck& found)
+{
+    const QString time = found.resampled          ? QStringLiteral("at equal steps of %1")
+                         : found.timeColumns == 2 ? QStringLiteral("with \"Time\" and \"Time32\"")
+                         : found.timeColumns == 1 ? QStringLiteral("with a column \"Time\"")
+                                                  : QStringLiteral("with a sample time of %1");
+    return (time.contains(QLatin1String("%1")) ? time.arg(durationText(static_cast<double>(found.dt)))
+                                               : time);
+}
+
+QString problemText(STLProblem problem)
+{
+    switch (problem) {
+        case STLProblem::NotANumber:
+            return QStringLiteral("no number: missing");
+        case STLProblem::TooFewCells:
+            return QStringLiteral("too few cells: the rest is missing");
+        case STLProblem::TooManyCells:
+            return QStringLiteral("too many cells: the rest is ignored");
+        case STLProblem::UnreadableStamp:
+            return QStringLiteral("no readable time: line skipped");
+        case STLProblem::LineTooLong:
+            return QStringLiteral("line longer than a million bytes: skipped");
+    }
+    return QString();
+}
+
+}  // namespace
+
+// -- Opening --
+
+void STLWin::showEvent(QShowEvent* event)
+{
+    SubWindow::showEvent(event);
+    if (m_log || m_asked)
+        return;
+    m_asked = true;
+    QTimer::singleShot(0, this, &STLWin::sl_open);
+}
+
+void STLWin::sl_open()
+{
+    const QString file = QFileDialog::getOpenFileName(
+        this, QStringLiteral("Read a text file of measurements and convert to a ts-file."), QString(),
+        kFilter);
+    if (!file.isEmpty())
+        open(file);
+    else if (!m_log)
+        close();
+}
+
+void STLWin::open(const QString& file)
+{
+    m_log = std::make_unique<STLObject>(pathOf(file));
+    m_problem.clear();
+    setWindowTitle(QStringLiteral("Import of %1").arg(QFileInfo(file).fileName()));
+    m_fileLabel->setText(QStringLiteral("%1, %2").arg(
+        QFileInfo(file).fileName(), sizeText(static_cast<std::uint64_t>(QFileInfo(file).size()))));
+    {
+        const QScopedValueRollback<bool> filling(m_filling, true);
+        m_target->setText(QFileInfo(file).completeBaseName() + QStringLiteral(".ts"));
+    }
+    try {
+        m_lines->load(pathOf(file));
+        m_log->detect();
+    } catch (const std::exception&) {
+        m_problem = reasonOfFailure();
+    }
+    showFormat();
+}
+
+void STLWin::detectAgain(char separator, char decimal)
+{
+    m_problem.clear();
+    try {
+        m_log->detect(separator, decimal);
+    } catch (const std::exception&) {
+        m_problem = reasonOfFailure();
+        m_log->format().columns.clear();
+        m_log->format().cells.separator = separator;
+        m_log->format().cells.decimal = decimal;
+    }
+    showFormat();
+}
+
+// -- From the format to the fields --
+
+void STLWin::showFormat()
+{
+    const STLFormat& format = m_log->format();
+    {
+        const QScopedValueRollback<bool> filling(m_filling, true);
+        select(m_encoding, static_cast<int>(format.encoding));
+        select(m_separator, format.cells.separator);
+        select(m_decimal, format.cells.decimal);
+        select(m_grouping, format.cells.grouping);
+        m_firstData->setValue(static_cast<int>(format.firstDataLine));
+        m_namesLine->setValue(static_cast<int>(format.namesLine));
+        m_unitsLine->setValue(static_cast<int>(format.unitsLine));
+        m_remarks->setText(joined(format.remarks));
+        m_missing->setText(joined(format.cells.missing));
+        m_other->setVisible(format.otherDecimal != 0);
+        m_other->setText(format.otherDecimal == ',' && format.otherSeparator != ' '
+                             ? QStringLiteral("Or one column with decimal comma?")
+                             : QStringLiteral("Or another separator?"));
+        for (QComboBox* const box : {m_dateColumn, m_timeColumn}) {
+            box->clear();
+            for (std::size_t c = 0; c < format.columns.size(); ++c)
+                box->addItem(format.columns[c].name.empty() ? QStringLiteral("Column %1").arg(c + 1)
+                                                            : text(format.columns[c].name),
+                             static_cast<int>(c));
+        }
+        select(m_source, static_cast<int>(format.timeSource));
+        select(m_dateColumn, format.dateColumn);
+        select(m_timeColumn, format.timeColumn);
+        select(m_order, static_cast<int>(format.order));
+        select(m_zone, format.greenwich ? 1 : 0);
+        m_start->setText(format.typedStart == 0 ? QString() : wallText(format.typedStart));
+        m_step->setText(QString::number(format.typedStep));
+        select(m_becomes, format.timeResult ? static_cast<int>(*format.timeResult) : -1);
+        m_description->setText(text(format.description));
+        QStringList head;
+        for (const auto& [key, value] : format.head)
+            head << text(key) + QStringLiteral(": ") + text(value);
+        m_head->setText(head.isEmpty() ? QString()
+                                       : QStringLiteral("The file's head says:\n") +
+                                             head.mid(0, 12).join(QLatin1Char('\n')));
+    }
+    m_checked = false;
+    checkQuietly();
+    showFindings();
+}
+
+void STLWin::showColumns()
+{
+    const QScopedValueRollback<bool> filling(m_filling, true);
+    const STLFormat& format = m_log->format();
+    const std::vector<std::string> names = m_log->columnNames();
+    std::size_t taken = 0;
+    m_columns->setRowCount(static_cast<int>(format.columns.size()));
+    for (std::size_t c = 0; c < format.columns.size(); ++c) {
+        const STLColumn& column = format.columns[c];
+        const int row = static_cast<int>(c);
+        const bool isTime = format.timeSource != STLTimeSource::Typed &&
+                            (row == format.timeColumn || row == format.dateColumn);
+        auto* const take = new QTableWidgetItem(isTime ? QStringLiteral("time") : QString());
+        take->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable |
+                       (isTime ? Qt::NoItemFlags : Qt::ItemIsUserCheckable));
+        if (!isTime)
+            take->setCheckState(column.take ? Qt::Checked : Qt::Unchecked);
+        if (column.kind == STLKind::Text)
+            take->setToolTip(
+                QStringLiteral("Texts: when they are taken they are numbered, 1, 2, …, in the "
+                               "order in which they come."));
+        m_columns->setItem(row, kTake, take);
+        const QString name = column.take ? text(names[taken++]) : text(column.name);
+        const std::array<QString, 3> texts = {name, text(m_log->columnDescription(c)), text(column.unit)};
+        for (int i = 0; i < 3; ++i)
+            m_columns->setItem(row, kName + i, new QTableWidgetItem(texts[static_cast<std::size_t>(i)]));
+        auto* const values = new QTableWidgetItem(m_lines->firstValues(c, kFirstValues));
+        values->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable);
+        m_columns->setItem(row, kValues, values);
+    }
+    m_columns->resizeColumnsToContents();
+}
+
+void STLWin::showFindings()
+{
+    const bool usable = m_problem.isEmpty() || !m_log->format().columns.empty();
+    m_lines->explain(usable && !m_log->format().columns.empty() ? &m_log->format() : nullptr);
+    m_preview->resizeColumnsToContents();
+    showColumns();
+    enableFields();
+    m_timeFinding->setText(m_checked ? stepText(m_log->found()) : QString());
+
+    QString line = m_problem;
+    if (m_checked)
+        line = summary() + QLatin1Char(' ') + stepText(m_log->found());
+    else if (m_problem.isEmpty())
+        line = QStringLiteral("\"Check only\" reads the whole file and tells what is in it.");
+    if (m_checked && m_log->format().orderInDoubt)
+        line +=
+            QStringLiteral("\nPlease check: the first date is %1.").arg(inWords(m_log->found().firstWall));
+    const bool warn = !m_problem.isEmpty() || (m_checked && m_log->format().orderInDoubt);
+    m_finding->setStyleSheet(warn ? QStringLiteral("color: #b02a1e; font-weight: bold") : QString());
+    m_finding->setText(line);
+}
+
+QString STLWin::summary() const
+{
+    const STLCheck& found = m_log->found();
+    QString line = QStringLiteral("%1 rows, %2 columns, %3 %4. %5 cells missing, %6 lines skipped.")
+                       .arg(grouped(found.samples), grouped(found.columns - found.timeColumns),
+                            sizeText(tsFileBytes(found.samples, found.columns)), resultText(found),
+                            grouped(found.missingCells), grouped(found.skippedLines));
+    return line;
+}
+
+void STLWin::enableFields()
+{
+    const bool open = m_log && !m_log->format().columns.empty();
+    const auto source = static_cast<STLTimeSource>(m_source->currentData().toInt());
+    const bool typed = source == STLTimeSource::Typed;
+    const bool elapsed = source == STLTimeSource::ElapsedTime || source == STLTimeSource::ElapsedSeconds;
+    m_dateColumn->setEnabled(open && source == STLTimeSource::DateAndTime);
+    m_timeColumn->setEnabled(open && !typed);
+    m_order->setEnabled(open && (source == STLTimeSource::Stamp || source == STLTimeSource::DateAndTime));
+    m_zone->setEnabled(open && source != STLTimeSource::UnixSeconds &&
+                       source != STLTimeSource::UnixMilliseconds);
+    m_start->setEnabled(open && (typed || elapsed));
+    m_step->setEnabled(open && typed);
+    m_resampleStep->setEnabled(open && m_becomes->currentData().toInt() ==
+                                           static_cast<int>(STLTimeResult::Resampled));
+    const bool good = open && m_problem.isEmpty() && fieldsAreGood();
+    m_import->setEnabled(good);
+    m_check->setEnabled(open && fieldsAreGood());
+}
+
+bool STLWin::fieldsAreGood() const
+{
+    const bool start =
+        m_start->text().trimmed().isEmpty() || readStamp(m_start->text().trimmed().toStdString()).has_value();
+    const bool step = !m_step->isEnabled() || (m_step->isValid() && m_step->number() > 0);
+    const bool equal = !m_resampleStep->isEnabled() || m_resampleStep->text().isEmpty() ||
+                       (m_resampleStep->isValid() && m_resampleStep->number() > 0);
+    markField(*m_start, start);
+    return start && step && equal && m_fromRow->isValid() && m_toRow->isValid() && m_everyNth->isValid() &&
+           !m_target->text().trimmed().isEmpty();
+}
+
+// -- From the fields to the format --
+
+void STLWin::readFields()
+{
+    STLFormat& format = m_log->format();
+    format.remarks = words(m_remarks->text());
+    format.cells.missing = words(m_missing->text());
+    format.timeSource = static_cast<STLTimeSource>(m_source->currentData().toInt());
+    const bool typed = format.timeSource == STLTimeSource::Typed;
+    format.timeColumn = typed ? -1 : m_timeColumn->currentData().toInt();
+    format.dateColumn =
+        format.timeSource == STLTimeSource::DateAndTime ? m_dateColumn->currentData().toInt() : -1;
+    const auto order = static_cast<DateOrder>(m_order->currentData().toInt());
+    if (order != format.order)
+        format.orderInDoubt = false;
+    format.order = order;
+    format.greenwich = m_zone->currentData().toInt() == 1;
+    const auto start = readStamp(m_start->text().trimmed().toStdString());
+    format.typedStart = start ? wallClock(*start, format.order).value_or(0) : 0;
+    if (m_step->isValid() && m_step->number() > 0)
+        format.typedStep = m_step->number();
+    const int becomes = m_becomes->currentData().toInt();
+    format.timeResult.reset();
+    if (becomes >= 0)
+        format.timeResult = static_cast<STLTimeResult>(becomes);
+    format.resampleStep = m_resampleStep->isValid() ? m_resampleStep->number() : 0.0;
+    format.description = m_description->text().toStdString();
+    format.fromRow = static_cast<std::uint64_t>(m_fromRow->number());
+    format.toRow = static_cast<std::uint64_t>(m_toRow->number());
+    format.everyNth = static_cast<std::uint32_t>(m_everyNth->number());
+    format.fill = static_cast<STLFill>(m_fill->currentData().toInt());
+    readColumns();
+}
+
+void STLWin::readColumns()
+{
+    STLFormat& format = m_log->format();
+    const std::vector<std::string> names = m_log->columnNames();
+    std::size_t taken = 0;
+    for (std::size_t c = 0; c < format.columns.size(); ++c) {
+        STLColumn& column = format.columns[c];
+        const int row = static_cast<int>(c);
+        if (m_columns->item(row, kTake) == nullptr)
+            return;
+        const std::string name = m_columns->item(row, kName)->text().toStdString();
+        if (name != (column.take ? names[taken] : column.name))
+            column.label = name;
+        taken += column.take ? 1 : 0;
+        const std::string described = m_columns->item(row, kDescription)->text().toStdString();
+        if (described != m_log->columnDescription(c))
+            column.description = described;
+        column.unit = m_columns->item(row, kUnit)->text().toStdString();
+        const bool isTime = row == format.timeColumn || row == format.dateColumn;
+        column.take = !isTime && m_columns->item(row, kTake)->checkState() == Qt::Checked;
+        column.numberTexts = column.take && column.kind == STLKind::Text;
+    }
+}
+
+void STLWin::sl_changed()
+{
+    if (m_filling || !m_log || m_log->format().columns.empty())
+        return;
+    const QScopedValueRollback<bool> filling(m_filling, true);
+    readFields();
+    m_checked = false;
+    m_problem.clear();
+    if (fieldsAreGood())
+        checkQuietly();
+    showFindings();
+}
+
+void STLWin::sl_names_changed()
+{
+    if (m_filling || !m_log || m_log->format().columns.empty())
+        return;
+    STLFormat& format = m_log->format();
+    format.encoding = static_cast<STLEncoding>(m_encoding->currentData().toInt());
+    format.cells.grouping = static_cast<char>(m_grouping->currentData().toInt());
+    format.firstDataLine = static_cast<std::uint64_t>(m_firstData->value());
+    format.namesLine = static_cast<std::uint64_t>(m_namesLine->value());
+    format.unitsLine = static_cast<std::uint64_t>(m_unitsLine->value());
+    try {
+        takeNames(m_log->file(), format);
+    } catch (const std::exception&) {
+        m_problem = reasonOfFailure();
+    }
+    showFormat();
+}
+
+void STLWin::sl_reading_changed()
+{
+    if (m_filling || !m_log)
+        return;
+    const auto separator = static_cast<char>(m_separator->currentData().toInt());
+    auto decimal = static_cast<char>(m_decimal->currentData().toInt());
+    if (separator == decimal)
+        decimal = '.';
+    detectAgain(separator, decimal);
+}
+
+void STLWin::sl_other_reading()
+{
+    detectAgain(m_log->format().otherSeparator, m_log->format().otherDecimal);
+}
+
+// -- Check and import --
+
+// Small files are read whenever something changes, so that the findings are always those of the whole file.
+void STLWin::checkQuietly()
+{
+    std::error_code unknown;
+    const std::uintmax_t bytes = std::filesystem::file_size(m_log->file(), unknown);
+    if (!m_problem.isEmpty() || unknown || bytes > kQuickBytes)
+        return;
+    try {
+        m_log->check({});
+        m_checked = true;
+    } catch (const std::exception&) {
+        m_problem = reasonOfFailure();
+    }
+}
+
+// False where it failed or was cancelled.
+bool STLWin::runCheck()
+{
+    m_problem.clear();
+    try {
+        JobProgress progress(this,
+                             QStringLiteral("Reading %1 …").arg(shown(m_log->file().filename().string())));
+        m_checked = m_log->check(progress.callback()) == JobOutcome::Done;
+    } catch (const std::exception&) {
+        m_problem = reasonOfFailure();
+        m_checked = false;
+    }
+    showFindings();
+    return m_checked;
+}
+
+void STLWin::sl_check()
+{
+    if (runCheck())
+        showReport(QString(), 0.0);
+    else if (!m_problem.isEmpty())
+        showBox(QMessageBox::Warning, this, QStringLiteral("Veltrac"), m_problem);
+}
+
+void STLWin::sl_import()
+{
+    if (!m_import->isEnabled())
+        return;
+    if (!runCheck()) {
+        if (!m_problem.isEmpty())
+            showBox(QMessageBox::Warning, this, QStringLiteral("Veltrac"), m_problem);
+        return;
+    }
+    const STLCheck& found = m_log->found();
+    if ((found.troubledRows + found.skippedLines) * 2 > found.rows + found.skippedLines &&
+        !askYesNo(QMessageBox::Question, this, QStringLiteral("Veltrac"),
+                  QStringLiteral("More than half of the rows have troubles: %1 of %2.\nImport all the same?")
+                      .arg(grouped(found.troubledRows + found.skippedLines),
+                           grouped(found.rows + found.skippedLines))))
+        return;
+    const QString target = shown(newTsFileName(pathOf(m_target->text().trimmed()).string()));
+    if (clearTarget(this, target))
+        write(target);
+}
+
+void STLWin::write(const QString& target)
+{
+    double seconds = 0.0;
+    try {
+        JobProgress progress(this, QStringLiteral("Writing %1 …").arg(target));
+        if (importSTL(*m_log, pathOf(target), progress.callback()) == JobOutcome::Cancelled)
+            return;
+        seconds = progress.seconds();
+    } catch (...) {
+        showBox(QMessageBox::Warning, this, QStringLiteral("Veltrac error"),
+                QStringLiteral("%1 was not made; nothing was changed.\n%2").arg(target, reasonOfFailure()));
+        return;
+    }
+    emit x_directory_changed();
+    emit x_file_made(target);
+    showReport(target, seconds);
+    close();
+}
+
+void STLWin::showReport(const QString& target, double seconds)
+{
+    const STLCheck& found = m_log->found();
+    QVector<ImportTrouble> troubles;
+    for (const STLTrouble& trouble : found.troubles)
+        troubles.append({QStringLiteral("Line %1").arg(trouble.line),
+                         trouble.column < 0 ? QString() : QString::number(trouble.column + 1),
+                         problemText(trouble.problem), text(trouble.text)});
+    const QString head =
+        target.isEmpty()
+            ? QString()
+            : QStringLiteral("%1 was made in %2 s.\n").arg(target, QString::number(seconds, 'f', 1));
+    ImportReport report(this, target.isEmpty() ? QStringLiteral("Check") : QStringLiteral("Import"),
+                        head + summary() + QLatin1Char('\n') + stepText(found), troubles, found.troubleCount,
+                        !target.isEmpty());
+    if (report.exec() == QDialog::Accepted && TsApplication::instance() != nullptr)
+        TsApplication::instance()->openSubProgram(SubProgram::Plot, target, 0);
+}
+
+void STLWin::sl_help()
+{
+    showHelp(this, QStringLiteral("stl"), QStringLiteral("Veltrac, STL format"));
+}
+
+void STLWin::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
+        sl_import();
+    else
+        SubWindow::keyPressEvent(event);
+}

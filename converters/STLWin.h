@@ -1,0 +1,117 @@
+// "Smart tool log": imports a text file of measurements as a ts-file. Everything is found out when the file
+// is opened, so that Enter imports it; every finding can be changed.
+#pragma once
+
+#include <QString>
+
+#include <memory>
+#include <vector>
+
+#include "converters/STLObject.h"
+#include "share/SubWindow.h"
+
+class NumberField;
+class QComboBox;
+class QLabel;
+class QLineEdit;
+class QPushButton;
+class QSpinBox;
+class QTableView;
+class QTableWidget;
+class QWidget;
+class STLLines;
+
+class STLWin : public SubWindow
+{
+    Q_OBJECT
+
+public:
+    // Without a file, the window asks for one when it is shown.
+    explicit STLWin(const QString& file = QString(), QWidget* parent = nullptr);
+    ~STLWin() override;
+
+    // Looks at a file and shows what was found.
+    void open(const QString& file);
+
+public slots:
+    void sl_open();
+    void sl_import();
+    void sl_check();
+    void sl_help();
+
+private slots:
+    void sl_reading_changed();
+    void sl_other_reading();
+    void sl_names_changed();
+    void sl_changed();
+
+protected:
+    void showEvent(QShowEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+
+private:
+    QWidget* buildTextFields();
+    QWidget* buildTimeFields();
+    QWidget* buildResultFields();
+    QWidget* buildFindings();
+    QWidget* buildButtons();
+
+    void detectAgain(char separator, char decimal);
+    void showFormat();
+    void showColumns();
+    void showFindings();
+    void readFields();
+    void readColumns();
+    bool fieldsAreGood() const;
+    void enableFields();
+    void checkQuietly();
+    bool runCheck();
+    void write(const QString& target);
+    void showReport(const QString& target, double seconds);
+    QString summary() const;
+
+    std::unique_ptr<STLObject> m_log;
+    QString m_problem;       // why nothing can be imported; empty where it can
+    bool m_checked = false;  // what was found belongs to the fields as they are
+    bool m_filling = false;  // fields are being set, not edited
+    bool m_asked = false;    // for a file
+
+    STLLines* m_lines;
+    QTableView* m_preview;
+    QTableWidget* m_columns;
+
+    QLabel* m_fileLabel;
+    QComboBox* m_encoding;
+    QComboBox* m_separator;
+    QComboBox* m_decimal;
+    QComboBox* m_grouping;
+    QSpinBox* m_firstData;
+    QSpinBox* m_namesLine;
+    QSpinBox* m_unitsLine;
+    QLineEdit* m_remarks;
+    QLineEdit* m_missing;
+    QPushButton* m_other;
+
+    QComboBox* m_source;
+    QComboBox* m_dateColumn;
+    QComboBox* m_timeColumn;
+    QComboBox* m_order;
+    QComboBox* m_zone;
+    QLineEdit* m_start;
+    NumberField* m_step;
+    QComboBox* m_becomes;
+    NumberField* m_resampleStep;
+    QLabel* m_timeFinding;
+
+    QLineEdit* m_target;
+    QLineEdit* m_description;
+    NumberField* m_fromRow;
+    NumberField* m_toRow;
+    NumberField* m_everyNth;
+    QComboBox* m_fill;
+    QLabel* m_head;
+
+    QLabel* m_finding;
+    QPushButton* m_import;
+    QPushButton* m_check;
+};

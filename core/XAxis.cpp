@@ -52,7 +52,8 @@ std::uint32_t XAxis::rowNear(const Variable& v, double x, double tolerance) cons
     if (mode != XMode::Sample)
         return v.source()->rowNear(own, tolerance);
     const std::uint32_t row = rowOfNumber(v, own);
-    return tolerance >= Pyramid::kBucket && row < v.rows() ? row - row % Pyramid::kBucket : row;
+    const std::uint32_t bucket = v.source()->bucketRows();
+    return tolerance >= bucket && row < v.rows() ? row - row % bucket : row;
 }
 
 std::uint32_t XAxis::nearestRow(const Variable& v, double x) const

@@ -3,6 +3,7 @@
 #include <QDragEnterEvent>
 #include <QMimeData>
 #include <QPainter>
+#include <QScopedValueRollback>
 #include <QUrl>
 
 #include <algorithm>
@@ -80,6 +81,7 @@ void PlotCanvas::showValues(const std::vector<double>& x, const QString& xTitle,
     m_plot = Plot2D();
     m_files = FileArray();
     std::vector<std::vector<float>> values;
+    values.reserve(columns.size());
     for (const Values& column : columns)
         values.push_back(column.y);
     const auto source = std::make_shared<PlotValues>(x, values);
@@ -100,11 +102,26 @@ void PlotCanvas::showText(const QString& text)
     replot();
 }
 
+// What a progress bar says: "Reading test.ts".
+QString PlotCanvas::whatIsMissing() const
+{
+    QStringList names;
+    for (const auto& v : m_plot.variables())
+        if (v->variable().visible && !v->isBuilt())
+            names.append(fileNameOf(v->variable()));
+    names.removeDuplicates();
+    return tr("Reading %1").arg(names.join(QStringLiteral(", ")));
+}
+
 bool PlotCanvas::refresh(bool fit)
 {
+    // What the progress bar's events ask for waits for the one that is under way.
+    if (m_reading)
+        return false;
+    const QScopedValueRollback<bool> reading(m_reading, true);
     bool whole = true;
     try {
-        JobProgress progress(window(), tr("Reading samples"));
+        JobProgress progress(window(), whatIsMissing());
         whole = m_plot.buildMissing(progress.callback()) == JobOutcome::Done;
         // The times are known now.
         if (backwardsVariable(m_plot))

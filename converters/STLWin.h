@@ -100,7 +100,7 @@ private:
     QLineEdit* m_start;
     NumberField* m_step;
     QComboBox* m_becomes;
-    NumberField* m_resampleStep;
+    QLineEdit* m_resampleStep;
     QLabel* m_timeFinding;
 
     QLineEdit* m_target;

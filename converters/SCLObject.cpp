@@ -63,9 +63,14 @@ void SCLObject::add(const fs::path& file)
     SCLSource source = detectSource(file, skipLines);
     if (sources.empty()) {
         start = source.start.value_or(dateOf(file));
-        step = source.step.value_or(1.0);
+        step = 1.0;
         description = source.description.empty() ? source.name : source.description;
     }
+    // The first file that tells a rate gives it.
+    const bool told = std::any_of(sources.begin(), sources.end(),
+                                  [](const SCLSource& other) { return other.step.has_value(); });
+    if (source.step && !told)
+        step = *source.step;
     sources.push_back(std::move(source));
 }
 

@@ -37,7 +37,8 @@ public:
     STLFill fill = STLFill::NaN;
     std::string description;
 
-    // Adds a file; the first one gives start and step: its head's, else the file's date and one second.
+    // Adds a file. The first one gives the start, its head's or else the file's date; the first one that tells
+    // a rate gives the step, else it is one second.
     // Throws as detectSource().
     void add(const std::filesystem::path& file);
     // Looks at all files again, after another number of lines to skip.

@@ -264,12 +264,24 @@ void STLWin::showColumns()
     m_columns->resizeColumnsToContents();
 }
 
+// Lines are coloured across the whole view.
+void STLWin::widenPreview()
+{
+    m_preview->setColumnWidth(0, std::max(m_preview->sizeHintForColumn(0), m_preview->viewport()->width()));
+}
+
+void STLWin::resizeEvent(QResizeEvent* event)
+{
+    SubWindow::resizeEvent(event);
+    QTimer::singleShot(0, this, &STLWin::widenPreview);
+}
+
 void STLWin::showFindings()
 {
     const bool usable = m_problem.isEmpty() || !m_log->format().columns.empty();
     m_lines->explain(usable && !m_log->format().columns.empty() ? &m_log->format() : nullptr);
     m_preview->resizeColumnsToContents();
-    m_preview->setColumnWidth(0, std::max(m_preview->columnWidth(0), m_preview->viewport()->width()));
+    widenPreview();
     showColumns();
     enableFields();
     const bool dated =

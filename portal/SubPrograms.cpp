@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "converters/SCLWin.h"
 #include "converters/STLWin.h"
 #include "portal/CreateTsWin_Veltrac.h"
 #include "portal/EditHeaderWin.h"
@@ -29,6 +30,8 @@ const std::vector<Row>& rows()
          [](const QString&, unsigned) -> SubWindow* { return new CreateTsWin(mainWindow()); }},
         {SubProgram::StlImport,
          [](const QString& file, unsigned) -> SubWindow* { return new STLWin(file); }},
+        {SubProgram::SclImport,
+         [](const QString& file, unsigned) -> SubWindow* { return new SCLWin(file); }},
         {SubProgram::List,
          [](const QString& file, unsigned) -> SubWindow* { return new TsTableView(file, mainWindow(), 0); }},
         {SubProgram::Edit,

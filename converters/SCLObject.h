@@ -37,9 +37,8 @@ public:
     STLFill fill = STLFill::NaN;
     std::string description;
 
-    // Adds a file. The first one gives the start, its head's or else the file's date; the first one that tells
-    // a rate gives the step, else it is one second.
-    // Throws as detectSource().
+    // Adds a file. The first one gives the start, its head's or else the file's date; the first one that
+    // tells a rate gives the step, else it is one second. Throws as detectSource().
     void add(const std::filesystem::path& file);
     // Looks at all files again, after another number of lines to skip.
     void detectAgain();

@@ -1,8 +1,8 @@
 #include "core/ColumnBackup.h"
 
 #include <algorithm>
+#include <bit>
 #include <cerrno>
-#include <cstring>
 #include <fstream>
 #include <system_error>
 
@@ -91,7 +91,9 @@ void ColumnBackup::restoreRange(TSFILE& file, const Range& range, std::istream& 
         const std::size_t count = std::min<std::size_t>(old.size(), range.count - done);
         readKept(in, range.offset + std::uint64_t{done} * sizeof(float), std::span(old).first(count));
         file.readColumn(range.col, range.first + done, std::span(now).first(count));
-        const auto differs = [&](std::size_t i) { return std::memcmp(&old[i], &now[i], sizeof(float)) != 0; };
+        const auto differs = [&](std::size_t i) {
+            return std::bit_cast<std::uint32_t>(old[i]) != std::bit_cast<std::uint32_t>(now[i]);
+        };
         std::size_t from = 0;
         std::size_t to = count;
         while (from < to && !differs(from))

@@ -11,10 +11,15 @@ struct FormulaSource
     TSFILE* file = nullptr;  // borrowed
     std::uint32_t column = 0;
     std::uint32_t samples = 0;
-    double start = 0.0;  // time of the first sample, seconds
-    double dt = 0.0;     // sample time, seconds
+    double start = 0.0;         // time of the first sample, seconds
+    double rate = 0.0;          // samples per second
+    double lastPosition = 0.0;  // of the last sample, in samples behind the first
+    double grain = 0.0;         // samples that a float of one second cannot tell apart
 };
 
+struct FormulaNode;
+// Computes a node's value at time t, seconds.
+using Evaluator = double (*)(FormulaNode&, double t);
 using UnaryFunction = double (*)(double);
 using BinaryFunction = double (*)(double, double);
 
@@ -32,6 +37,7 @@ struct FormulaNode
     UnaryFunction unaryFunction = nullptr;
     BinaryFunction binaryFunction = nullptr;
     FormulaSource source;
+    Evaluator evaluator = nullptr;  // chosen when the tree is complete
 };
 
 // How tightly a kind binds; -1 for a kind that is none.

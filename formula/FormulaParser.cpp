@@ -9,11 +9,9 @@
 #include <limits>
 
 #include "core/TSFILE.h"
+#include "formula/FormulaEvaluation.h"
 #include "formula/FormulaFunctions.h"
 #include "portal/TsApplication.h"
-
-const char* const kDivisionByZero = "Attempt to divide on zero";
-const char* const kMissingArgument = "Missing argument in function";
 
 namespace {
 
@@ -66,12 +64,6 @@ bool endsWord(char c)
     return c == '\0' || isBlank(c) || std::strchr("+-*/^,)", c) != nullptr;
 }
 
-void report(const char* text)
-{
-    if (TsApplication* const application = TsApplication::instance())
-        application->ShowTsError(text);
-}
-
 }  // namespace
 
 const char* errorText(std::int32_t code, std::int32_t position)
@@ -108,7 +100,7 @@ std::int32_t FormulaParser::errorPosition() const noexcept
 void FormulaParser::ReportError() const
 {
     if (m_errorCode != kNoError)
-        report(errorText(m_errorCode, errorPosition()));
+        reportFormulaError(errorText(m_errorCode, errorPosition()));
 }
 
 // -- Compiling --
@@ -133,6 +125,8 @@ int FormulaParser::Compile()
         freeTree(m_root);
         m_root = nullptr;
     }
+    if (m_root != nullptr)
+        prepareTree(*m_root);
     return 0;
 }
 
@@ -350,7 +344,9 @@ FormulaParser::Outcome FormulaParser::readSource(FormulaNode*& slot)
     if (source.file != nullptr) {
         source.samples = source.file->samples();
         source.start = source.file->startTime();
-        source.dt = source.file->dt();
+        source.rate = 1.0 / static_cast<double>(source.file->dt());
+        source.lastPosition = static_cast<double>(source.samples) - 1.0;
+        source.grain = static_cast<double>(std::numeric_limits<float>::epsilon()) * source.rate;
     }
     slot = makeNode('x');
     slot->sign = negative ? -1 : 1;
@@ -424,96 +420,5 @@ FormulaParser::Outcome FormulaParser::skipToGroup(FormulaNode* node, FormulaNode
 
 double FormulaParser::Evaluate(std::int32_t /*sample*/, double t)
 {
-    return m_errorCode != kNoError || m_root == nullptr ? 0.0 : evaluate(m_root, t);
-}
-
-double FormulaParser::evaluate(FormulaNode* node, double t)
-{
-    // An operand that is missing behind an operator counts as 0.
-    if (node == nullptr)
-        return 0.0;
-    switch (node->kind) {
-        case '+': {
-            const double left = evaluate(node->left, t);
-            return left + evaluate(node->right, t);
-        }
-        case '-': {
-            const double left = evaluate(node->left, t);
-            return left - evaluate(node->right, t);
-        }
-        case '*': {
-            const double left = evaluate(node->left, t);
-            return left * evaluate(node->right, t);
-        }
-        case '/': {
-            const double right = evaluate(node->right, t);
-            if (right == 0.0) {
-                report(kDivisionByZero);
-                return 0.0;
-            }
-            return evaluate(node->left, t) / right;
-        }
-        case '^': {
-            const double right = evaluate(node->right, t);
-            const double left = evaluate(node->left, t);
-            // What pow() gives for squares, without the way there.
-            return right == 2.0 ? left * left : std::pow(left, right);
-        }
-        case 'f':
-            return node->unaryFunction == nullptr
-                       ? 0.0
-                       : node->unaryFunction(evaluate(node->right, t)) * node->sign;
-        case 'm': {
-            if (node->binaryFunction == nullptr) {
-                m_errorCode = kUnknown;
-                return 0.0;
-            }
-            if (node->left == nullptr || node->right == nullptr) {
-                report(kMissingArgument);
-                return 0.0;
-            }
-            // The sign is dropped on purpose: -max(a,b) is max(a,b) in every formula that users keep.
-            const double left = evaluate(node->left, t);
-            return node->binaryFunction(left, evaluate(node->right, t));
-        }
-        case 'n':
-        case 'p':
-            return node->value;
-        case 't':
-            return t * node->sign;
-        case 'x':
-            node->value = node->source.file == nullptr ? 0.0 : fetch(*node, static_cast<float>(t));
-            return node->value * node->sign;
-        default:
-            return 0.0;
-    }
-}
-
-// The column's value at time t between its two neighbouring samples. Before the first and behind the last
-// sample it is theirs.
-double FormulaParser::fetch(FormulaNode& node, float t)
-{
-    const FormulaSource& source = node.source;
-    const double time = t;
-    const double position = (time - source.start) / source.dt;
-    if (std::isnan(position))
-        return std::numeric_limits<double>::quiet_NaN();
-    if (source.samples == 0)
-        return 0.0;
-    const auto last = static_cast<double>(source.samples - 1);
-    if (position <= 0.0)
-        return source.file->value(1, source.column);
-    if (position >= last)
-        return source.file->value(source.samples, source.column);
-
-    // A float tells t to half of its last place: a sample within that is meant itself.
-    const double nearest = std::nearbyint(position);
-    const double grain = std::fabs(time) * std::numeric_limits<float>::epsilon() / source.dt;
-    if (std::fabs(position - nearest) <= grain)
-        return source.file->value(static_cast<std::uint32_t>(nearest) + 1, source.column);
-    const auto k = static_cast<std::uint32_t>(position);
-    const double fraction = position - k;
-    const double before = source.file->value(k + 1, source.column);
-    const double after = source.file->value(k + 2, source.column);
-    return before + (after - before) * fraction;
+    return m_errorCode != kNoError || m_root == nullptr ? 0.0 : m_root->evaluator(*m_root, t);
 }

@@ -65,9 +65,6 @@ private:
     void consume(int count);
     Outcome fail(std::int32_t code);
 
-    double evaluate(FormulaNode* node, double t);
-    static double fetch(FormulaNode& node, float t);
-
     std::array<TSFILE*, kSources> m_sources{};
     std::array<std::int32_t, kSources> m_sourceColumns{};
     bool m_expectOperand = true;
@@ -82,7 +79,3 @@ private:
 
 // The text of an error code with the position filled in; an empty one for code 0.
 const char* errorText(std::int32_t code, std::int32_t position);
-
-// The two texts that evaluation reports.
-extern const char* const kDivisionByZero;
-extern const char* const kMissingArgument;

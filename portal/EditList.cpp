@@ -58,31 +58,34 @@ std::vector<SampleRun> joinedRuns(std::vector<SampleRun> runs)
 
 void EditStrip::apply(std::uint32_t first, std::span<float> out) const
 {
-    const std::uint32_t from = std::max(first, run.first);
-    const std::uint64_t to = std::min<std::uint64_t>(run.last, first + out.size() - 1);
-    for (std::uint64_t sample = from; sample <= to; ++sample) {
-        float& v = out[sample - first];
-        switch (kind) {
-            case Kind::Line: {
-                const double share =
-                    x0 == x1 ? 0.0 : (static_cast<double>(sample) - x0) / (static_cast<double>(x1) - x0);
-                v = static_cast<float>(share == 0.0 ? a : a * (1.0 - share) + b * share);
-                break;
-            }
-            case Kind::Add:
-                v = static_cast<float>(v + a);
-                break;
-            case Kind::Multiply:
-                v = static_cast<float>(v * a);
-                break;
-            case Kind::ReplaceOutside:
-                if (v < b || v > c)
-                    v = static_cast<float>(a);
-                break;
-            case Kind::Values:
-                v = values[sample - run.first];
-                break;
-        }
+    const std::uint64_t from = std::max(first, run.first);
+    const std::uint64_t end = std::min<std::uint64_t>(run.last, first + out.size() - 1) + 1;
+    const auto forEach = [&](auto change) {
+        for (std::uint64_t sample = from; sample < end; ++sample)
+            change(out[sample - first], sample);
+    };
+    switch (kind) {
+        case Kind::Line:
+            if (x0 == x1)
+                forEach([&](float& v, std::uint64_t) { v = static_cast<float>(a); });
+            else
+                forEach([&](float& v, std::uint64_t sample) {
+                    const double share = (static_cast<double>(sample) - x0) / (static_cast<double>(x1) - x0);
+                    v = static_cast<float>(a * (1.0 - share) + b * share);
+                });
+            break;
+        case Kind::Add:
+            forEach([&](float& v, std::uint64_t) { v = static_cast<float>(v + a); });
+            break;
+        case Kind::Multiply:
+            forEach([&](float& v, std::uint64_t) { v = static_cast<float>(v * a); });
+            break;
+        case Kind::ReplaceOutside:
+            forEach([&](float& v, std::uint64_t) { v = v < b || v > c ? static_cast<float>(a) : v; });
+            break;
+        case Kind::Values:
+            forEach([&](float& v, std::uint64_t sample) { v = values[sample - run.first]; });
+            break;
     }
 }
 

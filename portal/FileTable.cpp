@@ -77,6 +77,7 @@ void FileTable::fill(const std::vector<TsFileRecord>& records, bool sorted)
     if (sorted)
         setSortingEnabled(true);
     resizeColumnsToContents();
+    setColumnWidth(kNameColumn, columnWidth(kNameColumn) + 2 * fontMetrics().averageCharWidth());
     setUpdatesEnabled(true);
     if (!select(selected))
         clearSelection();

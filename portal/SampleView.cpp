@@ -76,7 +76,7 @@ SampleView::~SampleView()
 
 void SampleView::detach()
 {
-    QTableView::setModel(nullptr);
+    replaceModel(nullptr);
     m_window.reset();
     m_sorted.reset();
 }
@@ -102,7 +102,7 @@ void SampleView::showSorted(std::vector<std::uint32_t> samples)
 void SampleView::show(QAbstractItemModel* model)
 {
     m_selection.clear();
-    setModel(model);
+    replaceModel(model);
     connect(selectionModel(), &QItemSelectionModel::selectionChanged, this, &SampleView::noteSelection);
     connect(selectionModel(), &QItemSelectionModel::currentChanged, this, &SampleView::noteCurrent);
     QFont bold = verticalHeader()->font();
@@ -111,6 +111,13 @@ void SampleView::show(QAbstractItemModel* model)
         QFontMetrics(bold).horizontalAdvance(QString::number(m_model->rowCount())) + 4 * kHeaderMargin);
     syncBar();
     emit x_model_set();
+}
+
+// A view leaves its old selection model to its caller.
+void SampleView::replaceModel(QAbstractItemModel* model)
+{
+    const std::unique_ptr<QItemSelectionModel> old(selectionModel());
+    setModel(model);
 }
 
 int SampleView::totalRows() const

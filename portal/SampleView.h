@@ -89,6 +89,7 @@ protected:
 
 private:
     void show(QAbstractItemModel* model);
+    void replaceModel(QAbstractItemModel* model);
     int offset() const;
     int visibleRows() const;
     QModelIndex indexOfRow(int row, int column) const;

@@ -3,11 +3,15 @@
 #include <algorithm>
 #include <vector>
 
+#include "calc/DerivativeWin.h"
+#include "calc/IntegrateWin.h"
 #include "converters/SCLWin.h"
 #include "converters/STLWin.h"
 #include "portal/CreateTsWin_Veltrac.h"
 #include "portal/EditHeaderWin.h"
 #include "portal/TsTableView.h"
+#include "share/QtPlotColWin.h"
+#include "share/QtPlotWin1.h"
 
 namespace {
 
@@ -26,16 +30,21 @@ struct Row
 const std::vector<Row>& rows()
 {
     static const std::vector<Row> all = {
+        {SubProgram::Plot, [](const QString& file, unsigned) -> SubWindow* { return new QtPlotWin(file); }},
+        {SubProgram::PlotColumn,
+         [](const QString& file, unsigned column) -> SubWindow* { return new QtPlotColWin(file, column); }},
         {SubProgram::Create,
          [](const QString&, unsigned) -> SubWindow* { return new CreateTsWin(mainWindow()); }},
-        {SubProgram::StlImport,
-         [](const QString& file, unsigned) -> SubWindow* { return new STLWin(file); }},
-        {SubProgram::SclImport,
-         [](const QString& file, unsigned) -> SubWindow* { return new SCLWin(file); }},
+        {SubProgram::StlImport, [](const QString& file, unsigned) -> SubWindow* { return new STLWin(file); }},
+        {SubProgram::SclImport, [](const QString& file, unsigned) -> SubWindow* { return new SCLWin(file); }},
         {SubProgram::List,
          [](const QString& file, unsigned) -> SubWindow* { return new TsTableView(file, mainWindow(), 0); }},
         {SubProgram::Edit,
          [](const QString& file, unsigned) -> SubWindow* { return new TsTableView(file, mainWindow(), 1); }},
+        {SubProgram::Derivative,
+         [](const QString& file, unsigned column) -> SubWindow* { return new DerivativeWin(file, column); }},
+        {SubProgram::Integral,
+         [](const QString& file, unsigned column) -> SubWindow* { return new IntegrateWin(file, column); }},
         {SubProgram::Header,
          [](const QString& file, unsigned) -> SubWindow* { return new EditHeaderWin(file); }},
     };

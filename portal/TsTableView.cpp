@@ -218,6 +218,8 @@ void TsTableView::createTable()
                 SLOT(sl_currentColumn(QModelIndex, QModelIndex)));
     };
     connect(m_view, &SampleView::x_model_set, this, watchColumn);
+    // A new model shows all columns.
+    connect(m_view, &SampleView::x_model_set, this, &TsTableView::sl_col_selected);
     watchColumn();
     connect(m_view->horizontalHeader(), &QHeaderView::sectionClicked, this, [this](int section) {
         if (!m_sorting->isChecked())

@@ -65,7 +65,7 @@ const std::vector<TsTableView::ActionRow>& TsTableView::actionRows()
          "Find the next value up the column", ""},
         {kGoTo, "GoTo", "Ctrl+G", SLOT(sl_goTo()), "&Go to…", "Go to a sample, a time or a share of the file",
          ""},
-        {kPageUp, "Up", "Alt+PgUp", SLOT(sl_pageUp()), "Up by 1 &%", "Go a hundredth of the file up", ""},
+        {kPageUp, "Up", "Alt+PgUp", SLOT(sl_pageUp()), "&Up by 1 %", "Go a hundredth of the file up", ""},
         {kPageDown, "Down", "Alt+PgDown", SLOT(sl_pageDown()), "&Down by 1 %",
          "Go a hundredth of the file down", ""},
         {kPlot, "PlotColumn", "", SLOT(sl_plotcol()), "&Plot column", "Plot the selected column.",

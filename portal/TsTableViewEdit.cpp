@@ -11,12 +11,14 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "core/TsNames.h"
 #include "portal/FieldsDialog.h"
 #include "portal/TsApplication.h"
 #include "portal/TsTableView.h"
 #include "share/JobProgress.h"
+#include "share/NumberField.h"
 
 namespace {
 
@@ -153,8 +155,8 @@ std::vector<double> TsTableView::endValues(const SampleRun& run) const
     const int column = static_cast<int>(run.column) - 1;
     std::vector<double> values;
     for (const std::uint32_t sample : {run.first, run.last})
-        values.push_back(static_cast<double>(
-            m_model->value(static_cast<int>(sample) - 1, column).value_or(std::nanf(""))));
+        values.push_back(numberOf(m_model->exactCellText(static_cast<int>(sample) - 1, column))
+                             .value_or(std::numeric_limits<double>::quiet_NaN()));
     return values;
 }
 
@@ -177,6 +179,7 @@ void TsTableView::sl_paste()
     const std::vector<SampleRun> runs = selectedRuns();
     if (single && cellsIn(runs) > 1) {
         std::vector<EditStrip> strips;
+        strips.reserve(runs.size());
         for (const SampleRun& run : runs)
             strips.push_back(setStrip(run, static_cast<double>(table.rows.front().front())));
         addEdit(QStringLiteral("Paste"), std::move(strips));
@@ -270,7 +273,7 @@ QString TsTableView::askNewName()
         return QString();
     const QFileInfo info(chosen);
     const std::string name = newTsFileName(info.fileName().toLocal8Bit().toStdString());
-    const QString target = info.absoluteDir().filePath(QString::fromLocal8Bit(name.c_str()));
+    QString target = info.absoluteDir().filePath(QString::fromLocal8Bit(name.c_str()));
     const TsApplication* const application = TsApplication::instance();
     if (QFileInfo(target) == QFileInfo(m_path)) {
         tell(QMessageBox::Warning,

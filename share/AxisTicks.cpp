@@ -6,8 +6,6 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "share/TickLadder.h"
-
 namespace {
 
 // number × 10^exponent in decimals without trailing zeros: exact, as a double's own digits are not.
@@ -123,10 +121,10 @@ AxisTicks linearWith(Step step, double least, double most, bool isLog)
     const Multiples all = multiplesOf(step.size() / parts, least, most);
     for (std::int64_t k = all.first; k <= all.last; ++k) {
         const bool isMajor = k % parts == 0;
-        const double value = isMajor ? scaled(static_cast<double>(k / parts * step.mantissa), step.exponent)
+        const std::int64_t number = k / parts * step.mantissa;
+        const double value = isMajor ? scaled(static_cast<double>(number), step.exponent)
                                      : static_cast<double>(k) * (step.size() / parts);
-        const std::string label =
-            isMajor ? decimalText(k / parts * step.mantissa, step.exponent - axis.exponent) : "";
+        const std::string label = isMajor ? decimalText(number, step.exponent - axis.exponent) : "";
         axis.ticks.push_back({isLog ? std::log10(value) : value, label, isMajor});
     }
     return axis;

@@ -2,34 +2,7 @@
 // a driver. BasicDriver draws what they return.
 #pragma once
 
-#include <functional>
-#include <string>
-#include <vector>
-
-struct Tick
-{
-    double position;    // in the axis' own unit; log10 of the value on a logarithmic axis
-    std::string label;  // UTF-8; empty on ticks that bear none
-    bool isMajor;
-};
-
-struct AxisTicks
-{
-    std::vector<Tick> ticks;  // rising
-    int exponent = 0;         // label × 10^exponent is the value
-    // What stands once beside the axis: the common power of ten ("×10⁶"), empty where it is 1.
-    std::string powerText;
-    // What stands once at the left edge: the full date and time of the part that the labels leave out.
-    std::string edgeText;
-};
-
-// How much room labels have along the axis, all in one unit of length.
-struct LabelRoom
-{
-    double length = 1.0;                                 // of the axis
-    std::function<double(const std::string&)> extent{};  // of a label along the axis
-    double gap = 0.0;                                    // least distance between two labels
-};
+#include "share/Ticks.h"
 
 // The axis may run either way; a NaN, an infinite or an empty range gives no ticks. In all of them the
 // labels that are given do not overlap in the room.

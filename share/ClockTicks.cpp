@@ -6,7 +6,6 @@
 #include <ctime>
 
 #include "share/AxisTicks.h"
-#include "share/TickLadder.h"
 
 namespace {
 
@@ -21,39 +20,39 @@ constexpr double kYear = 365.2425 * kDay;
 struct ClockStep
 {
     Unit unit;
-    double count;
-    double seconds;  // about
     Unit minorUnit;
+    double count;
     double minorCount;
+    double seconds;  // about
 };
 
 constexpr ClockStep kSteps[] = {
-    {Unit::Second, 1, 1, Unit::Second, 0.2},
-    {Unit::Second, 2, 2, Unit::Second, 0.5},
-    {Unit::Second, 5, 5, Unit::Second, 1},
-    {Unit::Second, 10, 10, Unit::Second, 2},
-    {Unit::Second, 15, 15, Unit::Second, 5},
-    {Unit::Second, 30, 30, Unit::Second, 5},
-    {Unit::Second, kMinute, kMinute, Unit::Second, 10},
-    {Unit::Second, 2 * kMinute, 2 * kMinute, Unit::Second, 30},
-    {Unit::Second, 5 * kMinute, 5 * kMinute, Unit::Second, kMinute},
-    {Unit::Second, 10 * kMinute, 10 * kMinute, Unit::Second, 2 * kMinute},
-    {Unit::Second, 15 * kMinute, 15 * kMinute, Unit::Second, 5 * kMinute},
-    {Unit::Second, 30 * kMinute, 30 * kMinute, Unit::Second, 5 * kMinute},
-    {Unit::Hour, 1, kHour, Unit::Second, 10 * kMinute},
-    {Unit::Hour, 2, 2 * kHour, Unit::Second, 30 * kMinute},
-    {Unit::Hour, 3, 3 * kHour, Unit::Second, 30 * kMinute},
-    {Unit::Hour, 6, 6 * kHour, Unit::Hour, 1},
-    {Unit::Hour, 12, 12 * kHour, Unit::Hour, 2},
-    {Unit::Day, 1, kDay, Unit::Hour, 6},
-    {Unit::Day, 2, 2 * kDay, Unit::Hour, 12},
-    {Unit::Day, 5, 5 * kDay, Unit::Day, 1},
-    {Unit::Day, 10, 10 * kDay, Unit::Day, 5},
-    {Unit::Day, 15, 15 * kDay, Unit::Day, 5},
-    {Unit::Month, 1, kMonth, Unit::Day, 10},
-    {Unit::Month, 2, 2 * kMonth, Unit::Month, 1},
-    {Unit::Month, 3, 3 * kMonth, Unit::Month, 1},
-    {Unit::Month, 6, 6 * kMonth, Unit::Month, 1},
+    {Unit::Second, Unit::Second, 1, 0.2, 1},
+    {Unit::Second, Unit::Second, 2, 0.5, 2},
+    {Unit::Second, Unit::Second, 5, 1, 5},
+    {Unit::Second, Unit::Second, 10, 2, 10},
+    {Unit::Second, Unit::Second, 15, 5, 15},
+    {Unit::Second, Unit::Second, 30, 5, 30},
+    {Unit::Second, Unit::Second, kMinute, 10, kMinute},
+    {Unit::Second, Unit::Second, 2 * kMinute, 30, 2 * kMinute},
+    {Unit::Second, Unit::Second, 5 * kMinute, kMinute, 5 * kMinute},
+    {Unit::Second, Unit::Second, 10 * kMinute, 2 * kMinute, 10 * kMinute},
+    {Unit::Second, Unit::Second, 15 * kMinute, 5 * kMinute, 15 * kMinute},
+    {Unit::Second, Unit::Second, 30 * kMinute, 5 * kMinute, 30 * kMinute},
+    {Unit::Hour, Unit::Second, 1, 10 * kMinute, kHour},
+    {Unit::Hour, Unit::Second, 2, 30 * kMinute, 2 * kHour},
+    {Unit::Hour, Unit::Second, 3, 30 * kMinute, 3 * kHour},
+    {Unit::Hour, Unit::Hour, 6, 1, 6 * kHour},
+    {Unit::Hour, Unit::Hour, 12, 2, 12 * kHour},
+    {Unit::Day, Unit::Hour, 1, 6, kDay},
+    {Unit::Day, Unit::Hour, 2, 12, 2 * kDay},
+    {Unit::Day, Unit::Day, 5, 1, 5 * kDay},
+    {Unit::Day, Unit::Day, 10, 5, 10 * kDay},
+    {Unit::Day, Unit::Day, 15, 5, 15 * kDay},
+    {Unit::Month, Unit::Day, 1, 10, kMonth},
+    {Unit::Month, Unit::Month, 2, 1, 2 * kMonth},
+    {Unit::Month, Unit::Month, 3, 1, 3 * kMonth},
+    {Unit::Month, Unit::Month, 6, 1, 6 * kMonth},
 };
 
 // 1, 2, 5 times a power of ten of a unit: number `rung` from 10^0 on, also downwards.
@@ -65,8 +64,8 @@ ClockStep decimalStep(Unit unit, double unitSeconds, int rung)
     const double minors[] = {0.2, 0.5, 1.0};
     const double count = mantissas[place] * power;
     if (unit == Unit::Year && rung < 2)
-        return {unit, count, count * unitSeconds, Unit::Month, count * 3};
-    return {unit, count, count * unitSeconds, unit, minors[place] * power};
+        return {unit, Unit::Month, count, count * 3, count * unitSeconds};
+    return {unit, unit, count, minors[place] * power, count * unitSeconds};
 }
 
 // Local time or UTC, from and to seconds since 1970.
@@ -149,8 +148,11 @@ private:
         const double last = std::floor((m_most + offset) / step + kSlack);
         // Steps below a second are whole parts of it: dividing gives the nearest double.
         const double parts = std::round(1.0 / step);
-        for (double k = first; k <= last; ++k)
+        const auto count = static_cast<std::int64_t>(last - first);
+        for (std::int64_t i = 0; i <= count; ++i) {
+            const double k = first + static_cast<double>(i);
             m_places.push_back((step < 1.0 ? k / parts : k * step) - offset);
+        }
     }
 
     void addYears(std::int64_t step)

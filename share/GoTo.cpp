@@ -162,7 +162,7 @@ std::optional<std::uint32_t> rowAtPercent(TSFILE& file, double percent, QString&
 std::optional<GoToTarget> parseGoTo(const QString& typed)
 {
     QString text = typed.trimmed();
-    if (const auto time = parseTimeOfDay(text))
+    if (std::optional<GoToTarget> time = parseTimeOfDay(text))
         return time;
     if (text.endsWith(QLatin1Char('%'))) {
         text.chop(1);

@@ -40,7 +40,7 @@ QString hardCopy(QWidget* window, const QString& suggestion, const PsParameters&
     dialog.selectFile(suggestion);
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
         return {};
-    const QString fileName = dialog.selectedFiles().constFirst();
+    QString fileName = dialog.selectedFiles().constFirst();
     const QString failure = writeHardCopy(fileName, parameters, draw);
     if (failure.isEmpty())
         return fileName;

@@ -25,6 +25,11 @@ PlotColor plotColor(const QColor& c)
     return {static_cast<float>(c.redF()), static_cast<float>(c.greenF()), static_cast<float>(c.blueF())};
 }
 
+QColor qColor(const PlotColor& c)
+{
+    return QColor::fromRgbF(static_cast<qreal>(c.r), static_cast<qreal>(c.g), static_cast<qreal>(c.b));
+}
+
 std::string utf8(const QString& text)
 {
     return text.toUtf8().toStdString();
@@ -161,8 +166,7 @@ std::vector<QColor> PlotCanvas::defaultColors()
 {
     std::vector<QColor> colors;
     for (const PlotColor& c : defaultPlotColors())
-        colors.push_back(
-            QColor::fromRgbF(static_cast<qreal>(c.r), static_cast<qreal>(c.g), static_cast<qreal>(c.b)));
+        colors.push_back(qColor(c));
     return colors;
 }
 
@@ -172,16 +176,21 @@ QColor PlotCanvas::colorOf(const Variable& variable) const
     if (m_colors.empty())
         return Qt::black;
     const auto i = static_cast<std::size_t>(std::max(0, variable.colorIndex - kFirst));
-    return m_colors[i % m_colors.size()];
+    const QColor color = m_colors[i % m_colors.size()];
+    return isDarkGround() ? qColor(onDarkGround(plotColor(color))) : color;
+}
+
+bool PlotCanvas::isDarkGround() const
+{
+    return palette().color(QPalette::Base).lightness() < kDarkGround;
 }
 
 PlotLook PlotCanvas::screenLook() const
 {
     PlotLook look;
     look.text = plotColor(palette().color(QPalette::Text));
-    const bool isDark = palette().color(QPalette::Base).lightness() < kDarkGround;
     for (const QColor& c : m_colors)
-        look.colors.push_back(isDark ? onDarkGround(plotColor(c)) : plotColor(c));
+        look.colors.push_back(isDarkGround() ? onDarkGround(plotColor(c)) : plotColor(c));
     return look;
 }
 

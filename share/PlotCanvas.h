@@ -82,14 +82,18 @@ public:
     // Draws anew; nothing is read but what the frame needs.
     void replot();
 
+    // Brings a range of x into view. Calls with the same number (not 0) are one step for "previous view".
+    void showRange(double x1, double x2, int gesture);
+
     void setLogarithmicX(bool on);
     void setLogarithmicY(int group, bool on);
 
     // The settings that hard copies use; the window's own copy of the main window's record.
     PsParameters& psParameters() noexcept { return m_psParameters; }
-    // The colours of the indexes 7 and up; change them and call replot().
+    // The colours of the indexes 7 and up on a light ground; change them and call replot().
     std::vector<QColor>& colors() noexcept { return m_colors; }
     static std::vector<QColor> defaultColors();
+    // As it is on this ground.
     QColor colorOf(const Variable& variable) const;
     // What hard copies and pictures are called by default, without an extension.
     void setSuggestedName(const QString& name) { m_suggestedName = name; }
@@ -118,6 +122,8 @@ public:
     void fillMenu(QMenu& menu, int group);
     void fillViewMenu(QMenu& menu);
     void fillCursorMenu(QMenu& menu);
+    void fillAxesMenu(QMenu& menu);
+    void fillOutputMenu(QMenu& menu);
 
     QSize sizeHint() const override { return {900, 520}; }
     QSize minimumSizeHint() const override { return {240, 140}; }
@@ -199,6 +205,7 @@ private:
     void drawPicture();
     void drawCursor(QPainter& painter, Plot2D::Cursor which);
     void drawBand(QPainter& painter);
+    bool isDarkGround() const;
     PlotLook screenLook() const;
     QRect bandArea() const;
 

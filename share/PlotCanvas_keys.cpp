@@ -52,8 +52,7 @@ const Command kCommands[] = {
     {Part::View, "Zoom &in", Qt::Key_Plus, Qt::Key_Equal, &C::sl_zoomIn, false},
     {Part::View, "Zoom &out", Qt::Key_Minus, 0, &C::sl_zoomOut, false},
     {Part::View, "Zoom in y", kShift | Qt::Key_Plus, kShift | Qt::Key_Asterisk, &C::sl_zoomInY, false},
-    {Part::View, "Zoom out y", kShift | Qt::Key_Minus, kShift | Qt::Key_Underscore, &C::sl_zoomOutY,
-     true},
+    {Part::View, "Zoom out y", kShift | Qt::Key_Minus, kShift | Qt::Key_Underscore, &C::sl_zoomOutY, true},
     {Part::View, "Pan left", Qt::Key_Left, 0, &C::sl_panLeft, false},
     {Part::View, "Pan right", Qt::Key_Right, 0, &C::sl_panRight, false},
     {Part::View, "Page left", kControl | Qt::Key_Left, 0, &C::sl_pageLeft, false},
@@ -182,6 +181,19 @@ void PlotCanvas::fillCursorMenu(QMenu& menu)
     addCommands(this, menu, Part::Cursors);
 }
 
+void PlotCanvas::fillAxesMenu(QMenu& menu)
+{
+    addXEntries(menu);
+    if (const int group = activeGroup(); group >= 0)
+        addGroupEntries(menu, group);
+    addLookEntries(menu);
+}
+
+void PlotCanvas::fillOutputMenu(QMenu& menu)
+{
+    addCommands(this, menu, Part::Output);
+}
+
 void PlotCanvas::fillMenu(QMenu& menu, int group)
 {
     addCommands(this, *menu.addMenu(tr("&View")), Part::View);
@@ -296,6 +308,11 @@ void PlotCanvas::setMode(XMode mode)
 }
 
 // -- The view --
+
+void PlotCanvas::showRange(double x1, double x2, int gesture)
+{
+    changeView(gesture, [&] { m_plot.setX(x1, x2); });
+}
 
 void PlotCanvas::sl_fitAll()
 {

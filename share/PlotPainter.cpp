@@ -12,10 +12,11 @@ namespace {
 constexpr float kFrameWidthMm = 0.2F;
 constexpr float kTickWidthMm = 0.2F;
 constexpr float kCursorWidthMm = 0.2F;
+constexpr float kLineHeight = 1.2F;   // in character heights
 constexpr float kTopLines = 0.6F;     // above the first group, in line heights
 constexpr float kGapLines = 0.7F;     // between two groups
 constexpr float kLegendLines = 1.3F;  // of a legend
-constexpr float kRightChars = 2.5F;   // behind the last label's middle
+constexpr float kRightChars = 3.5F;   // behind the last label's middle
 constexpr float kLegendStroke = 2.5F;
 constexpr float kLegendGap = 1.2F;
 constexpr int kColumnsAPoint = 4;
@@ -78,7 +79,9 @@ private:
         }
         plainPen();
         m_driver.FontControl(m_look.textScale, 0);
-        m_driver.TextExtent("0", &m_charWidth, &m_charHeight);
+        m_driver.TextExtent("0", &m_charWidth, nullptr);
+        // The height of a line, which on paper is more than the extent of a text.
+        m_charHeight = static_cast<float>(m_driver.yLabelRoom().gap) * kLineHeight;
         for (std::size_t g = 0; g < m_plot.groups().size(); ++g)
             if (m_plot.groups()[g].hasVisible())
                 m_layout.groupOf.push_back(g);
@@ -230,6 +233,11 @@ private:
             return width * aspect;
         };
         const float room = f.y2 - f.y1 + 0.8F * m_charHeight;
+        if (length(title) <= room)
+            return title;
+        // The unit says more than the beginning of the names, which the legend has too.
+        if (const std::string_view unit = unitIn(title); !unit.empty() && hasLegend(i))
+            title = std::string("[").append(unit).append("]");
         if (length(title) <= room)
             return title;
         while (!title.empty() && length(title + "…") > room) {

@@ -3,6 +3,7 @@
 #include <QDateTime>
 #include <QStringList>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -38,6 +39,34 @@ QString label(const HsVariable& v)
 
 }  // namespace
 
+namespace {
+
+// As many decimals as tell neighbouring samples apart: the 32-bit dt behind them has no more to say.
+QString numberText(const Plot2D& plot, double x)
+{
+    constexpr int kMostDecimals = 12;
+    const auto ref = plot.reference();
+    double step = 0.0;
+    try {
+        step = !ref || plot.axis().mode == XMode::Sample ? 1.0 : ref->variable().source()->step();
+    } catch (const TS::Failure&) {
+        step = 0.0;
+    }
+    if (!(step > 0.0) || std::abs(x) >= 1e15)
+        return QString::number(x, 'g', kTimeDigits);
+    const int decimals = std::clamp(2 - static_cast<int>(std::floor(std::log10(step))), 0, kMostDecimals);
+    QString text = QString::number(x, 'f', decimals);
+    if (text.contains(QLatin1Char('.'))) {
+        while (text.endsWith(QLatin1Char('0')))
+            text.chop(1);
+        if (text.endsWith(QLatin1Char('.')))
+            text.chop(1);
+    }
+    return text == QLatin1String("-0") ? QStringLiteral("0") : text;
+}
+
+}  // namespace
+
 QString valueText(double value)
 {
     if (std::isnan(value))
@@ -55,20 +84,20 @@ QString xText(const Plot2D& plot, double x)
 {
     switch (plot.axis().mode) {
         case XMode::Sample:
-            return QStringLiteral("sample %1").arg(x, 0, 'g', kTimeDigits);
+            return QStringLiteral("sample ") + numberText(plot, x);
         case XMode::Clock:
             return clockText(plot, x);
         case XMode::Elapsed:
             break;
     }
-    return QStringLiteral("%1 %2").arg(x, 0, 'g', kTimeDigits).arg(xUnit(plot));
+    return numberText(plot, x) + QLatin1Char(' ') + xUnit(plot);
 }
 
 QString distanceText(const Plot2D& plot, double dx)
 {
     if (plot.axis().mode == XMode::Sample)
-        return QStringLiteral("%1 samples").arg(dx, 0, 'g', kTimeDigits);
-    return QStringLiteral("%1 %2").arg(dx, 0, 'g', kTimeDigits).arg(xUnit(plot));
+        return numberText(plot, dx) + QStringLiteral(" samples");
+    return numberText(plot, dx) + QLatin1Char(' ') + xUnit(plot);
 }
 
 QString inverseText(const Plot2D& plot, double dx)

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <clocale>
 #include <cmath>
-#include <cstdarg>
+#include <cstdio>
 #include <cstring>
 
 #include "share/DashPatterns.h"
@@ -43,14 +43,12 @@ constexpr const char* kProcedures[] = {
     "       moveto show grestore } bind def",
 };
 
-[[gnu::format(printf, 1, 2)]] std::string formatted(const char* format, ...)
+template <typename... Values>
+std::string formatted(const char* format, Values... values)
 {
     // Wide enough for any number in "%.1f"; textLine() keeps the length of a line.
     char buffer[512];
-    va_list arguments;
-    va_start(arguments, format);
-    const int length = std::vsnprintf(buffer, sizeof buffer, format, arguments);
-    va_end(arguments);
+    const int length = std::snprintf(buffer, sizeof buffer, format, values...);
     return {buffer, std::min<std::size_t>(static_cast<std::size_t>(std::max(length, 0)), sizeof buffer - 1)};
 }
 
@@ -518,5 +516,5 @@ void PostscriptDriver::WriteBytes(const char* buffer, int count)
 void PostscriptDriver::emitLine(std::string line)
 {
     line += '\n';
-    WriteBytes(line.data(), static_cast<int>(line.size()));
+    PostscriptDriver::WriteBytes(line.data(), static_cast<int>(line.size()));
 }

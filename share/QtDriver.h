@@ -79,7 +79,6 @@ private:
     int m_lineUnit = 13;
     int m_pixelFontSize = 11;
     float m_fontSize = 1.0F;
-    int m_fontFlags = 0;
     QPolygon m_points;
     QPoint m_start;  // of the polyline that the point buffer will hold
     int m_penWidth = 1;

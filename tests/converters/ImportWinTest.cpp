@@ -152,8 +152,8 @@ TEST_F(ImportWin, keptOldFileStays)
     window.setAttribute(Qt::WA_DeleteOnClose, false);
     window.show();
     QTest::keyClick(&window, Qt::Key_Return);
-    EXPECT_TRUE(said.contains(
-        QStringLiteral("A file called gaps.ts already exists.Do you want to overwrite it?")));
+    EXPECT_TRUE(
+        said.contains(QStringLiteral("A file called gaps.ts already exists.Do you want to overwrite it?")));
     EXPECT_TRUE(window.isVisible());
     EXPECT_EQ(3U, fs::file_size("gaps.ts"));
 }
@@ -176,7 +176,8 @@ TEST_F(ImportWin, singleColumnLogsBecomeColumns)
 TEST_F(ImportWin, tsaBoxesSpeakTheProgramsOwnTexts)
 {
     std::ofstream("a.tsa") << "1 2 x\n";
-    buttons = QStringList{QStringLiteral("&OK"), QStringLiteral("OK"), QStringLiteral("Ok"), QStringLiteral("&Yes")};
+    buttons = QStringList{QStringLiteral("&OK"), QStringLiteral("OK"), QStringLiteral("Ok"),
+                          QStringLiteral("&Yes")};
     std::ofstream("a.ts") << "old";
     const TsaOutcome outcome = importTsa(nullptr, QStringLiteral("a.tsa"));
     ASSERT_TRUE(outcome.done);

@@ -157,6 +157,7 @@ TEST(TsTableView, KeysAndSelectionReachAllOfAHugeFile)
     EXPECT_EQ(view.selectedBlocks()[0].lastRow, 499999998);
     view.sampleBar()->setValue(250000000);
     EXPECT_EQ(view.selectedBlocks()[0].lastRow, 499999998) << "scrolling loses the selection";
+    EXPECT_TRUE(view.selectionModel()->isSelected(view.indexAt(QPoint(5, 5)))) << "and shows it";
     EXPECT_EQ(view.currentRow(), 0);
     list.press(Qt::Key_Down);
     EXPECT_EQ(view.currentRow(), 1) << "after scrolling, the keys go on from the current cell";
@@ -191,6 +192,8 @@ TEST(TsTableView, OnlyChosenColumnsShowAndAreCopied)
     EXPECT_TRUE(list.view().isColumnHidden(1));
     list.call("sl_copyWithNames");
     EXPECT_EQ(QApplication::clipboard()->text(), "Column-01\n0.1\n2\n");
+    list.window().findChild<QCheckBox*>()->setChecked(true);
+    EXPECT_TRUE(list.view().isColumnHidden(1)) << "sorted";
 }
 
 TEST(TsTableView, SortsOnValuesAndBack)

@@ -21,7 +21,7 @@ public:
 
     std::string taken()
     {
-        const std::string text = m_log.str();
+        std::string text = m_log.str();
         m_log.str("");
         return text;
     }

@@ -1,4 +1,4 @@
-#include "share/TickLadder.h"
+#include "share/Ticks.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,0 +1,23 @@
+#include "calc/IntegrateWin.h"
+
+namespace {
+
+// "Filtering...finished" is what this window has always said; nothing is filtered.
+constexpr CalculusKind kKind = {"Ts-Integrate",
+                                ":img_Integration",
+                                "Welcome to Ts-Integrate",
+                                "Int(col1)/dt",
+                                "Calculate the target acc. to the present algorithm.",
+                                "SaveTS",
+                                "Filtering...finished",
+                                "Ts-Integrate info",
+                                "integral",
+                                false,
+                                integrate};
+
+}  // namespace
+
+IntegrateWin::IntegrateWin(const QString& file, unsigned column, QWidget* parent)
+    : CalculusWin(kKind, file, column, parent)
+{
+}

@@ -1,0 +1,17 @@
+// The samples of a spectrum: reading, missing values, trend.
+#pragma once
+
+#include <span>
+
+#include "calc/Spectrum.h"
+
+// From one segment's first sample to the next one's.
+std::uint32_t segmentHop(const SpectrumRequest& request);
+
+// Reads samples from `first` on into `out`. Missing ones become the line between their neighbours, and the
+// nearest value at the ends; 0 where there is none at all.
+JobOutcome loadSamples(TSFILE& file, const SpectrumRequest& request, std::uint32_t first,
+                       std::span<double> out, const Progress& progress);
+
+// Subtracts the mean or the straight line of least squares; returns the mean.
+double removeTrend(std::span<double> samples, SpectrumTrend trend);

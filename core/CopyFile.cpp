@@ -1,0 +1,63 @@
+#include "core/CopyFile.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <memory>
+#include <span>
+#include <system_error>
+#include <vector>
+
+#include "core/BlockFile.h"
+#include "core/ScratchFile.h"
+
+namespace {
+
+constexpr std::size_t kRunBytes = 1U << 20;
+
+struct Close
+{
+    void operator()(std::FILE* file) const noexcept { std::fclose(file); }
+};
+
+[[noreturn]] void fail()
+{
+    throw std::system_error(errno != 0 ? errno : EIO, std::generic_category());
+}
+
+}  // namespace
+
+JobOutcome copyWholeFile(int descriptor, const std::filesystem::path& target, const Progress& progress)
+{
+    const std::filesystem::path directory = target.parent_path().empty() ? "." : target.parent_path();
+    const int own = BlockFile::duplicate(descriptor);
+    if (own < 0)
+        fail();
+    const BlockFile from(own, true);
+    const std::uint64_t total = from.size();
+    ScratchFile scratch(directory, "copy", ".ts");
+    {
+        std::unique_ptr<std::FILE, Close> to(std::fopen(scratch.path().c_str(), "wb"));
+        if (!to)
+            fail();
+        std::vector<unsigned char> bytes(kRunBytes);
+        std::uint64_t done = 0;
+        for (;;) {
+            const std::size_t n = from.readRun(done, bytes);
+            errno = 0;
+            if (std::fwrite(bytes.data(), 1, n, to.get()) != n)
+                fail();
+            done += n;
+            if (n < bytes.size())
+                break;
+            if (!goesOn(progress, done, total))
+                return JobOutcome::Cancelled;
+        }
+        if (done < total)
+            throw std::system_error(EIO, std::generic_category());
+        errno = 0;
+        if (std::fclose(to.release()) != 0)
+            fail();
+    }
+    scratch.putInPlace(target);
+    return JobOutcome::Done;
+}

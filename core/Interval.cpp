@@ -1,0 +1,78 @@
+#include "core/Interval.h"
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "core/Rebuild.h"
+#include "core/ScratchFile.h"
+#include "core/TsNames.h"
+
+namespace {
+
+constexpr std::size_t kChunkFloats = 1U << 16;
+
+// The start that gives the first row of the new file, one dt after it, the time that it had.
+void moveStart(const PlotFile& from, std::uint32_t first, TSFILE& to)
+{
+    TSFILE& source = from.file();
+    to.dt(source.dt());
+    double start = static_cast<double>(source.startTime());
+    if (source.timeColumn() == 0)
+        start += (from.sampleOf(first) - 1.0) * static_cast<double>(source.dt());
+    if (source.startSeconds() != 0) {
+        // Whole seconds go where they are exact; a file without a clock stays one.
+        const double whole = source.timeColumn() == 0 ? std::floor(start) : 0.0;
+        to.startSeconds(static_cast<std::uint32_t>(source.startSeconds() + whole));
+        start -= whole;
+    }
+    to.startTime(static_cast<float>(start));
+}
+
+void copyHeader(const PlotFile& from, std::uint32_t first, TSFILE& to)
+{
+    TSFILE& source = from.file();
+    to.description(std::string(source.description()).c_str());
+    to.timeUnit(std::string(source.timeUnit()).c_str());
+    for (std::uint32_t c = 1; c <= from.columns(); ++c)
+        copyColumnInfo(source, c, to, c);
+    moveStart(from, first, to);
+}
+
+JobOutcome copyRows(const PlotFile& from, std::uint32_t first, std::uint32_t last, TSFILE& to,
+                    const Progress& progress)
+{
+    const std::uint32_t columns = from.columns();
+    const auto chunk = static_cast<std::uint32_t>(std::max<std::size_t>(1, kChunkFloats / columns));
+    std::vector<float> rows(std::size_t{chunk} * columns);
+    const std::uint32_t count = last - first + 1;
+    for (std::uint32_t done = 0; done < count;) {
+        const std::uint32_t n = std::min(chunk, count - done);
+        from.readRows(first + done, n, rows.data());
+        to.writeRows(done + 1, n, rows.data());
+        done += n;
+        if (!goesOn(progress, done, count))
+            return JobOutcome::Cancelled;
+    }
+    return JobOutcome::Done;
+}
+
+}  // namespace
+
+JobOutcome saveInterval(const PlotFile& from, std::uint32_t first, std::uint32_t last,
+                        const std::filesystem::path& target, const Progress& progress)
+{
+    const std::filesystem::path directory = target.parent_path().empty() ? "." : target.parent_path();
+    ScratchFile scratch(directory, "interval", ".ts");
+    {
+        TSFILE to(literalTsName(scratch.path().string()).c_str(), last - first + 1, from.columns(), 0);
+        copyHeader(from, first, to);
+        if (copyRows(from, first, last, to, progress) == JobOutcome::Cancelled)
+            return JobOutcome::Cancelled;
+        to.flush(true);
+    }
+    scratch.putInPlace(target);
+    return JobOutcome::Done;
+}

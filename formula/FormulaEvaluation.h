@@ -1,0 +1,15 @@
+// The values of a formula's tree.
+#pragma once
+
+#include "formula/FormulaNode.h"
+
+// Makes a complete tree ready: constants are computed once, an operand that is missing behind an operator
+// becomes 0, and each node gets the evaluator of its kind. Nothing is allocated after that.
+void prepareTree(FormulaNode& root);
+
+// Shows a text through TsApplication; without an application nowhere.
+void reportFormulaError(const char* text);
+
+// The two texts that evaluation reports, each time that it happens.
+extern const char* const kDivisionByZero;
+extern const char* const kMissingArgument;

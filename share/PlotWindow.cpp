@@ -1,0 +1,533 @@
+#include "share/PlotWindow.h"
+
+#include <QDir>
+#include <QEvent>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QInputDialog>
+#include <QLabel>
+#include <QMenu>
+#include <QMenuBar>
+#include <QStatusBar>
+#include <QToolBar>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <system_error>
+
+#include "core/Interval.h"
+#include "core/TsExceptions.h"
+#include "core/TsNames.h"
+#include "portal/TsApplication.h"
+#include "share/Boxes.h"
+#include "share/CursorDock.h"
+#include "share/JobProgress.h"
+#include "share/NoticeStrip.h"
+#include "share/OverviewStrip.h"
+#include "share/PlotCanvas.h"
+#include "share/PlotVariables.h"
+#include "share/QtMessageWin.h"
+#include "share/VariableDock.h"
+#include "share/VariableMenu.h"
+#include "share/hydaction.h"
+
+namespace {
+
+constexpr std::size_t kShownAtOpening = 8;
+constexpr int kWatchMs = 2000;
+constexpr int kMessageMs = 8000;
+
+QString nameOf(const PlotFile& file)
+{
+    return QString::fromLocal8Bit(file.name().c_str());
+}
+
+// Keys with Ctrl hold for the whole window; the plain ones are the canvas' own.
+void ownControlKeys(QMenu& menu)
+{
+    for (QAction* const action : menu.actions()) {
+        const QString key = action->shortcut().toString(QKeySequence::PortableText);
+        if (key.startsWith(QLatin1String("Ctrl+")) && !key.contains(QLatin1String("Left")) &&
+            !key.contains(QLatin1String("Right")))
+            action->setShortcutContext(Qt::WindowShortcut);
+    }
+}
+
+}  // namespace
+
+PlotWindow::PlotWindow(QWidget* parent)
+    : SubWindow(parent),
+      m_canvas(new PlotCanvas),
+      m_overview(new OverviewStrip(m_canvas)),
+      m_changed(new NoticeStrip),
+      m_notice(new NoticeStrip),
+      m_variables(new VariableDock(m_canvas)),
+      m_cursors(new CursorDock(m_canvas)),
+      m_menu(new VariableMenu(m_canvas, this))
+{
+    auto* const content = new QWidget;
+    auto* const column = new QVBoxLayout(content);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(2);
+    column->addWidget(m_changed);
+    column->addWidget(m_notice);
+    column->addWidget(m_canvas, 1);
+    column->addWidget(m_overview);
+    setCentralWidget(content);
+    addDockWidget(Qt::LeftDockWidgetArea, m_variables);
+    addDockWidget(Qt::BottomDockWidgetArea, m_cursors);
+    setCorner(Qt::BottomLeftCorner, Qt::LeftDockWidgetArea);
+    m_canvas->setTakesDrops(true);
+    createMenus();
+    createToolBar();
+    connectCanvas();
+    connectDocks();
+    resize(1100, 720);
+    resizeDocks({m_variables}, {260}, Qt::Horizontal);
+    resizeDocks({m_cursors}, {150}, Qt::Vertical);
+    m_canvas->setFocus();
+    statusBar();
+
+    m_watch.setInterval(kWatchMs);
+    connect(&m_watch, &QTimer::timeout, this, &PlotWindow::sl_checkFiles);
+    m_watch.start();
+}
+
+void PlotWindow::createMenus()
+{
+    m_fileMenu = menuBar()->addMenu(tr("&File"));
+    m_fileMenu->addAction(new HydAction(QStringLiteral("Add"), QKeySequence(QStringLiteral("Ctrl+O")), this,
+                                        SLOT(sl_addFile()), tr("&Add file…"),
+                                        tr("Add the columns of a file.")));
+    m_fileMenu->addSeparator();
+    m_fileMenu->addAction(new HydAction(QStringLiteral("SaveTS"), QKeySequence(), this,
+                                        SLOT(sl_saveInterval()), tr("Save interval as &ts-file…"),
+                                        tr("Save the samples between the cursors, else those in view.")));
+    m_fileMenu->addAction(tr("Save interval as ts&a…"), this, &PlotWindow::sl_exportInterval);
+    m_fileMenu->addSeparator();
+
+    m_viewMenu = menuBar()->addMenu(tr("&View"));
+    m_canvas->fillViewMenu(*m_viewMenu);
+    ownControlKeys(*m_viewMenu);
+    m_viewMenu->addSeparator();
+    m_viewMenu->addAction(new HydAction(QStringLiteral("Refresh"), QKeySequence(Qt::Key_F5), this,
+                                        SLOT(sl_refresh()), tr("&Refresh"),
+                                        tr("Read what is not read yet, and look for changes.")));
+    m_viewMenu->addAction(m_variables->toggleViewAction());
+    m_viewMenu->addAction(m_cursors->toggleViewAction());
+    QAction* const overview = m_viewMenu->addAction(tr("Overview"));
+    overview->setCheckable(true);
+    overview->setChecked(true);
+    connect(overview, &QAction::toggled, m_overview, &QWidget::setVisible);
+
+    m_canvas->fillCursorMenu(*menuBar()->addMenu(tr("&Cursors")));
+    QMenu* const plot = menuBar()->addMenu(tr("&Plot"));
+    connect(plot, &QMenu::aboutToShow, this, [this, plot] {
+        plot->clear();
+        m_canvas->fillAxesMenu(*plot);
+        plot->addSeparator();
+        plot->addAction(tr("&Colors…"), m_menu, &VariableMenu::editColors);
+    });
+    m_canvas->fillOutputMenu(*m_fileMenu);
+    ownControlKeys(*m_fileMenu);
+    m_fileMenu->addSeparator();
+    m_fileMenu->addAction(tr("&Close"), this, &QWidget::close, QKeySequence(QStringLiteral("Ctrl+W")));
+
+    QMenu* const help = menuBar()->addMenu(tr("&Help"));
+    help->addAction(new HydAction(QStringLiteral("Help"), QKeySequence(Qt::Key_F1), this, SLOT(sl_help()),
+                                  tr("&Help"), tr("How to use this window")));
+}
+
+void PlotWindow::createToolBar()
+{
+    struct Row
+    {
+        const char* image;
+        const char* slot;
+        const char* text;
+    };
+    static const Row rows[] = {{"ZoomFit", SLOT(sl_fitAll()), "Fit all (F)"},
+                               {"ZoomIn", SLOT(sl_zoomIn()), "Zoom in (+)"},
+                               {"ZoomOut", SLOT(sl_zoomOut()), "Zoom out (−)"},
+                               {"Cursors", SLOT(sl_zoomToCursors()), "Zoom to the cursors (Z)"},
+                               {"Back", SLOT(sl_previousView()), "Previous view (Backspace)"},
+                               {"Forward", SLOT(sl_nextView()), "Next view (Alt+Right)"},
+                               {"GoTo", SLOT(sl_goTo()), "Go to… (Ctrl+G)"},
+                               {"", "", ""},
+                               {"HardCopy", SLOT(sl_hardCopy()), "Hard copy (EPS)… (Ctrl+E)"},
+                               {"SavePicture", SLOT(sl_savePicture()), "Save picture (PNG)…"},
+                               {"Copy", SLOT(sl_copyReadout()), "Copy read-out (Ctrl+C)"}};
+    m_toolBar = addToolBar(tr("Plot"));
+    m_toolBar->setObjectName(QStringLiteral("plotTools"));
+    for (const Row& row : rows) {
+        if (*row.image == '\0')
+            m_toolBar->addSeparator();
+        else
+            m_toolBar->addAction(new HydAction(QString::fromLatin1(row.image), QKeySequence(), m_canvas,
+                                               row.slot, QString::fromUtf8(row.text),
+                                               QString::fromUtf8(row.text)));
+    }
+}
+
+void PlotWindow::connectCanvas()
+{
+    connect(m_canvas, &PlotCanvas::x_hovered, this, [this](const QString& text) {
+        if (text.isEmpty())
+            statusBar()->clearMessage();
+        else
+            statusBar()->showMessage(text);
+    });
+    connect(m_canvas, &PlotCanvas::x_told, this, &PlotWindow::tell);
+    connect(m_canvas, &PlotCanvas::x_files_dropped, this, [this](const QStringList& files) {
+        for (const QString& file : files)
+            addFile(file);
+    });
+    connect(m_canvas, &PlotCanvas::x_variable_dropped, this, [this](int variable, int group) {
+        const Group::Variables all = m_canvas->plot().variables();
+        if (variable >= 0 && variable < static_cast<int>(all.size()))
+            m_menu->moveToGroup(all[static_cast<std::size_t>(variable)], group);
+    });
+    connect(m_menu, &VariableMenu::x_changed, m_variables, &VariableDock::rebuild);
+    connect(m_menu, &VariableMenu::x_told, this, &PlotWindow::tell);
+}
+
+void PlotWindow::connectDocks()
+{
+    // Later, because the item that was checked is going to be rebuilt.
+    connect(
+        m_variables, &VariableDock::x_shown_changed, this, [this] { shownChanged(false); },
+        Qt::QueuedConnection);
+    connect(m_variables, &VariableDock::x_add_file, this, &PlotWindow::sl_addFile);
+    connect(m_variables, &VariableDock::x_remove_file, this, &PlotWindow::removeFile);
+    connect(m_variables, &VariableDock::x_align_start, this, &PlotWindow::alignStart);
+    connect(m_variables, &VariableDock::x_menu, this, [this](int file, unsigned column, const QPoint& place) {
+        const auto source = m_canvas->files().file(static_cast<std::size_t>(file));
+        if (const auto v = m_variables->find(*source, column))
+            m_menu->popUp(v, place);
+    });
+    connect(m_changed, &NoticeStrip::x_pressed, this, &PlotWindow::reloadChanged);
+}
+
+void PlotWindow::tell(const QString& text)
+{
+    statusBar()->showMessage(text, kMessageMs);
+}
+
+void PlotWindow::sl_refresh()
+{
+    shownChanged(false);
+    m_toldChange.clear();
+    sl_checkFiles();
+}
+
+void PlotWindow::sl_help()
+{
+    showHelp(this, QStringLiteral("plot"), tr("Plot windows"));
+}
+
+// -- Files --
+
+std::shared_ptr<PlotFile> PlotWindow::openFile(const QString& file)
+{
+    try {
+        // The working directory may change under an open window.
+        const QString path = QFileInfo(file).absoluteFilePath();
+        return m_canvas->files().add(path.toLocal8Bit().toStdString());
+    } catch (const TS::Failure&) {
+        const QString text = tr("%1 cannot be read.").arg(QFileInfo(file).fileName());
+        if (m_canvas->files().size() == 0)
+            m_canvas->showText(text);
+        tell(text);
+        return nullptr;
+    }
+}
+
+void PlotWindow::addFile(const QString& file)
+{
+    const bool isFirst = m_canvas->files().size() == 0;
+    const std::size_t before = m_canvas->files().size();
+    const auto source = openFile(file);
+    if (!source || m_canvas->files().size() == before)
+        return;
+    try {
+        std::vector<std::uint32_t> columns = plottableColumns(*source);
+        columns.resize(std::min(columns.size(), kShownAtOpening));
+        for (const std::uint32_t column : columns)
+            m_variables->setShown(source, column, true);
+    } catch (const TS::Failure&) {
+        tell(tr("The columns of %1 cannot be read.").arg(QFileInfo(file).fileName()));
+    }
+    if (isFirst)
+        m_canvas->showText(QString());
+    shownChanged(isFirst);
+    if (!isFirst)
+        m_canvas->sl_fitAll();
+}
+
+void PlotWindow::shownChanged(bool fit)
+{
+    Plot2D& plot = m_canvas->plot();
+    try {
+        plot.findOrigin();
+        if (fit)
+            chooseXAxis(plot);
+    } catch (const TS::Failure&) {
+        // The variable tells it in its group.
+    }
+    if (!m_canvas->refresh(fit))
+        tell(tr("The reading was cancelled; F5 reads on."));
+    try {
+        for (Group& g : plot.groups())
+            if (g.mode == YMode::Whole)
+                g.fitY();
+    } catch (const TS::Failure&) {
+        // As above.
+    }
+    m_canvas->replot();
+    m_variables->rebuild();
+    tellNotices();
+}
+
+void PlotWindow::sl_addFile()
+{
+    const QStringList files = QFileDialog::getOpenFileNames(this, tr("Add file"), QDir::currentPath(),
+                                                            tr("Ts-files (*.ts);;All files (*)"));
+    for (const QString& file : files)
+        addFile(file);
+}
+
+void PlotWindow::removeFile(int file)
+{
+    const auto source = m_canvas->files().file(static_cast<std::size_t>(file));
+    for (const auto& v : m_canvas->plot().variables())
+        if (v->variable().source() == source)
+            m_canvas->plot().remove(*v);
+    m_canvas->files().remove(static_cast<std::size_t>(file));
+    shownChanged(false);
+}
+
+// Shifts the other files onto the first sample of the first one, or back to their own times.
+void PlotWindow::alignStart(bool on)
+{
+    Plot2D& plot = m_canvas->plot();
+    try {
+        for (const auto& v : plot.variables())
+            v->variable().timeShift = 0.0;
+        const auto first = plot.reference();
+        if (on && first) {
+            XAxis times = plot.axis();
+            times.mode = XMode::Elapsed;
+            const double start = times.xOf(first->variable(), 1);
+            for (const auto& v : plot.variables())
+                if (v->variable().rows() > 0)
+                    v->variable().timeShift = start - times.xOf(v->variable(), 1);
+        }
+    } catch (const TS::Failure&) {
+        tell(tr("The times cannot be read."));
+    }
+    m_canvas->sl_fitAll();
+    emit m_canvas->x_plot_changed();
+}
+
+// -- Files that change on the disk --
+
+bool PlotWindow::event(QEvent* event)
+{
+    if (event->type() == QEvent::WindowActivate)
+        sl_checkFiles();
+    return SubWindow::event(event);
+}
+
+void PlotWindow::sl_checkFiles()
+{
+    if (JobProgress::isRunning())
+        return;
+    QStringList changed;
+    FileArray& files = m_canvas->files();
+    for (std::size_t i = 0; i < files.size(); ++i)
+        if (files.changedOnDisk(i))
+            changed.append(nameOf(*files.file(i)));
+    if (changed.isEmpty()) {
+        m_changed->hide();
+        m_toldChange.clear();
+        return;
+    }
+    const QString text = changed.size() == 1 ? tr("%1 has changed.").arg(changed.first())
+                                             : tr("%1 have changed.").arg(changed.join(QStringLiteral(", ")));
+    // A strip that the user has hidden comes back only with other news.
+    if (text != m_toldChange)
+        m_changed->tell(text, tr("&Reload"));
+    m_toldChange = text;
+}
+
+void PlotWindow::reloadChanged()
+{
+    FileArray& files = m_canvas->files();
+    for (std::size_t i = 0; i < files.size(); ++i) {
+        const auto file = files.file(i);
+        if (!files.changedOnDisk(i))
+            continue;
+        try {
+            file->reload();
+        } catch (const TS::Failure&) {
+            tell(tr("%1 cannot be read.").arg(nameOf(*file)));
+            continue;
+        }
+        for (const auto& v : m_canvas->plot().variables()) {
+            if (v->variable().source() != file)
+                continue;
+            v->forget();
+            if (v->variable().column() > file->columns())
+                m_canvas->plot().remove(*v);
+        }
+    }
+    m_changed->hide();
+    m_toldChange.clear();
+    shownChanged(false);
+    // The data may end elsewhere now.
+    m_canvas->showRange(m_canvas->plot().x1(), m_canvas->plot().x2(), 0);
+}
+
+void PlotWindow::tellNotices()
+{
+    QStringList notes;
+    if (const auto v = backwardsVariable(m_canvas->plot()))
+        notes.append(
+            tr("%1 has no times that rise: sample numbers are shown.").arg(fileNameOf(v->variable())));
+    for (std::size_t i = 0; i < m_canvas->files().size(); ++i) {
+        const auto file = m_canvas->files().file(i);
+        if (file->missingRows() > 0)
+            notes.append(tr("%1 is cut short: %2 of its %3 samples are there.")
+                             .arg(nameOf(*file))
+                             .arg(file->rows())
+                             .arg(std::uint64_t{file->rows()} + file->missingRows()));
+    }
+    if (notes.isEmpty())
+        m_notice->hide();
+    else
+        m_notice->tell(notes.join(QStringLiteral("  ")));
+}
+
+// -- Saving --
+
+std::shared_ptr<PlotFile> PlotWindow::chooseFile()
+{
+    std::vector<std::shared_ptr<PlotFile>> files;
+    QStringList names;
+    for (const auto& v : m_canvas->plot().variables()) {
+        const auto file = plotFileOf(v->variable());
+        if (!v->variable().visible || !file || std::find(files.begin(), files.end(), file) != files.end())
+            continue;
+        files.push_back(file);
+        names.append(nameOf(*file));
+    }
+    if (files.empty()) {
+        tell(tr("No variable is shown."));
+        return nullptr;
+    }
+    if (files.size() == 1)
+        return files.front();
+    bool ok = false;
+    const QString name =
+        QInputDialog::getItem(this, tr("Save interval"), tr("Of which file?"), names, 0, false, &ok);
+    return ok ? files[static_cast<std::size_t>(names.indexOf(name))] : nullptr;
+}
+
+PlotWindow::Rows PlotWindow::intervalOf(const std::shared_ptr<PlotFile>& file)
+{
+    const Plot2D& plot = m_canvas->plot();
+    const Plot2D::Extent interval = plot.interval();
+    for (const auto& v : plot.variables()) {
+        if (v->variable().source() != file)
+            continue;
+        const std::uint32_t first = plot.axis().rowFrom(v->variable(), interval.x1);
+        const std::uint32_t last = plot.axis().rowAt(v->variable(), interval.x2);
+        if (first <= last)
+            return {first, last};
+    }
+    tell(tr("There are no samples in the interval."));
+    return {};
+}
+
+bool PlotWindow::mayReplace(const QString& target)
+{
+    std::error_code error;
+    for (std::size_t i = 0; i < m_canvas->files().size(); ++i) {
+        if (std::filesystem::equivalent(m_canvas->files().file(i)->path(), target.toLocal8Bit().toStdString(),
+                                        error)) {
+            showBox(QMessageBox::Warning, this, tr("Save interval"),
+                    tr("%1 is shown in this window. Choose another name.").arg(QFileInfo(target).fileName()));
+            return false;
+        }
+    }
+    if (TsApplication::instance() != nullptr && TsApplication::instance()->isOpenForWriting(target)) {
+        showBox(QMessageBox::Warning, this, tr("Save interval"),
+                tr("The file %1 is open for writing in another window.\nClose that window first.")
+                    .arg(QFileInfo(target).fileName()));
+        return false;
+    }
+    return true;
+}
+
+void PlotWindow::sl_saveInterval()
+{
+    const auto file = chooseFile();
+    if (!file)
+        return;
+    const QFileInfo source(QString::fromLocal8Bit(file->path().c_str()));
+    const QString typed = QFileDialog::getSaveFileName(
+        this, tr("Save interval"),
+        source.dir().filePath(source.completeBaseName() + QStringLiteral("_part.ts")), tr("Ts-files (*.ts)"));
+    if (typed.isEmpty())
+        return;
+    const QFileInfo chosen(typed);
+    const QString name =
+        QString::fromLocal8Bit(newTsFileName(chosen.fileName().toLocal8Bit().toStdString()).c_str());
+    const QString target = chosen.dir().filePath(name);
+    // The dialog has asked about the name as it was typed.
+    if (target != typed && QFile::exists(target) &&
+        !askYesNo(QMessageBox::Warning, this, tr("Save interval"),
+                  tr("The file %1 exists.\nDo you want to overwrite the existing file?").arg(name)))
+        return;
+    if (!mayReplace(target))
+        return;
+    try {
+        const Rows rows = intervalOf(file);
+        if (rows.last == 0)
+            return;
+        JobProgress progress(this, tr("Saving %1").arg(name));
+        if (saveInterval(*file, rows.first, rows.last, target.toLocal8Bit().toStdString(),
+                         progress.callback()) == JobOutcome::Cancelled) {
+            tell(tr("Cancelled; nothing was saved."));
+            return;
+        }
+        tell(tr("%1 samples saved as %2 in %3 s")
+                 .arg(rows.last - rows.first + 1)
+                 .arg(name)
+                 .arg(progress.seconds(), 0, 'f', 1));
+        emit x_directory_changed();
+    } catch (const TS::Failure&) {
+        showBox(QMessageBox::Warning, this, tr("Save interval"), tr("%1 could not be saved.").arg(name));
+    } catch (const std::system_error& e) {
+        showBox(
+            QMessageBox::Warning, this, tr("Save interval"),
+            tr("%1 could not be saved: %2").arg(name, QString::fromLocal8Bit(e.code().message().c_str())));
+    }
+}
+
+void PlotWindow::sl_exportInterval()
+{
+    TsApplication* const application = TsApplication::instance();
+    const auto file = application == nullptr ? nullptr : chooseFile();
+    if (!file)
+        return;
+    try {
+        const Rows rows = intervalOf(file);
+        if (rows.last != 0 &&
+            application->exportInterval(QString::fromLocal8Bit(file->path().c_str()),
+                                        file->sampleOf(rows.first), file->sampleOf(rows.last)))
+            tell(tr("%1 samples saved").arg(rows.last - rows.first + 1));
+    } catch (const TS::Failure&) {
+        tell(tr("%1 cannot be read.").arg(nameOf(*file)));
+    }
+}

@@ -1,0 +1,94 @@
+// What the plot windows have in common: canvas, overview, docks, menus, files that change on the disk.
+#pragma once
+
+#include <QTimer>
+
+#include <cstdint>
+#include <memory>
+
+#include "core/PlotFile.h"
+#include "share/SubWindow.h"
+
+class CursorDock;
+class NoticeStrip;
+class OverviewStrip;
+class PlotCanvas;
+class QLabel;
+class QMenu;
+class QToolBar;
+class VariableDock;
+class VariableMenu;
+
+class PlotWindow : public SubWindow
+{
+    Q_OBJECT
+
+public:
+    PlotCanvas* canvas() const noexcept { return m_canvas; }
+
+public slots:
+    // Asks for ts-files and adds them.
+    void sl_addFile();
+    void sl_saveInterval();
+    void sl_exportInterval();
+    // Reads what a cancel left out.
+    void sl_refresh();
+    void sl_help();
+    // Looks whether a file has changed on the disk, and says so.
+    void sl_checkFiles();
+
+protected:
+    explicit PlotWindow(QWidget* parent);
+
+    // Opens a file, or finds it among those that are open; null, and the reason on the canvas or in the
+    // status bar, where that fails. Nothing is shown of it yet.
+    std::shared_ptr<PlotFile> openFile(const QString& file);
+    // Opens a file and shows up to eight of its columns.
+    void addFile(const QString& file);
+    // After variables came or went: x axis, reading, docks, notices.
+    void shownChanged(bool fit);
+    void tell(const QString& text);
+
+    // The file that saving is about: the one of the cursors' variable, or the user's choice among several.
+    // Null where there is none or the user cancelled.
+    std::shared_ptr<PlotFile> chooseFile();
+
+    QMenu* fileMenu() const noexcept { return m_fileMenu; }
+    QMenu* viewMenu() const noexcept { return m_viewMenu; }
+    QToolBar* toolBar() const noexcept { return m_toolBar; }
+    VariableDock* variableDock() const noexcept { return m_variables; }
+
+    bool event(QEvent* event) override;
+
+private:
+    struct Rows
+    {
+        std::uint32_t first = 0;
+        std::uint32_t last = 0;
+    };
+
+    void createMenus();
+    void createToolBar();
+    void connectCanvas();
+    void connectDocks();
+    void alignStart(bool on);
+    void removeFile(int file);
+    void reloadChanged();
+    void tellNotices();
+    // The rows of a file in the interval A–B, else in view; none where `last` is 0.
+    Rows intervalOf(const std::shared_ptr<PlotFile>& file);
+    bool mayReplace(const QString& target);
+
+    PlotCanvas* m_canvas;
+    OverviewStrip* m_overview;
+    NoticeStrip* m_changed;
+    NoticeStrip* m_notice;
+    VariableDock* m_variables;
+    CursorDock* m_cursors;
+    VariableMenu* m_menu;
+    QMenu* m_fileMenu = nullptr;
+    QMenu* m_viewMenu = nullptr;
+    QToolBar* m_toolBar = nullptr;
+    QTimer m_watch;
+    QString m_toldChange;  // what the strip told last
+};

@@ -1,0 +1,67 @@
+// An interval saved as a file of its own.
+#include <gtest/gtest.h>
+
+#include "core/Interval.h"
+#include "core/TSFILE.h"
+#include "tests/core/TsFileBytes.h"
+
+namespace {
+
+TEST(Interval, rowsKeepTheirTimesValuesAndTexts)
+{
+    const TestDirectory directory;
+    const struct
+    {
+        const char* label;
+        int timeMode;
+        std::uint32_t startSeconds;
+        bool ring;
+    } cases[] = {{"plain", 0, 0, false},
+                 {"clock", 0, 1'700'000'000, false},
+                 {"own times", 1, 1'700'000'000, false},
+                 {"ring", 0, 0, true}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.label);
+        {
+            TSFILE file("source.ts", 500, 2, c.timeMode);
+            file.dt(0.5F);
+            file.startTime(0.25F);
+            file.startSeconds(c.startSeconds);
+            file.description("a series");
+            file.columnDescription(file.columns(), "force [N]");
+            file.setRingMode(c.ring);
+            std::vector<float> row(file.columns());
+            for (std::uint32_t s = 1; s <= (c.ring ? 700U : 500U); ++s) {
+                for (std::size_t i = 0; i < row.size(); ++i)
+                    row[i] = static_cast<float>(s * (i + 1));
+                file.writeRow(s, row.data(), true);
+            }
+        }
+        const PlotFile from("source.ts");
+        ASSERT_EQ(saveInterval(from, 101, 400, "part.ts", {}), JobOutcome::Done);
+        const PlotFile part("part.ts");
+        ASSERT_EQ(part.rows(), 300U);
+        ASSERT_EQ(part.columns(), from.columns());
+        for (const std::uint32_t row : {1U, 2U, 300U}) {
+            EXPECT_EQ(part.value(row, part.columns()), from.value(row + 100, from.columns()));
+            EXPECT_EQ(part.startSeconds() + part.timeOf(row), from.startSeconds() + from.timeOf(row + 100));
+        }
+        EXPECT_EQ(part.columnDescription(part.columns()), "force [N]");
+        EXPECT_EQ(part.description(), "a series");
+        EXPECT_EQ(part.isPlottable(1), from.isPlottable(1));
+    }
+}
+
+TEST(Interval, cancelledLeavesTheOldFileAndNothingElse)
+{
+    const TestDirectory directory;
+    TSFILE("source.ts", 1000, 1, 0);
+    TSFILE("part.ts", 7, 1, 0);
+    const PlotFile from("source.ts");
+    EXPECT_EQ(saveInterval(from, 1, 1000, "part.ts", [](auto, auto) { return false; }),
+              JobOutcome::Cancelled);
+    EXPECT_EQ(PlotFile("part.ts").rows(), 7U);
+    EXPECT_EQ(directory.fileCount(), 2U);
+}
+
+}  // namespace

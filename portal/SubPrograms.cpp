@@ -6,6 +6,7 @@
 #include "calc/DFTWin.h"
 #include "calc/DerivativeWin.h"
 #include "calc/IntegrateWin.h"
+#include "converters/SCLWin.h"
 #include "converters/STLWin.h"
 #include "portal/CreateTsWin_Veltrac.h"
 #include "portal/EditHeaderWin.h"
@@ -36,6 +37,7 @@ const std::vector<Row>& rows()
         {SubProgram::Create,
          [](const QString&, unsigned) -> SubWindow* { return new CreateTsWin(mainWindow()); }},
         {SubProgram::StlImport, [](const QString& file, unsigned) -> SubWindow* { return new STLWin(file); }},
+        {SubProgram::SclImport, [](const QString& file, unsigned) -> SubWindow* { return new SCLWin(file); }},
         {SubProgram::List,
          [](const QString& file, unsigned) -> SubWindow* { return new TsTableView(file, mainWindow(), 0); }},
         {SubProgram::Edit,

@@ -267,7 +267,8 @@ void STLWin::showColumns()
 // Lines are coloured across the whole view.
 void STLWin::widenPreview()
 {
-    m_preview->setColumnWidth(0, std::max(m_preview->sizeHintForColumn(0), m_preview->viewport()->width()));
+    m_preview->resizeColumnToContents(0);
+    m_preview->setColumnWidth(0, std::max(m_preview->columnWidth(0), m_preview->viewport()->width()));
 }
 
 void STLWin::resizeEvent(QResizeEvent* event)

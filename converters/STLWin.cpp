@@ -281,7 +281,6 @@ void STLWin::showFindings()
 {
     const bool usable = m_problem.isEmpty() || !m_log->format().columns.empty();
     m_lines->explain(usable && !m_log->format().columns.empty() ? &m_log->format() : nullptr);
-    m_preview->resizeColumnsToContents();
     widenPreview();
     showColumns();
     enableFields();

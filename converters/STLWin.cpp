@@ -267,7 +267,8 @@ void STLWin::showColumns()
 // Lines are coloured across the whole view.
 void STLWin::widenPreview()
 {
-    m_preview->setColumnWidth(0, std::max(m_preview->sizeHintForColumn(0), m_preview->viewport()->width()));
+    m_preview->resizeColumnToContents(0);
+    m_preview->setColumnWidth(0, std::max(m_preview->columnWidth(0), m_preview->viewport()->width()));
 }
 
 void STLWin::resizeEvent(QResizeEvent* event)
@@ -280,7 +281,6 @@ void STLWin::showFindings()
 {
     const bool usable = m_problem.isEmpty() || !m_log->format().columns.empty();
     m_lines->explain(usable && !m_log->format().columns.empty() ? &m_log->format() : nullptr);
-    m_preview->resizeColumnsToContents();
     widenPreview();
     showColumns();
     enableFields();

@@ -54,11 +54,20 @@ PlotCanvas::PlotCanvas(QWidget* parent) : QFrame(parent), m_colors(defaultColors
 
 // -- What is shown --
 
-bool PlotCanvas::showColumns(const QString& file, const QVector<unsigned>& columns, Axes axes)
+// A plot without variables that keeps the user's looks.
+void PlotCanvas::clear()
 {
     m_text.clear();
-    m_plot = Plot2D();
+    Plot2D fresh;
+    fresh.grid = m_plot.grid;
+    fresh.legend = m_plot.legend;
+    m_plot = std::move(fresh);
     m_files = FileArray();
+}
+
+bool PlotCanvas::showColumns(const QString& file, const QVector<unsigned>& columns, Axes axes)
+{
+    clear();
     try {
         const auto source = m_files.add(file.toLocal8Bit().toStdString());
         for (const unsigned column : columns) {
@@ -67,7 +76,7 @@ bool PlotCanvas::showColumns(const QString& file, const QVector<unsigned>& colum
         }
         chooseXAxis(m_plot);
     } catch (const TS::Failure&) {
-        m_plot = Plot2D();
+        clear();
         showText(tr("%1 cannot be read.").arg(file));
         return false;
     }
@@ -77,9 +86,7 @@ bool PlotCanvas::showColumns(const QString& file, const QVector<unsigned>& colum
 void PlotCanvas::showValues(const std::vector<double>& x, const QString& xTitle,
                             const std::vector<Values>& columns, Axes axes)
 {
-    m_text.clear();
-    m_plot = Plot2D();
-    m_files = FileArray();
+    clear();
     std::vector<std::vector<float>> values;
     values.reserve(columns.size());
     for (const Values& column : columns)

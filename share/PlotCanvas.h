@@ -205,6 +205,7 @@ private:
     void drawPicture();
     void drawCursor(QPainter& painter, Plot2D::Cursor which);
     void drawBand(QPainter& painter);
+    void clear();
     QString whatIsMissing() const;
     bool isDarkGround() const;
     PlotLook screenLook() const;

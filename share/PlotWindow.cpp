@@ -236,8 +236,12 @@ void PlotWindow::addFile(const QString& file)
     const bool isFirst = m_canvas->files().size() == 0;
     const std::size_t before = m_canvas->files().size();
     const auto source = openFile(file);
-    if (!source || m_canvas->files().size() == before)
+    if (!source)
         return;
+    if (m_canvas->files().size() == before) {
+        tell(tr("%1 is here already.").arg(fileNameOf(*source)));
+        return;
+    }
     try {
         std::vector<std::uint32_t> columns = plottableColumns(*source);
         columns.resize(std::min(columns.size(), kShownAtOpening));

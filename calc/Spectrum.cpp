@@ -29,7 +29,7 @@ constexpr WindowRow kWindows[] = {
     {SpectrumWindow::Hamming, "Hamming", {0.54, 0.46}},
     {SpectrumWindow::Blackman, "Blackman", {0.42, 0.5, 0.08}},
     {SpectrumWindow::BlackmanHarris, "Blackman-Harris", {0.35875, 0.48829, 0.14128, 0.01168}},
-    {SpectrumWindow::FlatTop, "Flat top", {1.0, 1.93, 1.29, 0.388, 0.028}},
+    {SpectrumWindow::FlatTop, "Flat top", {1.0, 1.9383379, 1.3045202, 0.4028270, 0.0350665}},
     {SpectrumWindow::Bartlett, "Bartlett", {}},
 };
 static_assert(std::size(kWindows) == kSpectrumWindows);

@@ -7,6 +7,13 @@
 
 #include "core/TsNames.h"
 
+namespace {
+
+constexpr std::uint32_t kWideRows = 4;
+constexpr std::uint32_t kBucketOfWideRows = 64;
+
+}  // namespace
+
 PlotFile::PlotFile(std::string path) : m_path(std::move(path))
 {
     reload();
@@ -44,6 +51,7 @@ void PlotFile::look()
 {
     forgetContents();
     m_columns = m_file->columns();
+    m_bucketRows = m_columns < kWideRows ? Pyramid::kLargestBucket : kBucketOfWideRows;
     m_startSeconds = m_file->startSeconds();
 
     std::uint32_t claimed = m_file->samples();
@@ -98,6 +106,13 @@ std::string PlotFile::description() const
 std::string PlotFile::timeUnit() const
 {
     return m_file->timeUnit();
+}
+
+std::uint32_t PlotFile::describedColumns() const
+{
+    const std::uint64_t records =
+        m_stamp.size > kBlockBytes ? (m_stamp.size - kBlockBytes) / kColumnRecordBytes : 0;
+    return static_cast<std::uint32_t>(std::min<std::uint64_t>(m_columns, records));
 }
 
 bool PlotFile::isPlottable(std::uint32_t column) const

@@ -29,6 +29,8 @@ public:
     std::string columnDescription(std::uint32_t column) const;
     std::string description() const;
     std::string timeUnit() const;
+    // How many columns the file has records of: fewer than columns() where the header lies.
+    std::uint32_t describedColumns() const;
     // False for "Time" and "Time32": the latter holds the bits of integers.
     bool isPlottable(std::uint32_t column) const;
 

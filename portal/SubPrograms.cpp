@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <vector>
 
+#include "calc/DFTWin.h"
 #include "calc/DerivativeWin.h"
 #include "calc/IntegrateWin.h"
+#include "converters/SCLWin.h"
 #include "converters/STLWin.h"
 #include "portal/CreateTsWin_Veltrac.h"
 #include "portal/EditHeaderWin.h"
@@ -35,6 +37,7 @@ const std::vector<Row>& rows()
         {SubProgram::Create,
          [](const QString&, unsigned) -> SubWindow* { return new CreateTsWin(mainWindow()); }},
         {SubProgram::StlImport, [](const QString& file, unsigned) -> SubWindow* { return new STLWin(file); }},
+        {SubProgram::SclImport, [](const QString& file, unsigned) -> SubWindow* { return new SCLWin(file); }},
         {SubProgram::List,
          [](const QString& file, unsigned) -> SubWindow* { return new TsTableView(file, mainWindow(), 0); }},
         {SubProgram::Edit,
@@ -43,6 +46,8 @@ const std::vector<Row>& rows()
          [](const QString& file, unsigned column) -> SubWindow* { return new DerivativeWin(file, column); }},
         {SubProgram::Integral,
          [](const QString& file, unsigned column) -> SubWindow* { return new IntegrateWin(file, column); }},
+        {SubProgram::Spectrum,
+         [](const QString& file, unsigned column) -> SubWindow* { return new DFTWin(file, column); }},
         {SubProgram::Header,
          [](const QString& file, unsigned) -> SubWindow* { return new EditHeaderWin(file); }},
     };

@@ -56,7 +56,7 @@ std::shared_ptr<HsVariable> makeVariable(const std::shared_ptr<PlotFile>& file, 
 std::vector<std::uint32_t> plottableColumns(const PlotFile& file)
 {
     std::vector<std::uint32_t> columns;
-    for (std::uint32_t c = 1; c <= file.columns() && c != 0; ++c)
+    for (std::uint32_t c = 1; c <= file.describedColumns(); ++c)
         if (file.isPlottable(c))
             columns.push_back(c);
     return columns;
@@ -101,7 +101,12 @@ std::shared_ptr<PlotFile> plotFileOf(const Variable& variable)
 QString fileNameOf(const Variable& variable)
 {
     const auto file = plotFileOf(variable);
-    return file ? QString::fromLocal8Bit(file->name().c_str()) : QString();
+    return file ? fileNameOf(*file) : QString();
+}
+
+QString fileNameOf(const PlotFile& file)
+{
+    return QString::fromLocal8Bit(file.name().c_str());
 }
 
 std::shared_ptr<HsVariable> backwardsVariable(const Plot2D& plot)

@@ -1,0 +1,32 @@
+#include "filter/fid_report.h"
+
+#include <cstdarg>
+#include <cstdio>
+
+#include "filter/fid.h"
+
+namespace {
+FidErrorHandler g_handler = nullptr;
+}
+
+void fidReport(const char* format, ...)
+{
+    char text[1024];
+    std::va_list arguments;
+    va_start(arguments, format);
+    std::vsnprintf(text, sizeof text, format, arguments);
+    va_end(arguments);
+    if (g_handler)
+        g_handler(text);
+    std::fprintf(stderr, "fid error: %s\n", text);
+}
+
+void fid_set_error_handler(FidErrorHandler handler)
+{
+    g_handler = handler;
+}
+
+const char* fid_version()
+{
+    return "0.9.9";
+}

@@ -1,0 +1,119 @@
+// The same plot through the PostScript driver, by its lines.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <fstream>
+#include <limits>
+#include <sstream>
+
+#include "core/PlotValues.h"
+#include "share/EpsFile.h"
+#include "share/PlotPainter.h"
+#include "share/PostscriptDriver.h"
+#include "tests/core/TsFileBytes.h"
+
+namespace {
+
+Plot2D plotOf(const std::vector<std::vector<float>>& columns)
+{
+    std::vector<double> x(columns.front().size());
+    for (std::size_t i = 0; i < x.size(); ++i)
+        x[i] = 0.01 * (static_cast<double>(i) + 1.0);
+    const auto source = std::make_shared<PlotValues>(x, columns);
+    Plot2D plot;
+    for (std::uint32_t c = 1; c <= columns.size(); ++c) {
+        Variable v(source, c);
+        v.label = "column " + std::to_string(c);
+        v.colorIndex = 6 + static_cast<int>(c);
+        plot.groups().emplace_back().variables().push_back(std::make_shared<HsVariable>(std::move(v)));
+    }
+    plot.buildMissing({});
+    plot.fitAll();
+    return plot;
+}
+
+std::string epsOf(const Plot2D& plot, PlotLayout* layout = nullptr, bool cursors = false)
+{
+    const PsParameters parameters;
+    PlotLook look = paperLook(parameters, plot.grid);
+    look.cursors = cursors;
+    writeEps("plot.eps", parameters, [&](PostscriptDriver& driver) {
+        const PlotLayout drawn = drawPlot(plot, driver, paperColumns(parameters), look);
+        if (layout != nullptr)
+            *layout = drawn;
+    });
+    std::ifstream file("plot.eps");
+    std::ostringstream text;
+    text << file.rdbuf();
+    return text.str();
+}
+
+std::vector<float> noise(std::size_t n)
+{
+    std::vector<float> values(n);
+    std::uint32_t state = 1;
+    for (float& v : values) {
+        state = state * 1664525U + 1013904223U;
+        v = static_cast<float>(state >> 8);
+    }
+    return values;
+}
+
+TEST(PlotPainter, longCurvesStaySmallOnPaper)
+{
+    const TestDirectory directory;
+    const std::string eps = epsOf(plotOf({noise(3'000'000)}));
+    EXPECT_LT(eps.size(), 130'000U);
+    EXPECT_GT(eps.size(), 30'000U);
+}
+
+TEST(PlotPainter, groupsShareTheirSidesAndDoNotOverlap)
+{
+    const TestDirectory directory;
+    std::vector<float> large(100, 1e6F);
+    large[3] = -1e6F;
+    Plot2D plot = plotOf({noise(100), large, noise(100)});
+    plot.groups()[1].share = 2.0;
+    PlotLayout layout;
+    epsOf(plot, &layout);
+    ASSERT_EQ(layout.groups.size(), 3U);
+    for (std::size_t i = 0; i < 3; ++i) {
+        EXPECT_EQ(layout.groups[i].x1, layout.groups[0].x1);
+        EXPECT_EQ(layout.groups[i].x2, layout.groups[0].x2);
+        EXPECT_GE(layout.groups[i].y1, 0.0F);
+        EXPECT_LT(layout.groups[i].y2, i == 0 ? 1.0F : layout.groups[i - 1].y1);
+    }
+    const auto height = [&](std::size_t i) { return layout.groups[i].y2 - layout.groups[i].y1; };
+    EXPECT_NEAR(height(1), 2.0F * height(0), 1e-4F);
+    plot.variables()[0]->variable().visible = false;
+    epsOf(plot, &layout);
+    EXPECT_EQ(layout.groupOf, (std::vector<std::size_t>{1, 2}));
+}
+
+TEST(PlotPainter, everyPlotEndsWithTextsOfWhatItCannotDraw)
+{
+    const TestDirectory directory;
+    EXPECT_NE(epsOf(Plot2D()).find("No variable is shown."), std::string::npos);
+    Plot2D plot = plotOf({{1.0F, 2.0F, 3.0F}, {-1.0F, 0.0F, 5.0F}});
+    plot.variables()[0]->setFailure("cannot be read at byte 4096");
+    plot.groups()[1].setLogarithmic(true);
+    plot.buildMissing({});
+    const std::string eps = epsOf(plot);
+    EXPECT_NE(eps.find("column 1: cannot be read at byte 4096"), std::string::npos);
+    EXPECT_NE(eps.find("column 2 \\(2 not above 0\\)"), std::string::npos);
+    // Values without a number, and a view of no width at all, are drawn without harm.
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    epsOf(plotOf({std::vector<float>(10, nan)}));
+    epsOf(plotOf({{3.0F}}));
+}
+
+TEST(PlotPainter, cursorsAreOnPaperOnlyOnRequest)
+{
+    const TestDirectory directory;
+    Plot2D plot = plotOf({noise(50)});
+    plot.setCursor(Plot2D::A, 0.2);
+    EXPECT_EQ(epsOf(plot).find("(A)"), std::string::npos);
+    EXPECT_NE(epsOf(plot, nullptr, true).find("(A)"), std::string::npos);
+}
+
+}  // namespace

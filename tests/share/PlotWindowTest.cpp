@@ -1,0 +1,394 @@
+// The canvas and the plot windows, driven with mouse and keys.
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QClipboard>
+#include <QInputDialog>
+#include <QLineEdit>
+#include <QPointer>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTest>
+#include <QTreeWidget>
+#include <QWheelEvent>
+
+#include <cmath>
+#include <fstream>
+
+#include "core/PlotFile.h"
+#include "core/TSFILE.h"
+#include "share/NoticeStrip.h"
+#include "share/PlotCanvas.h"
+#include "share/PlotExport.h"
+#include "share/QtPlotColWin.h"
+#include "share/QtPlotWin1.h"
+#include "tests/BoxAnswer.h"
+#include "tests/core/TsFileBytes.h"
+
+namespace {
+
+// Ten seconds of a sine of 1 Hz with a spike, and a ramp in newtons.
+void makeFile(const char* name, std::uint32_t samples = 10'000)
+{
+    TSFILE file(name, samples, 3, 0);
+    file.dt(0.001F);
+    for (std::uint32_t c = 1; c <= 3; ++c)
+        file.columnDescription(c, c == 3 ? "ramp [N]" : "wave [V]");
+    for (std::uint32_t s = 1; s <= samples; ++s) {
+        file.setValue(s, 1, static_cast<float>(std::sin(s * 0.001 * 6.283185307179586)));
+        file.setValue(s, 2, s == 7000 ? 5.0F : 0.0F);
+        file.setValue(s, 3, static_cast<float>(s));
+    }
+    file.flush(true);
+}
+
+class PlotCanvasTest : public testing::Test
+{
+protected:
+    PlotCanvasTest()
+    {
+        makeFile("test.ts");
+        m_canvas.resize(800, 500);
+        m_canvas.showColumns("test.ts", {1, 2, 3});
+        m_canvas.show();
+        m_canvas.grab();
+    }
+    Plot2D& plot() { return m_canvas.plot(); }
+    QPoint at(double x, double height = 0.5)
+    {
+        const QRect area = m_canvas.groupArea(0);
+        return {m_canvas.pixelOf(x), area.bottom() - static_cast<int>(height * area.height())};
+    }
+    void wheel(const QPoint& pixel, int notches, Qt::KeyboardModifiers modifiers)
+    {
+        QWheelEvent event(pixel, m_canvas.mapToGlobal(pixel), QPoint(), QPoint(0, 120 * notches),
+                          Qt::NoButton, modifiers, Qt::NoScrollPhase, false);
+        QApplication::sendEvent(&m_canvas, &event);
+    }
+    void drag(const QPoint& from, const QPoint& to, Qt::MouseButton button = Qt::LeftButton)
+    {
+        QTest::mousePress(&m_canvas, button, {}, from);
+        for (const QPoint& p : {(from + to) / 2, to}) {
+            QMouseEvent move(QEvent::MouseMove, p, m_canvas.mapToGlobal(p), button, button, {});
+            QApplication::sendEvent(&m_canvas, &move);
+        }
+        QTest::mouseRelease(&m_canvas, button, {}, to);
+    }
+    double pixel() { return (plot().x2() - plot().x1()) / m_canvas.plotArea().width(); }
+
+    TestDirectory m_directory;
+    PlotCanvas m_canvas;
+};
+
+TEST_F(PlotCanvasTest, placesGoThereAndBack)
+{
+    ASSERT_EQ(plot().groups().size(), 2U);  // volts and newtons
+    for (int p = m_canvas.plotArea().left(); p < m_canvas.plotArea().right(); p += 13)
+        EXPECT_EQ(m_canvas.pixelOf(m_canvas.xAt(p)), p);
+    EXPECT_EQ(m_canvas.groupAt(m_canvas.groupArea(1).center()), 1);
+    const Group& group = plot().groups()[0];
+    EXPECT_NEAR(m_canvas.yAt(0, m_canvas.groupArea(0).bottom()), group.y1(), 1e-9);
+    EXPECT_NEAR(m_canvas.yAt(0, m_canvas.groupArea(0).top()), group.y2(), 1e-9);
+}
+
+TEST_F(PlotCanvasTest, wheelZoomsAndPansWhatItShould)
+{
+    wheel(at(4.0), 2, {});
+    EXPECT_NEAR(plot().x2() - plot().x1(), 9.999 / 1.5625, 1e-6);
+    EXPECT_NEAR(m_canvas.xAt(m_canvas.pixelOf(4.0)), 4.0, 2 * pixel());
+    const double y = plot().groups()[1].y2();
+    const double width = plot().groups()[0].y2() - plot().groups()[0].y1();
+    wheel(at(4.0), 1, Qt::ControlModifier);
+    EXPECT_NEAR(plot().groups()[0].y2() - plot().groups()[0].y1(), width / 1.25, 1e-9);
+    EXPECT_EQ(plot().groups()[1].y2(), y);
+    const double x1 = plot().x1();
+    wheel(at(4.0), -1, Qt::ShiftModifier);
+    EXPECT_NEAR(plot().x1() - x1, 0.1 * (plot().x2() - plot().x1()), 1e-9);
+    // Notches of one kind that follow each other are one step back.
+    QTest::keyClick(&m_canvas, Qt::Key_Backspace);
+    QTest::keyClick(&m_canvas, Qt::Key_Backspace);
+    EXPECT_NEAR(plot().x1(), 0.001, 1e-9);
+    QTest::keyClick(&m_canvas, Qt::Key_Right, Qt::AltModifier);
+    EXPECT_LT(plot().x2() - plot().x1(), 7.0);
+}
+
+TEST_F(PlotCanvasTest, rubberBandIsAboutXWhereItIsFlat)
+{
+    const double y2 = plot().groups()[0].y2();
+    drag(at(2.0, 0.5), at(3.0, 0.52));
+    EXPECT_NEAR(plot().x1(), 2.0, 0.03);
+    EXPECT_NEAR(plot().x2(), 3.0, 0.03);
+    EXPECT_EQ(plot().groups()[0].y2(), y2);
+    drag(at(2.2, 0.2), at(2.4, 0.8));
+    EXPECT_NEAR(plot().x2() - plot().x1(), 0.2, 0.01);
+    EXPECT_LT(plot().groups()[0].y2(), y2);
+    QTest::mouseDClick(&m_canvas, Qt::LeftButton, {}, m_canvas.groupArea(0).center());
+    EXPECT_NEAR(plot().x2(), 10.0, 1e-6);
+    EXPECT_EQ(plot().groups()[0].y2(), y2);
+    EXPECT_FALSE(plot().cursor(Plot2D::A));
+}
+
+TEST_F(PlotCanvasTest, clicksSetCursorsAndDragsMoveThem)
+{
+    QSignalSpy changed(&m_canvas, &PlotCanvas::x_cursors_changed);
+    QTest::mouseClick(&m_canvas, Qt::LeftButton, {}, at(2.0));
+    QTest::mouseClick(&m_canvas, Qt::LeftButton, Qt::ShiftModifier, at(6.0));
+    ASSERT_TRUE(plot().cursor(Plot2D::A) && plot().cursor(Plot2D::B));
+    EXPECT_NEAR(*plot().cursor(Plot2D::A), 2.0, pixel());
+    EXPECT_NEAR(*plot().cursor(Plot2D::B), 6.0, pixel());
+    EXPECT_EQ(changed.count(), 2);
+    drag(at(6.0), at(8.0));
+    EXPECT_NEAR(*plot().cursor(Plot2D::B), 8.0, 2 * pixel());
+    const double b = *plot().cursor(Plot2D::B);
+    QTest::keyClick(&m_canvas, Qt::Key_Comma, Qt::ControlModifier);
+    QTest::keyClick(&m_canvas, Qt::Key_Period, Qt::ShiftModifier);
+    QTest::keyClick(&m_canvas, Qt::Key_Period);
+    EXPECT_NEAR(*plot().cursor(Plot2D::B), b - 0.989, 1e-6);
+    QTest::keyClick(&m_canvas, Qt::Key_Z);
+    EXPECT_EQ(plot().x1(), *plot().cursor(Plot2D::A));
+    QTest::keyClick(&m_canvas, Qt::Key_M);
+    EXPECT_NEAR(std::sin(*plot().cursor(Plot2D::B) * 6.283185307), 1.0, 1e-4);
+    QTest::keyClick(&m_canvas, Qt::Key_C, Qt::ControlModifier);
+    EXPECT_TRUE(QApplication::clipboard()->text().contains(QStringLiteral("1/Δt\t")));
+    QTest::keyClick(&m_canvas, Qt::Key_Escape);
+    EXPECT_FALSE(plot().cursor(Plot2D::A) || plot().cursor(Plot2D::B));
+}
+
+TEST_F(PlotCanvasTest, axesPanZoomAndTakeTypedLimits)
+{
+    wheel(at(5.0), 3, {});
+    const QRect area = m_canvas.plotArea();
+    const double x1 = plot().x1();
+    drag({area.center().x(), area.bottom() + 12}, {area.center().x() - 50, area.bottom() + 12});
+    EXPECT_NEAR(plot().x1() - x1, 50 * pixel(), 3 * pixel());
+    drag(at(5.0), at(5.0) + QPoint(50, 0), Qt::MiddleButton);
+    EXPECT_NEAR(plot().x1(), x1, 3 * pixel());
+    const BoxAnswer answer(QStringLiteral("&Ok"), [](QWidget& dialog) {
+        const auto fields = dialog.findChildren<QLineEdit*>();
+        fields[0]->setText(QStringLiteral("1,5"));
+        fields[1]->setText(QStringLiteral("2"));
+    });
+    QTest::mouseDClick(&m_canvas, Qt::LeftButton, {}, {area.center().x(), area.bottom() + 12});
+    EXPECT_EQ(plot().x1(), 1.5);
+    EXPECT_EQ(plot().x2(), 2.0);
+}
+
+TEST_F(PlotCanvasTest, goToUnderstandsSamplesTimesAndShares)
+{
+    const struct
+    {
+        const char* text;
+        double x;
+    } cases[] = {{"2500", 2.5}, {"7,5 s", 7.5}, {"50%", 5.0005}};
+    plot().setX(1.0, 2.0);
+    for (const auto& c : cases) {
+        const BoxAnswer answer(QStringLiteral("OK"), [&](QWidget& dialog) {
+            dialog.findChild<QLineEdit*>()->setText(QString::fromLatin1(c.text));
+        });
+        QTest::keyClick(&m_canvas, Qt::Key_G, Qt::ControlModifier);
+        EXPECT_NEAR((plot().x1() + plot().x2()) / 2.0, c.x, 1e-6) << c.text;
+        EXPECT_NEAR(plot().x2() - plot().x1(), 1.0, 1e-6);
+    }
+    QSignalSpy told(&m_canvas, &PlotCanvas::x_told);
+    const BoxAnswer answer(QStringLiteral("OK"), [&](QWidget& dialog) {
+        dialog.findChild<QLineEdit*>()->setText(QStringLiteral("far away"));
+    });
+    QTest::keyClick(&m_canvas, Qt::Key_G, Qt::ControlModifier);
+    EXPECT_EQ(told.count(), 1);
+    EXPECT_NEAR((plot().x1() + plot().x2()) / 2.0, 5.0005, 1e-6);
+}
+
+TEST_F(PlotCanvasTest, everySignalAndReadoutForTheCalculatingWindows)
+{
+    QSignalSpy moved(&m_canvas, SIGNAL(x_cursor_moved(int, int, int)));
+    QSignalSpy resized(&m_canvas, SIGNAL(x_got_resize_event()));
+    const QPoint place = at(7.0);
+    QMouseEvent move(QEvent::MouseMove, place, m_canvas.mapToGlobal(place), Qt::NoButton, Qt::NoButton, {});
+    QApplication::sendEvent(&m_canvas, &move);
+    ASSERT_EQ(moved.count(), 1);
+    EXPECT_EQ(moved[0][0].toInt(), place.x());
+    const Readout readout = m_canvas.readoutAt(place.x());
+    ASSERT_EQ(readout.size(), 5);
+    EXPECT_NEAR(readout[4].second.section(QLatin1Char(' '), 0, 0).toDouble(), 7000.0, 1000 * pixel() + 1);
+    EXPECT_EQ(readoutTable({{QStringLiteral("a<b"), QStringLiteral("1")}}),
+              QStringLiteral(
+                  "<table  BGCOLOR=#ffffe0><tr><td><b>a&lt;b</b></td><td>=</td><td>1</td></tr>\n</table>"));
+    m_canvas.resize(500, 400);
+    QApplication::processEvents();
+    EXPECT_GE(resized.count(), 1);
+    EXPECT_FALSE(m_canvas.showColumns(QStringLiteral("none.ts"), {1}));
+    m_canvas.grab();
+}
+
+TEST_F(PlotCanvasTest, fileThatShrinksUnderThePlotIsToldInThePicture)
+{
+    makeFile("long.ts", 200'000);
+    m_canvas.showColumns("long.ts", {1, 2, 3});
+    std::filesystem::resize_file("long.ts", 2048);
+    plot().setX(150.0, 150.5);
+    m_canvas.replot();
+    m_canvas.grab();
+    for (const int key : {Qt::Key_M, Qt::Key_Y, Qt::Key_F, Qt::Key_Plus, Qt::Key_A, Qt::Key_Period})
+        QTest::keyClick(&m_canvas, static_cast<Qt::Key>(key));
+    m_canvas.grab();
+    EXPECT_TRUE(
+        writePlotEps(QStringLiteral("x.eps"), m_canvas.psParameters(), plot(), m_canvas.colors(), true)
+            .isEmpty());
+    std::ifstream eps("x.eps");
+    const std::string text((std::istreambuf_iterator<char>(eps)), {});
+    EXPECT_NE(text.find("cannot be read any more"), std::string::npos);
+}
+
+// -- The windows --
+
+TEST(PlotWindow, showsEightColumnsAndFollowsTheCheckBoxes)
+{
+    const TestDirectory directory;
+    TSFILE("wide.ts", 500, 12, 0).dt(1.0F);
+    QPointer<QtPlotWin> window = new QtPlotWin(QStringLiteral("wide.ts"));
+    window->show();
+    EXPECT_EQ(window->canvas()->plot().variables().size(), 8U);
+    auto* const tree = window->findChild<QTreeWidget*>();
+    ASSERT_EQ(tree->topLevelItem(0)->childCount(), 12);
+    tree->topLevelItem(0)->child(11)->setCheckState(0, Qt::Checked);
+    tree->topLevelItem(0)->child(0)->setCheckState(0, Qt::Unchecked);
+    QApplication::processEvents();
+    int shown = 0;
+    for (const auto& v : window->canvas()->plot().variables()) {
+        shown += v->variable().visible ? 1 : 0;
+        EXPECT_EQ(v->variable().visible, v->variable().column() != 1);
+        EXPECT_TRUE(v->isBuilt());
+    }
+    EXPECT_EQ(shown, 8);
+    emit window->canvas()->x_variable_dropped(2, -1);
+    EXPECT_EQ(window->canvas()->plot().groups().size(), 2U);
+    int gone = 0;
+    QObject::connect(window, &SubWindow::windowGone, [&] { ++gone; });
+    window->close();
+    EXPECT_EQ(gone, 1);
+}
+
+TEST(PlotWindow, changedFileIsToldAndLoadedAgain)
+{
+    const TestDirectory directory;
+    makeFile("test.ts");
+    QtPlotWin window(QStringLiteral("test.ts"));
+    window.show();
+    auto* const strip = window.findChild<NoticeStrip*>();
+    window.sl_checkFiles();
+    EXPECT_FALSE(strip->isVisible());
+    makeFile("test.ts", 4000);
+    window.sl_checkFiles();
+    ASSERT_TRUE(strip->isVisible());
+    EXPECT_EQ(strip->text(), QStringLiteral("test.ts has changed."));
+    QTest::mouseClick(strip->findChild<QPushButton*>(), Qt::LeftButton);
+    EXPECT_FALSE(strip->isVisible());
+    EXPECT_EQ(window.canvas()->plot().variables()[0]->variable().rows(), 4000U);
+    EXPECT_TRUE(window.canvas()->plot().variables()[0]->isBuilt());
+    EXPECT_LT(window.canvas()->plot().x2(), 6.0);
+}
+
+// Types a name into the file dialog that opens next.
+BoxAnswer saveAs(const char* name)
+{
+    return BoxAnswer(QStringLiteral("&Save"), [name](QWidget& dialog) {
+        dialog.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->setText(QString::fromLatin1(name));
+    });
+}
+
+TEST(PlotWindow, savesTheIntervalBetweenTheCursorsAndNeverOverItsOwnFile)
+{
+    const TestDirectory directory;
+    makeFile("test.ts");
+    QtPlotWin window(QStringLiteral("test.ts"));
+    window.show();
+    window.canvas()->plot().setCursor(Plot2D::A, 4.0);
+    window.canvas()->plot().setCursor(Plot2D::B, 2.001);
+    {
+        const BoxAnswer answer = saveAs("part of it.ts");
+        window.sl_saveInterval();
+    }
+    const PlotFile part("part of it.ts");
+    EXPECT_EQ(part.rows(), 2000U);
+    EXPECT_EQ(part.value(1, 3), 2001.0F);
+    EXPECT_FLOAT_EQ(static_cast<float>(part.timeOf(2000)), 4.0F);
+}
+
+TEST(PlotWindow, secondFileIsAlignedWithTheFirst)
+{
+    const TestDirectory directory;
+    makeFile("one.ts");
+    makeFile("two.ts", 500);
+    TSFILE("two.ts", false).startTime(100.0F);
+    QtPlotWin window(QStringLiteral("one.ts"));
+    window.show();
+    emit window.canvas()->x_files_dropped({QStringLiteral("two.ts")});
+    const Plot2D& plot = window.canvas()->plot();
+    EXPECT_EQ(plot.variables().size(), 6U);
+    EXPECT_NEAR(plot.x2(), 100.5, 1e-3);
+    for (QPushButton* const button : window.findChildren<QPushButton*>())
+        if (button->text() == QLatin1String("A&lign start"))
+            button->click();
+    EXPECT_NEAR(plot.x2(), 10.0, 1e-3);
+    EXPECT_NEAR(plot.axis().xOf(plot.variables().back()->variable(), 1), 0.001, 1e-6);
+}
+
+TEST(PlotWindow, unreadableAndHostileFilesAreToldInTheWindow)
+{
+    const TestDirectory directory;
+    std::ofstream("junk.ts") << "no ts-file at all";
+    TsHeader header;
+    header.samples = 0x7FFFFFFF;
+    header.columns = 0x7FFFFFFF;
+    Block head{};
+    encodeHeader(header, 0, ByteOrder::Native, head);
+    std::ofstream("lies.ts", std::ios::binary).write(reinterpret_cast<const char*>(head.data()), 512);
+    TSFILE("empty.ts", 0, 2, 0);
+    for (const char* name : {"none.ts", "junk.ts", "lies.ts", "empty.ts"}) {
+        QtPlotWin window(QString::fromLatin1(name));
+        window.show();
+        window.grab();
+        QTest::keyClick(window.canvas(), Qt::Key_F);
+        QtPlotColWin column(QString::fromLatin1(name), 1);
+        column.show();
+        column.grab();
+    }
+}
+
+TEST(PlotWindow, timesThatRunBackwardsAreTold)
+{
+    const TestDirectory directory;
+    {
+        TSFILE file("back.ts", 100, 1, 1);
+        for (std::uint32_t s = 1; s <= 100; ++s)
+            file.setValue(s, 1, static_cast<float>(s == 50 ? 0 : s));
+    }
+    QtPlotWin window(QStringLiteral("back.ts"));
+    window.show();
+    EXPECT_EQ(window.canvas()->plot().axis().mode, XMode::Sample);
+    EXPECT_TRUE(window.findChildren<NoticeStrip*>()[1]->isVisible());
+}
+
+TEST(PlotColumnWindow, stepsThroughTheColumns)
+{
+    const TestDirectory directory;
+    makeFile("test.ts");
+    QtPlotColWin window(QStringLiteral("test.ts"), 2);
+    window.show();
+    EXPECT_EQ(window.column(), 2U);
+    window.canvas()->showRange(2.0, 3.0, 0);
+    QApplication::setActiveWindow(&window);
+    QTest::keyClick(&window, Qt::Key_PageDown, Qt::ControlModifier);
+    EXPECT_EQ(window.column(), 3U);
+    EXPECT_EQ(window.canvas()->plot().reference()->variable().column(), 3U);
+    EXPECT_EQ(window.canvas()->plot().x1(), 2.0);
+    {
+        const BoxAnswer answer = saveAs("copy.ts");
+        window.sl_saveAs();
+    }
+    EXPECT_EQ(bytesOf("copy.ts"), bytesOf("test.ts"));
+    QTest::keyClick(&window, Qt::Key_PageDown, Qt::ControlModifier);
+    EXPECT_EQ(window.column(), 3U);
+}
+
+}  // namespace

@@ -6,6 +6,7 @@
 #include "calc/DerivativeWin.h"
 #include "calc/IntegrateWin.h"
 #include "converters/STLWin.h"
+#include "filter/FilterWin.h"
 #include "portal/CreateTsWin_Veltrac.h"
 #include "portal/EditHeaderWin.h"
 #include "portal/TsTableView.h"
@@ -34,7 +35,7 @@ const std::vector<Row>& rows()
          [](const QString& file, unsigned column) -> SubWindow* { return new QtPlotColWin(file, column); }},
         {SubProgram::Create,
          [](const QString&, unsigned) -> SubWindow* { return new CreateTsWin(mainWindow()); }},
-        {SubProgram::ImportStl,
+        {SubProgram::StlImport,
          [](const QString& file, unsigned) -> SubWindow* { return new STLWin(file); }},
         {SubProgram::List,
          [](const QString& file, unsigned) -> SubWindow* { return new TsTableView(file, mainWindow(), 0); }},
@@ -44,6 +45,8 @@ const std::vector<Row>& rows()
          [](const QString& file, unsigned column) -> SubWindow* { return new DerivativeWin(file, column); }},
         {SubProgram::Integral,
          [](const QString& file, unsigned column) -> SubWindow* { return new IntegrateWin(file, column); }},
+        {SubProgram::Filter,
+         [](const QString& file, unsigned column) -> SubWindow* { return new FilterWin(file, column); }},
         {SubProgram::Header,
          [](const QString& file, unsigned) -> SubWindow* { return new EditHeaderWin(file); }},
     };

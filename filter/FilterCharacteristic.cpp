@@ -47,7 +47,8 @@ void add(FilterCharacteristic& c, const FidFilter* filter, double fraction, doub
     c.frequencies.push_back(fraction * samplingHz);
     c.gain.push_back(static_cast<float>(gain));
     c.gainDb.push_back(static_cast<float>(decibels(gain)));
-    c.phase.push_back(static_cast<float>(phase));
+    // where nothing passes there is no phase
+    c.phase.push_back(gain > 0.0 ? static_cast<float>(phase) : std::numeric_limits<float>::quiet_NaN());
     c.marks.push_back(std::numeric_limits<float>::quiet_NaN());
     c.marksDb.push_back(std::numeric_limits<float>::quiet_NaN());
 }

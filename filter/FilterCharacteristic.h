@@ -11,7 +11,7 @@ struct FilterCharacteristic
     std::vector<double> frequencies;  // Hz
     std::vector<float> gain;
     std::vector<float> gainDb;  // not below -200
-    std::vector<float> phase;   // 0 to 1 for 0 to 2 pi
+    std::vector<float> phase;   // 0 to 1 for 0 to 2 pi; NaN where the gain is 0
     // A stroke down from each frequency of half power on the gain's curve, NaN elsewhere.
     std::vector<float> marks;
     std::vector<float> marksDb;

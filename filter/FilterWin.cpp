@@ -36,7 +36,7 @@ const QString kTitle = QStringLiteral("Ts-Filt");
 constexpr int kNoSourceMs = 6000;
 constexpr int kFilteringMs = 60000;
 constexpr int kFinishedMs = 5000;
-constexpr int kPanelWidth = 270;
+constexpr int kPanelWidth = 330;
 constexpr double kMostPoints = 4294967295.0;
 constexpr int kFirstType = 5;  // a Butterworth low-pass is what most come for
 
@@ -93,7 +93,7 @@ FilterWin::FilterWin(const QString& file, unsigned column, QWidget* parent) : Su
     showSource();
     m_canvas->showText(QStringLiteral("Choose a column and a filter, then execute the calculation."));
     statusBar()->showMessage(QStringLiteral("Welcome to Ts-Filt"));
-    resize(1040, 620);
+    resize(1100, 620);
 }
 
 FilterWin::~FilterWin()

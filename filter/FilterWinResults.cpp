@@ -51,7 +51,8 @@ void FilterWin::sl_saveResults()
 
 bool FilterWin::save(const SaveResultsDialog& dialog)
 {
-    const QString file = dialog.method() == SaveResultsDialog::ToFile ? dialog.file() : m_sourceFile;
+    const QString file =
+        dialog.method() == SaveResultsDialog::ToFile ? dialog.file() : QFileInfo(m_sourceFile).fileName();
     try {
         return dialog.method() == SaveResultsDialog::ToFile ? saveToFile(dialog) : saveToSource(dialog);
     } catch (const TS::Failure&) {
@@ -112,13 +113,13 @@ bool FilterWin::saveToSource(const SaveResultsDialog& dialog)
         (column > 0 &&
          !askYesNo(QMessageBox::Question, this, kTitle,
                    QStringLiteral("Column %1 of %2 will be replaced.\nProceed?").arg(column).arg(shown))))
-        return tellSaved(m_sourceFile, JobOutcome::Cancelled);
+        return tellSaved(shown, JobOutcome::Cancelled);
     const auto work = openTsFile(m_work->path().string(), true);
     std::filesystem::path backup;
     std::uint32_t count = 0;
     auto target = openTsFile(pathOf(m_sourceFile), column == 0);
     if (!agreesWith(*target, shown, count))
-        return tellSaved(m_sourceFile, JobOutcome::Cancelled);
+        return tellSaved(shown, JobOutcome::Cancelled);
     try {
         JobProgress progress(this, QStringLiteral("Saving %1").arg(shown));
         if (column == 0)

@@ -7,8 +7,8 @@
 #include "core/Progress.h"
 #include "core/TSFILE.h"
 
-// From one segment's first sample to the next one's.
-std::uint32_t segmentHop(const SpectrumRequest& request);
+// From the first sample of a segment of `used` samples to the next one's.
+std::uint32_t segmentHop(std::uint32_t used, int overlapPercent);
 
 // Reads samples from `first` on into `out`. Missing ones become the line between their neighbours, and the
 // nearest value at the ends; 0 where there is none at all.

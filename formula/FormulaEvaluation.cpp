@@ -12,6 +12,8 @@ const char* const kMissingArgument = "Missing argument in function";
 
 namespace {
 
+std::uint64_t reports = 0;
+
 // Before the first and behind the last sample, where the value is theirs, and times that are none.
 [[gnu::noinline]] double fetchOutside(const FormulaSource& source, double position)
 {
@@ -215,8 +217,14 @@ void prepareTree(FormulaNode& root)
         foldConstants(root);
 }
 
+std::uint64_t formulaReports() noexcept
+{
+    return reports;
+}
+
 void reportFormulaError(const char* text)
 {
+    ++reports;
     if (TsApplication* const application = TsApplication::instance())
         application->ShowTsError(text);
 }

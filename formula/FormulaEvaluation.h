@@ -1,6 +1,8 @@
 // The values of a formula's tree.
 #pragma once
 
+#include <cstdint>
+
 #include "formula/FormulaNode.h"
 
 // Makes a complete tree ready: constants are computed once, an operand that is missing behind an operator
@@ -9,6 +11,8 @@ void prepareTree(FormulaNode& root);
 
 // Shows a text through TsApplication; without an application nowhere.
 void reportFormulaError(const char* text);
+// How many texts were reported since the program began.
+std::uint64_t formulaReports() noexcept;
 
 // The two texts that evaluation reports, each time that it happens.
 extern const char* const kDivisionByZero;

@@ -9,6 +9,7 @@
 #include "converters/SCLWin.h"
 #include "converters/STLWin.h"
 #include "filter/FilterWin.h"
+#include "formula/EditTsWin1.h"
 #include "portal/CreateTsWin_Veltrac.h"
 #include "portal/EditHeaderWin.h"
 #include "portal/TsTableView.h"
@@ -52,6 +53,8 @@ const std::vector<Row>& rows()
          [](const QString& file, unsigned column) -> SubWindow* { return new DFTWin(file, column); }},
         {SubProgram::Filter,
          [](const QString& file, unsigned column) -> SubWindow* { return new FilterWin(file, column); }},
+        {SubProgram::Formula,
+         [](const QString& file, unsigned column) -> SubWindow* { return new EditTsWin(file, column); }},
         {SubProgram::Header,
          [](const QString& file, unsigned) -> SubWindow* { return new EditHeaderWin(file); }},
     };

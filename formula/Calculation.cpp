@@ -1,0 +1,88 @@
+#include "formula/Calculation.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "core/ColumnBackup.h"
+
+namespace {
+
+constexpr double kTolerance = 1e-6;  // of dt
+constexpr std::uint32_t kLookEvery = 4096;
+// Keeping the old values is the smaller part of the work, in hundredths.
+constexpr std::uint64_t kBackupShare = 20;
+
+}  // namespace
+
+std::array<bool, kMostSources> usedRows(std::string_view formula, int rowCount, int targetRow)
+{
+    std::array<bool, kMostSources> used{};
+    for (std::size_t i = 0; i + 1 < formula.size(); ++i) {
+        const int k = formula[i + 1] - '0';
+        if ((formula[i] == 'x' || formula[i] == 'X') && k >= 1 && k <= std::min(rowCount, kMostSources))
+            used[static_cast<std::size_t>(k - 1)] = true;
+    }
+    if (targetRow >= 1 && targetRow <= kMostSources)
+        used[static_cast<std::size_t>(targetRow - 1)] = true;
+    return used;
+}
+
+CalculationRange calculationRange(std::span<const TimeBounds> rows, double dt, std::uint32_t samples)
+{
+    CalculationRange range{1, samples};
+    if (!(dt > 0.0))
+        return {1, 0};
+    for (const TimeBounds& row : rows) {
+        if (std::isnan(row.start) || std::isnan(row.end))
+            return {1, 0};
+        const double first = std::ceil(row.start / dt - kTolerance) + 1.0;
+        const double last = std::floor(row.end / dt + kTolerance) + 1.0;
+        if (last < 1.0 || first > samples)
+            return {1, 0};
+        if (first > range.first)
+            range.first = static_cast<std::uint32_t>(first);
+        if (last < range.last)
+            range.last = static_cast<std::uint32_t>(last);
+    }
+    return range;
+}
+
+JobOutcome calculate(FormulaParser& formula, TSFILE& target, std::uint32_t column,
+                     const CalculationRange& range, std::time_t when, const Progress& progress,
+                     std::filesystem::path& backupPath)
+{
+    const double dt = target.dt();
+    ColumnBackup backup(target);
+    backup.saveInfo(column);
+    const Progress keeping = [&](std::uint64_t done, std::uint64_t total) {
+        return goesOn(progress, done * kBackupShare, total * 100);
+    };
+    if (backup.save(column, range.first, range.count(), keeping) == JobOutcome::Cancelled)
+        return JobOutcome::Cancelled;
+
+    const auto putBack = [&] {
+        backupPath = backup.path();
+        backup.restore();
+        backupPath.clear();
+    };
+    try {
+        const std::uint64_t total = range.count();
+        for (std::uint64_t done = 0; done < total; ++done) {
+            const auto sample = static_cast<std::uint32_t>(range.first + done);
+            const double t = (sample - 1U) * dt;
+            const double value = formula.Evaluate(static_cast<std::int32_t>(sample), t);
+            target.setValue(sample, column, static_cast<float>(value));
+            if (done % kLookEvery == 0 &&
+                !goesOn(progress, total * kBackupShare + done * (100 - kBackupShare), total * 100)) {
+                putBack();
+                return JobOutcome::Cancelled;
+            }
+        }
+        target.stampColumn(column, when);
+        target.flush(true);
+    } catch (...) {
+        putBack();
+        throw;
+    }
+    return JobOutcome::Done;
+}

@@ -1,0 +1,45 @@
+// Computes a formula over a range of a target column. No window.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <filesystem>
+#include <span>
+#include <string_view>
+
+#include "core/Progress.h"
+#include "core/TSFILE.h"
+#include "formula/FormulaParser.h"
+
+inline constexpr int kMostSources = 8;
+
+// Which rows a formula uses: x1 to x8 where such a row exists, and the target's. Rows count from 1.
+std::array<bool, kMostSources> usedRows(std::string_view formula, int rowCount, int targetRow);
+
+// What a row allows: times t from start to end, in seconds.
+struct TimeBounds
+{
+    double start = 0.0;
+    double end = 0.0;
+};
+
+// The samples of the target whose time lies within the bounds of every row; t is (sample - 1) * dt, whatever
+// the file's start time. Bounds have a tolerance of a millionth of dt.
+struct CalculationRange
+{
+    std::uint32_t first = 1;
+    std::uint32_t last = 0;
+
+    bool isEmpty() const noexcept { return last < first; }
+    std::uint32_t count() const noexcept { return isEmpty() ? 0 : last - first + 1; }
+};
+CalculationRange calculationRange(std::span<const TimeBounds> rows, double dt, std::uint32_t samples);
+
+// Writes the value of the compiled formula at (i - 1) * dt into sample i of a column, for the range, sample
+// by sample: a formula that reads its own target reads what has been written so far. Then the column gets the
+// time stamp `when`. The old values are kept in a scratch file meanwhile and put back when the calculation
+// fails or is cancelled; `backup` names it where even that has failed.
+// Throws the TS exceptions and std::system_error.
+JobOutcome calculate(FormulaParser& formula, TSFILE& target, std::uint32_t column,
+                     const CalculationRange& range, std::time_t when, const Progress& progress,
+                     std::filesystem::path& backup);

@@ -1,0 +1,543 @@
+#include "formula/EditTsWin1.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QDir>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenuBar>
+#include <QStatusBar>
+#include <QTableWidget>
+#include <QToolBar>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <ctime>
+
+#include "core/TsExceptions.h"
+#include "formula/FormulaEvaluation.h"
+#include "formula/FormulaFile.h"
+#include "formula/FormulaParser.h"
+#include "portal/TsApplication.h"
+#include "share/Boxes.h"
+#include "share/JobProgress.h"
+#include "share/QtMessageWin.h"
+#include "share/Resources.h"
+#include "share/SourceChooser.h"
+#include "share/hydaction.h"
+
+namespace {
+
+constexpr int kNoFilesMs = 5000;
+constexpr int kTargetWidth = 50;
+constexpr int kFormulaBytes = 255;
+const char* const kInfoTitle = "Ts-EditWin info";
+
+struct ColumnRow
+{
+    const char* header;
+    const char* tip;
+};
+constexpr ColumnRow kColumns[] = {
+    {"Source file",
+     "The target/source file name\nThe target/source file is selected from available ts files at the present "
+     "directory."},
+    {"Column",
+     "The target/source column\nThe target/source column is selected from the selected target/source file."},
+    {"Start",
+     "The start time of the target/source file\nThe start time is editable and influences the interval "
+     "within "
+     "which the target is calculated ."},
+    {"End",
+     "The end time of the target/source file\nThe end time is editable and influences the interval within "
+     "which "
+     "the target is calculated ."},
+    {"Sampletime",
+     "The sample time of the target/source file\nThe sample time for a target/source is not editable."},
+};
+
+const char* const kFormulaTip =
+    "The function consists of:\n"
+    "  numbers: 12, 0.5, 1e-3\n"
+    "  x1 ... x8: the columns of the source rows, at the time t\n"
+    "  t: the time in seconds, 0 at the target's first sample; pi\n"
+    "  + - * / ^ and parentheses; a minus stands directly before a number, a variable or a function\n"
+    "  functions of one argument: abs(x1), sqrt(x1), sin(2*pi*t), ...\n"
+    "  functions of two: max(x1, 0.4), min(x1, x2), pow(x1, 2)";
+
+QString grouped(qulonglong number)
+{
+    QString text = QString::number(number);
+    for (int i = text.size() - 3; i > 0; i -= 3)
+        text.insert(i, QLatin1Char(' '));
+    return text;
+}
+
+std::string localName(const QString& name)
+{
+    return name.toLocal8Bit().toStdString();
+}
+
+}  // namespace
+
+struct EditTsWin::ActionRow
+{
+    const char* image;
+    const char* shortcut;
+    const char* slot;
+    const char* text;
+    const char* tip;
+};
+
+const std::vector<EditTsWin::ActionRow>& EditTsWin::actionRows()
+{
+    static const std::vector<ActionRow> rows = {
+        {"Open", "Ctrl+O", SLOT(sl_load()), "&Load formula...",
+         "Read a formula from a textual (ASCII) file."},
+        {"Save", "Ctrl+S", SLOT(sl_saveas()), "&Save formula...",
+         "Write the formula to a textual (ASCII) file."},
+        {"EditTs", "", SLOT(sl_editFileNum()), "&Edit file...", "Edit colmuns in a ts-file."},
+        {"AddLines", "Ctrl++", SLOT(sl_addSource()), "&Add Source...", "Add a ts-file to the source list."},
+        {"SubtractLines", "Ctrl+-", SLOT(sl_removeSource()), "&Remove Source...",
+         "Remove a ts-file from the source list."},
+        {"Animation", "", SLOT(sl_quickPlot()), "&Plot column...",
+         "Open a sub-window for plotting the target column."},
+        {"", "Ctrl+Return", SLOT(sl_calculate()), "&Calculate...",
+         "Execute calculation and store the result on the target column."},
+        {"Help", "F1", SLOT(sl_help()), "&Help", "Invoke the help system."},
+        {"Math", "", SLOT(sl_stdfunctions()), "&Mathmatical functions...",
+         "List available mathematical fuctions."},
+    };
+    return rows;
+}
+
+EditTsWin::EditTsWin(const QString& file, unsigned column, QWidget* parent) : SubWindow(parent)
+{
+    loadResources();
+    setWindowTitle(QStringLiteral("Ts-Edit"));
+    setWindowIcon(QIcon(QStringLiteral(":img_EditWin")));
+    auto* const centre = new QWidget(this);
+    auto* const layout = new QVBoxLayout(centre);
+    layout->addWidget(createFormula());
+    createTable();
+    layout->addWidget(m_table, 1);
+    setCentralWidget(centre);
+    m_status = new QLabel(this);
+    statusBar()->addPermanentWidget(m_status);
+    createActions();
+    if (tsFileNames().isEmpty())
+        say(QStringLiteral("No ts-files found on present directory"));
+    else
+        addRow(file, column);
+    m_formula->setFocus();
+    resize(760, 380);
+}
+
+EditTsWin::~EditTsWin() = default;
+
+void EditTsWin::createActions()
+{
+    QMenu* const menu = menuBar()->addMenu(QStringLiteral("&File actions"));
+    QToolBar* const bar = addToolBar(QStringLiteral("File actions"));
+    for (const ActionRow& row : actionRows()) {
+        auto* const action =
+            new HydAction(QLatin1String(row.image), QKeySequence(QLatin1String(row.shortcut)), this, row.slot,
+                          QLatin1String(row.text), QLatin1String(row.tip),
+                          whatsThisText(QLatin1String(row.image), QLatin1String(row.tip)));
+        menu->addAction(action);
+        bar->addAction(action);
+        if (qstrcmp(row.slot, SLOT(sl_quickPlot())) == 0)
+            m_plot = action;
+    }
+    menu->addSeparator();
+    menu->addAction(QStringLiteral("Cl&ose"), this, &QWidget::close, QKeySequence::Close);
+}
+
+QWidget* EditTsWin::createFormula()
+{
+    auto* const panel = new QWidget(this);
+    auto* const layout = new QVBoxLayout(panel);
+    layout->setContentsMargins(0, 0, 0, 0);
+    auto* const heading = new QLabel(
+        QStringLiteral("Target       =  f( double, x1, .., x8, t, pi, math function() etc.))"), panel);
+    m_target = new QComboBox(panel);
+    m_target->setFixedWidth(kTargetWidth);
+    m_target->setAccessibleName(QStringLiteral("Target row"));
+    m_formula = new QLineEdit(panel);
+    m_formula->setToolTip(QLatin1String(kFormulaTip));
+    m_formula->setAccessibleName(QStringLiteral("Formula"));
+    m_formula->setPlaceholderText(QStringLiteral("sqrt(x1^2+x2^2)"));
+    heading->setBuddy(m_formula);
+    auto* const line = new QHBoxLayout;
+    line->addWidget(m_target);
+    line->addWidget(new QLabel(QStringLiteral(" = "), panel));
+    line->addWidget(m_formula, 1);
+    layout->addWidget(heading);
+    layout->addLayout(line);
+    connect(m_target, SIGNAL(activated(int)), this, SLOT(sl_cbTargetActivated(int)));
+    connect(m_formula, &QLineEdit::textChanged, this, &EditTsWin::checkQuietly);
+    connect(m_formula, &QLineEdit::returnPressed, this, &EditTsWin::sl_calculate);
+    return panel;
+}
+
+void EditTsWin::createTable()
+{
+    m_table = new QTableWidget(0, static_cast<int>(std::size(kColumns)), this);
+    m_table->setAccessibleName(QStringLiteral("Sources"));
+    for (int c = 0; c < m_table->columnCount(); ++c) {
+        auto* const header = new QTableWidgetItem(QLatin1String(kColumns[c].header));
+        header->setToolTip(QLatin1String(kColumns[c].tip));
+        m_table->setHorizontalHeaderItem(c, header);
+    }
+    m_table->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+    m_table->setSelectionMode(QAbstractItemView::NoSelection);
+}
+
+// -- Sources --
+
+void EditTsWin::sl_addSource()
+{
+    if (tsFileNames().isEmpty()) {
+        statusBar()->showMessage(QStringLiteral("No ts-files found on present directory"), kNoFilesMs);
+        return;
+    }
+    if (m_rows.size() >= kMostSources) {
+        say(QStringLiteral("There are eight sources already."));
+        return;
+    }
+    addRow(QString(), 0);
+}
+
+void EditTsWin::addRow(const QString& file, unsigned column)
+{
+    const int index = static_cast<int>(m_rows.size()) + 1;
+    m_table->setRowCount(index);
+    m_table->setVerticalHeaderItem(index - 1, new QTableWidgetItem(QStringLiteral("x%1").arg(index)));
+    auto* const row = new EditVariable(index, m_table, this);
+    connect(row, &EditVariable::x_file_chosen, this, &EditTsWin::openFile);
+    connect(row, &EditVariable::x_changed, this, &EditTsWin::checkQuietly);
+    m_rows.push_back(row);
+    fillTargets();
+    row->choose(file, column);
+}
+
+void EditTsWin::sl_removeSource()
+{
+    if (m_rows.empty())
+        return;
+    delete m_rows.back();
+    m_rows.pop_back();
+    m_table->setRowCount(static_cast<int>(m_rows.size()));
+    fillTargets();
+    checkQuietly();
+}
+
+void EditTsWin::fillTargets()
+{
+    const int before = m_target->currentIndex();
+    m_target->clear();
+    for (const EditVariable* const row : m_rows)
+        m_target->addItem(QStringLiteral("x%1").arg(row->index()));
+    if (before >= 0)
+        m_target->setCurrentIndex(std::min(before, m_target->count() - 1));
+}
+
+void EditTsWin::sl_cbTargetActivated(int /*index*/)
+{
+    checkQuietly();
+}
+
+EditVariable* EditTsWin::targetRow() const
+{
+    const int index = m_target->currentIndex();
+    return index < 0 || index >= static_cast<int>(m_rows.size()) ? nullptr
+                                                                 : m_rows[static_cast<std::size_t>(index)];
+}
+
+// A file that several rows name is open once, so that a target read by its own formula is never stale.
+std::shared_ptr<TSFILE> EditTsWin::openShared(const QString& file) const
+{
+    for (const EditVariable* const row : m_rows)
+        if (row->ts() && row->file() == file)
+            return row->ts();
+    TsApplication* const application = TsApplication::instance();
+    if (application == nullptr || file.isEmpty())
+        return nullptr;
+    std::shared_ptr<TSFILE> ts(application->OpenTs(file, false));
+    if (!ts)
+        ts.reset(application->OpenTs(file, true));
+    return ts;
+}
+
+void EditTsWin::openFile(EditVariable* row)
+{
+    row->setTs(nullptr);
+    row->setTs(openShared(row->file()));
+    if (!row->ts())
+        say(QStringLiteral("%1 could not be opened").arg(row->file()));
+}
+
+// Another window may have rebuilt a file since it was chosen.
+void EditTsWin::reopenFiles()
+{
+    for (EditVariable* const row : m_rows)
+        row->setTs(nullptr);
+    for (EditVariable* const row : m_rows)
+        row->setTs(openShared(row->file()));
+}
+
+// -- Compiling --
+
+QByteArray EditTsWin::formulaBytes() const
+{
+    return m_formula->text().toUtf8().left(kFormulaBytes);
+}
+
+std::unique_ptr<FormulaParser> EditTsWin::makeParser()
+{
+    m_buffer = formulaBytes();
+    auto parser = std::make_unique<FormulaParser>(m_buffer.constData());
+    if (const EditVariable* const target = targetRow())
+        parser->SetSource(target->ts().get(), static_cast<std::int32_t>(target->column()), target->index());
+    for (const EditVariable* const row : m_rows)
+        parser->SetSource(row->ts().get(), static_cast<std::int32_t>(row->column()), row->index());
+    return parser;
+}
+
+// While the user types: the status bar says what is wrong, nothing pops up.
+void EditTsWin::checkQuietly()
+{
+    m_parser.reset();
+    QString text;
+    if (!m_formula->text().trimmed().isEmpty()) {
+        try {
+            m_parser = makeParser();
+            m_parser->Compile();
+            text = QString::fromLatin1(errorText(m_parser->ErrorCode(), m_parser->errorPosition()));
+        } catch (const TS::Failure&) {
+            text = QStringLiteral("A source file cannot be read");
+        }
+    }
+    if (m_formula->text().toUtf8().size() > kFormulaBytes)
+        text = QStringLiteral("The formula is longer than 255 characters and will be cut");
+    m_status->setText(text);
+}
+
+// -- Calculating --
+
+bool EditTsWin::targetMayChange(const EditVariable& target)
+{
+    const TsApplication* const application = TsApplication::instance();
+    if (application != nullptr && application->isOpenForWriting(target.file())) {
+        showMessage(
+            QStringLiteral("Cannot execute this command while the\ntarget file is open as read/write in the "
+                           "List window."));
+        return false;
+    }
+    if (!target.ts()) {
+        showMessage(QStringLiteral("%1 could not be opened.").arg(target.file()));
+        return false;
+    }
+    if (target.ts()->readOnly()) {
+        showMessage(QStringLiteral("%1 is read-only. Nothing was calculated.").arg(target.file()));
+        return false;
+    }
+    if (target.column() == 0) {
+        showMessage(QStringLiteral("%1 has no column to write to.").arg(target.file()));
+        return false;
+    }
+    return true;
+}
+
+CalculationRange EditTsWin::rangeFor(const EditVariable& target, QString& reason) const
+{
+    const auto used = usedRows(formulaBytes().toStdString(), static_cast<int>(m_rows.size()), target.index());
+    std::vector<TimeBounds> bounds;
+    for (const EditVariable* const row : m_rows) {
+        if (!used[static_cast<std::size_t>(row->index() - 1)] || !row->ts())
+            continue;
+        if (!row->hasBounds()) {
+            reason = QStringLiteral("Start or end of x%1 is not a number").arg(row->index());
+            return {1, 0};
+        }
+        bounds.push_back(row->bounds());
+    }
+    const double dt = target.ts()->dt();
+    const CalculationRange range = calculationRange(bounds, dt, target.ts()->samples());
+    if (range.isEmpty())
+        reason =
+            !(dt > 0.0) ? QStringLiteral("The sample time of the target is not above 0")
+            : target.ts()->samples() == 0
+                ? QStringLiteral("The target has no samples")
+                : QStringLiteral(
+                      "Nothing to calculate: t runs from 0 to %1 s over the target, and the start and end "
+                      "times of the rows leave none of it")
+                      .arg((target.ts()->samples() - 1.0) * dt);
+    return range;
+}
+
+void EditTsWin::sl_calculate()
+{
+    EditVariable* const target = targetRow();
+    if (target == nullptr) {
+        showMessage(QStringLiteral("No target selected"));
+        return;
+    }
+    try {
+        m_parser.reset();
+        reopenFiles();
+        if (!targetMayChange(*target))
+            return;
+        m_parser = makeParser();
+        m_parser->Compile();
+        if (m_parser->ErrorCode() != 0) {
+            m_parser->ReportError();
+            return;
+        }
+        QString reason;
+        const CalculationRange range = rangeFor(*target, reason);
+        if (range.isEmpty()) {
+            say(reason);
+            return;
+        }
+        run(*target, range);
+    } catch (const TS::Failure&) {
+        showMessage(QStringLiteral("A source file cannot be read. Nothing was calculated."));
+    }
+}
+
+void EditTsWin::run(const EditVariable& target, const CalculationRange& range)
+{
+    std::filesystem::path oldValues;
+    const std::uint64_t reportsBefore = formulaReports();
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    QString failure;
+    try {
+        JobProgress progress(this, QStringLiteral("Calculating x%1").arg(target.index()));
+        const JobOutcome outcome = calculate(*m_parser, *target.ts(), target.column(), range,
+                                             std::time(nullptr), progress.callback(), oldValues);
+        const std::uint64_t reports = formulaReports() - reportsBefore;
+        QString told = outcome == JobOutcome::Cancelled ? QStringLiteral("Cancelled: the column is as it was")
+                                                        : QStringLiteral("%1 samples in %2 s")
+                                                              .arg(grouped(range.count()))
+                                                              .arg(progress.seconds(), 0, 'f', 1);
+        if (reports > 0)
+            told += QStringLiteral(", %1 with an error and the value 0").arg(grouped(reports));
+        say(told);
+        if (outcome == JobOutcome::Done)
+            emit x_directory_changed();
+    } catch (...) {
+        failure =
+            oldValues.empty()
+                ? QStringLiteral(
+                      "The calculation failed: a file could not be read or written to its end.\n"
+                      "The column is as it was.")
+                : QStringLiteral(
+                      "The calculation failed, and the old values could not be put back.\nThey lie in %1.")
+                      .arg(QFile::decodeName(oldValues.c_str()));
+    }
+    QApplication::restoreOverrideCursor();
+    if (!failure.isEmpty())
+        showMessage(failure);
+}
+
+// -- The other actions --
+
+void EditTsWin::sl_quickPlot()
+{
+    const EditVariable* const target = targetRow();
+    TsApplication* const application = TsApplication::instance();
+    if (target == nullptr || application == nullptr || application->isOpenForWriting(target->file())) {
+        showMessage(QStringLiteral("No target selected"));
+        return;
+    }
+    m_plotWindow = application->openSubProgram(SubProgram::PlotColumn, target->file(), target->column());
+    if (auto* const window = qobject_cast<SubWindow*>(m_plotWindow))
+        connect(window, SIGNAL(windowGone(subWindow)), this, SLOT(sl_subwindowGone(subWindow)));
+    else
+        say(QStringLiteral("%1 cannot be plotted").arg(target->file()));
+}
+
+void EditTsWin::sl_subwindowGone(subWindow window)
+{
+    if (window == m_plotWindow)
+        m_plotWindow = nullptr;
+}
+
+void EditTsWin::sl_load()
+{
+    say(QStringLiteral("Loading..."));
+    const QString name = QFileDialog::getOpenFileName(this, QStringLiteral("Open File"), QDir::currentPath(),
+                                                      QStringLiteral("Text file (*.txt);;*.*"));
+    if (name.isEmpty()) {
+        say(QStringLiteral("Loading aborted"));
+        return;
+    }
+    try {
+        const auto formula = readFormulaFile(localName(name));
+        if (!formula) {
+            showBox(QMessageBox::Warning, this, QStringLiteral("Ts-Edit"),
+                    QStringLiteral("Function not found in %1").arg(name));
+            return;
+        }
+        m_formula->setText(QString::fromUtf8(formula->c_str()));
+        say(QStringLiteral("Loaded %1").arg(QFileInfo(name).fileName()));
+    } catch (const std::exception&) {
+        showBox(QMessageBox::Warning, this, QStringLiteral("Ts-Edit"),
+                QStringLiteral("Unable to open %1").arg(name));
+    }
+}
+
+void EditTsWin::sl_saveas()
+{
+    say(QStringLiteral("Saving..."));
+    QString name = QFileDialog::getSaveFileName(this, QStringLiteral("Save formula"), QDir::currentPath(),
+                                                QStringLiteral("Text file (*.txt);;"));
+    if (name.isEmpty()) {
+        say(QStringLiteral("Saving aborted"));
+        return;
+    }
+    if (QFileInfo(name).suffix().isEmpty())
+        name += QStringLiteral(".txt");
+    try {
+        writeFormulaFile(localName(name), m_formula->text().toStdString());
+        say(QStringLiteral("Saved %1").arg(QFileInfo(name).fileName()));
+    } catch (const std::exception&) {
+        // The title is that of the program that this dialog came from, and stays.
+        showBox(QMessageBox::Warning, this, QStringLiteral("Ts-Curvefit"),
+                QStringLiteral("%1 %2").arg(QStringLiteral("Unable to open"), name));
+    }
+}
+
+void EditTsWin::sl_editFileNum()
+{
+    auto* const window =
+        new MessageWin(nullptr, QStringLiteral("messageWin"),
+                       QStringLiteral("Sorry, numerically editing is not implemented in this version"),
+                       QLatin1String(kInfoTitle), 500, 150, QStringLiteral("Times"), 11);
+    window->show();
+}
+
+void EditTsWin::sl_help()
+{
+    showHelp(nullptr, QStringLiteral("formula"), QLatin1String(kInfoTitle))->show();
+}
+
+void EditTsWin::sl_stdfunctions()
+{
+    showHelp(nullptr, QStringLiteral("functions"), QLatin1String(kInfoTitle))->show();
+}
+
+void EditTsWin::showMessage(const QString& text)
+{
+    showBox(QMessageBox::Warning, this, QStringLiteral("Veltrac"), text);
+}
+
+void EditTsWin::say(const QString& text)
+{
+    statusBar()->showMessage(text);
+}

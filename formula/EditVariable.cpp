@@ -1,0 +1,134 @@
+#include "formula/EditVariable.h"
+
+#include <QLineEdit>
+#include <QTableWidget>
+
+#include "core/TSFILE.h"
+#include "core/TsExceptions.h"
+#include "share/NumberField.h"
+#include "share/SourceChooser.h"
+
+namespace {
+
+enum Field { kFile, kColumn, kStart, kEnd, kSampleTime };
+
+QString timeText(double seconds)
+{
+    return QString::asprintf("%g", seconds);
+}
+
+// Shows a value without counting as an edit of the user's.
+void show(QLineEdit* field, double seconds)
+{
+    field->setText(timeText(seconds));
+    field->setModified(false);
+}
+
+}  // namespace
+
+EditVariable::EditVariable(int index, QTableWidget* table, QObject* parent)
+    : QObject(parent),
+      m_index(index),
+      m_files(new FileCombo),
+      m_columns(new ColumnCombo),
+      m_start(new NumberField(QStringLiteral("0"))),
+      m_end(new NumberField(QStringLiteral("0"))),
+      m_sampleTime(new QLineEdit)
+{
+    const int row = index - 1;
+    table->setCellWidget(row, kFile, m_files);
+    table->setCellWidget(row, kColumn, m_columns);
+    table->setCellWidget(row, kStart, m_start);
+    table->setCellWidget(row, kEnd, m_end);
+    table->setCellWidget(row, kSampleTime, m_sampleTime);
+    m_sampleTime->setReadOnly(true);
+    const std::pair<QWidget*, const char*> names[] = {{m_files, "file"},
+                                                      {m_columns, "column"},
+                                                      {m_start, "start time"},
+                                                      {m_end, "end time"},
+                                                      {m_sampleTime, "sample time"}};
+    for (const auto& [widget, name] : names)
+        widget->setAccessibleName(QStringLiteral("x%1 %2").arg(index).arg(QLatin1String(name)));
+    connect(m_files, SIGNAL(activated(int)), this, SLOT(sl_fileComboActivated(int)));
+    connect(m_columns, SIGNAL(activated(int)), this, SLOT(sl_colComboActivated(int)));
+    connect(m_start, SIGNAL(textEdited(QString)), this, SLOT(sl_StartTimeChanged(QString)));
+    connect(m_end, SIGNAL(textEdited(QString)), this, SLOT(sl_EndTimeChanged(QString)));
+}
+
+QString EditVariable::file() const
+{
+    return m_files->file();
+}
+
+unsigned EditVariable::column() const
+{
+    return m_columns->column();
+}
+
+void EditVariable::choose(const QString& file, unsigned column)
+{
+    if (!file.isEmpty())
+        m_files->setFile(file);
+    sl_fileComboActivated(0);
+    if (column != 0)
+        m_columns->setColumn(column);
+}
+
+void EditVariable::refreshFiles()
+{
+    m_files->refresh();
+}
+
+void EditVariable::setTs(std::shared_ptr<TSFILE> ts)
+{
+    m_ts = std::move(ts);
+    if (!m_ts)
+        return;
+    const double start = m_ts->startTime();
+    const double dt = m_ts->dt();
+    if (!m_startEdited)
+        show(m_start, start);
+    if (!m_endEdited)
+        show(m_end, start + (m_ts->samples() == 0 ? 0.0 : (m_ts->samples() - 1.0) * dt));
+    m_sampleTime->setText(timeText(dt));
+}
+
+// What the user has not edited is the file's own, to the last digit.
+TimeBounds EditVariable::bounds() const
+{
+    const double start = m_ts ? static_cast<double>(m_ts->startTime()) : 0.0;
+    const double dt = m_ts ? static_cast<double>(m_ts->dt()) : 0.0;
+    const double samples = m_ts ? m_ts->samples() : 0.0;
+    return {m_startEdited ? m_start->number() : start,
+            m_endEdited ? m_end->number() : start + (samples - 1.0) * dt};
+}
+
+bool EditVariable::hasBounds() const
+{
+    return m_start->isValid() && m_end->isValid();
+}
+
+void EditVariable::sl_fileComboActivated(int /*index*/)
+{
+    m_startEdited = m_endEdited = false;
+    m_columns->showFile(m_files->file(), true);
+    emit x_file_chosen(this);
+    emit x_changed();
+}
+
+void EditVariable::sl_colComboActivated(int /*index*/)
+{
+    emit x_changed();
+}
+
+void EditVariable::sl_StartTimeChanged(const QString& /*text*/)
+{
+    m_startEdited = true;
+    emit x_changed();
+}
+
+void EditVariable::sl_EndTimeChanged(const QString& /*text*/)
+{
+    m_endEdited = true;
+    emit x_changed();
+}

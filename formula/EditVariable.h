@@ -1,0 +1,62 @@
+// One source row of Ts-Edit: a file, a column, and the times between which it allows the calculation.
+#pragma once
+
+#include <QObject>
+
+#include <memory>
+
+#include "formula/Calculation.h"
+
+class ColumnCombo;
+class FileCombo;
+class NumberField;
+class QLineEdit;
+class QTableWidget;
+class TSFILE;
+
+class EditVariable : public QObject
+{
+    Q_OBJECT
+
+public:
+    // Puts its fields into row `index` - 1 of the table, which owns them.
+    EditVariable(int index, QTableWidget* table, QObject* parent);
+
+    int index() const { return m_index; }
+    QString file() const;
+    unsigned column() const;
+    // Chooses a file and, from 1, a column.
+    void choose(const QString& file, unsigned column);
+
+    // The open file, shared by all rows that name it; null where it could not be opened.
+    const std::shared_ptr<TSFILE>& ts() const { return m_ts; }
+    // Hands the file over and shows its times, as far as the user has not edited them.
+    void setTs(std::shared_ptr<TSFILE> ts);
+    // The fields; valid only where hasBounds().
+    TimeBounds bounds() const;
+    bool hasBounds() const;
+    void refreshFiles();
+
+public slots:
+    void sl_fileComboActivated(int index);
+    void sl_colComboActivated(int index);
+    void sl_StartTimeChanged(const QString& text);
+    void sl_EndTimeChanged(const QString& text);
+
+signals:
+    // The file was chosen: the window opens it and calls setTs().
+    void x_file_chosen(EditVariable* row);
+    // Column or times have changed.
+    void x_changed();
+
+private:
+    int m_index;
+    FileCombo* m_files;
+    ColumnCombo* m_columns;
+    NumberField* m_start;
+    NumberField* m_end;
+    QLineEdit* m_sampleTime;
+    std::shared_ptr<TSFILE> m_ts;
+    bool m_startEdited = false;
+    bool m_endEdited = false;
+};

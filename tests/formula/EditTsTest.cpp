@@ -1,0 +1,192 @@
+// Ts-Edit: range, calculation, formula files, and the window as a person uses it.
+
+#include <gtest/gtest.h>
+
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QStatusBar>
+#include <QTest>
+
+#include <cmath>
+#include <fstream>
+
+#include "core/TSFILE.h"
+#include "core/TsExceptions.h"
+#include "formula/Calculation.h"
+#include "formula/EditTsWin1.h"
+#include "formula/FormulaFile.h"
+#include "share/NumberField.h"
+#include "tests/BoxAnswer.h"
+#include "tests/Desk.h"
+#include "tests/core/TsFileBytes.h"
+
+namespace {
+
+void makeRamp(const char* name, std::uint32_t samples, float dt)
+{
+    TSFILE file(name, samples, 2, 0);
+    file.dt(dt);
+    for (std::uint32_t s = 1; s <= samples; ++s)
+        file.setValue(s, 1, static_cast<float>(s - 1) * dt);
+}
+
+void type(EditTsWin& window, const char* formula)
+{
+    for (QLineEdit* const field : window.findChildren<QLineEdit*>())
+        if (field->accessibleName() == QLatin1String("Formula"))
+            field->setText(QLatin1String(formula));
+}
+
+QComboBox& targetBox(EditTsWin& window)
+{
+    for (QComboBox* const box : window.findChildren<QComboBox*>())
+        if (box->accessibleName() == QLatin1String("Target row"))
+            return *box;
+    throw std::logic_error("no target box");
+}
+
+}  // namespace
+
+TEST(CalculationRange, BoundsBecomeSamplesWithATolerance)
+{
+    const struct
+    {
+        std::vector<TimeBounds> rows;
+        double dt;
+        std::uint32_t samples, first, last;
+    } rows[] = {
+        {{{0.0, 9.9}}, 0.1, 100, 1, 100},
+        {{{0.3, 0.7}}, 0.1, 100, 4, 8},
+        {{{0.30000001, 0.69999999}}, 0.1, 100, 4, 8},
+        {{{0.31, 0.69}}, 0.1, 100, 5, 7},
+        {{{-5.0, 1e30}}, 1.0, 100, 1, 100},
+        {{{2.0, 8.0}, {4.0, 20.0}}, 1.0, 100, 5, 9},
+        {{{5.0, 4.0}}, 1.0, 100, 6, 5},
+        {{{200.0, 300.0}}, 1.0, 100, 1, 0},
+        {{{0.0, 9.0}}, 0.0, 100, 1, 0},
+        {{{0.0, NAN}}, 1.0, 100, 1, 0},
+    };
+    for (const auto& row : rows) {
+        const CalculationRange range = calculationRange(row.rows, row.dt, row.samples);
+        EXPECT_EQ(range.isEmpty(), row.last < row.first) << row.rows[0].start;
+        if (!range.isEmpty()) {
+            EXPECT_EQ(range.first, row.first) << row.rows[0].start;
+            EXPECT_EQ(range.last, row.last) << row.rows[0].start;
+        }
+    }
+    const auto used = usedRows("max(X1,x3)+x8", 3, 2);
+    EXPECT_EQ(used, (std::array<bool, 8>{true, true, true}));
+}
+
+TEST(Calculation, TargetReadByItsOwnFormulaIsNeverStaleAndCancelPutsItBack)
+{
+    const TestDirectory directory;
+    makeRamp("a", 20000, 1.0F);
+    TSFILE file("a", false);
+    const auto before = bytesOf("a.ts");
+    std::filesystem::path backup;
+    int calls = 0;
+    const auto cancelLater = [&](std::uint64_t, std::uint64_t) { return ++calls < 4; };
+    FormulaParser constant("7");
+    constant.Compile();
+    EXPECT_EQ(calculate(constant, file, 2, {1, 20000}, 0, cancelLater, backup), JobOutcome::Cancelled);
+    EXPECT_EQ(bytesOf("a.ts"), before);
+
+    file.setValue(1, 2, 5.0F);
+    FormulaParser chain("x1+1");
+    chain.SetSource(&file, 2, 1);
+    chain.Compile();
+    EXPECT_EQ(calculate(chain, file, 2, {1, 1}, 0, {}, backup), JobOutcome::Done);
+    EXPECT_EQ(calculate(chain, file, 2, {1, 1}, 0, {}, backup), JobOutcome::Done);
+    EXPECT_EQ(file.value(1, 2), 7.0F);
+    EXPECT_EQ(file.value(2, 2), 0.0F);
+}
+
+TEST(FormulaFile, IsExactlyFiveLinesAndTheLastPairWins)
+{
+    const TestDirectory directory;
+    writeFormulaFile("f.txt", "sqrt(x1)");
+    std::ifstream in("f.txt");
+    const std::string text((std::istreambuf_iterator<char>(in)), {});
+    EXPECT_EQ(text, "**Ts-Edit Documentation**\n\n  Composed function: \n   sqrt(x1)\n\n");
+    EXPECT_EQ(readFormulaFile("f.txt"), "   sqrt(x1)");
+    std::ofstream("g.txt") << "cOMPOSED one\r\nx1\r\nnoise\nComposed\nx2+" << std::string(400, '1');
+    EXPECT_EQ(readFormulaFile("g.txt"), "x2+" + std::string(252, '1'));
+    std::ofstream("rubbish.txt") << std::string(1000000, '\0');
+    EXPECT_FALSE(readFormulaFile("rubbish.txt").has_value());
+    EXPECT_THROW(readFormulaFile("none.txt"), std::system_error);
+    EXPECT_THROW(writeFormulaFile("no/such/f.txt", "1"), std::system_error);
+}
+
+TEST(EditTsWin, ComputesAColumnOverTheRangeOfItsRows)
+{
+    const TestDirectory directory;
+    Desk desk;
+    makeRamp("a", 100, 0.5F);
+    makeRamp("b", 50, 1.0F);  // another sample time: interpolated
+    EditTsWin window(QStringLiteral("a.ts"), 2);
+    window.sl_addSource();
+    window.sl_addSource();
+    const auto rows = window.findChildren<EditVariable*>();
+    ASSERT_EQ(rows.size(), 3);
+    rows[1]->choose(QStringLiteral("a.ts"), 1);
+    rows[2]->choose(QStringLiteral("b.ts"), 1);
+    EXPECT_EQ(targetBox(window).count(), 3);
+    EXPECT_EQ(rows[0]->ts(), rows[1]->ts());
+    type(window, "x2*x3");
+    window.sl_calculate();
+    {
+        TSFILE file("a", true);
+        EXPECT_FLOAT_EQ(file.value(4, 2), 1.5F * 1.5F);
+        EXPECT_FLOAT_EQ(file.value(99, 2), 49.0F * 49.0F);  // b ends at 49 s
+        EXPECT_EQ(file.value(100, 2), 0.0F);
+        EXPECT_GT(file.columnTime(2), 0);
+    }
+    EXPECT_TRUE(window.statusBar()->currentMessage().startsWith(QStringLiteral("99 samples")));
+    type(window, "1/(x2-1)");
+    window.sl_calculate();
+    EXPECT_EQ(desk.errors, QStringList(QStringLiteral("Attempt to divide on zero")));
+    EXPECT_TRUE(window.statusBar()->currentMessage().contains(QStringLiteral("1 with an error")));
+    window.sl_removeSource();
+    EXPECT_EQ(targetBox(window).count(), 2);
+}
+
+TEST(EditTsWin, WhatCannotBeDoneIsToldAndChangesNothing)
+{
+    const TestDirectory directory;
+    Desk desk;
+    makeRamp("a", 100, 1.0F);
+    const auto before = bytesOf("a.ts");
+    EditTsWin window(QStringLiteral("a.ts"), 1);
+    type(window, "x1+x2");
+    bool told = false;
+    for (const QLabel* const label : window.findChildren<QLabel*>())
+        told = told || label->text() == QLatin1String("Variable at position 2 is not a source");
+    EXPECT_TRUE(told);
+    EXPECT_TRUE(desk.errors.isEmpty());
+    window.sl_calculate();
+    EXPECT_EQ(desk.errors, QStringList(QStringLiteral("Variable at position 2 is not a source")));
+
+    type(window, "x1*2");
+    desk.writer = QStringLiteral("a.ts");
+    {
+        const BoxAnswer box(QStringLiteral("Ok"));
+        window.sl_calculate();
+        EXPECT_EQ(box.title(), "Veltrac");
+        EXPECT_EQ(
+            box.text(),
+            "Cannot execute this command while the\ntarget file is open as read/write in the List window.");
+    }
+    desk.writer.clear();
+    QTest::keyClicks(window.findChildren<NumberField*>().at(0), "900");  // start 0900
+    window.sl_calculate();
+    EXPECT_TRUE(window.statusBar()->currentMessage().startsWith(QStringLiteral("Nothing to calculate")));
+    targetBox(window).setCurrentIndex(-1);
+    {
+        const BoxAnswer box(QStringLiteral("Ok"));
+        window.sl_calculate();
+        EXPECT_EQ(box.text(), "No target selected");
+    }
+    EXPECT_EQ(bytesOf("a.ts"), before);
+}

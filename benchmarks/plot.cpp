@@ -13,6 +13,9 @@
 #include "core/PlotCurves.h"
 #include "core/PlotFile.h"
 #include "core/TSFILE.h"
+#include "share/EpsFile.h"
+#include "share/PlotPainter.h"
+#include "share/PostscriptDriver.h"
 
 namespace {
 
@@ -101,8 +104,26 @@ void frame(benchmark::State& state)
     }
 }
 
+// The whole series as EPS on A4; "bytes" is the size of the file.
+void eps(benchmark::State& state)
+{
+    const auto columns = static_cast<std::uint32_t>(state.range(0));
+    Plot2D plot = plotOf(columns);
+    plot.buildMissing({});
+    plot.fitAll();
+    const PsParameters parameters;
+    const std::filesystem::path file = std::filesystem::temp_directory_path() / "veltrac-bench-plot.eps";
+    for (auto _ : state)
+        writeEps(file, parameters, [&](PostscriptDriver& driver) {
+            drawPlot(plot, driver, paperColumns(parameters), paperLook(parameters, plot.grid));
+        });
+    state.counters["bytes"] = static_cast<double>(std::filesystem::file_size(file));
+    std::filesystem::remove(file);
+}
+
 }  // namespace
 
+BENCHMARK(eps)->Arg(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(bareBlocks)->Arg(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(firstPass)->Arg(1)->Arg(8)->Unit(benchmark::kMillisecond);
 BENCHMARK(frame)

@@ -29,6 +29,11 @@ QString grouped(std::uint64_t n)
     return text;
 }
 
+QString counted(std::uint64_t n, const char* one, const char* many)
+{
+    return grouped(n) + QLatin1Char(' ') + QString::fromLatin1(n == 1 ? one : many);
+}
+
 QString durationText(double seconds)
 {
     struct Unit

@@ -14,6 +14,8 @@ QString shown(const std::string& file);
 
 // "1 000 000"
 QString grouped(std::uint64_t n);
+// "1 line", "2 000 lines"
+QString counted(std::uint64_t n, const char* one, const char* many);
 // "0.3 s", "12 min", "30.4 d"
 QString durationText(double seconds);
 // "0.8 MB"

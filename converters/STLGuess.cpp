@@ -94,8 +94,9 @@ void findHead(STLFormat& format, const STLSample& sample)
     }
 }
 
-// Seconds of "10 ms", "1 s", "5 min", "1 h"; a bare number is seconds.
-std::optional<double> interval(std::string_view text, const STLCells& cells)
+}  // namespace
+
+std::optional<double> readInterval(std::string_view text, const STLCells& cells)
 {
     const std::size_t end = std::min(text.find_first_of(" \tabcdfghijklmnopqrstuvwxyzHMS"), text.size());
     const auto number = readNumber(text.substr(0, end), cells);
@@ -110,30 +111,76 @@ std::optional<double> interval(std::string_view text, const STLCells& cells)
     return found == seconds.end() ? std::nullopt : std::optional(*number * found->second);
 }
 
+std::optional<double> readRate(std::string_view text, const STLCells& cells)
+{
+    const auto number = readNumber(text.substr(0, text.find_first_of(" \tkH")), cells);
+    return number ? std::optional(*number * (text.find('k') == std::string_view::npos ? 1.0 : 1000.0))
+                  : std::nullopt;
+}
+
+STLKey keyOf(const std::string& key)
+{
+    static const std::map<std::string, STLKey, std::less<>> known = {{"start", STLKey::Start},
+                                                                     {"date", STLKey::Date},
+                                                                     {"start date", STLKey::Date},
+                                                                     {"time", STLKey::Time},
+                                                                     {"start time", STLKey::Time},
+                                                                     {"interval", STLKey::Interval},
+                                                                     {"sample interval", STLKey::Interval},
+                                                                     {"sampling interval", STLKey::Interval},
+                                                                     {"sample time", STLKey::Interval},
+                                                                     {"dt", STLKey::Interval},
+                                                                     {"rate", STLKey::Rate},
+                                                                     {"frequency", STLKey::Rate},
+                                                                     {"sample rate", STLKey::Rate},
+                                                                     {"sampling rate", STLKey::Rate},
+                                                                     {"sampling frequency", STLKey::Rate},
+                                                                     {"title", STLKey::Description},
+                                                                     {"description", STLKey::Description},
+                                                                     {"tool", STLKey::Tool},
+                                                                     {"name", STLKey::Name},
+                                                                     {"unit", STLKey::Unit}};
+    const auto found = known.find(lowered(key));
+    return found == known.end() ? STLKey::Other : found->second;
+}
+
+namespace {
+
 void useHead(STLFormat& format)
 {
     std::optional<DateParts> date;
     std::optional<TimeOfDay> time;
     STLCells cells = format.cells;
     for (const auto& [key, value] : format.head) {
-        const std::string name = lowered(key);
-        if (name == "start")
-            if (const auto stamp = readStamp(value))
-                format.typedStart = wallClock(*stamp, format.order).value_or(0);
-        if (name == "date" || name == "start date")
-            date = readDate(value);
-        if (name == "time" || name == "start time")
-            time = readTime(value);
-        if (name == "interval" || name == "sample time" || name == "dt")
-            if (const auto step = interval(value, cells); step && *step > 0)
-                format.typedStep = *step;
-        if (name == "rate" || name == "frequency" || name == "sample rate" || name == "sampling frequency") {
-            const auto hertz = readNumber(std::string_view(value).substr(0, value.find(' ')), cells);
-            if (hertz && *hertz > 0)
-                format.typedStep = 1.0 / *hertz;
+        switch (keyOf(key)) {
+            case STLKey::Start:
+                if (const auto stamp = readStamp(value))
+                    format.typedStart = wallClock(*stamp, format.order).value_or(0);
+                break;
+            case STLKey::Date:
+                date = readDate(value);
+                break;
+            case STLKey::Time:
+                time = readTime(value);
+                break;
+            case STLKey::Interval:
+                if (const auto step = readInterval(value, cells); step && *step > 0)
+                    format.typedStep = *step;
+                break;
+            case STLKey::Rate:
+                if (const auto hertz = readRate(value, cells); hertz && *hertz > 0)
+                    format.typedStep = 1.0 / *hertz;
+                break;
+            case STLKey::Description:
+                format.description = value;
+                break;
+            case STLKey::Tool:
+                if (format.description.empty())
+                    format.description = value;
+                break;
+            default:
+                break;
         }
-        if (name == "title" || name == "description" || (name == "tool" && format.description.empty()))
-            format.description = value;
     }
     if (date && format.typedStart == 0)
         if (const auto day = midnight(*date, format.order))

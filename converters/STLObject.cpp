@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <ctime>
 
+#include "converters/ColumnTexts.h"
 #include "converters/STLWriter.h"
 #include "core/ScratchFile.h"
 #include "core/TsNames.h"
@@ -13,29 +13,9 @@ namespace {
 
 constexpr std::size_t kMostTroubles = 1000;
 constexpr std::uint64_t kLookEvery = 4096;
-constexpr std::size_t kNameBytes = 11;
-constexpr std::size_t kDescriptionBytes = 45;
 constexpr double kEqualWithin = 0.001;  // of the step
 constexpr double kGap = 1.5;            // typical steps
 constexpr std::size_t kFirstSteps = 10000;
-
-// The first bytes of a UTF-8 text, cut at a whole character.
-std::string cutTo(const std::string& text, std::size_t bytes)
-{
-    if (text.size() <= bytes)
-        return text;
-    std::size_t end = bytes;
-    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U)
-        --end;
-    return text.substr(0, end);
-}
-
-std::string gigabytes(std::uint64_t bytes)
-{
-    char text[32];
-    std::snprintf(text, sizeof text, "%.1f GB", static_cast<double>(bytes) / 1e9);
-    return text;
-}
 
 }  // namespace
 
@@ -218,11 +198,7 @@ void STLObject::settleResult()
     if (samples == 0)
         throw STLError("No row is chosen.");
     found.columns = static_cast<std::uint32_t>(taken);
-    const std::uint64_t bytes = samples * (found.columns + 2) * sizeof(float);
-    if (samples > UINT32_MAX ||
-        tsFileBytes(static_cast<std::uint32_t>(samples), found.columns + 2) >= kFileLimit)
-        throw STLError("The result would need " + gigabytes(bytes) +
-                       "; a ts-file holds less than 2 GB. Take fewer columns, rows or every n-th row.");
+    requireFits(samples, found.columns + 2);
     found.samples = static_cast<std::uint32_t>(samples);
 }
 
@@ -262,48 +238,33 @@ void STLObject::settleStart()
 
 std::vector<std::string> STLObject::columnNames() const
 {
-    std::vector<std::string> names;
+    std::vector<std::string> wanted;
     int number = 0;
     for (const STLColumn& column : m_format.columns) {
         ++number;
-        if (!column.take)
-            continue;
-        const std::string wanted = !column.label.empty() ? column.label
-                                   : column.name.empty() ? "Col-" + std::to_string(number)
-                                                         : column.name;
-        std::string name = cutTo(wanted, kNameBytes);
-        // "Time" and "Time32" tell the time of a ts-file: no other column is called so.
-        const auto taken = [&](const std::string& text) {
-            return text == "Time" || text == "Time32" ||
-                   std::find(names.begin(), names.end(), text) != names.end();
-        };
-        for (int again = 2; taken(name); ++again) {
-            const std::string tail = "~" + std::to_string(again);
-            name = cutTo(wanted, kNameBytes - tail.size()) + tail;
-        }
-        names.push_back(name);
+        if (column.take)
+            wanted.push_back(!column.label.empty() ? column.label
+                             : column.name.empty() ? "Col-" + std::to_string(number)
+                                                   : column.name);
     }
-    return names;
+    return uniqueColumnNames(wanted);
 }
 
 std::string STLObject::columnDescription(std::size_t column) const
 {
     const STLColumn& source = m_format.columns[column];
     if (!source.description.empty())
-        return cutTo(source.description, kDescriptionBytes);
+        return cutTo(source.description, kColumnTextLength);
     if (const auto texts = m_found.texts.find(column); texts != m_found.texts.end()) {
         std::vector<std::string> byNumber(texts->second.size());
         for (const auto& [text, number] : texts->second)
             byNumber[static_cast<std::size_t>(number) - 1] = decoded(text, m_format.encoding);
         std::string list;
-        for (std::size_t i = 0; i < byNumber.size() && list.size() < kDescriptionBytes; ++i)
+        for (std::size_t i = 0; i < byNumber.size() && list.size() < kColumnTextLength; ++i)
             list += (i == 0 ? "" : " ") + std::to_string(i + 1) + "=" + byNumber[i];
-        return cutTo(list, kDescriptionBytes);
+        return cutTo(list, kColumnTextLength);
     }
-    const std::string unit = source.unit.empty() ? std::string() : "[" + source.unit + "]";
-    const std::string name =
-        cutTo(source.name, kDescriptionBytes - std::min(unit.size() + 1, kDescriptionBytes));
-    return cutTo(name.empty() ? unit : unit.empty() ? name : name + " " + unit, kDescriptionBytes);
+    return nameWithUnit(source.name, source.unit);
 }
 
 // -- Write --

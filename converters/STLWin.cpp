@@ -90,8 +90,8 @@ QString stepText(const STLCheck& found)
                              .arg(durationText(found.leastStep), durationText(found.greatestStep),
                                   durationText(found.typicalStep));
     if (found.gaps > 0)
-        line +=
-            QStringLiteral(", %1 gaps, longest %2").arg(grouped(found.gaps), durationText(found.longestGap));
+        line += QStringLiteral(", %1, longest %2")
+                    .arg(counted(found.gaps, "gap", "gaps"), durationText(found.longestGap));
     if (found.leastStep < 0.0)
         line += QStringLiteral(", some backwards");
     return line + QLatin1Char('.');
@@ -166,6 +166,7 @@ void STLWin::open(const QString& file)
         m_problem = reasonOfFailure();
     }
     showFormat();
+    m_import->setFocus();
 }
 
 void STLWin::detectAgain(char separator, char decimal)
@@ -263,14 +264,31 @@ void STLWin::showColumns()
     m_columns->resizeColumnsToContents();
 }
 
+// Lines are coloured across the whole view.
+void STLWin::widenPreview()
+{
+    m_preview->resizeColumnToContents(0);
+    m_preview->setColumnWidth(0, std::max(m_preview->columnWidth(0), m_preview->viewport()->width()));
+}
+
+void STLWin::resizeEvent(QResizeEvent* event)
+{
+    SubWindow::resizeEvent(event);
+    QTimer::singleShot(0, this, &STLWin::widenPreview);
+}
+
 void STLWin::showFindings()
 {
     const bool usable = m_problem.isEmpty() || !m_log->format().columns.empty();
     m_lines->explain(usable && !m_log->format().columns.empty() ? &m_log->format() : nullptr);
-    m_preview->resizeColumnsToContents();
+    widenPreview();
     showColumns();
     enableFields();
-    m_timeFinding->setText(m_checked ? stepText(m_log->found()) : QString());
+    const bool dated =
+        m_checked && m_log->format().timeSource != STLTimeSource::Typed && m_log->found().firstWall != 0;
+    m_timeFinding->setText(
+        (m_checked ? stepText(m_log->found()) : QString()) +
+        (dated ? QStringLiteral("\nFirst row: ") + inWords(m_log->found().firstWall) : QString()));
 
     QString line = m_problem;
     if (m_checked)
@@ -288,10 +306,17 @@ void STLWin::showFindings()
 QString STLWin::summary() const
 {
     const STLCheck& found = m_log->found();
-    QString line = QStringLiteral("%1 rows, %2 columns, %3 %4. %5 cells missing, %6 lines skipped.")
-                       .arg(grouped(found.samples), grouped(found.columns - found.timeColumns),
-                            sizeText(tsFileBytes(found.samples, found.columns)), resultText(found),
-                            grouped(found.missingCells), grouped(found.skippedLines));
+    QString line = QStringLiteral("%1, %2, %3 %4.")
+                       .arg(counted(found.samples, "row", "rows"),
+                            counted(found.columns - found.timeColumns, "column", "columns"),
+                            sizeText(tsFileBytes(found.samples, found.columns)), resultText(found));
+    QStringList losses;
+    if (found.missingCells != 0)
+        losses << counted(found.missingCells, "cell", "cells") + QStringLiteral(" missing");
+    if (found.skippedLines != 0)
+        losses << counted(found.skippedLines, "line", "lines") + QStringLiteral(" skipped");
+    if (!losses.isEmpty())
+        line += QLatin1Char(' ') + losses.join(QStringLiteral(", ")) + QLatin1Char('.');
     return line;
 }
 
@@ -320,9 +345,10 @@ bool STLWin::fieldsAreGood() const
     const bool start =
         m_start->text().trimmed().isEmpty() || readStamp(m_start->text().trimmed().toStdString()).has_value();
     const bool step = !m_step->isEnabled() || (m_step->isValid() && m_step->number() > 0);
-    const bool equal = !m_resampleStep->isEnabled() || m_resampleStep->text().isEmpty() ||
-                       (m_resampleStep->isValid() && m_resampleStep->number() > 0);
+    const bool equal = !m_resampleStep->isEnabled() || m_resampleStep->text().trimmed().isEmpty() ||
+                       numberOf(m_resampleStep->text()).value_or(0.0) > 0;
     markField(*m_start, start);
+    markField(*m_resampleStep, equal);
     return start && step && equal && m_fromRow->isValid() && m_toRow->isValid() && m_everyNth->isValid() &&
            !m_target->text().trimmed().isEmpty();
 }
@@ -352,7 +378,7 @@ void STLWin::readFields()
     format.timeResult.reset();
     if (becomes >= 0)
         format.timeResult = static_cast<STLTimeResult>(becomes);
-    format.resampleStep = m_resampleStep->isValid() ? m_resampleStep->number() : 0.0;
+    format.resampleStep = numberOf(m_resampleStep->text()).value_or(0.0);
     format.description = m_description->text().toStdString();
     format.fromRow = static_cast<std::uint64_t>(m_fromRow->number());
     format.toRow = static_cast<std::uint64_t>(m_toRow->number());

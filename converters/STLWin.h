@@ -47,6 +47,7 @@ private slots:
 
 protected:
     void showEvent(QShowEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
@@ -60,6 +61,7 @@ private:
     void showFormat();
     void showColumns();
     void showFindings();
+    void widenPreview();
     void readFields();
     void readColumns();
     bool fieldsAreGood() const;
@@ -100,7 +102,7 @@ private:
     QLineEdit* m_start;
     NumberField* m_step;
     QComboBox* m_becomes;
-    NumberField* m_resampleStep;
+    QLineEdit* m_resampleStep;
     QLabel* m_timeFinding;
 
     QLineEdit* m_target;

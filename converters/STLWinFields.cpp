@@ -208,7 +208,8 @@ QWidget* STLWin::buildTimeFields()
                          {"a column \"Time\"", static_cast<int>(STLTimeResult::TimeColumn)},
                          {"\"Time\" with \"Time32\"", static_cast<int>(STLTimeResult::TimeTwoColumns)},
                          {"equal steps, values interpolated", static_cast<int>(STLTimeResult::Resampled)}});
-    m_resampleStep = new NumberField;
+    m_resampleStep = new QLineEdit;
+    m_resampleStep->setPlaceholderText(QStringLiteral("the typical step"));
     m_timeFinding = wrappedLabel();
 
     auto* const form = new QFormLayout;
@@ -227,8 +228,7 @@ QWidget* STLWin::buildTimeFields()
 
     for (QComboBox* const box : {m_source, m_dateColumn, m_timeColumn, m_order, m_zone, m_becomes})
         connect(box, qOverload<int>(&QComboBox::currentIndexChanged), this, &STLWin::sl_changed);
-    for (QLineEdit* const field :
-         {m_start, static_cast<QLineEdit*>(m_step), static_cast<QLineEdit*>(m_resampleStep)})
+    for (QLineEdit* const field : {m_start, static_cast<QLineEdit*>(m_step), m_resampleStep})
         connect(field, &QLineEdit::textChanged, this, &STLWin::sl_changed);
     return scrolling(form);
 }
@@ -254,7 +254,7 @@ QWidget* STLWin::buildResultFields()
     addRow(form, "&File name", m_target, "The ts-file that is made in the working directory.");
     addRow(form, "&Description", m_description, "The description of the ts-file, at most 59 bytes.");
     addRow(form, "R&ows from", m_fromRow, "The first data row to take.");
-    addRow(form, "&to", m_toRow, "The last data row to take; 0 takes all.");
+    addRow(form, "&to (0: the last)", m_toRow, "The last data row to take; 0 takes all.");
     addRow(form, "&Every n-th row", m_everyNth, "1 takes every row, 10 every tenth.");
     addRow(form, "&Missing become", m_fill, "What stands in the ts-file for a missing value.");
     form->addRow(m_head);

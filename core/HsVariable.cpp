@@ -10,7 +10,6 @@
 
 namespace {
 
-constexpr std::uint32_t kBucket = Pyramid::kBucket;
 constexpr std::size_t kChunkFloats = 1U << 15;
 constexpr const char* kNoMemory = "not enough memory";
 
@@ -23,7 +22,9 @@ class HsVariable::Pass
 {
 public:
     Pass(PlotSource& source, std::vector<HsVariable*> variables)
-        : m_source(source), m_variables(std::move(variables)), m_pyramids(m_variables.size())
+        : m_source(source),
+          m_variables(std::move(variables)),
+          m_pyramids(m_variables.size(), Pyramid(source.bucketRows()))
     {
     }
 
@@ -177,7 +178,7 @@ Summary HsVariable::looseEnd(bool positiveOnly, std::uint32_t bucket, std::uint3
     const float* const values = run.values + from * run.stride;
     if (!positiveOnly)
         return summaryOf(values, run.stride, to - from);
-    float kept[kBucket];
+    float kept[Pyramid::kLargestBucket];
     std::size_t n = 0;
     for (std::size_t i = 0; i < to - from; ++i)
         if (const float raw = values[i * run.stride]; counts(raw))
@@ -198,21 +199,22 @@ Summary HsVariable::collectFrom(const Pyramid& pyramid, bool positiveOnly, std::
     if (first > last)
         return all;
     const auto take = [&](const Summary& s) { moments ? all.join(s) : all.widen(s); };
+    const std::uint32_t bucket = m_variable.source()->bucketRows();
     const std::uint32_t begin = first - 1;
     const std::uint32_t end = last;
-    const std::uint32_t firstWhole = begin / kBucket + (begin % kBucket != 0 ? 1 : 0);
+    const std::uint32_t firstWhole = begin / bucket + (begin % bucket != 0 ? 1 : 0);
     // The last bucket may be a short one: it is whole where the run ends with the rows.
     const std::uint32_t endWhole =
-        end == m_variable.rows() ? static_cast<std::uint32_t>(pyramid.buckets()) : end / kBucket;
-    if (firstWhole > endWhole || (firstWhole == endWhole && begin / kBucket == (end - 1) / kBucket)) {
-        take(looseEnd(positiveOnly, begin / kBucket, begin % kBucket, (end - 1) % kBucket + 1));
+        end == m_variable.rows() ? static_cast<std::uint32_t>(pyramid.buckets()) : end / bucket;
+    if (firstWhole > endWhole || (firstWhole == endWhole && begin / bucket == (end - 1) / bucket)) {
+        take(looseEnd(positiveOnly, begin / bucket, begin % bucket, (end - 1) % bucket + 1));
         return all;
     }
-    if (begin % kBucket != 0)
-        take(looseEnd(positiveOnly, firstWhole - 1, begin % kBucket, kBucket));
+    if (begin % bucket != 0)
+        take(looseEnd(positiveOnly, firstWhole - 1, begin % bucket, bucket));
     pyramid.collect(firstWhole, endWhole, moments, all);
-    if (end != m_variable.rows() && end % kBucket != 0)
-        take(looseEnd(positiveOnly, endWhole, 0, end % kBucket));
+    if (end != m_variable.rows() && end % bucket != 0)
+        take(looseEnd(positiveOnly, endWhole, 0, end % bucket));
     return all;
 }
 
@@ -262,7 +264,7 @@ std::uint32_t HsVariable::rowOfExtreme(std::uint32_t first, std::uint32_t last, 
         return 0;
     const float target = wantGreatest ? all.greatest : all.least;
     // Halve the run towards the half that holds it, down to a bucket's length.
-    while (last - first >= kBucket) {
+    while (last - first >= Pyramid::kLargestBucket) {
         const std::uint32_t middle = first + (last - first) / 2;
         const Summary left = collect(first, middle, false);
         if (left.count > 0 && (wantGreatest ? left.greatest : left.least) == target)

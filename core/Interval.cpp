@@ -44,7 +44,7 @@ void copyHeader(const PlotFile& from, std::uint32_t first, TSFILE& to)
 JobOutcome copyRows(const PlotFile& from, std::uint32_t first, std::uint32_t last, TSFILE& to,
                     const Progress& progress)
 {
-    const std::uint32_t columns = from.columns();
+    const std::uint32_t columns = std::max<std::uint32_t>(1, from.columns());
     const auto chunk = static_cast<std::uint32_t>(std::max<std::size_t>(1, kChunkFloats / columns));
     std::vector<float> rows(std::size_t{chunk} * columns);
     const std::uint32_t count = last - first + 1;

@@ -7,6 +7,13 @@
 
 #include "core/TsNames.h"
 
+namespace {
+
+constexpr std::uint32_t kWideRows = 4;
+constexpr std::uint32_t kBucketOfWideRows = 64;
+
+}  // namespace
+
 PlotFile::PlotFile(std::string path) : m_path(std::move(path))
 {
     reload();
@@ -44,6 +51,7 @@ void PlotFile::look()
 {
     forgetContents();
     m_columns = m_file->columns();
+    m_bucketRows = m_columns < kWideRows ? Pyramid::kLargestBucket : kBucketOfWideRows;
     m_startSeconds = m_file->startSeconds();
 
     std::uint32_t claimed = m_file->samples();

@@ -6,7 +6,6 @@
 
 namespace {
 
-constexpr std::uint32_t kBucket = Pyramid::kBucket;
 // Of files wider than this only the wanted column of a bucket is kept.
 constexpr std::uint32_t kWide = 1024;
 constexpr std::size_t kCacheFloats = 1U << 20;
@@ -35,13 +34,13 @@ double PlotSource::timeOf(std::uint32_t row) const
         case TimeKind::EachRow:
             break;
     }
-    const std::uint32_t bucket = (row - 1) / kBucket;
+    const std::uint32_t bucket = (row - 1) / m_bucketRows;
     if (m_columns > kWide) {
         std::vector<float> values(m_columns);
         readRows(row, 1, values.data());
         return timeInRow(row, values.data());
     }
-    return timeInRow(row, run(bucket, 1).values + std::size_t{(row - 1) % kBucket} * m_columns);
+    return timeInRow(row, run(bucket, 1).values + std::size_t{(row - 1) % m_bucketRows} * m_columns);
 }
 
 std::uint32_t PlotSource::rowAt(double t) const
@@ -77,7 +76,7 @@ std::uint32_t PlotSource::rowByTimes(double t) const
         if (after == m_bucketTimes.begin())
             return 0;
         const auto bucket = static_cast<std::uint32_t>(after - m_bucketTimes.begin() - 1);
-        low = bucket * kBucket + 1;
+        low = bucket * m_bucketRows + 1;
         high = low + rowsOf(bucket) - 1;
     } else if (timeOf(1) > t) {
         return 0;
@@ -98,8 +97,8 @@ std::uint32_t PlotSource::rowNear(double t, double tolerance) const
         return 0;
     if (m_timeKind != TimeKind::EachRow) {
         const std::uint32_t row = rowInSteps(t);
-        const double width = kBucket * (m_timeKind == TimeKind::Steps ? m_dt : 1.0);
-        return width <= tolerance && row < m_rows ? row - row % kBucket : row;
+        const double width = m_bucketRows * (m_timeKind == TimeKind::Steps ? m_dt : 1.0);
+        return width <= tolerance && row < m_rows ? row - row % m_bucketRows : row;
     }
     const auto after = std::upper_bound(m_bucketTimes.begin(), m_bucketTimes.end(), t);
     if (after == m_bucketTimes.begin() || !m_timesKnown)
@@ -107,18 +106,18 @@ std::uint32_t PlotSource::rowNear(double t, double tolerance) const
     const double end = after == m_bucketTimes.end() ? m_lastTime : *after;
     if (t >= m_lastTime || end - *(after - 1) > tolerance)
         return rowByTimes(t);
-    return static_cast<std::uint32_t>(after - m_bucketTimes.begin() - 1) * kBucket;
+    return static_cast<std::uint32_t>(after - m_bucketTimes.begin() - 1) * m_bucketRows;
 }
 
 float PlotSource::value(std::uint32_t row, std::uint32_t column) const
 {
-    const Run r = run((row - 1) / kBucket, column);
-    return r.values[(row - 1) % kBucket * r.stride];
+    const Run r = run((row - 1) / m_bucketRows, column);
+    return r.values[(row - 1) % m_bucketRows * r.stride];
 }
 
 std::uint32_t PlotSource::rowsOf(std::uint32_t bucket) const
 {
-    return std::min(kBucket, m_rows - bucket * kBucket);
+    return std::min(m_bucketRows, m_rows - bucket * m_bucketRows);
 }
 
 PlotSource::Run PlotSource::run(std::uint32_t bucket, std::uint32_t column) const
@@ -147,10 +146,10 @@ const PlotSource::Kept& PlotSource::keep(std::uint32_t bucket, std::uint32_t col
     const std::uint32_t count = rowsOf(bucket);
     if (column == 0) {
         fresh.values.resize(std::size_t{count} * m_columns);
-        readRows(bucket * kBucket + 1, count, fresh.values.data());
+        readRows(bucket * m_bucketRows + 1, count, fresh.values.data());
     } else {
         for (std::uint32_t i = 0; i < count; ++i)
-            fresh.values.push_back(readValue(bucket * kBucket + 1 + i, column));
+            fresh.values.push_back(readValue(bucket * m_bucketRows + 1 + i, column));
     }
     const std::size_t most =
         std::clamp(kCacheFloats / std::max<std::size_t>(1, fresh.values.size()), kFewestRuns, kMostRuns);
@@ -185,7 +184,7 @@ bool PlotSource::learnTimes(std::uint32_t first, std::uint32_t count, const floa
             return false;
         }
         m_lastTime = t;
-        if ((first + i - 1) % kBucket == 0)
+        if ((first + i - 1) % m_bucketRows == 0)
             m_bucketTimes.push_back(t);
     }
     return true;

@@ -1,8 +1,8 @@
 // Where a plot's samples come from: rows of columns with a time each.
 //
 // Rows count from 1, the oldest first. Times are seconds since startSeconds() of the source. Neighbouring
-// rows are read 256 at a time and a few such runs are kept, so that several columns, and the two ends of a
-// pixel's run, cost one read.
+// rows are read a bucket at a time and a few buckets are kept, so that several columns, and the two ends of
+// a pixel's run, cost one read.
 #pragma once
 
 #include <cstddef>
@@ -26,6 +26,8 @@ public:
 
     std::uint32_t rows() const noexcept { return m_rows; }
     std::uint32_t columns() const noexcept { return m_columns; }
+    // Rows a bucket: fewer where rows are wide, so that the ends of a run stay cheap to read.
+    std::uint32_t bucketRows() const noexcept { return m_bucketRows; }
     TimeKind timeKind() const noexcept { return m_timeKind; }
     // Seconds from a row to the next; where they differ, a mean.
     double step() const;
@@ -42,7 +44,7 @@ public:
 
     float value(std::uint32_t row, std::uint32_t column) const;
 
-    // The values of a column in one bucket of rows: 256 * bucket + 1 and the following ones.
+    // The values of a column in one bucket of rows: bucket * bucketRows() + 1 and the following ones.
     struct Run
     {
         const float* values = nullptr;  // valid until the next call
@@ -80,6 +82,7 @@ protected:
 
     std::uint32_t m_rows = 0;
     std::uint32_t m_columns = 0;
+    std::uint32_t m_bucketRows = Pyramid::kLargestBucket;
     std::uint32_t m_startSeconds = 0;
     TimeKind m_timeKind = TimeKind::Steps;
     double m_base = 0.0;  // time of the step before row 1

@@ -35,5 +35,5 @@ float PlotValues::readValue(std::uint32_t row, std::uint32_t column) const
 
 const float* PlotValues::rowsInMemory(std::uint32_t bucket) const
 {
-    return &m_values[std::size_t{bucket} * Pyramid::kBucket * m_columns];
+    return &m_values[std::size_t{bucket} * bucketRows() * m_columns];
 }

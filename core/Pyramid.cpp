@@ -82,6 +82,13 @@ Summary summaryOf(const float* values, std::size_t stride, std::size_t n)
 {
     if (n == 0)
         return {};
+    if (stride != 1 && n <= Pyramid::kLargestBucket) {
+        // Side by side they are summed in fewer steps, the gathering included.
+        float gathered[Pyramid::kLargestBucket];
+        for (std::size_t i = 0; i < n; ++i)
+            gathered[i] = values[i * stride];
+        return summaryOf(gathered, 1, n);
+    }
     if (stride == 1) {
         // Floats cannot overflow a sum of doubles: it is finite where all of them are.
         const double sum = sumOf(values, n);
@@ -113,21 +120,21 @@ Summary summaryOf(const float* values, std::size_t stride, std::size_t n)
 void Pyramid::add(const float* values, std::size_t stride, std::size_t n)
 {
     while (n > 0) {
-        if (m_partial.empty() && stride == 1 && n >= kBucket) {
-            closeBucket(values, 1, kBucket);
-            values += kBucket;
-            n -= kBucket;
+        if (m_partial.empty() && stride == 1 && n >= m_bucket) {
+            closeBucket(values, 1, m_bucket);
+            values += m_bucket;
+            n -= m_bucket;
             continue;
         }
-        const std::size_t taken = std::min<std::size_t>(n, kBucket - m_partial.size());
+        const std::size_t taken = std::min<std::size_t>(n, m_bucket - m_partial.size());
         const std::size_t before = m_partial.size();
         m_partial.resize(before + taken);
         for (std::size_t i = 0; i < taken; ++i)
             m_partial[before + i] = values[i * stride];
         values += taken * stride;
         n -= taken;
-        if (m_partial.size() == kBucket) {
-            closeBucket(m_partial.data(), 1, kBucket);
+        if (m_partial.size() == m_bucket) {
+            closeBucket(m_partial.data(), 1, m_bucket);
             m_partial.clear();
         }
     }

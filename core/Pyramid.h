@@ -1,7 +1,7 @@
 // Least, greatest, mean and squared deviation of any run of samples, without reading them again.
 //
-// Samples come in once, in order, and are gathered in buckets of 256; each level above joins eight buckets
-// of the one below. Values that are not finite are left out. 100 million samples take about 14 MB.
+// Samples come in once, in order, and are gathered in buckets; each level above joins eight buckets of the
+// one below. Values that are not finite are left out. 100 million samples in buckets of 256 take about 14 MB.
 // Means and squared deviations are joined pairwise: Chan, Golub, LeVeque, "Updating Formulae and a Pairwise
 // Algorithm for Computing Sample Variances" (1979), eq. 2.1.
 #pragma once
@@ -31,7 +31,10 @@ Summary summaryOf(const float* values, std::size_t stride, std::size_t n);
 class Pyramid
 {
 public:
-    static constexpr std::uint32_t kBucket = 256;
+    static constexpr std::uint32_t kLargestBucket = 256;
+
+    // `bucket`: samples a bucket, 1 to kLargestBucket.
+    explicit Pyramid(std::uint32_t bucket = kLargestBucket) : m_bucket(bucket) {}
 
     // Takes the next n samples, which stand `stride` apart.
     void add(const float* values, std::size_t stride, std::size_t n);
@@ -49,6 +52,7 @@ private:
 
     void closeBucket(const float* values, std::size_t stride, std::size_t n);
 
+    std::uint32_t m_bucket;
     std::vector<std::vector<Summary>> m_levels;
     std::vector<float> m_partial;
 };

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace {
 
@@ -37,13 +38,13 @@ std::uint32_t XAxis::rowAt(const Variable& v, double x) const
 
 std::uint32_t XAxis::rowFrom(const Variable& v, double x) const
 {
-    std::uint32_t row = rowAt(v, x);
+    const std::uint32_t row = rowAt(v, x);
     if (row == 0 || xOf(v, row) < x)
         return row + 1;
-    // Rows may share a time.
-    while (row > 1 && xOf(v, row - 1) >= x)
-        --row;
-    return row;
+    if (row == 1 || xOf(v, row - 1) < x)
+        return row;
+    // Rows share a time, maybe all of them.
+    return rowAt(v, std::nextafter(x, -std::numeric_limits<double>::infinity())) + 1;
 }
 
 std::uint32_t XAxis::rowNear(const Variable& v, double x, double tolerance) const
@@ -52,7 +53,8 @@ std::uint32_t XAxis::rowNear(const Variable& v, double x, double tolerance) cons
     if (mode != XMode::Sample)
         return v.source()->rowNear(own, tolerance);
     const std::uint32_t row = rowOfNumber(v, own);
-    return tolerance >= Pyramid::kBucket && row < v.rows() ? row - row % Pyramid::kBucket : row;
+    const std::uint32_t bucket = v.source()->bucketRows();
+    return tolerance >= bucket && row < v.rows() ? row - row % bucket : row;
 }
 
 std::uint32_t XAxis::nearestRow(const Variable& v, double x) const

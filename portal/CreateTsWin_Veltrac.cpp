@@ -32,6 +32,8 @@ constexpr double kMostSamples = 4294967295.0;
 // So many rows the table of columns still shows at once.
 constexpr double kMostColumns = 100000.0;
 
+constexpr int kRowMargin = 8;
+
 enum TableColumn { kName, kDescription };
 
 // The file that a typed name makes, as the directory will show it.
@@ -186,6 +188,7 @@ Column_Tab::Column_Tab(int columns, QWidget* parent)
 {
     m_table->setHorizontalHeaderLabels({QStringLiteral("Column name"), QStringLiteral("Column description")});
     m_table->horizontalHeader()->setStretchLastSection(true);
+    m_table->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + kRowMargin);
     m_table->setAccessibleName(QStringLiteral("Names and descriptions of the columns"));
     m_table->setWhatsThis(QStringLiteral("A name has at most 11 characters, a description 45."));
     m_note->setWordWrap(true);

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <vector>
 
+#include "calc/DFTWin.h"
 #include "calc/DerivativeWin.h"
 #include "calc/IntegrateWin.h"
+#include "converters/SCLWin.h"
 #include "converters/STLWin.h"
 #include "filter/FilterWin.h"
 #include "portal/CreateTsWin_Veltrac.h"
@@ -35,8 +37,9 @@ const std::vector<Row>& rows()
          [](const QString& file, unsigned column) -> SubWindow* { return new QtPlotColWin(file, column); }},
         {SubProgram::Create,
          [](const QString&, unsigned) -> SubWindow* { return new CreateTsWin(mainWindow()); }},
-        {SubProgram::StlImport,
-         [](const QString& file, unsigned) -> SubWindow* { return new STLWin(file); }},
+        {SubProgram::StlImport, [](const QString& file, unsigned) -> SubWindow* { return new STLWin(file); }},
+        {SubProgram::SclImport, [](const QString& file, unsigned) -> SubWindow* { return new SCLWin(file); }},
+        {SubProgram::StlImport, [](const QString& file, unsigned) -> SubWindow* { return new STLWin(file); }},
         {SubProgram::List,
          [](const QString& file, unsigned) -> SubWindow* { return new TsTableView(file, mainWindow(), 0); }},
         {SubProgram::Edit,
@@ -45,6 +48,8 @@ const std::vector<Row>& rows()
          [](const QString& file, unsigned column) -> SubWindow* { return new DerivativeWin(file, column); }},
         {SubProgram::Integral,
          [](const QString& file, unsigned column) -> SubWindow* { return new IntegrateWin(file, column); }},
+        {SubProgram::Spectrum,
+         [](const QString& file, unsigned column) -> SubWindow* { return new DFTWin(file, column); }},
         {SubProgram::Filter,
          [](const QString& file, unsigned column) -> SubWindow* { return new FilterWin(file, column); }},
         {SubProgram::Header,

@@ -23,13 +23,13 @@ CursorDock::CursorDock(PlotCanvas* canvas, QWidget* parent)
       m_table(new QTableWidget(0, intervalHeadings().size()))
 {
     setObjectName(QStringLiteral("cursorDock"));
+    m_times->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     m_times->setTextInteractionFlags(Qt::TextSelectableByMouse);
     m_table->setHorizontalHeaderLabels(intervalHeadings());
     m_table->setEditTriggers(QAbstractItemView::NoEditTriggers);
     m_table->setSelectionBehavior(QAbstractItemView::SelectRows);
     m_table->verticalHeader()->hide();
     m_table->verticalHeader()->setDefaultSectionSize(m_table->fontMetrics().height() + 6);
-    m_table->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Ignored);
     m_table->setMinimumHeight(3 * m_table->verticalHeader()->defaultSectionSize());
     m_table->setAccessibleName(tr("Values at the cursors and between them"));
     auto* const content = new QWidget;
@@ -37,7 +37,7 @@ CursorDock::CursorDock(PlotCanvas* canvas, QWidget* parent)
     column->setContentsMargins(4, 2, 4, 2);
     column->setSpacing(2);
     column->addWidget(m_times);
-    column->addWidget(m_table);
+    column->addWidget(m_table, 1);
     setWidget(content);
 
     m_later.setSingleShot(true);

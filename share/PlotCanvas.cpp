@@ -3,6 +3,7 @@
 #include <QDragEnterEvent>
 #include <QMimeData>
 #include <QPainter>
+#include <QScopedValueRollback>
 #include <QUrl>
 
 #include <algorithm>
@@ -53,11 +54,20 @@ PlotCanvas::PlotCanvas(QWidget* parent) : QFrame(parent), m_colors(defaultColors
 
 // -- What is shown --
 
-bool PlotCanvas::showColumns(const QString& file, const QVector<unsigned>& columns, Axes axes)
+// A plot without variables that keeps the user's looks.
+void PlotCanvas::clear()
 {
     m_text.clear();
-    m_plot = Plot2D();
+    Plot2D fresh;
+    fresh.grid = m_plot.grid;
+    fresh.legend = m_plot.legend;
+    m_plot = std::move(fresh);
     m_files = FileArray();
+}
+
+bool PlotCanvas::showColumns(const QString& file, const QVector<unsigned>& columns, Axes axes)
+{
+    clear();
     try {
         const auto source = m_files.add(file.toLocal8Bit().toStdString());
         for (const unsigned column : columns) {
@@ -66,7 +76,7 @@ bool PlotCanvas::showColumns(const QString& file, const QVector<unsigned>& colum
         }
         chooseXAxis(m_plot);
     } catch (const TS::Failure&) {
-        m_plot = Plot2D();
+        clear();
         showText(tr("%1 cannot be read.").arg(file));
         return false;
     }
@@ -76,10 +86,9 @@ bool PlotCanvas::showColumns(const QString& file, const QVector<unsigned>& colum
 void PlotCanvas::showValues(const std::vector<double>& x, const QString& xTitle,
                             const std::vector<Values>& columns, Axes axes)
 {
-    m_text.clear();
-    m_plot = Plot2D();
-    m_files = FileArray();
+    clear();
     std::vector<std::vector<float>> values;
+    values.reserve(columns.size());
     for (const Values& column : columns)
         values.push_back(column.y);
     const auto source = std::make_shared<PlotValues>(x, values);
@@ -100,11 +109,26 @@ void PlotCanvas::showText(const QString& text)
     replot();
 }
 
+// What a progress bar says: "Reading test.ts".
+QString PlotCanvas::whatIsMissing() const
+{
+    QStringList names;
+    for (const auto& v : m_plot.variables())
+        if (v->variable().visible && !v->isBuilt())
+            names.append(fileNameOf(v->variable()));
+    names.removeDuplicates();
+    return tr("Reading %1").arg(names.join(QStringLiteral(", ")));
+}
+
 bool PlotCanvas::refresh(bool fit)
 {
+    // What the progress bar's events ask for waits for the one that is under way.
+    if (m_reading)
+        return false;
+    const QScopedValueRollback<bool> reading(m_reading, true);
     bool whole = true;
     try {
-        JobProgress progress(window(), tr("Reading samples"));
+        JobProgress progress(window(), whatIsMissing());
         whole = m_plot.buildMissing(progress.callback()) == JobOutcome::Done;
         // The times are known now.
         if (backwardsVariable(m_plot))

@@ -205,6 +205,8 @@ private:
     void drawPicture();
     void drawCursor(QPainter& painter, Plot2D::Cursor which);
     void drawBand(QPainter& painter);
+    void clear();
+    QString whatIsMissing() const;
     bool isDarkGround() const;
     PlotLook screenLook() const;
     QRect bandArea() const;
@@ -239,6 +241,7 @@ private:
     QPixmap m_picture;
     PlotLayout m_layout;
     bool m_stale = true;
+    bool m_reading = false;
 
     Drag m_drag = Drag::None;
     bool m_dragged = false;  // the mouse has left the pixel that it was pressed at

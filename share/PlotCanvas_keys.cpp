@@ -1,12 +1,9 @@
-// PlotCanvas: keys, menus, and what they do.
+// PlotCanvas: keys, and what keys and menus do.
 
-#include <QActionGroup>
 #include <QApplication>
 #include <QClipboard>
-#include <QContextMenuEvent>
 #include <QInputDialog>
 #include <QKeyEvent>
-#include <QMenu>
 
 #include <algorithm>
 #include <cmath>
@@ -14,6 +11,7 @@
 #include "core/TsExceptions.h"
 #include "share/GoTo.h"
 #include "share/PlotCanvas.h"
+#include "share/PlotCommands.h"
 #include "share/PlotExport.h"
 #include "share/PlotVariables.h"
 #include "share/PsConfigDialog.h"
@@ -25,72 +23,6 @@ constexpr double kPanStep = 0.1;
 constexpr int kKeyZoomGesture = -3;
 constexpr int kKeyPanGesture = -4;
 constexpr double kSecondsADay = 86400.0;
-
-// As plain numbers: sums of enumerations of two types are deprecated.
-constexpr int kShift = Qt::SHIFT;
-constexpr int kControl = Qt::CTRL;
-constexpr int kAlt = Qt::ALT;
-
-enum class Part { View, Cursors, Output };
-
-// What keys and menus do. The first key is the one that menus show.
-struct Command
-{
-    Part part;
-    const char* text;
-    int key;
-    int otherKey;
-    void (PlotCanvas::*run)();
-    bool separatorAfter;
-};
-
-using C = PlotCanvas;
-const Command kCommands[] = {
-    {Part::View, "&Fit all", Qt::Key_F, 0, &C::sl_fitAll, false},
-    {Part::View, "Fit &y", Qt::Key_Y, 0, &C::sl_fitY, false},
-    {Part::View, "Zoom to A–&B", Qt::Key_Z, 0, &C::sl_zoomToCursors, true},
-    {Part::View, "Zoom &in", Qt::Key_Plus, Qt::Key_Equal, &C::sl_zoomIn, false},
-    {Part::View, "Zoom &out", Qt::Key_Minus, 0, &C::sl_zoomOut, false},
-    {Part::View, "Zoom in y", kShift | Qt::Key_Plus, kShift | Qt::Key_Asterisk, &C::sl_zoomInY, false},
-    {Part::View, "Zoom out y", kShift | Qt::Key_Minus, kShift | Qt::Key_Underscore, &C::sl_zoomOutY, true},
-    {Part::View, "Pan left", Qt::Key_Left, 0, &C::sl_panLeft, false},
-    {Part::View, "Pan right", Qt::Key_Right, 0, &C::sl_panRight, false},
-    {Part::View, "Page left", kControl | Qt::Key_Left, 0, &C::sl_pageLeft, false},
-    {Part::View, "Page right", kControl | Qt::Key_Right, 0, &C::sl_pageRight, false},
-    {Part::View, "To the start", Qt::Key_Home, 0, &C::sl_toStart, false},
-    {Part::View, "To the end", Qt::Key_End, 0, &C::sl_toEnd, true},
-    {Part::View, "&Previous view", Qt::Key_Backspace, kAlt | Qt::Key_Left, &C::sl_previousView, false},
-    {Part::View, "&Next view", kAlt | Qt::Key_Right, 0, &C::sl_nextView, false},
-    {Part::View, "&Go to…", kControl | Qt::Key_G, 0, &C::sl_goTo, false},
-    {Part::Cursors, "Cursor &A to the middle", Qt::Key_A, 0, &C::sl_cursorA, false},
-    {Part::Cursors, "Cursor &B to the middle", Qt::Key_B, 0, &C::sl_cursorB, false},
-    {Part::Cursors, "To the &greatest in view", Qt::Key_M, 0, &C::sl_toGreatest, false},
-    {Part::Cursors, "To the &least in view", kShift | Qt::Key_M, 0, &C::sl_toLeast, false},
-    {Part::Cursors, "&Remove the cursors", Qt::Key_Escape, 0, &C::sl_clearCursors, false},
-    {Part::Output, "&Copy read-out", kControl | Qt::Key_C, 0, &C::sl_copyReadout, false},
-    {Part::Output, "Copy &picture", kControl | kShift | Qt::Key_C, 0, &C::sl_copyPicture, true},
-    {Part::Output, "&Hard copy (EPS)…", kControl | Qt::Key_E, 0, &C::sl_hardCopy, false},
-    {Part::Output, "Hard copy with &cursors…", 0, 0, &C::sl_hardCopyWithCursors, false},
-    {Part::Output, "Postscript para&meters…", 0, 0, &C::sl_psParameters, false},
-    {Part::Output, "&Save picture (PNG)…", 0, 0, &C::sl_savePicture, false},
-    {Part::Output, "P&rint…", kControl | Qt::Key_P, 0, &C::sl_print, false},
-};
-
-void addCommands(PlotCanvas* canvas, QMenu& menu, Part part)
-{
-    for (const Command& command : kCommands) {
-        if (command.part != part)
-            continue;
-        QAction* const action = menu.addAction(QString::fromUtf8(command.text), canvas, command.run);
-        if (command.key != 0) {
-            // The canvas itself answers the key, while it has the focus; the menu only shows it.
-            action->setShortcut(QKeySequence(command.key));
-            action->setShortcutContext(Qt::WidgetShortcut);
-        }
-        if (command.separatorAfter)
-            menu.addSeparator();
-    }
-}
 
 // Steps of the last cursor: comma and full stop, and what they turn into with Shift on various keyboards.
 int cursorStep(const QKeyEvent& event)
@@ -106,28 +38,6 @@ int cursorStep(const QKeyEvent& event)
     return (event.modifiers() & Qt::ShiftModifier) != 0 ? direction * 10 : direction;
 }
 
-template <typename Enum>
-struct Choice
-{
-    Enum value;
-    const char* text;
-};
-
-// A group of entries of which one is checked.
-template <typename Enum, std::size_t n, typename Chosen>
-void addChoices(QMenu& menu, const Choice<Enum> (&choices)[n], Enum present, Chosen chosen)
-{
-    auto* const group = new QActionGroup(&menu);
-    for (const Choice<Enum>& choice : choices) {
-        QAction* const action = menu.addAction(QString::fromUtf8(choice.text));
-        action->setCheckable(true);
-        action->setChecked(choice.value == present);
-        group->addAction(action);
-        const Enum value = choice.value;
-        QObject::connect(action, &QAction::triggered, &menu, [=] { chosen(value); });
-    }
-}
-
 }  // namespace
 
 // -- Keys --
@@ -139,7 +49,7 @@ bool PlotCanvas::handleKey(const QKeyEvent& event)
         return true;
     }
     const int pressed = event.key() | static_cast<int>(event.modifiers() & ~Qt::KeypadModifier);
-    for (const Command& command : kCommands) {
+    for (const PlotCommand& command : plotCommands()) {
         if (pressed == command.key || (command.otherKey != 0 && pressed == command.otherKey)) {
             (this->*command.run)();
             return true;
@@ -167,144 +77,6 @@ void PlotCanvas::keyReleaseEvent(QKeyEvent* event)
         return;
     }
     QFrame::keyReleaseEvent(event);
-}
-
-// -- Menus --
-
-void PlotCanvas::fillViewMenu(QMenu& menu)
-{
-    addCommands(this, menu, Part::View);
-}
-
-void PlotCanvas::fillCursorMenu(QMenu& menu)
-{
-    addCommands(this, menu, Part::Cursors);
-}
-
-void PlotCanvas::fillAxesMenu(QMenu& menu)
-{
-    addXEntries(menu);
-    if (const int group = activeGroup(); group >= 0)
-        addGroupEntries(menu, group);
-    addLookEntries(menu);
-}
-
-void PlotCanvas::fillOutputMenu(QMenu& menu)
-{
-    addCommands(this, menu, Part::Output);
-}
-
-void PlotCanvas::fillMenu(QMenu& menu, int group)
-{
-    addCommands(this, *menu.addMenu(tr("&View")), Part::View);
-    addCommands(this, *menu.addMenu(tr("&Cursors")), Part::Cursors);
-    menu.addSeparator();
-    addXEntries(menu);
-    if (group >= 0 && group < static_cast<int>(m_plot.groups().size()))
-        addGroupEntries(menu, group);
-    addLookEntries(menu);
-    menu.addSeparator();
-    addCommands(this, menu, Part::Output);
-}
-
-void PlotCanvas::addXEntries(QMenu& menu)
-{
-    QMenu* const x = menu.addMenu(tr("&X axis"));
-    static const Choice<XMode> modes[] = {{XMode::Sample, "&Sample numbers"},
-                                          {XMode::Elapsed, "&Time since the start"},
-                                          {XMode::Clock, "&Date and time of day"}};
-    addChoices(*x, modes, m_plot.axis().mode, [this](XMode mode) { setMode(mode); });
-    const bool onlyNumbers = backwardsVariable(m_plot) != nullptr;
-    x->actions().at(1)->setDisabled(onlyNumbers);
-    x->actions().at(2)->setEnabled(canShowClock(m_plot));
-    x->addSeparator();
-    QAction* const logarithmic = x->addAction(tr("&Logarithmic"));
-    logarithmic->setCheckable(true);
-    logarithmic->setChecked(m_plot.axis().logarithmic);
-    connect(logarithmic, &QAction::triggered, this, &PlotCanvas::setLogarithmicX);
-    x->addAction(tr("L&imits…"), this, [this] { editLimits({Zone::XAxis, -1}); });
-}
-
-void PlotCanvas::addGroupEntries(QMenu& menu, int group)
-{
-    QMenu* const y = menu.addMenu(tr("&Y axis"));
-    static const Choice<YMode> modes[] = {{YMode::Whole, "Fit the &whole series"},
-                                          {YMode::View, "Fit what is in &view"},
-                                          {YMode::Fixed, "&Fixed"}};
-    const auto index = static_cast<std::size_t>(group);
-    addChoices(*y, modes, m_plot.groups()[index].mode, [this, index](YMode mode) {
-        changeView(0, [&] {
-            Group& g = m_plot.groups()[index];
-            g.mode = mode;
-            if (mode == YMode::Whole)
-                g.fitY();
-            else if (mode == YMode::View)
-                g.fitY(m_plot.axis(), m_plot.x1(), m_plot.x2());
-        });
-    });
-    y->addSeparator();
-    QAction* const logarithmic = y->addAction(tr("&Logarithmic"));
-    logarithmic->setCheckable(true);
-    logarithmic->setChecked(m_plot.groups()[index].isLogarithmic());
-    connect(logarithmic, &QAction::triggered, this, [this, group](bool on) { setLogarithmicY(group, on); });
-    y->addAction(tr("L&imits…"), this, [this, group] { editLimits({Zone::YAxis, group}); });
-    static const Choice<int> shares[] = {
-        {1, "Height &1"}, {2, "Height &2"}, {3, "Height &3"}, {4, "Height &4"}};
-    y->addSeparator();
-    addChoices(*y, shares, static_cast<int>(std::lround(m_plot.groups()[index].share)),
-               [this, index](int share) {
-                   m_plot.groups()[index].share = share;
-                   replot();
-               });
-}
-
-void PlotCanvas::addLookEntries(QMenu& menu)
-{
-    QMenu* const grid = menu.addMenu(tr("&Grid"));
-    static const Choice<PlotGrid> grids[] = {{PlotGrid::None, "&None"},
-                                             {PlotGrid::Gray, "&Gray"},
-                                             {PlotGrid::Dotted, "&Dotted"},
-                                             {PlotGrid::Black, "&Black"}};
-    addChoices(*grid, grids, m_plot.grid, [this](PlotGrid chosen) {
-        m_plot.grid = chosen;
-        replot();
-    });
-    QAction* const legend = menu.addAction(tr("&Legend"));
-    legend->setCheckable(true);
-    legend->setChecked(m_plot.legend);
-    connect(legend, &QAction::triggered, this, [this](bool on) {
-        m_plot.legend = on;
-        replot();
-    });
-    menu.addAction(tr("&Title…"), this, [this] {
-        bool ok = false;
-        const QString title =
-            QInputDialog::getText(this, tr("Title"), tr("Text above the plot:"), QLineEdit::Normal,
-                                  QString::fromStdString(m_plot.title), &ok);
-        if (!ok)
-            return;
-        m_plot.title = title.toUtf8().toStdString();
-        replot();
-    });
-}
-
-void PlotCanvas::contextMenuEvent(QContextMenuEvent* event)
-{
-    QMenu menu(this);
-    fillMenu(menu, groupAt(event->pos()));
-    menu.exec(event->globalPos());
-}
-
-void PlotCanvas::setMode(XMode mode)
-{
-    try {
-        m_plot.setMode(mode);
-    } catch (const TS::Failure&) {
-        // The next picture tells which file it is.
-    }
-    viewChanged();
-    emit x_cursors_changed();
-    emit x_plot_changed();
 }
 
 // -- The view --

@@ -18,6 +18,7 @@ namespace {
 std::vector<PlotColor> plotColors(const std::vector<QColor>& colors)
 {
     std::vector<PlotColor> out;
+    out.reserve(colors.size());
     for (const QColor& c : colors)
         out.push_back(
             {static_cast<float>(c.redF()), static_cast<float>(c.greenF()), static_cast<float>(c.blueF())});

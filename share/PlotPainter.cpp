@@ -19,24 +19,7 @@ constexpr float kLegendLines = 1.3F;  // of a legend
 constexpr float kRightChars = 3.5F;   // behind the last label's middle
 constexpr float kLegendStroke = 2.5F;
 constexpr float kLegendGap = 1.2F;
-constexpr int kColumnsAPoint = 4;
-constexpr double kScreenPixelsAPoint = 96.0 / 72.0;
 constexpr int kEdgePixels = 2;
-
-GridStyle styleOf(PlotGrid grid)
-{
-    switch (grid) {
-        case PlotGrid::Gray:
-            return GridStyle::Gray;
-        case PlotGrid::Dotted:
-            return GridStyle::Dotted;
-        case PlotGrid::Black:
-            return GridStyle::Black;
-        case PlotGrid::None:
-            break;
-    }
-    return GridStyle::None;
-}
 
 // One drawing of one plot.
 class Sheet
@@ -208,7 +191,7 @@ private:
     {
         AxisStyle s;
         s.lineWidth = kTickWidthMm * m_look.widthFactor;
-        s.grid = styleOf(m_plot.grid);
+        s.grid = gridStyleOf(m_plot.grid);
         s.gridWidth = m_look.gridWidthMm * m_look.widthFactor;
         return s;
     }
@@ -221,46 +204,47 @@ private:
         return s;
     }
 
-    // The axis' title, cut where it is longer than the axis; none on a very low one.
+    // The axis' title where it fits beside the axis; else the unit alone, or nothing: then the frame has it.
     std::string fittingTitle(std::size_t i)
     {
         const PlotLayout::Frame& f = m_layout.groups[i];
-        std::string title = group(i).axisTitle();
+        const std::string title = group(i).axisTitle();
         const float aspect = deviceAspect();
-        const auto length = [&](const std::string& text) {
+        const float room = f.y2 - f.y1 + 0.8F * m_charHeight;
+        const auto fits = [&](const std::string& text) {
             float width = 0.0F;
             m_driver.TextExtent(text.c_str(), &width, nullptr);
-            return width * aspect;
+            return width * aspect <= room;
         };
-        const float room = f.y2 - f.y1 + 0.8F * m_charHeight;
-        if (length(title) <= room)
+        if (fits(title))
             return title;
-        // The unit says more than the beginning of the names, which the legend has too.
-        if (const std::string_view unit = unitIn(title); !unit.empty() && hasLegend(i))
-            title = std::string("[").append(unit).append("]");
-        if (length(title) <= room)
-            return title;
-        while (!title.empty() && length(title + "…") > room) {
-            // A whole character at a time.
-            while (!title.empty() && (static_cast<unsigned char>(title.back()) & 0xC0U) == 0x80U)
-                title.pop_back();
-            if (!title.empty())
-                title.pop_back();
-        }
-        return title.size() < 3 ? std::string() : title + "…";
+        // The names stand in the legend too.
+        std::string unit;
+        if (hasLegend(i) && !unitIn(title).empty())
+            unit.append("[").append(unitIn(title)).append("]");
+        return fits(unit) ? unit : std::string();
+    }
+
+    // Names that found no room beside a low axis stand in its frame.
+    void drawTitleInside(std::size_t i)
+    {
+        if (!m_titles[i].empty() || hasLegend(i))
+            return;
+        m_driver.SetTextJustification(0.0F, 1.0F);
+        const PlotLayout::Frame& f = m_layout.groups[i];
+        m_driver.MoveTo(0.5F * m_charWidth / (f.x2 - f.x1), 1.0F - 0.1F * m_charHeight / (f.y2 - f.y1));
+        m_driver.Text(group(i).axisTitle().c_str(), 0, 0.0F, 0);
     }
 
     // Width of the drawing area by its height.
     float deviceAspect()
     {
-        setWholeViewport();
+        whole();
         float x0 = 0.0F, y0 = 0.0F, x1 = 0.0F, y1 = 0.0F;
         m_driver.WorldToDevice(0.0F, 0.0F, &x0, &y0);
         m_driver.WorldToDevice(1.0F, 1.0F, &x1, &y1);
         return y1 == y0 ? 1.0F : std::fabs((x1 - x0) / (y1 - y0));
     }
-
-    void setWholeViewport() { whole(); }
 
     void drawAxes(std::size_t i)
     {
@@ -312,6 +296,7 @@ private:
         plainPen();
         m_driver.FontControl(m_look.textScale, 0);
         m_driver.DrawFrame(0.0F, 0.0F, 1.0F, 1.0F, kFrameWidthMm * m_look.widthFactor);
+        drawTitleInside(i);
         drawFailures(i);
         if (hasLegend(i))
             drawLegend(i);
@@ -462,39 +447,6 @@ private:
 };
 
 }  // namespace
-
-const std::vector<PlotColor>& defaultPlotColors()
-{
-    static const std::vector<PlotColor> colors = {
-        {0.00F, 0.27F, 0.68F}, {0.84F, 0.30F, 0.04F}, {0.10F, 0.55F, 0.24F}, {0.55F, 0.18F, 0.66F},
-        {0.80F, 0.60F, 0.00F}, {0.00F, 0.58F, 0.65F}, {0.45F, 0.09F, 0.13F}, {0.91F, 0.42F, 0.62F},
-        {0.36F, 0.40F, 0.45F}, {0.45F, 0.62F, 0.10F}, {0.15F, 0.15F, 0.40F}, {0.55F, 0.70F, 0.95F}};
-    return colors;
-}
-
-PlotColor onDarkGround(PlotColor color)
-{
-    constexpr float kLighter = 0.4F;
-    const auto lighter = [](float c) { return c + (1.0F - c) * kLighter; };
-    return {lighter(color.r), lighter(color.g), lighter(color.b)};
-}
-
-PlotLook paperLook(const PsParameters& parameters, PlotGrid grid)
-{
-    PlotLook look;
-    // The driver's lines are five times as wide as the screen's for the same millimetres.
-    look.widthFactor = 0.2F;
-    look.gridWidthMm *= static_cast<float>(parameters.gridThickness(styleOf(grid)));
-    look.markerGap = static_cast<int>(look.markerGap / kScreenPixelsAPoint * kColumnsAPoint);
-    look.markerSize = static_cast<int>(look.markerSize / kScreenPixelsAPoint);
-    return look;
-}
-
-int paperColumns(const PsParameters& parameters)
-{
-    const Paper& paper = paperOf(parameters);
-    return kColumnsAPoint * (parameters.orientation == 1 ? paper.height : paper.width);
-}
 
 PlotLayout drawPlot(const Plot2D& plot, BasicDriver& driver, int columns, const PlotLook& look)
 {

@@ -101,7 +101,12 @@ std::shared_ptr<PlotFile> plotFileOf(const Variable& variable)
 QString fileNameOf(const Variable& variable)
 {
     const auto file = plotFileOf(variable);
-    return file ? QString::fromLocal8Bit(file->name().c_str()) : QString();
+    return file ? fileNameOf(*file) : QString();
+}
+
+QString fileNameOf(const PlotFile& file)
+{
+    return QString::fromLocal8Bit(file.name().c_str());
 }
 
 std::shared_ptr<HsVariable> backwardsVariable(const Plot2D& plot)

@@ -26,6 +26,7 @@ int nextColorIndex(const Plot2D& plot);
 
 // What a variable's file is called; empty for values in memory.
 QString fileNameOf(const Variable& variable);
+QString fileNameOf(const PlotFile& file);
 // The file behind a variable; null for values in memory.
 std::shared_ptr<PlotFile> plotFileOf(const Variable& variable);
 

@@ -4,7 +4,6 @@
 #include <QEvent>
 #include <QFileDialog>
 #include <QFileInfo>
-#include <QInputDialog>
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
@@ -13,13 +12,8 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
-#include <system_error>
 
-#include "core/Interval.h"
 #include "core/TsExceptions.h"
-#include "core/TsNames.h"
-#include "portal/TsApplication.h"
-#include "share/Boxes.h"
 #include "share/CursorDock.h"
 #include "share/JobProgress.h"
 #include "share/NoticeStrip.h"
@@ -36,11 +30,6 @@ namespace {
 constexpr std::size_t kShownAtOpening = 8;
 constexpr int kWatchMs = 2000;
 constexpr int kMessageMs = 8000;
-
-QString nameOf(const PlotFile& file)
-{
-    return QString::fromLocal8Bit(file.name().c_str());
-}
 
 // Keys with Ctrl hold for the whole window; the plain ones are the canvas' own.
 void ownControlKeys(QMenu& menu)
@@ -247,8 +236,12 @@ void PlotWindow::addFile(const QString& file)
     const bool isFirst = m_canvas->files().size() == 0;
     const std::size_t before = m_canvas->files().size();
     const auto source = openFile(file);
-    if (!source || m_canvas->files().size() == before)
+    if (!source)
         return;
+    if (m_canvas->files().size() == before) {
+        tell(tr("%1 is here already.").arg(fileNameOf(*source)));
+        return;
+    }
     try {
         std::vector<std::uint32_t> columns = plottableColumns(*source);
         columns.resize(std::min(columns.size(), kShownAtOpening));
@@ -346,7 +339,7 @@ void PlotWindow::sl_checkFiles()
     FileArray& files = m_canvas->files();
     for (std::size_t i = 0; i < files.size(); ++i)
         if (files.changedOnDisk(i))
-            changed.append(nameOf(*files.file(i)));
+            changed.append(fileNameOf(*files.file(i)));
     if (changed.isEmpty()) {
         m_changed->hide();
         m_toldChange.clear();
@@ -370,7 +363,7 @@ void PlotWindow::reloadChanged()
         try {
             file->reload();
         } catch (const TS::Failure&) {
-            tell(tr("%1 cannot be read.").arg(nameOf(*file)));
+            tell(tr("%1 cannot be read.").arg(fileNameOf(*file)));
             continue;
         }
         for (const auto& v : m_canvas->plot().variables()) {
@@ -398,7 +391,7 @@ void PlotWindow::tellNotices()
         const auto file = m_canvas->files().file(i);
         if (file->missingRows() > 0)
             notes.append(tr("%1 is cut short: %2 of its %3 samples are there.")
-                             .arg(nameOf(*file))
+                             .arg(fileNameOf(*file))
                              .arg(file->rows())
                              .arg(std::uint64_t{file->rows()} + file->missingRows()));
     }
@@ -406,128 +399,4 @@ void PlotWindow::tellNotices()
         m_notice->hide();
     else
         m_notice->tell(notes.join(QStringLiteral("  ")));
-}
-
-// -- Saving --
-
-std::shared_ptr<PlotFile> PlotWindow::chooseFile()
-{
-    std::vector<std::shared_ptr<PlotFile>> files;
-    QStringList names;
-    for (const auto& v : m_canvas->plot().variables()) {
-        const auto file = plotFileOf(v->variable());
-        if (!v->variable().visible || !file || std::find(files.begin(), files.end(), file) != files.end())
-            continue;
-        files.push_back(file);
-        names.append(nameOf(*file));
-    }
-    if (files.empty()) {
-        tell(tr("No variable is shown."));
-        return nullptr;
-    }
-    if (files.size() == 1)
-        return files.front();
-    bool ok = false;
-    const QString name =
-        QInputDialog::getItem(this, tr("Save interval"), tr("Of which file?"), names, 0, false, &ok);
-    return ok ? files[static_cast<std::size_t>(names.indexOf(name))] : nullptr;
-}
-
-PlotWindow::Rows PlotWindow::intervalOf(const std::shared_ptr<PlotFile>& file)
-{
-    const Plot2D& plot = m_canvas->plot();
-    const Plot2D::Extent interval = plot.interval();
-    for (const auto& v : plot.variables()) {
-        if (v->variable().source() != file)
-            continue;
-        const std::uint32_t first = plot.axis().rowFrom(v->variable(), interval.x1);
-        const std::uint32_t last = plot.axis().rowAt(v->variable(), interval.x2);
-        if (first <= last)
-            return {first, last};
-    }
-    tell(tr("There are no samples in the interval."));
-    return {};
-}
-
-bool PlotWindow::mayReplace(const QString& target)
-{
-    std::error_code error;
-    for (std::size_t i = 0; i < m_canvas->files().size(); ++i) {
-        if (std::filesystem::equivalent(m_canvas->files().file(i)->path(), target.toLocal8Bit().toStdString(),
-                                        error)) {
-            showBox(QMessageBox::Warning, this, tr("Save interval"),
-                    tr("%1 is shown in this window. Choose another name.").arg(QFileInfo(target).fileName()));
-            return false;
-        }
-    }
-    if (TsApplication::instance() != nullptr && TsApplication::instance()->isOpenForWriting(target)) {
-        showBox(QMessageBox::Warning, this, tr("Save interval"),
-                tr("The file %1 is open for writing in another window.\nClose that window first.")
-                    .arg(QFileInfo(target).fileName()));
-        return false;
-    }
-    return true;
-}
-
-void PlotWindow::sl_saveInterval()
-{
-    const auto file = chooseFile();
-    if (!file)
-        return;
-    const QFileInfo source(QString::fromLocal8Bit(file->path().c_str()));
-    const QString typed = QFileDialog::getSaveFileName(
-        this, tr("Save interval"),
-        source.dir().filePath(source.completeBaseName() + QStringLiteral("_part.ts")), tr("Ts-files (*.ts)"));
-    if (typed.isEmpty())
-        return;
-    const QFileInfo chosen(typed);
-    const QString name =
-        QString::fromLocal8Bit(newTsFileName(chosen.fileName().toLocal8Bit().toStdString()).c_str());
-    const QString target = chosen.dir().filePath(name);
-    // The dialog has asked about the name as it was typed.
-    if (target != typed && QFile::exists(target) &&
-        !askYesNo(QMessageBox::Warning, this, tr("Save interval"),
-                  tr("The file %1 exists.\nDo you want to overwrite the existing file?").arg(name)))
-        return;
-    if (!mayReplace(target))
-        return;
-    try {
-        const Rows rows = intervalOf(file);
-        if (rows.last == 0)
-            return;
-        JobProgress progress(this, tr("Saving %1").arg(name));
-        if (saveInterval(*file, rows.first, rows.last, target.toLocal8Bit().toStdString(),
-                         progress.callback()) == JobOutcome::Cancelled) {
-            tell(tr("Cancelled; nothing was saved."));
-            return;
-        }
-        tell(tr("%1 samples saved as %2 in %3 s")
-                 .arg(rows.last - rows.first + 1)
-                 .arg(name)
-                 .arg(progress.seconds(), 0, 'f', 1));
-        emit x_directory_changed();
-    } catch (const TS::Failure&) {
-        showBox(QMessageBox::Warning, this, tr("Save interval"), tr("%1 could not be saved.").arg(name));
-    } catch (const std::system_error& e) {
-        showBox(
-            QMessageBox::Warning, this, tr("Save interval"),
-            tr("%1 could not be saved: %2").arg(name, QString::fromLocal8Bit(e.code().message().c_str())));
-    }
-}
-
-void PlotWindow::sl_exportInterval()
-{
-    TsApplication* const application = TsApplication::instance();
-    const auto file = application == nullptr ? nullptr : chooseFile();
-    if (!file)
-        return;
-    try {
-        const Rows rows = intervalOf(file);
-        if (rows.last != 0 &&
-            application->exportInterval(QString::fromLocal8Bit(file->path().c_str()),
-                                        file->sampleOf(rows.first), file->sampleOf(rows.last)))
-            tell(tr("%1 samples saved").arg(rows.last - rows.first + 1));
-    } catch (const TS::Failure&) {
-        tell(tr("%1 cannot be read.").arg(nameOf(*file)));
-    }
 }

@@ -6,12 +6,7 @@
 
 #include <clocale>
 
-// Qt's offscreen platform never frees its one screen.
-extern "C" const char* __lsan_default_suppressions();
-extern "C" const char* __lsan_default_suppressions()
-{
-    return "leak:libqoffscreen\nleak:QScreen::QScreen\nleak:QPlatformScreen\nleak:handleScreenAdded\n";
-}
+#include "tests/QtLeaks.h"
 
 int main(int argc, char** argv)
 {

@@ -12,6 +12,7 @@
 #include "core/PlotValues.h"
 #include "core/TSFILE.h"
 #include "core/TsExceptions.h"
+#include "core/XAxis.h"
 #include "tests/core/TsFileBytes.h"
 
 namespace {
@@ -295,6 +296,19 @@ TEST(PlotSource, rowAtIsTheLastRowAtOrBefore)
             EXPECT_EQ(file->timeOf(file->rowAt(t)), t) << name;
         }
     }
+}
+
+TEST(PlotSource, timesThatAreAllEqualAreOneMoment)
+{
+    const TestDirectory directory;
+    TSFILE("still.ts", 300'000, 1, 1).flush(true);
+    const auto file = std::make_shared<PlotFile>("still.ts");
+    const HsVariable v = built(file, 2);
+    XAxis axis;
+    EXPECT_EQ(axis.rowFrom(v.variable(), 0.0), 1U);
+    EXPECT_EQ(axis.rowAt(v.variable(), 0.0), 300'000U);
+    EXPECT_EQ(axis.rowFrom(v.variable(), 0.1), 300'001U);
+    EXPECT_EQ(axis.rowAt(v.variable(), -0.1), 0U);
 }
 
 TEST(PlotSource, timesThatRunBackwardsGiveRowNumbers)

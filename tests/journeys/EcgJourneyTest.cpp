@@ -15,7 +15,6 @@
 #include <cstdio>
 
 #include "core/TsNames.h"
-#include "portal/MyApplication.h"
 #include "tests/BoxAnswer.h"
 #include "tests/core/TsFileBytes.h"
 
@@ -139,10 +138,3 @@ TEST_F(EcgJourney, textBecomesAFileIsListedRenamedWrittenAndComesBackEqual)
 }
 
 }  // namespace
-
-int main(int argc, char** argv)
-{
-    MyApplication application(argc, argv);
-    testing::InitGoogleTest(&argc, argv);
-    return RUN_ALL_TESTS();
-}

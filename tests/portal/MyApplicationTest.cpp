@@ -2,13 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <QApplication>
 #include <QErrorMessage>
 #include <QTextEdit>
 
 #include <stdexcept>
 
+#include "core/TSFILE.h"
 #include "core/TsExceptions.h"
-#include "portal/MyApplication.h"
 #include "portal/TsApplication.h"
 #include "tests/core/TsFileBytes.h"
 
@@ -132,12 +133,3 @@ TEST(ReportTest, numbersKeepTheirPointAndNamesTheirUmlautsInThePlainLocale)
 }
 
 }  // namespace
-
-int main(int argc, char** argv)
-{
-    // As on a machine without any locale.
-    setenv("LC_ALL", "C", 1);
-    MyApplication application(argc, argv);
-    testing::InitGoogleTest(&argc, argv);
-    return RUN_ALL_TESTS();
-}

@@ -288,6 +288,51 @@ TEST(PlotWindow, changedFileIsToldAndLoadedAgain)
     EXPECT_LT(window.canvas()->plot().x2(), 6.0);
 }
 
+// Types a name into the file dialog that opens next.
+BoxAnswer saveAs(const char* name)
+{
+    return BoxAnswer(QStringLiteral("&Save"), [name](QWidget& dialog) {
+        dialog.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->setText(QString::fromLatin1(name));
+    });
+}
+
+TEST(PlotWindow, savesTheIntervalBetweenTheCursorsAndNeverOverItsOwnFile)
+{
+    const TestDirectory directory;
+    makeFile("test.ts");
+    QtPlotWin window(QStringLiteral("test.ts"));
+    window.show();
+    window.canvas()->plot().setCursor(Plot2D::A, 4.0);
+    window.canvas()->plot().setCursor(Plot2D::B, 2.001);
+    {
+        const BoxAnswer answer = saveAs("part of it.ts");
+        window.sl_saveInterval();
+    }
+    const PlotFile part("part of it.ts");
+    EXPECT_EQ(part.rows(), 2000U);
+    EXPECT_EQ(part.value(1, 3), 2001.0F);
+    EXPECT_FLOAT_EQ(static_cast<float>(part.timeOf(2000)), 4.0F);
+}
+
+TEST(PlotWindow, secondFileIsAlignedWithTheFirst)
+{
+    const TestDirectory directory;
+    makeFile("one.ts");
+    makeFile("two.ts", 500);
+    TSFILE("two.ts", false).startTime(100.0F);
+    QtPlotWin window(QStringLiteral("one.ts"));
+    window.show();
+    emit window.canvas()->x_files_dropped({QStringLiteral("two.ts")});
+    const Plot2D& plot = window.canvas()->plot();
+    EXPECT_EQ(plot.variables().size(), 6U);
+    EXPECT_NEAR(plot.x2(), 100.5, 1e-3);
+    for (QPushButton* const button : window.findChildren<QPushButton*>())
+        if (button->text() == QLatin1String("A&lign start"))
+            button->click();
+    EXPECT_NEAR(plot.x2(), 10.0, 1e-3);
+    EXPECT_NEAR(plot.axis().xOf(plot.variables().back()->variable(), 1), 0.001, 1e-6);
+}
+
 TEST(PlotWindow, unreadableAndHostileFilesAreToldInTheWindow)
 {
     const TestDirectory directory;
@@ -337,6 +382,11 @@ TEST(PlotColumnWindow, stepsThroughTheColumns)
     EXPECT_EQ(window.column(), 3U);
     EXPECT_EQ(window.canvas()->plot().reference()->variable().column(), 3U);
     EXPECT_EQ(window.canvas()->plot().x1(), 2.0);
+    {
+        const BoxAnswer answer = saveAs("copy.ts");
+        window.sl_saveAs();
+    }
+    EXPECT_EQ(bytesOf("copy.ts"), bytesOf("test.ts"));
     QTest::keyClick(&window, Qt::Key_PageDown, Qt::ControlModifier);
     EXPECT_EQ(window.column(), 3U);
 }

@@ -1,0 +1,271 @@
+#include "calc/Spectrum.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+#include <numbers>
+
+#include "calc/SpectrumSamples.h"
+#include "calc/mixfft.h"
+
+namespace {
+
+constexpr double kPi = std::numbers::pi;
+constexpr double kDegrees = 180.0 / kPi;
+constexpr double kDropsLittle = 0.999;  // of the samples stay
+constexpr std::uint32_t kRun = 1U << 14;
+constexpr std::uint64_t kBytesASample = 32;
+
+struct WindowRow
+{
+    SpectrumWindow window;
+    const char* name;
+    double terms[5];  // of a sum of cosines with alternating signs; none for Bartlett
+};
+
+constexpr WindowRow kWindows[] = {
+    {SpectrumWindow::Hann, "Hann", {0.5, 0.5}},
+    {SpectrumWindow::Rectangular, "Rectangular", {1.0}},
+    {SpectrumWindow::Hamming, "Hamming", {0.54, 0.46}},
+    {SpectrumWindow::Blackman, "Blackman", {0.42, 0.5, 0.08}},
+    {SpectrumWindow::BlackmanHarris, "Blackman-Harris", {0.35875, 0.48829, 0.14128, 0.01168}},
+    {SpectrumWindow::FlatTop, "Flat top", {1.0, 1.9383379, 1.3045202, 0.4028270, 0.0350665}},
+    {SpectrumWindow::Bartlett, "Bartlett", {}},
+};
+static_assert(std::size(kWindows) == kSpectrumWindows);
+
+bool isOfFactors235(std::uint32_t n)
+{
+    for (const std::uint32_t p : {2U, 3U, 5U})
+        while (n % p == 0)
+            n /= p;
+    return n == 1;
+}
+
+double inDecibel(double value, bool power)
+{
+    return (power ? 10.0 : 20.0) * std::log10(value);
+}
+
+// One value of the spectrum from the power |Y|^2 of a bin.
+struct Scale
+{
+    double amplitude;  // 1 / S1
+    double density;    // 1 / (fs S2)
+    SpectrumResult result;
+    bool decibel;
+
+    double operator()(double power, bool atNyquist) const
+    {
+        const double c = atNyquist ? 1.0 : 2.0;
+        double value = 0.0;
+        switch (result) {
+            case SpectrumResult::PowerDensity:
+                value = c * power * density;
+                return decibel ? inDecibel(value, true) : value;
+            case SpectrumResult::AmplitudeDensity:
+                value = std::sqrt(c * power * density);
+                break;
+            case SpectrumResult::RmsAmplitude:
+                value = c * std::sqrt(power) * amplitude / (atNyquist ? 1.0 : std::numbers::sqrt2);
+                break;
+            default:
+                value = c * std::sqrt(power) * amplitude;
+                break;
+        }
+        return decibel ? inDecibel(value, false) : value;
+    }
+};
+
+Scale scaleOf(const SpectrumRequest& request, std::uint32_t used)
+{
+    double sum = 0.0;
+    double squares = 0.0;
+    for (std::uint32_t i = 0; i < used; ++i) {
+        const double w = windowSample(request.window, i, used);
+        sum += w;
+        squares += w * w;
+    }
+    return {1.0 / sum, request.dt / squares, request.result, request.decibel};
+}
+
+// Rows for the target, handed over in runs.
+class RowWriter
+{
+public:
+    RowWriter(TSFILE& target, double step) : m_target(target), m_columns(target.columns()), m_step(step) {}
+
+    void add(double second, double third)
+    {
+        const auto bin = static_cast<double>(m_written + m_rows.size() / m_columns + 1);
+        m_rows.push_back(static_cast<float>(bin * m_step));
+        m_rows.push_back(static_cast<float>(second));
+        if (m_columns > 2)
+            m_rows.push_back(static_cast<float>(third));
+        if (m_rows.size() >= std::size_t{kRun} * m_columns)
+            flush();
+    }
+    void flush()
+    {
+        const auto count = static_cast<std::uint32_t>(m_rows.size() / m_columns);
+        m_target.writeRows(m_written + 1, count, m_rows.data());
+        m_written += count;
+        m_rows.clear();
+    }
+
+private:
+    TSFILE& m_target;
+    std::uint32_t m_columns;
+    double m_step;
+    std::uint32_t m_written = 0;
+    std::vector<float> m_rows;
+};
+
+// Samples of one transform and its outcome: the four arrays.
+struct Transform
+{
+    explicit Transform(std::uint32_t length) : xRe(length), xIm(length), yRe(length), yIm(length) {}
+    std::vector<double> xRe, xIm, yRe, yIm;
+
+    bool run(const Progress& progress)
+    {
+        const auto n = static_cast<int>(xRe.size());
+        return mixedRadixFft(n, xRe.data(), xIm.data(), yRe.data(), yIm.data(), progress);
+    }
+    double power(std::size_t bin) const { return yRe[bin] * yRe[bin] + yIm[bin] * yIm[bin]; }
+};
+
+JobOutcome wholeRange(TSFILE& source, const SpectrumRequest& request, const SpectrumPlan& plan,
+                      TSFILE& target, double& mean, const Progress& progress)
+{
+    Transform transform(plan.length);
+    const std::span<double> samples = std::span(transform.xRe).first(plan.used);
+    if (loadSamples(source, request, request.from, samples, progress) == JobOutcome::Cancelled)
+        return JobOutcome::Cancelled;
+    mean = removeTrend(samples, request.trend);
+    for (std::uint32_t i = 0; i < plan.used; ++i)
+        samples[i] *= windowSample(request.window, i, plan.used);
+    if (!transform.run(progress))
+        return JobOutcome::Cancelled;
+
+    const Scale scale = scaleOf(request, plan.used);
+    RowWriter rows(target, plan.resolution);
+    for (std::uint32_t k = 1; k <= plan.bins; ++k) {
+        const bool atNyquist = 2 * std::uint64_t{k} == plan.length;
+        const double re = transform.yRe[k];
+        const double im = transform.yIm[k];
+        if (request.result == SpectrumResult::RealImaginary) {
+            const double c = (atNyquist ? 1.0 : 2.0) * scale.amplitude;
+            rows.add(c * re, c * im);
+        } else {
+            rows.add(scale(transform.power(k), atNyquist), std::atan2(im, re) * kDegrees);
+        }
+    }
+    rows.flush();
+    return JobOutcome::Done;
+}
+
+JobOutcome segments(TSFILE& source, const SpectrumRequest& request, const SpectrumPlan& plan, TSFILE& target,
+                    double& mean, const Progress& progress)
+{
+    Transform transform(plan.length);
+    std::vector<double> window(plan.used);
+    for (std::uint32_t i = 0; i < plan.used; ++i)
+        window[i] = windowSample(request.window, i, plan.used);
+    std::vector<double> power(plan.bins + 1, 0.0);
+    double sum = 0.0;
+    const std::uint32_t hop = segmentHop(request);
+    for (std::uint32_t s = 0; s < plan.segments; ++s) {
+        const std::span<double> samples = std::span(transform.xRe).first(plan.used);
+        const auto first = static_cast<std::uint32_t>(request.from + std::uint64_t{s} * hop);
+        loadSamples(source, request, first, samples, {});
+        sum += removeTrend(samples, request.trend);
+        for (std::uint32_t i = 0; i < plan.used; ++i)
+            samples[i] *= window[i];
+        std::fill(transform.xRe.begin() + plan.used, transform.xRe.end(), 0.0);
+        if (!transform.run({}) || !goesOn(progress, s + 1, plan.segments))
+            return JobOutcome::Cancelled;
+        for (std::uint32_t k = 1; k <= plan.bins; ++k)
+            power[k] += transform.power(k);
+    }
+    mean = sum / plan.segments;
+
+    const Scale scale = scaleOf(request, plan.used);
+    RowWriter rows(target, plan.resolution);
+    for (std::uint32_t k = 1; k <= plan.bins; ++k)
+        rows.add(scale(power[k] / plan.segments, 2 * std::uint64_t{k} == plan.length), 0.0);
+    rows.flush();
+    return JobOutcome::Done;
+}
+
+}  // namespace
+
+const char* spectrumWindowName(SpectrumWindow window)
+{
+    return kWindows[static_cast<std::size_t>(window)].name;
+}
+
+std::uint32_t shortenedLength(std::uint32_t m)
+{
+    std::uint32_t fast = m;
+    while (fast > 1 && !isOfFactors235(fast))
+        --fast;
+    if (fast >= kDropsLittle * m)
+        return fast;
+    std::uint32_t any = m;
+    while (any > 1 && !isTransformLength(static_cast<int>(any)))
+        --any;
+    return any;
+}
+
+std::uint32_t paddedLength(std::uint32_t m)
+{
+    std::uint32_t n = std::max(m, 1U);
+    while (!isOfFactors235(n))
+        ++n;
+    return n;
+}
+
+SpectrumPlan planSpectrum(const SpectrumRequest& request)
+{
+    SpectrumPlan plan;
+    const std::uint32_t range = request.to < request.from ? 0 : request.to - request.from + 1;
+    if (range < 2 || !(request.dt > 0.0))
+        return plan;
+    const std::uint32_t wanted = request.averaged ? request.segment : range;
+    plan.length = request.pad ? paddedLength(wanted) : shortenedLength(wanted);
+    plan.used = std::min(wanted, plan.length);
+    plan.bins = plan.length / 2;
+    if (request.averaged)
+        plan.segments = range < plan.used ? 0 : (range - plan.used) / segmentHop(request) + 1;
+    plan.resolution = 1.0 / (plan.length * request.dt);
+    plan.highest = plan.bins * plan.resolution;
+    plan.bytes = plan.length * kBytesASample;
+    return plan;
+}
+
+double windowSample(SpectrumWindow window, std::uint32_t i, std::uint32_t m)
+{
+    const double at = static_cast<double>(i) / m;
+    if (window == SpectrumWindow::Bartlett)
+        return 1.0 - std::fabs(2.0 * at - 1.0);
+    const double(&terms)[5] = kWindows[static_cast<std::size_t>(window)].terms;
+    double sum = terms[0];
+    double sign = -1.0;
+    for (int k = 1; k < 5 && terms[k] != 0.0; ++k, sign = -sign)
+        sum += sign * terms[k] * std::cos(2.0 * kPi * k * at);
+    return sum;
+}
+
+std::uint32_t spectrumColumns(const SpectrumRequest& request)
+{
+    return request.averaged ? 2 : 3;
+}
+
+JobOutcome computeSpectrum(TSFILE& source, const SpectrumRequest& request, TSFILE& target, double& mean,
+                           const Progress& progress)
+{
+    const SpectrumPlan plan = planSpectrum(request);
+    return request.averaged ? segments(source, request, plan, target, mean, progress)
+                            : wholeRange(source, request, plan, target, mean, progress);
+}

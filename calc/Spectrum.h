@@ -1,0 +1,47 @@
+// Spectra of a column of a ts-file: lengths, windows, scaling, averaging, peaks. No window of the program.
+//
+// The scaling is that of G. Heinzel, A. Ruediger, R. Schilling, "Spectrum and spectral density estimation by
+// the Discrete Fourier transform" (2002): with the window w over m samples, S1 its sum, S2 the sum of its
+// squares and fs the sampling frequency, the amplitude at bin k is c |Y| / S1 and the power density
+// c |Y|^2 / (fs S2), where c is 2, and 1 at half the sampling frequency. Averages are P. D. Welch's, "The use
+// of Fast Fourier Transform for the estimation of power spectra", IEEE Trans. AU-15 (1967).
+#pragma once
+
+#include <cstdint>
+
+#include "calc/SpectrumRequest.h"
+#include "core/Progress.h"
+#include "core/TSFILE.h"
+
+// What a request comes to.
+struct SpectrumPlan
+{
+    std::uint32_t used = 0;      // samples of the range that take part (of one segment where averaged)
+    std::uint32_t length = 0;    // of the transform
+    std::uint32_t bins = 0;      // length / 2: bin k stands in sample k, bin 0 in none
+    std::uint32_t segments = 1;  // 0 where the range is shorter than one
+    double resolution = 0.0;     // Hz
+    double highest = 0.0;        // Hz
+    std::uint64_t bytes = 0;     // of memory
+};
+
+// The greatest length up to m of factors 2, 3 and 5 if it drops at most a thousandth, else the greatest
+// without a prime factor above 37; the least of 2, 3 and 5 from m on.
+std::uint32_t shortenedLength(std::uint32_t m);
+std::uint32_t paddedLength(std::uint32_t m);
+
+SpectrumPlan planSpectrum(const SpectrumRequest& request);
+
+const char* spectrumWindowName(SpectrumWindow window);
+// Sample i of a window of m samples.
+double windowSample(SpectrumWindow window, std::uint32_t i, std::uint32_t m);
+
+// Computes the spectrum and writes it into `target`: plan.bins samples of three columns, "Freq" in Hz, the
+// result, and the phase in degrees (or "Re" and "Im"); averages have two columns. Holds four arrays of
+// plan.length doubles and no more. `mean` gets the mean of the samples that took part.
+// Throws the TS exceptions and std::bad_alloc.
+JobOutcome computeSpectrum(TSFILE& source, const SpectrumRequest& request, TSFILE& target, double& mean,
+                           const Progress& progress);
+
+// Columns of the target: 2 or 3.
+std::uint32_t spectrumColumns(const SpectrumRequest& request);

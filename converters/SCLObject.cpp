@@ -1,0 +1,241 @@
+#include "converters/SCLObject.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <ctime>
+#include <limits>
+#include <memory>
+
+#include "converters/ColumnTexts.h"
+#include "converters/STLWriter.h"
+#include "core/ScratchFile.h"
+#include "core/TsNames.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t kMostTroubles = 1000;
+constexpr std::uint64_t kLookEvery = 16384;
+constexpr double kSameRate = 1e-6;
+
+// When the file was last written, on the local wall clock.
+Micros dateOf(const fs::path& file)
+{
+    using namespace std::chrono;
+    std::error_code unknown;
+    const auto written = fs::last_write_time(file, unknown);
+    if (unknown)
+        return 0;
+    const std::time_t seconds =
+        system_clock::to_time_t(time_point_cast<system_clock::duration>(file_clock::to_sys(written)));
+    const std::tm* const local = std::localtime(&seconds);
+    return local == nullptr ? 0 : (Micros{seconds} + local->tm_gmtoff) * kMicrosPerSecond;
+}
+
+std::string hertz(double step)
+{
+    char text[32];
+    std::snprintf(text, sizeof text, "%g Hz", 1.0 / step);
+    return text;
+}
+
+// "1 000"
+std::string inGroups(std::uint64_t n)
+{
+    std::string text = std::to_string(n);
+    for (std::size_t i = text.size(); i > 3;)
+        text.insert(i -= 3, " ");
+    return text;
+}
+
+std::string bareName(const SCLSource& source)
+{
+    return source.file.filename().string();
+}
+
+}  // namespace
+
+void SCLObject::add(const fs::path& file)
+{
+    SCLSource source = detectSource(file, skipLines);
+    if (sources.empty()) {
+        start = source.start.value_or(dateOf(file));
+        step = 1.0;
+        description = source.description.empty() ? source.name : source.description;
+    }
+    // The first file that tells a rate gives it.
+    const bool told = std::any_of(sources.begin(), sources.end(),
+                                  [](const SCLSource& other) { return other.step.has_value(); });
+    if (source.step && !told)
+        step = *source.step;
+    sources.push_back(std::move(source));
+}
+
+void SCLObject::detectAgain()
+{
+    for (SCLSource& source : sources) {
+        SCLSource again = detectSource(source.file, skipLines);
+        source.skipsFirst = again.skipsFirst;
+        source.inTurn = again.inTurn;
+        source.step = again.step;
+        source.start = again.start;
+    }
+}
+
+// -- Check --
+
+void SCLObject::requireOneRate() const
+{
+    const SCLSource* told = nullptr;
+    for (const SCLSource& source : sources) {
+        if (!source.step)
+            continue;
+        if (told != nullptr && std::fabs(*source.step - *told->step) > kSameRate * *told->step)
+            throw STLError(bareName(*told) + " has " + hertz(*told->step) + ", " + bareName(source) + " " +
+                           hertz(*source.step) + ". Import them separately.");
+        told = told == nullptr ? &source : told;
+    }
+}
+
+JobOutcome SCLObject::check(const Progress& progress)
+{
+    m_found = SCLCheck();
+    if (sources.empty())
+        throw STLError("No file is chosen.");
+    requireOneRate();
+    std::uint64_t most = 0;
+    for (std::size_t i = 0; i < sources.size(); ++i) {
+        SCLReader reader(sources[i], skipLines);
+        std::uint64_t count = 0;
+        while (reader.next()) {
+            ++count;
+            m_found.missing += std::isnan(reader.value()) ? 1 : 0;
+            if (!reader.trouble().empty() && ++m_found.troubleCount <= kMostTroubles)
+                m_found.troubles.push_back({i, reader.line(), reader.trouble()});
+            if (count % kLookEvery == 0 && !goesOn(progress, i * reader.fileBytes() + reader.position(),
+                                                   sources.size() * reader.fileBytes()))
+                return JobOutcome::Cancelled;
+        }
+        m_found.values.push_back(count);
+        most = std::max(most, count);
+    }
+    if (most == 0)
+        throw STLError("No line of numbers was found in " + bareName(sources.front()) + ".");
+    requireFits(most, static_cast<std::uint32_t>(sources.size()) + 1);
+    m_found.samples = static_cast<std::uint32_t>(most);
+    return JobOutcome::Done;
+}
+
+std::vector<std::string> SCLObject::notices() const
+{
+    std::vector<std::string> texts;
+    for (std::size_t i = 0; i < sources.size(); ++i) {
+        if (m_found.values[i] < m_found.samples)
+            texts.push_back(bareName(sources[i]) + " has " + inGroups(m_found.samples - m_found.values[i]) +
+                            (m_found.values[i] + 1 == m_found.samples ? " value fewer." : " values fewer."));
+        if (sources[i].inTurn)
+            texts.push_back(bareName(sources[i]) + " has several numbers a line; they are read in turn.");
+        else if (sources[i].skipsFirst)
+            texts.push_back("The first number of each line of " + bareName(sources[i]) +
+                            " is an index or a time.");
+    }
+    return texts;
+}
+
+// -- Write --
+
+STLCheck SCLObject::result() const
+{
+    STLCheck made;
+    made.samples = m_found.samples;
+    made.rows = m_found.samples;
+    made.dt = static_cast<float>(step);
+    made.typicalStep = step;
+    double seconds = 0.0;
+    if (start != 0) {
+        const Micros second = (start % kMicrosPerSecond + kMicrosPerSecond) % kMicrosPerSecond;
+        seconds = static_cast<double>(localSeconds(start - second)) +
+                  static_cast<double>(second) / kMicrosPerSecond;
+    }
+    // Before 1970 there is no start: the times stand in a column of their own.
+    made.timeColumns = seconds < 0.0 ? 1 : 0;
+    made.firstSeconds = seconds + step;
+    made.columns = static_cast<std::uint32_t>(sources.size()) + made.timeColumns;
+    if (seconds > 0.0 && seconds < 4294967295.0) {
+        made.startSeconds = static_cast<std::uint32_t>(seconds);
+        made.startTime = static_cast<float>(seconds - made.startSeconds);
+    }
+    return made;
+}
+
+std::vector<std::string> SCLObject::columnNames() const
+{
+    std::vector<std::string> wanted;
+    for (const SCLSource& source : sources)
+        wanted.push_back(source.name.empty() ? "Col-" + std::to_string(wanted.size() + 1) : source.name);
+    return uniqueColumnNames(wanted);
+}
+
+void SCLObject::writeHeader(TSFILE& target) const
+{
+    const STLCheck made = result();
+    target.description(cutTo(description, kFileDescription.width - 1).c_str());
+    target.timeUnit("Time[s]");
+    target.dt(made.dt);
+    target.startSeconds(made.startSeconds);
+    target.startTime(made.startTime);
+    if (made.timeColumns > 0)
+        target.makeTimeColumns(1, 0);
+    const auto stamp = static_cast<std::time_t>(std::max(start == 0 ? 0.0 : made.firstSeconds - step, 0.0));
+    const std::vector<std::string> names = columnNames();
+    for (std::uint32_t col = 1; col <= target.columns(); ++col)
+        target.stampColumn(col, stamp);
+    for (std::size_t i = 0; i < sources.size(); ++i) {
+        const auto col = static_cast<std::uint32_t>(i) + made.timeColumns + 1;
+        const std::string& text = sources[i].description.empty() ? sources[i].name : sources[i].description;
+        target.columnName(col, names[i].c_str());
+        target.columnDescription(col, nameWithUnit(text, sources[i].unit).c_str());
+    }
+}
+
+JobOutcome SCLObject::write(TSFILE& target, const Progress& progress)
+{
+    writeHeader(target);
+    STLFormat format;
+    format.fill = fill;
+    const STLCheck made = result();
+    STLWriter writer(target, format, made);
+    std::vector<std::unique_ptr<SCLReader>> readers;
+    for (const SCLSource& source : sources)
+        readers.push_back(std::make_unique<SCLReader>(source, skipLines));
+    std::vector<float> row(sources.size());
+    for (std::uint32_t sample = 0; sample < made.samples; ++sample) {
+        for (std::size_t i = 0; i < readers.size(); ++i) {
+            const bool has = sample < m_found.values[i];
+            if (has && !readers[i]->next())
+                throw STLError(bareName(sources[i]) + " has changed while it was read. Import it again.");
+            row[i] = has ? readers[i]->value() : std::numeric_limits<float>::quiet_NaN();
+        }
+        writer.add(step * sample, row);
+        if (sample % kLookEvery == 0 && !goesOn(progress, sample, made.samples))
+            return JobOutcome::Cancelled;
+    }
+    writer.finish();
+    return JobOutcome::Done;
+}
+
+JobOutcome importSCL(SCLObject& logs, const fs::path& target, const Progress& progress)
+{
+    ScratchFile scratch(target.parent_path(), "import", ".ts");
+    {
+        const STLCheck made = logs.result();
+        const auto file = createTsFile(scratch.path().string(), made.samples, made.columns);
+        if (logs.write(*file, progress) == JobOutcome::Cancelled)
+            return JobOutcome::Cancelled;
+    }
+    scratch.putInPlace(target);
+    return JobOutcome::Done;
+}

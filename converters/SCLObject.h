@@ -1,0 +1,68 @@
+// Single column logs on their way to a ts-file: each file becomes a column.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "converters/SCLSource.h"
+#include "converters/STLCheck.h"
+#include "core/Progress.h"
+#include "core/TSFILE.h"
+
+struct SCLTrouble
+{
+    std::size_t source;  // from 0
+    std::uint64_t line;
+    std::string text;
+};
+
+struct SCLCheck
+{
+    std::vector<std::uint64_t> values;  // of each source
+    std::uint64_t missing = 0;          // among them
+    std::uint64_t troubleCount = 0;
+    std::vector<SCLTrouble> troubles;  // the first thousand
+    std::uint32_t samples = 0;         // of the longest
+};
+
+class SCLObject
+{
+public:
+    // -- What is imported; public because every member may be changed freely before the check --
+    std::vector<SCLSource> sources;
+    std::uint64_t skipLines = 0;
+    Micros start = 0;   // wall clock, local time; 0 for none
+    double step = 1.0;  // seconds
+    STLFill fill = STLFill::NaN;
+    std::string description;
+
+    // Adds a file. The first one gives the start, its head's or else the file's date; the first one that
+    // tells a rate gives the step, else it is one second. Throws as detectSource().
+    void add(const std::filesystem::path& file);
+    // Looks at all files again, after another number of lines to skip.
+    void detectAgain();
+
+    // Throws STLError (no files, rates that differ, 2 GiB or more), std::system_error.
+    JobOutcome check(const Progress& progress);
+    const SCLCheck& found() const { return m_found; }
+    // Notices for the user: "b.scl has 1 000 values fewer.", several numbers a line. Needs a check.
+    std::vector<std::string> notices() const;
+
+    // The file that is to be made, after a check: counts, start and sample time.
+    STLCheck result() const;
+    // Names that the columns get: at most 11 bytes, each one once.
+    std::vector<std::string> columnNames() const;
+    // Writes header and values into a file of result().samples and result().columns. Throws STLError where
+    // a source has changed meanwhile, the TS exceptions, std::system_error.
+    JobOutcome write(TSFILE& target, const Progress& progress);
+
+private:
+    void requireOneRate() const;
+    void writeHeader(TSFILE& target) const;
+
+    SCLCheck m_found;
+};
+
+// As importSTL().
+JobOutcome importSCL(SCLObject& logs, const std::filesystem::path& target, const Progress& progress);

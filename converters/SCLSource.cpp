@@ -1,0 +1,214 @@
+#include "converters/SCLSource.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "converters/STLGuess.h"
+#include "converters/STLSample.h"
+#include "core/TextNumbers.h"
+
+namespace {
+
+constexpr std::size_t kLongestLine = 1U << 16;
+constexpr std::size_t kLongestQuote = 40;
+constexpr double kConstantWithin = 1e-3;
+
+// A decimal comma and a decimal point are both understood.
+std::optional<double> numberIn(std::string_view word)
+{
+    const ParsedNumber number = parseNumber(word.data(), word.data() + word.size(), DecimalMark::Both);
+    const bool whole = number.end == word.data() + word.size() && std::isfinite(number.value);
+    return whole && !word.empty() ? std::optional(number.value) : std::nullopt;
+}
+
+bool isRemarkLine(std::string_view line)
+{
+    line.remove_prefix(std::min(line.find_first_not_of(" \t"), line.size()));
+    return line.starts_with('#') || line.starts_with('%') || line.starts_with("//") || line.starts_with(';');
+}
+
+// The words of a value line: numbers and markers of missing values. A word of text behind a number is its
+// unit and left out.
+void readWords(std::string_view line, std::vector<STLToken>& tokens)
+{
+    static const STLCells kCells;
+    tokens.clear();
+    const auto isGap = [](char c) { return c == ' ' || c == '\t' || c == ';' || c == '\r'; };
+    const char* p = line.data();
+    const char* const end = p + line.size();
+    while ((p = std::find_if_not(p, end, isGap)) != end) {
+        const char* const stop = std::find_if(p, end, isGap);
+        const std::string_view word(p, static_cast<std::size_t>(stop - p));
+        p = stop;
+        if (const auto number = numberIn(word))
+            tokens.push_back({STLKind::Number, word, *number});
+        else if (isMissing(word, kCells))
+            tokens.push_back({STLKind::Missing, word, 0.0});
+        else if (tokens.empty() || tokens.back().kind != STLKind::Number)
+            tokens.push_back({STLKind::Text, word, 0.0});
+    }
+}
+
+struct HeadLine
+{
+    std::string key;
+    std::string value;
+};
+
+std::optional<HeadLine> headLine(std::string_view line, STLEncoding encoding)
+{
+    const std::size_t at = line.find_first_of(":=");
+    if (at == std::string_view::npos)
+        return std::nullopt;
+    const auto cut = [&](std::string_view part) {
+        const std::size_t from = part.find_first_not_of(" \t\"#%");
+        const std::size_t to = part.find_last_not_of(" \t\r\"");
+        return from == std::string_view::npos || to == std::string_view::npos || to < from
+                   ? std::string()
+                   : decoded(part.substr(from, to - from + 1), encoding);
+    };
+    HeadLine head{cut(line.substr(0, at)), cut(line.substr(at + 1))};
+    return head.key.empty() || numberIn(head.key) ? std::nullopt : std::optional(head);
+}
+
+void useHead(SCLSource& source, const HeadLine& head)
+{
+    STLCells cells;
+    cells.decimal = head.value.find(',') != std::string::npos ? ',' : '.';
+    switch (keyOf(head.key)) {
+        case STLKey::Start:
+            if (const auto stamp = readStamp(head.value))
+                source.start = wallClock(*stamp, DateOrder::DayMonth);
+            break;
+        case STLKey::Interval:
+            if (const auto step = readInterval(head.value, cells); step && *step > 0)
+                source.step = step;
+            break;
+        case STLKey::Rate:
+            if (const auto hertz = readRate(head.value, cells); hertz && *hertz > 0)
+                source.step = 1.0 / *hertz;
+            break;
+        case STLKey::Name:
+            source.name = head.value;
+            break;
+        case STLKey::Unit:
+            source.unit = head.value;
+            break;
+        case STLKey::Description:
+            source.description = head.value;
+            break;
+        default:
+            break;
+    }
+}
+
+// Whether the first numbers of the lines rise by a constant step, and by which.
+std::optional<double> constantRise(const std::vector<std::vector<double>>& lines)
+{
+    if (lines.size() < 2)
+        return std::nullopt;
+    const double step = lines[1][0] - lines[0][0];
+    for (std::size_t i = 1; i < lines.size(); ++i)
+        if (!(step > 0) || std::fabs(lines[i][0] - lines[i - 1][0] - step) > kConstantWithin * step)
+            return std::nullopt;
+    return step;
+}
+
+void judgeNumbers(SCLSource& source, const std::vector<std::vector<double>>& lines)
+{
+    const auto several = [](const std::vector<double>& line) { return line.size() > 1; };
+    if (!std::any_of(lines.begin(), lines.end(), several))
+        return;
+    if (std::all_of(lines.begin(), lines.end(), several)) {
+        const auto rise = constantRise(lines);
+        source.skipsFirst = rise.has_value();
+        // Steps of one count the lines; others are seconds.
+        if (rise && *rise != 1.0 && !source.step)
+            source.step = rise;
+    }
+    const std::size_t most = source.skipsFirst ? 2 : 1;
+    source.inTurn = std::any_of(lines.begin(), lines.end(),
+                                [&](const std::vector<double>& line) { return line.size() > most; });
+}
+
+}  // namespace
+
+SCLSource detectSource(const std::filesystem::path& file, std::uint64_t skipLines)
+{
+    const STLSample sample = readSample(file);
+    SCLSource source;
+    source.file = file;
+    source.name = file.stem().string();
+    const bool utf8 = std::all_of(sample.lines.begin(), sample.lines.end(),
+                                  [](const STLLine& line) { return isUtf8(line.text); });
+    std::vector<std::vector<double>> lines;
+    std::vector<STLToken> tokens;
+    for (const STLLine& line : sample.head) {
+        if (line.number <= skipLines || isEmptyLine(line.text))
+            continue;
+        const auto head = headLine(line.text, utf8 ? STLEncoding::Utf8 : STLEncoding::Windows1252);
+        if (head)
+            useHead(source, *head);
+        if (head || isRemarkLine(line.text))
+            continue;
+        readWords(line.text, tokens);
+        std::vector<double> numbers;
+        for (const STLToken& token : tokens)
+            if (token.kind != STLKind::Text)
+                numbers.push_back(token.value);
+        if (!numbers.empty())
+            lines.push_back(numbers);
+    }
+    if (lines.empty())
+        throw STLError("No line of numbers was found in " + file.filename().string() + ".");
+    judgeNumbers(source, lines);
+    return source;
+}
+
+SCLReader::SCLReader(const SCLSource& source, std::uint64_t skipLines)
+    : m_source(source), m_lines(source.file, kLongestLine), m_skipLines(skipLines)
+{
+}
+
+bool SCLReader::next()
+{
+    m_trouble.clear();
+    while (m_next >= m_tokens.size())
+        if (!nextLine())
+            return false;
+    take(m_tokens[m_next++]);
+    return true;
+}
+
+bool SCLReader::nextLine()
+{
+    while (m_lines.next()) {
+        if (++m_lineNumber <= m_skipLines || isEmptyLine(m_lines.text()))
+            continue;
+        readWords(m_lines.text(), m_tokens);
+        if (m_tokens.empty())
+            continue;
+        const bool number = m_tokens.front().kind != STLKind::Text;
+        if (!number &&
+            (isRemarkLine(m_lines.text()) || headLine(m_lines.text(), STLEncoding::Utf8) || !m_started))
+            continue;
+        m_started = true;
+        m_next = m_source.skipsFirst && m_tokens.size() > 1 ? 1 : 0;
+        // Without several values a line only one is taken of it.
+        if (!m_source.inTurn)
+            m_tokens.resize(std::min(m_tokens.size(), m_next + 1));
+        return true;
+    }
+    return false;
+}
+
+void SCLReader::take(const STLToken& token)
+{
+    m_value = token.kind == STLKind::Number ? static_cast<float>(token.value)
+                                            : std::numeric_limits<float>::quiet_NaN();
+    if (token.kind == STLKind::Text)
+        m_trouble = decoded(token.text.substr(0, kLongestQuote), STLEncoding::Windows1252);
+    else if (m_lines.isCut() && m_next >= m_tokens.size())
+        m_trouble = "a line of more than 65 536 bytes, cut";
+}

@@ -1,0 +1,401 @@
+#include "converters/SCLWin.h"
+
+#include <QComboBox>
+#include <QDateTime>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QScopedValueRollback>
+#include <QSpinBox>
+#include <QTableWidget>
+#include <QTimer>
+
+#include <array>
+
+#include "converters/ImportReport.h"
+#include "converters/ImportTexts.h"
+#include "converters/ValuePlot.h"
+#include "core/TsNames.h"
+#include "portal/TsApplication.h"
+#include "share/Boxes.h"
+#include "share/HeaderText.h"
+#include "share/JobProgress.h"
+#include "share/NumberField.h"
+#include "share/QtMessageWin.h"
+
+namespace {
+
+enum Column { kFile, kName, kUnit, kDescription };
+
+const QString kFilter =
+    QStringLiteral("Text files (*.scl *.txt *.dat *.csv *.log *.asc);;SCL files (*.scl);;All files (*)");
+constexpr std::size_t kShownLines = 200;
+constexpr std::size_t kShownBytes = 400;
+constexpr std::size_t kPlottedValues = 5000;
+constexpr std::uint64_t kQuickBytes = 4'000'000;
+
+QString text(const std::string& utf8)
+{
+    return QString::fromStdString(utf8);
+}
+
+std::uint64_t bytesOf(const SCLObject& logs)
+{
+    std::uint64_t bytes = 0;
+    for (const SCLSource& source : logs.sources) {
+        std::error_code unknown;
+        const std::uintmax_t size = std::filesystem::file_size(source.file, unknown);
+        bytes += unknown ? 0 : size;
+    }
+    return bytes;
+}
+
+}  // namespace
+
+// -- Files --
+
+void SCLWin::showEvent(QShowEvent* event)
+{
+    SubWindow::showEvent(event);
+    if (!m_logs.sources.empty() || m_asked)
+        return;
+    m_asked = true;
+    QTimer::singleShot(0, this, &SCLWin::sl_add);
+}
+
+void SCLWin::sl_add()
+{
+    const QStringList files = QFileDialog::getOpenFileNames(
+        this, QStringLiteral("Read text files of one value a line and convert to a ts-file."), QString(),
+        kFilter);
+    for (const QString& file : files)
+        add(file);
+    if (m_logs.sources.empty() && files.isEmpty())
+        close();
+}
+
+void SCLWin::add(const QString& file)
+{
+    const bool first = m_logs.sources.empty();
+    const double step = m_logs.step;
+    try {
+        m_logs.add(pathOf(file));
+    } catch (const std::exception&) {
+        showBox(QMessageBox::Warning, this, QStringLiteral("Veltrac"),
+                QFileInfo(file).fileName() + QStringLiteral(": ") + reasonOfFailure());
+        return;
+    }
+    if (first) {
+        const QScopedValueRollback<bool> filling(m_filling, true);
+        m_start->setText(m_logs.start == 0 ? QString()
+                                           : QDateTime::fromMSecsSinceEpoch(m_logs.start / 1000, Qt::UTC)
+                                                 .toString(QStringLiteral("yyyy-MM-dd hh:mm:ss")));
+        m_target->setText(QFileInfo(file).completeBaseName() + QStringLiteral(".ts"));
+        m_description->setText(text(m_logs.description));
+    }
+    if (first || step != m_logs.step) {
+        const QScopedValueRollback<bool> filling(m_filling, true);
+        m_step->setText(QString::number(m_logs.step, 'g', 9));
+        m_frequency->setText(QString::number(1.0 / m_logs.step, 'g', 9));
+    }
+    showFiles();
+    m_files->selectRow(m_files->rowCount() - 1);
+    sl_changed();
+    m_import->setFocus();
+}
+
+void SCLWin::sl_remove()
+{
+    const int row = m_files->currentRow();
+    if (row < 0)
+        return;
+    m_logs.sources.erase(m_logs.sources.begin() + row);
+    showFiles();
+    m_files->selectRow(std::min(row, m_files->rowCount() - 1));
+    sl_changed();
+}
+
+void SCLWin::sl_up()
+{
+    move(-1);
+}
+
+void SCLWin::sl_down()
+{
+    move(1);
+}
+
+void SCLWin::move(int by)
+{
+    const int row = m_files->currentRow();
+    const int to = row + by;
+    if (row < 0 || to < 0 || to >= m_files->rowCount())
+        return;
+    std::swap(m_logs.sources[static_cast<std::size_t>(row)], m_logs.sources[static_cast<std::size_t>(to)]);
+    showFiles();
+    m_files->selectRow(to);
+    sl_changed();
+}
+
+void SCLWin::showFiles()
+{
+    {
+        const QScopedValueRollback<bool> filling(m_filling, true);
+        m_files->setRowCount(static_cast<int>(m_logs.sources.size()));
+        for (int row = 0; row < m_files->rowCount(); ++row) {
+            const SCLSource& source = m_logs.sources[static_cast<std::size_t>(row)];
+            const std::array<QString, 4> texts = {shown(source.file.filename().string()), text(source.name),
+                                                  text(source.unit), text(source.description)};
+            for (int c = 0; c < 4; ++c)
+                m_files->setItem(row, c, new QTableWidgetItem(texts[static_cast<std::size_t>(c)]));
+            m_files->item(row, kFile)->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable);
+            m_files->item(row, kFile)->setToolTip(shown(source.file.string()));
+        }
+        m_files->resizeColumnsToContents();
+    }
+    enableButtons();
+}
+
+void SCLWin::sl_show_file()
+{
+    enableButtons();
+    const int row = m_files->currentRow();
+    QString lines;
+    std::vector<float> values;
+    if (row >= 0 && row < static_cast<int>(m_logs.sources.size())) {
+        const SCLSource& source = m_logs.sources[static_cast<std::size_t>(row)];
+        try {
+            LineReader reader(source.file, kShownBytes);
+            for (std::size_t i = 0; i < kShownLines && reader.next(); ++i)
+                lines += headerText(std::string(reader.text()).c_str()) + QLatin1Char('\n');
+            SCLReader read(source, m_logs.skipLines);
+            while (values.size() < kPlottedValues && read.next())
+                values.push_back(read.value());
+        } catch (const std::exception&) {
+            lines = reasonOfFailure();
+        }
+    }
+    m_lines->setPlainText(lines);
+    m_plot->show(std::move(values));
+}
+
+// -- Fields --
+
+void SCLWin::sl_step_changed()
+{
+    if (m_filling)
+        return;
+    if (m_step->isValid()) {
+        const QScopedValueRollback<bool> filling(m_filling, true);
+        m_frequency->setText(QString::number(1.0 / m_step->number(), 'g', 9));
+    }
+    sl_changed();
+}
+
+void SCLWin::sl_frequency_changed()
+{
+    if (m_filling)
+        return;
+    if (m_frequency->isValid()) {
+        const QScopedValueRollback<bool> filling(m_filling, true);
+        m_step->setText(QString::number(1.0 / m_frequency->number(), 'g', 9));
+    }
+    sl_changed();
+}
+
+void SCLWin::sl_skip_changed()
+{
+    if (m_filling)
+        return;
+    m_logs.skipLines = static_cast<std::uint64_t>(m_skip->value());
+    m_problem.clear();
+    try {
+        m_logs.detectAgain();
+    } catch (const std::exception&) {
+        m_problem = reasonOfFailure();
+    }
+    sl_show_file();
+    sl_changed();
+}
+
+void SCLWin::sl_changed()
+{
+    if (m_filling)
+        return;
+    readFields();
+    m_checked = false;
+    m_problem.clear();
+    checkQuietly();
+    showFindings();
+}
+
+void SCLWin::readFields()
+{
+    const auto start = readStamp(m_start->text().trimmed().toStdString());
+    m_logs.start = start ? wallClock(*start, DateOrder::DayMonth).value_or(0) : 0;
+    if (m_frequency->isValid() && m_step->isValid())
+        // 360 Hz is exact where 0.00277777778 s is not.
+        m_logs.step = m_frequency->number() >= 1.0 ? 1.0 / m_frequency->number() : m_step->number();
+    m_logs.fill = static_cast<STLFill>(m_fill->currentData().toInt());
+    m_logs.description = m_description->text().toStdString();
+    for (int row = 0; row < m_files->rowCount(); ++row) {
+        SCLSource& source = m_logs.sources[static_cast<std::size_t>(row)];
+        source.name = m_files->item(row, kName)->text().toStdString();
+        source.unit = m_files->item(row, kUnit)->text().toStdString();
+        source.description = m_files->item(row, kDescription)->text().toStdString();
+    }
+}
+
+void SCLWin::enableButtons()
+{
+    const int row = m_files->currentRow();
+    const int rows = m_files->rowCount();
+    m_remove->setEnabled(row >= 0);
+    m_up->setEnabled(row > 0);
+    m_down->setEnabled(row >= 0 && row + 1 < rows);
+    const QString start = m_start->text().trimmed();
+    const bool startGood = start.isEmpty() || readStamp(start.toStdString()).has_value();
+    markField(*m_start, startGood);
+    const bool good = rows > 0 && startGood && m_step->isValid() && m_frequency->isValid() &&
+                      !m_target->text().trimmed().isEmpty();
+    m_check->setEnabled(good);
+    m_import->setEnabled(good && m_problem.isEmpty());
+}
+
+// -- Check and import --
+
+void SCLWin::checkQuietly()
+{
+    if (m_logs.sources.empty() || bytesOf(m_logs) > kQuickBytes)
+        return;
+    try {
+        m_logs.check({});
+        m_checked = true;
+    } catch (const std::exception&) {
+        m_problem = reasonOfFailure();
+    }
+}
+
+bool SCLWin::runCheck()
+{
+    m_problem.clear();
+    try {
+        JobProgress progress(this, QStringLiteral("Reading the files …"));
+        m_checked = m_logs.check(progress.callback()) == JobOutcome::Done;
+    } catch (const std::exception&) {
+        m_problem = reasonOfFailure();
+        m_checked = false;
+    }
+    showFindings();
+    if (!m_problem.isEmpty())
+        showBox(QMessageBox::Warning, this, QStringLiteral("Veltrac"), m_problem);
+    return m_checked;
+}
+
+void SCLWin::showFindings()
+{
+    enableButtons();
+    m_finding->setStyleSheet(m_problem.isEmpty() ? QString()
+                                                 : QStringLiteral("color: #b02a1e; font-weight: bold"));
+    m_finding->setText(!m_problem.isEmpty()     ? m_problem
+                       : m_checked              ? summary()
+                       : m_logs.sources.empty() ? QStringLiteral("\"Add...\" chooses the files.")
+                                                : QStringLiteral("\"Check only\" reads the files and tells "
+                                                                 "what is in them."));
+}
+
+QString SCLWin::summary() const
+{
+    const STLCheck made = m_logs.result();
+    QString line =
+        QStringLiteral("%1, %2, %3, %4.")
+            .arg(counted(made.samples, "row", "rows"), counted(m_logs.sources.size(), "column", "columns"),
+                 durationText(m_logs.step * made.samples), sizeText(tsFileBytes(made.samples, made.columns)));
+    if (m_logs.found().missing != 0)
+        line += QLatin1Char(' ') + counted(m_logs.found().missing, "value", "values") +
+                QStringLiteral(" missing.");
+    for (const std::string& notice : m_logs.notices())
+        line += QLatin1Char(' ') + text(notice);
+    return line;
+}
+
+void SCLWin::sl_check()
+{
+    if (runCheck())
+        showReport(QString(), 0.0);
+}
+
+void SCLWin::sl_import()
+{
+    if (!m_import->isEnabled() || !runCheck())
+        return;
+    const QString target = shown(newTsFileName(pathOf(m_target->text().trimmed()).string()));
+    const SCLCheck& found = m_logs.found();
+    std::uint64_t values = 0;
+    for (const std::uint64_t count : found.values)
+        values += count;
+    if (found.troubleCount * 2 > values &&
+        !askYesNo(
+            QMessageBox::Question, this, QStringLiteral("Veltrac"),
+            QStringLiteral("More than half of the values have troubles: %1 of %2.\nImport all the same?")
+                .arg(grouped(found.troubleCount), grouped(values))))
+        return;
+    if (clearTarget(this, target))
+        write(target);
+}
+
+void SCLWin::write(const QString& target)
+{
+    double seconds = 0.0;
+    try {
+        JobProgress progress(this, QStringLiteral("Writing %1 …").arg(target));
+        if (importSCL(m_logs, pathOf(target), progress.callback()) == JobOutcome::Cancelled)
+            return;
+        seconds = progress.seconds();
+    } catch (...) {
+        showBox(QMessageBox::Warning, this, QStringLiteral("Veltrac error"),
+                QStringLiteral("%1 was not made; nothing was changed.\n%2").arg(target, reasonOfFailure()));
+        return;
+    }
+    emit x_directory_changed();
+    emit x_file_made(target);
+    showReport(target, seconds);
+    close();
+}
+
+void SCLWin::showReport(const QString& target, double seconds)
+{
+    QVector<ImportTrouble> troubles;
+    for (const SCLTrouble& trouble : m_logs.found().troubles)
+        troubles.append({QStringLiteral("%1, line %2")
+                             .arg(shown(m_logs.sources[trouble.source].file.filename().string()))
+                             .arg(trouble.line),
+                         QString::number(trouble.source + 1), QStringLiteral("no number: missing"),
+                         text(trouble.text)});
+    const QString head =
+        target.isEmpty()
+            ? QString()
+            : QStringLiteral("%1 was made in %2 s.\n").arg(target, QString::number(seconds, 'f', 1));
+    ImportReport report(this, target.isEmpty() ? QStringLiteral("Check") : QStringLiteral("Import"),
+                        head + summary(), troubles, m_logs.found().troubleCount, !target.isEmpty());
+    if (report.exec() == QDialog::Accepted && TsApplication::instance() != nullptr)
+        TsApplication::instance()->openSubProgram(SubProgram::Plot, target, 0);
+}
+
+void SCLWin::sl_help()
+{
+    showHelp(this, QStringLiteral("stl"), QStringLiteral("Veltrac, STL format"));
+}
+
+void SCLWin::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
+        sl_import();
+    else
+        SubWindow::keyPressEvent(event);
+}

@@ -1,0 +1,21 @@
+// What keys and menus of a plot do: one table for both.
+#pragma once
+
+#include <span>
+
+#include "share/PlotCanvas.h"
+
+struct PlotCommand
+{
+    enum class Part { View, Cursors, Output };
+
+    const char* text;  // UTF-8
+    void (PlotCanvas::*run)();
+    Part part;
+    // Key and modifiers as QKeySequence has them, 0 for none. Menus show the first one.
+    int key;
+    int otherKey;
+    bool separatorAfter;
+};
+
+std::span<const PlotCommand> plotCommands();

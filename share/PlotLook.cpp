@@ -1,0 +1,56 @@
+#include "share/PlotLook.h"
+
+namespace {
+
+constexpr int kColumnsAPoint = 4;
+constexpr double kScreenPixelsAPoint = 96.0 / 72.0;
+
+}  // namespace
+
+GridStyle gridStyleOf(PlotGrid grid)
+{
+    switch (grid) {
+        case PlotGrid::Gray:
+            return GridStyle::Gray;
+        case PlotGrid::Dotted:
+            return GridStyle::Dotted;
+        case PlotGrid::Black:
+            return GridStyle::Black;
+        case PlotGrid::None:
+            break;
+    }
+    return GridStyle::None;
+}
+
+const std::vector<PlotColor>& defaultPlotColors()
+{
+    static const std::vector<PlotColor> colors = {
+        {0.00F, 0.27F, 0.68F}, {0.84F, 0.30F, 0.04F}, {0.10F, 0.55F, 0.24F}, {0.55F, 0.18F, 0.66F},
+        {0.80F, 0.60F, 0.00F}, {0.00F, 0.58F, 0.65F}, {0.45F, 0.09F, 0.13F}, {0.91F, 0.42F, 0.62F},
+        {0.36F, 0.40F, 0.45F}, {0.45F, 0.62F, 0.10F}, {0.15F, 0.15F, 0.40F}, {0.55F, 0.70F, 0.95F}};
+    return colors;
+}
+
+PlotColor onDarkGround(PlotColor color)
+{
+    constexpr float kLighter = 0.4F;
+    const auto lighter = [](float c) { return c + (1.0F - c) * kLighter; };
+    return {lighter(color.r), lighter(color.g), lighter(color.b)};
+}
+
+PlotLook paperLook(const PsParameters& parameters, PlotGrid grid)
+{
+    PlotLook look;
+    // The driver's lines are five times as wide as the screen's for the same millimetres.
+    look.widthFactor = 0.2F;
+    look.gridWidthMm *= static_cast<float>(parameters.gridThickness(gridStyleOf(grid)));
+    look.markerGap = static_cast<int>(look.markerGap / kScreenPixelsAPoint * kColumnsAPoint);
+    look.markerSize = static_cast<int>(look.markerSize / kScreenPixelsAPoint);
+    return look;
+}
+
+int paperColumns(const PsParameters& parameters)
+{
+    const Paper& paper = paperOf(parameters);
+    return kColumnsAPoint * (parameters.orientation == 1 ? paper.height : paper.width);
+}

@@ -1,0 +1,38 @@
+// Colours and widths that a plot is drawn with, so that its pictures look alike on every device.
+#pragma once
+
+#include <vector>
+
+#include "core/Plot2D.h"
+#include "share/PsParameters.h"
+
+struct PlotColor
+{
+    float r = 0.0F, g = 0.0F, b = 0.0F;
+};
+
+// The colours that variables have in turn; they differ in lightness as well as in hue. On a dark ground
+// they are lightened.
+const std::vector<PlotColor>& defaultPlotColors();
+PlotColor onDarkGround(PlotColor color);
+
+// What a device needs so that its picture looks as on the others.
+struct PlotLook
+{
+    PlotColor text;                   // colour 1
+    std::vector<PlotColor> colors{};  // of indexes 7 and up; those beyond begin again
+    float widthFactor = 1.0F;         // multiplies every line width in millimetres
+    float textScale = 1.0F;           // multiplies the device's base font size
+    int markerSize = 6;               // device units
+    int markerGap = 6;                // columns; samples closer than this have no markers
+    float gridWidthMm = 0.1F;         // before widthFactor
+    bool cursors = false;             // draw them as part of the picture
+};
+
+// Of a PostScript file with its settings: black text, widths that look as on the screen.
+PlotLook paperLook(const PsParameters& parameters, PlotGrid grid);
+// Pixel columns for curves on paper: four a point of the paper's width.
+int paperColumns(const PsParameters& parameters);
+
+// The driver's name for a plot's grid.
+GridStyle gridStyleOf(PlotGrid grid);

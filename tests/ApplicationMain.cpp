@@ -1,0 +1,17 @@
+// The main function of the tests that run inside the whole application, with its main window, on a machine
+// without any locale.
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include "portal/MyApplication.h"
+#include "tests/QtLeaks.h"
+
+int main(int argc, char** argv)
+{
+    setenv("LC_ALL", "C", 1);
+    MyApplication application(argc, argv);
+    testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}

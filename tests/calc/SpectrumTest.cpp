@@ -1,0 +1,213 @@
+// The scaling of spectra by mathematics: tones, noise, averages, trends, lengths, peaks.
+
+#include "calc/Spectrum.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <numbers>
+#include <random>
+
+#include "calc/SpectrumPeaks.h"
+#include "calc/SpectrumSamples.h"
+#include "calc/mixfft.h"
+#include "tests/core/TsFileBytes.h"
+
+namespace {
+
+constexpr double kPi = std::numbers::pi;
+constexpr std::uint32_t kSamples = 3600;
+constexpr double kDt = 0.01;
+
+template <typename Signal>
+void fill(TSFILE& file, Signal signal)
+{
+    file.dt(static_cast<float>(kDt));
+    for (std::uint32_t s = 1; s <= file.samples(); ++s)
+        file.setValue(s, 1, static_cast<float>(signal(s - 1)));
+}
+
+SpectrumRequest requestFor(TSFILE& file)
+{
+    SpectrumRequest request;
+    request.to = file.samples();
+    request.dt = kDt;
+    return request;
+}
+
+std::unique_ptr<TSFILE> spectrumOf(TSFILE& file, const SpectrumRequest& request, double* mean = nullptr)
+{
+    const SpectrumPlan plan = planSpectrum(request);
+    auto target = std::make_unique<TSFILE>("spectrum", plan.bins, spectrumColumns(request), 0);
+    target->dt(static_cast<float>(plan.resolution));
+    double ignored = 0.0;
+    EXPECT_EQ(computeSpectrum(file, request, *target, mean == nullptr ? ignored : *mean, {}),
+              JobOutcome::Done);
+    return target;
+}
+
+}  // namespace
+
+TEST(Spectrum, SineOfAmplitudeThreeReadsThreeWithEveryWindow)
+{
+    const TestDirectory directory;
+    TSFILE file("a", kSamples, 1, 0);
+    fill(file, [](double i) { return 5.0 + 3.0 * std::cos(2.0 * kPi * 90.0 * i / kSamples + 0.5); });
+    for (int w = 0; w < kSpectrumWindows; ++w) {
+        SpectrumRequest request = requestFor(file);
+        request.window = static_cast<SpectrumWindow>(w);
+        SCOPED_TRACE(spectrumWindowName(request.window));
+        double mean = 0.0;
+        const auto amplitude = spectrumOf(file, request, &mean);
+        EXPECT_NEAR(mean, 5.0, 1e-6);
+        EXPECT_FLOAT_EQ(amplitude->value(90, 1), 2.5F);  // Hz
+        EXPECT_NEAR(amplitude->value(90, 2), 3.0, 2e-6);
+        EXPECT_NEAR(amplitude->value(90, 3), 0.5 * 180.0 / kPi, 1e-4);
+        request.result = SpectrumResult::RmsAmplitude;
+        request.decibel = true;
+        EXPECT_NEAR(spectrumOf(file, request)->value(90, 2), 20.0 * std::log10(3.0 / std::sqrt(2.0)), 1e-5);
+        request.result = SpectrumResult::RealImaginary;
+        EXPECT_NEAR(spectrumOf(file, request)->value(90, 3), 3.0 * std::sin(0.5), 2e-6);
+    }
+}
+
+TEST(Spectrum, FlatTopReadsAToneBetweenBinsWithinAThousandth)
+{
+    const TestDirectory directory;
+    TSFILE file("a", kSamples, 1, 0);
+    for (const double between : {0.1, 0.25, 0.5}) {
+        fill(file, [&](double i) { return 3.0 * std::sin(2.0 * kPi * (90.0 + between) * i / kSamples); });
+        SpectrumRequest request = requestFor(file);
+        request.window = SpectrumWindow::FlatTop;
+        const auto spectrum = spectrumOf(file, request);
+        EXPECT_NEAR(findPeaks(*spectrum, 2, 1, request.window).at(0).value, 3.0, 0.003) << between;
+    }
+}
+
+TEST(Spectrum, SumOfTheDensityIsTheVarianceAlsoAveragedPaddedAndAtNyquist)
+{
+    const TestDirectory directory;
+    TSFILE file("a", 65536, 1, 0);
+    std::mt19937 random(7);
+    std::normal_distribution<double> noise(1.0, 2.0);
+    double variance = 0.0;
+    fill(file, [&](double) {
+        const double x = noise(random);
+        variance += (x - 1.0) * (x - 1.0) / 65536;
+        return x;
+    });
+    for (const bool averaged : {false, true})
+        for (const bool pad : {false, true}) {
+            SpectrumRequest request = requestFor(file);
+            request.result = SpectrumResult::PowerDensity;
+            request.averaged = averaged;
+            request.segment = 1000;
+            request.pad = pad;
+            request.window = averaged ? SpectrumWindow::Hann : SpectrumWindow::Rectangular;
+            const auto spectrum = spectrumOf(file, request);
+            double sum = 0.0;
+            for (std::uint32_t k = 1; k <= spectrum->samples(); ++k)
+                sum += spectrum->value(k, 2) * planSpectrum(request).resolution;
+            // Parseval's theorem holds to rounding for the rectangle; the window of segments weighs the
+            // noise.
+            EXPECT_NEAR(sum, variance, averaged ? 0.03 * variance : 2e-3 * variance);
+        }
+    fill(file, [](double i) { return std::fmod(i, 2.0) * 4.0 - 2.0; });  // amplitude 2 at half the rate
+    EXPECT_NEAR(spectrumOf(file, requestFor(file))->value(32768, 2), 2.0, 1e-6);
+}
+
+TEST(Spectrum, AverageIsTheMeanPowerOfItsSegments)
+{
+    const TestDirectory directory;
+    TSFILE file("a", 1000, 1, 0);
+    fill(file, [](double i) { return std::sin(i * i * 1e-3) + 0.01 * i; });
+    SpectrumRequest request = requestFor(file);
+    request.averaged = true;
+    request.segment = 250;
+    request.overlapPercent = 67;
+    const SpectrumPlan plan = planSpectrum(request);
+    EXPECT_EQ(plan.segments, (1000U - 250U) / 82U + 1U);
+    std::vector<double> power(plan.bins, 0.0);
+    for (std::uint32_t s = 0; s < plan.segments; ++s) {
+        SpectrumRequest single = request;
+        single.averaged = false;
+        single.from = 1 + 82 * s;
+        single.to = single.from + 249;
+        const auto one = spectrumOf(file, single);
+        for (std::uint32_t k = 1; k <= plan.bins; ++k)
+            power[k - 1] += std::pow(one->value(k, 2), 2.0) / plan.segments;
+    }
+    const auto averaged = spectrumOf(file, request);
+    for (std::uint32_t k = 1; k <= plan.bins; ++k)
+        ASSERT_NEAR(averaged->value(k, 2), std::sqrt(power[k - 1]), 1e-6 * (1.0 + std::sqrt(power[k - 1])))
+            << k;
+}
+
+TEST(Spectrum, StraightLineIsRemovedToRounding)
+{
+    const TestDirectory directory;
+    TSFILE file("a", 1000, 1, 0);
+    fill(file, [](double i) { return 1024.0 + 0.5 * i; });
+    SpectrumRequest request = requestFor(file);
+    request.trend = SpectrumTrend::Line;
+    const auto spectrum = spectrumOf(file, request);
+    for (std::uint32_t k = 1; k <= spectrum->samples(); ++k)
+        ASSERT_LT(spectrum->value(k, 2), 1e-9) << k;
+}
+
+TEST(Spectrum, MissingSamplesAreCountedAndBridged)
+{
+    const TestDirectory directory;
+    TSFILE file("a", kSamples, 1, 0);
+    fill(file, [](double i) { return 2.0 * std::sin(2.0 * kPi * 10.0 * i / kSamples); });
+    for (const std::uint32_t s : {1U, 2U, 500U, 501U, kSamples})
+        file.setValue(s, 1, s == 500 ? INFINITY : NAN);
+    SpectrumRequest request = requestFor(file);
+    std::uint64_t missing = 0;
+    countMissing(file, request, missing, {});
+    EXPECT_EQ(missing, 5U);
+    request.interpolate = true;
+    EXPECT_NEAR(spectrumOf(file, request)->value(10, 2), 2.0, 1e-3);
+}
+
+TEST(Spectrum, LengthsAreTheGreatestAndTheLeastThatTheTransformTakes)
+{
+    const auto is235 = [](std::uint32_t n) {
+        for (const std::uint32_t p : {2U, 3U, 5U})
+            while (n % p == 0)
+                n /= p;
+        return n == 1;
+    };
+    for (std::uint32_t m = 2; m < 3000; ++m) {
+        const std::uint32_t shorter = shortenedLength(m);
+        ASSERT_TRUE(shorter <= m && isTransformLength(static_cast<int>(shorter))) << m;
+        for (std::uint32_t n = shorter + 1; n <= m; ++n)
+            ASSERT_FALSE(is235(shorter) ? is235(n) : isTransformLength(static_cast<int>(n))) << m;
+        const std::uint32_t longer = paddedLength(m);
+        ASSERT_TRUE(longer >= m && is235(longer)) << m;
+    }
+    EXPECT_GT(shortenedLength(1000003), 998000U);
+    SpectrumRequest one;
+    EXPECT_EQ(planSpectrum(one).bins, 0U);  // fewer than two samples
+}
+
+TEST(Spectrum, PeaksAndHarmonicsStandWhereTheTonesAre)
+{
+    const TestDirectory directory;
+    TSFILE file("a", kSamples, 1, 0);
+    constexpr double kBase = 71.4;  // bins
+    fill(file, [](double i) {
+        const double phase = 2.0 * kPi * kBase * i / kSamples;
+        return 3.0 * std::sin(phase) + 1.0 * std::sin(2.0 * phase) + 0.5 * std::sin(5.0 * phase);
+    });
+    const auto spectrum = spectrumOf(file, requestFor(file));
+    const double resolution = 1.0 / (kSamples * kDt);
+    const auto peaks = findPeaks(*spectrum, 2, 3, SpectrumWindow::Hann);
+    ASSERT_EQ(peaks.size(), 3U);
+    const double multiples[] = {1.0, 2.0, 5.0};
+    for (std::size_t i = 0; i < 3; ++i)
+        EXPECT_NEAR(peaks[i].frequency, multiples[i] * kBase * resolution, 0.1 * resolution);
+    const auto harmonics = findHarmonics(*spectrum, 2, peaks[0].frequency, 40, SpectrumWindow::Hann);
+    ASSERT_GE(harmonics.size(), 20U);
+    EXPECT_NEAR(harmonics[4].value, 0.5, 0.1);
+}

@@ -1,0 +1,198 @@
+// The import windows, as a person uses them.
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTableWidget>
+#include <QTest>
+#include <QTimer>
+
+#include <cmath>
+#include <fstream>
+
+#include "converters/ImportReport.h"
+#include "converters/SCLWin.h"
+#include "converters/STLWin.h"
+#include "converters/TsaDialogs.h"
+#include "core/TsNames.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const QString kData = QStringLiteral(TEST_DATA "/");
+
+struct ImportWin : testing::Test
+{
+    ImportWin()
+    {
+        std::string name = (fs::temp_directory_path() / "winXXXXXX").string();
+        fs::current_path(mkdtemp(name.data()));
+        QObject::connect(&answering, &QTimer::timeout, [this] { answer(); });
+        answering.start(10);
+    }
+    ~ImportWin() override
+    {
+        const fs::path directory = fs::current_path();
+        fs::current_path("/");
+        fs::remove_all(directory);
+    }
+
+    // Presses the button that the test wants, in whatever box comes up, and notes what the box said.
+    void answer()
+    {
+        QWidget* const box = QApplication::activeModalWidget();
+        if (box == nullptr)
+            return;
+        for (const QLabel* label : box->findChildren<QLabel*>())
+            said += label->text() + QLatin1Char('\n');
+        titles << box->windowTitle();
+        for (QPushButton* button : box->findChildren<QPushButton*>()) {
+            if (!buttons.contains(button->text()))
+                continue;
+            button->click();
+            return;
+        }
+        ADD_FAILURE() << "no button in " << qPrintable(box->windowTitle());
+        box->close();
+    }
+
+    QTimer answering;
+    QStringList buttons = {QStringLiteral("Ok"), QStringLiteral("&Close"), QStringLiteral("&Yes")};
+    QString said;
+    QStringList titles;
+};
+
+template <typename Child>
+Child* field(QWidget& window, const char* name)
+{
+    for (Child* child : window.findChildren<Child*>())
+        if (child->accessibleName() == QLatin1String(name))
+            return child;
+    ADD_FAILURE() << name;
+    return nullptr;
+}
+
+bool hasButton(QWidget& window, const char* text, bool enabled)
+{
+    for (const QPushButton* button : window.findChildren<QPushButton*>())
+        if (button->text() == QLatin1String(text))
+            return button->isEnabled() == enabled;
+    return false;
+}
+
+TEST_F(ImportWin, enterImportsWhatWasFound)
+{
+    auto* const window = new STLWin(kData + QStringLiteral("seattle-weather.csv"));
+    QSignalSpy made(window, &STLWin::x_file_made);
+    QSignalSpy changed(window, &STLWin::x_directory_changed);
+    window->show();
+    QTest::keyClick(window->focusWidget(), Qt::Key_Return);
+    ASSERT_EQ(1, made.count());
+    EXPECT_EQ(1, changed.count());
+    EXPECT_EQ(QStringLiteral("seattle-weather.ts"), made[0][0].toString());
+    EXPECT_TRUE(said.contains(QStringLiteral("1 461 rows, 4 columns"))) << qPrintable(said);
+    EXPECT_EQ(1461U, openTsFile("seattle-weather.ts", true)->samples());
+}
+
+TEST_F(ImportWin, fieldsReachTheFile)
+{
+    auto* const window = new STLWin(kData + QStringLiteral("quotes.stl"));
+    window->show();
+    auto* const columns = field<QTableWidget>(*window, "The columns");
+    columns->item(2, 0)->setCheckState(Qt::Checked);
+    columns->item(3, 1)->setText(QStringLiteral("Heat"));
+    columns->item(3, 3)->setText(QStringLiteral("K"));
+    auto* const fill = field<QComboBox>(*window, "Missing become");
+    fill->setCurrentIndex(1);
+    QTest::keyClick(window, Qt::Key_Enter);
+    const auto ts = openTsFile("quotes.ts", true);
+    ASSERT_EQ(3U, ts->columns());
+    EXPECT_EQ(3.0F, ts->value(3, 2)) << "numbered texts";
+    EXPECT_STREQ("Heat", ts->columnName(3));
+    EXPECT_STREQ("Temp [K]", ts->columnDescription(3));
+    EXPECT_EQ(0.0F, ts->value(2, 3));
+}
+
+TEST_F(ImportWin, hopelessFileCannotBeImported)
+{
+    STLWin window(kData + QStringLiteral("words.stl"));
+    window.setAttribute(Qt::WA_DeleteOnClose, false);
+    window.show();
+    EXPECT_TRUE(hasButton(window, "&Import", false));
+    EXPECT_TRUE(hasButton(window, "&Check only", false));
+    bool told = false;
+    for (const QLabel* label : window.findChildren<QLabel*>())
+        told = told || label->text() == QStringLiteral("No line of numbers was found in words.stl.");
+    EXPECT_TRUE(told);
+}
+
+TEST_F(ImportWin, otherReadingIsOneClickAway)
+{
+    STLWin window(kData + QStringLiteral("one-column.stl"));
+    window.setAttribute(Qt::WA_DeleteOnClose, false);
+    window.show();
+    auto* const columns = field<QTableWidget>(window, "The columns");
+    EXPECT_EQ(2, columns->rowCount());
+    for (QPushButton* button : window.findChildren<QPushButton*>())
+        if (button->text() == QStringLiteral("Or one column with decimal comma?"))
+            button->click();
+    EXPECT_EQ(1, columns->rowCount());
+}
+
+TEST_F(ImportWin, keptOldFileStays)
+{
+    std::ofstream("gaps.ts") << "old";
+    buttons = QStringList{QStringLiteral("&No")};
+    STLWin window(kData + QStringLiteral("gaps.stl"));
+    window.setAttribute(Qt::WA_DeleteOnClose, false);
+    window.show();
+    QTest::keyClick(&window, Qt::Key_Return);
+    EXPECT_TRUE(
+        said.contains(QStringLiteral("A file called gaps.ts already exists.Do you want to overwrite it?")));
+    EXPECT_TRUE(window.isVisible());
+    EXPECT_EQ(3U, fs::file_size("gaps.ts"));
+}
+
+TEST_F(ImportWin, singleColumnLogsBecomeColumns)
+{
+    auto* const window = new SCLWin(kData + QStringLiteral("timed.scl"));
+    window->add(kData + QStringLiteral("index.scl"));
+    window->show();
+    field<QLineEdit>(*window, "Result name")->setText(QStringLiteral("both"));
+    QTest::keyClick(window, Qt::Key_Return);
+    const auto ts = openTsFile("both.ts", true);
+    EXPECT_EQ(2U, ts->columns());
+    EXPECT_EQ(0.5F, ts->dt());
+    EXPECT_STREQ("timed", ts->columnName(1));
+    EXPECT_TRUE(std::isnan(ts->value(4, 1)));
+    EXPECT_TRUE(said.contains(QStringLiteral("timed.scl has 1 value fewer.")));
+}
+
+TEST_F(ImportWin, tsaBoxesSpeakTheProgramsOwnTexts)
+{
+    std::ofstream("a.tsa") << "1 2 x\n";
+    buttons = QStringList{QStringLiteral("&OK"), QStringLiteral("OK"), QStringLiteral("Ok"),
+                          QStringLiteral("&Yes")};
+    std::ofstream("a.ts") << "old";
+    const TsaOutcome outcome = importTsa(nullptr, QStringLiteral("a.tsa"));
+    ASSERT_TRUE(outcome.done);
+    EXPECT_EQ(QStringLiteral("No of samples was not found in a.tsa"), titles[0]);
+    EXPECT_EQ(QStringLiteral("No of columns was not found in a.tsa"), titles[1]);
+    EXPECT_EQ(QStringLiteral("Overwrite File? "), titles[2]);
+    EXPECT_TRUE(said.contains(QStringLiteral("Enter no of samples: \n")) &&
+                said.contains(QStringLiteral("Enter no of columns:\n")));
+    EXPECT_TRUE(said.contains(QStringLiteral("9 samples have no line"))) << qPrintable(said);
+    EXPECT_TRUE(said.contains(QStringLiteral("2 values are more than the columns")));
+    EXPECT_EQ(10U, openTsFile("a.ts", true)->samples());
+
+    EXPECT_FALSE(importTsa(nullptr, QStringLiteral("none.tsa")).done);
+    EXPECT_TRUE(said.contains(QStringLiteral("Could not open none.tsa.\nOperation is aborted.")));
+}
+
+}  // namespace

@@ -1,0 +1,144 @@
+// Single column logs, each with what must come out.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <utime.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <fstream>
+
+#include "converters/SCLObject.h"
+#include "core/TsNames.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const fs::path kData = TEST_DATA;
+constexpr float kNone = std::numeric_limits<float>::quiet_NaN();
+
+struct Scl : testing::Test
+{
+    Scl()
+    {
+        std::string name = (fs::temp_directory_path() / "sclXXXXXX").string();
+        fs::current_path(mkdtemp(name.data()));
+        setenv("TZ", "Europe/Oslo", 1);
+    }
+    ~Scl() override
+    {
+        const fs::path directory = fs::current_path();
+        fs::current_path("/");
+        fs::remove_all(directory);
+    }
+    static void write(const fs::path& file, const std::string& text) { std::ofstream(file) << text; }
+    static std::unique_ptr<TSFILE> import(SCLObject& logs)
+    {
+        EXPECT_EQ(JobOutcome::Done, logs.check({}));
+        EXPECT_EQ(JobOutcome::Done, importSCL(logs, "out.ts", {}));
+        return openTsFile("out.ts", true);
+    }
+    static void expectColumn(TSFILE& ts, std::uint32_t col, const std::vector<float>& wanted)
+    {
+        ASSERT_EQ(wanted.size(), ts.samples());
+        for (std::uint32_t s = 1; s <= ts.samples(); ++s) {
+            const float v = ts.value(s, col);
+            EXPECT_TRUE(std::isnan(wanted[s - 1]) ? std::isnan(v) : v == wanted[s - 1]) << s << ' ' << v;
+        }
+    }
+};
+
+TEST_F(Scl, everyFileComesOutRight)
+{
+    struct Case
+    {
+        const char* file;
+        double step;
+        std::vector<float> values;
+        std::size_t troubles;
+        std::size_t notices;
+    };
+    const std::vector<Case> cases = {
+        {"ecg.scl", 1.0 / 360, {-0.245F, -0.215F, kNone, -0.185F, kNone}, 1, 0},
+        {"index.scl", 1, {10.5F, 10.6F, 10.7F, kNone}, 0, 1},
+        {"timed.scl", 0.5, {5, 6, 7}, 0, 1},
+        {"in-turn.scl", 1, {1, 5, 2, 7, 3, 9, 4, 4}, 0, 1},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.file);
+        SCLObject logs;
+        logs.add(kData / c.file);
+        EXPECT_DOUBLE_EQ(c.step, logs.step);
+        const auto ts = import(logs);
+        EXPECT_EQ(c.troubles, logs.found().troubleCount);
+        EXPECT_EQ(c.notices, logs.notices().size());
+        expectColumn(*ts, 1, c.values);
+    }
+}
+
+TEST_F(Scl, headReachesTheFile)
+{
+    SCLObject logs;
+    logs.add(kData / "ecg.scl");
+    const auto ts = import(logs);
+    EXPECT_STREQ("ECG", ts->columnName(1));
+    EXPECT_STREQ("ECG [mV]", ts->columnDescription(1));
+    EXPECT_EQ(1463492730U - 7200U, ts->startSeconds());
+    EXPECT_EQ(1.0F / 360.0F, ts->dt());
+
+    write("plain.scl", "1\n2\n");
+    const utimbuf dated = {1463492730, 1463492730};
+    utime("plain.scl", &dated);
+    SCLObject plain;
+    plain.add("plain.scl");
+    EXPECT_EQ(1463492730U, import(plain)->startSeconds()) << "the file's date";
+
+    plain.start = -86400 * kMicrosPerSecond;
+    const auto early = import(plain);
+    EXPECT_EQ(1, early->timeMode());
+    EXPECT_EQ(0U, early->startSeconds());
+    EXPECT_EQ(-86400.0F - 3600.0F + 1.0F, early->value(1, 1));
+}
+
+TEST_F(Scl, severalFilesBecomeColumns)
+{
+    write("a.scl", "Rate: 360 Hz\n1\n2\n3\n");
+    write("b.scl", "9\n8\n");
+    SCLObject logs;
+    logs.add("a.scl");
+    logs.add("b.scl");
+    logs.sources[1].name = "a";
+    logs.fill = STLFill::Previous;
+    const auto ts = import(logs);
+    EXPECT_STREQ("a~2", ts->columnName(2));
+    expectColumn(*ts, 1, {1, 2, 3});
+    expectColumn(*ts, 2, {9, 8, 8});
+    EXPECT_EQ(std::vector<std::string>{"b.scl has 1 value fewer."}, logs.notices());
+
+    write("b.scl", "Rate: 250 Hz\n9\n8\n");
+    logs.sources.pop_back();
+    logs.add("b.scl");
+    try {
+        logs.check({});
+        FAIL();
+    } catch (const STLError& error) {
+        EXPECT_STREQ("a.scl has 360 Hz, b.scl 250 Hz. Import them separately.", error.what());
+    }
+}
+
+TEST_F(Scl, hopelessFilesLeaveNothing)
+{
+    SCLObject logs;
+    for (const char* file : {"words.stl", "empty.stl", "utf16.stl", "binary.stl"})
+        EXPECT_THROW(logs.add(kData / file), STLError) << file;
+    EXPECT_THROW(logs.add("none.scl"), std::system_error);
+    EXPECT_THROW(logs.check({}), STLError);
+    write("a.scl", "1\n2\n3\n");
+    logs.add("a.scl");
+    logs.check({});
+    write("a.scl", "1\n");
+    EXPECT_THROW(importSCL(logs, "out.ts", {}), STLError);
+    EXPECT_EQ(1, std::distance(fs::directory_iterator("."), fs::directory_iterator()));
+}
+
+}  // namespace

@@ -92,8 +92,7 @@ JobOutcome inRuns(std::uint32_t samples, const Progress& progress,
     return JobOutcome::Done;
 }
 
-JobOutcome copyToWork(TSFILE& source, std::uint32_t column, TSFILE& work, const std::string& filterWords,
-                      const Progress& progress)
+void describeWork(TSFILE& source, std::uint32_t column, TSFILE& work, const std::string& filterWords)
 {
     work.copyHeader(source);
     copyColumnInfo(source, column, work, 1);
@@ -103,23 +102,21 @@ JobOutcome copyToWork(TSFILE& source, std::uint32_t column, TSFILE& work, const 
     // The unit stands in brackets and is to outlive the cut at the end of the field.
     const std::size_t bracket = description.rfind('[');
     const std::string unit = bracket == std::string::npos ? "" : " " + description.substr(bracket);
-    work.columnDescription(
-        2, (filterWords.substr(0, 45 - std::min<std::size_t>(unit.size(), 40)) + unit).c_str());
+    const std::size_t room = 45 - std::min<std::size_t>(unit.size(), 40);
+    work.columnDescription(2, (filterWords.substr(0, room) + unit).c_str());
     work.stampColumn(2);
-    return inRuns(work.samples(), progress, [&](std::uint32_t first, std::span<float> run) {
-        source.readColumn(column, first, run);
-        work.writeColumn(1, first, run);
-    });
 }
 
-FilterOutcome runFilter(TSFILE& work, const FidFilter* filter, const Progress& progress)
+FilterOutcome runFilter(TSFILE& source, std::uint32_t column, TSFILE& work, const FidFilter* filter,
+                        const Progress& progress)
 {
     Runner runner(filter);
     FilterOutcome result;
     std::vector<double> wide;
+    std::vector<float> rows;
     float last = 0.0F;
     result.outcome = inRuns(work.samples(), progress, [&](std::uint32_t first, std::span<float> run) {
-        work.readColumn(1, first, run);
+        source.readColumn(column, first, run);
         wide.resize(run.size());
         for (std::size_t i = 0; i < run.size(); ++i) {
             if (!std::isnan(run[i]))
@@ -127,18 +124,20 @@ FilterOutcome runFilter(TSFILE& work, const FidFilter* filter, const Progress& p
             wide[i] = last;
         }
         runner.run(wide);
+        rows.resize(2 * run.size());
         for (std::size_t i = 0; i < run.size(); ++i) {
             const bool missing = std::isnan(run[i]);
             result.missing += missing ? 1 : 0;
-            if (!missing)
-                run[i] = static_cast<float>(wide[i]);
+            rows[2 * i] = run[i];
+            rows[2 * i + 1] = missing ? run[i] : static_cast<float>(wide[i]);
         }
-        work.writeColumn(2, first, run);
+        work.writeRows(first, static_cast<std::uint32_t>(run.size()), rows.data());
     });
     return result;
 }
 
-FilterOutcome runMovingAverage(TSFILE& work, std::uint32_t points, const Progress& progress)
+FilterOutcome runMovingAverage(TSFILE& source, std::uint32_t column, TSFILE& work, std::uint32_t points,
+                               const Progress& progress)
 {
     const std::uint32_t samples = work.samples();
     FilterOutcome result;
@@ -155,8 +154,8 @@ FilterOutcome runMovingAverage(TSFILE& work, std::uint32_t points, const Progres
             return average.pushAbsent();
         if (place == in.size()) {
             place = 0;
-            work.readColumn(1, read + 1,
-                            std::span(in).first(std::min<std::size_t>(in.size(), samples - read)));
+            const auto count = std::min<std::size_t>(in.size(), samples - read);
+            source.readColumn(column, read + 1, std::span(in).first(count));
         }
         const float sample = in[place++];
         ++read;
@@ -172,10 +171,15 @@ FilterOutcome runMovingAverage(TSFILE& work, std::uint32_t points, const Progres
     const Progress rest = [&](std::uint64_t done, std::uint64_t total) {
         return goesOn(progress, ahead + done, ahead + total);
     };
+    std::vector<float> rows;
     result.outcome = inRuns(samples, rest, [&](std::uint32_t first, std::span<float> run) {
-        for (float& value : run)
-            value = next();
-        work.writeColumn(2, first, run);
+        source.readColumn(column, first, run);
+        rows.resize(2 * run.size());
+        for (std::size_t i = 0; i < run.size(); ++i) {
+            rows[2 * i] = run[i];
+            rows[2 * i + 1] = next();
+        }
+        work.writeRows(first, static_cast<std::uint32_t>(run.size()), rows.data());
     });
     return result;
 }

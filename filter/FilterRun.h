@@ -45,10 +45,9 @@ double samplingFrequency(float dt);
 JobOutcome inRuns(std::uint32_t samples, const Progress& progress,
                   const std::function<void(std::uint32_t first, std::span<float> run)>& step);
 
-// Makes the work file's header and column 1 those of a column of `source`, with column 2 named for what is
-// done to it, and copies the samples. `work` has as many samples as the source.
-JobOutcome copyToWork(TSFILE& source, std::uint32_t column, TSFILE& work, const std::string& filterWords,
-                      const Progress& progress);
+// Gives the work file the header of `source`, column 1 the texts of its column, and column 2 a name and a
+// description that tell what is done to it, in the same unit.
+void describeWork(TSFILE& source, std::uint32_t column, TSFILE& work, const std::string& filterWords);
 
 struct FilterOutcome
 {
@@ -56,10 +55,15 @@ struct FilterOutcome
     std::uint32_t missing = 0;  // samples of the input that are NaN
 };
 
-// Column 2 becomes column 1 through the filter, from a state of zeros on. Where a sample is missing the
-// filter is fed the one before it, and the output is missing there.
-FilterOutcome runFilter(TSFILE& work, const FidFilter* filter, const Progress& progress);
+// Both fill the work file, which has as many samples as the source: column 1 with a column of the source,
+// column 2 with what becomes of it. Each row is written once.
 
-// Column 2 becomes the mean of `points` samples of column 1, centred (with an even number one more comes
-// after the sample than before it). At both ends those that exist are averaged.
-FilterOutcome runMovingAverage(TSFILE& work, std::uint32_t points, const Progress& progress);
+// Through the filter, from a state of zeros on. Where a sample is missing the filter is fed the one before
+// it, and the output is missing there.
+FilterOutcome runFilter(TSFILE& source, std::uint32_t column, TSFILE& work, const FidFilter* filter,
+                        const Progress& progress);
+
+// The mean of `points` samples, centred (with an even number one more comes after the sample than before
+// it). At both ends those that exist are averaged.
+FilterOutcome runMovingAverage(TSFILE& source, std::uint32_t column, TSFILE& work, std::uint32_t points,
+                               const Progress& progress);

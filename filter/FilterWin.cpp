@@ -40,14 +40,6 @@ constexpr int kPanelWidth = 330;
 constexpr double kMostPoints = 4294967295.0;
 constexpr int kFirstType = 5;  // a Butterworth low-pass is what most come for
 
-// Half of a job's progress: 0 the first, 1 the second.
-Progress half(JobProgress& whole, int which)
-{
-    return [&whole, which](std::uint64_t done, std::uint64_t total) {
-        return whole(done + static_cast<std::uint64_t>(which) * total, 2 * total);
-    };
-}
-
 struct ActionRow
 {
     const char* image;
@@ -418,11 +410,10 @@ bool FilterWin::calculate(const FilterRequest& asked, TSFILE& source)
             std::make_unique<ScratchFile>(std::filesystem::current_path(), m_work ? "temp1" : "temp", ".ts");
         const auto work = createTsFile(made->path().string(), source.samples(), 2);
         JobProgress progress(this, QStringLiteral("Filtering %1").arg(m_source->file()));
-        outcome.outcome = copyToWork(source, m_source->column(), *work, words, half(progress, 0));
-        if (outcome.outcome == JobOutcome::Done)
-            outcome =
-                filter ? runFilter(*work, filter.get(), half(progress, 1))
-                       : runMovingAverage(*work, static_cast<std::uint32_t>(asked.order), half(progress, 1));
+        describeWork(source, m_source->column(), *work, words);
+        outcome = filter ? runFilter(source, m_source->column(), *work, filter.get(), progress.callback())
+                         : runMovingAverage(source, m_source->column(), *work,
+                                            static_cast<std::uint32_t>(asked.order), progress.callback());
         work->flush(true);
         seconds = progress.seconds();
     }

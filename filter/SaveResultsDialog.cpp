@@ -78,7 +78,7 @@ SaveResultsDialog::Method SaveResultsDialog::method() const
 
 QString SaveResultsDialog::file() const
 {
-    const QString typed = m_file->text().trimmed();
+    QString typed = m_file->text().trimmed();
     if (typed.isEmpty())
         return typed;
     const QFileInfo info(typed);

@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
-#include <cstring>
 #include <limits>
 #include <new>
 #include <numbers>
@@ -91,7 +90,8 @@ std::optional<FidCascade> adjustDual(const FidPrototype& prototype, FidShape sha
         const double dx = (slope[0][1] * best.excess[1] - slope[1][1] * best.excess[0]) / determinant;
         const double dy = (slope[1][0] * best.excess[0] - slope[0][0] * best.excess[1]) / determinant;
         EdgeState next = best;
-        for (double part = 1.0; part > 1e-4; part /= 2) {
+        double part = 1.0;
+        for (int shorter = 0; shorter < 14; ++shorter, part /= 2) {
             next = stateAt(best.edge[0] + part * dx, best.edge[1] + part * dy);
             if (next.error() < best.error())
                 break;
@@ -206,7 +206,7 @@ char* copyOf(const std::string& text)
 {
     auto* const copy = static_cast<char*>(std::calloc(text.size() + 1, 1));
     if (copy)
-        std::memcpy(copy, text.data(), text.size());
+        std::copy(text.begin(), text.end(), copy);
     return copy;
 }
 

@@ -137,7 +137,9 @@ struct PoleGroup
 
 PoleGroup makeGroup(std::vector<FidRoot> poles, FidMapping mapping)
 {
-    PoleGroup group{std::move(poles), toPlane(group.poles.front(), mapping)};
+    PoleGroup group;
+    group.z = toPlane(poles.front(), mapping);
+    group.poles = std::move(poles);
     const Complex logarithm = std::log(group.z);
     group.q = std::abs(logarithm) / -logarithm.real();
     return group;
@@ -180,7 +182,7 @@ std::vector<double> takeNearestZero(std::vector<FidRoot>& zeros, Complex pole, b
     }
     if (best == zeros.size())
         return {1.0};
-    const std::vector<double> factor = factorOf(zeros[best], mapping);
+    std::vector<double> factor = factorOf(zeros[best], mapping);
     zeros.erase(zeros.begin() + static_cast<std::ptrdiff_t>(best));
     return factor;
 }

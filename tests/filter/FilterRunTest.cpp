@@ -73,7 +73,7 @@ TEST(MovingAverageRun, equalsTheDirectMeanAtBothEndsAndAcrossRuns)
     work->setValue(40000, 1, std::nanf(""));
     work->setValue(50000, 1, 1e30F);  // a running sum would not recover from it
     for (const std::uint32_t points : {1U, 2U, 7U, 1000U, kSamples, 4000000000U}) {
-        const FilterOutcome outcome = runMovingAverage(*work, points, {});
+        const FilterOutcome outcome = runMovingAverage(*work, 1, *work, points, {});
         EXPECT_EQ(outcome.missing, 1U);
         const std::int64_t ahead = std::min<std::int64_t>(points / 2, kSamples);
         const std::int64_t behind = std::min<std::int64_t>(points - 1 - points / 2, kSamples);
@@ -102,11 +102,11 @@ TEST(FilterRun, missingSamplesStayMissingAndPoisonNothing)
     const auto work = makeFile("w", kSamples, 2);
     work->setValue(100, 1, std::nanf(""));
     const FidFilterPtr filter = designFilter({5, 10.0, 0.0, 4, 0.0}, 1000.0);
-    const FilterOutcome outcome = runFilter(*work, filter.get(), {});
+    const FilterOutcome outcome = runFilter(*work, 1, *work, filter.get(), {});
     EXPECT_EQ(outcome.missing, 1U);
     EXPECT_TRUE(std::isnan(work->value(100, 2)));
     EXPECT_NEAR(work->value(kSamples, 2), 5.0, 0.5);  // the mean of 0 to 10
-    EXPECT_EQ(runFilter(*work, filter.get(), stopsPastHalf).outcome, JobOutcome::Cancelled);
+    EXPECT_EQ(runFilter(*work, 1, *work, filter.get(), stopsPastHalf).outcome, JobOutcome::Cancelled);
 }
 
 TEST(FilterCharacteristic, marksHalfPowerOnItsCurve)
@@ -132,7 +132,8 @@ TEST(SaveResults, newFileHasBothColumnsAndTheHeader)
     source->columnName(1, "Force");
     source->columnDescription(1, "At the hook of the crane, before it was [kN]");
     const auto work = std::make_unique<TSFILE>("temp", 500, 2, 0);
-    copyToWork(*source, 1, *work, "LpBu4/1", {});
+    describeWork(*source, 1, *work, "LpBu4/1");
+    runMovingAverage(*source, 1, *work, 3, {});
     EXPECT_EQ(saveToNewFile(*work, "data.v2.ts", stopsPastHalf), JobOutcome::Cancelled);
     EXPECT_FALSE(std::filesystem::exists("data.v2.ts") || std::filesystem::exists("tmp.ts"));
     ASSERT_EQ(saveToNewFile(*work, "data.v2.ts", {}), JobOutcome::Done);

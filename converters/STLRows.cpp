@@ -53,8 +53,12 @@ bool STLRows::nextLine()
     while (m_reader.next()) {
         ++m_lineNumber;
         const std::string_view line = m_reader.text();
-        if (m_lineNumber >= m_format.firstDataLine &&
-            line.find_first_not_of(" \t\r") != std::string_view::npos && !isRemark(line, m_format))
+        if (m_lineNumber < m_format.firstDataLine)
+            continue;
+        // Most lines begin with a digit, and are neither empty nor remarks.
+        if (!line.empty() && line.front() >= '0' && line.front() <= '9')
+            return true;
+        if (line.find_first_not_of(" \t\r") != std::string_view::npos && !isRemark(line, m_format))
             return true;
     }
     return false;
@@ -116,22 +120,20 @@ std::optional<double> STLRows::rowSeconds()
         }
         case STLTimeSource::DateAndTime: {
             const auto day = dateAt(m_cells[static_cast<std::size_t>(m_format.dateColumn)]);
-            const auto time = ::readTime(cell);
-            if (!day || !time)
+            Micros time = 0;
+            if (!day || !timeAt(cell, time))
                 return std::nullopt;
-            m_resolution = resolutionOf(*time);
-            return sinceFirst(*day + time->micros);
+            return sinceFirst(*day + time);
         }
         case STLTimeSource::ElapsedTime: {
-            const auto time = ::readTime(cell);
-            if (!time)
+            Micros time = 0;
+            if (!timeAt(cell, time))
                 return std::nullopt;
-            m_resolution = resolutionOf(*time);
             // A time of day begins anew at midnight; hours that go on above 24 never step back.
-            if (m_hasFirst && time->micros < kMicrosPerDay && time->micros + kMicrosPerDay / 2 < m_lastTime)
+            if (m_hasFirst && time < kMicrosPerDay && time + kMicrosPerDay / 2 < m_lastTime)
                 m_days += kMicrosPerDay;
-            m_lastTime = time->micros;
-            return sinceFirst(time->micros + m_days);
+            m_lastTime = time;
+            return sinceFirst(time + m_days);
         }
         default: {
             auto number = readNumber(cell, m_format.cells);
@@ -147,6 +149,20 @@ std::optional<double> STLRows::rowSeconds()
             return seconds - m_firstSeconds;
         }
     }
+}
+
+bool STLRows::timeAt(std::string_view text, Micros& micros)
+{
+    if (readPlainTime(text, micros)) {
+        m_resolution = 1.0;
+        return true;
+    }
+    const auto time = ::readTime(text);
+    if (!time)
+        return false;
+    m_resolution = resolutionOf(*time);
+    micros = time->micros;
+    return true;
 }
 
 std::optional<double> STLRows::sinceFirst(std::optional<Micros> wall)

@@ -65,6 +65,7 @@ private:
     bool readTime();
     std::optional<double> rowSeconds();
     std::optional<double> sinceFirst(std::optional<Micros> wall);
+    bool timeAt(std::string_view text, Micros& micros);
     std::optional<Micros> dateAt(std::string_view text);
     void readValues();
     float valueOf(std::size_t column, std::string_view cell);

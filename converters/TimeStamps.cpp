@@ -1,7 +1,6 @@
 #include "converters/TimeStamps.h"
 
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <ctime>
 
@@ -186,33 +185,30 @@ std::optional<Stamp> readStamp(std::string_view text)
     return text.empty() ? std::optional(stamp) : std::nullopt;
 }
 
-namespace {
-
-// "hh:mm:ss" and nothing else, as nearly all loggers write it.
-std::optional<TimeOfDay> readPlainTime(std::string_view text)
+bool readPlainTime(std::string_view text, Micros& micros)
 {
     if (text.size() != 8 || text[2] != ':' || text[5] != ':')
-        return std::nullopt;
-    std::array<unsigned, 6> digits{};
+        return false;
     unsigned highest = 0;
-    for (std::size_t i = 0; i < digits.size(); ++i) {
-        digits[i] = static_cast<unsigned char>(text[i + i / 2] - '0');
-        highest = std::max(highest, digits[i]);
-    }
-    const unsigned minutes = digits[2] * 10 + digits[3];
-    const unsigned seconds = digits[4] * 10 + digits[5];
+    const auto two = [&](std::size_t at) {
+        const unsigned tens = static_cast<unsigned char>(text[at] - '0');
+        const unsigned ones = static_cast<unsigned char>(text[at + 1] - '0');
+        highest = std::max({highest, tens, ones});
+        return tens * 10 + ones;
+    };
+    const unsigned hours = two(0);
+    const unsigned minutes = two(3);
+    const unsigned seconds = two(6);
     if (highest > 9 || minutes > 59 || seconds > 60)
-        return std::nullopt;
-    const unsigned hours = digits[0] * 10 + digits[1];
-    return TimeOfDay{((Micros{hours} * 60 + minutes) * 60 + seconds) * kMicrosPerSecond, 0, true};
+        return false;
+    micros = ((Micros{hours} * 60 + minutes) * 60 + seconds) * kMicrosPerSecond;
+    return true;
 }
-
-}  // namespace
 
 std::optional<TimeOfDay> readTime(std::string_view text)
 {
-    if (const auto plain = readPlainTime(text))
-        return plain;
+    if (Micros micros = 0; readPlainTime(text, micros))
+        return TimeOfDay{micros, 0, true};
     const auto time = takeTime(text);
     return text.empty() ? time : std::nullopt;
 }

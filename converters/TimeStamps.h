@@ -49,6 +49,9 @@ std::optional<Stamp> readStamp(std::string_view text);
 std::optional<TimeOfDay> readTime(std::string_view text);
 std::optional<DateParts> readDate(std::string_view text);
 
+// "hh:mm:ss" and nothing else, as nearly all loggers write it.
+bool readPlainTime(std::string_view text, Micros& micros);
+
 // Midnight of a date; nothing for a day that the calendar lacks.
 std::optional<Micros> midnight(const DateParts& date, DateOrder order);
 // A date's and time's place on the wall clock; with a zone, that of Greenwich.

@@ -104,8 +104,8 @@ void plainPass(int span, int radix, int groupCount, double* yRe, double* yIm)
     }
     const Complex rotation = std::polar(1.0, -2 * kPi / span / radix);
     Complex twiddle = 1.0;
-    double re[kMostValues];
-    double im[kMostValues];
+    double re[kMostValues] = {};
+    double im[kMostValues] = {};
     for (int t = 0; t < span; ++t, twiddle *= rotation) {
         Complex powers[kMostValues] = {1.0};
         for (int k = 1; k < radix; ++k)

@@ -24,6 +24,8 @@
 #include <fstream>
 #include <new>
 
+#include "calc/Spectrum.h"
+#include "calc/SpectrumSamples.h"
 #include "core/TsExceptions.h"
 #include "core/TsNames.h"
 #include "portal/TsApplication.h"

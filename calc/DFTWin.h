@@ -6,7 +6,7 @@
 #include <optional>
 #include <vector>
 
-#include "calc/Spectrum.h"
+#include "calc/SpectrumPeaks.h"
 #include "core/ScratchFile.h"
 #include "share/SubWindow.h"
 

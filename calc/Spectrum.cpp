@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <iterator>
+#include <limits>
 #include <numbers>
 
 #include "calc/SpectrumSamples.h"
@@ -34,17 +35,27 @@ constexpr WindowRow kWindows[] = {
 };
 static_assert(std::size(kWindows) == kSpectrumWindows);
 
-bool isOfFactors235(std::uint32_t n)
+// The greatest (or least) product of 2, 3 and 5 that is not above (not below) m; both by going through the
+// few hundred products there are.
+std::uint32_t nearest235(std::uint32_t m, bool below)
 {
-    for (const std::uint32_t p : {2U, 3U, 5U})
-        while (n % p == 0)
-            n /= p;
-    return n == 1;
+    constexpr std::uint64_t kLimit = UINT32_MAX;
+    std::uint64_t best = below ? 1 : kLimit;
+    for (std::uint64_t fives = 1; fives <= kLimit; fives *= 5)
+        for (std::uint64_t threes = fives; threes <= kLimit; threes *= 3)
+            for (std::uint64_t n = threes; n <= kLimit; n *= 2) {
+                if (below && n <= m)
+                    best = std::max(best, n);
+                if (!below && n >= m)
+                    best = std::min(best, n);
+            }
+    return static_cast<std::uint32_t>(best);
 }
 
 double inDecibel(double value, bool power)
 {
-    return (power ? 10.0 : 20.0) * std::log10(value);
+    // A bin without any power has no level.
+    return value > 0.0 ? (power ? 10.0 : 20.0) * std::log10(value) : std::numeric_limits<double>::quiet_NaN();
 }
 
 // One value of the spectrum from the power |Y|^2 of a bin.
@@ -77,16 +88,29 @@ struct Scale
     }
 };
 
-Scale scaleOf(const SpectrumRequest& request, std::uint32_t used)
+struct WindowSums
 {
     double sum = 0.0;
     double squares = 0.0;
-    for (std::uint32_t i = 0; i < used; ++i) {
-        const double w = windowSample(request.window, i, used);
+
+    void add(double w)
+    {
         sum += w;
         squares += w * w;
     }
-    return {1.0 / sum, request.dt / squares, request.result, request.decibel};
+};
+
+Scale scaleOf(const SpectrumRequest& request, const WindowSums& sums)
+{
+    return {1.0 / sums.sum, request.dt / sums.squares, request.result, request.decibel};
+}
+
+// One of the equal parts of a job's progress.
+Progress part(const Progress& whole, unsigned which, unsigned parts)
+{
+    return [&whole, which, parts](std::uint64_t done, std::uint64_t total) {
+        return goesOn(whole, which * total + done, parts * total);
+    };
 }
 
 // Rows for the target, handed over in runs.
@@ -140,15 +164,19 @@ JobOutcome wholeRange(TSFILE& source, const SpectrumRequest& request, const Spec
 {
     Transform transform(plan.length);
     const std::span<double> samples = std::span(transform.xRe).first(plan.used);
-    if (loadSamples(source, request, request.from, samples, progress) == JobOutcome::Cancelled)
+    if (loadSamples(source, request, request.from, samples, part(progress, 0, 3)) == JobOutcome::Cancelled)
         return JobOutcome::Cancelled;
     mean = removeTrend(samples, request.trend);
-    for (std::uint32_t i = 0; i < plan.used; ++i)
-        samples[i] *= windowSample(request.window, i, plan.used);
-    if (!transform.run(progress))
+    WindowSums sums;
+    for (std::uint32_t i = 0; i < plan.used; ++i) {
+        const double w = windowSample(request.window, i, plan.used);
+        sums.add(w);
+        samples[i] *= w;
+    }
+    if (!transform.run(part(progress, 1, 3)))
         return JobOutcome::Cancelled;
 
-    const Scale scale = scaleOf(request, plan.used);
+    const Scale scale = scaleOf(request, sums);
     RowWriter rows(target, plan.resolution);
     for (std::uint32_t k = 1; k <= plan.bins; ++k) {
         const bool atNyquist = 2 * std::uint64_t{k} == plan.length;
@@ -160,6 +188,8 @@ JobOutcome wholeRange(TSFILE& source, const SpectrumRequest& request, const Spec
         } else {
             rows.add(scale(transform.power(k), atNyquist), std::atan2(im, re) * kDegrees);
         }
+        if (k % kRun == 0 && !goesOn(part(progress, 2, 3), k, plan.bins))
+            return JobOutcome::Cancelled;
     }
     rows.flush();
     return JobOutcome::Done;
@@ -170,11 +200,14 @@ JobOutcome segments(TSFILE& source, const SpectrumRequest& request, const Spectr
 {
     Transform transform(plan.length);
     std::vector<double> window(plan.used);
-    for (std::uint32_t i = 0; i < plan.used; ++i)
+    WindowSums sums;
+    for (std::uint32_t i = 0; i < plan.used; ++i) {
         window[i] = windowSample(request.window, i, plan.used);
+        sums.add(window[i]);
+    }
     std::vector<double> power(plan.bins + 1, 0.0);
     double sum = 0.0;
-    const std::uint32_t hop = segmentHop(request);
+    const std::uint32_t hop = segmentHop(plan.used, request.overlapPercent);
     for (std::uint32_t s = 0; s < plan.segments; ++s) {
         const std::span<double> samples = std::span(transform.xRe).first(plan.used);
         const auto first = static_cast<std::uint32_t>(request.from + std::uint64_t{s} * hop);
@@ -190,7 +223,7 @@ JobOutcome segments(TSFILE& source, const SpectrumRequest& request, const Spectr
     }
     mean = sum / plan.segments;
 
-    const Scale scale = scaleOf(request, plan.used);
+    const Scale scale = scaleOf(request, sums);
     RowWriter rows(target, plan.resolution);
     for (std::uint32_t k = 1; k <= plan.bins; ++k)
         rows.add(scale(power[k] / plan.segments, 2 * std::uint64_t{k} == plan.length), 0.0);
@@ -207,9 +240,7 @@ const char* spectrumWindowName(SpectrumWindow window)
 
 std::uint32_t shortenedLength(std::uint32_t m)
 {
-    std::uint32_t fast = m;
-    while (fast > 1 && !isOfFactors235(fast))
-        --fast;
+    const std::uint32_t fast = nearest235(m, true);
     if (fast >= kDropsLittle * m)
         return fast;
     std::uint32_t any = m;
@@ -220,10 +251,7 @@ std::uint32_t shortenedLength(std::uint32_t m)
 
 std::uint32_t paddedLength(std::uint32_t m)
 {
-    std::uint32_t n = std::max(m, 1U);
-    while (!isOfFactors235(n))
-        ++n;
-    return n;
+    return nearest235(std::max(m, 1U), false);
 }
 
 SpectrumPlan planSpectrum(const SpectrumRequest& request)
@@ -237,7 +265,8 @@ SpectrumPlan planSpectrum(const SpectrumRequest& request)
     plan.used = std::min(wanted, plan.length);
     plan.bins = plan.length / 2;
     if (request.averaged)
-        plan.segments = range < plan.used ? 0 : (range - plan.used) / segmentHop(request) + 1;
+        plan.segments =
+            range < plan.used ? 0 : (range - plan.used) / segmentHop(plan.used, request.overlapPercent) + 1;
     plan.resolution = 1.0 / (plan.length * request.dt);
     plan.highest = plan.bins * plan.resolution;
     plan.bytes = plan.length * kBytesASample;

@@ -8,38 +8,10 @@
 #pragma once
 
 #include <cstdint>
-#include <span>
-#include <string>
-#include <vector>
 
+#include "calc/SpectrumRequest.h"
 #include "core/Progress.h"
 #include "core/TSFILE.h"
-
-// F. J. Harris, "On the use of windows for harmonic analysis with the discrete Fourier transform", Proc. IEEE
-// 66 (1978), in their periodic form; the flat top is Heinzel's HFT95, off by 0.0044 dB between two bins.
-enum class SpectrumWindow { Hann, Rectangular, Hamming, Blackman, BlackmanHarris, FlatTop, Bartlett };
-enum class SpectrumTrend { Mean, Line, Nothing };
-enum class SpectrumResult { Amplitude, RmsAmplitude, PowerDensity, AmplitudeDensity, RealImaginary };
-
-inline constexpr int kSpectrumWindows = 7;
-const char* spectrumWindowName(SpectrumWindow window);
-
-struct SpectrumRequest
-{
-    std::uint32_t column = 1;
-    std::uint32_t from = 1;  // samples, both included
-    std::uint32_t to = 1;
-    SpectrumTrend trend = SpectrumTrend::Mean;
-    SpectrumWindow window = SpectrumWindow::Hann;
-    bool averaged = false;  // over segments, else the whole range at once
-    std::uint32_t segment = 4096;
-    int overlapPercent = 50;
-    bool pad = false;  // with zeros to a fast length, else shortened to one
-    SpectrumResult result = SpectrumResult::Amplitude;
-    bool decibel = false;
-    bool interpolate = false;  // missing values between their neighbours; else they are none
-    double dt = 1.0;           // seconds between samples
-};
 
 // What a request comes to.
 struct SpectrumPlan
@@ -60,22 +32,9 @@ std::uint32_t paddedLength(std::uint32_t m);
 
 SpectrumPlan planSpectrum(const SpectrumRequest& request);
 
+const char* spectrumWindowName(SpectrumWindow window);
 // Sample i of a window of m samples.
 double windowSample(SpectrumWindow window, std::uint32_t i, std::uint32_t m);
-
-// How many samples of the range are missing (NaN or infinite).
-JobOutcome countMissing(TSFILE& file, const SpectrumRequest& request, std::uint64_t& missing,
-                        const Progress& progress);
-
-// The least, greatest and mean step of a file with a "Time" column; all dt without one.
-struct StepRange
-{
-    double least = 0.0;
-    double greatest = 0.0;
-    double mean = 0.0;
-};
-JobOutcome readSteps(TSFILE& file, std::uint32_t from, std::uint32_t to, StepRange& steps,
-                     const Progress& progress);
 
 // Computes the spectrum and writes it into `target`: plan.bins samples of three columns, "Freq" in Hz, the
 // result, and the phase in degrees (or "Re" and "Im"); averages have two columns. Holds four arrays of
@@ -86,18 +45,3 @@ JobOutcome computeSpectrum(TSFILE& source, const SpectrumRequest& request, TSFIL
 
 // Columns of the target: 2 or 3.
 std::uint32_t spectrumColumns(const SpectrumRequest& request);
-
-// A local maximum of a spectrum, refined by the parabola through its three bins. The flat top window needs
-// that for the frequency alone: its highest bin is the amplitude already.
-struct SpectrumPeak
-{
-    double frequency = 0.0;  // Hz
-    double value = 0.0;
-    std::uint32_t bin = 0;
-};
-// The `count` highest, highest first, of a column (from 1) of a spectrum file.
-std::vector<SpectrumPeak> findPeaks(TSFILE& spectrum, std::uint32_t column, std::size_t count,
-                                    SpectrumWindow window);
-// The highest bin beside each multiple 1, 2, … of a frequency, up to the end of the spectrum.
-std::vector<SpectrumPeak> findHarmonics(TSFILE& spectrum, std::uint32_t column, double frequency,
-                                        std::size_t count, SpectrumWindow window);

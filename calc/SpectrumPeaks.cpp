@@ -1,10 +1,8 @@
-// Peaks and harmonics of a spectrum file.
+#include "calc/SpectrumPeaks.h"
 
 #include <algorithm>
 #include <cmath>
 #include <span>
-
-#include "calc/Spectrum.h"
 
 namespace {
 

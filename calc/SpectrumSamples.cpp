@@ -33,10 +33,9 @@ void bridgeMissing(std::span<double> samples)
 
 }  // namespace
 
-std::uint32_t segmentHop(const SpectrumRequest& request)
+std::uint32_t segmentHop(std::uint32_t used, int overlapPercent)
 {
-    const std::uint64_t stay =
-        std::uint64_t{request.segment} * static_cast<unsigned>(100 - request.overlapPercent);
+    const std::uint64_t stay = std::uint64_t{used} * static_cast<unsigned>(100 - overlapPercent);
     return std::max<std::uint32_t>(1, static_cast<std::uint32_t>(stay / 100));
 }
 

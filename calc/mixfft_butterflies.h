@@ -11,7 +11,8 @@ namespace {
 // use the published tables. They limit the accuracy to a few 1e-15 a pass.
 inline constexpr double kThirdCos = -1.5;
 inline constexpr double kThirdSin = 0.86602540378444;
-inline constexpr double kFifth[] = {-1.25, 0.55901699437495, -0.95105651629515, -1.5388417685876, 0.36327126400268};
+inline constexpr double kFifth[] = {-1.25, 0.55901699437495, -0.95105651629515, -1.5388417685876,
+                                    0.36327126400268};
 inline constexpr double kHalfRoot = 0.70710678118655;
 
 template <class V>

@@ -8,6 +8,7 @@
 #include "calc/IntegrateWin.h"
 #include "converters/SCLWin.h"
 #include "converters/STLWin.h"
+#include "filter/FilterWin.h"
 #include "portal/CreateTsWin_Veltrac.h"
 #include "portal/EditHeaderWin.h"
 #include "portal/TsTableView.h"
@@ -38,6 +39,7 @@ const std::vector<Row>& rows()
          [](const QString&, unsigned) -> SubWindow* { return new CreateTsWin(mainWindow()); }},
         {SubProgram::StlImport, [](const QString& file, unsigned) -> SubWindow* { return new STLWin(file); }},
         {SubProgram::SclImport, [](const QString& file, unsigned) -> SubWindow* { return new SCLWin(file); }},
+        {SubProgram::StlImport, [](const QString& file, unsigned) -> SubWindow* { return new STLWin(file); }},
         {SubProgram::List,
          [](const QString& file, unsigned) -> SubWindow* { return new TsTableView(file, mainWindow(), 0); }},
         {SubProgram::Edit,
@@ -48,6 +50,8 @@ const std::vector<Row>& rows()
          [](const QString& file, unsigned column) -> SubWindow* { return new IntegrateWin(file, column); }},
         {SubProgram::Spectrum,
          [](const QString& file, unsigned column) -> SubWindow* { return new DFTWin(file, column); }},
+        {SubProgram::Filter,
+         [](const QString& file, unsigned column) -> SubWindow* { return new FilterWin(file, column); }},
         {SubProgram::Header,
          [](const QString& file, unsigned) -> SubWindow* { return new EditHeaderWin(file); }},
     };

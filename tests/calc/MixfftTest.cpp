@@ -11,6 +11,7 @@
 #include <random>
 #include <vector>
 
+#include "calc/mixfft_kernels.h"
 #include "calc/mixfft_steps.h"
 
 namespace {
@@ -178,6 +179,39 @@ TEST(Mixfft, passesRunInReverseOrderOfDiscovery)
         int radixOf[kMaxPasses] = {};
         factorLength(row.n, &passCount, radixOf);
         EXPECT_EQ(std::vector<int>(radixOf + 1, radixOf + 1 + passCount), row.radices) << row.n;
+    }
+}
+
+// Only one of the builds runs on a machine; the others must not be wrong elsewhere.
+TEST(Mixfft, everyBuildOfThePassesGivesTheSame)
+{
+    std::vector<PassKernel> kernels = {radixPassBaseline};
+#if defined(VELTRAC_FFT_X86)
+    if (__builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma"))
+        kernels.push_back(radixPassAvx2);
+    if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq"))
+        kernels.push_back(radixPassAvx512);
+#endif
+    static RadixTables tables;
+    for (const int radix : {2, 3, 4, 5, 7, 8, 10, 37}) {
+        for (int i = 0; i < radix; ++i) {
+            tables.trigRe[i] = std::cos(2 * std::numbers::pi * i / radix);
+            tables.trigIm[i] = -std::sin(2 * std::numbers::pi * i / radix);
+        }
+        for (const int span : {1, 3, 8, 13, 70, 200})
+            for (const int groups : {1, 5, 16, 19}) {
+                const Series before = noise(span * radix * groups, 9);
+                Series expected = before;
+                radixPass(span, radix, groups, expected.re.data(), expected.im.data());
+                const double bound = 1e-12 * greatest(expected);
+                for (const PassKernel kernel : kernels) {
+                    Series y = before;
+                    kernel(span, radix, groups, y.re.data(), y.im.data(), tables);
+                    for (int k = 0; k < y.size(); ++k)
+                        ASSERT_LT(std::abs(y.at(k) - expected.at(k)), bound)
+                            << "radix " << radix << ", span " << span << ", groups " << groups;
+                }
+            }
     }
 }
 

@@ -8,6 +8,8 @@
 #include <numbers>
 #include <random>
 
+#include "calc/SpectrumPeaks.h"
+#include "calc/SpectrumSamples.h"
 #include "calc/mixfft.h"
 #include "tests/core/TsFileBytes.h"
 

@@ -11,6 +11,7 @@
 
 #include "core/LineReader.h"
 #include "core/TextNumbers.h"
+#include "tests/core/TsFileBytes.h"
 
 namespace {
 
@@ -103,7 +104,8 @@ TEST(TextNumbers, numbersAreThoseOfAtof)
 
 TEST(LineReader, linesOfEveryLengthComeWholeOrCut)
 {
-    const std::string file = (std::filesystem::temp_directory_path() / "veltrac_lines.txt").string();
+    const TestDirectory directory;
+    const std::string file = "lines.txt";
     std::string text = "\xEF\xBB\xBF";
     std::vector<std::string> lines;
     std::mt19937 random(3);

@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "share/Transliteration.h"
+#include "tests/core/TsFileBytes.h"
 
 namespace {
 
@@ -15,7 +16,8 @@ using Draw = std::function<void(PostscriptDriver&)>;
 
 std::string fileOf(const PsParameters* parameters, const Draw& draw)
 {
-    const std::filesystem::path path = std::filesystem::temp_directory_path() / "PostscriptDriverTest.eps";
+    const TestDirectory directory;
+    const std::filesystem::path path = "a.eps";
     {
         PostscriptDriver driver(path.c_str(), parameters);
         draw(driver);
@@ -23,8 +25,6 @@ std::string fileOf(const PsParameters* parameters, const Draw& draw)
     std::ifstream stream(path, std::ios::binary);
     std::stringstream text;
     text << stream.rdbuf();
-    stream.close();
-    std::filesystem::remove(path);
     return text.str();
 }
 

@@ -1,0 +1,30 @@
+// The frequency characteristic of a filter: gain and phase over frequency.
+#pragma once
+
+#include "filter/FilterCharacteristic.h"
+#include "share/SubWindow.h"
+
+class PlotCanvas;
+class QAction;
+
+class FilterCharWin : public SubWindow
+{
+    Q_OBJECT
+
+public:
+    FilterCharWin(const FilterCharacteristic& characteristic, const QString& spec, QWidget* parent = nullptr);
+
+public slots:
+    void sl_decibels(bool on);
+    void sl_logarithmic(bool on);
+
+private:
+    void createActions();
+    void plot();
+    void fitGain();
+
+    FilterCharacteristic m_characteristic;
+    PlotCanvas* m_canvas;
+    QAction* m_decibels = nullptr;
+    QAction* m_logarithmic = nullptr;
+};

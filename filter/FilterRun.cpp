@@ -1,0 +1,181 @@
+#include "filter/FilterRun.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+
+#include "core/Rebuild.h"
+#include "filter/MovingAverage.h"
+
+namespace {
+
+constexpr std::uint32_t kRun = 1U << 15;  // samples a step
+
+std::vector<std::string> g_reports;
+
+// What fid_run_new() and fid_run_newbuf() hand out.
+class Runner
+{
+public:
+    explicit Runner(const FidFilter* filter)
+        : m_run(fid_run_new(filter, nullptr)), m_buffer(fid_run_newbuf(m_run))
+    {
+    }
+    ~Runner()
+    {
+        fid_run_freebuf(m_buffer);
+        fid_run_free(m_run);
+    }
+    Runner(const Runner&) = delete;
+    Runner& operator=(const Runner&) = delete;
+
+    void run(std::vector<double>& samples) { fid_run_block(m_run, m_buffer, samples.data(), samples.size()); }
+
+private:
+    void* m_run;
+    void* m_buffer;
+};
+
+}  // namespace
+
+FidReports::FidReports()
+{
+    g_reports.clear();
+    fid_set_error_handler([](const char* text) {
+        if (std::find(g_reports.begin(), g_reports.end(), text) == g_reports.end())
+            g_reports.emplace_back(text);
+    });
+}
+
+FidReports::~FidReports()
+{
+    fid_set_error_handler(nullptr);
+}
+
+std::string FidReports::text() const
+{
+    std::string all;
+    for (const std::string& report : g_reports)
+        all += (all.empty() ? "" : "\n") + report;
+    return all;
+}
+
+FidFilterPtr designFilter(const FilterRequest& request, double samplingHz)
+{
+    return FidFilterPtr(fid_design(filterSpec(request).c_str(), samplingHz, -1.0, -1.0, 1, nullptr));
+}
+
+double samplingFrequency(float dt)
+{
+    if (!(dt > 0.0F) || !std::isfinite(dt))
+        return 0.0;
+    char text[40];
+    const auto end =
+        std::to_chars(text, text + sizeof text, 1.0 / static_cast<double>(dt), std::chars_format::general, 7)
+            .ptr;
+    double rounded = 0.0;
+    std::from_chars(text, end, rounded);
+    return rounded;
+}
+
+JobOutcome inRuns(std::uint32_t samples, const Progress& progress,
+                  const std::function<void(std::uint32_t first, std::span<float> run)>& step)
+{
+    std::vector<float> values(std::min(kRun, samples));
+    for (std::uint32_t done = 0; done < samples;) {
+        const std::span<float> run(values.data(), std::min<std::size_t>(values.size(), samples - done));
+        step(done + 1, run);
+        done += static_cast<std::uint32_t>(run.size());
+        if (!goesOn(progress, done, samples))
+            return JobOutcome::Cancelled;
+    }
+    return JobOutcome::Done;
+}
+
+JobOutcome copyToWork(TSFILE& source, std::uint32_t column, TSFILE& work, const std::string& filterWords,
+                      const Progress& progress)
+{
+    work.copyHeader(source);
+    copyColumnInfo(source, column, work, 1);
+    const std::string name = source.columnName(column);
+    const std::string description = source.columnDescription(column);
+    work.columnName(2, (name.substr(0, 9) + "_f").c_str());
+    // The unit stands in brackets and is to outlive the cut at the end of the field.
+    const std::size_t bracket = description.rfind('[');
+    const std::string unit = bracket == std::string::npos ? "" : " " + description.substr(bracket);
+    work.columnDescription(
+        2, (filterWords.substr(0, 45 - std::min<std::size_t>(unit.size(), 40)) + unit).c_str());
+    work.stampColumn(2);
+    return inRuns(work.samples(), progress, [&](std::uint32_t first, std::span<float> run) {
+        source.readColumn(column, first, run);
+        work.writeColumn(1, first, run);
+    });
+}
+
+FilterOutcome runFilter(TSFILE& work, const FidFilter* filter, const Progress& progress)
+{
+    Runner runner(filter);
+    FilterOutcome result;
+    std::vector<double> wide;
+    float last = 0.0F;
+    result.outcome = inRuns(work.samples(), progress, [&](std::uint32_t first, std::span<float> run) {
+        work.readColumn(1, first, run);
+        wide.resize(run.size());
+        for (std::size_t i = 0; i < run.size(); ++i) {
+            if (!std::isnan(run[i]))
+                last = run[i];
+            wide[i] = last;
+        }
+        runner.run(wide);
+        for (std::size_t i = 0; i < run.size(); ++i) {
+            const bool missing = std::isnan(run[i]);
+            result.missing += missing ? 1 : 0;
+            if (!missing)
+                run[i] = static_cast<float>(wide[i]);
+        }
+        work.writeColumn(2, first, run);
+    });
+    return result;
+}
+
+FilterOutcome runMovingAverage(TSFILE& work, std::uint32_t points, const Progress& progress)
+{
+    const std::uint32_t samples = work.samples();
+    FilterOutcome result;
+    // More than all of them, whichever is in the middle, gives the same means.
+    const auto most =
+        static_cast<std::uint32_t>(std::min<std::uint64_t>(points, 2 * std::uint64_t{samples} + 1));
+    const std::uint32_t ahead = most / 2;
+    MovingAverage average(most, most - 1 - ahead);
+    std::vector<float> in(std::min(kRun, samples));
+    std::uint32_t read = 0;
+    std::size_t place = in.size();
+    const auto next = [&] {
+        if (read == samples)
+            return average.pushAbsent();
+        if (place == in.size()) {
+            place = 0;
+            work.readColumn(1, read + 1,
+                            std::span(in).first(std::min<std::size_t>(in.size(), samples - read)));
+        }
+        const float sample = in[place++];
+        ++read;
+        result.missing += std::isnan(sample) ? 1 : 0;
+        return average.push(sample);
+    };
+    // The first means belong to places before the first sample.
+    for (std::uint32_t i = 0; i < ahead; ++i) {
+        next();
+        if (i % kRun == 0 && !goesOn(progress, i, std::uint64_t{ahead} + samples))
+            return {JobOutcome::Cancelled, result.missing};
+    }
+    const Progress rest = [&](std::uint64_t done, std::uint64_t total) {
+        return goesOn(progress, ahead + done, ahead + total);
+    };
+    result.outcome = inRuns(samples, rest, [&](std::uint32_t first, std::span<float> run) {
+        for (float& value : run)
+            value = next();
+        work.writeColumn(2, first, run);
+    });
+    return result;
+}

@@ -1,0 +1,65 @@
+// Filtering a column, over a work file of two columns: column 1 the input, column 2 the output. No window.
+#pragma once
+
+#include <cstdint>
+#include <cstdlib>
+#include <functional>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "core/Progress.h"
+#include "core/TSFILE.h"
+#include "filter/FilterTypes.h"
+#include "filter/fid.h"
+
+struct FreeFidFilter
+{
+    void operator()(FidFilter* filter) const { std::free(filter); }
+};
+using FidFilterPtr = std::unique_ptr<FidFilter, FreeFidFilter>;
+
+// Collects the filter library's messages while it lives, each text once, so that they can be told together.
+// Only one lives at a time.
+class FidReports
+{
+public:
+    FidReports();
+    ~FidReports();
+    FidReports(const FidReports&) = delete;
+    FidReports& operator=(const FidReports&) = delete;
+
+    // The messages, a line each.
+    std::string text() const;
+};
+
+// The filter of a request of types 1 and up, its promised frequencies at half power; null with a report.
+FidFilterPtr designFilter(const FilterRequest& request, double samplingHz);
+
+// The sampling frequency of a sample time: 0 where there is none. Seven digits, which are all that the
+// 32-bit sample time holds: 1/360 s gives 360 Hz.
+double samplingFrequency(float dt);
+
+// Calls step(first, run) for runs of samples from 1 to `samples`.
+JobOutcome inRuns(std::uint32_t samples, const Progress& progress,
+                  const std::function<void(std::uint32_t first, std::span<float> run)>& step);
+
+// Makes the work file's header and column 1 those of a column of `source`, with column 2 named for what is
+// done to it, and copies the samples. `work` has as many samples as the source.
+JobOutcome copyToWork(TSFILE& source, std::uint32_t column, TSFILE& work, const std::string& filterWords,
+                      const Progress& progress);
+
+struct FilterOutcome
+{
+    JobOutcome outcome = JobOutcome::Done;
+    std::uint32_t missing = 0;  // samples of the input that are NaN
+};
+
+// Column 2 becomes column 1 through the filter, from a state of zeros on. Where a sample is missing the
+// filter is fed the one before it, and the output is missing there.
+FilterOutcome runFilter(TSFILE& work, const FidFilter* filter, const Progress& progress);
+
+// Column 2 becomes the mean of `points` samples of column 1, centred (with an even number one more comes
+// after the sample than before it). At both ends those that exist are averaged.
+FilterOutcome runMovingAverage(TSFILE& work, std::uint32_t points, const Progress& progress);

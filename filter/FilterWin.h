@@ -1,0 +1,108 @@
+// Ts-Filt: a column of a ts-file through a digital filter, looked at beside its input, and saved.
+#pragma once
+
+#include <QPointer>
+#include <QVector>
+
+#include <memory>
+
+#include "core/Progress.h"
+#include "core/ScratchFile.h"
+#include "core/TSFILE.h"
+#include "filter/FilterTypes.h"
+#include "share/SubWindow.h"
+
+class NumberField;
+class PlotCanvas;
+class QAction;
+class QComboBox;
+class QFormLayout;
+class QLabel;
+class SaveResultsDialog;
+class SourceChooser;
+struct FilterOutcome;
+
+class FilterWin : public SubWindow
+{
+    Q_OBJECT
+
+public:
+    // Opens on a file and a column, where they are given.
+    explicit FilterWin(const QString& file = QString(), unsigned column = 0, QWidget* parent = nullptr);
+    ~FilterWin() override;
+
+public slots:
+    void sl_cbSourceFileActivated(int index);
+    void sl_cbSourceColActivated(int index);
+    void sl_cbFilterActivated(int type);
+    void sl_fldFreq0Changed(const QString& text);
+    void sl_fldFiltOrderChanged(const QString& text);
+    void sl_fldFreq1Changed(const QString& text);
+    void sl_fldRippleChanged(const QString& text);
+    void sl_help();
+    void sl_updateCanvas();
+    void sl_execute();
+    void sl_plotFiltWin();
+    void sl_saveResults();
+    void sl_cursor_moved(int x, int y, int buttons);
+    void sl_plot();
+    void sl_subwindowGone(subWindow window);
+
+protected:
+    bool mayClose() override;
+
+private:
+    struct Field
+    {
+        FilterField use;
+        QLabel* label;
+        NumberField* field;
+        QLabel* reason;
+    };
+
+    void createActions();
+    QWidget* createPanel();
+    NumberField* addField(QFormLayout& form, FilterField use, const QString& label, const QString& text,
+                          const QString& tip, const char* slot);
+    void connectFields();
+    void fieldChanged();
+    void showSource();
+    bool requireColumn(const char* axis, unsigned column);
+    FilterRequest request() const;
+    // Says why the fields cannot be, in a box; true where they can.
+    bool validate(const FilterRequest& asked);
+    bool tellReports(const QString& text);
+
+    std::unique_ptr<TSFILE> openSource();
+    bool calculate(const FilterRequest& asked, TSFILE& source);
+    void showResult(const FilterOutcome& outcome, double seconds);
+
+    bool save(const SaveResultsDialog& dialog);
+    bool saveToFile(const SaveResultsDialog& dialog);
+    bool saveToSource(const SaveResultsDialog& dialog);
+    bool mayWrite(const QString& file);
+    bool agreesWith(TSFILE& target, const QString& file, std::uint32_t& count);
+    bool tellSaved(const QString& file, JobOutcome outcome);
+    void dropWork();
+
+    SourceChooser* m_source = nullptr;
+    QLabel* m_rate = nullptr;
+    QComboBox* m_type = nullptr;
+    QVector<Field> m_fields;
+    PlotCanvas* m_canvas = nullptr;
+    QLabel* m_readout = nullptr;
+    QAction* m_execute = nullptr;
+    QAction* m_plotChar = nullptr;
+    QString m_orderText = QStringLiteral("4");  // what the field held when it was the other one's
+    QString m_pointsText = QStringLiteral("11");
+    int m_shownType = -1;
+    double m_samplingHz = 0.0;
+
+    // The work file: column 1 the input, column 2 the output. A new one is made beside it and takes its place
+    // when it is whole.
+    std::unique_ptr<ScratchFile> m_work;
+    QString m_sourceFile;  // that the work file was made of, by its absolute path
+    QString m_words;       // what was done to it
+    bool m_saved = true;
+    QVector<QPointer<QWidget>> m_subWindows;
+};

@@ -1,0 +1,33 @@
+// Bringing a filter's input and output from the work file into a file of the user's. No window.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+
+#include "core/Progress.h"
+#include "core/TSFILE.h"
+
+// Which columns of the work file go to which of the target; 0 leaves a column of the work file out.
+struct ResultColumns
+{
+    std::uint32_t input = 0;
+    std::uint32_t output = 0;
+};
+
+// All of these throw the TS exceptions and std::system_error. Then, and when cancelled, the user's file is
+// as it was, and a new one is not there.
+
+// Writes header, names, descriptions, stamps and values to a file that gets its name when it is whole; an
+// older one of that name is replaced.
+JobOutcome saveToNewFile(TSFILE& work, const std::filesystem::path& target, const Progress& progress);
+
+// Writes the first `count` samples into columns of an open file. `backup` tells where the old values lie if
+// even putting them back has failed; else it is empty.
+JobOutcome saveToColumns(TSFILE& work, TSFILE& target, const ResultColumns& columns, std::uint32_t count,
+                         const Progress& progress, std::filesystem::path& backup);
+
+// Gives a file one column more, which takes the first `count` samples of the output. The file is rebuilt, so
+// whoever has it open must let it go before.
+JobOutcome saveToAddedColumn(TSFILE& work, const std::filesystem::path& target, std::uint32_t count,
+                             const Progress& progress, std::filesystem::path& backup);

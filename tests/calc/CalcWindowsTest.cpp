@@ -1,0 +1,198 @@
+// The derivative, integral and FFT windows as a person uses them.
+
+#include <gtest/gtest.h>
+
+#include <QComboBox>
+#include <QFileDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPointer>
+#include <QStatusBar>
+#include <QTableWidget>
+#include <QTest>
+
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <numbers>
+
+#include "calc/DFTWin.h"
+#include "calc/DerivativeWin.h"
+#include "calc/IntegrateWin.h"
+#include "core/TSFILE.h"
+#include "share/NumberField.h"
+#include "tests/BoxAnswer.h"
+#include "tests/Desk.h"
+#include "tests/core/TsFileBytes.h"
+
+namespace {
+
+// A directory with a.ts, a tone of 5 Hz and amplitude 2 at 100 Hz, and a scratch directory of its own.
+class CalcWindows : public testing::Test
+{
+protected:
+    CalcWindows()
+    {
+        std::filesystem::create_directory("scratch");
+        setenv("TMPDIR", std::filesystem::absolute("scratch").c_str(), 1);
+        TSFILE file("a", 2000, 2, 0);
+        file.dt(0.01F);
+        file.columnName(2, "Tone");
+        file.columnDescription(2, "A tone [V]");
+        for (std::uint32_t s = 1; s <= 2000; ++s)
+            file.setValue(s, 2, static_cast<float>(2.0 * std::sin(2.0 * std::numbers::pi * 5.0 * s * 0.01)));
+    }
+    ~CalcWindows() override { unsetenv("TMPDIR"); }
+    static std::size_t scratchFiles()
+    {
+        return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator("scratch"),
+                                                      std::filesystem::directory_iterator()));
+    }
+    // Closes a window and lets it delete itself.
+    static bool close(QWidget* window)
+    {
+        const QPointer<QWidget> watched(window);
+        window->close();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        return watched.isNull();
+    }
+
+    const TestDirectory m_directory;
+    Desk m_desk;
+};
+
+// Types a name into the file dialog that opens next and accepts it.
+void typeName(QWidget& dialog, const char* name)
+{
+    auto* const files = qobject_cast<QFileDialog*>(&dialog);
+    ASSERT_NE(files, nullptr);
+    files->findChild<QLineEdit*>()->setText(QDir().absoluteFilePath(QLatin1String(name)));
+}
+
+}  // namespace
+
+TEST_F(CalcWindows, ResultIsSavedIntoAnExistingFileAndTheScratchFileGoes)
+{
+    TSFILE("target", 1000, 3, 0).setValue(1, 3, 3.0F);
+    auto* const window = new DerivativeWin(QStringLiteral("a.ts"), 2);
+    window->show();
+    EXPECT_EQ(window->statusBar()->currentMessage(), "Welcome to Ts-Derivate");
+    window->sl_execute();
+    EXPECT_EQ(window->statusBar()->currentMessage(), "Computing...finished");
+    EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+    EXPECT_EQ(scratchFiles(), 2U);
+    const BoxAnswer save(QStringLiteral("&Save"), [](QWidget& dialog) { typeName(dialog, "target.ts"); });
+    window->sl_saveResults();
+    TSFILE target("target", true);
+    EXPECT_EQ(target.dt(), 0.01F);
+    EXPECT_STREQ(target.columnName(1), "Tone");
+    EXPECT_STREQ(target.columnName(2), "d(col1)/dt");
+    EXPECT_NEAR(target.value(20, 2), 2.0 * 2.0 * std::numbers::pi * 5.0, 2.0);
+    EXPECT_EQ(target.value(1, 3), 3.0F);
+    EXPECT_TRUE(close(window));
+    EXPECT_EQ(scratchFiles(), 0U);
+}
+
+TEST_F(CalcWindows, WhatIsNotSavedIsAskedAboutAndNoLeavesNothing)
+{
+    auto* const window = new IntegrateWin(QStringLiteral("a.ts"), 2);
+    window->show();
+    window->sl_execute();
+    EXPECT_EQ(window->statusBar()->currentMessage(), "Filtering...finished");
+    const BoxAnswer no(QStringLiteral("&No"));
+    EXPECT_TRUE(close(window));
+    EXPECT_EQ(no.title(), "Ts-Integrate");
+    EXPECT_EQ(no.text(), "Do you want to save the results?");
+    EXPECT_EQ(scratchFiles(), 0U);
+}
+
+TEST_F(CalcWindows, SourcesAndTargetsThatCannotServeAreRefused)
+{
+    TSFILE("nodt", 10, 1, 0);
+    TSFILE("narrow", 10, 1, 0);
+    auto* const window = new DerivativeWin(QStringLiteral("nodt.ts"), 1);
+    window->show();
+    {
+        const BoxAnswer told(QStringLiteral("Ok"));
+        window->sl_execute();
+        EXPECT_TRUE(told.text().contains(QStringLiteral("sample time")));
+        EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+        EXPECT_EQ(scratchFiles(), 0U);
+    }
+    EXPECT_TRUE(close(window));
+
+    auto* const other = new DerivativeWin(QStringLiteral("a.ts"), 2);
+    other->sl_execute();
+    const auto narrow = bytesOf("narrow.ts");
+    for (const char* const target : {"narrow.ts", "a.ts"}) {
+        int box = 0;
+        QString asked;
+        QTimer timer;
+        QObject::connect(&timer, &QTimer::timeout, [&] {
+            QWidget* const dialog = QApplication::activeModalWidget();
+            if (auto* const files = qobject_cast<QFileDialog*>(dialog); files != nullptr && box == 0) {
+                box = 1;
+                typeName(*files, target);
+                QMetaObject::invokeMethod(files, "accept");
+            } else if (auto* const message = qobject_cast<QMessageBox*>(dialog)) {
+                asked = message->text();
+                message->reject();
+            }
+        });
+        timer.start(5);
+        other->sl_saveResults();
+        EXPECT_TRUE(
+            asked.contains(QLatin1String(target[0] == 'a' ? "source file itself" : "only one column")));
+    }
+    EXPECT_EQ(bytesOf("narrow.ts"), narrow);
+    EXPECT_EQ(TSFILE("a", true).value(100, 1), 0.0F);
+    delete other;
+}
+
+TEST_F(CalcWindows, SpectrumStandsInAScratchFileOfItsOwnAndIsSavedWhole)
+{
+    std::ofstream("tempDFT.ts") << "user's";
+    auto* const window = new DFTWin(QStringLiteral("a.ts"), 2);
+    window->show();
+    window->sl_execute();
+    EXPECT_TRUE(std::filesystem::exists("tempDFT_1.ts"));
+    auto* const peaks = window->findChild<QTableWidget*>();
+    ASSERT_GE(peaks->rowCount(), 1);
+    EXPECT_NEAR(peaks->item(0, 0)->text().toDouble(), 5.0, 1e-3);
+    EXPECT_NEAR(peaks->item(0, 1)->text().toDouble(), 2.0, 1e-3);
+    {
+        const BoxAnswer save(QStringLiteral("&Save"), [](QWidget& dialog) { typeName(dialog, "a_fft.ts"); });
+        window->sl_saveResults();
+    }
+    TSFILE spectrum("a_fft", true);
+    EXPECT_EQ(spectrum.samples(), 1000U);
+    EXPECT_STREQ(spectrum.timeUnit(), "Frequency[Hz]");
+    EXPECT_STREQ(spectrum.columnDescription(2), "Amplitude of Tone [V]");
+    EXPECT_NEAR(spectrum.value(100, 2), 2.0, 1e-4);
+    EXPECT_TRUE(close(window));
+    EXPECT_FALSE(std::filesystem::exists("tempDFT_1.ts"));
+    EXPECT_EQ(bytesOf("tempDFT.ts").size(), 6U);
+}
+
+TEST_F(CalcWindows, SpectrumAsksAboutMissingValuesAndTellsWhatItCannotDo)
+{
+    TSFILE("a", false).setValue(77, 2, NAN);
+    DFTWin window(QStringLiteral("a.ts"), 2);
+    {
+        const BoxAnswer cancel(QStringLiteral("Cancel"));
+        window.sl_execute();
+        EXPECT_EQ(cancel.text(), "Column Tone has 1 missing values in the range.");
+    }
+    EXPECT_FALSE(std::filesystem::exists("tempDFT.ts"));
+    {
+        const BoxAnswer go(QStringLiteral("Interpolate"));
+        window.sl_execute();
+    }
+    EXPECT_TRUE(std::filesystem::exists("tempDFT.ts"));
+    const auto fields = window.findChildren<NumberField*>();
+    fields.at(1)->setText(QStringLiteral("1"));
+    bool told = false;
+    for (const QLabel* const label : window.findChildren<QLabel*>())
+        told = told || label->text() == QLatin1String("The range holds fewer than 2 samples.");
+    EXPECT_TRUE(told);
+}

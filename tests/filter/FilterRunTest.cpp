@@ -1,0 +1,188 @@
+// Filtering a work file, saving from it, and the requests that fields make.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <numbers>
+
+#include "core/ScratchFile.h"
+#include "core/TsNames.h"
+#include "filter/FilterCharacteristic.h"
+#include "filter/FilterRun.h"
+#include "filter/SaveResults.h"
+#include "tests/core/TsFileBytes.h"
+
+namespace {
+
+constexpr std::uint32_t kSamples = 70001;  // more than two runs
+
+float wave(std::uint32_t s)
+{
+    return static_cast<float>(std::sin(s * 0.37) * 100.0 + (s % 11));
+}
+
+std::unique_ptr<TSFILE> makeFile(const char* name, std::uint32_t samples, std::uint32_t columns)
+{
+    auto file = std::make_unique<TSFILE>(name, samples, columns, 0);
+    for (std::uint32_t s = 1; s <= samples; ++s)
+        file->setValue(s, 1, wave(s));
+    return file;
+}
+
+bool stopsPastHalf(std::uint64_t done, std::uint64_t total)
+{
+    return 10 * done <= 6 * total;
+}
+
+TEST(FilterRequest, everyTypeMakesASpecThatDesigns)
+{
+    for (int type = 1; type < static_cast<int>(filterTypes().size()); ++type) {
+        const FilterRequest request{type, 0.5, 40.0, 3, -0.1};
+        EXPECT_EQ(filterComplaint(request, 360.0), "");
+        EXPECT_TRUE(designFilter(request, 360.0)) << filterSpec(request);
+    }
+    EXPECT_EQ(filterSpec({11, 0.5, 40.0, 3, -0.1}), "BpCh3/-0.1/0.5-40");
+    EXPECT_EQ(filterSpec({13, 12.25, 0, 0, 0}), "LpBl/12.25");
+}
+
+TEST(FilterRequest, complaintsComeInTheirOrder)
+{
+    const char* const half = " must be below half of the sampling frequency, 50 Hz";
+    const std::pair<FilterRequest, std::string> rows[] = {
+        {{7, 0.0, 0.0, 0, 1.0}, "Freq0 must be >0"},
+        {{7, 60.0, 0.0, 0, 1.0}, "Freq1 must be >0"},
+        {{7, 60.0, 70.0, 0, 1.0}, "The filter order must be >=1"},
+        {{3, 60.0, 70.0, 11, 1.0}, "Maximum Bessel filter order is 10"},
+        {{11, 60.0, 70.0, 65, 1.0}, "Maximum Butterworth/Chebychev filter order is 64"},
+        {{11, 60.0, 70.0, 64, 1.0}, std::string("Freq0") + half},
+        {{11, 20.0, 50.0, 64, 1.0}, std::string("Freq1") + half},
+        {{11, 20.0, 20.0, 64, 1.0}, "Freq1 must be above Freq0"},
+        {{11, 20.0, 21.0, 64, 0.0}, "The ripple must be <0 dB"},
+        {{14, 20.0, 0.0, 0, 0.0}, ""},
+        {{0, 0.0, 0.0, 0, 0.0}, "The number of points must be >=1"},
+    };
+    for (const auto& [request, text] : rows)
+        EXPECT_EQ(filterComplaint(request, 100.0), text);
+    EXPECT_EQ(samplingFrequency(static_cast<float>(1.0 / 360)), 360.0);
+    EXPECT_EQ(samplingFrequency(0.0F), 0.0);
+}
+
+TEST(MovingAverageRun, equalsTheDirectMeanAtBothEndsAndAcrossRuns)
+{
+    const TestDirectory directory;
+    const auto work = makeFile("w", kSamples, 2);
+    work->setValue(40000, 1, std::nanf(""));
+    work->setValue(50000, 1, 1e30F);  // a running sum would not recover from it
+    for (const std::uint32_t points : {1U, 2U, 7U, 1000U, kSamples, 4000000000U}) {
+        const FilterOutcome outcome = runMovingAverage(*work, points, {});
+        EXPECT_EQ(outcome.missing, 1U);
+        const std::int64_t ahead = std::min<std::int64_t>(points / 2, kSamples);
+        const std::int64_t behind = std::min<std::int64_t>(points - 1 - points / 2, kSamples);
+        for (const std::int64_t s : {1L, 2L, 500L, 32768L, 32769L, 40000L, 49998L, 50005L, 70000L, 70001L}) {
+            double sum = 0.0;
+            int count = 0;
+            for (auto i = std::max<std::int64_t>(1, s - behind);
+                 i <= std::min<std::int64_t>(kSamples, s + ahead); ++i) {
+                const float x = work->value(static_cast<std::uint32_t>(i), 1);
+                sum += std::isnan(x) ? 0.0 : static_cast<double>(x);
+                count += std::isnan(x) ? 0 : 1;
+            }
+            const float mean = work->value(static_cast<std::uint32_t>(s), 2);
+            if (count == 0) {
+                EXPECT_TRUE(std::isnan(mean));
+            } else {
+                EXPECT_NEAR(mean, sum / count, std::abs(sum / count) * 1e-6 + 1e-5) << points << " at " << s;
+            }
+        }
+    }
+}
+
+TEST(FilterRun, missingSamplesStayMissingAndPoisonNothing)
+{
+    const TestDirectory directory;
+    const auto work = makeFile("w", kSamples, 2);
+    work->setValue(100, 1, std::nanf(""));
+    const FidFilterPtr filter = designFilter({5, 10.0, 0.0, 4, 0.0}, 1000.0);
+    const FilterOutcome outcome = runFilter(*work, filter.get(), {});
+    EXPECT_EQ(outcome.missing, 1U);
+    EXPECT_TRUE(std::isnan(work->value(100, 2)));
+    EXPECT_NEAR(work->value(kSamples, 2), 5.0, 0.5);  // the mean of 0 to 10
+    EXPECT_EQ(runFilter(*work, filter.get(), stopsPastHalf).outcome, JobOutcome::Cancelled);
+}
+
+TEST(FilterCharacteristic, marksHalfPowerOnItsCurve)
+{
+    const FidFilterPtr filter = designFilter({7, 0.5, 40.0, 2, 0.0}, 360.0);
+    const FilterCharacteristic c = characteristicOf(filter.get(), 360.0);
+    ASSERT_EQ(c.halfPower.size(), 2U);
+    EXPECT_NEAR(c.halfPower[0], 0.5, 1e-6);
+    EXPECT_NEAR(c.halfPower[1], 40.0, 1e-6);
+    EXPECT_GT(c.frequencies.size(), 4000U);
+    EXPECT_TRUE(std::is_sorted(c.frequencies.begin(), c.frequencies.end()));
+    for (std::size_t i = 0; i < c.marks.size(); ++i)
+        EXPECT_TRUE(std::isnan(c.marks[i]) || c.marks[i] == 0.0F ||
+                    std::abs(c.marks[i] - 0.70710678F) < 1e-6F);
+}
+
+TEST(SaveResults, newFileHasBothColumnsAndTheHeader)
+{
+    const TestDirectory directory;
+    const auto source = makeFile("source", 500, 3);
+    source->dt(0.25F);
+    source->startSeconds(1000);
+    source->columnName(1, "Force");
+    source->columnDescription(1, "At the hook of the crane, before it was [kN]");
+    const auto work = std::make_unique<TSFILE>("temp", 500, 2, 0);
+    copyToWork(*source, 1, *work, "LpBu4/1", {});
+    EXPECT_EQ(saveToNewFile(*work, "data.v2.ts", stopsPastHalf), JobOutcome::Cancelled);
+    EXPECT_FALSE(std::filesystem::exists("data.v2.ts") || std::filesystem::exists("tmp.ts"));
+    ASSERT_EQ(saveToNewFile(*work, "data.v2.ts", {}), JobOutcome::Done);
+    const auto saved = openTsFile("data.v2.ts", true);
+    EXPECT_EQ(saved->dt(), 0.25F);
+    EXPECT_EQ(saved->startSeconds(), 1000U);
+    EXPECT_STREQ(saved->columnName(1), "Force");
+    EXPECT_STREQ(saved->columnName(2), "Force_f");
+    EXPECT_STREQ(saved->columnDescription(2), "LpBu4/1 [kN]");
+    EXPECT_EQ(saved->value(500, 1), wave(500));
+}
+
+TEST(SaveResults, cancelledSavesLeaveTheFileAsItWas)
+{
+    const TestDirectory directory;
+    const auto work = makeFile("temp", kSamples, 2);
+    makeFile("target", kSamples, 2)->flush(true);
+    const auto before = bytesOf("target.ts");
+    std::filesystem::path backup;
+    EXPECT_EQ(saveToAddedColumn(*work, "target.ts", kSamples, stopsPastHalf, backup), JobOutcome::Cancelled);
+    EXPECT_EQ(openTsFile("target.ts", true)->columns(), 2U);
+    EXPECT_EQ(openTsFile("target.ts", true)->value(7, 1), wave(7));
+    {
+        const auto target = openTsFile("target.ts", false);
+        EXPECT_EQ(saveToColumns(*work, *target, {2, 1}, kSamples, stopsPastHalf, backup),
+                  JobOutcome::Cancelled);
+    }
+    EXPECT_EQ(bytesOf("target.ts").size(), before.size());
+    EXPECT_EQ(openTsFile("target.ts", true)->value(7, 1), wave(7));
+}
+
+TEST(SaveResults, columnsAreReplacedOrAddedAndTheOthersStay)
+{
+    const TestDirectory directory;
+    const auto work = makeFile("temp", 400, 2);
+    for (std::uint32_t s = 1; s <= 400; ++s)
+        work->setValue(s, 2, static_cast<float>(s));
+    work->columnName(2, "Force_f");
+    makeFile("target", 300, 2)->flush(true);
+    std::filesystem::path backup;
+    ASSERT_EQ(saveToAddedColumn(*work, "target.ts", 300, {}, backup), JobOutcome::Done);
+    const auto target = openTsFile("target.ts", false);
+    EXPECT_EQ(target->columns(), 3U);
+    EXPECT_EQ(target->value(300, 3), 300.0F);
+    EXPECT_STREQ(target->columnName(3), "Force_f");
+    ASSERT_EQ(saveToColumns(*work, *target, {0, 2}, 200, {}, backup), JobOutcome::Done);
+    EXPECT_EQ(target->value(200, 2), 200.0F);
+    EXPECT_EQ(target->value(201, 2), 0.0F);
+    EXPECT_EQ(target->value(300, 1), wave(300));
+    EXPECT_TRUE(backup.empty());
+}
+
+}  // namespace

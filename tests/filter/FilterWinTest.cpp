@@ -1,0 +1,189 @@
+// The Ts-Filt window, driven as a user would.
+#include <gtest/gtest.h>
+
+#include <QAction>
+#include <QApplication>
+#include <QComboBox>
+#include <QPointer>
+#include <QSignalSpy>
+#include <QStatusBar>
+#include <QTest>
+
+#include <cmath>
+#include <fstream>
+
+#include "core/TsNames.h"
+#include "filter/FilterCharWin.h"
+#include "filter/FilterWin.h"
+#include "filter/SaveResultsDialog.h"
+#include "share/NumberField.h"
+#include "tests/BoxAnswer.h"
+#include "tests/core/TsFileBytes.h"
+
+namespace {
+
+class FilterWinTest : public testing::Test
+{
+protected:
+    FilterWinTest()
+    {
+        TSFILE file("hum", 2000, 1, 0);
+        file.dt(0.001F);
+        file.columnName(1, "Signal");
+        for (std::uint32_t s = 1; s <= 2000; ++s)
+            file.setValue(s, 1, static_cast<float>(1.0 + std::sin(s * 0.314159265358979)));  // 50 Hz
+        std::ofstream("temp.ts") << "the user's own";
+    }
+    ~FilterWinTest() override { delete m_window; }
+
+    FilterWin& open()
+    {
+        m_window = new FilterWin(QStringLiteral("hum.ts"), 1);
+        m_window->show();
+        return *m_window;
+    }
+    QComboBox& types()
+    {
+        for (QComboBox* const box : m_window->findChildren<QComboBox*>()) {
+            if (box->count() == 17)
+                return *box;
+        }
+        throw std::logic_error("no filter types");
+    }
+    void choose(int type)
+    {
+        types().setCurrentIndex(type);
+        m_window->sl_cbFilterActivated(type);
+    }
+    NumberField& field(int index) { return *m_window->findChildren<NumberField*>()[index]; }
+
+    TestDirectory m_directory;
+    QPointer<FilterWin> m_window;
+};
+
+enum { Freq0, Order, Freq1, Ripple };
+
+TEST_F(FilterWinTest, FieldsThatATypeDoesNotUseAreDisabledAndValuesStay)
+{
+    open();
+    struct Row
+    {
+        int type;
+        bool used[4];
+    };
+    for (const Row& row : {Row{0, {false, true, false, false}}, Row{2, {true, true, false, false}},
+                           Row{8, {true, true, true, false}}, Row{12, {true, true, true, true}},
+                           Row{16, {true, false, false, false}}}) {
+        choose(row.type);
+        for (int i = 0; i < 4; ++i)
+            EXPECT_EQ(field(i).isEnabled(), row.used[i]) << row.type << " " << i;
+    }
+    choose(7);
+    field(Order).setText(QStringLiteral("6"));
+    choose(0);
+    field(Order).setText(QStringLiteral("99"));
+    choose(11);
+    EXPECT_EQ(field(Order).text(), QStringLiteral("6"));
+    choose(0);
+    EXPECT_EQ(field(Order).text(), QStringLiteral("99"));
+}
+
+TEST_F(FilterWinTest, WrongFieldsAreToldBeforeAnythingIsMade)
+{
+    open();
+    choose(5);
+    field(Freq0).setText(QStringLiteral("500"));
+    BoxAnswer answer(QStringLiteral("Ok"));
+    m_window->sl_execute();
+    EXPECT_EQ(answer.title(), QStringLiteral("Ts-Filt"));
+    EXPECT_EQ(answer.text(), QStringLiteral("Freq0 must be below half of the sampling frequency, 500 Hz"));
+    EXPECT_FALSE(std::filesystem::exists("temp_1.ts"));
+}
+
+TEST_F(FilterWinTest, WorkFilesAreItsOwnAndGoWithIt)
+{
+    open();
+    choose(5);
+    m_window->sl_execute();
+    EXPECT_EQ(m_window->statusBar()->currentMessage(), QStringLiteral("Filtering...finished"));
+    m_window->sl_execute();  // over the one before
+    FilterWin* const second = new FilterWin(QStringLiteral("hum.ts"), 1);
+    second->sl_execute();
+    EXPECT_TRUE(std::filesystem::exists("temp_1.ts"));
+    EXPECT_TRUE(std::filesystem::exists("temp_2.ts"));
+    BoxAnswer first(QStringLiteral("&No"));
+    m_window->close();
+    EXPECT_TRUE(first.wasAsked());
+    delete second;
+    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    int left = 0;
+    for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator("."))
+        ++left;
+    EXPECT_EQ(left, 2);  // the source and the user's own temp.ts
+    std::string text;
+    std::getline(std::ifstream("temp.ts"), text);
+    EXPECT_EQ(text, "the user's own");
+}
+
+TEST_F(FilterWinTest, ResultsAreSavedBothWays)
+{
+    open();
+    choose(8);
+    field(Freq0).setText(QStringLiteral("40,0"));
+    field(Freq1).setText(QStringLiteral("60"));
+    m_window->sl_execute();
+    QSignalSpy changed(m_window, SIGNAL(x_directory_changed()));
+    {
+        BoxAnswer answer(QStringLiteral("&Save"));
+        m_window->sl_saveResults();
+    }
+    const auto saved = openTsFile("hum_filt.ts", true);
+    EXPECT_STREQ(saved->columnName(2), "Signal_f");
+    EXPECT_NEAR(saved->value(1500, 2), 1.0F, 1e-3F);  // the hum is gone
+    {
+        BoxAnswer answer(QStringLiteral("&Save"), [](QWidget& dialog) {
+            auto* const method = dialog.findChild<QComboBox*>();
+            method->setCurrentIndex(1);
+            emit method->activated(1);
+        });
+        m_window->sl_saveResults();
+    }
+    const auto source = openTsFile("hum.ts", true);
+    ASSERT_EQ(source->columns(), 2U);
+    EXPECT_EQ(source->value(1500, 2), saved->value(1500, 2));
+    EXPECT_EQ(changed.count(), 2);
+}
+
+TEST_F(FilterWinTest, CharacteristicOpensAndSwitchesItsAxes)
+{
+    open();
+    choose(3);
+    m_window->sl_plotFiltWin();
+    FilterCharWin* shown = nullptr;
+    for (QWidget* const widget : QApplication::topLevelWidgets()) {
+        if (auto* const window = qobject_cast<FilterCharWin*>(widget))
+            shown = window;
+    }
+    ASSERT_NE(shown, nullptr);
+    EXPECT_EQ(shown->windowTitle(), QStringLiteral("Ts-Filt with: BpBe4/10-40"));
+    for (QAction* const action : shown->findChildren<QAction*>()) {
+        if (action->isCheckable())
+            action->toggle();
+    }
+    EXPECT_FALSE(shown->grab().isNull());
+    shown->close();
+    choose(0);
+    BoxAnswer answer(QStringLiteral("Ok"));
+    m_window->sl_plotFiltWin();
+    EXPECT_EQ(answer.text(), QStringLiteral("Frequency plot of the moving average filter is not available."));
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    testing::InitGoogleTest(&argc, argv);
+    QApplication application(argc, argv);
+    application.setQuitOnLastWindowClosed(false);
+    return RUN_ALL_TESTS();
+}

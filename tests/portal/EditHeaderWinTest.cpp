@@ -1,0 +1,161 @@
+// The header editor: what it refuses, what it asks, and that nothing is cut unasked.
+
+#include "portal/EditHeaderWin.h"
+
+#include <gtest/gtest.h>
+
+#include <QPushButton>
+#include <QStatusBar>
+#include <QTableWidget>
+#include <QTest>
+
+#include <filesystem>
+
+#include "core/TSFILE.h"
+#include "share/NumberField.h"
+#include "tests/BoxAnswer.h"
+#include "tests/Desk.h"
+#include "tests/core/TsFileBytes.h"
+
+namespace {
+
+// The editor on a.ts of 30 samples and 2 columns.
+class HeaderEditor : public testing::Test
+{
+protected:
+    HeaderEditor()
+    {
+        TSFILE file("a", 30, 2, 0);
+        file.dt(0.5F);
+        file.setValue(25, 2, 7.0F);
+        file.stampColumn(1);
+        file.flush(true);
+    }
+    void open()
+    {
+        m_window = new EditHeaderWin(QStringLiteral("a.ts"));
+        m_window->show();
+    }
+    void TearDown() override { delete m_window; }
+
+    // The fields in their order: sample time, start time, samples, columns.
+    NumberField& field(int index) { return *m_window->findChildren<NumberField*>().at(index); }
+    void enter(int index, const char* text)
+    {
+        field(index).setText(QLatin1String(text));
+        QTest::keyClick(&field(index), Qt::Key_Return);
+    }
+    QPushButton& ok()
+    {
+        for (QPushButton* const button : m_window->findChildren<QPushButton*>())
+            if (button->text() == QLatin1String("&OK"))
+                return *button;
+        throw std::logic_error("no OK button");
+    }
+    QTableWidget& table() { return *m_window->findChild<QTableWidget*>(); }
+    static std::uint32_t samplesOnDisk() { return TSFILE("a", true).samples(); }
+
+    const TestDirectory m_directory;
+    Desk m_desk;
+    EditHeaderWin* m_window = nullptr;
+};
+
+constexpr int kSampleTime = 0;
+constexpr int kStartTime = 1;
+constexpr int kSamples = 2;
+constexpr int kColumns = 3;
+
+}  // namespace
+
+TEST_F(HeaderEditor, RefusedReductionIsRememberedButNothingIsCutUnasked)
+{
+    open();
+    {
+        const BoxAnswer no(QStringLiteral("&No"));
+        enter(kSamples, "10");
+        EXPECT_EQ(no.text(), "It is most unusual to reduce the size of a ts-file, proceed?");
+    }
+    EXPECT_EQ(samplesOnDisk(), 30U);
+    {
+        const BoxAnswer none(QStringLiteral("&No"));
+        enter(kSamples, "10");
+        EXPECT_FALSE(none.wasAsked());
+    }
+    {
+        // 20 is more than 10, but less than what the file has.
+        const BoxAnswer yes(QStringLiteral("&Yes"));
+        enter(kSamples, "20");
+        EXPECT_TRUE(yes.wasAsked());
+    }
+    EXPECT_EQ(samplesOnDisk(), 20U);
+}
+
+TEST_F(HeaderEditor, GrowthKeepsTheValuesAndShowsTheNewColumns)
+{
+    open();
+    enter(kSamples, "40");
+    enter(kColumns, "10");
+    TSFILE file("a", true);
+    EXPECT_EQ(file.samples(), 40U);
+    EXPECT_EQ(file.columns(), 10U);
+    EXPECT_EQ(file.value(25, 2), 7.0F);
+    ASSERT_EQ(table().rowCount(), 10);
+    EXPECT_EQ(table().item(9, 2)->text(), "Column-10");
+    EXPECT_EQ(m_directory.fileCount(), 1U);
+}
+
+TEST_F(HeaderEditor, BadNumbersDisableOkAndAZeroSampleTimeIsTold)
+{
+    open();
+    for (const auto& [index, text] : {std::pair(kSamples, "x"), std::pair(kColumns, "1,5"),
+                                      std::pair(kStartTime, "-1"), std::pair(kSamples, "900000000")}) {
+        const QString before = field(index).text();
+        field(index).setText(QLatin1String(text));
+        EXPECT_FALSE(ok().isEnabled()) << text;
+        field(index).setText(before);
+        EXPECT_TRUE(ok().isEnabled()) << text;
+    }
+    field(kSampleTime).setText(QStringLiteral("0"));
+    const BoxAnswer told(QStringLiteral("Ok"));
+    ok().click();
+    EXPECT_EQ(told.title(), "Ts sample time error");
+    EXPECT_EQ(told.text(), "A sample time of 0 is illegal.\n Modify the field and select OK.");
+    EXPECT_EQ(TSFILE("a", true).dt(), 0.5F);
+}
+
+TEST_F(HeaderEditor, OkWritesWhatWasChangedAndTheTableWritesAtOnce)
+{
+    open();
+    field(kSampleTime).setText(QStringLiteral("0,25"));
+    table().item(1, 2)->setText(QStringLiteral("Längsspannung"));
+    {
+        TSFILE file("a", true);
+        EXPECT_STREQ(file.columnName(2), "Längsspann");  // 11 bytes at whole characters
+        EXPECT_EQ(file.dt(), 0.5F);
+    }
+    EXPECT_EQ(table().item(1, 0)->text(), "Not used");
+    ok().click();
+    m_window = nullptr;  // it closes
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_EQ(TSFILE("a", true).dt(), 0.25F);
+}
+
+TEST_F(HeaderEditor, FileThatIsBeingEditedElsewhereOrIsARingKeepsItsCounts)
+{
+    open();
+    m_desk.writer = QStringLiteral("a.ts");
+    {
+        const BoxAnswer told(QStringLiteral("Ok"));
+        enter(kSamples, "50");
+        EXPECT_TRUE(told.wasAsked());
+    }
+    EXPECT_EQ(samplesOnDisk(), 30U);
+    delete m_window;
+    m_desk.writer.clear();
+    TSFILE("a", false).setRingMode(true);
+    open();
+    const BoxAnswer told(QStringLiteral("Ok"));
+    enter(kSamples, "50");
+    EXPECT_TRUE(told.text().contains(QStringLiteral("ring file")));
+    EXPECT_EQ(samplesOnDisk(), 30U);
+}

@@ -24,7 +24,7 @@ constexpr int kColumns = 1200;
 
 std::string fileOf(std::uint32_t columns)
 {
-    const std::string path =
+    std::string path =
         (std::filesystem::temp_directory_path() / ("veltrac-bench-plot-" + std::to_string(columns) + ".ts"))
             .string();
     if (std::filesystem::exists(path))
@@ -48,7 +48,7 @@ std::string fileOf(std::uint32_t columns)
 
 void bareBlocks(benchmark::State& state)
 {
-    const std::string path = fileOf(static_cast<std::uint32_t>(state.range(0)));
+    std::string path = fileOf(static_cast<std::uint32_t>(state.range(0)));
     char block[512];
     for (auto _ : state) {
         const int fd = open(path.c_str(), O_RDONLY);

@@ -208,7 +208,7 @@ private:
     std::string fittingTitle(std::size_t i)
     {
         const PlotLayout::Frame& f = m_layout.groups[i];
-        const std::string title = group(i).axisTitle();
+        std::string title = group(i).axisTitle();
         const float aspect = deviceAspect();
         const float room = f.y2 - f.y1 + 0.8F * m_charHeight;
         const auto fits = [&](const std::string& text) {

@@ -3,11 +3,13 @@
 
 #include <QApplication>
 #include <QClipboard>
+#include <QColorDialog>
 #include <QInputDialog>
 #include <QLineEdit>
 #include <QPointer>
 #include <QPushButton>
 #include <QSignalSpy>
+#include <QTableWidget>
 #include <QTest>
 #include <QTreeWidget>
 #include <QWheelEvent>
@@ -17,11 +19,14 @@
 
 #include "core/PlotFile.h"
 #include "core/TSFILE.h"
+#include "share/ColorConfigDialog.h"
 #include "share/NoticeStrip.h"
+#include "share/OverviewStrip.h"
 #include "share/PlotCanvas.h"
 #include "share/PlotExport.h"
 #include "share/QtPlotColWin.h"
 #include "share/QtPlotWin1.h"
+#include "share/VariableMenu.h"
 #include "tests/BoxAnswer.h"
 #include "tests/core/TsFileBytes.h"
 
@@ -312,6 +317,90 @@ TEST(PlotWindow, savesTheIntervalBetweenTheCursorsAndNeverOverItsOwnFile)
     EXPECT_EQ(part.rows(), 2000U);
     EXPECT_EQ(part.value(1, 3), 2001.0F);
     EXPECT_FLOAT_EQ(static_cast<float>(part.timeOf(2000)), 4.0F);
+}
+
+TEST(PlotWindow, cursorTableMeasuresBetweenTheCursors)
+{
+    const TestDirectory directory;
+    makeFile("test.ts");
+    QtPlotWin window(QStringLiteral("test.ts"));
+    window.show();
+    PlotCanvas& canvas = *window.canvas();
+    canvas.plot().setCursor(Plot2D::A, 1.0);
+    canvas.plot().setCursor(Plot2D::B, 1.5);
+    emit canvas.x_cursors_changed();
+    auto* const table = window.findChild<QTableWidget*>();
+    QTRY_COMPARE(table->rowCount(), 3);
+    // The ramp counts samples: 1000 at A, 1500 at B, all of them in between.
+    QTRY_COMPARE(table->item(2, 2)->text(), QStringLiteral("1000"));
+    const char* const expected[] = {"Column-03", "N", "1000", "1500", "500", "1000", "1500", "1250"};
+    for (int c = 0; c < 8; ++c)
+        EXPECT_EQ(table->item(2, c)->text().toStdString(), expected[c]);
+    EXPECT_NEAR(table->item(2, 9)->text().toDouble(), std::sqrt(501.0 * 502.0 / 12.0), 1e-3);
+    EXPECT_TRUE(cursorText(canvas.plot()).endsWith(QStringLiteral("Δt: 0.5 s     1/Δt: 2 Hz")));
+}
+
+TEST(PlotWindow, overviewMovesAndStretchesTheView)
+{
+    const TestDirectory directory;
+    makeFile("test.ts");
+    QtPlotWin window(QStringLiteral("test.ts"));
+    window.show();
+    window.grab();
+    const Plot2D& plot = window.canvas()->plot();
+    auto* const strip = window.findChild<OverviewStrip*>();
+    window.canvas()->showRange(2.0, 4.0, 0);
+    const int left =
+        strip->mapFromGlobal(window.canvas()->mapToGlobal(window.canvas()->plotArea().topLeft())).x();
+    const double second = window.canvas()->plotArea().width() / 10.0;
+    const auto drag = [&](double from, double to) {
+        const QPoint start(left + static_cast<int>(from * second), 20);
+        const QPoint end(left + static_cast<int>(to * second), 20);
+        QTest::mousePress(strip, Qt::LeftButton, {}, start);
+        QMouseEvent move(QEvent::MouseMove, end, Qt::LeftButton, Qt::LeftButton, {});
+        QApplication::sendEvent(strip, &move);
+        QTest::mouseRelease(strip, Qt::LeftButton, {}, end);
+    };
+    const struct
+    {
+        double from, to, x1, x2;
+    } cases[] = {{3.0, 6.0, 5.0, 7.0}, {7.0, 9.0, 5.0, 9.0}, {7.0, 99.0, 6.0, 10.0}, {1.0, 2.0, 0.0, 4.0}};
+    for (const auto& c : cases) {
+        drag(c.from, c.to);
+        EXPECT_NEAR(plot.x1(), c.x1, 0.06) << c.from << " to " << c.to;
+        EXPECT_NEAR(plot.x2(), c.x2, 0.06) << c.from << " to " << c.to;
+    }
+    QTest::keyClick(window.canvas(), Qt::Key_Backspace);
+    EXPECT_NEAR(plot.x1(), 6.0, 0.06);
+}
+
+TEST(PlotWindow, colourDialogChangesTheColourOfItsOwnVariable)
+{
+    const TestDirectory directory;
+    makeFile("test.ts");
+    QtPlotWin window(QStringLiteral("test.ts"));
+    window.show();
+    const Group::Variables all = window.canvas()->plot().variables();
+    all[0]->variable().visible = false;  // rows and variables do not agree any more
+    window.findChild<VariableMenu*>()->editColors();
+    ColorConfigDialog* dialog = nullptr;
+    for (QWidget* const widget : QApplication::topLevelWidgets())
+        if (auto* const found = qobject_cast<ColorConfigDialog*>(widget))
+            dialog = found;
+    ASSERT_NE(dialog, nullptr);
+    const QColor second = window.canvas()->colorOf(all[1]->variable());
+    {
+        const BoxAnswer answer(QString(), [](QWidget& box) {
+            auto& chooser = dynamic_cast<QColorDialog&>(box);
+            chooser.setCurrentColor(QColor(1, 2, 3));
+            chooser.accept();
+        });
+        dialog->sl_colorselected(2);
+    }
+    EXPECT_EQ(window.canvas()->colorOf(all[2]->variable()), QColor(1, 2, 3));
+    EXPECT_EQ(window.canvas()->colorOf(all[1]->variable()), second);
+    dialog->close();
+    EXPECT_NE(window.canvas()->colorOf(all[2]->variable()), QColor(1, 2, 3));
 }
 
 TEST(PlotWindow, secondFileIsAlignedWithTheFirst)

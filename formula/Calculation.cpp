@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "core/ColumnBackup.h"
+#include "formula/FormulaEvaluation.h"
 
 namespace {
 
@@ -11,6 +12,28 @@ constexpr double kTolerance = 1e-6;  // of dt
 constexpr std::uint32_t kLookEvery = 4096;
 // Keeping the old values is the smaller part of the work, in hundredths.
 constexpr std::uint64_t kBackupShare = 20;
+
+// False where the user has cancelled.
+bool writeValues(FormulaParser& formula, const CalculationTarget& target, const Progress& progress,
+                 CalculationReport& report)
+{
+    const double dt = target.file.dt();
+    const std::uint64_t total = target.range.count();
+    std::uint64_t reports = formulaReports();
+    for (std::uint64_t done = 0; done < total; ++done) {
+        const auto sample = static_cast<std::uint32_t>(target.range.first + done);
+        const double value = formula.Evaluate(static_cast<std::int32_t>(sample), (sample - 1U) * dt);
+        target.file.setValue(sample, target.column, static_cast<float>(value));
+        if (reports != formulaReports()) [[unlikely]] {
+            ++report.faultySamples;
+            reports = formulaReports();
+        }
+        if (done % kLookEvery == 0 &&
+            !goesOn(progress, total * kBackupShare + done * (100 - kBackupShare), total * 100))
+            return false;
+    }
+    return true;
+}
 
 }  // namespace
 
@@ -47,42 +70,29 @@ CalculationRange calculationRange(std::span<const TimeBounds> rows, double dt, s
     return range;
 }
 
-JobOutcome calculate(FormulaParser& formula, TSFILE& target, std::uint32_t column,
-                     const CalculationRange& range, std::time_t when, const Progress& progress,
-                     std::filesystem::path& backupPath)
+JobOutcome calculate(FormulaParser& formula, const CalculationTarget& target, const Progress& progress,
+                     CalculationReport& report)
 {
-    const double dt = target.dt();
-    ColumnBackup backup(target);
-    backup.saveInfo(column);
+    ColumnBackup backup(target.file);
+    backup.saveInfo(target.column);
     const Progress keeping = [&](std::uint64_t done, std::uint64_t total) {
         return goesOn(progress, done * kBackupShare, total * 100);
     };
-    if (backup.save(column, range.first, range.count(), keeping) == JobOutcome::Cancelled)
+    if (backup.save(target.column, target.range.first, target.range.count(), keeping) ==
+        JobOutcome::Cancelled)
         return JobOutcome::Cancelled;
-
-    const auto putBack = [&] {
-        backupPath = backup.path();
-        backup.restore();
-        backupPath.clear();
-    };
     try {
-        const std::uint64_t total = range.count();
-        for (std::uint64_t done = 0; done < total; ++done) {
-            const auto sample = static_cast<std::uint32_t>(range.first + done);
-            const double t = (sample - 1U) * dt;
-            const double value = formula.Evaluate(static_cast<std::int32_t>(sample), t);
-            target.setValue(sample, column, static_cast<float>(value));
-            if (done % kLookEvery == 0 &&
-                !goesOn(progress, total * kBackupShare + done * (100 - kBackupShare), total * 100)) {
-                putBack();
-                return JobOutcome::Cancelled;
-            }
+        if (writeValues(formula, target, progress, report)) {
+            target.file.stampColumn(target.column, target.when);
+            target.file.flush(true);
+            return JobOutcome::Done;
         }
-        target.stampColumn(column, when);
-        target.flush(true);
+        backup.restore();
+        return JobOutcome::Cancelled;
     } catch (...) {
-        putBack();
+        report.oldValues = backup.path();
+        backup.restore(target.reopen());
+        report.oldValues.clear();
         throw;
     }
-    return JobOutcome::Done;
 }

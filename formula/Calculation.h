@@ -3,7 +3,9 @@
 
 #include <array>
 #include <cstdint>
+#include <ctime>
 #include <filesystem>
+#include <functional>
 #include <span>
 #include <string_view>
 
@@ -35,11 +37,27 @@ struct CalculationRange
 };
 CalculationRange calculationRange(std::span<const TimeBounds> rows, double dt, std::uint32_t samples);
 
+// Where the values of a formula go.
+struct CalculationTarget
+{
+    TSFILE& file;
+    std::uint32_t column = 1;
+    CalculationRange range;
+    std::time_t when = 0;  // the column's time stamp
+    // Lets go of `file` and of all others that may hold changes, and opens it again: after a failure it may
+    // be stuck with a block that cannot be written.
+    std::function<TSFILE&()> reopen;
+};
+
+struct CalculationReport
+{
+    std::uint64_t faultySamples = 0;  // at which the evaluation reported an error
+    std::filesystem::path oldValues;  // where they lie if they could not be put back
+};
+
 // Writes the value of the compiled formula at (i - 1) * dt into sample i of a column, for the range, sample
-// by sample: a formula that reads its own target reads what has been written so far. Then the column gets the
-// time stamp `when`. The old values are kept in a scratch file meanwhile and put back when the calculation
-// fails or is cancelled; `backup` names it where even that has failed.
-// Throws the TS exceptions and std::system_error.
-JobOutcome calculate(FormulaParser& formula, TSFILE& target, std::uint32_t column,
-                     const CalculationRange& range, std::time_t when, const Progress& progress,
-                     std::filesystem::path& backup);
+// by sample: a formula that reads its own target reads what has been written so far. Then the column gets its
+// time stamp. The old values are kept in a scratch file meanwhile and put back when the calculation fails or
+// is cancelled. Throws the TS exceptions and std::system_error.
+JobOutcome calculate(FormulaParser& formula, const CalculationTarget& target, const Progress& progress,
+                     CalculationReport& report);

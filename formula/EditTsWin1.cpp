@@ -17,6 +17,7 @@
 
 #include <algorithm>
 #include <ctime>
+#include <system_error>
 
 #include "core/TsExceptions.h"
 #include "formula/FormulaEvaluation.h"
@@ -75,6 +76,12 @@ QString grouped(qulonglong number)
     for (int i = text.size() - 3; i > 0; i -= 3)
         text.insert(i, QLatin1Char(' '));
     return text;
+}
+
+// Two names of one file, by way of links, are one file.
+bool isSameFile(const QString& a, const QString& b)
+{
+    return a == b || QFileInfo(a) == QFileInfo(b);
 }
 
 std::string localName(const QString& name)
@@ -150,8 +157,6 @@ void EditTsWin::createActions()
                           whatsThisText(QLatin1String(row.image), QLatin1String(row.tip)));
         menu->addAction(action);
         bar->addAction(action);
-        if (qstrcmp(row.slot, SLOT(sl_quickPlot())) == 0)
-            m_plot = action;
     }
     menu->addSeparator();
     menu->addAction(QStringLiteral("Cl&ose"), this, &QWidget::close, QKeySequence::Close);
@@ -246,6 +251,17 @@ void EditTsWin::fillTargets()
         m_target->setCurrentIndex(std::min(before, m_target->count() - 1));
 }
 
+// Files come and go while another window is in front.
+void EditTsWin::changeEvent(QEvent* event)
+{
+    SubWindow::changeEvent(event);
+    if (event->type() != QEvent::ActivationChange || !isActiveWindow() || JobProgress::isRunning() ||
+        QApplication::activePopupWidget() != nullptr)
+        return;
+    for (EditVariable* const row : m_rows)
+        row->refreshFiles();
+}
+
 void EditTsWin::sl_cbTargetActivated(int /*index*/)
 {
     checkQuietly();
@@ -262,7 +278,7 @@ EditVariable* EditTsWin::targetRow() const
 std::shared_ptr<TSFILE> EditTsWin::openShared(const QString& file) const
 {
     for (const EditVariable* const row : m_rows)
-        if (row->ts() && row->file() == file)
+        if (row->ts() && isSameFile(row->file(), file))
             return row->ts();
     TsApplication* const application = TsApplication::instance();
     if (application == nullptr || file.isEmpty())
@@ -278,7 +294,7 @@ void EditTsWin::openFile(EditVariable* row)
     row->setTs(nullptr);
     row->setTs(openShared(row->file()));
     if (!row->ts())
-        say(QStringLiteral("%1 could not be opened").arg(row->file()));
+        say(QStringLiteral("%1 could not be opened").arg(row->fileName()));
 }
 
 // Another window may have rebuilt a file since it was chosen.
@@ -339,15 +355,15 @@ bool EditTsWin::targetMayChange(const EditVariable& target)
         return false;
     }
     if (!target.ts()) {
-        showMessage(QStringLiteral("%1 could not be opened.").arg(target.file()));
+        showMessage(QStringLiteral("%1 could not be opened.").arg(target.fileName()));
         return false;
     }
     if (target.ts()->readOnly()) {
-        showMessage(QStringLiteral("%1 is read-only. Nothing was calculated.").arg(target.file()));
+        showMessage(QStringLiteral("%1 is read-only. Nothing was calculated.").arg(target.fileName()));
         return false;
     }
     if (target.column() == 0) {
-        showMessage(QStringLiteral("%1 has no column to write to.").arg(target.file()));
+        showMessage(QStringLiteral("%1 has no column to write to.").arg(target.fileName()));
         return false;
     }
     return true;
@@ -410,39 +426,51 @@ void EditTsWin::sl_calculate()
     }
 }
 
+// Changes that a file still holds are written or given up now.
+TSFILE& EditTsWin::reopenTarget(const EditVariable& target)
+{
+    m_parser.reset();
+    reopenFiles();
+    if (!target.ts() || target.ts()->readOnly())
+        throw TS::OPEN_ERROR(QFile::encodeName(target.file()).toStdString());
+    return *target.ts();
+}
+
 void EditTsWin::run(const EditVariable& target, const CalculationRange& range)
 {
-    std::filesystem::path oldValues;
-    const std::uint64_t reportsBefore = formulaReports();
-    QApplication::setOverrideCursor(Qt::WaitCursor);
+    CalculationReport report;
     QString failure;
     try {
         JobProgress progress(this, QStringLiteral("Calculating x%1").arg(target.index()));
-        const JobOutcome outcome = calculate(*m_parser, *target.ts(), target.column(), range,
-                                             std::time(nullptr), progress.callback(), oldValues);
-        const std::uint64_t reports = formulaReports() - reportsBefore;
-        QString told = outcome == JobOutcome::Cancelled ? QStringLiteral("Cancelled: the column is as it was")
-                                                        : QStringLiteral("%1 samples in %2 s")
-                                                              .arg(grouped(range.count()))
-                                                              .arg(progress.seconds(), 0, 'f', 1);
-        if (reports > 0)
-            told += QStringLiteral(", %1 with an error and the value 0").arg(grouped(reports));
-        say(told);
+        const CalculationTarget job{*target.ts(), target.column(), range, std::time(nullptr),
+                                    [&]() -> TSFILE& { return reopenTarget(target); }};
+        const JobOutcome outcome = calculate(*m_parser, job, progress.callback(), report);
+        tellOutcome(outcome, range, report, progress.seconds());
         if (outcome == JobOutcome::Done)
             emit x_directory_changed();
+        return;
+    } catch (const std::system_error& error) {
+        failure = QFile::decodeName(error.what());
     } catch (...) {
-        failure =
-            oldValues.empty()
-                ? QStringLiteral(
-                      "The calculation failed: a file could not be read or written to its end.\n"
-                      "The column is as it was.")
-                : QStringLiteral(
-                      "The calculation failed, and the old values could not be put back.\nThey lie in %1.")
-                      .arg(QFile::decodeName(oldValues.c_str()));
+        failure = QStringLiteral("a file could not be read or written to its end");
     }
-    QApplication::restoreOverrideCursor();
-    if (!failure.isEmpty())
-        showMessage(failure);
+    showMessage(report.oldValues.empty()
+                    ? QStringLiteral("The calculation failed: %1.\nThe column is as it was.").arg(failure)
+                    : QStringLiteral("The calculation failed: %1.\nThe old values could not be put back. "
+                                     "They lie in %2.")
+                          .arg(failure, QFile::decodeName(report.oldValues.c_str())));
+}
+
+void EditTsWin::tellOutcome(JobOutcome outcome, const CalculationRange& range,
+                            const CalculationReport& report, double seconds)
+{
+    QString told =
+        outcome == JobOutcome::Cancelled
+            ? QStringLiteral("Cancelled: the column is as it was")
+            : QStringLiteral("%1 samples in %2 s").arg(grouped(range.count())).arg(seconds, 0, 'f', 1);
+    if (report.faultySamples > 0)
+        told += QStringLiteral(", %1 with an error and the value 0").arg(grouped(report.faultySamples));
+    say(told);
 }
 
 // -- The other actions --
@@ -459,7 +487,7 @@ void EditTsWin::sl_quickPlot()
     if (auto* const window = qobject_cast<SubWindow*>(m_plotWindow))
         connect(window, SIGNAL(windowGone(subWindow)), this, SLOT(sl_subwindowGone(subWindow)));
     else
-        say(QStringLiteral("%1 cannot be plotted").arg(target->file()));
+        say(QStringLiteral("%1 cannot be plotted").arg(target->fileName()));
 }
 
 void EditTsWin::sl_subwindowGone(subWindow window)
@@ -495,14 +523,16 @@ void EditTsWin::sl_load()
 void EditTsWin::sl_saveas()
 {
     say(QStringLiteral("Saving..."));
-    QString name = QFileDialog::getSaveFileName(this, QStringLiteral("Save formula"), QDir::currentPath(),
-                                                QStringLiteral("Text file (*.txt);;"));
-    if (name.isEmpty()) {
+    QFileDialog dialog(this, QStringLiteral("Save formula"), QDir::currentPath(),
+                       QStringLiteral("Text file (*.txt);;"));
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    // Known to the dialog, so that it asks about the very file that will be written.
+    dialog.setDefaultSuffix(QStringLiteral("txt"));
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) {
         say(QStringLiteral("Saving aborted"));
         return;
     }
-    if (QFileInfo(name).suffix().isEmpty())
-        name += QStringLiteral(".txt");
+    const QString name = dialog.selectedFiles().constFirst();
     try {
         writeFormulaFile(localName(name), m_formula->text().toStdString());
         say(QStringLiteral("Saved %1").arg(QFileInfo(name).fileName()));

@@ -35,6 +35,9 @@ public slots:
     void sl_cbTargetActivated(int index);
     void sl_subwindowGone(subWindow window);
 
+protected:
+    void changeEvent(QEvent* event) override;
+
 private:
     struct ActionRow;
     static const std::vector<ActionRow>& actionRows();
@@ -54,6 +57,9 @@ private:
     void checkQuietly();
     bool targetMayChange(const EditVariable& target);
     CalculationRange rangeFor(const EditVariable& target, QString& reason) const;
+    TSFILE& reopenTarget(const EditVariable& target);
+    void tellOutcome(JobOutcome outcome, const CalculationRange& range, const CalculationReport& report,
+                     double seconds);
     void run(const EditVariable& target, const CalculationRange& range);
     void showMessage(const QString& text);
     void say(const QString& text);
@@ -62,7 +68,6 @@ private:
     QLineEdit* m_formula = nullptr;
     QTableWidget* m_table = nullptr;
     QLabel* m_status = nullptr;
-    QAction* m_plot = nullptr;
     std::vector<EditVariable*> m_rows;
     QByteArray m_buffer;  // the formula that the parser reads
     std::unique_ptr<FormulaParser> m_parser;

@@ -1,5 +1,7 @@
 #include "formula/EditVariable.h"
 
+#include <QDir>
+#include <QFileInfo>
 #include <QLineEdit>
 #include <QTableWidget>
 
@@ -55,9 +57,9 @@ EditVariable::EditVariable(int index, QTableWidget* table, QObject* parent)
     connect(m_end, SIGNAL(textEdited(QString)), this, SLOT(sl_EndTimeChanged(QString)));
 }
 
-QString EditVariable::file() const
+QString EditVariable::fileName() const
 {
-    return m_files->file();
+    return QFileInfo(m_path).fileName();
 }
 
 unsigned EditVariable::column() const
@@ -67,6 +69,7 @@ unsigned EditVariable::column() const
 
 void EditVariable::choose(const QString& file, unsigned column)
 {
+    refreshFiles();
     if (!file.isEmpty())
         m_files->setFile(file);
     sl_fileComboActivated(0);
@@ -77,6 +80,11 @@ void EditVariable::choose(const QString& file, unsigned column)
 void EditVariable::refreshFiles()
 {
     m_files->refresh();
+    m_directory = QDir::currentPath();
+    // A file that is gone is shown as none, not as another one of the directory.
+    if (!m_path.isEmpty() && !m_files->setFile(m_path))
+        m_files->setCurrentIndex(-1);
+    m_columns->showFile(m_path, true);
 }
 
 void EditVariable::setTs(std::shared_ptr<TSFILE> ts)
@@ -111,7 +119,8 @@ bool EditVariable::hasBounds() const
 void EditVariable::sl_fileComboActivated(int /*index*/)
 {
     m_startEdited = m_endEdited = false;
-    m_columns->showFile(m_files->file(), true);
+    m_path = m_files->file().isEmpty() ? QString() : QDir(m_directory).absoluteFilePath(m_files->file());
+    m_columns->showFile(m_path, true);
     emit x_file_chosen(this);
     emit x_changed();
 }

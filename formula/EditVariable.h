@@ -23,7 +23,10 @@ public:
     EditVariable(int index, QTableWidget* table, QObject* parent);
 
     int index() const { return m_index; }
-    QString file() const;
+    // The chosen file's whole path: it stays the same file when the working directory changes.
+    const QString& file() const { return m_path; }
+    // Its name without the directory, for texts.
+    QString fileName() const;
     unsigned column() const;
     // Chooses a file and, from 1, a column.
     void choose(const QString& file, unsigned column);
@@ -35,6 +38,7 @@ public:
     // The fields; valid only where hasBounds().
     TimeBounds bounds() const;
     bool hasBounds() const;
+    // Lists the files of the working directory anew and keeps the choice.
     void refreshFiles();
 
 public slots:
@@ -56,6 +60,8 @@ private:
     NumberField* m_start;
     NumberField* m_end;
     QLineEdit* m_sampleTime;
+    QString m_directory;  // whose files the box shows
+    QString m_path;
     std::shared_ptr<TSFILE> m_ts;
     bool m_startEdited = false;
     bool m_endEdited = false;

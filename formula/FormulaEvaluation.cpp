@@ -1,8 +1,10 @@
 #include "formula/FormulaEvaluation.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <vector>
 
 #include "core/TSFILE.h"
 #include "portal/TsApplication.h"
@@ -13,6 +15,8 @@ const char* const kMissingArgument = "Missing argument in function";
 namespace {
 
 std::uint64_t reports = 0;
+// Counts the evaluations of all trees: tells a value of this one from one of an earlier one.
+std::uint64_t evaluations = 0;
 
 // Before the first and behind the last sample, where the value is theirs, and times that are none.
 [[gnu::noinline]] double fetchOutside(const FormulaSource& source, double position)
@@ -24,30 +28,61 @@ std::uint64_t reports = 0;
     return source.file->value(position > 0.0 ? source.samples : 1, source.column);
 }
 
+// Out of line, so that samples that are met exactly, the usual case, pass without a stack frame.
+[[gnu::noinline]] double fetchBetween(const FormulaSource& source, double position)
+{
+    const auto k = static_cast<std::uint32_t>(static_cast<std::int64_t>(position));
+    const double before = source.file->value(k + 1, source.column);
+    const double after = source.file->value(k + 2, source.column);
+    return before + (after - before) * (position - k);
+}
+
 // The column's value at time t, between its two neighbouring samples.
 double fetch(const FormulaSource& source, float t)
 {
     const double position = (static_cast<double>(t) - source.start) * source.rate;
     if (!(position > 0.0 && position < source.lastPosition)) [[unlikely]]
         return fetchOutside(source, position);
-    const auto k = static_cast<std::uint32_t>(static_cast<std::int64_t>(position));
-    const double fraction = position - k;
+    const auto nearest = static_cast<std::int64_t>(position + 0.5);
     // A float tells t to half of its last place: a sample within that is meant itself.
     const double grain = std::fabs(static_cast<double>(t)) * source.grain;
-    if (fraction <= grain)
-        return source.file->value(k + 1, source.column);
-    if (1.0 - fraction <= grain)
-        return source.file->value(k + 2, source.column);
-    const double before = source.file->value(k + 1, source.column);
-    const double after = source.file->value(k + 2, source.column);
-    return before + (after - before) * fraction;
+    if (std::fabs(position - static_cast<double>(nearest)) > grain)
+        return fetchBetween(source, position);
+    return source.file->value(static_cast<std::uint32_t>(nearest) + 1, source.column);
 }
 
 // -- Evaluators: a function a kind, so that a walk over the tree is a chain of short calls --
 
+// What an operand is, as far as that spares the call: numbers and the time are taken where they stand.
+enum class Shape { Number, Time, Tree };
+constexpr std::size_t kShapes = 3;
+
+bool isConstant(const FormulaNode& node)
+{
+    return node.kind == 'n' || node.kind == 'p';
+}
+
+Shape shapeOf(const FormulaNode& node)
+{
+    if (isConstant(node))
+        return Shape::Number;
+    return node.kind == 't' && node.sign > 0 ? Shape::Time : Shape::Tree;
+}
+
 double valueOf(FormulaNode* node, double t)
 {
     return node->evaluator(*node, t);
+}
+
+template <Shape shape>
+double operand(FormulaNode* node, double t)
+{
+    if constexpr (shape == Shape::Number)
+        return node->value;
+    else if constexpr (shape == Shape::Time)
+        return t;
+    else
+        return valueOf(node, t);
 }
 
 double number(FormulaNode& node, double /*t*/)
@@ -63,25 +98,58 @@ double time(FormulaNode& /*node*/, double t)
 double variable(FormulaNode& node, double t)
 {
     node.value = node.source.file == nullptr ? 0.0 : fetch(node.source, static_cast<float>(t));
+    node.fetchedIn = evaluations;
     return node.value;
 }
 
-double sum(FormulaNode& node, double t)
+// Another "x" of the same column: fetched once an evaluation, by whichever comes first.
+double sharedVariable(FormulaNode& node, double t)
 {
-    const double left = valueOf(node.left, t);
-    return left + valueOf(node.right, t);
+    FormulaNode& twin = *node.twin;
+    node.value = twin.fetchedIn == evaluations ? twin.value : variable(twin, t);
+    return node.value;
 }
 
-double difference(FormulaNode& node, double t)
+struct Sum
 {
-    const double left = valueOf(node.left, t);
-    return left - valueOf(node.right, t);
+    static double of(const FormulaNode& /*node*/, double left, double right) { return left + right; }
+};
+struct Difference
+{
+    static double of(const FormulaNode& /*node*/, double left, double right) { return left - right; }
+};
+struct Product
+{
+    static double of(const FormulaNode& /*node*/, double left, double right) { return left * right; }
+};
+// The sign is dropped on purpose: -max(a,b) is max(a,b) in every formula that users keep.
+struct Binary
+{
+    static double of(const FormulaNode& node, double left, double right)
+    {
+        return node.binaryFunction(left, right);
+    }
+};
+
+template <typename Operation, Shape left, Shape right>
+double combined(FormulaNode& node, double t)
+{
+    const double first = operand<left>(node.left, t);
+    return Operation::of(node, first, operand<right>(node.right, t));
 }
 
-double product(FormulaNode& node, double t)
+template <typename Operation>
+Evaluator combination(const FormulaNode& node)
 {
-    const double left = valueOf(node.left, t);
-    return left * valueOf(node.right, t);
+    using enum Shape;
+    static constexpr Evaluator kByShape[kShapes][kShapes] = {
+        {combined<Operation, Number, Number>, combined<Operation, Number, Time>,
+         combined<Operation, Number, Tree>},
+        {combined<Operation, Time, Number>, combined<Operation, Time, Time>, combined<Operation, Time, Tree>},
+        {combined<Operation, Tree, Number>, combined<Operation, Tree, Time>, combined<Operation, Tree, Tree>},
+    };
+    return kByShape[static_cast<std::size_t>(shapeOf(*node.left))]
+                   [static_cast<std::size_t>(shapeOf(*node.right))];
 }
 
 double quotient(FormulaNode& node, double t)
@@ -112,12 +180,6 @@ double unary(FormulaNode& node, double t)
     return node.unaryFunction(valueOf(node.right, t));
 }
 
-double binary(FormulaNode& node, double t)
-{
-    const double left = valueOf(node.left, t);
-    return node.binaryFunction(left, valueOf(node.right, t));
-}
-
 double missingArgument(FormulaNode& /*node*/, double /*t*/)
 {
     reportFormulaError(kMissingArgument);
@@ -146,11 +208,11 @@ Evaluator evaluatorOf(const FormulaNode& node)
 {
     switch (node.kind) {
         case '+':
-            return sum;
+            return combination<Sum>(node);
         case '-':
-            return difference;
+            return combination<Difference>(node);
         case '*':
-            return product;
+            return combination<Product>(node);
         case '/':
             return quotient;
         case '^':
@@ -158,23 +220,18 @@ Evaluator evaluatorOf(const FormulaNode& node)
         case 'f':
             return withSign<unary>(node);
         case 'm':
-            // The sign is dropped on purpose: -max(a,b) is max(a,b) in every formula that users keep.
-            return node.left == nullptr || node.right == nullptr ? missingArgument : binary;
+            return node.left == nullptr || node.right == nullptr ? missingArgument
+                                                                 : combination<Binary>(node);
         case 'n':
         case 'p':
             return number;
         case 't':
             return withSign<time>(node);
         case 'x':
-            return withSign<variable>(node);
+            return node.twin == nullptr ? withSign<variable>(node) : withSign<sharedVariable>(node);
         default:
             return nothing;
     }
-}
-
-bool isConstant(const FormulaNode& node)
-{
-    return node.kind == 'n' || node.kind == 'p';
 }
 
 void fillMissingOperand(FormulaNode& node, FormulaNode*& child)
@@ -200,21 +257,49 @@ void foldConstants(FormulaNode& node)
     node.left = node.right = nullptr;
 }
 
+// The first "x" of each source that stands in a tree; there are few.
+using FirstOfSource = std::vector<FormulaNode*>;
+
+void linkTwin(FormulaNode& node, FirstOfSource& firsts)
+{
+    const auto found = std::find_if(firsts.begin(), firsts.end(), [&node](const FormulaNode* first) {
+        return first->source.file == node.source.file && first->source.column == node.source.column;
+    });
+    if (found == firsts.end())
+        firsts.push_back(&node);
+    else
+        node.twin = *found;
+}
+
+void prepare(FormulaNode& node, FirstOfSource& firsts)
+{
+    for (FormulaNode* const child : {node.left, node.right})
+        if (child != nullptr)
+            prepare(*child, firsts);
+    const bool isOperator = std::strchr("+-*/^", node.kind) != nullptr;
+    if (isOperator)
+        fillMissingOperand(node, node.left);
+    if (isOperator || node.kind == 'f')
+        fillMissingOperand(node, node.right);
+    if (node.kind == 'x')
+        linkTwin(node, firsts);
+    node.evaluator = evaluatorOf(node);
+    if (isOperator)
+        foldConstants(node);
+}
+
 }  // namespace
 
 void prepareTree(FormulaNode& root)
 {
-    for (FormulaNode* const child : {root.left, root.right})
-        if (child != nullptr)
-            prepareTree(*child);
-    const bool isOperator = std::strchr("+-*/^", root.kind) != nullptr;
-    if (isOperator)
-        fillMissingOperand(root, root.left);
-    if (isOperator || root.kind == 'f')
-        fillMissingOperand(root, root.right);
-    root.evaluator = evaluatorOf(root);
-    if (isOperator)
-        foldConstants(root);
+    FirstOfSource firsts;
+    prepare(root, firsts);
+}
+
+double evaluateTree(FormulaNode& root, double t)
+{
+    ++evaluations;
+    return root.evaluator(root, t);
 }
 
 std::uint64_t formulaReports() noexcept

@@ -9,6 +9,9 @@
 // becomes 0, and each node gets the evaluator of its kind. Nothing is allocated after that.
 void prepareTree(FormulaNode& root);
 
+// The value of a tree that is ready, at time t, seconds. Allocates nothing.
+double evaluateTree(FormulaNode& root, double t);
+
 // Shows a text through TsApplication; without an application nowhere.
 void reportFormulaError(const char* text);
 // How many texts were reported since the program began.

@@ -9,6 +9,6 @@
 void writeFormulaFile(const std::filesystem::path& file, const std::string& formula);
 
 // The formula of a file, leading blanks included: the line below the last one that holds "Composed", in
-// whatever case. Nothing where there is none. Lines are read up to 255 bytes, the formula up to 256, so a
-// file of any size and content does no harm. Throws std::system_error where it cannot be opened.
+// whatever case. Nothing where there is none. Lines are read up to 255 bytes, so a file of any size and
+// content does no harm. Throws std::system_error where it cannot be opened.
 std::optional<std::string> readFormulaFile(const std::filesystem::path& file);

@@ -37,6 +37,8 @@ struct FormulaNode
     UnaryFunction unaryFunction = nullptr;
     BinaryFunction binaryFunction = nullptr;
     FormulaSource source;
+    FormulaNode* twin = nullptr;    // of 'x': the first one in the tree with the same source
+    std::uint64_t fetchedIn = 0;    // of 'x': the evaluation that value belongs to
     Evaluator evaluator = nullptr;  // chosen when the tree is complete
 };
 

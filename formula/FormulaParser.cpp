@@ -420,5 +420,5 @@ FormulaParser::Outcome FormulaParser::skipToGroup(FormulaNode* node, FormulaNode
 
 double FormulaParser::Evaluate(std::int32_t /*sample*/, double t)
 {
-    return m_errorCode != kNoError || m_root == nullptr ? 0.0 : m_root->evaluator(*m_root, t);
+    return m_errorCode != kNoError || m_root == nullptr ? 0.0 : evaluateTree(*m_root, t);
 }

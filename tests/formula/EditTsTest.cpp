@@ -85,22 +85,51 @@ TEST(Calculation, TargetReadByItsOwnFormulaIsNeverStaleAndCancelPutsItBack)
     makeRamp("a", 20000, 1.0F);
     TSFILE file("a", false);
     const auto before = bytesOf("a.ts");
-    std::filesystem::path backup;
+    CalculationReport report;
     int calls = 0;
     const auto cancelLater = [&](std::uint64_t, std::uint64_t) { return ++calls < 4; };
     FormulaParser constant("7");
     constant.Compile();
-    EXPECT_EQ(calculate(constant, file, 2, {1, 20000}, 0, cancelLater, backup), JobOutcome::Cancelled);
+    EXPECT_EQ(calculate(constant, {file, 2, {1, 20000}, 0, {}}, cancelLater, report), JobOutcome::Cancelled);
     EXPECT_EQ(bytesOf("a.ts"), before);
 
     file.setValue(1, 2, 5.0F);
     FormulaParser chain("x1+1");
     chain.SetSource(&file, 2, 1);
     chain.Compile();
-    EXPECT_EQ(calculate(chain, file, 2, {1, 1}, 0, {}, backup), JobOutcome::Done);
-    EXPECT_EQ(calculate(chain, file, 2, {1, 1}, 0, {}, backup), JobOutcome::Done);
+    for (int i = 0; i < 2; ++i)
+        EXPECT_EQ(calculate(chain, {file, 2, {1, 1}, 0, {}}, {}, report), JobOutcome::Done);
     EXPECT_EQ(file.value(1, 2), 7.0F);
     EXPECT_EQ(file.value(2, 2), 0.0F);
+
+    FormulaParser faulty("1/t+1/t+max(1)");
+    faulty.Compile();
+    calculate(faulty, {file, 2, {1, 1}, 0, {}}, {}, report);
+    EXPECT_EQ(report.faultySamples, 1U);
+}
+
+TEST(Calculation, SourceCutShortPutsTheOldValuesBack)
+{
+    const TestDirectory directory;
+    makeRamp("a", 20000, 1.0F);
+    makeRamp("cut", 20000, 1.0F);
+    std::filesystem::resize_file("cut.ts", 50000);
+    const auto before = bytesOf("a.ts");
+    auto file = std::make_unique<TSFILE>("a", false);
+    TSFILE cut("cut", true);
+    FormulaParser formula("x1+1");
+    formula.SetSource(&cut, 1, 1);
+    formula.Compile();
+    const auto reopen = [&]() -> TSFILE& {
+        file.reset();
+        EXPECT_NE(bytesOf("a.ts"), before);  // it had begun
+        file = std::make_unique<TSFILE>("a", false);
+        return *file;
+    };
+    CalculationReport report;
+    EXPECT_THROW(calculate(formula, {*file, 2, {1, 20000}, 0, reopen}, {}, report), TS::IO_ERROR);
+    EXPECT_EQ(bytesOf("a.ts"), before);
+    EXPECT_TRUE(report.oldValues.empty());
 }
 
 TEST(FormulaFile, IsExactlyFiveLinesAndTheLastPairWins)
@@ -150,6 +179,23 @@ TEST(EditTsWin, ComputesAColumnOverTheRangeOfItsRows)
     EXPECT_TRUE(window.statusBar()->currentMessage().contains(QStringLiteral("1 with an error")));
     window.sl_removeSource();
     EXPECT_EQ(targetBox(window).count(), 2);
+}
+
+TEST(EditTsWin, RowStaysOnItsFileWhenTheWorkingDirectoryChanges)
+{
+    const TestDirectory directory;
+    Desk desk;
+    makeRamp("a", 10, 1.0F);
+    std::filesystem::create_directory("other");
+    makeRamp("other/a", 10, 1.0F);
+    const auto other = bytesOf("other/a.ts");
+    EditTsWin window(QStringLiteral("a.ts"), 2);
+    type(window, "5");
+    std::filesystem::current_path("other");
+    window.findChild<EditVariable*>()->refreshFiles();
+    window.sl_calculate();
+    EXPECT_EQ(bytesOf("a.ts"), other);
+    EXPECT_EQ(TSFILE("../a", true).value(1, 2), 5.0F);
 }
 
 TEST(EditTsWin, WhatCannotBeDoneIsToldAndChangesNothing)

@@ -184,7 +184,10 @@ QWidget* EditTsWin::createFormula()
     layout->addWidget(heading);
     layout->addLayout(line);
     connect(m_target, SIGNAL(activated(int)), this, SLOT(sl_cbTargetActivated(int)));
-    connect(m_formula, &QLineEdit::textChanged, this, &EditTsWin::checkQuietly);
+    connect(m_formula, &QLineEdit::textChanged, this, [this] {
+        statusBar()->clearMessage();  // it told of the formula before
+        checkQuietly();
+    });
     connect(m_formula, &QLineEdit::returnPressed, this, &EditTsWin::sl_calculate);
     return panel;
 }

@@ -1,5 +1,6 @@
 #include "portal/ErrorBox.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QPushButton>
 
@@ -18,14 +19,24 @@ bool isRunTimeText(const QString& text)
 
 }  // namespace
 
-void ErrorBox::show(QWidget* parent, const QString& text)
+// Between two boxes of one calculation no window is active: it is still the one of before that matters.
+QWidget* ErrorBox::inFront(QWidget* otherwise)
 {
-    if (!isRunTimeText(text)) {
+    if (QWidget* const active = QApplication::activeWindow())
+        m_front = active;
+    return m_front && m_front->isVisible() ? m_front.data() : otherwise;
+}
+
+void ErrorBox::show(QWidget* otherwise, const QString& text)
+{
+    const bool isRunTime = isRunTimeText(text);
+    if (isRunTime && isSilenced(text))
+        return;
+    QWidget* const parent = inFront(otherwise);
+    if (!isRunTime) {
         showBox(QMessageBox::Warning, parent, kTitle, text);
         return;
     }
-    if (isSilenced(text))
-        return;
 
     QMessageBox box(QMessageBox::Warning, kTitle, text, QMessageBox::NoButton, parent);
     box.setTextFormat(Qt::PlainText);

@@ -4,20 +4,23 @@
 // box offers to be silent until the next calculation begins.
 #pragma once
 
+#include <QPointer>
 #include <QStringList>
+#include <QWidget>
 
 #include <cstdint>
-
-class QWidget;
 
 class ErrorBox
 {
 public:
-    void show(QWidget* parent, const QString& text);
+    // Stands over the window that the user works in, or over `otherwise` where there is none.
+    void show(QWidget* otherwise, const QString& text);
 
 private:
+    QWidget* inFront(QWidget* otherwise);
     bool isSilenced(const QString& text) const;
 
+    QPointer<QWidget> m_front;
     QStringList m_silenced;
     std::uint64_t m_silencedJob = 0;  // the calculation in which they are
 };

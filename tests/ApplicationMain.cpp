@@ -10,6 +10,8 @@
 
 int main(int argc, char** argv)
 {
+    // Also while the tests are only listed, on a machine without a display.
+    setenv("QT_QPA_PLATFORM", "offscreen", 0);
     setenv("LC_ALL", "C", 1);
     MyApplication application(argc, argv);
     testing::InitGoogleTest(&argc, argv);

@@ -5,11 +5,14 @@
 #include <QApplication>
 
 #include <clocale>
+#include <cstdlib>
 
 #include "tests/QtLeaks.h"
 
 int main(int argc, char** argv)
 {
+    // Also while the tests are only listed, on a machine without a display.
+    setenv("QT_QPA_PLATFORM", "offscreen", 0);
     QApplication application(argc, argv);
     std::setlocale(LC_NUMERIC, "C");
     testing::InitGoogleTest(&argc, argv);

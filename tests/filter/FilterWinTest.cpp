@@ -179,11 +179,3 @@ TEST_F(FilterWinTest, CharacteristicOpensAndSwitchesItsAxes)
 }
 
 }  // namespace
-
-int main(int argc, char** argv)
-{
-    testing::InitGoogleTest(&argc, argv);
-    QApplication application(argc, argv);
-    application.setQuitOnLastWindowClosed(false);
-    return RUN_ALL_TESTS();
-}

@@ -94,8 +94,14 @@ void readColumn(benchmark::State& state)
     finish(state, samples);
 }
 
-// Reading before writing: a block that is written value by value is read first.
+// Whole blocks are written without being read …
 void writeFloor(benchmark::State& state)
+{
+    bareBlocks(state, true);
+}
+
+// … and blocks of which single values are written are read first.
+void readWriteFloor(benchmark::State& state)
 {
     const auto columns = static_cast<std::uint32_t>(state.range(0));
     const std::string path = fileOf(columns);
@@ -148,6 +154,7 @@ BENCHMARK(readFloor)->Arg(1)->Arg(8)->Unit(benchmark::kMillisecond);
 BENCHMARK(readValue)->Arg(1)->Arg(8)->Unit(benchmark::kMillisecond);
 BENCHMARK(readColumn)->Arg(1)->Arg(8)->Unit(benchmark::kMillisecond);
 BENCHMARK(writeFloor)->Arg(1)->Arg(8)->Unit(benchmark::kMillisecond);
+BENCHMARK(readWriteFloor)->Arg(1)->Arg(8)->Unit(benchmark::kMillisecond);
 BENCHMARK(writeValue)->Arg(1)->Arg(8)->Unit(benchmark::kMillisecond);
 BENCHMARK(writeColumn)->Arg(1)->Arg(8)->Unit(benchmark::kMillisecond);
 

@@ -121,8 +121,8 @@ public:
 
     void add(double second, double third)
     {
-        const auto bin = static_cast<double>(m_written + m_rows.size() / m_columns + 1);
-        m_rows.push_back(static_cast<float>(bin * m_step));
+        const std::size_t bin = m_written + m_rows.size() / m_columns + 1;
+        m_rows.push_back(static_cast<float>(static_cast<double>(bin) * m_step));
         m_rows.push_back(static_cast<float>(second));
         if (m_columns > 2)
             m_rows.push_back(static_cast<float>(third));

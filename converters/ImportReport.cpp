@@ -57,9 +57,11 @@ ImportReport::ImportReport(QWidget* parent, const QString& title, const QString&
                     .arg(grouped(static_cast<std::uint64_t>(troubles.size())), grouped(troubleCount))));
     }
     auto* const buttons = new QDialogButtonBox;
-    if (offerPlot)
-        connect(buttons->addButton(QStringLiteral("&Plot"), QDialogButtonBox::ActionRole),
-                &QPushButton::clicked, this, &QDialog::accept);
+    if (offerPlot) {
+        QPushButton* const plot = buttons->addButton(QStringLiteral("&Plot"), QDialogButtonBox::ActionRole);
+        plot->setAutoDefault(false);
+        connect(plot, &QPushButton::clicked, this, &QDialog::accept);
+    }
     QPushButton* const close = buttons->addButton(QStringLiteral("&Close"), QDialogButtonBox::RejectRole);
     connect(close, &QPushButton::clicked, this, &QDialog::reject);
     close->setDefault(true);

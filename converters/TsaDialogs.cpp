@@ -153,7 +153,7 @@ TsaOutcome importTsa(QWidget* parent, const QString& tsaFile)
         if (made == 0)
             return {false, QString(), QStringLiteral("The import of %1 was cancelled.").arg(name)};
         if (made < 0)
-            return {false, QString(), QStringLiteral("%1 was not imported.").arg(name)};
+            return {false, QString(), QStringLiteral("%1 was not imported; nothing was changed.").arg(name)};
         seconds = progress.seconds();
     } catch (...) {
         return failed(parent, QStringLiteral("%1 was not imported; nothing was changed.").arg(name));

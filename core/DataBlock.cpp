@@ -27,15 +27,35 @@ void DataBlock::drop() noexcept
     m_dirty = false;
 }
 
+std::uint64_t DataBlock::offsetOf(std::uint64_t blockNumber) const noexcept
+{
+    // A count that lies can ask for any element: saturate before the product leaves 64 bits.
+    return blockNumber >= kFileLimit ? kFileLimit : m_layout.dataOffset + blockNumber * kBlockBytes;
+}
+
 void DataBlock::fetch(std::uint64_t blockNumber)
 {
     flush();
-    // A count that lies can ask for any element: saturate before the product leaves 64 bits.
-    const std::uint64_t offset =
-        blockNumber >= kFileLimit ? kFileLimit : m_layout.dataOffset + blockNumber * kBlockBytes;
+    const std::uint64_t offset = offsetOf(blockNumber);
     Block bytes;
     m_file.read(offset, bytes);
     std::memcpy(m_values, bytes.data(), sizeof m_values);
     m_offset = offset;
     m_blockNumber = blockNumber;
+}
+
+std::span<float> DataBlock::wholeForWriting(std::uint64_t element)
+{
+    const std::uint64_t blockNumber = element / kBlockFloats;
+    const std::uint64_t offset = offsetOf(blockNumber);
+    if (offset + kBlockBytes > m_fileEnd)
+        m_fileEnd = m_file.size();
+    // A file that is cut short says so by the read, as it does for single values.
+    if (blockNumber == m_blockNumber || offset + kBlockBytes > m_fileEnd || m_file.readOnly())
+        return run(element, true);
+    flush();
+    m_offset = offset;
+    m_blockNumber = blockNumber;
+    m_dirty = true;
+    return m_values;
 }

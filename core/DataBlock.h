@@ -57,6 +57,10 @@ public:
         return {&first, kBlockFloats - element % kBlockFloats};
     }
 
+    // The slots of the whole block that begins at an element, for a writer that fills all of them: a block
+    // that lies in the file is not read first.
+    std::span<float> wholeForWriting(std::uint64_t element);
+
     // Writes the block if it has changed.
     void flush();
     // Forgets the block; a change that was not flushed is lost.
@@ -72,6 +76,7 @@ private:
         return m_values[element % kBlockFloats];
     }
     // Out of line, so that the loops around value() keep their sums in registers.
+    std::uint64_t offsetOf(std::uint64_t blockNumber) const noexcept;
     [[gnu::cold, gnu::noinline]] void fetch(std::uint64_t blockNumber);
 
     BlockFile& m_file;
@@ -79,5 +84,6 @@ private:
     std::uint64_t m_blockNumber = kNone;
     std::uint64_t m_offset = 0;
     bool m_dirty = false;
+    std::uint64_t m_fileEnd = 0;  // as far as it was asked for
     float m_values[kBlockFloats] = {};
 };

@@ -233,7 +233,10 @@ void TSFILE::walk(Direction direction, std::uint64_t element, std::uint64_t stri
 {
     std::size_t index = 0;
     while (index < count) {
-        const std::span<float> slots = m_data.run(element, direction == Direction::Write);
+        const bool whole = direction == Direction::Write && stride == 1 && element % kBlockFloats == 0 &&
+                           count - index >= kBlockFloats;
+        const std::span<float> slots =
+            whole ? m_data.wholeForWriting(element) : m_data.run(element, direction == Direction::Write);
         const std::size_t inBlock = stride == 0 ? 1 : (slots.size() - 1) / stride + 1;
         const std::size_t n = std::min(count - index, inBlock);
         for (std::size_t i = 0; i < n; ++i)

@@ -55,8 +55,8 @@ TEST(Interval, rowsKeepTheirTimesValuesAndTexts)
 TEST(Interval, cancelledLeavesTheOldFileAndNothingElse)
 {
     const TestDirectory directory;
-    TSFILE("source.ts", 1000, 1, 0);
-    TSFILE("part.ts", 7, 1, 0);
+    TSFILE("source.ts", 1000, 1, 0).flush(true);
+    TSFILE("part.ts", 7, 1, 0).flush(true);
     const PlotFile from("source.ts");
     EXPECT_EQ(saveInterval(from, 1, 1000, "part.ts", [](auto, auto) { return false; }),
               JobOutcome::Cancelled);

@@ -188,7 +188,7 @@ TEST(PlotFile, oneReadingServesAllColumnsOfAFile)
 
     // Changed on disk: noticed, and read anew.
     EXPECT_FALSE(files.changedOnDisk(0));
-    TSFILE("wide.ts", 10, 5, 0);
+    TSFILE("wide.ts", 10, 5, 0).flush(true);
     EXPECT_TRUE(files.changedOnDisk(0));
     file->reload();
     EXPECT_FALSE(files.changedOnDisk(0));

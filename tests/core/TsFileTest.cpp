@@ -332,3 +332,22 @@ TEST(TsFileName, NumbersBlanksAndExtensions)
     EXPECT_EQ(longest.size(), 255U);
     EXPECT_TRUE(longest.ends_with(".ts"));
 }
+
+TEST(TsFile, WholeBlocksAreWrittenAroundAChangedOneAndRefusedBeyondACutBody)
+{
+    const TestDirectory directory;
+    TSFILE file("a", 1000, 1, 0);
+    file.setValue(300, 1, 5.0F);  // the cached block is changed
+    std::vector<float> values(700, 2.0F);
+    file.writeColumn(1, 1, std::span(values).first(256));
+    EXPECT_EQ(file.value(300, 1), 5.0F);
+    EXPECT_EQ(file.value(256, 1), 2.0F);
+    EXPECT_EQ(file.value(257, 1), 0.0F);
+    file.flush(false);
+    ASSERT_EQ(truncate("a.ts", 1024 + 512 * 3), 0);
+    TSFILE cut("a", false);
+    EXPECT_THROW(cut.writeColumn(1, 1, values), TS::IO_ERROR);
+    EXPECT_EQ(bytesOf("a.ts").size(), 1024U + 512U * 3);
+    TSFILE reader("a", true);
+    EXPECT_THROW(reader.writeColumn(1, 1, std::span(values).first(384)), TS::READONLY_VIOLATION);
+}

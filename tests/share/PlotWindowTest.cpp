@@ -432,7 +432,7 @@ TEST(PlotWindow, unreadableAndHostileFilesAreToldInTheWindow)
     Block head{};
     encodeHeader(header, 0, ByteOrder::Native, head);
     std::ofstream("lies.ts", std::ios::binary).write(reinterpret_cast<const char*>(head.data()), 512);
-    TSFILE("empty.ts", 0, 2, 0);
+    TSFILE("empty.ts", 0, 2, 0).flush(true);
     for (const char* name : {"none.ts", "junk.ts", "lies.ts", "empty.ts"}) {
         QtPlotWin window(QString::fromLatin1(name));
         window.show();

@@ -1,0 +1,152 @@
+// Cells, numbers and time stamps of text logs.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <ctime>
+
+#include "converters/ColumnTexts.h"
+#include "converters/STLGuess.h"
+#include "converters/STLToken.h"
+#include "converters/TimeStamps.h"
+
+namespace {
+
+TEST(StlTokens, cellsAreCutAtSeparatorsOutsideQuotes)
+{
+    struct Case
+    {
+        const char* line;
+        char separator;
+        std::vector<std::string_view> cells;
+    };
+    const std::vector<Case> cases = {
+        {"a; b ;c\r", ';', {"a", "b", "c"}},
+        {";;", ';', {"", "", ""}},
+        {"\"a;b\";\" c \";\"", ';', {"a;b", "c", "\""}},
+        {"a\t\tb", '\t', {"a", "", "b"}},
+        {"  1 \t 2\t\"x y\" ", ' ', {"1", "2", "x y"}},
+        {"1:05 PM 7", ' ', {"1:05 PM", "7"}},
+        {"1 PM", ' ', {"1", "PM"}},
+        {"", ' ', {}},
+    };
+    std::vector<std::string_view> cells;
+    for (const Case& c : cases) {
+        splitCells(c.line, c.separator, cells);
+        EXPECT_EQ(c.cells, cells) << c.line;
+    }
+}
+
+TEST(StlTokens, numbersAreWholeOrNone)
+{
+    struct Case
+    {
+        const char* text;
+        char decimal;
+        char grouping;
+        std::optional<double> value;
+    };
+    const std::vector<Case> cases = {
+        {"1.5", '.', 0, 1.5},
+        {"+1,5", ',', 0, 1.5},
+        {"1.5", ',', 0, {}},
+        {"1,5", '.', 0, {}},
+        {".5", '.', 0, 0.5},
+        {"-1e-3", '.', 0, -0.001},
+        {"1.5 ", '.', 0, {}},
+        {"1.5kN", '.', 0, {}},
+        {"inf", '.', 0, {}},
+        {"1.234,5", ',', '.', 1234.5},
+        {"1.23,5", ',', '.', {}},
+        {"1234.567", ',', '.', {}},
+        {"1'234'567", '.', '\'', 1234567.0},
+        {"12", ',', '.', 12.0},
+        {"", '.', 0, {}},
+        {"--5", '.', 0, {}},
+    };
+    for (const Case& c : cases) {
+        STLCells cells;
+        cells.decimal = c.decimal;
+        cells.grouping = c.grouping;
+        EXPECT_EQ(c.value, readNumber(c.text, cells)) << c.text;
+    }
+    EXPECT_TRUE(isMissing("NaN", {}) && isMissing("", {}) && isMissing("OL", {}));
+    EXPECT_FALSE(isMissing("n", {}) || isMissing("over 5", {}));
+}
+
+TEST(TimeStamps, stampsMeanWhatIsWritten)
+{
+    struct Case
+    {
+        const char* text;
+        DateOrder order;
+        std::optional<double> seconds;  // of the wall clock, or of Greenwich
+    };
+    constexpr double kNoon = 1463492730.0;  // 2016-05-17 13:45:30
+    const std::vector<Case> cases = {
+        {"2016-05-17T13:45:30Z", DateOrder::MonthDay, kNoon},
+        {"2016/5/17 13:45:30.25", DateOrder::MonthDay, kNoon + 0.25},
+        {"17.05.2016 13:45:30,5", DateOrder::MonthDay, kNoon + 0.5},
+        {"17.5.16 1:45:30 PM", DateOrder::MonthDay, kNoon},
+        {"5/17/2016 13:45:30", DateOrder::MonthDay, kNoon},
+        {"17/5/2016 13:45:30", DateOrder::DayMonth, kNoon},
+        {"17/5/2016 13:45:30", DateOrder::MonthDay, {}},
+        {"2016-05-17 15:45:30 +02:00", DateOrder::DayMonth, kNoon},
+        {"2016-05-17 09:15:30-0430", DateOrder::DayMonth, kNoon},
+        {"2016-05-17", DateOrder::DayMonth, 1463443200.0},
+        {"1958-03-01", DateOrder::DayMonth, -373593600.0},
+        {"2016-02-29", DateOrder::DayMonth, 1456704000.0},
+        {"2015-02-29", DateOrder::DayMonth, {}},
+        {"2016-05-17 12:00 AM", DateOrder::DayMonth, 1463443200.0},
+        {"2016-05-17 13:00 AM", DateOrder::DayMonth, {}},
+        {"2016-05-17 13:60", DateOrder::DayMonth, {}},
+        {"2016-05-17 13:45 x", DateOrder::DayMonth, {}},
+        {"2016-05.17", DateOrder::DayMonth, {}},
+        {"12345", DateOrder::DayMonth, {}},
+    };
+    for (const Case& c : cases) {
+        const auto stamp = readStamp(c.text);
+        const auto wall = stamp ? wallClock(*stamp, c.order) : std::nullopt;
+        ASSERT_EQ(c.seconds.has_value(), wall.has_value()) << c.text;
+        if (wall) {
+            EXPECT_DOUBLE_EQ(*c.seconds, static_cast<double>(*wall) / 1e6) << c.text;
+        }
+    }
+    EXPECT_EQ(26 * 3600 * kMicrosPerSecond, readTime("26:00:00")->micros) << "elapsed hours";
+    EXPECT_FALSE(readTime("1:5:00") || readTime("12:00:0x") || readTime("12:61:00"));
+}
+
+TEST(TimeStamps, localTimeKnowsSummer)
+{
+    setenv("TZ", "Europe/Oslo", 1);
+    tzset();
+    EXPECT_EQ(1463492730 - 7200, localSeconds(1463492730 * kMicrosPerSecond));
+    EXPECT_EQ(1456704000 - 3600, localSeconds(1456704000 * kMicrosPerSecond));
+    EXPECT_EQ(-373593600 - 3600, localSeconds(-373593600 * kMicrosPerSecond));
+}
+
+TEST(ImportHead, intervalsAndRatesHaveUnits)
+{
+    STLCells comma;
+    comma.decimal = ',';
+    EXPECT_EQ(0.01, readInterval("10 ms", {}));
+    EXPECT_EQ(0.5, readInterval("0,5s", comma));
+    EXPECT_EQ(300.0, readInterval("5 min", {}));
+    EXPECT_EQ(7200.0, readInterval("2 h", {}));
+    EXPECT_EQ(std::nullopt, readInterval("5 apples", {}));
+    EXPECT_EQ(360.0, readRate("360 Hz", {}));
+    EXPECT_EQ(1500.0, readRate("1.5kHz", {}));
+    EXPECT_EQ(STLKey::Interval, keyOf("Sample Time"));
+    EXPECT_EQ(STLKey::Other, keyOf("Operator"));
+}
+
+TEST(ColumnTexts, namesAreCutAtCharactersAndMadeUnique)
+{
+    EXPECT_EQ((std::vector<std::string>{"Temperature", "Temperatu~2", "Temperatu~3", "Time~2", "aaaaaaaaaa"}),
+              uniqueColumnNames({"Temperature inside", "Temperature outside", "Temperature", "Time",
+                                 "aaaaaaaaaa\xC3\xB8"}));
+    EXPECT_EQ("Force [kN]", nameWithUnit("Force", "kN"));
+    EXPECT_EQ(45U, nameWithUnit(std::string(60, 'x'), "kN").size());
+    EXPECT_EQ("[kN]", nameWithUnit("", "kN"));
+}
+
+}  // namespace

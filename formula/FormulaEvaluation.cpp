@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "core/TSFILE.h"
+#include "formula/FormulaFunctions.h"
 #include "portal/TsApplication.h"
 
 const char* const kDivisionByZero = "Attempt to divide on zero";
@@ -15,8 +16,6 @@ const char* const kMissingArgument = "Missing argument in function";
 namespace {
 
 std::uint64_t reports = 0;
-// Counts the evaluations of all trees: tells a value of this one from one of an earlier one.
-std::uint64_t evaluations = 0;
 
 // Before the first and behind the last sample, where the value is theirs, and times that are none.
 [[gnu::noinline]] double fetchOutside(const FormulaSource& source, double position)
@@ -43,7 +42,8 @@ double fetch(const FormulaSource& source, float t)
     const double position = (static_cast<double>(t) - source.start) * source.rate;
     if (!(position > 0.0 && position < source.lastPosition)) [[unlikely]]
         return fetchOutside(source, position);
-    const auto nearest = static_cast<std::int64_t>(position + 0.5);
+    auto nearest = static_cast<std::int64_t>(position);
+    nearest += position - static_cast<double>(nearest) > 0.5 ? 1 : 0;
     // A float tells t to half of its last place: a sample within that is meant itself.
     const double grain = std::fabs(static_cast<double>(t)) * source.grain;
     if (std::fabs(position - static_cast<double>(nearest)) > grain)
@@ -98,7 +98,7 @@ double time(FormulaNode& /*node*/, double t)
 double variable(FormulaNode& node, double t)
 {
     node.value = node.source.file == nullptr ? 0.0 : fetch(node.source, static_cast<float>(t));
-    node.fetchedIn = evaluations;
+    node.fetchedIn = formulaEvaluations;
     return node.value;
 }
 
@@ -106,7 +106,7 @@ double variable(FormulaNode& node, double t)
 double sharedVariable(FormulaNode& node, double t)
 {
     FormulaNode& twin = *node.twin;
-    node.value = twin.fetchedIn == evaluations ? twin.value : variable(twin, t);
+    node.value = twin.fetchedIn == formulaEvaluations ? twin.value : variable(twin, t);
     return node.value;
 }
 
@@ -180,6 +180,11 @@ double unary(FormulaNode& node, double t)
     return node.unaryFunction(valueOf(node.right, t));
 }
 
+double unarySquareRoot(FormulaNode& node, double t)
+{
+    return std::sqrt(valueOf(node.right, t));
+}
+
 double missingArgument(FormulaNode& /*node*/, double /*t*/)
 {
     reportFormulaError(kMissingArgument);
@@ -218,7 +223,7 @@ Evaluator evaluatorOf(const FormulaNode& node)
         case '^':
             return node.right->kind == 'n' && node.right->value == 2.0 ? square : power;
         case 'f':
-            return withSign<unary>(node);
+            return node.unaryFunction == squareRoot ? withSign<unarySquareRoot>(node) : withSign<unary>(node);
         case 'm':
             return node.left == nullptr || node.right == nullptr ? missingArgument
                                                                  : combination<Binary>(node);
@@ -294,12 +299,6 @@ void prepareTree(FormulaNode& root)
 {
     FirstOfSource firsts;
     prepare(root, firsts);
-}
-
-double evaluateTree(FormulaNode& root, double t)
-{
-    ++evaluations;
-    return root.evaluator(root, t);
 }
 
 std::uint64_t formulaReports() noexcept

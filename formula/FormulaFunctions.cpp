@@ -49,7 +49,7 @@ const UnaryEntry kUnary[] = {
     {"nint", [](double x) { return std::round(x); }},  // halves away from zero
     {"sin", [](double x) { return std::sin(x); }},
     {"sinh", [](double x) { return std::sinh(x); }},
-    {"sqrt", [](double x) { return std::sqrt(x); }},
+    {"sqrt", squareRoot},
     {"tan", [](double x) { return std::tan(x); }},
     {"tanh", [](double x) { return std::tanh(x); }},
     {"bessi0", besselI0},
@@ -79,6 +79,11 @@ const Entry* firstAt(std::span<const Entry> table, const char* text)
 }
 
 }  // namespace
+
+double squareRoot(double x)
+{
+    return std::sqrt(x);
+}
 
 std::span<const UnaryEntry> unaryFunctions()
 {

@@ -16,6 +16,9 @@ struct BinaryEntry
     BinaryFunction function;
 };
 
+// The function "sqrt", by which evaluation knows it: the machine has it as one instruction.
+double squareRoot(double x);
+
 std::span<const UnaryEntry> unaryFunctions();
 std::span<const BinaryEntry> binaryFunctions();
 

@@ -420,5 +420,6 @@ FormulaParser::Outcome FormulaParser::skipToGroup(FormulaNode* node, FormulaNode
 
 double FormulaParser::Evaluate(std::int32_t /*sample*/, double t)
 {
-    return m_errorCode != kNoError || m_root == nullptr ? 0.0 : evaluateTree(*m_root, t);
+    // No formula with an error keeps its tree.
+    return m_root == nullptr ? 0.0 : evaluateTree(*m_root, t);
 }

@@ -54,6 +54,7 @@ TEST(Formula, EveryTextGivesItsValueOrItsCode)
         {"-sin(t)", 0, -std::sin(0.5)},
         {"x1", 0, 3.5},
         {"-X1*2", 0, -7.0},
+        {"x1*x1-x1+-x1", 0, 5.25},
         {"x1 x2", 0, 3.5},
         {"2x1", 0, 2.0},
         {"x9", 0, 0.0},
@@ -133,6 +134,13 @@ TEST(Formula, SourcesAreInterpolatedAndClampedAtTheirEnds)
     for (const auto& row : rows)
         EXPECT_DOUBLE_EQ(parser.Evaluate(1, row.t), row.value) << row.t;
     EXPECT_TRUE(std::isnan(parser.Evaluate(1, 1e30)));
+    FormulaParser twice("x1+x1");  // looked up once, but anew for each sample
+    twice.SetSource(&file, 1, 1);
+    twice.Compile();
+    for (const float value : {1.0F, 3.0F}) {
+        file.setValue(1, 1, value);
+        EXPECT_EQ(twice.Evaluate(1, 10.0), 2.0 * value);
+    }
     EXPECT_TRUE(std::isnan(parser.Evaluate(1, NAN)));
 }
 

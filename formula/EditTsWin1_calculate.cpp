@@ -1,0 +1,196 @@
+// The Ts-Edit window's compiling and calculating.
+#include "formula/EditTsWin1.h"
+
+#include <QComboBox>
+#include <QFile>
+#include <QLabel>
+#include <QLineEdit>
+
+#include <ctime>
+#include <system_error>
+
+#include "core/TsExceptions.h"
+#include "formula/FormulaParser.h"
+#include "portal/TsApplication.h"
+#include "share/JobProgress.h"
+
+namespace {
+
+constexpr int kFormulaBytes = 255;
+
+QString grouped(qulonglong number)
+{
+    QString text = QString::number(number);
+    for (int i = text.size() - 3; i > 0; i -= 3)
+        text.insert(i, QLatin1Char(' '));
+    return text;
+}
+
+}  // namespace
+
+// -- Compiling --
+
+QByteArray EditTsWin::formulaBytes() const
+{
+    return m_formula->text().toUtf8().left(kFormulaBytes);
+}
+
+std::unique_ptr<FormulaParser> EditTsWin::makeParser()
+{
+    m_buffer = formulaBytes();
+    auto parser = std::make_unique<FormulaParser>(m_buffer.constData());
+    if (const EditVariable* const target = targetRow())
+        parser->SetSource(target->ts().get(), static_cast<std::int32_t>(target->column()), target->index());
+    for (const EditVariable* const row : m_rows)
+        parser->SetSource(row->ts().get(), static_cast<std::int32_t>(row->column()), row->index());
+    return parser;
+}
+
+// While the user types: the status bar says what is wrong, nothing pops up.
+void EditTsWin::checkQuietly()
+{
+    m_parser.reset();
+    QString text;
+    if (!m_formula->text().trimmed().isEmpty()) {
+        try {
+            m_parser = makeParser();
+            m_parser->Compile();
+            text = QString::fromLatin1(errorText(m_parser->ErrorCode(), m_parser->errorPosition()));
+        } catch (const TS::Failure&) {
+            text = QStringLiteral("A source file cannot be read");
+        }
+    }
+    if (m_formula->text().toUtf8().size() > kFormulaBytes)
+        text = QStringLiteral("The formula is longer than 255 characters and will be cut");
+    m_status->setText(text);
+}
+
+// -- Calculating --
+
+bool EditTsWin::targetMayChange(const EditVariable& target)
+{
+    const TsApplication* const application = TsApplication::instance();
+    if (application != nullptr && application->isOpenForWriting(target.file())) {
+        showMessage(
+            QStringLiteral("Cannot execute this command while the\ntarget file is open as read/write in the "
+                           "List window."));
+        return false;
+    }
+    if (!target.ts()) {
+        showMessage(QStringLiteral("%1 could not be opened.").arg(target.fileName()));
+        return false;
+    }
+    if (target.ts()->readOnly()) {
+        showMessage(QStringLiteral("%1 is read-only. Nothing was calculated.").arg(target.fileName()));
+        return false;
+    }
+    if (target.column() == 0) {
+        showMessage(QStringLiteral("%1 has no column to write to.").arg(target.fileName()));
+        return false;
+    }
+    return true;
+}
+
+CalculationRange EditTsWin::rangeFor(const EditVariable& target, QString& reason) const
+{
+    const auto used = usedRows(formulaBytes().toStdString(), static_cast<int>(m_rows.size()), target.index());
+    std::vector<TimeBounds> bounds;
+    for (const EditVariable* const row : m_rows) {
+        if (!used[static_cast<std::size_t>(row->index() - 1)] || !row->ts())
+            continue;
+        if (!row->hasBounds()) {
+            reason = QStringLiteral("Start or end of x%1 is not a number").arg(row->index());
+            return {1, 0};
+        }
+        bounds.push_back(row->bounds());
+    }
+    const double dt = target.ts()->dt();
+    const CalculationRange range = calculationRange(bounds, dt, target.ts()->samples());
+    if (range.isEmpty())
+        reason =
+            !(dt > 0.0) ? QStringLiteral("The sample time of the target is not above 0")
+            : target.ts()->samples() == 0
+                ? QStringLiteral("The target has no samples")
+                : QStringLiteral(
+                      "Nothing to calculate: t runs from 0 to %1 s over the target, and the start and end "
+                      "times of the rows leave none of it")
+                      .arg((target.ts()->samples() - 1.0) * dt);
+    return range;
+}
+
+void EditTsWin::sl_calculate()
+{
+    EditVariable* const target = targetRow();
+    if (target == nullptr) {
+        showMessage(QStringLiteral("No target selected"));
+        return;
+    }
+    try {
+        m_parser.reset();
+        reopenFiles();
+        if (!targetMayChange(*target))
+            return;
+        m_parser = makeParser();
+        m_parser->Compile();
+        if (m_parser->ErrorCode() != 0) {
+            m_parser->ReportError();
+            return;
+        }
+        QString reason;
+        const CalculationRange range = rangeFor(*target, reason);
+        if (range.isEmpty()) {
+            say(reason);
+            return;
+        }
+        run(*target, range);
+    } catch (const TS::Failure&) {
+        showMessage(QStringLiteral("A source file cannot be read. Nothing was calculated."));
+    }
+}
+
+// Changes that a file still holds are written or given up now.
+TSFILE& EditTsWin::reopenTarget(const EditVariable& target)
+{
+    m_parser.reset();
+    reopenFiles();
+    if (!target.ts() || target.ts()->readOnly())
+        throw TS::OPEN_ERROR(QFile::encodeName(target.file()).toStdString());
+    return *target.ts();
+}
+
+void EditTsWin::run(const EditVariable& target, const CalculationRange& range)
+{
+    CalculationReport report;
+    QString failure;
+    try {
+        JobProgress progress(this, QStringLiteral("Calculating x%1").arg(target.index()));
+        const CalculationTarget job{*target.ts(), target.column(), range, std::time(nullptr),
+                                    [&]() -> TSFILE& { return reopenTarget(target); }};
+        const JobOutcome outcome = calculate(*m_parser, job, progress.callback(), report);
+        tellOutcome(outcome, range, report, progress.seconds());
+        if (outcome == JobOutcome::Done)
+            emit x_directory_changed();
+        return;
+    } catch (const std::system_error& error) {
+        failure = QFile::decodeName(error.what());
+    } catch (...) {
+        failure = QStringLiteral("a file could not be read or written to its end");
+    }
+    showMessage(report.oldValues.empty()
+                    ? QStringLiteral("The calculation failed: %1.\nThe column is as it was.").arg(failure)
+                    : QStringLiteral("The calculation failed: %1.\nThe old values could not be put back. "
+                                     "They lie in %2.")
+                          .arg(failure, QFile::decodeName(report.oldValues.c_str())));
+}
+
+void EditTsWin::tellOutcome(JobOutcome outcome, const CalculationRange& range,
+                            const CalculationReport& report, double seconds)
+{
+    QString told =
+        outcome == JobOutcome::Cancelled
+            ? QStringLiteral("Cancelled: the column is as it was")
+            : QStringLiteral("%1 samples in %2 s").arg(grouped(range.count())).arg(seconds, 0, 'f', 1);
+    if (report.faultySamples > 0)
+        told += QStringLiteral(", %1 with an error and the value 0").arg(grouped(report.faultySamples));
+    say(told);
+}

@@ -1,0 +1,130 @@
+// Every sub-program opened on one measured file, as a person does who compares: each works on it, none
+// disturbs another, and when all are closed the directory holds what was there and what was saved.
+
+#include <gtest/gtest.h>
+
+#include <QComboBox>
+#include <QLineEdit>
+#include <QPointer>
+#include <QStatusBar>
+#include <QTest>
+
+#include <cmath>
+#include <filesystem>
+
+#include "calc/DFTWin.h"
+#include "calc/DerivativeWin.h"
+#include "core/TsNames.h"
+#include "filter/FilterWin.h"
+#include "formula/EditTsWin1.h"
+#include "portal/TsApplication.h"
+#include "share/SubWindow.h"
+#include "tests/BoxAnswer.h"
+#include "tests/core/TsFileBytes.h"
+
+namespace {
+
+// The ECG under a name that is easily mistaken, with a second column for results.
+class AllWindows : public testing::Test
+{
+protected:
+    AllWindows()
+    {
+        const auto ecg = openTsFile(VELTRAC_EXAMPLES "/ecg.ts", true);
+        const auto copy = createTsFile(kName.toStdString(), 20000, 2);
+        copy->dt(ecg->dt());
+        copy->columnName(1, "MLII");
+        for (std::uint32_t s = 1; s <= 20000; ++s)
+            copy->setValue(s, 1, ecg->value(s, 1));
+    }
+    template <typename Window>
+    Window* open(SubProgram kind)
+    {
+        return dynamic_cast<Window*>(TsApplication::instance()->openSubProgram(kind, kName, 1));
+    }
+    static void close(QWidget* window)
+    {
+        const QPointer<QWidget> watched(window);
+        const BoxAnswer no(QStringLiteral("&No"));
+        window->close();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        EXPECT_TRUE(watched.isNull());
+    }
+    std::vector<float> column(std::uint32_t col) const
+    {
+        std::vector<float> values(20000);
+        openTsFile(kName.toStdString(), true)->readColumn(col, 1, values);
+        return values;
+    }
+
+    const QString kName = QStringLiteral("2016-05 Bett 3.v2.ts");
+    const TestDirectory m_directory;
+};
+
+}  // namespace
+
+TEST_F(AllWindows, OpenSideBySideAndLeaveNothingBehind)
+{
+    std::vector<QWidget*> windows;
+    for (const SubProgram kind :
+         {SubProgram::Header, SubProgram::List, SubProgram::Plot, SubProgram::PlotColumn, SubProgram::Formula,
+          SubProgram::Derivative, SubProgram::Integral, SubProgram::Spectrum, SubProgram::Filter}) {
+        windows.push_back(open<SubWindow>(kind));
+        ASSERT_NE(windows.back(), nullptr) << static_cast<int>(kind);
+        EXPECT_TRUE(windows.back()->isVisible());
+        EXPECT_FALSE(windows.back()->windowIcon().isNull()) << static_cast<int>(kind);
+        QApplication::processEvents();
+    }
+    for (QWidget* const window : windows)
+        close(window);
+    EXPECT_EQ(m_directory.fileCount(), 1U);
+}
+
+TEST_F(AllWindows, FormulaWritesTheColumnThatTheOthersThenRead)
+{
+    auto* const edit = open<EditTsWin>(SubProgram::Formula);
+    edit->sl_addSource();
+    edit->findChildren<EditVariable*>().at(1)->choose(kName, 2);
+    for (QComboBox* const box : edit->findChildren<QComboBox*>())
+        if (box->accessibleName() == QLatin1String("Target row"))
+            box->setCurrentIndex(1);
+    for (QLineEdit* const field : edit->findChildren<QLineEdit*>())
+        if (field->accessibleName() == QLatin1String("Formula"))
+            field->setText(QStringLiteral("x1^2"));
+    edit->sl_calculate();
+    close(edit);
+    const std::vector<float> source = column(1);
+    const std::vector<float> squares = column(2);
+    for (std::size_t i = 0; i < source.size(); ++i)
+        ASSERT_NEAR(squares[i], source[i] * source[i], 1e-6F * (1.0F + source[i] * source[i])) << i;
+
+    // While it is being edited, nobody else writes it.
+    auto* const list = open<SubWindow>(SubProgram::Edit);
+    EXPECT_TRUE(TsApplication::instance()->isOpenForWriting(kName));
+    auto* const again = open<EditTsWin>(SubProgram::Formula);
+    {
+        const BoxAnswer refused(QStringLiteral("Ok"));
+        again->sl_calculate();
+        EXPECT_TRUE(refused.text().contains(QStringLiteral("open as read/write in the List window")));
+    }
+    close(again);
+    close(list);
+    EXPECT_FALSE(TsApplication::instance()->isOpenForWriting(kName));
+    EXPECT_EQ(column(2), squares);
+}
+
+TEST_F(AllWindows, FilterAndSpectrumWorkOnScratchFilesOfTheirOwn)
+{
+    auto* const filter = open<FilterWin>(SubProgram::Filter);
+    auto* const spectrum = open<DFTWin>(SubProgram::Spectrum);
+    auto* const derivative = open<DerivativeWin>(SubProgram::Derivative);
+    spectrum->sl_execute();
+    derivative->sl_execute();
+    filter->sl_execute();
+    EXPECT_EQ(filter->statusBar()->currentMessage(), "Filtering...finished");
+    EXPECT_GT(m_directory.fileCount(), 2U);
+    close(derivative);
+    close(spectrum);
+    close(filter);
+    EXPECT_EQ(m_directory.fileCount(), 1U);
+}

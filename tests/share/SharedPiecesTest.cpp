@@ -1,0 +1,180 @@
+// What all windows share: header texts, number fields, choosing a source, progress, sub-windows.
+
+#include <gtest/gtest.h>
+
+#include <QCloseEvent>
+#include <QLabel>
+#include <QProgressDialog>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTest>
+#include <QTextEdit>
+#include <QThread>
+
+#include <fstream>
+
+#include "core/TSFILE.h"
+#include "share/HeaderText.h"
+#include "share/JobProgress.h"
+#include "share/NumberField.h"
+#include "share/QtMessageWin.h"
+#include "share/Resources.h"
+#include "share/SourceChooser.h"
+#include "share/SubWindow.h"
+#include "tests/core/TsFileBytes.h"
+
+namespace {
+
+class StubbornWindow : public SubWindow
+{
+public:
+    bool stays = true;
+
+protected:
+    bool mayClose() override { return !stays; }
+};
+
+}  // namespace
+
+TEST(HeaderText, BytesAreCutAtWholeCharactersAndOldTextsKeepTheirUmlauts)
+{
+    EXPECT_EQ(headerBytes(QStringLiteral("Kräfte an Ö"), 11), QByteArray("Kräfte an "));
+    EXPECT_EQ(headerBytes(QStringLiteral("12345678901"), 11), QByteArray("12345678901"));
+    EXPECT_EQ(headerBytes(QString(), 5), QByteArray());
+    EXPECT_EQ(headerText("Kr\xC3\xA4"
+                         "fte \t"),
+              QStringLiteral("Kräfte"));
+    EXPECT_EQ(headerText("Kr\xE4"
+                         "fte \x80"),
+              QStringLiteral("Kräfte €"));
+    EXPECT_EQ(headerText("cut \xC3"), QStringLiteral("cut Ã"));  // half a character is no UTF-8
+    EXPECT_EQ(headerText(nullptr), QString());
+}
+
+TEST(NumberField, PointsAndCommasAreNumbersAndEverythingElseSaysWhy)
+{
+    const struct
+    {
+        const char* text;
+        bool good;
+        double number;
+    } rows[] = {{"1.5", true, 1.5},    {" 1,5 ", true, 1.5},  {"+2e-3", true, 0.002},    {"-0", true, 0.0},
+                {"", false, 0.0},      {"1,5,0", false, 0.0}, {"1 000", false, 0.0},     {"nan", false, 0.0},
+                {"1e999", false, 0.0}, {"0x10", false, 0.0},  {"12\xC2\xB5", false, 0.0}};
+    for (const auto& row : rows) {
+        EXPECT_EQ(numberOf(QString::fromUtf8(row.text)).has_value(), row.good) << row.text;
+        EXPECT_EQ(numberOf(QString::fromUtf8(row.text)).value_or(0.0), row.number) << row.text;
+    }
+    NumberField field(QStringLiteral("5"));
+    QLabel reason;
+    field.setReasonLabel(&reason);
+    field.setWhole(1, 10);
+    const QColor good = field.palette().color(QPalette::Base);
+    QSignalSpy validated(&field, &NumberField::x_validated);
+    for (const char* const text : {"11", "0", "2,5", "x", ""}) {
+        field.setText(QLatin1String(text));
+        EXPECT_FALSE(field.isValid()) << text;
+        EXPECT_FALSE(reason.text().isEmpty()) << text;
+        EXPECT_NE(field.palette().color(QPalette::Base), good) << text;
+    }
+    field.setText(QStringLiteral("10"));
+    EXPECT_TRUE(field.isValid());
+    EXPECT_TRUE(reason.text().isEmpty());
+    EXPECT_EQ(field.palette().color(QPalette::Base), good);
+    EXPECT_EQ(validated.count(), 6);
+}
+
+TEST(SourceChooser, ShowsWhatTheDirectoryHoldsAndKeepsTheChoice)
+{
+    const TestDirectory directory;
+    for (const char* const name : {"file10", "file2"}) {
+        TSFILE file(name, 1, 1, 1);
+        file.columnName(2, name[4] == '2' ? "Force" : "");
+    }
+    std::filesystem::rename("file10.ts", "2016 log.v2.TS");
+    std::ofstream("broken.ts") << "no ts-file";
+    std::ofstream("notes.txt") << "no";
+    std::filesystem::create_directory("folder.ts");
+    EXPECT_EQ(tsFileNames(), QStringList({"2016 log.v2.TS", "broken.ts", "file2.ts"}));
+
+    SourceChooser chooser(false);
+    QSignalSpy changed(&chooser, &SourceChooser::x_source_changed);
+    chooser.choose(QStringLiteral("file2.ts"), 0);
+    EXPECT_EQ(chooser.columns()->count(), 1);  // "Time" is not offered
+    EXPECT_EQ(chooser.column(), 2U);
+    EXPECT_GT(changed.count(), 0);
+    chooser.files()->setCurrentIndex(0);
+    EXPECT_EQ(chooser.columns()->currentText(), "Column 2");
+    chooser.files()->setCurrentIndex(1);
+    EXPECT_EQ(chooser.column(), 0U);
+    chooser.choose(QStringLiteral("file2.ts"), 2);
+    std::filesystem::remove("2016 log.v2.TS");
+    chooser.refresh();
+    EXPECT_EQ(chooser.file(), "file2.ts");
+    EXPECT_EQ(chooser.column(), 2U);
+}
+
+TEST(JobProgress, AppearsLateCancelsForGoodAndLetsNoWindowClose)
+{
+    SubWindow* const window = new SubWindow;
+    window->show();
+    {
+        JobProgress job(nullptr, QStringLiteral("Working"));
+        EXPECT_TRUE(job(1, 100));
+        EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+        QThread::msleep(550);
+        EXPECT_TRUE(job(50, 100));
+        auto* const dialog = qobject_cast<QProgressDialog*>(QApplication::activeModalWidget());
+        ASSERT_NE(dialog, nullptr);
+        EXPECT_EQ(dialog->value() * 2, dialog->maximum());
+        EXPECT_FALSE(window->close());
+        dialog->findChild<QPushButton*>()->click();
+        QThread::msleep(60);
+        EXPECT_FALSE(job(51, 100));
+        EXPECT_FALSE(job(52, 0));
+        EXPECT_TRUE(job.wasCancelled());
+    }
+    EXPECT_FALSE(JobProgress::isRunning());
+    EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+    EXPECT_TRUE(window->close());
+}
+
+TEST(SubWindow, TellsOnceThatItIsGoneAndOnlyWhenItIs)
+{
+    auto* const window = new StubbornWindow;
+    QSignalSpy gone(window, SIGNAL(windowGone(subWindow)));
+    window->show();
+    EXPECT_FALSE(window->close());
+    EXPECT_EQ(gone.count(), 0);
+    window->stays = false;
+    EXPECT_TRUE(window->close());
+    EXPECT_EQ(gone.count(), 1);
+}
+
+TEST(MessageWin, HasItsTitleTextAndEscape)
+{
+    MessageWin* const window =
+        new MessageWin(nullptr, QStringLiteral("messageWin"), QStringLiteral("<b>Text</b>"), QString(), 300,
+                       200, QString(), 11);
+    window->show();
+    EXPECT_EQ(window->windowTitle(), "Ts-Information");
+    EXPECT_EQ(window->objectName(), "messageWin");
+    EXPECT_EQ(window->findChild<QTextEdit*>()->toPlainText(), "Text");
+    EXPECT_TRUE(window->findChild<QTextEdit*>()->isReadOnly());
+    QSignalSpy destroyed(window, &QObject::destroyed);
+    for (QPushButton* const button : window->findChildren<QPushButton*>())
+        if (button->text() == QLatin1String("&Ok")) {
+            EXPECT_EQ(button->shortcut(), QKeySequence(Qt::Key_Escape));
+            button->click();
+            break;
+        }
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_EQ(destroyed.count(), 1);
+}
+
+TEST(HelpText, EveryWindowHasOne)
+{
+    for (const char* const name : {"intro", "tsa", "stl", "list", "plot", "derivative", "integral",
+                                   "spectrum", "filter", "formula", "functions"})
+        EXPECT_GT(helpText(QLatin1String(name)).size(), 500) << name;
+}

@@ -1,1 +1,0 @@
-// Keeps a library alive whose room has no source yet.

@@ -38,7 +38,6 @@ const std::vector<Row>& rows()
          [](const QString& file, unsigned column) -> SubWindow* { return new QtPlotColWin(file, column); }},
         {SubProgram::Create,
          [](const QString&, unsigned) -> SubWindow* { return new CreateTsWin(mainWindow()); }},
-        {SubProgram::StlImport, [](const QString& file, unsigned) -> SubWindow* { return new STLWin(file); }},
         {SubProgram::SclImport, [](const QString& file, unsigned) -> SubWindow* { return new SCLWin(file); }},
         {SubProgram::List,
          [](const QString& file, unsigned) -> SubWindow* { return new TsTableView(file, mainWindow(), 0); }},
@@ -60,22 +59,10 @@ const std::vector<Row>& rows()
     return all;
 }
 
-const Row* rowOf(SubProgram kind)
-{
-    const auto found =
-        std::find_if(rows().begin(), rows().end(), [&](const Row& r) { return r.kind == kind; });
-    return found == rows().end() ? nullptr : &*found;
-}
-
 }  // namespace
-
-bool subProgramExists(SubProgram kind)
-{
-    return rowOf(kind) != nullptr;
-}
 
 SubWindow* makeSubProgram(SubProgram kind, const QString& file, unsigned column)
 {
-    const Row* const row = rowOf(kind);
-    return row == nullptr ? nullptr : row->make(file, column);
+    const auto row = std::find_if(rows().begin(), rows().end(), [&](const Row& r) { return r.kind == kind; });
+    return row == rows().end() ? nullptr : row->make(file, column);
 }

@@ -322,9 +322,8 @@ QString TsTableView::timeText(std::uint32_t sample) const
     try {
         TSFILE& file = m_model->file();
         const double elapsed = elapsedTime(file, sample);
-        const QString unit = headerText(file.timeUnit()).trimmed();
-        QString text =
-            elapsedText(elapsed, file) + QLatin1Char(' ') + (unit.isEmpty() ? QStringLiteral("s") : unit);
+        const QString unit = bareTimeUnit(headerText(file.timeUnit()));
+        QString text = elapsedText(elapsed, file) + QLatin1Char(' ') + unit;
         if (file.startSeconds() != 0) {
             const double moment = startOf(file) + elapsed * secondsInTimeUnit(unit);
             text += QStringLiteral(", ") + QDateTime::fromMSecsSinceEpoch(qRound64(moment * 1000.0))

@@ -25,6 +25,7 @@
 #include "share/GoTo.h"
 #include "share/JobProgress.h"
 #include "share/QtMessageWin.h"
+#include "share/WaitCursor.h"
 
 namespace {
 
@@ -32,15 +33,6 @@ constexpr int kMessageMs = 8000;
 constexpr std::uint64_t kMostCopied = 2000000;  // values
 constexpr int kMostSorted = RowWindow::kRows;
 const char* const kUnreadable = "The file cannot be read to its end: it may be cut short.";
-
-class WaitCursor
-{
-public:
-    WaitCursor() { QApplication::setOverrideCursor(Qt::WaitCursor); }
-    ~WaitCursor() { QApplication::restoreOverrideCursor(); }
-    WaitCursor(const WaitCursor&) = delete;
-    WaitCursor& operator=(const WaitCursor&) = delete;
-};
 
 QString resultText(double extreme, std::uint32_t sample)
 {

@@ -21,6 +21,7 @@
 #include "share/PsConfigDialog.h"
 #include "share/QtMessageWin.h"
 #include "share/Resources.h"
+#include "share/WaitCursor.h"
 
 namespace {
 
@@ -144,7 +145,8 @@ void VeltracWin::sl_rowHeight(int pixels)
 
 void VeltracWin::sl_set_sorting()
 {
-    m_sorted = m_actions->action(ActionId::Sorting)->isChecked();
+    m_sorted = !m_sorted;
+    m_actions->action(ActionId::Sorting)->setChecked(m_sorted);
     showFiles();
 }
 
@@ -198,9 +200,11 @@ QWidget* VeltracWin::openSubProgram(SubProgram kind, const QString& file, unsign
 {
     if (JobProgress::isRunning())
         return nullptr;
-    QApplication::setOverrideCursor(Qt::WaitCursor);
-    SubWindow* const window = makeSubProgram(kind, file, column);
-    QApplication::restoreOverrideCursor();
+    SubWindow* window = nullptr;
+    {
+        const WaitCursor waiting;
+        window = makeSubProgram(kind, file, column);
+    }
     if (window == nullptr)
         return nullptr;
     m_subWindows.emplace_back(window);

@@ -11,6 +11,7 @@
 
 #include <filesystem>
 
+#include "core/Rebuild.h"
 #include "core/TSFILE.h"
 #include "share/NumberField.h"
 #include "tests/BoxAnswer.h"
@@ -90,6 +91,18 @@ TEST_F(HeaderEditor, RefusedReductionIsRememberedButNothingIsCutUnasked)
     EXPECT_EQ(samplesOnDisk(), 20U);
 }
 
+TEST_F(HeaderEditor, ColumnsThatAnotherWindowHasAddedAreNotCutUnasked)
+{
+    open();
+    ASSERT_EQ(rebuildTsFile("a.ts", 30, 5, {}), JobOutcome::Done);
+    const BoxAnswer none(QStringLiteral("&No"));
+    enter(kSamples, "40");
+    EXPECT_FALSE(none.wasAsked());
+    EXPECT_EQ(samplesOnDisk(), 40U);
+    EXPECT_EQ(TSFILE("a", true).columns(), 5U);
+    EXPECT_EQ(field(kColumns).text(), "5");
+}
+
 TEST_F(HeaderEditor, GrowthKeepsTheValuesAndShowsTheNewColumns)
 {
     open();
@@ -107,19 +120,22 @@ TEST_F(HeaderEditor, GrowthKeepsTheValuesAndShowsTheNewColumns)
 TEST_F(HeaderEditor, BadNumbersDisableOkAndAZeroSampleTimeIsTold)
 {
     open();
-    for (const auto& [index, text] : {std::pair(kSamples, "x"), std::pair(kColumns, "1,5"),
-                                      std::pair(kStartTime, "-1"), std::pair(kSamples, "900000000")}) {
+    for (const auto& [index, text] :
+         {std::pair(kSamples, "x"), std::pair(kColumns, "1,5"), std::pair(kStartTime, "-1"),
+          std::pair(kStartTime, "1e39"), std::pair(kSamples, "900000000")}) {
         const QString before = field(index).text();
         field(index).setText(QLatin1String(text));
         EXPECT_FALSE(ok().isEnabled()) << text;
         field(index).setText(before);
         EXPECT_TRUE(ok().isEnabled()) << text;
     }
-    field(kSampleTime).setText(QStringLiteral("0"));
-    const BoxAnswer told(QStringLiteral("Ok"));
-    ok().click();
-    EXPECT_EQ(told.title(), "Ts sample time error");
-    EXPECT_EQ(told.text(), "A sample time of 0 is illegal.\n Modify the field and select OK.");
+    for (const char* const text : {"0", "-0.5", "1e-60"}) {
+        field(kSampleTime).setText(QLatin1String(text));
+        const BoxAnswer told(QStringLiteral("Ok"));
+        ok().click();
+        EXPECT_EQ(told.title(), "Ts sample time error") << text;
+        EXPECT_EQ(told.text(), "A sample time of 0 is illegal.\n Modify the field and select OK.");
+    }
     EXPECT_EQ(TSFILE("a", true).dt(), 0.5F);
 }
 

@@ -192,6 +192,7 @@ Column_Tab::Column_Tab(int columns, QWidget* parent)
     m_table->setAccessibleName(QStringLiteral("Names and descriptions of the columns"));
     m_table->setWhatsThis(QStringLiteral("A name has at most 11 characters, a description 45."));
     m_note->setWordWrap(true);
+    m_note->setTextFormat(Qt::PlainText);
     m_note->hide();
     auto* const layout = new QVBoxLayout(this);
     layout->addWidget(m_table);
@@ -267,6 +268,7 @@ CreateTsWin::CreateTsWin(QWidget* parent) : SubWindow(parent), m_line(new QLabel
     tabs->addTab(m_basics, QStringLiteral("Basics"));
     tabs->addTab(m_columns, QStringLiteral("Columns"));
     m_line->setWordWrap(true);
+    m_line->setTextFormat(Qt::PlainText);
 
     auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, central);
     m_ok = buttons->button(QDialogButtonBox::Ok);

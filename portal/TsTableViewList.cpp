@@ -390,6 +390,7 @@ void TsTableView::sl_writeSelected()
 
 void TsTableView::sl_reload()
 {
+    noteFileTime();
     std::unique_ptr<TSFILE> file;
     try {
         file = openTsFile(m_path.toLocal8Bit().toStdString(), true);
@@ -397,7 +398,6 @@ void TsTableView::sl_reload()
         statusBar()->showMessage(QStringLiteral("%1 cannot be opened any more.").arg(m_name), kMessageMs);
         return;
     }
-    noteFileTime();
     m_statistics->stop();
     m_view->detach();
     m_model->setFile(file.release());

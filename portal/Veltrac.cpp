@@ -49,6 +49,7 @@ VeltracWin::VeltracWin(QWidget* parent) : QMainWindow(parent)
     // A long path is cut at the window's edge instead of widening the window.
     m_status->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     m_status->setIndent(6);
+    m_status->setTextFormat(Qt::PlainText);
     statusBar()->addWidget(m_status, 1);
     connect(this, &VeltracWin::x_new_plotdir, this, &VeltracWin::sl_set_plotdir);
     resize(fontMetrics().averageCharWidth() * 140, fontMetrics().height() * 42);

@@ -52,7 +52,9 @@ FindBar::FindBar(QWidget* parent)
     m_number->setToolTip(
         QStringLiteral("A number with four decimals finds every value that the table shows so; any other\n"
                        "number finds the values that are exactly equal."));
-    m_number->setMaximumWidth(fontMetrics().horizontalAdvance(QLatin1Char('0')) * 18);
+    const int digit = fontMetrics().horizontalAdvance(QLatin1Char('0'));
+    m_number->setMinimumWidth(digit * 12);
+    m_number->setMaximumWidth(digit * 18);
     m_number->setReasonLabel(m_reason);
     m_next->setToolTip(QStringLiteral("The next one down the column (F3)"));
     m_previous->setToolTip(QStringLiteral("The next one up the column (Shift+F3)"));

@@ -88,7 +88,7 @@ void SampleView::showAll()
     detach();
     if (m_model->rowCount() > RowWindow::kRows)
         m_window = std::make_unique<RowWindow>(m_model);
-    show(m_window ? static_cast<QAbstractItemModel*>(m_window.get()) : m_model);
+    showModel(m_window ? static_cast<QAbstractItemModel*>(m_window.get()) : m_model);
     goToSample(sample, m_currentColumn);
 }
 
@@ -96,11 +96,11 @@ void SampleView::showSorted(std::vector<std::uint32_t> samples)
 {
     detach();
     m_sorted = std::make_unique<SortedRows>(m_model, std::move(samples));
-    show(m_sorted.get());
+    showModel(m_sorted.get());
     goTo(0, m_currentColumn);
 }
 
-void SampleView::show(QAbstractItemModel* model)
+void SampleView::showModel(QAbstractItemModel* model)
 {
     m_selection.clear();
     replaceModel(model);

@@ -94,7 +94,7 @@ protected:
     void keyboardSearch(const QString& text) override;
 
 private:
-    void show(QAbstractItemModel* model);
+    void showModel(QAbstractItemModel* model);
     void replaceModel(QAbstractItemModel* model);
     int offset() const;
     int visibleRows() const;

@@ -116,7 +116,7 @@ void VeltracWin::showFiles()
     const QString path = QDir::currentPath();
     m_status->setText(QStringLiteral("Current working directory: %1 with %2 off ts-files.")
                           .arg(path, QString::number(m_files.size())));
-    m_status->setToolTip(path);
+    m_status->setToolTip(path.toHtmlEscaped());
     m_status->show();
 }
 

@@ -279,6 +279,7 @@ CreateTsWin::CreateTsWin(QWidget* parent) : SubWindow(parent), m_line(new QLabel
     auto* const tabs = new QTabWidget(central);
     m_basics = new Basic_Tab(tabs);
     m_columns = new Column_Tab(static_cast<int>(m_basics->columns()), tabs);
+    tabs->setAccessibleName(QStringLiteral("The new file"));
     tabs->addTab(m_basics, QStringLiteral("Basics"));
     tabs->addTab(m_columns, QStringLiteral("Columns"));
     m_line->setWordWrap(true);

@@ -1,5 +1,6 @@
 #include "portal/EditHeaderWin.h"
 
+#include <QApplication>
 #include <QDir>
 #include <QEvent>
 #include <QFileInfo>
@@ -117,13 +118,17 @@ QWidget* EditHeaderWin::createButtons()
     auto* const rowHeight = new QSpinBox(buttons);
     rowHeight->setRange(kLeastRowHeight, kMostRowHeight);
     rowHeight->setValue(kDefaultRowHeight);
-    rowHeight->setAccessibleName(QStringLiteral("Rowheight:"));
+    rowHeight->setValue(kDefaultRowHeight);
+    rowHeight->setAccessibleName(QStringLiteral("Row height in pixels"));
+    rowHeight->setToolTip(QStringLiteral("The height of the table's rows, in pixels."));
     auto* const label = new QLabel(QStringLiteral("Row&height:"), buttons);
     label->setBuddy(rowHeight);
     m_ok = new QPushButton(QIcon(QStringLiteral(":/img_Ok")), QStringLiteral("&OK"), buttons);
     m_ok->setDefault(true);
+    m_ok->setToolTip(QStringLiteral("Write what was changed into the file and close."));
     auto* const cancel =
         new QPushButton(QIcon(QStringLiteral(":/img_Cancel")), QStringLiteral("&Cancel"), buttons);
+    cancel->setToolTip(QStringLiteral("Close (Esc). What the table has saved and a new size stay."));
     // As the button's own shortcut, Escape would take the place of its mnemonic.
     connect(new QShortcut(Qt::Key_Escape, this), &QShortcut::activated, this, &QWidget::close);
 
@@ -466,5 +471,8 @@ void EditHeaderWin::say(const QString& text)
 
 void EditHeaderWin::warn(const QString& title, const QString& text)
 {
-    showBox(QMessageBox::Warning, this, title, text);
+    // A column without a name is told while the window is being built: there the box stands over the other
+    // window.
+    QWidget* const parent = isVisible() ? this : QApplication::activeWindow();
+    showBox(QMessageBox::Warning, parent, title, text);
 }

@@ -37,6 +37,10 @@ constexpr int kLongestName = 60;
 FileTable::FileTable(QWidget* parent) : QTableWidget(0, static_cast<int>(kHeaders.size()), parent)
 {
     setAccessibleName(QStringLiteral("Ts-files of the working directory"));
+    setWhatsThis(
+        QStringLiteral("A row for each ts-file of the working directory. A click or the arrow keys "
+                       "select one, a double click lists its values, the right button or the menu "
+                       "key shows what can be done with it."));
     setSelectionBehavior(QAbstractItemView::SelectRows);
     setSelectionMode(QAbstractItemView::SingleSelection);
     setEditTriggers(QAbstractItemView::NoEditTriggers);

@@ -48,6 +48,9 @@ SampleView::SampleView(TsTableModel* model, QWidget* parent)
 {
     setObjectName(QStringLiteral("samples"));
     setAccessibleName(QStringLiteral("Samples"));
+    setWhatsThis(
+        QStringLiteral("A row for each sample, a column for each column of the file. Ctrl+G goes to "
+                       "a sample, a time or a share of the file, Ctrl+F finds a value."));
     setShowGrid(false);
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);

@@ -353,6 +353,8 @@ QString TsTableView::timeText(std::uint32_t sample) const
     try {
         TSFILE& file = m_model->file();
         const double elapsed = elapsedTime(file, sample);
+        if (!std::isfinite(elapsed))
+            return QStringLiteral("time unknown");
         const QString unit = bareTimeUnit(headerText(file.timeUnit()));
         QString text = elapsedText(elapsed, file) + QLatin1Char(' ') + unit;
         if (file.startSeconds() != 0) {

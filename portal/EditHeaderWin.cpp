@@ -118,7 +118,6 @@ QWidget* EditHeaderWin::createButtons()
     auto* const rowHeight = new QSpinBox(buttons);
     rowHeight->setRange(kLeastRowHeight, kMostRowHeight);
     rowHeight->setValue(kDefaultRowHeight);
-    rowHeight->setValue(kDefaultRowHeight);
     rowHeight->setAccessibleName(QStringLiteral("Row height in pixels"));
     rowHeight->setToolTip(QStringLiteral("The height of the table's rows, in pixels."));
     auto* const label = new QLabel(QStringLiteral("Row&height:"), buttons);

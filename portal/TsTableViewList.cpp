@@ -48,12 +48,14 @@ void TsTableView::sl_rowHeight(int pixels)
 
 void TsTableView::sl_showGrid()
 {
-    m_view->setShowGrid(m_actions[kGrid]->isChecked());
+    m_view->setShowGrid(!m_view->showGrid());
+    m_actions[kGrid]->setChecked(m_view->showGrid());
 }
 
 void TsTableView::sl_altCol()
 {
-    m_view->setAlternatingRowColors(m_actions[kAltColours]->isChecked());
+    m_view->setAlternatingRowColors(!m_view->alternatingRowColors());
+    m_actions[kAltColours]->setChecked(m_view->alternatingRowColors());
 }
 
 void TsTableView::sl_finished()

@@ -2,13 +2,13 @@
 
 #include <QFileDialog>
 #include <QFileInfo>
-#include <QMessageBox>
 #include <QPrintDialog>
 #include <QPrinter>
 
 #include <system_error>
 
 #include "core/ScratchFile.h"
+#include "share/Boxes.h"
 #include "share/HardCopy.h"
 #include "share/PlotPainter.h"
 #include "share/QtDriver.h"
@@ -68,9 +68,9 @@ QString savePicture(QWidget* window, const QString& name, const QImage& image)
         scratch.putInPlace(target);
         return file;
     } catch (const std::system_error& e) {
-        QMessageBox::warning(window, QStringLiteral("Veltrac"),
-                             QObject::tr("%1 cannot be written: %2")
-                                 .arg(file, QString::fromLocal8Bit(e.code().message().c_str())));
+        showBox(QMessageBox::Warning, window, QObject::tr("Save picture"),
+                QObject::tr("%1 cannot be written: %2")
+                    .arg(file, QString::fromLocal8Bit(e.code().message().c_str())));
         return {};
     }
 }

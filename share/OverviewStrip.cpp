@@ -104,7 +104,7 @@ void OverviewStrip::drawPicture()
         if (whole.groups()[g].hasVisible())
             lanes.push_back(g);
     QPainter painter(&m_picture);
-    for (const Curve& curve : curvesOf(whole, area.width(), area.width())) {
+    for (const Curve& curve : curvesOf(whole, m_picture.width(), m_picture.width())) {
         const auto lane = std::find(lanes.begin(), lanes.end(), curve.group);
         if (lane == lanes.end())
             continue;

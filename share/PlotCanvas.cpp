@@ -228,7 +228,9 @@ void PlotCanvas::drawPicture()
         return;
     QtDriver driver(&m_picture);
     driver.BeginPage(0);
-    m_layout = drawPlot(m_plot, driver, size.width(), screenLook());
+    PlotLook look = screenLook();
+    look.markerGap = static_cast<int>(std::lround(look.markerGap * ratio));
+    m_layout = drawPlot(m_plot, driver, m_picture.width(), look);
     driver.EndPage();
 }
 
@@ -238,7 +240,8 @@ void PlotCanvas::paintEvent(QPaintEvent* event)
     QString failure = m_text;
     // An exception must not travel through Qt.
     try {
-        if (m_stale)
+        // The window may have moved to a screen of another density.
+        if (m_stale || m_picture.devicePixelRatio() != devicePixelRatioF())
             drawPicture();
     } catch (const std::exception& e) {
         failure = tr("The plot cannot be drawn: %1").arg(QString::fromLocal8Bit(e.what()));

@@ -88,7 +88,9 @@ bool printPlot(QWidget* window, const Plot2D& plot, const std::vector<QColor>& c
     look.colors = plotColors(colors);
     QtDriver driver(&printer);
     driver.BeginPage(0);
-    // Widths and glyphs count in pixels of the screen, of which the page has several.
+    // The driver reckons with the screen's 75 dots per inch.
+    look.widthFactor = kDotsPerInch / 75.0F;
+    // Glyphs count in pixels of the screen, of which the page has several.
     look.markerGap *= static_cast<int>(driver.characterUnit() / 11 + 1);
     drawPlot(plot, driver, driver.deviceRectangle().width(), look);
     driver.EndPage();

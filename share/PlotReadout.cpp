@@ -38,7 +38,9 @@ std::optional<int> decimalsOf(const Plot2D& plot)
     }
     if (!(step > 0.0))
         return std::nullopt;
-    return std::clamp(2 - static_cast<int>(std::floor(std::log10(step))), 0, kMostDecimals);
+    // A step of 0.01 is a little less as a float.
+    constexpr double kFloatSlack = 1e-6;
+    return std::clamp(2 - static_cast<int>(std::floor(std::log10(step) + kFloatSlack)), 0, kMostDecimals);
 }
 
 QString withoutTrailingZeros(QString number)

@@ -88,6 +88,13 @@ bool printPlot(QWidget* window, const Plot2D& plot, const std::vector<QColor>& c
     look.colors = plotColors(colors);
     QtDriver driver(&printer);
     driver.BeginPage(0);
+    if (!driver.isPainting()) {
+        const QString file = printer.outputFileName();
+        showBox(QMessageBox::Warning, window, QObject::tr("Print"),
+                file.isEmpty() ? QObject::tr("The printer cannot be reached.")
+                               : QObject::tr("%1 cannot be written.").arg(file));
+        return false;
+    }
     // The driver reckons with the screen's 75 dots per inch.
     look.widthFactor = kDotsPerInch / 75.0F;
     // Glyphs count in pixels of the screen, of which the page has several.

@@ -55,6 +55,8 @@ public:
     // Pixels of the device, y downwards. Good from BeginPage() on.
     const QRect& deviceRectangle() const noexcept { return m_deviceRectangle; }
     const QRect& viewportRectangle() const noexcept { return m_viewportRectangle; }
+    // Between BeginPage() and EndPage(), unless the device cannot be painted on.
+    bool isPainting() const { return m_painter.isActive(); }
     int characterUnit() const noexcept { return m_characterUnit; }
     int lineUnit() const noexcept { return m_lineUnit; }
 

@@ -4,9 +4,8 @@
 #include <QTextCodec>
 
 #include <clocale>
-#include <exception>
 
-#include "core/TsExceptions.h"
+#include "core/TsExceptionTexts.h"
 #include "portal/Veltrac.h"
 
 namespace {
@@ -20,40 +19,21 @@ void useUnicodeNames()
         QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
 }
 
-// The text of the exception in flight. Its blanks and line breaks have always been these; READONLY_VIOLATION
-// counts as unknown here.
-QString textOfEscapedException()
-{
-    try {
-        throw;
-    } catch (const TS::CREATE_ERROR& e) {
-        return QStringLiteral("Caught a TS::CREATE_ERROR exception on: ") +
-               QString::fromLocal8Bit(e.name.c_str());
-    } catch (const TS::OPEN_ERROR& e) {
-        return QStringLiteral("Caught a TS::OPEN_ERROR exception on: ") +
-               QString::fromLocal8Bit(e.name.c_str());
-    } catch (const TS::NOT_TS_FILE&) {
-        return QStringLiteral("Caught a TS::NOT_TS_FILE exception\n");
-    } catch (const TS::IO_ERROR& e) {
-        return QStringLiteral("Caught a TS::IO_ERROR exception\n Offset =%1 \n nbyt =%2 ")
-            .arg(e.value1)
-            .arg(e.value2);
-    } catch (const TS::NO_TIME_COLUMN&) {
-        return QStringLiteral("Caught a TS::NO_TIME_COLUMN exception\n");
-    } catch (const TS::ILL_SAMPLE&) {
-        return QStringLiteral("Caught a TS::ILL_SAMPLE exception\n");
-    } catch (const TS::ILL_COLUMN& e) {
-        return QStringLiteral("Caught a TS::ILL_COLUMN exception\n Val1 =%1 \n Val2 =%2 ")
-            .arg(e.value1)
-            .arg(e.value2);
-    } catch (const TS::ILL_TIME&) {
-        return QStringLiteral("Caught a TS::ILL_TIME exception\n");
-    } catch (const std::exception& e) {
-        return QString::fromLocal8Bit(e.what());
-    } catch (...) {
-        return QStringLiteral("Caught an unknown exception\n");
-    }
-}
+// The blanks and line breaks have always been these; READONLY_VIOLATION counts as unknown here.
+constexpr TsExceptionTexts kTexts = {
+    .createError = "Caught a TS::CREATE_ERROR exception on: ",
+    .openError = "Caught a TS::OPEN_ERROR exception on: ",
+    .notTsFile = "Caught a TS::NOT_TS_FILE exception\n",
+    .ioError = "Caught a TS::IO_ERROR exception\n Offset =%1 \n nbyt =%2 ",
+    .noTimeColumn = "Caught a TS::NO_TIME_COLUMN exception\n",
+    .illSample = "Caught a TS::ILL_SAMPLE exception\n",
+    .illColumn = "Caught a TS::ILL_COLUMN exception\n Val1 =%1 \n Val2 =%2 ",
+    .illTime = "Caught a TS::ILL_TIME exception\n",
+    .readOnlyOffset = nullptr,
+    .readOnlyName = nullptr,
+    .readOnly = nullptr,
+    .unknown = "Caught an unknown exception\n",
+};
 
 }  // namespace
 
@@ -83,7 +63,7 @@ bool MyApplication::notify(QObject* receiver, QEvent* event)
     } catch (...) {
         // Before the main window stands, and while it goes, there is nobody to tell.
         if (m_errorBox != nullptr)
-            m_errorBox->showMessage(textOfEscapedException());
+            m_errorBox->showMessage(QString::fromLocal8Bit(textOfCurrentException(kTexts).c_str()));
         return false;
     }
 }

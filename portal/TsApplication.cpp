@@ -4,11 +4,8 @@
 #include <QMessageBox>
 
 #include <algorithm>
-#include <cstring>
-#include <exception>
-#include <memory>
 
-#include "core/TsExceptions.h"
+#include "core/TsExceptionTexts.h"
 #include "core/TsNames.h"
 
 namespace {
@@ -26,53 +23,21 @@ bool isNumber(const QString& name)
     });
 }
 
-QString composed(const TS::READONLY_VIOLATION& e)
-{
-    QString text = QStringLiteral("TS::READONLY_VIOLATION exception");
-    if (e.value1 != 0)
-        return text + QStringLiteral(", offset: %1").arg(e.value1);
-    if (!e.name.empty())
-        return text + QStringLiteral(", name: %1").arg(QString::fromLocal8Bit(e.name.c_str()));
-    return text;
-}
-
-// The report of the exception in flight. Three kinds go without "Caught a", as they always have.
-QString textOfCurrentException()
-{
-    try {
-        throw;
-    } catch (const TS::CREATE_ERROR& e) {
-        return QStringLiteral("Caught a TS::CREATE_ERROR exception on: ") +
-               QString::fromLocal8Bit(e.name.c_str());
-    } catch (const TS::OPEN_ERROR& e) {
-        return QStringLiteral("Caught a TS::OPEN_ERROR exception on: ") +
-               QString::fromLocal8Bit(e.name.c_str());
-    } catch (const TS::NOT_TS_FILE&) {
-        return QStringLiteral("Caught a TS::NOT_TS_FILE exception");
-    } catch (const TS::IO_ERROR& e) {
-        return QStringLiteral("Caught a TS::IO_ERROR exception<br> Offset = %1<br> last byte = %2")
-            .arg(e.value1)
-            .arg(e.value2);
-    } catch (const TS::NO_TIME_COLUMN&) {
-        return QStringLiteral("Caught a TS::NO_TIME_COLUMN exception");
-    } catch (const TS::ILL_TIME&) {
-        return QStringLiteral("Caught a TS::ILL_TIME exception");
-    } catch (const TS::ILL_COLUMN& e) {
-        return QStringLiteral("TS::ILL_COLUMN exception<br> Val1 = %1<br> Val2 = %2")
-            .arg(e.value1)
-            .arg(e.value2);
-    } catch (const TS::ILL_SAMPLE& e) {
-        return QStringLiteral("TS::ILL_SAMPLE exception<br> Sample = %1<br> max allowed = %2")
-            .arg(e.value1)
-            .arg(e.value2);
-    } catch (const TS::READONLY_VIOLATION& e) {
-        return composed(e);
-    } catch (const std::exception& e) {
-        return QString::fromLocal8Bit(e.what());
-    } catch (...) {
-        return QStringLiteral("Caught an uspecified exception");
-    }
-}
+// Three kinds go without "Caught a", and the last is spelled so, as they always have been.
+constexpr TsExceptionTexts kTexts = {
+    .createError = "Caught a TS::CREATE_ERROR exception on: ",
+    .openError = "Caught a TS::OPEN_ERROR exception on: ",
+    .notTsFile = "Caught a TS::NOT_TS_FILE exception",
+    .ioError = "Caught a TS::IO_ERROR exception<br> Offset = %1<br> last byte = %2",
+    .noTimeColumn = "Caught a TS::NO_TIME_COLUMN exception",
+    .illSample = "TS::ILL_SAMPLE exception<br> Sample = %1<br> max allowed = %2",
+    .illColumn = "TS::ILL_COLUMN exception<br> Val1 = %1<br> Val2 = %2",
+    .illTime = "Caught a TS::ILL_TIME exception",
+    .readOnlyOffset = "TS::READONLY_VIOLATION exception, offset: %1",
+    .readOnlyName = "TS::READONLY_VIOLATION exception, name: ",
+    .readOnly = "TS::READONLY_VIOLATION exception",
+    .unknown = "Caught an uspecified exception",
+};
 
 // True where the way is free: no old file, or the user gave it up.
 bool clearTheWay(const TsApplication& application, const QString& fileName)
@@ -108,7 +73,7 @@ void TsApplication::ShowTsError(const char* /*text*/) {}
 
 void TsApplication::ReportTsException(const char* where)
 {
-    const QString text = textOfCurrentException();
+    const QString text = QString::fromLocal8Bit(textOfCurrentException(kTexts).c_str());
     if (!text.isEmpty())
         ShowTsMessage(text + QStringLiteral(": ") + QString::fromLatin1(where));
 }

@@ -29,6 +29,7 @@ using Levels = std::vector<double>;
 std::vector<double> frequenciesOf(const FidCascade& sections)
 {
     std::vector<double> frequencies;
+    frequencies.reserve(kSteps + 1 + sections.size());
     for (int i = 0; i <= kSteps; ++i)
         frequencies.push_back(0.5 * i / kSteps);
     for (const FidSection& section : sections) {
@@ -104,6 +105,7 @@ std::vector<std::size_t> greedyOrder(const std::vector<Levels>& levels)
     std::vector<std::size_t> order;
     while (!left.empty()) {
         std::vector<double> losses;
+        losses.reserve(left.size());
         for (const std::size_t i : left)
             losses.push_back(walk.lossAfter(levels[i]));
         const auto best = std::min_element(losses.begin(), losses.end()) - losses.begin();
@@ -143,6 +145,7 @@ std::vector<std::size_t> quietOrder(const FidCascade& sections)
         return best;
     const std::vector<double> frequencies = frequenciesOf(sections);
     std::vector<Levels> levels;
+    levels.reserve(sections.size());
     for (const FidSection& section : sections)
         levels.push_back(levelsOf(section, frequencies));
     double least = lossOf(levels, best) - 1.0;

@@ -1,7 +1,7 @@
 #include "filter/FilterFields.h"
 
 #include <QComboBox>
-#include <QFormLayout>
+#include <QGridLayout>
 #include <QLabel>
 
 #include <algorithm>
@@ -40,31 +40,35 @@ QString spoken(QString label)
 FilterFields::FilterFields(QWidget* parent)
     : QWidget(parent), m_rate(new QLabel(this)), m_types(new QComboBox(this))
 {
-    auto* const form = new QFormLayout(this);
-    form->setContentsMargins(0, 0, 0, 0);
+    // A grid gives the rows of hidden reasons no room, as a form would.
+    auto* const grid = new QGridLayout(this);
+    grid->setContentsMargins(0, 0, 0, 0);
+    const auto addRow = [&](const QString& text, QWidget* widget) {
+        auto* const label = new QLabel(text, this);
+        label->setBuddy(widget);
+        const int row = grid->rowCount();
+        grid->addWidget(label, row, 0);
+        grid->addWidget(widget, row, 1);
+        return label;
+    };
     for (const FilterType& type : filterTypes()) {
         m_types->addItem(QLatin1String(type.entry));
         m_types->setItemData(m_types->count() - 1, QLatin1String(type.toolTip), Qt::ToolTipRole);
     }
     m_types->setMaxVisibleItems(m_types->count());
     m_types->setAccessibleName(QStringLiteral("Filter type"));
-    form->addRow(QStringLiteral("Sampling freq [Hz]:"), m_rate);
-    form->addRow(QStringLiteral("Filter &type:"), m_types);
+    addRow(QStringLiteral("Sampling freq [Hz]:"), m_rate);
+    addRow(QStringLiteral("Filter &type:"), m_types);
     for (const FieldRow& row : kFields) {
         auto* const field = new NumberField(QLatin1String(row.text), this);
-        auto* const label = new QLabel(QLatin1String(row.label), this);
+        QLabel* const label = addRow(QLatin1String(row.label), field);
         auto* const reason = new QLabel(this);
-        label->setBuddy(field);
+        grid->addWidget(reason, grid->rowCount(), 0, 1, 2);
         field->setToolTip(QLatin1String(row.tip));
         field->setWhatsThis(QLatin1String(row.tip));
         field->setAccessibleName(spoken(label->text()));
         field->setReasonLabel(reason);
         reason->setWordWrap(true);
-        auto* const cell = new QVBoxLayout;
-        cell->setSpacing(2);
-        cell->addWidget(field);
-        cell->addWidget(reason);
-        form->addRow(label, cell);
         m_rows.append({row.use, label, field, reason});
         connect(field, &NumberField::x_validated, this, &FilterFields::showReasons);
     }

@@ -4,7 +4,6 @@
 #include <QComboBox>
 #include <QFile>
 #include <QFileInfo>
-#include <QFormLayout>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMenuBar>
@@ -70,19 +69,18 @@ constexpr std::array<ActionRow, 5> kActions = {{
      "Save results to a .ts file"},
 }};
 
-// One column of fields, though they stand in two forms.
+// One column of fields, though they stand in two widgets.
 void alignLabels(const QWidget& panel)
 {
     int widest = 0;
-    const QList<QFormLayout*> forms = panel.findChildren<QFormLayout*>();
-    for (const bool measuring : {true, false}) {
-        for (const QFormLayout* const form : forms) {
-            for (int row = 0; row < form->rowCount(); ++row) {
-                QWidget* const label = form->itemAt(row, QFormLayout::LabelRole)->widget();
-                measuring ? void(widest = std::max(widest, label->sizeHint().width()))
-                          : label->setMinimumWidth(widest);
-            }
-        }
+    const QList<QLabel*> labels = panel.findChildren<QLabel*>();
+    for (const QLabel* const label : labels) {
+        if (label->buddy() != nullptr)
+            widest = std::max(widest, label->sizeHint().width());
+    }
+    for (QLabel* const label : labels) {
+        if (label->buddy() != nullptr)
+            label->setMinimumWidth(widest);
     }
 }
 
@@ -124,9 +122,11 @@ QWidget* FilterWin::createPanel()
     m_fields = new FilterFields(panel);
     m_preview = new PlotCanvas(panel);
     m_preview->setMinimumHeight(kPreviewHeight);
+    m_preview->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Expanding);
     m_preview->setAccessibleName(QStringLiteral("Characteristic of the filter"));
     m_readout = new QLabel(panel);
     m_readout->setTextFormat(Qt::RichText);
+    m_readout->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     m_readout->setAlignment(Qt::AlignTop | Qt::AlignLeft);
     m_readout->setTextInteractionFlags(Qt::TextSelectableByMouse);
     m_readout->setAccessibleName(QStringLiteral("Values under the mouse"));
@@ -137,7 +137,8 @@ QWidget* FilterWin::createPanel()
     layout->addWidget(m_preview, 1);
     layout->addWidget(m_readout);
     alignLabels(*panel);
-    panel->setFixedWidth(kPanelWidth);
+    panel->setMinimumWidth(kPanelWidth);
+    panel->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Preferred);
     return panel;
 }
 

@@ -27,8 +27,7 @@ std::uint64_t reports = 0;
     return source.file->value(position > 0.0 ? source.samples : 1, source.column);
 }
 
-// Out of line, so that samples that are met exactly, the usual case, pass without a stack frame.
-[[gnu::noinline]] double fetchBetween(const FormulaSource& source, double position)
+double between(const FormulaSource& source, double position)
 {
     const auto k = static_cast<std::uint32_t>(static_cast<std::int64_t>(position));
     const double before = source.file->value(k + 1, source.column);
@@ -36,19 +35,33 @@ std::uint64_t reports = 0;
     return before + (after - before) * (position - k);
 }
 
-// The column's value at time t, between its two neighbouring samples.
-double fetch(const FormulaSource& source, float t)
+// Out of line, so that the usual case passes without a stack frame.
+[[gnu::noinline]] double fetchUnexpected(FormulaSource& source, double position, double grain)
+{
+    if (!(position > 0.0 && position < source.lastPosition))
+        return fetchOutside(source, position);
+    auto nearest = static_cast<std::uint32_t>(static_cast<std::int64_t>(position));
+    nearest += position - nearest > 0.5 ? 1 : 0;
+    if (std::fabs(position - nearest) > grain)
+        return between(source, position);
+    source.step = nearest + source.step - source.expected;
+    source.expected = nearest + source.step;
+    return source.file->value(nearest + 1, source.column);
+}
+
+// The column's value at time t, between its two neighbouring samples. Samples are met in steps that stay the
+// same, so that the value can be on its way before t has become a position.
+double fetch(FormulaSource& source, float t)
 {
     const double position = (static_cast<double>(t) - source.start) * source.rate;
-    if (!(position > 0.0 && position < source.lastPosition)) [[unlikely]]
-        return fetchOutside(source, position);
-    auto nearest = static_cast<std::int64_t>(position);
-    nearest += position - static_cast<double>(nearest) > 0.5 ? 1 : 0;
     // A float tells t to half of its last place: a sample within that is meant itself.
     const double grain = std::fabs(static_cast<double>(t)) * source.grain;
-    if (std::fabs(position - static_cast<double>(nearest)) > grain)
-        return fetchBetween(source, position);
-    return source.file->value(static_cast<std::uint32_t>(nearest) + 1, source.column);
+    const std::uint32_t expected = source.expected;
+    // From half a sample on the nearest one is to be found first.
+    if (!(std::fabs(position - expected) <= grain) || grain >= 0.5 || expected >= source.samples) [[unlikely]]
+        return fetchUnexpected(source, position, grain);
+    source.expected = expected + source.step;
+    return source.file->value(expected + 1, source.column);
 }
 
 // -- Evaluators: a function a kind, so that a walk over the tree is a chain of short calls --

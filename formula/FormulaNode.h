@@ -15,6 +15,9 @@ struct FormulaSource
     double rate = 0.0;          // samples per second
     double lastPosition = 0.0;  // of the last sample, in samples behind the first
     double grain = 0.0;         // samples that a float of one second cannot tell apart
+    // Where the next evaluation will most likely look, counted from 0: one step behind the last sample met.
+    std::uint32_t expected = 0;
+    std::uint32_t step = 1;
 };
 
 struct FormulaNode;

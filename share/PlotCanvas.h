@@ -76,8 +76,8 @@ public:
     const Plot2D& plot() const noexcept { return m_plot; }
     FileArray& files() noexcept { return m_files; }
 
-    // Reads the visible variables that are not read yet, with progress, and draws. Returns false after a
-    // cancel. With `fit` the whole series comes into view.
+    // Reads the visible variables that are not read yet, with progress, fits the y axes that fit themselves,
+    // and draws. Returns false after a cancel. With `fit` the whole series comes into view.
     bool refresh(bool fit);
     // Draws anew; nothing is read but what the frame needs.
     void replot();
@@ -186,6 +186,7 @@ protected:
     void leaveEvent(QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void keyReleaseEvent(QKeyEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dropEvent(QDropEvent* event) override;

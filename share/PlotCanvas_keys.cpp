@@ -79,6 +79,13 @@ void PlotCanvas::keyReleaseEvent(QKeyEvent* event)
     QFrame::keyReleaseEvent(event);
 }
 
+void PlotCanvas::focusOutEvent(QFocusEvent* event)
+{
+    // The release of a key that is held now goes elsewhere.
+    m_spaceHeld = false;
+    QFrame::focusOutEvent(event);
+}
+
 // -- The view --
 
 void PlotCanvas::showRange(double x1, double x2, int gesture)

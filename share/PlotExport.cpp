@@ -2,13 +2,13 @@
 
 #include <QFileDialog>
 #include <QFileInfo>
-#include <QMessageBox>
 #include <QPrintDialog>
 #include <QPrinter>
 
 #include <system_error>
 
 #include "core/ScratchFile.h"
+#include "share/Boxes.h"
 #include "share/HardCopy.h"
 #include "share/PlotPainter.h"
 #include "share/QtDriver.h"
@@ -68,9 +68,9 @@ QString savePicture(QWidget* window, const QString& name, const QImage& image)
         scratch.putInPlace(target);
         return file;
     } catch (const std::system_error& e) {
-        QMessageBox::warning(window, QStringLiteral("Veltrac"),
-                             QObject::tr("%1 cannot be written: %2")
-                                 .arg(file, QString::fromLocal8Bit(e.code().message().c_str())));
+        showBox(QMessageBox::Warning, window, QObject::tr("Save picture"),
+                QObject::tr("%1 cannot be written: %2")
+                    .arg(file, QString::fromLocal8Bit(e.code().message().c_str())));
         return {};
     }
 }
@@ -88,7 +88,16 @@ bool printPlot(QWidget* window, const Plot2D& plot, const std::vector<QColor>& c
     look.colors = plotColors(colors);
     QtDriver driver(&printer);
     driver.BeginPage(0);
-    // Widths and glyphs count in pixels of the screen, of which the page has several.
+    if (!driver.isPainting()) {
+        const QString file = printer.outputFileName();
+        showBox(QMessageBox::Warning, window, QObject::tr("Print"),
+                file.isEmpty() ? QObject::tr("The printer cannot be reached.")
+                               : QObject::tr("%1 cannot be written.").arg(file));
+        return false;
+    }
+    // The driver reckons with the screen's 75 dots per inch.
+    look.widthFactor = kDotsPerInch / 75.0F;
+    // Glyphs count in pixels of the screen, of which the page has several.
     look.markerGap *= static_cast<int>(driver.characterUnit() / 11 + 1);
     drawPlot(plot, driver, driver.deviceRectangle().width(), look);
     driver.EndPage();

@@ -269,14 +269,6 @@ void PlotWindow::shownChanged(bool fit)
     }
     if (!m_canvas->refresh(fit))
         tell(tr("The reading was cancelled; F5 reads on."));
-    try {
-        for (Group& g : plot.groups())
-            if (g.mode == YMode::Whole)
-                g.fitY();
-    } catch (const TS::Failure&) {
-        // As above.
-    }
-    m_canvas->replot();
     m_variables->rebuild();
     tellNotices();
 }

@@ -94,8 +94,14 @@ QWidget* EditHeaderWin::createFields()
     connect(&m_fields->columns(), &QLineEdit::textChanged, this, &EditHeaderWin::sl_columnsChanged);
     // A count is applied when its field is left, also by Enter: what that has done is to be seen. Enter in
     // the other fields presses OK.
-    connect(&m_fields->samples(), &QLineEdit::editingFinished, this, &EditHeaderWin::applySamples);
-    connect(&m_fields->columns(), &QLineEdit::editingFinished, this, &EditHeaderWin::applyColumns);
+    connect(&m_fields->samples(), &QLineEdit::editingFinished, this, [this] {
+        if (isLeftForGood())
+            applySamples();
+    });
+    connect(&m_fields->columns(), &QLineEdit::editingFinished, this, [this] {
+        if (isLeftForGood())
+            applyColumns();
+    });
     for (const QLineEdit* const field :
          {&m_fields->description(), &m_fields->timeUnit(), static_cast<QLineEdit*>(&m_fields->sampleTime()),
           static_cast<QLineEdit*>(&m_fields->startTime())})
@@ -125,9 +131,8 @@ QWidget* EditHeaderWin::createButtons()
     m_ok = new QPushButton(QIcon(QStringLiteral(":/img_Ok")), QStringLiteral("&OK"), buttons);
     m_ok->setDefault(true);
     m_ok->setToolTip(QStringLiteral("Write what was changed into the file and close."));
-    auto* const cancel =
-        new QPushButton(QIcon(QStringLiteral(":/img_Cancel")), QStringLiteral("&Cancel"), buttons);
-    cancel->setToolTip(QStringLiteral("Close (Esc). What the table has saved and a new size stay."));
+    m_cancel = new QPushButton(QIcon(QStringLiteral(":/img_Cancel")), QStringLiteral("&Cancel"), buttons);
+    m_cancel->setToolTip(QStringLiteral("Close (Esc). What the table has saved and a new size stay."));
     // As the button's own shortcut, Escape would take the place of its mnemonic.
     connect(new QShortcut(Qt::Key_Escape, this), &QShortcut::activated, this, &QWidget::close);
 
@@ -137,11 +142,11 @@ QWidget* EditHeaderWin::createButtons()
     layout->addWidget(rowHeight);
     layout->addStretch();
     layout->addWidget(m_ok);
-    layout->addWidget(cancel);
+    layout->addWidget(m_cancel);
 
     connect(rowHeight, qOverload<int>(&QSpinBox::valueChanged), this, &EditHeaderWin::sl_rowHeight);
     connect(m_ok, &QPushButton::clicked, this, &EditHeaderWin::sl_finished);
-    connect(cancel, &QPushButton::clicked, this, &QWidget::close);
+    connect(m_cancel, &QPushButton::clicked, this, &QWidget::close);
     return buttons;
 }
 
@@ -306,6 +311,17 @@ void EditHeaderWin::writeCell(int row, int column)
 }
 
 // -- Counts --
+
+bool EditHeaderWin::mayClose()
+{
+    m_isClosing = true;
+    return true;
+}
+
+bool EditHeaderWin::isLeftForGood() const
+{
+    return !m_isClosing && QApplication::focusWidget() != m_cancel;
+}
 
 bool EditHeaderWin::applySamples()
 {

@@ -40,6 +40,7 @@ public slots:
     void sl_subwindowGone(subWindow window);
 
 protected:
+    bool mayClose() override;
     void changeEvent(QEvent* event) override;
 
 private:
@@ -50,6 +51,8 @@ private:
     void takeCounts(TSFILE& file);
     void noteFileTime();
 
+    // The user leaves the field of a count, though not to cancel.
+    bool isLeftForGood() const;
     // True where the file now has the entered count, or has not got it long since.
     bool applySamples();
     bool applyColumns();
@@ -73,6 +76,7 @@ private:
     unsigned m_enteredSamples = 0;
     unsigned m_enteredColumns = 0;
     bool m_isRing = false;
+    bool m_isClosing = false;
     bool m_descriptionChanged = false;
     bool m_timeUnitChanged = false;
     bool m_sampleTimeChanged = false;
@@ -82,4 +86,5 @@ private:
     HeaderFields* m_fields = nullptr;
     ColumnTable* m_table = nullptr;
     QPushButton* m_ok = nullptr;
+    QPushButton* m_cancel = nullptr;
 };

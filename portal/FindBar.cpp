@@ -52,9 +52,7 @@ FindBar::FindBar(QWidget* parent)
     m_number->setToolTip(
         QStringLiteral("A number with four decimals finds every value that the table shows so; any other\n"
                        "number finds the values that are exactly equal."));
-    const int digit = fontMetrics().horizontalAdvance(QLatin1Char('0'));
-    m_number->setMinimumWidth(digit * 12);
-    m_number->setMaximumWidth(digit * 18);
+    m_number->setMaximumWidth(fontMetrics().horizontalAdvance(QLatin1Char('0')) * 18);
     m_number->setReasonLabel(m_reason);
     m_next->setToolTip(QStringLiteral("The next one down the column (F3)"));
     m_previous->setToolTip(QStringLiteral("The next one up the column (Shift+F3)"));
@@ -67,7 +65,7 @@ FindBar::FindBar(QWidget* parent)
     auto* const row = new QHBoxLayout(this);
     row->setContentsMargins(4, 2, 4, 2);
     for (QWidget* const widget : std::initializer_list<QWidget*>{label, m_what, m_number, m_next, m_previous})
-        row->addWidget(widget);
+        row->addWidget(widget, widget == m_number ? 1 : 0);
     row->addWidget(m_reason, 1);
     row->addWidget(closeButton);
 

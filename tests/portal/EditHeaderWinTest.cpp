@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QApplication>
 #include <QPushButton>
 #include <QStatusBar>
 #include <QTableWidget>
@@ -46,13 +47,14 @@ protected:
         field(index).setText(QLatin1String(text));
         QTest::keyClick(&field(index), Qt::Key_Return);
     }
-    QPushButton& ok()
+    QPushButton& button(const char* text)
     {
-        for (QPushButton* const button : m_window->findChildren<QPushButton*>())
-            if (button->text() == QLatin1String("&OK"))
-                return *button;
-        throw std::logic_error("no OK button");
+        for (QPushButton* const one : m_window->findChildren<QPushButton*>())
+            if (one->text() == QLatin1String(text))
+                return *one;
+        throw std::logic_error(text);
     }
+    QPushButton& ok() { return button("&OK"); }
     QTableWidget& table() { return *m_window->findChild<QTableWidget*>(); }
     static std::uint32_t samplesOnDisk() { return TSFILE("a", true).samples(); }
 
@@ -89,6 +91,22 @@ TEST_F(HeaderEditor, RefusedReductionIsRememberedButNothingIsCutUnasked)
         EXPECT_TRUE(yes.wasAsked());
     }
     EXPECT_EQ(samplesOnDisk(), 20U);
+}
+
+TEST_F(HeaderEditor, CancelRebuildsNothing)
+{
+    for (const bool byMouse : {true, false}) {
+        open();
+        QApplication::setActiveWindow(m_window);
+        field(kSamples).setFocus();
+        field(kSamples).setText(QStringLiteral("40"));
+        if (byMouse)
+            button("&Cancel").setFocus();
+        m_window->close();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        m_window = nullptr;
+        EXPECT_EQ(samplesOnDisk(), 30U) << byMouse;
+    }
 }
 
 TEST_F(HeaderEditor, ColumnsThatAnotherWindowHasAddedAreNotCutUnasked)

@@ -2,6 +2,7 @@
 
 #include <QContextMenuEvent>
 #include <QHeaderView>
+#include <QKeyEvent>
 
 #include <algorithm>
 #include <array>
@@ -158,4 +159,13 @@ void FileTable::contextMenuEvent(QContextMenuEvent* event)
         return;
     const QRect cell = visualRect(rows.first());
     emit x_menu_wanted(rows.first().row(), viewport()->mapToGlobal(cell.bottomLeft()));
+}
+
+void FileTable::keyPressEvent(QKeyEvent* event)
+{
+    const bool isEnter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (isEnter && !selectedFile().isEmpty())
+        emit x_entered();
+    else
+        QTableWidget::keyPressEvent(event);
 }

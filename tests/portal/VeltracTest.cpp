@@ -199,6 +199,8 @@ TEST(VeltracTest, mouseAndKeyboardSelectAndADoubleClickLists)
     portal.press(Qt::Key_Down);
     portal.press(Qt::Key_L, Qt::ControlModifier);
     EXPECT_EQ(otherWindows(), QStringList{QStringLiteral("Veltrac, listing b.ts")});
+    QTest::keyClick(&portal.table(), Qt::Key_Return);
+    EXPECT_EQ(otherWindows().count(QStringLiteral("Veltrac, listing b.ts")), 2);
     portal.click(2, true);
     EXPECT_TRUE(otherWindows().contains(QStringLiteral("Veltrac, listing c.ts")));
 

@@ -164,7 +164,11 @@ void FileTable::contextMenuEvent(QContextMenuEvent* event)
 void FileTable::keyPressEvent(QKeyEvent* event)
 {
     const bool isEnter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
-    if (isEnter && !selectedFile().isEmpty())
+    const bool isArrow = event->key() == Qt::Key_Up || event->key() == Qt::Key_Down;
+    // The row that has the focus at first is not selected: the first arrow selects it, be it the only one.
+    if (isArrow && selectedFile().isEmpty() && currentRow() >= 0)
+        selectRow(currentRow());
+    else if (isEnter && !selectedFile().isEmpty())
         emit x_entered();
     else
         QTableWidget::keyPressEvent(event);

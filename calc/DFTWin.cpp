@@ -122,10 +122,13 @@ void DFTWin::sl_help()
 void DFTWin::showSource()
 {
     const QString name = source()->file();
-    const bool anew = name != m_shownFile;
-    m_shownFile = name;
+    const QString path = QFileInfo(name).absoluteFilePath();
+    const bool anew = path != m_shownFile;
+    m_shownFile = path;
     if (name.isEmpty()) {
-        m_fields->refuseSource(QStringLiteral("There is no ts-file in this directory."));
+        m_fields->refuseSource(source()->files()->count() == 0
+                                   ? QStringLiteral("There is no ts-file in this directory.")
+                                   : QStringLiteral("Choose a source file."));
         return;
     }
     if (source()->column() == 0) {

@@ -112,7 +112,7 @@ bool STLObject::isChosen(std::uint64_t row) const
 {
     const std::uint64_t first = std::max<std::uint64_t>(m_format.fromRow, 1);
     return row >= first && (m_format.toRow == 0 || row <= m_format.toRow) &&
-           (row - first) % std::max(m_format.everyNth, 1U) == 0;
+           (m_format.everyNth <= 1 || (row - first) % m_format.everyNth == 0);
 }
 
 JobOutcome STLObject::readThrough(const Progress& progress, bool& wrongOrder)
@@ -301,7 +301,9 @@ JobOutcome STLObject::write(TSFILE& target, const Progress& progress)
     if (stateOfFile() != m_readState)
         throw changed;
     writeHeader(target);
-    STLRows rows(m_file, m_format, STLPass::Write);
+    // Where every line is a row, and its time is not written, the times have been read for good.
+    const bool timesWanted = m_found.skippedLines != 0 || m_found.resampled || m_found.timeColumns != 0;
+    STLRows rows(m_file, m_format, timesWanted ? STLPass::Write : STLPass::WriteValues);
     STLWriter writer(target, m_format, m_found);
     STLLooks looks(progress);
     const double step = m_found.typicalStep;

@@ -98,7 +98,7 @@ bool STLRows::readCells()
 
 bool STLRows::readTime()
 {
-    if (m_format.timeSource == STLTimeSource::Typed)
+    if (m_format.timeSource == STLTimeSource::Typed || m_pass == STLPass::WriteValues)
         return true;
     m_unreadable = m_format.timeColumn;
     const std::optional<double> seconds = rowSeconds();

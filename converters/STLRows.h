@@ -11,8 +11,8 @@
 #include "converters/STLFormat.h"
 #include "core/LineReader.h"
 
-// The first pass only asks whether cells are numbers, the second one wants the numbers.
-enum class STLPass { Check, Write };
+// The first pass only asks whether cells are numbers, the second one wants the numbers, and perhaps no times.
+enum class STLPass { Check, Write, WriteValues };
 
 enum class STLProblem { NotANumber, TooFewCells, TooManyCells, UnreadableStamp, LineTooLong };
 

@@ -2,9 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cstdint>
-#include <cstring>
 
 #include "converters/TimeStamps.h"
 #include "core/TextNumbers.h"
@@ -20,7 +18,7 @@ bool isBlank(char c)
 
 bool isDigit(char c)
 {
-    return c >= '0' && c <= '9';
+    return static_cast<unsigned char>(c - '0') < 10;
 }
 
 std::string_view withoutTail(std::string_view cell)
@@ -64,86 +62,39 @@ void splitAtBlanks(std::string_view line, std::vector<std::string_view>& out)
     }
 }
 
-constexpr std::uint64_t kOnes = 0x0101010101010101U;
-
-// The high bit of the first byte that is `wanted`, perhaps of later ones too; 0 where none is (Warren,
-// "Hacker's Delight", section 6-1).
-std::uint64_t firstOf(std::uint64_t word, char wanted)
-{
-    word ^= kOnes * static_cast<unsigned char>(wanted);
-    return (word - kOnes) & ~word & kOnes << 7;
-}
-
-// The next `wanted`. Cells are a few bytes long, eight of which are looked at in one word.
-const char* findSign(const char* p, const char* end, char wanted)
-{
-    if constexpr (std::endian::native == std::endian::little) {
-        for (; end - p >= 8; p += 8) {
-            std::uint64_t word = 0;
-            std::memcpy(&word, p, 8);
-            if (const std::uint64_t found = firstOf(word, wanted))
-                return p + std::countr_zero(found) / 8;
-        }
-    }
-    return std::find(p, end, wanted);
-}
-
-// Up to eight bytes of text in a word, the first one lowest.
-std::uint64_t wordOf(const char* p, std::size_t size)
-{
-    if (size < 4) {
-        const auto at = [p](std::size_t i) {
-            return std::uint64_t{static_cast<unsigned char>(p[i])} << 8 * i;
-        };
-        return at(0) | at(size / 2) | at(size - 1);
-    }
-    std::uint32_t head = 0;
-    std::uint32_t tail = 0;
-    std::memcpy(&head, p, 4);
-    std::memcpy(&tail, p + size - 4, 4);
-    return head | std::uint64_t{tail} << 8 * (size - 4);
-}
-
-// Eight digits in a word, the first one lowest, and how many of them stand behind the decimal sign.
+// Digits and how many of them stand behind the decimal sign.
 struct PlainNumber
 {
     std::uint64_t digits;
     std::size_t places;
 };
 
-// What nearly all numbers are: up to eight digits, perhaps with a decimal sign. Found without a branch that
-// depends on the digits: numbers of changing length are what a processor cannot foresee.
+// What nearly all numbers are: up to 15 digits, perhaps with a decimal sign. So many are exact in a double,
+// and so is the power of ten: one division rounds once.
 std::optional<PlainNumber> plainNumber(std::string_view text, char decimal)
 {
-    if (std::endian::native != std::endian::little || text.size() > 8)
+    if (text.size() > 15)
         return std::nullopt;
-    std::uint64_t word = wordOf(text.data(), text.size());
-    std::size_t count = text.size();
-    std::size_t places = 0;
-    if (const std::uint64_t sign = firstOf(word, decimal) & ((std::uint64_t{2} << (8 * count - 1)) - 1)) {
-        const int at = std::countr_zero(sign) & ~7;
-        const std::uint64_t before = (std::uint64_t{1} << at) - 1;
-        word = (word & before) | (word >> 8 & ~before);
-        places = --count - static_cast<std::size_t>(at) / 8;
-    }
-    if (count == 0)
+    PlainNumber number{0, 0};
+    const char* const end = text.data() + text.size();
+    const char* p = text.data();
+    for (; p != end && isDigit(*p); ++p)
+        number.digits = number.digits * 10 + static_cast<unsigned char>(*p - '0');
+    if (p == end)
+        return number;
+    if (*p++ != decimal)
         return std::nullopt;
-    // Zeros before the first digit.
-    word = (word ^ kOnes * '0') << 8 * (8 - count);
-    if (((word + kOnes * 0x76) | word) & kOnes << 7)
-        return std::nullopt;
-    return PlainNumber{word, places};
+    number.places = static_cast<std::size_t>(end - p);
+    for (; p != end && isDigit(*p); ++p)
+        number.digits = number.digits * 10 + static_cast<unsigned char>(*p - '0');
+    return p == end && text.size() > 1 ? std::optional(number) : std::nullopt;
 }
 
-// Digits are added up in pairs, pairs in fours, fours in eights; one division rounds once.
 double valueOf(const PlainNumber& number)
 {
-    static constexpr std::array<double, 9> kTens = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8};
-    const std::uint64_t pairs = number.digits * 10 + (number.digits >> 8);
-    const std::uint64_t eights = ((pairs & 0x000000FF000000FFU) * 0x000F424000000064U +
-                                  (pairs >> 16 & 0x000000FF000000FFU) * 0x0000271000000001U) >>
-                                 32;
-    return static_cast<double>(eights) / kTens[number.places];
+    static constexpr std::array<double, 16> kTens = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                                     1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+    return static_cast<double>(number.digits) / kTens[number.places];
 }
 
 // The text behind a number's own sign; empty where no number begins so.
@@ -221,7 +172,7 @@ std::size_t splitCells(std::string_view line, char separator, std::vector<std::s
             put(unquoted({from, static_cast<std::size_t>(stop - from)}));
             from = stop;
         } else {
-            const char* const stop = findSign(from, end, separator);
+            const char* const stop = std::find(from, end, separator);
             put(withoutTail({from, static_cast<std::size_t>(stop - from)}));
             from = stop;
         }

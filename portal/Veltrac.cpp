@@ -227,7 +227,9 @@ void VeltracWin::sl_subwindowGone(subWindow window)
 
 bool VeltracWin::exportInterval(const QString& file, std::uint32_t first, std::uint32_t last)
 {
-    const TsaOutcome outcome = exportTsaInterval(this, file, first, last);
+    // The dialogs stand over the window that asks, and leave it in front.
+    QWidget* const asking = QApplication::activeWindow();
+    const TsaOutcome outcome = exportTsaInterval(asking != nullptr ? asking : this, file, first, last);
     say(outcome.status);
     return outcome.done;
 }

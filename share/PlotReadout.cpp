@@ -59,7 +59,12 @@ QString numberText(const Plot2D& plot, double x)
     const std::optional<int> decimals = decimalsOf(plot);
     if (!decimals || std::abs(x) >= 1e15)
         return QString::number(x, 'g', kTimeDigits);
-    const QString text = withoutTrailingZeros(QString::number(x, 'f', *decimals));
+    // Behind its seventh digit a multiple of a 32-bit dt is noise: 300 s and not 300.00001 s. Neighbours are
+    // told apart all the same.
+    const int told =
+        x == 0.0 ? *decimals : kFloatDigits - 1 - static_cast<int>(std::floor(std::log10(std::abs(x))));
+    const int used = std::clamp(told, std::max(0, *decimals - 2), *decimals);
+    const QString text = withoutTrailingZeros(QString::number(x, 'f', used));
     return text == QLatin1String("-0") ? QStringLiteral("0") : text;
 }
 

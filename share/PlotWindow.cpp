@@ -90,9 +90,9 @@ void PlotWindow::createMenus()
                                         tr("Add the columns of a file.")));
     m_fileMenu->addSeparator();
     m_fileMenu->addAction(new HydAction(QStringLiteral("SaveTS"), QKeySequence(), this,
-                                        SLOT(sl_saveInterval()), tr("Save interval as &ts-file…"),
+                                        SLOT(sl_saveInterval()), tr("Save &interval as ts-file…"),
                                         tr("Save the samples between the cursors, else those in view.")));
-    m_fileMenu->addAction(tr("Save interval as ts&a…"), this, &PlotWindow::sl_exportInterval);
+    m_fileMenu->addAction(tr("Save interval as &tsa…"), this, &PlotWindow::sl_exportInterval);
     m_fileMenu->addSeparator();
 
     m_viewMenu = menuBar()->addMenu(tr("&View"));
@@ -120,7 +120,7 @@ void PlotWindow::createMenus()
     m_canvas->fillOutputMenu(*m_fileMenu);
     ownControlKeys(*m_fileMenu);
     m_fileMenu->addSeparator();
-    m_fileMenu->addAction(tr("&Close"), this, &QWidget::close, QKeySequence(QStringLiteral("Ctrl+W")));
+    m_fileMenu->addAction(tr("C&lose"), this, &QWidget::close, QKeySequence(QStringLiteral("Ctrl+W")));
 
     QMenu* const help = menuBar()->addMenu(tr("&Help"));
     help->addAction(new HydAction(QStringLiteral("Help"), QKeySequence(Qt::Key_F1), this, SLOT(sl_help()),

@@ -94,6 +94,13 @@ QString valueText(double value)
     return QString::number(value, 'g', kFloatDigits);
 }
 
+QString valueWithUnit(const HsVariable& variable, double value)
+{
+    const QString unit = QString::fromStdString(variable.variable().unit);
+    return std::isnan(value) || unit.isEmpty() ? valueText(value)
+                                               : valueText(value) + QLatin1Char(' ') + unit;
+}
+
 QString xUnit(const Plot2D& plot)
 {
     const std::string_view unit = unitIn(plot.xTitle);
@@ -161,9 +168,7 @@ Readout readoutAt(const Plot2D& plot, double x)
     }
     for (const auto& v : plot.variables())
         if (v->variable().visible)
-            rows.append({label(*v), (valueText(valueAt(plot, *v, at)) + QLatin1Char(' ') +
-                                     QString::fromStdString(v->variable().unit))
-                                        .trimmed()});
+            rows.append({label(*v), valueWithUnit(*v, valueAt(plot, *v, at))});
     return rows;
 }
 

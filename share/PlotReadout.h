@@ -9,6 +9,8 @@
 
 // A value with as many digits as a 32-bit float holds; "missing" for a NaN.
 QString valueText(double value);
+// The same with the variable's unit, which a missing value has not.
+QString valueWithUnit(const HsVariable& variable, double value);
 // x as the axis tells it: "sample 12", "12.345 s" or "2024-05-17 13:45:30.250".
 QString xText(const Plot2D& plot, double x);
 // A distance on the x axis, and its inverse: "0.8 s", "1.25 Hz"; samples have no inverse.

@@ -7,6 +7,7 @@
 #include <QDateTimeEdit>
 #include <QInputDialog>
 #include <QLineEdit>
+#include <QMenuBar>
 #include <QPointer>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -319,6 +320,20 @@ TEST(PlotWindow, showsEightColumnsAndFollowsTheCheckBoxes)
     QObject::connect(window, &SubWindow::windowGone, [&] { ++gone; });
     window->close();
     EXPECT_EQ(gone, 1);
+}
+
+TEST(PlotWindow, lettersAreTheMenusWhileTheyHaveTheFocus)
+{
+    const TestDirectory directory;
+    makeFile("test.ts");
+    QtPlotWin window(QStringLiteral("test.ts"));
+    window.show();
+    QApplication::setActiveWindow(&window);
+    window.menuBar()->setFocus();
+    for (const Qt::Key key : {Qt::Key_A, Qt::Key_M, Qt::Key_Plus, Qt::Key_Right})
+        QTest::keyClick(window.menuBar(), key);
+    EXPECT_FALSE(window.canvas()->plot().cursor(Plot2D::A));
+    EXPECT_FALSE(window.canvas()->plot().canGoBack());
 }
 
 TEST(PlotWindow, changedFileIsToldAndLoadedAgain)

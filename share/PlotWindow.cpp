@@ -345,6 +345,8 @@ void PlotWindow::sl_checkFiles()
 void PlotWindow::reloadChanged()
 {
     FileArray& files = m_canvas->files();
+    // Who sees all of a file that grows wants to see what has come.
+    const bool sawAll = showsAll();
     for (std::size_t i = 0; i < files.size(); ++i) {
         const auto file = files.file(i);
         if (!files.changedOnDisk(i))
@@ -366,8 +368,21 @@ void PlotWindow::reloadChanged()
     m_changed->hide();
     m_toldChange.clear();
     shownChanged(false);
-    // The data may end elsewhere now.
-    m_canvas->showRange(m_canvas->plot().x1(), m_canvas->plot().x2(), 0);
+    if (sawAll || showsAll())
+        m_canvas->sl_fitAll();
+    else  // the data may end elsewhere now
+        m_canvas->showRange(m_canvas->plot().x1(), m_canvas->plot().x2(), 0);
+}
+
+bool PlotWindow::showsAll() const
+{
+    const Plot2D& plot = m_canvas->plot();
+    try {
+        const Plot2D::Extent all = plot.extent();
+        return plot.x1() <= all.x1 && plot.x2() >= all.x2;
+    } catch (const TS::Failure&) {
+        return false;
+    }
 }
 
 void PlotWindow::tellNotices()

@@ -32,10 +32,6 @@ std::uint32_t paddedLength(std::uint32_t m);
 
 SpectrumPlan planSpectrum(const SpectrumRequest& request);
 
-const char* spectrumWindowName(SpectrumWindow window);
-// Sample i of a window of m samples.
-double windowSample(SpectrumWindow window, std::uint32_t i, std::uint32_t m);
-
 // Computes the spectrum and writes it into `target`: plan.bins samples of three columns, "Freq" in Hz, the
 // result, and the phase in degrees (or "Re" and "Im"); averages have two columns. Holds four arrays of
 // plan.length doubles and no more. `mean` gets the mean of the samples that took part.

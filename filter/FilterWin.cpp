@@ -4,7 +4,6 @@
 #include <QComboBox>
 #include <QFile>
 #include <QFileInfo>
-#include <QFormLayout>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMenuBar>
@@ -18,7 +17,9 @@
 
 #include "core/TsExceptions.h"
 #include "core/TsNames.h"
+#include "filter/CharacteristicPlot.h"
 #include "filter/FilterCharWin.h"
+#include "filter/FilterFields.h"
 #include "filter/FilterRun.h"
 #include "portal/TsApplication.h"
 #include "share/Boxes.h"
@@ -33,11 +34,15 @@
 namespace {
 
 const QString kTitle = QStringLiteral("Ts-Filt");
+const QString kNoSource = QStringLiteral("No source file available");
+const QString kNoPlot = QStringLiteral("Frequency plot of the moving average filter is not available.");
 constexpr int kNoSourceMs = 6000;
 constexpr int kFilteringMs = 60000;
 constexpr int kFinishedMs = 5000;
 constexpr int kPanelWidth = 330;
-constexpr double kMostPoints = 4294967295.0;
+constexpr int kPreviewHeight = 150;
+constexpr int kReadoutLines = 4;  // sample, time, input, output
+constexpr double kWorthAskingSeconds = 5.0;
 constexpr int kFirstType = 5;  // a Butterworth low-pass is what most come for
 
 struct ActionRow
@@ -64,6 +69,21 @@ constexpr std::array<ActionRow, 5> kActions = {{
      "Save results to a .ts file"},
 }};
 
+// One column of fields, though they stand in two widgets.
+void alignLabels(const QWidget& panel)
+{
+    int widest = 0;
+    const QList<QLabel*> labels = panel.findChildren<QLabel*>();
+    for (const QLabel* const label : labels) {
+        if (label->buddy() != nullptr)
+            widest = std::max(widest, label->sizeHint().width());
+    }
+    for (QLabel* const label : labels) {
+        if (label->buddy() != nullptr)
+            label->setMinimumWidth(widest);
+    }
+}
+
 }  // namespace
 
 FilterWin::FilterWin(const QString& file, unsigned column, QWidget* parent) : SubWindow(parent)
@@ -80,9 +100,7 @@ FilterWin::FilterWin(const QString& file, unsigned column, QWidget* parent) : Su
     createActions();
     connectFields();
     m_source->choose(file, column);
-    m_type->setCurrentIndex(kFirstType);
     sl_cbFilterActivated(kFirstType);
-    showSource();
     m_canvas->showText(QStringLiteral("Choose a column and a filter, then execute the calculation."));
     statusBar()->showMessage(QStringLiteral("Welcome to Ts-Filt"));
     resize(1100, 620);
@@ -95,62 +113,32 @@ FilterWin::~FilterWin()
 
 // -- Widgets --
 
-NumberField* FilterWin::addField(QFormLayout& form, FilterField use, const QString& label,
-                                 const QString& text, const QString& tip, const char* slot)
-{
-    auto* const field = new NumberField(text, this);
-    field->setToolTip(tip);
-    field->setWhatsThis(tip);
-    field->setAccessibleName(label);
-    auto* const name = new QLabel(label, this);
-    name->setBuddy(field);
-    auto* const reason = new QLabel(this);
-    reason->setWordWrap(true);
-    reason->hide();
-    form.addRow(name, field);
-    form.addRow(reason);
-    field->setReasonLabel(reason);
-    m_fields.append({use, name, field, reason});
-    connect(field, SIGNAL(textChanged(QString)), this, slot);
-    return field;
-}
-
 QWidget* FilterWin::createPanel()
 {
     auto* const panel = new QWidget(this);
     auto* const layout = new QVBoxLayout(panel);
     layout->setContentsMargins(0, 0, 0, 0);
     m_source = new SourceChooser(false, panel);
-    m_rate = new QLabel(panel);
-    m_type = new QComboBox(panel);
-    for (const FilterType& type : filterTypes()) {
-        m_type->addItem(QLatin1String(type.entry));
-        m_type->setItemData(m_type->count() - 1, QLatin1String(type.toolTip), Qt::ToolTipRole);
-    }
-    m_type->setMaxVisibleItems(m_type->count());
-    auto* const form = new QFormLayout;
-    form->addRow(QStringLiteral("Sampling freq [Hz]:"), m_rate);
-    form->addRow(QStringLiteral("Filter &type:"), m_type);
-    addField(*form, FilterField::Freq0, QStringLiteral("Freq&0 [Hz]:"), QStringLiteral("10"),
-             QStringLiteral("Lowpass/Highpass corner frequency."), SLOT(sl_fldFreq0Changed(QString)));
-    addField(*form, FilterField::Order, QStringLiteral("Filter &order:"), m_orderText,
-             QStringLiteral("For Low/Highpass=no of poles, Bandpass/stop= 0.5 x no of poles."),
-             SLOT(sl_fldFiltOrderChanged(QString)))
-        ->setWhole(-kMostPoints, kMostPoints);
-    addField(*form, FilterField::Freq1, QStringLiteral("Freq&1 [Hz]:"), QStringLiteral("40"),
-             QStringLiteral("Bandpass/Bandstop upper corner frequency."), SLOT(sl_fldFreq1Changed(QString)));
-    addField(*form, FilterField::Ripple, QStringLiteral("&Ripple [dB]:"), QStringLiteral("-0.1"),
-             QStringLiteral("Ripple in dB (negative)."), SLOT(sl_fldRippleChanged(QString)));
+    m_fields = new FilterFields(panel);
+    m_preview = new PlotCanvas(panel);
+    m_preview->setMinimumHeight(kPreviewHeight);
+    m_preview->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Expanding);
+    m_preview->setAccessibleName(QStringLiteral("Characteristic of the filter"));
     m_readout = new QLabel(panel);
     m_readout->setTextFormat(Qt::RichText);
+    m_readout->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     m_readout->setAlignment(Qt::AlignTop | Qt::AlignLeft);
     m_readout->setTextInteractionFlags(Qt::TextSelectableByMouse);
     m_readout->setAccessibleName(QStringLiteral("Values under the mouse"));
+    m_readout->setMinimumHeight(kReadoutLines *
+                                (fontMetrics().height() + 2));  // what is above keeps its place
     layout->addWidget(m_source);
-    layout->addLayout(form);
-    layout->addSpacing(8);
-    layout->addWidget(m_readout, 1);
-    panel->setFixedWidth(kPanelWidth);
+    layout->addWidget(m_fields);
+    layout->addWidget(m_preview, 1);
+    layout->addWidget(m_readout);
+    alignLabels(*panel);
+    panel->setMinimumWidth(kPanelWidth);
+    panel->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Preferred);
     return panel;
 }
 
@@ -187,21 +175,35 @@ void FilterWin::connectFields()
 {
     connect(m_source->files(), SIGNAL(activated(int)), this, SLOT(sl_cbSourceFileActivated(int)));
     connect(m_source->columns(), SIGNAL(activated(int)), this, SLOT(sl_cbSourceColActivated(int)));
-    connect(m_source, &SourceChooser::x_source_changed, this, &FilterWin::showSource);
-    connect(m_type, SIGNAL(activated(int)), this, SLOT(sl_cbFilterActivated(int)));
+    connect(m_source, &SourceChooser::x_source_changed, this, [this] {
+        showSource();
+        showPreview();
+    });
+    connect(m_fields->types(), SIGNAL(currentIndexChanged(int)), this, SLOT(sl_cbFilterActivated(int)));
+    const std::pair<FilterField, const char*> fields[] = {
+        {FilterField::Freq0, SLOT(sl_fldFreq0Changed(QString))},
+        {FilterField::Order, SLOT(sl_fldFiltOrderChanged(QString))},
+        {FilterField::Freq1, SLOT(sl_fldFreq1Changed(QString))},
+        {FilterField::Ripple, SLOT(sl_fldRippleChanged(QString))},
+    };
+    for (const auto& [use, slot] : fields)
+        connect(m_fields->field(use), SIGNAL(textChanged(QString)), this, slot);
     connect(m_canvas, SIGNAL(x_cursor_moved(int, int, int)), this, SLOT(sl_cursor_moved(int, int, int)));
     connect(m_canvas, SIGNAL(x_got_resize_event()), this, SLOT(sl_plot()));
-    connect(m_canvas, &PlotCanvas::x_told, this,
-            [this](const QString& text) { statusBar()->showMessage(text); });
+    for (const PlotCanvas* const canvas : {m_canvas, m_preview})
+        connect(canvas, &PlotCanvas::x_told, this,
+                [this](const QString& text) { statusBar()->showMessage(text); });
 }
 
-void FilterWin::sl_cbSourceFileActivated(int /*index*/)
+void FilterWin::sl_cbSourceFileActivated(int index)
 {
+    m_source->files()->setCurrentIndex(index);
     statusBar()->showMessage(m_source->file());
 }
 
-void FilterWin::sl_cbSourceColActivated(int /*index*/)
+void FilterWin::sl_cbSourceColActivated(int index)
 {
+    m_source->columns()->setCurrentIndex(index);
     statusBar()->showMessage(m_source->columns()->currentText());
 }
 
@@ -216,41 +218,23 @@ void FilterWin::showSource()
             // The column box is empty then, and executing says so.
         }
     }
-    m_rate->setText(m_samplingHz > 0 ? QString::number(m_samplingHz, 'g', 7) : QStringLiteral("none"));
+    m_fields->showRate(m_samplingHz);
 }
 
 void FilterWin::sl_cbFilterActivated(int type)
 {
-    const FilterType& chosen = filterTypes()[static_cast<std::size_t>(type)];
-    const bool points = type == 0;
-    m_type->setToolTip(QLatin1String(chosen.toolTip));
-    for (const Field& f : m_fields) {
-        const bool used = chosen.uses(f.use);
-        f.field->setEnabled(used);
-        f.label->setEnabled(used);
-        if (f.use == FilterField::Order && m_shownType >= 0 && points != (m_shownType == 0)) {
-            (points ? m_orderText : m_pointsText) = f.field->text();
-            f.field->setText(points ? m_pointsText : m_orderText);
-        }
-        if (f.use == FilterField::Order)
-            f.label->setText(points ? QStringLiteral("No &of points:") : QStringLiteral("Filter &order:"));
-    }
-    m_shownType = type;
-    statusBar()->showMessage(QLatin1String(chosen.toolTip));
+    m_fields->showType(type);
+    statusBar()->showMessage(QLatin1String(filterTypes()[static_cast<std::size_t>(type)].toolTip));
     fieldChanged();
 }
 
 // Executing waits until every field that counts holds a number.
 void FilterWin::fieldChanged()
 {
-    bool good = true;
-    for (const Field& f : m_fields) {
-        const bool wrong = f.field->isEnabled() && !f.field->isValid();
-        f.reason->setVisible(wrong);
-        good = good && !wrong;
-    }
+    const bool good = m_fields->isValid();
     m_execute->setEnabled(good);
     m_plotChar->setEnabled(good);
+    showPreview();
 }
 
 void FilterWin::sl_fldFreq0Changed(const QString& /*text*/)
@@ -280,51 +264,21 @@ void FilterWin::sl_help()
 
 // -- The request --
 
-FilterRequest FilterWin::request() const
-{
-    FilterRequest asked;
-    asked.type = m_type->currentIndex();
-    for (const Field& f : m_fields) {
-        const double number = f.field->number();
-        switch (f.use) {
-            case FilterField::Freq0:
-                asked.freq0 = number;
-                break;
-            case FilterField::Freq1:
-                asked.freq1 = number;
-                break;
-            case FilterField::Ripple:
-                asked.rippleDb = number;
-                break;
-            default:
-                asked.order = static_cast<int>(std::clamp(number, -1.0, 2147483647.0));
-                break;
-        }
-    }
-    return asked;
-}
-
+// The source is asked anew: its header may have been edited since it was chosen.
 bool FilterWin::validate(const FilterRequest& asked)
 {
-    QString complaint;
-    if (!asked.isMovingAverage() && !(m_samplingHz > 0))
-        complaint =
-            QStringLiteral("The sample time of %1 is not above 0.\nSet it in the header editor first.")
-                .arg(m_source->file());
-    else
-        complaint = QString::fromStdString(filterComplaint(asked, m_samplingHz));
-    if (complaint.isEmpty())
+    showSource();
+    const std::string complaint = filterComplaint(asked, m_samplingHz);
+    if (complaint.empty())
         return true;
-    showBox(QMessageBox::Warning, this, kTitle, complaint);
+    showBox(QMessageBox::Warning, this, kTitle, QString::fromStdString(complaint));
     return false;
 }
 
-bool FilterWin::tellReports(const QString& text)
+void FilterWin::tellReports(const QString& text)
 {
-    if (text.isEmpty())
-        return false;
-    showBox(QMessageBox::Warning, this, kTitle, text);
-    return true;
+    if (!text.isEmpty())
+        showBox(QMessageBox::Warning, this, kTitle, text);
 }
 
 bool FilterWin::requireColumn(const char* axis, unsigned column)
@@ -354,10 +308,10 @@ std::unique_ptr<TSFILE> FilterWin::openSource()
 void FilterWin::sl_execute()
 {
     if (m_source->file().isEmpty()) {
-        statusBar()->showMessage(QStringLiteral("No source file available"), kNoSourceMs);
+        statusBar()->showMessage(kNoSource, kNoSourceMs);
         return;
     }
-    const FilterRequest asked = request();
+    const FilterRequest asked = m_fields->request();
     if (!requireColumn("Y1", m_source->column()) || !validate(asked))
         return;
     const std::unique_ptr<TSFILE> source = openSource();
@@ -384,9 +338,7 @@ void FilterWin::sl_execute()
     }
 }
 
-// Fills a new work file; it takes the place of the one before when it is whole. The wait cursor is gone
-// before any box opens.
-bool FilterWin::calculate(const FilterRequest& asked, TSFILE& source)
+void FilterWin::calculate(const FilterRequest& asked, TSFILE& source)
 {
     FidReports reports;
     FidFilterPtr filter;
@@ -394,43 +346,53 @@ bool FilterWin::calculate(const FilterRequest& asked, TSFILE& source)
         filter = designFilter(asked, m_samplingHz);
         if (!filter) {
             tellReports(QString::fromStdString(reports.text()));
-            return false;
+            return;
         }
     }
-    FilterOutcome outcome;
     double seconds = 0.0;
+    const FilterOutcome outcome = fillWork(asked, filter.get(), source, seconds);
+    if (outcome.outcome == JobOutcome::Cancelled) {
+        statusBar()->showMessage(QStringLiteral("Filtering cancelled"), kFinishedMs);
+        return;
+    }
+    tellReports(QString::fromStdString(reports.text()));
+    showResult(outcome, seconds);
+}
+
+// Fills a new work file, which takes the place of the one before when it is whole. The wait cursor is gone
+// before any box opens.
+FilterOutcome FilterWin::fillWork(const FilterRequest& asked, const FidFilter* filter, TSFILE& source,
+                                  double& seconds)
+{
     const std::string words =
-        asked.isMovingAverage() ? "Moving average over " + std::to_string(asked.order) : filterSpec(asked);
-    std::unique_ptr<ScratchFile> made;
+        filter ? filterSpec(asked) : "Moving average over " + std::to_string(asked.order);
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    const auto restore = qScopeGuard([] { QApplication::restoreOverrideCursor(); });
+    statusBar()->showMessage(QStringLiteral("Filtering ongoing..."), kFilteringMs);
+    const std::filesystem::path here = std::filesystem::current_path();
+    const bool replaces = m_work && m_work->path().parent_path() == here;
+    auto made = std::make_unique<ScratchFile>(here, replaces ? "temp1" : "temp", ".ts");
+    FilterOutcome outcome;
     {
-        QApplication::setOverrideCursor(Qt::WaitCursor);
-        const auto restore = qScopeGuard([] { QApplication::restoreOverrideCursor(); });
-        statusBar()->showMessage(QStringLiteral("Filtering ongoing..."), kFilteringMs);
-        made =
-            std::make_unique<ScratchFile>(std::filesystem::current_path(), m_work ? "temp1" : "temp", ".ts");
         const auto work = createTsFile(made->path().string(), source.samples(), 2);
         JobProgress progress(this, QStringLiteral("Filtering %1").arg(m_source->file()));
         describeWork(source, m_source->column(), *work, words);
-        outcome = filter ? runFilter(source, m_source->column(), *work, filter.get(), progress.callback())
+        outcome = filter ? runFilter(source, m_source->column(), *work, filter, progress.callback())
                          : runMovingAverage(source, m_source->column(), *work,
                                             static_cast<std::uint32_t>(asked.order), progress.callback());
+        if (outcome.outcome == JobOutcome::Cancelled)
+            return outcome;
         work->flush(true);
         seconds = progress.seconds();
     }
-    if (outcome.outcome == JobOutcome::Cancelled) {
-        statusBar()->showMessage(QStringLiteral("Filtering cancelled"), kFinishedMs);
-        return false;
-    }
-    if (m_work)
+    if (replaces)
         made->putInPlace(m_work->path());
     else
         m_work = std::move(made);
-    m_saved = false;
+    m_worthAsking = seconds > kWorthAskingSeconds;
     m_sourceFile = QFileInfo(m_source->file()).absoluteFilePath();
     m_words = QString::fromStdString(words);
-    tellReports(QString::fromStdString(reports.text()));
-    showResult(outcome, seconds);
-    return true;
+    return outcome;
 }
 
 void FilterWin::showResult(const FilterOutcome& outcome, double seconds)
@@ -481,16 +443,35 @@ void FilterWin::sl_cursor_moved(int x, int /*y*/, int /*buttons*/)
 
 // -- The characteristic --
 
+void FilterWin::showPreview()
+{
+    const FilterRequest asked = m_fields->request();
+    QString text;
+    if (m_source->file().isEmpty())
+        text = kNoSource;
+    else if (asked.isMovingAverage())
+        text = kNoPlot;
+    else if (m_fields->isValid())
+        text = QString::fromStdString(filterComplaint(asked, m_samplingHz));
+    FidReports reports;
+    FidFilterPtr filter;
+    if (text.isEmpty() && m_fields->isValid())
+        filter = designFilter(asked, m_samplingHz);
+    if (filter)
+        showCharacteristic(*m_preview, characteristicOf(filter.get(), m_samplingHz), {true, true, false});
+    else
+        m_preview->showText(text.isEmpty() ? QString::fromStdString(reports.text()) : text);
+}
+
 void FilterWin::sl_plotFiltWin()
 {
-    const FilterRequest asked = request();
+    const FilterRequest asked = m_fields->request();
     if (asked.isMovingAverage()) {
-        showBox(QMessageBox::Information, this, kTitle,
-                QStringLiteral("Frequency plot of the moving average filter is not available."));
+        showBox(QMessageBox::Information, this, kTitle, kNoPlot);
         return;
     }
     if (m_source->file().isEmpty()) {
-        statusBar()->showMessage(QStringLiteral("No source file available"), kNoSourceMs);
+        statusBar()->showMessage(kNoSource, kNoSourceMs);
         return;
     }
     if (!validate(asked))

@@ -12,15 +12,15 @@
 #include "filter/FilterTypes.h"
 #include "share/SubWindow.h"
 
-class NumberField;
+class FilterFields;
 class PlotCanvas;
 class QAction;
-class QComboBox;
-class QFormLayout;
 class QLabel;
 class SaveResultsDialog;
 class SourceChooser;
+struct FidFilter;
 struct FilterOutcome;
+struct ResultColumns;
 
 class FilterWin : public SubWindow
 {
@@ -52,57 +52,47 @@ protected:
     bool mayClose() override;
 
 private:
-    struct Field
-    {
-        FilterField use;
-        QLabel* label;
-        NumberField* field;
-        QLabel* reason;
-    };
-
     void createActions();
     QWidget* createPanel();
-    NumberField* addField(QFormLayout& form, FilterField use, const QString& label, const QString& text,
-                          const QString& tip, const char* slot);
     void connectFields();
     void fieldChanged();
     void showSource();
+    // The characteristic of what the fields say, small, beneath them.
+    void showPreview();
     bool requireColumn(const char* axis, unsigned column);
-    FilterRequest request() const;
     // Says why the fields cannot be, in a box; true where they can.
     bool validate(const FilterRequest& asked);
-    bool tellReports(const QString& text);
+    void tellReports(const QString& text);
 
     std::unique_ptr<TSFILE> openSource();
-    bool calculate(const FilterRequest& asked, TSFILE& source);
+    void calculate(const FilterRequest& asked, TSFILE& source);
+    FilterOutcome fillWork(const FilterRequest& asked, const FidFilter* filter, TSFILE& source,
+                           double& seconds);
     void showResult(const FilterOutcome& outcome, double seconds);
 
     bool save(const SaveResultsDialog& dialog);
     bool saveToFile(const SaveResultsDialog& dialog);
     bool saveToSource(const SaveResultsDialog& dialog);
+    bool saveToColumnsOf(const QString& file, const ResultColumns& columns);
     bool mayWrite(const QString& file);
-    bool agreesWith(TSFILE& target, const QString& file, std::uint32_t& count);
+    bool agreesWith(const QString& file, std::uint32_t& count);
     bool tellSaved(const QString& file, JobOutcome outcome);
     void dropWork();
 
     SourceChooser* m_source = nullptr;
-    QLabel* m_rate = nullptr;
-    QComboBox* m_type = nullptr;
-    QVector<Field> m_fields;
+    FilterFields* m_fields = nullptr;
     PlotCanvas* m_canvas = nullptr;
+    PlotCanvas* m_preview = nullptr;
     QLabel* m_readout = nullptr;
     QAction* m_execute = nullptr;
     QAction* m_plotChar = nullptr;
-    QString m_orderText = QStringLiteral("4");  // what the field held when it was the other one's
-    QString m_pointsText = QStringLiteral("11");
-    int m_shownType = -1;
     double m_samplingHz = 0.0;
 
     // The work file: column 1 the input, column 2 the output. A new one is made beside it and takes its place
     // when it is whole.
     std::unique_ptr<ScratchFile> m_work;
-    QString m_sourceFile;  // that the work file was made of, by its absolute path
-    QString m_words;       // what was done to it
-    bool m_saved = true;
+    QString m_sourceFile;        // that the work file was made of, by its absolute path
+    QString m_words;             // what was done to it
+    bool m_worthAsking = false;  // whether closing asks about the results
     QVector<QPointer<QWidget>> m_subWindows;
 };

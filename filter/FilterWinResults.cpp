@@ -1,6 +1,8 @@
 // Saving the results of Ts-Filt, and what becomes of them when it closes.
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QScopeGuard>
 #include <QStatusBar>
 
 #include <cmath>
@@ -26,6 +28,12 @@ std::string pathOf(const QString& file)
     return QFile::encodeName(file).toStdString();
 }
 
+// The file as messages name it.
+QString shown(const QString& file)
+{
+    return QFileInfo(file).fileName();
+}
+
 }  // namespace
 
 void FilterWin::sl_saveResults()
@@ -44,7 +52,7 @@ void FilterWin::sl_saveResults()
         return;
     }
     if (save(dialog)) {
-        m_saved = true;
+        m_worthAsking = false;
         emit x_directory_changed();
     }
 }
@@ -69,103 +77,98 @@ bool FilterWin::save(const SaveResultsDialog& dialog)
 bool FilterWin::saveToFile(const SaveResultsDialog& dialog)
 {
     const QString file = dialog.file();
-    const auto work = openTsFile(m_work->path().string(), true);
-    if (!QFileInfo::exists(file)) {
-        JobProgress progress(this, QStringLiteral("Saving %1").arg(file));
-        const JobOutcome outcome = saveToNewFile(*work, pathOf(file), progress.callback());
-        if (tellSaved(file, outcome) &&
-            QFileInfo(file).absolutePath() == QFileInfo(QStringLiteral(".")).absoluteFilePath())
-            emit x_file_made(QFileInfo(file).fileName());
-        return outcome == JobOutcome::Done;
+    if (QFileInfo::exists(file)) {
+        const ResultColumns columns{dialog.inputColumn(), dialog.outputColumn()};
+        return requireColumn("Y1", columns.input) && requireColumn("Y2", columns.output) &&
+               saveToColumnsOf(file, columns);
     }
-    if (!mayWrite(file) || !askYesNo(QMessageBox::Question, this, kTitle,
-                                     QStringLiteral("Columns %1 and %2 of %3 will be replaced.\nProceed?")
-                                         .arg(dialog.inputColumn())
-                                         .arg(dialog.outputColumn())
-                                         .arg(file)))
-        return tellSaved(file, JobOutcome::Cancelled);
-    const auto target = openTsFile(pathOf(file), false);
-    std::uint32_t count = 0;
-    if (!agreesWith(*target, file, count))
-        return tellSaved(file, JobOutcome::Cancelled);
-    std::filesystem::path backup;
-    const auto tellBackup = [&] {
-        if (!backup.empty())
-            showBox(QMessageBox::Warning, this, kTitle,
-                    QStringLiteral("The old values could not be put back; they lie in %1.")
-                        .arg(QFile::decodeName(backup.c_str())));
-    };
-    try {
-        JobProgress progress(this, QStringLiteral("Saving %1").arg(file));
-        return tellSaved(file, saveToColumns(*work, *target, {dialog.inputColumn(), dialog.outputColumn()},
-                                             count, progress.callback(), backup));
-    } catch (...) {
-        tellBackup();
-        throw;
+    JobOutcome outcome = JobOutcome::Done;
+    {
+        const auto work = openTsFile(m_work->path().string(), true);
+        JobProgress progress(this, QStringLiteral("Saving %1").arg(shown(file)));
+        outcome = saveToNewFile(*work, pathOf(file), progress.callback());
     }
+    const bool done = tellSaved(file, outcome);
+    if (done && QFileInfo(file).absolutePath() == QDir::currentPath())
+        emit x_file_made(QFileInfo(file).fileName());
+    return done;
 }
 
 bool FilterWin::saveToSource(const SaveResultsDialog& dialog)
 {
-    const unsigned column = dialog.outputColumn();
-    const QString shown = QFileInfo(m_sourceFile).fileName();
-    if (!mayWrite(m_sourceFile) ||
-        (column > 0 &&
-         !askYesNo(QMessageBox::Question, this, kTitle,
-                   QStringLiteral("Column %1 of %2 will be replaced.\nProceed?").arg(column).arg(shown))))
-        return tellSaved(shown, JobOutcome::Cancelled);
+    if (dialog.outputColumn() > 0)
+        return saveToColumnsOf(m_sourceFile, {0, dialog.outputColumn()});
+    std::uint32_t count = 0;
+    if (!mayWrite(m_sourceFile) || !agreesWith(m_sourceFile, count))
+        return tellSaved(m_sourceFile, JobOutcome::Cancelled);
+    const auto work = openTsFile(m_work->path().string(), true);
+    JobProgress progress(this, QStringLiteral("Saving %1").arg(shown(m_sourceFile)));
+    return tellSaved(m_sourceFile,
+                     saveToAddedColumn(*work, pathOf(m_sourceFile), count, progress.callback()));
+}
+
+bool FilterWin::saveToColumnsOf(const QString& file, const ResultColumns& columns)
+{
+    const QString question = columns.input == 0
+                                 ? QStringLiteral("Column %1 of %2 will be replaced.\nProceed?")
+                                       .arg(columns.output)
+                                       .arg(shown(file))
+                                 : QStringLiteral("Columns %1 and %2 of %3 will be replaced.\nProceed?")
+                                       .arg(columns.input)
+                                       .arg(columns.output)
+                                       .arg(shown(file));
+    std::uint32_t count = 0;
+    if (!mayWrite(file) || !askYesNo(QMessageBox::Question, this, kTitle, question) ||
+        !agreesWith(file, count))
+        return tellSaved(file, JobOutcome::Cancelled);
     const auto work = openTsFile(m_work->path().string(), true);
     std::filesystem::path backup;
-    std::uint32_t count = 0;
-    auto target = openTsFile(pathOf(m_sourceFile), column == 0);
-    if (!agreesWith(*target, shown, count))
-        return tellSaved(shown, JobOutcome::Cancelled);
-    try {
-        JobProgress progress(this, QStringLiteral("Saving %1").arg(shown));
-        if (column == 0)
-            target.reset();
-        return tellSaved(
-            m_sourceFile,
-            column == 0 ? saveToAddedColumn(*work, pathOf(m_sourceFile), count, progress.callback(), backup)
-                        : saveToColumns(*work, *target, {0, column}, count, progress.callback(), backup));
-    } catch (...) {
+    const auto tellBackup = qScopeGuard([&] {
         if (!backup.empty())
             showBox(QMessageBox::Warning, this, kTitle,
                     QStringLiteral("The old values could not be put back; they lie in %1.")
                         .arg(QFile::decodeName(backup.c_str())));
-        throw;
-    }
+    });
+    JobProgress progress(this, QStringLiteral("Saving %1").arg(shown(file)));
+    return tellSaved(file, saveToColumns(*work, pathOf(file), columns, count, progress.callback(), backup));
 }
 
+// Results do not go where they would be lost with the work file, nor under another window's hands.
 bool FilterWin::mayWrite(const QString& file)
 {
     const TsApplication* const application = TsApplication::instance();
-    if (application == nullptr || !application->isOpenForWriting(file))
+    QString reason;
+    if (QFileInfo(file) == QFileInfo(QFile::decodeName(m_work->path().c_str())))
+        reason = QStringLiteral("%1 is the work file of this window, which goes when the window closes.");
+    else if (application != nullptr && application->isOpenForWriting(file))
+        reason = QStringLiteral("%1 is open for writing in another window.");
+    if (reason.isEmpty())
         return true;
     showBox(QMessageBox::Warning, this, kTitle,
-            QStringLiteral("%1 is open for writing in another window.\nNothing was saved.").arg(file));
+            reason.arg(shown(file)) + QStringLiteral("\nNothing was saved."));
     return false;
 }
 
 // What differs is said, and the user decides. `count` becomes the number of samples that both have.
-bool FilterWin::agreesWith(TSFILE& target, const QString& file, std::uint32_t& count)
+bool FilterWin::agreesWith(const QString& file, std::uint32_t& count)
 {
     const auto work = openTsFile(m_work->path().string(), true);
-    count = std::min(work->samples(), target.samples());
-    if (work->samples() != target.samples() &&
+    const auto target = openTsFile(pathOf(file), true);
+    count = std::min(work->samples(), target->samples());
+    if (work->samples() != target->samples() &&
         !askYesNo(QMessageBox::Question, this, kTitle,
                   QStringLiteral("%1 has %2 samples, the results have %3.\nSave the first %4 of them?")
-                      .arg(file)
-                      .arg(target.samples())
+                      .arg(shown(file))
+                      .arg(target->samples())
                       .arg(work->samples())
                       .arg(count)))
         return false;
-    return work->dt() == target.dt() ||
+    return work->dt() == target->dt() ||
            askYesNo(QMessageBox::Question, this, kTitle,
                     QStringLiteral(
                         "The sample time of %1 is %2 s, that of the results %3 s.\nSave them all the same?")
-                        .arg(file)
-                        .arg(static_cast<double>(target.dt()), 0, 'g', 7)
+                        .arg(shown(file))
+                        .arg(static_cast<double>(target->dt()), 0, 'g', 7)
                         .arg(static_cast<double>(work->dt()), 0, 'g', 7));
 }
 
@@ -173,19 +176,20 @@ bool FilterWin::tellSaved(const QString& file, JobOutcome outcome)
 {
     const bool done = outcome == JobOutcome::Done;
     statusBar()->showMessage(
-        done ? QStringLiteral("File %1 saved").arg(file) : QStringLiteral("Saving aborted"), kSavedMs);
+        done ? QStringLiteral("File %1 saved").arg(shown(file)) : QStringLiteral("Saving aborted"), kSavedMs);
     return done;
 }
 
 // -- Closing --
 
+// Choosing a filter takes many trials, and one comes back with a key: only what took long is asked about.
 bool FilterWin::mayClose()
 {
-    if (!m_saved &&
+    if (m_worthAsking &&
         askYesNo(QMessageBox::Question, this, kTitle, QStringLiteral("Do you want to save the results?"))) {
         sl_saveResults();
         // What could not be saved is not thrown away.
-        if (!m_saved)
+        if (m_worthAsking)
             return false;
     }
     const QVector<QPointer<QWidget>> windows = m_subWindows;

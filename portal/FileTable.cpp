@@ -3,6 +3,7 @@
 #include <QContextMenuEvent>
 #include <QHeaderView>
 
+#include <algorithm>
 #include <array>
 
 namespace {
@@ -28,12 +29,18 @@ constexpr std::array<HeaderRow, 5> kHeaders{{
 constexpr int kNameColumn = 0;
 constexpr int kDescriptionColumn = 4;
 constexpr int kLeastRowHeight = 18;
+// Characters that the column of names is wide at most: the other columns stay in view.
+constexpr int kLongestName = 60;
 
 }  // namespace
 
 FileTable::FileTable(QWidget* parent) : QTableWidget(0, static_cast<int>(kHeaders.size()), parent)
 {
     setAccessibleName(QStringLiteral("Ts-files of the working directory"));
+    setWhatsThis(
+        QStringLiteral("A row for each ts-file of the working directory. A click or the arrow keys "
+                       "select one, a double click lists its values, the right button or the menu "
+                       "key shows what can be done with it."));
     setSelectionBehavior(QAbstractItemView::SelectRows);
     setSelectionMode(QAbstractItemView::SingleSelection);
     setEditTriggers(QAbstractItemView::NoEditTriggers);
@@ -41,6 +48,7 @@ FileTable::FileTable(QWidget* parent) : QTableWidget(0, static_cast<int>(kHeader
     setShowGrid(false);
     setAlternatingRowColors(true);
     setWordWrap(false);
+    setTextElideMode(Qt::ElideMiddle);
     makeHeader();
 }
 
@@ -77,7 +85,8 @@ void FileTable::fill(const std::vector<TsFileRecord>& records, bool sorted)
     if (sorted)
         setSortingEnabled(true);
     resizeColumnsToContents();
-    setColumnWidth(kNameColumn, columnWidth(kNameColumn) + 2 * fontMetrics().averageCharWidth());
+    const int character = fontMetrics().averageCharWidth();
+    setColumnWidth(kNameColumn, std::min(columnWidth(kNameColumn) + 2 * character, kLongestName * character));
     setUpdatesEnabled(true);
     if (!select(selected))
         clearSelection();
@@ -92,6 +101,8 @@ void FileTable::setRow(int row, const TsFileRecord& record)
         auto* const item = new QTableWidgetItem(texts[static_cast<std::size_t>(column)]);
         if (column != kNameColumn && column != kDescriptionColumn)
             item->setTextAlignment(Qt::AlignHCenter | Qt::AlignVCenter);
+        if (column == kNameColumn && record.name.size() > kLongestName / 2)
+            item->setToolTip(record.name.toHtmlEscaped());
         setItem(row, column, item);
     }
 }

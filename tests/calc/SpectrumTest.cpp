@@ -10,6 +10,7 @@
 
 #include "calc/SpectrumPeaks.h"
 #include "calc/SpectrumSamples.h"
+#include "calc/WindowShape.h"
 #include "calc/mixfft.h"
 #include "tests/core/TsFileBytes.h"
 

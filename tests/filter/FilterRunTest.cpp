@@ -134,8 +134,7 @@ TEST(SaveResults, newFileHasBothColumnsAndTheHeader)
     const auto work = std::make_unique<TSFILE>("temp", 500, 2, 0);
     describeWork(*source, 1, *work, "LpBu4/1");
     runMovingAverage(*source, 1, *work, 3, {});
-    EXPECT_EQ(saveToNewFile(*work, "data.v2.ts", stopsPastHalf), JobOutcome::Cancelled);
-    EXPECT_FALSE(std::filesystem::exists("data.v2.ts") || std::filesystem::exists("tmp.ts"));
+    work->flush(true);
     ASSERT_EQ(saveToNewFile(*work, "data.v2.ts", {}), JobOutcome::Done);
     const auto saved = openTsFile("data.v2.ts", true);
     EXPECT_EQ(saved->dt(), 0.25F);
@@ -153,14 +152,11 @@ TEST(SaveResults, cancelledSavesLeaveTheFileAsItWas)
     makeFile("target", kSamples, 2)->flush(true);
     const auto before = bytesOf("target.ts");
     std::filesystem::path backup;
-    EXPECT_EQ(saveToAddedColumn(*work, "target.ts", kSamples, stopsPastHalf, backup), JobOutcome::Cancelled);
-    EXPECT_EQ(openTsFile("target.ts", true)->columns(), 2U);
-    EXPECT_EQ(openTsFile("target.ts", true)->value(7, 1), wave(7));
-    {
-        const auto target = openTsFile("target.ts", false);
-        EXPECT_EQ(saveToColumns(*work, *target, {2, 1}, kSamples, stopsPastHalf, backup),
-                  JobOutcome::Cancelled);
-    }
+    EXPECT_EQ(saveToAddedColumn(*work, "target.ts", kSamples, stopsPastHalf), JobOutcome::Cancelled);
+    EXPECT_EQ(bytesOf("target.ts"), before);
+    EXPECT_FALSE(std::filesystem::exists("tmp.ts"));
+    EXPECT_EQ(saveToColumns(*work, "target.ts", {2, 1}, kSamples, stopsPastHalf, backup),
+              JobOutcome::Cancelled);
     EXPECT_EQ(bytesOf("target.ts").size(), before.size());
     EXPECT_EQ(openTsFile("target.ts", true)->value(7, 1), wave(7));
 }
@@ -174,12 +170,12 @@ TEST(SaveResults, columnsAreReplacedOrAddedAndTheOthersStay)
     work->columnName(2, "Force_f");
     makeFile("target", 300, 2)->flush(true);
     std::filesystem::path backup;
-    ASSERT_EQ(saveToAddedColumn(*work, "target.ts", 300, {}, backup), JobOutcome::Done);
-    const auto target = openTsFile("target.ts", false);
+    ASSERT_EQ(saveToAddedColumn(*work, "target.ts", 300, {}), JobOutcome::Done);
+    ASSERT_EQ(saveToColumns(*work, "target.ts", {0, 2}, 200, {}, backup), JobOutcome::Done);
+    const auto target = openTsFile("target.ts", true);
     EXPECT_EQ(target->columns(), 3U);
     EXPECT_EQ(target->value(300, 3), 300.0F);
     EXPECT_STREQ(target->columnName(3), "Force_f");
-    ASSERT_EQ(saveToColumns(*work, *target, {0, 2}, 200, {}, backup), JobOutcome::Done);
     EXPECT_EQ(target->value(200, 2), 200.0F);
     EXPECT_EQ(target->value(201, 2), 0.0F);
     EXPECT_EQ(target->value(300, 1), wave(300));

@@ -175,10 +175,7 @@ void FilterWin::connectFields()
 {
     connect(m_source->files(), SIGNAL(activated(int)), this, SLOT(sl_cbSourceFileActivated(int)));
     connect(m_source->columns(), SIGNAL(activated(int)), this, SLOT(sl_cbSourceColActivated(int)));
-    connect(m_source, &SourceChooser::x_source_changed, this, [this] {
-        showSource();
-        showPreview();
-    });
+    connect(m_source, &SourceChooser::x_source_changed, this, &FilterWin::showSource);
     connect(m_fields->types(), SIGNAL(currentIndexChanged(int)), this, SLOT(sl_cbFilterActivated(int)));
     const std::pair<FilterField, const char*> fields[] = {
         {FilterField::Freq0, SLOT(sl_fldFreq0Changed(QString))},
@@ -209,16 +206,23 @@ void FilterWin::sl_cbSourceColActivated(int index)
 
 void FilterWin::showSource()
 {
-    m_samplingHz = 0.0;
+    double rate = 0.0;
     if (!m_source->file().isEmpty()) {
         try {
-            m_samplingHz =
+            rate =
                 samplingFrequency(openTsFile(QFile::encodeName(m_source->file()).toStdString(), true)->dt());
         } catch (const TS::Failure&) {
             // The column box is empty then, and executing says so.
         }
     }
-    m_fields->showRate(m_samplingHz);
+    showRate(rate);
+    showPreview();
+}
+
+void FilterWin::showRate(double samplingHz)
+{
+    m_samplingHz = samplingHz;
+    m_fields->showRate(samplingHz);
 }
 
 void FilterWin::sl_cbFilterActivated(int type)
@@ -264,10 +268,8 @@ void FilterWin::sl_help()
 
 // -- The request --
 
-// The source is asked anew: its header may have been edited since it was chosen.
 bool FilterWin::validate(const FilterRequest& asked)
 {
-    showSource();
     const std::string complaint = filterComplaint(asked, m_samplingHz);
     if (complaint.empty())
         return true;
@@ -294,15 +296,24 @@ bool FilterWin::requireColumn(const char* axis, unsigned column)
 
 // -- Calculating --
 
+// The sample time is taken anew: the header may have been edited since the file was chosen.
 std::unique_ptr<TSFILE> FilterWin::openSource()
 {
-    if (TsApplication* const application = TsApplication::instance())
-        return std::unique_ptr<TSFILE>(application->OpenTs(m_source->file(), true));
+    const QString file = m_source->file();
+    std::unique_ptr<TSFILE> source;
     try {
-        return openTsFile(QFile::encodeName(m_source->file()).toStdString(), true);
+        if (TsApplication* const application = TsApplication::instance())
+            source.reset(application->OpenTs(file, true));
+        else
+            source = openTsFile(QFile::encodeName(file).toStdString(), true);
     } catch (const TS::Failure&) {
-        return nullptr;
+        // told below
     }
+    if (source)
+        showRate(samplingFrequency(source->dt()));
+    else
+        statusBar()->showMessage(QStringLiteral("%1 could not be opened").arg(file));
+    return source;
 }
 
 void FilterWin::sl_execute()
@@ -311,14 +322,12 @@ void FilterWin::sl_execute()
         statusBar()->showMessage(kNoSource, kNoSourceMs);
         return;
     }
+    if (!requireColumn("Y1", m_source->column()))
+        return;
     const FilterRequest asked = m_fields->request();
-    if (!requireColumn("Y1", m_source->column()) || !validate(asked))
-        return;
     const std::unique_ptr<TSFILE> source = openSource();
-    if (!source) {
-        statusBar()->showMessage(QStringLiteral("%1 could not be opened").arg(m_source->file()));
+    if (!source || !validate(asked))
         return;
-    }
     QString failure;
     try {
         calculate(asked, *source);
@@ -474,7 +483,7 @@ void FilterWin::sl_plotFiltWin()
         statusBar()->showMessage(kNoSource, kNoSourceMs);
         return;
     }
-    if (!validate(asked))
+    if (!openSource() || !validate(asked))
         return;
     FidReports reports;
     const FidFilterPtr filter = designFilter(asked, m_samplingHz);

@@ -57,6 +57,7 @@ private:
     void connectFields();
     void fieldChanged();
     void showSource();
+    void showRate(double samplingHz);
     // The characteristic of what the fields say, small, beneath them.
     void showPreview();
     bool requireColumn(const char* axis, unsigned column);

@@ -200,8 +200,8 @@ TEST(Spectrum, WeightsOfWindowsDoNotDriftOverALongRange)
         const auto window = static_cast<SpectrumWindow>(w);
         SCOPED_TRACE(spectrumWindowName(window));
         WindowShape shape(window, kLong);
-        std::vector<double> weights(kLong, 1.0);
-        shape.weigh(0, weights);
+        std::vector<double> weights(kLong);
+        shape.fill(0, weights);
         for (std::uint32_t i = 1; i < kLong; ++i)
             ASSERT_NEAR(weights[i], weights[kLong - i], 1e-14) << i;
         if (window == SpectrumWindow::Hann) {

@@ -38,6 +38,12 @@ bool isSameFile(const QString& a, const QString& b)
     return QFileInfo(a).canonicalFilePath() == QFileInfo(b).canonicalFilePath();
 }
 
+bool replacesTimes(const TSFILE& target)
+{
+    const auto isReplaced = [](std::uint32_t column) { return column == 1 || column == 2; };
+    return isReplaced(target.timeColumn()) || isReplaced(target.time32Column());
+}
+
 }  // namespace
 
 CalculusWin::CalculusWin(const CalculusKind& kind, const QString& file, unsigned column, QWidget* parent)
@@ -161,6 +167,7 @@ bool CalculusWin::prepare(const Progress& progress, JobOutcome& outcome)
     if (!m_work) {
         statusBar()->showMessage(
             QStringLiteral("The scratch file could not be made. Is %1 full?").arg(QFileInfo(name).path()));
+        dropWork();
         return false;
     }
     m_workName = name + QStringLiteral(".ts");
@@ -232,6 +239,13 @@ void CalculusWin::sl_saveResults()
         showBox(QMessageBox::Warning, this, windowTitle(),
                 QStringLiteral("%1 has only one column; the results need two.\nNothing was saved.")
                     .arg(resultName()));
+        setResultName(QString());
+        return;
+    }
+    if (replacesTimes(*target) &&
+        !askYesNo(QMessageBox::Question, this, windowTitle(),
+                  QStringLiteral("The times of %1 stand in the columns that will be replaced.\nProceed?")
+                      .arg(resultName()))) {
         setResultName(QString());
         return;
     }

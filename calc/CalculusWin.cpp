@@ -15,6 +15,7 @@
 #include "core/ColumnCopy.h"
 #include "core/ScratchFile.h"
 #include "core/TsExceptions.h"
+#include "core/TsHeader.h"
 #include "portal/TsApplication.h"
 #include "share/Boxes.h"
 #include "share/JobProgress.h"
@@ -188,6 +189,9 @@ bool CalculusWin::refuses(TSFILE& file)
         reason = QStringLiteral("The sample time of %1 is not above 0.\nSet it in the header editor first.");
     else if (file.samples() == 0)
         reason = QStringLiteral("%1 has no samples.");
+    else if (tsFileBytes(file.samples(), 2) >= kFileLimit)
+        reason = QStringLiteral(
+            "%1 is too long: column and result together are more than the 2 GB that a ts-file can have.");
     if (reason.isEmpty())
         return false;
     dropCursor();

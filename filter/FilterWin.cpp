@@ -3,11 +3,11 @@
 #include <QComboBox>
 #include <QFile>
 #include <QFileInfo>
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QMenuBar>
 #include <QStatusBar>
 #include <QToolBar>
+#include <QVBoxLayout>
 
 #include <array>
 
@@ -21,7 +21,7 @@
 #include "share/NumberField.h"
 #include "share/PlotCanvas.h"
 #include "share/QtMessageWin.h"
-#include "share/Resources.h"
+#include "share/ReadoutLabel.h"
 #include "share/SourceChooser.h"
 #include "share/hydaction.h"
 
@@ -77,22 +77,15 @@ void alignLabels(const QWidget& panel)
 
 }  // namespace
 
-FilterWin::FilterWin(const QString& file, unsigned column, QWidget* parent) : SubWindow(parent)
+FilterWin::FilterWin(const QString& file, unsigned column, QWidget* parent)
+    : ResultWindow(kTitle, QStringLiteral(":img_Filter"), kPanelWidth, parent)
 {
-    loadResources();
-    setWindowTitle(kTitle);
-    setWindowIcon(QIcon(QStringLiteral(":img_Filter")));
-    auto* const centre = new QWidget(this);
-    auto* const layout = new QHBoxLayout(centre);
-    m_canvas = new PlotCanvas(centre);
-    layout->addWidget(createPanel());
-    layout->addWidget(m_canvas, 1);
-    setCentralWidget(centre);
+    createPanel();
     createActions();
     connectFields();
-    m_source->choose(file, column);
+    source()->choose(file, column);
     sl_cbFilterActivated(kFirstType);
-    m_canvas->showText(QStringLiteral("Choose a column and a filter, then execute the calculation."));
+    canvas()->showText(QStringLiteral("Choose a column and a filter, then execute the calculation."));
     statusBar()->showMessage(QStringLiteral("Welcome to Ts-Filt"));
     resize(1100, 620);
 }
@@ -104,33 +97,20 @@ FilterWin::~FilterWin()
 
 // -- Widgets --
 
-QWidget* FilterWin::createPanel()
+void FilterWin::createPanel()
 {
-    auto* const panel = new QWidget(this);
-    auto* const layout = new QVBoxLayout(panel);
-    layout->setContentsMargins(0, 0, 0, 0);
-    m_source = new SourceChooser(false, panel);
-    m_fields = new FilterFields(panel);
-    m_preview = new PlotCanvas(panel);
+    QWidget* const widget = panel()->parentWidget();
+    m_fields = new FilterFields(widget);
+    m_preview = new PlotCanvas(widget);
     m_preview->setMinimumHeight(kPreviewHeight);
     m_preview->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Expanding);
     m_preview->setAccessibleName(QStringLiteral("Characteristic of the filter"));
-    m_readout = new QLabel(panel);
-    m_readout->setTextFormat(Qt::RichText);
-    m_readout->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-    m_readout->setAlignment(Qt::AlignTop | Qt::AlignLeft);
-    m_readout->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    m_readout->setAccessibleName(QStringLiteral("Values under the mouse"));
-    m_readout->setMinimumHeight(kReadoutLines *
-                                (fontMetrics().height() + 2));  // what is above keeps its place
-    layout->addWidget(m_source);
-    layout->addWidget(m_fields);
-    layout->addWidget(m_preview, 1);
-    layout->addWidget(m_readout);
-    alignLabels(*panel);
-    panel->setMinimumWidth(kPanelWidth);
-    panel->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Preferred);
-    return panel;
+    // What stands above keeps its place.
+    readout()->setMinimumHeight(kReadoutLines * (fontMetrics().height() + 2));
+    panel()->addWidget(m_fields);
+    panel()->addWidget(m_preview, 1);
+    panel()->addWidget(readout());
+    alignLabels(*widget);
 }
 
 void FilterWin::createActions()
@@ -149,14 +129,11 @@ void FilterWin::createActions()
     file->addActions({made[Save], made[Refresh], made[Help]});
     file->addSeparator();
     file->addAction(QStringLiteral("&Close"), this, &QWidget::close, QKeySequence::Close);
-    QMenu* const source = menuBar()->addMenu(QStringLiteral("&Source actions"));
-    source->addAction(QStringLiteral("Source &file"), this, [this] { m_source->files()->showPopup(); });
-    source->addAction(QStringLiteral("Source &column"), this, [this] { m_source->columns()->showPopup(); });
-    source->addAction(QStringLiteral("&Read the directory again"), m_source, &SourceChooser::refresh);
+    // F5 does more here than to read the directory.
+    fillSourceMenu(*menuBar()->addMenu(QStringLiteral("&Source actions")))->setShortcut(QKeySequence());
     QMenu* const filter = menuBar()->addMenu(QStringLiteral("Fi&lter actions"));
     filter->addActions({made[Execute], made[PlotChar]});
-    m_canvas->fillViewMenu(*menuBar()->addMenu(QStringLiteral("&View")));
-    m_canvas->fillCursorMenu(*menuBar()->addMenu(QStringLiteral("C&ursors")));
+    addCanvasMenus();
 
     addToolBar(QStringLiteral("Actions"))
         ->addActions({made[Execute], made[PlotChar], made[Save], made[Refresh], made[Help]});
@@ -164,9 +141,7 @@ void FilterWin::createActions()
 
 void FilterWin::connectFields()
 {
-    connect(m_source->files(), SIGNAL(activated(int)), this, SLOT(sl_cbSourceFileActivated(int)));
-    connect(m_source->columns(), SIGNAL(activated(int)), this, SLOT(sl_cbSourceColActivated(int)));
-    connect(m_source, &SourceChooser::x_source_changed, this, &FilterWin::showSource);
+    connect(source(), &SourceChooser::x_source_changed, this, &FilterWin::showSource);
     connect(m_fields->types(), SIGNAL(currentIndexChanged(int)), this, SLOT(sl_cbFilterActivated(int)));
     const std::pair<FilterField, const char*> fields[] = {
         {FilterField::Freq0, SLOT(sl_fldFreq0Changed(QString))},
@@ -176,32 +151,17 @@ void FilterWin::connectFields()
     };
     for (const auto& [use, slot] : fields)
         connect(m_fields->field(use), SIGNAL(textChanged(QString)), this, slot);
-    connect(m_canvas, SIGNAL(x_cursor_moved(int, int, int)), this, SLOT(sl_cursor_moved(int, int, int)));
-    connect(m_canvas, SIGNAL(x_got_resize_event()), this, SLOT(sl_plot()));
-    for (const PlotCanvas* const canvas : {m_canvas, m_preview})
-        connect(canvas, &PlotCanvas::x_told, this,
-                [this](const QString& text) { statusBar()->showMessage(text); });
-}
-
-void FilterWin::sl_cbSourceFileActivated(int index)
-{
-    m_source->files()->setCurrentIndex(index);
-    statusBar()->showMessage(m_source->file());
-}
-
-void FilterWin::sl_cbSourceColActivated(int index)
-{
-    m_source->columns()->setCurrentIndex(index);
-    statusBar()->showMessage(m_source->columns()->currentText());
+    connect(m_preview, &PlotCanvas::x_told, this,
+            [this](const QString& text) { statusBar()->showMessage(text); });
 }
 
 void FilterWin::showSource()
 {
     double rate = 0.0;
-    if (!m_source->file().isEmpty()) {
+    if (!source()->file().isEmpty()) {
         try {
             rate =
-                samplingFrequency(openTsFile(QFile::encodeName(m_source->file()).toStdString(), true)->dt());
+                samplingFrequency(openTsFile(QFile::encodeName(source()->file()).toStdString(), true)->dt());
         } catch (const TS::Failure&) {
             // The column box is empty then, and executing says so.
         }
@@ -276,42 +236,20 @@ void FilterWin::tellReports(const QString& text)
 
 bool FilterWin::requireSource()
 {
-    if (m_source->file().isEmpty())
+    if (source()->file().isEmpty())
         statusBar()->showMessage(kNoSource, kNoSourceMs);
-    return !m_source->file().isEmpty();
-}
-
-bool FilterWin::requireColumn(const char* axis, unsigned column)
-{
-    if (column != 0)
-        return true;
-    showBox(
-        QMessageBox::Warning, this, QStringLiteral("Ts Column name error"),
-        QStringLiteral("The selected %1 column name is invalid (==0).\n Select a valid name and try again!")
-            .arg(QLatin1String(axis)));
-    return false;
+    return !source()->file().isEmpty();
 }
 
 // -- The canvas --
 
 void FilterWin::sl_updateCanvas()
 {
-    m_source->refresh();
+    source()->refresh();
     showSource();
     if (m_work)
-        m_canvas->refresh(false);
-    m_canvas->replot();
-}
-
-void FilterWin::sl_plot()
-{
-    m_canvas->replot();
-}
-
-void FilterWin::sl_cursor_moved(int x, int /*y*/, int /*buttons*/)
-{
-    if (m_work)
-        m_readout->setText(readoutTable(m_canvas->readoutAt(x)));
+        canvas()->refresh(false);
+    canvas()->replot();
 }
 
 // -- The characteristic --
@@ -320,7 +258,7 @@ void FilterWin::showPreview()
 {
     const FilterRequest asked = m_fields->request();
     QString text;
-    if (m_source->file().isEmpty())
+    if (source()->file().isEmpty())
         text = kNoSource;
     else if (asked.isMovingAverage())
         text = kNoPlot;
@@ -343,7 +281,7 @@ void FilterWin::sl_plotFiltWin()
         showBox(QMessageBox::Information, this, kTitle, kNoPlot);
         return;
     }
-    if (!requireSource() || !openSource() || !validate(asked))
+    if (!requireSource() || !openAnew() || !validate(asked))
         return;
     FidReports reports;
     const FidFilterPtr filter = designFilter(asked, m_samplingHz);

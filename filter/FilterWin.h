@@ -10,19 +10,17 @@
 #include "core/ScratchFile.h"
 #include "core/TSFILE.h"
 #include "filter/FilterTypes.h"
-#include "share/SubWindow.h"
+#include "share/ResultWindow.h"
 
 class FilterFields;
 class PlotCanvas;
 class QAction;
-class QLabel;
 class SaveResultsDialog;
-class SourceChooser;
 struct FidFilter;
 struct FilterOutcome;
 struct ResultColumns;
 
-class FilterWin : public SubWindow
+class FilterWin : public ResultWindow
 {
     Q_OBJECT
 
@@ -32,8 +30,6 @@ public:
     ~FilterWin() override;
 
 public slots:
-    void sl_cbSourceFileActivated(int index);
-    void sl_cbSourceColActivated(int index);
     void sl_cbFilterActivated(int type);
     void sl_fldFreq0Changed(const QString& text);
     void sl_fldFiltOrderChanged(const QString& text);
@@ -41,11 +37,9 @@ public slots:
     void sl_fldRippleChanged(const QString& text);
     void sl_help();
     void sl_updateCanvas();
-    void sl_execute();
+    void sl_execute() override;
     void sl_plotFiltWin();
-    void sl_saveResults();
-    void sl_cursor_moved(int x, int y, int buttons);
-    void sl_plot();
+    void sl_saveResults() override;
     void sl_subwindowGone(subWindow window);
 
 protected:
@@ -53,23 +47,23 @@ protected:
 
 private:
     void createActions();
-    QWidget* createPanel();
+    void createPanel();
     void connectFields();
     void fieldChanged();
     void showSource();
     void showRate(double samplingHz);
     // The characteristic of what the fields say, small, beneath them.
     void showPreview();
-    // Both tell where there is none.
+    // Tells where there is none.
     bool requireSource();
-    bool requireColumn(const char* axis, unsigned column);
     // Says why the fields cannot be, in a box; true where they can.
     bool validate(const FilterRequest& asked);
     void tellReports(const QString& text);
 
-    std::unique_ptr<TSFILE> openSource();
-    void calculate(const FilterRequest& asked, TSFILE& source);
-    FilterOutcome fillWork(const FilterRequest& asked, const FidFilter* filter, TSFILE& source,
+    // Opens the source and takes its sample time anew: the header may have been edited since it was chosen.
+    std::unique_ptr<TSFILE> openAnew();
+    void calculate(const FilterRequest& asked, TSFILE& file);
+    FilterOutcome fillWork(const FilterRequest& asked, const FidFilter* filter, TSFILE& file,
                            double& seconds);
     void showResult(const FilterOutcome& outcome, double seconds);
 
@@ -77,16 +71,13 @@ private:
     bool saveToFile(const SaveResultsDialog& dialog);
     bool saveToSource(const SaveResultsDialog& dialog);
     bool saveToColumnsOf(const QString& file, const ResultColumns& columns);
-    bool mayWrite(const QString& file);
+    bool mayTakeResults(const QString& file);
     bool agreesWith(const QString& file, std::uint32_t& count);
     bool tellSaved(const QString& file, JobOutcome outcome);
     void dropWork();
 
-    SourceChooser* m_source = nullptr;
     FilterFields* m_fields = nullptr;
-    PlotCanvas* m_canvas = nullptr;
     PlotCanvas* m_preview = nullptr;
-    QLabel* m_readout = nullptr;
     QAction* m_execute = nullptr;
     QAction* m_plotChar = nullptr;
     double m_samplingHz = 0.0;
@@ -94,8 +85,7 @@ private:
     // The work file: column 1 the input, column 2 the output. A new one is made beside it and takes its place
     // when it is whole.
     std::unique_ptr<ScratchFile> m_work;
-    QString m_sourceFile;        // that the work file was made of, by its absolute path
-    QString m_words;             // what was done to it
-    bool m_worthAsking = false;  // whether closing asks about the results
+    QString m_sourceFile;  // that the work file was made of, by its absolute path
+    QString m_words;       // what was done to it
     QVector<QPointer<QWidget>> m_subWindows;
 };

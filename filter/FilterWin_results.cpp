@@ -13,7 +13,6 @@
 #include "filter/FilterWin.h"
 #include "filter/SaveResults.h"
 #include "filter/SaveResultsDialog.h"
-#include "portal/TsApplication.h"
 #include "share/Boxes.h"
 #include "share/JobProgress.h"
 #include "share/PlotCanvas.h"
@@ -52,7 +51,7 @@ void FilterWin::sl_saveResults()
         return;
     }
     if (save(dialog)) {
-        m_worthAsking = false;
+        resultSaved();
         emit x_directory_changed();
     }
 }
@@ -99,7 +98,7 @@ bool FilterWin::saveToSource(const SaveResultsDialog& dialog)
     if (dialog.outputColumn() > 0)
         return saveToColumnsOf(m_sourceFile, {0, dialog.outputColumn()});
     std::uint32_t count = 0;
-    if (!mayWrite(m_sourceFile) || !agreesWith(m_sourceFile, count))
+    if (!mayTakeResults(m_sourceFile) || !agreesWith(m_sourceFile, count))
         return tellSaved(m_sourceFile, JobOutcome::Cancelled);
     const auto work = openTsFile(m_work->path().string(), true);
     JobProgress progress(this, QStringLiteral("Saving %1").arg(shown(m_sourceFile)));
@@ -118,7 +117,7 @@ bool FilterWin::saveToColumnsOf(const QString& file, const ResultColumns& column
                                        .arg(columns.output)
                                        .arg(shown(file));
     std::uint32_t count = 0;
-    if (!mayWrite(file) || !askYesNo(QMessageBox::Question, this, kTitle, question) ||
+    if (!mayTakeResults(file) || !askYesNo(QMessageBox::Question, this, kTitle, question) ||
         !agreesWith(file, count))
         return tellSaved(file, JobOutcome::Cancelled);
     const auto work = openTsFile(m_work->path().string(), true);
@@ -134,18 +133,14 @@ bool FilterWin::saveToColumnsOf(const QString& file, const ResultColumns& column
 }
 
 // Results do not go where they would be lost with the work file, nor under another window's hands.
-bool FilterWin::mayWrite(const QString& file)
+bool FilterWin::mayTakeResults(const QString& file)
 {
-    const TsApplication* const application = TsApplication::instance();
-    QString reason;
-    if (QFileInfo(file) == QFileInfo(QFile::decodeName(m_work->path().c_str())))
-        reason = QStringLiteral("%1 is the work file of this window, which goes when the window closes.");
-    else if (application != nullptr && application->isOpenForWriting(file))
-        reason = QStringLiteral("%1 is open for writing in another window.");
-    if (reason.isEmpty())
-        return true;
+    if (QFileInfo(file) != QFileInfo(QFile::decodeName(m_work->path().c_str())))
+        return mayWrite(file);
     showBox(QMessageBox::Warning, this, kTitle,
-            reason.arg(shown(file)) + QStringLiteral("\nNothing was saved."));
+            QStringLiteral("%1 is the work file of this window, which goes when the window closes.\n"
+                           "Nothing was saved.")
+                .arg(shown(file)));
     return false;
 }
 
@@ -182,16 +177,10 @@ bool FilterWin::tellSaved(const QString& file, JobOutcome outcome)
 
 // -- Closing --
 
-// Choosing a filter takes many trials, and one comes back with a key: only what took long is asked about.
 bool FilterWin::mayClose()
 {
-    if (m_worthAsking &&
-        askYesNo(QMessageBox::Question, this, kTitle, QStringLiteral("Do you want to save the results?"))) {
-        sl_saveResults();
-        // What could not be saved is not thrown away.
-        if (m_worthAsking)
-            return false;
-    }
+    if (!ResultWindow::mayClose())
+        return false;
     const QVector<QPointer<QWidget>> windows = m_subWindows;
     for (const QPointer<QWidget>& window : windows) {
         if (window)
@@ -203,6 +192,6 @@ bool FilterWin::mayClose()
 
 void FilterWin::dropWork()
 {
-    m_canvas->showText(QString());
+    canvas()->showText(QString());
     m_work.reset();
 }

@@ -1,5 +1,6 @@
 #include "share/ResultWindow.h"
 
+#include <QFile>
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QMenuBar>
@@ -8,6 +9,8 @@
 #include <algorithm>
 #include <vector>
 
+#include "core/TsExceptions.h"
+#include "core/TsNames.h"
 #include "portal/TsApplication.h"
 #include "share/Boxes.h"
 #include "share/PlotCanvas.h"
@@ -29,12 +32,14 @@ ResultWindow::ResultWindow(const QString& title, const QString& icon, int panelW
     setWindowIcon(QIcon(icon));
     auto* const centre = new QWidget(this);
     auto* const panel = new QWidget(centre);
-    panel->setFixedWidth(panelWidth);
+    panel->setMinimumWidth(panelWidth);
+    panel->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Preferred);
     m_panel = new QVBoxLayout(panel);
     m_panel->setContentsMargins(0, 0, 0, 0);
     m_source = new SourceChooser(false, panel);
     m_panel->addWidget(m_source);
     m_readout = new ReadoutLabel(panel);
+    m_readout->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     m_canvas = new PlotCanvas(centre);
     auto* const layout = new QHBoxLayout(centre);
     layout->addWidget(panel);
@@ -49,12 +54,12 @@ ResultWindow::ResultWindow(const QString& title, const QString& icon, int panelW
             [this](const QString& text) { statusBar()->showMessage(text); });
 }
 
-void ResultWindow::fillSourceMenu(QMenu& menu)
+QAction* ResultWindow::fillSourceMenu(QMenu& menu)
 {
     menu.addAction(QStringLiteral("Source &file"), this, [this] { m_source->files()->showPopup(); });
     menu.addAction(QStringLiteral("Source &column"), this, [this] { m_source->columns()->showPopup(); });
-    menu.addAction(QStringLiteral("&Read the directory again"), m_source, &SourceChooser::refresh,
-                   QKeySequence::Refresh);
+    return menu.addAction(QStringLiteral("&Read the directory again"), m_source, &SourceChooser::refresh,
+                          QKeySequence::Refresh);
 }
 
 void ResultWindow::addCanvasMenus()
@@ -63,13 +68,15 @@ void ResultWindow::addCanvasMenus()
     m_canvas->fillCursorMenu(*menuBar()->addMenu(QStringLiteral("C&ursors")));
 }
 
-void ResultWindow::sl_cbSourceFileActivated(int /*index*/)
+void ResultWindow::sl_cbSourceFileActivated(int index)
 {
+    m_source->files()->setCurrentIndex(index);
     statusBar()->showMessage(m_source->file());
 }
 
-void ResultWindow::sl_cbSourceColActivated(int /*index*/)
+void ResultWindow::sl_cbSourceColActivated(int index)
 {
+    m_source->columns()->setCurrentIndex(index);
     statusBar()->showMessage(m_source->columns()->currentText());
 }
 
@@ -87,8 +94,14 @@ void ResultWindow::sl_plot()
 std::unique_ptr<TSFILE> ResultWindow::openSource()
 {
     std::unique_ptr<TSFILE> file;
-    if (TsApplication* const application = TsApplication::instance())
-        file.reset(application->OpenTs(m_source->file(), true));
+    try {
+        if (TsApplication* const application = TsApplication::instance())
+            file.reset(application->OpenTs(m_source->file(), true));
+        else
+            file = openTsFile(QFile::encodeName(m_source->file()).toStdString(), true);
+    } catch (const TS::Failure&) {
+        // told below
+    }
     if (!file)
         statusBar()->showMessage(QStringLiteral("%1 could not be opened").arg(m_source->file()));
     return file;
@@ -115,10 +128,10 @@ bool ResultWindow::mayWrite(const QString& file)
     return false;
 }
 
-void ResultWindow::resultMade()
+void ResultWindow::resultMade(bool worthAsking)
 {
     m_computed = true;
-    m_saved = false;
+    m_asksOnClose = worthAsking;
 }
 
 void ResultWindow::showEvent(QShowEvent* event)
@@ -139,7 +152,7 @@ void ResultWindow::showEvent(QShowEvent* event)
 
 bool ResultWindow::mayClose()
 {
-    if (!m_computed || m_saved)
+    if (!m_computed || !m_asksOnClose)
         return true;
     if (!askYesNo(QMessageBox::Question, this, windowTitle(),
                   QStringLiteral("Do you want to save the results?"))) {
@@ -148,5 +161,5 @@ bool ResultWindow::mayClose()
     }
     sl_saveResults();
     // What could not be saved is not thrown away.
-    return m_saved;
+    return !m_asksOnClose;
 }

@@ -11,6 +11,7 @@
 #include "share/SubWindow.h"
 
 class PlotCanvas;
+class QAction;
 class QMenu;
 class QVBoxLayout;
 class ReadoutLabel;
@@ -21,7 +22,7 @@ class ResultWindow : public SubWindow
     Q_OBJECT
 
 public slots:
-    // The status bar tells what was chosen.
+    // Chooses, and the status bar tells what.
     void sl_cbSourceFileActivated(int index);
     void sl_cbSourceColActivated(int index);
     // The read-out follows the mouse while there is a result.
@@ -31,7 +32,7 @@ public slots:
     virtual void sl_saveResults() = 0;
 
 protected:
-    // `icon` is a resource, `panelWidth` in pixels.
+    // `icon` is a resource, `panelWidth` in pixels what the panel has at least.
     ResultWindow(const QString& title, const QString& icon, int panelWidth, QWidget* parent);
 
     SourceChooser* source() const noexcept { return m_source; }
@@ -41,8 +42,8 @@ protected:
     // The panel's column of widgets; the source stands in it already.
     QVBoxLayout* panel() const noexcept { return m_panel; }
 
-    // Entries that choose file and column and read the directory again.
-    void fillSourceMenu(QMenu& menu);
+    // Entries that choose file and column and read the directory again; returns the last of them (F5).
+    QAction* fillSourceMenu(QMenu& menu);
     // The menus "View" and "Cursors" of the canvas.
     void addCanvasMenus();
 
@@ -53,8 +54,9 @@ protected:
     // False, after a box, for a file that another window has open for writing.
     bool mayWrite(const QString& file);
 
-    void resultMade();
-    void resultSaved() noexcept { m_saved = true; }
+    // Closing asks about a result that is worth it.
+    void resultMade(bool worthAsking = true);
+    void resultSaved() noexcept { m_asksOnClose = false; }
     void resultGone() noexcept { m_computed = false; }
     bool hasResult() const noexcept { return m_computed; }
 
@@ -73,5 +75,5 @@ private:
     QVBoxLayout* m_panel;
     QString m_resultName;
     bool m_computed = false;
-    bool m_saved = false;
+    bool m_asksOnClose = false;
 };

@@ -168,6 +168,10 @@ protected:
         float r = -1.0F, g = -1.0F, b = -1.0F;
     };
 
+    // By so many character heights a text is moved for each whole by which its horizontal justification
+    // leaves 0 to 1.
+    static constexpr float kJustificationShift = 0.6F;
+
     // True where SetColor() would ignore the colour.
     bool isCurrentColor(float r, float g, float b) const;
     // Device units of the current viewport's sides that a radius of 1 has.

@@ -21,14 +21,14 @@ constexpr double kWheelZoom = 1.25;
 constexpr int kNotch = 120;
 constexpr std::size_t kMostLanes = 6;
 
-void drawCurve(QPainter& painter, const Curve& curve, const QRectF& place)
+void drawCurve(QPainter& painter, const Curve& curve, const QRectF& lane)
 {
     std::size_t begin = 0;
     for (const std::size_t end : curve.runEnds) {
         QPolygonF line;
         for (std::size_t i = begin; i < end; ++i)
-            line << QPointF(place.left() + static_cast<double>(curve.points[2 * i]) * place.width(),
-                            place.bottom() - static_cast<double>(curve.points[2 * i + 1]) * place.height());
+            line << QPointF(lane.left() + static_cast<double>(curve.points[2 * i]) * lane.width(),
+                            lane.bottom() - static_cast<double>(curve.points[2 * i + 1]) * lane.height());
         if (end - begin == 1)
             painter.drawPoints(line);
         else
@@ -95,24 +95,17 @@ void OverviewStrip::drawPicture()
     m_picture.fill(palette().color(QPalette::Base));
     Plot2D whole = m_canvas->plot();
     whole.fitAll();
-    if (whole.groups().empty())
-        return;
     // Each group has a lane of its own, in the plot's order, as long as lanes are high enough to see
     // anything.
-    std::vector<std::size_t> lanes;
-    for (std::size_t g = 0; g < whole.groups().size() && lanes.size() < kMostLanes; ++g)
-        if (whole.groups()[g].hasVisible())
-            lanes.push_back(g);
+    std::vector<Group>& lanes = whole.groups();
+    std::erase_if(lanes, [](const Group& group) { return !group.hasVisible(); });
+    lanes.resize(std::min(lanes.size(), kMostLanes));
     QPainter painter(&m_picture);
     for (const Curve& curve : curvesOf(whole, m_picture.width(), m_picture.width())) {
-        const auto lane = std::find(lanes.begin(), lanes.end(), curve.group);
-        if (lane == lanes.end())
-            continue;
         const double height = area.height() / static_cast<double>(lanes.size());
-        const QRectF place(0.0, static_cast<double>(lane - lanes.begin()) * height, area.width() - 1.0,
-                           height - 1.0);
+        const QRectF lane(0.0, static_cast<double>(curve.group) * height, area.width() - 1.0, height - 1.0);
         painter.setPen(m_canvas->colorOf(curve.variable->variable()));
-        drawCurve(painter, curve, place);
+        drawCurve(painter, curve, lane);
     }
 }
 

@@ -29,6 +29,7 @@
 #include <QFrame>
 #include <QPixmap>
 #include <QPoint>
+#include <QPointer>
 #include <QString>
 #include <QStringList>
 #include <QVector>
@@ -44,6 +45,7 @@
 #include "share/PlotReadout.h"
 #include "share/PsParameters.h"
 
+class PsConfigDialog;
 class QMenu;
 
 class PlotCanvas : public QFrame
@@ -235,6 +237,7 @@ private:
     Plot2D m_plot;
     FileArray m_files;
     PsParameters m_psParameters;
+    QPointer<PsConfigDialog> m_psDialog;  // while it is open
     std::vector<QColor> m_colors;
     QString m_suggestedName = QStringLiteral("plot");
     QString m_text;  // shown instead of a plot

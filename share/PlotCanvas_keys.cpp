@@ -360,7 +360,11 @@ void PlotCanvas::sl_hardCopyWithCursors()
 
 void PlotCanvas::sl_psParameters()
 {
-    (new PsConfigDialog(&m_psParameters, window()))->show();
+    if (!m_psDialog)
+        m_psDialog = new PsConfigDialog(&m_psParameters, window());
+    m_psDialog->show();
+    m_psDialog->raise();
+    m_psDialog->activateWindow();
 }
 
 void PlotCanvas::sl_savePicture()

@@ -288,10 +288,8 @@ void PlotCanvas::tellHover(const QPoint& pixel)
             parts.append(QStringLiteral("…"));
             break;
         }
-        parts.append(QStringLiteral("%1 = %2 %3")
-                         .arg(QString::fromStdString(v->variable().label), valueText(valueAt(m_plot, *v, x)),
-                              QString::fromStdString(v->variable().unit))
-                         .trimmed());
+        parts.append(QStringLiteral("%1 = %2").arg(QString::fromStdString(v->variable().label),
+                                                   valueWithUnit(*v, valueAt(m_plot, *v, x))));
     }
     emit x_hovered(parts.join(QStringLiteral(",  ")));
 }

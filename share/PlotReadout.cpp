@@ -85,6 +85,18 @@ QString clockText(const Plot2D& plot, double x)
     return time.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")) + fraction.mid(1);
 }
 
+// "73 d 06:00:00"
+QString durationText(double seconds)
+{
+    constexpr qint64 kMinute = 60, kHour = 3600, kDay = 86400;
+    const auto whole = static_cast<qint64>(std::llround(seconds));
+    const QString time = QStringLiteral("%1:%2:%3")
+                             .arg(whole % kDay / kHour, 2, 10, QLatin1Char('0'))
+                             .arg(whole % kHour / kMinute, 2, 10, QLatin1Char('0'))
+                             .arg(whole % kMinute, 2, 10, QLatin1Char('0'));
+    return whole < kDay ? time : QStringLiteral("%1 d ").arg(whole / kDay) + time;
+}
+
 }  // namespace
 
 QString valueText(double value)
@@ -92,6 +104,13 @@ QString valueText(double value)
     if (std::isnan(value))
         return QStringLiteral("missing");
     return QString::number(value, 'g', kFloatDigits);
+}
+
+QString valueWithUnit(const HsVariable& variable, double value)
+{
+    const QString unit = QString::fromStdString(variable.variable().unit);
+    return std::isnan(value) || unit.isEmpty() ? valueText(value)
+                                               : valueText(value) + QLatin1Char(' ') + unit;
 }
 
 QString xUnit(const Plot2D& plot)
@@ -117,7 +136,12 @@ QString distanceText(const Plot2D& plot, double dx)
 {
     if (plot.axis().mode == XMode::Sample)
         return numberText(plot, dx) + QStringLiteral(" samples");
-    return numberText(plot, dx) + QLatin1Char(' ') + xUnit(plot);
+    const QString text = numberText(plot, dx) + QLatin1Char(' ') + xUnit(plot);
+    constexpr double kMinute = 60.0;
+    // Between dates nobody counts in seconds alone.
+    return plot.axis().mode == XMode::Clock && std::abs(dx) >= kMinute && std::abs(dx) < 1e14
+               ? text + QStringLiteral(" (%1)").arg(durationText(std::abs(dx)))
+               : text;
 }
 
 QString inverseText(const Plot2D& plot, double dx)
@@ -161,9 +185,7 @@ Readout readoutAt(const Plot2D& plot, double x)
     }
     for (const auto& v : plot.variables())
         if (v->variable().visible)
-            rows.append({label(*v), (valueText(valueAt(plot, *v, at)) + QLatin1Char(' ') +
-                                     QString::fromStdString(v->variable().unit))
-                                        .trimmed()});
+            rows.append({label(*v), valueWithUnit(*v, valueAt(plot, *v, at))});
     return rows;
 }
 

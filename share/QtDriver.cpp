@@ -24,7 +24,6 @@ constexpr int kScreenDotsPerInch = 75;
 constexpr int kCharacterUnit = 11;
 constexpr int kLineUnit = 13;
 constexpr int kReservedPoints = 1000;
-constexpr float kJustificationShift = 0.6F;
 
 int truncated(float pixels)
 {

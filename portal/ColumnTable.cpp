@@ -37,6 +37,7 @@ ColumnTable::ColumnTable(QWidget* parent) : QTableWidget(0, kPlaceCount, parent)
     setWhatsThis(
         QStringLiteral("Names and descriptions are written as they are edited: a name has at most "
                        "11 characters, a description 45. A click on the header reads them again."));
+    setTabKeyNavigation(false);  // Tab leaves the table; out of an open cell it goes to the next one
     setShowGrid(false);
     horizontalHeader()->setStretchLastSection(true);
     horizontalHeader()->setSectionsClickable(true);

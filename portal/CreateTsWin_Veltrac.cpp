@@ -1,5 +1,6 @@
 #include "portal/CreateTsWin_Veltrac.h"
 
+#include <QApplication>
 #include <QDialogButtonBox>
 #include <QDir>
 #include <QFile>
@@ -203,6 +204,7 @@ Column_Tab::Column_Tab(int columns, QWidget* parent)
     m_table->setHorizontalHeaderLabels({QStringLiteral("Column name"), QStringLiteral("Column description")});
     m_table->horizontalHeader()->setStretchLastSection(true);
     m_table->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + kRowMargin);
+    m_table->setTabKeyNavigation(false);  // Tab leaves the table; out of an open cell it goes to the next one
     m_table->setAccessibleName(QStringLiteral("Names and descriptions of the columns"));
     m_table->setWhatsThis(QStringLiteral("A name has at most 11 characters, a description 45."));
     m_note->setWordWrap(true);
@@ -333,6 +335,9 @@ void CreateTsWin::sl_accept()
     TsApplication* const application = TsApplication::instance();
     if (application == nullptr || !m_basics->reason().isEmpty())
         return;
+    // A key may press OK while a cell is open still.
+    if (m_columns->isAncestorOf(QApplication::focusWidget()))
+        m_ok->setFocus();
     const QString name = madeFile(m_basics->fileName());
     const bool existed = QFile::exists(name);
     std::unique_ptr<TSFILE> file(

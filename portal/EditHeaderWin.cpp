@@ -75,6 +75,7 @@ EditHeaderWin::EditHeaderWin(const QString& fileName, QWidget* parent)
     layout->addWidget(createTable(), 1);
     layout->addWidget(createButtons());
     setCentralWidget(central);
+    statusBar();  // from the start, so that its first message does not move the buttons
     connect(this, &SubWindow::windowGone, this, &EditHeaderWin::sl_subwindowGone);
 
     readHeader();
@@ -437,6 +438,9 @@ bool EditHeaderWin::mayWrite()
 
 void EditHeaderWin::sl_finished()
 {
+    // A mnemonic presses OK while a cell is open still.
+    if (m_table->isAncestorOf(QApplication::focusWidget()))
+        m_ok->setFocus();
     // As the header will hold it: what is too small for 32 bits is 0 there.
     if (!(static_cast<float>(m_fields->sampleTime().number()) > 0.0F)) {
         warn(QStringLiteral("Ts sample time error"),
@@ -444,7 +448,7 @@ void EditHeaderWin::sl_finished()
         m_fields->sampleTime().setFocus();
         return;
     }
-    // A mnemonic presses OK without leaving the field of a count first.
+    // Nor is the field of a count left by it.
     if (applySamples() && applyColumns() && writeFields())
         close();
 }

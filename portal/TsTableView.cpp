@@ -199,6 +199,8 @@ void TsTableView::createTable()
     fillColumnList();
     auto* const delegate = new CellDelegate(m_view);
     m_view->setItemDelegate(delegate);
+    // Where nothing is edited, Tab goes on to the other parts of the window.
+    m_view->setTabKeyNavigation(isEditing());
     m_view->setEditTriggers(isEditing()
                                 ? QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed |
                                       QAbstractItemView::AnyKeyPressed

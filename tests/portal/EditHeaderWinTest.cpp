@@ -10,9 +10,6 @@
 #include <QTableWidget>
 #include <QTest>
 
-#include <sys/resource.h>
-
-#include <csignal>
 #include <filesystem>
 
 #include "core/Rebuild.h"
@@ -20,6 +17,7 @@
 #include "share/NumberField.h"
 #include "tests/BoxAnswer.h"
 #include "tests/Desk.h"
+#include "tests/FileSizeLimit.h"
 #include "tests/core/TsFileBytes.h"
 
 namespace {
@@ -115,15 +113,11 @@ TEST_F(HeaderEditor, CancelRebuildsNothing)
 TEST_F(HeaderEditor, FullDiskKeepsTheFileAndSaysWhy)
 {
     open();
-    rlimit before{};
-    getrlimit(RLIMIT_FSIZE, &before);
-    rlimit little = before;
-    little.rlim_cur = 2048;
-    std::signal(SIGXFSZ, SIG_IGN);
     const BoxAnswer told(QStringLiteral("Ok"));
-    setrlimit(RLIMIT_FSIZE, &little);
-    enter(kSamples, "20000");
-    setrlimit(RLIMIT_FSIZE, &before);
+    {
+        const FileSizeLimit full(2048);
+        enter(kSamples, "20000");
+    }
     EXPECT_EQ(told.text(),
               "Caught a TS::OPEN_ERROR exception on:a.ts\nThe old file is still there, unchanged: "
               "the disk took no more (is it full?).");

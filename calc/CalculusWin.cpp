@@ -15,6 +15,7 @@
 #include "core/ColumnCopy.h"
 #include "core/ScratchFile.h"
 #include "core/TsExceptions.h"
+#include "core/TsHeader.h"
 #include "portal/TsApplication.h"
 #include "share/Boxes.h"
 #include "share/JobProgress.h"
@@ -36,6 +37,12 @@ const char* const kFilter = "*.ts, *.Ts, *.TS, *.tS";
 bool isSameFile(const QString& a, const QString& b)
 {
     return QFileInfo(a).canonicalFilePath() == QFileInfo(b).canonicalFilePath();
+}
+
+bool replacesTimes(const TSFILE& target)
+{
+    const auto isReplaced = [](std::uint32_t column) { return column == 1 || column == 2; };
+    return isReplaced(target.timeColumn()) || isReplaced(target.time32Column());
 }
 
 }  // namespace
@@ -161,6 +168,7 @@ bool CalculusWin::prepare(const Progress& progress, JobOutcome& outcome)
     if (!m_work) {
         statusBar()->showMessage(
             QStringLiteral("The scratch file could not be made. Is %1 full?").arg(QFileInfo(name).path()));
+        dropWork();
         return false;
     }
     m_workName = name + QStringLiteral(".ts");
@@ -181,6 +189,9 @@ bool CalculusWin::refuses(TSFILE& file)
         reason = QStringLiteral("The sample time of %1 is not above 0.\nSet it in the header editor first.");
     else if (file.samples() == 0)
         reason = QStringLiteral("%1 has no samples.");
+    else if (tsFileBytes(file.samples(), 2) >= kFileLimit)
+        reason = QStringLiteral(
+            "%1 is too long: column and result together are more than the 2 GB that a ts-file can have.");
     if (reason.isEmpty())
         return false;
     dropCursor();
@@ -232,6 +243,13 @@ void CalculusWin::sl_saveResults()
         showBox(QMessageBox::Warning, this, windowTitle(),
                 QStringLiteral("%1 has only one column; the results need two.\nNothing was saved.")
                     .arg(resultName()));
+        setResultName(QString());
+        return;
+    }
+    if (replacesTimes(*target) &&
+        !askYesNo(QMessageBox::Question, this, windowTitle(),
+                  QStringLiteral("The times of %1 stand in the columns that will be replaced.\nProceed?")
+                      .arg(resultName()))) {
         setResultName(QString());
         return;
     }

@@ -175,6 +175,7 @@ void DFTWin::sl_execute()
     }
     if (!failure.isEmpty()) {
         dropResult();
+        statusBar()->showMessage(QStringLiteral("Nothing was computed"));
         showBox(QMessageBox::Warning, this, windowTitle(), failure);
     }
 }
@@ -266,10 +267,11 @@ void DFTWin::sl_saveResults()
         QFileInfo(name).canonicalFilePath() == computed.canonicalFilePath()
             ? QStringLiteral("%1 is the source file itself.\nReplace it by the spectrum?")
             : QStringLiteral("%1 exists.\nReplace it by the spectrum?");
-    if (!mayWrite(name) || (QFileInfo::exists(name) &&
-                            !askYesNo(QMessageBox::Question, this, windowTitle(), question.arg(name))))
-        return;
-    saveAs(name);
+    if (mayWrite(name) && (!QFileInfo::exists(name) ||
+                           askYesNo(QMessageBox::Question, this, windowTitle(), question.arg(name))))
+        saveAs(name);
+    else
+        statusBar()->showMessage(QStringLiteral("Saving aborted"), kSavedMs);
 }
 
 void DFTWin::saveAs(const QString& name)

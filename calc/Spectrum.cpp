@@ -130,9 +130,12 @@ JobOutcome loadRange(TSFILE& source, const SpectrumRequest& request, std::span<d
         JobOutcome::Cancelled)
         return JobOutcome::Cancelled;
     mean = removeTrend(samples, request.trend);
+    std::vector<double> weights(std::min<std::size_t>(kRunSamples, samples.size()));
     for (std::size_t done = 0; done < samples.size();) {
-        const std::size_t count = std::min<std::size_t>(kRunSamples, samples.size() - done);
-        window.weigh(static_cast<std::uint32_t>(done), samples.subspan(done, count));
+        const std::size_t count = std::min(weights.size(), samples.size() - done);
+        window.fill(static_cast<std::uint32_t>(done), std::span(weights).first(count));
+        for (std::size_t i = 0; i < count; ++i)
+            samples[done + i] *= weights[i];
         done += count;
         if (!goesOn(partOf(progress, 80, 100), done, samples.size()))
             return JobOutcome::Cancelled;
@@ -175,6 +178,8 @@ JobOutcome segments(TSFILE& source, const SpectrumRequest& request, const Spectr
     Transform transform(plan.length);
     SampleReader reader(source, request);
     WindowShape window(request.window, plan.used);
+    std::vector<double> weights(plan.used);
+    window.fill(0, weights);
     std::vector<double> power(plan.bins + 1, 0.0);
     double sum = 0.0;
     const std::uint32_t hop = segmentHop(plan.used, request.overlapPercent);
@@ -183,8 +188,8 @@ JobOutcome segments(TSFILE& source, const SpectrumRequest& request, const Spectr
         const auto first = static_cast<std::uint32_t>(request.from + std::uint64_t{s} * hop);
         reader.read(first, samples, {});
         sum += removeTrend(samples, request.trend);
-        window.resetSums();
-        window.weigh(0, samples);
+        for (std::uint32_t i = 0; i < plan.used; ++i)
+            samples[i] *= weights[i];
         if (!transform.run({}) || !goesOn(progress, s + 1, plan.segments))
             return JobOutcome::Cancelled;
         for (std::uint32_t k = 1; k <= plan.bins; ++k)
@@ -237,6 +242,8 @@ SpectrumPlan planSpectrum(const SpectrumRequest& request)
     plan.resolution = 1.0 / (plan.length * request.dt);
     plan.highest = plan.bins * plan.resolution;
     plan.bytes = plan.length * kBytesASample;
+    if (request.averaged)
+        plan.bytes += (std::uint64_t{plan.used} + plan.bins) * sizeof(double);  // weights and sums of power
     return plan;
 }
 

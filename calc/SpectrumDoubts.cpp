@@ -10,6 +10,7 @@
 #include "calc/Spectrum.h"
 #include "calc/SpectrumSamples.h"
 #include "calc/SpectrumTexts.h"
+#include "core/TsHeader.h"
 #include "share/Boxes.h"
 #include "share/HeaderText.h"
 #include "share/JobProgress.h"
@@ -89,19 +90,25 @@ bool askAboutSteps(QWidget* window, TSFILE& source, const QString& fileName, Spe
 
 bool askAboutMemory(QWidget* window, SpectrumRequest& request)
 {
-    const std::uint64_t bytes = planSpectrum(request).bytes;
-    if (request.averaged || bytes <= machineMemory() / 4)
+    if (request.averaged)
+        return true;
+    const SpectrumPlan plan = planSpectrum(request);
+    QString doubt;
+    if (plan.bytes > machineMemory() / 4)
+        doubt = QStringLiteral("Whole range needs %1.").arg(memoryText(plan.bytes));
+    else if (tsFileBytes(plan.bins, spectrumColumns(request)) >= kFileLimit)
+        doubt = QStringLiteral("The spectrum of the whole range is more than the 2 GB of a ts-file.");
+    if (doubt.isEmpty())
         return true;
     request.averaged = true;
-    return askToGoOn(window,
-                     QStringLiteral("Whole range needs %1. Use averaged segments?").arg(memoryText(bytes)),
-                     QStringLiteral("Yes"));
+    return askToGoOn(window, doubt + QStringLiteral(" Use averaged segments?"), QStringLiteral("Yes"));
 }
 
 }  // namespace
 
 bool clearDoubts(QWidget* window, TSFILE& source, const QString& fileName, SpectrumRequest& request)
 {
-    return askAboutMissing(window, source, request) && askAboutSteps(window, source, fileName, request) &&
-           askAboutMemory(window, request);
+    // The one that needs no look at the samples comes first.
+    return askAboutMemory(window, request) && askAboutMissing(window, source, request) &&
+           askAboutSteps(window, source, fileName, request);
 }

@@ -42,32 +42,30 @@ WindowShape::WindowShape(SpectrumWindow window, std::uint32_t m) : m_window(wind
     }
 }
 
-void WindowShape::weigh(std::uint32_t first, std::span<double> samples)
+void WindowShape::fill(std::uint32_t first, std::span<double> weights)
 {
-    double weights[kTile];
-    for (std::size_t done = 0; done < samples.size(); done += kTile) {
-        const std::size_t count = std::min(kTile, samples.size() - done);
-        fill(first + static_cast<std::uint32_t>(done), count, weights);
-        for (std::size_t i = 0; i < count; ++i) {
-            samples[done + i] *= weights[i];
-            m_sum += weights[i];
-            m_squares += weights[i] * weights[i];
+    for (std::size_t done = 0; done < weights.size(); done += kTile) {
+        const std::span<double> tile = weights.subspan(done, std::min(kTile, weights.size() - done));
+        fillTile(first + static_cast<std::uint32_t>(done), tile);
+        for (const double weight : tile) {
+            m_sum += weight;
+            m_squares += weight * weight;
         }
     }
 }
 
 // A fresh cosine and sine a tile, turned on by the table: a rotation over the whole length would drift.
-void WindowShape::fill(std::uint32_t first, std::size_t count, double* weights) const
+void WindowShape::fillTile(std::uint32_t first, std::span<double> weights) const
 {
     if (m_window == SpectrumWindow::Bartlett) {
-        for (std::size_t i = 0; i < count; ++i)
+        for (std::size_t i = 0; i < weights.size(); ++i)
             weights[i] = 1.0 - std::fabs(2.0 * static_cast<double>(first + i) / m_length - 1.0);
         return;
     }
     const double seedCos = std::cos(kTurn * first / m_length);
     const double seedSin = std::sin(kTurn * first / m_length);
     const double(&a)[5] = kWindows[static_cast<std::size_t>(m_window)].terms;
-    for (std::size_t i = 0; i < count; ++i) {
+    for (std::size_t i = 0; i < weights.size(); ++i) {
         // a0 - a1 cos x + a2 cos 2x - ... by C. W. Clenshaw's recurrence (MTAC 9, 1955); the signs alternate
         // with -cos x for cos x.
         const double c = m_sin[i] * seedSin - m_cos[i] * seedCos;

@@ -15,20 +15,18 @@ class WindowShape
 public:
     WindowShape(SpectrumWindow window, std::uint32_t m);
 
-    // Multiplies samples `first` (from 0), first + 1, … of the m by their weights, and adds these up. Fastest
-    // in runs of some thousands.
-    void weigh(std::uint32_t first, std::span<double> samples);
+    // The weights `first` (from 0), first + 1, … of the m; adds them up. Fastest in runs of some thousands.
+    void fill(std::uint32_t first, std::span<double> weights);
 
-    // Of the weights since the last reset, and of their squares.
+    // Of all weights so far, and of their squares.
     double sum() const noexcept { return m_sum; }
     double squares() const noexcept { return m_squares; }
-    void resetSums() noexcept { m_sum = m_squares = 0.0; }
 
 private:
     static constexpr std::size_t kTile = 64;
 
-    // Weights first … first + count - 1, at most kTile of them.
-    void fill(std::uint32_t first, std::size_t count, double* weights) const;
+    // At most kTile of them.
+    void fillTile(std::uint32_t first, std::span<double> weights) const;
 
     SpectrumWindow m_window;
     std::uint32_t m_length;

@@ -161,7 +161,7 @@ void useHead(STLFormat& format)
         switch (keyOf(key)) {
             case STLKey::Start:
                 if (const auto stamp = readStamp(value))
-                    format.typedStart = wallClock(*stamp, format.order).value_or(0);
+                    format.typedStart = localWallClock(*stamp, format.order).value_or(0);
                 break;
             case STLKey::Date:
                 date = readDate(value);

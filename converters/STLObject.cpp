@@ -67,17 +67,9 @@ void STLObject::detect(char separator, char decimal)
 
 // -- Check --
 
-STLObject::FileState STLObject::stateOfFile() const
-{
-    return {std::filesystem::file_size(m_file), std::filesystem::last_write_time(m_file)};
-}
-
 bool STLObject::isRead() const
 {
-    std::error_code unknown;
-    const FileState now{std::filesystem::file_size(m_file, unknown),
-                        std::filesystem::last_write_time(m_file, unknown)};
-    return !unknown && m_readFormat && now == m_readState && readAlike(m_format, *m_readFormat);
+    return m_readFormat && readAlike(m_format, *m_readFormat) && isUnchanged(m_file, m_readState);
 }
 
 JobOutcome STLObject::check(const Progress& progress)
@@ -93,7 +85,7 @@ JobOutcome STLObject::check(const Progress& progress)
 JobOutcome STLObject::readAll(const Progress& progress)
 {
     m_readFormat.reset();
-    m_readState = stateOfFile();
+    m_readState = stateOf(m_file);
     bool wrongOrder = false;
     if (readThrough(progress, wrongOrder) == JobOutcome::Cancelled)
         return JobOutcome::Cancelled;
@@ -298,7 +290,7 @@ void STLObject::writeHeader(TSFILE& target) const
 JobOutcome STLObject::write(TSFILE& target, const Progress& progress)
 {
     const STLError changed(m_file.filename().string() + " has changed while it was read. Import it again.");
-    if (stateOfFile() != m_readState)
+    if (stateOf(m_file) != m_readState)
         throw changed;
     writeHeader(target);
     // Where every line is a row, and its time is not written, the times have been read for good.

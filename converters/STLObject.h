@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "converters/FileState.h"
 #include "converters/STLCheck.h"
 #include "converters/STLDetect.h"
 #include "core/Progress.h"
@@ -46,16 +47,6 @@ public:
     std::string columnDescription(std::size_t column) const;
 
 private:
-    // What tells that a file has changed.
-    struct FileState
-    {
-        std::uintmax_t bytes = 0;
-        std::filesystem::file_time_type written;
-
-        bool operator==(const FileState&) const = default;
-    };
-
-    FileState stateOfFile() const;
     JobOutcome readAll(const Progress& progress);
     JobOutcome readThrough(const Progress& progress, bool& wrongOrder);
     bool isChosen(std::uint64_t row) const;

@@ -1,19 +1,15 @@
 #include "filter/FilterWin.h"
 
-#include <QApplication>
 #include <QComboBox>
 #include <QFile>
 #include <QFileInfo>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMenuBar>
-#include <QScopeGuard>
 #include <QStatusBar>
 #include <QToolBar>
 
 #include <array>
-#include <new>
-#include <system_error>
 
 #include "core/TsExceptions.h"
 #include "core/TsNames.h"
@@ -21,9 +17,7 @@
 #include "filter/FilterCharWin.h"
 #include "filter/FilterFields.h"
 #include "filter/FilterRun.h"
-#include "portal/TsApplication.h"
 #include "share/Boxes.h"
-#include "share/JobProgress.h"
 #include "share/NumberField.h"
 #include "share/PlotCanvas.h"
 #include "share/QtMessageWin.h"
@@ -37,13 +31,10 @@ const QString kTitle = QStringLiteral("Ts-Filt");
 const QString kNoSource = QStringLiteral("No source file available");
 const QString kNoPlot = QStringLiteral("Frequency plot of the moving average filter is not available.");
 constexpr int kNoSourceMs = 6000;
-constexpr int kFilteringMs = 60000;
-constexpr int kFinishedMs = 5000;
 constexpr int kPanelWidth = 330;
 constexpr int kPreviewHeight = 150;
 constexpr int kReadoutLines = 4;  // sample, time, input, output
-constexpr double kWorthAskingSeconds = 5.0;
-constexpr int kFirstType = 5;  // a Butterworth low-pass is what most come for
+constexpr int kFirstType = 5;     // a Butterworth low-pass is what most come for
 
 struct ActionRow
 {
@@ -175,10 +166,7 @@ void FilterWin::connectFields()
 {
     connect(m_source->files(), SIGNAL(activated(int)), this, SLOT(sl_cbSourceFileActivated(int)));
     connect(m_source->columns(), SIGNAL(activated(int)), this, SLOT(sl_cbSourceColActivated(int)));
-    connect(m_source, &SourceChooser::x_source_changed, this, [this] {
-        showSource();
-        showPreview();
-    });
+    connect(m_source, &SourceChooser::x_source_changed, this, &FilterWin::showSource);
     connect(m_fields->types(), SIGNAL(currentIndexChanged(int)), this, SLOT(sl_cbFilterActivated(int)));
     const std::pair<FilterField, const char*> fields[] = {
         {FilterField::Freq0, SLOT(sl_fldFreq0Changed(QString))},
@@ -209,16 +197,23 @@ void FilterWin::sl_cbSourceColActivated(int index)
 
 void FilterWin::showSource()
 {
-    m_samplingHz = 0.0;
+    double rate = 0.0;
     if (!m_source->file().isEmpty()) {
         try {
-            m_samplingHz =
+            rate =
                 samplingFrequency(openTsFile(QFile::encodeName(m_source->file()).toStdString(), true)->dt());
         } catch (const TS::Failure&) {
             // The column box is empty then, and executing says so.
         }
     }
-    m_fields->showRate(m_samplingHz);
+    showRate(rate);
+    showPreview();
+}
+
+void FilterWin::showRate(double samplingHz)
+{
+    m_samplingHz = samplingHz;
+    m_fields->showRate(samplingHz);
 }
 
 void FilterWin::sl_cbFilterActivated(int type)
@@ -264,10 +259,8 @@ void FilterWin::sl_help()
 
 // -- The request --
 
-// The source is asked anew: its header may have been edited since it was chosen.
 bool FilterWin::validate(const FilterRequest& asked)
 {
-    showSource();
     const std::string complaint = filterComplaint(asked, m_samplingHz);
     if (complaint.empty())
         return true;
@@ -281,6 +274,13 @@ void FilterWin::tellReports(const QString& text)
         showBox(QMessageBox::Warning, this, kTitle, text);
 }
 
+bool FilterWin::requireSource()
+{
+    if (m_source->file().isEmpty())
+        statusBar()->showMessage(kNoSource, kNoSourceMs);
+    return !m_source->file().isEmpty();
+}
+
 bool FilterWin::requireColumn(const char* axis, unsigned column)
 {
     if (column != 0)
@@ -292,134 +292,7 @@ bool FilterWin::requireColumn(const char* axis, unsigned column)
     return false;
 }
 
-// -- Calculating --
-
-std::unique_ptr<TSFILE> FilterWin::openSource()
-{
-    if (TsApplication* const application = TsApplication::instance())
-        return std::unique_ptr<TSFILE>(application->OpenTs(m_source->file(), true));
-    try {
-        return openTsFile(QFile::encodeName(m_source->file()).toStdString(), true);
-    } catch (const TS::Failure&) {
-        return nullptr;
-    }
-}
-
-void FilterWin::sl_execute()
-{
-    if (m_source->file().isEmpty()) {
-        statusBar()->showMessage(kNoSource, kNoSourceMs);
-        return;
-    }
-    const FilterRequest asked = m_fields->request();
-    if (!requireColumn("Y1", m_source->column()) || !validate(asked))
-        return;
-    const std::unique_ptr<TSFILE> source = openSource();
-    if (!source) {
-        statusBar()->showMessage(QStringLiteral("%1 could not be opened").arg(m_source->file()));
-        return;
-    }
-    QString failure;
-    try {
-        calculate(asked, *source);
-    } catch (const TS::Failure&) {
-        failure =
-            QStringLiteral("%1 could not be read to its end, or the disk is full.").arg(m_source->file());
-    } catch (const std::system_error& e) {
-        failure = QStringLiteral("No scratch file can be made in this directory: %1.")
-                      .arg(QString::fromLocal8Bit(e.what()));
-    } catch (const std::bad_alloc&) {
-        failure = QStringLiteral("There is not enough memory for that many points.");
-    }
-    if (!failure.isEmpty()) {
-        statusBar()->showMessage(QStringLiteral("Nothing was computed"));
-        showBox(QMessageBox::Warning, this, kTitle,
-                QStringLiteral("The calculation failed: %1\nNo file of yours was changed.").arg(failure));
-    }
-}
-
-void FilterWin::calculate(const FilterRequest& asked, TSFILE& source)
-{
-    FidReports reports;
-    FidFilterPtr filter;
-    if (!asked.isMovingAverage()) {
-        filter = designFilter(asked, m_samplingHz);
-        if (!filter) {
-            tellReports(QString::fromStdString(reports.text()));
-            return;
-        }
-    }
-    double seconds = 0.0;
-    const FilterOutcome outcome = fillWork(asked, filter.get(), source, seconds);
-    if (outcome.outcome == JobOutcome::Cancelled) {
-        statusBar()->showMessage(QStringLiteral("Filtering cancelled"), kFinishedMs);
-        return;
-    }
-    tellReports(QString::fromStdString(reports.text()));
-    showResult(outcome, seconds);
-}
-
-// Fills a new work file, which takes the place of the one before when it is whole. The wait cursor is gone
-// before any box opens.
-FilterOutcome FilterWin::fillWork(const FilterRequest& asked, const FidFilter* filter, TSFILE& source,
-                                  double& seconds)
-{
-    const std::string words =
-        filter ? filterSpec(asked) : "Moving average over " + std::to_string(asked.order);
-    QApplication::setOverrideCursor(Qt::WaitCursor);
-    const auto restore = qScopeGuard([] { QApplication::restoreOverrideCursor(); });
-    statusBar()->showMessage(QStringLiteral("Filtering ongoing..."), kFilteringMs);
-    const std::filesystem::path here = std::filesystem::current_path();
-    const bool replaces = m_work && m_work->path().parent_path() == here;
-    auto made = std::make_unique<ScratchFile>(here, replaces ? "temp1" : "temp", ".ts");
-    FilterOutcome outcome;
-    {
-        const auto work = createTsFile(made->path().string(), source.samples(), 2);
-        JobProgress progress(this, QStringLiteral("Filtering %1").arg(m_source->file()));
-        describeWork(source, m_source->column(), *work, words);
-        outcome = filter ? runFilter(source, m_source->column(), *work, filter, progress.callback())
-                         : runMovingAverage(source, m_source->column(), *work,
-                                            static_cast<std::uint32_t>(asked.order), progress.callback());
-        if (outcome.outcome == JobOutcome::Cancelled)
-            return outcome;
-        work->flush(true);
-        seconds = progress.seconds();
-    }
-    if (replaces)
-        made->putInPlace(m_work->path());
-    else
-        m_work = std::move(made);
-    m_worthAsking = seconds > kWorthAskingSeconds;
-    m_sourceFile = QFileInfo(m_source->file()).absoluteFilePath();
-    m_words = QString::fromStdString(words);
-    return outcome;
-}
-
-void FilterWin::showResult(const FilterOutcome& outcome, double seconds)
-{
-    const QString work = QFile::decodeName(m_work->path().c_str());
-    m_canvas->showColumns(work, {1, 2}, PlotCanvas::Axes::ByUnit);
-    // Over one another even where the source's description tells no unit.
-    std::vector<Group>& groups = m_canvas->plot().groups();
-    if (groups.size() == 2) {
-        groups[0].variables().push_back(groups[1].variables().front());
-        groups.pop_back();
-        m_canvas->plot().fitAll();
-    }
-    m_canvas->plot().xTitle = "Time[s]";
-    m_canvas->plot().title =
-        QStringLiteral("%1: %2").arg(QFileInfo(m_sourceFile).fileName(), m_words).toStdString();
-    m_canvas->setSuggestedName(QFileInfo(m_sourceFile).completeBaseName() + QStringLiteral("_filt"));
-    m_canvas->replot();
-    QString told =
-        QStringLiteral("%1 samples in %2 s")
-            .arg(QLocale(QLocale::C).toString(m_canvas->plot().variables().front()->variable().rows()))
-            .arg(seconds, 0, 'f', 1);
-    if (outcome.missing > 0)
-        told += QStringLiteral(", %1 missing values").arg(outcome.missing);
-    m_readout->setText(told);
-    statusBar()->showMessage(QStringLiteral("Filtering...finished"), kFinishedMs);
-}
+// -- The canvas --
 
 void FilterWin::sl_updateCanvas()
 {
@@ -470,11 +343,7 @@ void FilterWin::sl_plotFiltWin()
         showBox(QMessageBox::Information, this, kTitle, kNoPlot);
         return;
     }
-    if (m_source->file().isEmpty()) {
-        statusBar()->showMessage(kNoSource, kNoSourceMs);
-        return;
-    }
-    if (!validate(asked))
+    if (!requireSource() || !openSource() || !validate(asked))
         return;
     FidReports reports;
     const FidFilterPtr filter = designFilter(asked, m_samplingHz);

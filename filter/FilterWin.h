@@ -57,8 +57,11 @@ private:
     void connectFields();
     void fieldChanged();
     void showSource();
+    void showRate(double samplingHz);
     // The characteristic of what the fields say, small, beneath them.
     void showPreview();
+    // Both tell where there is none.
+    bool requireSource();
     bool requireColumn(const char* axis, unsigned column);
     // Says why the fields cannot be, in a box; true where they can.
     bool validate(const FilterRequest& asked);

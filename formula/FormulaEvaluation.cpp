@@ -149,6 +149,14 @@ struct Product
     static double of(const FormulaNode& /*node*/, double left, double right) { return left * right; }
 };
 // The sign is dropped on purpose: -max(a,b) is max(a,b) in every formula that users keep.
+struct Larger
+{
+    static double of(const FormulaNode& /*node*/, double left, double right) { return larger(left, right); }
+};
+struct Smaller
+{
+    static double of(const FormulaNode& /*node*/, double left, double right) { return smaller(left, right); }
+};
 struct Binary
 {
     static double of(const FormulaNode& node, double left, double right)
@@ -235,6 +243,15 @@ Evaluator withSign(const FormulaNode& node)
     return node.sign < 0 ? negative<positive> : positive;
 }
 
+Evaluator binaryEvaluator(const FormulaNode& node)
+{
+    if (node.left == nullptr || node.right == nullptr)
+        return missingArgument;
+    if (node.binaryFunction == larger)
+        return combination<Larger>(node);
+    return node.binaryFunction == smaller ? combination<Smaller>(node) : combination<Binary>(node);
+}
+
 Evaluator evaluatorOf(const FormulaNode& node)
 {
     switch (node.kind) {
@@ -251,8 +268,7 @@ Evaluator evaluatorOf(const FormulaNode& node)
         case 'f':
             return node.unaryFunction == squareRoot ? withSign<unarySquareRoot>(node) : withSign<unary>(node);
         case 'm':
-            return node.left == nullptr || node.right == nullptr ? missingArgument
-                                                                 : combination<Binary>(node);
+            return binaryEvaluator(node);
         case 'n':
         case 'p':
             return number;

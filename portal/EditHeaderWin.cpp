@@ -21,6 +21,7 @@
 #include "core/TSFILE.h"
 #include "core/TsExceptions.h"
 #include "portal/ColumnTable.h"
+#include "portal/FailureReason.h"
 #include "portal/HeaderFields.h"
 #include "portal/TsApplication.h"
 #include "share/Boxes.h"
@@ -384,7 +385,10 @@ bool EditHeaderWin::changeCounts(std::optional<unsigned> newSamples, std::option
 
 bool EditHeaderWin::rebuild(unsigned samples, unsigned columns)
 {
-    const QString unchanged = QStringLiteral("\nThe old file is still there, unchanged.");
+    const auto unchanged = [] {
+        return QStringLiteral("The old file is still there, unchanged: %1.")
+            .arg(QString::fromLocal8Bit(reasonOfFailure().c_str()));
+    };
     QString failure;
     JobOutcome outcome = JobOutcome::Cancelled;
     try {
@@ -393,10 +397,10 @@ bool EditHeaderWin::rebuild(unsigned samples, unsigned columns)
         outcome =
             rebuildTsFile(m_fileName.toLocal8Bit().toStdString(), samples, columns, progress.callback());
     } catch (const TS::Failure&) {
-        failure = QStringLiteral("Caught a TS::OPEN_ERROR exception on:") + m_shownName + unchanged;
-    } catch (const std::exception& e) {
-        failure = QStringLiteral("Uspecified problem but something vent wrong in any case.\n") +
-                  QString::fromLocal8Bit(e.what()) + unchanged;
+        failure = QStringLiteral("Caught a TS::OPEN_ERROR exception on:") + m_shownName + QLatin1Char('\n') +
+                  unchanged();
+    } catch (const std::exception&) {
+        failure = QStringLiteral("Uspecified problem but something vent wrong in any case.\n") + unchanged();
     }
     noteFileTime();
     if (outcome == JobOutcome::Done) {

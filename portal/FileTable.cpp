@@ -2,6 +2,7 @@
 
 #include <QContextMenuEvent>
 #include <QHeaderView>
+#include <QKeyEvent>
 
 #include <algorithm>
 #include <array>
@@ -158,4 +159,17 @@ void FileTable::contextMenuEvent(QContextMenuEvent* event)
         return;
     const QRect cell = visualRect(rows.first());
     emit x_menu_wanted(rows.first().row(), viewport()->mapToGlobal(cell.bottomLeft()));
+}
+
+void FileTable::keyPressEvent(QKeyEvent* event)
+{
+    const bool isEnter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    const bool isArrow = event->key() == Qt::Key_Up || event->key() == Qt::Key_Down;
+    // The row that has the focus at first is not selected: the first arrow selects it, be it the only one.
+    if (isArrow && selectedFile().isEmpty() && currentRow() >= 0)
+        selectRow(currentRow());
+    else if (isEnter && !selectedFile().isEmpty())
+        emit x_entered();
+    else
+        QTableWidget::keyPressEvent(event);
 }

@@ -76,6 +76,7 @@ void VeltracWin::createTable()
         sl_itemSelected(row, column);
         sl_listFile();
     });
+    connect(m_table, &FileTable::x_entered, this, qOverload<>(&VeltracWin::sl_listFile));
     connect(m_table, &FileTable::x_menu_wanted, this, &VeltracWin::showContextMenu);
     connect(m_table->horizontalHeader(), SIGNAL(sectionClicked(int)), this, SLOT(sl_refresh()));
 }

@@ -1,8 +1,12 @@
 #include "share/ResultWindow.h"
 
+#include <QFormLayout>
 #include <QHBoxLayout>
 #include <QMenuBar>
 #include <QStatusBar>
+
+#include <algorithm>
+#include <vector>
 
 #include "portal/TsApplication.h"
 #include "share/Boxes.h"
@@ -115,6 +119,22 @@ void ResultWindow::resultMade()
 {
     m_computed = true;
     m_saved = false;
+}
+
+void ResultWindow::showEvent(QShowEvent* event)
+{
+    // The forms of the panel stand one below another: all their labels are as wide as the widest.
+    std::vector<QWidget*> labels;
+    int widest = 0;
+    for (const QFormLayout* const form : m_panel->parentWidget()->findChildren<QFormLayout*>())
+        for (int row = 0; row < form->rowCount(); ++row)
+            if (QLayoutItem* const item = form->itemAt(row, QFormLayout::LabelRole)) {
+                labels.push_back(item->widget());
+                widest = std::max(widest, item->sizeHint().width());
+            }
+    for (QWidget* const label : labels)
+        label->setMinimumWidth(widest);
+    SubWindow::showEvent(event);
 }
 
 bool ResultWindow::mayClose()

@@ -64,6 +64,7 @@ protected:
 
     // Asks whether a result that is not saved is to be; a save that fails keeps the window open.
     bool mayClose() override;
+    void showEvent(QShowEvent* event) override;
 
 private:
     PlotCanvas* m_canvas;

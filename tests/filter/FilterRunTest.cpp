@@ -101,10 +101,11 @@ TEST(FilterRun, missingSamplesStayMissingAndPoisonNothing)
     const TestDirectory directory;
     const auto work = makeFile("w", kSamples, 2);
     work->setValue(100, 1, std::nanf(""));
+    work->setValue(200, 1, INFINITY);
     const FidFilterPtr filter = designFilter({5, 10.0, 0.0, 4, 0.0}, 1000.0);
     const FilterOutcome outcome = runFilter(*work, 1, *work, filter.get(), {});
-    EXPECT_EQ(outcome.missing, 1U);
-    EXPECT_TRUE(std::isnan(work->value(100, 2)));
+    EXPECT_EQ(outcome.missing, 2U);
+    EXPECT_TRUE(std::isnan(work->value(100, 2)) && std::isnan(work->value(200, 2)));
     EXPECT_NEAR(work->value(kSamples, 2), 5.0, 0.5);  // the mean of 0 to 10
     EXPECT_EQ(runFilter(*work, 1, *work, filter.get(), stopsPastHalf).outcome, JobOutcome::Cancelled);
 }

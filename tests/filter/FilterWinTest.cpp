@@ -4,6 +4,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QComboBox>
+#include <QLineEdit>
 #include <QPointer>
 #include <QSignalSpy>
 #include <QStatusBar>
@@ -11,6 +12,7 @@
 
 #include <cmath>
 #include <fstream>
+#include <optional>
 
 #include "core/TsNames.h"
 #include "filter/FilterCharWin.h"
@@ -92,11 +94,16 @@ TEST_F(FilterWinTest, WrongFieldsAreToldBeforeAnythingIsMade)
 {
     open();
     choose(5);
-    field(Freq0).setText(QStringLiteral("500"));
+    // the sample time that counts is the one of now
+    openTsFile("hum.ts", false)->dt(0.01F);
+    field(Freq0).setText(QStringLiteral("50"));
     BoxAnswer answer(QStringLiteral("Ok"));
     m_window->sl_execute();
     EXPECT_EQ(answer.title(), QStringLiteral("Ts-Filt"));
-    EXPECT_EQ(answer.text(), QStringLiteral("Freq0 must be below half of the sampling frequency, 500 Hz"));
+    EXPECT_EQ(answer.text(), QStringLiteral("Freq0 must be below half of the sampling frequency, 50 Hz"));
+    std::filesystem::remove("hum.ts");
+    m_window->sl_execute();
+    EXPECT_EQ(m_window->statusBar()->currentMessage(), QStringLiteral("hum.ts could not be opened"));
     EXPECT_FALSE(std::filesystem::exists("temp_1.ts"));
 }
 
@@ -150,6 +157,15 @@ TEST_F(FilterWinTest, ResultsAreSavedBothWays)
     ASSERT_EQ(source->columns(), 2U);
     EXPECT_EQ(source->value(1500, 2), saved->value(1500, 2));
     EXPECT_EQ(changed.count(), 2);
+    // what would go with the window is refused
+    std::optional<BoxAnswer> refused;
+    const BoxAnswer answer(QStringLiteral("&Save"), [&](QWidget& dialog) {
+        dialog.findChild<QLineEdit*>()->setText(QStringLiteral("temp_1.ts"));
+        refused.emplace(QStringLiteral("Ok"));
+    });
+    m_window->sl_saveResults();
+    EXPECT_TRUE(refused && refused->text().startsWith(QStringLiteral("temp_1.ts is the work file")));
+    EXPECT_EQ(openTsFile("temp_1.ts", true)->value(1500, 2), saved->value(1500, 2));
 }
 
 TEST_F(FilterWinTest, CharacteristicOpensAndSwitchesItsAxes)

@@ -10,6 +10,9 @@
 #include <QTableWidget>
 #include <QTest>
 
+#include <sys/resource.h>
+
+#include <csignal>
 #include <filesystem>
 
 #include "core/Rebuild.h"
@@ -107,6 +110,26 @@ TEST_F(HeaderEditor, CancelRebuildsNothing)
         m_window = nullptr;
         EXPECT_EQ(samplesOnDisk(), 30U) << byMouse;
     }
+}
+
+TEST_F(HeaderEditor, FullDiskKeepsTheFileAndSaysWhy)
+{
+    open();
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    rlimit little = before;
+    little.rlim_cur = 2048;
+    std::signal(SIGXFSZ, SIG_IGN);
+    const BoxAnswer told(QStringLiteral("Ok"));
+    setrlimit(RLIMIT_FSIZE, &little);
+    enter(kSamples, "20000");
+    setrlimit(RLIMIT_FSIZE, &before);
+    EXPECT_EQ(told.text(),
+              "Caught a TS::OPEN_ERROR exception on:a.ts\nThe old file is still there, unchanged: "
+              "the disk took no more (is it full?).");
+    EXPECT_EQ(field(kSamples).text(), "30");
+    EXPECT_EQ(samplesOnDisk(), 30U);
+    EXPECT_EQ(m_directory.fileCount(), 1U);
 }
 
 TEST_F(HeaderEditor, ColumnsThatAnotherWindowHasAddedAreNotCutUnasked)

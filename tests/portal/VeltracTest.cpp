@@ -195,10 +195,12 @@ TEST(VeltracTest, mouseAndKeyboardSelectAndADoubleClickLists)
     EXPECT_EQ(portal.status(), QStringLiteral("Select a ts-file in the table first."));
     EXPECT_EQ(otherWindows(), QStringList());
 
-    portal.click(0);
+    portal.press(Qt::Key_Down);  // the first row
     portal.press(Qt::Key_Down);
     portal.press(Qt::Key_L, Qt::ControlModifier);
     EXPECT_EQ(otherWindows(), QStringList{QStringLiteral("Veltrac, listing b.ts")});
+    QTest::keyClick(&portal.table(), Qt::Key_Return);
+    EXPECT_EQ(otherWindows().count(QStringLiteral("Veltrac, listing b.ts")), 2);
     portal.click(2, true);
     EXPECT_TRUE(otherWindows().contains(QStringLiteral("Veltrac, listing c.ts")));
 

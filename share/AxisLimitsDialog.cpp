@@ -31,8 +31,6 @@ bool askAxisLimits(QWidget* parent, const QString& title, bool offersAutomatic, 
     auto* const to = new NumberField(QString::number(limits.to, 'g', kDigits), &dialog);
     auto* const reason = new QLabel(&dialog);
     reason->setWordWrap(true);
-    from->setReasonLabel(reason);
-    to->setReasonLabel(reason);
     auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Cancel, &dialog);
     QPushButton* const ok = buttons->addButton(QObject::tr("&Ok"), QDialogButtonBox::AcceptRole);
     form->addRow(automatic);
@@ -48,12 +46,14 @@ bool askAxisLimits(QWidget* parent, const QString& title, bool offersAutomatic, 
         const bool numbers = from->isValid() && to->isValid();
         const bool positive = !limits.logarithmic || (from->number() > 0.0 && to->number() > 0.0);
         const bool differ = from->number() != to->number();
-        if (numbers && !fits && !positive)
-            reason->setText(QObject::tr("A logarithmic axis needs limits above 0."));
-        else if (numbers && !fits && !differ)
-            reason->setText(QObject::tr("The limits are equal."));
-        else if (numbers)
+        if (fits)
             reason->clear();
+        else if (!numbers)
+            reason->setText(from->isValid() ? to->reason() : from->reason());
+        else if (!positive)
+            reason->setText(QObject::tr("A logarithmic axis needs limits above 0."));
+        else
+            reason->setText(differ ? QString() : QObject::tr("The limits are equal."));
         ok->setEnabled(fits || (numbers && positive && differ));
     };
     QObject::connect(automatic, &QCheckBox::toggled, &dialog, check);

@@ -71,9 +71,7 @@ bool askScaling(QWidget* parent, const QString& shiftUnit, Scaling& scaling)
     auto* const label = new QLineEdit(scaling.label, &dialog);
     auto* const reason = new QLabel(&dialog);
     const auto field = [&](double value) {
-        auto* const f = new NumberField(QString::number(value, 'g', kDigits), &dialog);
-        f->setReasonLabel(reason);
-        return f;
+        return new NumberField(QString::number(value, 'g', kDigits), &dialog);
     };
     NumberField* const gain = field(scaling.gain);
     NumberField* const offset = field(scaling.offset);
@@ -89,7 +87,14 @@ bool askScaling(QWidget* parent, const QString& shiftUnit, Scaling& scaling)
     form->addRow(QObject::tr("&Time shift [%1]:").arg(shiftUnit), shift);
     form->addRow(reason);
     form->addRow(buttons);
-    const auto check = [=] { ok->setEnabled(gain->isValid() && offset->isValid() && shift->isValid()); };
+    const auto check = [=] {
+        QString why;
+        for (const NumberField* const f : {shift, offset, gain})
+            if (!f->isValid())
+                why = f->reason();
+        reason->setText(why);
+        ok->setEnabled(why.isEmpty());
+    };
     for (NumberField* const f : {gain, offset, shift})
         QObject::connect(f, &NumberField::x_validated, &dialog, check);
     QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);

@@ -59,7 +59,6 @@ ImportReport::ImportReport(QWidget* parent, const QString& title, const QString&
     auto* const buttons = new QDialogButtonBox;
     if (offerPlot) {
         QPushButton* const plot = buttons->addButton(QStringLiteral("&Plot"), QDialogButtonBox::ActionRole);
-        plot->setAutoDefault(false);
         connect(plot, &QPushButton::clicked, this, &QDialog::accept);
     }
     QPushButton* const close = buttons->addButton(QStringLiteral("&Close"), QDialogButtonBox::RejectRole);

@@ -2,14 +2,24 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QLabel>
+#include <QPalette>
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <exception>
 #include <system_error>
 
 #include "core/TsExceptions.h"
 #include "portal/TsApplication.h"
 #include "share/Boxes.h"
+
+namespace {
+
+constexpr int kDark = 128;  // of 255
+
+}  // namespace
 
 std::filesystem::path pathOf(const QString& file)
 {
@@ -34,21 +44,51 @@ QString counted(std::uint64_t n, const char* one, const char* many)
     return grouped(n) + QLatin1Char(' ') + QString::fromLatin1(n == 1 ? one : many);
 }
 
+namespace {
+
+struct Unit
+{
+    double from;
+    double seconds;
+    const char* name;
+};
+
+const Unit& unitOf(double seconds)
+{
+    static constexpr std::array<Unit, 5> kUnits = {
+        {{86400, 86400, "d"}, {7200, 3600, "h"}, {600, 60, "min"}, {0.1, 1, "s"}, {0, 1e-3, "ms"}}};
+    const double size = std::fabs(seconds);
+    return *std::find_if(kUnits.begin(), kUnits.end() - 1, [size](const Unit& unit) {
+        return size == 0.0 ? unit.seconds == 1 : size >= unit.from;
+    });
+}
+
+QString inUnit(const QString& number, const Unit& unit)
+{
+    return number + QLatin1Char(' ') + QString::fromLatin1(unit.name);
+}
+
+}  // namespace
+
 QString durationText(double seconds)
 {
-    struct Unit
-    {
-        double from;
-        double seconds;
-        const char* name;
-    };
-    static constexpr std::array<Unit, 5> kUnits = {
-        {{172800, 86400, "d"}, {7200, 3600, "h"}, {600, 60, "min"}, {0.1, 1, "s"}, {0, 1e-3, "ms"}}};
-    for (const Unit& unit : kUnits)
-        if (seconds >= unit.from)
-            return QString::number(seconds / unit.seconds, 'g', 4) + QLatin1Char(' ') +
-                   QString::fromLatin1(unit.name);
-    return QString::number(seconds, 'g', 4) + QStringLiteral(" s");
+    const Unit& unit = unitOf(seconds);
+    return inUnit(QString::number(seconds / unit.seconds, 'g', 4), unit);
+}
+
+QString stepLength(double seconds)
+{
+    const Unit& unit = unitOf(seconds);
+    const double length = seconds / unit.seconds;
+    const int places = length < 10 ? 3 : length < 100 ? 2 : length < 1000 ? 1 : 0;
+    return inUnit(QString::number(length, 'f', places), unit);
+}
+
+QString stepRange(double least, double greatest)
+{
+    const Unit& unit = unitOf(greatest);
+    return QString::number(least / unit.seconds, 'g', 4) + QStringLiteral(" to ") +
+           inUnit(QString::number(greatest / unit.seconds, 'g', 4), unit);
 }
 
 QString sizeText(std::uint64_t bytes)
@@ -79,6 +119,23 @@ bool clearTarget(QWidget* parent, const QString& file)
         return false;
     }
     return askOverwrite(parent, file);
+}
+
+const QString kCancelled = QStringLiteral("The import was cancelled; nothing was made.");
+
+void showFinding(QLabel* label, const QString& text, bool wrong)
+{
+    QPalette colours;
+    if (wrong) {
+        // Red that can be read on light and on dark windows.
+        const bool dark = colours.color(QPalette::Window).lightness() < kDark;
+        colours.setColor(QPalette::WindowText, dark ? QColor(0xFF, 0x9A, 0x8C) : QColor(0xB0, 0x2A, 0x1E));
+    }
+    QFont font;
+    font.setBold(wrong);
+    label->setPalette(colours);
+    label->setFont(font);
+    label->setText(text);
 }
 
 QString reasonOfFailure()

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <filesystem>
 
+class QLabel;
 class QWidget;
 
 // A file name between the screen and the system.
@@ -18,6 +19,9 @@ QString grouped(std::uint64_t n);
 QString counted(std::uint64_t n, const char* one, const char* many);
 // "0.3 s", "12 min", "30.4 d"
 QString durationText(double seconds);
+// The same with four digits: "1.000 s"; and two lengths in one unit: "0.98 to 1.07 s".
+QString stepLength(double seconds);
+QString stepRange(double least, double greatest);
 // "0.8 MB"
 QString sizeText(std::uint64_t bytes);
 
@@ -27,6 +31,12 @@ bool askOverwrite(QWidget* parent, const QString& file);
 // True where `file` may be made: it is not there, or no window has it open for writing and the user gives
 // it up. Says why where a window has it.
 bool clearTarget(QWidget* parent, const QString& file);
+
+// What a window says after a job that was cancelled.
+extern const QString kCancelled;
+
+// Shows what was found, in the colour of warnings where something is wrong.
+void showFinding(QLabel* label, const QString& text, bool wrong);
 
 // What went wrong, of the exception in flight.
 QString reasonOfFailure();

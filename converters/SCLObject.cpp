@@ -31,8 +31,7 @@ Micros dateOf(const fs::path& file)
         return 0;
     const std::time_t seconds =
         system_clock::to_time_t(time_point_cast<system_clock::duration>(file_clock::to_sys(written)));
-    const std::tm* const local = std::localtime(&seconds);
-    return local == nullptr ? 0 : (Micros{seconds} + local->tm_gmtoff) * kMicrosPerSecond;
+    return wallAt(seconds);
 }
 
 std::string hertz(double step)
@@ -80,9 +79,14 @@ void SCLObject::detectAgain()
         SCLSource again = detectSource(source.file, skipLines);
         source.skipsFirst = again.skipsFirst;
         source.inTurn = again.inTurn;
+        source.unevenTimes = again.unevenTimes;
         source.step = again.step;
         source.start = again.start;
     }
+    const auto told = std::find_if(sources.begin(), sources.end(),
+                                   [](const SCLSource& source) { return source.step.has_value(); });
+    if (told != sources.end())
+        step = *told->step;
 }
 
 // -- Check --
@@ -102,12 +106,34 @@ void SCLObject::requireOneRate() const
 
 JobOutcome SCLObject::check(const Progress& progress)
 {
-    m_found = SCLCheck();
     if (sources.empty())
         throw STLError("No file is chosen.");
     requireOneRate();
+    if (!isRead() && readAll(progress) == JobOutcome::Cancelled)
+        return JobOutcome::Cancelled;
+    if (m_found.samples == 0)
+        throw STLError("No line of numbers was found in " + bareName(sources.front()) + ".");
+    requireFits(m_found.samples, result().columns);
+    return JobOutcome::Done;
+}
+
+bool SCLObject::isRead() const
+{
+    return m_readSkip == skipLines &&
+           std::equal(sources.begin(), sources.end(), m_readStates.begin(), m_readStates.end(),
+                      [](const SCLSource& source, const auto& read) {
+                          return source.file == read.first && isUnchanged(source.file, read.second);
+                      });
+}
+
+JobOutcome SCLObject::readAll(const Progress& progress)
+{
+    m_found = SCLCheck();
+    m_readStates.clear();
+    std::vector<std::pair<fs::path, FileState>> states;
     std::uint64_t most = 0;
     for (std::size_t i = 0; i < sources.size(); ++i) {
+        states.emplace_back(sources[i].file, stateOf(sources[i].file));
         SCLReader reader(sources[i], skipLines);
         std::uint64_t count = 0;
         while (reader.next()) {
@@ -122,10 +148,9 @@ JobOutcome SCLObject::check(const Progress& progress)
         m_found.values.push_back(count);
         most = std::max(most, count);
     }
-    if (most == 0)
-        throw STLError("No line of numbers was found in " + bareName(sources.front()) + ".");
-    requireFits(most, static_cast<std::uint32_t>(sources.size()) + 1);
-    m_found.samples = static_cast<std::uint32_t>(most);
+    m_found.samples = static_cast<std::uint32_t>(std::min<std::uint64_t>(most, UINT32_MAX));
+    m_readStates = std::move(states);
+    m_readSkip = skipLines;
     return JobOutcome::Done;
 }
 
@@ -138,7 +163,10 @@ std::vector<std::string> SCLObject::notices() const
                             (m_found.values[i] + 1 == m_found.samples ? " value fewer." : " values fewer."));
         if (sources[i].inTurn)
             texts.push_back(bareName(sources[i]) + " has several numbers a line; they are read in turn.");
-        else if (sources[i].skipsFirst)
+        if (sources[i].unevenTimes)
+            texts.push_back("The times of " + bareName(sources[i]) +
+                            " are no equal steps apart; they are left out. The STL import keeps them.");
+        else if (sources[i].skipsFirst && !sources[i].inTurn)
             texts.push_back("The first number of each line of " + bareName(sources[i]) +
                             " is an index or a time.");
     }
@@ -203,6 +231,9 @@ void SCLObject::writeHeader(TSFILE& target) const
 
 JobOutcome SCLObject::write(TSFILE& target, const Progress& progress)
 {
+    for (std::size_t i = 0; i < sources.size(); ++i)
+        if (!isUnchanged(sources[i].file, m_readStates.at(i).second))
+            throw STLError(bareName(sources[i]) + " has changed while it was read. Import it again.");
     writeHeader(target);
     STLFormat format;
     format.fill = fill;

@@ -3,8 +3,10 @@
 
 #include <filesystem>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "converters/FileState.h"
 #include "converters/SCLSource.h"
 #include "converters/STLCheck.h"
 #include "core/Progress.h"
@@ -43,8 +45,11 @@ public:
     // Looks at all files again, after another number of lines to skip.
     void detectAgain();
 
-    // Throws STLError (no files, rates that differ, 2 GiB or more), std::system_error.
+    // Reads the files, unless isRead(). Throws STLError (no files, rates that differ, 2 GB or more),
+    // std::system_error.
     JobOutcome check(const Progress& progress);
+    // Whether the last pass saw these very files as they are now.
+    bool isRead() const;
     const SCLCheck& found() const { return m_found; }
     // Notices for the user: "b.scl has 1 000 values fewer.", several numbers a line. Needs a check.
     std::vector<std::string> notices() const;
@@ -59,9 +64,12 @@ public:
 
 private:
     void requireOneRate() const;
+    JobOutcome readAll(const Progress& progress);
     void writeHeader(TSFILE& target) const;
 
     SCLCheck m_found;
+    std::vector<std::pair<std::filesystem::path, FileState>> m_readStates;
+    std::uint64_t m_readSkip = 0;
 };
 
 // As importSTL().

@@ -28,13 +28,61 @@ bool isRemarkLine(std::string_view line)
     return line.starts_with('#') || line.starts_with('%') || line.starts_with("//") || line.starts_with(';');
 }
 
+// A date, a time of the clock or both before the value, taken away from the line.
+struct LineTime
+{
+    Stamp stamp;
+    bool dated = false;
+};
+
+bool isGap(char c)
+{
+    return c == ' ' || c == '\t' || c == ';' || c == '\r';
+}
+
+std::optional<LineTime> takeLineTime(std::string_view& line)
+{
+    std::string_view rest = line;
+    const auto skipGaps = [&rest] {
+        while (!rest.empty() && isGap(rest.front()))
+            rest.remove_prefix(1);
+    };
+    skipGaps();
+    LineTime time;
+    if (const auto date = takeDate(rest)) {
+        time.dated = true;
+        time.stamp.date = *date;
+        if (!rest.empty() && rest.front() == 'T')
+            rest.remove_prefix(1);
+        skipGaps();
+    }
+    time.stamp.time = takeTime(rest);
+    // Behind a blank, what looks like a zone is the value.
+    if (time.stamp.time && !rest.empty() && !isGap(rest.front()))
+        time.stamp.zoneMinutes = takeZone(rest);
+    if (!time.dated && !time.stamp.time)
+        return std::nullopt;
+    if (!rest.empty() && !isGap(rest.front()) && !isGap(*(rest.data() - 1)))
+        return std::nullopt;
+    line = rest;
+    return time;
+}
+
+// Seconds of the local wall clock, or since midnight; nothing for a day that the calendar lacks.
+std::optional<double> secondsOf(const LineTime& time)
+{
+    const auto micros =
+        time.dated ? localWallClock(time.stamp, DateOrder::DayMonth) : std::optional(time.stamp.time->micros);
+    return micros ? std::optional(static_cast<double>(*micros) / kMicrosPerSecond) : std::nullopt;
+}
+
 // The words of a value line: numbers and markers of missing values. A word of text behind a number is its
-// unit and left out.
+// unit and left out, and so is a clock's time before it.
 void readWords(std::string_view line, std::vector<STLToken>& tokens)
 {
     static const STLCells kCells;
     tokens.clear();
-    const auto isGap = [](char c) { return c == ' ' || c == '\t' || c == ';' || c == '\r'; };
+    const bool timed = takeLineTime(line).has_value();
     const char* p = line.data();
     const char* const end = p + line.size();
     while ((p = std::find_if_not(p, end, isGap)) != end) {
@@ -48,6 +96,8 @@ void readWords(std::string_view line, std::vector<STLToken>& tokens)
         else if (tokens.empty() || tokens.back().kind != STLKind::Number)
             tokens.push_back({STLKind::Text, word, 0.0});
     }
+    if (timed && tokens.empty())
+        tokens.push_back({STLKind::Missing, line, 0.0});
 }
 
 struct HeadLine
@@ -79,7 +129,7 @@ void useHead(SCLSource& source, const HeadLine& head)
     switch (keyOf(head.key)) {
         case STLKey::Start:
             if (const auto stamp = readStamp(head.value))
-                source.start = wallClock(*stamp, DateOrder::DayMonth);
+                source.start = localWallClock(*stamp, DateOrder::DayMonth);
             break;
         case STLKey::Interval:
             if (const auto step = readInterval(head.value, cells); step && *step > 0)
@@ -132,6 +182,27 @@ void judgeNumbers(SCLSource& source, const std::vector<std::vector<double>>& lin
                                 [&](const std::vector<double>& line) { return line.size() > most; });
 }
 
+// The clock's times before the values: their step, and the start where they tell the day.
+struct LineTimes
+{
+    std::vector<std::vector<double>> seconds;
+    std::optional<double> first;  // on the wall clock
+    bool complete = true;         // every value has one
+};
+
+void judgeTimes(SCLSource& source, const LineTimes& times)
+{
+    if (times.seconds.empty())
+        return;
+    const auto rise = times.complete ? constantRise(times.seconds) : std::nullopt;
+    source.unevenTimes = !rise && times.seconds.size() > 1;
+    if (rise && !source.step)
+        source.step = rise;
+    if (times.first && !source.start)
+        source.start =
+            static_cast<Micros>(std::llround((*times.first - source.step.value_or(1.0)) * kMicrosPerSecond));
+}
+
 }  // namespace
 
 SCLSource detectSource(const std::filesystem::path& file, std::uint64_t skipLines)
@@ -143,11 +214,16 @@ SCLSource detectSource(const std::filesystem::path& file, std::uint64_t skipLine
     const bool utf8 = std::all_of(sample.lines.begin(), sample.lines.end(),
                                   [](const STLLine& line) { return isUtf8(line.text); });
     std::vector<std::vector<double>> lines;
+    LineTimes times;
+    bool anyNumber = false;
     std::vector<STLToken> tokens;
     for (const STLLine& line : sample.head) {
         if (line.number <= skipLines || isEmptyLine(line.text))
             continue;
-        const auto head = headLine(line.text, utf8 ? STLEncoding::Utf8 : STLEncoding::Windows1252);
+        std::string_view rest = line.text;
+        const auto time = takeLineTime(rest);
+        const auto head =
+            time ? std::nullopt : headLine(line.text, utf8 ? STLEncoding::Utf8 : STLEncoding::Windows1252);
         if (head)
             useHead(source, *head);
         if (head || isRemarkLine(line.text))
@@ -155,14 +231,25 @@ SCLSource detectSource(const std::filesystem::path& file, std::uint64_t skipLine
         readWords(line.text, tokens);
         std::vector<double> numbers;
         for (const STLToken& token : tokens)
-            if (token.kind != STLKind::Text)
+            if (token.kind != STLKind::Text) {
                 numbers.push_back(token.value);
-        if (!numbers.empty())
-            lines.push_back(numbers);
+                anyNumber = anyNumber || token.kind == STLKind::Number;
+            }
+        if (numbers.empty())
+            continue;
+        lines.push_back(numbers);
+        const auto seconds = time ? secondsOf(*time) : std::nullopt;
+        times.complete = times.complete && seconds;
+        if (!seconds)
+            continue;
+        if (times.seconds.empty() && time->dated)
+            times.first = seconds;
+        times.seconds.push_back({*seconds});
     }
-    if (lines.empty())
+    if (!anyNumber)
         throw STLError("No line of numbers was found in " + file.filename().string() + ".");
     judgeNumbers(source, lines);
+    judgeTimes(source, times);
     return source;
 }
 

@@ -19,9 +19,10 @@ struct SCLSource
     std::string unit;
     std::string description;
     std::optional<double> step;   // seconds from value to value, where the file tells
-    std::optional<Micros> start;  // wall clock, where the file tells
+    std::optional<Micros> start;  // local wall clock, one step before the first value
     bool skipsFirst = false;      // the first number of a line is an index or a time
     bool inTurn = false;          // several numbers a line are read one after the other
+    bool unevenTimes = false;     // the lines begin with clock times that no step explains
 };
 
 // Throws STLError (no number, UTF-16, binary data) and std::system_error.

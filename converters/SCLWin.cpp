@@ -17,6 +17,7 @@
 
 #include <array>
 
+#include "converters/ImportFields.h"
 #include "converters/ImportReport.h"
 #include "converters/ImportTexts.h"
 #include "converters/ValuePlot.h"
@@ -38,6 +39,7 @@ constexpr std::size_t kShownLines = 200;
 constexpr std::size_t kShownBytes = 400;
 constexpr std::size_t kPlottedValues = 5000;
 constexpr std::uint64_t kQuickBytes = 4'000'000;
+constexpr int kStepDigits = 10;
 
 QString text(const std::string& utf8)
 {
@@ -98,11 +100,8 @@ void SCLWin::add(const QString& file)
         m_target->setText(QFileInfo(file).completeBaseName() + QStringLiteral(".ts"));
         m_description->setText(text(m_logs.description));
     }
-    if (first || step != m_logs.step) {
-        const QScopedValueRollback<bool> filling(m_filling, true);
-        m_step->setText(QString::number(m_logs.step, 'g', 9));
-        m_frequency->setText(QString::number(1.0 / m_logs.step, 'g', 9));
-    }
+    if (first || step != m_logs.step)
+        showStep();
     showFiles();
     m_files->selectRow(m_files->rowCount() - 1);
     sl_changed();
@@ -192,7 +191,7 @@ void SCLWin::sl_step_changed()
         return;
     if (m_step->isValid()) {
         const QScopedValueRollback<bool> filling(m_filling, true);
-        m_frequency->setText(QString::number(1.0 / m_step->number(), 'g', 9));
+        m_frequency->setText(QString::number(1.0 / m_step->number(), 'g', kStepDigits));
     }
     sl_changed();
 }
@@ -203,7 +202,7 @@ void SCLWin::sl_frequency_changed()
         return;
     if (m_frequency->isValid()) {
         const QScopedValueRollback<bool> filling(m_filling, true);
-        m_step->setText(QString::number(1.0 / m_frequency->number(), 'g', 9));
+        m_step->setText(QString::number(1.0 / m_frequency->number(), 'g', kStepDigits));
     }
     sl_changed();
 }
@@ -219,8 +218,12 @@ void SCLWin::sl_skip_changed()
     } catch (const std::exception&) {
         m_problem = reasonOfFailure();
     }
+    showStep();
     sl_show_file();
-    sl_changed();
+    if (m_problem.isEmpty())
+        sl_changed();
+    else
+        showFindings();
 }
 
 void SCLWin::sl_changed()
@@ -230,14 +233,32 @@ void SCLWin::sl_changed()
     readFields();
     m_checked = false;
     m_problem.clear();
-    checkQuietly();
+    if (fieldsAreGood())
+        checkQuietly();
     showFindings();
+    if (!m_checked && m_problem.isEmpty())
+        checkLater();
+}
+
+bool SCLWin::fieldsAreGood() const
+{
+    return !m_logs.sources.empty() && reasonAgainstStart(m_start->text()).isEmpty() &&
+           reasonAgainstTarget(m_target->text()).isEmpty() && m_step->isValid() && m_frequency->isValid();
+}
+
+void SCLWin::showStep()
+{
+    const QScopedValueRollback<bool> filling(m_filling, true);
+    m_step->setText(QString::number(m_logs.step, 'g', kStepDigits));
+    m_frequency->setText(QString::number(1.0 / m_logs.step, 'g', kStepDigits));
 }
 
 void SCLWin::readFields()
 {
     const auto start = readStamp(m_start->text().trimmed().toStdString());
-    m_logs.start = start ? wallClock(*start, DateOrder::DayMonth).value_or(0) : 0;
+    const auto wall = start ? localWallClock(*start, DateOrder::DayMonth) : std::nullopt;
+    if (wall || m_start->text().trimmed().isEmpty())
+        m_logs.start = wall.value_or(0);
     if (m_frequency->isValid() && m_step->isValid())
         // 360 Hz is exact where 0.00277777778 s is not.
         m_logs.step = m_frequency->number() >= 1.0 ? 1.0 / m_frequency->number() : m_step->number();
@@ -258,20 +279,17 @@ void SCLWin::enableButtons()
     m_remove->setEnabled(row >= 0);
     m_up->setEnabled(row > 0);
     m_down->setEnabled(row >= 0 && row + 1 < rows);
-    const QString start = m_start->text().trimmed();
-    const bool startGood = start.isEmpty() || readStamp(start.toStdString()).has_value();
-    markField(*m_start, startGood);
-    const bool good = rows > 0 && startGood && m_step->isValid() && m_frequency->isValid() &&
-                      !m_target->text().trimmed().isEmpty();
-    m_check->setEnabled(good);
-    m_import->setEnabled(good && m_problem.isEmpty());
+    showReason(m_start, m_startReason, reasonAgainstStart(m_start->text()));
+    showReason(m_target, m_targetReason, rows == 0 ? QString() : reasonAgainstTarget(m_target->text()));
+    m_check->setEnabled(fieldsAreGood());
+    m_import->setEnabled(fieldsAreGood() && m_problem.isEmpty());
 }
 
 // -- Check and import --
 
 void SCLWin::checkQuietly()
 {
-    if (m_logs.sources.empty() || bytesOf(m_logs) > kQuickBytes)
+    if (!m_logs.isRead() && bytesOf(m_logs) > kQuickBytes)
         return;
     try {
         m_logs.check({});
@@ -292,33 +310,44 @@ bool SCLWin::runCheck()
         m_checked = false;
     }
     showFindings();
-    if (!m_problem.isEmpty())
-        showBox(QMessageBox::Warning, this, QStringLiteral("Veltrac"), m_problem);
     return m_checked;
+}
+
+// Reads large files once they are on the screen, with a Cancel button.
+void SCLWin::checkLater()
+{
+    if (m_logs.sources.empty() || m_logs.isRead())
+        return;
+    QTimer::singleShot(0, this, [this] {
+        if (!m_checked && m_problem.isEmpty() && isVisible() && !JobProgress::isRunning())
+            runCheck();
+    });
 }
 
 void SCLWin::showFindings()
 {
     enableButtons();
-    m_finding->setStyleSheet(m_problem.isEmpty() ? QString()
-                                                 : QStringLiteral("color: #b02a1e; font-weight: bold"));
-    m_finding->setText(!m_problem.isEmpty()     ? m_problem
-                       : m_checked              ? summary()
-                       : m_logs.sources.empty() ? QStringLiteral("\"Add...\" chooses the files.")
-                                                : QStringLiteral("\"Check only\" reads the files and tells "
-                                                                 "what is in them."));
+    showFinding(m_finding,
+                !m_problem.isEmpty()     ? m_problem
+                : m_checked              ? summary()
+                : m_logs.sources.empty() ? QStringLiteral("\"Add...\" chooses the files.")
+                                         : QStringLiteral("Only the beginning of the files has been read. "
+                                                          "\"Check only\" reads all of it, and so does "
+                                                          "\"Import\"."),
+                !m_problem.isEmpty());
 }
 
 QString SCLWin::summary() const
 {
     const STLCheck made = m_logs.result();
-    QString line =
-        QStringLiteral("%1, %2, %3, %4.")
-            .arg(counted(made.samples, "row", "rows"), counted(m_logs.sources.size(), "column", "columns"),
-                 durationText(m_logs.step * made.samples), sizeText(tsFileBytes(made.samples, made.columns)));
+    QString line = QStringLiteral("%1, %2.").arg(counted(made.samples, "row", "rows"),
+                                                 counted(m_logs.sources.size(), "column", "columns"));
     if (m_logs.found().missing != 0)
         line += QLatin1Char(' ') + counted(m_logs.found().missing, "value", "values") +
                 QStringLiteral(" missing.");
+    line += QStringLiteral("\nA sample time of %1, %2 in all, %3.")
+                .arg(durationText(m_logs.step), durationText(m_logs.step * made.samples),
+                     sizeText(tsFileBytes(made.samples, made.columns)));
     for (const std::string& notice : m_logs.notices())
         line += QLatin1Char(' ') + text(notice);
     return line;
@@ -328,12 +357,19 @@ void SCLWin::sl_check()
 {
     if (runCheck())
         showReport(QString(), 0.0);
+    else if (!m_problem.isEmpty())
+        showBox(QMessageBox::Warning, this, QStringLiteral("Veltrac"), m_problem);
 }
 
 void SCLWin::sl_import()
 {
-    if (!m_import->isEnabled() || !runCheck())
+    if (!m_import->isEnabled())
         return;
+    if (!runCheck()) {
+        if (!m_problem.isEmpty())
+            showBox(QMessageBox::Warning, this, QStringLiteral("Veltrac"), m_problem);
+        return;
+    }
     const QString target = shown(newTsFileName(pathOf(m_target->text().trimmed()).string()));
     const SCLCheck& found = m_logs.found();
     std::uint64_t values = 0;
@@ -354,8 +390,10 @@ void SCLWin::write(const QString& target)
     double seconds = 0.0;
     try {
         JobProgress progress(this, QStringLiteral("Writing %1 …").arg(target));
-        if (importSCL(m_logs, pathOf(target), progress.callback()) == JobOutcome::Cancelled)
+        if (importSCL(m_logs, pathOf(target), progress.callback()) == JobOutcome::Cancelled) {
+            m_finding->setText(kCancelled);
             return;
+        }
         seconds = progress.seconds();
     } catch (...) {
         showBox(QMessageBox::Warning, this, QStringLiteral("Veltrac error"),
@@ -396,6 +434,8 @@ void SCLWin::keyPressEvent(QKeyEvent* event)
 {
     if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
         sl_import();
+    else if (event->key() == Qt::Key_Escape)
+        close();
     else
         SubWindow::keyPressEvent(event);
 }

@@ -57,9 +57,12 @@ private:
     void move(int by);
     void showFiles();
     void showFindings();
+    void showStep();
+    bool fieldsAreGood() const;
     void enableButtons();
     void readFields();
     void checkQuietly();
+    void checkLater();
     bool runCheck();
     void write(const QString& target);
     void showReport(const QString& target, double seconds);
@@ -76,6 +79,8 @@ private:
     QPushButton* m_up;
     QPushButton* m_down;
     QLineEdit* m_start;
+    QLabel* m_startReason;
+    QLabel* m_targetReason;
     NumberField* m_step;
     NumberField* m_frequency;
     QSpinBox* m_skip;

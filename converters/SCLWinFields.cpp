@@ -14,6 +14,7 @@
 #include <QTableWidget>
 #include <QVBoxLayout>
 
+#include "converters/ImportFields.h"
 #include "converters/SCLWin.h"
 #include "converters/ValuePlot.h"
 #include "share/HeaderText.h"
@@ -23,14 +24,6 @@ namespace {
 
 constexpr QSize kWindowSize(1000, 700);
 constexpr int kMostSkipped = 1'000'000;
-
-void addRow(QFormLayout* form, const char* label, QWidget* field, const char* help)
-{
-    form->addRow(QString::fromUtf8(label), field);
-    field->setToolTip(QString::fromUtf8(help));
-    field->setWhatsThis(field->toolTip());
-    field->setAccessibleName(QString::fromUtf8(label).remove(QLatin1Char('&')));
-}
 
 }  // namespace
 
@@ -83,14 +76,17 @@ QWidget* SCLWin::buildFiles()
     {
         const char* text;
         void (SCLWin::*slot)();
+        const char* help;
         QPushButton** kept;
     };
     QPushButton* addButton = nullptr;
     auto* const buttons = new QVBoxLayout;
     for (const Button& button :
-         {Button{"&Add...", &SCLWin::sl_add, &addButton}, Button{"&Remove", &SCLWin::sl_remove, &m_remove},
-          Button{"&Up", &SCLWin::sl_up, &m_up}, Button{"&Down", &SCLWin::sl_down, &m_down}}) {
-        *button.kept = new QPushButton(QString::fromLatin1(button.text));
+         {Button{"&Add...", &SCLWin::sl_add, "Choose more files.", &addButton},
+          Button{"&Remove", &SCLWin::sl_remove, "Leave the selected file out.", &m_remove},
+          Button{"&Up", &SCLWin::sl_up, "Make the selected file an earlier column.", &m_up},
+          Button{"&Down", &SCLWin::sl_down, "Make the selected file a later column.", &m_down}}) {
+        *button.kept = importButton(button.text, button.help);
         connect(*button.kept, &QPushButton::clicked, this, button.slot);
         buttons->addWidget(*button.kept);
     }
@@ -127,13 +123,15 @@ QWidget* SCLWin::buildFields()
     auto* const box = new QWidget;
     auto* const form = new QFormLayout(box);
     form->setContentsMargins(0, 0, 0, 0);
-    addRow(form, "&Start", m_start,
-           "When the series begins, in local time; the first sample lies one step later.");
-    addRow(form, "Sample &time [s]", m_step, "Seconds from value to value.");
-    addRow(form, "Sampling &frequency [Hz]", m_frequency, "Values a second.");
+    m_startReason =
+        addCheckedRow(form, "&Start", m_start,
+                      "When the series begins, in local time; the first sample lies one step later.");
+    addCheckedRow(form, "Sample &time [s]", m_step, "Seconds from value to value.");
+    addCheckedRow(form, "Sampling &frequency [Hz]", m_frequency, "Values a second.");
     addRow(form, "S&kip first lines", m_skip, "Lines at the beginning of each file that are not looked at.");
     addRow(form, "&Missing become", m_fill, "What stands in the ts-file for a missing value.");
-    addRow(form, "&Result name", m_target, "The ts-file that is made in the working directory.");
+    m_targetReason =
+        addCheckedRow(form, "Result &name", m_target, "The ts-file that is made in the working directory.");
     addRow(form, "D&escription", m_description, "The description of the ts-file, at most 59 bytes.");
 
     connect(m_step, &QLineEdit::textChanged, this, &SCLWin::sl_step_changed);
@@ -181,12 +179,11 @@ QWidget* SCLWin::buildButtons()
           Button{"&Check only", &SCLWin::sl_check, "Read the files and tell what is not understood.",
                  &m_check},
           Button{"&Import", &SCLWin::sl_import, "Make the ts-file (Enter).", &m_import}}) {
-        *button.kept = new QPushButton(QString::fromLatin1(button.text));
-        (*button.kept)->setToolTip(QString::fromLatin1(button.help));
+        *button.kept = importButton(button.text, button.help);
         connect(*button.kept, &QPushButton::clicked, this, button.slot);
         layout->addWidget(*button.kept);
     }
-    auto* const cancel = new QPushButton(QStringLiteral("&Cancel"));
+    QPushButton* const cancel = importButton("&Cancel", "Close the window and make nothing (Escape).");
     connect(cancel, &QPushButton::clicked, this, &QWidget::close);
     layout->addWidget(cancel);
     return row;

@@ -10,22 +10,26 @@
 struct STLCheck
 {
     std::uint64_t rows = 0;          // with a readable time
+    std::uint64_t chosen = 0;        // of them, by the user's from, to and every n-th
     std::uint64_t skippedLines = 0;  // without one
     std::uint64_t missingCells = 0;
     std::uint64_t troubledRows = 0;
     std::uint64_t troubleCount = 0;
     std::vector<STLTrouble> troubles;  // the first thousand
 
-    // Steps between rows, in seconds; 0 for fewer than two rows.
+    // Steps between the chosen rows, in seconds; 0 for fewer than two rows.
     double leastStep = 0.0;
-    double greatestStep = 0.0;
+    double greatestStep = 0.0;  // gaps apart
     double typicalStep = 0.0;
     bool equalSteps = false;
     std::uint64_t gaps = 0;  // steps of more than one and a half typical ones
     double longestGap = 0.0;
-    double span = 0.0;  // from the first row to the last
-    Micros firstWall = 0;
-    double firstSeconds = 0.0;
+    double span = 0.0;          // from the first chosen row to the last
+    double earliest = 0.0;      // negative where a time runs back behind the first
+    double chosenFrom = 0.0;    // from the log's first row to the first chosen one
+    Micros firstWall = 0;       // of the first chosen row
+    double firstSeconds = 0.0;  // likewise
+    bool zoned = false;         // the stamps name their zone
     std::map<std::size_t, STLTexts> texts;
 
     // What becomes of it.

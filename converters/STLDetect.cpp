@@ -127,6 +127,8 @@ STLFormat formatOf(const std::filesystem::path& file, const STLSample& sample, c
         if (row.line->number == 0 || row.line->number >= format.firstDataLine)
             data.push_back(row);
     guessHead(format, sample);
+    if (format.description.empty())
+        format.description = file.stem().string();
     guessTime(format, data);
     return format;
 }

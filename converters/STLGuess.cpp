@@ -24,12 +24,20 @@ bool isMostlyText(const STLRow& row)
     return filled > 0 && texts * 2 > filled;
 }
 
+std::size_t filledCells(const STLRow& row)
+{
+    return static_cast<std::size_t>(
+        std::count_if(row.cells.begin(), row.cells.end(), [](const STLToken& t) { return !t.text.empty(); }));
+}
+
 bool looksLikeUnits(const STLRow& row)
 {
     static const std::vector<std::string_view> known = {
-        "s",   "ms",  "min", "h",    "hz", "khz", "v",    "mv",  "a",   "ma", "w",  "kw",  "c",  "f",
-        "k",   "m",   "mm",  "cm",   "km", "m/s", "m/s2", "g",   "kg",  "n",  "kn", "nm",  "pa", "kpa",
-        "mpa", "hpa", "bar", "mbar", "%",  "ppm", "rpm",  "deg", "rad", "db", "l",  "l/s", "j",  "-"};
+        "s",     "ms",   "min",     "h",      "hz",      "khz", "v",   "mv",  "a",   "ma",   "w",
+        "kw",    "c",    "f",       "k",      "m",       "mm",  "cm",  "km",  "m/s", "m/s2", "g",
+        "kg",    "n",    "kn",      "nm",     "pa",      "kpa", "mpa", "hpa", "bar", "mbar", "%",
+        "ppm",   "rpm",  "deg",     "rad",    "db",      "l",   "l/s", "j",   "-",   "sec",  "volts",
+        "deg c", "degc", "celsius", "kelvin", "degrees", "ts",  "rn"};
     std::size_t units = 0;
     std::size_t filled = 0;
     bool empties = false;
@@ -39,9 +47,7 @@ bool looksLikeUnits(const STLRow& row)
             continue;
         }
         ++filled;
-        std::string lower(token.text);
-        for (char& c : lower)
-            c = c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
+        const std::string lower = lowered(token.text);
         const bool sign = lower.find_first_of("%/[(\xB0\xB5\xC2") != std::string::npos && lower.size() <= 10;
         units += sign || std::find(known.begin(), known.end(), lower) != known.end() ? 1 : 0;
     }
@@ -155,7 +161,7 @@ void useHead(STLFormat& format)
         switch (keyOf(key)) {
             case STLKey::Start:
                 if (const auto stamp = readStamp(value))
-                    format.typedStart = wallClock(*stamp, format.order).value_or(0);
+                    format.typedStart = localWallClock(*stamp, format.order).value_or(0);
                 break;
             case STLKey::Date:
                 date = readDate(value);
@@ -276,15 +282,12 @@ void guessNames(STLFormat& format, const std::vector<STLRow>& rows, std::size_t 
     for (std::size_t i = firstData; i-- > 0;) {
         if (!isMostlyText(rows[i]))
             continue;
-        if (names == nullptr) {
-            names = &rows[i];
-        } else {
-            if (looksLikeUnits(*names)) {
-                units = names;
-                names = &rows[i];
-            }
+        // Names stand above lines of units, and above those that tell how each value was made.
+        if (names != nullptr && !looksLikeUnits(*names) && filledCells(*names) >= filledCells(rows[i]))
             break;
-        }
+        if (names != nullptr)
+            units = names;
+        names = &rows[i];
     }
     if (names == nullptr)
         return;

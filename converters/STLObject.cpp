@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <cmath>
 #include <ctime>
+#include <tuple>
 
 #include "converters/ColumnTexts.h"
+#include "converters/STLSteps.h"
 #include "converters/STLWriter.h"
 #include "core/ScratchFile.h"
 #include "core/TsNames.h"
@@ -12,110 +14,81 @@
 namespace {
 
 constexpr std::size_t kMostTroubles = 1000;
-constexpr std::uint64_t kLookEvery = 4096;
-constexpr double kEqualWithin = 0.001;  // of the step
-constexpr double kGap = 1.5;            // typical steps
-constexpr std::size_t kFirstSteps = 10000;
+constexpr std::uint64_t kLookBytes = 1U << 15;
+constexpr double kFinest = 0.001;  // of the step, that a column of times has to tell
+constexpr double kLatestStart = 4294967295.0;
 
-}  // namespace
+// Whether a pass over the file finds the same under both formats: all else only settles what becomes of it.
+bool readAlike(const STLFormat& a, const STLFormat& b)
+{
+    const auto fields = [](const STLFormat& f) {
+        return std::tie(f.encoding, f.cells, f.remarks, f.firstDataLine, f.timeSource, f.timeColumn,
+                        f.dateColumn, f.order, f.fromRow, f.toRow, f.everyNth);
+    };
+    return fields(a) == fields(b) && std::equal(a.columns.begin(), a.columns.end(), b.columns.begin(),
+                                                b.columns.end(), [](const STLColumn& x, const STLColumn& y) {
+                                                    return x.take == y.take && x.numberTexts == y.numberTexts;
+                                                });
+}
 
-// The steps of the rows, in memory that does not grow: the typical one is the median of the first.
-class STLSteps
+// Tells a progress how far a file has been read, every few hundred lines.
+class STLLooks
 {
 public:
-    void add(double seconds)
+    explicit STLLooks(const Progress& progress) : m_progress(progress) {}
+    bool goesOn(const STLRows& rows)
     {
-        if (m_count++ > 0)
-            addStep(seconds - m_before);
-        m_before = seconds;
-    }
-    void settle()
-    {
-        if (m_first.empty() || m_typical != 0.0)
-            return;
-        std::vector<double> sorted = m_first;
-        std::nth_element(sorted.begin(), sorted.begin() + static_cast<std::ptrdiff_t>(sorted.size() / 2),
-                         sorted.end());
-        m_typical = sorted[sorted.size() / 2];
-        for (const double step : m_first)
-            judge(step);
-    }
-    void tell(STLCheck& found, double resolution)
-    {
-        settle();
-        found.leastStep = m_least;
-        found.greatestStep = m_greatest;
-        found.typicalStep = m_typical;
-        found.gaps = m_gaps;
-        found.longestGap = m_longestGap;
-        found.span = m_count > 1 ? m_before : 0.0;
-        const auto steps = static_cast<double>(m_count > 1 ? m_count - 1 : 1);
-        const double mean = found.span / steps;
-        const bool same = m_greatest - m_typical <= kEqualWithin * m_typical &&
-                          m_typical - m_least <= kEqualWithin * m_typical;
-        // Stamps coarser than the steps jitter by one unit; where nearly all steps are the same one, the
-        // others are gaps instead.
-        const bool jitter = static_cast<double>(m_usual) < 0.9 * steps && m_least >= mean - resolution &&
-                            m_greatest <= mean + resolution && resolution > 0.0;
-        found.equalSteps = m_count > 1 && mean > 0.0 && (same || jitter);
-        if (found.equalSteps && m_least != m_greatest)
-            found.typicalStep = mean;
+        if (rows.position() < m_next)
+            return true;
+        m_next = rows.position() + kLookBytes;
+        return ::goesOn(m_progress, rows.position(), rows.fileBytes());
     }
 
 private:
-    void addStep(double step)
-    {
-        if (m_typical == 0.0 && m_first.size() < kFirstSteps) {
-            m_first.push_back(step);
-            return;
-        }
-        settle();
-        judge(step);
-    }
-    void judge(double step)
-    {
-        const bool none = m_judged++ == 0;
-        m_least = none ? step : std::min(m_least, step);
-        m_greatest = none ? step : std::max(m_greatest, step);
-        m_usual += std::fabs(step - m_typical) <= kEqualWithin * m_typical ? 1 : 0;
-        if (m_typical > 0.0 && step > kGap * m_typical) {
-            ++m_gaps;
-            m_longestGap = std::max(m_longestGap, step);
-        }
-    }
-
-    std::uint64_t m_count = 0;
-    std::uint64_t m_judged = 0;
-    std::uint64_t m_usual = 0;
-    std::uint64_t m_gaps = 0;
-    double m_before = 0.0;
-    double m_typical = 0.0;
-    double m_least = 0.0;
-    double m_greatest = 0.0;
-    double m_longestGap = 0.0;
-    std::vector<double> m_first;
+    const Progress& m_progress;
+    std::uint64_t m_next = kLookBytes;
 };
+
+}  // namespace
 
 STLObject::STLObject(std::filesystem::path file) : m_file(std::move(file)) {}
 
 void STLObject::detect()
 {
     m_format = detectFormat(m_file);
+    m_readFormat.reset();
 }
 
 void STLObject::detect(char separator, char decimal)
 {
     m_format = detectFormat(m_file, separator, decimal);
+    m_readFormat.reset();
 }
 
 // -- Check --
 
+bool STLObject::isRead() const
+{
+    return m_readFormat && readAlike(m_format, *m_readFormat) && isUnchanged(m_file, m_readState);
+}
+
 JobOutcome STLObject::check(const Progress& progress)
 {
+    if (!isRead() && readAll(progress) == JobOutcome::Cancelled)
+        return JobOutcome::Cancelled;
+    m_found = m_read;
+    settleResult();
+    settleStart();
+    return JobOutcome::Done;
+}
+
+JobOutcome STLObject::readAll(const Progress& progress)
+{
+    m_readFormat.reset();
+    m_readState = stateOf(m_file);
     bool wrongOrder = false;
-    const JobOutcome outcome = readThrough(progress, wrongOrder);
-    if (outcome == JobOutcome::Cancelled)
-        return outcome;
+    if (readThrough(progress, wrongOrder) == JobOutcome::Cancelled)
+        return JobOutcome::Cancelled;
     if (wrongOrder && m_format.orderInDoubt) {
         // A date further down tells what those in the sample left open.
         m_format.order = m_format.order == DateOrder::DayMonth ? DateOrder::MonthDay : DateOrder::DayMonth;
@@ -123,39 +96,53 @@ JobOutcome STLObject::check(const Progress& progress)
         if (readThrough(progress, wrongOrder) == JobOutcome::Cancelled)
             return JobOutcome::Cancelled;
     }
-    settleResult();
-    settleStart();
+    m_readFormat = m_format;
     return JobOutcome::Done;
+}
+
+bool STLObject::isChosen(std::uint64_t row) const
+{
+    const std::uint64_t first = std::max<std::uint64_t>(m_format.fromRow, 1);
+    return row >= first && (m_format.toRow == 0 || row <= m_format.toRow) &&
+           (m_format.everyNth <= 1 || (row - first) % m_format.everyNth == 0);
 }
 
 JobOutcome STLObject::readThrough(const Progress& progress, bool& wrongOrder)
 {
-    m_found = STLCheck();
-    STLRows rows(m_file, m_format);
-    STLSteps steps;
-    for (std::uint64_t looks = 1; rows.next(); ++looks) {
-        if (looks % kLookEvery == 0 && !goesOn(progress, rows.position(), rows.fileBytes()))
+    m_read = STLCheck();
+    STLRows rows(m_file, m_format, STLPass::Check);
+    STLSteps steps(m_format.timeSource == STLTimeSource::ElapsedSeconds ||
+                   m_format.timeSource == STLTimeSource::UnixSeconds ||
+                   m_format.timeSource == STLTimeSource::UnixMilliseconds);
+    STLLooks looks(progress);
+    while (rows.next()) {
+        if (!looks.goesOn(rows))
             return JobOutcome::Cancelled;
-        m_found.troubleCount += rows.troubles().size();
+        m_read.troubleCount += rows.troubles().size();
         for (const STLTrouble& trouble : rows.troubles())
-            if (m_found.troubles.size() < kMostTroubles)
-                m_found.troubles.push_back(trouble);
+            if (m_read.troubles.size() < kMostTroubles)
+                m_read.troubles.push_back(trouble);
         if (!rows.hasRow())
             continue;
-        ++m_found.rows;
-        m_found.missingCells += rows.missing();
-        m_found.troubledRows += rows.troubles().empty() ? 0 : 1;
+        ++m_read.rows;
+        m_read.missingCells += rows.missing();
+        m_read.troubledRows += rows.troubles().empty() ? 0 : 1;
+        if (!isChosen(m_read.rows))
+            continue;
+        if (m_read.chosen++ == 0)
+            m_read.chosenFrom = rows.seconds();
         if (m_format.timeSource != STLTimeSource::Typed)
-            steps.add(rows.seconds());
+            steps.add(rows.seconds(), std::isfinite(rows.resolution()) ? rows.resolution() : 0.0);
     }
     wrongOrder = rows.contradictsOrder();
     if (rows.provesOrder())
         m_format.orderInDoubt = false;
-    m_found.skippedLines = rows.skipped();
-    m_found.texts = rows.texts();
-    steps.tell(m_found, rows.resolution());
-    m_found.firstWall = rows.firstWall();
-    m_found.firstSeconds = rows.firstSeconds();
+    m_read.skippedLines = rows.skipped();
+    m_read.texts = rows.texts();
+    steps.tell(m_read);
+    m_read.zoned = rows.zoned();
+    m_read.firstWall = rows.firstWall() + std::llround(m_read.chosenFrom * kMicrosPerSecond);
+    m_read.firstSeconds = rows.firstSeconds() + m_read.chosenFrom;
     return JobOutcome::Done;
 }
 
@@ -164,74 +151,80 @@ void STLObject::settleResult()
     STLCheck& found = m_found;
     if (found.rows == 0)
         throw STLError("No line of numbers was found in " + m_file.filename().string() + ".");
-    const bool typed = m_format.timeSource == STLTimeSource::Typed;
-    if (typed) {
+    if (found.chosen == 0)
+        throw STLError("No row is chosen.");
+    if (m_format.timeSource == STLTimeSource::Typed) {
+        const double step = m_format.typedStep * std::max(m_format.everyNth, 1U);
         found.equalSteps = true;
-        found.typicalStep = found.leastStep = found.greatestStep = m_format.typedStep;
-        found.span = m_format.typedStep * static_cast<double>(found.rows - 1);
+        found.typicalStep = found.leastStep = found.greatestStep = step;
+        found.span = step * static_cast<double>(found.chosen - 1);
     }
     // A float tells a time to 2^-24 of its size.
-    const bool coarse = found.span * std::ldexp(1.0, -24) > kEqualWithin * found.typicalStep;
-    const bool backwards = found.leastStep < 0.0;
+    const bool coarse = found.span * std::ldexp(1.0, -24) > kFinest * found.typicalStep;
     found.timeResult =
-        m_format.timeResult.value_or(found.equalSteps || found.rows < 2 ? STLTimeResult::Constant
-                                     : coarse                           ? STLTimeResult::TimeTwoColumns
-                                                                        : STLTimeResult::TimeColumn);
-    if (found.timeResult == STLTimeResult::Resampled && (backwards || !(found.typicalStep > 0.0)))
+        m_format.timeResult.value_or(found.equalSteps || found.chosen < 2 ? STLTimeResult::Constant
+                                     : coarse                             ? STLTimeResult::TimeTwoColumns
+                                                                          : STLTimeResult::TimeColumn);
+    found.resampled = found.timeResult == STLTimeResult::Resampled;
+    if (found.resampled && found.leastStep < 0.0)
         throw STLError("The times of the rows run backwards; they cannot be put at equal steps.");
 
-    const std::uint64_t last = m_format.toRow == 0 ? found.rows : std::min(m_format.toRow, found.rows);
-    const std::uint64_t first = std::max<std::uint64_t>(m_format.fromRow, 1);
-    const std::uint64_t chosen = last < first ? 0 : (last - first) / std::max(m_format.everyNth, 1U) + 1;
-    double step = found.typicalStep > 0.0 ? found.typicalStep * m_format.everyNth : 1.0;
-    std::uint64_t samples = chosen;
-    if (found.timeResult == STLTimeResult::Resampled) {
+    double step = found.typicalStep > 0.0 ? found.typicalStep : 1.0;
+    std::uint64_t samples = found.chosen;
+    if (found.resampled) {
         step = m_format.resampleStep > 0.0 ? m_format.resampleStep : step;
         samples = static_cast<std::uint64_t>(std::min(found.span / step + 1e-6, 4e9)) + 1;
     }
     found.dt = static_cast<float>(step);
+    if (!(found.dt > 0.0F) || !std::isfinite(found.dt))
+        throw STLError("A ts-file cannot tell steps of this size.");
 
     const auto taken = std::count_if(m_format.columns.begin(), m_format.columns.end(),
                                      [](const STLColumn& column) { return column.take; });
     if (taken == 0)
         throw STLError("No column of numbers is chosen.");
-    if (samples == 0)
-        throw STLError("No row is chosen.");
     found.columns = static_cast<std::uint32_t>(taken);
-    requireFits(samples, found.columns + 2);
-    found.samples = static_cast<std::uint32_t>(samples);
+    found.samples = static_cast<std::uint32_t>(std::min<std::uint64_t>(samples, UINT32_MAX));
 }
 
 // The start is told so that the first sample lies one step behind it. Before 1970 there is no start: such a
-// series carries its times in a column of their own, negative ones.
+// series, and one whose own seconds begin below 0, carries its times in a column of their own, negative ones.
 void STLObject::settleStart()
 {
     STLCheck& found = m_found;
+    const bool typed = m_format.timeSource == STLTimeSource::Typed;
     const bool elapsed = m_format.timeSource == STLTimeSource::ElapsedTime ||
                          m_format.timeSource == STLTimeSource::ElapsedSeconds;
-    const bool typed = m_format.timeSource == STLTimeSource::Typed;
     const Micros wall = typed || elapsed ? m_format.typedStart : found.firstWall;
     const bool dated = (!typed && !elapsed) || m_format.typedStart != 0;
-    double first = elapsed ? found.firstSeconds : 0.0;
+    double first =
+        elapsed ? found.firstSeconds
+        : typed ? m_format.typedStep * static_cast<double>(std::max<std::uint64_t>(m_format.fromRow, 1) - 1)
+                : 0.0;
     if (dated) {
         const Micros whole = wall - (wall % kMicrosPerSecond + kMicrosPerSecond) % kMicrosPerSecond;
         const double fraction = static_cast<double>(wall - whole) / kMicrosPerSecond;
-        const auto seconds = m_format.greenwich ? whole / kMicrosPerSecond : localSeconds(whole);
+        const bool greenwich = m_format.greenwich || (found.zoned && !typed && !elapsed);
+        const auto seconds = greenwich ? whole / kMicrosPerSecond : localSeconds(whole);
         first += static_cast<double>(seconds) + fraction;
     }
     found.firstSeconds = first;
 
-    found.resampled = found.timeResult == STLTimeResult::Resampled;
     found.timeColumns = found.timeResult == STLTimeResult::TimeColumn       ? 1
                         : found.timeResult == STLTimeResult::TimeTwoColumns ? 2
                                                                             : 0;
-    double start = found.timeColumns > 0 ? first : first - static_cast<double>(found.dt);
-    if (start < 0.0 && dated)
+    // Whole seconds are unsigned: times that run back behind the first one must not be negative.
+    const double least = found.timeColumns > 0 ? first + found.earliest : first;
+    double start = found.timeColumns > 0 ? least : first - static_cast<double>(found.dt);
+    if (dated ? start < 0.0 || start > kLatestStart : least < 0.0) {
         found.timeColumns = 1;
-    start = std::clamp(start, 0.0, 4294967295.0);
+        start = 0.0;
+    }
+    start = std::max(start, 0.0);
     found.startSeconds = static_cast<std::uint32_t>(start);
     found.startTime = found.timeColumns > 0 ? 0.0F : static_cast<float>(start - found.startSeconds);
     found.columns += found.timeColumns;
+    requireFits(found.samples, found.columns);
 }
 
 // -- Names --
@@ -271,8 +264,7 @@ std::string STLObject::columnDescription(std::size_t column) const
 
 void STLObject::writeHeader(TSFILE& target) const
 {
-    target.description(m_format.description.empty() ? m_file.stem().string().c_str()
-                                                    : m_format.description.c_str());
+    target.description(cutTo(m_format.description, kFileDescription.width - 1).c_str());
     target.timeUnit("Time[s]");
     target.dt(m_found.dt);
     target.startSeconds(m_found.startSeconds);
@@ -297,28 +289,31 @@ void STLObject::writeHeader(TSFILE& target) const
 
 JobOutcome STLObject::write(TSFILE& target, const Progress& progress)
 {
+    const STLError changed(m_file.filename().string() + " has changed while it was read. Import it again.");
+    if (stateOf(m_file) != m_readState)
+        throw changed;
     writeHeader(target);
-    STLRows rows(m_file, m_format);
+    // Where every line is a row, and its time is not written, the times have been read for good.
+    const bool timesWanted = m_found.skippedLines != 0 || m_found.resampled || m_found.timeColumns != 0;
+    STLRows rows(m_file, m_format, timesWanted ? STLPass::Write : STLPass::WriteValues);
     STLWriter writer(target, m_format, m_found);
-    const std::uint64_t last = m_format.toRow == 0 ? m_found.rows : std::min(m_format.toRow, m_found.rows);
-    const std::uint64_t first = std::max<std::uint64_t>(m_format.fromRow, 1);
+    STLLooks looks(progress);
+    const double step = m_found.typicalStep;
     std::uint64_t row = 0;
-    for (std::uint64_t looks = 1; rows.next(); ++looks) {
-        if (looks % kLookEvery == 0 && !goesOn(progress, rows.position(), rows.fileBytes()))
+    std::uint64_t chosen = 0;
+    while (rows.next()) {
+        if (!looks.goesOn(rows))
             return JobOutcome::Cancelled;
-        if (!rows.hasRow())
+        if (!rows.hasRow() || !isChosen(++row))
             continue;
-        ++row;
-        const double seconds = m_format.timeSource == STLTimeSource::Typed
-                                   ? m_format.typedStep * static_cast<double>(row - 1)
-                                   : rows.seconds();
-        const bool chosen =
-            row >= first && row <= last && (row - first) % std::max(m_format.everyNth, 1U) == 0;
-        if (m_found.resampled || chosen)
-            writer.add(seconds, rows.values());
+        if (++chosen > m_found.chosen)
+            throw changed;
+        writer.add(m_format.timeSource == STLTimeSource::Typed ? step * static_cast<double>(chosen - 1)
+                                                               : rows.seconds() - m_found.chosenFrom,
+                   rows.values());
     }
     if (row != m_found.rows || writer.written() != m_found.samples)
-        throw STLError(m_file.filename().string() + " has changed while it was read. Import it again.");
+        throw changed;
     writer.finish();
     return JobOutcome::Done;
 }

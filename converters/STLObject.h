@@ -4,9 +4,11 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "converters/FileState.h"
 #include "converters/STLCheck.h"
 #include "converters/STLDetect.h"
 #include "core/Progress.h"
@@ -26,13 +28,16 @@ public:
     void detect();
     void detect(char separator, char decimal);
 
-    // The first pass. Throws STLError where nothing can come of it (no rows, no columns, 2 GiB or more),
-    // std::system_error.
+    // The first pass, left out where isRead(), and what becomes of its findings. Throws STLError where
+    // nothing can come of it (no rows, no columns, 2 GB or more), std::system_error.
     JobOutcome check(const Progress& progress);
     const STLCheck& found() const { return m_found; }
+    // Whether the last pass saw the file as it is now, read as the format reads it now: check() takes no
+    // time then.
+    bool isRead() const;
 
     // The second pass, after a check: writes header and rows into a file of found().samples and
-    // found().columns. Throws STLError where the file has changed meanwhile, the TS exceptions,
+    // found().columns. Throws STLError where the file has changed since the check, the TS exceptions,
     // std::system_error.
     JobOutcome write(TSFILE& target, const Progress& progress);
 
@@ -42,14 +47,19 @@ public:
     std::string columnDescription(std::size_t column) const;
 
 private:
+    JobOutcome readAll(const Progress& progress);
     JobOutcome readThrough(const Progress& progress, bool& wrongOrder);
+    bool isChosen(std::uint64_t row) const;
     void settleResult();
     void settleStart();
     void writeHeader(TSFILE& target) const;
 
     std::filesystem::path m_file;
     STLFormat m_format;
-    STLCheck m_found;
+    std::optional<STLFormat> m_readFormat;  // of the last whole pass
+    FileState m_readState;
+    STLCheck m_read;   // what it found
+    STLCheck m_found;  // the same, with what becomes of it
 };
 
 // Writes the whole result beside `target` and puts it in its place when it is complete. The old target is

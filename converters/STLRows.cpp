@@ -3,26 +3,41 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstring>
 #include <limits>
+
+#include "converters/ColumnTexts.h"
 
 namespace {
 
 constexpr std::size_t kLongestLine = 1U << 20;
 constexpr std::size_t kLongestQuote = 40;
 constexpr std::size_t kMostTexts = 10000;
+constexpr Micros kClockSetBack = 2 * 3600 * kMicrosPerSecond;
+constexpr double kMostSeconds = 4e12;  // whose microseconds fit into 64 bits, those of milliseconds too
 constexpr float kMissing = std::numeric_limits<float>::quiet_NaN();
+
+constexpr std::array<double, 7> kFine = {1.0, 1e-1, 1e-2, 1e-3, 1e-4, 1e-5, 1e-6};
 
 // How fine a written time is: its last digit, or the minute where it has no seconds.
 double resolutionOf(const TimeOfDay& time)
 {
-    static constexpr std::array<double, 7> kFine = {1.0, 1e-1, 1e-2, 1e-3, 1e-4, 1e-5, 1e-6};
     return time.hasSeconds ? kFine[static_cast<std::size_t>(std::min(time.fractionDigits, 6))] : 60.0;
+}
+
+// How fine a written number is; 0 where its digits do not tell.
+double resolutionOf(std::string_view number, char decimal)
+{
+    const std::size_t mark = number.find(decimal);
+    const std::size_t digits = mark == std::string_view::npos ? 0 : number.size() - mark - 1;
+    return digits >= kFine.size() || number.find_first_of("eE") != std::string_view::npos ? 0.0
+                                                                                          : kFine[digits];
 }
 
 }  // namespace
 
-STLRows::STLRows(const std::filesystem::path& file, const STLFormat& format)
-    : m_format(format), m_reader(file, kLongestLine)
+STLRows::STLRows(const std::filesystem::path& file, const STLFormat& format, STLPass pass)
+    : m_format(format), m_pass(pass), m_reader(file, kLongestLine)
 {
     for (std::size_t c = 0; c < format.columns.size(); ++c)
         if (format.columns[c].take)
@@ -33,8 +48,12 @@ STLRows::STLRows(const std::filesystem::path& file, const STLFormat& format)
 bool STLRows::next()
 {
     m_troubles.clear();
-    if (!nextLine())
+    m_hasRow = false;
+    if (!m_reader.next())
         return false;
+    ++m_lineNumber;
+    if (m_lineNumber < m_format.firstDataLine || !holdsData(m_reader.text()))
+        return true;
     m_hasRow = readCells() && readTime();
     if (m_hasRow)
         readValues();
@@ -47,21 +66,13 @@ bool STLRows::next()
     return true;
 }
 
-// Goes to the next line that is neither empty nor a remark.
-bool STLRows::nextLine()
+// Whether a line is neither empty nor a remark.
+bool STLRows::holdsData(std::string_view line) const
 {
-    while (m_reader.next()) {
-        ++m_lineNumber;
-        const std::string_view line = m_reader.text();
-        if (m_lineNumber < m_format.firstDataLine)
-            continue;
-        // Most lines begin with a digit, and are neither empty nor remarks.
-        if (!line.empty() && line.front() >= '0' && line.front() <= '9')
-            return true;
-        if (line.find_first_not_of(" \t\r") != std::string_view::npos && !isRemark(line, m_format))
-            return true;
-    }
-    return false;
+    // Most lines begin with a digit.
+    if (!line.empty() && line.front() >= '0' && line.front() <= '9')
+        return true;
+    return line.find_first_not_of(" \t\r") != std::string_view::npos && !isRemark(line, m_format);
 }
 
 bool STLRows::readCells()
@@ -87,12 +98,12 @@ bool STLRows::readCells()
 
 bool STLRows::readTime()
 {
-    if (m_format.timeSource == STLTimeSource::Typed)
+    if (m_format.timeSource == STLTimeSource::Typed || m_pass == STLPass::WriteValues)
         return true;
+    m_unreadable = m_format.timeColumn;
     const std::optional<double> seconds = rowSeconds();
     if (!seconds) {
-        const int column = m_format.dateColumn >= 0 ? m_format.dateColumn : m_format.timeColumn;
-        note(STLProblem::UnreadableStamp, column, m_cells[static_cast<std::size_t>(column)]);
+        note(STLProblem::UnreadableStamp, m_unreadable, m_cells[static_cast<std::size_t>(m_unreadable)]);
         return false;
     }
     m_seconds = *seconds;
@@ -103,64 +114,76 @@ bool STLRows::readTime()
 std::optional<double> STLRows::rowSeconds()
 {
     const std::string_view cell = m_cells[static_cast<std::size_t>(m_format.timeColumn)];
+    Micros time = 0;
     switch (m_format.timeSource) {
-        case STLTimeSource::Stamp: {
-            const std::size_t end = std::min(cell.find_first_of(" T_"), cell.size());
-            const std::optional<Micros> day = dateAt(cell.substr(0, end));
-            if (!day || end == cell.size())
-                return sinceFirst(day);
-            std::string_view rest = cell.substr(end + 1);
-            rest.remove_prefix(std::min(rest.find_first_not_of(' '), rest.size()));
-            const auto time = takeTime(rest);
-            const auto zone = takeZone(rest);
-            if (!time || !rest.empty())
-                return std::nullopt;
-            m_resolution = resolutionOf(*time);
-            return sinceFirst(*day + time->micros - Micros{zone.value_or(0)} * 60 * kMicrosPerSecond);
-        }
+        case STLTimeSource::Stamp:
+            return sinceFirst(stampAt(cell));
         case STLTimeSource::DateAndTime: {
             const auto day = dateAt(m_cells[static_cast<std::size_t>(m_format.dateColumn)]);
-            Micros time = 0;
+            if (!day)
+                m_unreadable = m_format.dateColumn;
             if (!day || !timeAt(cell, time))
                 return std::nullopt;
             return sinceFirst(*day + time);
         }
-        case STLTimeSource::ElapsedTime: {
-            Micros time = 0;
+        case STLTimeSource::ElapsedTime:
             if (!timeAt(cell, time))
                 return std::nullopt;
-            // A time of day begins anew at midnight; hours that go on above 24 never step back.
-            if (m_hasFirst && time < kMicrosPerDay && time + kMicrosPerDay / 2 < m_lastTime)
+            // A time of day begins anew at midnight; clocks that are set back go back by less than this, and
+            // hours that go on above 24 never do.
+            if (m_hasFirst && time < kMicrosPerDay && time + kClockSetBack < m_lastTime)
                 m_days += kMicrosPerDay;
             m_lastTime = time;
             return sinceFirst(time + m_days);
-        }
-        default: {
-            auto number = readNumber(cell, m_format.cells);
-            if (!number)
-                return std::nullopt;
-            const double seconds =
-                m_format.timeSource == STLTimeSource::UnixMilliseconds ? *number / 1000.0 : *number;
-            if (!m_hasFirst) {
-                m_firstSeconds = seconds;
-                if (m_format.timeSource != STLTimeSource::ElapsedSeconds)
-                    m_firstWall = static_cast<Micros>(std::llround(seconds * kMicrosPerSecond));
-            }
-            return seconds - m_firstSeconds;
-        }
+        default:
+            return numberAt(cell);
     }
+}
+
+std::optional<Micros> STLRows::stampAt(std::string_view cell)
+{
+    const std::size_t end = std::min(cell.find_first_of(" T_"), cell.size());
+    const std::optional<Micros> day = dateAt(cell.substr(0, end));
+    if (!day || end == cell.size())
+        return day;
+    std::string_view rest = cell.substr(end + 1);
+    rest.remove_prefix(std::min(rest.find_first_not_of(' '), rest.size()));
+    const auto time = takeTime(rest);
+    const auto zone = takeZone(rest);
+    if (!time || !rest.empty())
+        return std::nullopt;
+    m_resolution = std::min(m_resolution, resolutionOf(*time));
+    m_zoned = m_zoned || zone;
+    return *day + time->micros - Micros{zone.value_or(0)} * 60 * kMicrosPerSecond;
+}
+
+std::optional<double> STLRows::numberAt(std::string_view cell)
+{
+    const auto number = readNumber(cell, m_format.cells);
+    if (!number || std::fabs(*number) > kMostSeconds)
+        return std::nullopt;
+    const bool millis = m_format.timeSource == STLTimeSource::UnixMilliseconds;
+    const double seconds = millis ? *number / 1000.0 : *number;
+    const double fine = resolutionOf(cell, m_format.cells.decimal);
+    m_resolution = std::min(m_resolution, millis ? fine / 1000.0 : fine);
+    if (!m_hasFirst) {
+        m_firstSeconds = seconds;
+        if (m_format.timeSource != STLTimeSource::ElapsedSeconds)
+            m_firstWall = static_cast<Micros>(std::llround(seconds * kMicrosPerSecond));
+    }
+    return seconds - m_firstSeconds;
 }
 
 bool STLRows::timeAt(std::string_view text, Micros& micros)
 {
     if (readPlainTime(text, micros)) {
-        m_resolution = 1.0;
+        m_resolution = std::min(m_resolution, 1.0);
         return true;
     }
     const auto time = ::readTime(text);
     if (!time)
         return false;
-    m_resolution = resolutionOf(*time);
+    m_resolution = std::min(m_resolution, resolutionOf(*time));
     micros = time->micros;
     return true;
 }
@@ -176,9 +199,19 @@ std::optional<double> STLRows::sinceFirst(std::optional<Micros> wall)
     return static_cast<double>(*wall - m_firstWall) / kMicrosPerSecond;
 }
 
+// Two comparisons of eight bytes, which overlap.
+bool STLRows::isLastDate(std::string_view text) const
+{
+    constexpr std::size_t kWord = 8;
+    return text.size() == m_lastDateSize && m_lastDateSize >= kWord &&
+           std::memcmp(text.data(), m_lastDate.data(), kWord) == 0 &&
+           std::memcmp(text.data() + text.size() - kWord, m_lastDate.data() + text.size() - kWord, kWord) ==
+               0;
+}
+
 std::optional<Micros> STLRows::dateAt(std::string_view text)
 {
-    if (text == m_lastDate && !text.empty())
+    if (isLastDate(text))
         return m_lastMidnight;
     const auto date = readDate(text);
     const auto day = date ? midnight(*date, m_format.order) : std::nullopt;
@@ -189,8 +222,8 @@ std::optional<Micros> STLRows::dateAt(std::string_view text)
         m_contradictsOrder = m_contradictsOrder || (!day && readsOtherwise);
         m_provesOrder = m_provesOrder || (day && !readsOtherwise);
     }
-    if (day) {
-        m_lastDate = text;
+    if (day && text.size() <= m_lastDate.size()) {
+        m_lastDateSize = text.copy(m_lastDate.data(), m_lastDate.size());
         m_lastMidnight = *day;
     }
     return day;
@@ -209,6 +242,8 @@ float STLRows::valueOf(std::size_t column, std::string_view cell)
 {
     const STLColumn& wanted = m_format.columns[column];
     if (!wanted.numberTexts) {
+        if (m_pass == STLPass::Check && isNumber(cell, m_format.cells))
+            return 0.0F;
         if (const auto number = readNumber(cell, m_format.cells))
             return static_cast<float>(*number);
         if (wanted.kind == STLKind::Time)
@@ -236,6 +271,7 @@ float STLRows::valueOf(std::size_t column, std::string_view cell)
 
 void STLRows::note(STLProblem problem, int column, std::string_view text)
 {
-    m_troubles.push_back(
-        {m_lineNumber, column, problem, decoded(text.substr(0, kLongestQuote), m_format.encoding)});
+    const std::string quote = decoded(text.substr(0, kLongestQuote), m_format.encoding);
+    m_troubles.push_back({m_lineNumber, column, problem,
+                          text.size() > kLongestQuote ? cutTo(quote, kLongestQuote - 1) + "…" : quote});
 }

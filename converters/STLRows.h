@@ -1,6 +1,8 @@
 // The data rows of a smart tool log, one after the other: values, time and what was not understood.
 #pragma once
 
+#include <array>
+#include <limits>
 #include <map>
 #include <optional>
 #include <string>
@@ -8,6 +10,9 @@
 
 #include "converters/STLFormat.h"
 #include "core/LineReader.h"
+
+// The first pass only asks whether cells are numbers, the second one wants the numbers, and perhaps no times.
+enum class STLPass { Check, Write, WriteValues };
 
 enum class STLProblem { NotANumber, TooFewCells, TooManyCells, UnreadableStamp, LineTooLong };
 
@@ -26,15 +31,15 @@ class STLRows
 {
 public:
     // Borrows the format. Throws std::system_error where the file cannot be opened.
-    STLRows(const std::filesystem::path& file, const STLFormat& format);
+    STLRows(const std::filesystem::path& file, const STLFormat& format, STLPass pass);
 
-    // Goes to the next line that may be a row; false at the end.
+    // Goes to the next line; false at the end.
     bool next();
-    // Whether it is one, with a readable time.
+    // Whether it is a row, with a readable time.
     bool hasRow() const { return m_hasRow; }
 
-    // Of the present row: a value for each taken column (NaN where it is missing), and its time in seconds
-    // since the first row; 0 where the rows carry none.
+    // Of the present row: a value for each taken column (NaN where it is missing; nothing in a check), and
+    // its time in seconds since the first row; 0 where the rows carry none.
     const std::vector<float>& values() const { return m_values; }
     double seconds() const { return m_seconds; }
     std::uint64_t line() const { return m_lineNumber; }
@@ -51,8 +56,10 @@ public:
     // where one can be read in the format's order alone.
     bool contradictsOrder() const { return m_contradictsOrder; }
     bool provesOrder() const { return m_provesOrder; }
-    // How fine the rows tell their time, in seconds; 0 where nothing is rounded.
+    // How finely the rows tell their time, in seconds, as far as they have been read.
     double resolution() const { return m_resolution; }
+    // Whether a stamp has named its zone.
+    bool zoned() const { return m_zoned; }
     // Of the columns whose texts are numbered, by column.
     const std::map<std::size_t, STLTexts>& texts() const { return m_texts; }
 
@@ -60,18 +67,22 @@ public:
     std::uint64_t fileBytes() const { return m_reader.fileBytes(); }
 
 private:
-    bool nextLine();
+    bool holdsData(std::string_view line) const;
     bool readCells();
     bool readTime();
     std::optional<double> rowSeconds();
     std::optional<double> sinceFirst(std::optional<Micros> wall);
+    std::optional<Micros> stampAt(std::string_view cell);
+    std::optional<double> numberAt(std::string_view cell);
     bool timeAt(std::string_view text, Micros& micros);
+    bool isLastDate(std::string_view text) const;
     std::optional<Micros> dateAt(std::string_view text);
     void readValues();
     float valueOf(std::size_t column, std::string_view cell);
     void note(STLProblem problem, int column, std::string_view text);
 
     const STLFormat& m_format;
+    STLPass m_pass;
     LineReader m_reader;
     std::uint64_t m_lineNumber = 0;
     std::vector<std::size_t> m_taken;  // columns
@@ -84,15 +95,18 @@ private:
     bool m_hasRow = false;
     bool m_contradictsOrder = false;
     bool m_provesOrder = false;
-    Micros m_days = 0;  // midnights that times of day have passed
+    int m_unreadable = -1;  // the column at which a time could not be read
+    Micros m_days = 0;      // midnights that times of day have passed
     Micros m_lastTime = 0;
     double m_seconds = 0.0;
     bool m_hasFirst = false;
     Micros m_firstWall = 0;
     double m_firstSeconds = 0.0;
-    double m_resolution = 0.0;
+    double m_resolution = std::numeric_limits<double>::infinity();
+    bool m_zoned = false;
     // Most rows bear the date of the row before.
-    std::string m_lastDate;
+    std::array<char, 16> m_lastDate = {};
+    std::size_t m_lastDateSize = 0;
     Micros m_lastMidnight = 0;
     std::map<std::size_t, STLTexts> m_texts;
 };

@@ -10,7 +10,9 @@ namespace {
 constexpr std::size_t kLinesAPlace = 200;
 constexpr std::size_t kLongestLine = 1U << 20;
 constexpr std::size_t kMostHeadLines = 1000;
+constexpr std::size_t kMostHeadBytes = 1U << 22;
 constexpr int kRunOfDataLines = 5;
+constexpr std::size_t kFewLines = 20;  // one in so many
 
 void collect(LineReader& reader, std::size_t count, std::vector<STLLine>& lines)
 {
@@ -22,6 +24,35 @@ void collect(LineReader& reader, std::size_t count, std::vector<STLLine>& lines)
     }
 }
 
+// Of a file that is all in the head.
+void pickLines(STLSample& sample)
+{
+    std::vector<const STLLine*> filled;
+    for (const STLLine& line : sample.head)
+        if (!isEmptyLine(line.text))
+            filled.push_back(&line);
+    const std::size_t count = filled.size();
+    std::size_t next = 0;
+    for (const std::size_t from : {std::size_t{0}, count / 2, count - std::min(count, kLinesAPlace)})
+        for (std::size_t i = std::max(from, next); i < std::min(from + kLinesAPlace, count); next = ++i)
+            sample.lines.push_back(*filled[i]);
+}
+
+// Of a longer one; the head is read already.
+void collectLines(LineReader& reader, STLSample& sample)
+{
+    for (const STLLine& line : sample.head)
+        if (sample.lines.size() < kLinesAPlace && !isEmptyLine(line.text))
+            sample.lines.push_back(line);
+    const std::uint64_t start = reader.position();
+    const std::uint64_t end = reader.fileBytes();
+    const std::uint64_t tail = end - std::min<std::uint64_t>(end, 1U << 16);
+    for (const std::uint64_t from : {std::max(start, end / 2), std::max(start, tail)}) {
+        reader.seek(from);
+        collect(reader, kLinesAPlace, sample.lines);
+    }
+}
+
 void refuseBinary(const STLSample& sample)
 {
     if (sample.lines.empty())
@@ -29,15 +60,17 @@ void refuseBinary(const STLSample& sample)
     const std::string& first = sample.lines.front().text;
     if (first.starts_with("\xFF\xFE") || first.starts_with("\xFE\xFF"))
         throw STLError("The file is written in UTF-16. Save it as UTF-8 or plain text and import it again.");
-    std::size_t zeros = 0;
-    std::size_t bytes = 0;
+    std::size_t wide = 0;
+    std::size_t binary = 0;
     for (const STLLine& line : sample.lines) {
-        zeros += static_cast<std::size_t>(std::count(line.text.begin(), line.text.end(), '\0'));
-        bytes += line.text.size();
+        const auto zeros = static_cast<std::size_t>(std::count(line.text.begin(), line.text.end(), '\0'));
+        binary += zeros > 0 ? 1 : 0;
+        wide += zeros * 4 > line.text.size() ? 1 : 0;
     }
-    if (zeros * 4 > bytes)
+    if (wide * 2 > sample.lines.size())
         throw STLError("The file is written in UTF-16. Save it as UTF-8 or plain text and import it again.");
-    if (zeros > 0)
+    // A logger that lost its power leaves a stretch of zeros, which is one line that is skipped.
+    if (binary * kFewLines > sample.lines.size())
         throw STLError("The file holds binary data; it is no text file.");
 }
 
@@ -62,25 +95,20 @@ STLSample readSample(const std::filesystem::path& file)
     LineReader reader(file, kLongestLine);
     STLSample sample;
     std::uint64_t number = 0;
-    while (sample.head.size() < kMostHeadLines && sample.lines.size() < kLinesAPlace && reader.next()) {
+    bool whole = false;
+    while (sample.head.size() < kMostHeadLines && reader.position() < kMostHeadBytes) {
+        whole = !reader.next();
+        if (whole)
+            break;
         if (reader.isCut())
             throw STLError("Line " + std::to_string(number + 1) +
                            " is longer than a million bytes; this does not look like lines of numbers.");
         sample.head.push_back({std::string(reader.text()), ++number});
-        if (!isEmptyLine(reader.text()))
-            sample.lines.push_back(sample.head.back());
     }
-    const std::uint64_t start = reader.position();
-    const std::uint64_t end = reader.fileBytes();
-    const std::uint64_t tail = end > (1U << 16) ? end - (1U << 16) : 0;
-    if (start < end / 2) {
-        reader.seek(end / 2);
-        collect(reader, kLinesAPlace, sample.lines);
-    }
-    if (start < tail) {
-        reader.seek(tail);
-        collect(reader, kLinesAPlace, sample.lines);
-    }
+    if (whole)
+        pickLines(sample);
+    else
+        collectLines(reader, sample);
     refuseBinary(sample);
     return sample;
 }

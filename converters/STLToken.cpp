@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 
 #include "converters/TimeStamps.h"
 #include "core/TextNumbers.h"
@@ -17,7 +18,7 @@ bool isBlank(char c)
 
 bool isDigit(char c)
 {
-    return c >= '0' && c <= '9';
+    return static_cast<unsigned char>(c - '0') < 10;
 }
 
 std::string_view withoutTail(std::string_view cell)
@@ -61,16 +62,59 @@ void splitAtBlanks(std::string_view line, std::vector<std::string_view>& out)
     }
 }
 
-// A cell in quotes: separators inside it are text. Returns where it ends.
-const char* takeQuoted(const char* from, const char* end, char separator, std::vector<std::string_view>& out)
+// Digits and how many of them stand behind the decimal sign.
+struct PlainNumber
 {
-    const char* const close = std::find(from + 1, end, '"');
-    const char* const stop = std::find(close, end, separator);
-    std::string_view cell = withoutTail({from, static_cast<std::size_t>(stop - from)});
-    if (cell.size() >= 2 && cell.back() == '"')
-        cell = trimmed(cell.substr(1, cell.size() - 2));
-    out.push_back(cell);
-    return stop;
+    std::uint64_t digits;
+    std::size_t places;
+};
+
+// What nearly all numbers are: up to 15 digits, perhaps with a decimal sign. So many are exact in a double,
+// and so is the power of ten: one division rounds once.
+std::optional<PlainNumber> plainNumber(std::string_view text, char decimal)
+{
+    if (text.size() > 15)
+        return std::nullopt;
+    PlainNumber number{0, 0};
+    const char* const end = text.data() + text.size();
+    const char* p = text.data();
+    for (; p != end && isDigit(*p); ++p)
+        number.digits = number.digits * 10 + static_cast<unsigned char>(*p - '0');
+    if (p == end)
+        return number;
+    if (*p++ != decimal)
+        return std::nullopt;
+    number.places = static_cast<std::size_t>(end - p);
+    for (; p != end && isDigit(*p); ++p)
+        number.digits = number.digits * 10 + static_cast<unsigned char>(*p - '0');
+    return p == end && text.size() > 1 ? std::optional(number) : std::nullopt;
+}
+
+double valueOf(const PlainNumber& number)
+{
+    static constexpr std::array<double, 16> kTens = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                                     1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+    return static_cast<double>(number.digits) / kTens[number.places];
+}
+
+// The text behind a number's own sign; empty where no number begins so.
+std::string_view digitsOf(std::string_view cell, char decimal)
+{
+    if (!cell.empty() && (cell.front() == '+' || cell.front() == '-'))
+        cell.remove_prefix(1);
+    return !cell.empty() && (isDigit(cell.front()) || cell.front() == decimal) ? cell : std::string_view();
+}
+
+// A cell in quotes: separators inside it are text.
+const char* endOfQuoted(const char* from, const char* end, char separator)
+{
+    return std::find(std::find(from + 1, end, '"'), end, separator);
+}
+
+std::string_view unquoted(std::string_view cell)
+{
+    cell = withoutTail(cell);
+    return cell.size() >= 2 && cell.back() == '"' ? trimmed(cell.substr(1, cell.size() - 2)) : cell;
 }
 
 // A number without its grouping signs; nothing where they do not stand before each three digits.
@@ -103,37 +147,50 @@ std::optional<std::string_view> ungrouped(std::string_view cell, const STLCells&
 
 std::size_t splitCells(std::string_view line, char separator, std::vector<std::string_view>& out)
 {
-    out.clear();
     if (!line.empty() && line.back() == '\r')
         line.remove_suffix(1);
     if (separator == ' ') {
+        out.clear();
         splitAtBlanks(line, out);
         return out.size();
     }
+    // Most lines have as many cells as the one before.
+    std::size_t count = 0;
+    const auto put = [&](std::string_view cell) {
+        if (count < out.size())
+            out[count] = cell;
+        else
+            out.push_back(cell);
+        ++count;
+    };
     const char* const end = line.data() + line.size();
     for (const char* from = line.data();;) {
         while (from != end && isBlank(*from) && *from != separator)
             ++from;
         if (from != end && *from == '"') {
-            from = takeQuoted(from, end, separator, out);
+            const char* const stop = endOfQuoted(from, end, separator);
+            put(unquoted({from, static_cast<std::size_t>(stop - from)}));
+            from = stop;
         } else {
             const char* const stop = std::find(from, end, separator);
-            out.push_back(withoutTail({from, static_cast<std::size_t>(stop - from)}));
+            put(withoutTail({from, static_cast<std::size_t>(stop - from)}));
             from = stop;
         }
         if (from == end)
             break;
         ++from;
     }
-    return out.size();
+    out.resize(count);
+    return count;
 }
 
 std::optional<double> readNumber(std::string_view cell, const STLCells& cells)
 {
-    const bool sign = !cell.empty() && (cell.front() == '+' || cell.front() == '-');
-    const std::string_view digits = sign ? cell.substr(1) : cell;
-    if (digits.empty() || !(isDigit(digits.front()) || digits.front() == cells.decimal))
+    const std::string_view digits = digitsOf(cell, cells.decimal);
+    if (digits.empty())
         return std::nullopt;
+    if (const auto plain = plainNumber(digits, cells.decimal))
+        return cell.front() == '-' ? -valueOf(*plain) : valueOf(*plain);
 
     std::array<char, kLongestNumber> buffer;
     if (cells.grouping != 0 && cell.find(cells.grouping) != std::string_view::npos) {
@@ -146,6 +203,12 @@ std::optional<double> readNumber(std::string_view cell, const STLCells& cells)
     const ParsedNumber number =
         parseNumber(cell.data(), last, cells.decimal == ',' ? DecimalMark::Comma : DecimalMark::Point);
     return number.end == last ? std::optional(number.value) : std::nullopt;
+}
+
+bool isNumber(std::string_view cell, const STLCells& cells)
+{
+    const std::string_view digits = digitsOf(cell, cells.decimal);
+    return !digits.empty() && (plainNumber(digits, cells.decimal) || readNumber(cell, cells));
 }
 
 bool isMissing(std::string_view cell, const STLCells& cells)

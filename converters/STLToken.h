@@ -18,6 +18,8 @@ struct STLCells
     // Compared without case; an empty cell is missing anyway.
     std::vector<std::string> missing = {"-",    "--",   "---", "nan",  "na",  "n/a",
                                         "null", "none", "ol",  "over", "err", "*"};
+
+    bool operator==(const STLCells&) const = default;
 };
 
 // Text is a view into the line: valid as long as that is.
@@ -34,6 +36,9 @@ std::size_t splitCells(std::string_view line, char separator, std::vector<std::s
 
 // A number: [sign] digits [decimal digits] [e [sign] digits], and nothing behind it.
 std::optional<double> readNumber(std::string_view cell, const STLCells& cells);
+
+// Whether readNumber() finds one; quicker than to read it.
+bool isNumber(std::string_view cell, const STLCells& cells);
 
 bool isMissing(std::string_view cell, const STLCells& cells);
 

@@ -19,6 +19,7 @@
 #include <algorithm>
 #include <system_error>
 
+#include "converters/ImportFields.h"
 #include "converters/ImportReport.h"
 #include "converters/ImportTexts.h"
 #include "converters/STLLines.h"
@@ -33,7 +34,7 @@ namespace {
 
 const QString kFilter = QStringLiteral(
     "Text files (*.stl *.csv *.txt *.dat *.log *.asc *.tsv *.prn);;STL files (*.stl);;All files (*)");
-// Files up to this size are checked whenever a field changes, which takes no noticeable time.
+// Files up to this size are read whenever a field changes, which takes no noticeable time.
 constexpr std::uint64_t kQuickBytes = 4'000'000;
 
 QString text(const std::string& utf8)
@@ -49,15 +50,14 @@ QString inWords(Micros wall)
                   QStringLiteral("dddd, d MMMM yyyy hh:mm:ss"));
 }
 
+// "Step 1.000 s, constant", "0.98 to 1.07 s, 3 gaps, longest 12 min"
 QString stepText(const STLCheck& found)
 {
-    if (found.rows < 2)
-        return QStringLiteral("One row only");
-    QString line = found.equalSteps
-                       ? QStringLiteral("Step %1, constant").arg(durationText(found.typicalStep))
-                       : QStringLiteral("Steps of %1 to %2, typically %3")
-                             .arg(durationText(found.leastStep), durationText(found.greatestStep),
-                                  durationText(found.typicalStep));
+    if (found.chosen < 2)
+        return QStringLiteral("One row only.");
+    if (found.equalSteps)
+        return QStringLiteral("Step %1, constant.").arg(stepLength(found.typicalStep));
+    QString line = stepRange(found.leastStep, found.greatestStep);
     if (found.gaps > 0)
         line += QStringLiteral(", %1, longest %2")
                     .arg(counted(found.gaps, "gap", "gaps"), durationText(found.longestGap));
@@ -68,12 +68,11 @@ QString stepText(const STLCheck& found)
 
 QString resultText(const STLCheck& found)
 {
-    const QString time = found.resampled          ? QStringLiteral("at equal steps of %1")
-                         : found.timeColumns == 2 ? QStringLiteral("with \"Time\" and \"Time32\"")
-                         : found.timeColumns == 1 ? QStringLiteral("with a column \"Time\"")
-                                                  : QStringLiteral("with a sample time of %1");
-    return (time.contains(QLatin1String("%1")) ? time.arg(durationText(static_cast<double>(found.dt)))
-                                               : time);
+    const QString step = durationText(static_cast<double>(found.dt));
+    return found.resampled          ? QStringLiteral("At equal steps of %1.").arg(step)
+           : found.timeColumns == 2 ? QStringLiteral("With \"Time\" and \"Time32\".")
+           : found.timeColumns == 1 ? QStringLiteral("With a column \"Time\".")
+                                    : QStringLiteral("With a sample time of %1.").arg(step);
 }
 
 QString problemText(STLProblem problem)
@@ -169,45 +168,44 @@ void STLWin::resizeEvent(QResizeEvent* event)
 
 void STLWin::showFindings()
 {
-    const bool usable = m_problem.isEmpty() || !m_log->format().columns.empty();
-    m_lines->explain(usable && !m_log->format().columns.empty() ? &m_log->format() : nullptr);
+    m_lines->explain(m_log->format().columns.empty() ? nullptr : &m_log->format());
     widenPreview();
     showColumns();
     enableFields();
+    const STLCheck& found = m_log->found();
     const bool dated =
-        m_checked && m_log->format().timeSource != STLTimeSource::Typed && m_log->found().firstWall != 0;
-    m_timeFinding->setText(
-        (m_checked ? stepText(m_log->found()) : QString()) +
-        (dated ? QStringLiteral("\nFirst row: ") + inWords(m_log->found().firstWall) : QString()));
+        m_checked && m_log->format().timeSource != STLTimeSource::Typed && found.firstWall != 0;
+    m_timeFinding->setText((m_checked ? stepText(found) : QString()) +
+                           (dated ? QStringLiteral("\nFirst row: ") + inWords(found.firstWall) : QString()));
+    m_size->setText(m_checked ? sizeText(tsFileBytes(found.samples, found.columns)) : QString());
 
     QString line = m_problem;
     if (m_checked)
-        line = summary() + QLatin1Char(' ') + stepText(m_log->found());
+        line = summary() + QLatin1Char('\n') + stepText(found) + QLatin1Char(' ') + resultText(found);
     else if (m_problem.isEmpty())
-        line = QStringLiteral("\"Check only\" reads the whole file and tells what is in it.");
-    if (m_checked && m_log->format().orderInDoubt)
-        line +=
-            QStringLiteral("\nPlease check: the first date is %1.").arg(inWords(m_log->found().firstWall));
-    const bool warn = !m_problem.isEmpty() || (m_checked && m_log->format().orderInDoubt);
-    m_finding->setStyleSheet(warn ? QStringLiteral("color: #b02a1e; font-weight: bold") : QString());
-    m_finding->setText(line);
+        line = QStringLiteral(
+            "Only the beginning of the file has been read. \"Check only\" reads all of it, and so does "
+            "\"Import\".");
+    const bool doubt = m_checked && m_log->format().orderInDoubt;
+    if (doubt)
+        line += QStringLiteral("\nPlease check: the first date is %1.").arg(inWords(found.firstWall));
+    showFinding(m_finding, line, doubt || !m_problem.isEmpty());
 }
 
+// "86 400 rows, 3 columns. 12 cells missing, 2 lines skipped."
 QString STLWin::summary() const
 {
     const STLCheck& found = m_log->found();
-    QString line = QStringLiteral("%1, %2, %3 %4.")
-                       .arg(counted(found.samples, "row", "rows"),
-                            counted(found.columns - found.timeColumns, "column", "columns"),
-                            sizeText(tsFileBytes(found.samples, found.columns)), resultText(found));
+    const QString line =
+        QStringLiteral("%1, %2.").arg(counted(found.samples, "row", "rows"),
+                                      counted(found.columns - found.timeColumns, "column", "columns"));
     QStringList losses;
     if (found.missingCells != 0)
         losses << counted(found.missingCells, "cell", "cells") + QStringLiteral(" missing");
     if (found.skippedLines != 0)
         losses << counted(found.skippedLines, "line", "lines") + QStringLiteral(" skipped");
-    if (!losses.isEmpty())
-        line += QLatin1Char(' ') + losses.join(QStringLiteral(", ")) + QLatin1Char('.');
-    return line;
+    return losses.isEmpty() ? line
+                            : line + QLatin1Char(' ') + losses.join(QStringLiteral(", ")) + QLatin1Char('.');
 }
 
 void STLWin::enableFields()
@@ -225,22 +223,25 @@ void STLWin::enableFields()
     m_step->setEnabled(open && typed);
     m_resampleStep->setEnabled(open && m_becomes->currentData().toInt() ==
                                            static_cast<int>(STLTimeResult::Resampled));
-    const bool good = open && m_problem.isEmpty() && fieldsAreGood();
-    m_import->setEnabled(good);
-    m_check->setEnabled(open && fieldsAreGood());
+    const bool good = checkFields() && open;
+    m_import->setEnabled(good && m_problem.isEmpty());
+    m_check->setEnabled(good);
 }
 
-bool STLWin::fieldsAreGood() const
+bool STLWin::checkFields()
 {
-    const bool start =
-        m_start->text().trimmed().isEmpty() || readStamp(m_start->text().trimmed().toStdString()).has_value();
-    const bool step = !m_step->isEnabled() || (m_step->isValid() && m_step->number() > 0);
-    const bool equal = !m_resampleStep->isEnabled() || m_resampleStep->text().trimmed().isEmpty() ||
-                       numberOf(m_resampleStep->text()).value_or(0.0) > 0;
-    markField(*m_start, start);
-    markField(*m_resampleStep, equal);
-    return start && step && equal && m_fromRow->isValid() && m_toRow->isValid() && m_everyNth->isValid() &&
-           !m_target->text().trimmed().isEmpty();
+    const QString start = reasonAgainstStart(m_start->text());
+    const QString target = reasonAgainstTarget(m_target->text());
+    const QString equal =
+        m_resampleStep->text().trimmed().isEmpty() || numberOf(m_resampleStep->text()).value_or(0.0) > 0
+            ? QString()
+            : QStringLiteral("\"%1\" is no number above 0.").arg(m_resampleStep->text());
+    showReason(m_start, m_startReason, start);
+    showReason(m_target, m_targetReason, target);
+    showReason(m_resampleStep, m_resampleReason, equal);
+    return start.isEmpty() && target.isEmpty() && (equal.isEmpty() || !m_resampleStep->isEnabled()) &&
+           (m_step->isValid() || !m_step->isEnabled()) && m_fromRow->isValid() && m_toRow->isValid() &&
+           m_everyNth->isValid();
 }
 
 // -- Changes --
@@ -250,10 +251,10 @@ void STLWin::sl_changed()
     if (m_filling || !m_log || m_log->format().columns.empty())
         return;
     const QScopedValueRollback<bool> filling(m_filling, true);
-    readFields();
     m_checked = false;
     m_problem.clear();
-    if (fieldsAreGood())
+    readFields();
+    if (checkFields())
         checkQuietly();
     showFindings();
 }
@@ -262,6 +263,7 @@ void STLWin::sl_names_changed()
 {
     if (m_filling || !m_log || m_log->format().columns.empty())
         return;
+    m_problem.clear();
     STLFormat& format = m_log->format();
     format.encoding = static_cast<STLEncoding>(m_encoding->currentData().toInt());
     format.cells.grouping = static_cast<char>(m_grouping->currentData().toInt());
@@ -295,11 +297,12 @@ void STLWin::sl_other_reading()
 // -- Check and import --
 
 // Small files are read whenever something changes, so that the findings are always those of the whole file.
+// Of larger ones, only what needs no reading is found again.
 void STLWin::checkQuietly()
 {
     std::error_code unknown;
     const std::uintmax_t bytes = std::filesystem::file_size(m_log->file(), unknown);
-    if (!m_problem.isEmpty() || unknown || bytes > kQuickBytes)
+    if (!m_problem.isEmpty() || (!m_log->isRead() && (unknown || bytes > kQuickBytes)))
         return;
     try {
         m_log->check({});
@@ -307,6 +310,16 @@ void STLWin::checkQuietly()
     } catch (const std::exception&) {
         m_problem = reasonOfFailure();
     }
+    showOrder();
+}
+
+// Reads a large file once it is on the screen, with a Cancel button.
+void STLWin::checkLater()
+{
+    QTimer::singleShot(0, this, [this] {
+        if (!m_checked && m_problem.isEmpty() && isVisible() && !JobProgress::isRunning())
+            runCheck();
+    });
 }
 
 // False where it failed or was cancelled.
@@ -321,8 +334,16 @@ bool STLWin::runCheck()
         m_problem = reasonOfFailure();
         m_checked = false;
     }
+    showOrder();
     showFindings();
     return m_checked;
+}
+
+// A check may find the order of day and month further down in the file.
+void STLWin::showOrder()
+{
+    const QScopedValueRollback<bool> filling(m_filling, true);
+    m_order->setCurrentIndex(m_order->findData(static_cast<int>(m_log->format().order)));
 }
 
 void STLWin::sl_check()
@@ -359,8 +380,10 @@ void STLWin::write(const QString& target)
     double seconds = 0.0;
     try {
         JobProgress progress(this, QStringLiteral("Writing %1 …").arg(target));
-        if (importSTL(*m_log, pathOf(target), progress.callback()) == JobOutcome::Cancelled)
+        if (importSTL(*m_log, pathOf(target), progress.callback()) == JobOutcome::Cancelled) {
+            m_finding->setText(kCancelled);
             return;
+        }
         seconds = progress.seconds();
     } catch (...) {
         showBox(QMessageBox::Warning, this, QStringLiteral("Veltrac error"),
@@ -385,9 +408,10 @@ void STLWin::showReport(const QString& target, double seconds)
         target.isEmpty()
             ? QString()
             : QStringLiteral("%1 was made in %2 s.\n").arg(target, QString::number(seconds, 'f', 1));
-    ImportReport report(this, target.isEmpty() ? QStringLiteral("Check") : QStringLiteral("Import"),
-                        head + summary() + QLatin1Char('\n') + stepText(found), troubles, found.troubleCount,
-                        !target.isEmpty());
+    ImportReport report(
+        this, target.isEmpty() ? QStringLiteral("Check") : QStringLiteral("Import"),
+        head + summary() + QLatin1Char('\n') + stepText(found) + QLatin1Char(' ') + resultText(found),
+        troubles, found.troubleCount, !target.isEmpty());
     if (report.exec() == QDialog::Accepted && TsApplication::instance() != nullptr)
         TsApplication::instance()->openSubProgram(SubProgram::Plot, target, 0);
 }
@@ -401,6 +425,8 @@ void STLWin::keyPressEvent(QKeyEvent* event)
 {
     if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
         sl_import();
+    else if (event->key() == Qt::Key_Escape)
+        close();
     else
         SubWindow::keyPressEvent(event);
 }

@@ -64,10 +64,12 @@ private:
     void widenPreview();
     void readFields();
     void readColumns();
-    bool fieldsAreGood() const;
+    bool checkFields();
     void enableFields();
     void checkQuietly();
+    void checkLater();
     bool runCheck();
+    void showOrder();
     void write(const QString& target);
     void showReport(const QString& target, double seconds);
     QString summary() const;
@@ -103,6 +105,8 @@ private:
     NumberField* m_step;
     QComboBox* m_becomes;
     QLineEdit* m_resampleStep;
+    QLabel* m_startReason;
+    QLabel* m_resampleReason;
     QLabel* m_timeFinding;
 
     QLineEdit* m_target;
@@ -111,6 +115,8 @@ private:
     NumberField* m_toRow;
     NumberField* m_everyNth;
     QComboBox* m_fill;
+    QLabel* m_targetReason;
+    QLabel* m_size;
     QLabel* m_head;
 
     QLabel* m_finding;

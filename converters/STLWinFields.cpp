@@ -18,6 +18,7 @@
 
 #include <initializer_list>
 
+#include "converters/ImportFields.h"
 #include "converters/STLLines.h"
 #include "converters/STLWin.h"
 #include "share/HeaderText.h"
@@ -61,14 +62,6 @@ QLabel* wrappedLabel()
     label->setTextFormat(Qt::PlainText);
     label->setTextInteractionFlags(Qt::TextSelectableByMouse);
     return label;
-}
-
-void addRow(QFormLayout* form, const char* label, QWidget* field, const char* help)
-{
-    form->addRow(QString::fromUtf8(label), field);
-    field->setToolTip(QString::fromUtf8(help));
-    field->setWhatsThis(field->toolTip());
-    field->setAccessibleName(QString::fromUtf8(label).remove(QLatin1Char('&')));
 }
 
 QWidget* scrolling(QLayout* layout)
@@ -170,7 +163,7 @@ QWidget* STLWin::buildTextFields()
     addRow(form, "Remar&k signs", m_remarks,
            "Lines that begin with one of these are passed over; blanks between the signs. "
            "A \";\" counts only where it is not the separator.");
-    addRow(form, "Missin&g markers", m_missing,
+    addRow(form, "&Missing markers", m_missing,
            "Cells with one of these are missing values, small letters or capitals; blanks between them. "
            "Empty cells are missing anyway.");
 
@@ -203,6 +196,8 @@ QWidget* STLWin::buildTimeFields()
     m_start = new QLineEdit;
     m_start->setPlaceholderText(QStringLiteral("yyyy-mm-dd hh:mm:ss"));
     m_step = new NumberField;
+    m_step->setCheck(
+        [](double number) { return number > 0 ? QString() : QStringLiteral("This must be above 0."); });
     m_becomes = choices({{"what the steps say", -1},
                          {"a constant sample time", static_cast<int>(STLTimeResult::Constant)},
                          {"a column \"Time\"", static_cast<int>(STLTimeResult::TimeColumn)},
@@ -215,15 +210,17 @@ QWidget* STLWin::buildTimeFields()
     auto* const form = new QFormLayout;
     addRow(form, "&From", m_source, "Where the time of a row comes from.");
     addRow(form, "&Date column", m_dateColumn, "The column of dates.");
-    addRow(form, "T&ime column", m_timeColumn, "The column of stamps, times or seconds.");
-    addRow(form, "&Order", m_order, "How 3/4/2016 is meant.");
+    addRow(form, "Time colu&mn", m_timeColumn, "The column of stamps, times or seconds.");
+    addRow(form, "Ord&er", m_order, "How 3/4/2016 is meant.");
     addRow(form, "&Zone", m_zone, "The zone of stamps that name none.");
-    addRow(form, "&Start", m_start, "When the series begins; the first sample lies one step later.");
-    addRow(form, "Ste&p [s]", m_step, "Seconds from row to row.");
+    m_startReason = addCheckedRow(form, "&Start", m_start,
+                                  "When the series begins; the first sample lies one step later.");
+    addCheckedRow(form, "Ste&p [s]", m_step, "Seconds from row to row.");
     addRow(form, "&Becomes", m_becomes,
            "How the ts-file tells the time. \"Time32\" keeps the whole seconds apart, for long series with "
            "short steps. Equal steps: values are interpolated, gaps are missing.");
-    addRow(form, "Equal st&ep [s]", m_resampleStep, "The step of the interpolated series.");
+    m_resampleReason =
+        addCheckedRow(form, "E&qual step [s]", m_resampleStep, "The step of the interpolated series.");
     form->addRow(m_timeFinding);
 
     for (QComboBox* const box : {m_source, m_dateColumn, m_timeColumn, m_order, m_zone, m_becomes})
@@ -245,18 +242,21 @@ QWidget* STLWin::buildResultFields()
                       {"0", static_cast<int>(STLFill::Zero)},
                       {"the value before", static_cast<int>(STLFill::Previous)},
                       {"interpolated", static_cast<int>(STLFill::Interpolated)}});
+    m_size = new QLabel;
     m_head = wrappedLabel();
     for (NumberField* const field : {m_fromRow, m_everyNth})
         field->setWhole(1, 4294967295.0);
     m_toRow->setWhole(0, 4294967295.0);
 
     auto* const form = new QFormLayout;
-    addRow(form, "&File name", m_target, "The ts-file that is made in the working directory.");
+    m_targetReason =
+        addCheckedRow(form, "&File name", m_target, "The ts-file that is made in the working directory.");
     addRow(form, "&Description", m_description, "The description of the ts-file, at most 59 bytes.");
-    addRow(form, "R&ows from", m_fromRow, "The first data row to take.");
-    addRow(form, "&to (0: the last)", m_toRow, "The last data row to take; 0 takes all.");
-    addRow(form, "&Every n-th row", m_everyNth, "1 takes every row, 10 every tenth.");
+    addCheckedRow(form, "Ro&ws from", m_fromRow, "The first data row to take.");
+    addCheckedRow(form, "to (0: the &last)", m_toRow, "The last data row to take; 0 takes all.");
+    addCheckedRow(form, "&Every n-th row", m_everyNth, "1 takes every row, 10 every tenth.");
     addRow(form, "&Missing become", m_fill, "What stands in the ts-file for a missing value.");
+    addRow(form, "Size", m_size, "What the ts-file takes on the disk.");
     form->addRow(m_head);
 
     for (QLineEdit* const field : {m_target, m_description, static_cast<QLineEdit*>(m_fromRow),
@@ -292,14 +292,13 @@ QWidget* STLWin::buildButtons()
           Button{"&Check only", &STLWin::sl_check, "Read the whole file and tell what is not understood.",
                  &m_check},
           Button{"&Import", &STLWin::sl_import, "Make the ts-file (Enter).", &m_import}}) {
-        auto* const pressed = new QPushButton(QString::fromLatin1(button.text));
-        pressed->setToolTip(QString::fromLatin1(button.help));
+        QPushButton* const pressed = importButton(button.text, button.help);
         connect(pressed, &QPushButton::clicked, this, button.slot);
         layout->addWidget(pressed);
         if (button.kept != nullptr)
             *button.kept = pressed;
     }
-    auto* const cancel = new QPushButton(QStringLiteral("&Cancel"));
+    QPushButton* const cancel = importButton("&Cancel", "Close the window and make nothing (Escape).");
     connect(cancel, &QPushButton::clicked, this, &QWidget::close);
     layout->addWidget(cancel);
     return row;

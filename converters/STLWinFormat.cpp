@@ -21,6 +21,7 @@ namespace {
 enum Column { kTake, kName, kDescription, kUnit, kValues };
 
 constexpr int kFirstValues = 4;
+constexpr int kStepDigits = 12;
 
 QString text(const std::string& utf8)
 {
@@ -51,7 +52,8 @@ std::vector<std::string> words(const QString& text)
 QString wallText(Micros wall)
 {
     return QDateTime::fromMSecsSinceEpoch(wall / 1000, Qt::UTC)
-        .toString(QStringLiteral("yyyy-MM-dd hh:mm:ss"));
+        .toString(wall % kMicrosPerSecond == 0 ? QStringLiteral("yyyy-MM-dd hh:mm:ss")
+                                               : QStringLiteral("yyyy-MM-dd hh:mm:ss.zzz"));
 }
 
 }  // namespace
@@ -87,7 +89,7 @@ void STLWin::showFormat()
         select(m_order, static_cast<int>(format.order));
         select(m_zone, format.greenwich ? 1 : 0);
         m_start->setText(format.typedStart == 0 ? QString() : wallText(format.typedStart));
-        m_step->setText(QString::number(format.typedStep));
+        m_step->setText(QString::number(format.typedStep, 'g', kStepDigits));
         select(m_becomes, format.timeResult ? static_cast<int>(*format.timeResult) : -1);
         m_description->setText(text(format.description));
         QStringList head;
@@ -100,6 +102,8 @@ void STLWin::showFormat()
     m_checked = false;
     checkQuietly();
     showFindings();
+    if (!m_checked)
+        checkLater();
 }
 
 void STLWin::showColumns()
@@ -114,7 +118,10 @@ void STLWin::showColumns()
         const int row = static_cast<int>(c);
         const bool isTime = format.timeSource != STLTimeSource::Typed &&
                             (row == format.timeColumn || row == format.dateColumn);
-        auto* const take = new QTableWidgetItem(isTime ? QStringLiteral("time") : QString());
+        auto* const take =
+            new QTableWidgetItem(isTime                         ? QStringLiteral("time")
+                                 : column.kind == STLKind::Text ? QStringLiteral("Number the texts")
+                                                                : QString());
         take->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable |
                        (isTime ? Qt::NoItemFlags : Qt::ItemIsUserCheckable));
         if (!isTime)
@@ -151,7 +158,11 @@ void STLWin::readFields()
     format.order = order;
     format.greenwich = m_zone->currentData().toInt() == 1;
     const auto start = readStamp(m_start->text().trimmed().toStdString());
-    format.typedStart = start ? wallClock(*start, format.order).value_or(0) : 0;
+    const auto wall = !start             ? std::nullopt
+                      : format.greenwich ? wallClock(*start, format.order)
+                                         : localWallClock(*start, format.order);
+    if (wall || m_start->text().trimmed().isEmpty())
+        format.typedStart = wall.value_or(0);
     if (m_step->isValid() && m_step->number() > 0)
         format.typedStep = m_step->number();
     const int becomes = m_becomes->currentData().toInt();

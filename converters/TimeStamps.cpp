@@ -241,6 +241,23 @@ std::optional<Micros> wallClock(const Stamp& stamp, DateOrder order)
     return *day + time - Micros{stamp.zoneMinutes.value_or(0)} * 60 * kMicrosPerSecond;
 }
 
+std::optional<Micros> localWallClock(const Stamp& stamp, DateOrder order)
+{
+    const auto wall = wallClock(stamp, order);
+    if (!wall || !stamp.zoneMinutes)
+        return wall;
+    const Micros fraction = (*wall % kMicrosPerSecond + kMicrosPerSecond) % kMicrosPerSecond;
+    return wallAt((*wall - fraction) / kMicrosPerSecond) + fraction;
+}
+
+Micros wallAt(std::int64_t seconds)
+{
+    const std::time_t time = seconds;
+    std::tm local = {};
+    const bool known = localtime_r(&time, &local) != nullptr;
+    return (seconds + (known ? local.tm_gmtoff : 0)) * kMicrosPerSecond;
+}
+
 std::int64_t localSeconds(Micros wall)
 {
     using namespace std::chrono;

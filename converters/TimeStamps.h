@@ -57,5 +57,10 @@ std::optional<Micros> midnight(const DateParts& date, DateOrder order);
 // A date's and time's place on the wall clock; with a zone, that of Greenwich.
 std::optional<Micros> wallClock(const Stamp& stamp, DateOrder order);
 
+// The same on the local wall clock, whatever zone is written.
+std::optional<Micros> localWallClock(const Stamp& stamp, DateOrder order);
+
+// What the local wall clock shows at a second of the epoch.
+Micros wallAt(std::int64_t seconds);
 // Seconds since the epoch of a wall clock time in the local zone.
 std::int64_t localSeconds(Micros wall);

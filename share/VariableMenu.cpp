@@ -13,7 +13,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "core/TsExceptions.h"
 #include "portal/TsApplication.h"
 #include "share/BasicDriver.h"
 #include "share/ColorConfigDialog.h"
@@ -208,13 +207,6 @@ void VariableMenu::moveToGroup(const std::shared_ptr<HsVariable>& variable, int 
     variable->setLogarithmic(plot.groups()[static_cast<std::size_t>(group)].isLogarithmic());
     std::erase_if(plot.groups(), [](const Group& g) { return g.variables().empty(); });
     m_canvas->refresh(false);
-    try {
-        for (Group& g : plot.groups())
-            if (g.mode == YMode::Whole)
-                g.fitY();
-    } catch (const TS::Failure&) {
-        // The variable tells it in its group.
-    }
     changed();
 }
 
@@ -229,13 +221,6 @@ void VariableMenu::editScaling(const std::shared_ptr<HsVariable>& variable)
     v.offset = scaling.offset;
     v.timeShift = scaling.shift;
     m_canvas->refresh(false);
-    try {
-        for (Group& g : m_canvas->plot().groups())
-            if (g.mode == YMode::Whole)
-                g.fitY();
-    } catch (const TS::Failure&) {
-        // The variable tells it in its group.
-    }
     changed();
 }
 

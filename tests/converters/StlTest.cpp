@@ -315,7 +315,7 @@ TEST_F(Stl, hopelessFilesSayWhy)
         FAIL();
     } catch (const STLError& error) {
         EXPECT_NE(std::string::npos, std::string(error.what())
-                                         .find("The result would need 24.0 GB; a ts-file "
+                                         .find("The result would need 8.0 GB; a ts-file "
                                                "holds less than 2 GB."))
             << error.what();
     }

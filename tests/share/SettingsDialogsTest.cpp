@@ -24,6 +24,7 @@
 #include "share/ColorField.h"
 #include "share/HardCopy.h"
 #include "share/NumberField.h"
+#include "share/PlotExport.h"
 #include "share/PsConfigDialog.h"
 
 namespace {
@@ -204,8 +205,13 @@ TEST(HardCopy, ReplacesAnOlderFileOnlyWhenWhole)
     full.rlim_cur = 8192;  // as a disk that is full then
     setrlimit(RLIMIT_FSIZE, &full);
     const QString failure = writeHardCopy(name, PsParameters(), line);
+    QImage noise(100, 100, QImage::Format_RGB32);
+    for (int i = 0; i < 10'000; ++i)
+        noise.setPixel(i % 100, i / 100, static_cast<uint>(i) * 2654435761U);
+    const QString pictureFailure = writePicture(name, noise);
     setrlimit(RLIMIT_FSIZE, &before);
     EXPECT_EQ(failure, "The hard copy \"Öl 1.5.eps\" could not be written: File too large.");
+    EXPECT_EQ(pictureFailure, "Öl 1.5.eps cannot be written: File too large");
     EXPECT_TRUE(onlyTheOldFileIsThere());
 
     EXPECT_FALSE(
@@ -217,6 +223,8 @@ TEST(HardCopy, ReplacesAnOlderFileOnlyWhenWhole)
     EXPECT_EQ(writeHardCopy(name, PsParameters(), line), "");
     EXPECT_TRUE(contents(name).startsWith("%!PS-Adobe-2.0 EPSF-1.2\n"));
     EXPECT_TRUE(contents(name).endsWith("%%Trailer\n%%Pages: 1\nsaveobj restore\n"));
+    EXPECT_EQ(writePicture(name, noise), "");
+    EXPECT_EQ(QImage(name, "PNG"), noise);
 }
 
 }  // namespace

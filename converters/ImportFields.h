@@ -1,0 +1,26 @@
+// What the fields of the import windows have in common.
+#pragma once
+
+class QFormLayout;
+class QLabel;
+class QLineEdit;
+class QPushButton;
+class QString;
+class QWidget;
+
+// A row of a form: label, field and what the field is for.
+void addRow(QFormLayout* form, const char* label, QWidget* field, const char* help);
+
+// The same, with room beneath the field for what is wrong with it. A NumberField fills that by itself.
+QLabel* addCheckedRow(QFormLayout* form, const char* label, QLineEdit* field, const char* help);
+
+// Marks the field and says why beneath it; an empty reason is a good field.
+void showReason(QLineEdit* field, QLabel* label, const QString& reason);
+
+// A push button of the row below; Enter presses the one that has the focus.
+QPushButton* importButton(const char* text, const char* help);
+
+// Why a text is no start of a series; empty where it is one, or empty itself.
+QString reasonAgainstStart(const QString& text);
+// Why no ts-file can be called so.
+QString reasonAgainstTarget(const QString& text);

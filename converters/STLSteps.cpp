@@ -1,0 +1,102 @@
+#include "converters/STLSteps.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr double kEqualWithin = 0.001;  // of the step
+constexpr double kGap = 1.5;            // typical steps
+constexpr double kNearlyAll = 0.9;
+constexpr std::size_t kFirstSteps = 10000;
+
+}  // namespace
+
+void STLSteps::add(double seconds, double resolution)
+{
+    if (m_count++ == 0) {
+        m_start = m_before = seconds;
+        return;
+    }
+    const double sinceFirst = seconds - m_start;
+    m_earliest = std::min(m_earliest, sinceFirst);
+    narrow(sinceFirst, resolution);
+    addStep(seconds - m_before);
+    m_before = seconds;
+}
+
+// Each time allows a cone of steps from the first row on; what is left of it fits all of them. It is divided
+// only where the cone gets narrower, which is seldom.
+void STLSteps::narrow(double sinceFirst, double resolution)
+{
+    const auto steps = static_cast<double>(m_count - 1);
+    const double slack = resolution * (1.0 + 1e-9);
+    if (sinceFirst + slack < m_fastest * steps)
+        m_fastest = (sinceFirst + slack) / steps;
+    if (sinceFirst - slack > m_slowest * steps)
+        m_slowest = (sinceFirst - slack) / steps;
+}
+
+void STLSteps::addStep(double step)
+{
+    if (m_typical == 0.0 && m_first.size() < kFirstSteps) {
+        m_first.push_back(step);
+        return;
+    }
+    settle();
+    judge(step);
+}
+
+void STLSteps::settle()
+{
+    if (m_first.empty() || m_judged != 0)
+        return;
+    std::vector<double> sorted = m_first;
+    const auto middle = sorted.begin() + static_cast<std::ptrdiff_t>(sorted.size() / 2);
+    std::nth_element(sorted.begin(), middle, sorted.end());
+    m_typical = *middle;
+    for (const double step : m_first)
+        judge(step);
+}
+
+void STLSteps::judge(double step)
+{
+    const bool none = m_judged++ == 0;
+    m_usual += std::fabs(step - m_typical) <= kEqualWithin * m_typical ? 1 : 0;
+    m_least = none ? step : std::min(m_least, step);
+    if (m_typical > 0.0 && step > kGap * m_typical) {
+        ++m_gaps;
+        m_longestGap = std::max(m_longestGap, step);
+    } else {
+        m_greatest = none ? step : std::max(m_greatest, step);
+    }
+}
+
+void STLSteps::tell(STLCheck& found)
+{
+    settle();
+    found.earliest = m_earliest;
+    found.leastStep = m_least;
+    found.greatestStep = std::max(m_greatest, m_least);
+    found.typicalStep = m_typical;
+    found.gaps = m_gaps;
+    found.longestGap = m_longestGap;
+    found.span = m_count > 1 ? m_before - m_start : 0.0;
+    const double steps = m_count > 1 ? static_cast<double>(m_count - 1) : 1.0;
+    const double mean = found.span / steps;
+    const bool same = m_gaps == 0 && m_greatest - m_typical <= kEqualWithin * m_typical &&
+                      m_typical - m_least <= kEqualWithin * m_typical;
+    // A clock coarser than the steps reads now one tick, now the next. Where nearly all steps are the same
+    // one, longer ones are gaps instead.
+    const bool gapsAreTicks = !m_timesAreNumbers && static_cast<double>(m_usual) < kNearlyAll * steps;
+    const bool rounded = m_slowest <= m_fastest && (m_gaps == 0 || gapsAreTicks);
+    found.equalSteps = m_count > 1 && mean > 0.0 && (same || rounded);
+    if (!found.equalSteps)
+        return;
+    found.gaps = 0;
+    found.longestGap = 0.0;
+    if (!same)
+        found.typicalStep = std::clamp(mean, m_slowest, m_fastest);
+    else if (m_least != m_greatest)
+        found.typicalStep = mean;
+}

@@ -317,13 +317,10 @@ TEST(TsFileName, NumbersBlanksAndExtensions)
         const char* text;
         const char* name;
     } rows[] = {
-        {"9999", "9999.ts"},
-        {"9998", "ts9998.ts"},
-        {"data.tsa", "data.ts"},
-        {"5.dat", "ts0005.ts"},
-        {"99999999999", "99999999999.ts"},
-        {".hidden", ".hidden.ts"},
-        {"dir.old/file", "dir.old/file.ts"},
+        {"9999", "9999.ts"},       {" 12", "ts0012.ts"},
+        {"9998", "ts9998.ts"},     {"data.tsa", "data.ts"},
+        {"5.dat", "ts0005.ts"},    {"99999999999", "99999999999.ts"},
+        {".hidden", ".hidden.ts"}, {"dir.old/file", "dir.old/file.ts"},
         {"a\\b.c\\d", "a\\b.ts"},
     };
     for (const auto& row : rows)

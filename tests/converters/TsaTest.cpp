@@ -89,7 +89,7 @@ TEST_F(Tsa, everyKeyReachesTheHeader)
 {
     ASSERT_EQ(1, import("%N1 Speed\n%S 2 rest\n%C 2\n%D 0,25\n%I Ride  home\n%U s\n%I2 of the wheel\n%N2 \n"
                         "%T2 2016.05.17-13:45:30\n%T1 2016.13.17-13:45:30\n%T0 2000.01.01-00:00:00\n"
-                        "%T3 2000.01.01-00:00:00\n%Samples 9\n%N01 Wrong\n1 2\n3 4\n%N1 Fart\tcut\n"));
+                        "%T3 2000.01.01-00:00:00\n%Samples 9\n%N01 Wrong\n1 2\n3 4\n%N1 Fart\tcut"));
     const auto ts = made();
     EXPECT_EQ(2U, ts->samples());
     EXPECT_EQ(2U, ts->columns());

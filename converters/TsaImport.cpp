@@ -55,6 +55,7 @@ public:
 
     std::string_view text() const { return m_lines.text(); }
     bool isCut() const { return m_lines.isCut(); }
+    std::uint64_t position() const { return m_lines.position(); }
 
 private:
     LineReader m_lines;
@@ -80,6 +81,7 @@ struct Counts
 {
     std::uint32_t samples = 0;
     std::uint32_t columns = 0;
+    std::uint64_t headerEnd = 0;  // where the last header line ends; rows of numbers may stand before it
 };
 
 Counts readCounts(const fs::path& tsaFile, const Progress& progress)
@@ -89,6 +91,7 @@ Counts readCounts(const fs::path& tsaFile, const Progress& progress)
     while (pass.next()) {
         if (tsaLineKind(pass.text()) != TsaLine::Header)
             continue;
+        counts.headerEnd = pass.position();
         const std::optional<TsaKey> key = parseTsaKey(pass.text());
         if (!key || key->number != 0)
             continue;
@@ -184,9 +187,9 @@ void applyColumnKey(TSFILE& ts, const TsaKey& key)
         ts.setColumnStamp(key.number, stamp->data());
 }
 
-void applyHeader(TSFILE& ts, Pass& pass, TsaImportReport& report)
+void applyHeader(TSFILE& ts, Pass& pass, std::uint64_t headerEnd, TsaImportReport& report)
 {
-    while (pass.next()) {
+    while (pass.position() < headerEnd && pass.next()) {
         if (tsaLineKind(pass.text()) != TsaLine::Header)
             continue;
         report.linesCut += pass.isCut() ? 1 : 0;
@@ -301,7 +304,7 @@ void makeFile(const fs::path& tsaFile, const Counts& counts, const Progress& pro
     Pass pass(tsaFile, kTsaHeaderWidth, 1, progress);
     const std::unique_ptr<TSFILE> ts = createTsFile(target.report.tsFile, counts.samples, counts.columns);
     setDefaults(*ts, pass);
-    applyHeader(*ts, pass, target.report);
+    applyHeader(*ts, pass, counts.headerEnd, target.report);
     ts->flush(true);
 }
 

@@ -42,7 +42,10 @@ JobOutcome copyWholeFile(int descriptor, const std::filesystem::path& target, co
         std::vector<unsigned char> bytes(kRunBytes);
         std::uint64_t done = 0;
         for (;;) {
-            const std::size_t n = from.readRun(done, bytes);
+            const std::size_t n = [&] {
+                const std::lock_guard guard(BlockFile::lock());
+                return from.readRun(done, bytes);
+            }();
             errno = 0;
             if (std::fwrite(bytes.data(), 1, n, to.get()) != n)
                 fail();

@@ -1,5 +1,7 @@
 #include "core/DataBlock.h"
 
+#include <utility>
+
 #include "core/TsExceptions.h"
 
 DataBlock::~DataBlock()
@@ -44,14 +46,37 @@ void DataBlock::fetch(std::uint64_t blockNumber)
     m_blockNumber = blockNumber;
 }
 
+bool DataBlock::tryFetch(std::uint64_t blockNumber) noexcept
+try {
+    if (m_failure)
+        return false;
+    fetch(blockNumber);
+    return true;
+} catch (...) {
+    m_failure = std::current_exception();
+    return false;
+}
+
+void DataBlock::throwFailure()
+{
+    std::rethrow_exception(std::exchange(m_failure, nullptr));
+}
+
+std::uint64_t DataBlock::refused() noexcept
+{
+    m_failure = std::current_exception();
+    return kNone;  // lies in no block, the cached one included
+}
+
 std::span<float> DataBlock::wholeForWriting(std::uint64_t element)
 {
     const std::uint64_t blockNumber = element / kBlockFloats;
     const std::uint64_t offset = offsetOf(blockNumber);
     if (offset + kBlockBytes > m_fileEnd)
         m_fileEnd = m_file.size();
-    // A file that is cut short says so by the read, as it does for single values.
-    if (blockNumber == m_blockNumber || offset + kBlockBytes > m_fileEnd || m_file.readOnly())
+    // A file that is cut short or too long says so by the read, as it does for single values.
+    if (blockNumber == m_blockNumber || offset + kBlockBytes > m_fileEnd || offset >= kFileLimit ||
+        m_file.readOnly())
         return run(element, true);
     flush();
     m_offset = offset;

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <exception>
 #include <span>
 
 #include "core/BlockFile.h"
@@ -41,6 +42,10 @@ public:
         return m_layout.columnMajor ? c * m_layout.samples + s : s * m_layout.columns + c;
     }
 
+    // Stands for an element that there is not, because of the exception that is being handled: its slot
+    // throws that one.
+    std::uint64_t refused() noexcept;
+
     // The element's slot; valid until the next call. forWriting() marks the block as changed.
     const float& at(std::uint64_t element) { return slot(element); }
     float& forWriting(std::uint64_t element)
@@ -71,19 +76,25 @@ private:
 
     float& slot(std::uint64_t element)
     {
-        if (element / kBlockFloats != m_blockNumber) [[unlikely]]
-            fetch(element / kBlockFloats);
+        if (element / kBlockFloats != m_blockNumber) [[unlikely]] {
+            if (!tryFetch(element / kBlockFloats))
+                throwFailure();
+        }
         return m_values[element % kBlockFloats];
     }
-    // Out of line, so that the loops around value() keep their sums in registers.
     std::uint64_t offsetOf(std::uint64_t blockNumber) const noexcept;
-    [[gnu::cold, gnu::noinline]] void fetch(std::uint64_t blockNumber);
+    void fetch(std::uint64_t blockNumber);
+    // The loops around value() keep their sums in registers only where no call that comes back can throw:
+    // what fetch() throws is kept here, and thrown by a call of its own that never returns.
+    [[gnu::noinline]] bool tryFetch(std::uint64_t blockNumber) noexcept;
+    [[noreturn, gnu::cold, gnu::noinline]] void throwFailure();
 
     BlockFile& m_file;
     Layout m_layout;
     std::uint64_t m_blockNumber = kNone;
     std::uint64_t m_offset = 0;
     bool m_dirty = false;
-    std::uint64_t m_fileEnd = 0;  // as far as it was asked for
+    std::exception_ptr m_failure;  // on its way from tryFetch() or refused() to throwFailure()
+    std::uint64_t m_fileEnd = 0;   // as far as it was asked for
     float m_values[kBlockFloats] = {};
 };

@@ -123,9 +123,9 @@ void TSFILE::openExisting()
     try {
         lookUpTimeColumns();
     } catch (const TS::IO_ERROR&) {
-        // The header claims more columns than the file can tell: it opens all the same, and the access
-        // to a column that is not there says so.
-        m_timeMode = 0;
+        // The header claims more columns than the file can tell: it opens all the same, with the time
+        // columns that were found, and the access to a column that is not there says so.
+        m_timeMode = m_timeColumn != 0 ? 1 : 0;
     }
 }
 
@@ -280,13 +280,21 @@ void TSFILE::copyHeader(TSFILE& from)
 {
     from.readHeader(0, 0);
     readHeader(0, 0);
+    const Block imageBefore = m_headerImage;
+    const TsHeader before = m_header;
     for (const TextField field : {kFileDescription, kTimeUnit})
         std::copy_n(from.m_headerImage.begin() + static_cast<std::ptrdiff_t>(field.offset), field.width,
                     m_headerImage.begin() + static_cast<std::ptrdiff_t>(field.offset));
     m_header.dt = from.m_header.dt;
     m_header.startTime = from.m_header.startTime;
     m_header.startSeconds = from.m_header.startSeconds;
-    writeHeader();
+    try {
+        writeHeader();
+    } catch (...) {
+        m_headerImage = imageBefore;
+        m_header = before;
+        throw;
+    }
 }
 
 void TSFILE::flush(bool withHeader)
@@ -437,6 +445,8 @@ void TSFILE::makeTimeColumns(std::uint32_t col, std::uint32_t col32)
     TSFILE::columnName(timeCol, "Time");
     m_timeColumn = timeCol;
     m_timeMode = 1;
+    if (m_time32Column == timeCol)
+        m_time32Column = 0;
     if (col32 != 0) {
         TSFILE::columnName(col32, "Time32");
         m_time32Column = col32;
@@ -452,12 +462,13 @@ const char* TSFILE::tsFileName(const char* text)
     static char buffer[kNameBytes] = {};
     static constexpr char kExtension[] = ".ts";
 
-    if (text == nullptr || static_cast<signed char>(*text) <= ' ') {
-        buffer[0] = ' ';
+    const int number = text == nullptr ? 0 : leadingNumber(text);
+    if (number >= 1 && number <= kHighestNumber) {
+        std::snprintf(buffer, sizeof buffer, "ts%04d.ts", number);
         return buffer;
     }
-    if (const int number = leadingNumber(text); number >= 1 && number <= kHighestNumber) {
-        std::snprintf(buffer, sizeof buffer, "ts%04d.ts", number);
+    if (text == nullptr || static_cast<signed char>(*text) <= ' ') {
+        buffer[0] = ' ';
         return buffer;
     }
     std::string name(text);
@@ -477,7 +488,7 @@ const char* TSFILE::tsFileName(const char* text)
 const char* TSFILE::formatTime(double seconds, bool utc, const char* format)
 {
     static char text[128];
-    const auto whole = static_cast<std::time_t>(seconds);
+    const auto whole = static_cast<std::time_t>(wholePart(seconds));
     const std::tm* const calendar = utc ? std::gmtime(&whole) : std::localtime(&whole);
     if (calendar == nullptr || std::strftime(text, sizeof text, format, calendar) == 0)
         text[0] = '\0';

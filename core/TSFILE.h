@@ -121,9 +121,10 @@ public:
     // Throws TS::ILL_SAMPLE beyond the last sample, TS::IO_ERROR where the block cannot be read.
     float value(std::uint32_t sample, std::uint32_t col)
     {
+        std::uint64_t element = std::uint64_t{sample - 1U} * m_header.columns + (col - 1U);
         if (sample > m_plainSamples) [[unlikely]]
-            return valueAnywhere(sample, col);
-        return native(m_data.at(std::uint64_t{sample - 1U} * m_header.columns + (col - 1U)));
+            element = elementAnywhere(sample, col);
+        return native(m_data.at(element));
     }
 
     // Throws TS::ILL_SAMPLE and TS::ILL_COLUMN (flag 0). In a ring file any sample from 1 up can be written.
@@ -215,7 +216,8 @@ private:
     }
     // Between the file's byte order and the machine's, either way.
     float native(float v) const noexcept { return m_order == ByteOrder::Swapped ? swapBytes(v) : v; }
-    float valueAnywhere(std::uint32_t sample, std::uint32_t col);
+    // Throws nothing itself: the slot of an element that there is not does.
+    std::uint64_t elementAnywhere(std::uint32_t sample, std::uint32_t col) noexcept;
     void requireSample(std::uint32_t& sample);
     std::uint32_t requireWritable(std::uint32_t sample, std::uint32_t col);
 

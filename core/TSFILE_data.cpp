@@ -123,7 +123,7 @@ void TSFILE::setRingMode(bool on)
         const float moved = static_cast<float>(m_header.ringStart) * m_header.dt;
         if (columnNumber("Time") == 0) {
             if (m_header.startSeconds != 0)
-                m_header.startSeconds += static_cast<std::uint32_t>(moved);
+                m_header.startSeconds += static_cast<std::uint32_t>(wholePart(moved));
             else
                 startTime(m_header.startTime + moved);
         }
@@ -179,10 +179,12 @@ void TSFILE::rotate()
 
 // -- Checks behind the inlined accesses --
 
-float TSFILE::valueAnywhere(std::uint32_t sample, std::uint32_t col)
-{
+std::uint64_t TSFILE::elementAnywhere(std::uint32_t sample, std::uint32_t col) noexcept
+try {
     requireSample(sample);
-    return native(m_data.at(m_data.elementIndex(sample, col)));
+    return m_data.elementIndex(sample, col);
+} catch (...) {
+    return m_data.refused();
 }
 
 void TSFILE::requireSample(std::uint32_t& sample)
@@ -198,8 +200,11 @@ std::uint32_t TSFILE::requireWritable(std::uint32_t sample, std::uint32_t col)
 {
     readHeader(0, 0);
     const bool ring = m_header.ringStart != 0;
-    if (sample == 0 || (sample > m_header.samples && (!ring || m_header.samples == 0)))
+    if (sample == 0 || (sample > m_header.samples && !ring))
         throw TS::ILL_SAMPLE(sample, m_header.samples, 0);
+    // Folding a ring of no rows fails as it does for a reader.
+    if (m_header.samples == 0)
+        throw TS::ILL_SAMPLE(sample, 0, 1);
     std::uint32_t row = sample;
     if (sample > m_header.samples) {
         if (m_header.lastSample < sample) {

@@ -9,13 +9,9 @@
 
 namespace {
 
-std::uint32_t lowBits(double whole)
+std::uint32_t lowBits(double v)
 {
-    // Beyond 64 bits there is no integer to keep the low bits of.
-    constexpr double kLimit = 9.2e18;
-    if (!(std::fabs(whole) < kLimit))
-        return 0;
-    return static_cast<std::uint32_t>(static_cast<std::int64_t>(whole));
+    return static_cast<std::uint32_t>(wholePart(v));
 }
 
 float asCell(std::uint32_t bits)

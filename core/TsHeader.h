@@ -61,6 +61,13 @@ inline float swapBytes(float v)
     return std::bit_cast<float>(swapBytes(std::bit_cast<std::uint32_t>(v)));
 }
 
+// The number without its fraction; 0 for NaN and beyond 64 bits, where there is no integer to take.
+inline std::int64_t wholePart(double v)
+{
+    constexpr double kLimit = 9.2e18;
+    return v > -kLimit && v < kLimit ? static_cast<std::int64_t>(v) : 0;
+}
+
 // Reads the numbers of a header block. An unknown order is decided by the version word (above 1000 it
 // stands the other way round) and stored.
 TsHeader decodeHeader(const Block& image, ByteOrder& order);

@@ -1,16 +1,21 @@
 // The tsa text, read and written without a window.
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <bit>
 #include <cmath>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <sstream>
+#include <system_error>
 
 #include "converters/TsaExport.h"
 #include "converters/TsaImport.h"
+#include "core/Rebuild.h"
+#include "core/TsExceptions.h"
 #include "core/TsNames.h"
 
 namespace {
@@ -89,7 +94,7 @@ TEST_F(Tsa, everyKeyReachesTheHeader)
 {
     ASSERT_EQ(1, import("%N1 Speed\n%S 2 rest\n%C 2\n%D 0,25\n%I Ride  home\n%U s\n%I2 of the wheel\n%N2 \n"
                         "%T2 2016.05.17-13:45:30\n%T1 2016.13.17-13:45:30\n%T0 2000.01.01-00:00:00\n"
-                        "%T3 2000.01.01-00:00:00\n%Samples 9\n%N01 Wrong\n1 2\n3 4\n%N1 Fart\tcut\n"));
+                        "%T3 2000.01.01-00:00:00\n%Samples 9\n%N01 Wrong\n1 2\n3 4\n%N1 Fart\tcut"));
     const auto ts = made();
     EXPECT_EQ(2U, ts->samples());
     EXPECT_EQ(2U, ts->columns());
@@ -196,6 +201,46 @@ TEST_F(Tsa, oldFileIsNeverLostUnasked)
     ASSERT_EQ(1, import("%S 1\n%C 1\n5\n"));
     EXPECT_EQ("a.ts", report.tsFile);
     EXPECT_EQ(4U, filesThere());
+}
+
+TEST_F(Tsa, diskThatIsFullAtAnyByteLosesNothing)
+{
+    std::string text = "%S 600\n%C 2\n";
+    for (int i = 0; i < 600; ++i)
+        text += "1.5 2.5\n";
+    write("a.tsa", text);
+    write("b.tsa", "old text");
+    TSFILE("a.ts", 600, 3, 0).description("old file");
+    const std::string old = read("a.ts");
+    const std::function<bool()> jobs[] = {
+        [&] { return importTsaText("a.tsa", answers, {}, report) == 1; },
+        [] { return rebuildTsFile("a.ts", 700, 9, {}) == JobOutcome::Done; },
+        [] {
+            TsaExportReport done;
+            return exportTsaText(*openTsFile("a.ts", true), "b.tsa", 1, 600, {}, done) == JobOutcome::Done;
+        },
+    };
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit plenty = {};
+    getrlimit(RLIMIT_FSIZE, &plenty);
+    for (const auto& job : jobs) {
+        bool done = false;
+        for (rlim_t bytes = 0; !done; bytes += bytes < 1024 ? 128 : 512) {
+            const rlimit full = {bytes, plenty.rlim_max};
+            setrlimit(RLIMIT_FSIZE, &full);
+            try {
+                done = job();
+            } catch (const TS::Failure&) {
+            } catch (const std::system_error&) {
+            }
+            setrlimit(RLIMIT_FSIZE, &plenty);
+            ASSERT_EQ(3U, filesThere()) << bytes;
+            ASSERT_TRUE(done || (read("a.ts") == old && read("b.tsa") == "old text")) << bytes;
+            ASSERT_LT(bytes, 100000U);
+        }
+        write("a.ts", old);
+    }
+    std::signal(SIGXFSZ, SIG_DFL);
 }
 
 TEST_F(Tsa, unreadableTextsSayWhy)

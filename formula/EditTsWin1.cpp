@@ -336,7 +336,9 @@ void EditTsWin::sl_load()
             return;
         }
         m_formula->setText(QString::fromUtf8(formula->c_str()));
-        say(QStringLiteral("Loaded %1").arg(QFileInfo(name).fileName()));
+        const bool mayBeCut = formula->size() >= kFormulaBytes;
+        say((mayBeCut ? QStringLiteral("Loaded %1, cut after 255 characters") : QStringLiteral("Loaded %1"))
+                .arg(QFileInfo(name).fileName()));
     } catch (const std::exception&) {
         showBox(QMessageBox::Warning, this, QStringLiteral("Ts-Edit"),
                 QStringLiteral("Unable to open %1").arg(name));

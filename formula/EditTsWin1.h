@@ -56,6 +56,8 @@ private:
     std::unique_ptr<FormulaParser> makeParser();
     void checkQuietly();
     bool targetMayChange(const EditVariable& target);
+    std::vector<const EditVariable*> usedBy(const EditVariable& target) const;
+    bool areThere(const std::vector<const EditVariable*>& rows);
     CalculationRange rangeFor(const EditVariable& target, QString& reason) const;
     TSFILE& reopenTarget(const EditVariable& target);
     void tellOutcome(JobOutcome outcome, const CalculationRange& range, const CalculationReport& report,

@@ -6,17 +6,20 @@
 #include <QLabel>
 #include <QLineEdit>
 
+#include <algorithm>
 #include <ctime>
+#include <iterator>
 #include <system_error>
 
 #include "core/TsExceptions.h"
+#include "formula/FormulaFile.h"
 #include "formula/FormulaParser.h"
 #include "portal/TsApplication.h"
 #include "share/JobProgress.h"
 
 namespace {
 
-constexpr int kFormulaBytes = 255;
+constexpr int kShownChars = 24;  // of a text that is ignored: the status bar stays as narrow as the window
 
 QString grouped(qulonglong number)
 {
@@ -26,13 +29,28 @@ QString grouped(qulonglong number)
     return text;
 }
 
+// What the compiler accepts and the user may not have meant.
+QString hintFor(const FormulaParser& parser)
+{
+    const QString ignored = QString::fromUtf8(parser.ignoredText()).trimmed();
+    if (parser.isNothing())
+        return QStringLiteral("Not understood: this gives 0 everywhere");
+    if (!ignored.isEmpty())
+        return QStringLiteral("Ignored from position %1 on: %2")
+            .arg(parser.position())
+            .arg(ignored.size() > kShownChars ? ignored.left(kShownChars) + QChar(0x2026) : ignored);
+    if (parser.lacksOperand())
+        return QStringLiteral("An operand is missing at the end: it counts as 0");
+    return {};
+}
+
 }  // namespace
 
 // -- Compiling --
 
 QByteArray EditTsWin::formulaBytes() const
 {
-    return m_formula->text().toUtf8().left(kFormulaBytes);
+    return m_formula->text().toUtf8().left(static_cast<int>(kFormulaBytes));
 }
 
 std::unique_ptr<FormulaParser> EditTsWin::makeParser()
@@ -55,12 +73,14 @@ void EditTsWin::checkQuietly()
         try {
             m_parser = makeParser();
             m_parser->Compile();
-            text = QString::fromLatin1(errorText(m_parser->ErrorCode(), m_parser->errorPosition()));
+            text = m_parser->ErrorCode() != 0
+                       ? QString::fromLatin1(errorText(m_parser->ErrorCode(), m_parser->errorPosition()))
+                       : hintFor(*m_parser);
         } catch (const TS::Failure&) {
             text = QStringLiteral("A source file cannot be read");
         }
     }
-    if (m_formula->text().toUtf8().size() > kFormulaBytes)
+    if (m_formula->text().toUtf8().size() > static_cast<int>(kFormulaBytes))
         text = QStringLiteral("The formula is longer than 255 characters and will be cut");
     m_status->setText(text);
 }
@@ -76,28 +96,45 @@ bool EditTsWin::targetMayChange(const EditVariable& target)
                            "List window."));
         return false;
     }
-    if (!target.ts()) {
-        showMessage(QStringLiteral("%1 could not be opened.").arg(target.fileName()));
-        return false;
-    }
-    if (target.ts()->readOnly()) {
+    if (target.ts() && target.ts()->readOnly()) {
         showMessage(QStringLiteral("%1 is read-only. Nothing was calculated.").arg(target.fileName()));
-        return false;
-    }
-    if (target.column() == 0) {
-        showMessage(QStringLiteral("%1 has no column to write to.").arg(target.fileName()));
         return false;
     }
     return true;
 }
 
-CalculationRange EditTsWin::rangeFor(const EditVariable& target, QString& reason) const
+// The rows that the formula uses, and the target's, from 1.
+std::vector<const EditVariable*> EditTsWin::usedBy(const EditVariable& target) const
 {
     const auto used = usedRows(formulaBytes().toStdString(), static_cast<int>(m_rows.size()), target.index());
+    std::vector<const EditVariable*> rows;
+    std::copy_if(m_rows.begin(), m_rows.end(), std::back_inserter(rows), [&used](const EditVariable* row) {
+        return used[static_cast<std::size_t>(row->index() - 1)];
+    });
+    return rows;
+}
+
+// A file can vanish, or lose columns, behind the window's back: the target is not filled with what is not
+// there.
+bool EditTsWin::areThere(const std::vector<const EditVariable*>& rows)
+{
+    const auto missing = std::find_if(rows.begin(), rows.end(), [](const EditVariable* row) {
+        return !row->ts() || row->column() == 0 || row->column() > row->ts()->columns();
+    });
+    if (missing == rows.end())
+        return true;
+    const EditVariable& row = **missing;
+    const QString name = QStringLiteral("x%1: %2").arg(row.index()).arg(row.fileName());
+    showMessage(row.ts()
+                    ? QStringLiteral("%1 does not have the chosen column. Nothing was calculated.").arg(name)
+                    : QStringLiteral("%1 could not be opened. Nothing was calculated.").arg(name));
+    return false;
+}
+
+CalculationRange EditTsWin::rangeFor(const EditVariable& target, QString& reason) const
+{
     std::vector<TimeBounds> bounds;
-    for (const EditVariable* const row : m_rows) {
-        if (!used[static_cast<std::size_t>(row->index() - 1)] || !row->ts())
-            continue;
+    for (const EditVariable* const row : usedBy(target)) {
         if (!row->hasBounds()) {
             reason = QStringLiteral("Start or end of x%1 is not a number").arg(row->index());
             return {1, 0};
@@ -128,7 +165,7 @@ void EditTsWin::sl_calculate()
     try {
         m_parser.reset();
         reopenFiles();
-        if (!targetMayChange(*target))
+        if (!targetMayChange(*target) || !areThere(usedBy(*target)))
             return;
         m_parser = makeParser();
         m_parser->Compile();

@@ -11,8 +11,6 @@
 
 namespace {
 
-constexpr std::size_t kLineBytes = 255;
-
 bool holdsComposed(std::string_view line)
 {
     static constexpr std::string_view kWord = "composed";
@@ -35,7 +33,7 @@ void writeFormulaFile(const std::filesystem::path& file, const std::string& form
 
 std::optional<std::string> readFormulaFile(const std::filesystem::path& file)
 {
-    LineReader lines(file, kLineBytes);
+    LineReader lines(file, kFormulaBytes);
     std::optional<std::string> formula;
     bool isNext = false;
     while (lines.next()) {

@@ -5,6 +5,9 @@
 #include <optional>
 #include <string>
 
+// The longest formula that the compiler and the files take, in bytes.
+inline constexpr std::size_t kFormulaBytes = 255;
+
 // Writes the formula, by way of a scratch file. Throws std::system_error.
 void writeFormulaFile(const std::filesystem::path& file, const std::string& formula);
 

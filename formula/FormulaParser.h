@@ -33,6 +33,15 @@ public:
     // Shows the text of the code through TsApplication; nothing for code 0 or without an application.
     void ReportError() const;
 
+    // What the compiler accepts without an error and the user may not have meant; after Compile(), code 0.
+    // Nothing was understood: the value is 0.
+    bool isNothing() const noexcept { return m_root == nullptr; }
+    // What stands behind the formula's end, perhaps blanks, and the characters read before it.
+    const char* ignoredText() const noexcept { return m_cursor; }
+    std::int32_t position() const noexcept { return m_position; }
+    // The formula ends where an operand is expected.
+    bool lacksOperand() const noexcept { return m_expectOperand; }
+
     // The value for a sample at time t, seconds; 0.0 where nothing is compiled. Reports a division by zero
     // and a missing argument each time through TsApplication; they yield 0.0. Throws what reading a source
     // throws. Allocates nothing.

@@ -113,8 +113,11 @@ bool ColumnCombo::showFile(const QString& file, bool withTime)
     } catch (...) {
         // A file cut short shows the columns that can be read.
     }
-    const int sameName = findText(nameBefore);
-    setCurrentIndex(sameName >= 0 ? sameName : std::max(0, findData(before)));
+    // Columns may share a name: the same number under the same name comes first.
+    const int sameNumber = findData(before);
+    const int sameName =
+        sameNumber >= 0 && itemText(sameNumber) == nameBefore ? sameNumber : findText(nameBefore);
+    setCurrentIndex(sameName >= 0 ? sameName : std::max(0, sameNumber));
     return count() > 0;
 }
 

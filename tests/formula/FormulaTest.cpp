@@ -58,16 +58,37 @@ TEST(Formula, EveryTextGivesItsValueOrItsCode)
         {"x1 x2", 0, 3.5},
         {"2x1", 0, 2.0},
         {"x9", 0, 0.0},
+        {"x9+1", 0, 0.0},
+        {"-x+1", 0, 1.0},
+        {"pow(-x,-1)", 0, INFINITY},  // no source is 0, whatever its sign
+        {"3 -1--2", 0, 4.0},
+        {"2^-2^-1", 0, std::pow(2.0, std::pow(-2.0, -1.0))},
+        {"1,2", 0, 0.0},
+        {"1+(2,3)", 0, 1.0},
+        {"-(x1)", 0, 0.0},
         {"T+PI", 0, 0.5 + 3.141592653589793},
         {"pi\t+t\n", 0, 0.5 + 3.141592653589793},
         {"1.5e2", 0, 150.0},
+        {"1E+2+1e-+2", 0, 100.01},
         {"1e-2+.5+5.", 0, 5.51},
         {"1e999999999999", 0, INFINITY},
         {"sinh(1)", 0, std::sin(1.0)},
+        {"cosh(1)+tanh(1)", 0, std::cos(1.0) + std::tan(1.0)},
+        {"sin of that (1)", 0, std::sin(1.0)},
+        {"SIN(1)", 0, 0.0},
+        {"t2", 0, 0.0},
+        {"pie", 0, 0.0},
         {"sinus(0)", 0, 0.0},
         {"atan2(1,1)", 0, 0.0},
         {"max(1,2)", 0, 2.0},
         {"-max(1,2)", 0, 2.0},
+        {"-min(1,2)-pow(3,1)", 0, -2.0},
+        {"max(1+1,3*2)", 0, 6.0},
+        {"max((1,2))", 0, 2.0},
+        {"min(1,2,3)", 0, 0.0},                   // (1,2) is a comma that nothing adopted
+        {"max(ln(-1),1)+min(1,ln(-1))", 0, 2.0},  // what cannot be compared
+        {"max(1,ln(-1))", 0, NAN},
+        {"min(ln(-1),1)", 0, NAN},
         {"max(min(1,2),3)", 0, 3.0},
         {"min(0.4, max(-0.4, sin(t)))", 0, 0.4},
         {"pow(2,3)^2", 0, 64.0},
@@ -83,15 +104,23 @@ TEST(Formula, EveryTextGivesItsValueOrItsCode)
         {"2*", 0, 0.0},
         {"2(3)", 2, 0.0, "Operator expected at position 1"},
         {"x1(2)", 2, 0.0, "Operator expected at position 2"},
+        {"  2 (3)", 2, 0.0, "Operator expected at position 4"},
+        {"1+(2(3))", 2, 0.0, "Operator expected at position 4"},
         {".", 3, 0.0, "Operand expected at position 1"},
         {"1+2e+", 3, 0.0, "Operand expected at position 5"},
+        {"(.", 3, 0.0, "Operand expected at position 2"},
+        {"sin(-.)", 3, 0.0, "Operand expected at position 6"},
         {"(x1+2", 4, 0.0, "Mismatched '(' or ')'"},
         {"x1+2)", 4, 0.0, "Mismatched '(' or ')'"},
         {"()", 4, 0.0, "Mismatched '(' or ')'"},
+        {"sin()", 4, 0.0, "Mismatched '(' or ')'"},
+        {"x1+2)+(3", 4, 0.0, "Mismatched '(' or ')'"},
         {"sin", 8, 0.0, "Invalid mathematical function expression"},
         {"2+max", 8, 0.0, "Invalid mathematical function expression"},
         {"x1+x2", 9, 0.0, "Variable at position 2 is not a source"},
         {"x2", 9, 0.0, "Variable at position -1 is not a source"},
+        {" 3* -x8", 9, 0.0, "Variable at position 4 is not a source"},
+        {"(2(3))", 12, 0.0, "Unknown error, most likely a misspelled math function."},
         {"(1+.)", 12, 0.0, "Unknown error, most likely a misspelled math function."},
     };
     for (const auto& row : rows) {
@@ -111,6 +140,89 @@ TEST(Formula, EveryTextGivesItsValueOrItsCode)
         const std::vector<std::string> expected =
             *row.report == '\0' ? std::vector<std::string>() : std::vector<std::string>{row.report};
         EXPECT_EQ(listener.texts, expected);
+    }
+}
+
+TEST(Formula, OperatorsBindAsWhenWorkedOutByHand)
+{
+    // Reduced operator by operator, the tightest first: no tree, no climbing.
+    const auto byHand = [](std::vector<double> numbers, std::string operators) {
+        const auto reduce = [&](const std::string& which, bool fromRight) {
+            for (std::size_t n = operators.size(), i = 0; i < n; ++i) {
+                const auto at = fromRight ? operators.find_last_of(which) : operators.find_first_of(which);
+                if (at == std::string::npos)
+                    return;
+                double& left = numbers[at];
+                const double right = numbers[at + 1];
+                const char c = operators[at];
+                left = c == '^'   ? std::pow(left, right)
+                       : c == '*' ? left * right
+                       : c == '/' ? (right == 0.0 ? 0.0 : left / right)
+                       : c == '+' ? left + right
+                                  : left - right;
+                numbers.erase(numbers.begin() + static_cast<std::ptrdiff_t>(at) + 1);
+                operators.erase(at, 1);
+            }
+        };
+        reduce("^", true);
+        reduce("*/", false);
+        reduce("+-", false);
+        return numbers[0];
+    };
+    std::mt19937 random(7);
+    for (int n = 0; n < 20000; ++n) {
+        std::vector<double> numbers;
+        std::string operators;
+        std::string text;
+        for (auto i = 1 + random() % 9;; --i) {
+            const int number = static_cast<int>(random() % 7) - 3;
+            numbers.push_back(number);
+            text += random() % 4 == 0 ? "(" + std::to_string(number) + ")" : std::to_string(number);
+            if (i == 0)
+                break;
+            operators += "+-*/^"[random() % 5];
+            text += operators.back();
+        }
+        FormulaParser parser(text.c_str());
+        parser.Compile();
+        const double expected = byHand(numbers, operators);
+        const double value = parser.Evaluate(1, 0.0);
+        ASSERT_TRUE(value == expected || (std::isnan(value) && std::isnan(expected)))
+            << text << " gives " << value << ", not " << expected;
+    }
+}
+
+TEST(Formula, SampleThatIsMetDoesNotDependOnTheOneBefore)
+{
+    const TestDirectory directory;
+    const struct
+    {
+        float dt, start;
+        std::uint32_t samples;
+    } files[] = {{0.01F, 0.0F, 500}, {1.0F, 1e8F, 300}, {0.5F, 7.0F, 1}};
+    for (const auto& row : files) {
+        TSFILE file("a", row.samples, 1, 0);
+        file.dt(row.dt);
+        file.startTime(row.start);
+        for (std::uint32_t s = 1; s <= row.samples; ++s)
+            file.setValue(s, 1, static_cast<float>(s * s % 1000));
+        FormulaParser walker("x1");
+        walker.SetSource(&file, 1, 1);
+        walker.Compile();
+        std::mt19937 random(3);
+        double at = 0.0;  // in samples
+        double step = 1.0;
+        for (int n = 0; n < 4000; ++n) {
+            if (random() % 16 == 0)
+                step = (static_cast<int>(random() % 17) - 8) / 2.0;
+            at =
+                at < -3.0 || at > row.samples + 3.0 ? static_cast<double>(random() % row.samples) : at + step;
+            const double t = static_cast<double>(row.start) + at * static_cast<double>(row.dt);
+            FormulaParser fresh("x1");
+            fresh.SetSource(&file, 1, 1);
+            fresh.Compile();
+            ASSERT_EQ(walker.Evaluate(1, t), fresh.Evaluate(1, t)) << at << " of " << row.samples;
+        }
     }
 }
 
@@ -142,6 +254,14 @@ TEST(Formula, SourcesAreInterpolatedAndClampedAtTheirEnds)
         EXPECT_EQ(twice.Evaluate(1, 10.0), 2.0 * value);
     }
     EXPECT_TRUE(std::isnan(parser.Evaluate(1, NAN)));
+
+    TSFILE timeless("c", 2, 1, 0);  // no sample time: all of it lies at 0
+    timeless.setValue(1, 1, 5.0F);
+    FormulaParser still("x1");
+    still.SetSource(&timeless, 1, 1);
+    still.Compile();
+    EXPECT_EQ(still.Evaluate(1, 0.0), 5.0);
+    EXPECT_EQ(still.Evaluate(2, 1.0), 0.0);
 }
 
 TEST(Formula, ColumnOfAFineFileComesBackSampleBySample)
@@ -168,6 +288,7 @@ TEST(Formula, NoTextCrashesItOrOverflowsTheStack)
         parser.ReportError();  // without an application it reports nowhere
         return parser.ErrorCode();
     };
+    EXPECT_EQ(FormulaParser(nullptr).Compile(), 1);
     EXPECT_NE(codeOf(std::string(100000, '(')), 0);
     EXPECT_NE(codeOf(std::string(100000, '(') + "1" + std::string(100000, ')')), 0);
     for (const char* const piece : {"1^", "1+", "sin(", "max(1,", "-", "1)"}) {
@@ -190,12 +311,21 @@ TEST(Noise, UniformSequenceIsThePublishedOne)
 {
     // G. Marsaglia and A. Zaman: deviates 20001 to 20006 of the seeds 1802 and 9373, times 4096 squared.
     constexpr double kPublished[] = {6533892.0, 14220222.0, 7275067.0, 6172232.0, 8354498.0, 10633180.0};
-    for (UniversalGenerator generator : {UniversalGenerator(1802, 9373), UniversalGenerator(-1, 40000)}) {
+    for (UniversalGenerator generator : {UniversalGenerator(1802, 9373), UniversalGenerator(-1, 0),
+                                         UniversalGenerator(31329, 0), UniversalGenerator(0, 30082)}) {
         for (int i = 0; i < 20000; ++i)
             generator();
         for (const double published : kPublished)
             EXPECT_EQ(generator() * 4096.0 * 4096.0, published);
     }
+    // The largest seeds stand for themselves, and so do the program's own.
+    EXPECT_NE(UniversalGenerator(31328, 30081)(), UniversalGenerator(1802, 9373)());
+    UniversalGenerator own(6902, 1577);
+    const double next = uniformNoise(0.0);
+    for (int i = 0; i < 5000000 && own() != next; ++i) {
+    }
+    for (int i = 0; i < 3; ++i)
+        EXPECT_EQ(uniformNoise(0.0), own());
 }
 
 TEST(Noise, NormalDeviatesHaveTheirMoments)

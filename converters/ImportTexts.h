@@ -35,8 +35,9 @@ bool clearTarget(QWidget* parent, const QString& file);
 // What a window says after a job that was cancelled.
 extern const QString kCancelled;
 
-// Shows what was found, in the colour of warnings where something is wrong.
-void showFinding(QLabel* label, const QString& text, bool wrong);
+// A label for what is wrong, hidden as long as it is empty; showText() fills it.
+QLabel* warningLabel();
+void showText(QLabel* label, const QString& text);
 
 // What went wrong, of the exception in flight.
 QString reasonOfFailure();

@@ -105,6 +105,7 @@ STLWin::STLWin(const QString& file, QWidget* parent) : SubWindow(parent)
     m_columns->setAccessibleName(QStringLiteral("The columns"));
     m_columns->horizontalHeader()->setStretchLastSection(true);
     m_columns->setTabKeyNavigation(false);
+    m_columns->setWordWrap(false);
     right->addWidget(m_preview);
     right->addWidget(m_columns);
     right->setStretchFactor(0, 3);

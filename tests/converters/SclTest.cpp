@@ -62,6 +62,8 @@ TEST_F(Scl, everyFileComesOutRight)
         {"ecg.scl", 1.0 / 360, {-0.245F, -0.215F, kNone, -0.185F, kNone}, 1, 0},
         {"index.scl", 1, {10.5F, 10.6F, 10.7F, kNone}, 0, 1},
         {"timed.scl", 0.5, {5, 6, 7}, 0, 1},
+        {"clock.scl", 30, {1.5F, 1.6F, kNone, -5}, 0, 0},
+        {"uneven.scl", 1, {1, 2, 3}, 0, 1},
         {"in-turn.scl", 1, {1, 5, 2, 7, 3, 9, 4, 4}, 0, 1},
     };
     for (const Case& c : cases) {
@@ -92,6 +94,15 @@ TEST_F(Scl, headReachesTheFile)
     SCLObject plain;
     plain.add("plain.scl");
     EXPECT_EQ(1463492730U, import(plain)->startSeconds()) << "the file's date";
+
+    SCLObject clock;
+    clock.add(kData / "clock.scl");
+    EXPECT_EQ(1463492700U - 7200U - 30U, import(clock)->startSeconds())
+        << "the first line's time, less a step";
+    write("zoned.scl", "Start: 2016-05-17T13:45:30Z\n1\n2\n");
+    SCLObject zoned;
+    zoned.add("zoned.scl");
+    EXPECT_EQ(1463492730U, import(zoned)->startSeconds());
 
     plain.start = -86400 * kMicrosPerSecond;
     const auto early = import(plain);
@@ -132,6 +143,9 @@ TEST_F(Scl, hopelessFilesLeaveNothing)
     for (const char* file : {"words.stl", "empty.stl", "utf16.stl", "binary.stl"})
         EXPECT_THROW(logs.add(kData / file), STLError) << file;
     EXPECT_THROW(logs.add("none.scl"), std::system_error);
+    write("missing.scl", "---\n13:45:30\nnan\n");
+    EXPECT_THROW(logs.add("missing.scl"), STLError) << "not one number";
+    fs::remove("missing.scl");
     EXPECT_THROW(logs.check({}), STLError);
     write("a.scl", "1\n2\n3\n");
     logs.add("a.scl");

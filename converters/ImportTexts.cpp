@@ -127,6 +127,7 @@ bool clearTarget(QWidget* parent, const QString& file)
 }
 
 const QString kCancelled = QStringLiteral("The import was cancelled; nothing was made.");
+const QString kMarkedField = QStringLiteral("A field is not right: it is marked, and says why.");
 
 QLabel* warningLabel()
 {

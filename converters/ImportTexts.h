@@ -32,8 +32,9 @@ bool askOverwrite(QWidget* parent, const QString& file);
 // it up. Says why where a window has it.
 bool clearTarget(QWidget* parent, const QString& file);
 
-// What a window says after a job that was cancelled.
+// What a window says after a job that was cancelled, and where a field is wrong.
 extern const QString kCancelled;
+extern const QString kMarkedField;
 
 // A label for what is wrong, hidden as long as it is empty; showText() fills it.
 QLabel* warningLabel();

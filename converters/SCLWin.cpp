@@ -335,7 +335,7 @@ void SCLWin::showFindings()
     enableButtons();
     m_finding->setText(!m_problem.isEmpty()                               ? QString()
                        : m_checked                                        ? summary()
-                       : !m_logs.sources.empty() && !m_check->isEnabled() ? QString()
+                       : !m_logs.sources.empty() && !m_check->isEnabled() ? kMarkedField
                        : m_logs.sources.empty()
                            ? QStringLiteral("\"Add...\" chooses the files.")
                            : QStringLiteral("Only the beginning of the files has been read. "

@@ -182,7 +182,9 @@ void STLWin::showFindings()
     QString line;
     if (m_checked)
         line = summary() + QLatin1Char('\n') + stepText(found) + QLatin1Char(' ') + resultText(found);
-    else if (m_problem.isEmpty() && m_check->isEnabled())
+    else if (m_problem.isEmpty() && !m_check->isEnabled())
+        line = kMarkedField;
+    else if (m_problem.isEmpty())
         line = QStringLiteral(
             "Only the beginning of the file has been read. \"Check only\" reads all of it, and so does "
             "\"Import\".");

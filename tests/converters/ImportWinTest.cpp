@@ -213,6 +213,35 @@ TEST_F(ImportWin, longFileIsReadWhenItIsShown)
     EXPECT_FALSE(fs::exists("long.ts"));
 }
 
+TEST_F(ImportWin, reportTellsWhereAndWhat)
+{
+    STLWin window(kData + QStringLiteral("troubles.stl"));
+    window.setAttribute(Qt::WA_DeleteOnClose, false);
+    window.show();
+    QStringList rows;
+    QTimer reading;
+    QObject::connect(&reading, &QTimer::timeout, [&] {
+        auto* const report = qobject_cast<ImportReport*>(QApplication::activeModalWidget());
+        if (report == nullptr || !rows.isEmpty())
+            return;
+        const auto* const table = report->findChild<QTableWidget*>();
+        for (int row = 0; row < table->rowCount(); ++row)
+            rows << table->item(row, 0)->text() + QLatin1Char('|') + table->item(row, 1)->text() +
+                        QLatin1Char('|') + table->item(row, 3)->text();
+    });
+    answering.setInterval(200);
+    reading.start(10);
+    window.sl_check();
+    EXPECT_EQ((QStringList{"Line 3|2|x", "Line 4||2016-05-17 00:20;1", "Line 5||2016-05-17 00:30;1;2;3",
+                           "Line 6|1|2016-99-17 00:40", "Line 8||End of log", "Line 8|1|End of log"}),
+              rows);
+    EXPECT_TRUE(
+        said.contains(QStringLiteral("5 rows, 2 columns. 3 cells missing, 2 lines skipped.\n"
+                                     "10.00 min, 1 gap, longest 20 min.")))
+        << qPrintable(said);
+    EXPECT_FALSE(fs::exists("troubles.ts")) << "only checked";
+}
+
 TEST_F(ImportWin, keptOldFileStays)
 {
     std::ofstream("gaps.ts") << "old";

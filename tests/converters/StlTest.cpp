@@ -1,7 +1,9 @@
 // Smart tool logs as different loggers write them, each with what must come out.
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <cmath>
+#include <csignal>
 #include <cstdlib>
 #include <fstream>
 #include <random>
@@ -521,6 +523,28 @@ TEST_F(Stl, randomBytesNeverEndBadly)
     EXPECT_LE(std::distance(fs::directory_iterator("."), fs::directory_iterator()), 2);
 }
 
+TEST_F(Stl, fullDiskLeavesTheOldFile)
+{
+    std::string rows = "A;B\n";
+    for (int i = 0; i < 50000; ++i)
+        rows += "1;2\n";
+    write("m.csv", rows);
+    write("out.ts", "old");
+    STLObject log("m.csv");
+    log.detect();
+    log.check({});
+    rlimit before = {};
+    getrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit small = {100'000, before.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &small);
+    EXPECT_ANY_THROW(importSTL(log, "out.ts", {}));
+    setrlimit(RLIMIT_FSIZE, &before);
+    EXPECT_EQ(2, std::distance(fs::directory_iterator("."), fs::directory_iterator()));
+    EXPECT_EQ(3U, fs::file_size("out.ts"));
+    EXPECT_EQ(50000U, import(log)->samples()) << "and the log can be imported later";
+}
+
 TEST_F(Stl, failedImportLeavesTheOldFile)
 {
     write("m.csv", "A;B\n1;1\n2;2\n3;3\n");
@@ -538,6 +562,8 @@ TEST_F(Stl, failedImportLeavesTheOldFile)
         rows += "1;1\n";
     write("m.csv", rows);
     log.detect();
+    EXPECT_EQ(JobOutcome::Cancelled, log.check([](auto, auto) { return false; }));
+    EXPECT_FALSE(log.isRead());
     log.check({});
     EXPECT_EQ(JobOutcome::Cancelled, importSTL(log, "out.ts", [](auto, auto) { return false; }));
     EXPECT_EQ(2, std::distance(fs::directory_iterator("."), fs::directory_iterator()));

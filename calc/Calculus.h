@@ -8,9 +8,6 @@
 #include "core/Progress.h"
 #include "core/TSFILE.h"
 
-// Copies column `col` of `source` to column 1 of `work`, which has as many samples.
-JobOutcome copyColumn(TSFILE& source, std::uint32_t col, TSFILE& work, const Progress& progress);
-
 // Column 2 becomes the forward difference of column 1, (x(i+1) - x(i)) / dt, dt in seconds. The last sample
 // repeats the one before it; a single sample gives 0. Arithmetic in double, values as 32-bit floats.
 JobOutcome differentiate(TSFILE& work, double dt, const Progress& progress);
@@ -27,10 +24,7 @@ struct CalculusSave
     std::uint32_t copied = 0;  // samples: as many as both files have
 };
 
-// Copies sample time, names, descriptions, stamps and values of both columns of `work` into columns 1 and 2
-// of `target`, which has two at least; its other columns and its other samples stay. The old values stand in
-// a scratch file until that is done and are put back when it fails or is cancelled.
-// Throws the TS exceptions and std::system_error; `backup` tells then where the old values lie if even
-// putting them back has failed.
+// Copies both columns of `work` into columns 1 and 2 of `target`, which has two at least, and its sample
+// time; other columns and samples stay. Fails, and is cancelled, as overwriteColumns().
 CalculusSave saveResult(TSFILE& work, TSFILE& target, const Progress& progress,
                         std::filesystem::path& backup);

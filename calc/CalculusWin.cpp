@@ -5,23 +5,23 @@
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
-#include <QHBoxLayout>
-#include <QLabel>
 #include <QMenuBar>
-#include <QScrollArea>
 #include <QStatusBar>
 #include <QToolBar>
+#include <QVBoxLayout>
 
 #include <cmath>
 
+#include "core/ColumnCopy.h"
 #include "core/ScratchFile.h"
 #include "core/TsExceptions.h"
+#include "core/TsHeader.h"
 #include "portal/TsApplication.h"
 #include "share/Boxes.h"
 #include "share/JobProgress.h"
 #include "share/PlotCanvas.h"
 #include "share/QtMessageWin.h"
-#include "share/Resources.h"
+#include "share/ReadoutLabel.h"
 #include "share/SourceChooser.h"
 #include "share/hydaction.h"
 
@@ -34,74 +34,37 @@ constexpr int kAbortedMs = 2000;
 constexpr int kPanelWidth = 250;
 const char* const kFilter = "*.ts, *.Ts, *.TS, *.tS";
 
-// Half of a job's progress: 0 the first, 1 the second.
-Progress half(JobProgress& whole, int which)
-{
-    return [&whole, which](std::uint64_t done, std::uint64_t total) {
-        return whole(done + static_cast<std::uint64_t>(which) * total, 2 * total);
-    };
-}
-
 bool isSameFile(const QString& a, const QString& b)
 {
     return QFileInfo(a).canonicalFilePath() == QFileInfo(b).canonicalFilePath();
 }
 
+bool replacesTimes(const TSFILE& target)
+{
+    const auto isReplaced = [](std::uint32_t column) { return column == 1 || column == 2; };
+    return isReplaced(target.timeColumn()) || isReplaced(target.time32Column());
+}
+
 }  // namespace
 
 CalculusWin::CalculusWin(const CalculusKind& kind, const QString& file, unsigned column, QWidget* parent)
-    : SubWindow(parent), m_kind(kind)
+    : ResultWindow(QString::fromLatin1(kind.title), QString::fromLatin1(kind.icon), kPanelWidth, parent),
+      m_kind(kind)
 {
-    loadResources();
-    setWindowTitle(title());
-    setWindowIcon(QIcon(QLatin1String(kind.icon)));
-    auto* const centre = new QWidget(this);
-    auto* const layout = new QHBoxLayout(centre);
-    m_canvas = new PlotCanvas(centre);
-    layout->addWidget(createPanel());
-    layout->addWidget(m_canvas, 1);
-    setCentralWidget(centre);
+    panel()->addSpacing(8);
+    panel()->addWidget(readout(), 1);
     createActions();
-
-    connect(m_source->files(), SIGNAL(activated(int)), this, SLOT(sl_cbSourceFileActivated(int)));
-    connect(m_source->columns(), SIGNAL(activated(int)), this, SLOT(sl_cbSourceColActivated(int)));
-    connect(m_canvas, SIGNAL(x_cursor_moved(int, int, int)), this, SLOT(sl_cursor_moved(int, int, int)));
-    connect(m_canvas, SIGNAL(x_got_resize_event()), this, SLOT(sl_plot()));
-    connect(m_canvas, &PlotCanvas::x_told, this,
-            [this](const QString& text) { statusBar()->showMessage(text); });
     connect(this, SIGNAL(windowGone(subWindow)), this, SLOT(sl_subwindowGone(subWindow)));
-    m_source->choose(file, column);
-    m_canvas->showText(QStringLiteral("Choose a file and a column, then execute the calculation."));
+    source()->choose(file, column);
+    canvas()->showText(QStringLiteral("Choose a file and a column, then execute the calculation."));
     statusBar()->showMessage(QString::fromLatin1(kind.greeting));
     resize(960, 560);
 }
 
 CalculusWin::~CalculusWin()
 {
+    dropCursor();
     dropWork();
-}
-
-QString CalculusWin::title() const
-{
-    return QString::fromLatin1(m_kind.title);
-}
-
-QWidget* CalculusWin::createPanel()
-{
-    auto* const panel = new QWidget(this);
-    auto* const layout = new QVBoxLayout(panel);
-    layout->setContentsMargins(0, 0, 0, 0);
-    m_source = new SourceChooser(false, panel);
-    m_readout = new QLabel(panel);
-    m_readout->setTextFormat(Qt::RichText);
-    m_readout->setAlignment(Qt::AlignTop | Qt::AlignLeft);
-    m_readout->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    m_readout->setAccessibleName(QStringLiteral("Values under the mouse"));
-    layout->addWidget(m_source);
-    layout->addSpacing(8);
-    layout->addWidget(m_readout, 1);
-    panel->setFixedWidth(kPanelWidth);
-    return panel;
 }
 
 void CalculusWin::createActions()
@@ -120,58 +83,39 @@ void CalculusWin::createActions()
     actions->addActions({execute, save, help});
     actions->addSeparator();
     actions->addAction(QStringLiteral("&Close"), this, &QWidget::close, QKeySequence::Close);
-    if (m_kind.hasSelections) {
-        QMenu* const selections = menuBar()->addMenu(QStringLiteral("&Selections"));
-        selections->addAction(QStringLiteral("Source &file"), this,
-                              [this] { m_source->files()->showPopup(); });
-        selections->addAction(QStringLiteral("Source &column"), this,
-                              [this] { m_source->columns()->showPopup(); });
-        selections->addAction(QStringLiteral("&Read the directory again"), m_source, &SourceChooser::refresh,
-                              QKeySequence::Refresh);
-    }
-    m_canvas->fillViewMenu(*menuBar()->addMenu(QStringLiteral("&View")));
-    m_canvas->fillCursorMenu(*menuBar()->addMenu(QStringLiteral("C&ursors")));
+    if (m_kind.hasSelections)
+        fillSourceMenu(*menuBar()->addMenu(QStringLiteral("&Selections")));
+    addCanvasMenus();
 
     QToolBar* const bar = addToolBar(QStringLiteral("Actions"));
     bar->addActions({execute, save, help});
 }
 
-void CalculusWin::sl_cbSourceFileActivated(int /*index*/)
-{
-    statusBar()->showMessage(m_source->file());
-}
-
-void CalculusWin::sl_cbSourceColActivated(int /*index*/)
-{
-    statusBar()->showMessage(m_source->columns()->currentText());
-}
-
 void CalculusWin::sl_help()
 {
-    auto* const window =
-        new MessageWin(nullptr, QStringLiteral("messageWin"), helpText(QString::fromLatin1(m_kind.helpName)),
-                       QString::fromLatin1(m_kind.helpTitle), 850, 650, QStringLiteral("Times"), 11);
-    window->show();
+    showHelp(nullptr, QString::fromLatin1(m_kind.helpName), QString::fromLatin1(m_kind.helpTitle));
 }
 
 // -- Computing --
 
 void CalculusWin::sl_execute()
 {
-    m_computed = m_saved = false;
-    if (!requireColumn("Y1", m_source->column()))
+    if (!requireColumn("Y1", source()->column()))
         return;
+    resultGone();
+    dropCursor();
     QApplication::setOverrideCursor(Qt::WaitCursor);
+    m_cursorStays = true;
     statusBar()->showMessage(QStringLiteral("Computing..."), kComputingMs);
     JobOutcome outcome = JobOutcome::Done;
     QString failure;
     double seconds = 0.0;
     try {
-        JobProgress progress(this, QStringLiteral("%1: %2").arg(title(), m_source->file()));
-        if (!prepare(half(progress, 0), outcome))
-            return;  // the wait cursor stays: nothing has come to an end here
+        JobProgress progress(this, QStringLiteral("%1: %2").arg(windowTitle(), source()->file()));
+        if (!prepare(partOf(progress.callback(), 0, 50), outcome))
+            return;  // the wait cursor stays on purpose until the next calculation
         if (m_work && outcome == JobOutcome::Done)
-            outcome = m_kind.compute(*m_work, m_work->dt(), half(progress, 1));
+            outcome = m_kind.compute(*m_work, m_work->dt(), partOf(progress.callback(), 50, 100));
         if (m_work && outcome == JobOutcome::Done) {
             m_work->stampColumn(2);
             m_work->flush(true);
@@ -181,22 +125,22 @@ void CalculusWin::sl_execute()
         failure = QStringLiteral(
                       "The calculation failed: %1 could not be read to its end, or the scratch directory "
                       "took no more.\nNo file of yours was changed.")
-                      .arg(m_source->file());
+                      .arg(source()->file());
     }
-    QApplication::restoreOverrideCursor();
+    dropCursor();
 
     if (!failure.isEmpty() || outcome == JobOutcome::Cancelled || !m_work) {
         dropWork();
-        m_canvas->showText(QStringLiteral("Nothing was computed."));
+        canvas()->showText(QStringLiteral("Nothing was computed."));
         statusBar()->showMessage(outcome == JobOutcome::Cancelled ? QStringLiteral("Cancelled")
                                                                   : QStringLiteral("Nothing was computed"));
         if (!failure.isEmpty())
-            showBox(QMessageBox::Warning, this, title(), failure);
+            showBox(QMessageBox::Warning, this, windowTitle(), failure);
         return;
     }
-    m_computed = true;
+    resultMade();
     statusBar()->showMessage(QString::fromLatin1(m_kind.doneText), kDoneMs);
-    m_readout->setText(QStringLiteral("%1 samples in %2 s").arg(m_work->samples()).arg(seconds, 0, 'f', 1));
+    readout()->showLine(QStringLiteral("%1 samples in %2 s").arg(m_work->samples()).arg(seconds, 0, 'f', 1));
     showResult();
 }
 
@@ -204,16 +148,11 @@ void CalculusWin::sl_execute()
 // refused leaves none behind and is told to the user.
 bool CalculusWin::prepare(const Progress& progress, JobOutcome& outcome)
 {
-    TsApplication* const application = TsApplication::instance();
-    if (application == nullptr)
+    const std::unique_ptr<TSFILE> file = openSource();
+    if (!file)
         return false;
-    const std::unique_ptr<TSFILE> source(application->OpenTs(m_source->file(), true));
-    if (!source) {
-        statusBar()->showMessage(QStringLiteral("%1 could not be opened").arg(m_source->file()));
-        return false;
-    }
     dropWork();
-    if (refuses(*source))
+    if (refuses(*file))
         return true;
 
     // No dot in the name: what follows one would be taken for an extension.
@@ -225,46 +164,39 @@ bool CalculusWin::prepare(const Progress& progress, JobOutcome& outcome)
         return false;
     }
     const QString name = m_reservation->fileName();
-    m_work.reset(application->CreateTs(name, source->samples(), 2));
+    m_work.reset(TsApplication::instance()->CreateTs(name, file->samples(), 2));
     if (!m_work) {
         statusBar()->showMessage(
             QStringLiteral("The scratch file could not be made. Is %1 full?").arg(QFileInfo(name).path()));
+        dropWork();
         return false;
     }
     m_workName = name + QStringLiteral(".ts");
-    m_sourceName = QFileInfo(m_source->file()).absoluteFilePath();
-    const unsigned column = m_source->column();
-    m_work->dt(source->dt());
-    m_work->timeUnit(source->timeUnit());
-    m_work->columnName(1, std::string(source->columnName(column)).c_str());
+    m_sourceName = QFileInfo(source()->file()).absoluteFilePath();
+    const unsigned column = source()->column();
+    m_work->copyHeader(*file);
+    m_work->columnName(1, std::string(file->columnName(column)).c_str());
     m_work->columnName(2, m_kind.resultName);
-    m_work->columnDescription(1, std::string(source->columnDescription(column)).c_str());
-    outcome = copyColumn(*source, column, *m_work, progress);
+    m_work->columnDescription(1, std::string(file->columnDescription(column)).c_str());
+    outcome = copyColumnValues(*file, column, *m_work, 1, m_work->samples(), progress);
     return true;
 }
 
-bool CalculusWin::refuses(TSFILE& source)
+bool CalculusWin::refuses(TSFILE& file)
 {
     QString reason;
-    if (!(source.dt() > 0.0F) || !std::isfinite(source.dt()))
+    if (!(file.dt() > 0.0F) || !std::isfinite(file.dt()))
         reason = QStringLiteral("The sample time of %1 is not above 0.\nSet it in the header editor first.");
-    else if (source.samples() == 0)
+    else if (file.samples() == 0)
         reason = QStringLiteral("%1 has no samples.");
+    else if (tsFileBytes(file.samples(), 2) >= kFileLimit)
+        reason = QStringLiteral(
+            "%1 is too long: column and result together are more than the 2 GB that a ts-file can have.");
     if (reason.isEmpty())
         return false;
-    showBox(QMessageBox::Warning, this, title(), reason.arg(m_source->file()));
+    dropCursor();
+    showBox(QMessageBox::Warning, this, windowTitle(), reason.arg(source()->file()));
     return true;
-}
-
-bool CalculusWin::requireColumn(const char* axis, unsigned column)
-{
-    if (column != 0)
-        return true;
-    showBox(
-        QMessageBox::Warning, this, QStringLiteral("Ts Column name error"),
-        QStringLiteral("The selected %1 column name is invalid (==0).\n Select a valid name and try again!")
-            .arg(QLatin1String(axis)));
-    return false;
 }
 
 void CalculusWin::showResult()
@@ -272,19 +204,8 @@ void CalculusWin::showResult()
     const unsigned columns = m_work ? m_work->columns() : 0;
     if (!requireColumn("Y1", columns > 0 ? 1 : 0) || !requireColumn("Y2", columns > 1 ? 2 : 0))
         return;
-    m_canvas->showColumns(m_workName, {1, 2}, PlotCanvas::Axes::OneEach);
-    m_canvas->setSuggestedName(QFileInfo(m_sourceName).completeBaseName() + QStringLiteral("_calc"));
-}
-
-void CalculusWin::sl_plot()
-{
-    m_canvas->replot();
-}
-
-void CalculusWin::sl_cursor_moved(int x, int /*y*/, int /*buttons*/)
-{
-    if (m_computed)
-        m_readout->setText(readoutTable(m_canvas->readoutAt(x)));
+    canvas()->showColumns(m_workName, {1, 2}, PlotCanvas::Axes::OneEach);
+    canvas()->setSuggestedName(QFileInfo(m_sourceName).completeBaseName() + QStringLiteral("_calc"));
 }
 
 // -- Saving --
@@ -295,7 +216,7 @@ void CalculusWin::sl_saveResults()
         statusBar()->showMessage(QStringLiteral("There is nothing to save: execute the calculation first"));
         return;
     }
-    if (m_resultName.isEmpty()) {
+    if (resultName().isEmpty()) {
         const QString name =
             QFileDialog::getSaveFileName(this, QStringLiteral("Save results."), QDir::currentPath(),
                                          QLatin1String(kFilter), nullptr, QFileDialog::DontConfirmOverwrite);
@@ -303,61 +224,63 @@ void CalculusWin::sl_saveResults()
             statusBar()->showMessage(QStringLiteral("Saving aborted"), kAbortedMs);
             return;
         }
-        m_resultName = name;
+        setResultName(name);
     }
-    if (!mayReplace(m_resultName)) {
-        m_resultName.clear();
+    if (!mayReplace(resultName())) {
+        setResultName(QString());
         return;
     }
     TsApplication* const application = TsApplication::instance();
     const std::unique_ptr<TSFILE> target(application == nullptr ? nullptr
-                                                                : application->OpenTs(m_resultName, false));
+                                                                : application->OpenTs(resultName(), false));
     if (!target) {
         statusBar()->showMessage(QStringLiteral("%1 is no ts-file that can be written. Nothing was saved")
-                                     .arg(QFileInfo(m_resultName).fileName()));
-        m_resultName.clear();
+                                     .arg(QFileInfo(resultName()).fileName()));
+        setResultName(QString());
         return;
     }
     if (target->columns() < 2) {
-        showBox(QMessageBox::Warning, this, title(),
+        showBox(QMessageBox::Warning, this, windowTitle(),
                 QStringLiteral("%1 has only one column; the results need two.\nNothing was saved.")
-                    .arg(m_resultName));
-        m_resultName.clear();
+                    .arg(resultName()));
+        setResultName(QString());
+        return;
+    }
+    if (replacesTimes(*target) &&
+        !askYesNo(QMessageBox::Question, this, windowTitle(),
+                  QStringLiteral("The times of %1 stand in the columns that will be replaced.\nProceed?")
+                      .arg(resultName()))) {
+        setResultName(QString());
         return;
     }
     if (saveInto(*target)) {
         m_work.reset();
-        m_saved = true;
+        resultSaved();
         emit x_directory_changed();
     }
 }
 
 bool CalculusWin::mayReplace(const QString& name)
 {
-    const TsApplication* const application = TsApplication::instance();
-    if (application != nullptr && application->isOpenForWriting(name)) {
-        showBox(QMessageBox::Warning, this, title(),
-                QStringLiteral("%1 is open for writing in another window.\nNothing was saved.").arg(name));
-        return false;
-    }
-    return !isSameFile(name, m_sourceName) ||
-           askYesNo(
-               QMessageBox::Question, this, title(),
-               QStringLiteral("%1 is the source file itself.\nIts columns 1 and 2 will be replaced. Proceed?")
-                   .arg(name));
+    return mayWrite(name) &&
+           (!isSameFile(name, m_sourceName) ||
+            askYesNo(QMessageBox::Question, this, windowTitle(),
+                     QStringLiteral(
+                         "%1 is the source file itself.\nIts columns 1 and 2 will be replaced. Proceed?")
+                         .arg(name)));
 }
 
 bool CalculusWin::saveInto(TSFILE& target)
 {
     std::filesystem::path oldValues;
     try {
-        JobProgress progress(this, QStringLiteral("Saving %1").arg(m_resultName));
+        JobProgress progress(this, QStringLiteral("Saving %1").arg(resultName()));
         const CalculusSave save = saveResult(*m_work, target, progress.callback(), oldValues);
         if (save.outcome == JobOutcome::Cancelled) {
             statusBar()->showMessage(QStringLiteral("Saving aborted"), kAbortedMs);
             return false;
         }
-        QString told = QStringLiteral("File %1 saved").arg(m_resultName);
+        QString told = QStringLiteral("File %1 saved").arg(resultName());
         if (m_work->samples() != target.samples())
             told += QStringLiteral(" (%1 of %2 samples; the file has %3)")
                         .arg(save.copied)
@@ -370,30 +293,24 @@ bool CalculusWin::saveInto(TSFILE& target)
                                  ? QStringLiteral("The file is as it was.")
                                  : QStringLiteral("Its old values could not be put back; they lie in %1.")
                                        .arg(QFile::decodeName(oldValues.c_str()));
-        showBox(QMessageBox::Warning, this, title(),
-                QStringLiteral("%1 could not be written.\n%2").arg(m_resultName, kept));
+        showBox(QMessageBox::Warning, this, windowTitle(),
+                QStringLiteral("%1 could not be written.\n%2").arg(resultName(), kept));
         return false;
     }
 }
 
 // -- Closing --
 
-bool CalculusWin::mayClose()
-{
-    if (!m_computed || m_saved)
-        return true;
-    if (askYesNo(QMessageBox::Question, this, title(), QStringLiteral("Do you want to save the results?"))) {
-        sl_saveResults();
-        // What could not be saved is not thrown away.
-        return m_saved;
-    }
-    statusBar()->showMessage(QStringLiteral("Saving %1 was aborted").arg(m_resultName), kSavedMs);
-    return true;
-}
-
 void CalculusWin::sl_subwindowGone(subWindow /*window*/)
 {
     dropWork();
+}
+
+void CalculusWin::dropCursor()
+{
+    if (m_cursorStays)
+        QApplication::restoreOverrideCursor();
+    m_cursorStays = false;
 }
 
 void CalculusWin::dropWork()

@@ -2,38 +2,21 @@
 
 #include <algorithm>
 #include <cmath>
-#include <iterator>
 #include <limits>
 #include <numbers>
 
 #include "calc/SpectrumSamples.h"
+#include "calc/WindowShape.h"
 #include "calc/mixfft.h"
+#include "core/ColumnCopy.h"
 
 namespace {
 
 constexpr double kPi = std::numbers::pi;
 constexpr double kDegrees = 180.0 / kPi;
 constexpr double kDropsLittle = 0.999;  // of the samples stay
-constexpr std::uint32_t kRun = 1U << 14;
 constexpr std::uint64_t kBytesASample = 32;
-
-struct WindowRow
-{
-    SpectrumWindow window;
-    const char* name;
-    double terms[5];  // of a sum of cosines with alternating signs; none for Bartlett
-};
-
-constexpr WindowRow kWindows[] = {
-    {SpectrumWindow::Hann, "Hann", {0.5, 0.5}},
-    {SpectrumWindow::Rectangular, "Rectangular", {1.0}},
-    {SpectrumWindow::Hamming, "Hamming", {0.54, 0.46}},
-    {SpectrumWindow::Blackman, "Blackman", {0.42, 0.5, 0.08}},
-    {SpectrumWindow::BlackmanHarris, "Blackman-Harris", {0.35875, 0.48829, 0.14128, 0.01168}},
-    {SpectrumWindow::FlatTop, "Flat top", {1.0, 1.9383379, 1.3045202, 0.4028270, 0.0350665}},
-    {SpectrumWindow::Bartlett, "Bartlett", {}},
-};
-static_assert(std::size(kWindows) == kSpectrumWindows);
+constexpr std::uint32_t kLongestTransform = std::numeric_limits<int>::max();
 
 // The greatest (or least) product of 2, 3 and 5 that is not above (not below) m; both by going through the
 // few hundred products there are.
@@ -88,29 +71,9 @@ struct Scale
     }
 };
 
-struct WindowSums
+Scale scaleOf(const SpectrumRequest& request, const WindowShape& window)
 {
-    double sum = 0.0;
-    double squares = 0.0;
-
-    void add(double w)
-    {
-        sum += w;
-        squares += w * w;
-    }
-};
-
-Scale scaleOf(const SpectrumRequest& request, const WindowSums& sums)
-{
-    return {1.0 / sums.sum, request.dt / sums.squares, request.result, request.decibel};
-}
-
-// One of the equal parts of a job's progress.
-Progress part(const Progress& whole, unsigned which, unsigned parts)
-{
-    return [&whole, which, parts](std::uint64_t done, std::uint64_t total) {
-        return goesOn(whole, which * total + done, parts * total);
-    };
+    return {1.0 / window.sum(), request.dt / window.squares(), request.result, request.decibel};
 }
 
 // Rows for the target, handed over in runs.
@@ -126,7 +89,7 @@ public:
         m_rows.push_back(static_cast<float>(second));
         if (m_columns > 2)
             m_rows.push_back(static_cast<float>(third));
-        if (m_rows.size() >= std::size_t{kRun} * m_columns)
+        if (m_rows.size() >= std::size_t{kRunSamples} * m_columns)
             flush();
     }
     void flush()
@@ -159,24 +122,38 @@ struct Transform
     double power(std::size_t bin) const { return yRe[bin] * yRe[bin] + yIm[bin] * yIm[bin]; }
 };
 
+// The samples of the range in its transform, without trend and weighed.
+JobOutcome loadRange(TSFILE& source, const SpectrumRequest& request, std::span<double> samples,
+                     WindowShape& window, double& mean, const Progress& progress)
+{
+    if (SampleReader(source, request).read(request.from, samples, partOf(progress, 0, 80)) ==
+        JobOutcome::Cancelled)
+        return JobOutcome::Cancelled;
+    mean = removeTrend(samples, request.trend);
+    std::vector<double> weights(std::min<std::size_t>(kRunSamples, samples.size()));
+    for (std::size_t done = 0; done < samples.size();) {
+        const std::size_t count = std::min(weights.size(), samples.size() - done);
+        window.fill(static_cast<std::uint32_t>(done), std::span(weights).first(count));
+        for (std::size_t i = 0; i < count; ++i)
+            samples[done + i] *= weights[i];
+        done += count;
+        if (!goesOn(partOf(progress, 80, 100), done, samples.size()))
+            return JobOutcome::Cancelled;
+    }
+    return JobOutcome::Done;
+}
+
 JobOutcome wholeRange(TSFILE& source, const SpectrumRequest& request, const SpectrumPlan& plan,
                       TSFILE& target, double& mean, const Progress& progress)
 {
     Transform transform(plan.length);
-    const std::span<double> samples = std::span(transform.xRe).first(plan.used);
-    if (loadSamples(source, request, request.from, samples, part(progress, 0, 3)) == JobOutcome::Cancelled)
-        return JobOutcome::Cancelled;
-    mean = removeTrend(samples, request.trend);
-    WindowSums sums;
-    for (std::uint32_t i = 0; i < plan.used; ++i) {
-        const double w = windowSample(request.window, i, plan.used);
-        sums.add(w);
-        samples[i] *= w;
-    }
-    if (!transform.run(part(progress, 1, 3)))
+    WindowShape window(request.window, plan.used);
+    if (loadRange(source, request, std::span(transform.xRe).first(plan.used), window, mean,
+                  partOf(progress, 0, 35)) == JobOutcome::Cancelled ||
+        !transform.run(partOf(progress, 35, 70)))
         return JobOutcome::Cancelled;
 
-    const Scale scale = scaleOf(request, sums);
+    const Scale scale = scaleOf(request, window);
     RowWriter rows(target, plan.resolution);
     for (std::uint32_t k = 1; k <= plan.bins; ++k) {
         const bool atNyquist = 2 * std::uint64_t{k} == plan.length;
@@ -188,7 +165,7 @@ JobOutcome wholeRange(TSFILE& source, const SpectrumRequest& request, const Spec
         } else {
             rows.add(scale(transform.power(k), atNyquist), std::atan2(im, re) * kDegrees);
         }
-        if (k % kRun == 0 && !goesOn(part(progress, 2, 3), k, plan.bins))
+        if (k % kRunSamples == 0 && !goesOn(partOf(progress, 70, 100), k, plan.bins))
             return JobOutcome::Cancelled;
     }
     rows.flush();
@@ -199,23 +176,20 @@ JobOutcome segments(TSFILE& source, const SpectrumRequest& request, const Spectr
                     double& mean, const Progress& progress)
 {
     Transform transform(plan.length);
-    std::vector<double> window(plan.used);
-    WindowSums sums;
-    for (std::uint32_t i = 0; i < plan.used; ++i) {
-        window[i] = windowSample(request.window, i, plan.used);
-        sums.add(window[i]);
-    }
+    SampleReader reader(source, request);
+    WindowShape window(request.window, plan.used);
+    std::vector<double> weights(plan.used);
+    window.fill(0, weights);
     std::vector<double> power(plan.bins + 1, 0.0);
     double sum = 0.0;
     const std::uint32_t hop = segmentHop(plan.used, request.overlapPercent);
     for (std::uint32_t s = 0; s < plan.segments; ++s) {
         const std::span<double> samples = std::span(transform.xRe).first(plan.used);
         const auto first = static_cast<std::uint32_t>(request.from + std::uint64_t{s} * hop);
-        loadSamples(source, request, first, samples, {});
+        reader.read(first, samples, {});
         sum += removeTrend(samples, request.trend);
         for (std::uint32_t i = 0; i < plan.used; ++i)
-            samples[i] *= window[i];
-        std::fill(transform.xRe.begin() + plan.used, transform.xRe.end(), 0.0);
+            samples[i] *= weights[i];
         if (!transform.run({}) || !goesOn(progress, s + 1, plan.segments))
             return JobOutcome::Cancelled;
         for (std::uint32_t k = 1; k <= plan.bins; ++k)
@@ -223,7 +197,7 @@ JobOutcome segments(TSFILE& source, const SpectrumRequest& request, const Spectr
     }
     mean = sum / plan.segments;
 
-    const Scale scale = scaleOf(request, sums);
+    const Scale scale = scaleOf(request, window);
     RowWriter rows(target, plan.resolution);
     for (std::uint32_t k = 1; k <= plan.bins; ++k)
         rows.add(scale(power[k] / plan.segments, 2 * std::uint64_t{k} == plan.length), 0.0);
@@ -233,13 +207,9 @@ JobOutcome segments(TSFILE& source, const SpectrumRequest& request, const Spectr
 
 }  // namespace
 
-const char* spectrumWindowName(SpectrumWindow window)
-{
-    return kWindows[static_cast<std::size_t>(window)].name;
-}
-
 std::uint32_t shortenedLength(std::uint32_t m)
 {
+    m = std::min(m, kLongestTransform);
     const std::uint32_t fast = nearest235(m, true);
     if (fast >= kDropsLittle * m)
         return fast;
@@ -251,7 +221,9 @@ std::uint32_t shortenedLength(std::uint32_t m)
 
 std::uint32_t paddedLength(std::uint32_t m)
 {
-    return nearest235(std::max(m, 1U), false);
+    const std::uint32_t fast = nearest235(std::max(m, 1U), false);
+    // There is nothing to pad to beyond the longest transform.
+    return fast > kLongestTransform ? shortenedLength(m) : fast;
 }
 
 SpectrumPlan planSpectrum(const SpectrumRequest& request)
@@ -270,20 +242,9 @@ SpectrumPlan planSpectrum(const SpectrumRequest& request)
     plan.resolution = 1.0 / (plan.length * request.dt);
     plan.highest = plan.bins * plan.resolution;
     plan.bytes = plan.length * kBytesASample;
+    if (request.averaged)
+        plan.bytes += (std::uint64_t{plan.used} + plan.bins) * sizeof(double);  // weights and sums of power
     return plan;
-}
-
-double windowSample(SpectrumWindow window, std::uint32_t i, std::uint32_t m)
-{
-    const double at = static_cast<double>(i) / m;
-    if (window == SpectrumWindow::Bartlett)
-        return 1.0 - std::fabs(2.0 * at - 1.0);
-    const double(&terms)[5] = kWindows[static_cast<std::size_t>(window)].terms;
-    double sum = terms[0];
-    double sign = -1.0;
-    for (int k = 1; k < 5 && terms[k] != 0.0; ++k, sign = -sign)
-        sum += sign * terms[k] * std::cos(2.0 * kPi * k * at);
-    return sum;
 }
 
 std::uint32_t spectrumColumns(const SpectrumRequest& request)

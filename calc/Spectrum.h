@@ -32,14 +32,10 @@ std::uint32_t paddedLength(std::uint32_t m);
 
 SpectrumPlan planSpectrum(const SpectrumRequest& request);
 
-const char* spectrumWindowName(SpectrumWindow window);
-// Sample i of a window of m samples.
-double windowSample(SpectrumWindow window, std::uint32_t i, std::uint32_t m);
-
 // Computes the spectrum and writes it into `target`: plan.bins samples of three columns, "Freq" in Hz, the
-// result, and the phase in degrees (or "Re" and "Im"); averages have two columns. Holds four arrays of
-// plan.length doubles and no more. `mean` gets the mean of the samples that took part.
-// Throws the TS exceptions and std::bad_alloc.
+// result, and the phase in degrees (or "Re" and "Im"); averages have two columns. Holds plan.bytes
+// and little more: four arrays of plan.length doubles, and of averages the weights and sums of one segment.
+// `mean` gets the mean of the samples that took part. Throws the TS exceptions and std::bad_alloc.
 JobOutcome computeSpectrum(TSFILE& source, const SpectrumRequest& request, TSFILE& target, double& mean,
                            const Progress& progress);
 

@@ -19,7 +19,7 @@ SpectrumPeak refined(TSFILE& spectrum, std::uint32_t column, std::uint32_t bin, 
     const double left = spectrum.value(bin - 1, column);
     const double right = spectrum.value(bin + 1, column);
     const double curvature = left - 2.0 * at + right;
-    if (!(curvature < 0.0))
+    if (!(curvature < 0.0) || !std::isfinite(curvature))
         return peak;
     const double offset = 0.5 * (left - right) / curvature;
     peak.frequency = (bin + offset) * step;
@@ -44,6 +44,7 @@ std::vector<SpectrumPeak> findPeaks(TSFILE& spectrum, std::uint32_t column, std:
     std::vector<float> run(kRun);
     float before = -INFINITY;
     float at = -INFINITY;
+    bool isFlat = true;
     const auto consider = [&](std::uint32_t bin, float after) {
         if (bin == 0 || !(at >= before && at > after))
             return;
@@ -58,12 +59,17 @@ std::vector<SpectrumPeak> findPeaks(TSFILE& spectrum, std::uint32_t column, std:
         const std::span<float> part(run.data(), std::min(kRun, bins - done));
         spectrum.readColumn(column, done + 1, part);
         for (const float v : part) {
-            consider(done, v);
+            // A bin without any power has no level in dB; it is lower than all others.
+            const float level = std::isnan(v) ? -INFINITY : v;
+            isFlat = isFlat && (done == 0 || level == at);
+            consider(done, level);
             before = at;
-            at = v;
+            at = level;
             ++done;
         }
     }
+    if (isFlat)
+        return {};
     consider(bins, -INFINITY);
     for (SpectrumPeak& peak : peaks)
         peak = refined(spectrum, column, peak.bin, window);
@@ -75,11 +81,13 @@ std::vector<SpectrumPeak> findHarmonics(TSFILE& spectrum, std::uint32_t column, 
                                         std::size_t count, SpectrumWindow window)
 {
     std::vector<SpectrumPeak> harmonics;
-    const double step = spectrum.dt();
+    const double base = frequency / spectrum.dt();  // in bins
     for (std::size_t k = 1; k <= count; ++k) {
-        const auto bin = std::llround(static_cast<double>(k) * frequency / step);
-        // The peak's own bin may be off by half a bin, its k-th multiple by k halves.
-        const auto reach = static_cast<std::int64_t>(k / 2 + 1);
+        const auto bin = std::llround(static_cast<double>(k) * base);
+        // The peak's own bin may be off by half a bin, its k-th multiple by k halves; but no bin belongs to
+        // two harmonics.
+        const auto reach = std::min(static_cast<std::int64_t>(k / 2 + 1),
+                                    static_cast<std::int64_t>(std::max(0.0, base / 2.0 - 0.5)));
         const auto first = static_cast<std::uint32_t>(std::max<std::int64_t>(1, bin - reach));
         const auto last = static_cast<std::uint32_t>(std::min<std::int64_t>(spectrum.samples(), bin + reach));
         if (bin < 1 || first > last || bin > spectrum.samples())

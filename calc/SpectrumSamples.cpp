@@ -1,37 +1,11 @@
 #include "calc/SpectrumSamples.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
+#include <limits>
 
-namespace {
-
-constexpr std::uint32_t kRun = 1U << 15;
-
-// The samples before `end` and behind `begin` that are there, or the line between them.
-void bridge(std::span<double> samples, std::size_t begin, std::size_t end)
-{
-    const bool hasLeft = begin > 0;
-    const bool hasRight = end < samples.size();
-    const double left = hasLeft ? samples[begin - 1] : hasRight ? samples[end] : 0.0;
-    const double right = hasRight ? samples[end] : left;
-    const auto width = static_cast<double>(end - begin + 1);
-    for (std::size_t i = begin; i < end; ++i)
-        samples[i] = hasLeft ? left + (right - left) * static_cast<double>(i - begin + 1) / width : right;
-}
-
-void bridgeMissing(std::span<double> samples)
-{
-    for (std::size_t i = 0; i < samples.size(); ++i) {
-        if (std::isfinite(samples[i]))
-            continue;
-        const std::size_t begin = i;
-        while (i < samples.size() && !std::isfinite(samples[i]))
-            ++i;
-        bridge(samples, begin, i);
-    }
-}
-
-}  // namespace
+#include "core/ColumnCopy.h"
 
 std::uint32_t segmentHop(std::uint32_t used, int overlapPercent)
 {
@@ -39,21 +13,83 @@ std::uint32_t segmentHop(std::uint32_t used, int overlapPercent)
     return std::max<std::uint32_t>(1, static_cast<std::uint32_t>(stay / 100));
 }
 
-JobOutcome loadSamples(TSFILE& file, const SpectrumRequest& request, std::uint32_t first,
-                       std::span<double> out, const Progress& progress)
+SampleReader::SampleReader(TSFILE& file, const SpectrumRequest& request)
+    : m_file(file), m_column(request.column), m_interpolate(request.interpolate), m_run(kRunSamples)
 {
-    std::vector<float> run(std::min<std::size_t>(kRun, out.size()));
+}
+
+JobOutcome SampleReader::read(std::uint32_t first, std::span<double> out, const Progress& progress)
+{
     for (std::size_t done = 0; done < out.size();) {
-        const std::span<float> part(run.data(), std::min(run.size(), out.size() - done));
-        file.readColumn(request.column, first + static_cast<std::uint32_t>(done), part);
+        const std::span<float> part(m_run.data(), std::min(m_run.size(), out.size() - done));
+        m_file.readColumn(m_column, first + static_cast<std::uint32_t>(done), part);
         std::copy(part.begin(), part.end(), out.begin() + static_cast<std::ptrdiff_t>(done));
         done += part.size();
         if (!goesOn(progress, done, out.size()))
             return JobOutcome::Cancelled;
     }
-    if (request.interpolate)
-        bridgeMissing(out);
+    if (m_interpolate)
+        bridgeMissing(first, out);
     return JobOutcome::Done;
+}
+
+void SampleReader::bridgeMissing(std::uint32_t first, std::span<double> out)
+{
+    for (std::size_t i = 0; i < out.size(); ++i) {
+        if (std::isfinite(out[i]))
+            continue;
+        const std::size_t begin = i;
+        while (i < out.size() && !std::isfinite(out[i]))
+            ++i;
+        const auto at = [&](std::size_t place) {
+            return std::int64_t{first} + static_cast<std::int64_t>(place);
+        };
+        Gap inside{at(begin), at(i), {}, {}};
+        const bool reachesOut = begin == 0 || i == out.size();
+        if (!reachesOut) {
+            inside.before = {at(begin - 1), out[begin - 1], true};
+            inside.after = {at(i), out[i], true};
+        }
+        const Gap& gap = reachesOut ? gapAround(at(begin)) : inside;
+        const double left = gap.before.isThere ? gap.before.value : gap.after.value;
+        const double right = gap.after.isThere ? gap.after.value : left;
+        const auto width = static_cast<double>(gap.last - gap.first + 1);
+        for (std::size_t k = begin; k < i; ++k)
+            out[k] = left + (right - left) * static_cast<double>(at(k) - gap.first + 1) / width;
+    }
+}
+
+// A gap can be longer than many segments, so the one found last is kept.
+const SampleReader::Gap& SampleReader::gapAround(std::int64_t sample)
+{
+    if (sample >= m_gap.first && sample < m_gap.last)
+        return m_gap;
+    m_gap.before = nearest(sample, false);
+    m_gap.after = nearest(sample, true);
+    m_gap.first = m_gap.before.sample + 1;
+    m_gap.last = m_gap.after.sample;
+    return m_gap;
+}
+
+// The nearest sample that is there; the place before the first or behind the last one where none is.
+SampleReader::Known SampleReader::nearest(std::int64_t sample, bool forward)
+{
+    const auto end = std::int64_t{m_file.samples()} + 1;
+    std::int64_t from = sample;
+    while (forward ? from < end : from >= 1) {
+        const auto count = std::min<std::int64_t>(forward ? end - from : from, kRunSamples);
+        const std::int64_t begin = forward ? from : from - count + 1;
+        const std::span<float> run(m_run.data(), static_cast<std::size_t>(count));
+        m_file.readColumn(m_column, static_cast<std::uint32_t>(begin), run);
+        for (std::int64_t i = 0; i < count; ++i) {
+            const std::int64_t at = forward ? i : count - 1 - i;
+            const float value = run[static_cast<std::size_t>(at)];
+            if (std::isfinite(value))
+                return {begin + at, value, true};
+        }
+        from += forward ? count : -count;
+    }
+    return {forward ? end : 0, 0.0, false};
 }
 
 double removeTrend(std::span<double> samples, SpectrumTrend trend)
@@ -82,38 +118,47 @@ JobOutcome countMissing(TSFILE& file, const SpectrumRequest& request, std::uint6
                         const Progress& progress)
 {
     missing = 0;
-    std::vector<float> run(kRun);
-    const std::uint64_t total = request.to - request.from + std::uint64_t{1};
-    for (std::uint64_t done = 0; done < total;) {
-        const std::span<float> part(run.data(), std::min<std::uint64_t>(kRun, total - done));
-        file.readColumn(request.column, static_cast<std::uint32_t>(request.from + done), part);
+    return walkRuns(request.to - request.from + 1, progress, [&](std::uint32_t first, std::span<float> run) {
+        file.readColumn(request.column, request.from + first - 1, run);
         missing += static_cast<std::uint64_t>(
-            std::count_if(part.begin(), part.end(), [](float v) { return !std::isfinite(v); }));
-        done += part.size();
-        if (!goesOn(progress, done, total))
-            return JobOutcome::Cancelled;
-    }
-    return JobOutcome::Done;
+            std::count_if(run.begin(), run.end(), [](float v) { return !std::isfinite(v); }));
+    });
 }
 
 JobOutcome readSteps(TSFILE& file, std::uint32_t from, std::uint32_t to, StepRange& steps,
                      const Progress& progress)
 {
     const double dt = file.dt();
-    steps = {dt, dt, dt};
+    steps = {dt, dt, dt, 0.0};
     if (file.timeColumn() == 0 || to <= from)
         return JobOutcome::Done;
-    const double first = file.sampleTime(from);
-    double before = first;
-    for (std::uint32_t s = from + 1; s <= to && s != 0; ++s) {
-        const double now = file.sampleTime(s);
-        const double step = now - before;
-        steps.least = s == from + 1 ? step : std::min(steps.least, step);
-        steps.greatest = s == from + 1 ? step : std::max(steps.greatest, step);
-        before = now;
-        if (s % kRun == 0 && !goesOn(progress, s - from, to - from))
-            return JobOutcome::Cancelled;
-    }
-    steps.mean = (before - first) / (to - from);
-    return JobOutcome::Done;
+    steps.least = std::numeric_limits<double>::infinity();
+    steps.greatest = -steps.least;
+    double begin = 0.0;
+    double before = 0.0;
+    float farthest = 0.0F;
+    std::vector<float> whole(file.time32Column() == 0 ? 0 : kRunSamples);
+    const JobOutcome outcome =
+        walkRuns(to - from + 1, progress, [&](std::uint32_t first, std::span<float> run) {
+            file.readColumn(file.timeColumn(), from + first - 1, run);
+            if (!whole.empty())
+                file.readColumn(file.time32Column(), from + first - 1, std::span(whole).first(run.size()));
+            for (std::size_t i = 0; i < run.size(); ++i) {
+                const double now =
+                    run[i] +
+                    (whole.empty() ? 0.0 : static_cast<double>(std::bit_cast<std::uint32_t>(whole[i])));
+                farthest = std::max(farthest, std::fabs(run[i]));
+                if (first + i == 1) {
+                    begin = now;
+                } else {
+                    steps.least = std::min(steps.least, now - before);
+                    steps.greatest = std::max(steps.greatest, now - before);
+                }
+                before = now;
+            }
+        });
+    steps.mean = (before - begin) / (to - from);
+    // Each end of a step is off by half a unit in the last place at most, and so is that of another step.
+    steps.grain = 2.0 * static_cast<double>(std::nextafter(farthest, INFINITY) - farthest);
+    return outcome;
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <span>
+#include <vector>
 
 #include "calc/SpectrumRequest.h"
 #include "core/Progress.h"
@@ -10,10 +11,44 @@
 // From the first sample of a segment of `used` samples to the next one's.
 std::uint32_t segmentHop(std::uint32_t used, int overlapPercent);
 
-// Reads samples from `first` on into `out`. Missing ones become the line between their neighbours, and the
-// nearest value at the ends; 0 where there is none at all.
-JobOutcome loadSamples(TSFILE& file, const SpectrumRequest& request, std::uint32_t first,
-                       std::span<double> out, const Progress& progress);
+// Reads the samples of a request, segment by segment. With `interpolate` missing ones become the line between
+// the nearest values on both sides, also where those lie beyond the segment or the range; the nearest value
+// before the first and behind the last of the file, and 0 where there is none at all.
+class SampleReader
+{
+public:
+    // Borrows the file.
+    SampleReader(TSFILE& file, const SpectrumRequest& request);
+
+    // Samples from `first` on into `out`. Throws the TS exceptions.
+    JobOutcome read(std::uint32_t first, std::span<double> out, const Progress& progress);
+
+private:
+    struct Known
+    {
+        std::int64_t sample = 0;
+        double value = 0.0;
+        bool isThere = false;
+    };
+    // Samples first to last - 1 are missing; what stands on both sides of them.
+    struct Gap
+    {
+        std::int64_t first = 0;
+        std::int64_t last = 0;
+        Known before;
+        Known after;
+    };
+
+    void bridgeMissing(std::uint32_t first, std::span<double> out);
+    const Gap& gapAround(std::int64_t sample);
+    Known nearest(std::int64_t sample, bool forward);
+
+    TSFILE& m_file;
+    std::uint32_t m_column;
+    bool m_interpolate;
+    Gap m_gap;  // the last one that reached beyond a segment
+    std::vector<float> m_run;
+};
 
 // Subtracts the mean or the straight line of least squares; returns the mean.
 double removeTrend(std::span<double> samples, SpectrumTrend trend);
@@ -22,12 +57,14 @@ double removeTrend(std::span<double> samples, SpectrumTrend trend);
 JobOutcome countMissing(TSFILE& file, const SpectrumRequest& request, std::uint64_t& missing,
                         const Progress& progress);
 
-// The least, greatest and mean step of a file with a "Time" column; all dt without one.
+// The least, greatest and mean step of a file with a "Time" column; all dt without one. Times that round to
+// 32-bit floats make equal steps differ by up to `grain`.
 struct StepRange
 {
     double least = 0.0;
     double greatest = 0.0;
     double mean = 0.0;
+    double grain = 0.0;
 };
 JobOutcome readSteps(TSFILE& file, std::uint32_t from, std::uint32_t to, StepRange& steps,
                      const Progress& progress);

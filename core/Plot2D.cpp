@@ -195,9 +195,7 @@ void Plot2D::fitAll()
         g.mode = g.mode == YMode::Fixed ? YMode::Whole : g.mode;
     const Extent all = extent();
     setX(all.x1, all.x2);
-    for (Group& g : m_groups)
-        if (g.mode == YMode::Whole)
-            g.fitY();
+    refitY();
 }
 
 void Plot2D::fitY()
@@ -206,6 +204,14 @@ void Plot2D::fitY()
         g.fitY(m_axis, m_view.x1, m_view.x2);
         g.mode = g.mode == YMode::View ? YMode::View : YMode::Fixed;
     }
+}
+
+void Plot2D::refitY()
+{
+    for (Group& g : m_groups)
+        if (g.mode == YMode::Whole)
+            g.fitY();
+    followY();
 }
 
 void Plot2D::followY()

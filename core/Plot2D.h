@@ -58,6 +58,8 @@ public:
     void setX(double x1, double x2);
     void fitAll();
     void fitY();
+    // The groups that are not in mode Fixed, after variables came, went or changed.
+    void refitY();
     // factor > 1 shows less; `about` keeps its place.
     void zoomX(double factor, double about);
     void zoomY(std::size_t group, double factor, double about);

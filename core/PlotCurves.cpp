@@ -214,6 +214,17 @@ bool guarded(Curve& curve, Step step)
     return false;
 }
 
+// Why a variable that can be read has nothing to show; empty where it has.
+std::string reasonForNothing(const HsVariable& v, bool logarithmic)
+{
+    if (v.variable().rows() == 0)
+        return "no samples";
+    // Of the whole series nothing has to be read.
+    if (!v.isBuilt() || !v.range(1, v.variable().rows()).empty)
+        return {};
+    return logarithmic ? "no values above 0" : "no values";
+}
+
 std::vector<Curve> emptyCurves(const Plot2D& plot)
 {
     std::vector<Curve> curves;
@@ -225,6 +236,9 @@ std::vector<Curve> emptyCurves(const Plot2D& plot)
             curve.variable = v.get();
             curve.group = g;
             curve.failure = v->failure();
+            if (curve.failure.empty())
+                guarded(curve,
+                        [&] { curve.failure = reasonForNothing(*v, plot.groups()[g].isLogarithmic()); });
         }
     }
     return curves;
@@ -244,7 +258,7 @@ std::vector<Curve> curvesOf(const Plot2D& plot, int columns, int markerGap)
     std::vector<Job> jobs;
     jobs.reserve(curves.size());
     for (Curve& curve : curves) {
-        if (!curve.failure.empty() || curve.variable->variable().rows() == 0)
+        if (!curve.failure.empty())
             continue;
         guarded(curve, [&] {
             Tracer tracer(plot, plot.groups()[curve.group], curve, columns, markerGap);

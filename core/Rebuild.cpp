@@ -57,7 +57,8 @@ void copyColumnInfo(TSFILE& from, std::uint32_t fromCol, TSFILE& to, std::uint32
 }
 
 JobOutcome rebuildTsFile(const std::filesystem::path& file, std::uint32_t newSamples,
-                         std::uint32_t newColumns, const Progress& progress)
+                         std::uint32_t newColumns, const Progress& progress,
+                         const std::function<JobOutcome(TSFILE& made)>& fill)
 {
     const std::unique_ptr<TSFILE> from = openTsFile(file.string(), true);
     if (from->ringStart() != 0)
@@ -77,6 +78,8 @@ JobOutcome rebuildTsFile(const std::filesystem::path& file, std::uint32_t newSam
             to.stampColumn(col);
         to.copyHeader(*from);
         if (copyValues(*from, to, progress) == JobOutcome::Cancelled)
+            return JobOutcome::Cancelled;
+        if (fill && fill(to) == JobOutcome::Cancelled)
             return JobOutcome::Cancelled;
         to.flush(true);
     }

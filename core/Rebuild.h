@@ -5,6 +5,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 
 #include "core/Progress.h"
 #include "core/TSFILE.h"
@@ -16,8 +17,12 @@
 // Throws the TS exceptions and std::system_error; then, and when it is cancelled, the old file stands as it
 // was and the scratch file is gone. Ring files are refused with TS::READONLY_VIOLATION and the file's name:
 // their rows are no plain samples. Whoever has the file open must let it go before.
+//
+// `fill`, where there is one, gets the new file when all old values are in it, and may write more: what it
+// throws or cancels counts for the whole.
 JobOutcome rebuildTsFile(const std::filesystem::path& file, std::uint32_t newSamples,
-                         std::uint32_t newColumns, const Progress& progress);
+                         std::uint32_t newColumns, const Progress& progress,
+                         const std::function<JobOutcome(TSFILE& made)>& fill = {});
 
 // Copies name and description of a column, and its stamp where its time is positive; else stamps it now.
 void copyColumnInfo(TSFILE& from, std::uint32_t fromCol, TSFILE& to, std::uint32_t toCol);

@@ -4,24 +4,9 @@
 #include <QStatusBar>
 #include <QToolBar>
 
-#include <algorithm>
-
+#include "filter/CharacteristicPlot.h"
 #include "share/PlotCanvas.h"
 #include "share/Resources.h"
-
-namespace {
-
-constexpr double kLeastShownDb = -100.0;
-
-QString frequenciesText(const std::vector<double>& frequencies)
-{
-    QStringList texts;
-    for (const double hz : frequencies)
-        texts << QString::number(hz, 'g', 5);
-    return texts.join(QStringLiteral(", "));
-}
-
-}  // namespace
 
 FilterCharWin::FilterCharWin(const FilterCharacteristic& characteristic, const QString& spec, QWidget* parent)
     : SubWindow(parent), m_characteristic(characteristic), m_canvas(new PlotCanvas(this))
@@ -74,39 +59,5 @@ void FilterCharWin::sl_logarithmic(bool /*on*/)
 
 void FilterCharWin::plot()
 {
-    const FilterCharacteristic& c = m_characteristic;
-    const bool decibels = m_decibels->isChecked();
-    const QString unit = decibels ? QStringLiteral("dB") : QString();
-    std::vector<PlotCanvas::Values> columns = {
-        {QStringLiteral("Gain"), unit, decibels ? c.gainDb : c.gain},
-        {QStringLiteral("Phase, 0-1 for 0-2pi"), QString(), c.phase},
-    };
-    if (!c.halfPower.empty())
-        columns.push_back({QStringLiteral("-3.01 dB @ %1 Hz").arg(frequenciesText(c.halfPower)), unit,
-                           decibels ? c.marksDb : c.marks});
-    m_canvas->showValues(c.frequencies, QStringLiteral("Freq[Hz]"), columns);
-
-    // The marks belong on the axis of the gain.
-    std::vector<Group>& groups = m_canvas->plot().groups();
-    if (groups.size() > 2) {
-        groups[0].variables().push_back(groups[2].variables().front());
-        groups[0].variables().back()->variable().lineStyle = 1;
-        groups.erase(groups.begin() + 2);
-    }
-    groups[0].title = decibels ? "Gain [dB]" : "Gain";
-    m_canvas->setLogarithmicX(m_logarithmic->isChecked());
-    m_canvas->plot().fitAll();
-    fitGain();
-    m_canvas->replot();
-}
-
-// A stop band of -200 dB would press the pass band flat.
-void FilterCharWin::fitGain()
-{
-    if (!m_decibels->isChecked())
-        return;
-    const auto [least, greatest] =
-        std::minmax_element(m_characteristic.gainDb.begin(), m_characteristic.gainDb.end());
-    const double low = std::max<double>(*least, kLeastShownDb);
-    m_canvas->plot().setY(0, low - 2, static_cast<double>(*greatest) + 5);
+    showCharacteristic(*m_canvas, m_characteristic, {m_decibels->isChecked(), m_logarithmic->isChecked()});
 }

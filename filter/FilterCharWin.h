@@ -21,7 +21,6 @@ public slots:
 private:
     void createActions();
     void plot();
-    void fitGain();
 
     FilterCharacteristic m_characteristic;
     PlotCanvas* m_canvas;

@@ -72,12 +72,14 @@ FilterCharacteristic characteristicOf(const FidFilter* filter, double samplingHz
 {
     FilterCharacteristic c;
     double before = 0.0;
+    bool wasAbove = fid_response(filter, before) > kHalfPower;
     for (const double fraction : grid()) {
-        const double gain = fid_response(filter, fraction);
-        if (!c.gain.empty() && (gain > kHalfPower) != (static_cast<double>(c.gain.back()) > kHalfPower))
+        const bool isAbove = fid_response(filter, fraction) > kHalfPower;
+        if (isAbove != wasAbove)
             addMark(c, filter, crossing(filter, before, fraction), samplingHz);
         add(c, filter, fraction, samplingHz);
         before = fraction;
+        wasAbove = isAbove;
     }
     return c;
 }

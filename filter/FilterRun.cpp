@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <limits>
 
 #include "core/Rebuild.h"
 #include "filter/MovingAverage.h"
@@ -119,17 +120,17 @@ FilterOutcome runFilter(TSFILE& source, std::uint32_t column, TSFILE& work, cons
         source.readColumn(column, first, run);
         wide.resize(run.size());
         for (std::size_t i = 0; i < run.size(); ++i) {
-            if (!std::isnan(run[i]))
+            if (std::isfinite(run[i]))
                 last = run[i];
             wide[i] = last;
         }
         runner.run(wide);
         rows.resize(2 * run.size());
         for (std::size_t i = 0; i < run.size(); ++i) {
-            const bool missing = std::isnan(run[i]);
+            const bool missing = !std::isfinite(run[i]);
             result.missing += missing ? 1 : 0;
             rows[2 * i] = run[i];
-            rows[2 * i + 1] = missing ? run[i] : static_cast<float>(wide[i]);
+            rows[2 * i + 1] = missing ? std::numeric_limits<float>::quiet_NaN() : static_cast<float>(wide[i]);
         }
         work.writeRows(first, static_cast<std::uint32_t>(run.size()), rows.data());
     });

@@ -52,14 +52,14 @@ void describeWork(TSFILE& source, std::uint32_t column, TSFILE& work, const std:
 struct FilterOutcome
 {
     JobOutcome outcome = JobOutcome::Done;
-    std::uint32_t missing = 0;  // samples of the input that are NaN
+    std::uint32_t missing = 0;  // samples of the input that are NaN (for a filter: or infinite)
 };
 
 // Both fill the work file, which has as many samples as the source: column 1 with a column of the source,
 // column 2 with what becomes of it. Each row is written once.
 
-// Through the filter, from a state of zeros on. Where a sample is missing the filter is fed the one before
-// it, and the output is missing there.
+// Through the filter, from a state of zeros on. Where a sample is missing or infinite the filter, which would
+// never recover from it, is fed the one before it, and the output is missing there.
 FilterOutcome runFilter(TSFILE& source, std::uint32_t column, TSFILE& work, const FidFilter* filter,
                         const Progress& progress);
 

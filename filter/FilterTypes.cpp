@@ -141,6 +141,8 @@ std::string filterComplaint(const FilterRequest& request, double samplingHz)
         return "The filter order must be >=1";
     if (type.maxOrder > 0 && request.order > type.maxOrder)
         return type.orderText;
+    if (!(samplingHz > 0))
+        return "The source has no sample time above 0. Set one in the header editor first.";
     const std::string half =
         " must be below half of the sampling frequency, " + numberText(samplingHz / 2) + " Hz";
     if (!(request.freq0 < samplingHz / 2))

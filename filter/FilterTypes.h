@@ -35,5 +35,6 @@ const std::vector<FilterType>& filterTypes();
 // The spec-string of a request for types 1 and up.
 std::string filterSpec(const FilterRequest& request);
 
-// Why a request cannot be designed at a sampling frequency, in the window's words; empty where it can.
+// Why a request cannot be designed at a sampling frequency (0: there is none), in the window's words; empty
+// where it can.
 std::string filterComplaint(const FilterRequest& request, double samplingHz);

@@ -10,19 +10,17 @@
 #include "core/ScratchFile.h"
 #include "core/TSFILE.h"
 #include "filter/FilterTypes.h"
-#include "share/SubWindow.h"
+#include "share/ResultWindow.h"
 
-class NumberField;
+class FilterFields;
 class PlotCanvas;
 class QAction;
-class QComboBox;
-class QFormLayout;
-class QLabel;
 class SaveResultsDialog;
-class SourceChooser;
+struct FidFilter;
 struct FilterOutcome;
+struct ResultColumns;
 
-class FilterWin : public SubWindow
+class FilterWin : public ResultWindow
 {
     Q_OBJECT
 
@@ -32,8 +30,6 @@ public:
     ~FilterWin() override;
 
 public slots:
-    void sl_cbSourceFileActivated(int index);
-    void sl_cbSourceColActivated(int index);
     void sl_cbFilterActivated(int type);
     void sl_fldFreq0Changed(const QString& text);
     void sl_fldFiltOrderChanged(const QString& text);
@@ -41,61 +37,49 @@ public slots:
     void sl_fldRippleChanged(const QString& text);
     void sl_help();
     void sl_updateCanvas();
-    void sl_execute();
+    void sl_execute() override;
     void sl_plotFiltWin();
-    void sl_saveResults();
-    void sl_cursor_moved(int x, int y, int buttons);
-    void sl_plot();
+    void sl_saveResults() override;
     void sl_subwindowGone(subWindow window);
 
 protected:
     bool mayClose() override;
 
 private:
-    struct Field
-    {
-        FilterField use;
-        QLabel* label;
-        NumberField* field;
-        QLabel* reason;
-    };
-
     void createActions();
-    QWidget* createPanel();
-    NumberField* addField(QFormLayout& form, FilterField use, const QString& label, const QString& text,
-                          const QString& tip, const char* slot);
+    void createPanel();
     void connectFields();
     void fieldChanged();
     void showSource();
-    bool requireColumn(const char* axis, unsigned column);
-    FilterRequest request() const;
+    void showRate(double samplingHz);
+    // The characteristic of what the fields say, small, beneath them.
+    void showPreview();
+    // Tells where there is none.
+    bool requireSource();
     // Says why the fields cannot be, in a box; true where they can.
     bool validate(const FilterRequest& asked);
-    bool tellReports(const QString& text);
+    void tellReports(const QString& text);
 
-    std::unique_ptr<TSFILE> openSource();
-    bool calculate(const FilterRequest& asked, TSFILE& source);
+    // Opens the source and takes its sample time anew: the header may have been edited since it was chosen.
+    std::unique_ptr<TSFILE> openAnew();
+    void calculate(const FilterRequest& asked, TSFILE& file);
+    FilterOutcome fillWork(const FilterRequest& asked, const FidFilter* filter, TSFILE& file,
+                           double& seconds);
     void showResult(const FilterOutcome& outcome, double seconds);
 
     bool save(const SaveResultsDialog& dialog);
     bool saveToFile(const SaveResultsDialog& dialog);
     bool saveToSource(const SaveResultsDialog& dialog);
-    bool mayWrite(const QString& file);
-    bool agreesWith(TSFILE& target, const QString& file, std::uint32_t& count);
+    bool saveToColumnsOf(const QString& file, const ResultColumns& columns);
+    bool mayTakeResults(const QString& file);
+    bool agreesWith(const QString& file, std::uint32_t& count);
     bool tellSaved(const QString& file, JobOutcome outcome);
     void dropWork();
 
-    SourceChooser* m_source = nullptr;
-    QLabel* m_rate = nullptr;
-    QComboBox* m_type = nullptr;
-    QVector<Field> m_fields;
-    PlotCanvas* m_canvas = nullptr;
-    QLabel* m_readout = nullptr;
+    FilterFields* m_fields = nullptr;
+    PlotCanvas* m_preview = nullptr;
     QAction* m_execute = nullptr;
     QAction* m_plotChar = nullptr;
-    QString m_orderText = QStringLiteral("4");  // what the field held when it was the other one's
-    QString m_pointsText = QStringLiteral("11");
-    int m_shownType = -1;
     double m_samplingHz = 0.0;
 
     // The work file: column 1 the input, column 2 the output. A new one is made beside it and takes its place
@@ -103,6 +87,5 @@ private:
     std::unique_ptr<ScratchFile> m_work;
     QString m_sourceFile;  // that the work file was made of, by its absolute path
     QString m_words;       // what was done to it
-    bool m_saved = true;
     QVector<QPointer<QWidget>> m_subWindows;
 };

@@ -1,8 +1,8 @@
 #include "filter/SaveResults.h"
 
 #include "core/ColumnBackup.h"
+#include "core/CopyFile.h"
 #include "core/Rebuild.h"
-#include "core/ScratchFile.h"
 #include "core/TsNames.h"
 #include "filter/FilterRun.h"
 
@@ -27,29 +27,17 @@ JobOutcome copyValues(TSFILE& from, std::uint32_t fromCol, TSFILE& to, std::uint
 
 }  // namespace
 
-JobOutcome saveToNewFile(TSFILE& work, const std::filesystem::path& target, const Progress& progress)
+JobOutcome saveToNewFile(const TSFILE& work, const std::filesystem::path& target, const Progress& progress)
 {
-    ScratchFile scratch(std::filesystem::absolute(target).parent_path(), "tmp", ".ts");
-    {
-        const auto made = createTsFile(scratch.path().string(), work.samples(), 2);
-        made->copyHeader(work);
-        for (const std::uint32_t col : {1U, 2U}) {
-            copyColumnInfo(work, col, *made, col);
-            if (copyValues(work, col, *made, col, work.samples(), part(progress, 50 * (col - 1), 50 * col)) ==
-                JobOutcome::Cancelled)
-                return JobOutcome::Cancelled;
-        }
-        made->flush(true);
-    }
-    scratch.putInPlace(std::filesystem::absolute(target));
-    return JobOutcome::Done;
+    return copyWholeFile(work.descriptor(), std::filesystem::absolute(target), progress);
 }
 
-JobOutcome saveToColumns(TSFILE& work, TSFILE& target, const ResultColumns& columns, std::uint32_t count,
-                         const Progress& progress, std::filesystem::path& backupPath)
+JobOutcome saveToColumns(TSFILE& work, const std::filesystem::path& target, const ResultColumns& columns,
+                         std::uint32_t count, const Progress& progress, std::filesystem::path& backupPath)
 {
     const std::uint32_t to[2] = {columns.input, columns.output};
-    ColumnBackup backup(target);
+    auto file = openTsFile(target.string(), false);
+    ColumnBackup backup(*file);
     for (std::uint32_t i = 0; i < 2; ++i) {
         if (to[i] == 0)
             continue;
@@ -57,52 +45,41 @@ JobOutcome saveToColumns(TSFILE& work, TSFILE& target, const ResultColumns& colu
         if (backup.save(to[i], 1, count, part(progress, 25 * i, 25 * i + 25)) == JobOutcome::Cancelled)
             return JobOutcome::Cancelled;
     }
-    const auto putBack = [&] {
-        backupPath = backup.path();
-        backup.restore();
-        backupPath.clear();
-    };
     try {
         for (std::uint32_t i = 0; i < 2; ++i) {
             if (to[i] == 0)
                 continue;
-            copyColumnInfo(work, i + 1, target, to[i]);
-            if (copyValues(work, i + 1, target, to[i], count, part(progress, 50 + 25 * i, 75 + 25 * i)) ==
+            copyColumnInfo(work, i + 1, *file, to[i]);
+            if (copyValues(work, i + 1, *file, to[i], count, part(progress, 50 + 25 * i, 75 + 25 * i)) ==
                 JobOutcome::Cancelled) {
-                putBack();
+                backup.restore();
                 return JobOutcome::Cancelled;
             }
         }
-        target.flush(true);
+        file->flush(true);
     } catch (...) {
-        putBack();
+        // Opened anew: the one before may be stuck with a block that cannot be written.
+        backupPath = backup.path();
+        file.reset();
+        backup.restore(*openTsFile(target.string(), false));
+        backupPath.clear();
         throw;
     }
     return JobOutcome::Done;
 }
 
 JobOutcome saveToAddedColumn(TSFILE& work, const std::filesystem::path& target, std::uint32_t count,
-                             const Progress& progress, std::filesystem::path& backup)
+                             const Progress& progress)
 {
     std::uint32_t samples = 0;
-    std::uint32_t columns = 0;
+    std::uint32_t column = 0;
     {
         const auto file = openTsFile(target.string(), true);
         samples = file->samples();
-        columns = file->columns();
+        column = file->columns() + 1;
     }
-    if (rebuildTsFile(target, samples, columns + 1, part(progress, 0, 50)) == JobOutcome::Cancelled)
-        return JobOutcome::Cancelled;
-    const auto takeAway = [&] { rebuildTsFile(target, samples, columns, {}); };
-    try {
-        const auto file = openTsFile(target.string(), false);
-        if (saveToColumns(work, *file, {0, columns + 1}, count, part(progress, 50, 100), backup) ==
-            JobOutcome::Done)
-            return JobOutcome::Done;
-    } catch (...) {
-        takeAway();
-        throw;
-    }
-    takeAway();
-    return JobOutcome::Cancelled;
+    return rebuildTsFile(target, samples, column, part(progress, 0, 50), [&](TSFILE& made) {
+        copyColumnInfo(work, 2, made, column);
+        return copyValues(work, 2, made, column, count, part(progress, 50, 100));
+    });
 }

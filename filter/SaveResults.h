@@ -18,16 +18,16 @@ struct ResultColumns
 // All of these throw the TS exceptions and std::system_error. Then, and when cancelled, the user's file is
 // as it was, and a new one is not there.
 
-// Writes header, names, descriptions, stamps and values to a file that gets its name when it is whole; an
-// older one of that name is replaced.
-JobOutcome saveToNewFile(TSFILE& work, const std::filesystem::path& target, const Progress& progress);
+// Copies the work file, which must be flushed, to one that gets its name when it is whole; an older one of
+// that name is replaced.
+JobOutcome saveToNewFile(const TSFILE& work, const std::filesystem::path& target, const Progress& progress);
 
-// Writes the first `count` samples into columns of an open file. `backup` tells where the old values lie if
-// even putting them back has failed; else it is empty.
-JobOutcome saveToColumns(TSFILE& work, TSFILE& target, const ResultColumns& columns, std::uint32_t count,
-                         const Progress& progress, std::filesystem::path& backup);
+// Writes the first `count` samples into columns of a file. `backup` tells where the old values lie if even
+// putting them back has failed; else it is empty.
+JobOutcome saveToColumns(TSFILE& work, const std::filesystem::path& target, const ResultColumns& columns,
+                         std::uint32_t count, const Progress& progress, std::filesystem::path& backup);
 
-// Gives a file one column more, which takes the first `count` samples of the output. The file is rebuilt, so
-// whoever has it open must let it go before.
+// Gives a file one column more, which takes the first `count` samples of the output. The file is rebuilt
+// beside the old one, so whoever has it open must let it go before.
 JobOutcome saveToAddedColumn(TSFILE& work, const std::filesystem::path& target, std::uint32_t count,
-                             const Progress& progress, std::filesystem::path& backup);
+                             const Progress& progress);

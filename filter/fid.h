@@ -77,6 +77,8 @@ double fid_response(const FidFilter* filter, double frequency);
 double fid_response_pha(const FidFilter* filter, double frequency, double* phase);
 
 // Prepares a filter for running and hands out its step function. The filter may be freed afterwards.
+// A cascade is run section by section, in an order in which rounding costs the fewest digits: as they stand
+// in a filter of high order, the flat ones first, nothing right would be left of the output.
 void* fid_run_new(const FidFilter* filter, FidFunc** step);
 // A buffer in its zero state; one for each signal. It borrows the run, which must outlive it.
 void* fid_run_newbuf(void* run);

@@ -1,7 +1,8 @@
 // Running a filter: one call a sample, or one for many.
 //
 // A run holds the coefficients and one of four step functions, chosen when it is prepared:
-// - a cascade of sections up to the second order, with its count known at compile time up to eight;
+// - a cascade of sections up to the second order, with its count known at compile time up to eight, in the
+//   order that loses the fewest digits;
 // - the same for any count;
 // - one FIR block, such as a window;
 // - whatever else blocks can make (a flattened filter), stage by stage.
@@ -18,6 +19,7 @@
 #include <vector>
 
 #include "filter/fid.h"
+#include "filter/fid_order.h"
 #include "filter/fid_report.h"
 
 namespace {
@@ -48,11 +50,10 @@ struct Buffer
 };
 static_assert(sizeof(Buffer) == 4 * sizeof(double));
 
-// A feedback polynomial and a feed-forward one that are run together; a[0] is 1.
+// A feedback polynomial and a feed-forward one, of any order, that are run together.
 struct Stage
 {
-    std::vector<double> a{1.0};
-    std::vector<double> b{1.0};
+    FidSection section{{1.0}, {1.0}};
     bool hasFeedback = false;
     bool hasForward = false;
 };
@@ -192,35 +193,39 @@ constexpr std::array<Way, sizeof...(Index)> cascadeWays(std::index_sequence<Inde
 }
 constexpr auto kCascadeWays = cascadeWays(std::make_index_sequence<8>());
 
-// Adjacent blocks of the two types make one stage. Returns false, and reports, for other blocks.
-bool gatherStages(const FidFilter* filter, std::vector<Stage>& stages)
+// Adjacent blocks of the two types make one stage. Empty, and reported, for other blocks.
+FidCascade gatherStages(const FidFilter* filter)
 {
+    std::vector<Stage> stages;
     for (const FidFilter* block = filter; block->count > 0; block = block->next()) {
         if (block->type != 'I' && block->type != 'F') {
             fidReport("Internal error: fid_run_new can only handle IIR + FIR types");
-            return false;
+            return {};
         }
         const bool feedback = block->type == 'I';
         if (stages.empty() || (feedback ? stages.back().hasFeedback : stages.back().hasForward))
             stages.emplace_back();
         Stage& stage = stages.back();
         (feedback ? stage.hasFeedback : stage.hasForward) = true;
-        (feedback ? stage.a : stage.b).assign(block->coefficients(), block->coefficients() + block->count);
+        (feedback ? stage.section.a : stage.section.b)
+            .assign(block->coefficients(), block->coefficients() + block->count);
     }
     if (stages.empty())
         stages.emplace_back();
+    FidCascade cascade;
     for (Stage& stage : stages) {
-        const double first = stage.a[0];
+        FidSection& section = cascade.emplace_back(std::move(stage.section));
+        const double first = section.a[0];
         if (first == 0.0 || std::isnan(first)) {
             fidReport("Internal error: fid_run_new met an IIR block that begins with %g", first);
-            return false;
+            return {};
         }
-        for (double& b : stage.b)
+        for (double& b : section.b)
             b /= first;
-        for (double& a : stage.a)
+        for (double& a : section.a)
             a /= first;
     }
-    return true;
+    return cascade;
 }
 
 // What a run is made of before it has its memory.
@@ -231,7 +236,7 @@ struct Plan
     std::vector<double> coefficients;
 };
 
-Plan planCascade(const std::vector<Stage>& stages)
+Plan planCascade(const FidCascade& stages)
 {
     Plan plan;
     plan.historyCount = 2 * stages.size();
@@ -242,7 +247,8 @@ Plan planCascade(const std::vector<Stage>& stages)
         plan.coefficients.push_back(static_cast<double>(stages.size()));
     }
     const auto at = [](const std::vector<double>& c, std::size_t i) { return i < c.size() ? c[i] : 0.0; };
-    for (const Stage& stage : stages) {
+    for (const std::size_t place : quietOrder(stages)) {
+        const FidSection& stage = stages[place];
         for (std::size_t i = 0; i < 3; ++i)
             plan.coefficients.push_back(at(stage.b, i));
         plan.coefficients.push_back(at(stage.a, 1));
@@ -251,17 +257,17 @@ Plan planCascade(const std::vector<Stage>& stages)
     return plan;
 }
 
-Plan planWindow(const Stage& stage)
+Plan planWindow(const FidSection& stage)
 {
     Plan plan{{stepWindow}, 2 * stage.b.size() + 1, {static_cast<double>(stage.b.size())}};
     plan.coefficients.insert(plan.coefficients.end(), stage.b.begin(), stage.b.end());
     return plan;
 }
 
-Plan planStages(const std::vector<Stage>& stages)
+Plan planStages(const FidCascade& stages)
 {
     Plan plan{{stepStages}, 0, {static_cast<double>(stages.size())}};
-    for (const Stage& stage : stages) {
+    for (const FidSection& stage : stages) {
         const std::size_t order = std::max(stage.a.size(), stage.b.size()) - 1;
         plan.historyCount += order;
         plan.coefficients.push_back(static_cast<double>(order));
@@ -274,10 +280,10 @@ Plan planStages(const std::vector<Stage>& stages)
     return plan;
 }
 
-Plan makePlan(const std::vector<Stage>& stages)
+Plan makePlan(const FidCascade& stages)
 {
     const bool small = std::all_of(stages.begin(), stages.end(),
-                                   [](const Stage& s) { return s.a.size() <= 3 && s.b.size() <= 3; });
+                                   [](const FidSection& s) { return s.a.size() <= 3 && s.b.size() <= 3; });
     if (small)
         return planCascade(stages);
     return stages.size() == 1 && stages[0].a.size() == 1 ? planWindow(stages[0]) : planStages(stages);
@@ -316,8 +322,8 @@ try {
         fidReport("Internal error: fid_run_new called without a filter");
         return nullptr;
     }
-    std::vector<Stage> stages;
-    if (!gatherStages(filter, stages))
+    const FidCascade stages = gatherStages(filter);
+    if (stages.empty())
         return nullptr;
     const Plan plan = makePlan(stages);
     auto* const run =

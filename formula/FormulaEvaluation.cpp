@@ -17,38 +17,63 @@ namespace {
 
 std::uint64_t reports = 0;
 
-// Before the first and behind the last sample, where the value is theirs, and times that are none.
-[[gnu::noinline]] double fetchOutside(const FormulaSource& source, double position)
+// A sample no farther away than this is the nearest one.
+constexpr double kUnmistakable = 0.49;
+
+float sampleOf(const FormulaNode& variable, std::uint32_t sample)
 {
-    if (std::isnan(position))
-        return std::numeric_limits<double>::quiet_NaN();
-    if (source.samples == 0)
-        return 0.0;
-    return source.file->value(position > 0.0 ? source.samples : 1, source.column);
+    return variable.source->value(sample, static_cast<std::uint32_t>(variable.column));
 }
 
-// Out of line, so that samples that are met exactly, the usual case, pass without a stack frame.
-[[gnu::noinline]] double fetchBetween(const FormulaSource& source, double position)
+// Before the first and behind the last sample, where the value is theirs, and times that are none.
+// The samples of a file without a sample time all lie at its start: up to there it is the first one.
+double outside(const FormulaNode& variable, double position, float t)
+{
+    if (std::isnan(t))
+        return std::numeric_limits<double>::quiet_NaN();
+    const std::uint32_t samples = variable.lookup.samples;
+    return samples == 0 ? 0.0 : sampleOf(variable, position > 0.0 ? samples : 1);
+}
+
+double between(const FormulaNode& variable, double position)
 {
     const auto k = static_cast<std::uint32_t>(static_cast<std::int64_t>(position));
-    const double before = source.file->value(k + 1, source.column);
-    const double after = source.file->value(k + 2, source.column);
+    const double before = sampleOf(variable, k + 1);
+    const double after = sampleOf(variable, k + 2);
     return before + (after - before) * (position - k);
 }
 
-// The column's value at time t, between its two neighbouring samples.
-double fetch(const FormulaSource& source, float t)
+// Out of line, so that the usual case passes without a stack frame.
+[[gnu::noinline]] double fetchUnexpected(FormulaNode& variable, double position, double grain, float t)
 {
-    const double position = (static_cast<double>(t) - source.start) * source.rate;
-    if (!(position > 0.0 && position < source.lastPosition)) [[unlikely]]
-        return fetchOutside(source, position);
-    auto nearest = static_cast<std::int64_t>(position);
-    nearest += position - static_cast<double>(nearest) > 0.5 ? 1 : 0;
+    SourceLookup& lookup = variable.lookup;
+    if (!(position > 0.0 && position < lookup.lastPosition))
+        return outside(variable, position, t);
+    auto nearest = static_cast<std::uint32_t>(static_cast<std::int64_t>(position));
+    nearest += position - nearest > 0.5 ? 1 : 0;
     // A float tells t to half of its last place: a sample within that is meant itself.
-    const double grain = std::fabs(static_cast<double>(t)) * source.grain;
-    if (std::fabs(position - static_cast<double>(nearest)) > grain)
-        return fetchBetween(source, position);
-    return source.file->value(static_cast<std::uint32_t>(nearest) + 1, source.column);
+    if (std::fabs(position - nearest) > grain)
+        return between(variable, position);
+    lookup.step = nearest - (lookup.expected - lookup.step);
+    lookup.expected = nearest + lookup.step;
+    return sampleOf(variable, nearest + 1);
+}
+
+// The column's value at time t, between its two neighbouring samples. A calculation meets the samples in
+// steps that stay the same, so the value can be on its way before t has become a position.
+double fetch(FormulaNode& variable, float t)
+{
+    SourceLookup& lookup = variable.lookup;
+    const double seconds = t;
+    const double position = (seconds - lookup.start) * lookup.rate;
+    const double grain = std::fabs(seconds) * lookup.grain;
+    const std::uint32_t expected = lookup.expected;
+    // Where a float tells samples no more apart, the nearest one is to be found first.
+    const double close = std::min(grain, kUnmistakable);
+    if (!(std::fabs(position - expected) <= close) || expected >= lookup.samples) [[unlikely]]
+        return fetchUnexpected(variable, position, grain, t);
+    lookup.expected = expected + lookup.step;
+    return sampleOf(variable, expected + 1);
 }
 
 // -- Evaluators: a function a kind, so that a walk over the tree is a chain of short calls --
@@ -95,9 +120,10 @@ double time(FormulaNode& /*node*/, double t)
     return t;
 }
 
-double variable(FormulaNode& node, double t)
+// Out of line, so that a twin that is there already costs nothing of it.
+[[gnu::noinline]] double variable(FormulaNode& node, double t)
 {
-    node.value = node.source.file == nullptr ? 0.0 : fetch(node.source, static_cast<float>(t));
+    node.value = fetch(node, static_cast<float>(t));
     node.fetchedIn = formulaEvaluations;
     return node.value;
 }
@@ -123,6 +149,14 @@ struct Product
     static double of(const FormulaNode& /*node*/, double left, double right) { return left * right; }
 };
 // The sign is dropped on purpose: -max(a,b) is max(a,b) in every formula that users keep.
+struct Larger
+{
+    static double of(const FormulaNode& /*node*/, double left, double right) { return larger(left, right); }
+};
+struct Smaller
+{
+    static double of(const FormulaNode& /*node*/, double left, double right) { return smaller(left, right); }
+};
 struct Binary
 {
     static double of(const FormulaNode& node, double left, double right)
@@ -191,7 +225,7 @@ double missingArgument(FormulaNode& /*node*/, double /*t*/)
     return 0.0;
 }
 
-// A comma that no function adopted.
+// A comma that no function adopted, and an "x" of no source.
 double nothing(FormulaNode& /*node*/, double /*t*/)
 {
     return 0.0;
@@ -207,6 +241,15 @@ template <Evaluator positive>
 Evaluator withSign(const FormulaNode& node)
 {
     return node.sign < 0 ? negative<positive> : positive;
+}
+
+Evaluator binaryEvaluator(const FormulaNode& node)
+{
+    if (node.left == nullptr || node.right == nullptr)
+        return missingArgument;
+    if (node.binaryFunction == larger)
+        return combination<Larger>(node);
+    return node.binaryFunction == smaller ? combination<Smaller>(node) : combination<Binary>(node);
 }
 
 Evaluator evaluatorOf(const FormulaNode& node)
@@ -225,14 +268,15 @@ Evaluator evaluatorOf(const FormulaNode& node)
         case 'f':
             return node.unaryFunction == squareRoot ? withSign<unarySquareRoot>(node) : withSign<unary>(node);
         case 'm':
-            return node.left == nullptr || node.right == nullptr ? missingArgument
-                                                                 : combination<Binary>(node);
+            return binaryEvaluator(node);
         case 'n':
         case 'p':
             return number;
         case 't':
             return withSign<time>(node);
         case 'x':
+            if (node.source == nullptr)
+                return nothing;
             return node.twin == nullptr ? withSign<variable>(node) : withSign<sharedVariable>(node);
         default:
             return nothing;
@@ -268,7 +312,7 @@ using FirstOfSource = std::vector<FormulaNode*>;
 void linkTwin(FormulaNode& node, FirstOfSource& firsts)
 {
     const auto found = std::find_if(firsts.begin(), firsts.end(), [&node](const FormulaNode* first) {
-        return first->source.file == node.source.file && first->source.column == node.source.column;
+        return first->source == node.source && first->column == node.column;
     });
     if (found == firsts.end())
         firsts.push_back(&node);

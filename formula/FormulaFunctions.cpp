@@ -14,16 +14,6 @@ double sgn(double x)
     return x < 0.0 ? -1.0 : 1.0;
 }
 
-double larger(double a, double b)
-{
-    return a > b ? a : b;
-}
-
-double smaller(double a, double b)
-{
-    return b < a ? b : a;
-}
-
 double power(double a, double b)
 {
     return std::pow(a, b);

@@ -16,8 +16,17 @@ struct BinaryEntry
     BinaryFunction function;
 };
 
-// The function "sqrt", by which evaluation knows it: the machine has it as one instruction.
+// "sqrt", "max" and "min", which evaluation knows by their functions and computes in place. Of two arguments
+// that cannot be compared "max" is the second and "min" the first.
 double squareRoot(double x);
+inline double larger(double a, double b)
+{
+    return a > b ? a : b;
+}
+inline double smaller(double a, double b)
+{
+    return b < a ? b : a;
+}
 
 std::span<const UnaryEntry> unaryFunctions();
 std::span<const BinaryEntry> binaryFunctions();

@@ -5,16 +5,17 @@
 
 class TSFILE;
 
-// What a source variable needs of its file while it is evaluated; taken once, when the formula is compiled.
-struct FormulaSource
+// How a source variable finds its samples; taken from its file once, when the formula is compiled.
+struct SourceLookup
 {
-    TSFILE* file = nullptr;  // borrowed
-    std::uint32_t column = 0;
     std::uint32_t samples = 0;
     double start = 0.0;         // time of the first sample, seconds
     double rate = 0.0;          // samples per second
     double lastPosition = 0.0;  // of the last sample, in samples behind the first
     double grain = 0.0;         // samples that a float of one second cannot tell apart
+    // Where the next evaluation will most likely look, counted from 0: one step behind the last sample met.
+    std::uint32_t expected = 0;
+    std::uint32_t step = 1;
 };
 
 struct FormulaNode;
@@ -36,7 +37,9 @@ struct FormulaNode
     FormulaNode* parent = nullptr;
     UnaryFunction unaryFunction = nullptr;
     BinaryFunction binaryFunction = nullptr;
-    FormulaSource source;
+    TSFILE* source = nullptr;  // borrowed; null for an "x" of no source, which is 0
+    std::int32_t column = 0;
+    SourceLookup lookup;
     FormulaNode* twin = nullptr;    // of 'x': the first one in the tree with the same source
     std::uint64_t fetchedIn = 0;    // of 'x': the evaluation that value belongs to
     Evaluator evaluator = nullptr;  // chosen when the tree is complete

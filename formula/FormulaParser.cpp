@@ -64,6 +64,17 @@ bool endsWord(char c)
     return c == '\0' || isBlank(c) || std::strchr("+-*/^,)", c) != nullptr;
 }
 
+SourceLookup lookupOf(TSFILE& source)
+{
+    SourceLookup lookup;
+    lookup.samples = source.samples();
+    lookup.start = source.startTime();
+    lookup.rate = 1.0 / static_cast<double>(source.dt());
+    lookup.lastPosition = static_cast<double>(lookup.samples) - 1.0;
+    lookup.grain = static_cast<double>(std::numeric_limits<float>::epsilon()) * lookup.rate;
+    return lookup;
+}
+
 }  // namespace
 
 const char* errorText(std::int32_t code, std::int32_t position)
@@ -76,7 +87,10 @@ const char* errorText(std::int32_t code, std::int32_t position)
     return buffer;
 }
 
-FormulaParser::FormulaParser(const char* text) : m_errorCode(kNoFormula), m_cursor(text), m_text(text) {}
+FormulaParser::FormulaParser(const char* text)
+    : m_errorCode(kNoFormula), m_cursor(text != nullptr ? text : ""), m_text(m_cursor)
+{
+}
 
 FormulaParser::~FormulaParser()
 {
@@ -331,26 +345,23 @@ FormulaParser::Outcome FormulaParser::readSource(FormulaNode*& slot)
         return Outcome::Declined;
     consume(negative ? 2 : 1);
 
-    FormulaSource source;
+    TSFILE* source = nullptr;
+    std::int32_t column = 0;
     if (*m_cursor >= '1' && *m_cursor <= '8') {
         const auto k = static_cast<std::size_t>(*m_cursor - '1');
         // x1 is taken without any check: it is the target where nothing else was chosen.
         if (k > 0 && m_sources[k] == nullptr)
             return fail(kNotASource);
-        source.file = m_sources[k];
-        source.column = static_cast<std::uint32_t>(m_sourceColumns[k]);
+        source = m_sources[k];
+        column = m_sourceColumns[k];
         consume(1);
     }
-    if (source.file != nullptr) {
-        source.samples = source.file->samples();
-        source.start = source.file->startTime();
-        source.rate = 1.0 / static_cast<double>(source.file->dt());
-        source.lastPosition = static_cast<double>(source.samples) - 1.0;
-        source.grain = static_cast<double>(std::numeric_limits<float>::epsilon()) * source.rate;
-    }
+    const SourceLookup lookup = source == nullptr ? SourceLookup() : lookupOf(*source);
     slot = makeNode('x');
     slot->sign = negative ? -1 : 1;
     slot->source = source;
+    slot->column = column;
+    slot->lookup = lookup;
     m_expectOperand = false;
     return Outcome::Accepted;
 }

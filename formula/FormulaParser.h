@@ -13,7 +13,7 @@
 class FormulaParser
 {
 public:
-    // The text is borrowed and ends with NUL.
+    // The text is borrowed and ends with NUL; null counts as an empty one.
     explicit FormulaParser(const char* text);
     ~FormulaParser();
     FormulaParser(const FormulaParser&) = delete;

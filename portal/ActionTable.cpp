@@ -16,8 +16,7 @@ const std::array kActions = {
         "Create a new ts-file (extension .ts).",
         "<b>Create a ts-file.</b> Give it a name, a number of samples and columns, a sample time, and a "
         "name and a description for each column. All values of the new file are 0 until a sub-program "
-        "fills them.",
-        false, SubProgram::Create},
+        "fills them."},
     ActionRow{
         ReadTsa, "ReadASCII", "F4", SLOT(sl_readASCIIFile()), "Read an existing ASCII file...",
         "Open a textual ASCII (with extension .tsa) file and convert it to a binary ts-file.",
@@ -29,14 +28,12 @@ const std::array kActions = {
         "Open a textual ASCII (with extension .stl) file and convert it to a binary ts-file.",
         "<b>Import a smart tool log.</b> A table of dates, times and readings as measuring tools and "
         "spreadsheets write it. Separator, decimal sign and time columns are recognised; a preview shows "
-        "what will be read. <i>Help, STL...</i> describes the format.",
-        false, SubProgram::StlImport},
+        "what will be read. <i>Help, STL...</i> describes the format."},
     // The menu text says .stl: that is how this entry has always been called.
     ActionRow{ReadScl, "ReadASCII_3", "F5", SLOT(sl_readSCLFile()), "Read an existing .stl (ASCII) file...",
               "Open a textual ASCII (with extension .scl) file and convert it to a binary ts-file.",
               "<b>Import single column logs.</b> Each text holds one column, a value a line; several texts "
-              "become the columns of one ts-file. The sample time is read from the text or typed in.",
-              false, SubProgram::SclImport},
+              "become the columns of one ts-file. The sample time is read from the text or typed in."},
     ActionRow{OtherDirectory, "ChangeDirectory", "F5", SLOT(sl_otherDir()), "New home directory....",
               "Set a new home directory.",
               "<b>Choose another working directory.</b> The table shows the ts-files of this directory, and "
@@ -46,30 +43,25 @@ const std::array kActions = {
         Formula, "EditWin", "F7", SLOT(sl_editWin()), "Edit window....",
         "Open a sub-window for generating y = f(math. function, ts column...)",
         "<b>Ts-Edit.</b> Computes a column from a formula of up to eight columns x1 to x8, the time t and "
-        "mathematical functions, sample by sample, for example <tt>sqrt(x1^2+x2^2)</tt>.",
-        false, SubProgram::Formula},
+        "mathematical functions, sample by sample, for example <tt>sqrt(x1^2+x2^2)</tt>."},
     ActionRow{
         Derivative, "Derivation", "F8", SLOT(sl_derivative()), "The derivative window....",
         "Open a subwindow for calculating dy/dt on a specific column in the target file.",
         "<b>Ts-Derivative.</b> Computes how fast a column changes: the difference between each sample and "
-        "the next, divided by the sample time. The result is plotted beside its source and can be saved.",
-        false, SubProgram::Derivative},
+        "the next, divided by the sample time. The result is plotted beside its source and can be saved."},
     ActionRow{Integral, "Integration", "F9", SLOT(sl_integrate()), "Integrate dy...",
               "Open a subwindow for a integration operation on a spesific column in the target file.",
               "<b>Ts-Integrate.</b> Computes the running integral of a column over time by the trapezoidal "
-              "rule, beginning with 0. The result is plotted beside its source and can be saved.",
-              false, SubProgram::Integral},
+              "rule, beginning with 0. The result is plotted beside its source and can be saved."},
     ActionRow{
         Spectrum, "Dft", "F10", SLOT(sl_dft()), "Fast Fourier transform...",
         "Open a subwindow for a DFT operation on a spesific column in the target file.",
         "<b>Ts-FFT.</b> Shows which frequencies a column holds: amplitude, power density or the complex "
-        "spectrum, with a choice of windows and averaging.",
-        false, SubProgram::Spectrum},
+        "spectrum, with a choice of windows and averaging."},
     ActionRow{Filter, "Filter", "F11", SLOT(sl_filter()), "Filtering...",
               "Open a subwindow for a filter operation on a spesific column in the target file.",
               "<b>Ts-Filt.</b> Runs a column through a moving average or a Bessel, Butterworth, Chebyshev or "
-              "window filter. The response of the filter can be plotted before it is used.",
-              false, SubProgram::Filter},
+              "window filter. The response of the filter can be plotted before it is used."},
     ActionRow{ConfigurePostscript, "ConfigPostscript", "Ctrl+P", SLOT(sl_config_ps()), "&Postscript...",
               "Configure the Postscript driver",
               "<b>Postscript settings.</b> Font, line widths, margins and paper of the hard copies. Plot "
@@ -82,16 +74,13 @@ const std::array kActions = {
               true},
     ActionRow{TsaHelp, "TsaASCII", "Ctrl+A", SLOT(sl_asciihelp()), "&ASCII...", "", ""},
     ActionRow{StlHelp, "StlASCII", "Ctrl+S", SLOT(sl_stlhelp()), "&STL...", "", ""},
-    ActionRow{Plot, "PlotTs", "Ctrl+Z", SLOT(sl_plotFile()), "&Plot...", "Invoke the plot window.", "", false,
-              SubProgram::Plot},
+    ActionRow{Plot, "PlotTs", "Ctrl+Z", SLOT(sl_plotFile()), "&Plot...", "Invoke the plot window.", ""},
     ActionRow{WriteTsa, "WriteASCII", "Ctrl+W", SLOT(sl_writeASCII()), "&Write to ASCII...",
               "Write a ts-file to a ASCII file.", ""},
     ActionRow{EditHeader, "EditTsHeader", "Ctrl+E", SLOT(sl_editHeader()), "&Edit file header...",
-              "Edit the selected file's header.", "", false, SubProgram::Header},
-    ActionRow{List, "ListTs", "Ctrl+L", SLOT(sl_listFile()), "&List file...", "List the selected file.", "",
-              false, SubProgram::List},
-    ActionRow{Edit, "EditTs", "Ctrl+Z", SLOT(sl_editFile()), "&Edit file...", "Edit the selected file.", "",
-              false, SubProgram::Edit},
+              "Edit the selected file's header.", ""},
+    ActionRow{List, "ListTs", "Ctrl+L", SLOT(sl_listFile()), "&List file...", "List the selected file.", ""},
+    ActionRow{Edit, "EditTs", "Ctrl+Z", SLOT(sl_editFile()), "&Edit file...", "Edit the selected file.", ""},
     ActionRow{Delete, "DeleteFile", "Ctrl+Z", SLOT(sl_deleteFile()), "Delete file...",
               "Delete the selected file.", ""},
 };

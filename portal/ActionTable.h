@@ -6,8 +6,6 @@
 #include <optional>
 #include <span>
 
-#include "portal/TsApplication.h"
-
 // The actions, in the order of their table.
 enum class ActionId {
     Help,
@@ -47,8 +45,6 @@ struct ActionRow
     const char* toolTip;
     const char* whatsThis;
     bool checkable = false;
-    // The window that the action starts; it is disabled in a program without it.
-    std::optional<SubProgram> window = std::nullopt;
 };
 
 std::span<const ActionRow> actionRows();

@@ -1,5 +1,6 @@
 #include "portal/CreateTsWin_Veltrac.h"
 
+#include <QApplication>
 #include <QDialogButtonBox>
 #include <QDir>
 #include <QFile>
@@ -40,6 +41,20 @@ enum TableColumn { kName, kDescription };
 QString madeFile(const QString& name)
 {
     return QFile::decodeName(newTsFileName(QFile::encodeName(name).toStdString()).c_str());
+}
+
+// CreateTs() tells only that it has failed.
+QString whyNotMade(const QString& name, bool existed)
+{
+    const QFileInfo file(name);
+    if (file.exists())
+        return QStringLiteral("%1 was not made: the old file is still there.").arg(name);
+    if (!QFileInfo(file.absolutePath()).isWritable())
+        return QStringLiteral("%1 was not made: its directory takes no new files.").arg(name);
+    return (existed
+                ? QStringLiteral("The old %1 was removed, but no new one could be made. Is the disk full?")
+                : QStringLiteral("%1 was not made. Is the disk full?"))
+        .arg(name);
 }
 
 QString sizeReason(double samples, double columns)
@@ -189,9 +204,11 @@ Column_Tab::Column_Tab(int columns, QWidget* parent)
     m_table->setHorizontalHeaderLabels({QStringLiteral("Column name"), QStringLiteral("Column description")});
     m_table->horizontalHeader()->setStretchLastSection(true);
     m_table->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + kRowMargin);
+    m_table->setTabKeyNavigation(false);  // Tab leaves the table; out of an open cell it goes to the next one
     m_table->setAccessibleName(QStringLiteral("Names and descriptions of the columns"));
     m_table->setWhatsThis(QStringLiteral("A name has at most 11 characters, a description 45."));
     m_note->setWordWrap(true);
+    m_note->setTextFormat(Qt::PlainText);
     m_note->hide();
     auto* const layout = new QVBoxLayout(this);
     layout->addWidget(m_table);
@@ -264,9 +281,11 @@ CreateTsWin::CreateTsWin(QWidget* parent) : SubWindow(parent), m_line(new QLabel
     auto* const tabs = new QTabWidget(central);
     m_basics = new Basic_Tab(tabs);
     m_columns = new Column_Tab(static_cast<int>(m_basics->columns()), tabs);
+    tabs->setAccessibleName(QStringLiteral("The new file"));
     tabs->addTab(m_basics, QStringLiteral("Basics"));
     tabs->addTab(m_columns, QStringLiteral("Columns"));
     m_line->setWordWrap(true);
+    m_line->setTextFormat(Qt::PlainText);
 
     auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, central);
     m_ok = buttons->button(QDialogButtonBox::Ok);
@@ -316,12 +335,17 @@ void CreateTsWin::sl_accept()
     TsApplication* const application = TsApplication::instance();
     if (application == nullptr || !m_basics->reason().isEmpty())
         return;
+    // A key may press OK while a cell is open still.
+    if (m_columns->isAncestorOf(QApplication::focusWidget()))
+        m_ok->setFocus();
     const QString name = madeFile(m_basics->fileName());
+    const bool existed = QFile::exists(name);
     std::unique_ptr<TSFILE> file(
         application->CreateTs(m_basics->fileName(), m_basics->samples(), m_basics->columns()));
     if (!file) {
-        m_line->setText(QStringLiteral("%1 was not made.").arg(name));
-        emit x_directory_changed();
+        m_line->setText(whyNotMade(name, existed));
+        if (existed && !QFile::exists(name))
+            emit x_directory_changed();
         return;
     }
     try {

@@ -3,15 +3,19 @@
 // Names and descriptions of columns are written as they are edited, the file's texts and times on OK. A new
 // count of samples or columns rebuilds the file when its field is left (core/Rebuild.h): the old file stands
 // until the new one is complete.
+//
+// The file may be rebuilt by another window meanwhile: its true counts are asked anew before each change.
 #pragma once
+
+#include <QDateTime>
+
+#include <optional>
 
 #include "share/SubWindow.h"
 
-class NumberField;
-class QLabel;
-class QLineEdit;
+class ColumnTable;
+class HeaderFields;
 class QPushButton;
-class QTableWidget;
 class TSFILE;
 
 class EditHeaderWin : public SubWindow
@@ -35,24 +39,34 @@ public slots:
     void sl_finished();
     void sl_subwindowGone(subWindow window);
 
+protected:
+    bool mayClose() override;
+    void changeEvent(QEvent* event) override;
+
 private:
     QWidget* createFields();
+    QWidget* createTable();
     QWidget* createButtons();
-    void createTable();
     void readHeader();
-    void fillRow(TSFILE& file, int row);
-    void warnOfEmptyName(unsigned column);
+    void takeCounts(TSFILE& file);
+    void noteFileTime();
 
-    void applySamples();
-    void applyColumns();
-    // Asks before a reduction and rebuilds; false where the file stays as it is.
-    bool changeCounts(unsigned samples, unsigned columns);
+    // The user leaves the field of a count, though not to cancel.
+    bool isLeftForGood() const;
+    // True where the file now has the entered count, or has not got it long since.
+    bool applySamples();
+    bool applyColumns();
+    // Asks before a reduction and rebuilds; false where the file stays as it is. Nothing for a count that
+    // stays.
+    bool changeCounts(std::optional<unsigned> newSamples, std::optional<unsigned> newColumns);
     bool rebuild(unsigned samples, unsigned columns);
     bool mayWrite();
     bool writeFields();
+    void writeCell(int row, int column);
     void updateState();
-    QString sizeReason(double samples, double columns) const;
+    bool hasFieldEdits() const;
     void say(const QString& text);
+    void warn(const QString& title, const QString& text);
 
     QString m_fileName;   // absolute: the working directory may change meanwhile
     QString m_shownName;  // as the user knows it
@@ -62,20 +76,15 @@ private:
     unsigned m_enteredSamples = 0;
     unsigned m_enteredColumns = 0;
     bool m_isRing = false;
+    bool m_isClosing = false;
     bool m_descriptionChanged = false;
     bool m_timeUnitChanged = false;
     bool m_sampleTimeChanged = false;
     bool m_startTimeChanged = false;
-    int m_rowHeight;
-    int m_emptyNames = 0;
+    QDateTime m_fileTime;  // of the file as it is shown
 
-    QLineEdit* m_descriptionField = nullptr;
-    QLineEdit* m_timeUnitField = nullptr;
-    NumberField* m_sampleTimeField = nullptr;
-    NumberField* m_startTimeField = nullptr;
-    NumberField* m_samplesField = nullptr;
-    NumberField* m_columnsField = nullptr;
-    QLabel* m_reason = nullptr;
-    QTableWidget* m_table = nullptr;
+    HeaderFields* m_fields = nullptr;
+    ColumnTable* m_table = nullptr;
     QPushButton* m_ok = nullptr;
+    QPushButton* m_cancel = nullptr;
 };

@@ -6,12 +6,11 @@
 #include <cstring>
 #include <fstream>
 #include <set>
-#include <system_error>
 #include <utility>
 
 #include "core/ScratchFile.h"
-#include "core/TsExceptions.h"
 #include "core/TsNames.h"
+#include "portal/FailureReason.h"
 
 namespace {
 
@@ -19,25 +18,6 @@ namespace fs = std::filesystem;
 
 constexpr std::uint32_t kRun = 1U << 15;           // samples a step
 constexpr std::uint32_t kKeptTogether = 1U << 16;  // runs nearer than this are kept as one
-
-// The failure in flight, for the user.
-std::string reasonOfFailure()
-{
-    try {
-        throw;
-    } catch (const TS::IO_ERROR& e) {
-        return e.value2 >= 200000 ? "the disk took no more (is it full?)"
-                                  : "the file cannot be read (is it cut short?)";
-    } catch (const TS::READONLY_VIOLATION&) {
-        return "the file is read-only";
-    } catch (const TS::Failure&) {
-        return "the file cannot be opened for writing";
-    } catch (const std::system_error& e) {
-        return e.code().message() + " (" + e.what() + ")";
-    } catch (const std::exception& e) {
-        return e.what();
-    }
-}
 
 // What is kept of the old values: fewer, longer runs, since each of them is synced.
 std::vector<SampleRun> runsToKeep(const std::vector<SampleRun>& runs)

@@ -7,6 +7,8 @@ namespace {
 
 // A menu with more entries than this is cut into sub-menus: "a.ts … f.ts".
 constexpr std::size_t kMostEntries = 30;
+// A longer name would make a menu wider than the screen.
+constexpr int kLongestName = 60;
 
 // Later, because the refresh that empties a menu may have been started by one of its own entries.
 void empty(QMenu* menu)
@@ -79,5 +81,7 @@ void FileMenus::fill(QMenu* menu)
 
 QString menuText(QString name)
 {
+    if (name.size() > kLongestName)
+        name.replace(kLongestName / 2, name.size() - kLongestName + 1, QStringLiteral("…"));
     return name.replace(QLatin1Char('&'), QLatin1String("&&"));
 }

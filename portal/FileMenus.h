@@ -27,5 +27,5 @@ private:
     std::vector<QString> m_names;
 };
 
-// A name as a menu shows it: without '&' as a mark for the key.
+// A name as a menu shows it: without '&' as a mark for the key, a very long one without its middle.
 QString menuText(QString name);

@@ -2,7 +2,9 @@
 
 #include <QContextMenuEvent>
 #include <QHeaderView>
+#include <QKeyEvent>
 
+#include <algorithm>
 #include <array>
 
 namespace {
@@ -28,12 +30,18 @@ constexpr std::array<HeaderRow, 5> kHeaders{{
 constexpr int kNameColumn = 0;
 constexpr int kDescriptionColumn = 4;
 constexpr int kLeastRowHeight = 18;
+// Characters that the column of names is wide at most: the other columns stay in view.
+constexpr int kLongestName = 60;
 
 }  // namespace
 
 FileTable::FileTable(QWidget* parent) : QTableWidget(0, static_cast<int>(kHeaders.size()), parent)
 {
     setAccessibleName(QStringLiteral("Ts-files of the working directory"));
+    setWhatsThis(
+        QStringLiteral("A row for each ts-file of the working directory. A click or the arrow keys "
+                       "select one, a double click lists its values, the right button or the menu "
+                       "key shows what can be done with it."));
     setSelectionBehavior(QAbstractItemView::SelectRows);
     setSelectionMode(QAbstractItemView::SingleSelection);
     setEditTriggers(QAbstractItemView::NoEditTriggers);
@@ -41,6 +49,7 @@ FileTable::FileTable(QWidget* parent) : QTableWidget(0, static_cast<int>(kHeader
     setShowGrid(false);
     setAlternatingRowColors(true);
     setWordWrap(false);
+    setTextElideMode(Qt::ElideMiddle);
     makeHeader();
 }
 
@@ -77,7 +86,8 @@ void FileTable::fill(const std::vector<TsFileRecord>& records, bool sorted)
     if (sorted)
         setSortingEnabled(true);
     resizeColumnsToContents();
-    setColumnWidth(kNameColumn, columnWidth(kNameColumn) + 2 * fontMetrics().averageCharWidth());
+    const int character = fontMetrics().averageCharWidth();
+    setColumnWidth(kNameColumn, std::min(columnWidth(kNameColumn) + 2 * character, kLongestName * character));
     setUpdatesEnabled(true);
     if (!select(selected))
         clearSelection();
@@ -92,6 +102,8 @@ void FileTable::setRow(int row, const TsFileRecord& record)
         auto* const item = new QTableWidgetItem(texts[static_cast<std::size_t>(column)]);
         if (column != kNameColumn && column != kDescriptionColumn)
             item->setTextAlignment(Qt::AlignHCenter | Qt::AlignVCenter);
+        if (column == kNameColumn && record.name.size() > kLongestName / 2)
+            item->setToolTip(record.name.toHtmlEscaped());
         setItem(row, column, item);
     }
 }
@@ -147,4 +159,17 @@ void FileTable::contextMenuEvent(QContextMenuEvent* event)
         return;
     const QRect cell = visualRect(rows.first());
     emit x_menu_wanted(rows.first().row(), viewport()->mapToGlobal(cell.bottomLeft()));
+}
+
+void FileTable::keyPressEvent(QKeyEvent* event)
+{
+    const bool isEnter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    const bool isArrow = event->key() == Qt::Key_Up || event->key() == Qt::Key_Down;
+    // The row that has the focus at first is not selected: the first arrow selects it, be it the only one.
+    if (isArrow && selectedFile().isEmpty() && currentRow() >= 0)
+        selectRow(currentRow());
+    else if (isEnter && !selectedFile().isEmpty())
+        emit x_entered();
+    else
+        QTableWidget::keyPressEvent(event);
 }

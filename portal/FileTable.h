@@ -30,10 +30,13 @@ public:
 signals:
     // The context menu was asked for, by mouse on a row or by key on the selected one.
     void x_menu_wanted(int row, const QPoint& globalPosition);
+    // Enter was pressed on the selected file.
+    void x_entered();
 
 protected:
     bool viewportEvent(QEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     void makeHeader();

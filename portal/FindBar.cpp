@@ -65,7 +65,7 @@ FindBar::FindBar(QWidget* parent)
     auto* const row = new QHBoxLayout(this);
     row->setContentsMargins(4, 2, 4, 2);
     for (QWidget* const widget : std::initializer_list<QWidget*>{label, m_what, m_number, m_next, m_previous})
-        row->addWidget(widget);
+        row->addWidget(widget, widget == m_number ? 1 : 0);
     row->addWidget(m_reason, 1);
     row->addWidget(closeButton);
 

@@ -7,7 +7,6 @@
 #include <QSpinBox>
 #include <QToolBar>
 
-#include "portal/SubPrograms.h"
 #include "share/hydaction.h"
 
 namespace {
@@ -35,7 +34,6 @@ void MainActions::createActions()
                           QString::fromLatin1(row.text), QString::fromLatin1(row.toolTip),
                           what.isEmpty() ? what : whatsThisText(image, what));
         made->setCheckable(row.checkable);
-        made->setEnabled(!row.window || subProgramExists(*row.window));
         made->installEventFilter(this);
         // Keys work whatever bar or menu shows the action.
         m_window->addAction(made);
@@ -67,7 +65,6 @@ void MainActions::createFileMenus(QMenu* menu)
     m_fileMenus = new FileMenus(this);
     for (const FileActionRow& row : fileActionRows()) {
         QMenu* const files = menu->addMenu(action(row.action)->icon(), QString::fromLatin1(row.menuText));
-        files->setEnabled(action(row.action)->isEnabled());
         connect(files, SIGNAL(triggered(QAction*)), m_window, row.menuSlot);
         m_fileMenus->add(files);
     }
@@ -104,10 +101,8 @@ void MainActions::addRowHeight(QToolBar* bar)
 void MainActions::addFileActions(QMenu* menu, const QString& file) const
 {
     for (const FileActionRow& row : fileActionRows()) {
-        QAction* const entry = menu->addAction(action(row.action)->icon(),
-                                               QString::fromLatin1(row.contextText).arg(menuText(file)),
-                                               m_window, row.contextSlot);
-        entry->setEnabled(action(row.action)->isEnabled());
+        menu->addAction(action(row.action)->icon(), QString::fromLatin1(row.contextText).arg(menuText(file)),
+                        m_window, row.contextSlot);
     }
 }
 
@@ -117,7 +112,7 @@ bool MainActions::eventFilter(QObject* watched, QEvent* event)
         const QKeySequence key = static_cast<QShortcutEvent*>(event)->key();
         QStringList names;
         for (const ActionRow& row : actionRows()) {
-            if (action(row.id)->shortcut() == key && action(row.id)->isEnabled())
+            if (action(row.id)->shortcut() == key)
                 names << action(row.id)->text().remove(QLatin1Char('&'));
         }
         emit x_ambiguous_key(

@@ -20,6 +20,7 @@ constexpr int kWidestColumn = 150;  // pixels; longer names wrap
 constexpr int kMostHeaderLines = 4;
 constexpr int kHeaderMargin = 4;
 constexpr int kColumnsToFit = 1000;
+constexpr int kDragMs = 50;
 
 const int kHeaderAlignment = Qt::AlignHCenter | Qt::AlignVCenter | Qt::TextWordWrap;
 
@@ -47,6 +48,9 @@ SampleView::SampleView(TsTableModel* model, QWidget* parent)
 {
     setObjectName(QStringLiteral("samples"));
     setAccessibleName(QStringLiteral("Samples"));
+    setWhatsThis(
+        QStringLiteral("A row for each sample, a column for each column of the file. Ctrl+G goes to "
+                       "a sample, a time or a share of the file, Ctrl+F finds a value."));
     setShowGrid(false);
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
@@ -87,7 +91,7 @@ void SampleView::showAll()
     detach();
     if (m_model->rowCount() > RowWindow::kRows)
         m_window = std::make_unique<RowWindow>(m_model);
-    show(m_window ? static_cast<QAbstractItemModel*>(m_window.get()) : m_model);
+    showModel(m_window ? static_cast<QAbstractItemModel*>(m_window.get()) : m_model);
     goToSample(sample, m_currentColumn);
 }
 
@@ -95,11 +99,11 @@ void SampleView::showSorted(std::vector<std::uint32_t> samples)
 {
     detach();
     m_sorted = std::make_unique<SortedRows>(m_model, std::move(samples));
-    show(m_sorted.get());
+    showModel(m_sorted.get());
     goTo(0, m_currentColumn);
 }
 
-void SampleView::show(QAbstractItemModel* model)
+void SampleView::showModel(QAbstractItemModel* model)
 {
     m_selection.clear();
     replaceModel(model);
@@ -129,6 +133,17 @@ std::uint32_t SampleView::sampleOfRow(int row) const
 {
     const int source = m_sorted ? m_sorted->mapToSource(m_sorted->index(row, 0)).row() : row;
     return static_cast<std::uint32_t>(source) + 1;
+}
+
+std::vector<SampleRun> SampleView::samplesOfRows(int first, int last) const
+{
+    if (!m_sorted)
+        return {{0, static_cast<std::uint32_t>(first) + 1, static_cast<std::uint32_t>(last) + 1}};
+    std::vector<SampleRun> runs;
+    runs.reserve(static_cast<std::size_t>(last - first) + 1);
+    for (int row = first; row <= last; ++row)
+        runs.push_back({0, sampleOfRow(row), sampleOfRow(row)});
+    return joinedRuns(std::move(runs));
 }
 
 int SampleView::offset() const
@@ -255,13 +270,23 @@ bool SampleView::goToSample(std::uint32_t sample, int column)
     return index.isValid();
 }
 
+void SampleView::moveCurrent(const QModelIndex& current)
+{
+    m_currentRow = current.row() + offset();
+    m_currentColumn = current.column();
+    emit x_current_moved();
+}
+
+// A click on the head of a row or column also says where a selection begins.
 void SampleView::noteCurrent(const QModelIndex& current)
 {
     if (m_applying || !current.isValid())
         return;
-    m_currentRow = current.row() + offset();
-    m_currentColumn = current.column();
-    emit x_current_moved();
+    moveCurrent(current);
+    if ((QApplication::keyboardModifiers() & Qt::ShiftModifier) == 0) {
+        m_anchorRow = m_currentRow;
+        m_anchorColumn = m_currentColumn;
+    }
 }
 
 QModelIndex SampleView::moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers)
@@ -319,6 +344,55 @@ void SampleView::mousePressEvent(QMouseEvent* event)
     QTableView::mousePressEvent(event);
     m_anchorRow = m_currentRow;
     m_anchorColumn = m_currentColumn;
+    m_dragging = m_window && event->button() == Qt::LeftButton && event->modifiers() == Qt::NoModifier &&
+                 index.isValid();
+}
+
+// The base class drags as far as the window's edge.
+void SampleView::mouseMoveEvent(QMouseEvent* event)
+{
+    if (!m_dragging || (event->buttons() & Qt::LeftButton) == 0) {
+        QTableView::mouseMoveEvent(event);
+        return;
+    }
+    if (viewport()->rect().contains(event->pos()))
+        m_dragTimer.stop();
+    else if (!m_dragTimer.isActive())
+        m_dragTimer.start(kDragMs, this);
+    // Else the base class takes the release for a click.
+    setState(DragSelectingState);
+    dragTo(event->pos());
+}
+
+void SampleView::mouseReleaseEvent(QMouseEvent* event)
+{
+    m_dragging = false;
+    m_dragTimer.stop();
+    QTableView::mouseReleaseEvent(event);
+}
+
+void SampleView::timerEvent(QTimerEvent* event)
+{
+    if (event->timerId() == m_dragTimer.timerId())
+        dragTo(viewport()->mapFromGlobal(QCursor::pos()));
+    else
+        QTableView::timerEvent(event);
+}
+
+// Outside of the table the selection runs on, the faster the further away the mouse is.
+void SampleView::dragTo(const QPoint& place)
+{
+    const QRect inside = viewport()->rect();
+    const QPoint nearest(std::clamp(place.x(), inside.left(), inside.right()),
+                         std::clamp(place.y(), inside.top(), inside.bottom()));
+    const QModelIndex index = indexAt(nearest);
+    if (!index.isValid())
+        return;
+    const int beyond = place.y() - nearest.y();
+    const int step =
+        beyond / std::max(1, verticalHeader()->defaultSectionSize()) + (beyond > 0) - (beyond < 0);
+    const std::int64_t row = std::int64_t{index.row()} + offset() + std::int64_t{step} * std::abs(step);
+    extendTo(static_cast<int>(std::clamp<std::int64_t>(row, 0, totalRows() - 1)), index.column());
 }
 
 void SampleView::closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint)
@@ -353,7 +427,7 @@ void SampleView::extendTo(int row, int column)
     const QModelIndex index = indexOfRow(row, column);
     selectionModel()->setCurrentIndex(index, QItemSelectionModel::NoUpdate);
     m_applying = false;
-    noteCurrent(index);
+    moveCurrent(index);
     scrollTo(index);
     selectBlock({std::min(row, m_anchorRow), std::max(row, m_anchorRow), std::min(column, m_anchorColumn),
                  std::max(column, m_anchorColumn)});

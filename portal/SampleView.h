@@ -8,6 +8,7 @@
 // Rows here count from 0 over all rows of the table: those of the model, or of its sorted rows.
 #pragma once
 
+#include <QBasicTimer>
 #include <QTableView>
 
 #include <cstdint>
@@ -54,6 +55,8 @@ public:
 
     int totalRows() const;
     std::uint32_t sampleOfRow(int row) const;
+    // The samples in these rows, as few runs as it takes; their column is 0.
+    std::vector<SampleRun> samplesOfRows(int first, int last) const;
     int currentRow() const { return m_currentRow; }
     int currentColumn() const { return m_currentColumn; }
     // Makes a cell the current and only selected one, and shows it.
@@ -81,6 +84,9 @@ protected:
     QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
     void keyPressEvent(QKeyEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void timerEvent(QTimerEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
     void updateGeometries() override;
     void closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint) override;
@@ -88,7 +94,7 @@ protected:
     void keyboardSearch(const QString& text) override;
 
 private:
-    void show(QAbstractItemModel* model);
+    void showModel(QAbstractItemModel* model);
     void replaceModel(QAbstractItemModel* model);
     int offset() const;
     int visibleRows() const;
@@ -98,9 +104,11 @@ private:
     void keepAwayFromEdges();
     void applySelection();
     void extendTo(int row, int column);
+    void dragTo(const QPoint& place);
     void syncBar();
     void scrollToTop(int row);
     void noteSelection();
+    void moveCurrent(const QModelIndex& current);
     void noteCurrent(const QModelIndex& current);
     int edgeColumn(bool last) const;
 
@@ -115,4 +123,6 @@ private:
     int m_currentColumn = 0;
     int m_anchorRow = 0;
     int m_anchorColumn = 0;
+    bool m_dragging = false;
+    QBasicTimer m_dragTimer;  // runs while the mouse drags outside of the table
 };

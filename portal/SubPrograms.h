@@ -1,4 +1,4 @@
-// The windows that the main window can start, one row a sub-program.
+// The windows that the main window can start, one a sub-program.
 #pragma once
 
 #include <QString>
@@ -6,9 +6,6 @@
 #include "portal/TsApplication.h"
 #include "share/SubWindow.h"
 
-// False for a sub-program that this build lacks; its action is disabled.
-bool subProgramExists(SubProgram kind);
-
 // Makes the window, not yet shown, on a file (empty where it takes none) and a column (from 1; 0 for none).
-// It deletes itself when it is closed. Null where there is no such sub-program.
+// It deletes itself when it is closed.
 SubWindow* makeSubProgram(SubProgram kind, const QString& file, unsigned column);

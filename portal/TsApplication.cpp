@@ -39,23 +39,31 @@ constexpr TsExceptionTexts kTexts = {
     .unknown = "Caught an uspecified exception",
 };
 
+// File names are shown as they are, also those with a '<' in them.
+QMessageBox::StandardButton ask(const QString& text, QMessageBox::StandardButtons buttons,
+                                QMessageBox::StandardButton preset)
+{
+    QMessageBox box(QMessageBox::Warning, QStringLiteral("Veltrac"), text, buttons);
+    box.setTextFormat(Qt::PlainText);
+    box.setDefaultButton(preset);
+    return static_cast<QMessageBox::StandardButton>(box.exec());
+}
+
 // True where the way is free: no old file, or the user gave it up.
 bool clearTheWay(const TsApplication& application, const QString& fileName)
 {
     if (!QFile::exists(fileName))
         return true;
     if (application.isOpenForWriting(fileName)) {
-        QMessageBox::warning(nullptr, QStringLiteral("Veltrac"),
-                             QStringLiteral("The file %1 is open for writing in another window.\n"
-                                            "Close that window first.")
-                                 .arg(fileName));
+        ask(QStringLiteral("The file %1 is open for writing in another window.\n"
+                           "Close that window first.")
+                .arg(fileName),
+            QMessageBox::Ok, QMessageBox::Ok);
         return false;
     }
-    const auto answer =
-        QMessageBox::warning(nullptr, QStringLiteral("Veltrac"),
-                             QStringLiteral("The file ") + fileName + QStringLiteral(" exists.\n") +
-                                 QStringLiteral("Do you want to overwrite the existing file?"),
-                             QMessageBox::Yes | QMessageBox::Cancel, QMessageBox::Yes);
+    const auto answer = ask(QStringLiteral("The file ") + fileName + QStringLiteral(" exists.\n") +
+                                QStringLiteral("Do you want to overwrite the existing file?"),
+                            QMessageBox::Yes | QMessageBox::Cancel, QMessageBox::Yes);
     return answer == QMessageBox::Yes && QFile::remove(fileName);
 }
 

@@ -25,13 +25,17 @@
 #include "portal/FindBar.h"
 #include "portal/SelectionStatistics.h"
 #include "portal/TsApplication.h"
+#include "share/Boxes.h"
 #include "share/GoTo.h"
 #include "share/HeaderText.h"
+#include "share/JobProgress.h"
+#include "share/NoticeStrip.h"
 
 namespace {
 
 constexpr int kEditMode = 1;
 constexpr int kColumnListWidth = 100;
+constexpr int kWatchMs = 2000;
 
 // Null where it cannot be opened.
 TSFILE* openQuietly(const QString& file)
@@ -104,6 +108,7 @@ void TsTableView::openFile(const QString& file, int mode)
 {
     m_note = new QLabel;
     m_note->setWordWrap(true);
+    m_note->setTextFormat(Qt::PlainText);
     m_note->setContentsMargins(6, 3, 6, 3);
     m_note->setBackgroundRole(QPalette::ToolTipBase);
     m_note->setForegroundRole(QPalette::ToolTipText);
@@ -164,7 +169,11 @@ void TsTableView::createTable()
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
     column->addWidget(m_note);
+    m_changed = new NoticeStrip;
+    column->addWidget(m_changed);
+    connect(m_changed, &NoticeStrip::x_pressed, this, &TsTableView::sl_reload);
     setCentralWidget(centre);
+    startTimer(kWatchMs);
     if (m_model == nullptr) {
         column->addStretch();
         return;
@@ -190,6 +199,8 @@ void TsTableView::createTable()
     fillColumnList();
     auto* const delegate = new CellDelegate(m_view);
     m_view->setItemDelegate(delegate);
+    // Where nothing is edited, Tab goes on to the other parts of the window.
+    m_view->setTabKeyNavigation(isEditing());
     m_view->setEditTriggers(isEditing()
                                 ? QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed |
                                       QAbstractItemView::AnyKeyPressed
@@ -256,6 +267,7 @@ void TsTableView::createStatusBar()
     m_selected = new QLabel;
     for (QLabel* const label : {m_position, m_selected}) {
         label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+        label->setTextFormat(Qt::PlainText);
         label->setTextInteractionFlags(Qt::TextSelectableByMouse);
         layout->addWidget(label);
     }
@@ -280,24 +292,45 @@ void TsTableView::showEvent(QShowEvent* event)
 
 void TsTableView::tell(QMessageBox::Icon icon, const QString& text)
 {
-    QMessageBox box(icon, QStringLiteral("Ts-Edit"), text, QMessageBox::NoButton, this);
-    box.addButton(QStringLiteral("&Ok"), QMessageBox::AcceptRole);
-    box.exec();
+    showBox(icon, this, QStringLiteral("Ts-Edit"), text, QStringLiteral("&Ok"));
 }
 
-// Another window may have rebuilt or computed what is listed here.
+// -- The file on the disk --
+
 void TsTableView::changeEvent(QEvent* event)
 {
     SubWindow::changeEvent(event);
-    if (event->type() == QEvent::ActivationChange && isActiveWindow() && m_view != nullptr && !isEditing() &&
-        QFileInfo(m_path).lastModified() != m_fileTime)
-        statusBar()->showMessage(
-            QStringLiteral("%1 has changed on the disk: F5 reads it again.").arg(m_name));
+    if (event->type() == QEvent::ActivationChange && isActiveWindow())
+        checkFile();
+}
+
+void TsTableView::timerEvent(QTimerEvent* /*event*/)
+{
+    checkFile();
 }
 
 void TsTableView::noteFileTime()
 {
-    m_fileTime = QFileInfo(m_path).lastModified();
+    m_fileTime = m_toldTime = QFileInfo(m_path).lastModified();
+    if (m_changed != nullptr)
+        m_changed->hide();
+}
+
+void TsTableView::checkFile()
+{
+    if (m_view == nullptr || JobProgress::isRunning())
+        return;
+    const QDateTime time = QFileInfo(m_path).lastModified();
+    if (time == m_toldTime)
+        return;
+    m_toldTime = time;
+    if (time == m_fileTime)
+        m_changed->hide();
+    else if (!time.isValid())
+        m_changed->tell(QStringLiteral("%1 is gone; it is shown as it was.").arg(m_name));
+    else
+        m_changed->tell(QStringLiteral("%1 has changed.").arg(m_name),
+                        isEditing() ? QString() : QStringLiteral("&Reload"));
 }
 
 // -- What is shown --
@@ -322,9 +355,10 @@ QString TsTableView::timeText(std::uint32_t sample) const
     try {
         TSFILE& file = m_model->file();
         const double elapsed = elapsedTime(file, sample);
-        const QString unit = headerText(file.timeUnit()).trimmed();
-        QString text =
-            elapsedText(elapsed, file) + QLatin1Char(' ') + (unit.isEmpty() ? QStringLiteral("s") : unit);
+        if (!std::isfinite(elapsed))
+            return QStringLiteral("time unknown");
+        const QString unit = bareTimeUnit(headerText(file.timeUnit()));
+        QString text = elapsedText(elapsed, file) + QLatin1Char(' ') + unit;
         if (file.startSeconds() != 0) {
             const double moment = startOf(file) + elapsed * secondsInTimeUnit(unit);
             text += QStringLiteral(", ") + QDateTime::fromMSecsSinceEpoch(qRound64(moment * 1000.0))
@@ -377,19 +411,17 @@ std::vector<int> TsTableView::visibleColumns(int from, int to) const
 std::vector<SampleRun> TsTableView::selectedRuns() const
 {
     std::vector<SampleRun> runs;
-    for (const CellBlock& block : m_view->selectedBlocks())
+    for (const CellBlock& block : m_view->selectedBlocks()) {
+        const std::vector<SampleRun> samples = m_view->samplesOfRows(block.firstRow, block.lastRow);
         for (const int column : visibleColumns(block.firstColumn, block.lastColumn)) {
-            const auto number = static_cast<std::uint32_t>(column) + 1;
             // Bits of integers are neither changed nor averaged.
             if (m_model->isIntegerColumn(column))
                 continue;
-            if (!m_view->isSorted()) {
-                runs.push_back({number, static_cast<std::uint32_t>(block.firstRow) + 1,
-                                static_cast<std::uint32_t>(block.lastRow) + 1});
-                continue;
+            for (SampleRun run : samples) {
+                run.column = static_cast<std::uint32_t>(column) + 1;
+                runs.push_back(run);
             }
-            for (int row = block.firstRow; row <= block.lastRow; ++row)
-                runs.push_back({number, m_view->sampleOfRow(row), m_view->sampleOfRow(row)});
         }
+    }
     return joinedRuns(std::move(runs));
 }

@@ -18,6 +18,7 @@
 #include "share/SubWindow.h"
 
 class FindBar;
+class NoticeStrip;
 class QCheckBox;
 class QLabel;
 class QListWidget;
@@ -76,6 +77,7 @@ protected:
     bool mayClose() override;
     void showEvent(QShowEvent* event) override;
     void changeEvent(QEvent* event) override;
+    void timerEvent(QTimerEvent* event) override;
 
 private:
     enum Act {
@@ -141,6 +143,8 @@ private:
     void find(Direction direction);
     void goToFound(std::uint32_t sample);
     void noteFileTime();
+    // Tells when another window or program has changed or removed the file.
+    void checkFile();
     bool sortBy(int column, Qt::SortOrder order);
     bool askSortRange(std::uint32_t& first, std::uint32_t& last);
     void copy(bool withNames);
@@ -166,6 +170,7 @@ private:
     QListWidget* m_columns = nullptr;
     FindBar* m_findBar = nullptr;
     QLabel* m_note = nullptr;
+    NoticeStrip* m_changed = nullptr;
     QLabel* m_position = nullptr;
     QLabel* m_selected = nullptr;
     QCheckBox* m_sorting = nullptr;
@@ -176,7 +181,8 @@ private:
     ColumnExtremes m_scan;
     QString m_lastGoTo;
     std::array<std::vector<double>, 8> m_lastNumbers;  // of each block operation, for its next dialog
-    QDateTime m_fileTime;                              // of the file when it was opened
+    QDateTime m_fileTime;                              // of the file as it is shown
+    QDateTime m_toldTime;                              // of the change that the strip has told
     bool m_registered = false;
     bool m_fitted = false;
 };

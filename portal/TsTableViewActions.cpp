@@ -164,6 +164,7 @@ void TsTableView::createToolBar()
     height->setRange(kLeastRowHeight, kGreatestRowHeight);
     height->setValue(kRowHeight);
     height->setAccessibleName(QStringLiteral("Row height in pixels"));
+    height->setToolTip(QStringLiteral("The height of the table's rows, in pixels."));
     label->setBuddy(height);
     m_sorting = new QCheckBox(QStringLiteral("Enable sorting"));
     m_sorting->setToolTip(

@@ -17,6 +17,7 @@
 #include "portal/FieldsDialog.h"
 #include "portal/TsApplication.h"
 #include "portal/TsTableView.h"
+#include "share/Boxes.h"
 #include "share/JobProgress.h"
 #include "share/NumberField.h"
 
@@ -254,11 +255,11 @@ bool TsTableView::save()
                        .arg(progress.seconds(), 0, 'f', 1)
                  : QStringLiteral("Cancelled: the file is as it was, the edits are not saved."),
             kMessageMs);
+        noteFileTime();
         m_model->showChanges();
-        if (done)
-            emit x_directory_changed();
         return done;
     } catch (const SaveFailed& failure) {
+        noteFileTime();
         m_model->showChanges();
         tell(QMessageBox::Warning, QString::fromLocal8Bit(failure.text.c_str()));
         return false;
@@ -267,7 +268,9 @@ bool TsTableView::save()
 
 QString TsTableView::askNewName()
 {
-    const QString chosen = QFileDialog::getSaveFileName(this, QStringLiteral("Save as new file"), m_path,
+    const QFileInfo own(m_path);
+    const QString suggestion = own.dir().filePath(own.completeBaseName() + QStringLiteral("_edited.ts"));
+    const QString chosen = QFileDialog::getSaveFileName(this, QStringLiteral("Save as new file"), suggestion,
                                                         QStringLiteral("Ts-files (*.ts)"));
     if (chosen.isEmpty())
         return QString();
@@ -275,7 +278,7 @@ QString TsTableView::askNewName()
     const std::string name = newTsFileName(info.fileName().toLocal8Bit().toStdString());
     QString target = info.absoluteDir().filePath(QString::fromLocal8Bit(name.c_str()));
     const TsApplication* const application = TsApplication::instance();
-    if (QFileInfo(target) == QFileInfo(m_path)) {
+    if (QFileInfo(target) == own) {
         tell(QMessageBox::Warning,
              QStringLiteral("This is the file itself. Choose another name, or \"Save\"."));
         return QString();
@@ -287,10 +290,8 @@ QString TsTableView::askNewName()
     }
     // The dialog has asked about the name as it was typed.
     if (target != info.absoluteFilePath() && QFileInfo::exists(target) &&
-        QMessageBox::question(
-            this, QStringLiteral("Ts-Edit"),
-            QStringLiteral("The file %1 exists. Replace it?").arg(QFileInfo(target).fileName())) !=
-            QMessageBox::Yes)
+        !askYesNo(QMessageBox::Question, this, QStringLiteral("Ts-Edit"),
+                  QStringLiteral("The file %1 exists. Replace it?").arg(QFileInfo(target).fileName())))
         return QString();
     return target;
 }
@@ -327,6 +328,7 @@ bool TsTableView::mayClose()
     QMessageBox box(QMessageBox::Question, QStringLiteral("Ts-Edit"),
                     QStringLiteral("%1 has edits that are not saved.").arg(m_name), QMessageBox::NoButton,
                     this);
+    box.setTextFormat(Qt::PlainText);
     const QAbstractButton* const saving = box.addButton(QStringLiteral("&Save"), QMessageBox::AcceptRole);
     const QAbstractButton* const savingAs =
         box.addButton(QStringLiteral("Save as new file…"), QMessageBox::AcceptRole);

@@ -25,6 +25,7 @@
 #include "share/GoTo.h"
 #include "share/JobProgress.h"
 #include "share/QtMessageWin.h"
+#include "share/WaitCursor.h"
 
 namespace {
 
@@ -32,15 +33,6 @@ constexpr int kMessageMs = 8000;
 constexpr std::uint64_t kMostCopied = 2000000;  // values
 constexpr int kMostSorted = RowWindow::kRows;
 const char* const kUnreadable = "The file cannot be read to its end: it may be cut short.";
-
-class WaitCursor
-{
-public:
-    WaitCursor() { QApplication::setOverrideCursor(Qt::WaitCursor); }
-    ~WaitCursor() { QApplication::restoreOverrideCursor(); }
-    WaitCursor(const WaitCursor&) = delete;
-    WaitCursor& operator=(const WaitCursor&) = delete;
-};
 
 QString resultText(double extreme, std::uint32_t sample)
 {
@@ -56,12 +48,14 @@ void TsTableView::sl_rowHeight(int pixels)
 
 void TsTableView::sl_showGrid()
 {
-    m_view->setShowGrid(m_actions[kGrid]->isChecked());
+    m_view->setShowGrid(!m_view->showGrid());
+    m_actions[kGrid]->setChecked(m_view->showGrid());
 }
 
 void TsTableView::sl_altCol()
 {
-    m_view->setAlternatingRowColors(m_actions[kAltColours]->isChecked());
+    m_view->setAlternatingRowColors(!m_view->alternatingRowColors());
+    m_actions[kAltColours]->setChecked(m_view->alternatingRowColors());
 }
 
 void TsTableView::sl_finished()
@@ -398,6 +392,7 @@ void TsTableView::sl_writeSelected()
 
 void TsTableView::sl_reload()
 {
+    noteFileTime();
     std::unique_ptr<TSFILE> file;
     try {
         file = openTsFile(m_path.toLocal8Bit().toStdString(), true);
@@ -405,7 +400,6 @@ void TsTableView::sl_reload()
         statusBar()->showMessage(QStringLiteral("%1 cannot be opened any more.").arg(m_name), kMessageMs);
         return;
     }
-    noteFileTime();
     m_statistics->stop();
     m_view->detach();
     m_model->setFile(file.release());

@@ -21,6 +21,7 @@
 #include "share/PsConfigDialog.h"
 #include "share/QtMessageWin.h"
 #include "share/Resources.h"
+#include "share/WaitCursor.h"
 
 namespace {
 
@@ -48,6 +49,7 @@ VeltracWin::VeltracWin(QWidget* parent) : QMainWindow(parent)
     // A long path is cut at the window's edge instead of widening the window.
     m_status->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     m_status->setIndent(6);
+    m_status->setTextFormat(Qt::PlainText);
     statusBar()->addWidget(m_status, 1);
     connect(this, &VeltracWin::x_new_plotdir, this, &VeltracWin::sl_set_plotdir);
     resize(fontMetrics().averageCharWidth() * 140, fontMetrics().height() * 42);
@@ -74,6 +76,7 @@ void VeltracWin::createTable()
         sl_itemSelected(row, column);
         sl_listFile();
     });
+    connect(m_table, &FileTable::x_entered, this, qOverload<>(&VeltracWin::sl_listFile));
     connect(m_table, &FileTable::x_menu_wanted, this, &VeltracWin::showContextMenu);
     connect(m_table->horizontalHeader(), SIGNAL(sectionClicked(int)), this, SLOT(sl_refresh()));
 }
@@ -114,7 +117,7 @@ void VeltracWin::showFiles()
     const QString path = QDir::currentPath();
     m_status->setText(QStringLiteral("Current working directory: %1 with %2 off ts-files.")
                           .arg(path, QString::number(m_files.size())));
-    m_status->setToolTip(path);
+    m_status->setToolTip(path.toHtmlEscaped());
     m_status->show();
 }
 
@@ -144,7 +147,8 @@ void VeltracWin::sl_rowHeight(int pixels)
 
 void VeltracWin::sl_set_sorting()
 {
-    m_sorted = m_actions->action(ActionId::Sorting)->isChecked();
+    m_sorted = !m_sorted;
+    m_actions->action(ActionId::Sorting)->setChecked(m_sorted);
     showFiles();
 }
 
@@ -198,9 +202,11 @@ QWidget* VeltracWin::openSubProgram(SubProgram kind, const QString& file, unsign
 {
     if (JobProgress::isRunning())
         return nullptr;
-    QApplication::setOverrideCursor(Qt::WaitCursor);
-    SubWindow* const window = makeSubProgram(kind, file, column);
-    QApplication::restoreOverrideCursor();
+    SubWindow* window = nullptr;
+    {
+        const WaitCursor waiting;
+        window = makeSubProgram(kind, file, column);
+    }
     if (window == nullptr)
         return nullptr;
     m_subWindows.emplace_back(window);
@@ -221,7 +227,9 @@ void VeltracWin::sl_subwindowGone(subWindow window)
 
 bool VeltracWin::exportInterval(const QString& file, std::uint32_t first, std::uint32_t last)
 {
-    const TsaOutcome outcome = exportTsaInterval(this, file, first, last);
+    // The dialogs stand over the window that asks, and leave it in front.
+    QWidget* const asking = QApplication::activeWindow();
+    const TsaOutcome outcome = exportTsaInterval(asking != nullptr ? asking : this, file, first, last);
     say(outcome.status);
     return outcome.done;
 }

@@ -1,6 +1,7 @@
 #include "share/AxisLimitsDialog.h"
 
 #include <QCheckBox>
+#include <QDateTimeEdit>
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QFormLayout>
@@ -9,11 +10,19 @@
 
 #include "share/NumberField.h"
 
+namespace {
+
+// Wide enough for its title too.
+constexpr int kLeastWidth = 300;
+
+}  // namespace
+
 bool askAxisLimits(QWidget* parent, const QString& title, bool offersAutomatic, AxisLimits& limits)
 {
     constexpr int kDigits = 12;
     QDialog dialog(parent);
     dialog.setWindowTitle(title);
+    dialog.setMinimumWidth(kLeastWidth);
     auto* const form = new QFormLayout(&dialog);
     auto* const automatic = new QCheckBox(QObject::tr("&Fit the data"), &dialog);
     automatic->setChecked(limits.automatic);
@@ -22,8 +31,6 @@ bool askAxisLimits(QWidget* parent, const QString& title, bool offersAutomatic, 
     auto* const to = new NumberField(QString::number(limits.to, 'g', kDigits), &dialog);
     auto* const reason = new QLabel(&dialog);
     reason->setWordWrap(true);
-    from->setReasonLabel(reason);
-    to->setReasonLabel(reason);
     auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Cancel, &dialog);
     QPushButton* const ok = buttons->addButton(QObject::tr("&Ok"), QDialogButtonBox::AcceptRole);
     form->addRow(automatic);
@@ -39,12 +46,14 @@ bool askAxisLimits(QWidget* parent, const QString& title, bool offersAutomatic, 
         const bool numbers = from->isValid() && to->isValid();
         const bool positive = !limits.logarithmic || (from->number() > 0.0 && to->number() > 0.0);
         const bool differ = from->number() != to->number();
-        if (numbers && !fits && !positive)
-            reason->setText(QObject::tr("A logarithmic axis needs limits above 0."));
-        else if (numbers && !fits && !differ)
-            reason->setText(QObject::tr("The limits are equal."));
-        else if (numbers)
+        if (fits)
             reason->clear();
+        else if (!numbers)
+            reason->setText(from->isValid() ? to->reason() : from->reason());
+        else if (!positive)
+            reason->setText(QObject::tr("A logarithmic axis needs limits above 0."));
+        else
+            reason->setText(differ ? QString() : QObject::tr("The limits are equal."));
         ok->setEnabled(fits || (numbers && positive && differ));
     };
     QObject::connect(automatic, &QCheckBox::toggled, &dialog, check);
@@ -60,5 +69,45 @@ bool askAxisLimits(QWidget* parent, const QString& title, bool offersAutomatic, 
     limits.automatic = offersAutomatic && automatic->isChecked();
     limits.from = from->number();
     limits.to = to->number();
+    return true;
+}
+
+bool askClockLimits(QWidget* parent, const QString& title, AxisLimits& limits)
+{
+    constexpr double kMsPerSecond = 1000.0;
+    QDialog dialog(parent);
+    dialog.setWindowTitle(title);
+    dialog.setMinimumWidth(kLeastWidth);
+    auto* const form = new QFormLayout(&dialog);
+    const auto add = [&](const QString& label, double seconds) {
+        auto* const field = new QDateTimeEdit(&dialog);
+        field->setDisplayFormat(QStringLiteral("yyyy-MM-dd HH:mm:ss.zzz"));
+        field->setDateTime(QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(seconds * kMsPerSecond)));
+        form->addRow(label, field);
+        return field;
+    };
+    QDateTimeEdit* const from = add(QObject::tr("F&rom:"), limits.from);
+    QDateTimeEdit* const to = add(QObject::tr("&To:"), limits.to);
+    const QDateTime fromBefore = from->dateTime();
+    const QDateTime toBefore = to->dateTime();
+    auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Cancel, &dialog);
+    QPushButton* const ok = buttons->addButton(QObject::tr("&Ok"), QDialogButtonBox::AcceptRole);
+    form->addRow(buttons);
+    const auto check = [&] { ok->setEnabled(from->dateTime() != to->dateTime()); };
+    QObject::connect(from, &QDateTimeEdit::dateTimeChanged, &dialog, check);
+    QObject::connect(to, &QDateTimeEdit::dateTimeChanged, &dialog, check);
+    QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
+    QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
+    check();
+    from->setFocus();
+    if (dialog.exec() != QDialog::Accepted)
+        return false;
+    const auto seconds = [&](const QDateTimeEdit* field) {
+        return static_cast<double>(field->dateTime().toMSecsSinceEpoch()) / kMsPerSecond;
+    };
+    if (from->dateTime() != fromBefore)
+        limits.from = seconds(from);
+    if (to->dateTime() != toBefore)
+        limits.to = seconds(to);
     return true;
 }

@@ -46,6 +46,7 @@ struct MarkerStroke
 struct AxisStyle
 {
     double origin = 0.0;  // the tick position at which the world coordinate is 0
+    double scale = 1.0;   // ticks' units in a unit of the world; for spans that a float cannot hold
     float lineWidth = 0.1F;
     GridStyle grid = GridStyle::None;
     float gridWidth = 0.1F;
@@ -167,6 +168,10 @@ protected:
         float r = -1.0F, g = -1.0F, b = -1.0F;
     };
 
+    // By so many character heights a text is moved for each whole by which its horizontal justification
+    // leaves 0 to 1.
+    static constexpr float kJustificationShift = 0.6F;
+
     // True where SetColor() would ignore the colour.
     bool isCurrentColor(float r, float g, float b) const;
     // Device units of the current viewport's sides that a radius of 1 has.
@@ -215,7 +220,7 @@ private:
     void drawSecondLine(const AxisTicks& ticks, const AxisStyle& style, float y);
     Box windowBox();
     // Those within the window.
-    std::vector<PlacedTick> placedTicks(const AxisTicks& ticks, double origin, bool alongX);
+    std::vector<PlacedTick> placedTicks(const AxisTicks& ticks, const AxisStyle& style, bool alongX);
     Pen pen() const;
     void restorePen(const Pen& pen);
     void beginGrid(const AxisStyle& style);

@@ -135,14 +135,14 @@ BasicDriver::Box BasicDriver::windowBox()
     return box;
 }
 
-std::vector<BasicDriver::PlacedTick> BasicDriver::placedTicks(const AxisTicks& ticks, double origin,
+std::vector<BasicDriver::PlacedTick> BasicDriver::placedTicks(const AxisTicks& ticks, const AxisStyle& style,
                                                               bool alongX)
 {
     const Box box = windowBox();
     const auto [least, most] = alongX ? std::minmax(box.left, box.right) : std::minmax(box.bottom, box.top);
     std::vector<PlacedTick> placed;
     for (const Tick& tick : ticks.ticks) {
-        const auto world = static_cast<float>(tick.position - origin);
+        const auto world = static_cast<float>((tick.position - style.origin) / style.scale);
         float x = 0.0F, y = 0.0F;
         WorldToDevice(world, world, &x, &y);
         const float at = alongX ? x : y;
@@ -189,7 +189,7 @@ void BasicDriver::DrawXAxis(const AxisTicks& ticks, const AxisStyle& style)
     const float height = characterHeight();
     const Pen before = pen();
     const Box box = windowBox();
-    const std::vector<PlacedTick> placed = placedTicks(ticks, style.origin, true);
+    const std::vector<PlacedTick> placed = placedTicks(ticks, style, true);
     if (style.grid != GridStyle::None) {
         beginGrid(style);
         for (const PlacedTick& tick : placed)
@@ -217,7 +217,7 @@ void BasicDriver::DrawYAxis(const AxisTicks& ticks, const AxisStyle& style)
     const float height = characterHeight();
     const Pen before = pen();
     const Box box = windowBox();
-    const std::vector<PlacedTick> placed = placedTicks(ticks, style.origin, false);
+    const std::vector<PlacedTick> placed = placedTicks(ticks, style, false);
     if (style.grid != GridStyle::None) {
         beginGrid(style);
         for (const PlacedTick& tick : placed)

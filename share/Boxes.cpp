@@ -1,6 +1,19 @@
 #include "share/Boxes.h"
 
+#include <QGuiApplication>
 #include <QPushButton>
+
+namespace {
+
+// A box may come up in the middle of work that shows the wait cursor: now the user is waited for.
+void execWithArrow(QMessageBox& box)
+{
+    QGuiApplication::setOverrideCursor(Qt::ArrowCursor);
+    box.exec();
+    QGuiApplication::restoreOverrideCursor();
+}
+
+}  // namespace
 
 void showBox(QMessageBox::Icon icon, QWidget* parent, const QString& title, const QString& text,
              const QString& button)
@@ -10,7 +23,7 @@ void showBox(QMessageBox::Icon icon, QWidget* parent, const QString& title, cons
     QPushButton* const ok = box.addButton(button, QMessageBox::AcceptRole);
     box.setDefaultButton(ok);
     box.setEscapeButton(ok);
-    box.exec();
+    execWithArrow(box);
 }
 
 bool askYesNo(QMessageBox::Icon icon, QWidget* parent, const QString& title, const QString& text)
@@ -21,6 +34,6 @@ bool askYesNo(QMessageBox::Icon icon, QWidget* parent, const QString& title, con
     QPushButton* const no = box.addButton(QStringLiteral("&No"), QMessageBox::NoRole);
     box.setDefaultButton(yes);
     box.setEscapeButton(no);
-    box.exec();
+    execWithArrow(box);
     return box.clickedButton() == yes;
 }

@@ -23,7 +23,8 @@ CursorDock::CursorDock(PlotCanvas* canvas, QWidget* parent)
       m_table(new QTableWidget(0, intervalHeadings().size()))
 {
     setObjectName(QStringLiteral("cursorDock"));
-    m_times->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    // A long text is cut off rather than that the window grows with it; the tool tip has all of it.
+    m_times->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
     m_times->setTextInteractionFlags(Qt::TextSelectableByMouse);
     m_table->setHorizontalHeaderLabels(intervalHeadings());
     m_table->setEditTriggers(QAbstractItemView::NoEditTriggers);
@@ -71,6 +72,7 @@ void CursorDock::fill()
         text += (times.isEmpty() ? QString() : QStringLiteral("     ")) +
                 tr("In view: %1 to %2").arg(xText(plot, interval.x1), xText(plot, interval.x2));
     m_times->setText(text);
+    m_times->setToolTip(text);
 
     const QVector<IntervalRow> rows = intervalRows(plot);
     m_table->setRowCount(rows.size());

@@ -9,6 +9,7 @@
 #include <cstring>
 
 #include "core/TSFILE.h"
+#include "core/Variable.h"
 #include "share/HeaderText.h"
 #include "share/NumberField.h"
 
@@ -191,9 +192,18 @@ double momentOf(const GoToTarget& timeOfDay, double start)
     return today >= start ? today : seconds(moment.date().addDays(1));
 }
 
+QString bareTimeUnit(const QString& unit)
+{
+    const std::string text = unit.toStdString();
+    const std::string_view inner = unitIn(text);
+    const QString bare =
+        inner.empty() ? unit.trimmed() : QString::fromStdString(std::string(inner)).trimmed();
+    return bare.isEmpty() ? QStringLiteral("s") : bare;
+}
+
 double secondsInTimeUnit(const QString& unit)
 {
-    const double seconds = secondsIn(unit.trimmed());
+    const double seconds = secondsIn(bareTimeUnit(unit));
     return seconds > 0.0 ? seconds : 1.0;
 }
 
@@ -225,7 +235,7 @@ std::optional<std::uint32_t> goToRow(const QString& text, TSFILE& file, QString&
         reason = QStringLiteral("The file has no samples.");
         return std::nullopt;
     }
-    const QString unit = headerText(file.timeUnit()).trimmed();
+    const QString unit = bareTimeUnit(headerText(file.timeUnit()));
     if (!target ||
         (!target->fileUnit.isEmpty() && target->fileUnit.compare(unit, Qt::CaseInsensitive) != 0)) {
         reason = QStringLiteral("Type a sample (250000), a time (12.5 s or 13:45:30) or a share (50%).");

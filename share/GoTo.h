@@ -30,6 +30,8 @@ std::optional<GoToTarget> parseGoTo(const QString& text);
 // less than a day after the epoch has no calendar: there the time counts from the start itself.
 double momentOf(const GoToTarget& timeOfDay, double start);
 
+// A file's time unit as it stands behind a number: "min" of "Time[min]" or "min", "s" of an empty text.
+QString bareTimeUnit(const QString& unit);
 // The seconds in one unit of a file's time unit; 1 where the text is empty or no unit of time.
 double secondsInTimeUnit(const QString& unit);
 

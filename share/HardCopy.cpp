@@ -3,11 +3,11 @@
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
-#include <QMessageBox>
 
 #include <exception>
 #include <system_error>
 
+#include "share/Boxes.h"
 #include "share/EpsFile.h"
 #include "share/PostscriptDriver.h"
 
@@ -44,6 +44,6 @@ QString hardCopy(QWidget* window, const QString& suggestion, const PsParameters&
     const QString failure = writeHardCopy(fileName, parameters, draw);
     if (failure.isEmpty())
         return fileName;
-    QMessageBox::warning(window, QStringLiteral("Hard copy"), failure);
+    showBox(QMessageBox::Warning, window, QStringLiteral("Hard copy"), failure);
     return {};
 }

@@ -19,6 +19,23 @@ constexpr int kNarrowest = 3;  // the frame stays visible
 constexpr int kFirstGesture = 1'000'000;
 constexpr double kWheelZoom = 1.25;
 constexpr int kNotch = 120;
+constexpr std::size_t kMostLanes = 6;
+
+void drawCurve(QPainter& painter, const Curve& curve, const QRectF& lane)
+{
+    std::size_t begin = 0;
+    for (const std::size_t end : curve.runEnds) {
+        QPolygonF line;
+        for (std::size_t i = begin; i < end; ++i)
+            line << QPointF(lane.left() + static_cast<double>(curve.points[2 * i]) * lane.width(),
+                            lane.bottom() - static_cast<double>(curve.points[2 * i + 1]) * lane.height());
+        if (end - begin == 1)
+            painter.drawPoints(line);
+        else
+            painter.drawPolyline(line);
+        begin = end;
+    }
+}
 
 }  // namespace
 
@@ -78,28 +95,17 @@ void OverviewStrip::drawPicture()
     m_picture.fill(palette().color(QPalette::Base));
     Plot2D whole = m_canvas->plot();
     whole.fitAll();
-    if (whole.groups().empty())
-        return;
-    // One group is enough to find one's way.
-    std::size_t shown = 0;
-    while (shown + 1 < whole.groups().size() && !whole.groups()[shown].hasVisible())
-        ++shown;
-    if (whole.groups()[shown].mode == YMode::Fixed)
-        whole.groups()[shown].fitY();
-    whole.groups() = {whole.groups()[shown]};
+    // Each group has a lane of its own, in the plot's order, as long as lanes are high enough to see
+    // anything.
+    std::vector<Group>& lanes = whole.groups();
+    std::erase_if(lanes, [](const Group& group) { return !group.hasVisible(); });
+    lanes.resize(std::min(lanes.size(), kMostLanes));
     QPainter painter(&m_picture);
-    for (const Curve& curve : curvesOf(whole, area.width(), area.width())) {
+    for (const Curve& curve : curvesOf(whole, m_picture.width(), m_picture.width())) {
+        const double height = area.height() / static_cast<double>(lanes.size());
+        const QRectF lane(0.0, static_cast<double>(curve.group) * height, area.width() - 1.0, height - 1.0);
         painter.setPen(m_canvas->colorOf(curve.variable->variable()));
-        std::size_t begin = 0;
-        for (const std::size_t end : curve.runEnds) {
-            QPolygon line;
-            for (std::size_t i = begin; i < end; ++i)
-                line << QPoint(
-                    static_cast<int>(curve.points[2 * i] * static_cast<float>(area.width())),
-                    static_cast<int>((1.0F - curve.points[2 * i + 1]) * static_cast<float>(area.height())));
-            painter.drawPolyline(line);
-            begin = end;
-        }
+        drawCurve(painter, curve, lane);
     }
 }
 

@@ -58,6 +58,7 @@ PlotCanvas::PlotCanvas(QWidget* parent) : QFrame(parent), m_colors(defaultColors
 void PlotCanvas::clear()
 {
     m_text.clear();
+    m_layout = {};
     Plot2D fresh;
     fresh.grid = m_plot.grid;
     fresh.legend = m_plot.legend;
@@ -106,6 +107,8 @@ void PlotCanvas::showValues(const std::vector<double>& x, const QString& xTitle,
 void PlotCanvas::showText(const QString& text)
 {
     m_text = text;
+    if (!text.isEmpty())
+        m_layout = {};
     replot();
 }
 
@@ -133,8 +136,7 @@ bool PlotCanvas::refresh(bool fit)
         // The times are known now.
         if (backwardsVariable(m_plot))
             m_plot.setMode(XMode::Sample);
-        if (fit)
-            m_plot.fitAll();
+        fit ? m_plot.fitAll() : m_plot.refitY();
     } catch (const TS::Failure&) {
         // The variables tell it in their groups.
     } catch (const std::exception& e) {
@@ -174,14 +176,8 @@ void PlotCanvas::setLogarithmicY(int group, bool on)
         return;
     Group& g = m_plot.groups()[static_cast<std::size_t>(group)];
     g.setLogarithmic(on);
+    g.mode = g.mode == YMode::Fixed ? YMode::Whole : g.mode;
     refresh(false);
-    try {
-        g.mode == YMode::View ? g.fitY(m_plot.axis(), m_plot.x1(), m_plot.x2()) : g.fitY();
-        g.mode = g.mode == YMode::Fixed ? YMode::Whole : g.mode;
-    } catch (const TS::Failure&) {
-        // The curve tells it.
-    }
-    viewChanged();
 }
 
 // -- Colours --
@@ -232,7 +228,9 @@ void PlotCanvas::drawPicture()
         return;
     QtDriver driver(&m_picture);
     driver.BeginPage(0);
-    m_layout = drawPlot(m_plot, driver, size.width(), screenLook());
+    PlotLook look = screenLook();
+    look.markerGap = static_cast<int>(std::lround(look.markerGap * ratio));
+    m_layout = drawPlot(m_plot, driver, m_picture.width(), look);
     driver.EndPage();
 }
 
@@ -242,7 +240,8 @@ void PlotCanvas::paintEvent(QPaintEvent* event)
     QString failure = m_text;
     // An exception must not travel through Qt.
     try {
-        if (m_stale)
+        // The window may have moved to a screen of another density.
+        if (m_stale || m_picture.devicePixelRatio() != devicePixelRatioF())
             drawPicture();
     } catch (const std::exception& e) {
         failure = tr("The plot cannot be drawn: %1").arg(QString::fromLocal8Bit(e.what()));
@@ -368,6 +367,9 @@ int PlotCanvas::pixelOf(double x) const
 int PlotCanvas::groupAt(const QPoint& pixel) const
 {
     for (const std::size_t g : m_layout.groupOf) {
+        // Groups may have gone since the picture was drawn.
+        if (g >= m_plot.groups().size())
+            break;
         const QRect area = groupArea(static_cast<int>(g));
         if (pixel.y() >= area.top() && pixel.y() <= area.bottom())
             return static_cast<int>(g);

@@ -29,6 +29,7 @@
 #include <QFrame>
 #include <QPixmap>
 #include <QPoint>
+#include <QPointer>
 #include <QString>
 #include <QStringList>
 #include <QVector>
@@ -44,6 +45,7 @@
 #include "share/PlotReadout.h"
 #include "share/PsParameters.h"
 
+class PsConfigDialog;
 class QMenu;
 
 class PlotCanvas : public QFrame
@@ -76,8 +78,8 @@ public:
     const Plot2D& plot() const noexcept { return m_plot; }
     FileArray& files() noexcept { return m_files; }
 
-    // Reads the visible variables that are not read yet, with progress, and draws. Returns false after a
-    // cancel. With `fit` the whole series comes into view.
+    // Reads the visible variables that are not read yet, with progress, fits the y axes that fit themselves,
+    // and draws. Returns false after a cancel. With `fit` the whole series comes into view.
     bool refresh(bool fit);
     // Draws anew; nothing is read but what the frame needs.
     void replot();
@@ -186,6 +188,7 @@ protected:
     void leaveEvent(QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void keyReleaseEvent(QKeyEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dropEvent(QDropEvent* event) override;
@@ -234,6 +237,7 @@ private:
     Plot2D m_plot;
     FileArray m_files;
     PsParameters m_psParameters;
+    QPointer<PsConfigDialog> m_psDialog;  // while it is open
     std::vector<QColor> m_colors;
     QString m_suggestedName = QStringLiteral("plot");
     QString m_text;  // shown instead of a plot

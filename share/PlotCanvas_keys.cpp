@@ -79,6 +79,13 @@ void PlotCanvas::keyReleaseEvent(QKeyEvent* event)
     QFrame::keyReleaseEvent(event);
 }
 
+void PlotCanvas::focusOutEvent(QFocusEvent* event)
+{
+    // The release of a key that is held now goes elsewhere.
+    m_spaceHeld = false;
+    QFrame::focusOutEvent(event);
+}
+
 // -- The view --
 
 void PlotCanvas::showRange(double x1, double x2, int gesture)
@@ -353,7 +360,11 @@ void PlotCanvas::sl_hardCopyWithCursors()
 
 void PlotCanvas::sl_psParameters()
 {
-    (new PsConfigDialog(&m_psParameters, window()))->show();
+    if (!m_psDialog)
+        m_psDialog = new PsConfigDialog(&m_psParameters, window());
+    m_psDialog->show();
+    m_psDialog->raise();
+    m_psDialog->activateWindow();
 }
 
 void PlotCanvas::sl_savePicture()

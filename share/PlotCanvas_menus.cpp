@@ -16,15 +16,29 @@ namespace {
 
 using Part = PlotCommand::Part;
 
+// The canvas itself answers these while it has the focus, and menus only show them: as shortcuts of actions
+// they would take letters and arrows away from an open menu.
+bool isOwnKey(int key)
+{
+    constexpr int kModifiers = static_cast<int>(Qt::KeyboardModifierMask);
+    const int plain = key & ~kModifiers;
+    return (key & static_cast<int>(Qt::ControlModifier)) == 0 || plain == Qt::Key_Left ||
+           plain == Qt::Key_Right;
+}
+
 void addCommands(PlotCanvas* canvas, QMenu& menu, Part part)
 {
     for (const PlotCommand& command : plotCommands()) {
         if (command.part != part)
             continue;
-        QAction* const action = menu.addAction(QString::fromUtf8(command.text), canvas, command.run);
-        if (command.key != 0) {
-            // The canvas itself answers the key, while it has the focus; the menu only shows it.
-            action->setShortcut(QKeySequence(command.key));
+        QString text = QString::fromUtf8(command.text);
+        const QKeySequence keys(command.key);
+        const bool isCanvasOwn = isOwnKey(command.key);
+        if (command.key != 0 && isCanvasOwn)
+            text += QLatin1Char('\t') + keys.toString(QKeySequence::NativeText);
+        QAction* const action = menu.addAction(text, canvas, command.run);
+        if (command.key != 0 && !isCanvasOwn) {
+            action->setShortcut(keys);
             action->setShortcutContext(Qt::WidgetShortcut);
         }
         if (command.separatorAfter)

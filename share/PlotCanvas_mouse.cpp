@@ -288,10 +288,8 @@ void PlotCanvas::tellHover(const QPoint& pixel)
             parts.append(QStringLiteral("…"));
             break;
         }
-        parts.append(QStringLiteral("%1 = %2 %3")
-                         .arg(QString::fromStdString(v->variable().label), valueText(valueAt(m_plot, *v, x)),
-                              QString::fromStdString(v->variable().unit))
-                         .trimmed());
+        parts.append(QStringLiteral("%1 = %2").arg(QString::fromStdString(v->variable().label),
+                                                   valueWithUnit(*v, valueAt(m_plot, *v, x))));
     }
     emit x_hovered(parts.join(QStringLiteral(",  ")));
 }
@@ -312,9 +310,16 @@ void PlotCanvas::editLimits(const Place& place)
 {
     AxisLimits limits;
     if (place.zone == Zone::XAxis) {
-        limits = {m_plot.x1(), m_plot.x2(), false, m_plot.axis().logarithmic};
-        if (askAxisLimits(this, tr("Limits of the x axis"), false, limits))
-            changeView(0, [&] { m_plot.setX(limits.from, limits.to); });
+        const XAxis& axis = m_plot.axis();
+        const QString title = tr("Limits of the x axis");
+        // Below, dates with milliseconds have no more to say.
+        constexpr double kFewSeconds = 0.1;
+        const bool isClock =
+            axis.mode == XMode::Clock && !axis.logarithmic && m_plot.x2() - m_plot.x1() >= kFewSeconds;
+        const double origin = isClock ? axis.origin : 0.0;
+        limits = {m_plot.x1() + origin, m_plot.x2() + origin, false, axis.logarithmic};
+        if (isClock ? askClockLimits(this, title, limits) : askAxisLimits(this, title, false, limits))
+            changeView(0, [&] { m_plot.setX(limits.from - origin, limits.to - origin); });
         return;
     }
     Group& group = m_plot.groups()[static_cast<std::size_t>(place.group)];

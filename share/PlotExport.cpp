@@ -1,14 +1,17 @@
 #include "share/PlotExport.h"
 
+#include <QBuffer>
 #include <QFileDialog>
 #include <QFileInfo>
-#include <QMessageBox>
 #include <QPrintDialog>
 #include <QPrinter>
 
+#include <cerrno>
+#include <fstream>
 #include <system_error>
 
 #include "core/ScratchFile.h"
+#include "share/Boxes.h"
 #include "share/HardCopy.h"
 #include "share/PlotPainter.h"
 #include "share/QtDriver.h"
@@ -51,6 +54,30 @@ QString writePlotEps(const QString& fileName, const PsParameters& parameters, co
     return writeHardCopy(fileName, parameters, painter(parameters, plot, colors, withCursors));
 }
 
+QString writePicture(const QString& fileName, const QImage& image)
+{
+    // Composed in memory first: QImage does not notice a disk that is full.
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    image.save(&buffer, "PNG");
+    try {
+        const std::filesystem::path target(fileName.toLocal8Bit().toStdString());
+        const std::filesystem::path directory = target.parent_path().empty() ? "." : target.parent_path();
+        ScratchFile scratch(directory, "picture", ".png");
+        std::ofstream out(scratch.path(), std::ios::binary);
+        errno = 0;
+        out.write(bytes.constData(), bytes.size());
+        out.close();
+        if (!out || bytes.isEmpty())
+            throw std::system_error(errno != 0 ? errno : EIO, std::generic_category());
+        scratch.putInPlace(target);
+        return {};
+    } catch (const std::system_error& e) {
+        return QObject::tr("%1 cannot be written: %2")
+            .arg(QFileInfo(fileName).fileName(), QString::fromLocal8Bit(e.code().message().c_str()));
+    }
+}
+
 QString savePicture(QWidget* window, const QString& name, const QImage& image)
 {
     QString file = QFileDialog::getSaveFileName(
@@ -59,20 +86,11 @@ QString savePicture(QWidget* window, const QString& name, const QImage& image)
         return {};
     if (QFileInfo(file).suffix().isEmpty())
         file += QStringLiteral(".png");
-    try {
-        const std::filesystem::path target(file.toLocal8Bit().toStdString());
-        const std::filesystem::path directory = target.parent_path().empty() ? "." : target.parent_path();
-        ScratchFile scratch(directory, "picture", ".png");
-        if (!image.save(QString::fromLocal8Bit(scratch.path().c_str()), "PNG"))
-            throw std::system_error(std::make_error_code(std::errc::io_error));
-        scratch.putInPlace(target);
+    const QString failure = writePicture(file, image);
+    if (failure.isEmpty())
         return file;
-    } catch (const std::system_error& e) {
-        QMessageBox::warning(window, QStringLiteral("Veltrac"),
-                             QObject::tr("%1 cannot be written: %2")
-                                 .arg(file, QString::fromLocal8Bit(e.code().message().c_str())));
-        return {};
-    }
+    showBox(QMessageBox::Warning, window, QObject::tr("Save picture"), failure);
+    return {};
 }
 
 bool printPlot(QWidget* window, const Plot2D& plot, const std::vector<QColor>& colors)
@@ -88,7 +106,16 @@ bool printPlot(QWidget* window, const Plot2D& plot, const std::vector<QColor>& c
     look.colors = plotColors(colors);
     QtDriver driver(&printer);
     driver.BeginPage(0);
-    // Widths and glyphs count in pixels of the screen, of which the page has several.
+    if (!driver.isPainting()) {
+        const QString file = printer.outputFileName();
+        showBox(QMessageBox::Warning, window, QObject::tr("Print"),
+                file.isEmpty() ? QObject::tr("The printer cannot be reached.")
+                               : QObject::tr("%1 cannot be written.").arg(file));
+        return false;
+    }
+    // The driver reckons with the screen's 75 dots per inch.
+    look.widthFactor = kDotsPerInch / 75.0F;
+    // Glyphs count in pixels of the screen, of which the page has several.
     look.markerGap *= static_cast<int>(driver.characterUnit() / 11 + 1);
     drawPlot(plot, driver, driver.deviceRectangle().width(), look);
     driver.EndPage();

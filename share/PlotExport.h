@@ -20,7 +20,11 @@ QString plotHardCopy(QWidget* window, const QString& name, const PsParameters& p
 QString writePlotEps(const QString& fileName, const PsParameters& parameters, const Plot2D& plot,
                      const std::vector<QColor>& colors, bool withCursors);
 
-// Asks for a file name and writes a PNG file; an older one is replaced only by a whole one.
+// Writes a PNG file; an older one is replaced only by a whole one. Returns the failure's text, empty where
+// the file is whole.
+QString writePicture(const QString& fileName, const QImage& image);
+// The same after asking for a file name. Returns the file's name, empty where the user cancelled or it
+// failed.
 QString savePicture(QWidget* window, const QString& name, const QImage& image);
 
 // Asks for a printer. False where nothing was printed.

@@ -16,6 +16,7 @@ constexpr float kLineHeight = 1.2F;   // in character heights
 constexpr float kTopLines = 0.6F;     // above the first group, in line heights
 constexpr float kGapLines = 0.7F;     // between two groups
 constexpr float kLegendLines = 1.3F;  // of a legend
+constexpr float kPowerLines = 1.0F;   // of a power of ten above a y axis
 constexpr float kRightChars = 3.5F;   // behind the last label's middle
 constexpr float kLegendStroke = 2.5F;
 constexpr float kLegendGap = 1.2F;
@@ -106,9 +107,18 @@ private:
         return shown > 1 || hasNote;
     }
 
-    float linesAbove(std::size_t i) const
+    float linesAbove(std::size_t i)
     {
-        return (i == 0 ? kTopLines : kGapLines) + (hasLegend(i) ? kLegendLines : 0.0F);
+        const float own = hasLegend(i) ? kLegendLines : hasPower(i) ? kPowerLines : 0.0F;
+        return (i == 0 ? kTopLines : kGapLines) + own;
+    }
+
+    // Whether the y axis shares a power of ten: the height that is not known yet matters little.
+    bool hasPower(std::size_t i)
+    {
+        const auto count = static_cast<float>(m_layout.groupOf.size());
+        m_driver.SetViewport(0.0F, 0.0F, 1.0F, 1.0F / count);
+        return !yTicks(group(i)).powerText.empty();
     }
 
     // Heights first, because ticks depend on them; then the widest y axis gives the common left margin.
@@ -118,15 +128,17 @@ private:
         float above = m_plot.title.empty() ? 0.0F : 1.5F * m_charHeight;
         float free = 1.0F - bottom - above;
         double shares = 0.0;
+        std::vector<float> heads;
         for (std::size_t i = 0; i < m_layout.groupOf.size(); ++i) {
-            free -= linesAbove(i) * m_charHeight;
+            heads.push_back(linesAbove(i) * m_charHeight);
+            free -= heads.back();
             shares += std::max(group(i).share, 1e-3);
         }
         // Where there is no room at all the groups keep a sliver each, rather than none.
         free = std::max(free, 0.1F);
         float top = 1.0F - above;
         for (std::size_t i = 0; i < m_layout.groupOf.size(); ++i) {
-            top -= linesAbove(i) * m_charHeight;
+            top -= heads[i];
             const auto height = static_cast<float>(free * std::max(group(i).share, 1e-3) / shares);
             m_layout.groups.push_back({0.0F, top - height, 1.0F, top});
             top -= height;
@@ -200,6 +212,7 @@ private:
     {
         AxisStyle s = style();
         s.origin = group(i).toScale(group(i).y1());
+        s.scale = group(i).toScale(group(i).y2()) - s.origin;
         s.title = m_titles[i].c_str();
         return s;
     }
@@ -249,15 +262,14 @@ private:
     void drawAxes(std::size_t i)
     {
         setViewport(i);
-        const Group& g = group(i);
         const XAxis& axis = m_plot.axis();
-        m_driver.SetWindow(0.0F, 0.0F,
-                           static_cast<float>(axis.toScale(m_plot.x2()) - axis.toScale(m_plot.x1())),
-                           static_cast<float>(g.toScale(g.y2()) - g.toScale(g.y1())));
+        // The axes' own units may be too large or too small for the driver's floats.
+        m_driver.SetWindow(0.0F, 0.0F, 1.0F, 1.0F);
         plainPen();
         AxisStyle s = style();
         s.origin =
             axis.toScale(m_plot.x1()) + (axis.mode == XMode::Clock && !axis.logarithmic ? axis.origin : 0.0);
+        s.scale = axis.toScale(m_plot.x2()) - axis.toScale(m_plot.x1());
         s.hasLabels = i + 1 == m_layout.groups.size();
         const std::string title = xTitle();
         if (s.hasLabels)
@@ -284,8 +296,6 @@ private:
     void drawGroup(std::size_t i)
     {
         drawAxes(i);
-        setViewport(i);
-        m_driver.SetWindow(0.0F, 0.0F, 1.0F, 1.0F);
         m_driver.SetClip(true);
         for (const Curve& curve : m_curves)
             if (curve.group == m_layout.groupOf[i])
@@ -309,6 +319,16 @@ private:
         m_driver.SetLineWidth(static_cast<float>(v.widthMm) * m_look.widthFactor);
     }
 
+    // A dot is easily overlooked: where there is room for markers it gets a small one.
+    void drawLoneSample(const Curve& curve, const float* point)
+    {
+        constexpr int kFullSquare = 4;
+        if (curve.markers.empty())
+            m_driver.Dot(point[0], point[1]);
+        else if (curve.variable->variable().marker == 0)
+            m_driver.DrawMarker(point[0], point[1], kFullSquare, m_look.markerSize / 2);
+    }
+
     void drawCurve(const Curve& curve)
     {
         const Variable& v = curve.variable->variable();
@@ -318,7 +338,7 @@ private:
             for (const std::size_t end : curve.runEnds) {
                 const float* const points = &curve.points[2 * begin];
                 if (end - begin == 1)
-                    m_driver.Dot(points[0], points[1]);
+                    drawLoneSample(curve, points);
                 else
                     m_driver.Polyline(points, static_cast<int>(end - begin), false, false);
                 begin = end;

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <optional>
 
 #include "core/TsExceptions.h"
 #include "share/AxisTicks.h"
@@ -17,52 +18,83 @@ constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 constexpr int kFloatDigits = 7;
 constexpr int kTimeDigits = 12;
 
-QString clockText(const Plot2D& plot, double x)
-{
-    const double seconds = x + plot.axis().origin;
-    // What a date cannot hold is told as a number.
-    if (!(std::abs(seconds) < 1e14))
-        return QString::number(seconds);
-    const double whole = std::floor(seconds);
-    const QDateTime time = QDateTime::fromSecsSinceEpoch(static_cast<qint64>(whole));
-    QString text = time.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
-    const auto millis = static_cast<int>(std::floor((seconds - whole) * 1000.0 + 1e-6));
-    if (millis > 0)
-        text += QStringLiteral(".%1").arg(millis, 3, 10, QLatin1Char('0'));
-    return text;
-}
-
 QString label(const HsVariable& v)
 {
     return QString::fromStdString(v.variable().label);
 }
 
-}  // namespace
-
-namespace {
-
-// As many decimals as tell neighbouring samples apart: the 32-bit dt behind them has no more to say.
-QString numberText(const Plot2D& plot, double x)
+// As many decimals as tell neighbouring samples apart: the 32-bit dt behind them has no more to say. Nothing
+// where the step is not known.
+std::optional<int> decimalsOf(const Plot2D& plot)
 {
     constexpr int kMostDecimals = 12;
     const auto ref = plot.reference();
-    double step = 0.0;
+    double step = 1.0;
     try {
-        step = !ref || plot.axis().mode == XMode::Sample ? 1.0 : ref->variable().source()->step();
+        if (ref && plot.axis().mode != XMode::Sample)
+            step = ref->variable().source()->step();
     } catch (const TS::Failure&) {
-        step = 0.0;
+        return std::nullopt;
     }
-    if (!(step > 0.0) || std::abs(x) >= 1e15)
+    if (!(step > 0.0))
+        return std::nullopt;
+    // A step of 0.01 is a little less as a float.
+    constexpr double kFloatSlack = 1e-6;
+    return std::clamp(2 - static_cast<int>(std::floor(std::log10(step) + kFloatSlack)), 0, kMostDecimals);
+}
+
+QString withoutTrailingZeros(QString number)
+{
+    if (number.contains(QLatin1Char('.'))) {
+        while (number.endsWith(QLatin1Char('0')))
+            number.chop(1);
+        if (number.endsWith(QLatin1Char('.')))
+            number.chop(1);
+    }
+    return number;
+}
+
+QString numberText(const Plot2D& plot, double x)
+{
+    const std::optional<int> decimals = decimalsOf(plot);
+    if (!decimals || std::abs(x) >= 1e15)
         return QString::number(x, 'g', kTimeDigits);
-    const int decimals = std::clamp(2 - static_cast<int>(std::floor(std::log10(step))), 0, kMostDecimals);
-    QString text = QString::number(x, 'f', decimals);
-    if (text.contains(QLatin1Char('.'))) {
-        while (text.endsWith(QLatin1Char('0')))
-            text.chop(1);
-        if (text.endsWith(QLatin1Char('.')))
-            text.chop(1);
-    }
+    // Behind its seventh digit a multiple of a 32-bit dt is noise: 300 s and not 300.00001 s. Neighbours are
+    // told apart all the same.
+    const int told =
+        x == 0.0 ? *decimals : kFloatDigits - 1 - static_cast<int>(std::floor(std::log10(std::abs(x))));
+    const int used = std::clamp(told, std::max(0, *decimals - 2), *decimals);
+    const QString text = withoutTrailingZeros(QString::number(x, 'f', used));
     return text == QLatin1String("-0") ? QStringLiteral("0") : text;
+}
+
+QString clockText(const Plot2D& plot, double x)
+{
+    // What a double holds of the seconds of our days.
+    constexpr int kMostDecimals = 6;
+    const int decimals = std::min(decimalsOf(plot).value_or(kMostDecimals), kMostDecimals);
+    const double unit = std::pow(10.0, -decimals);
+    const double seconds = std::round((x + plot.axis().origin) / unit) * unit;
+    // What a date cannot hold is told as a number.
+    if (!(std::abs(seconds) < 1e14))
+        return QString::number(seconds);
+    const double whole = std::floor(seconds + unit / 2.0);
+    const QDateTime time = QDateTime::fromSecsSinceEpoch(static_cast<qint64>(whole));
+    const QString fraction =
+        withoutTrailingZeros(QString::number(std::max(0.0, seconds - whole), 'f', decimals));
+    return time.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")) + fraction.mid(1);
+}
+
+// "73 d 06:00:00"
+QString durationText(double seconds)
+{
+    constexpr qint64 kMinute = 60, kHour = 3600, kDay = 86400;
+    const auto whole = static_cast<qint64>(std::llround(seconds));
+    const QString time = QStringLiteral("%1:%2:%3")
+                             .arg(whole % kDay / kHour, 2, 10, QLatin1Char('0'))
+                             .arg(whole % kHour / kMinute, 2, 10, QLatin1Char('0'))
+                             .arg(whole % kMinute, 2, 10, QLatin1Char('0'));
+    return whole < kDay ? time : QStringLiteral("%1 d ").arg(whole / kDay) + time;
 }
 
 }  // namespace
@@ -72,6 +104,13 @@ QString valueText(double value)
     if (std::isnan(value))
         return QStringLiteral("missing");
     return QString::number(value, 'g', kFloatDigits);
+}
+
+QString valueWithUnit(const HsVariable& variable, double value)
+{
+    const QString unit = QString::fromStdString(variable.variable().unit);
+    return std::isnan(value) || unit.isEmpty() ? valueText(value)
+                                               : valueText(value) + QLatin1Char(' ') + unit;
 }
 
 QString xUnit(const Plot2D& plot)
@@ -97,7 +136,12 @@ QString distanceText(const Plot2D& plot, double dx)
 {
     if (plot.axis().mode == XMode::Sample)
         return numberText(plot, dx) + QStringLiteral(" samples");
-    return numberText(plot, dx) + QLatin1Char(' ') + xUnit(plot);
+    const QString text = numberText(plot, dx) + QLatin1Char(' ') + xUnit(plot);
+    constexpr double kMinute = 60.0;
+    // Between dates nobody counts in seconds alone.
+    return plot.axis().mode == XMode::Clock && std::abs(dx) >= kMinute && std::abs(dx) < 1e14
+               ? text + QStringLiteral(" (%1)").arg(durationText(std::abs(dx)))
+               : text;
 }
 
 QString inverseText(const Plot2D& plot, double dx)
@@ -141,9 +185,7 @@ Readout readoutAt(const Plot2D& plot, double x)
     }
     for (const auto& v : plot.variables())
         if (v->variable().visible)
-            rows.append({label(*v), (valueText(valueAt(plot, *v, at)) + QLatin1Char(' ') +
-                                     QString::fromStdString(v->variable().unit))
-                                        .trimmed()});
+            rows.append({label(*v), valueWithUnit(*v, valueAt(plot, *v, at))});
     return rows;
 }
 

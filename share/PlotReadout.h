@@ -9,9 +9,12 @@
 
 // A value with as many digits as a 32-bit float holds; "missing" for a NaN.
 QString valueText(double value);
+// The same with the variable's unit, which a missing value has not.
+QString valueWithUnit(const HsVariable& variable, double value);
 // x as the axis tells it: "sample 12", "12.345 s" or "2024-05-17 13:45:30.250".
 QString xText(const Plot2D& plot, double x);
-// A distance on the x axis, and its inverse: "0.8 s", "1.25 Hz"; samples have no inverse.
+// A distance on the x axis ("0.8 s"; between dates also in days, "93784 s (1 d 02:03:04)"), and its inverse
+// ("1.25 Hz"); samples have no inverse.
 QString distanceText(const Plot2D& plot, double dx);
 QString inverseText(const Plot2D& plot, double dx);
 // The unit in the x axis' title, "s" where it has none.

@@ -31,15 +31,12 @@ constexpr std::size_t kShownAtOpening = 8;
 constexpr int kWatchMs = 2000;
 constexpr int kMessageMs = 8000;
 
-// Keys with Ctrl hold for the whole window; the plain ones are the canvas' own.
-void ownControlKeys(QMenu& menu)
+// The keys that are shortcuts hold for the whole window.
+void ownShortcuts(QMenu& menu)
 {
-    for (QAction* const action : menu.actions()) {
-        const QString key = action->shortcut().toString(QKeySequence::PortableText);
-        if (key.startsWith(QLatin1String("Ctrl+")) && !key.contains(QLatin1String("Left")) &&
-            !key.contains(QLatin1String("Right")))
+    for (QAction* const action : menu.actions())
+        if (!action->shortcut().isEmpty())
             action->setShortcutContext(Qt::WindowShortcut);
-    }
 }
 
 }  // namespace
@@ -90,14 +87,14 @@ void PlotWindow::createMenus()
                                         tr("Add the columns of a file.")));
     m_fileMenu->addSeparator();
     m_fileMenu->addAction(new HydAction(QStringLiteral("SaveTS"), QKeySequence(), this,
-                                        SLOT(sl_saveInterval()), tr("Save interval as &ts-file…"),
+                                        SLOT(sl_saveInterval()), tr("Save &interval as ts-file…"),
                                         tr("Save the samples between the cursors, else those in view.")));
-    m_fileMenu->addAction(tr("Save interval as ts&a…"), this, &PlotWindow::sl_exportInterval);
+    m_fileMenu->addAction(tr("Save interval as &tsa…"), this, &PlotWindow::sl_exportInterval);
     m_fileMenu->addSeparator();
 
     m_viewMenu = menuBar()->addMenu(tr("&View"));
     m_canvas->fillViewMenu(*m_viewMenu);
-    ownControlKeys(*m_viewMenu);
+    ownShortcuts(*m_viewMenu);
     m_viewMenu->addSeparator();
     m_viewMenu->addAction(new HydAction(QStringLiteral("Refresh"), QKeySequence(Qt::Key_F5), this,
                                         SLOT(sl_refresh()), tr("&Refresh"),
@@ -118,9 +115,9 @@ void PlotWindow::createMenus()
         plot->addAction(tr("&Colors…"), m_menu, &VariableMenu::editColors);
     });
     m_canvas->fillOutputMenu(*m_fileMenu);
-    ownControlKeys(*m_fileMenu);
+    ownShortcuts(*m_fileMenu);
     m_fileMenu->addSeparator();
-    m_fileMenu->addAction(tr("&Close"), this, &QWidget::close, QKeySequence(QStringLiteral("Ctrl+W")));
+    m_fileMenu->addAction(tr("C&lose"), this, &QWidget::close, QKeySequence(QStringLiteral("Ctrl+W")));
 
     QMenu* const help = menuBar()->addMenu(tr("&Help"));
     help->addAction(new HydAction(QStringLiteral("Help"), QKeySequence(Qt::Key_F1), this, SLOT(sl_help()),
@@ -269,14 +266,6 @@ void PlotWindow::shownChanged(bool fit)
     }
     if (!m_canvas->refresh(fit))
         tell(tr("The reading was cancelled; F5 reads on."));
-    try {
-        for (Group& g : plot.groups())
-            if (g.mode == YMode::Whole)
-                g.fitY();
-    } catch (const TS::Failure&) {
-        // As above.
-    }
-    m_canvas->replot();
     m_variables->rebuild();
     tellNotices();
 }
@@ -356,6 +345,8 @@ void PlotWindow::sl_checkFiles()
 void PlotWindow::reloadChanged()
 {
     FileArray& files = m_canvas->files();
+    // Who sees all of a file that grows wants to see what has come.
+    const bool sawAll = showsAll();
     for (std::size_t i = 0; i < files.size(); ++i) {
         const auto file = files.file(i);
         if (!files.changedOnDisk(i))
@@ -377,8 +368,21 @@ void PlotWindow::reloadChanged()
     m_changed->hide();
     m_toldChange.clear();
     shownChanged(false);
-    // The data may end elsewhere now.
-    m_canvas->showRange(m_canvas->plot().x1(), m_canvas->plot().x2(), 0);
+    if (sawAll || showsAll())
+        m_canvas->sl_fitAll();
+    else  // the data may end elsewhere now
+        m_canvas->showRange(m_canvas->plot().x1(), m_canvas->plot().x2(), 0);
+}
+
+bool PlotWindow::showsAll() const
+{
+    const Plot2D& plot = m_canvas->plot();
+    try {
+        const Plot2D::Extent all = plot.extent();
+        return plot.x1() <= all.x1 && plot.x2() >= all.x2;
+    } catch (const TS::Failure&) {
+        return false;
+    }
 }
 
 void PlotWindow::tellNotices()

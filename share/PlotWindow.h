@@ -74,6 +74,8 @@ private:
     void alignStart(bool on);
     void removeFile(int file);
     void reloadChanged();
+    // Nothing of the series lies outside of the view.
+    bool showsAll() const;
     void tellNotices();
     // The rows of a file in the interval A–B, else in view; none where `last` is 0.
     Rows intervalOf(const std::shared_ptr<PlotFile>& file);

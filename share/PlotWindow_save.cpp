@@ -117,7 +117,8 @@ void PlotWindow::sl_saveInterval()
                  .arg(progress.seconds(), 0, 'f', 1));
         emit x_directory_changed();
     } catch (const TS::Failure&) {
-        showBox(QMessageBox::Warning, this, tr("Save interval"), tr("%1 could not be saved.").arg(name));
+        showBox(QMessageBox::Warning, this, tr("Save interval"),
+                tr("%1 could not be saved: reading or writing failed; the disk may be full.").arg(name));
     } catch (const std::system_error& e) {
         showBox(
             QMessageBox::Warning, this, tr("Save interval"),

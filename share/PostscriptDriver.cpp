@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <clocale>
 #include <cmath>
-#include <cstdio>
-#include <cstring>
 
 #include "share/DashPatterns.h"
 #include "share/PsLines.h"
@@ -12,11 +10,8 @@
 
 namespace {
 
-constexpr double kPointsPerMm = 72.0 / 25.4;
 constexpr int kMostSegments = 100;
 constexpr float kForgotten = -999.0F;
-constexpr float kTextWidthFactor = 0.6F;  // Courier's width; digits of the other families are narrower
-constexpr float kJustificationShift = 0.6F;
 constexpr int kLandscape = 1;
 constexpr int kNoRotation = 2;  // flag of BeginPage()
 
@@ -43,15 +38,6 @@ constexpr const char* kProcedures[] = {
     "       moveto show grestore } bind def",
 };
 
-template <typename... Values>
-std::string formatted(const char* format, Values... values)
-{
-    // Wide enough for any number in "%.1f"; textLine() keeps the length of a line.
-    char buffer[512];
-    const int length = std::snprintf(buffer, sizeof buffer, format, values...);
-    return {buffer, std::min<std::size_t>(static_cast<std::size_t>(std::max(length, 0)), sizeof buffer - 1)};
-}
-
 double clamped(float coordinate)
 {
     constexpr float kLeast = -999.0F;
@@ -61,41 +47,15 @@ double clamped(float coordinate)
     return std::min(coordinate, kMost);
 }
 
-bool isAll(std::initializer_list<float> numbers)
-{
-    return std::all_of(numbers.begin(), numbers.end(), [](float number) { return std::isfinite(number); });
-}
-
-const char* fontNameOf(int family, bool bold)
-{
-    switch (family) {
-        case kFontTimes:
-            return bold ? "Times-Bold" : "Times-Roman";
-        case kFontCourier:
-            return bold ? "Courier-Bold" : "Courier";
-        default:
-            return bold ? "Helvetica-Bold" : "Helvetica";
-    }
-}
-
-int familyOf(const char* fontName)
-{
-    switch (*fontName) {
-        case 'T':
-            return kFontTimes;
-        case 'C':
-            return kFontCourier;
-        default:
-            return kFontHelvetica;
-    }
-}
-
 }  // namespace
 
 PostscriptDriver::PostscriptDriver(const char* fileName, const PsParameters* parameters)
 {
     if (parameters != nullptr) {
         m_parameters = *parameters;
+        // Whoever filled the fields to the brim left no room for the zero.
+        m_parameters.fontName[sizeof m_parameters.fontName - 1] = '\0';
+        m_parameters.creator[sizeof m_parameters.creator - 1] = '\0';
     } else {
         PsParameters::setText(m_parameters.fontName, "Times-Roman");
         PsParameters::setText(m_parameters.creator, "unknown");
@@ -265,7 +225,7 @@ void PostscriptDriver::DrawMarker(float x, float y, int marker, int size)
 {
     float centreX = 0.0F, centreY = 0.0F;
     WorldToDevice(x, y, &centreX, &centreY);
-    if (!isAll({centreX, centreY}))
+    if (!areFinite({centreX, centreY}))
         return;
     const int style = m_lineStyle;
     SetLineStyle(0);
@@ -354,7 +314,7 @@ void PostscriptDriver::Dot(float x, float y)
     stroke();
     float deviceX = 0.0F, deviceY = 0.0F;
     WorldToDevice(x, y, &deviceX, &deviceY);
-    if (isAll({deviceX, deviceY}))
+    if (areFinite({deviceX, deviceY}))
         emitLine(compactedLine(
             formatted("%.1f %.1f _d", static_cast<double>(deviceX), static_cast<double>(deviceY))));
 }
@@ -365,7 +325,7 @@ void PostscriptDriver::Arc(float x, float y, float radius, float startAngle, flo
     float deviceX = 0.0F, deviceY = 0.0F;
     WorldToDevice(x, y, &deviceX, &deviceY);
     const float points = deviceRadius(radius);
-    if (!isAll({deviceX, deviceY, points, startAngle, endAngle}))
+    if (!areFinite({deviceX, deviceY, points, startAngle, endAngle}))
         return;
     emitLine(formatted("_n %.1f %.1f %.1f %.1f %.1f %s", static_cast<double>(deviceX),
                        static_cast<double>(deviceY), static_cast<double>(points),
@@ -386,112 +346,6 @@ void PostscriptDriver::Polyline(const float* points, int count, bool closed, boo
         LineTo(points[0], points[1]);
     m_filling = false;
     endPath(fill ? "_f" : "_s");
-}
-
-void PostscriptDriver::FontControl(float size, int flags)
-{
-    stroke();
-    int family = flags & kFontFamilyMask;
-    bool bold = (flags & kFontBold) != 0;
-    if (family == 0) {
-        family = familyOf(m_parameters.fontName);
-        bold = false;
-    }
-    constexpr int kSizeUnit = kFontSizeInMetres | kFontSizeInPoints;
-    double points = static_cast<double>(size) * m_parameters.baseFontSize;
-    if ((flags & kSizeUnit) == kFontSizeInPoints)
-        points = static_cast<double>(size);
-    else if ((flags & kSizeUnit) == kFontSizeInMetres)
-        points = 1000.0 * static_cast<double>(size) * kPointsPerMm;
-    if (points == 0.0)
-        points = m_parameters.baseFontSize;
-    const auto height = static_cast<float>(points);
-    if (m_fontKnown && family == m_family && bold == m_bold && height == m_characterHeight)
-        return;
-    m_family = family;
-    m_bold = bold;
-    m_characterHeight = height;
-    writeFont();
-}
-
-void PostscriptDriver::writeFont()
-{
-    emitLine(compactedLine(
-        formatted("%4.1f /%s _F", static_cast<double>(m_characterHeight), fontNameOf(m_family, m_bold))));
-    m_fontKnown = true;
-}
-
-void PostscriptDriver::Text(const char* string, int length, float angle, int flags)
-{
-    stroke();
-    std::string_view text(
-        string, length > 0 ? strnlen(string, static_cast<std::size_t>(length)) : std::strlen(string));
-    while (!text.empty() && static_cast<unsigned char>(text.back()) <= ' ')
-        text.remove_suffix(1);
-    if (text.empty() || !isAll({m_x, m_y, angle, m_hJustification, m_vJustification}))
-        return;
-    if ((flags & (kFontFamilyMask | kFontBold)) != 0)
-        FontControl(m_characterHeight, (flags & (kFontFamilyMask | kFontBold)) | kFontSizeInPoints);
-    else if (m_family == 0)
-        FontControl(1.0F, 0);
-    else if (!m_fontKnown)
-        writeFont();
-
-    const float h = std::clamp(m_hJustification, 0.0F, 1.0F);
-    const float shift = kJustificationShift * m_characterHeight * (m_hJustification - h);
-    const bool isTurned = std::fmod(angle, 360.0F) != 0.0F;
-    auto x = static_cast<double>(m_x - shift);
-    auto y = static_cast<double>(m_y);
-    if (isTurned) {
-        emitLine(compactedLine(formatted("gsave %.1f %.1f translate %.1f rotate", static_cast<double>(m_x),
-                                         static_cast<double>(m_y), static_cast<double>(angle))));
-        x = static_cast<double>(-shift);
-        y = 0.0;
-    }
-    emitLine(textLine(compactedLine(formatted("%.1f %.1f _m", x, y)), standardText(text),
-                      compactedLine(formatted(" %.1f %.1f _js", static_cast<double>(h),
-                                              static_cast<double>(m_vJustification)))));
-    if (isTurned)
-        emitLine("grestore");
-    m_movePending = true;
-}
-
-void PostscriptDriver::TextExtent(const char* string, float* width, float* height)
-{
-    const float points =
-        m_characterHeight > 0.0F ? m_characterHeight : static_cast<float>(m_parameters.baseFontSize);
-    if (width != nullptr)
-        *width = static_cast<float>(standardText(string).size()) * points * kTextWidthFactor /
-                 (m_deviceXMax - m_deviceXMin);
-    if (height != nullptr)
-        *height = points * kTextWidthFactor / (m_deviceYMax - m_deviceYMin);
-}
-
-void PostscriptDriver::DrawStamp(int id, const char* text)
-{
-    constexpr double kSize = 5.0;
-    constexpr double kInset = 4.0;
-    stroke();
-    const std::string standard = standardText(text);
-    double x = static_cast<double>(m_deviceXMin) + kInset;
-    double y = static_cast<double>(m_deviceYMin) + kInset;
-    if (id == 1) {
-        emitLine(formatted("gsave %.1f %.1f translate %1f %1f scale", x, y, 1.0, 1.0));
-        const double width = static_cast<double>(standard.size()) * kSize * 0.7 + 2.0 * kInset;
-        emitLine(formatted("0.3 setlinewidth [] 0 _P 0 0 .3 setrgbcolor _n 0 0 moveto %.1f 0 lineto", width));
-        emitLine(formatted("%.1f 12 lineto 0 12 lineto closepath stroke", width));
-        x = kInset;
-        y = kInset;
-    }
-    emitLine(textLine(formatted("gsave %.1f /AvantGarde-DemiOblique _F 0 0 .3 setrgbcolor %.1f %.1f _m 1 1.5"
-                                " scale ",
-                                kSize, x, y),
-                      standard, " show grestore"));
-    if (id == 1)
-        emitLine("grestore");
-    // grestore brings the font back, but not the height that the justification of texts reckons with.
-    m_fontKnown = false;
-    m_movePending = true;
 }
 
 void PostscriptDriver::FilledBox(float x1, float y1, float x2, float y2, bool fill)

@@ -170,7 +170,6 @@ bool PsConfigDialog::fieldsAreValid()
 bool PsConfigDialog::marginsLeaveRoom() const
 {
     const Paper& paper = kPapers[static_cast<std::size_t>(m_paper->currentIndex())];
-    constexpr double kPointsPerMm = 72.0 / 25.4;
     const double across = (m_margins[0]->number() + m_margins[1]->number()) * kPointsPerMm;
     const double along = (m_margins[2]->number() + m_margins[3]->number()) * kPointsPerMm;
     return across < paper.width && along < paper.height;

@@ -4,6 +4,8 @@
 
 #include <array>
 
+inline constexpr double kPointsPerMm = 72.0 / 25.4;
+
 // How a plot's grid lines are drawn.
 enum class GridStyle { None, Gray, Dotted, Black };
 

@@ -24,7 +24,6 @@ constexpr int kScreenDotsPerInch = 75;
 constexpr int kCharacterUnit = 11;
 constexpr int kLineUnit = 13;
 constexpr int kReservedPoints = 1000;
-constexpr float kJustificationShift = 0.6F;
 
 int truncated(float pixels)
 {
@@ -59,6 +58,7 @@ void QtDriver::BeginPage(int flags)
     if (m_painter.isActive())
         m_painter.end();
     m_points.clear();
+    m_pixelRatio = 1.0F;
     if (m_target != nullptr)
         m_painter.begin(m_target);
     else if (m_device != nullptr)
@@ -111,12 +111,15 @@ void QtDriver::findDeviceRectangle()
     if (m_target != nullptr) {
         m_deviceRectangle = m_target->inherits("QFrame") ? m_target->contentsRect() : m_target->rect();
     } else if (m_device != nullptr) {
+        m_deviceRectangle = QRect(0, 0, m_device->width(), m_device->height());
         const double ratio = m_device->devicePixelRatioF();
-        m_deviceRectangle = QRect(0, 0, static_cast<int>(m_device->width() / ratio),
-                                  static_cast<int>(m_device->height() / ratio));
         if (m_painter.isActive() && ratio == 1.0) {
             m_painter.setWindow(m_deviceRectangle);
             m_painter.setViewport(m_deviceRectangle);
+        } else if (m_painter.isActive()) {
+            // Every pixel of a high-density picture counts, while sizes stay those of its logical ones.
+            m_painter.scale(1.0 / ratio, 1.0 / ratio);
+            m_pixelRatio = static_cast<float>(ratio);
         }
     }
     if (m_painter.isActive() && m_painter.paintEngine()->type() == QPaintEngine::PostScript)
@@ -140,8 +143,8 @@ void QtDriver::subtractPageMargins()
 
 void QtDriver::chooseUnits()
 {
-    m_characterUnit = kCharacterUnit;
-    m_lineUnit = kLineUnit;
+    m_characterUnit = truncated(kCharacterUnit * m_pixelRatio);
+    m_lineUnit = truncated(kLineUnit * m_pixelRatio);
     if (!isPageEngine())
         return;
     const int width = m_deviceRectangle.width();
@@ -151,7 +154,7 @@ void QtDriver::chooseUnits()
 
 float QtDriver::magnification() const
 {
-    return isPageEngine() ? static_cast<float>(m_characterUnit) / kCharacterUnit : 1.0F;
+    return isPageEngine() ? static_cast<float>(m_characterUnit) / kCharacterUnit : m_pixelRatio;
 }
 
 void QtDriver::UpdateScale()
@@ -212,7 +215,8 @@ void QtDriver::SetLineWidth(float width)
     drawPoints();
     m_lineWidth = width;
     constexpr float kMmPerInch = 25.4F;
-    m_penWidth = std::max(1, truncated(kScreenDotsPerInch * width / kMmPerInch));
+    const int logicalPixels = std::max(1, truncated(kScreenDotsPerInch * width / kMmPerInch));
+    m_penWidth = std::max(1, truncated(static_cast<float>(logicalPixels) * m_pixelRatio));
     applyPen();
 }
 

@@ -1,8 +1,9 @@
 // Paints on a widget (inside its paint event), on a picture or on a printer.
 //
 // Lines are drawn between whole pixels: pixel x = left + trunc(width · nx), pixel y = top + trunc((1 − ny) ·
-// height). The screen counts as 75 dots per inch, whatever its real resolution. Pixels are logical ones on
-// pictures and widgets with a device pixel ratio.
+// height). The screen counts as 75 dots per inch, whatever its real resolution. On a picture with a device
+// pixel ratio pixels are those that it is made of, and widths, texts and glyphs grow with the ratio; on such
+// a widget pixels are logical ones.
 #pragma once
 
 #include <QFont>
@@ -54,6 +55,8 @@ public:
     // Pixels of the device, y downwards. Good from BeginPage() on.
     const QRect& deviceRectangle() const noexcept { return m_deviceRectangle; }
     const QRect& viewportRectangle() const noexcept { return m_viewportRectangle; }
+    // Between BeginPage() and EndPage(), unless the device cannot be painted on.
+    bool isPainting() const { return m_painter.isActive(); }
     int characterUnit() const noexcept { return m_characterUnit; }
     int lineUnit() const noexcept { return m_lineUnit; }
 
@@ -75,6 +78,7 @@ private:
     QRect m_viewportRectangle;
     std::unique_ptr<QFont> m_font;
     std::unique_ptr<QFontMetrics> m_metrics;
+    float m_pixelRatio = 1.0F;  // of a picture
     int m_characterUnit = 11;
     int m_lineUnit = 13;
     int m_pixelFontSize = 11;

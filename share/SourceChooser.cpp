@@ -3,6 +3,7 @@
 #include <QCollator>
 #include <QDir>
 #include <QDirIterator>
+#include <QEvent>
 #include <QFileInfo>
 #include <QFormLayout>
 #include <QSignalBlocker>
@@ -12,6 +13,7 @@
 
 #include "core/TsNames.h"
 #include "share/HeaderText.h"
+#include "share/JobProgress.h"
 
 namespace {
 
@@ -43,6 +45,13 @@ FileCombo::FileCombo(QWidget* parent) : QComboBox(parent)
     refresh();
 }
 
+QString FileCombo::file() const
+{
+    if (currentText().isEmpty() || m_directory == QDir::currentPath())
+        return currentText();
+    return QDir(m_directory).absoluteFilePath(currentText());
+}
+
 bool FileCombo::setFile(const QString& name)
 {
     const bool here = QFileInfo(name).absoluteDir() == QDir::current();
@@ -58,12 +67,15 @@ bool FileCombo::setFile(const QString& name)
 
 void FileCombo::refresh()
 {
-    const QString before = currentText();
+    const bool isFirst = m_directory.isEmpty();
+    const QString before = file();
     const QSignalBlocker quiet(this);
+    m_directory = QDir::currentPath();
     clear();
     addItems(tsFileNames());
-    if (!before.isEmpty())
-        setFile(before);
+    // A file that is gone is shown as none, not as another one of the directory.
+    if (!isFirst && (before.isEmpty() || !setFile(before)))
+        setCurrentIndex(-1);
 }
 
 ColumnCombo::ColumnCombo(QWidget* parent) : QComboBox(parent)
@@ -134,6 +146,13 @@ void SourceChooser::refresh()
 {
     m_files->refresh();
     showColumns();
+}
+
+void SourceChooser::changeEvent(QEvent* event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::ActivationChange && isActiveWindow() && !JobProgress::isRunning())
+        refresh();
 }
 
 void SourceChooser::showColumns()

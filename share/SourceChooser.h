@@ -15,12 +15,17 @@ class FileCombo : public QComboBox
 public:
     explicit FileCombo(QWidget* parent = nullptr);
 
-    // The file's name as the directory shows it; empty where there is none.
-    QString file() const { return currentText(); }
+    // The file's name as the directory shows it, or its path where the working directory is another one by
+    // now; empty where none is chosen.
+    QString file() const;
     // Chooses a file; one of another directory is added by its absolute path. False where it does not exist.
     bool setFile(const QString& name);
-    // Reads the directory again and keeps the choice where it is still there.
+    // Reads the working directory again and keeps the choice, wherever it lies. None is chosen afterwards
+    // where it is gone.
     void refresh();
+
+private:
+    QString m_directory;  // that was read
 };
 
 // A box of the columns of one ts-file: names, or "Column 3" where a name is empty.
@@ -58,6 +63,10 @@ public:
 signals:
     // The file or the column has changed, by the user or by choose() and refresh().
     void x_source_changed();
+
+protected:
+    // Reads the directory again when the user comes back to the window.
+    void changeEvent(QEvent* event) override;
 
 private:
     void showColumns();

@@ -13,7 +13,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "core/TsExceptions.h"
 #include "portal/TsApplication.h"
 #include "share/BasicDriver.h"
 #include "share/ColorConfigDialog.h"
@@ -72,9 +71,7 @@ bool askScaling(QWidget* parent, const QString& shiftUnit, Scaling& scaling)
     auto* const label = new QLineEdit(scaling.label, &dialog);
     auto* const reason = new QLabel(&dialog);
     const auto field = [&](double value) {
-        auto* const f = new NumberField(QString::number(value, 'g', kDigits), &dialog);
-        f->setReasonLabel(reason);
-        return f;
+        return new NumberField(QString::number(value, 'g', kDigits), &dialog);
     };
     NumberField* const gain = field(scaling.gain);
     NumberField* const offset = field(scaling.offset);
@@ -90,7 +87,14 @@ bool askScaling(QWidget* parent, const QString& shiftUnit, Scaling& scaling)
     form->addRow(QObject::tr("&Time shift [%1]:").arg(shiftUnit), shift);
     form->addRow(reason);
     form->addRow(buttons);
-    const auto check = [=] { ok->setEnabled(gain->isValid() && offset->isValid() && shift->isValid()); };
+    const auto check = [=] {
+        QString why;
+        for (const NumberField* const f : {shift, offset, gain})
+            if (!f->isValid())
+                why = f->reason();
+        reason->setText(why);
+        ok->setEnabled(why.isEmpty());
+    };
     for (NumberField* const f : {gain, offset, shift})
         QObject::connect(f, &NumberField::x_validated, &dialog, check);
     QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
@@ -208,13 +212,6 @@ void VariableMenu::moveToGroup(const std::shared_ptr<HsVariable>& variable, int 
     variable->setLogarithmic(plot.groups()[static_cast<std::size_t>(group)].isLogarithmic());
     std::erase_if(plot.groups(), [](const Group& g) { return g.variables().empty(); });
     m_canvas->refresh(false);
-    try {
-        for (Group& g : plot.groups())
-            if (g.mode == YMode::Whole)
-                g.fitY();
-    } catch (const TS::Failure&) {
-        // The variable tells it in its group.
-    }
     changed();
 }
 
@@ -229,13 +226,6 @@ void VariableMenu::editScaling(const std::shared_ptr<HsVariable>& variable)
     v.offset = scaling.offset;
     v.timeShift = scaling.shift;
     m_canvas->refresh(false);
-    try {
-        for (Group& g : m_canvas->plot().groups())
-            if (g.mode == YMode::Whole)
-                g.fitY();
-    } catch (const TS::Failure&) {
-        // The variable tells it in its group.
-    }
     changed();
 }
 

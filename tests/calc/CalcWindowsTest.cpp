@@ -6,6 +6,7 @@
 #include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
 #include <QPointer>
 #include <QStatusBar>
 #include <QTableWidget>
@@ -21,8 +22,10 @@
 #include "calc/IntegrateWin.h"
 #include "core/TSFILE.h"
 #include "share/NumberField.h"
+#include "share/PlotCanvas.h"
 #include "tests/BoxAnswer.h"
 #include "tests/Desk.h"
+#include "tests/FileSizeLimit.h"
 #include "tests/core/TsFileBytes.h"
 
 namespace {
@@ -195,4 +198,57 @@ TEST_F(CalcWindows, SpectrumAsksAboutMissingValuesAndTellsWhatItCannotDo)
     for (const QLabel* const label : window.findChildren<QLabel*>())
         told = told || label->text() == QLatin1String("The range holds fewer than 2 samples.");
     EXPECT_TRUE(told);
+}
+
+TEST_F(CalcWindows, FullDiskLeavesNoScratchFileAndNoHalfResult)
+{
+    auto* const derivative = new DerivativeWin(QStringLiteral("a.ts"), 2);
+    auto* const spectrum = new DFTWin(QStringLiteral("a.ts"), 2);
+    {
+        const FileSizeLimit full(2048);
+        derivative->sl_execute();
+        EXPECT_EQ(scratchFiles(), 0U);
+        const BoxAnswer told(QStringLiteral("Ok"));
+        spectrum->sl_execute();
+        EXPECT_TRUE(told.wasAsked());
+    }
+    EXPECT_FALSE(std::filesystem::exists("tempDFT.ts"));
+    // Both can do it now, and the wait cursor of the failure is gone.
+    derivative->sl_execute();
+    spectrum->sl_execute();
+    EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+    {
+        const FileSizeLimit full(2048);
+        const BoxAnswer save(QStringLiteral("&Save"), [](QWidget& dialog) {
+            typeName(dialog, "a_fft.ts");
+            QTimer::singleShot(50, [] { QApplication::activeModalWidget()->close(); });
+        });
+        spectrum->sl_saveResults();
+        EXPECT_FALSE(std::filesystem::exists("a_fft.ts"));
+        const BoxAnswer no(QStringLiteral("&No"));
+        EXPECT_TRUE(close(spectrum));
+        EXPECT_EQ(no.text(), "Do you want to save the results?");
+    }
+    delete derivative;
+    EXPECT_EQ(scratchFiles(), 0U);
+}
+
+TEST_F(CalcWindows, ChoicesOfTheSpectrumOutliveAnotherColumnAndTheNextCalculation)
+{
+    DFTWin window(QStringLiteral("a.ts"), 2);
+    NumberField* const to = window.findChildren<NumberField*>().at(1);
+    to->setText(QStringLiteral("1000"));
+    window.sl_execute();
+    for (QAction* const action : window.findChildren<QAction*>())
+        if (action->text().remove(QLatin1Char('&')) == QLatin1String("Logarithmic frequency"))
+            action->trigger();
+    auto* const canvas = window.findChild<PlotCanvas*>();
+    EXPECT_TRUE(canvas->plot().axis().logarithmic);
+    for (QComboBox* const box : window.findChildren<QComboBox*>())
+        if (box->accessibleName() == QLatin1String("Source column"))
+            box->setCurrentIndex(0);
+    EXPECT_EQ(to->text(), "1000");
+    window.sl_execute();
+    EXPECT_TRUE(canvas->plot().axis().logarithmic);
+    EXPECT_EQ(TSFILE("tempDFT", true).samples(), 500U);
 }

@@ -10,6 +10,7 @@
 
 #include "calc/SpectrumPeaks.h"
 #include "calc/SpectrumSamples.h"
+#include "calc/WindowShape.h"
 #include "calc/mixfft.h"
 #include "tests/core/TsFileBytes.h"
 
@@ -170,6 +171,46 @@ TEST(Spectrum, MissingSamplesAreCountedAndBridged)
     EXPECT_NEAR(spectrumOf(file, request)->value(10, 2), 2.0, 1e-3);
 }
 
+TEST(Spectrum, MissingSamplesAtSegmentBordersTakeTheLineToTheNeighbourBeyond)
+{
+    const TestDirectory directory;
+    TSFILE file("a", 2000, 1, 0);
+    fill(file, [](double i) {
+        const bool isMissing = (i > 240 && i < 260) || (i > 499 && i < 1300) || (i > 1490 && i < 1500);
+        return isMissing ? NAN : 0.25 * i;
+    });
+    SpectrumRequest request = requestFor(file);
+    request.interpolate = true;
+    request.trend = SpectrumTrend::Line;
+    request.from = 250;  // in a gap whose beginning lies before the range
+    for (const bool averaged : {true, false}) {
+        request.averaged = averaged;
+        request.segment = 250;
+        request.overlapPercent = averaged ? 67 : 0;
+        const auto spectrum = spectrumOf(file, request);
+        for (std::uint32_t k = 1; k <= spectrum->samples(); ++k)
+            ASSERT_LT(spectrum->value(k, 2), 1e-9) << k;
+    }
+}
+
+TEST(Spectrum, WeightsOfWindowsDoNotDriftOverALongRange)
+{
+    constexpr std::uint32_t kLong = 1000000;
+    for (int w = 0; w < kSpectrumWindows; ++w) {
+        const auto window = static_cast<SpectrumWindow>(w);
+        SCOPED_TRACE(spectrumWindowName(window));
+        WindowShape shape(window, kLong);
+        std::vector<double> weights(kLong);
+        shape.fill(0, weights);
+        for (std::uint32_t i = 1; i < kLong; ++i)
+            ASSERT_NEAR(weights[i], weights[kLong - i], 1e-14) << i;
+        if (window == SpectrumWindow::Hann) {
+            EXPECT_NEAR(shape.sum() / kLong, 1.0 / 2.0, 1e-12);
+            EXPECT_NEAR(shape.squares() / kLong, 3.0 / 8.0, 1e-12);
+        }
+    }
+}
+
 TEST(Spectrum, LengthsAreTheGreatestAndTheLeastThatTheTransformTakes)
 {
     const auto is235 = [](std::uint32_t n) {
@@ -187,6 +228,11 @@ TEST(Spectrum, LengthsAreTheGreatestAndTheLeastThatTheTransformTakes)
         ASSERT_TRUE(longer >= m && is235(longer)) << m;
     }
     EXPECT_GT(shortenedLength(1000003), 998000U);
+    // No transform has more samples than a signed 32-bit number tells.
+    for (const std::uint32_t m : {2147483647U, 4294967295U}) {
+        EXPECT_TRUE(isTransformLength(static_cast<int>(shortenedLength(m)))) << m;
+        EXPECT_TRUE(isTransformLength(static_cast<int>(paddedLength(m)))) << m;
+    }
     SpectrumRequest one;
     EXPECT_EQ(planSpectrum(one).bins, 0U);  // fewer than two samples
 }
@@ -210,4 +256,7 @@ TEST(Spectrum, PeaksAndHarmonicsStandWhereTheTonesAre)
     const auto harmonics = findHarmonics(*spectrum, 2, peaks[0].frequency, 40, SpectrumWindow::Hann);
     ASSERT_GE(harmonics.size(), 20U);
     EXPECT_NEAR(harmonics[4].value, 0.5, 0.1);
+    const auto low = findHarmonics(*spectrum, 2, 2.0 * resolution, 40, SpectrumWindow::Hann);
+    for (std::size_t i = 1; i < low.size(); ++i)
+        EXPECT_GT(low[i].bin, low[i - 1].bin);
 }

@@ -1,7 +1,9 @@
 // Filtering a work file, saving from it, and the requests that fields make.
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <cmath>
+#include <csignal>
 #include <numbers>
 
 #include "core/ScratchFile.h"
@@ -101,10 +103,11 @@ TEST(FilterRun, missingSamplesStayMissingAndPoisonNothing)
     const TestDirectory directory;
     const auto work = makeFile("w", kSamples, 2);
     work->setValue(100, 1, std::nanf(""));
+    work->setValue(200, 1, INFINITY);
     const FidFilterPtr filter = designFilter({5, 10.0, 0.0, 4, 0.0}, 1000.0);
     const FilterOutcome outcome = runFilter(*work, 1, *work, filter.get(), {});
-    EXPECT_EQ(outcome.missing, 1U);
-    EXPECT_TRUE(std::isnan(work->value(100, 2)));
+    EXPECT_EQ(outcome.missing, 2U);
+    EXPECT_TRUE(std::isnan(work->value(100, 2)) && std::isnan(work->value(200, 2)));
     EXPECT_NEAR(work->value(kSamples, 2), 5.0, 0.5);  // the mean of 0 to 10
     EXPECT_EQ(runFilter(*work, 1, *work, filter.get(), stopsPastHalf).outcome, JobOutcome::Cancelled);
 }
@@ -134,8 +137,7 @@ TEST(SaveResults, newFileHasBothColumnsAndTheHeader)
     const auto work = std::make_unique<TSFILE>("temp", 500, 2, 0);
     describeWork(*source, 1, *work, "LpBu4/1");
     runMovingAverage(*source, 1, *work, 3, {});
-    EXPECT_EQ(saveToNewFile(*work, "data.v2.ts", stopsPastHalf), JobOutcome::Cancelled);
-    EXPECT_FALSE(std::filesystem::exists("data.v2.ts") || std::filesystem::exists("tmp.ts"));
+    work->flush(true);
     ASSERT_EQ(saveToNewFile(*work, "data.v2.ts", {}), JobOutcome::Done);
     const auto saved = openTsFile("data.v2.ts", true);
     EXPECT_EQ(saved->dt(), 0.25F);
@@ -153,16 +155,46 @@ TEST(SaveResults, cancelledSavesLeaveTheFileAsItWas)
     makeFile("target", kSamples, 2)->flush(true);
     const auto before = bytesOf("target.ts");
     std::filesystem::path backup;
-    EXPECT_EQ(saveToAddedColumn(*work, "target.ts", kSamples, stopsPastHalf, backup), JobOutcome::Cancelled);
-    EXPECT_EQ(openTsFile("target.ts", true)->columns(), 2U);
-    EXPECT_EQ(openTsFile("target.ts", true)->value(7, 1), wave(7));
-    {
-        const auto target = openTsFile("target.ts", false);
-        EXPECT_EQ(saveToColumns(*work, *target, {2, 1}, kSamples, stopsPastHalf, backup),
-                  JobOutcome::Cancelled);
-    }
+    EXPECT_EQ(saveToAddedColumn(*work, "target.ts", kSamples, stopsPastHalf), JobOutcome::Cancelled);
+    EXPECT_EQ(bytesOf("target.ts"), before);
+    EXPECT_FALSE(std::filesystem::exists("tmp.ts"));
+    EXPECT_EQ(saveToColumns(*work, "target.ts", {2, 1}, kSamples, stopsPastHalf, backup),
+              JobOutcome::Cancelled);
     EXPECT_EQ(bytesOf("target.ts").size(), before.size());
     EXPECT_EQ(openTsFile("target.ts", true)->value(7, 1), wave(7));
+}
+
+// The disk is full behind so many bytes; what is there already can be written anew.
+class FullDisk
+{
+public:
+    explicit FullDisk(std::uintmax_t bytes)
+    {
+        std::signal(SIGXFSZ, SIG_IGN);
+        getrlimit(RLIMIT_FSIZE, &m_before);
+        const rlimit full{bytes, m_before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &full);
+    }
+    ~FullDisk() { setrlimit(RLIMIT_FSIZE, &m_before); }
+    FullDisk(const FullDisk&) = delete;
+    FullDisk& operator=(const FullDisk&) = delete;
+
+private:
+    rlimit m_before{};
+};
+
+TEST(SaveResults, fullDiskLeavesEverythingAsItWas)
+{
+    const TestDirectory directory;
+    const auto work = makeFile("temp", kSamples, 2);
+    work->flush(true);
+    makeFile("target", kSamples, 1)->flush(true);
+    const auto before = bytesOf("target.ts");
+    const FullDisk full(before.size() + 1000);
+    EXPECT_ANY_THROW(saveToAddedColumn(*work, "target.ts", kSamples, {}));
+    EXPECT_ANY_THROW(saveToNewFile(*work, "new.ts", {}));
+    EXPECT_EQ(bytesOf("target.ts"), before);
+    EXPECT_EQ(directory.fileCount(), 2U);
 }
 
 TEST(SaveResults, columnsAreReplacedOrAddedAndTheOthersStay)
@@ -174,12 +206,12 @@ TEST(SaveResults, columnsAreReplacedOrAddedAndTheOthersStay)
     work->columnName(2, "Force_f");
     makeFile("target", 300, 2)->flush(true);
     std::filesystem::path backup;
-    ASSERT_EQ(saveToAddedColumn(*work, "target.ts", 300, {}, backup), JobOutcome::Done);
-    const auto target = openTsFile("target.ts", false);
+    ASSERT_EQ(saveToAddedColumn(*work, "target.ts", 300, {}), JobOutcome::Done);
+    ASSERT_EQ(saveToColumns(*work, "target.ts", {0, 2}, 200, {}, backup), JobOutcome::Done);
+    const auto target = openTsFile("target.ts", true);
     EXPECT_EQ(target->columns(), 3U);
     EXPECT_EQ(target->value(300, 3), 300.0F);
     EXPECT_STREQ(target->columnName(3), "Force_f");
-    ASSERT_EQ(saveToColumns(*work, *target, {0, 2}, 200, {}, backup), JobOutcome::Done);
     EXPECT_EQ(target->value(200, 2), 200.0F);
     EXPECT_EQ(target->value(201, 2), 0.0F);
     EXPECT_EQ(target->value(300, 1), wave(300));

@@ -4,6 +4,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QComboBox>
+#include <QLineEdit>
 #include <QPointer>
 #include <QSignalSpy>
 #include <QStatusBar>
@@ -11,12 +12,14 @@
 
 #include <cmath>
 #include <fstream>
+#include <optional>
 
 #include "core/TsNames.h"
 #include "filter/FilterCharWin.h"
 #include "filter/FilterWin.h"
 #include "filter/SaveResultsDialog.h"
 #include "share/NumberField.h"
+#include "share/PlotCanvas.h"
 #include "tests/BoxAnswer.h"
 #include "tests/core/TsFileBytes.h"
 
@@ -92,11 +95,16 @@ TEST_F(FilterWinTest, WrongFieldsAreToldBeforeAnythingIsMade)
 {
     open();
     choose(5);
-    field(Freq0).setText(QStringLiteral("500"));
+    // the sample time that counts is the one of now
+    openTsFile("hum.ts", false)->dt(0.01F);
+    field(Freq0).setText(QStringLiteral("50"));
     BoxAnswer answer(QStringLiteral("Ok"));
     m_window->sl_execute();
     EXPECT_EQ(answer.title(), QStringLiteral("Ts-Filt"));
-    EXPECT_EQ(answer.text(), QStringLiteral("Freq0 must be below half of the sampling frequency, 500 Hz"));
+    EXPECT_EQ(answer.text(), QStringLiteral("Freq0 must be below half of the sampling frequency, 50 Hz"));
+    std::filesystem::remove("hum.ts");
+    m_window->sl_execute();
+    EXPECT_EQ(m_window->statusBar()->currentMessage(), QStringLiteral("hum.ts could not be opened"));
     EXPECT_FALSE(std::filesystem::exists("temp_1.ts"));
 }
 
@@ -111,9 +119,7 @@ TEST_F(FilterWinTest, WorkFilesAreItsOwnAndGoWithIt)
     second->sl_execute();
     EXPECT_TRUE(std::filesystem::exists("temp_1.ts"));
     EXPECT_TRUE(std::filesystem::exists("temp_2.ts"));
-    BoxAnswer first(QStringLiteral("&No"));
     m_window->close();
-    EXPECT_TRUE(first.wasAsked());
     delete second;
     QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     int left = 0;
@@ -152,6 +158,84 @@ TEST_F(FilterWinTest, ResultsAreSavedBothWays)
     ASSERT_EQ(source->columns(), 2U);
     EXPECT_EQ(source->value(1500, 2), saved->value(1500, 2));
     EXPECT_EQ(changed.count(), 2);
+    // what would go with the window is refused
+    std::optional<BoxAnswer> refused;
+    const BoxAnswer answer(QStringLiteral("&Save"), [&](QWidget& dialog) {
+        dialog.findChild<QLineEdit*>()->setText(QStringLiteral("temp_1.ts"));
+        refused.emplace(QStringLiteral("Ok"));
+    });
+    m_window->sl_saveResults();
+    EXPECT_TRUE(refused && refused->text().startsWith(QStringLiteral("temp_1.ts is the work file")));
+    EXPECT_EQ(openTsFile("temp_1.ts", true)->value(1500, 2), saved->value(1500, 2));
+}
+
+TEST_F(FilterWinTest, WorkFileFollowsTheWorkingDirectory)
+{
+    open();
+    m_window->sl_execute();
+    std::filesystem::create_directory("sub");
+    std::filesystem::rename("hum.ts", "sub/hum.ts");
+    std::filesystem::current_path("sub");
+    m_window->sl_execute();
+    EXPECT_EQ(m_window->statusBar()->currentMessage(), QStringLiteral("Filtering...finished"));
+    EXPECT_TRUE(std::filesystem::exists("temp.ts"));
+    EXPECT_FALSE(std::filesystem::exists("../temp_1.ts"));
+}
+
+TEST_F(FilterWinTest, PreviewFollowsTheFields)
+{
+    open();
+    const PlotCanvas& preview = *m_window->findChildren<PlotCanvas*>()[1];
+    struct Row
+    {
+        int type;
+        const char* freq0;
+        const char* marked;
+    };
+    for (const Row& row : {Row{5, "12,5", "-3.01 dB @ 12.5 Hz"}, Row{7, "20", "-3.01 dB @ 20, 40 Hz"},
+                           Row{16, "100", "-3.01 dB @ 100 Hz"}, Row{16, "abc", "-3.01 dB @ 100 Hz"},
+                           Row{2, "499", "-3.01 dB @ 499 Hz"}}) {
+        choose(row.type);
+        field(Freq0).setText(QString::fromLatin1(row.freq0));
+        const auto& variables = preview.plot().variables();
+        ASSERT_EQ(variables.size(), 2U) << row.freq0;
+        EXPECT_EQ(variables[1]->variable().label, row.marked);
+    }
+}
+
+TEST(SaveResultsDialog, NamesAreTakenAsTyped)
+{
+    const TestDirectory directory;
+    TSFILE("two", 10, 2, 0).flush(true);
+    TSFILE("one", 10, 1, 0).flush(true);
+    struct Row
+    {
+        const char* typed;
+        const char* file;
+        bool good;
+        unsigned input;
+        unsigned output;
+    };
+    const Row rows[] = {
+        {"7", "ts0007.ts", true, 0, 0},
+        {"data.v2", "data.v2.ts", true, 0, 0},
+        {" \u00d6l ", "\u00d6l.ts", true, 0, 0},
+        {"sub/x", "sub/x.ts", true, 0, 0},
+        {"a.TS", "a.TS", true, 0, 0},
+        {"", "", false, 0, 0},
+        {"two", "two.ts", true, 1, 2},
+        {"one.ts", "one.ts", false, 1, 1},
+    };
+    SaveResultsDialog dialog(QStringLiteral("two.ts"), QStringLiteral("x.ts"), nullptr);
+    for (const Row& row : rows) {
+        dialog.findChild<QLineEdit*>()->setText(QString::fromUtf8(row.typed));
+        EXPECT_EQ(dialog.file(), QString::fromUtf8(row.file));
+        for (const QAbstractButton* const button : dialog.findChildren<QAbstractButton*>())
+            EXPECT_TRUE(button->text() != QStringLiteral("&Save") || button->isEnabled() == row.good)
+                << row.typed;
+        EXPECT_EQ(dialog.inputColumn(), row.input) << row.typed;
+        EXPECT_EQ(dialog.outputColumn(), row.output) << row.typed;
+    }
 }
 
 TEST_F(FilterWinTest, CharacteristicOpensAndSwitchesItsAxes)

@@ -9,14 +9,11 @@
 #include <QTableWidget>
 #include <QTest>
 
-#include <sys/resource.h>
-
-#include <csignal>
-
 #include "core/TsNames.h"
 #include "portal/CreateTsWin_Veltrac.h"
 #include "portal/TsApplication.h"
 #include "tests/BoxAnswer.h"
+#include "tests/FileSizeLimit.h"
 #include "tests/core/TsFileBytes.h"
 
 namespace {
@@ -157,14 +154,10 @@ TEST(CreateTsWinTest, aFullDiskLeavesNothingBehind)
     const TestDirectory directory;
     Portal portal;
     Dialog dialog;
-    rlimit before{};
-    getrlimit(RLIMIT_FSIZE, &before);
-    rlimit little = before;
-    little.rlim_cur = 1024;
-    std::signal(SIGXFSZ, SIG_IGN);
-    setrlimit(RLIMIT_FSIZE, &little);
-    dialog->sl_accept();
-    setrlimit(RLIMIT_FSIZE, &before);
+    {
+        const FileSizeLimit full(1024);
+        dialog->sl_accept();
+    }
     EXPECT_TRUE(dialog.isOpen());
     EXPECT_EQ(directory.fileCount(), 0U);
 }

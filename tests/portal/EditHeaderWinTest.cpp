@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QApplication>
 #include <QPushButton>
 #include <QStatusBar>
 #include <QTableWidget>
@@ -11,10 +12,12 @@
 
 #include <filesystem>
 
+#include "core/Rebuild.h"
 #include "core/TSFILE.h"
 #include "share/NumberField.h"
 #include "tests/BoxAnswer.h"
 #include "tests/Desk.h"
+#include "tests/FileSizeLimit.h"
 #include "tests/core/TsFileBytes.h"
 
 namespace {
@@ -45,13 +48,14 @@ protected:
         field(index).setText(QLatin1String(text));
         QTest::keyClick(&field(index), Qt::Key_Return);
     }
-    QPushButton& ok()
+    QPushButton& button(const char* text)
     {
-        for (QPushButton* const button : m_window->findChildren<QPushButton*>())
-            if (button->text() == QLatin1String("&OK"))
-                return *button;
-        throw std::logic_error("no OK button");
+        for (QPushButton* const one : m_window->findChildren<QPushButton*>())
+            if (one->text() == QLatin1String(text))
+                return *one;
+        throw std::logic_error(text);
     }
+    QPushButton& ok() { return button("&OK"); }
     QTableWidget& table() { return *m_window->findChild<QTableWidget*>(); }
     static std::uint32_t samplesOnDisk() { return TSFILE("a", true).samples(); }
 
@@ -90,6 +94,50 @@ TEST_F(HeaderEditor, RefusedReductionIsRememberedButNothingIsCutUnasked)
     EXPECT_EQ(samplesOnDisk(), 20U);
 }
 
+TEST_F(HeaderEditor, CancelRebuildsNothing)
+{
+    for (const bool byMouse : {true, false}) {
+        open();
+        QApplication::setActiveWindow(m_window);
+        field(kSamples).setFocus();
+        field(kSamples).setText(QStringLiteral("40"));
+        if (byMouse)
+            button("&Cancel").setFocus();
+        m_window->close();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        m_window = nullptr;
+        EXPECT_EQ(samplesOnDisk(), 30U) << byMouse;
+    }
+}
+
+TEST_F(HeaderEditor, FullDiskKeepsTheFileAndSaysWhy)
+{
+    open();
+    const BoxAnswer told(QStringLiteral("Ok"));
+    {
+        const FileSizeLimit full(2048);
+        enter(kSamples, "20000");
+    }
+    EXPECT_EQ(told.text(),
+              "Caught a TS::OPEN_ERROR exception on:a.ts\nThe old file is still there, unchanged: "
+              "the disk took no more (is it full?).");
+    EXPECT_EQ(field(kSamples).text(), "30");
+    EXPECT_EQ(samplesOnDisk(), 30U);
+    EXPECT_EQ(m_directory.fileCount(), 1U);
+}
+
+TEST_F(HeaderEditor, ColumnsThatAnotherWindowHasAddedAreNotCutUnasked)
+{
+    open();
+    ASSERT_EQ(rebuildTsFile("a.ts", 30, 5, {}), JobOutcome::Done);
+    const BoxAnswer none(QStringLiteral("&No"));
+    enter(kSamples, "40");
+    EXPECT_FALSE(none.wasAsked());
+    EXPECT_EQ(samplesOnDisk(), 40U);
+    EXPECT_EQ(TSFILE("a", true).columns(), 5U);
+    EXPECT_EQ(field(kColumns).text(), "5");
+}
+
 TEST_F(HeaderEditor, GrowthKeepsTheValuesAndShowsTheNewColumns)
 {
     open();
@@ -107,19 +155,22 @@ TEST_F(HeaderEditor, GrowthKeepsTheValuesAndShowsTheNewColumns)
 TEST_F(HeaderEditor, BadNumbersDisableOkAndAZeroSampleTimeIsTold)
 {
     open();
-    for (const auto& [index, text] : {std::pair(kSamples, "x"), std::pair(kColumns, "1,5"),
-                                      std::pair(kStartTime, "-1"), std::pair(kSamples, "900000000")}) {
+    for (const auto& [index, text] :
+         {std::pair(kSamples, "x"), std::pair(kColumns, "1,5"), std::pair(kStartTime, "-1"),
+          std::pair(kStartTime, "1e39"), std::pair(kSamples, "900000000")}) {
         const QString before = field(index).text();
         field(index).setText(QLatin1String(text));
         EXPECT_FALSE(ok().isEnabled()) << text;
         field(index).setText(before);
         EXPECT_TRUE(ok().isEnabled()) << text;
     }
-    field(kSampleTime).setText(QStringLiteral("0"));
-    const BoxAnswer told(QStringLiteral("Ok"));
-    ok().click();
-    EXPECT_EQ(told.title(), "Ts sample time error");
-    EXPECT_EQ(told.text(), "A sample time of 0 is illegal.\n Modify the field and select OK.");
+    for (const char* const text : {"0", "-0.5", "1e-60"}) {
+        field(kSampleTime).setText(QLatin1String(text));
+        const BoxAnswer told(QStringLiteral("Ok"));
+        ok().click();
+        EXPECT_EQ(told.title(), "Ts sample time error") << text;
+        EXPECT_EQ(told.text(), "A sample time of 0 is illegal.\n Modify the field and select OK.");
+    }
     EXPECT_EQ(TSFILE("a", true).dt(), 0.5F);
 }
 

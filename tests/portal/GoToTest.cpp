@@ -86,10 +86,14 @@ TEST(GoTo, FindsRowsByTheSampleTime)
                 {"1 h", 0},
                 {"5 furlongs", 0}},
                file);
-    file.timeUnit("min");
-    expectRows({{"60 s", 2}, {"2 min", 4}, {"1 h", 120}}, file);
-    file.timeUnit("years");
-    expectRows({{"12.5 years", 25}}, file);
+    for (const char* const minutes : {"min", "Time[min]"}) {
+        file.timeUnit(minutes);
+        expectRows({{"60 s", 2}, {"2 min", 4}, {"1 h", 120}}, file);
+    }
+    for (const char* const unit : {"years", "Age [years]"}) {
+        file.timeUnit(unit);
+        expectRows({{"12.5 years", 25}}, file);
+    }
     file.dt(0.0F);
     expectRows({{"1 years", 0}, {"7", 7}}, file);
     TSFILE empty("b.ts", 0, 1, 0);

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cmath>
+#include <filesystem>
 
 #include <QApplication>
 #include <QCheckBox>
@@ -11,6 +13,7 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPointer>
+#include <QPushButton>
 #include <QScrollBar>
 #include <QTest>
 
@@ -19,10 +22,13 @@
 #include "core/TsNames.h"
 #include "portal/TsApplication.h"
 #include "portal/TsTableView.h"
+#include "share/NoticeStrip.h"
 #include "tests/BoxAnswer.h"
 #include "tests/core/TsFileBytes.h"
 
 namespace {
+
+using namespace std::chrono_literals;
 
 // Plays the main window: keeps the files that are open for writing.
 class Portal : public TsApplication
@@ -178,6 +184,52 @@ TEST(TsTableView, KeysAndSelectionReachAllOfAHugeFile)
     view.selectColumn(0);
     EXPECT_EQ(view.selectedBlocks()[0].firstRow, 0) << "a whole column means all samples";
     EXPECT_EQ(view.selectedBlocks()[0].lastRow, 499999999);
+}
+
+TEST(TsTableView, DraggingTheMouseSelectsOverTheEdgeOfTheShownMillionRows)
+{
+    const TestDirectory directory;
+    makeHugeFile();
+    Window list(0);
+    SampleView& view = list.view();
+    QWidget* const port = view.viewport();
+    view.goTo(999998, 0);
+    const QPoint from = view.visualRect(view.currentIndex()).center();
+    QTest::mousePress(port, Qt::LeftButton, Qt::NoModifier, from);
+    const QPoint below(from.x(), port->height() + 100);
+    for (int i = 0; i < 3; ++i) {
+        QMouseEvent move(QEvent::MouseMove, below, Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(port, &move);
+    }
+    QTest::mouseRelease(port, Qt::LeftButton, Qt::NoModifier, below);
+    ASSERT_EQ(view.selectedBlocks().size(), 1U);
+    EXPECT_EQ(view.selectedBlocks()[0].firstRow, 999998);
+    EXPECT_GT(view.selectedBlocks()[0].lastRow, 1000050);
+    EXPECT_EQ(view.currentRow(), view.selectedBlocks()[0].lastRow);
+}
+
+TEST(TsTableView, FileThatChangesOrVanishesIsToldAndReadAgain)
+{
+    const TestDirectory directory;
+    makeFile({1, 2});
+    Window list(0);
+    auto& strip = *list.window().findChild<NoticeStrip*>();
+    const auto activate = [&] {
+        QEvent event(QEvent::ActivationChange);
+        QApplication::sendEvent(&list.window(), &event);
+    };
+    activate();
+    EXPECT_FALSE(strip.isVisible());
+    makeFile({1, 2, 3});
+    std::filesystem::last_write_time("test.ts", std::filesystem::file_time_type::clock::now() + 10s);
+    activate();
+    EXPECT_EQ(strip.text(), "test.ts has changed.");
+    strip.findChild<QPushButton*>()->click();
+    EXPECT_FALSE(strip.isVisible());
+    EXPECT_EQ(list.view().totalRows(), 3);
+    std::filesystem::remove("test.ts");
+    activate();
+    EXPECT_EQ(strip.text(), "test.ts is gone; it is shown as it was.");
 }
 
 TEST(TsTableView, OnlyChosenColumnsShowAndAreCopied)

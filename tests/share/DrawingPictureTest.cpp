@@ -195,6 +195,27 @@ TEST(QtDriver, TruncatesPixelsFromTheTopAndClipsToTheViewport)
     EXPECT_EQ(picture.pixel(9, 1), red);
 }
 
+TEST(QtDriver, EveryPixelOfAHighDensityPictureCounts)
+{
+    QImage picture(200, 100, QImage::Format_RGB32);
+    picture.setDevicePixelRatio(2.0);
+    picture.fill(Qt::white);
+    QtDriver driver(&picture);
+    driver.BeginPage(0);
+    EXPECT_EQ(driver.deviceRectangle(), QRect(0, 0, 200, 100));
+    EXPECT_EQ(driver.characterUnit(), 22);
+    driver.SetColor(1, 0, 0);
+    driver.SetLineWidth(0.1F);
+    driver.SetWindow(0, 0, 200, 100);
+    driver.MoveTo(51.5F, 0);
+    driver.LineTo(51.5F, 100);
+    driver.EndPage();
+    std::string row;
+    for (int x = 48; x < 56; ++x)
+        row += picture.pixel(x, 50) == qRgb(255, 0, 0) ? '#' : '.';
+    EXPECT_EQ(row, "..##....") << "two pixels wide, at an odd one";
+}
+
 TEST(QtDriver, DrawsInsideTheFrameOfAQFrame)
 {
     class Canvas : public QFrame

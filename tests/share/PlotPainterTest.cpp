@@ -103,8 +103,46 @@ TEST(PlotPainter, everyPlotEndsWithTextsOfWhatItCannotDraw)
     EXPECT_NE(eps.find("column 2 \\(2 not above 0\\)"), std::string::npos);
     // Values without a number, and a view of no width at all, are drawn without harm.
     const float nan = std::numeric_limits<float>::quiet_NaN();
-    epsOf(plotOf({std::vector<float>(10, nan)}));
+    EXPECT_NE(epsOf(plotOf({std::vector<float>(10, nan)})).find("column 1: no values"), std::string::npos);
+    EXPECT_NE(epsOf(plotOf({{}})).find("column 1: no samples"), std::string::npos);
     epsOf(plotOf({{3.0F}}));
+}
+
+// Where a text begins on the page, from the bottom; -1 where it is not there.
+double heightOf(const std::string& text, const std::string& eps)
+{
+    const std::size_t end = eps.find(" _m(" + text + ")");
+    if (end == std::string::npos)
+        return -1.0;
+    return std::stod(eps.substr(eps.rfind(' ', end - 1)));
+}
+
+TEST(PlotPainter, axesReachTheEndsOfWhatAFloatHolds)
+{
+    const TestDirectory directory;
+    struct Row
+    {
+        float least, greatest;
+        const char *lower, *upper, *power;
+    };
+    for (const Row& row : {Row{-3.4e38F, 3.4e38F, "-200", "200", "x10^36"},
+                           Row{0.0F, 9e-42F, "2", "8", "x10^-42"}, Row{0.0F, 9e6F, "2", "8", "x10^6"}}) {
+        PlotLayout layout;
+        const std::string eps = epsOf(plotOf({{row.least, row.greatest, row.least}}), &layout);
+        const double height = 595.0 * (layout.groups[0].y2 - layout.groups[0].y1);
+        EXPECT_GT(heightOf(row.upper, eps) - heightOf(row.lower, eps), height / 3.0) << row.power;
+        EXPECT_GT(heightOf(row.power, eps), 595.0 * layout.groups[0].y2);
+        EXPECT_LT(heightOf(row.power, eps), 595.0 - 8.0) << "must not leave the page";
+    }
+}
+
+TEST(PlotPainter, aSampleBetweenGapsIsSeen)
+{
+    const TestDirectory directory;
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    const std::string with = epsOf(plotOf({{1.0F, 2.0F, nan, 4.0F, nan, 2.0F, 3.0F}}));
+    EXPECT_NE(with.find("closepath gsave fill"), std::string::npos);
+    EXPECT_EQ(epsOf(plotOf({{1.0F, 2.0F, 3.0F}})).find("closepath gsave fill"), std::string::npos);
 }
 
 TEST(PlotPainter, cursorsAreOnPaperOnlyOnRequest)

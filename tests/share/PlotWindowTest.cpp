@@ -4,11 +4,14 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QColorDialog>
+#include <QDateTimeEdit>
 #include <QInputDialog>
 #include <QLineEdit>
+#include <QMenuBar>
 #include <QPointer>
 #include <QPushButton>
 #include <QSignalSpy>
+#include <QStatusBar>
 #include <QTableWidget>
 #include <QTest>
 #include <QTreeWidget>
@@ -24,6 +27,7 @@
 #include "share/OverviewStrip.h"
 #include "share/PlotCanvas.h"
 #include "share/PlotExport.h"
+#include "share/PlotReadout.h"
 #include "share/QtPlotColWin.h"
 #include "share/QtPlotWin1.h"
 #include "share/VariableMenu.h"
@@ -178,6 +182,23 @@ TEST_F(PlotCanvasTest, axesPanZoomAndTakeTypedLimits)
     EXPECT_EQ(plot().x2(), 2.0);
 }
 
+TEST_F(PlotCanvasTest, clockAxesTakeDatesAsLimits)
+{
+    TSFILE("test.ts", false).startSeconds(1'700'000'000);
+    m_canvas.showColumns("test.ts", {1});
+    m_canvas.grab();
+    ASSERT_EQ(plot().axis().mode, XMode::Clock);
+    const double x2 = plot().x2();
+    const BoxAnswer answer(QStringLiteral("&Ok"), [](QWidget& dialog) {
+        auto* const from = dialog.findChild<QDateTimeEdit*>();
+        from->setDateTime(from->dateTime().addMSecs(2500));
+    });
+    const QRect area = m_canvas.plotArea();
+    QTest::mouseDClick(&m_canvas, Qt::LeftButton, {}, {area.center().x(), area.bottom() + 12});
+    EXPECT_NEAR(plot().x1(), 2.501, 1e-6);
+    EXPECT_NEAR(plot().x2(), x2, 1e-6);
+}
+
 TEST_F(PlotCanvasTest, goToUnderstandsSamplesTimesAndShares)
 {
     const struct
@@ -222,7 +243,36 @@ TEST_F(PlotCanvasTest, everySignalAndReadoutForTheCalculatingWindows)
     QApplication::processEvents();
     EXPECT_GE(resized.count(), 1);
     EXPECT_FALSE(m_canvas.showColumns(QStringLiteral("none.ts"), {1}));
+    // No picture is left that zooming could ask for its groups.
+    m_canvas.sl_zoomInY();
+    EXPECT_EQ(m_canvas.groupAt(place), -1);
     m_canvas.grab();
+}
+
+TEST(PlotReadout, momentsAreAsFineAsTheSamples)
+{
+    const TestDirectory directory;
+    const struct
+    {
+        float dt;
+        double after;  // the start, 22:13:20 of some zone
+        const char* end;
+    } cases[] = {{0.01F, 0.0099999998, ":20.01"},
+                 {0.01F, 0.9999999, ":21"},
+                 {0.0001F, 0.0003, ":20.0003"},
+                 {86400.0F, 0.7, ":21"}};
+    for (const auto& c : cases) {
+        {
+            TSFILE file("clock.ts", 10, 1, 0);
+            file.startSeconds(1'700'000'000);
+            file.dt(c.dt);
+        }
+        PlotCanvas canvas;
+        canvas.showColumns(QStringLiteral("clock.ts"), {1});
+        const QString text = xText(canvas.plot(), c.after);
+        EXPECT_TRUE(text.endsWith(QLatin1String(c.end))) << text.toStdString();
+        EXPECT_EQ(distanceText(canvas.plot(), -93784.0), QStringLiteral("-93784 s (1 d 02:03:04)"));
+    }
 }
 
 TEST_F(PlotCanvasTest, fileThatShrinksUnderThePlotIsToldInThePicture)
@@ -273,6 +323,20 @@ TEST(PlotWindow, showsEightColumnsAndFollowsTheCheckBoxes)
     EXPECT_EQ(gone, 1);
 }
 
+TEST(PlotWindow, lettersAreTheMenusWhileTheyHaveTheFocus)
+{
+    const TestDirectory directory;
+    makeFile("test.ts");
+    QtPlotWin window(QStringLiteral("test.ts"));
+    window.show();
+    QApplication::setActiveWindow(&window);
+    window.menuBar()->setFocus();
+    for (const Qt::Key key : {Qt::Key_A, Qt::Key_M, Qt::Key_Plus, Qt::Key_Right})
+        QTest::keyClick(window.menuBar(), key);
+    EXPECT_FALSE(window.canvas()->plot().cursor(Plot2D::A));
+    EXPECT_FALSE(window.canvas()->plot().canGoBack());
+}
+
 TEST(PlotWindow, changedFileIsToldAndLoadedAgain)
 {
     const TestDirectory directory;
@@ -290,7 +354,7 @@ TEST(PlotWindow, changedFileIsToldAndLoadedAgain)
     EXPECT_FALSE(strip->isVisible());
     EXPECT_EQ(window.canvas()->plot().variables()[0]->variable().rows(), 4000U);
     EXPECT_TRUE(window.canvas()->plot().variables()[0]->isBuilt());
-    EXPECT_LT(window.canvas()->plot().x2(), 6.0);
+    EXPECT_NEAR(window.canvas()->plot().x2(), 4.0, 1e-3);
 }
 
 // Types a name into the file dialog that opens next.
@@ -433,10 +497,18 @@ TEST(PlotWindow, unreadableAndHostileFilesAreToldInTheWindow)
     encodeHeader(header, 0, ByteOrder::Native, head);
     std::ofstream("lies.ts", std::ios::binary).write(reinterpret_cast<const char*>(head.data()), 512);
     TSFILE("empty.ts", 0, 2, 0).flush(true);
-    for (const char* name : {"none.ts", "junk.ts", "lies.ts", "empty.ts"}) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"none.ts", "none.ts cannot be read."},
+        {"junk.ts", "junk.ts cannot be read."},
+        {"lies.ts", "lies.ts is cut short: 0 of its 2147483647 samples are there."},
+        {"empty.ts", "empty.ts has no times that rise: sample numbers are shown."}};
+    for (const auto& [name, said] : cases) {
         QtPlotWin window(QString::fromLatin1(name));
         window.show();
         window.grab();
+        EXPECT_EQ((window.statusBar()->currentMessage() + window.findChildren<NoticeStrip*>()[1]->text())
+                      .toStdString(),
+                  said);
         QTest::keyClick(window.canvas(), Qt::Key_F);
         QtPlotColWin column(QString::fromLatin1(name), 1);
         column.show();

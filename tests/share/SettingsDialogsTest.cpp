@@ -15,16 +15,14 @@
 #include <QTemporaryDir>
 #include <QTimer>
 
-#include <sys/resource.h>
-
-#include <csignal>
-
 #include "share/BasicDriver.h"
 #include "share/ColorConfigDialog.h"
 #include "share/ColorField.h"
 #include "share/HardCopy.h"
 #include "share/NumberField.h"
+#include "share/PlotExport.h"
 #include "share/PsConfigDialog.h"
+#include "tests/FileSizeLimit.h"
 
 namespace {
 
@@ -197,15 +195,17 @@ TEST(HardCopy, ReplacesAnOlderFileOnlyWhenWhole)
     old.write("old");
     old.close();
 
-    std::signal(SIGXFSZ, SIG_IGN);
-    rlimit before = {};
-    getrlimit(RLIMIT_FSIZE, &before);
-    rlimit full = before;
-    full.rlim_cur = 8192;  // as a disk that is full then
-    setrlimit(RLIMIT_FSIZE, &full);
-    const QString failure = writeHardCopy(name, PsParameters(), line);
-    setrlimit(RLIMIT_FSIZE, &before);
+    QImage noise(100, 100, QImage::Format_RGB32);
+    for (int i = 0; i < 10'000; ++i)
+        noise.setPixel(i % 100, i / 100, static_cast<uint>(i) * 2654435761U);
+    QString failure, pictureFailure;
+    {
+        const FileSizeLimit fullDisk(8192);
+        failure = writeHardCopy(name, PsParameters(), line);
+        pictureFailure = writePicture(name, noise);
+    }
     EXPECT_EQ(failure, "The hard copy \"Öl 1.5.eps\" could not be written: File too large.");
+    EXPECT_EQ(pictureFailure, "Öl 1.5.eps cannot be written: File too large");
     EXPECT_TRUE(onlyTheOldFileIsThere());
 
     EXPECT_FALSE(
@@ -217,6 +217,8 @@ TEST(HardCopy, ReplacesAnOlderFileOnlyWhenWhole)
     EXPECT_EQ(writeHardCopy(name, PsParameters(), line), "");
     EXPECT_TRUE(contents(name).startsWith("%!PS-Adobe-2.0 EPSF-1.2\n"));
     EXPECT_TRUE(contents(name).endsWith("%%Trailer\n%%Pages: 1\nsaveobj restore\n"));
+    EXPECT_EQ(writePicture(name, noise), "");
+    EXPECT_EQ(QImage(name, "PNG"), noise);
 }
 
 }  // namespace

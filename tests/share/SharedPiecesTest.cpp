@@ -112,6 +112,18 @@ TEST(SourceChooser, ShowsWhatTheDirectoryHoldsAndKeepsTheChoice)
     chooser.refresh();
     EXPECT_EQ(chooser.file(), "file2.ts");
     EXPECT_EQ(chooser.column(), 2U);
+
+    // The working directory becomes another one: the file stays the one that was chosen.
+    const QString path = QDir::current().absoluteFilePath(QStringLiteral("file2.ts"));
+    std::filesystem::current_path("folder.ts");
+    EXPECT_EQ(chooser.file(), path);
+    chooser.refresh();
+    EXPECT_EQ(chooser.file(), path);
+    EXPECT_EQ(chooser.column(), 2U);
+    std::filesystem::remove("../file2.ts");
+    chooser.refresh();
+    EXPECT_EQ(chooser.file(), "");
+    std::filesystem::current_path("..");
 }
 
 TEST(JobProgress, AppearsLateCancelsForGoodAndLetsNoWindowClose)

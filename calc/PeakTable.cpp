@@ -1,0 +1,115 @@
+#include "calc/PeakTable.h"
+
+#include <QHeaderView>
+#include <QLabel>
+#include <QShortcut>
+#include <QSignalBlocker>
+#include <QTableWidget>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+#include "core/TsExceptions.h"
+#include "core/TsNames.h"
+
+namespace {
+
+constexpr std::size_t kPeaks = 10;
+constexpr std::size_t kHarmonics = 40;
+constexpr std::uint32_t kColumn = 2;
+constexpr int kRowMargin = 6;
+constexpr int kLeastRows = 4;
+
+}  // namespace
+
+PeakTable::PeakTable(QWidget* parent)
+    : QWidget(parent), m_title(new QLabel(QStringLiteral("&Peaks"))), m_table(new QTableWidget(0, 2))
+{
+    m_title->setBuddy(m_table);
+    m_table->setAccessibleName(QStringLiteral("Peaks"));
+    m_table->setHorizontalHeaderLabels({QStringLiteral("Freq [Hz]"), QStringLiteral("Value")});
+    m_table->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+    const int rowHeight = m_table->fontMetrics().height() + kRowMargin;
+    m_table->verticalHeader()->setDefaultSectionSize(rowHeight);
+    m_table->setMinimumHeight((kLeastRows + 1) * rowHeight);
+    m_table->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    m_table->setSelectionBehavior(QAbstractItemView::SelectRows);
+    m_table->setSelectionMode(QAbstractItemView::SingleSelection);
+    m_table->setTabKeyNavigation(false);
+    m_table->setToolTip(
+        QStringLiteral("A click moves cursor A there; H shows the harmonics, H again the peaks."));
+    auto* const column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->addWidget(m_title);
+    column->addWidget(m_table, 1);
+
+    connect(m_table, &QTableWidget::currentCellChanged, this, [this](int row) {
+        if (const QTableWidgetItem* const item = m_table->item(row, 0))
+            emit x_chosen(item->data(Qt::UserRole).toDouble());
+    });
+    auto* const harmonics = new QShortcut(QKeySequence(Qt::Key_H), m_table);
+    harmonics->setContext(Qt::WidgetShortcut);
+    connect(harmonics, &QShortcut::activated, this, &PeakTable::sl_harmonics);
+}
+
+void PeakTable::showSpectrum(const std::filesystem::path& spectrum, SpectrumWindow window, double mean)
+{
+    m_peaks = findPeaks(*openTsFile(spectrum.string(), true), kColumn, kPeaks, window);
+    m_spectrum = spectrum;
+    m_window = window;
+    m_mean = mean;
+    fillPeaks();
+}
+
+void PeakTable::clear()
+{
+    m_peaks.clear();
+    m_spectrum.clear();
+    fill({}, QStringLiteral("&Peaks"));
+}
+
+void PeakTable::fillPeaks()
+{
+    m_showsHarmonics = false;
+    fill(m_peaks, QStringLiteral("&Peaks (mean %1)").arg(m_mean, 0, 'g', 5));
+}
+
+void PeakTable::fill(const std::vector<SpectrumPeak>& peaks, const QString& title)
+{
+    const QSignalBlocker quiet(m_table);
+    m_title->setText(title);
+    m_table->setRowCount(static_cast<int>(peaks.size()));
+    for (int row = 0; row < m_table->rowCount(); ++row) {
+        const SpectrumPeak& peak = peaks[static_cast<std::size_t>(row)];
+        auto* const frequency = new QTableWidgetItem(QString::number(peak.frequency, 'g', 7));
+        auto* const value = new QTableWidgetItem(QString::number(peak.value, 'g', 6));
+        frequency->setData(Qt::UserRole, peak.frequency);
+        for (QTableWidgetItem* const item : {frequency, value})
+            item->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
+        m_table->setItem(row, 0, frequency);
+        m_table->setItem(row, 1, value);
+    }
+    m_table->setCurrentCell(-1, -1);
+}
+
+void PeakTable::sl_harmonics()
+{
+    if (m_showsHarmonics) {
+        fillPeaks();
+        return;
+    }
+    if (m_peaks.empty()) {
+        emit x_told(QStringLiteral("There are no peaks yet: execute the calculation first"));
+        return;
+    }
+    const auto row = static_cast<std::size_t>(std::max(0, m_table->currentRow()));
+    const double base = m_peaks[row].frequency;
+    try {
+        const auto spectrum = openTsFile(m_spectrum.string(), true);
+        fill(findHarmonics(*spectrum, kColumn, base, kHarmonics, m_window),
+             QStringLiteral("Harmonics of %1 Hz").arg(base, 0, 'g', 6));
+        m_showsHarmonics = true;
+    } catch (const TS::Failure&) {
+        emit x_told(QStringLiteral("The scratch file could not be read"));
+    }
+}

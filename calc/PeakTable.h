@@ -1,0 +1,46 @@
+// The table of a spectrum's highest lines, or of the harmonics of one of them.
+#pragma once
+
+#include <QWidget>
+
+#include <filesystem>
+#include <vector>
+
+#include "calc/SpectrumPeaks.h"
+
+class QLabel;
+class QTableWidget;
+
+class PeakTable : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit PeakTable(QWidget* parent = nullptr);
+
+    // Lists the highest lines of a spectrum file, column 2. The mean stands in the title. Throws the TS
+    // exceptions.
+    void showSpectrum(const std::filesystem::path& spectrum, SpectrumWindow window, double mean);
+    void clear();
+
+public slots:
+    // Lists the harmonics of the chosen line, or of the highest; the next time the peaks again.
+    void sl_harmonics();
+
+signals:
+    // The user has chosen a line.
+    void x_chosen(double frequency);
+    void x_told(const QString& text);
+
+private:
+    void fill(const std::vector<SpectrumPeak>& peaks, const QString& title);
+    void fillPeaks();
+
+    QLabel* m_title;
+    QTableWidget* m_table;
+    std::filesystem::path m_spectrum;
+    SpectrumWindow m_window = SpectrumWindow::Hann;
+    double m_mean = 0.0;
+    std::vector<SpectrumPeak> m_peaks;
+    bool m_showsHarmonics = false;
+};

@@ -1,0 +1,62 @@
+// The fields of Ts-FFT: which samples are transformed, and how. The line below them tells what that comes to,
+// or why it cannot be.
+#pragma once
+
+#include <QWidget>
+
+#include "calc/SpectrumRequest.h"
+
+class NumberField;
+class QCheckBox;
+class QComboBox;
+class QFormLayout;
+class QLabel;
+
+class SpectrumFields : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit SpectrumFields(QWidget* parent = nullptr);
+
+    // The column that is transformed, of a file of so many samples a dt apart. The range becomes the whole
+    // file where the count is another one than before, or `anew`.
+    void setSource(unsigned column, std::uint32_t samples, double dt, bool anew);
+    // A file or column that cannot be transformed, and why.
+    void refuseSource(const QString& why);
+
+    SpectrumRequest request() const;
+    // Why that cannot be executed; empty where it can.
+    const QString& reason() const { return m_reason; }
+    // Chooses the method "Averaged segments".
+    void useSegments();
+
+signals:
+    void x_changed();
+
+private:
+    void createChoices();
+    void addRows(QFormLayout& form);
+    void connectFields();
+    // The first thing that is wrong, and the field to be marked; none where it is the source.
+    QString findReason(QWidget*& field) const;
+    void check();
+
+    NumberField* m_from = nullptr;
+    NumberField* m_to = nullptr;
+    QComboBox* m_trend = nullptr;
+    QComboBox* m_window = nullptr;
+    QComboBox* m_method = nullptr;
+    QComboBox* m_segment = nullptr;
+    QComboBox* m_overlap = nullptr;
+    QComboBox* m_length = nullptr;
+    QComboBox* m_result = nullptr;
+    QCheckBox* m_decibel = nullptr;
+    QLabel* m_plan = nullptr;
+
+    unsigned m_column = 0;
+    std::uint32_t m_samples = 0;
+    double m_dt = 0.0;
+    QString m_refusal;  // of the source
+    QString m_reason;
+};

@@ -1,0 +1,26 @@
+// What Ts-FFT calls things: numbers, choices, and the texts of a spectrum's file.
+#pragma once
+
+#include <QString>
+
+#include <cstdint>
+
+#include "calc/SpectrumRequest.h"
+#include "core/TSFILE.h"
+
+// "1 000 003".
+QString groupedNumber(std::uint64_t number);
+// "16 GB", "4.5 MB", "130 kB".
+QString memoryText(std::uint64_t bytes);
+// "1 000 000 of 1 000 003 samples, resolution 0.001 Hz, up to 500 Hz, 32 MB", or the segments.
+QString planText(const SpectrumRequest& request);
+
+// As the box of results names it.
+const char* spectrumResultName(SpectrumResult result);
+inline constexpr int kSpectrumResults = 5;
+
+// Gives the file of a spectrum the names, units, descriptions and stamps of its columns, its resolution as
+// sample time, and "Frequency[Hz]" as time unit.
+void describeSpectrum(TSFILE& source, const SpectrumRequest& request, TSFILE& spectrum);
+// What the file's description says: "FFT Force Hann n=1000000 mean=0.0123".
+void describeMean(TSFILE& source, const SpectrumRequest& request, double mean, TSFILE& spectrum);

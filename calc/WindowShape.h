@@ -1,0 +1,37 @@
+// The windows that samples are weighed with before a transform.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <span>
+
+#include "calc/SpectrumRequest.h"
+
+const char* spectrumWindowName(SpectrumWindow window);
+
+// A window over m samples, in its periodic form, and its sums.
+class WindowShape
+{
+public:
+    WindowShape(SpectrumWindow window, std::uint32_t m);
+
+    // The weights `first` (from 0), first + 1, … of the m; adds them up. Fastest in runs of some thousands.
+    void fill(std::uint32_t first, std::span<double> weights);
+
+    // Of all weights so far, and of their squares.
+    double sum() const noexcept { return m_sum; }
+    double squares() const noexcept { return m_squares; }
+
+private:
+    static constexpr std::size_t kTile = 64;
+
+    // At most kTile of them.
+    void fillTile(std::uint32_t first, std::span<double> weights) const;
+
+    SpectrumWindow m_window;
+    std::uint32_t m_length;
+    std::array<double, kTile> m_cos;  // of the angles of the first samples
+    std::array<double, kTile> m_sin;
+    double m_sum = 0.0;
+    double m_squares = 0.0;
+};

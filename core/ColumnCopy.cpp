@@ -1,0 +1,80 @@
+#include "core/ColumnCopy.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "core/ColumnBackup.h"
+#include "core/Rebuild.h"
+
+JobOutcome walkRuns(std::uint32_t samples, const Progress& progress, const RunStep& step)
+{
+    std::vector<float> values(std::min(kRunSamples, samples));
+    for (std::uint32_t done = 0; done < samples;) {
+        const std::span<float> run(values.data(), std::min<std::size_t>(values.size(), samples - done));
+        step(done + 1, run);
+        done += static_cast<std::uint32_t>(run.size());
+        if (!goesOn(progress, done, samples))
+            return JobOutcome::Cancelled;
+    }
+    return JobOutcome::Done;
+}
+
+Progress partOf(const Progress& whole, std::uint64_t from, std::uint64_t to)
+{
+    return [whole, from, to](std::uint64_t done, std::uint64_t total) {
+        return goesOn(whole, from * total + (to - from) * done, 100 * total);
+    };
+}
+
+JobOutcome copyColumnValues(TSFILE& from, std::uint32_t fromCol, TSFILE& to, std::uint32_t toCol,
+                            std::uint32_t count, const Progress& progress)
+{
+    return walkRuns(count, progress, [&](std::uint32_t first, std::span<float> run) {
+        from.readColumn(fromCol, first, run);
+        to.writeColumn(toCol, first, run);
+    });
+}
+
+JobOutcome overwriteColumns(TSFILE& from, TSFILE& target, std::span<const std::uint32_t> to,
+                            std::uint32_t count, const Progress& progress, std::filesystem::path& backupPath,
+                            const std::function<void()>& finish)
+{
+    // Keeping the old values is the first half, writing the new ones the second.
+    const auto partOfColumn = [&](std::size_t half, std::size_t i) {
+        const std::size_t begin = 50 * half;
+        return partOf(progress, begin + 50 * i / to.size(), begin + 50 * (i + 1) / to.size());
+    };
+    ColumnBackup backup(target);
+    for (std::size_t i = 0; i < to.size(); ++i) {
+        if (to[i] == 0)
+            continue;
+        backup.saveInfo(to[i]);
+        if (backup.save(to[i], 1, count, partOfColumn(0, i)) == JobOutcome::Cancelled)
+            return JobOutcome::Cancelled;
+    }
+    const auto putBack = [&] {
+        backupPath = backup.path();
+        backup.restore();
+        backupPath.clear();
+    };
+    try {
+        for (std::size_t i = 0; i < to.size(); ++i) {
+            if (to[i] == 0)
+                continue;
+            const auto source = static_cast<std::uint32_t>(i + 1);
+            copyColumnInfo(from, source, target, to[i]);
+            if (copyColumnValues(from, source, target, to[i], count, partOfColumn(1, i)) ==
+                JobOutcome::Cancelled) {
+                putBack();
+                return JobOutcome::Cancelled;
+            }
+        }
+        target.flush(true);
+        if (finish)
+            finish();
+    } catch (...) {
+        putBack();
+        throw;
+    }
+    return JobOutcome::Done;
+}

@@ -1,0 +1,36 @@
+// Walking through columns a run at a time, and bringing results into columns of a file of the user's.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <span>
+
+#include "core/Progress.h"
+#include "core/TSFILE.h"
+
+// Samples of a run: many blocks, few enough that a cancel is heard soon.
+inline constexpr std::uint32_t kRunSamples = 1U << 15;
+
+// What is done with a run: `first` is its first sample (from 1), `values` room for its samples.
+using RunStep = std::function<void(std::uint32_t first, std::span<float> values)>;
+
+// Calls `step` for runs that cover samples 1 to `samples`, with progress after each.
+JobOutcome walkRuns(std::uint32_t samples, const Progress& progress, const RunStep& step);
+
+// The progress of a part of a longer job: from hundredth `from` to hundredth `to` of the whole.
+Progress partOf(const Progress& whole, std::uint64_t from, std::uint64_t to);
+
+// Copies the first `count` values of a column.
+JobOutcome copyColumnValues(TSFILE& from, std::uint32_t fromCol, TSFILE& to, std::uint32_t toCol,
+                            std::uint32_t count, const Progress& progress);
+
+// Overwrites columns of `target` with name, description, stamp and the first `count` values of columns of
+// `from`: column i + 1 goes to column to[i], and nowhere where that is 0. Then `finish` is called, if there
+// is one, for what else belongs to the same step. Other columns and samples stay.
+// The old values stand in a scratch file until all is done; when a write or `finish` fails, or the user
+// cancels, they are put back. Throws the TS exceptions and std::system_error; `backup` tells then where the
+// old values lie if even putting them back has failed, else it is empty.
+JobOutcome overwriteColumns(TSFILE& from, TSFILE& target, std::span<const std::uint32_t> to,
+                            std::uint32_t count, const Progress& progress, std::filesystem::path& backup,
+                            const std::function<void()>& finish = {});

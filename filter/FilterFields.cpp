@@ -1,0 +1,134 @@
+#include "filter/FilterFields.h"
+
+#include <QComboBox>
+#include <QGridLayout>
+#include <QLabel>
+
+#include <algorithm>
+#include <array>
+
+#include "share/NumberField.h"
+
+namespace {
+
+constexpr double kMostPoints = 2147483647.0;
+
+struct FieldRow
+{
+    FilterField use;
+    const char* label;
+    const char* text;
+    const char* tip;
+};
+
+constexpr std::array<FieldRow, 4> kFields = {{
+    {FilterField::Freq0, "Freq&0 [Hz]:", "10", "Lowpass/Highpass corner frequency."},
+    {FilterField::Order, "Filter &order:", "4",
+     "For Low/Highpass=no of poles, Bandpass/stop= 0.5 x no of poles."},
+    {FilterField::Freq1, "Freq&1 [Hz]:", "40", "Bandpass/Bandstop upper corner frequency."},
+    {FilterField::Ripple, "&Ripple [dB]:", "-0.1", "Ripple in dB (negative)."},
+}};
+
+// What a screen reader says of a label: no mnemonic, no colon.
+QString spoken(QString label)
+{
+    return label.remove(QLatin1Char('&')).remove(QLatin1Char(':'));
+}
+
+}  // namespace
+
+FilterFields::FilterFields(QWidget* parent)
+    : QWidget(parent), m_rate(new QLabel(this)), m_types(new QComboBox(this))
+{
+    // A grid gives the rows of hidden reasons no room, as a form would.
+    auto* const grid = new QGridLayout(this);
+    grid->setContentsMargins(0, 0, 0, 0);
+    const auto addRow = [&](const QString& text, QWidget* widget) {
+        auto* const label = new QLabel(text, this);
+        label->setBuddy(widget);
+        const int row = grid->rowCount();
+        grid->addWidget(label, row, 0);
+        grid->addWidget(widget, row, 1);
+        return label;
+    };
+    for (const FilterType& type : filterTypes()) {
+        m_types->addItem(QLatin1String(type.entry));
+        m_types->setItemData(m_types->count() - 1, QLatin1String(type.toolTip), Qt::ToolTipRole);
+    }
+    m_types->setMaxVisibleItems(m_types->count());
+    m_types->setAccessibleName(QStringLiteral("Filter type"));
+    addRow(QStringLiteral("Sampling freq [Hz]:"), m_rate);
+    addRow(QStringLiteral("Filter &type:"), m_types);
+    for (const FieldRow& row : kFields) {
+        auto* const field = new NumberField(QLatin1String(row.text), this);
+        QLabel* const label = addRow(QLatin1String(row.label), field);
+        auto* const reason = new QLabel(this);
+        grid->addWidget(reason, grid->rowCount(), 0, 1, 2);
+        field->setToolTip(QLatin1String(row.tip));
+        field->setWhatsThis(QLatin1String(row.tip));
+        field->setAccessibleName(spoken(label->text()));
+        field->setReasonLabel(reason);
+        reason->setWordWrap(true);
+        m_rows.append({row.use, label, field, reason});
+        connect(field, &NumberField::x_validated, this, &FilterFields::showReasons);
+    }
+    field(FilterField::Order)->setWhole(-kMostPoints, kMostPoints);
+    showReasons();
+}
+
+NumberField* FilterFields::field(FilterField use) const
+{
+    return std::find_if(m_rows.begin(), m_rows.end(), [&](const Row& row) { return row.use == use; })->field;
+}
+
+void FilterFields::showType(int type)
+{
+    const FilterType& chosen = filterTypes()[static_cast<std::size_t>(type)];
+    const bool points = type == 0;
+    m_types->setCurrentIndex(type);
+    m_types->setToolTip(QLatin1String(chosen.toolTip));
+    for (const Row& row : m_rows) {
+        row.field->setEnabled(chosen.uses(row.use));
+        row.label->setEnabled(chosen.uses(row.use));
+        if (row.use != FilterField::Order)
+            continue;
+        row.label->setText(points ? QStringLiteral("No &of points:") : QStringLiteral("Filter &order:"));
+        row.field->setAccessibleName(spoken(row.label->text()));
+        if (points != m_showsPoints) {
+            const QString text = row.field->text();
+            row.field->setText(m_otherText);
+            m_otherText = text;
+        }
+    }
+    m_showsPoints = points;
+    showReasons();
+}
+
+void FilterFields::showRate(double samplingHz)
+{
+    m_rate->setText(samplingHz > 0 ? QString::number(samplingHz, 'g', 7) : QStringLiteral("none"));
+}
+
+void FilterFields::showReasons()
+{
+    for (const Row& row : m_rows)
+        row.reason->setVisible(row.field->isEnabled() && !row.field->isValid());
+}
+
+bool FilterFields::isValid() const
+{
+    return std::all_of(m_rows.begin(), m_rows.end(),
+                       [](const Row& row) { return !row.field->isEnabled() || row.field->isValid(); });
+}
+
+FilterRequest FilterFields::request() const
+{
+    FilterRequest asked;
+    asked.type = m_types->currentIndex();
+    asked.freq0 = field(FilterField::Freq0)->number();
+    asked.freq1 = field(FilterField::Freq1)->number();
+    asked.rippleDb = field(FilterField::Ripple)->number();
+    asked.order =
+        static_cast<int>(std::clamp(field(FilterField::Order)->number(), -kMostPoints, kMostPoints));
+    return asked;
+}

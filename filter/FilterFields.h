@@ -1,0 +1,49 @@
+// The filter type and the fields that say what filter of it is meant.
+#pragma once
+
+#include <QString>
+#include <QVector>
+#include <QWidget>
+
+#include "filter/FilterTypes.h"
+
+class NumberField;
+class QComboBox;
+class QLabel;
+
+class FilterFields : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit FilterFields(QWidget* parent = nullptr);
+
+    QComboBox* types() const { return m_types; }
+    NumberField* field(FilterField use) const;
+
+    // Chooses a row of filterTypes(): fields that it does not use are disabled, and all keep their texts; the
+    // order and the number of points, which share a field, have one each.
+    void showType(int type);
+    // The sampling frequency of the source; 0 where it has none.
+    void showRate(double samplingHz);
+
+    // Whether every field that counts holds a number.
+    bool isValid() const;
+    FilterRequest request() const;
+
+private:
+    struct Row
+    {
+        FilterField use;
+        QLabel* label;
+        NumberField* field;
+        QLabel* reason;  // beneath the field, what is wrong with it
+    };
+    void showReasons();
+
+    QLabel* m_rate;
+    QComboBox* m_types;
+    QVector<Row> m_rows;
+    QString m_otherText = QStringLiteral("11");  // of the one that does not have the shared field now
+    bool m_showsPoints = false;
+};

@@ -1,0 +1,47 @@
+// The fields of the header editor: the file's texts, times and counts, checked as they are typed, and a line
+// that says what is wrong or how large the file becomes.
+#pragma once
+
+#include <QWidget>
+
+class NumberField;
+class QLabel;
+class QLineEdit;
+
+class HeaderFields : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit HeaderFields(QWidget* parent = nullptr);
+
+    QLineEdit& description() const { return *m_description; }
+    QLineEdit& timeUnit() const { return *m_timeUnit; }
+    NumberField& sampleTime() const { return *m_sampleTime; }
+    NumberField& startTime() const { return *m_startTime; }
+    NumberField& samples() const { return *m_samples; }
+    NumberField& columns() const { return *m_columns; }
+
+    // The counts that the file has: they are no mistake of the user's, whatever they are. A field that shows
+    // the count of before shows the new one; what was typed stays.
+    void setCounts(unsigned samples, unsigned columns);
+    // Shows the file's counts in place of what was typed.
+    void resetCounts();
+    // Says anew what is wrong, or how large the file is with these counts; false where something is wrong.
+    bool validate();
+
+private:
+    void addChecks();
+    void layOut();
+    QString sizeReason(double samples, double columns) const;
+
+    QLineEdit* m_description;
+    QLineEdit* m_timeUnit;
+    NumberField* m_sampleTime;
+    NumberField* m_startTime;
+    NumberField* m_samples;
+    NumberField* m_columns;
+    QLabel* m_line;
+    unsigned m_fileSamples = 0;
+    unsigned m_fileColumns = 0;
+};

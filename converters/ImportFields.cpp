@@ -6,18 +6,9 @@
 #include <QPushButton>
 #include <QString>
 
+#include "converters/ImportTexts.h"
 #include "converters/TimeStamps.h"
 #include "share/NumberField.h"
-
-namespace {
-
-void showText(QLabel* label, const QString& reason)
-{
-    label->setText(reason);
-    label->setVisible(!reason.isEmpty());
-}
-
-}  // namespace
 
 void addRow(QFormLayout* form, const char* label, QWidget* field, const char* help)
 {
@@ -30,10 +21,7 @@ void addRow(QFormLayout* form, const char* label, QWidget* field, const char* he
 QLabel* addCheckedRow(QFormLayout* form, const char* label, QLineEdit* field, const char* help)
 {
     addRow(form, label, field, help);
-    auto* const reason = new QLabel;
-    reason->setWordWrap(true);
-    reason->setTextFormat(Qt::PlainText);
-    reason->hide();
+    QLabel* const reason = warningLabel();
     form->addRow(reason);
     if (auto* const number = qobject_cast<NumberField*>(field))
         QObject::connect(number, &NumberField::x_validated, reason,

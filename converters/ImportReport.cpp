@@ -64,7 +64,7 @@ ImportReport::ImportReport(QWidget* parent, const QString& title, const QString&
     QPushButton* const close = buttons->addButton(QStringLiteral("&Close"), QDialogButtonBox::RejectRole);
     connect(close, &QPushButton::clicked, this, &QDialog::reject);
     close->setDefault(true);
-    close->setFocus();
     layout->addWidget(buttons);
+    close->setFocus();
     resize(troubles.isEmpty() ? kPlain : kWithTroubles);
 }

@@ -87,13 +87,18 @@ QString stepLength(double seconds)
 QString stepRange(double least, double greatest)
 {
     const Unit& unit = unitOf(greatest);
-    return QString::number(least / unit.seconds, 'g', 4) + QStringLiteral(" to ") +
-           inUnit(QString::number(greatest / unit.seconds, 'g', 4), unit);
+    if (&unitOf(least) != &unit)
+        return durationText(least) + QStringLiteral(" to ") + durationText(greatest);
+    const QString from = QString::number(least / unit.seconds, 'g', 4);
+    const QString to = QString::number(greatest / unit.seconds, 'g', 4);
+    return from == to ? stepLength(greatest) : from + QStringLiteral(" to ") + inUnit(to, unit);
 }
 
 QString sizeText(std::uint64_t bytes)
 {
     const auto size = static_cast<double>(bytes);
+    if (bytes < 1000)
+        return counted(bytes, "byte", "bytes");
     if (size < 1e6)
         return QString::number(size / 1e3, 'f', 1) + QStringLiteral(" kB");
     return size < 1e9 ? QString::number(size / 1e6, 'f', 1) + QStringLiteral(" MB")
@@ -122,20 +127,27 @@ bool clearTarget(QWidget* parent, const QString& file)
 }
 
 const QString kCancelled = QStringLiteral("The import was cancelled; nothing was made.");
+const QString kMarkedField = QStringLiteral("A field is not right: it is marked, and says why.");
 
-void showFinding(QLabel* label, const QString& text, bool wrong)
+QLabel* warningLabel()
 {
+    auto* const label = new QLabel;
+    label->setWordWrap(true);
+    label->setTextFormat(Qt::PlainText);
+    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    // Red that can be read on light and on dark windows.
     QPalette colours;
-    if (wrong) {
-        // Red that can be read on light and on dark windows.
-        const bool dark = colours.color(QPalette::Window).lightness() < kDark;
-        colours.setColor(QPalette::WindowText, dark ? QColor(0xFF, 0x9A, 0x8C) : QColor(0xB0, 0x2A, 0x1E));
-    }
-    QFont font;
-    font.setBold(wrong);
+    const bool dark = colours.color(QPalette::Window).lightness() < kDark;
+    colours.setColor(QPalette::WindowText, dark ? QColor(0xFF, 0x9A, 0x8C) : QColor(0xB0, 0x2A, 0x1E));
     label->setPalette(colours);
-    label->setFont(font);
+    label->hide();
+    return label;
+}
+
+void showText(QLabel* label, const QString& text)
+{
     label->setText(text);
+    label->setVisible(!text.isEmpty());
 }
 
 QString reasonOfFailure()

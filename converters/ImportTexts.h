@@ -32,11 +32,13 @@ bool askOverwrite(QWidget* parent, const QString& file);
 // it up. Says why where a window has it.
 bool clearTarget(QWidget* parent, const QString& file);
 
-// What a window says after a job that was cancelled.
+// What a window says after a job that was cancelled, and where a field is wrong.
 extern const QString kCancelled;
+extern const QString kMarkedField;
 
-// Shows what was found, in the colour of warnings where something is wrong.
-void showFinding(QLabel* label, const QString& text, bool wrong);
+// A label for what is wrong, hidden as long as it is empty; showText() fills it.
+QLabel* warningLabel();
+void showText(QLabel* label, const QString& text);
 
 // What went wrong, of the exception in flight.
 QString reasonOfFailure();

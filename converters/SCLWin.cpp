@@ -155,7 +155,9 @@ void SCLWin::showFiles()
             m_files->item(row, kFile)->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable);
             m_files->item(row, kFile)->setToolTip(shown(source.file.string()));
         }
-        m_files->resizeColumnsToContents();
+        // The last one fills the rest.
+        for (int column = kFile; column < kDescription; ++column)
+            m_files->resizeColumnToContents(column);
     }
     enableButtons();
 }
@@ -281,8 +283,12 @@ void SCLWin::enableButtons()
     m_down->setEnabled(row >= 0 && row + 1 < rows);
     showReason(m_start, m_startReason, reasonAgainstStart(m_start->text()));
     showReason(m_target, m_targetReason, rows == 0 ? QString() : reasonAgainstTarget(m_target->text()));
+    const bool good = fieldsAreGood() && m_problem.isEmpty();
+    // Else the focus would go on to Cancel, and Enter close the window.
+    if (!good && m_import->hasFocus())
+        m_files->setFocus();
     m_check->setEnabled(fieldsAreGood());
-    m_import->setEnabled(fieldsAreGood() && m_problem.isEmpty());
+    m_import->setEnabled(good);
 }
 
 // -- Check and import --
@@ -327,14 +333,15 @@ void SCLWin::checkLater()
 void SCLWin::showFindings()
 {
     enableButtons();
-    showFinding(m_finding,
-                !m_problem.isEmpty()     ? m_problem
-                : m_checked              ? summary()
-                : m_logs.sources.empty() ? QStringLiteral("\"Add...\" chooses the files.")
-                                         : QStringLiteral("Only the beginning of the files has been read. "
-                                                          "\"Check only\" reads all of it, and so does "
-                                                          "\"Import\"."),
-                !m_problem.isEmpty());
+    m_finding->setText(!m_problem.isEmpty()                               ? QString()
+                       : m_checked                                        ? summary()
+                       : !m_logs.sources.empty() && !m_check->isEnabled() ? kMarkedField
+                       : m_logs.sources.empty()
+                           ? QStringLiteral("\"Add...\" chooses the files.")
+                           : QStringLiteral("Only the beginning of the files has been read. "
+                                            "\"Check only\" reads all of it, and so does "
+                                            "\"Import\"."));
+    showText(m_warning, m_problem);
 }
 
 QString SCLWin::summary() const

@@ -90,6 +90,7 @@ private:
     QPlainTextEdit* m_lines;
     ValuePlot* m_plot;
     QLabel* m_finding;
+    QLabel* m_warning;
     QPushButton* m_import;
     QPushButton* m_check;
 };

@@ -15,6 +15,7 @@
 #include <QVBoxLayout>
 
 #include "converters/ImportFields.h"
+#include "converters/ImportTexts.h"
 #include "converters/SCLWin.h"
 #include "converters/ValuePlot.h"
 #include "share/HeaderText.h"
@@ -47,7 +48,9 @@ SCLWin::SCLWin(const QString& file, QWidget* parent) : SubWindow(parent)
     m_finding->setMinimumHeight(2 * m_finding->fontMetrics().lineSpacing());
     auto* const layout = new QVBoxLayout;
     layout->addWidget(all, 1);
+    m_warning = warningLabel();
     layout->addWidget(m_finding);
+    layout->addWidget(m_warning);
     layout->addWidget(buildButtons());
     auto* const central = new QWidget;
     central->setLayout(layout);

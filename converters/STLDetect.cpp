@@ -118,14 +118,15 @@ STLFormat formatOf(const std::filesystem::path& file, const STLSample& sample, c
     if (firstData == head.size())
         throw STLError(noLineOfNumbers(file));
 
-    for (const STLKind kind : kinds)
-        format.columns.emplace_back().kind = kind;
     format.firstDataLine = head[firstData].line->number;
-    guessNames(format, head, firstData);
     std::vector<STLRow> data;
     for (const STLRow& row : all)
         if (row.line->number == 0 || row.line->number >= format.firstDataLine)
             data.push_back(row);
+    // Again, without the head.
+    for (const STLKind kind : kindsOf(data, reading.cells))
+        format.columns.emplace_back().kind = kind;
+    guessNames(format, head, firstData);
     guessHead(format, sample);
     if (format.description.empty())
         format.description = file.stem().string();

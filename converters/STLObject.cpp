@@ -197,10 +197,10 @@ void STLObject::settleStart()
                          m_format.timeSource == STLTimeSource::ElapsedSeconds;
     const Micros wall = typed || elapsed ? m_format.typedStart : found.firstWall;
     const bool dated = (!typed && !elapsed) || m_format.typedStart != 0;
-    double first =
-        elapsed ? found.firstSeconds
-        : typed ? m_format.typedStep * static_cast<double>(std::max<std::uint64_t>(m_format.fromRow, 1) - 1)
-                : 0.0;
+    // A start that is typed is the file's: the first row lies one step behind it.
+    double first = elapsed ? found.firstSeconds : 0.0;
+    if (typed)
+        first = m_format.typedStep * static_cast<double>(std::max<std::uint64_t>(m_format.fromRow, 1));
     if (dated) {
         const Micros whole = wall - (wall % kMicrosPerSecond + kMicrosPerSecond) % kMicrosPerSecond;
         const double fraction = static_cast<double>(wall - whole) / kMicrosPerSecond;

@@ -179,17 +179,22 @@ void STLWin::showFindings()
                            (dated ? QStringLiteral("\nFirst row: ") + inWords(found.firstWall) : QString()));
     m_size->setText(m_checked ? sizeText(tsFileBytes(found.samples, found.columns)) : QString());
 
-    QString line = m_problem;
+    QString line;
     if (m_checked)
         line = summary() + QLatin1Char('\n') + stepText(found) + QLatin1Char(' ') + resultText(found);
+    else if (m_problem.isEmpty() && !m_check->isEnabled())
+        line = kMarkedField;
     else if (m_problem.isEmpty())
         line = QStringLiteral(
             "Only the beginning of the file has been read. \"Check only\" reads all of it, and so does "
             "\"Import\".");
-    const bool doubt = m_checked && m_log->format().orderInDoubt;
-    if (doubt)
-        line += QStringLiteral("\nPlease check: the first date is %1.").arg(inWords(found.firstWall));
-    showFinding(m_finding, line, doubt || !m_problem.isEmpty());
+    const QString doubt =
+        m_checked && m_log->format().orderInDoubt
+            ? QStringLiteral("Please check: the first date is %1.").arg(inWords(found.firstWall))
+            : QString();
+    m_finding->setText(line);
+    showText(m_warning, m_problem.isEmpty() ? doubt : m_problem);
+    showText(m_orderReason, doubt);
 }
 
 // "86 400 rows, 3 columns. 12 cells missing, 2 lines skipped."
@@ -224,6 +229,9 @@ void STLWin::enableFields()
     m_resampleStep->setEnabled(open && m_becomes->currentData().toInt() ==
                                            static_cast<int>(STLTimeResult::Resampled));
     const bool good = checkFields() && open;
+    // Else the focus would go on to Cancel, and Enter close the window.
+    if (m_import->hasFocus() && !(good && m_problem.isEmpty()))
+        m_preview->setFocus();
     m_import->setEnabled(good && m_problem.isEmpty());
     m_check->setEnabled(good);
 }

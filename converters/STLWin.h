@@ -105,6 +105,7 @@ private:
     NumberField* m_step;
     QComboBox* m_becomes;
     QLineEdit* m_resampleStep;
+    QLabel* m_orderReason;
     QLabel* m_startReason;
     QLabel* m_resampleReason;
     QLabel* m_timeFinding;
@@ -120,6 +121,7 @@ private:
     QLabel* m_head;
 
     QLabel* m_finding;
+    QLabel* m_warning;
     QPushButton* m_import;
     QPushButton* m_check;
 };

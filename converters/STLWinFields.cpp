@@ -19,6 +19,7 @@
 #include <initializer_list>
 
 #include "converters/ImportFields.h"
+#include "converters/ImportTexts.h"
 #include "converters/STLLines.h"
 #include "converters/STLWin.h"
 #include "share/HeaderText.h"
@@ -104,6 +105,7 @@ STLWin::STLWin(const QString& file, QWidget* parent) : SubWindow(parent)
     m_columns->setAccessibleName(QStringLiteral("The columns"));
     m_columns->horizontalHeader()->setStretchLastSection(true);
     m_columns->setTabKeyNavigation(false);
+    m_columns->setWordWrap(false);
     right->addWidget(m_preview);
     right->addWidget(m_columns);
     right->setStretchFactor(0, 3);
@@ -212,6 +214,8 @@ QWidget* STLWin::buildTimeFields()
     addRow(form, "&Date column", m_dateColumn, "The column of dates.");
     addRow(form, "Time colu&mn", m_timeColumn, "The column of stamps, times or seconds.");
     addRow(form, "Ord&er", m_order, "How 3/4/2016 is meant.");
+    m_orderReason = warningLabel();
+    form->addRow(m_orderReason);
     addRow(form, "&Zone", m_zone, "The zone of stamps that name none.");
     m_startReason = addCheckedRow(form, "&Start", m_start,
                                   "When the series begins; the first sample lies one step later.");
@@ -269,8 +273,14 @@ QWidget* STLWin::buildResultFields()
 QWidget* STLWin::buildFindings()
 {
     m_finding = wrappedLabel();
-    m_finding->setMinimumHeight(2 * m_finding->fontMetrics().lineSpacing());
-    return m_finding;
+    m_warning = warningLabel();
+    auto* const box = new QWidget;
+    auto* const layout = new QVBoxLayout(box);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(m_finding);
+    layout->addWidget(m_warning);
+    box->setMinimumHeight(2 * m_finding->fontMetrics().lineSpacing());
+    return box;
 }
 
 QWidget* STLWin::buildButtons()

@@ -139,7 +139,9 @@ void STLWin::showColumns()
         values->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable);
         m_columns->setItem(row, kValues, values);
     }
-    m_columns->resizeColumnsToContents();
+    // The last one fills the rest.
+    for (int column = kTake; column < kValues; ++column)
+        m_columns->resizeColumnToContents(column);
 }
 
 void STLWin::readFields()

@@ -10,6 +10,7 @@
 namespace {
 
 constexpr int kMargin = 4;
+constexpr qreal kDot = 1.5;
 
 }  // namespace
 
@@ -58,8 +59,9 @@ void ValuePlot::paintEvent(QPaintEvent* /*event*/)
     painter.setPen(QPen(palette().highlight().color(), 1.2));
     QPolygonF run;
     const auto draw = [&] {
+        // A value alone between missing ones.
         if (run.size() == 1)
-            painter.drawPoint(run.front());
+            painter.drawEllipse(run.front(), kDot, kDot);
         painter.drawPolyline(run);
         run.clear();
     };

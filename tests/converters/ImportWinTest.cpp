@@ -8,6 +8,7 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QSignalSpy>
+#include <QSpinBox>
 #include <QTableWidget>
 #include <QTest>
 #include <QTimer>
@@ -143,6 +144,102 @@ TEST_F(ImportWin, otherReadingIsOneClickAway)
         if (button->text() == QStringLiteral("Or one column with decimal comma?"))
             button->click();
     EXPECT_EQ(1, columns->rowCount());
+}
+
+TEST_F(ImportWin, orderThatTheCheckFindsReachesItsField)
+{
+    std::ofstream log("late.csv");
+    log << "When,Level\n";
+    for (int i = 0; i < 2000; ++i)
+        log << (i == 600 ? "3/14/2016 13:30:00," : "3/4/2016 13:30:00,") << i << '\n';
+    log.close();
+    STLWin window(QStringLiteral("late.csv"));
+    window.setAttribute(Qt::WA_DeleteOnClose, false);
+    EXPECT_EQ(QStringLiteral("month before day"), field<QComboBox>(window, "Order")->currentText());
+    field<QLineEdit>(window, "Description")->setText(QStringLiteral("x"));
+    window.sl_import();
+    EXPECT_EQ(2000U, openTsFile("late.ts", true)->samples()) << "no row is skipped";
+}
+
+TEST_F(ImportWin, refusedFieldsSayWhy)
+{
+    STLWin window(kData + QStringLiteral("preamble.stl"));
+    window.setAttribute(Qt::WA_DeleteOnClose, false);
+    window.show();
+    const auto says = [&](const char* text) {
+        for (const QLabel* label : window.findChildren<QLabel*>())
+            if (!label->isHidden() && label->text() == QLatin1String(text))
+                return hasButton(window, "&Import", false);
+        return false;
+    };
+    auto* const to = field<QLineEdit>(window, "to (0: the last)");
+    to->setText(QStringLiteral("x"));
+    EXPECT_TRUE(says("\"x\" is not a number."));
+    to->setText(QStringLiteral("0"));
+    EXPECT_TRUE(hasButton(window, "&Import", true));
+    field<QComboBox>(window, "From")->setCurrentIndex(0);
+    field<QLineEdit>(window, "Start")->setText(QStringLiteral("2016-02-31"));
+    EXPECT_TRUE(says("\"2016-02-31\" is no date and time; write yyyy-mm-dd hh:mm:ss."));
+    field<QLineEdit>(window, "Start")->clear();
+    auto* const first = field<QSpinBox>(window, "First data line");
+    first->setValue(99);
+    EXPECT_TRUE(says("No line of numbers was found in preamble.stl."));
+    first->setValue(8);
+    EXPECT_TRUE(hasButton(window, "&Import", true)) << "what is mended is good again";
+}
+
+TEST_F(ImportWin, longFileIsReadWhenItIsShown)
+{
+    std::ofstream log("long.csv");
+    log << "A;B\n";
+    for (int i = 0; i < 600'000; ++i)
+        log << "1,25;2,5\n";
+    log << "oops;1\n";
+    log.close();
+    STLWin window(QStringLiteral("long.csv"));
+    window.setAttribute(Qt::WA_DeleteOnClose, false);
+    window.show();
+    const auto shows = [&] {
+        for (const QLabel* label : window.findChildren<QLabel*>())
+            if (label->text().startsWith(QStringLiteral("600 001 rows, 2 columns. 1 cell missing.\n")))
+                return true;
+        return false;
+    };
+    EXPECT_TRUE(QTest::qWaitFor(shows, 20000));
+    for (QPushButton* button : window.findChildren<QPushButton*>())
+        if (button->text() == QStringLiteral("&Cancel"))
+            QTest::keyClick(button, Qt::Key_Return);
+    EXPECT_FALSE(window.isVisible()) << "Enter presses the button that has the focus";
+    EXPECT_FALSE(fs::exists("long.ts"));
+}
+
+TEST_F(ImportWin, reportTellsWhereAndWhat)
+{
+    STLWin window(kData + QStringLiteral("troubles.stl"));
+    window.setAttribute(Qt::WA_DeleteOnClose, false);
+    window.show();
+    QStringList rows;
+    QTimer reading;
+    QObject::connect(&reading, &QTimer::timeout, [&] {
+        auto* const report = qobject_cast<ImportReport*>(QApplication::activeModalWidget());
+        if (report == nullptr || !rows.isEmpty())
+            return;
+        const auto* const table = report->findChild<QTableWidget*>();
+        for (int row = 0; row < table->rowCount(); ++row)
+            rows << table->item(row, 0)->text() + QLatin1Char('|') + table->item(row, 1)->text() +
+                        QLatin1Char('|') + table->item(row, 3)->text();
+    });
+    answering.setInterval(200);
+    reading.start(10);
+    window.sl_check();
+    EXPECT_EQ((QStringList{"Line 3|2|x", "Line 4||2016-05-17 00:20;1", "Line 5||2016-05-17 00:30;1;2;3",
+                           "Line 6|1|2016-99-17 00:40", "Line 8||End of log", "Line 8|1|End of log"}),
+              rows);
+    EXPECT_TRUE(
+        said.contains(QStringLiteral("5 rows, 2 columns. 3 cells missing, 2 lines skipped.\n"
+                                     "10.00 min, 1 gap, longest 20 min.")))
+        << qPrintable(said);
+    EXPECT_FALSE(fs::exists("troubles.ts")) << "only checked";
 }
 
 TEST_F(ImportWin, keptOldFileStays)

@@ -62,6 +62,8 @@ TEST_F(Scl, everyFileComesOutRight)
         {"ecg.scl", 1.0 / 360, {-0.245F, -0.215F, kNone, -0.185F, kNone}, 1, 0},
         {"index.scl", 1, {10.5F, 10.6F, 10.7F, kNone}, 0, 1},
         {"timed.scl", 0.5, {5, 6, 7}, 0, 1},
+        {"clock.scl", 30, {1.5F, 1.6F, kNone, -5}, 0, 0},
+        {"uneven.scl", 1, {1, 2, 3}, 0, 1},
         {"in-turn.scl", 1, {1, 5, 2, 7, 3, 9, 4, 4}, 0, 1},
     };
     for (const Case& c : cases) {
@@ -92,6 +94,15 @@ TEST_F(Scl, headReachesTheFile)
     SCLObject plain;
     plain.add("plain.scl");
     EXPECT_EQ(1463492730U, import(plain)->startSeconds()) << "the file's date";
+
+    SCLObject clock;
+    clock.add(kData / "clock.scl");
+    EXPECT_EQ(1463492700U - 7200U - 30U, import(clock)->startSeconds())
+        << "the first line's time, less a step";
+    write("zoned.scl", "Start: 2016-05-17T13:45:30Z\n1\n2\n");
+    SCLObject zoned;
+    zoned.add("zoned.scl");
+    EXPECT_EQ(1463492730U, import(zoned)->startSeconds());
 
     plain.start = -86400 * kMicrosPerSecond;
     const auto early = import(plain);
@@ -126,12 +137,86 @@ TEST_F(Scl, severalFilesBecomeColumns)
     }
 }
 
+TEST_F(Scl, cancelledOrChangedLogsLeaveNothing)
+{
+    std::string lines;
+    for (int i = 0; i < 40000; ++i)
+        lines += "1,5\n";
+    write("a.scl", lines);
+    SCLObject logs;
+    logs.add("a.scl");
+    const auto cancel = [](auto, auto) { return false; };
+    EXPECT_EQ(JobOutcome::Cancelled, logs.check(cancel));
+    EXPECT_FALSE(logs.isRead());
+    EXPECT_EQ(JobOutcome::Done, logs.check({}));
+    EXPECT_EQ(JobOutcome::Done, logs.check(cancel)) << "read already";
+    EXPECT_EQ(JobOutcome::Cancelled, importSCL(logs, "out.ts", cancel));
+    logs.skipLines = 2;
+    EXPECT_FALSE(logs.isRead());
+    logs.check({});
+    EXPECT_EQ(39998U, logs.found().samples);
+    write("a.scl", lines + "2\n");
+    EXPECT_THROW(importSCL(logs, "out.ts", {}), STLError) << "grown";
+    fs::remove("a.scl");
+    EXPECT_THROW(logs.check({}), std::system_error) << "gone";
+    EXPECT_TRUE(fs::is_empty("."));
+}
+
+TEST_F(Scl, headsSayItInTheirOwnWays)
+{
+    struct Head
+    {
+        const char* text;
+        const char* name;
+        const char* description;
+        double step;
+        std::vector<float> values;
+    };
+    const std::vector<Head> cases = {
+        {"NAME = Flow\nUnit=l/s\ninterval: 5 min\n1\n2\n", "Flow", "Flow [l/s]", 300, {1, 2}},
+        {"Description: Inlet\nRate: 2,5 kHz\n; remark\n// remark\n1e3\n-2\n",
+         "h",
+         "Inlet",
+         0.0004,
+         {1000, -2}},
+        {"Name: Gr\xF6\xDF"
+         "e\nUnit: \xB0"
+         "C\n1,5 \xB0"
+         "C\nOL\n",
+         "Größe",
+         "Größe [°C]",
+         1,
+         {1.5F, kNone}},
+        {"\xEF\xBB\xBF"
+         "10 1\r\n20 2\r\n30 3\r\n",
+         "h",
+         "h",
+         10,
+         {1, 2, 3}},
+        {"1\tm\n\n2\tm\nName: late\n3\tm", "late", "late", 1, {1, 2, 3}},
+    };
+    for (const Head& c : cases) {
+        SCOPED_TRACE(c.text);
+        write("h.scl", c.text);
+        SCLObject logs;
+        logs.add("h.scl");
+        EXPECT_DOUBLE_EQ(c.step, logs.step);
+        const auto ts = import(logs);
+        EXPECT_STREQ(c.name, ts->columnName(1));
+        EXPECT_STREQ(c.description, ts->columnDescription(1));
+        expectColumn(*ts, 1, c.values);
+    }
+}
+
 TEST_F(Scl, hopelessFilesLeaveNothing)
 {
     SCLObject logs;
     for (const char* file : {"words.stl", "empty.stl", "utf16.stl", "binary.stl"})
         EXPECT_THROW(logs.add(kData / file), STLError) << file;
     EXPECT_THROW(logs.add("none.scl"), std::system_error);
+    write("missing.scl", "---\n13:45:30\nnan\n");
+    EXPECT_THROW(logs.add("missing.scl"), STLError) << "not one number";
+    fs::remove("missing.scl");
     EXPECT_THROW(logs.check({}), STLError);
     write("a.scl", "1\n2\n3\n");
     logs.add("a.scl");

@@ -1,7 +1,9 @@
 // Smart tool logs as different loggers write them, each with what must come out.
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <cmath>
+#include <csignal>
 #include <cstdlib>
 #include <fstream>
 #include <random>
@@ -116,7 +118,38 @@ TEST_F(Stl, everyLoggersFileComesOutRight)
         {"elapsed.stl", ElapsedTime, {"P"}, {"P"}, {{1}, {2}, {3}}, 1463486400 - kOslo + 86340, 60, 0},
         {"time-of-day.stl", ElapsedTime, {"P"}, {"P"}, {{1}, {2}, {3}, {4}}, 1463529598 - kOslo, 1, 0},
         {"unix.stl", UnixMilliseconds, {"Col-2"}, {""}, {{1}, {2}, {3}, {4}}, kNoon, 0.25, 0},
-        {"rate.stl", Typed, {"A", "B"}, {"A", "B"}, {{1, 2}, {3, 4}, {5, 6}}, kNoon - kOslo, 0.004, 0},
+        {"rate.stl",
+         Typed,
+         {"A", "B"},
+         {"A", "B"},
+         {{1, 2}, {3, 4}, {5, 6}},
+         kNoon - kOslo + 0.004,
+         0.004,
+         0},
+        {"four-line-head.stl",
+         Stamp,
+         {"Record", "AirT_Avg", "RH"},
+         {"Record [RN]", "AirT_Avg [Deg C]", "RH [%]"},
+         {{0, 20.5F, 80}, {1, 20.75F, kNone}, {2, -0.5F, 82}},
+         kNoon - kOslo,
+         60,
+         0},
+        {"apostrophes.stl",
+         Stamp,
+         {"Druck"},
+         {"Druck [Pa]"},
+         {{101325}, {101400.5F}, {99999}},
+         1463443200 - kOslo,
+         86400,
+         0},
+        {"crlf.stl",
+         Typed,
+         {"Kraft", "Weg"},
+         {"Kraft [kN]", "Weg [mm]"},
+         {{0.0015F, -0.5F}, {2, 1}, {kNone, 3}},
+         kNoon - kOslo,
+         0.0004,
+         0},
         {"month-first.stl",
          Stamp,
          {"Time", "Level"},
@@ -261,6 +294,155 @@ TEST_F(Stl, timeBecomesWhatTheUserWants)
     EXPECT_EQ(10.0F, ts->value(1, 3));
 }
 
+// Times of samples, whichever way the ts-file tells them.
+double timeOf(TSFILE& ts, std::uint32_t sample)
+{
+    const double start = ts.startSeconds() + static_cast<double>(ts.startTime());
+    return ts.timeMode() == 0   ? start + static_cast<double>(sample) * static_cast<double>(ts.dt())
+           : ts.timeMode() == 1 ? start + static_cast<double>(ts.value(sample, 1))
+                                : ts.sampleTime(sample);
+}
+
+TEST_F(Stl, samplesKeepTheTimesOfTheirRows)
+{
+    struct TimeCase
+    {
+        const char* what;
+        const char* text;
+        int mode;
+        std::vector<double> times;  // of the samples
+        std::uint64_t fromRow = 1;
+        std::uint64_t toRow = 0;
+        std::uint32_t everyNth = 1;
+        std::optional<STLTimeResult> becomes = {};
+    };
+    constexpr double kDay = 1463443200.0 - kOslo;   // 2016-05-17 in Oslo
+    constexpr double kMarch = 1458950400.0 - 3600;  // 2016-03-26 in Oslo
+    const char* const seconds =
+        "D;A\n2016-05-17 00:00:00;1\n2016-05-17 00:00:01;2\n2016-05-17 00:00:02;3\n"
+        "2016-05-17 00:00:03;4\n2016-05-17 00:00:04;5\n";
+    const char* const gap = "t;A\n0;1\n1;2\n2;3\n3;4\n5;6\n6;7\n7;8\n8;9\n";
+    const std::vector<TimeCase> cases = {
+        {"rows from the third", seconds, 0, {kDay + 2, kDay + 3, kDay + 4}, 3},
+        {"every second row", seconds, 0, {kDay + 1, kDay + 3}, 2, 0, 2},
+        {"typed step, rows from the second", "A;B\n1;1\n2;2\n3;3\n4;4\n", 0, {2, 4}, 2, 0, 2},
+        {"resampled rows only", gap, 0, {6, 7}, 6, 7, 1, STLTimeResult::Resampled},
+        {"a gap among whole seconds is no slow clock", gap, 1, {0, 1, 2, 3, 5, 6, 7, 8}},
+        {"four rows in each second of the clock",
+         "D;A\n2016-05-17 00:00:00;1\n2016-05-17 00:00:00;2\n2016-05-17 00:00:00;3\n"
+         "2016-05-17 00:00:00;4\n2016-05-17 00:00:01;5\n2016-05-17 00:00:01;6\n"
+         "2016-05-17 00:00:01;7\n2016-05-17 00:00:01;8\n2016-05-17 00:00:02;9\n",
+         0,
+         {kDay, kDay + 0.25, kDay + 0.5, kDay + 0.75, kDay + 1, kDay + 1.25, kDay + 1.5, kDay + 1.75,
+          kDay + 2}},
+        {"bunches within a clock's tick are no equal steps",
+         "D;A\n2016-05-17 00:00:00;1\n2016-05-17 00:00:00;2\n2016-05-17 00:00:00;3\n"
+         "2016-05-17 00:00:01;4\n2016-05-17 00:00:02;5\n2016-05-17 00:00:03;6\n"
+         "2016-05-17 00:00:04;7\n2016-05-17 00:00:05;8\n",
+         1,
+         {kDay, kDay, kDay, kDay + 1, kDay + 2, kDay + 3, kDay + 4, kDay + 5}},
+        {"thirds in milliseconds", "t;A\n1.000;1\n1.333;2\n1.667;3\n2.000;4\n", 0, {1, 4.0 / 3, 5.0 / 3, 2}},
+        {"before the trigger", "t;A\n-0.5;1\n-0.25;2\n0;3\n0.25;4\n", 1, {-0.5, -0.25, 0, 0.25}},
+        {"days across the change to summer time",
+         "D;A\n2016-03-26;1\n2016-03-27;2\n2016-03-28;3\n",
+         0,
+         {kMarch, kMarch + 86400, kMarch + 172800}},
+        {"hours of work, midnight between",
+         "Date: 17.05.2016\nT;A\n15:00;1\n16:00;2\n08:00;3\n09:00;4\n",
+         1,
+         {kDay + 54000, kDay + 57600, kDay + 115200, kDay + 118800}},
+        {"times that run back, seconds apart",
+         "t;A\n5;1\n6.5;2\n1;3\n9;4\n",
+         2,
+         {5, 6.5, 1, 9},
+         1,
+         0,
+         1,
+         STLTimeResult::TimeTwoColumns},
+    };
+    for (const TimeCase& c : cases) {
+        SCOPED_TRACE(c.what);
+        write("t.csv", c.text);
+        STLObject log("t.csv");
+        log.detect();
+        log.format().fromRow = c.fromRow;
+        log.format().toRow = c.toRow;
+        log.format().everyNth = c.everyNth;
+        log.format().timeResult = c.becomes;
+        const auto ts = import(log);
+        EXPECT_EQ(c.mode, ts->timeMode());
+        ASSERT_EQ(c.times.size(), ts->samples());
+        for (std::uint32_t s = 1; s <= ts->samples(); ++s)
+            EXPECT_NEAR(c.times[s - 1], timeOf(*ts, s), 1e-3) << s;
+    }
+}
+
+TEST_F(Stl, stepsSaySoAsTheUserSeesThem)
+{
+    STLObject log(kData / "zones.stl");
+    log.detect();
+    log.format().greenwich = false;
+    log.check({});
+    EXPECT_EQ(1459040340U - 60, log.found().startSeconds) << "stamps with a zone are in no other one";
+
+    write("a.csv", "D;A\n2016-05-17 00:00:00;1\n2016-13-17 00:00:01;2\n2016-05-17 99;3\n");
+    STLObject bad("a.csv");
+    bad.detect();
+    bad.check({});
+    EXPECT_EQ(2U, bad.found().skippedLines);
+    ASSERT_EQ(2U, bad.found().troubles.size());
+    EXPECT_EQ(3U, bad.found().troubles[0].line);
+    EXPECT_EQ("2016-13-17 00:00:01", bad.found().troubles[0].text);
+    write("b.csv", "D;T;A\n2016-05-17;00:00:00;1\n2016-05-17;00:00:01;2\n2016-05-17;0x;3\n");
+    STLObject time("b.csv");
+    time.detect();
+    time.check({});
+    ASSERT_EQ(1U, time.found().troubles.size());
+    EXPECT_EQ(1, time.found().troubles[0].column) << "the time, not the date";
+}
+
+TEST_F(Stl, headsAndTailsThatLoggersLeave)
+{
+    std::string head;
+    for (int i = 0; i < 300; ++i)
+        head += "Setting " + std::to_string(i) + " is on\n";
+    std::string rows = "A;B\n";
+    for (int i = 0; i < 400; ++i)
+        rows += std::to_string(i) + ",5;1\n";
+    write("long.csv", head + rows);
+    STLObject longHead("long.csv");
+    longHead.detect();
+    EXPECT_EQ(302U, longHead.format().firstDataLine);
+    EXPECT_EQ(400U, import(longHead)->samples());
+
+    write("zeros.csv", rows + std::string(4096, '\0'));
+    STLObject zeros("zeros.csv");
+    zeros.detect();
+    EXPECT_EQ(400U, import(zeros)->samples()) << "the power went, a line of zeros is left";
+    EXPECT_EQ(1U, zeros.found().skippedLines);
+}
+
+TEST_F(Stl, passIsRunAgainOnlyWhereItFindsSomethingElse)
+{
+    write("m.csv", "D;A;B\n2016-05-17;1;2\n2016-05-18;;4\n");
+    STLObject log("m.csv");
+    log.detect();
+    log.check({});
+    log.format().fill = STLFill::Zero;
+    log.format().timeResult = STLTimeResult::TimeColumn;
+    EXPECT_TRUE(log.isRead());
+    log.check([](auto, auto) { return false; });
+    EXPECT_EQ(1U, log.found().timeColumns);
+    log.format().columns[1].take = false;
+    EXPECT_FALSE(log.isRead());
+    log.check({});
+    EXPECT_EQ(0U, log.found().missingCells);
+    write("m.csv", "D;A;B\n2016-05-17;1;2\n2016-05-18;;4\n2016-05-19;5;6\n");
+    EXPECT_FALSE(log.isRead()) << "the file has grown";
+    EXPECT_THROW(importSTL(log, "out.ts", {}), STLError);
+    EXPECT_EQ(3U, import(log)->samples());
+}
+
 TEST_F(Stl, textsAreNumberedOnDemand)
 {
     STLObject log(kData / "quotes.stl");
@@ -341,6 +523,28 @@ TEST_F(Stl, randomBytesNeverEndBadly)
     EXPECT_LE(std::distance(fs::directory_iterator("."), fs::directory_iterator()), 2);
 }
 
+TEST_F(Stl, fullDiskLeavesTheOldFile)
+{
+    std::string rows = "A;B\n";
+    for (int i = 0; i < 50000; ++i)
+        rows += "1;2\n";
+    write("m.csv", rows);
+    write("out.ts", "old");
+    STLObject log("m.csv");
+    log.detect();
+    log.check({});
+    rlimit before = {};
+    getrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit small = {100'000, before.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &small);
+    EXPECT_ANY_THROW(importSTL(log, "out.ts", {}));
+    setrlimit(RLIMIT_FSIZE, &before);
+    EXPECT_EQ(2, std::distance(fs::directory_iterator("."), fs::directory_iterator()));
+    EXPECT_EQ(3U, fs::file_size("out.ts"));
+    EXPECT_EQ(50000U, import(log)->samples()) << "and the log can be imported later";
+}
+
 TEST_F(Stl, failedImportLeavesTheOldFile)
 {
     write("m.csv", "A;B\n1;1\n2;2\n3;3\n");
@@ -358,6 +562,8 @@ TEST_F(Stl, failedImportLeavesTheOldFile)
         rows += "1;1\n";
     write("m.csv", rows);
     log.detect();
+    EXPECT_EQ(JobOutcome::Cancelled, log.check([](auto, auto) { return false; }));
+    EXPECT_FALSE(log.isRead());
     log.check({});
     EXPECT_EQ(JobOutcome::Cancelled, importSTL(log, "out.ts", [](auto, auto) { return false; }));
     EXPECT_EQ(2, std::distance(fs::directory_iterator("."), fs::directory_iterator()));

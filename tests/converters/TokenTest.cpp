@@ -62,12 +62,19 @@ TEST(StlTokens, numbersAreWholeOrNone)
         {"12", ',', '.', 12.0},
         {"", '.', 0, {}},
         {"--5", '.', 0, {}},
+        {"-", '.', 0, {}},
+        {".", '.', 0, {}},
+        {"1..5", '.', 0, {}},
+        {"-0.1", '.', 0, -0.1},
+        {"123456789012345", '.', 0, 123456789012345.0},
+        {"0.12345678901234567", '.', 0, 0.12345678901234567},
     };
     for (const Case& c : cases) {
         STLCells cells;
         cells.decimal = c.decimal;
         cells.grouping = c.grouping;
         EXPECT_EQ(c.value, readNumber(c.text, cells)) << c.text;
+        EXPECT_EQ(c.value.has_value(), isNumber(c.text, cells)) << c.text;
     }
     EXPECT_TRUE(isMissing("NaN", {}) && isMissing("", {}) && isMissing("OL", {}));
     EXPECT_FALSE(isMissing("n", {}) || isMissing("over 5", {}));

@@ -63,13 +63,15 @@ void ResultWindow::addCanvasMenus()
     m_canvas->fillCursorMenu(*menuBar()->addMenu(QStringLiteral("C&ursors")));
 }
 
-void ResultWindow::sl_cbSourceFileActivated(int /*index*/)
+void ResultWindow::sl_cbSourceFileActivated(int index)
 {
+    m_source->files()->setCurrentIndex(index);
     statusBar()->showMessage(m_source->file());
 }
 
-void ResultWindow::sl_cbSourceColActivated(int /*index*/)
+void ResultWindow::sl_cbSourceColActivated(int index)
 {
+    m_source->columns()->setCurrentIndex(index);
     statusBar()->showMessage(m_source->columns()->currentText());
 }
 

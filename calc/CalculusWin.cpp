@@ -227,8 +227,8 @@ void CalculusWin::sl_saveResults()
         return;
     }
     TsApplication* const application = TsApplication::instance();
-    const std::unique_ptr<TSFILE> target(application == nullptr ? nullptr
-                                                                : application->OpenTs(resultName(), false));
+    std::unique_ptr<TSFILE> target(application == nullptr ? nullptr
+                                                          : application->OpenTs(resultName(), false));
     if (!target) {
         statusBar()->showMessage(QStringLiteral("%1 is no ts-file that can be written. Nothing was saved")
                                      .arg(QFileInfo(resultName()).fileName()));
@@ -249,7 +249,7 @@ void CalculusWin::sl_saveResults()
         setResultName(QString());
         return;
     }
-    if (saveInto(*target)) {
+    if (saveInto({std::move(target), QFile::encodeName(resultName()).toStdString()})) {
         m_work.reset();
         resultSaved();
         emit x_directory_changed();
@@ -266,7 +266,7 @@ bool CalculusWin::mayReplace(const QString& name)
                          .arg(name)));
 }
 
-bool CalculusWin::saveInto(TSFILE& target)
+bool CalculusWin::saveInto(ColumnTarget target)
 {
     std::filesystem::path oldValues;
     try {
@@ -277,11 +277,11 @@ bool CalculusWin::saveInto(TSFILE& target)
             return false;
         }
         QString told = QStringLiteral("File %1 saved").arg(resultName());
-        if (m_work->samples() != target.samples())
+        if (m_work->samples() != target.file->samples())
             told += QStringLiteral(" (%1 of %2 samples; the file has %3)")
                         .arg(save.copied)
                         .arg(m_work->samples())
-                        .arg(target.samples());
+                        .arg(target.file->samples());
         statusBar()->showMessage(told, kSavedMs);
         return true;
     } catch (...) {

@@ -49,7 +49,7 @@ private:
     bool prepare(const Progress& progress, JobOutcome& outcome);
     bool refuses(TSFILE& file);
     void showResult();
-    bool saveInto(TSFILE& target);
+    bool saveInto(ColumnTarget target);
     bool mayReplace(const QString& name);
     void dropWork();
 

@@ -4,8 +4,6 @@
 #include <cmath>
 #include <vector>
 
-#include "core/ColumnCopy.h"
-
 JobOutcome differentiate(TSFILE& work, double dt, const Progress& progress)
 {
     const std::uint32_t samples = work.samples();
@@ -47,12 +45,13 @@ JobOutcome integrate(TSFILE& work, double dt, const Progress& progress)
     });
 }
 
-CalculusSave saveResult(TSFILE& work, TSFILE& target, const Progress& progress, std::filesystem::path& backup)
+CalculusSave saveResult(TSFILE& work, ColumnTarget& target, const Progress& progress,
+                        std::filesystem::path& backup)
 {
     static constexpr std::uint32_t kColumns[] = {1, 2};
     CalculusSave save;
-    save.copied = std::min(work.samples(), target.samples());
+    save.copied = std::min(work.samples(), target.file->samples());
     save.outcome = overwriteColumns(work, target, kColumns, save.copied, progress, backup,
-                                    [&] { target.dt(work.dt()); });
+                                    [&] { target.file->dt(work.dt()); });
     return save;
 }

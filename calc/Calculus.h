@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <filesystem>
 
+#include "core/ColumnCopy.h"
 #include "core/Progress.h"
 #include "core/TSFILE.h"
 
@@ -26,5 +27,5 @@ struct CalculusSave
 
 // Copies both columns of `work` into columns 1 and 2 of `target`, which has two at least, and its sample
 // time; other columns and samples stay. Fails, and is cancelled, as overwriteColumns().
-CalculusSave saveResult(TSFILE& work, TSFILE& target, const Progress& progress,
+CalculusSave saveResult(TSFILE& work, ColumnTarget& target, const Progress& progress,
                         std::filesystem::path& backup);

@@ -1,6 +1,5 @@
 #include "calc/CalculusWin.h"
 
-#include <QApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileDialog>
@@ -63,7 +62,6 @@ CalculusWin::CalculusWin(const CalculusKind& kind, const QString& file, unsigned
 
 CalculusWin::~CalculusWin()
 {
-    dropCursor();
     dropWork();
 }
 
@@ -103,9 +101,7 @@ void CalculusWin::sl_execute()
     if (!requireColumn("Y1", source()->column()))
         return;
     resultGone();
-    dropCursor();
-    QApplication::setOverrideCursor(Qt::WaitCursor);
-    m_cursorStays = true;
+    m_cursor.emplace();
     statusBar()->showMessage(QStringLiteral("Computing..."), kComputingMs);
     JobOutcome outcome = JobOutcome::Done;
     QString failure;
@@ -127,7 +123,7 @@ void CalculusWin::sl_execute()
                       "took no more.\nNo file of yours was changed.")
                       .arg(source()->file());
     }
-    dropCursor();
+    m_cursor.reset();
 
     if (!failure.isEmpty() || outcome == JobOutcome::Cancelled || !m_work) {
         dropWork();
@@ -194,7 +190,7 @@ bool CalculusWin::refuses(TSFILE& file)
             "%1 is too long: column and result together are more than the 2 GB that a ts-file can have.");
     if (reason.isEmpty())
         return false;
-    dropCursor();
+    m_cursor.reset();
     showBox(QMessageBox::Warning, this, windowTitle(), reason.arg(source()->file()));
     return true;
 }
@@ -231,8 +227,8 @@ void CalculusWin::sl_saveResults()
         return;
     }
     TsApplication* const application = TsApplication::instance();
-    const std::unique_ptr<TSFILE> target(application == nullptr ? nullptr
-                                                                : application->OpenTs(resultName(), false));
+    std::unique_ptr<TSFILE> target(application == nullptr ? nullptr
+                                                          : application->OpenTs(resultName(), false));
     if (!target) {
         statusBar()->showMessage(QStringLiteral("%1 is no ts-file that can be written. Nothing was saved")
                                      .arg(QFileInfo(resultName()).fileName()));
@@ -253,7 +249,7 @@ void CalculusWin::sl_saveResults()
         setResultName(QString());
         return;
     }
-    if (saveInto(*target)) {
+    if (saveInto({std::move(target), QFile::encodeName(resultName()).toStdString()})) {
         m_work.reset();
         resultSaved();
         emit x_directory_changed();
@@ -270,7 +266,7 @@ bool CalculusWin::mayReplace(const QString& name)
                          .arg(name)));
 }
 
-bool CalculusWin::saveInto(TSFILE& target)
+bool CalculusWin::saveInto(ColumnTarget target)
 {
     std::filesystem::path oldValues;
     try {
@@ -281,11 +277,11 @@ bool CalculusWin::saveInto(TSFILE& target)
             return false;
         }
         QString told = QStringLiteral("File %1 saved").arg(resultName());
-        if (m_work->samples() != target.samples())
+        if (m_work->samples() != target.file->samples())
             told += QStringLiteral(" (%1 of %2 samples; the file has %3)")
                         .arg(save.copied)
                         .arg(m_work->samples())
-                        .arg(target.samples());
+                        .arg(target.file->samples());
         statusBar()->showMessage(told, kSavedMs);
         return true;
     } catch (...) {
@@ -304,13 +300,6 @@ bool CalculusWin::saveInto(TSFILE& target)
 void CalculusWin::sl_subwindowGone(subWindow /*window*/)
 {
     dropWork();
-}
-
-void CalculusWin::dropCursor()
-{
-    if (m_cursorStays)
-        QApplication::restoreOverrideCursor();
-    m_cursorStays = false;
 }
 
 void CalculusWin::dropWork()

@@ -5,9 +5,11 @@
 #include <QTemporaryFile>
 
 #include <memory>
+#include <optional>
 
 #include "calc/Calculus.h"
 #include "share/ResultWindow.h"
+#include "share/WaitCursor.h"
 
 // What tells the two windows apart.
 struct CalculusKind
@@ -47,9 +49,8 @@ private:
     bool prepare(const Progress& progress, JobOutcome& outcome);
     bool refuses(TSFILE& file);
     void showResult();
-    bool saveInto(TSFILE& target);
+    bool saveInto(ColumnTarget target);
     bool mayReplace(const QString& name);
-    void dropCursor();
     void dropWork();
 
     const CalculusKind& m_kind;
@@ -58,5 +59,5 @@ private:
     QString m_workName;    // of the scratch file, with its extension; empty before the first calculation
     QString m_sourceName;  // of the file that was computed
     std::unique_ptr<TSFILE> m_work;
-    bool m_cursorStays = false;  // a wait cursor of this window is set
+    std::optional<WaitCursor> m_cursor;
 };

@@ -1,11 +1,9 @@
 #include "calc/DFTWin.h"
 
-#include <QApplication>
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QMenuBar>
-#include <QScopeGuard>
 #include <QStatusBar>
 #include <QToolBar>
 #include <QVBoxLayout>
@@ -27,6 +25,7 @@
 #include "share/QtMessageWin.h"
 #include "share/ReadoutLabel.h"
 #include "share/SourceChooser.h"
+#include "share/WaitCursor.h"
 #include "share/hydaction.h"
 
 namespace {
@@ -186,8 +185,7 @@ bool DFTWin::compute(TSFILE& file, const SpectrumRequest& request)
     const QString name = source()->file();
     double seconds = 0.0;
     {
-        QApplication::setOverrideCursor(Qt::WaitCursor);
-        const auto restore = qScopeGuard([] { QApplication::restoreOverrideCursor(); });
+        const WaitCursor waiting;
         JobProgress progress(this, QStringLiteral("Spectrum of %1").arg(name));
         // Only ever a file that this window makes: a tempDFT.ts that is there already keeps its name.
         m_scratch.emplace(std::filesystem::current_path(), "tempDFT", ".ts");

@@ -193,9 +193,11 @@ void SpectrumFields::check()
     QWidget* wrong = nullptr;
     m_reason = findReason(wrong);
     for (NumberField* const field : {m_from, m_to})
-        markField(*field, field->isValid() && field != wrong);
+        markField(*field, field->isValid());
     for (QComboBox* const box : {m_segment, m_result})
-        markField(*box, box != wrong);
+        markField(*box, true);
+    if (wrong != nullptr)
+        markField(*wrong, false);
     m_plan->setText(m_reason.isEmpty() ? planText(request()) : m_reason);
     emit x_changed();
 }

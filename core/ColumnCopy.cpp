@@ -5,6 +5,7 @@
 
 #include "core/ColumnBackup.h"
 #include "core/Rebuild.h"
+#include "core/TsNames.h"
 
 JobOutcome walkRuns(std::uint32_t samples, const Progress& progress, const RunStep& step)
 {
@@ -35,7 +36,7 @@ JobOutcome copyColumnValues(TSFILE& from, std::uint32_t fromCol, TSFILE& to, std
     });
 }
 
-JobOutcome overwriteColumns(TSFILE& from, TSFILE& target, std::span<const std::uint32_t> to,
+JobOutcome overwriteColumns(TSFILE& from, ColumnTarget& target, std::span<const std::uint32_t> to,
                             std::uint32_t count, const Progress& progress, std::filesystem::path& backupPath,
                             const std::function<void()>& finish)
 {
@@ -44,7 +45,7 @@ JobOutcome overwriteColumns(TSFILE& from, TSFILE& target, std::span<const std::u
         const std::size_t begin = 50 * half;
         return partOf(progress, begin + 50 * i / to.size(), begin + 50 * (i + 1) / to.size());
     };
-    ColumnBackup backup(target);
+    ColumnBackup backup(*target.file);
     for (std::size_t i = 0; i < to.size(); ++i) {
         if (to[i] == 0)
             continue;
@@ -52,28 +53,27 @@ JobOutcome overwriteColumns(TSFILE& from, TSFILE& target, std::span<const std::u
         if (backup.save(to[i], 1, count, partOfColumn(0, i)) == JobOutcome::Cancelled)
             return JobOutcome::Cancelled;
     }
-    const auto putBack = [&] {
-        backupPath = backup.path();
-        backup.restore();
-        backupPath.clear();
-    };
     try {
         for (std::size_t i = 0; i < to.size(); ++i) {
             if (to[i] == 0)
                 continue;
             const auto source = static_cast<std::uint32_t>(i + 1);
-            copyColumnInfo(from, source, target, to[i]);
-            if (copyColumnValues(from, source, target, to[i], count, partOfColumn(1, i)) ==
+            copyColumnInfo(from, source, *target.file, to[i]);
+            if (copyColumnValues(from, source, *target.file, to[i], count, partOfColumn(1, i)) ==
                 JobOutcome::Cancelled) {
-                putBack();
+                backup.restore();
                 return JobOutcome::Cancelled;
             }
         }
-        target.flush(true);
+        target.file->flush(true);
         if (finish)
             finish();
     } catch (...) {
-        putBack();
+        // Opened anew: the one before may be stuck with a block that cannot be written.
+        backupPath = backup.path();
+        target.file.reset();
+        backup.restore(*openTsFile(target.name, false));
+        backupPath.clear();
         throw;
     }
     return JobOutcome::Done;

@@ -4,7 +4,9 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <span>
+#include <string>
 
 #include "core/Progress.h"
 #include "core/TSFILE.h"
@@ -25,12 +27,19 @@ Progress partOf(const Progress& whole, std::uint64_t from, std::uint64_t to);
 JobOutcome copyColumnValues(TSFILE& from, std::uint32_t fromCol, TSFILE& to, std::uint32_t toCol,
                             std::uint32_t count, const Progress& progress);
 
+// A file of the user's, open for writing.
+struct ColumnTarget
+{
+    std::unique_ptr<TSFILE> file;
+    std::string name;  // exactly, for openTsFile()
+};
+
 // Overwrites columns of `target` with name, description, stamp and the first `count` values of columns of
 // `from`: column i + 1 goes to column to[i], and nowhere where that is 0. Then `finish` is called, if there
 // is one, for what else belongs to the same step. Other columns and samples stay.
 // The old values stand in a scratch file until all is done; when a write or `finish` fails, or the user
-// cancels, they are put back. Throws the TS exceptions and std::system_error; `backup` tells then where the
-// old values lie if even putting them back has failed, else it is empty.
-JobOutcome overwriteColumns(TSFILE& from, TSFILE& target, std::span<const std::uint32_t> to,
+// cancels, they are put back. Throws the TS exceptions and std::system_error; the target is closed then, and
+// `backup` tells where the old values lie if even putting them back has failed, else it is empty.
+JobOutcome overwriteColumns(TSFILE& from, ColumnTarget& target, std::span<const std::uint32_t> to,
                             std::uint32_t count, const Progress& progress, std::filesystem::path& backup,
                             const std::function<void()>& finish = {});

@@ -1,9 +1,19 @@
 #include "share/ReadoutLabel.h"
 
+namespace {
+
+constexpr int kLines = 4;
+constexpr int kLineMargin = 2;
+
+}  // namespace
+
 ReadoutLabel::ReadoutLabel(QWidget* parent) : QLabel(parent)
 {
     setAlignment(Qt::AlignTop | Qt::AlignLeft);
     setWordWrap(true);
+    setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    // What stands above keeps its place when the mouse comes and goes.
+    setMinimumHeight(kLines * (fontMetrics().height() + kLineMargin));
     setTextInteractionFlags(Qt::TextSelectableByMouse);
     setAccessibleName(QStringLiteral("Values under the mouse"));
 }

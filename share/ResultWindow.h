@@ -22,7 +22,7 @@ class ResultWindow : public SubWindow
     Q_OBJECT
 
 public slots:
-    // Chooses, and the status bar tells what.
+    // Choose the entry of that index in the box; the status bar tells it.
     void sl_cbSourceFileActivated(int index);
     void sl_cbSourceColActivated(int index);
     // The read-out follows the mouse while there is a result.

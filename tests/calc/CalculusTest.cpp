@@ -6,6 +6,9 @@
 
 #include <cmath>
 
+#include "core/TsExceptions.h"
+#include "core/TsNames.h"
+#include "tests/FileSizeLimit.h"
 #include "tests/core/TsFileBytes.h"
 
 namespace {
@@ -88,32 +91,41 @@ TEST(Calculus, SaveCopiesWhatBothHaveAndLeavesTheRest)
     fill(work);
     work.dt(0.25F);
     work.columnName(2, "d(col1)/dt");
-    TSFILE target("t", 80, 3, 0);
-    target.setValue(60, 1, 6.0F);
-    target.setValue(10, 3, 3.0F);
+    ColumnTarget target{std::make_unique<TSFILE>("t", 80, 3, 0), "t.ts"};
+    target.file->setValue(60, 1, 6.0F);
+    target.file->setValue(10, 3, 3.0F);
     std::filesystem::path backup;
     const CalculusSave save = saveResult(work, target, {}, backup);
     EXPECT_EQ(save.copied, 50U);
-    EXPECT_EQ(target.dt(), 0.25F);
-    EXPECT_STREQ(target.columnName(2), "d(col1)/dt");
-    EXPECT_EQ(target.value(50, 1), wave(50));
-    EXPECT_EQ(target.value(60, 1), 6.0F);
-    EXPECT_EQ(target.value(10, 3), 3.0F);
+    EXPECT_EQ(target.file->dt(), 0.25F);
+    EXPECT_STREQ(target.file->columnName(2), "d(col1)/dt");
+    EXPECT_EQ(target.file->value(50, 1), wave(50));
+    EXPECT_EQ(target.file->value(60, 1), 6.0F);
+    EXPECT_EQ(target.file->value(10, 3), 3.0F);
 }
 
-TEST(Calculus, CancelledSavePutsTheOldValuesBack)
+TEST(Calculus, CancelledOrFailedSavePutsTheOldValuesBack)
 {
     const TestDirectory directory;
     TSFILE work("w", kSamples, 2, 0);
     fill(work);
     work.dt(0.25F);
-    TSFILE target("t", kSamples, 2, 0);
-    target.dt(7.0F);
-    target.setValue(1, 1, 42.0F);
-    target.flush(true);
+    {
+        TSFILE target("t", kSamples, 4, 0);
+        target.dt(7.0F);
+        target.setValue(1, 1, 42.0F);
+    }
     const auto before = bytesOf("t.ts");
     std::filesystem::path backup;
+    ColumnTarget target{openTsFile("t.ts", false), "t.ts"};
     EXPECT_EQ(saveResult(work, target, goesOnToHalf, backup).outcome, JobOutcome::Cancelled);
+    EXPECT_EQ(bytesOf("t.ts"), before);
+    {
+        // There is room for the old values, which are half of the file, but not for all new ones.
+        const FileSizeLimit full(before.size() / 512 * 3 / 4 * 512);
+        EXPECT_THROW(saveResult(work, target, {}, backup), TS::Failure);
+    }
+    EXPECT_EQ(target.file, nullptr);
     EXPECT_EQ(bytesOf("t.ts"), before);
     EXPECT_TRUE(backup.empty());
 }

@@ -33,8 +33,7 @@ const QString kNoPlot = QStringLiteral("Frequency plot of the moving average fil
 constexpr int kNoSourceMs = 6000;
 constexpr int kPanelWidth = 330;
 constexpr int kPreviewHeight = 150;
-constexpr int kReadoutLines = 4;  // sample, time, input, output
-constexpr int kFirstType = 5;     // a Butterworth low-pass is what most come for
+constexpr int kFirstType = 5;  // a Butterworth low-pass is what most come for
 
 struct ActionRow
 {
@@ -105,8 +104,6 @@ void FilterWin::createPanel()
     m_preview->setMinimumHeight(kPreviewHeight);
     m_preview->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Expanding);
     m_preview->setAccessibleName(QStringLiteral("Characteristic of the filter"));
-    // What stands above keeps its place.
-    readout()->setMinimumHeight(kReadoutLines * (fontMetrics().height() + 2));
     panel()->addWidget(m_fields);
     panel()->addWidget(m_preview, 1);
     panel()->addWidget(readout());

@@ -39,7 +39,6 @@ ResultWindow::ResultWindow(const QString& title, const QString& icon, int panelW
     m_source = new SourceChooser(false, panel);
     m_panel->addWidget(m_source);
     m_readout = new ReadoutLabel(panel);
-    m_readout->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     m_canvas = new PlotCanvas(centre);
     auto* const layout = new QHBoxLayout(centre);
     layout->addWidget(panel);

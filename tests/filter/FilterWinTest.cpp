@@ -185,7 +185,12 @@ TEST_F(FilterWinTest, WorkFileFollowsTheWorkingDirectory)
 TEST_F(FilterWinTest, PreviewFollowsTheFields)
 {
     open();
-    const PlotCanvas& preview = *m_window->findChildren<PlotCanvas*>()[1];
+    const QList<PlotCanvas*> canvases = m_window->findChildren<PlotCanvas*>();
+    const auto found = std::find_if(canvases.begin(), canvases.end(), [](const PlotCanvas* canvas) {
+        return canvas->accessibleName() == QStringLiteral("Characteristic of the filter");
+    });
+    ASSERT_NE(found, canvases.end());
+    const PlotCanvas& preview = **found;
     struct Row
     {
         int type;

@@ -45,7 +45,7 @@ std::unique_ptr<TSFILE> FilterWin::openSource()
     if (source)
         showRate(samplingFrequency(source->dt()));
     else
-        statusBar()->showMessage(QStringLiteral("%1 could not be opened").arg(file));
+        statusBar()->showMessage(QStringLiteral("%1 could not be opened").arg(QFileInfo(file).fileName()));
     return source;
 }
 
@@ -61,8 +61,8 @@ void FilterWin::sl_execute()
     try {
         calculate(asked, *source);
     } catch (const TS::Failure&) {
-        failure =
-            QStringLiteral("%1 could not be read to its end, or the disk is full.").arg(m_source->file());
+        failure = QStringLiteral("%1 could not be read to its end, or the disk is full.")
+                      .arg(QFileInfo(m_source->file()).fileName());
     } catch (const std::system_error& e) {
         failure = QStringLiteral("No scratch file can be made in this directory: %1.")
                       .arg(QString::fromLocal8Bit(e.what()));
@@ -113,7 +113,8 @@ FilterOutcome FilterWin::fillWork(const FilterRequest& asked, const FidFilter* f
     FilterOutcome outcome;
     {
         const auto work = createTsFile(made->path().string(), source.samples(), 2);
-        JobProgress progress(this, QStringLiteral("Filtering %1").arg(m_source->file()));
+        JobProgress progress(this,
+                             QStringLiteral("Filtering %1").arg(QFileInfo(m_source->file()).fileName()));
         describeWork(source, m_source->column(), *work, words);
         outcome = filter ? runFilter(source, m_source->column(), *work, filter, progress.callback())
                          : runMovingAverage(source, m_source->column(), *work,

@@ -47,8 +47,7 @@ void FilterWin::sl_execute()
     try {
         calculate(asked, *file);
     } catch (const TS::Failure&) {
-        failure =
-            QStringLiteral("%1 could not be read to its end, or the disk is full.").arg(source()->file());
+        failure = QStringLiteral("%1 could not be read to its end, or the disk is full.").arg(sourceName());
     } catch (const std::system_error& e) {
         failure = QStringLiteral("No scratch file can be made in this directory: %1.")
                       .arg(QString::fromLocal8Bit(e.what()));
@@ -98,7 +97,7 @@ FilterOutcome FilterWin::fillWork(const FilterRequest& asked, const FidFilter* f
     FilterOutcome outcome;
     {
         const auto work = createTsFile(made->path().string(), file.samples(), 2);
-        JobProgress progress(this, QStringLiteral("Filtering %1").arg(source()->file()));
+        JobProgress progress(this, QStringLiteral("Filtering %1").arg(sourceName()));
         describeWork(file, source()->column(), *work, words);
         outcome = filter ? runFilter(file, source()->column(), *work, filter, progress.callback())
                          : runMovingAverage(file, source()->column(), *work,

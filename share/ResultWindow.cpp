@@ -1,6 +1,7 @@
 #include "share/ResultWindow.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QMenuBar>
@@ -90,6 +91,11 @@ void ResultWindow::sl_plot()
     m_canvas->replot();
 }
 
+QString ResultWindow::sourceName() const
+{
+    return QFileInfo(m_source->file()).fileName();
+}
+
 std::unique_ptr<TSFILE> ResultWindow::openSource()
 {
     std::unique_ptr<TSFILE> file;
@@ -102,7 +108,7 @@ std::unique_ptr<TSFILE> ResultWindow::openSource()
         // told below
     }
     if (!file)
-        statusBar()->showMessage(QStringLiteral("%1 could not be opened").arg(m_source->file()));
+        statusBar()->showMessage(QStringLiteral("%1 could not be opened").arg(sourceName()));
     return file;
 }
 
@@ -123,7 +129,8 @@ bool ResultWindow::mayWrite(const QString& file)
     if (application == nullptr || !application->isOpenForWriting(file))
         return true;
     showBox(QMessageBox::Warning, this, windowTitle(),
-            QStringLiteral("%1 is open for writing in another window.\nNothing was saved.").arg(file));
+            QStringLiteral("%1 is open for writing in another window.\nNothing was saved.")
+                .arg(QFileInfo(file).fileName()));
     return false;
 }
 

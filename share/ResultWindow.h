@@ -47,6 +47,8 @@ protected:
     // The menus "View" and "Cursors" of the canvas.
     void addCanvasMenus();
 
+    // The chosen file as messages name it.
+    QString sourceName() const;
     // Opens the chosen file for reading; null, and the status bar says so, where that fails.
     std::unique_ptr<TSFILE> openSource();
     // False for column 0, after a box that names the axis which it was meant for.

@@ -1,9 +1,7 @@
 // Filtering a work file, saving from it, and the requests that fields make.
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 #include <cmath>
-#include <csignal>
 #include <numbers>
 
 #include "core/ScratchFile.h"
@@ -11,6 +9,7 @@
 #include "filter/FilterCharacteristic.h"
 #include "filter/FilterRun.h"
 #include "filter/SaveResults.h"
+#include "tests/FileSizeLimit.h"
 #include "tests/core/TsFileBytes.h"
 
 namespace {
@@ -164,25 +163,6 @@ TEST(SaveResults, cancelledSavesLeaveTheFileAsItWas)
     EXPECT_EQ(openTsFile("target.ts", true)->value(7, 1), wave(7));
 }
 
-// The disk is full behind so many bytes; what is there already can be written anew.
-class FullDisk
-{
-public:
-    explicit FullDisk(std::uintmax_t bytes)
-    {
-        std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &m_before);
-        const rlimit full{bytes, m_before.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &full);
-    }
-    ~FullDisk() { setrlimit(RLIMIT_FSIZE, &m_before); }
-    FullDisk(const FullDisk&) = delete;
-    FullDisk& operator=(const FullDisk&) = delete;
-
-private:
-    rlimit m_before{};
-};
-
 TEST(SaveResults, fullDiskLeavesEverythingAsItWas)
 {
     const TestDirectory directory;
@@ -190,7 +170,7 @@ TEST(SaveResults, fullDiskLeavesEverythingAsItWas)
     work->flush(true);
     makeFile("target", kSamples, 1)->flush(true);
     const auto before = bytesOf("target.ts");
-    const FullDisk full(before.size() + 1000);
+    const FileSizeLimit full(before.size() + 1000);
     EXPECT_ANY_THROW(saveToAddedColumn(*work, "target.ts", kSamples, {}));
     EXPECT_ANY_THROW(saveToNewFile(*work, "new.ts", {}));
     EXPECT_EQ(bytesOf("target.ts"), before);

@@ -3,11 +3,14 @@
 #include <gtest/gtest.h>
 
 #include <QComboBox>
+#include <QDialog>
+#include <QDir>
 #include <QLabel>
 #include <QLineEdit>
 #include <QStatusBar>
 #include <QTest>
 
+#include <algorithm>
 #include <cmath>
 #include <fstream>
 
@@ -196,6 +199,148 @@ TEST(EditTsWin, RowStaysOnItsFileWhenTheWorkingDirectoryChanges)
     window.sl_calculate();
     EXPECT_EQ(bytesOf("a.ts"), other);
     EXPECT_EQ(TSFILE("../a", true).value(1, 2), 5.0F);
+}
+
+TEST(EditTsWin, SourceThatIsGoneDoesNotBecomeZero)
+{
+    const TestDirectory directory;
+    Desk desk;
+    makeRamp("a", 100, 1.0F);
+    makeRamp("b", 100, 1.0F);
+    EditTsWin window(QStringLiteral("b.ts"), 2);
+    window.sl_addSource();
+    window.findChildren<EditVariable*>().at(1)->choose(QStringLiteral("a.ts"), 2);
+    targetBox(window).setCurrentIndex(1);
+    type(window, "x1*2");
+    const auto before = bytesOf("a.ts");
+    const auto refused = [&] {
+        const BoxAnswer box(QStringLiteral("Ok"));
+        window.sl_calculate();
+        return box.text().toStdString();
+    };
+    {
+        TSFILE narrow("b", 100, 1, 0);  // made anew with fewer columns
+        narrow.dt(1.0F);
+    }
+    EXPECT_EQ(refused(), "x1: b.ts does not have the chosen column. Nothing was calculated.");
+    std::filesystem::remove("b.ts");
+    EXPECT_EQ(refused(), "x1: b.ts could not be opened. Nothing was calculated.");
+    EXPECT_EQ(bytesOf("a.ts"), before);
+    type(window, "7");  // a row that is not used may be gone
+    window.sl_calculate();
+    EXPECT_EQ(TSFILE("a", true).value(100, 2), 7.0F);
+    std::filesystem::remove("a.ts");
+    EXPECT_EQ(refused(), "x2: a.ts could not be opened. Nothing was calculated.");
+}
+
+TEST(EditTsWin, StatusBarTellsWhatTheCompilerAcceptsInSilence)
+{
+    const TestDirectory directory;
+    Desk desk;
+    makeRamp("a", 10, 1.0F);
+    EditTsWin window(QStringLiteral("a.ts"), 1);
+    const struct
+    {
+        std::string formula;
+        const char* told;
+    } rows[] = {
+        {"x1*2", ""},
+        {" (x1) ", ""},
+        {"", ""},
+        {"SIN(x1)", "Not understood: this gives 0 everywhere"},
+        {"2x1", "Ignored from position 1 on: x1"},
+        {"x1+-(x1)", "Ignored from position 3 on: -(x1)"},
+        {"2*", "An operand is missing at the end: it counts as 0"},
+        {std::string(256, '1'), "The formula is longer than 255 characters and will be cut"},
+    };
+    for (const auto& row : rows) {
+        type(window, row.formula.c_str());
+        const auto labels = window.statusBar()->findChildren<QLabel*>();
+        EXPECT_TRUE(std::any_of(labels.begin(), labels.end(), [&](const QLabel* label) {
+            return label->text() == QLatin1String(row.told);
+        })) << row.formula;
+    }
+    EXPECT_TRUE(desk.errors.isEmpty());
+}
+
+TEST(EditTsWin, FormulaIsSavedAndComesBackAndTroublesAreTold)
+{
+    const TestDirectory directory;
+    Desk desk;
+    makeRamp("a", 10, 1.0F);
+    EditTsWin window(QStringLiteral("a.ts"), 1);
+    type(window, "x1+1");
+    const auto inDialog = [](const QString& name) {
+        return [name](QWidget& dialog) {
+            dialog.findChild<QLineEdit*>()->setText(QDir::current().absoluteFilePath(name));
+            static_cast<QDialog&>(dialog).accept();
+        };
+    };
+    {
+        const BoxAnswer dialog(QStringLiteral("-"), inDialog(QStringLiteral("a b.c.txt")));
+        window.sl_saveas();
+    }
+    EXPECT_EQ(readFormulaFile("a b.c.txt"), "   x1+1");
+    {
+        const BoxAnswer dialog(QStringLiteral("-"));
+        window.sl_saveas();
+    }
+    EXPECT_EQ(window.statusBar()->currentMessage(), QStringLiteral("Saving aborted"));
+    type(window, "");
+    {
+        const BoxAnswer dialog(QStringLiteral("-"), inDialog(QStringLiteral("a b.c.txt")));
+        window.sl_load();
+    }
+    QStringList texts;
+    for (const QLineEdit* const field : window.findChildren<QLineEdit*>())
+        texts << field->text();
+    EXPECT_TRUE(texts.contains(QStringLiteral("   x1+1")));
+    std::ofstream("none.txt") << "nothing in here\n";
+    std::unique_ptr<BoxAnswer> box;
+    {
+        const BoxAnswer dialog(QStringLiteral("-"), [&](QWidget& widget) {
+            box = std::make_unique<BoxAnswer>(QStringLiteral("Ok"));
+            inDialog(QStringLiteral("none.txt"))(widget);
+        });
+        window.sl_load();
+    }
+    EXPECT_EQ(box->title(), QStringLiteral("Ts-Edit"));
+    EXPECT_TRUE(box->text().startsWith(QStringLiteral("Function not found in ")) &&
+                box->text().endsWith(QStringLiteral("/none.txt")));
+    box.reset();
+    {
+        const BoxAnswer dialog(QStringLiteral("-"), [&](QWidget& widget) {
+            box = std::make_unique<BoxAnswer>(QStringLiteral("Ok"));
+            // Made unwritable by becoming a directory while the dialog is open.
+            inDialog(QStringLiteral("late.txt"))(widget);
+            std::filesystem::create_directories("late.txt/full");
+        });
+        window.sl_saveas();
+    }
+    EXPECT_EQ(box->title(), QStringLiteral("Ts-Curvefit"));
+    EXPECT_TRUE(box->text().startsWith(QStringLiteral("Unable to open ")) &&
+                box->text().endsWith(QStringLiteral("/late.txt")));
+}
+
+TEST(EditTsWin, RowsGrowToEightAndTheDirectoryMayBeEmpty)
+{
+    const TestDirectory directory;
+    Desk desk;
+    EditTsWin window;
+    window.sl_addSource();
+    EXPECT_EQ(window.statusBar()->currentMessage(), QStringLiteral("No ts-files found on present directory"));
+    window.sl_removeSource();
+    makeRamp("a", 10, 1.0F);
+    for (int i = 0; i < 9; ++i)
+        window.sl_addSource();
+    EXPECT_EQ(targetBox(window).count(), 8);
+    EXPECT_EQ(targetBox(window).itemText(7), QStringLiteral("x8"));
+    targetBox(window).setCurrentIndex(7);
+    window.sl_removeSource();  // the target follows
+    EXPECT_EQ(targetBox(window).currentText(), QStringLiteral("x7"));
+    type(window, "x8");
+    window.sl_calculate();
+    EXPECT_EQ(desk.errors, QStringList(QStringLiteral("Variable at position -1 is not a source")));
 }
 
 TEST(EditTsWin, WhatCannotBeDoneIsToldAndChangesNothing)

@@ -1,15 +1,14 @@
 // Smart tool logs as different loggers write them, each with what must come out.
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 #include <cmath>
-#include <csignal>
 #include <cstdlib>
 #include <fstream>
 #include <random>
 
 #include "converters/STLObject.h"
 #include "core/TsNames.h"
+#include "tests/FileSizeLimit.h"
 
 namespace {
 
@@ -533,13 +532,10 @@ TEST_F(Stl, fullDiskLeavesTheOldFile)
     STLObject log("m.csv");
     log.detect();
     log.check({});
-    rlimit before = {};
-    getrlimit(RLIMIT_FSIZE, &before);
-    std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit small = {100'000, before.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &small);
-    EXPECT_ANY_THROW(importSTL(log, "out.ts", {}));
-    setrlimit(RLIMIT_FSIZE, &before);
+    {
+        const FileSizeLimit full(100'000);
+        EXPECT_ANY_THROW(importSTL(log, "out.ts", {}));
+    }
     EXPECT_EQ(2, std::distance(fs::directory_iterator("."), fs::directory_iterator()));
     EXPECT_EQ(3U, fs::file_size("out.ts"));
     EXPECT_EQ(50000U, import(log)->samples()) << "and the log can be imported later";

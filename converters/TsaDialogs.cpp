@@ -35,15 +35,15 @@ public:
 
     std::optional<int> askSamples(const std::string& tsaFile) override
     {
-        return ask(QStringLiteral("No of samples was not found in %1").arg(shown(tsaFile)),
-                   QStringLiteral("Enter no of samples: "), 10, 100000, 1);
+        return ask(QStringLiteral("Enter no of samples: "),
+                   QStringLiteral("No of samples was not found in %1").arg(shown(tsaFile)), 10, 100000, 1);
     }
 
     std::optional<int> askColumns(const std::string& tsaFile) override
     {
         // The arrows go in steps of two on purpose.
-        return ask(QStringLiteral("No of columns was not found in %1").arg(shown(tsaFile)),
-                   QStringLiteral("Enter no of columns:"), 1, 1000, 2);
+        return ask(QStringLiteral("Enter no of columns:"),
+                   QStringLiteral("No of columns was not found in %1").arg(shown(tsaFile)), 1, 1000, 2);
     }
 
     bool mayOverwrite(const std::string& file) override { return askOverwrite(m_parent, shown(file)); }

@@ -279,11 +279,11 @@ TEST_F(ImportWin, tsaBoxesSpeakTheProgramsOwnTexts)
     std::ofstream("a.ts") << "old";
     const TsaOutcome outcome = importTsa(nullptr, QStringLiteral("a.tsa"));
     ASSERT_TRUE(outcome.done);
-    EXPECT_EQ(QStringLiteral("No of samples was not found in a.tsa"), titles[0]);
-    EXPECT_EQ(QStringLiteral("No of columns was not found in a.tsa"), titles[1]);
+    EXPECT_EQ(QStringLiteral("Enter no of samples: "), titles[0]);
+    EXPECT_EQ(QStringLiteral("Enter no of columns:"), titles[1]);
     EXPECT_EQ(QStringLiteral("Overwrite File? "), titles[2]);
-    EXPECT_TRUE(said.contains(QStringLiteral("Enter no of samples: \n")) &&
-                said.contains(QStringLiteral("Enter no of columns:\n")));
+    EXPECT_TRUE(said.contains(QStringLiteral("No of samples was not found in a.tsa\n")) &&
+                said.contains(QStringLiteral("No of columns was not found in a.tsa\n")));
     EXPECT_TRUE(said.contains(QStringLiteral("9 samples have no line"))) << qPrintable(said);
     EXPECT_TRUE(said.contains(QStringLiteral("2 values are more than the columns")));
     EXPECT_EQ(10U, openTsFile("a.ts", true)->samples());

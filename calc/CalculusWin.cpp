@@ -107,7 +107,7 @@ void CalculusWin::sl_execute()
     QString failure;
     double seconds = 0.0;
     try {
-        JobProgress progress(this, QStringLiteral("%1: %2").arg(windowTitle(), source()->file()));
+        JobProgress progress(this, QStringLiteral("%1: %2").arg(windowTitle(), sourceName()));
         if (!prepare(partOf(progress.callback(), 0, 50), outcome))
             return;  // the wait cursor stays on purpose until the next calculation
         if (m_work && outcome == JobOutcome::Done)
@@ -121,7 +121,7 @@ void CalculusWin::sl_execute()
         failure = QStringLiteral(
                       "The calculation failed: %1 could not be read to its end, or the scratch directory "
                       "took no more.\nNo file of yours was changed.")
-                      .arg(source()->file());
+                      .arg(sourceName());
     }
     m_cursor.reset();
 
@@ -191,7 +191,7 @@ bool CalculusWin::refuses(TSFILE& file)
     if (reason.isEmpty())
         return false;
     m_cursor.reset();
-    showBox(QMessageBox::Warning, this, windowTitle(), reason.arg(source()->file()));
+    showBox(QMessageBox::Warning, this, windowTitle(), reason.arg(sourceName()));
     return true;
 }
 

@@ -167,7 +167,7 @@ void DFTWin::sl_execute()
         failure = QStringLiteral("There is not enough memory for the whole range. Use averaged segments.");
     } catch (const TS::Failure&) {
         failure = QStringLiteral("%1 could not be read to its end, or the disk took no more.")
-                      .arg(source()->file());
+                      .arg(sourceName());
     } catch (const std::exception& e) {
         failure =
             QStringLiteral("The scratch file could not be made: %1").arg(QString::fromLocal8Bit(e.what()));

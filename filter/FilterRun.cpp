@@ -4,13 +4,14 @@
 #include <charconv>
 #include <cmath>
 #include <limits>
+#include <span>
+#include <vector>
 
+#include "core/ColumnCopy.h"
 #include "core/Rebuild.h"
 #include "filter/MovingAverage.h"
 
 namespace {
-
-constexpr std::uint32_t kRun = 1U << 15;  // samples a step
 
 std::vector<std::string> g_reports;
 
@@ -79,20 +80,6 @@ double samplingFrequency(float dt)
     return rounded;
 }
 
-JobOutcome inRuns(std::uint32_t samples, const Progress& progress,
-                  const std::function<void(std::uint32_t first, std::span<float> run)>& step)
-{
-    std::vector<float> values(std::min(kRun, samples));
-    for (std::uint32_t done = 0; done < samples;) {
-        const std::span<float> run(values.data(), std::min<std::size_t>(values.size(), samples - done));
-        step(done + 1, run);
-        done += static_cast<std::uint32_t>(run.size());
-        if (!goesOn(progress, done, samples))
-            return JobOutcome::Cancelled;
-    }
-    return JobOutcome::Done;
-}
-
 void describeWork(TSFILE& source, std::uint32_t column, TSFILE& work, const std::string& filterWords)
 {
     work.copyHeader(source);
@@ -116,7 +103,7 @@ FilterOutcome runFilter(TSFILE& source, std::uint32_t column, TSFILE& work, cons
     std::vector<double> wide;
     std::vector<float> rows;
     float last = 0.0F;
-    result.outcome = inRuns(work.samples(), progress, [&](std::uint32_t first, std::span<float> run) {
+    result.outcome = walkRuns(work.samples(), progress, [&](std::uint32_t first, std::span<float> run) {
         source.readColumn(column, first, run);
         wide.resize(run.size());
         for (std::size_t i = 0; i < run.size(); ++i) {
@@ -147,7 +134,7 @@ FilterOutcome runMovingAverage(TSFILE& source, std::uint32_t column, TSFILE& wor
         static_cast<std::uint32_t>(std::min<std::uint64_t>(points, 2 * std::uint64_t{samples} + 1));
     const std::uint32_t ahead = most / 2;
     MovingAverage average(most, most - 1 - ahead);
-    std::vector<float> in(std::min(kRun, samples));
+    std::vector<float> in(std::min(kRunSamples, samples));
     std::uint32_t read = 0;
     std::size_t place = in.size();
     const auto next = [&] {
@@ -166,14 +153,14 @@ FilterOutcome runMovingAverage(TSFILE& source, std::uint32_t column, TSFILE& wor
     // The first means belong to places before the first sample.
     for (std::uint32_t i = 0; i < ahead; ++i) {
         next();
-        if (i % kRun == 0 && !goesOn(progress, i, std::uint64_t{ahead} + samples))
+        if (i % kRunSamples == 0 && !goesOn(progress, i, std::uint64_t{ahead} + samples))
             return {JobOutcome::Cancelled, result.missing};
     }
     const Progress rest = [&](std::uint64_t done, std::uint64_t total) {
         return goesOn(progress, ahead + done, ahead + total);
     };
     std::vector<float> rows;
-    result.outcome = inRuns(samples, rest, [&](std::uint32_t first, std::span<float> run) {
+    result.outcome = walkRuns(samples, rest, [&](std::uint32_t first, std::span<float> run) {
         source.readColumn(column, first, run);
         rows.resize(2 * run.size());
         for (std::size_t i = 0; i < run.size(); ++i) {

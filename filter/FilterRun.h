@@ -3,11 +3,8 @@
 
 #include <cstdint>
 #include <cstdlib>
-#include <functional>
 #include <memory>
-#include <span>
 #include <string>
-#include <vector>
 
 #include "core/Progress.h"
 #include "core/TSFILE.h"
@@ -40,10 +37,6 @@ FidFilterPtr designFilter(const FilterRequest& request, double samplingHz);
 // The sampling frequency of a sample time: 0 where there is none. Seven digits, which are all that the
 // 32-bit sample time holds: 1/360 s gives 360 Hz.
 double samplingFrequency(float dt);
-
-// Calls step(first, run) for runs of samples from 1 to `samples`.
-JobOutcome inRuns(std::uint32_t samples, const Progress& progress,
-                  const std::function<void(std::uint32_t first, std::span<float> run)>& step);
 
 // Gives the work file the header of `source`, column 1 the texts of its column, and column 2 a name and a
 // description that tell what is done to it, in the same unit.

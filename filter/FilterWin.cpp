@@ -3,7 +3,6 @@
 #include <QComboBox>
 #include <QFile>
 #include <QFileInfo>
-#include <QLabel>
 #include <QMenuBar>
 #include <QStatusBar>
 #include <QToolBar>
@@ -59,21 +58,6 @@ constexpr std::array<ActionRow, 5> kActions = {{
      "Save results to a .ts file"},
 }};
 
-// One column of fields, though they stand in two widgets.
-void alignLabels(const QWidget& panel)
-{
-    int widest = 0;
-    const QList<QLabel*> labels = panel.findChildren<QLabel*>();
-    for (const QLabel* const label : labels) {
-        if (label->buddy() != nullptr)
-            widest = std::max(widest, label->sizeHint().width());
-    }
-    for (QLabel* const label : labels) {
-        if (label->buddy() != nullptr)
-            label->setMinimumWidth(widest);
-    }
-}
-
 }  // namespace
 
 FilterWin::FilterWin(const QString& file, unsigned column, QWidget* parent)
@@ -107,7 +91,6 @@ void FilterWin::createPanel()
     panel()->addWidget(m_fields);
     panel()->addWidget(m_preview, 1);
     panel()->addWidget(readout());
-    alignLabels(*widget);
 }
 
 void FilterWin::createActions()

@@ -166,8 +166,8 @@ void DFTWin::sl_execute()
     } catch (const std::bad_alloc&) {
         failure = QStringLiteral("There is not enough memory for the whole range. Use averaged segments.");
     } catch (const TS::Failure&) {
-        failure = QStringLiteral("%1 could not be read to its end, or the disk took no more.")
-                      .arg(sourceName());
+        failure =
+            QStringLiteral("%1 could not be read to its end, or the disk took no more.").arg(sourceName());
     } catch (const std::exception& e) {
         failure =
             QStringLiteral("The scratch file could not be made: %1").arg(QString::fromLocal8Bit(e.what()));
@@ -292,7 +292,6 @@ void DFTWin::saveAs(const QString& name)
     }
     resultSaved();
     statusBar()->showMessage(QStringLiteral("File %1 saved").arg(name), kSavedMs);
-    emit x_directory_changed();
     if (QFileInfo(name).absolutePath() == QDir::currentPath())
         emit x_file_made(QFileInfo(name).fileName());
 }

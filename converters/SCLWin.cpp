@@ -5,7 +5,6 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QHeaderView>
-#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
@@ -13,7 +12,6 @@
 #include <QScopedValueRollback>
 #include <QSpinBox>
 #include <QTableWidget>
-#include <QTimer>
 
 #include <array>
 
@@ -22,12 +20,9 @@
 #include "converters/ImportTexts.h"
 #include "converters/ValuePlot.h"
 #include "core/TsNames.h"
-#include "portal/TsApplication.h"
 #include "share/Boxes.h"
 #include "share/HeaderText.h"
-#include "share/JobProgress.h"
 #include "share/NumberField.h"
-#include "share/QtMessageWin.h"
 
 namespace {
 
@@ -38,7 +33,6 @@ const QString kFilter =
 constexpr std::size_t kShownLines = 200;
 constexpr std::size_t kShownBytes = 400;
 constexpr std::size_t kPlottedValues = 5000;
-constexpr std::uint64_t kQuickBytes = 4'000'000;
 constexpr int kStepDigits = 10;
 
 QString text(const std::string& utf8)
@@ -46,29 +40,9 @@ QString text(const std::string& utf8)
     return QString::fromStdString(utf8);
 }
 
-std::uint64_t bytesOf(const SCLObject& logs)
-{
-    std::uint64_t bytes = 0;
-    for (const SCLSource& source : logs.sources) {
-        std::error_code unknown;
-        const std::uintmax_t size = std::filesystem::file_size(source.file, unknown);
-        bytes += unknown ? 0 : size;
-    }
-    return bytes;
-}
-
 }  // namespace
 
 // -- Files --
-
-void SCLWin::showEvent(QShowEvent* event)
-{
-    SubWindow::showEvent(event);
-    if (!m_logs.sources.empty() || m_asked)
-        return;
-    m_asked = true;
-    QTimer::singleShot(0, this, &SCLWin::sl_add);
-}
 
 void SCLWin::sl_add()
 {
@@ -238,7 +212,7 @@ void SCLWin::sl_changed()
     if (fieldsAreGood())
         checkQuietly();
     showFindings();
-    if (!m_checked && m_problem.isEmpty())
+    if (!m_checked && m_problem.isEmpty() && hasFiles() && !m_logs.isRead())
         checkLater();
 }
 
@@ -293,43 +267,6 @@ void SCLWin::enableButtons()
 
 // -- Check and import --
 
-void SCLWin::checkQuietly()
-{
-    if (!m_logs.isRead() && bytesOf(m_logs) > kQuickBytes)
-        return;
-    try {
-        m_logs.check({});
-        m_checked = true;
-    } catch (const std::exception&) {
-        m_problem = reasonOfFailure();
-    }
-}
-
-bool SCLWin::runCheck()
-{
-    m_problem.clear();
-    try {
-        JobProgress progress(this, QStringLiteral("Reading the files …"));
-        m_checked = m_logs.check(progress.callback()) == JobOutcome::Done;
-    } catch (const std::exception&) {
-        m_problem = reasonOfFailure();
-        m_checked = false;
-    }
-    showFindings();
-    return m_checked;
-}
-
-// Reads large files once they are on the screen, with a Cancel button.
-void SCLWin::checkLater()
-{
-    if (m_logs.sources.empty() || m_logs.isRead())
-        return;
-    QTimer::singleShot(0, this, [this] {
-        if (!m_checked && m_problem.isEmpty() && isVisible() && !JobProgress::isRunning())
-            runCheck();
-    });
-}
-
 void SCLWin::showFindings()
 {
     enableButtons();
@@ -360,60 +297,47 @@ QString SCLWin::summary() const
     return line;
 }
 
-void SCLWin::sl_check()
+// -- What the importers differ in --
+
+std::uint64_t SCLWin::fileBytes() const
 {
-    if (runCheck())
-        showReport(QString(), 0.0);
-    else if (!m_problem.isEmpty())
-        showBox(QMessageBox::Warning, this, QStringLiteral("Veltrac"), m_problem);
+    std::uint64_t bytes = 0;
+    for (const SCLSource& source : m_logs.sources) {
+        std::error_code unknown;
+        const std::uintmax_t size = std::filesystem::file_size(source.file, unknown);
+        bytes += unknown ? 0 : size;
+    }
+    return bytes;
 }
 
-void SCLWin::sl_import()
+QString SCLWin::readingText() const
 {
-    if (!m_import->isEnabled())
-        return;
-    if (!runCheck()) {
-        if (!m_problem.isEmpty())
-            showBox(QMessageBox::Warning, this, QStringLiteral("Veltrac"), m_problem);
-        return;
-    }
-    const QString target = shown(newTsFileName(pathOf(m_target->text().trimmed()).string()));
+    return QStringLiteral("Reading the files …");
+}
+
+JobOutcome SCLWin::check(const Progress& progress)
+{
+    return m_logs.check(progress);
+}
+
+QString SCLWin::doubt() const
+{
     const SCLCheck& found = m_logs.found();
     std::uint64_t values = 0;
     for (const std::uint64_t count : found.values)
         values += count;
-    if (found.troubleCount * 2 > values &&
-        !askYesNo(
-            QMessageBox::Question, this, QStringLiteral("Veltrac"),
-            QStringLiteral("More than half of the values have troubles: %1 of %2.\nImport all the same?")
-                .arg(grouped(found.troubleCount), grouped(values))))
-        return;
-    if (clearTarget(this, target))
-        write(target);
+    if (found.troubleCount * 2 <= values)
+        return QString();
+    return QStringLiteral("More than half of the values have troubles: %1 of %2.\nImport all the same?")
+        .arg(grouped(found.troubleCount), grouped(values));
 }
 
-void SCLWin::write(const QString& target)
+JobOutcome SCLWin::makeFile(const std::filesystem::path& target, const Progress& progress)
 {
-    double seconds = 0.0;
-    try {
-        JobProgress progress(this, QStringLiteral("Writing %1 …").arg(target));
-        if (importSCL(m_logs, pathOf(target), progress.callback()) == JobOutcome::Cancelled) {
-            m_finding->setText(kCancelled);
-            return;
-        }
-        seconds = progress.seconds();
-    } catch (...) {
-        showBox(QMessageBox::Warning, this, QStringLiteral("Veltrac error"),
-                QStringLiteral("%1 was not made; nothing was changed.\n%2").arg(target, reasonOfFailure()));
-        return;
-    }
-    emit x_directory_changed();
-    emit x_file_made(target);
-    showReport(target, seconds);
-    close();
+    return importSCL(m_logs, target, progress);
 }
 
-void SCLWin::showReport(const QString& target, double seconds)
+ImportWindow::Report SCLWin::report() const
 {
     QVector<ImportTrouble> troubles;
     for (const SCLTrouble& trouble : m_logs.found().troubles)
@@ -422,27 +346,5 @@ void SCLWin::showReport(const QString& target, double seconds)
                              .arg(trouble.line),
                          QString::number(trouble.source + 1), QStringLiteral("no number: missing"),
                          text(trouble.text)});
-    const QString head =
-        target.isEmpty()
-            ? QString()
-            : QStringLiteral("%1 was made in %2 s.\n").arg(target, QString::number(seconds, 'f', 1));
-    ImportReport report(this, target.isEmpty() ? QStringLiteral("Check") : QStringLiteral("Import"),
-                        head + summary(), troubles, m_logs.found().troubleCount, !target.isEmpty());
-    if (report.exec() == QDialog::Accepted && TsApplication::instance() != nullptr)
-        TsApplication::instance()->openSubProgram(SubProgram::Plot, target, 0);
-}
-
-void SCLWin::sl_help()
-{
-    showHelp(this, QStringLiteral("stl"), QStringLiteral("Veltrac, STL format"));
-}
-
-void SCLWin::keyPressEvent(QKeyEvent* event)
-{
-    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
-        sl_import();
-    else if (event->key() == Qt::Key_Escape)
-        close();
-    else
-        SubWindow::keyPressEvent(event);
+    return {summary(), troubles, m_logs.found().troubleCount};
 }

@@ -3,8 +3,8 @@
 
 #include <QString>
 
+#include "converters/ImportWindow.h"
 #include "converters/SCLObject.h"
-#include "share/SubWindow.h"
 
 class NumberField;
 class QComboBox;
@@ -17,7 +17,7 @@ class QTableWidget;
 class QWidget;
 class ValuePlot;
 
-class SCLWin : public SubWindow
+class SCLWin : public ImportWindow
 {
     Q_OBJECT
 
@@ -33,9 +33,6 @@ public slots:
     void sl_remove();
     void sl_up();
     void sl_down();
-    void sl_import();
-    void sl_check();
-    void sl_help();
 
 private slots:
     void sl_changed();
@@ -45,34 +42,31 @@ private slots:
     void sl_show_file();
 
 protected:
-    void showEvent(QShowEvent* event) override;
-    void keyPressEvent(QKeyEvent* event) override;
+    bool hasFiles() const override { return !m_logs.sources.empty(); }
+    void chooseFiles() override { sl_add(); }
+    std::uint64_t fileBytes() const override;
+    bool isRead() const override { return m_logs.isRead(); }
+    QString readingText() const override;
+    JobOutcome check(const Progress& progress) override;
+    QString doubt() const override;
+    JobOutcome makeFile(const std::filesystem::path& target, const Progress& progress) override;
+    Report report() const override;
+    void showFindings() override;
 
 private:
     QWidget* buildFiles();
     QWidget* buildFields();
     QWidget* buildPreview();
-    QWidget* buildButtons();
 
     void move(int by);
     void showFiles();
-    void showFindings();
     void showStep();
     bool fieldsAreGood() const;
     void enableButtons();
     void readFields();
-    void checkQuietly();
-    void checkLater();
-    bool runCheck();
-    void write(const QString& target);
-    void showReport(const QString& target, double seconds);
     QString summary() const;
 
     SCLObject m_logs;
-    QString m_problem;
-    bool m_checked = false;
-    bool m_filling = false;
-    bool m_asked = false;
 
     QTableWidget* m_files;
     QPushButton* m_remove;
@@ -85,12 +79,7 @@ private:
     NumberField* m_frequency;
     QSpinBox* m_skip;
     QComboBox* m_fill;
-    QLineEdit* m_target;
     QLineEdit* m_description;
     QPlainTextEdit* m_lines;
     ValuePlot* m_plot;
-    QLabel* m_finding;
-    QLabel* m_warning;
-    QPushButton* m_import;
-    QPushButton* m_check;
 };

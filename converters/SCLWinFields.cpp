@@ -28,7 +28,7 @@ constexpr int kMostSkipped = 1'000'000;
 
 }  // namespace
 
-SCLWin::SCLWin(const QString& file, QWidget* parent) : SubWindow(parent)
+SCLWin::SCLWin(const QString& file, QWidget* parent) : ImportWindow(parent)
 {
     setWindowTitle(QStringLiteral("Import of single column logs"));
     auto* const below = new QSplitter(Qt::Horizontal);
@@ -41,17 +41,11 @@ SCLWin::SCLWin(const QString& file, QWidget* parent) : SubWindow(parent)
     all->setStretchFactor(1, 1);
     all->setSizes({190, 430});
 
-    m_finding = new QLabel;
-    m_finding->setWordWrap(true);
-    m_finding->setTextFormat(Qt::PlainText);
-    m_finding->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    m_finding->setMinimumHeight(2 * m_finding->fontMetrics().lineSpacing());
     auto* const layout = new QVBoxLayout;
     layout->addWidget(all, 1);
-    m_warning = warningLabel();
-    layout->addWidget(m_finding);
-    layout->addWidget(m_warning);
-    layout->addWidget(buildButtons());
+    layout->addWidget(buildFindings());
+    layout->addWidget(
+        buildButtons("The format of text logs.", "Read the files and tell what is not understood."));
     auto* const central = new QWidget;
     central->setLayout(layout);
     setCentralWidget(central);
@@ -116,7 +110,6 @@ QWidget* SCLWin::buildFields()
          {std::pair("missing (NaN)", STLFill::NaN), std::pair("0", STLFill::Zero),
           std::pair("the value before", STLFill::Previous), std::pair("interpolated", STLFill::Interpolated)})
         m_fill->addItem(QString::fromLatin1(text), static_cast<int>(fill));
-    m_target = new QLineEdit;
     m_description = new QLineEdit;
     m_description->setMaxLength(kFileDescriptionBytes);
     for (NumberField* const field : {m_step, m_frequency})
@@ -161,33 +154,4 @@ QWidget* SCLWin::buildPreview()
     preview->setStretchFactor(0, 2);
     preview->setStretchFactor(1, 3);
     return preview;
-}
-
-QWidget* SCLWin::buildButtons()
-{
-    auto* const row = new QWidget;
-    auto* const layout = new QHBoxLayout(row);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->addStretch();
-    struct Button
-    {
-        const char* text;
-        void (SCLWin::*slot)();
-        const char* help;
-        QPushButton** kept;
-    };
-    QPushButton* help = nullptr;
-    for (const Button& button :
-         {Button{"&Help", &SCLWin::sl_help, "The format of text logs.", &help},
-          Button{"&Check only", &SCLWin::sl_check, "Read the files and tell what is not understood.",
-                 &m_check},
-          Button{"&Import", &SCLWin::sl_import, "Make the ts-file (Enter).", &m_import}}) {
-        *button.kept = importButton(button.text, button.help);
-        connect(*button.kept, &QPushButton::clicked, this, button.slot);
-        layout->addWidget(*button.kept);
-    }
-    QPushButton* const cancel = importButton("&Cancel", "Close the window and make nothing (Escape).");
-    connect(cancel, &QPushButton::clicked, this, &QWidget::close);
-    layout->addWidget(cancel);
-    return row;
 }

@@ -5,7 +5,6 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QHeaderView>
-#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QLocale>
@@ -24,18 +23,13 @@
 #include "converters/ImportTexts.h"
 #include "converters/STLLines.h"
 #include "core/TsNames.h"
-#include "portal/TsApplication.h"
 #include "share/Boxes.h"
-#include "share/JobProgress.h"
 #include "share/NumberField.h"
-#include "share/QtMessageWin.h"
 
 namespace {
 
 const QString kFilter = QStringLiteral(
     "Text files (*.stl *.csv *.txt *.dat *.log *.asc *.tsv *.prn);;STL files (*.stl);;All files (*)");
-// Files up to this size are read whenever a field changes, which takes no noticeable time.
-constexpr std::uint64_t kQuickBytes = 4'000'000;
 
 QString text(const std::string& utf8)
 {
@@ -95,15 +89,6 @@ QString problemText(STLProblem problem)
 }  // namespace
 
 // -- Opening --
-
-void STLWin::showEvent(QShowEvent* event)
-{
-    SubWindow::showEvent(event);
-    if (m_log || m_asked)
-        return;
-    m_asked = true;
-    QTimer::singleShot(0, this, &STLWin::sl_open);
-}
 
 void STLWin::sl_open()
 {
@@ -166,8 +151,16 @@ void STLWin::resizeEvent(QResizeEvent* event)
     QTimer::singleShot(0, this, &STLWin::widenPreview);
 }
 
+// A check may find the order of day and month further down in the file.
+void STLWin::showOrder()
+{
+    const QScopedValueRollback<bool> filling(m_filling, true);
+    m_order->setCurrentIndex(m_order->findData(static_cast<int>(m_log->format().order)));
+}
+
 void STLWin::showFindings()
 {
+    showOrder();
     m_lines->explain(m_log->format().columns.empty() ? nullptr : &m_log->format());
     widenPreview();
     showColumns();
@@ -302,109 +295,42 @@ void STLWin::sl_other_reading()
     detectAgain(m_log->format().otherSeparator, m_log->format().otherDecimal);
 }
 
-// -- Check and import --
+// -- What the importers differ in --
 
-// Small files are read whenever something changes, so that the findings are always those of the whole file.
-// Of larger ones, only what needs no reading is found again.
-void STLWin::checkQuietly()
+std::uint64_t STLWin::fileBytes() const
 {
     std::error_code unknown;
     const std::uintmax_t bytes = std::filesystem::file_size(m_log->file(), unknown);
-    if (!m_problem.isEmpty() || (!m_log->isRead() && (unknown || bytes > kQuickBytes)))
-        return;
-    try {
-        m_log->check({});
-        m_checked = true;
-    } catch (const std::exception&) {
-        m_problem = reasonOfFailure();
-    }
-    showOrder();
+    return unknown ? UINT64_MAX : bytes;
 }
 
-// Reads a large file once it is on the screen, with a Cancel button.
-void STLWin::checkLater()
+QString STLWin::readingText() const
 {
-    QTimer::singleShot(0, this, [this] {
-        if (!m_checked && m_problem.isEmpty() && isVisible() && !JobProgress::isRunning())
-            runCheck();
-    });
+    return QStringLiteral("Reading %1 …").arg(shown(m_log->file().filename().string()));
 }
 
-// False where it failed or was cancelled.
-bool STLWin::runCheck()
+JobOutcome STLWin::check(const Progress& progress)
 {
-    m_problem.clear();
-    try {
-        JobProgress progress(this,
-                             QStringLiteral("Reading %1 …").arg(shown(m_log->file().filename().string())));
-        m_checked = m_log->check(progress.callback()) == JobOutcome::Done;
-    } catch (const std::exception&) {
-        m_problem = reasonOfFailure();
-        m_checked = false;
-    }
-    showOrder();
-    showFindings();
-    return m_checked;
+    return m_log->check(progress);
 }
 
-// A check may find the order of day and month further down in the file.
-void STLWin::showOrder()
+QString STLWin::doubt() const
 {
-    const QScopedValueRollback<bool> filling(m_filling, true);
-    m_order->setCurrentIndex(m_order->findData(static_cast<int>(m_log->format().order)));
-}
-
-void STLWin::sl_check()
-{
-    if (runCheck())
-        showReport(QString(), 0.0);
-    else if (!m_problem.isEmpty())
-        showBox(QMessageBox::Warning, this, QStringLiteral("Veltrac"), m_problem);
-}
-
-void STLWin::sl_import()
-{
-    if (!m_import->isEnabled())
-        return;
-    if (!runCheck()) {
-        if (!m_problem.isEmpty())
-            showBox(QMessageBox::Warning, this, QStringLiteral("Veltrac"), m_problem);
-        return;
-    }
     const STLCheck& found = m_log->found();
-    if ((found.troubledRows + found.skippedLines) * 2 > found.rows + found.skippedLines &&
-        !askYesNo(QMessageBox::Question, this, QStringLiteral("Veltrac"),
-                  QStringLiteral("More than half of the rows have troubles: %1 of %2.\nImport all the same?")
-                      .arg(grouped(found.troubledRows + found.skippedLines),
-                           grouped(found.rows + found.skippedLines))))
-        return;
-    const QString target = shown(newTsFileName(pathOf(m_target->text().trimmed()).string()));
-    if (clearTarget(this, target))
-        write(target);
+    const std::uint64_t troubled = found.troubledRows + found.skippedLines;
+    const std::uint64_t rows = found.rows + found.skippedLines;
+    if (troubled * 2 <= rows)
+        return QString();
+    return QStringLiteral("More than half of the rows have troubles: %1 of %2.\nImport all the same?")
+        .arg(grouped(troubled), grouped(rows));
 }
 
-void STLWin::write(const QString& target)
+JobOutcome STLWin::makeFile(const std::filesystem::path& target, const Progress& progress)
 {
-    double seconds = 0.0;
-    try {
-        JobProgress progress(this, QStringLiteral("Writing %1 …").arg(target));
-        if (importSTL(*m_log, pathOf(target), progress.callback()) == JobOutcome::Cancelled) {
-            m_finding->setText(kCancelled);
-            return;
-        }
-        seconds = progress.seconds();
-    } catch (...) {
-        showBox(QMessageBox::Warning, this, QStringLiteral("Veltrac error"),
-                QStringLiteral("%1 was not made; nothing was changed.\n%2").arg(target, reasonOfFailure()));
-        return;
-    }
-    emit x_directory_changed();
-    emit x_file_made(target);
-    showReport(target, seconds);
-    close();
+    return importSTL(*m_log, target, progress);
 }
 
-void STLWin::showReport(const QString& target, double seconds)
+ImportWindow::Report STLWin::report() const
 {
     const STLCheck& found = m_log->found();
     QVector<ImportTrouble> troubles;
@@ -412,29 +338,6 @@ void STLWin::showReport(const QString& target, double seconds)
         troubles.append({QStringLiteral("Line %1").arg(trouble.line),
                          trouble.column < 0 ? QString() : QString::number(trouble.column + 1),
                          problemText(trouble.problem), text(trouble.text)});
-    const QString head =
-        target.isEmpty()
-            ? QString()
-            : QStringLiteral("%1 was made in %2 s.\n").arg(target, QString::number(seconds, 'f', 1));
-    ImportReport report(
-        this, target.isEmpty() ? QStringLiteral("Check") : QStringLiteral("Import"),
-        head + summary() + QLatin1Char('\n') + stepText(found) + QLatin1Char(' ') + resultText(found),
-        troubles, found.troubleCount, !target.isEmpty());
-    if (report.exec() == QDialog::Accepted && TsApplication::instance() != nullptr)
-        TsApplication::instance()->openSubProgram(SubProgram::Plot, target, 0);
-}
-
-void STLWin::sl_help()
-{
-    showHelp(this, QStringLiteral("stl"), QStringLiteral("Veltrac, STL format"));
-}
-
-void STLWin::keyPressEvent(QKeyEvent* event)
-{
-    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
-        sl_import();
-    else if (event->key() == Qt::Key_Escape)
-        close();
-    else
-        SubWindow::keyPressEvent(event);
+    return {summary() + QLatin1Char('\n') + stepText(found) + QLatin1Char(' ') + resultText(found), troubles,
+            found.troubleCount};
 }

@@ -7,8 +7,8 @@
 #include <memory>
 #include <vector>
 
+#include "converters/ImportWindow.h"
 #include "converters/STLObject.h"
-#include "share/SubWindow.h"
 
 class NumberField;
 class QComboBox;
@@ -21,7 +21,7 @@ class QTableWidget;
 class QWidget;
 class STLLines;
 
-class STLWin : public SubWindow
+class STLWin : public ImportWindow
 {
     Q_OBJECT
 
@@ -35,9 +35,6 @@ public:
 
 public slots:
     void sl_open();
-    void sl_import();
-    void sl_check();
-    void sl_help();
 
 private slots:
     void sl_reading_changed();
@@ -46,39 +43,35 @@ private slots:
     void sl_changed();
 
 protected:
-    void showEvent(QShowEvent* event) override;
+    bool hasFiles() const override { return m_log != nullptr; }
+    void chooseFiles() override { sl_open(); }
+    std::uint64_t fileBytes() const override;
+    bool isRead() const override { return m_log->isRead(); }
+    QString readingText() const override;
+    JobOutcome check(const Progress& progress) override;
+    QString doubt() const override;
+    JobOutcome makeFile(const std::filesystem::path& target, const Progress& progress) override;
+    Report report() const override;
+    void showFindings() override;
     void resizeEvent(QResizeEvent* event) override;
-    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     QWidget* buildTextFields();
     QWidget* buildTimeFields();
     QWidget* buildResultFields();
-    QWidget* buildFindings();
-    QWidget* buildButtons();
 
     void detectAgain(char separator, char decimal);
     void showFormat();
     void showColumns();
-    void showFindings();
     void widenPreview();
     void readFields();
     void readColumns();
     bool checkFields();
     void enableFields();
-    void checkQuietly();
-    void checkLater();
-    bool runCheck();
     void showOrder();
-    void write(const QString& target);
-    void showReport(const QString& target, double seconds);
     QString summary() const;
 
     std::unique_ptr<STLObject> m_log;
-    QString m_problem;       // why nothing can be imported; empty where it can
-    bool m_checked = false;  // what was found belongs to the fields as they are
-    bool m_filling = false;  // fields are being set, not edited
-    bool m_asked = false;    // for a file
 
     STLLines* m_lines;
     QTableView* m_preview;
@@ -110,7 +103,6 @@ private:
     QLabel* m_resampleReason;
     QLabel* m_timeFinding;
 
-    QLineEdit* m_target;
     QLineEdit* m_description;
     NumberField* m_fromRow;
     NumberField* m_toRow;
@@ -119,9 +111,4 @@ private:
     QLabel* m_targetReason;
     QLabel* m_size;
     QLabel* m_head;
-
-    QLabel* m_finding;
-    QLabel* m_warning;
-    QPushButton* m_import;
-    QPushButton* m_check;
 };

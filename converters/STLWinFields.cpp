@@ -78,7 +78,7 @@ QWidget* scrolling(QLayout* layout)
 
 }  // namespace
 
-STLWin::STLWin(const QString& file, QWidget* parent) : SubWindow(parent)
+STLWin::STLWin(const QString& file, QWidget* parent) : ImportWindow(parent)
 {
     setWindowTitle(QStringLiteral("Import of a smart tool log"));
     m_lines = new STLLines(this);
@@ -120,7 +120,10 @@ STLWin::STLWin(const QString& file, QWidget* parent) : SubWindow(parent)
     auto* const layout = new QVBoxLayout;
     layout->addWidget(across, 1);
     layout->addWidget(buildFindings());
-    layout->addWidget(buildButtons());
+    QPushButton* const other = importButton("&Open...", "Choose another file.");
+    connect(other, &QPushButton::clicked, this, &STLWin::sl_open);
+    layout->addWidget(buildButtons("The format of smart tool logs.",
+                                   "Read the whole file and tell what is not understood.", other));
     auto* const central = new QWidget;
     central->setLayout(layout);
     setCentralWidget(central);
@@ -236,7 +239,6 @@ QWidget* STLWin::buildTimeFields()
 
 QWidget* STLWin::buildResultFields()
 {
-    m_target = new QLineEdit;
     m_description = new QLineEdit;
     m_description->setMaxLength(kFileDescriptionBytes);
     m_fromRow = new NumberField(QStringLiteral("1"));
@@ -268,48 +270,4 @@ QWidget* STLWin::buildResultFields()
         connect(field, &QLineEdit::textChanged, this, &STLWin::sl_changed);
     connect(m_fill, qOverload<int>(&QComboBox::currentIndexChanged), this, &STLWin::sl_changed);
     return scrolling(form);
-}
-
-QWidget* STLWin::buildFindings()
-{
-    m_finding = wrappedLabel();
-    m_warning = warningLabel();
-    auto* const box = new QWidget;
-    auto* const layout = new QVBoxLayout(box);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(m_finding);
-    layout->addWidget(m_warning);
-    box->setMinimumHeight(2 * m_finding->fontMetrics().lineSpacing());
-    return box;
-}
-
-QWidget* STLWin::buildButtons()
-{
-    auto* const row = new QWidget;
-    auto* const layout = new QHBoxLayout(row);
-    layout->setContentsMargins(0, 0, 0, 0);
-    struct Button
-    {
-        const char* text;
-        void (STLWin::*slot)();
-        const char* help;
-        QPushButton** kept;
-    };
-    layout->addStretch();
-    for (const Button& button :
-         {Button{"&Open...", &STLWin::sl_open, "Choose another file.", nullptr},
-          Button{"&Help", &STLWin::sl_help, "The format of smart tool logs.", nullptr},
-          Button{"&Check only", &STLWin::sl_check, "Read the whole file and tell what is not understood.",
-                 &m_check},
-          Button{"&Import", &STLWin::sl_import, "Make the ts-file (Enter).", &m_import}}) {
-        QPushButton* const pressed = importButton(button.text, button.help);
-        connect(pressed, &QPushButton::clicked, this, button.slot);
-        layout->addWidget(pressed);
-        if (button.kept != nullptr)
-            *button.kept = pressed;
-    }
-    QPushButton* const cancel = importButton("&Cancel", "Close the window and make nothing (Escape).");
-    connect(cancel, &QPushButton::clicked, this, &QWidget::close);
-    layout->addWidget(cancel);
-    return row;
 }

@@ -73,7 +73,7 @@ private:
     bool saveToColumnsOf(const QString& file, const ResultColumns& columns);
     bool mayTakeResults(const QString& file);
     bool agreesWith(const QString& file, std::uint32_t& count);
-    bool tellSaved(const QString& file, JobOutcome outcome);
+    bool tellSaved(const QString& file, JobOutcome outcome, bool isNew = false);
     void dropWork();
 
     FilterFields* m_fields = nullptr;

@@ -50,10 +50,8 @@ void FilterWin::sl_saveResults()
         statusBar()->showMessage(QStringLiteral("Saving aborted"), kSavedMs);
         return;
     }
-    if (save(dialog)) {
+    if (save(dialog))
         resultSaved();
-        emit x_directory_changed();
-    }
 }
 
 bool FilterWin::save(const SaveResultsDialog& dialog)
@@ -87,10 +85,7 @@ bool FilterWin::saveToFile(const SaveResultsDialog& dialog)
         JobProgress progress(this, QStringLiteral("Saving %1").arg(shown(file)));
         outcome = saveToNewFile(*work, pathOf(file), progress.callback());
     }
-    const bool done = tellSaved(file, outcome);
-    if (done && QFileInfo(file).absolutePath() == QDir::currentPath())
-        emit x_file_made(QFileInfo(file).fileName());
-    return done;
+    return tellSaved(file, outcome, true);
 }
 
 bool FilterWin::saveToSource(const SaveResultsDialog& dialog)
@@ -167,11 +162,15 @@ bool FilterWin::agreesWith(const QString& file, std::uint32_t& count)
                         .arg(static_cast<double>(work->dt()), 0, 'g', 7));
 }
 
-bool FilterWin::tellSaved(const QString& file, JobOutcome outcome)
+bool FilterWin::tellSaved(const QString& file, JobOutcome outcome, bool isNew)
 {
     const bool done = outcome == JobOutcome::Done;
     statusBar()->showMessage(
         done ? QStringLiteral("File %1 saved").arg(shown(file)) : QStringLiteral("Saving aborted"), kSavedMs);
+    if (done && isNew && QFileInfo(file).absolutePath() == QDir::currentPath())
+        emit x_file_made(shown(file));
+    else if (done)
+        emit x_directory_changed();
     return done;
 }
 

@@ -19,7 +19,8 @@ signals:
     void windowGone(subWindow window);
     // A ts-file of the working directory was made, changed or removed.
     void x_directory_changed();
-    // The window has made a ts-file of this name in the working directory: it is listed and selected.
+    // The window has made a ts-file of this name in the working directory: it is listed and selected. Stands
+    // for x_directory_changed() too.
     void x_file_made(const QString& name);
 
 protected:

@@ -95,7 +95,7 @@ TEST_F(ImportWin, enterImportsWhatWasFound)
     window->show();
     QTest::keyClick(window->focusWidget(), Qt::Key_Return);
     ASSERT_EQ(1, made.count());
-    EXPECT_EQ(1, changed.count());
+    EXPECT_EQ(0, changed.count()) << "the table would be read twice";
     EXPECT_EQ(QStringLiteral("seattle-weather.ts"), made[0][0].toString());
     EXPECT_TRUE(said.contains(QStringLiteral("1 461 rows, 4 columns"))) << qPrintable(said);
     EXPECT_EQ(1461U, openTsFile("seattle-weather.ts", true)->samples());

@@ -15,6 +15,7 @@
 #include "share/Boxes.h"
 #include "share/JobProgress.h"
 #include "share/QtMessageWin.h"
+#include "share/Resources.h"
 
 namespace {
 
@@ -23,7 +24,11 @@ constexpr std::uint64_t kQuickBytes = 4'000'000;
 
 }  // namespace
 
-ImportWindow::ImportWindow(QWidget* parent) : SubWindow(parent), m_target(new QLineEdit) {}
+ImportWindow::ImportWindow(const QString& icon, QWidget* parent) : SubWindow(parent), m_target(new QLineEdit)
+{
+    loadResources();
+    setWindowIcon(QIcon(icon));
+}
 
 // -- Building --
 

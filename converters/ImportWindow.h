@@ -36,7 +36,8 @@ protected:
         std::uint64_t troubleCount = 0;
     };
 
-    explicit ImportWindow(QWidget* parent);
+    // `icon` is a resource.
+    ImportWindow(const QString& icon, QWidget* parent);
 
     // -- What the importers differ in; check() and makeFile() throw what reasonOfFailure() knows --
 

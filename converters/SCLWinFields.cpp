@@ -28,7 +28,8 @@ constexpr int kMostSkipped = 1'000'000;
 
 }  // namespace
 
-SCLWin::SCLWin(const QString& file, QWidget* parent) : ImportWindow(parent)
+SCLWin::SCLWin(const QString& file, QWidget* parent)
+    : ImportWindow(QStringLiteral(":img_ReadASCII_3"), parent)
 {
     setWindowTitle(QStringLiteral("Import of single column logs"));
     auto* const below = new QSplitter(Qt::Horizontal);

@@ -78,7 +78,8 @@ QWidget* scrolling(QLayout* layout)
 
 }  // namespace
 
-STLWin::STLWin(const QString& file, QWidget* parent) : ImportWindow(parent)
+STLWin::STLWin(const QString& file, QWidget* parent)
+    : ImportWindow(QStringLiteral(":img_ReadASCII_1"), parent)
 {
     setWindowTitle(QStringLiteral("Import of a smart tool log"));
     m_lines = new STLLines(this);

@@ -4,6 +4,7 @@
 #include <QCheckBox>
 #include <QPushButton>
 
+#include "formula/FormulaEvaluation.h"
 #include "share/Boxes.h"
 #include "share/JobProgress.h"
 
@@ -13,8 +14,7 @@ const QString kTitle = QStringLiteral("Veltrac error");
 
 bool isRunTimeText(const QString& text)
 {
-    return text == QLatin1String("Attempt to divide on zero") ||
-           text == QLatin1String("Missing argument in function");
+    return text == QLatin1String(kDivisionByZero) || text == QLatin1String(kMissingArgument);
 }
 
 }  // namespace

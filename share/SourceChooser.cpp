@@ -126,7 +126,7 @@ SourceChooser::SourceChooser(bool withTime, QWidget* parent)
 {
     auto* const form = new QFormLayout(this);
     form->setContentsMargins(0, 0, 0, 0);
-    form->addRow(QStringLiteral("&Source file:"), m_files);
+    form->addRow(QStringLiteral("Source f&ile:"), m_files);
     form->addRow(QStringLiteral("Source &column:"), m_columns);
     m_files->setAccessibleName(QStringLiteral("Source file"));
     m_columns->setAccessibleName(QStringLiteral("Source column"));

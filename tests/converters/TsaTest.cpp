@@ -1,10 +1,8 @@
 // The tsa text, read and written without a window.
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 #include <bit>
 #include <cmath>
-#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -17,6 +15,7 @@
 #include "core/Rebuild.h"
 #include "core/TsExceptions.h"
 #include "core/TsNames.h"
+#include "tests/FileSizeLimit.h"
 
 namespace {
 
@@ -220,27 +219,21 @@ TEST_F(Tsa, diskThatIsFullAtAnyByteLosesNothing)
             return exportTsaText(*openTsFile("a.ts", true), "b.tsa", 1, 600, {}, done) == JobOutcome::Done;
         },
     };
-    std::signal(SIGXFSZ, SIG_IGN);
-    rlimit plenty = {};
-    getrlimit(RLIMIT_FSIZE, &plenty);
     for (const auto& job : jobs) {
         bool done = false;
         for (rlim_t bytes = 0; !done; bytes += bytes < 1024 ? 128 : 512) {
-            const rlimit full = {bytes, plenty.rlim_max};
-            setrlimit(RLIMIT_FSIZE, &full);
             try {
+                const FileSizeLimit fullDisk(bytes);
                 done = job();
             } catch (const TS::Failure&) {
             } catch (const std::system_error&) {
             }
-            setrlimit(RLIMIT_FSIZE, &plenty);
             ASSERT_EQ(3U, filesThere()) << bytes;
             ASSERT_TRUE(done || (read("a.ts") == old && read("b.tsa") == "old text")) << bytes;
             ASSERT_LT(bytes, 100000U);
         }
         write("a.ts", old);
     }
-    std::signal(SIGXFSZ, SIG_DFL);
 }
 
 TEST_F(Tsa, unreadableTextsSayWhy)

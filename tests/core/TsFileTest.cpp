@@ -4,16 +4,15 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include <cmath>
-#include <csignal>
 #include <functional>
 #include <limits>
 #include <random>
 
 #include "core/TsExceptions.h"
+#include "tests/FileSizeLimit.h"
 #include "tests/core/TsFileBytes.h"
 
 namespace {
@@ -283,14 +282,10 @@ TEST(TsFile, TooLargeIsRefusedBeforeAnythingIsTouched)
 TEST(TsFile, FullDiskLeavesNothingOfACreation)
 {
     const TestDirectory directory;
-    rlimit old = {};
-    getrlimit(RLIMIT_FSIZE, &old);
-    const rlimit small = {4096, old.rlim_max};
-    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-    setrlimit(RLIMIT_FSIZE, &small);
-    const auto failure = failureOf<TS::IO_ERROR>([] { TSFILE("a", 100000, 1, 0); });
-    setrlimit(RLIMIT_FSIZE, &old);
-    std::signal(SIGXFSZ, handler);
+    const auto failure = failureOf<TS::IO_ERROR>([] {
+        const FileSizeLimit fullDisk(4096);
+        TSFILE("a", 100000, 1, 0);
+    });
     expectPayload(failure, 4096, 200000, 1);
     EXPECT_EQ(directory.fileCount(), 0U);
 }

@@ -34,6 +34,8 @@
 namespace {
 
 constexpr int kEditMode = 1;
+constexpr int kRefusedMs = 8000;
+constexpr int kTableWidth = 400;
 constexpr int kColumnListWidth = 100;
 constexpr int kWatchMs = 2000;
 
@@ -192,13 +194,23 @@ void TsTableView::createTable()
     splitter->addWidget(m_columns);
     splitter->addWidget(table);
     splitter->setStretchFactor(1, 1);
-    splitter->setSizes({kColumnListWidth, 500 - kColumnListWidth});
+    splitter->setSizes({kColumnListWidth, kTableWidth});
     column->addWidget(splitter, 1);
     column->addWidget(m_findBar);
 
     fillColumnList();
+    setUpView();
+    connectView();
+}
+
+void TsTableView::setUpView()
+{
     auto* const delegate = new CellDelegate(m_view);
     m_view->setItemDelegate(delegate);
+    connect(delegate, &CellDelegate::x_refused, this, [this](const QString& text) {
+        statusBar()->showMessage(QStringLiteral("\"%1\" is no number; the cell keeps its value.").arg(text),
+                                 kRefusedMs);
+    });
     // Where nothing is edited, Tab goes on to the other parts of the window.
     m_view->setTabKeyNavigation(isEditing());
     m_view->setEditTriggers(isEditing()
@@ -210,11 +222,10 @@ void TsTableView::createTable()
     for (const Act act : {kCopy, kPaste, kMax, kMin, kAverage, kPlot, kGoTo})
         m_view->addAction(m_actions[static_cast<std::size_t>(act)]);
     m_view->addActions({m_operations.begin(), m_operations.end()});
+}
 
-    connect(delegate, &CellDelegate::x_refused, this, [this](const QString& text) {
-        statusBar()->showMessage(QStringLiteral("\"%1\" is no number; the cell keeps its value.").arg(text),
-                                 8000);
-    });
+void TsTableView::connectView()
+{
     connect(m_view, SIGNAL(activated(QModelIndex)), this, SLOT(sl_currentCell(QModelIndex)));
     connect(m_view, &SampleView::x_current_moved, this, [this] {
         m_column = m_view->currentColumn();

@@ -121,6 +121,8 @@ private:
     void createMenus();
     void createToolBar();
     void createTable();
+    void setUpView();
+    void connectView();
     void fillColumnList();
     void createStatusBar();
     void addOperations(QMenu& menu);

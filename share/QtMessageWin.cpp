@@ -1,5 +1,7 @@
 #include "share/QtMessageWin.h"
 
+#include <QApplication>
+#include <QCloseEvent>
 #include <QIcon>
 #include <QPrintDialog>
 #include <QPushButton>
@@ -51,6 +53,12 @@ void MessageWin::sl_print()
     QPrintDialog dialog(&m_printer, this);
     if (dialog.exec() == QDialog::Accepted)
         m_text->print(&m_printer);
+}
+
+void MessageWin::closeEvent(QCloseEvent* event)
+{
+    // The print dialog works for this window.
+    event->setAccepted(QApplication::activeModalWidget() == nullptr);
 }
 
 MessageWin* showHelp(QWidget* parent, const QString& name, const QString& title, int width, int height)

@@ -21,6 +21,9 @@ public slots:
     // Asks for a printer and prints the whole text. What was chosen is kept while the window lives.
     void sl_print();
 
+protected:
+    void closeEvent(QCloseEvent* event) override;
+
 private:
     void makeButtons();
 

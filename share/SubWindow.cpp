@@ -1,5 +1,6 @@
 #include "share/SubWindow.h"
 
+#include <QApplication>
 #include <QCloseEvent>
 
 #include "share/JobProgress.h"
@@ -16,7 +17,8 @@ bool SubWindow::mayClose()
 
 void SubWindow::closeEvent(QCloseEvent* event)
 {
-    if (JobProgress::isRunning() || !mayClose()) {
+    // A dialog that is open works for a window; the session's end may ask all of them to close.
+    if (JobProgress::isRunning() || QApplication::activeModalWidget() != nullptr || !mayClose()) {
         event->ignore();
         return;
     }

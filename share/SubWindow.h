@@ -25,7 +25,7 @@ signals:
 
 protected:
     // Whether the window may close now: here a window asks about what is not saved. It is not asked while a
-    // job runs, when no window closes.
+    // job runs or a dialog is open, when no window closes.
     virtual bool mayClose();
     void closeEvent(QCloseEvent* event) override;
 };

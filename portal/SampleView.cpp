@@ -395,11 +395,19 @@ void SampleView::dragTo(const QPoint& place)
     extendTo(static_cast<int>(std::clamp<std::int64_t>(row, 0, totalRows() - 1)), index.column());
 }
 
+void SampleView::currentChanged(const QModelIndex& current, const QModelIndex& previous)
+{
+    m_currentChanges = true;
+    QTableView::currentChanged(current, previous);
+    m_currentChanges = false;
+}
+
+// Enter goes on to the next row. The base class closes with the same hint when another cell becomes the
+// current one, which it is to stay.
 void SampleView::closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint)
 {
     QTableView::closeEditor(editor, hint);
-    // Enter.
-    if (hint == QAbstractItemDelegate::SubmitModelCache)
+    if (hint == QAbstractItemDelegate::SubmitModelCache && !m_currentChanges)
         goTo(m_currentRow + 1, m_currentColumn);
 }
 

@@ -89,6 +89,7 @@ protected:
     void timerEvent(QTimerEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
     void updateGeometries() override;
+    void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
     void closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint) override;
     // Typing would search through the whole file for a cell that begins so.
     void keyboardSearch(const QString& text) override;
@@ -118,7 +119,8 @@ private:
     QScrollBar* m_bar;
     std::function<QString(int row)> m_rowText;
     std::vector<CellBlock> m_selection;
-    bool m_applying = false;  // the selection model is being brought in line with m_selection
+    bool m_applying = false;        // the selection model is being brought in line with m_selection
+    bool m_currentChanges = false;  // an editor that closes now was left for another cell
     int m_currentRow = 0;
     int m_currentColumn = 0;
     int m_anchorRow = 0;

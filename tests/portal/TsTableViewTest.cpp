@@ -282,6 +282,11 @@ TEST(TsTableView, EditsWithKeysUndoesAndSaves)
         edit.press(Qt::Key_Return);  // untouched
         edit.enter("9x");            // refused
         EXPECT_EQ(edit.view().currentRow(), 3);
+        // a cell that is left for another one by its editor stays left
+        QTest::keyClicks(QApplication::focusWidget(), "8");
+        edit.view().goTo(0, 1);
+        EXPECT_EQ(edit.view().currentRow(), 0);
+        EXPECT_EQ(edit.view().currentColumn(), 1);
         edit.view().selectBlock({3, 4, 0, 1});
         QApplication::clipboard()->setText("7");
         edit.call("sl_paste");
@@ -295,7 +300,7 @@ TEST(TsTableView, EditsWithKeysUndoesAndSaves)
         for (std::uint32_t s = 1; s <= 5; ++s)
             for (std::uint32_t c = 1; c <= 2; ++c)
                 EXPECT_EQ(valueInFile(s, c), saved[s - 1][c - 1]) << s << ", " << c;
-        for (int i = 0; i < 3; ++i)
+        for (int i = 0; i < 4; ++i)
             edit.call("sl_undo");
         edit.call("sl_save");
         EXPECT_EQ(valueInFile(1, 1), 1.0F);

@@ -403,7 +403,6 @@ void TsTableView::sl_reload()
     m_statistics->stop();
     m_view->detach();
     m_model->setFile(file.release());
-    m_sorting->setChecked(false);
     m_column = std::max(0, std::min(m_column, m_model->columnCount() - 1));
     const QSignalBlocker still(m_columns);
     m_columns->clear();
@@ -411,6 +410,8 @@ void TsTableView::sl_reload()
         m_columns->addItem(columnTitle(column));
     m_columns->selectAll();
     m_view->showAll();
+    // Not before: it fits the columns of the rows that are shown.
+    m_sorting->setChecked(false);
     m_view->fitColumns();
     showPosition();
     statusBar()->showMessage(QStringLiteral("Read again."), kMessageMs);

@@ -224,9 +224,12 @@ TEST(TsTableView, FileThatChangesOrVanishesIsToldAndReadAgain)
     std::filesystem::last_write_time("test.ts", std::filesystem::file_time_type::clock::now() + 10s);
     activate();
     EXPECT_EQ(strip.text(), "test.ts has changed.");
+    list.window().findChild<QCheckBox*>()->setChecked(true);
+    ASSERT_TRUE(list.view().isSorted());
     strip.findChild<QPushButton*>()->click();
     EXPECT_FALSE(strip.isVisible());
     EXPECT_EQ(list.view().totalRows(), 3);
+    EXPECT_FALSE(list.view().isSorted());
     std::filesystem::remove("test.ts");
     activate();
     EXPECT_EQ(strip.text(), "test.ts is gone; it is shown as it was.");

@@ -49,6 +49,7 @@ private:
     bool prepare(const Progress& progress, JobOutcome& outcome);
     bool refuses(TSFILE& file);
     void showResult();
+    std::unique_ptr<TSFILE> openTarget(const QString& name);
     bool saveInto(ColumnTarget target);
     bool mayReplace(const QString& name);
     void dropWork();

@@ -17,6 +17,7 @@
 #include "core/TsHeader.h"
 #include "portal/TsApplication.h"
 #include "share/Boxes.h"
+#include "share/GroupedNumber.h"
 #include "share/JobProgress.h"
 #include "share/PlotCanvas.h"
 #include "share/QtMessageWin.h"
@@ -136,7 +137,8 @@ void CalculusWin::sl_execute()
     }
     resultMade();
     statusBar()->showMessage(QString::fromLatin1(m_kind.doneText), kDoneMs);
-    readout()->showLine(QStringLiteral("%1 samples in %2 s").arg(m_work->samples()).arg(seconds, 0, 'f', 1));
+    readout()->showLine(
+        QStringLiteral("%1 samples in %2 s").arg(groupedNumber(m_work->samples())).arg(seconds, 0, 'f', 1));
     showResult();
 }
 

@@ -4,6 +4,7 @@
 
 #include "calc/Spectrum.h"
 #include "calc/WindowShape.h"
+#include "share/GroupedNumber.h"
 #include "share/HeaderText.h"
 
 namespace {
@@ -49,14 +50,6 @@ QByteArray columnText(const QString& what, const QString& column, const QString&
 }
 
 }  // namespace
-
-QString groupedNumber(std::uint64_t number)
-{
-    QString text = QString::number(number);
-    for (int i = text.size() - 3; i > 0; i -= 3)
-        text.insert(i, QLatin1Char(' '));
-    return text;
-}
 
 QString memoryText(std::uint64_t bytes)
 {

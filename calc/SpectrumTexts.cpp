@@ -38,15 +38,10 @@ QString unitOf(const QString& description)
     return open < 0 || close < 0 ? QString() : description.mid(open + 1, close - open - 1);
 }
 
-// "Amplitude of Force [N]". The unit outlives the cut at the end of the field.
+// "Amplitude of Force [N]"
 QByteArray columnText(const QString& what, const QString& column, const QString& unit)
 {
-    const QByteArray bracket = unit.isEmpty()
-                                   ? QByteArray()
-                                   : headerBytes(QStringLiteral(" [%1]").arg(unit), kColumnDescriptionBytes);
-    return headerBytes(QStringLiteral("%1 of %2").arg(what, column),
-                       kColumnDescriptionBytes - bracket.size()) +
-           bracket;
+    return descriptionBytes(QStringLiteral("%1 of %2").arg(what, column), unit);
 }
 
 }  // namespace

@@ -64,10 +64,18 @@ private:
     std::size_t m_count = 0;
 };
 
-// A text of the file as header bytes, cut at whole characters.
+// A text of the file as header bytes, cut at whole characters. Blanks at its end belong to it.
 std::string fitted(std::string_view text, std::size_t width)
 {
-    return headerBytes(headerText(std::string(text).c_str()), static_cast<int>(width)).toStdString();
+    text = text.substr(0, text.find('\0'));
+    const std::size_t shown = text.find_last_not_of(' ') + 1;
+    const QString blanks(static_cast<int>(text.size() - shown), QLatin1Char(' '));
+    return headerBytes(headerText(std::string(text).c_str()) + blanks, static_cast<int>(width)).toStdString();
+}
+
+bool isBlank(std::string_view text)
+{
+    return text.find_first_not_of(' ') == std::string_view::npos;
 }
 
 std::uint32_t asCount(std::int64_t count)
@@ -165,7 +173,7 @@ void applyFileKey(TSFILE& ts, const TsaKey& key)
     const std::string_view text = tsaText(key.value);
     if (key.key == 'U') {
         ts.timeUnit(fitted(text, kTimeUnit.width - 1).c_str());
-    } else if (key.key == 'I' && !text.empty()) {
+    } else if (key.key == 'I' && !isBlank(text)) {
         ts.description(fitted(text, kFileDescription.width - 1).c_str());
     } else if (key.key == 'D') {
         const auto dt = static_cast<float>(tsaNumber(key.value));
@@ -179,9 +187,9 @@ void applyColumnKey(TSFILE& ts, const TsaKey& key)
     if (key.number > ts.columns())
         return;
     const std::string_view text = tsaText(key.value);
-    if (key.key == 'N' && !text.empty())
+    if (key.key == 'N' && !isBlank(text))
         ts.columnName(key.number, fitted(text, kColumnName.width).c_str());
-    else if (key.key == 'I' && !text.empty())
+    else if (key.key == 'I' && !isBlank(text))
         ts.columnDescription(key.number, fitted(text, kColumnDescription.width).c_str());
     else if (const auto stamp = key.key == 'T' ? tsaStamp(key.value) : std::nullopt)
         ts.setColumnStamp(key.number, stamp->data());

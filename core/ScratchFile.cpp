@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <system_error>
@@ -32,10 +33,16 @@ void syncPath(const fs::path& path, int flags)
     }
 }
 
+// The stem loses its end, at a whole character, where the name would be too long for a directory.
 fs::path numbered(const fs::path& directory, const std::string& stem, const std::string& extension,
                   int number)
 {
-    return directory / (number == 0 ? stem + extension : stem + '_' + std::to_string(number) + extension);
+    constexpr std::size_t kLongestName = 255;
+    const std::string ending = number == 0 ? extension : '_' + std::to_string(number) + extension;
+    std::size_t length = std::min(stem.size(), kLongestName - std::min(kLongestName, ending.size()));
+    while (length < stem.size() && length > 0 && (static_cast<unsigned char>(stem[length]) & 0xC0U) == 0x80U)
+        --length;
+    return directory / (stem.substr(0, length) + ending);
 }
 
 }  // namespace

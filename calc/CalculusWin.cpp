@@ -41,6 +41,13 @@ bool isSameFile(const QString& a, const QString& b)
     return QFileInfo(a).canonicalFilePath() == QFileInfo(b).canonicalFilePath();
 }
 
+// What the user means who types "result": the file result.ts, unless one of just that name is there.
+QString targetName(const QString& typed)
+{
+    const bool isWhole = typed.endsWith(QLatin1String(".ts"), Qt::CaseInsensitive) || QFile::exists(typed);
+    return isWhole ? typed : typed + QStringLiteral(".ts");
+}
+
 bool replacesTimes(const TSFILE& target)
 {
     const auto isReplaced = [](std::uint32_t column) { return column == 1 || column == 2; };
@@ -174,11 +181,18 @@ bool CalculusWin::prepare(const Progress& progress, JobOutcome& outcome)
     m_sourceName = QFileInfo(source()->file()).absoluteFilePath();
     const unsigned column = source()->column();
     m_work->copyHeader(*file);
+    // Oldest first, as plots show a ring file: neighbours in time are neighbours here.
+    const std::uint32_t oldest = oldestRow(*file);
+    if (file->ringStart() > 1)
+        m_work->startTime(static_cast<float>(file->startTime() + (file->ringStart() - 1.0) * file->dt()));
     m_work->columnName(1, std::string(file->columnName(column)).c_str());
     m_work->columnName(2, m_kind.resultName);
     m_work->columnDescription(1, std::string(file->columnDescription(column)).c_str());
     describeResult();
-    outcome = copyColumnValues(*file, column, *m_work, 1, m_work->samples(), progress);
+    outcome = walkRuns(m_work->samples(), progress, [&](std::uint32_t first, std::span<float> run) {
+        file->readColumn(column, oldest - 1 + first, run);
+        m_work->writeColumn(1, first, run);
+    });
     return true;
 }
 
@@ -255,32 +269,11 @@ void CalculusWin::sl_saveResults()
             statusBar()->showMessage(QStringLiteral("Saving aborted"), kAbortedMs);
             return;
         }
-        setResultName(name);
+        setResultName(targetName(name));
     }
-    if (!mayReplace(resultName())) {
-        setResultName(QString());
-        return;
-    }
-    TsApplication* const application = TsApplication::instance();
-    std::unique_ptr<TSFILE> target(application == nullptr ? nullptr
-                                                          : application->OpenTs(resultName(), false));
+    statusBar()->clearMessage();  // it told of the calculation, or of another file
+    std::unique_ptr<TSFILE> target = openTarget(resultName());
     if (!target) {
-        statusBar()->showMessage(QStringLiteral("%1 is no ts-file that can be written. Nothing was saved")
-                                     .arg(QFileInfo(resultName()).fileName()));
-        setResultName(QString());
-        return;
-    }
-    if (target->columns() < 2) {
-        showBox(QMessageBox::Warning, this, windowTitle(),
-                QStringLiteral("%1 has only one column; the results need two.\nNothing was saved.")
-                    .arg(resultName()));
-        setResultName(QString());
-        return;
-    }
-    if (replacesTimes(*target) &&
-        !askYesNo(QMessageBox::Question, this, windowTitle(),
-                  QStringLiteral("The times of %1 stand in the columns that will be replaced.\nProceed?")
-                      .arg(resultName()))) {
         setResultName(QString());
         return;
     }
@@ -289,6 +282,39 @@ void CalculusWin::sl_saveResults()
         resultSaved();
         emit x_directory_changed();
     }
+}
+
+// Null where the results cannot, or shall not, go into the file; the user knows why.
+std::unique_ptr<TSFILE> CalculusWin::openTarget(const QString& name)
+{
+    if (!mayReplace(name))
+        return nullptr;
+    TsApplication* const application = TsApplication::instance();
+    std::unique_ptr<TSFILE> target(application == nullptr ? nullptr : application->OpenTs(name, false));
+    if (!target) {
+        statusBar()->showMessage(QStringLiteral("%1 is no ts-file that can be written. Nothing was saved")
+                                     .arg(QFileInfo(name).fileName()));
+        return nullptr;
+    }
+    if (target->columns() < 2) {
+        showBox(
+            QMessageBox::Warning, this, windowTitle(),
+            QStringLiteral("%1 has only one column; the results need two.\nNothing was saved.").arg(name));
+        return nullptr;
+    }
+    if (oldestRow(*target) != 1) {
+        showBox(QMessageBox::Warning, this, windowTitle(),
+                QStringLiteral("%1 is a ring file that does not begin with its oldest sample; the results "
+                               "do.\nNothing was saved.")
+                    .arg(name));
+        return nullptr;
+    }
+    if (replacesTimes(*target) &&
+        !askYesNo(QMessageBox::Question, this, windowTitle(),
+                  QStringLiteral("The times of %1 stand in the columns that will be replaced.\nProceed?")
+                      .arg(name)))
+        return nullptr;
+    return target;
 }
 
 bool CalculusWin::mayReplace(const QString& name)

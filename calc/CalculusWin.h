@@ -52,6 +52,7 @@ private:
     bool prepare(const Progress& progress, JobOutcome& outcome);
     bool refuses(TSFILE& file);
     void showResult();
+    std::unique_ptr<TSFILE> openTarget(const QString& name);
     void tellResult(double seconds);
     bool saveInto(ColumnTarget target);
     bool mayReplace(const QString& name);

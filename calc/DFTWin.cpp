@@ -286,6 +286,7 @@ void DFTWin::saveAs(const QString& name)
             return;
         }
     } catch (const std::exception& e) {
+        statusBar()->showMessage(QStringLiteral("Nothing was saved"), kSavedMs);
         showBox(QMessageBox::Warning, this, windowTitle(),
                 QStringLiteral("Saving file %1 failed").arg(name) + QLatin1Char('\n') +
                     QString::fromLocal8Bit(e.what()));

@@ -68,8 +68,10 @@ QString planText(const SpectrumRequest& request)
                               .arg(plan.highest, 0, 'g', 6)
                               .arg(memoryText(plan.bytes));
     if (request.averaged)
-        return QStringLiteral("%1 segments of %2 samples, %3")
-            .arg(groupedNumber(plan.segments), groupedNumber(plan.used), reach);
+        return QStringLiteral("%1 %2 of %3 samples, %4")
+            .arg(groupedNumber(plan.segments),
+                 plan.segments == 1 ? QStringLiteral("segment") : QStringLiteral("segments"),
+                 groupedNumber(plan.used), reach);
     return QStringLiteral("%1 of %2 samples, %3")
         .arg(groupedNumber(plan.used), groupedNumber(request.to - request.from + 1), reach);
 }

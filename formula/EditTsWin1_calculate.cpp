@@ -5,6 +5,7 @@
 #include <QFile>
 #include <QLabel>
 #include <QLineEdit>
+#include <QStatusBar>
 
 #include <algorithm>
 #include <ctime>
@@ -152,6 +153,7 @@ CalculationRange EditTsWin::rangeFor(const EditVariable& target, QString& reason
 
 void EditTsWin::sl_calculate()
 {
+    statusBar()->clearMessage();  // it told of the calculation before
     EditVariable* const target = targetRow();
     if (target == nullptr) {
         showMessage(QStringLiteral("No target selected"));

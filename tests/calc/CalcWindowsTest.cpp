@@ -84,7 +84,7 @@ TEST_F(CalcWindows, ResultIsSavedIntoAnExistingFileAndTheScratchFileGoes)
     EXPECT_EQ(window->statusBar()->currentMessage(), "Computing...finished");
     EXPECT_EQ(QApplication::overrideCursor(), nullptr);
     EXPECT_EQ(scratchFiles(), 2U);
-    const BoxAnswer save(QStringLiteral("&Save"), [](QWidget& dialog) { typeName(dialog, "target.ts"); });
+    const BoxAnswer save(QStringLiteral("&Save"), [](QWidget& dialog) { typeName(dialog, "target"); });
     window->sl_saveResults();
     TSFILE target("target", true);
     EXPECT_EQ(target.dt(), 0.01F);

@@ -182,6 +182,12 @@ TEST(EditTsWin, ComputesAColumnOverTheRangeOfItsRows)
     window.sl_calculate();
     EXPECT_EQ(desk.errors, QStringList(QStringLiteral("Attempt to divide on zero")));
     EXPECT_TRUE(window.statusBar()->currentMessage().contains(QStringLiteral("1 with an error")));
+    rows[0]->sl_StartTimeChanged(QStringLiteral("10"));
+    rows[0]->sl_EndTimeChanged(QStringLiteral("10,5"));
+    type(window, "7");
+    window.sl_calculate();
+    EXPECT_TRUE(window.statusBar()->currentMessage().startsWith(QStringLiteral("2 samples")));
+    EXPECT_EQ(TSFILE("a", true).value(21, 2), 7.0F);
     window.sl_removeSource();
     EXPECT_EQ(targetBox(window).count(), 2);
 }

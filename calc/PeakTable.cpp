@@ -20,7 +20,7 @@ constexpr std::size_t kPeaks = 10;
 constexpr std::size_t kHarmonics = 40;
 constexpr std::uint32_t kColumn = 2;
 constexpr int kRowMargin = 6;
-constexpr int kLeastRows = 4;
+constexpr int kLeastRows = 3;
 
 }  // namespace
 

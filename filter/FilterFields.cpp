@@ -12,6 +12,8 @@
 namespace {
 
 constexpr double kMostPoints = 2147483647.0;
+constexpr double kFreq0 = 10.0;
+constexpr double kFreq1 = 40.0;
 
 struct FieldRow
 {
@@ -69,7 +71,7 @@ FilterFields::FilterFields(QWidget* parent)
         field->setAccessibleName(spoken(label->text()));
         field->setReasonLabel(reason);
         reason->setWordWrap(true);
-        m_rows.append({row.use, label, field, reason});
+        m_rows.append({row.use, label, field, reason, QLatin1String(row.text)});
         connect(field, &NumberField::x_validated, this, &FilterFields::showReasons);
     }
     field(FilterField::Order)->setWhole(-kMostPoints, kMostPoints);
@@ -104,8 +106,31 @@ void FilterFields::showType(int type)
     showReasons();
 }
 
+namespace {
+
+// One significant digit.
+QString roundedText(double frequency)
+{
+    return QString::number(QString::number(frequency, 'g', 1).toDouble(), 'g', 6);
+}
+
+}  // namespace
+
 void FilterFields::showRate(double samplingHz)
 {
+    // 10 and 40 Hz are a good start for most instruments, and nonsense for a value a day.
+    constexpr double kUsualRate = 360.0;
+    constexpr double kSlowest = 90.0;
+    constexpr double kFastest = 10000.0;
+    const double scale =
+        samplingHz > 0.0 && (samplingHz < kSlowest || samplingHz > kFastest) ? samplingHz / kUsualRate : 1.0;
+    for (Row& row : m_rows) {
+        if ((row.use != FilterField::Freq0 && row.use != FilterField::Freq1) ||
+            row.field->text() != row.suggested)
+            continue;
+        row.suggested = roundedText(scale * (row.use == FilterField::Freq0 ? kFreq0 : kFreq1));
+        row.field->setText(row.suggested);
+    }
     m_rate->setText(samplingHz > 0 ? QString::number(samplingHz, 'g', 7) : QStringLiteral("none"));
 }
 

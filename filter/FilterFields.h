@@ -24,7 +24,7 @@ public:
     // Chooses a row of filterTypes(): fields that it does not use are disabled, and all keep their texts; the
     // order and the number of points, which share a field, have one each.
     void showType(int type);
-    // The sampling frequency of the source; 0 where it has none.
+    // The sampling frequency of the source; 0 where it has none. Frequencies that nobody has typed follow it.
     void showRate(double samplingHz);
 
     // Whether every field that counts holds a number.
@@ -37,7 +37,8 @@ private:
         FilterField use;
         QLabel* label;
         NumberField* field;
-        QLabel* reason;  // beneath the field, what is wrong with it
+        QLabel* reason;     // beneath the field, what is wrong with it
+        QString suggested;  // what stands in the field until the user types
     };
     void showReasons();
 

@@ -33,6 +33,8 @@ QString hintFor(const FormulaParser& parser)
         return QStringLiteral("Ignored from position %1 on: %2")
             .arg(parser.position())
             .arg(ignored.size() > kShownChars ? ignored.left(kShownChars) + QChar(0x2026) : ignored);
+    if (parser.hasStrayComma())
+        return QStringLiteral("A comma between no two arguments gives 0 (decimals have a point)");
     if (parser.lacksOperand())
         return QStringLiteral("An operand is missing at the end: it counts as 0");
     return {};

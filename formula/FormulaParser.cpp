@@ -164,6 +164,21 @@ bool FormulaParser::parseExpression(FormulaNode*& slot)
     }
 }
 
+namespace {
+
+bool hasComma(const FormulaNode* node)
+{
+    return node != nullptr && (node->kind == ',' || hasComma(node->left) || hasComma(node->right));
+}
+
+}  // namespace
+
+// Those of argument lists were taken out of the tree when it was built.
+bool FormulaParser::hasStrayComma() const noexcept
+{
+    return hasComma(m_root);
+}
+
 void FormulaParser::insert(FormulaNode*& current, FormulaNode* token)
 {
     const bool argumentList = token->kind == ',' && token->priority == kGroupPriority;

@@ -41,6 +41,8 @@ public:
     std::int32_t position() const noexcept { return m_position; }
     // The formula ends where an operand is expected.
     bool lacksOperand() const noexcept { return m_expectOperand; }
+    // A comma is no list of two arguments, as in 2,5 for 2.5: it is 0.
+    bool hasStrayComma() const noexcept;
 
     // The value for a sample at time t, seconds; 0.0 where nothing is compiled. Reports a division by zero
     // and a missing argument each time through TsApplication; they yield 0.0. Throws what reading a source

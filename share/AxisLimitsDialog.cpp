@@ -8,6 +8,8 @@
 #include <QLabel>
 #include <QPushButton>
 
+#include <cmath>
+
 #include "share/NumberField.h"
 
 namespace {
@@ -15,11 +17,23 @@ namespace {
 // Wide enough for its title too.
 constexpr int kLeastWidth = 300;
 
+// With no more digits than tell apart what the axis shows: 0.036 and not 0.0360000061989.
+QString limitText(double limit, double span)
+{
+    constexpr int kDigits = 12;
+    constexpr double kLeastPart = 1e-6;
+    const double unit = std::pow(10.0, std::floor(std::log10(std::fabs(span) * kLeastPart)));
+    const double rounded = unit > 0.0 && std::isfinite(unit) ? std::round(limit / unit) * unit : limit;
+    return QString::number(rounded, 'g', kDigits);
+}
+
 }  // namespace
 
 bool askAxisLimits(QWidget* parent, const QString& title, bool offersAutomatic, AxisLimits& limits)
 {
-    constexpr int kDigits = 12;
+    const QString fromBefore =
+        limitText(limits.from, limits.logarithmic ? limits.from : limits.to - limits.from);
+    const QString toBefore = limitText(limits.to, limits.logarithmic ? limits.to : limits.to - limits.from);
     QDialog dialog(parent);
     dialog.setWindowTitle(title);
     dialog.setMinimumWidth(kLeastWidth);
@@ -27,8 +41,8 @@ bool askAxisLimits(QWidget* parent, const QString& title, bool offersAutomatic, 
     auto* const automatic = new QCheckBox(QObject::tr("&Fit the data"), &dialog);
     automatic->setChecked(limits.automatic);
     automatic->setVisible(offersAutomatic);
-    auto* const from = new NumberField(QString::number(limits.from, 'g', kDigits), &dialog);
-    auto* const to = new NumberField(QString::number(limits.to, 'g', kDigits), &dialog);
+    auto* const from = new NumberField(fromBefore, &dialog);
+    auto* const to = new NumberField(toBefore, &dialog);
     auto* const reason = new QLabel(&dialog);
     reason->setWordWrap(true);
     auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Cancel, &dialog);
@@ -67,8 +81,11 @@ bool askAxisLimits(QWidget* parent, const QString& title, bool offersAutomatic, 
     if (dialog.exec() != QDialog::Accepted)
         return false;
     limits.automatic = offersAutomatic && automatic->isChecked();
-    limits.from = from->number();
-    limits.to = to->number();
+    // What nobody has touched stays what it is, to the last digit.
+    if (from->text() != fromBefore)
+        limits.from = from->number();
+    if (to->text() != toBefore)
+        limits.to = to->number();
     return true;
 }
 

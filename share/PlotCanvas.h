@@ -233,6 +233,7 @@ private:
     void moveCursor(std::int64_t samples);
     void toExtreme(bool greatest);
     int activeGroup() const;
+    double zoomCentre() const;
     static const PlotCommand* commandOf(const QKeyEvent& event);
     bool handleKey(const QKeyEvent& event);
     void editLimits(const Place& place);

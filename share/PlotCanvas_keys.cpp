@@ -120,14 +120,21 @@ void PlotCanvas::sl_fitY()
     changeView(0, [this] { m_plot.fitY(); });
 }
 
+// What stays in its place when a key zooms: the last cursor where it is in view, else the middle.
+double PlotCanvas::zoomCentre() const
+{
+    const std::optional<double>& cursor = m_plot.cursor(m_lastCursor);
+    return cursor && *cursor >= m_plot.x1() && *cursor <= m_plot.x2() ? *cursor : m_plot.xAtFraction(0.5);
+}
+
 void PlotCanvas::sl_zoomIn()
 {
-    changeView(kKeyZoomGesture, [this] { m_plot.zoomX(kKeyZoom, m_plot.xAtFraction(0.5)); });
+    changeView(kKeyZoomGesture, [this] { m_plot.zoomX(kKeyZoom, zoomCentre()); });
 }
 
 void PlotCanvas::sl_zoomOut()
 {
-    changeView(kKeyZoomGesture, [this] { m_plot.zoomX(1.0 / kKeyZoom, m_plot.xAtFraction(0.5)); });
+    changeView(kKeyZoomGesture, [this] { m_plot.zoomX(1.0 / kKeyZoom, zoomCentre()); });
 }
 
 // The group under the mouse, else the first one.

@@ -66,6 +66,11 @@ QString numberText(const Plot2D& plot, double x)
     const int told =
         x == 0.0 ? *decimals : kFloatDigits - 1 - static_cast<int>(std::floor(std::log10(std::abs(x))));
     const int used = std::clamp(told, std::max(0, *decimals - 2), *decimals);
+    // Nobody counts the zeros of 0.00000144477.
+    constexpr double kSmall = 1e-4;
+    if (x != 0.0 && std::abs(x) < kSmall)
+        return QString::number(x, 'g',
+                               std::max(1, used + 1 + static_cast<int>(std::floor(std::log10(std::abs(x))))));
     const QString text = withoutTrailingZeros(QString::number(x, 'f', used));
     return text == QLatin1String("-0") ? QStringLiteral("0") : text;
 }

@@ -138,8 +138,12 @@ SourceChooser::SourceChooser(bool withTime, QWidget* parent)
 
 void SourceChooser::choose(const QString& file, unsigned column)
 {
-    if (!file.isEmpty())
+    if (!file.isEmpty()) {
+        // Its first column, whatever column of another file stood here.
+        const QSignalBlocker quiet(m_columns);
+        m_columns->clear();
         m_files->setFile(file);
+    }
     showColumns();
     if (column != 0)
         m_columns->setColumn(column);

@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QScreen>
 
 #include "share/JobProgress.h"
 
@@ -13,6 +14,16 @@ SubWindow::SubWindow(QWidget* parent) : QMainWindow(parent)
 bool SubWindow::mayClose()
 {
     return true;
+}
+
+void SubWindow::showEvent(QShowEvent* event)
+{
+    // On a small screen nothing of it is cut off; who knows the window's frame before it is there?
+    constexpr QSize kFrame(12, 40);
+    if (!m_wasShown && !isMaximized() && !isFullScreen())
+        resize(size().boundedTo(screen()->availableSize() - kFrame));
+    m_wasShown = true;
+    QMainWindow::showEvent(event);
 }
 
 void SubWindow::closeEvent(QCloseEvent* event)

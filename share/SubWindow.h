@@ -27,5 +27,9 @@ protected:
     // Whether the window may close now: here a window asks about what is not saved. It is not asked while a
     // job runs or a dialog is open, when no window closes.
     virtual bool mayClose();
+    void showEvent(QShowEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
+
+private:
+    bool m_wasShown = false;
 };

@@ -108,6 +108,18 @@ TEST_F(FilterWinTest, WrongFieldsAreToldBeforeAnythingIsMade)
     EXPECT_FALSE(std::filesystem::exists("temp_1.ts"));
 }
 
+TEST_F(FilterWinTest, FrequenciesThatNobodyHasTypedSuitTheFile)
+{
+    openTsFile("hum.ts", false)->dt(86400.0F);
+    open();
+    EXPECT_EQ(field(Freq0).text(), QStringLiteral("3e-07"));
+    field(Freq0).setText(QStringLiteral("5e-7"));
+    openTsFile("hum.ts", false)->dt(0.001F);
+    m_window->sl_updateCanvas();
+    EXPECT_EQ(field(Freq0).text(), QStringLiteral("5e-7"));
+    EXPECT_EQ(field(Freq1).text(), QStringLiteral("40"));
+}
+
 TEST_F(FilterWinTest, WorkFilesAreItsOwnAndGoWithIt)
 {
     open();

@@ -258,6 +258,8 @@ TEST(EditTsWin, StatusBarTellsWhatTheCompilerAcceptsInSilence)
         {"SIN(x1)", "Not understood: this gives 0 everywhere"},
         {"2x1", "Ignored from position 1 on: x1"},
         {"x1+-(x1)", "Ignored from position 3 on: -(x1)"},
+        {"x1*2,5", "A comma between no two arguments gives 0 (decimals have a point)"},
+        {"max(x1, 2.5)", ""},
         {"2*", "An operand is missing at the end: it counts as 0"},
         {std::string(256, '1'), "The formula is longer than 255 characters and will be cut"},
     };

@@ -5,10 +5,13 @@
 #include <QDir>
 #include <QFile>
 #include <QFileDialog>
+#include <QFontDatabase>
 #include <QFontDialog>
+#include <QFontInfo>
 #include <QHeaderView>
 #include <QLabel>
 #include <QMenu>
+#include <QScreen>
 #include <QSpinBox>
 #include <QStatusBar>
 
@@ -28,6 +31,13 @@ namespace {
 constexpr int kMessageMs = 8000;
 constexpr int kHelpWidth = 950;
 constexpr int kHelpHeight = 650;
+constexpr QSize kFrame(12, 44);  // what a window manager puts around a window
+
+// On a small screen a window would hide its own buttons.
+void fitToScreen(QWidget& window)
+{
+    window.resize(window.size().boundedTo(window.screen()->availableSize() - kFrame));
+}
 
 }  // namespace
 
@@ -86,8 +96,9 @@ void VeltracWin::createTable()
 int VeltracWin::nOOfTsFiles()
 {
     m_files = scanTsFiles([this](const QString& name) {
+        // It may be a sub-window's work that has the directory read again: that window stays in front.
         showBox(
-            QMessageBox::Warning, this, QStringLiteral("Veltrac error, nOOfTsFiles()"),
+            QMessageBox::Warning, m_errorBox.inFront(this), QStringLiteral("Veltrac error, nOOfTsFiles()"),
             QStringLiteral("Found a corrupt ts-file: ") + name + QStringLiteral(".\nThe file is ignored"));
     });
     return static_cast<int>(m_files.size());
@@ -102,6 +113,10 @@ void VeltracWin::sl_refresh()
     nOOfTsFiles();
     m_refreshing = false;
     showFiles();
+    if (const int foreign = countForeignNames())
+        say(QStringLiteral("Not listed: %1 with a name that is not in the encoding of this system.")
+                .arg(foreign == 1 ? QStringLiteral("1 ts-file")
+                                  : QStringLiteral("%1 ts-files").arg(foreign)));
 }
 
 void VeltracWin::showFiles()
@@ -216,6 +231,7 @@ QWidget* VeltracWin::openSubProgram(SubProgram kind, const QString& file, unsign
         sl_refresh();
         m_table->select(name);
     });
+    fitToScreen(*window);
     window->show();
     return window;
 }
@@ -423,13 +439,16 @@ void VeltracWin::sl_config_ps()
 
 void VeltracWin::sl_config_font()
 {
+    // Where the family is missing, the dialog would offer the first one of all: it starts with the stand-in.
+    QFont current = QApplication::font();
+    if (!QFontDatabase().hasFamily(current.family()))
+        current.setFamily(QFontInfo(current).family());
     bool chosen = false;
-    const QFont font =
-        QFontDialog::getFont(&chosen, QApplication::font(), this, QStringLiteral("Select the font"));
+    const QFont font = QFontDialog::getFont(&chosen, current, this, QStringLiteral("Select the font"));
     if (!chosen)
         return;
     QApplication::setFont(font);
-    m_table->resizeColumnsToContents();
+    m_table->fitColumns();
 }
 
 void VeltracWin::sl_help()

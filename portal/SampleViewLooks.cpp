@@ -38,8 +38,9 @@ void SampleView::fitColumns()
         setColumnWidth(column, std::min(columnWidth(column), least));
         const QRect box(0, 0, columnWidth(column) - 2 * kHeaderMargin,
                         kMostHeaderLines * metrics.lineSpacing());
-        height = std::max(height,
-                          metrics.boundingRect(box, horizontalHeader()->defaultAlignment(), name).height());
+        height = std::max(
+            height, metrics.boundingRect(box, static_cast<int>(horizontalHeader()->defaultAlignment()), name)
+                        .height());
     }
     horizontalHeader()->setFixedHeight(std::min(height, kMostHeaderLines * metrics.lineSpacing()) +
                                        2 * kHeaderMargin);

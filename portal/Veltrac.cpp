@@ -14,6 +14,7 @@
 #include <QScreen>
 #include <QSpinBox>
 #include <QStatusBar>
+#include <QTimer>
 
 #include <algorithm>
 
@@ -113,10 +114,22 @@ void VeltracWin::sl_refresh()
     nOOfTsFiles();
     m_refreshing = false;
     showFiles();
-    if (const int foreign = countForeignNames())
-        say(QStringLiteral("Not listed: %1 with a name that is not in the encoding of this system.")
-                .arg(foreign == 1 ? QStringLiteral("1 ts-file")
-                                  : QStringLiteral("%1 ts-files").arg(foreign)));
+    tellForeignNames();
+}
+
+void VeltracWin::tellForeignNames()
+{
+    const int count = countForeignNames();
+    if (count == 0)
+        return;
+    const QString text =
+        QStringLiteral("Not listed: %1 with a name that is not in the encoding of this system.")
+            .arg(count == 1 ? QStringLiteral("1 ts-file") : QStringLiteral("%1 ts-files").arg(count));
+    // In a window that is not shown yet, a message would stand across the directory.
+    if (isVisible())
+        say(text);
+    else
+        QTimer::singleShot(0, this, [this, text] { say(text); });
 }
 
 void VeltracWin::showFiles()
@@ -441,8 +454,11 @@ void VeltracWin::sl_config_font()
 {
     // Where the family is missing, the dialog would offer the first one of all: it starts with the stand-in.
     QFont current = QApplication::font();
-    if (!QFontDatabase().hasFamily(current.family()))
-        current.setFamily(QFontInfo(current).family());
+    const QFontInfo used(current);
+    if (!QFontDatabase().hasFamily(current.family())) {
+        current.setFamily(used.family());
+        current.setStyleName(used.styleName());
+    }
     bool chosen = false;
     const QFont font = QFontDialog::getFont(&chosen, current, this, QStringLiteral("Select the font"));
     if (!chosen)

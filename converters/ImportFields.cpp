@@ -5,14 +5,25 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QString>
+#include <QVBoxLayout>
 
 #include "converters/ImportTexts.h"
 #include "converters/TimeStamps.h"
 #include "share/NumberField.h"
 
-void addRow(QFormLayout* form, const char* label, QWidget* field, const char* help)
+void addRow(QFormLayout* form, const char* label, QWidget* field, const char* help, QWidget* beneath)
 {
-    form->addRow(QString::fromUtf8(label), field);
+    if (beneath == nullptr) {
+        form->addRow(QString::fromUtf8(label), field);
+    } else {
+        // In the field's own row: a row of its own would leave a gap while it is hidden.
+        auto* const box = new QVBoxLayout;
+        box->addWidget(field);
+        box->addWidget(beneath);
+        auto* const name = new QLabel(QString::fromUtf8(label));
+        name->setBuddy(field);
+        form->addRow(name, box);
+    }
     field->setToolTip(QString::fromUtf8(help));
     field->setWhatsThis(field->toolTip());
     field->setAccessibleName(QString::fromUtf8(label).remove(QLatin1Char('&')));
@@ -20,9 +31,8 @@ void addRow(QFormLayout* form, const char* label, QWidget* field, const char* he
 
 QLabel* addCheckedRow(QFormLayout* form, const char* label, QLineEdit* field, const char* help)
 {
-    addRow(form, label, field, help);
     QLabel* const reason = warningLabel();
-    form->addRow(reason);
+    addRow(form, label, field, help, reason);
     if (auto* const number = qobject_cast<NumberField*>(field))
         QObject::connect(number, &NumberField::x_validated, reason,
                          [number, reason] { showText(reason, number->reason()); });

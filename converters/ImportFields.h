@@ -8,8 +8,9 @@ class QPushButton;
 class QString;
 class QWidget;
 
-// A row of a form: label, field and what the field is for.
-void addRow(QFormLayout* form, const char* label, QWidget* field, const char* help);
+// A row of a form: label, field and what the field is for, perhaps with something beneath the field.
+void addRow(QFormLayout* form, const char* label, QWidget* field, const char* help,
+            QWidget* beneath = nullptr);
 
 // The same, with room beneath the field for what is wrong with it. A NumberField fills that by itself.
 QLabel* addCheckedRow(QFormLayout* form, const char* label, QLineEdit* field, const char* help);

@@ -5,6 +5,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QShortcut>
 #include <QTimer>
 #include <QVBoxLayout>
 
@@ -57,6 +58,7 @@ QWidget* ImportWindow::buildButtons(const char* helpTip, const char* checkTip, Q
     if (first != nullptr)
         layout->addWidget(first);
     QPushButton* const help = importButton("&Help", helpTip);
+    connect(new QShortcut(Qt::Key_F1, this), &QShortcut::activated, this, &ImportWindow::sl_help);
     m_check = importButton("&Check only", checkTip);
     m_import = importButton("&Import", "Make the ts-file (Enter).");
     QPushButton* const cancel = importButton("&Cancel", "Close the window and make nothing (Escape).");

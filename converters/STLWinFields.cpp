@@ -160,8 +160,7 @@ QWidget* STLWin::buildTextFields()
     form->addRow(m_fileLabel);
     addRow(form, "&Encoding", m_encoding, "How letters beyond ASCII are written.");
     addRow(form, "&Separator", m_separator, "What stands between the cells of a line.");
-    addRow(form, "&Decimal sign", m_decimal, "The decimal sign of the numbers.");
-    form->addRow(m_other);
+    addRow(form, "&Decimal sign", m_decimal, "The decimal sign of the numbers.", m_other);
     addRow(form, "Di&git grouping", m_grouping, "What stands between thousands, as in 1.234,5.");
     addRow(form, "First data &line", m_firstData, "The line in which the data begin.");
     addRow(form, "&Names line", m_namesLine, "The line with the names of the columns.");
@@ -219,9 +218,8 @@ QWidget* STLWin::buildTimeFields()
     addRow(form, "&From", m_source, "Where the time of a row comes from.");
     addRow(form, "&Date column", m_dateColumn, "The column of dates.");
     addRow(form, "Time colu&mn", m_timeColumn, "The column of stamps, times or seconds.");
-    addRow(form, "Ord&er", m_order, "How 3/4/2016 is meant.");
     m_orderReason = warningLabel();
-    form->addRow(m_orderReason);
+    addRow(form, "Ord&er", m_order, "How 3/4/2016 is meant.", m_orderReason);
     addRow(form, "&Zone", m_zone, "The zone of stamps that name none.");
     m_startReason = addCheckedRow(form, "&Start", m_start,
                                   "When the series begins; the first sample lies one step later.");

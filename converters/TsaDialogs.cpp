@@ -31,7 +31,7 @@ void warnBox(QWidget* parent, const QString& title, const QString& text)
 class QuestionBoxes : public TsaQuestions
 {
 public:
-    explicit QuestionBoxes(QWidget* parent) : m_parent(parent) {}
+    QuestionBoxes(QWidget* parent, JobProgress& job) : m_parent(parent), m_job(job) {}
 
     std::optional<int> askSamples(const std::string& tsaFile) override
     {
@@ -46,7 +46,11 @@ public:
                    QStringLiteral("No of columns was not found in %1").arg(shown(tsaFile)), 1, 1000, 2);
     }
 
-    bool mayOverwrite(const std::string& file) override { return askOverwrite(m_parent, shown(file)); }
+    bool mayOverwrite(const std::string& file) override
+    {
+        const JobProgress::Pause pause(m_job);
+        return askOverwrite(m_parent, shown(file));
+    }
 
     bool isOpenForWriting(const std::string& file) override
     {
@@ -62,12 +66,14 @@ public:
 private:
     std::optional<int> ask(const QString& title, const QString& label, int start, int most, int step)
     {
+        const JobProgress::Pause pause(m_job);
         bool ok = false;
         const int answer = QInputDialog::getInt(m_parent, title, label, start, 0, most, step, &ok);
         return ok ? std::optional<int>(answer) : std::nullopt;
     }
 
     QWidget* m_parent;
+    JobProgress& m_job;
 };
 
 // -- What happened, in words --
@@ -97,9 +103,10 @@ QStringList losses(const TsaImportReport& report)
 
 QString importStatus(const TsaImportReport& report, const QString& tsaFile, double seconds)
 {
-    QString text = QStringLiteral("%1: %2 samples of %3 columns read from %4 in %5 s")
-                       .arg(shown(report.tsFile), grouped(report.rowsRead), grouped(report.columns),
-                            QFileInfo(tsaFile).fileName(), QString::number(seconds, 'f', 1));
+    QString text = QStringLiteral("%1: %2 of %3 read from %4 in %5 s")
+                       .arg(shown(report.tsFile), counted(report.rowsRead, "sample", "samples"),
+                            counted(report.columns, "column", "columns"), QFileInfo(tsaFile).fileName(),
+                            QString::number(seconds, 'f', 1));
     text += report.isLossless() ? QStringLiteral(".") : QStringLiteral("; not everything could be kept.");
     if (report.oldFileKept)
         text += QStringLiteral(" The old file was kept.");
@@ -144,11 +151,11 @@ QString chooseTsaFile(QWidget* parent)
 TsaOutcome importTsa(QWidget* parent, const QString& tsaFile)
 {
     const QString name = QFileInfo(tsaFile).fileName();
-    QuestionBoxes questions(parent);
     TsaImportReport report;
     double seconds = 0.0;
     try {
         JobProgress progress(parent, QStringLiteral("Reading %1 …").arg(name));
+        QuestionBoxes questions(parent, progress);
         const int made = importTsaText(pathOf(tsaFile), questions, progress.callback(), report);
         if (made == 0)
             return {false, QString(), QStringLiteral("The import of %1 was cancelled.").arg(name)};
@@ -199,8 +206,9 @@ TsaOutcome exportTsaTo(QWidget* parent, const QString& tsFile, const QString& ta
         if (outcome == JobOutcome::Cancelled)
             return {false, QString(),
                     QStringLiteral("The export was cancelled; no %1 was written.").arg(name)};
-        QStringList texts(QStringLiteral("%1: %2 samples of %3 columns written in %4 s.")
-                              .arg(name, grouped(report.samples), grouped(report.columns),
+        QStringList texts(QStringLiteral("%1: %2 of %3 written in %4 s.")
+                              .arg(name, counted(report.samples, "sample", "samples"),
+                                   counted(report.columns, "column", "columns"),
                                    QString::number(progress.seconds(), 'f', 1)));
         texts += exportNotes(report);
         return {true, target, texts.join(QLatin1Char(' '))};

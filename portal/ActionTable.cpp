@@ -102,7 +102,7 @@ const std::array<BarItem, 11> kFileMenu = {
     OtherDirectory, Refresh, Gap::Separator, Quit};
 const std::array<BarItem, 3> kConfigureMenu = {ConfigurePostscript, ConfigureFont, Sorting};
 const std::array<BarItem, 5> kCommandMenu = {Formula, Derivative, Integral, Spectrum, Filter};
-const std::array<BarItem, 5> kHelpMenu = {Help, TsaHelp, StlHelp, Gap::Separator, About};
+const std::array<BarItem, 6> kHelpMenu = {Help, TsaHelp, StlHelp, Gap::WhatsThis, Gap::Separator, About};
 
 const std::array kMenus = {
     BarRow{"&File", kFileMenu},

@@ -62,7 +62,7 @@ struct FileActionRow
 std::span<const FileActionRow> fileActionRows();
 
 // A place in a menu or tool bar where no action stands.
-enum class Gap { Separator, FileMenus, RowHeight };
+enum class Gap { Separator, FileMenus, RowHeight, WhatsThis };
 
 struct BarItem
 {

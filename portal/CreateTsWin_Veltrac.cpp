@@ -25,6 +25,7 @@
 #include "share/Boxes.h"
 #include "share/HeaderText.h"
 #include "share/NumberField.h"
+#include "share/QtMessageWin.h"
 #include "share/hydaction.h"
 
 namespace {
@@ -304,6 +305,7 @@ CreateTsWin::CreateTsWin(QWidget* parent) : SubWindow(parent), m_line(new QLabel
     connect(m_basics, &Basic_Tab::x_columns_changed, m_columns, &Column_Tab::setColumns);
     connect(m_basics, &Basic_Tab::x_entered, m_ok, &QPushButton::click);
     m_basics->setFocus();
+    addHelpKey(this, QStringLiteral("create"), QStringLiteral("Creating a ts-file"));
     updateState();
     resize(fontMetrics().averageCharWidth() * 64, fontMetrics().height() * 24);
 }

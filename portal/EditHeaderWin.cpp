@@ -28,6 +28,7 @@
 #include "share/HeaderText.h"
 #include "share/JobProgress.h"
 #include "share/NumberField.h"
+#include "share/QtMessageWin.h"
 #include "share/Resources.h"
 #include "share/WaitCursor.h"
 #include "share/hydaction.h"
@@ -77,6 +78,7 @@ EditHeaderWin::EditHeaderWin(const QString& fileName, QWidget* parent)
     setCentralWidget(central);
     statusBar();  // from the start, so that its first message does not move the buttons
     connect(this, &SubWindow::windowGone, this, &EditHeaderWin::sl_subwindowGone);
+    addHelpKey(this, QStringLiteral("header"), QStringLiteral("The header editor"));
 
     readHeader();
     sl_refresh();

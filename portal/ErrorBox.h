@@ -15,9 +15,10 @@ class ErrorBox
 public:
     // Stands over the window that the user works in, or over `otherwise` where there is none.
     void show(QWidget* otherwise, const QString& text);
+    // That window.
+    QWidget* inFront(QWidget* otherwise);
 
 private:
-    QWidget* inFront(QWidget* otherwise);
     bool isSilenced(const QString& text) const;
 
     QPointer<QWidget> m_front;

@@ -81,6 +81,10 @@ void FileMenus::fill(QMenu* menu)
 
 QString menuText(QString name)
 {
+    // In a menu a tab would begin the column of the shortcuts.
+    for (QChar& character : name)
+        if (character.category() == QChar::Other_Control)
+            character = QLatin1Char(' ');
     if (name.size() > kLongestName)
         name.replace(kLongestName / 2, name.size() - kLongestName + 1, QStringLiteral("…"));
     return name.replace(QLatin1Char('&'), QLatin1String("&&"));

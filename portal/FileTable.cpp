@@ -85,12 +85,17 @@ void FileTable::fill(const std::vector<TsFileRecord>& records, bool sorted)
         setRow(static_cast<int>(i), records[i]);
     if (sorted)
         setSortingEnabled(true);
-    resizeColumnsToContents();
-    const int character = fontMetrics().averageCharWidth();
-    setColumnWidth(kNameColumn, std::min(columnWidth(kNameColumn) + 2 * character, kLongestName * character));
+    fitColumns();
     setUpdatesEnabled(true);
     if (!select(selected))
         clearSelection();
+}
+
+void FileTable::fitColumns()
+{
+    resizeColumnsToContents();
+    const int character = fontMetrics().averageCharWidth();
+    setColumnWidth(kNameColumn, std::min(columnWidth(kNameColumn) + 2 * character, kLongestName * character));
 }
 
 void FileTable::setRow(int row, const TsFileRecord& record)

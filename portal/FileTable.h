@@ -26,6 +26,8 @@ public:
     bool select(const QString& name);
 
     void setRowHeights(int pixels);
+    // Makes the columns as wide as what they hold; of very long names the middle is left out.
+    void fitColumns();
 
 signals:
     // The context menu was asked for, by mouse on a row or by key on the selected one.

@@ -7,12 +7,15 @@
 #include <QPushButton>
 #include <QStyle>
 #include <QToolButton>
+#include <QVBoxLayout>
 
 #include "share/NumberField.h"
 
 namespace {
 
 constexpr int kShownDecimals = 4;
+constexpr int kLeastDigits = 10;  // that the field has room for
+constexpr int kMostDigits = 18;
 
 struct Row
 {
@@ -52,7 +55,8 @@ FindBar::FindBar(QWidget* parent)
     m_number->setToolTip(
         QStringLiteral("A number with four decimals finds every value that the table shows so; any other\n"
                        "number finds the values that are exactly equal."));
-    m_number->setMaximumWidth(fontMetrics().horizontalAdvance(QLatin1Char('0')) * 18);
+    m_number->setMinimumWidth(fontMetrics().horizontalAdvance(QLatin1Char('0')) * kLeastDigits);
+    m_number->setMaximumWidth(fontMetrics().horizontalAdvance(QLatin1Char('0')) * kMostDigits);
     m_number->setReasonLabel(m_reason);
     m_next->setToolTip(QStringLiteral("The next one down the column (F3)"));
     m_previous->setToolTip(QStringLiteral("The next one up the column (Shift+F3)"));
@@ -62,11 +66,18 @@ FindBar::FindBar(QWidget* parent)
     closeButton->setToolTip(QStringLiteral("Close (Esc)"));
     closeButton->setAccessibleName(QStringLiteral("Close the find strip"));
 
-    auto* const row = new QHBoxLayout(this);
-    row->setContentsMargins(4, 2, 4, 2);
+    m_reason->setTextFormat(Qt::PlainText);
+    m_reason->setWordWrap(true);
+    m_reason->hide();
+    auto* const rows = new QVBoxLayout(this);
+    rows->setContentsMargins(4, 2, 4, 2);
+    rows->setSpacing(0);
+    auto* const row = new QHBoxLayout;
+    rows->addLayout(row);
+    rows->addWidget(m_reason);
     for (QWidget* const widget : std::initializer_list<QWidget*>{label, m_what, m_number, m_next, m_previous})
         row->addWidget(widget, widget == m_number ? 1 : 0);
-    row->addWidget(m_reason, 1);
+    row->addStretch(1);
     row->addWidget(closeButton);
 
     connect(m_what, qOverload<int>(&QComboBox::currentIndexChanged), this, &FindBar::updateFields);
@@ -101,6 +112,7 @@ SearchCondition FindBar::condition() const
 void FindBar::updateFields()
 {
     m_number->setEnabled(kRows[m_what->currentIndex()].looking != Looking::Missing);
+    m_reason->setVisible(!isValid());
     m_next->setEnabled(isValid());
     m_previous->setEnabled(isValid());
 }

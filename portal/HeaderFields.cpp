@@ -135,7 +135,8 @@ bool HeaderFields::validate()
 {
     for (const NumberField* const field : {m_sampleTime, m_startTime, m_samples, m_columns})
         if (!field->isValid()) {
-            m_line->setText(field->reason());
+            m_line->setText(field->accessibleName().remove(QLatin1Char(':')) + QStringLiteral(": ") +
+                            field->reason());
             return false;
         }
     const std::uint64_t bytes = tsFileBytes(static_cast<std::uint32_t>(m_samples->number()),

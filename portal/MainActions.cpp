@@ -54,6 +54,8 @@ void MainActions::createMenus()
                 menu->addAction(action(*item.action));
             else if (item.gap == Gap::FileMenus)
                 createFileMenus(menu);
+            else if (item.gap == Gap::WhatsThis)
+                addWhatsThis(menu);
             else
                 menu->addSeparator();
         }

@@ -46,6 +46,7 @@ MyApplication::MyApplication(int& argc, char** argv) : QApplication(argc, argv)
     setApplicationDisplayName(QString());
 
     m_mainWindow = std::make_unique<VeltracWin>();
+    setWindowIcon(m_mainWindow->windowIcon());  // of every window that has none of its own
     m_mainWindow->show();
     m_errorBox = new QErrorMessage(m_mainWindow.get());
     m_errorBox->setWindowTitle(QStringLiteral("Veltrac, core"));

@@ -16,10 +16,7 @@
 namespace {
 
 constexpr int kRowHeight = 20;
-constexpr int kWidestColumn = 150;  // pixels; longer names wrap
-constexpr int kMostHeaderLines = 4;
 constexpr int kHeaderMargin = 4;
-constexpr int kColumnsToFit = 1000;
 constexpr int kDragMs = 50;
 
 const int kHeaderAlignment = Qt::AlignHCenter | Qt::AlignVCenter | Qt::TextWordWrap;
@@ -69,6 +66,12 @@ SampleView::SampleView(TsTableModel* model, QWidget* parent)
             QToolTip::showText(QCursor::pos(), m_rowText(row), m_bar);
     });
     connect(verticalScrollBar(), &QScrollBar::valueChanged, this, &SampleView::syncBar);
+    connect(horizontalScrollBar(), &QScrollBar::valueChanged, this, [this] { m_widenTimer.start(0, this); });
+    // A width that the mouse has given stays.
+    connect(horizontalHeader(), &QHeaderView::sectionResized, this, [this](int column) {
+        if (QApplication::mouseButtons() != Qt::NoButton)
+            m_sizedByHand.insert(column);
+    });
     showAll();
 }
 
@@ -223,6 +226,7 @@ void SampleView::syncBar()
     m_bar->setRange(0, std::max(0, totalRows() - visibleRows()));
     m_bar->setPageStep(visibleRows());
     m_bar->setValue(offset() + verticalScrollBar()->value());
+    m_widenTimer.start(0, this);
 }
 
 void SampleView::updateGeometries()
@@ -319,6 +323,14 @@ void SampleView::keyPressEvent(QKeyEvent* event)
             extendTo(next.row() + offset(), next.column());
         return;
     }
+    // Qt would leave the selection behind: an edit would then change values that are no longer in view.
+    if (move != kMoves.end() && !extends && (event->modifiers() & Qt::ControlModifier) != 0) {
+        const QModelIndex next = moveCursor(move->second, event->modifiers());
+        m_selection.clear();
+        if (next.isValid())
+            goTo(next.row() + offset(), next.column());
+        return;
+    }
     // An editor hands its Enter on, too; it moves when it closes.
     const bool enter =
         (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) && state() != EditingState;
@@ -375,6 +387,8 @@ void SampleView::timerEvent(QTimerEvent* event)
 {
     if (event->timerId() == m_dragTimer.timerId())
         dragTo(viewport()->mapFromGlobal(QCursor::pos()));
+    else if (event->timerId() == m_widenTimer.timerId())
+        widenColumns();
     else
         QTableView::timerEvent(event);
 }
@@ -478,35 +492,4 @@ void SampleView::noteSelection()
         m_selection.push_back(block);
     }
     emit x_selected();
-}
-
-// -- Looks --
-
-void SampleView::setRowHeight(int pixels)
-{
-    verticalHeader()->setDefaultSectionSize(pixels);
-    syncBar();
-}
-
-void SampleView::fitColumns()
-{
-    if (m_model->columnCount() > kColumnsToFit)
-        return;
-    resizeColumnsToContents();
-    QFont bold = horizontalHeader()->font();
-    bold.setBold(true);  // as the name of a selected column is
-    const QFontMetrics metrics(bold);
-    int height = 0;
-    for (int column = 0; column < m_model->columnCount(); ++column) {
-        const QString name = model()->headerData(column, Qt::Horizontal).toString();
-        int least = std::max(kWidestColumn, sizeHintForColumn(column));
-        for (const QString& word : name.split(QLatin1Char(' ')))
-            least = std::max(least, metrics.horizontalAdvance(word) + 4 * kHeaderMargin);
-        setColumnWidth(column, std::min(columnWidth(column), least));
-        const QRect box(0, 0, columnWidth(column) - 2 * kHeaderMargin,
-                        kMostHeaderLines * metrics.lineSpacing());
-        height = std::max(height, metrics.boundingRect(box, kHeaderAlignment, name).height());
-    }
-    horizontalHeader()->setFixedHeight(std::min(height, kMostHeaderLines * metrics.lineSpacing()) +
-                                       2 * kHeaderMargin);
 }

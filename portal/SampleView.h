@@ -14,6 +14,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <set>
 #include <vector>
 
 #include "portal/TsTableModel.h"
@@ -112,6 +113,7 @@ private:
     void moveCurrent(const QModelIndex& current);
     void noteCurrent(const QModelIndex& current);
     int edgeColumn(bool last) const;
+    void widenColumns();
 
     TsTableModel* m_model;
     std::unique_ptr<RowWindow> m_window;
@@ -126,5 +128,7 @@ private:
     int m_anchorRow = 0;
     int m_anchorColumn = 0;
     bool m_dragging = false;
-    QBasicTimer m_dragTimer;  // runs while the mouse drags outside of the table
+    std::set<int> m_sizedByHand;  // columns
+    QBasicTimer m_widenTimer;     // runs when other rows have come into view
+    QBasicTimer m_dragTimer;      // runs while the mouse drags outside of the table
 };

@@ -6,7 +6,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include <optional>
+#include <system_error>
 
 #include "core/TsNames.h"
 #include "share/HeaderText.h"
@@ -64,6 +66,19 @@ std::vector<TsFileRecord> scanTsFiles(const std::function<void(const QString& na
         records.push_back(std::move(*record));
     }
     return records;
+}
+
+int countForeignNames()
+{
+    int count = 0;
+    std::error_code error;
+    std::filesystem::directory_iterator entry(".", error);
+    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+        const QByteArray name = QByteArray::fromStdString(entry->path().filename().string());
+        if (name.toLower().endsWith(".ts") && QFile::encodeName(QFile::decodeName(name)) != name)
+            ++count;
+    }
+    return count;
 }
 
 QString sampleTimeText(double sampleTime)

@@ -30,5 +30,9 @@ struct TsFileRecord
 // left out. Nothing is thrown, no file is changed.
 std::vector<TsFileRecord> scanTsFiles(const std::function<void(const QString& name)>& report);
 
+// How many ts-files of the working directory Qt passes over, because their names are no text in the system's
+// encoding (names from another system, such as Latin-1 umlauts where names are UTF-8).
+int countForeignNames();
+
 // A sample time as the table shows it: three decimals beyond one second, else four.
 QString sampleTimeText(double sampleTime);

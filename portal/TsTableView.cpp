@@ -18,6 +18,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 
 #include "core/TsNames.h"
@@ -38,6 +39,9 @@ constexpr int kRefusedMs = 8000;
 constexpr int kTableWidth = 400;
 constexpr int kColumnListWidth = 100;
 constexpr int kWatchMs = 2000;
+constexpr double kNineDigits = 1e9;
+constexpr int kMostDecimals = 12;
+constexpr int kMoreDecimals = 2;
 
 // Null where it cannot be opened.
 TSFILE* openQuietly(const QString& file)
@@ -64,14 +68,25 @@ QString grouped(qulonglong number)
     return QLocale(QLocale::English).toString(number).replace(QLatin1Char(','), QLatin1Char(' '));
 }
 
-// With as many decimals as it takes to tell a sample from the next.
+// The decimals of a number as it is written shortest.
+int decimalsOf(float number)
+{
+    char text[64];
+    const auto end = std::to_chars(text, text + sizeof text, number, std::chars_format::fixed).ptr;
+    const auto point = std::find(text, end, '.');
+    return point == end ? 0 : static_cast<int>(end - point) - 1;
+}
+
+// With as many decimals as it takes to tell a sample from the next, and some more where they make it exact.
 QString elapsedText(double elapsed, TSFILE& file)
 {
-    const double dt = file.dt();
-    if (file.timeColumn() != 0 || !(dt > 0.0) || !std::isfinite(dt))
-        return QString::number(elapsed, 'g', 9);
-    const int decimals = std::clamp(static_cast<int>(std::ceil(-std::log10(dt))) + 1, 0, 12);
-    return QString::number(elapsed, 'f', decimals);
+    const float dt = file.dt();
+    if (file.timeColumn() != 0 || !(dt > 0.0F) || !std::isfinite(dt))
+        return std::abs(elapsed) < kNineDigits ? QString::number(elapsed, 'g', 9)
+                                               : QString::number(elapsed, 'f', 0);
+    const int least = std::clamp(static_cast<int>(std::ceil(-std::log10(dt))) + 1, 0, kMostDecimals);
+    const int exact = decimalsOf(dt);
+    return QString::number(elapsed, 'f', exact <= least + kMoreDecimals ? std::max(least, exact) : least);
 }
 
 }  // namespace
@@ -370,7 +385,7 @@ QString TsTableView::timeText(std::uint32_t sample) const
             return QStringLiteral("time unknown");
         const QString unit = bareTimeUnit(headerText(file.timeUnit()));
         QString text = elapsedText(elapsed, file) + QLatin1Char(' ') + unit;
-        if (file.startSeconds() != 0) {
+        if (hasCalendar(file)) {
             const double moment = startOf(file) + elapsed * secondsInTimeUnit(unit);
             text += QStringLiteral(", ") + QDateTime::fromMSecsSinceEpoch(qRound64(moment * 1000.0))
                                                .toString(QStringLiteral("yyyy-MM-dd HH:mm:ss.zzz"));

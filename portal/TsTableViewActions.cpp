@@ -141,6 +141,8 @@ void TsTableView::createMenus()
             else
                 menu->addAction(m_actions[static_cast<std::size_t>(act)]);
         }
+        if (row.acts.back() == kHelp)
+            addWhatsThis(menu);
     }
 }
 

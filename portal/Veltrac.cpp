@@ -5,12 +5,16 @@
 #include <QDir>
 #include <QFile>
 #include <QFileDialog>
+#include <QFontDatabase>
 #include <QFontDialog>
+#include <QFontInfo>
 #include <QHeaderView>
 #include <QLabel>
 #include <QMenu>
+#include <QScreen>
 #include <QSpinBox>
 #include <QStatusBar>
+#include <QTimer>
 
 #include <algorithm>
 
@@ -28,6 +32,13 @@ namespace {
 constexpr int kMessageMs = 8000;
 constexpr int kHelpWidth = 950;
 constexpr int kHelpHeight = 650;
+constexpr QSize kFrame(12, 44);  // what a window manager puts around a window
+
+// On a small screen a window would hide its own buttons.
+void fitToScreen(QWidget& window)
+{
+    window.resize(window.size().boundedTo(window.screen()->availableSize() - kFrame));
+}
 
 }  // namespace
 
@@ -86,8 +97,9 @@ void VeltracWin::createTable()
 int VeltracWin::nOOfTsFiles()
 {
     m_files = scanTsFiles([this](const QString& name) {
+        // It may be a sub-window's work that has the directory read again: that window stays in front.
         showBox(
-            QMessageBox::Warning, this, QStringLiteral("Veltrac error, nOOfTsFiles()"),
+            QMessageBox::Warning, m_errorBox.inFront(this), QStringLiteral("Veltrac error, nOOfTsFiles()"),
             QStringLiteral("Found a corrupt ts-file: ") + name + QStringLiteral(".\nThe file is ignored"));
     });
     return static_cast<int>(m_files.size());
@@ -102,6 +114,22 @@ void VeltracWin::sl_refresh()
     nOOfTsFiles();
     m_refreshing = false;
     showFiles();
+    tellForeignNames();
+}
+
+void VeltracWin::tellForeignNames()
+{
+    const int count = countForeignNames();
+    if (count == 0)
+        return;
+    const QString text =
+        QStringLiteral("Not listed: %1 with a name that is not in the encoding of this system.")
+            .arg(count == 1 ? QStringLiteral("1 ts-file") : QStringLiteral("%1 ts-files").arg(count));
+    // In a window that is not shown yet, a message would stand across the directory.
+    if (isVisible())
+        say(text);
+    else
+        QTimer::singleShot(0, this, [this, text] { say(text); });
 }
 
 void VeltracWin::showFiles()
@@ -216,6 +244,7 @@ QWidget* VeltracWin::openSubProgram(SubProgram kind, const QString& file, unsign
         sl_refresh();
         m_table->select(name);
     });
+    fitToScreen(*window);
     window->show();
     return window;
 }
@@ -423,13 +452,19 @@ void VeltracWin::sl_config_ps()
 
 void VeltracWin::sl_config_font()
 {
+    // Where the family is missing, the dialog would offer the first one of all: it starts with the stand-in.
+    QFont current = QApplication::font();
+    const QFontInfo used(current);
+    if (!QFontDatabase().hasFamily(current.family())) {
+        current.setFamily(used.family());
+        current.setStyleName(used.styleName());
+    }
     bool chosen = false;
-    const QFont font =
-        QFontDialog::getFont(&chosen, QApplication::font(), this, QStringLiteral("Select the font"));
+    const QFont font = QFontDialog::getFont(&chosen, current, this, QStringLiteral("Select the font"));
     if (!chosen)
         return;
     QApplication::setFont(font);
-    m_table->resizeColumnsToContents();
+    m_table->fitColumns();
 }
 
 void VeltracWin::sl_help()

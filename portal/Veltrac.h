@@ -98,6 +98,7 @@ private:
     void createTable();
     void showContextMenu(int row, const QPoint& globalPosition);
     void showFiles();
+    void tellForeignNames();
     void say(const QString& text);
     // False, and said in the status bar, where no file is selected.
     bool fileIsSelected();

@@ -16,6 +16,7 @@
 namespace {
 
 constexpr double kDay = 86400.0;
+constexpr double kSurelyCalendar = 1e8;  // seconds; no series was measured for so long from zero
 
 struct Unit
 {
@@ -210,6 +211,17 @@ double secondsInTimeUnit(const QString& unit)
 double startOf(TSFILE& file)
 {
     return static_cast<double>(file.startSeconds()) + static_cast<double>(file.startTime());
+}
+
+bool hasCalendar(TSFILE& file)
+{
+    if (file.startSeconds() != 0)
+        return true;
+    if (file.timeColumn() == 0 || file.samples() == 0)
+        return false;
+    const double unit = secondsInTimeUnit(headerText(file.timeUnit()));
+    return std::abs(elapsedTime(file, 1)) * unit > kSurelyCalendar ||
+           std::abs(elapsedTime(file, file.samples())) * unit > kSurelyCalendar;
 }
 
 std::uint32_t sampleInRow(TSFILE& file, std::uint32_t row)

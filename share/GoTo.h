@@ -41,6 +41,9 @@ double secondsInTimeUnit(const QString& unit);
 double elapsedTime(TSFILE& file, std::uint32_t row);
 // The file's start in seconds since the epoch.
 double startOf(TSFILE& file);
+// Whether its times are those of a calendar: it has a start, or a column "Time" that lies years from zero, as
+// that of a series from before 1970 does. Throws the TS exceptions.
+bool hasCalendar(TSFILE& file);
 // The number of the sample that a row holds: in a ring file another than the row.
 std::uint32_t sampleInRow(TSFILE& file, std::uint32_t row);
 

@@ -28,11 +28,11 @@ JobProgress::~JobProgress()
 
 bool JobProgress::operator()(std::uint64_t done, std::uint64_t total)
 {
-    if (m_clock.elapsed() < m_nextLook)
+    if (elapsed() < m_nextLook)
         return !m_cancelled;
     if (!m_dialog)
         show();
-    m_nextLook = m_clock.elapsed() + kRepaintEveryMs;
+    m_nextLook = elapsed() + kRepaintEveryMs;
 
     const double share = total == 0 ? 0.0 : static_cast<double>(done) / static_cast<double>(total);
     m_dialog->setValue(static_cast<int>(share * kSteps));
@@ -49,7 +49,7 @@ Progress JobProgress::callback()
 
 double JobProgress::seconds() const
 {
-    return static_cast<double>(m_clock.elapsed()) / 1000.0;
+    return static_cast<double>(elapsed()) / 1000.0;
 }
 
 void JobProgress::show()

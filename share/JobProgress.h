@@ -31,6 +31,20 @@ public:
     // Seconds since the job began, for "… in 0.4 s".
     double seconds() const;
 
+    // Lives while the job waits for the user's answer to a question, which is none of the job's time.
+    class Pause
+    {
+    public:
+        explicit Pause(JobProgress& job) : m_job(job), m_began(job.m_clock.elapsed()) {}
+        ~Pause() { m_job.m_paused += m_job.m_clock.elapsed() - m_began; }
+        Pause(const Pause&) = delete;
+        Pause& operator=(const Pause&) = delete;
+
+    private:
+        JobProgress& m_job;
+        qint64 m_began;
+    };
+
     // True while any job runs in the program.
     static bool isRunning() noexcept { return s_running > 0; }
     // The number of the job that was begun last: tells one calculation from the next.
@@ -38,11 +52,13 @@ public:
 
 private:
     void show();
+    qint64 elapsed() const { return m_clock.elapsed() - m_paused; }
 
     QWidget* m_parent;
     QString m_what;
     std::unique_ptr<QProgressDialog> m_dialog;
     QElapsedTimer m_clock;
+    qint64 m_paused = 0;    // milliseconds
     qint64 m_nextLook = 0;  // milliseconds
     bool m_cancelled = false;
     inline static int s_running = 0;

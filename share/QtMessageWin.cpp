@@ -5,6 +5,7 @@
 #include <QIcon>
 #include <QPrintDialog>
 #include <QPushButton>
+#include <QShortcut>
 #include <QStatusBar>
 #include <QTextEdit>
 
@@ -63,8 +64,19 @@ void MessageWin::closeEvent(QCloseEvent* event)
 
 MessageWin* showHelp(QWidget* parent, const QString& name, const QString& title, int width, int height)
 {
-    auto* const window = new MessageWin(parent, QStringLiteral("messageWin"), helpText(name), title, width,
+    // No child of the window that it explains: a window manager would keep it in front of that one.
+    auto* const window = new MessageWin(nullptr, QStringLiteral("messageWin"), helpText(name), title, width,
                                         height, QStringLiteral("Times"), 11);
+    if (parent != nullptr) {
+        window->setWindowIcon(parent->windowIcon());
+        QObject::connect(parent, &QObject::destroyed, window, &QObject::deleteLater);
+    }
     window->show();
     return window;
+}
+
+void addHelpKey(QWidget* window, const QString& name, const QString& title)
+{
+    QObject::connect(new QShortcut(Qt::Key_F1, window), &QShortcut::activated, window,
+                     [window, name, title] { showHelp(window, name, title); });
 }

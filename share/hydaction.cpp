@@ -1,6 +1,8 @@
 #include "share/hydaction.h"
 
 #include <QIcon>
+#include <QMenu>
+#include <QWhatsThis>
 
 #include "share/Resources.h"
 
@@ -20,6 +22,17 @@ HydAction::HydAction(const QString& image, const QKeySequence& shortcut, QObject
         setWhatsThis(whatsThis);
     setShortcut(shortcut);
     connect(this, SIGNAL(triggered()), receiver, slot);
+}
+
+void addWhatsThis(QMenu* menu)
+{
+    QAction* const action = QWhatsThis::createAction(menu);
+    action->setText(QStringLiteral("&What's this?"));
+    action->setStatusTip(QStringLiteral("Click on a button, a field or a head to read what it is for"));
+    action->setIcon(QIcon());
+    // Without it, Shift+F1 tells about what has the focus.
+    action->setShortcut(QKeySequence());
+    menu->addAction(action);
 }
 
 QString whatsThisText(const QString& image, const QString& text)

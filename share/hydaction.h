@@ -4,6 +4,8 @@
 #include <QAction>
 #include <QKeySequence>
 
+class QMenu;
+
 class HydAction : public QAction
 {
     Q_OBJECT
@@ -15,6 +17,9 @@ public:
               const QString& menuText, const QString& toolTip = QString(),
               const QString& whatsThis = QString());
 };
+
+// An entry that lets a click on anything in the window tell what it is for.
+void addWhatsThis(QMenu* menu);
 
 // A what's-this text: an HTML paragraph that begins with the action's image, if it has one.
 QString whatsThisText(const QString& image, const QString& text);

@@ -119,6 +119,9 @@ TEST(GoTo, FindsRowsByTimeColumnsAndInRingFiles)
         timed.setSampleTime(s, times[s - 1]);
     expectRows({{"0.25 s", 1}, {"1.6 s", 2}, {"70000 s", 3}, {"70001.25 s", 5}, {"80000 s", 0}}, timed);
     EXPECT_EQ(elapsedTime(timed, 4), 70000.5);
+    EXPECT_FALSE(hasCalendar(timed));
+    timed.setSampleTime(5, 1585699200.0);  // 2020
+    EXPECT_TRUE(hasCalendar(timed));
 
     TSFILE ring("b.ts", 100, 1, 0);
     ring.dt(1.0F);

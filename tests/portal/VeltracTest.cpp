@@ -10,6 +10,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QPointer>
+#include <QScreen>
 #include <QSignalSpy>
 #include <QStatusBar>
 #include <QTableWidget>
@@ -18,6 +19,7 @@
 #include "core/TSFILE.h"
 #include "portal/Veltrac.h"
 #include "share/JobProgress.h"
+#include "share/SubWindow.h"
 #include "tests/BoxAnswer.h"
 #include "tests/core/TsFileBytes.h"
 
@@ -115,6 +117,11 @@ TEST(VeltracTest, listsRegularFilesWhoseSuffixIsTsAndBlamesEachCorruptOneOnce)
     portal->press(Qt::Key_F6);
     EXPECT_TRUE(again.wasAsked());
     EXPECT_EQ(bytesOf("broken<i>.ts").size(), 10U);
+
+    std::filesystem::remove("broken<i>.ts");
+    std::ofstream("K\xF6ln.ts") << "a name in Latin-1";
+    (*portal)->sl_refresh();
+    EXPECT_TRUE(portal->status().startsWith(QStringLiteral("Not listed: 1 ts-file ")));
 }
 
 TEST(VeltracTest, showsSampleTimesWithTheDecimalsOfTheirSize)
@@ -244,6 +251,16 @@ TEST(VeltracTest, everySubProgramOpens)
         EXPECT_FALSE(opened.filter(QLatin1String(title)).isEmpty())
             << slot << ": " << opened.join(QStringLiteral(", ")).toStdString();
     }
+    for (QWidget* const window : QApplication::topLevelWidgets())
+        if (qobject_cast<SubWindow*>(window) != nullptr && window->isVisible()) {
+            const std::string title = window->windowTitle().toStdString();
+            const QSize room = window->screen()->availableSize().expandedTo(window->minimumSizeHint());
+            EXPECT_EQ(window->size().boundedTo(room), window->size()) << title;
+            QApplication::setActiveWindow(window);
+            const auto before = otherWindows().size();
+            QTest::keyClick(window, Qt::Key_F1);
+            EXPECT_EQ(otherWindows().size(), before + 1) << title << ": F1 shows no help";
+        }
     portal->close();
     EXPECT_EQ(otherWindows(), QStringList());
 }
@@ -284,13 +301,14 @@ TEST(VeltracTest, deletesOnlyAfterYesAndNeverWhatAWindowWrites)
 TEST(VeltracTest, fileMenusOfferEachFileAndStayShort)
 {
     const TestDirectory directory;
-    makeFile(QStringLiteral("R&D.ts"));
+    makeFile(QStringLiteral("R&D\t1.ts"));
     Portal portal;
     QMenu* const menu = portal.subMenu(QStringLiteral("&List"));
     ASSERT_NE(menu, nullptr);
     ASSERT_EQ(menu->actions().size(), 1);
+    EXPECT_EQ(menu->actions().first()->text(), QStringLiteral("R&&D 1.ts"));
     menu->actions().first()->trigger();
-    EXPECT_EQ(otherWindows(), QStringList{QStringLiteral("Veltrac, listing R&D.ts")});
+    EXPECT_EQ(otherWindows(), QStringList{QStringLiteral("Veltrac, listing R&D\t1.ts")});
 
     for (int i = 0; i < 1000; ++i)
         makeFile(QStringLiteral("f%1.ts").arg(i));

@@ -133,6 +133,12 @@ TEST(JobProgress, AppearsLateCancelsForGoodAndLetsNoWindowClose)
     {
         JobProgress job(nullptr, QStringLiteral("Working"));
         EXPECT_TRUE(job(1, 100));
+        {
+            const JobProgress::Pause question(job);
+            QThread::msleep(600);
+        }
+        EXPECT_LT(job.seconds(), 0.5) << "the time of a question counts";
+        EXPECT_TRUE(job(2, 100));
         EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
         QThread::msleep(550);
         EXPECT_TRUE(job(50, 100));
@@ -186,7 +192,7 @@ TEST(MessageWin, HasItsTitleTextAndEscape)
 
 TEST(HelpText, EveryWindowHasOne)
 {
-    for (const char* const name : {"intro", "tsa", "stl", "list", "plot", "derivative", "integral",
-                                   "spectrum", "filter", "formula", "functions"})
+    for (const char* const name : {"intro", "tsa", "stl", "create", "header", "list", "plot", "derivative",
+                                   "integral", "spectrum", "filter", "formula", "functions"})
         EXPECT_GT(helpText(QLatin1String(name)).size(), 500) << name;
 }

@@ -39,7 +39,6 @@ ColumnTable::ColumnTable(QWidget* parent) : QTableWidget(0, kPlaceCount, parent)
                        "11 characters, a description 45. A click on the header reads them again."));
     setTabKeyNavigation(false);  // Tab leaves the table; out of an open cell it goes to the next one
     setShowGrid(false);
-    horizontalHeader()->setStretchLastSection(true);
     horizontalHeader()->setSectionsClickable(true);
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
 }
@@ -59,7 +58,10 @@ std::vector<unsigned> ColumnTable::fill(TSFILE& file)
     } catch (const TS::Failure&) {
         setRowCount(row);
     }
+    // Fitting takes the stretch from the last column of a table that is shown already.
+    horizontalHeader()->setStretchLastSection(false);
     resizeColumnsToContents();
+    horizontalHeader()->setStretchLastSection(true);
     setShowGrid(false);
     return unnamed;
 }

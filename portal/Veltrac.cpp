@@ -146,6 +146,7 @@ void VeltracWin::showFiles()
     m_status->setText(QStringLiteral("Current working directory: %1 with %2 off ts-files.")
                           .arg(path, QString::number(m_files.size())));
     m_status->setToolTip(path.toHtmlEscaped());
+    statusBar()->clearMessage();  // or it would stand across the directory
     m_status->show();
 }
 

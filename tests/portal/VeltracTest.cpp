@@ -213,8 +213,10 @@ TEST(VeltracTest, mouseAndKeyboardSelectAndADoubleClickLists)
 
     // A refresh keeps the selection; the main window takes the others along.
     makeFile(QStringLiteral("aa.ts"));
+    portal->statusBar()->showMessage(QStringLiteral("A tip"));
     portal->sl_refresh();
     EXPECT_EQ(portal.table().item(portal.table().currentRow(), 0)->text(), QStringLiteral("c.ts"));
+    EXPECT_EQ(portal.status(), QString()) << "it stands across the directory line";
     portal->close();
     EXPECT_EQ(otherWindows(), QStringList());
 }

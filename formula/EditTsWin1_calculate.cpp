@@ -16,6 +16,7 @@
 #include "formula/FormulaFile.h"
 #include "formula/FormulaParser.h"
 #include "portal/TsApplication.h"
+#include "share/Boxes.h"
 #include "share/JobProgress.h"
 
 namespace {
@@ -179,6 +180,15 @@ void EditTsWin::sl_calculate()
         const CalculationRange range = rangeFor(*target, reason);
         if (range.isEmpty()) {
             say(reason);
+            return;
+        }
+        // No column is lost to a slip of the pen: "-(x1)" is nothing to the compiler.
+        if (m_parser->isNothing() &&
+            !askYesNo(
+                QMessageBox::Question, this, windowTitle(),
+                QStringLiteral("The formula was not understood: it gives 0 everywhere.\nFill x%1 with 0?")
+                    .arg(target->index()))) {
+            say(QStringLiteral("Nothing was calculated"));
             return;
         }
         run(*target, range);

@@ -267,6 +267,11 @@ TEST(EditTsWin, StatusBarTellsWhatTheCompilerAcceptsInSilence)
         })) << row.formula;
     }
     EXPECT_TRUE(desk.errors.isEmpty());
+    const auto before = bytesOf("a.ts");
+    type(window, "-(x1)");
+    const BoxAnswer no(QStringLiteral("&No"));
+    window.sl_calculate();
+    EXPECT_EQ(bytesOf("a.ts"), before);
 }
 
 TEST(EditTsWin, FormulaIsSavedAndComesBackAndTroublesAreTold)

@@ -9,8 +9,10 @@
 #include <QToolBar>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <cmath>
 
+#include "calc/SpectrumTexts.h"
 #include "core/ColumnCopy.h"
 #include "core/ScratchFile.h"
 #include "core/TsExceptions.h"
@@ -143,7 +145,7 @@ void CalculusWin::sl_execute()
     }
     resultMade();
     statusBar()->showMessage(QString::fromLatin1(m_kind.doneText), kDoneMs);
-    readout()->showLine(QStringLiteral("%1 samples in %2 s").arg(m_work->samples()).arg(seconds, 0, 'f', 1));
+    tellSamples(seconds);
     showResult();
 }
 
@@ -178,6 +180,7 @@ bool CalculusWin::prepare(const Progress& progress, JobOutcome& outcome)
     m_sourceName = QFileInfo(source()->file()).absoluteFilePath();
     const unsigned column = source()->column();
     m_work->copyHeader(*file);
+    m_missing = 0;
     // Oldest first, as plots show a ring file: neighbours in time are neighbours here.
     const std::uint32_t oldest = oldestRow(*file);
     if (file->ringStart() > 1)
@@ -188,6 +191,8 @@ bool CalculusWin::prepare(const Progress& progress, JobOutcome& outcome)
     outcome = walkRuns(m_work->samples(), progress, [&](std::uint32_t first, std::span<float> run) {
         file->readColumn(column, oldest - 1 + first, run);
         m_work->writeColumn(1, first, run);
+        m_missing += static_cast<std::uint64_t>(
+            std::count_if(run.begin(), run.end(), [](float x) { return !std::isfinite(x); }));
     });
     return true;
 }
@@ -207,6 +212,18 @@ bool CalculusWin::refuses(TSFILE& file)
     m_cursor.reset();
     showBox(QMessageBox::Warning, this, windowTitle(), reason.arg(sourceName()));
     return true;
+}
+
+void CalculusWin::tellSamples(double seconds)
+{
+    QString told =
+        QStringLiteral("%1 samples in %2 s").arg(groupedNumber(m_work->samples())).arg(seconds, 0, 'f', 1);
+    if (m_missing > 0)
+        told += QStringLiteral(", %1 missing %2. %3")
+                    .arg(groupedNumber(m_missing),
+                         m_missing == 1 ? QStringLiteral("value") : QStringLiteral("values"),
+                         QLatin1String(m_kind.missingNote));
+    readout()->showLine(told);
 }
 
 void CalculusWin::showResult()

@@ -23,7 +23,8 @@ struct CalculusKind
     const char* doneText;
     const char* helpTitle;
     const char* helpName;
-    bool hasSelections;  // a menu that chooses file and column
+    const char* missingNote;  // what becomes of missing values
+    bool hasSelections;       // a menu that chooses file and column
     JobOutcome (*compute)(TSFILE& work, double dt, const Progress& progress);
 };
 
@@ -48,6 +49,7 @@ private:
     void createActions();
     bool prepare(const Progress& progress, JobOutcome& outcome);
     bool refuses(TSFILE& file);
+    void tellSamples(double seconds);
     void showResult();
     std::unique_ptr<TSFILE> openTarget(const QString& name);
     bool saveInto(ColumnTarget target);
@@ -60,5 +62,6 @@ private:
     QString m_workName;    // of the scratch file, with its extension; empty before the first calculation
     QString m_sourceName;  // of the file that was computed
     std::unique_ptr<TSFILE> m_work;
+    std::uint64_t m_missing = 0;  // values of the source that are NaN or infinite
     std::optional<WaitCursor> m_cursor;
 };

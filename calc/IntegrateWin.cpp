@@ -12,6 +12,7 @@ constexpr CalculusKind kKind = {"Ts-Integrate",
                                 "Filtering...finished",
                                 "Ts-Integrate info",
                                 "integral",
+                                "After the first of them the integral is missing.",
                                 false,
                                 integrate};
 

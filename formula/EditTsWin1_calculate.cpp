@@ -241,5 +241,9 @@ void EditTsWin::tellOutcome(JobOutcome outcome, const CalculationRange& range,
             : QStringLiteral("%1 samples in %2 s").arg(grouped(range.count())).arg(seconds, 0, 'f', 1);
     if (report.faultySamples > 0)
         told += QStringLiteral(", %1 with an error and the value 0").arg(grouped(report.faultySamples));
+    if (report.missing > 0 && outcome == JobOutcome::Done)
+        told += QStringLiteral(", %1 missing %2")
+                    .arg(grouped(report.missing),
+                         report.missing == 1 ? QStringLiteral("value") : QStringLiteral("values"));
     say(told);
 }

@@ -9,16 +9,17 @@
 #include <QToolBar>
 #include <QVBoxLayout>
 
-#include <algorithm>
 #include <cmath>
 
-#include "calc/SpectrumTexts.h"
 #include "core/ColumnCopy.h"
 #include "core/ScratchFile.h"
 #include "core/TsExceptions.h"
 #include "core/TsHeader.h"
+#include "core/Variable.h"
 #include "portal/TsApplication.h"
 #include "share/Boxes.h"
+#include "share/GroupedNumber.h"
+#include "share/HeaderText.h"
 #include "share/JobProgress.h"
 #include "share/PlotCanvas.h"
 #include "share/QtMessageWin.h"
@@ -145,8 +146,8 @@ void CalculusWin::sl_execute()
     }
     resultMade();
     statusBar()->showMessage(QString::fromLatin1(m_kind.doneText), kDoneMs);
-    tellSamples(seconds);
     showResult();
+    tellResult(seconds);
 }
 
 // Makes the scratch file and fills its first column. False where there is no scratch file; a source that is
@@ -180,7 +181,6 @@ bool CalculusWin::prepare(const Progress& progress, JobOutcome& outcome)
     m_sourceName = QFileInfo(source()->file()).absoluteFilePath();
     const unsigned column = source()->column();
     m_work->copyHeader(*file);
-    m_missing = 0;
     // Oldest first, as plots show a ring file: neighbours in time are neighbours here.
     const std::uint32_t oldest = oldestRow(*file);
     if (file->ringStart() > 1)
@@ -188,13 +188,29 @@ bool CalculusWin::prepare(const Progress& progress, JobOutcome& outcome)
     m_work->columnName(1, std::string(file->columnName(column)).c_str());
     m_work->columnName(2, m_kind.resultName);
     m_work->columnDescription(1, std::string(file->columnDescription(column)).c_str());
+    describeResult();
     outcome = walkRuns(m_work->samples(), progress, [&](std::uint32_t first, std::span<float> run) {
         file->readColumn(column, oldest - 1 + first, run);
         m_work->writeColumn(1, first, run);
-        m_missing += static_cast<std::uint64_t>(
-            std::count_if(run.begin(), run.end(), [](float x) { return !std::isfinite(x); }));
     });
     return true;
+}
+
+// The unit of "Force [kN]" becomes kN/s or kN·s; one that is a quotient itself gets parentheses.
+void CalculusWin::describeResult()
+{
+    const auto text = [](std::string_view utf8) { return QString::fromStdString(std::string(utf8)); };
+    const QString source = headerText(m_work->columnName(1));
+    const std::string description = headerText(m_work->columnDescription(1)).toStdString();
+    const std::string times = headerText(m_work->timeUnit()).toStdString();
+    QString unit = text(unitIn(description));
+    if (unit.contains(QLatin1Char('/')))
+        unit = QStringLiteral("(%1)").arg(unit);
+    if (!unit.isEmpty())
+        unit = QString::fromUtf8(m_kind.resultUnit)
+                   .arg(unit, unitIn(times).empty() ? QStringLiteral("s") : text(unitIn(times)));
+    m_work->columnDescription(
+        2, descriptionBytes(QString::fromUtf8(m_kind.resultText).arg(source), unit).constData());
 }
 
 bool CalculusWin::refuses(TSFILE& file)
@@ -214,18 +230,6 @@ bool CalculusWin::refuses(TSFILE& file)
     return true;
 }
 
-void CalculusWin::tellSamples(double seconds)
-{
-    QString told =
-        QStringLiteral("%1 samples in %2 s").arg(groupedNumber(m_work->samples())).arg(seconds, 0, 'f', 1);
-    if (m_missing > 0)
-        told += QStringLiteral(", %1 missing %2. %3")
-                    .arg(groupedNumber(m_missing),
-                         m_missing == 1 ? QStringLiteral("value") : QStringLiteral("values"),
-                         QLatin1String(m_kind.missingNote));
-    readout()->showLine(told);
-}
-
 void CalculusWin::showResult()
 {
     const unsigned columns = m_work ? m_work->columns() : 0;
@@ -233,6 +237,20 @@ void CalculusWin::showResult()
         return;
     canvas()->showColumns(m_workName, {1, 2}, PlotCanvas::Axes::OneEach);
     canvas()->setSuggestedName(QFileInfo(m_sourceName).completeBaseName() + QStringLiteral("_calc"));
+}
+
+void CalculusWin::tellResult(double seconds)
+{
+    QString told =
+        QStringLiteral("%1 samples in %2 s").arg(groupedNumber(m_work->samples())).arg(seconds, 0, 'f', 1);
+    const Group::Variables shown = canvas()->plot().variables();
+    const std::uint64_t missing = shown.empty() || !shown.back()->isBuilt()
+                                      ? 0
+                                      : shown.back()->statistics(1, m_work->samples()).missing;
+    if (missing > 0)
+        told += QStringLiteral(", %1 missing values. ").arg(groupedNumber(missing)) +
+                QString::fromLatin1(m_kind.missingNote);
+    readout()->showLine(told);
 }
 
 // -- Saving --

@@ -18,12 +18,14 @@ struct CalculusKind
     const char* icon;
     const char* greeting;
     const char* resultName;
+    const char* resultText;  // its description: %1 is the source column
+    const char* resultUnit;  // %1 is the source's unit, %2 that of the times
     const char* executeTip;
     const char* saveImage;
     const char* doneText;
     const char* helpTitle;
     const char* helpName;
-    const char* missingNote;  // what becomes of missing values
+    const char* missingNote;  // what missing values lead to; may be empty
     bool hasSelections;       // a menu that chooses file and column
     JobOutcome (*compute)(TSFILE& work, double dt, const Progress& progress);
 };
@@ -49,11 +51,12 @@ private:
     void createActions();
     bool prepare(const Progress& progress, JobOutcome& outcome);
     bool refuses(TSFILE& file);
-    void tellSamples(double seconds);
     void showResult();
     std::unique_ptr<TSFILE> openTarget(const QString& name);
+    void tellResult(double seconds);
     bool saveInto(ColumnTarget target);
     bool mayReplace(const QString& name);
+    void describeResult();
     void dropWork();
 
     const CalculusKind& m_kind;
@@ -62,6 +65,5 @@ private:
     QString m_workName;    // of the scratch file, with its extension; empty before the first calculation
     QString m_sourceName;  // of the file that was computed
     std::unique_ptr<TSFILE> m_work;
-    std::uint64_t m_missing = 0;  // values of the source that are NaN or infinite
     std::optional<WaitCursor> m_cursor;
 };

@@ -30,6 +30,8 @@ struct STLCheck
     Micros firstWall = 0;       // of the first chosen row
     double firstSeconds = 0.0;  // likewise
     bool zoned = false;         // the stamps name their zone
+    // How often the local clock was set within the log, as the order of its rows tells.
+    std::uint64_t clockChanges = 0;
     std::map<std::size_t, STLTexts> texts;
 
     // What becomes of it.

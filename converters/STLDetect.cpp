@@ -59,8 +59,11 @@ Reading scored(const STLSample& sample, char separator, char decimal, char group
             line.pop_back();
         Lines& lines = byCount[line.size()];
         ++lines.count;
-        for (const std::string_view cell : line)
-            lines.worth += worth(readToken(cell, cells).kind);
+        for (const std::string_view cell : line) {
+            const STLKind kind = readToken(cell, cells).kind;
+            const bool number = kind == STLKind::Text && !unitBehind(cell, cells).empty();
+            lines.worth += worth(number ? STLKind::Number : kind);
+        }
     }
     Reading reading{separator, decimal, grouping};
     for (const auto& [count, lines] : byCount) {
@@ -79,11 +82,15 @@ Reading scored(const STLSample& sample, char separator, char decimal, char group
 
 std::vector<Reading> allReadings(const STLSample& sample)
 {
+    // Only a cell in quotes can hold its separator, as its decimal sign or between thousands.
+    const bool quoted = std::any_of(sample.lines.begin(), sample.lines.end(), [](const STLLine& line) {
+        return line.text.find('"') != std::string::npos;
+    });
     std::vector<Reading> readings;
     for (const char grouping : kGroupings)
         for (const char separator : kSeparators)
             for (const char decimal : {'.', ','})
-                if (separator != decimal && (grouping == 0 || (grouping != decimal && grouping != separator)))
+                if (grouping != decimal && (quoted || (separator != decimal && grouping != separator)))
                     readings.push_back(scored(sample, separator, decimal, grouping));
     // The earlier one wins a tie, so digits are grouped only where that explains more.
     std::stable_sort(readings.begin(), readings.end(),
@@ -126,10 +133,16 @@ STLFormat formatOf(const std::filesystem::path& file, const STLSample& sample, c
     // Again, without the head.
     for (const STLKind kind : kindsOf(data, reading.cells))
         format.columns.emplace_back().kind = kind;
+    findSuffixes(format, data);
     guessNames(format, head, firstData);
+    guessNamesAbove(format, sample);
+    for (STLColumn& column : format.columns)
+        if (column.unit.empty())
+            column.unit = decoded(column.suffix, format.encoding);
     guessHead(format, sample);
     if (format.description.empty())
         format.description = file.stem().string();
+    findCompactDates(format, data);
     guessTime(format, data);
     return format;
 }
@@ -171,7 +184,7 @@ void takeNames(const std::filesystem::path& file, STLFormat& format)
     for (const STLLine& line : sample.head) {
         if (line.number != format.namesLine && line.number != format.unitsLine)
             continue;
-        splitCells(line.text, format.cells.separator, cells);
+        splitCells(withoutRemark(line.text, format), format.cells.separator, cells);
         cells.resize(format.columns.size());
         for (std::size_t c = 0; c < cells.size(); ++c) {
             STLColumn& column = format.columns[c];

@@ -28,9 +28,11 @@ enum class STLTimeSource {
     Stamp,           // one column of dates or stamps
     DateAndTime,     // a column of dates and one of times
     ElapsedTime,     // a column of hours:minutes:seconds since the start
-    ElapsedSeconds,  // a column of seconds since the start
+    ElapsedSeconds,  // a column of seconds since the start, or of the unit that it names
     UnixSeconds,
-    UnixMilliseconds
+    UnixMilliseconds,
+    UnixMicroseconds,
+    UnixNanoseconds
 };
 
 // What it becomes in the ts-file.
@@ -47,6 +49,7 @@ struct STLColumn
 {
     STLKind kind = STLKind::Number;
     bool take = true;
+    std::string suffix;        // that each number bears in its cell: the file's own bytes of "°C" or "%"
     bool numberTexts = false;  // a column of texts becomes 1, 2, …, in the order in which they come
     std::string name;          // as the file has it
     std::string unit;
@@ -89,8 +92,22 @@ struct STLFormat
     char otherDecimal = 0;
 };
 
+// Whether the times are numbers: of seconds, or of another unit.
+bool timesAreNumbers(STLTimeSource source);
+// Whether they count from 1970 on, at Greenwich.
+bool timesAreUnix(STLTimeSource source);
+// How many seconds a one in the column of times means.
+double secondsPerUnit(const STLFormat& format);
+
+// A cell's number, with or without the column's unit behind it.
+std::optional<double> readValue(std::string_view cell, const STLColumn& column, const STLCells& cells);
+// What stands behind the number of a cell and can be its unit; empty where none does.
+std::string_view unitBehind(std::string_view cell, const STLCells& cells);
+
 // A line's leading remark sign, where it is one.
 bool isRemark(std::string_view line, const STLFormat& format);
+// A line without its remark sign, where it has one.
+std::string_view withoutRemark(std::string_view line, const STLFormat& format);
 
 // Text of the file as UTF-8.
 std::string decoded(std::string_view bytes, STLEncoding encoding);

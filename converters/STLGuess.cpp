@@ -1,6 +1,7 @@
 #include "converters/STLGuess.h"
 
 #include <algorithm>
+#include <array>
 #include <map>
 
 namespace {
@@ -85,13 +86,13 @@ void findHead(STLFormat& format, const STLSample& sample)
         std::string_view text = line.text;
         text.remove_prefix(std::min(text.find_first_not_of("#%/; \t"), text.size()));
         std::size_t at = text.find_first_of(":=");
-        if (at == std::string_view::npos && format.cells.separator != ' ')
-            at = text.find(format.cells.separator);
+        if (format.cells.separator != ' ')
+            at = std::min(at, text.find(format.cells.separator));
         if (at == std::string_view::npos || at == 0 || at + 1 >= text.size())
             continue;
         const auto cut = [&](std::string_view part) {
             const std::size_t from = part.find_first_not_of(" \t\"");
-            const std::size_t to = part.find_last_not_of(" \t\r\";");
+            const std::size_t to = part.find_last_not_of(std::string(" \t\r\";") + format.cells.separator);
             return from == std::string_view::npos || to == std::string_view::npos || to < from
                        ? std::string()
                        : decoded(part.substr(from, to - from + 1), format.encoding);
@@ -136,6 +137,7 @@ STLKey keyOf(const std::string& key)
                                                                      {"sampling interval", STLKey::Interval},
                                                                      {"sample time", STLKey::Interval},
                                                                      {"dt", STLKey::Interval},
+                                                                     {"delta_x", STLKey::Interval},
                                                                      {"rate", STLKey::Rate},
                                                                      {"frequency", STLKey::Rate},
                                                                      {"sample rate", STLKey::Rate},
@@ -156,7 +158,11 @@ void useHead(STLFormat& format)
 {
     std::optional<DateParts> date;
     std::optional<TimeOfDay> time;
-    STLCells cells = format.cells;
+    const STLCells& cells = format.cells;
+    // Some tell it for each channel.
+    const auto first = [&cells](const std::string& value) {
+        return value.substr(0, cells.separator == ' ' ? value.npos : value.find(cells.separator));
+    };
     for (const auto& [key, value] : format.head) {
         switch (keyOf(key)) {
             case STLKey::Start:
@@ -164,17 +170,17 @@ void useHead(STLFormat& format)
                     format.typedStart = localWallClock(*stamp, format.order).value_or(0);
                 break;
             case STLKey::Date:
-                date = readDate(value);
+                date = date ? date : readDate(value);
                 break;
             case STLKey::Time:
-                time = readTime(value);
+                time = time ? time : readTime(value);
                 break;
             case STLKey::Interval:
-                if (const auto step = readInterval(value, cells); step && *step > 0)
+                if (const auto step = readInterval(first(value), cells); step && *step > 0)
                     format.typedStep = *step;
                 break;
             case STLKey::Rate:
-                if (const auto hertz = readRate(value, cells); hertz && *hertz > 0)
+                if (const auto hertz = readRate(first(value), cells); hertz && *hertz > 0)
                     format.typedStep = 1.0 / *hertz;
                 break;
             case STLKey::Description:
@@ -191,6 +197,15 @@ void useHead(STLFormat& format)
     if (date && format.typedStart == 0)
         if (const auto day = midnight(*date, format.order))
             format.typedStart = *day + (time ? time->micros : 0);
+}
+
+bool countsToTwelve(const STLFormat& format, const std::vector<STLRow>& rows)
+{
+    const std::string text =
+        rows.empty() ? std::string()
+                     : lowered(rows.front().cells[static_cast<std::size_t>(format.timeColumn)].text);
+    return text.find(':') != std::string::npos &&
+           text.find_first_of("ap", text.find(':')) != std::string::npos;
 }
 
 void findOrder(STLFormat& format, const std::vector<STLRow>& rows, int column)
@@ -213,6 +228,17 @@ void findOrder(STLFormat& format, const std::vector<STLRow>& rows, int column)
         }
     }
     format.orderInDoubt = ambiguous;
+    // Where neither is proven: those who count the hours to 12 mostly put the month first.
+    if (ambiguous && countsToTwelve(format, rows))
+        format.order = DateOrder::MonthDay;
+}
+
+// Whether a whole column of digits reads so, and does not stand still where it has to tell the rows apart.
+bool allRead(const std::vector<STLRow>& data, std::size_t column, bool (*reads)(std::string_view))
+{
+    return !data.empty() && std::all_of(data.begin(), data.end(), [&](const STLRow& row) {
+        return row.cells[column].kind == STLKind::Number && reads(row.cells[column].text);
+    });
 }
 
 bool namesTime(const std::string& name)
@@ -239,6 +265,42 @@ bool rises(const std::vector<STLRow>& rows, std::size_t column)
     return pairs > 0 && pairs - risen <= 2;
 }
 
+// "Time (UTC)"; what stands behind a sign there is another zone.
+bool namesGreenwich(const STLColumn& column)
+{
+    for (const std::string& text : {lowered(column.name), lowered(column.unit)})
+        for (const std::string_view zone : {"utc", "gmt"})
+            if (const std::size_t at = text.find(zone);
+                at != std::string::npos && text.find_first_of("+-0123456789", at) == std::string::npos &&
+                (at == 0 || text.find_first_of(" _(,[/") != std::string::npos))
+                return true;
+    return false;
+}
+
+bool namesClock(const std::string& name)
+{
+    const std::string lower = lowered(name);
+    return lower.starts_with("time") || lower.starts_with("uhrzeit") || lower.starts_with("zeit") ||
+           lower.starts_with("hour") || lower.starts_with("stunde") || lower == "hh" || lower == "hhmm" ||
+           lower == "hhmmss" || lower == "hr" || lower == "h";
+}
+
+// The times of the day beside a column of days; -1 where there is none.
+int compactTimeColumn(const STLFormat& format, const std::vector<STLRow>& data)
+{
+    for (std::size_t c = 0; c < format.columns.size(); ++c) {
+        const std::size_t length = data.front().cells[c].text.size();
+        const bool alike = std::all_of(data.begin(), data.end(), [&](const STLRow& row) {
+            const std::size_t size = row.cells[c].text.size();
+            return size == length || (size <= 2 && length <= 2);
+        });
+        if (alike && namesClock(format.columns[c].name) &&
+            allRead(data, c, [](std::string_view text) { return readTime(text).has_value(); }))
+            return static_cast<int>(c);
+    }
+    return -1;
+}
+
 void findNumericTime(STLFormat& format, const std::vector<STLRow>& data)
 {
     for (std::size_t c = 0; c < format.columns.size(); ++c) {
@@ -247,10 +309,20 @@ void findNumericTime(STLFormat& format, const std::vector<STLRow>& data)
         const double first = data.front().cells[c].value;
         constexpr double kYear1990 = 631152000.0;
         constexpr double kYear2100 = 4102444800.0;
-        const bool seconds = first > kYear1990 && first < kYear2100;
-        const bool millis = first > kYear1990 * 1e3 && first < kYear2100 * 1e3;
-        if ((seconds || millis) && (c == 0 || namesTime(format.columns[c].name)))
-            format.timeSource = seconds ? STLTimeSource::UnixSeconds : STLTimeSource::UnixMilliseconds;
+        struct Unix
+        {
+            STLTimeSource source;
+            double perSecond;
+        };
+        static constexpr std::array<Unix, 4> kUnix = {{{STLTimeSource::UnixSeconds, 1},
+                                                       {STLTimeSource::UnixMilliseconds, 1e3},
+                                                       {STLTimeSource::UnixMicroseconds, 1e6},
+                                                       {STLTimeSource::UnixNanoseconds, 1e9}}};
+        const auto* const found = std::find_if(kUnix.begin(), kUnix.end(), [first](const Unix& u) {
+            return first > kYear1990 * u.perSecond && first < kYear2100 * u.perSecond;
+        });
+        if (found != kUnix.end() && (c == 0 || namesTime(format.columns[c].name)))
+            format.timeSource = found->source;
         else if (namesTime(format.columns[c].name))
             format.timeSource = STLTimeSource::ElapsedSeconds;
         else
@@ -301,6 +373,37 @@ void guessNames(STLFormat& format, const std::vector<STLRow>& rows, std::size_t 
     splitUnits(format);
 }
 
+void guessNamesAbove(STLFormat& format, const STLSample& sample)
+{
+    const std::size_t columns = format.columns.size();
+    std::vector<STLRow> rows;
+    std::vector<std::string_view> cells;
+    bool remark = false;
+    for (std::size_t i = std::min<std::size_t>(format.firstDataLine - 1, sample.head.size());
+         i-- > 0 && !remark;) {
+        const STLLine& line = sample.head[i];
+        if (isEmptyLine(line.text))
+            continue;
+        remark = isRemark(line.text, format);
+        splitCells(withoutRemark(line.text, format), format.cells.separator, cells);
+        while (!cells.empty() && cells.back().empty())
+            cells.pop_back();
+        if (remark ? !rows.empty() || cells.size() != columns : cells.size() <= columns)
+            break;
+        STLRow row{&line, {}};
+        for (std::size_t c = 0; c < columns; ++c)
+            row.cells.push_back(readToken(cells[c], format.cells));
+        rows.insert(rows.begin(), std::move(row));
+    }
+    // A remark is taken for names only where nothing else is; a word or two are prose.
+    const std::size_t fewest = format.cells.separator == ' ' ? 3 : 2;
+    if (rows.empty() || (remark && (format.namesLine != 0 || columns < fewest)))
+        return;
+    for (STLColumn& column : format.columns)
+        column.name = column.unit = std::string();
+    guessNames(format, rows, rows.size());
+}
+
 void splitUnits(STLFormat& format)
 {
     for (STLColumn& column : format.columns) {
@@ -315,8 +418,68 @@ void guessHead(STLFormat& format, const STLSample& sample)
     useHead(format);
 }
 
+void findSuffixes(STLFormat& format, const std::vector<STLRow>& data)
+{
+    for (std::size_t c = 0; c < format.columns.size(); ++c) {
+        STLColumn& column = format.columns[c];
+        std::map<std::string_view, std::size_t> votes;
+        std::size_t filled = 0;
+        for (const STLRow& row : data) {
+            filled += row.cells[c].kind == STLKind::Missing ? 0 : 1;
+            if (const std::string_view unit = unitBehind(row.cells[c].text, format.cells); !unit.empty())
+                ++votes[unit];
+        }
+        const auto best = std::max_element(votes.begin(), votes.end(),
+                                           [](const auto& a, const auto& b) { return a.second < b.second; });
+        if (column.kind != STLKind::Text || best == votes.end() || best->second * 2 <= filled)
+            continue;
+        column.kind = STLKind::Number;
+        column.suffix = best->first;
+    }
+}
+
+// Times that are written with points ("09.58.30") look like dates; beside a date they are none.
+static void findDottedTimes(STLFormat& format, const std::vector<STLRow>& data)
+{
+    bool dated = false;
+    for (std::size_t c = 0; c < format.columns.size(); ++c) {
+        if (format.columns[c].kind == STLKind::Time || format.columns[c].kind == STLKind::Stamp)
+            return;
+        if (format.columns[c].kind != STLKind::Date)
+            continue;
+        const bool clock = std::all_of(data.begin(), data.end(), [&](const STLRow& row) {
+            return readClock(row.cells[c].text).has_value();
+        });
+        if (dated && clock) {
+            format.columns[c].kind = STLKind::Time;
+            return;
+        }
+        dated = true;
+    }
+}
+
+void findCompactDates(STLFormat& format, const std::vector<STLRow>& data)
+{
+    for (std::size_t c = 0; c < format.columns.size(); ++c) {
+        const auto reads = [](std::string_view text) {
+            return text.size() >= 8 && readStamp(text).has_value();
+        };
+        if (format.columns[c].kind != STLKind::Number || !allRead(data, c, reads))
+            continue;
+        const bool days = data.front().cells[c].text.size() == 8;
+        const int time = days ? compactTimeColumn(format, data) : -1;
+        if (time < 0 && !rises(data, c))
+            continue;
+        format.columns[c].kind = days ? STLKind::Date : STLKind::Stamp;
+        if (time >= 0)
+            format.columns[static_cast<std::size_t>(time)].kind = STLKind::Time;
+        return;
+    }
+}
+
 void guessTime(STLFormat& format, const std::vector<STLRow>& data)
 {
+    findDottedTimes(format, data);
     const auto firstOf = [&](STLKind kind) {
         const auto found = std::find_if(format.columns.begin(), format.columns.end(),
                                         [&](const STLColumn& c) { return c.kind == kind; });
@@ -345,6 +508,9 @@ void guessTime(STLFormat& format, const std::vector<STLRow>& data)
     if (const int dated = format.dateColumn >= 0 ? format.dateColumn : format.timeColumn;
         dated >= 0 && format.timeSource != STLTimeSource::ElapsedTime)
         findOrder(format, data, dated);
+
+    if (format.timeColumn >= 0 && namesGreenwich(format.columns[static_cast<std::size_t>(format.timeColumn)]))
+        format.greenwich = true;
 
     for (std::size_t c = 0; c < format.columns.size(); ++c)
         format.columns[c].take =

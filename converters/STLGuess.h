@@ -7,6 +7,9 @@
 // brackets behind the names are units too.
 void guessNames(STLFormat& format, const std::vector<STLRow>& rows, std::size_t firstData);
 
+// Names that stand in a line with more cells than the data have, or in a remark, right above the data.
+void guessNamesAbove(STLFormat& format, const STLSample& sample);
+
 // Units in brackets, behind names or alone, without their brackets.
 void splitUnits(STLFormat& format);
 
@@ -21,6 +24,12 @@ STLKey keyOf(const std::string& key);
 std::optional<double> readInterval(std::string_view text, const STLCells& cells);
 // Hertz of "360 Hz", "1 kHz", "250".
 std::optional<double> readRate(std::string_view text, const STLCells& cells);
+
+// Columns of texts that are numbers, each with the same unit behind it: they become columns of numbers.
+void findSuffixes(STLFormat& format, const std::vector<STLRow>& data);
+
+// Makes columns of dates, stamps and times out of numbers whose digits are those (20240312, 202403120958).
+void findCompactDates(STLFormat& format, const std::vector<STLRow>& data);
 
 // Where the time comes from, how its dates are meant, and which columns are values then.
 void guessTime(STLFormat& format, const std::vector<STLRow>& data);

@@ -58,9 +58,9 @@ bool readsAsTime(const STLFormat& format, std::size_t column, std::string_view c
             return isDate(readStamp(cell));
         case STLTimeSource::DateAndTime:
             return static_cast<int>(column) == format.dateColumn ? isDate(readStamp(cell))
-                                                                 : readTime(cell).has_value();
+                                                                 : readClock(cell).has_value();
         case STLTimeSource::ElapsedTime:
-            return readTime(cell).has_value();
+            return readClock(cell).has_value();
         default:
             return readNumber(cell, format.cells).has_value();
     }
@@ -154,7 +154,7 @@ QString STLLines::troubleOf(std::size_t column, std::string_view cell) const
                    ? QString()
                    : QStringLiteral("\"%1\" is no time: the line is skipped").arg(shown);
     if (!wanted.take || wanted.numberTexts || isMissing(cell, m_format.cells) ||
-        readNumber(cell, m_format.cells) || (wanted.kind == STLKind::Time && readTime(cell)))
+        readValue(cell, wanted, m_format.cells) || (wanted.kind == STLKind::Time && readTime(cell)))
         return QString();
     return QStringLiteral("\"%1\" is no number: it is missing").arg(shown);
 }

@@ -23,12 +23,13 @@ bool readAlike(const STLFormat& a, const STLFormat& b)
 {
     const auto fields = [](const STLFormat& f) {
         return std::tie(f.encoding, f.cells, f.remarks, f.firstDataLine, f.timeSource, f.timeColumn,
-                        f.dateColumn, f.order, f.fromRow, f.toRow, f.everyNth);
+                        f.dateColumn, f.order, f.greenwich, f.fromRow, f.toRow, f.everyNth);
     };
-    return fields(a) == fields(b) && std::equal(a.columns.begin(), a.columns.end(), b.columns.begin(),
-                                                b.columns.end(), [](const STLColumn& x, const STLColumn& y) {
-                                                    return x.take == y.take && x.numberTexts == y.numberTexts;
-                                                });
+    return fields(a) == fields(b) && secondsPerUnit(a) == secondsPerUnit(b) &&
+           std::equal(a.columns.begin(), a.columns.end(), b.columns.begin(), b.columns.end(),
+                      [](const STLColumn& x, const STLColumn& y) {
+                          return x.take == y.take && x.numberTexts == y.numberTexts;
+                      });
 }
 
 // Tells a progress how far a file has been read, every few hundred lines.
@@ -111,10 +112,9 @@ JobOutcome STLObject::readThrough(const Progress& progress, bool& wrongOrder)
 {
     m_read = STLCheck();
     STLRows rows(m_file, m_format, STLPass::Check);
-    STLSteps steps(m_format.timeSource == STLTimeSource::ElapsedSeconds ||
-                   m_format.timeSource == STLTimeSource::UnixSeconds ||
-                   m_format.timeSource == STLTimeSource::UnixMilliseconds);
+    STLSteps steps(timesAreNumbers(m_format.timeSource));
     STLLooks looks(progress);
+    Micros shift = 0;  // of the clock, at the first chosen row
     while (rows.next()) {
         if (!looks.goesOn(rows))
             return JobOutcome::Cancelled;
@@ -129,8 +129,10 @@ JobOutcome STLObject::readThrough(const Progress& progress, bool& wrongOrder)
         m_read.troubledRows += rows.troubles().empty() ? 0 : 1;
         if (!isChosen(m_read.rows))
             continue;
-        if (m_read.chosen++ == 0)
+        if (m_read.chosen++ == 0) {
             m_read.chosenFrom = rows.seconds();
+            shift = rows.clockShift();
+        }
         if (m_format.timeSource != STLTimeSource::Typed)
             steps.add(rows.seconds(), std::isfinite(rows.resolution()) ? rows.resolution() : 0.0);
     }
@@ -141,7 +143,8 @@ JobOutcome STLObject::readThrough(const Progress& progress, bool& wrongOrder)
     m_read.texts = rows.texts();
     steps.tell(m_read);
     m_read.zoned = rows.zoned();
-    m_read.firstWall = rows.firstWall() + std::llround(m_read.chosenFrom * kMicrosPerSecond);
+    m_read.clockChanges = rows.clockChanges();
+    m_read.firstWall = rows.firstWall() + std::llround(m_read.chosenFrom * kMicrosPerSecond) - shift;
     m_read.firstSeconds = rows.firstSeconds() + m_read.chosenFrom;
     return JobOutcome::Done;
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -14,7 +15,8 @@ constexpr std::size_t kLongestLine = 1U << 20;
 constexpr std::size_t kLongestQuote = 40;
 constexpr std::size_t kMostTexts = 10000;
 constexpr Micros kClockSetBack = 2 * 3600 * kMicrosPerSecond;
-constexpr double kMostSeconds = 4e12;  // whose microseconds fit into 64 bits, those of milliseconds too
+constexpr double kMostSeconds = 4e12;  // whose microseconds fit into 64 bits
+constexpr Micros kMicrosPerHour = 3600 * kMicrosPerSecond;
 constexpr float kMissing = std::numeric_limits<float>::quiet_NaN();
 
 constexpr std::array<double, 7> kFine = {1.0, 1e-1, 1e-2, 1e-3, 1e-4, 1e-5, 1e-6};
@@ -43,6 +45,7 @@ STLRows::STLRows(const std::filesystem::path& file, const STLFormat& format, STL
         if (format.columns[c].take)
             m_taken.push_back(c);
     m_values.resize(m_taken.size());
+    m_secondsPerUnit = secondsPerUnit(format);
 }
 
 bool STLRows::next()
@@ -144,34 +147,55 @@ std::optional<Micros> STLRows::stampAt(std::string_view cell)
 {
     const std::size_t end = std::min(cell.find_first_of(" T_"), cell.size());
     const std::optional<Micros> day = dateAt(cell.substr(0, end));
-    if (!day || end == cell.size())
+    if (day && end == cell.size())
         return day;
-    std::string_view rest = cell.substr(end + 1);
+    std::string_view rest = cell.substr(std::min(end + 1, cell.size()));
     rest.remove_prefix(std::min(rest.find_first_not_of(' '), rest.size()));
     const auto time = takeTime(rest);
     const auto zone = takeZone(rest);
-    if (!time || !rest.empty())
-        return std::nullopt;
+    if (!day || !time || !rest.empty())
+        return rareStamp(cell);
     m_resolution = std::min(m_resolution, resolutionOf(*time));
     m_zoned = m_zoned || zone;
     return *day + time->micros - Micros{zone.value_or(0)} * 60 * kMicrosPerSecond;
 }
 
+// One that is not a date, a blank or "T", and a time: it bears no day and month that could be taken for each
+// other, or its date has been looked at already.
+std::optional<Micros> STLRows::rareStamp(std::string_view cell)
+{
+    const std::optional<Stamp> stamp = readStamp(cell);
+    if (!stamp)
+        return std::nullopt;
+    if (stamp->time)
+        m_resolution = std::min(m_resolution, resolutionOf(*stamp->time));
+    m_zoned = m_zoned || stamp->zoneMinutes;
+    return wallClock(*stamp, m_format.order);
+}
+
 std::optional<double> STLRows::numberAt(std::string_view cell)
 {
     const auto number = readNumber(cell, m_format.cells);
-    if (!number || std::fabs(*number) > kMostSeconds)
+    // Nanoseconds since 1970 have more digits than a double: those since the first row are exact.
+    std::int64_t ticks = 0;
+    const bool whole =
+        m_format.timeSource == STLTimeSource::UnixNanoseconds &&
+        std::from_chars(cell.data(), cell.data() + cell.size(), ticks).ptr == cell.data() + cell.size();
+    if (!number || std::fabs(*number * m_secondsPerUnit) > kMostSeconds)
         return std::nullopt;
-    const bool millis = m_format.timeSource == STLTimeSource::UnixMilliseconds;
-    const double seconds = millis ? *number / 1000.0 : *number;
-    const double fine = resolutionOf(cell, m_format.cells.decimal);
-    m_resolution = std::min(m_resolution, millis ? fine / 1000.0 : fine);
+    // Divided where the unit is a part of a second, which rounds once.
+    const auto inSeconds = [this](double n) {
+        return m_secondsPerUnit < 1.0 ? n / std::round(1.0 / m_secondsPerUnit) : n * m_secondsPerUnit;
+    };
+    m_resolution = std::min(m_resolution, resolutionOf(cell, m_format.cells.decimal) * m_secondsPerUnit);
     if (!m_hasFirst) {
-        m_firstSeconds = seconds;
+        m_firstNumber = *number;
+        m_firstTicks = ticks;
+        m_firstSeconds = inSeconds(*number);
         if (m_format.timeSource != STLTimeSource::ElapsedSeconds)
-            m_firstWall = static_cast<Micros>(std::llround(seconds * kMicrosPerSecond));
+            m_firstWall = static_cast<Micros>(std::llround(m_firstSeconds * kMicrosPerSecond));
     }
-    return seconds - m_firstSeconds;
+    return inSeconds(whole ? static_cast<double>(ticks - m_firstTicks) : *number - m_firstNumber);
 }
 
 bool STLRows::timeAt(std::string_view text, Micros& micros)
@@ -180,7 +204,7 @@ bool STLRows::timeAt(std::string_view text, Micros& micros)
         m_resolution = std::min(m_resolution, 1.0);
         return true;
     }
-    const auto time = ::readTime(text);
+    const auto time = readClock(text);
     if (!time)
         return false;
     m_resolution = std::min(m_resolution, resolutionOf(*time));
@@ -195,8 +219,39 @@ std::optional<double> STLRows::sinceFirst(std::optional<Micros> wall)
     if (!m_hasFirst) {
         m_firstWall = *wall;
         m_firstSeconds = static_cast<double>(*wall) / kMicrosPerSecond;
+    } else if (const Micros step = *wall - m_lastWall; step != m_lastStep) {
+        const Micros before = m_clockShift;
+        followClock(*wall);
+        m_lastStep = step + m_clockShift - before;
     }
-    return static_cast<double>(*wall - m_firstWall) / kMicrosPerSecond;
+    m_lastWall = *wall;
+    return static_cast<double>(*wall + m_clockShift - m_firstWall) / kMicrosPerSecond;
+}
+
+// A local clock is set back in autumn, and the log shows an hour twice; in spring an hour is left out. Where
+// the rows run back by less than an hour, or step by an hour more or less than before, and the zone's clock
+// was set just then, their order tells the time.
+void STLRows::followClock(Micros wall)
+{
+    if (m_format.greenwich || m_zoned || m_format.timeSource == STLTimeSource::ElapsedTime)
+        return;
+    const Micros step = wall - m_lastWall;
+    const Micros near = m_lastStep / 2;
+    const auto isLast = [&](Micros other) {
+        return other >= m_lastStep - near && other <= m_lastStep + near;
+    };
+    const bool back =
+        step > -kMicrosPerHour && (step < 0 || (m_lastStep > 0 && isLast(step + kMicrosPerHour)));
+    const bool forward = m_lastStep > 0 && isLast(step - kMicrosPerHour);
+    if (!back && !forward)
+        return;
+    const auto from = localInstants(m_lastWall);
+    const auto to = localInstants(wall);
+    const Micros set = back ? kMicrosPerHour : -kMicrosPerHour;
+    if ((back ? to.last : to.first) - from.first != step + set)
+        return;
+    m_clockShift += set;
+    ++m_clockChanges;
 }
 
 // Two comparisons of eight bytes, which overlap.
@@ -244,7 +299,7 @@ float STLRows::valueOf(std::size_t column, std::string_view cell)
     if (!wanted.numberTexts) {
         if (m_pass == STLPass::Check && isNumber(cell, m_format.cells))
             return 0.0F;
-        if (const auto number = readNumber(cell, m_format.cells))
+        if (const auto number = readValue(cell, wanted, m_format.cells))
             return static_cast<float>(*number);
         if (wanted.kind == STLKind::Time)
             if (const auto time = ::readTime(cell))

@@ -60,6 +60,10 @@ public:
     double resolution() const { return m_resolution; }
     // Whether a stamp has named its zone.
     bool zoned() const { return m_zoned; }
+    // By how much the clock has been set back (or forward, below 0) since the first row, in microseconds, and
+    // how often it was set.
+    Micros clockShift() const { return m_clockShift; }
+    std::uint64_t clockChanges() const { return m_clockChanges; }
     // Of the columns whose texts are numbered, by column.
     const std::map<std::size_t, STLTexts>& texts() const { return m_texts; }
 
@@ -72,7 +76,9 @@ private:
     bool readTime();
     std::optional<double> rowSeconds();
     std::optional<double> sinceFirst(std::optional<Micros> wall);
+    void followClock(Micros wall);
     std::optional<Micros> stampAt(std::string_view cell);
+    std::optional<Micros> rareStamp(std::string_view cell);
     std::optional<double> numberAt(std::string_view cell);
     bool timeAt(std::string_view text, Micros& micros);
     bool isLastDate(std::string_view text) const;
@@ -102,8 +108,15 @@ private:
     bool m_hasFirst = false;
     Micros m_firstWall = 0;
     double m_firstSeconds = 0.0;
+    double m_firstNumber = 0.0;
+    std::int64_t m_firstTicks = 0;
     double m_resolution = std::numeric_limits<double>::infinity();
     bool m_zoned = false;
+    double m_secondsPerUnit = 1.0;  // of times that are numbers
+    Micros m_lastWall = 0;
+    Micros m_lastStep = 0;
+    Micros m_clockShift = 0;
+    std::uint64_t m_clockChanges = 0;
     // Most rows bear the date of the row before.
     std::array<char, 16> m_lastDate = {};
     std::size_t m_lastDateSize = 0;

@@ -88,6 +88,12 @@ bool fits(const STLRow& row, const std::vector<STLKind>& kinds)
     return same * 2 >= kinds.size() && (wanted == 0 || numbers > 0);
 }
 
+// Words before a number are a line of the head ("Sample Interval,4e-08"), however few columns there are.
+bool beginsWithWords(const STLRow& row, const std::vector<STLKind>& kinds)
+{
+    return row.cells[0].kind == STLKind::Text && kinds[0] != STLKind::Text && kinds.size() <= 2;
+}
+
 }  // namespace
 
 STLSample readSample(const std::filesystem::path& file)
@@ -172,7 +178,7 @@ std::size_t firstDataRow(const std::vector<STLRow>& rows, const std::vector<STLK
 {
     for (std::size_t first = 0; first < rows.size(); ++first) {
         const std::size_t end = std::min(rows.size(), first + kRunOfDataLines);
-        bool all = true;
+        bool all = !beginsWithWords(rows[first], kinds);
         for (std::size_t i = first; i < end; ++i)
             all = all && fits(rows[i], kinds);
         if (all)

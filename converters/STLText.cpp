@@ -1,20 +1,141 @@
 #include <algorithm>
+#include <array>
+#include <cctype>
 
 #include "converters/STLFormat.h"
 
-bool isRemark(std::string_view line, const STLFormat& format)
+namespace {
+
+// The last word of a text, in small letters: "ms" of "time_ms", "Zeit in ms" and "ms".
+std::string lastWord(std::string_view text)
+{
+    while (!text.empty() && std::ispunct(static_cast<unsigned char>(text.back())) != 0)
+        text.remove_suffix(1);
+    std::string word(text.substr(text.find_last_of(" _-[(/") + 1));
+    std::transform(word.begin(), word.end(), word.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return word;
+}
+
+// Seconds of a unit of time; 0 where the word is none.
+double secondsOfUnit(const std::string& word)
+{
+    struct Unit
+    {
+        double seconds;
+        std::array<std::string_view, 9> words;
+    };
+    static constexpr std::array<Unit, 7> kUnits = {
+        {{1e-9, {"ns", "nanoseconds", "nanosec"}},
+         {1e-6, {"us", "\xC2\xB5s", "\xCE\xBCs", "\xB5s", "microseconds", "micros", "usec"}},
+         {1e-3, {"ms", "msec", "milliseconds", "millis", "millisekunden", "msek"}},
+         {1, {"s", "sec", "secs", "second", "seconds", "sek", "sekunden"}},
+         {60, {"min", "mins", "minute", "minutes", "minuten"}},
+         {3600, {"h", "hr", "hrs", "hour", "hours", "std", "stunde", "stunden"}},
+         {86400, {"d", "day", "days", "tag", "tage"}}}};
+    for (const Unit& unit : kUnits)
+        if (!word.empty() && std::find(unit.words.begin(), unit.words.end(), word) != unit.words.end())
+            return unit.seconds;
+    return 0.0;
+}
+
+}  // namespace
+
+bool timesAreUnix(STLTimeSource source)
+{
+    return source == STLTimeSource::UnixSeconds || source == STLTimeSource::UnixMilliseconds ||
+           source == STLTimeSource::UnixMicroseconds || source == STLTimeSource::UnixNanoseconds;
+}
+
+bool timesAreNumbers(STLTimeSource source)
+{
+    return source == STLTimeSource::ElapsedSeconds || timesAreUnix(source);
+}
+
+double secondsPerUnit(const STLFormat& format)
+{
+    switch (format.timeSource) {
+        case STLTimeSource::UnixMilliseconds:
+            return 1e-3;
+        case STLTimeSource::UnixMicroseconds:
+            return 1e-6;
+        case STLTimeSource::UnixNanoseconds:
+            return 1e-9;
+        case STLTimeSource::ElapsedSeconds: {
+            const auto column = static_cast<std::size_t>(format.timeColumn);
+            if (format.timeColumn < 0 || column >= format.columns.size())
+                return 1.0;
+            // What the file or the user calls the unit; else the name's last word ("time_ms").
+            const double unit = secondsOfUnit(lastWord(format.columns[column].unit));
+            const double named = unit > 0.0 ? unit : secondsOfUnit(lastWord(format.columns[column].name));
+            return named > 0.0 ? named : 1.0;
+        }
+        default:
+            return 1.0;
+    }
+}
+
+std::optional<double> readValue(std::string_view cell, const STLColumn& column, const STLCells& cells)
+{
+    if (const auto number = readNumber(cell, cells))
+        return number;
+    if (column.suffix.empty() || !cell.ends_with(column.suffix))
+        return std::nullopt;
+    cell.remove_suffix(column.suffix.size());
+    return readNumber(cell.substr(0, cell.find_last_not_of(' ') + 1), cells);
+}
+
+std::string_view unitBehind(std::string_view cell, const STLCells& cells)
+{
+    constexpr std::size_t kLongestUnit = 8;
+    const std::size_t digit = cell.find_last_of("0123456789");
+    const std::size_t blank = cell.rfind(' ');
+    // "m/s2" ends in a digit too, behind a blank.
+    const bool apart = blank != std::string_view::npos && blank + 1 < cell.size();
+    const std::size_t at = apart ? blank + 1 : digit == std::string_view::npos ? 0 : digit + 1;
+    const std::string_view unit = cell.substr(std::min(at, cell.size()));
+    if (at == 0 || unit.empty() || unit.size() > kLongestUnit || (unit.front() >= '0' && unit.front() <= '9'))
+        return {};
+    // Letters that follow the digits at once are a unit only where they mean one: "3D" is none.
+    const bool sign = unit.front() == '%' || static_cast<unsigned char>(unit.front()) >= 0x80;
+    if (!apart && !sign && secondsOfUnit(std::string(unit)) <= 0.0 && unit != "V" && unit != "A" &&
+        unit != "mV" && unit != "mA" && unit != "C" && unit != "W" && unit != "Hz")
+        return {};
+    const std::string_view number = cell.substr(0, at);
+    return readNumber(number.substr(0, number.find_last_not_of(' ') + 1), cells) ? unit : std::string_view();
+}
+
+namespace {
+
+// The sign of a remark at a line's beginning; empty where there is none.
+std::string_view remarkSign(std::string_view line, const STLFormat& format)
 {
     const std::size_t at = line.find_first_not_of(" \t");
     if (at == std::string_view::npos)
-        return false;
+        return {};
     const std::string_view text = line.substr(at);
     // Most lines begin with a number, and no sign does so.
     if (text.front() >= '0' && text.front() <= '9')
-        return false;
-    return std::any_of(format.remarks.begin(), format.remarks.end(), [&](const std::string& sign) {
-        return !sign.empty() && text.starts_with(sign) &&
-               !(sign.size() == 1 && sign.front() == format.cells.separator);
-    });
+        return {};
+    for (const std::string& sign : format.remarks)
+        if (!sign.empty() && text.starts_with(sign) &&
+            !(sign.size() == 1 && sign.front() == format.cells.separator))
+            return text.substr(0, sign.size());
+    return {};
+}
+
+}  // namespace
+
+bool isRemark(std::string_view line, const STLFormat& format)
+{
+    return !remarkSign(line, format).empty();
+}
+
+std::string_view withoutRemark(std::string_view line, const STLFormat& format)
+{
+    const std::string_view sign = remarkSign(line, format);
+    return sign.empty() ? line
+                        : line.substr(static_cast<std::size_t>(sign.data() + sign.size() - line.data()));
 }
 
 std::string decoded(std::string_view bytes, STLEncoding encoding)

@@ -10,6 +10,8 @@
 namespace {
 
 constexpr std::size_t kLongestNumber = 64;
+constexpr std::size_t kLongestDate = 48;
+constexpr char kMinusByte = '\xE2';  // the first one of U+2212
 
 bool isBlank(char c)
 {
@@ -105,16 +107,52 @@ std::string_view digitsOf(std::string_view cell, char decimal)
     return !cell.empty() && (isDigit(cell.front()) || cell.front() == decimal) ? cell : std::string_view();
 }
 
-// A cell in quotes: separators inside it are text.
+// A cell in quotes: separators inside it are text. Two quotes stand for one of the text.
 const char* endOfQuoted(const char* from, const char* end, char separator)
 {
-    return std::find(std::find(from + 1, end, '"'), end, separator);
+    const char* quote = std::find(from + 1, end, '"');
+    while (end - quote > 1 && quote[1] == '"')
+        quote = std::find(quote + 2, end, '"');
+    return std::find(quote, end, separator);
 }
 
 std::string_view unquoted(std::string_view cell)
 {
     cell = withoutTail(cell);
     return cell.size() >= 2 && cell.back() == '"' ? trimmed(cell.substr(1, cell.size() - 2)) : cell;
+}
+
+// A number whose signs are not ASCII, made plain: no-break blanks (also narrow ones), the typographer's
+// apostrophe and minus, in UTF-8 or Windows-1252. Empty where it holds none of them.
+std::string_view withPlainSigns(std::string_view cell, std::array<char, kLongestNumber>& buffer)
+{
+    struct Sign
+    {
+        std::string_view bytes;
+        char plain;
+    };
+    static constexpr std::array<Sign, 6> kSigns = {{{"\xC2\xA0", ' '},
+                                                    {"\xE2\x80\xAF", ' '},
+                                                    {"\xE2\x80\x99", '\''},
+                                                    {"\xE2\x88\x92", '-'},
+                                                    {"\xA0", ' '},
+                                                    {"\x92", '\''}}};
+    std::size_t count = 0;
+    bool found = false;
+    for (std::size_t i = 0; i < cell.size() && count < buffer.size();) {
+        const auto* const sign = std::find_if(
+            kSigns.begin(), kSigns.end(), [&](const Sign& s) { return cell.substr(i).starts_with(s.bytes); });
+        found = found || sign != kSigns.end();
+        buffer[count++] = sign == kSigns.end() ? cell[i] : sign->plain;
+        i += sign == kSigns.end() ? 1 : sign->bytes.size();
+    }
+    return found && cell.size() < buffer.size() ? std::string_view(buffer.data(), count) : std::string_view();
+}
+
+bool isAscii(std::string_view cell)
+{
+    return std::none_of(cell.begin(), cell.end(),
+                        [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
 }
 
 // A number without its grouping signs; nothing where they do not stand before each three digits.
@@ -187,12 +225,20 @@ std::size_t splitCells(std::string_view line, char separator, std::vector<std::s
 std::optional<double> readNumber(std::string_view cell, const STLCells& cells)
 {
     const std::string_view digits = digitsOf(cell, cells.decimal);
-    if (digits.empty())
-        return std::nullopt;
+    std::array<char, kLongestNumber> buffer;
+    if (digits.empty()) {
+        // Only a minus may begin a number so.
+        const std::string_view plain =
+            cell.starts_with(kMinusByte) ? withPlainSigns(cell, buffer) : std::string_view();
+        return plain.starts_with('-') ? readNumber(plain, cells) : std::nullopt;
+    }
     if (const auto plain = plainNumber(digits, cells.decimal))
         return cell.front() == '-' ? -valueOf(*plain) : valueOf(*plain);
 
-    std::array<char, kLongestNumber> buffer;
+    if (cells.grouping != 0 && !isAscii(cell)) {
+        const std::string_view plain = withPlainSigns(cell, buffer);
+        return plain.empty() ? std::nullopt : readNumber(plain, cells);
+    }
     if (cells.grouping != 0 && cell.find(cells.grouping) != std::string_view::npos) {
         const std::optional<std::string_view> plain = ungrouped(cell, cells, buffer);
         if (!plain)
@@ -208,7 +254,7 @@ std::optional<double> readNumber(std::string_view cell, const STLCells& cells)
 bool isNumber(std::string_view cell, const STLCells& cells)
 {
     const std::string_view digits = digitsOf(cell, cells.decimal);
-    return !digits.empty() && (plainNumber(digits, cells.decimal) || readNumber(cell, cells));
+    return (!digits.empty() && plainNumber(digits, cells.decimal)) || readNumber(cell, cells);
 }
 
 bool isMissing(std::string_view cell, const STLCells& cells)
@@ -228,7 +274,9 @@ STLToken readToken(std::string_view cell, const STLCells& cells)
         return {STLKind::Number, cell, *number};
     if (isMissing(cell, cells))
         return {STLKind::Missing, cell, 0.0};
-    if (!isDigit(cell.front()))
+    // Words may begin a date ("Mar 12, 2024"), none without digits.
+    if (!isDigit(cell.front()) &&
+        (cell.size() > kLongestDate || std::none_of(cell.begin(), cell.end(), isDigit)))
         return {STLKind::Text, cell, 0.0};
     if (readTime(cell))
         return {STLKind::Time, cell, 0.0};

@@ -49,15 +49,22 @@ QString stepText(const STLCheck& found)
 {
     if (found.chosen < 2)
         return QStringLiteral("One row only.");
+    const QString clock =
+        found.clockChanges == 0
+            ? QString()
+            : QStringLiteral(
+                  " The local clock was set %1 meanwhile (daylight saving time); the order of the "
+                  "rows tells their time.")
+                  .arg(counted(found.clockChanges, "time", "times"));
     if (found.equalSteps)
-        return QStringLiteral("Step %1, constant.").arg(stepLength(found.typicalStep));
+        return QStringLiteral("Step %1, constant.").arg(stepLength(found.typicalStep)) + clock;
     QString line = stepRange(found.leastStep, found.greatestStep);
     if (found.gaps > 0)
         line += QStringLiteral(", %1, longest %2")
                     .arg(counted(found.gaps, "gap", "gaps"), durationText(found.longestGap));
     if (found.leastStep < 0.0)
         line += QStringLiteral(", some backwards");
-    return line + QLatin1Char('.');
+    return line + QLatin1Char('.') + clock;
 }
 
 QString resultText(const STLCheck& found)
@@ -215,8 +222,7 @@ void STLWin::enableFields()
     m_dateColumn->setEnabled(open && source == STLTimeSource::DateAndTime);
     m_timeColumn->setEnabled(open && !typed);
     m_order->setEnabled(open && (source == STLTimeSource::Stamp || source == STLTimeSource::DateAndTime));
-    m_zone->setEnabled(open && source != STLTimeSource::UnixSeconds &&
-                       source != STLTimeSource::UnixMilliseconds);
+    m_zone->setEnabled(open && !timesAreUnix(source));
     m_start->setEnabled(open && (typed || elapsed));
     m_step->setEnabled(open && typed);
     m_resampleStep->setEnabled(open && m_becomes->currentData().toInt() ==

@@ -193,7 +193,9 @@ QWidget* STLWin::buildTimeFields()
                         {"Elapsed hours:minutes:seconds", static_cast<int>(STLTimeSource::ElapsedTime)},
                         {"Elapsed seconds", static_cast<int>(STLTimeSource::ElapsedSeconds)},
                         {"Unix seconds", static_cast<int>(STLTimeSource::UnixSeconds)},
-                        {"Unix milliseconds", static_cast<int>(STLTimeSource::UnixMilliseconds)}});
+                        {"Unix milliseconds", static_cast<int>(STLTimeSource::UnixMilliseconds)},
+                        {"Unix microseconds", static_cast<int>(STLTimeSource::UnixMicroseconds)},
+                        {"Unix nanoseconds", static_cast<int>(STLTimeSource::UnixNanoseconds)}});
     m_dateColumn = choices({});
     m_timeColumn = choices({});
     m_order = choices({{"day before month", static_cast<int>(DateOrder::DayMonth)},

@@ -4,11 +4,18 @@
 #include <chrono>
 #include <ctime>
 
+#include "converters/WordedDates.h"
+
 namespace {
 
 bool isDigit(char c)
 {
     return c >= '0' && c <= '9';
+}
+
+bool isLetter(char c)
+{
+    return (c | 0x20) >= 'a' && (c | 0x20) <= 'z';
 }
 
 void skipBlanks(std::string_view& text)
@@ -56,13 +63,22 @@ int fullYear(int year, bool twoDigits)
     return year < 69 ? 2000 + year : 1900 + year;
 }
 
-// AM and PM behind the hours; 12 AM is midnight.
+// AM and PM behind the hours, also as "a", "p.m." or "p. m."; 12 AM is midnight.
 bool applyHalfOfDay(std::string_view& text, int& hours)
 {
     std::string_view rest = text;
     skipBlanks(rest);
-    const bool morning = takeWord(rest, "am");
-    if (!morning && !takeWord(rest, "pm"))
+    const bool morning = takeWord(rest, "a");
+    if (!morning && !takeWord(rest, "p"))
+        return true;
+    take(rest, '.');
+    std::string_view second = rest;
+    skipBlanks(second);
+    if (takeWord(second, "m")) {
+        take(second, '.');
+        rest = second;
+    }
+    if (!rest.empty() && isLetter(rest.front()))
         return true;
     if (hours < 1 || hours > 12)
         return false;
@@ -71,7 +87,55 @@ bool applyHalfOfDay(std::string_view& text, int& hours)
     return true;
 }
 
+// "09.58" or "09.58.30", as some countries write the time behind a date.
+std::optional<TimeOfDay> takeDottedTime(std::string_view& text)
+{
+    std::string_view rest = text;
+    const auto hours = takeNumber(rest, 1, 2);
+    if (!hours || *hours > 24 || !take(rest, '.'))
+        return std::nullopt;
+    const auto minutes = takeNumber(rest, 2, 2);
+    if (!minutes || *minutes > 59)
+        return std::nullopt;
+    TimeOfDay time;
+    time.hasSeconds = take(rest, '.');
+    const auto seconds = time.hasSeconds ? takeNumber(rest, 2, 2) : 0;
+    if (!seconds || *seconds > 60)
+        return std::nullopt;
+    time.micros = ((Micros{*hours} * 60 + *minutes) * 60 + *seconds) * kMicrosPerSecond;
+    text = rest;
+    return time;
+}
+
+// Minutes east of Greenwich of the zones' names that mean but one.
+std::optional<int> takeNamedZone(std::string_view& text)
+{
+    static constexpr std::pair<std::string_view, int> kZones[] = {{"utc", 0},  {"gmt", 0},    {"cest", 120},
+                                                                  {"cet", 60}, {"mesz", 120}, {"mez", 60}};
+    for (const auto& [name, minutes] : kZones)
+        if (takeWord(text, name))
+            return minutes;
+    return std::nullopt;
+}
+
 }  // namespace
+
+void takeFraction(std::string_view& text, TimeOfDay& time)
+{
+    // Behind a third colon stand milliseconds, three digits of them.
+    const bool millis = text.size() == 4 && text.front() == ':' && isDigit(text[2]) && isDigit(text[3]);
+    const bool marked = text.size() > 1 && (text.front() == '.' || text.front() == ',');
+    if ((!millis && !marked) || !isDigit(text[1]))
+        return;
+    text.remove_prefix(1);
+    Micros unit = kMicrosPerSecond / 10;
+    while (!text.empty() && isDigit(text.front())) {
+        time.micros += unit * (text.front() - '0');
+        unit /= 10;
+        ++time.fractionDigits;
+        text.remove_prefix(1);
+    }
+}
 
 std::optional<DateParts> takeDate(std::string_view& text)
 {
@@ -113,27 +177,17 @@ std::optional<TimeOfDay> takeTime(std::string_view& text)
         return std::nullopt;
     TimeOfDay time;
     Micros seconds = 0;
-    Micros fraction = 0;
     if (take(rest, ':')) {
         const auto whole = takeNumber(rest, 2, 2);
         if (!whole || *whole > 60)
             return std::nullopt;
         seconds = *whole;
         time.hasSeconds = true;
-        if (rest.size() > 1 && (rest.front() == '.' || rest.front() == ',') && isDigit(rest[1])) {
-            rest.remove_prefix(1);
-            Micros unit = kMicrosPerSecond / 10;
-            while (!rest.empty() && isDigit(rest.front())) {
-                fraction += unit * (rest.front() - '0');
-                unit /= 10;
-                ++time.fractionDigits;
-                rest.remove_prefix(1);
-            }
-        }
+        takeFraction(rest, time);
     }
     if (!applyHalfOfDay(rest, *hours))
         return std::nullopt;
-    time.micros = ((Micros{*hours} * 60 + *minutes) * 60 + seconds) * kMicrosPerSecond + fraction;
+    time.micros += ((Micros{*hours} * 60 + *minutes) * 60 + seconds) * kMicrosPerSecond;
     text = rest;
     return time;
 }
@@ -142,9 +196,14 @@ std::optional<int> takeZone(std::string_view& text)
 {
     std::string_view rest = text;
     skipBlanks(rest);
-    if (take(rest, 'Z') || takeWord(rest, "utc") || takeWord(rest, "gmt")) {
+    if (take(rest, 'Z')) {
         text = rest;
         return 0;
+    }
+    if (const auto named = takeNamedZone(rest);
+        named && (rest.empty() || (rest.front() != '+' && rest.front() != '-'))) {
+        text = rest;
+        return named;
     }
     if (rest.empty() || (rest.front() != '+' && rest.front() != '-'))
         return std::nullopt;
@@ -166,23 +225,44 @@ std::optional<int> takeZone(std::string_view& text)
     return sign * minutes;
 }
 
-std::optional<Stamp> readStamp(std::string_view text)
+namespace {
+
+// What stands behind a date.
+std::optional<Stamp> readBehind(const DateParts& date, std::string_view text)
 {
-    const auto date = takeDate(text);
-    if (!date)
-        return std::nullopt;
-    Stamp stamp{*date, std::nullopt, std::nullopt};
+    Stamp stamp{date, std::nullopt, std::nullopt};
     if (text.empty())
         return stamp;
-    if (text.front() != ' ' && text.front() != 'T' && text.front() != '_')
+    const bool comma = take(text, ',');
+    if (text.empty() || (text.front() != ' ' && text.front() != 'T' && text.front() != '_' && !comma))
         return std::nullopt;
-    text.remove_prefix(1);
+    if (!comma)
+        text.remove_prefix(1);
     skipBlanks(text);
     stamp.time = takeTime(text);
     if (!stamp.time)
+        stamp.time = takeDottedTime(text);
+    if (!stamp.time)
         return std::nullopt;
+    skipBlanks(text);
+    takeWord(text, "uhr");
     stamp.zoneMinutes = takeZone(text);
     return text.empty() ? std::optional(stamp) : std::nullopt;
+}
+
+}  // namespace
+
+std::optional<Stamp> readStamp(std::string_view text)
+{
+    std::string_view rest = text;
+    auto date = takeDate(rest);
+    if (!date)
+        date = takeWordedDate(rest);
+    if (date)
+        return readBehind(*date, rest);
+    if (const auto compact = readCompactStamp(text))
+        return compact;
+    return readCTime(text);
 }
 
 bool readPlainTime(std::string_view text, Micros& micros)
@@ -209,14 +289,30 @@ std::optional<TimeOfDay> readTime(std::string_view text)
 {
     if (Micros micros = 0; readPlainTime(text, micros))
         return TimeOfDay{micros, 0, true};
-    const auto time = takeTime(text);
+    std::string_view rest = text;
+    const auto time = takeTime(rest);
+    if (!time)
+        return readCompactTime(text);
+    skipBlanks(rest);
+    takeWord(rest, "uhr");
+    return rest.empty() ? time : std::nullopt;
+}
+
+std::optional<TimeOfDay> readClock(std::string_view text)
+{
+    if (const auto time = readTime(text))
+        return time;
+    const auto time = takeDottedTime(text);
     return text.empty() ? time : std::nullopt;
 }
 
 std::optional<DateParts> readDate(std::string_view text)
 {
-    const auto date = takeDate(text);
-    return text.empty() ? date : std::nullopt;
+    std::string_view rest = text;
+    if (const auto date = takeDate(rest); date && rest.empty())
+        return date;
+    const auto stamp = readStamp(text);
+    return stamp && !stamp->time ? std::optional(stamp->date) : std::nullopt;
 }
 
 std::optional<Micros> midnight(const DateParts& date, DateOrder order)
@@ -274,4 +370,17 @@ std::int64_t localSeconds(Micros wall)
     local.tm_sec = static_cast<int>(time.seconds().count());
     local.tm_isdst = -1;
     return std::mktime(&local);
+}
+
+LocalInstants localInstants(Micros wall)
+{
+    const Micros fraction = (wall % kMicrosPerSecond + kMicrosPerSecond) % kMicrosPerSecond;
+    const std::int64_t seconds = localSeconds(wall - fraction);
+    LocalInstants instants{seconds * kMicrosPerSecond + fraction, seconds * kMicrosPerSecond + fraction};
+    constexpr std::int64_t kHour = 3600;
+    if (wallAt(seconds - kHour) == wall - fraction)
+        instants.first -= kHour * kMicrosPerSecond;
+    if (wallAt(seconds + kHour) == wall - fraction)
+        instants.last += kHour * kMicrosPerSecond;
+    return instants;
 }

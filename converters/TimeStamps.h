@@ -41,13 +41,18 @@ struct Stamp
 // Each reads what stands at the beginning of `text` and takes it away; nothing where it is none.
 std::optional<DateParts> takeDate(std::string_view& text);  // yyyy-mm-dd, dd.mm.yyyy, d/m/yyyy, …
 std::optional<TimeOfDay> takeTime(std::string_view& text);  // hh:mm[:ss[.fff]] [AM|PM]
-std::optional<int> takeZone(std::string_view& text);        // Z, +hh:mm, +hhmm, +hh
+std::optional<int> takeZone(std::string_view& text);        // Z, +hh:mm, +hhmm, +hh, UTC, CET, MESZ, …
+// Adds the decimals that stand behind a second.
+void takeFraction(std::string_view& text, TimeOfDay& time);
 
-// The whole text as a stamp: a date, and behind blanks or "T" a time with or without a zone.
+// The whole text as a stamp: a date, and behind blanks or "T" a time with or without a zone. Months may be
+// words, and all may be digits (WordedDates.h).
 std::optional<Stamp> readStamp(std::string_view text);
-// The whole text as a time or as a date.
+// The whole text as a time or as a date; either may be digits alone.
 std::optional<TimeOfDay> readTime(std::string_view text);
 std::optional<DateParts> readDate(std::string_view text);
+// As readTime(), and "09.58.30": for cells that are known to hold times, since that may be a date elsewhere.
+std::optional<TimeOfDay> readClock(std::string_view text);
 
 // "hh:mm:ss" and nothing else, as nearly all loggers write it.
 bool readPlainTime(std::string_view text, Micros& micros);
@@ -64,3 +69,12 @@ std::optional<Micros> localWallClock(const Stamp& stamp, DateOrder order);
 Micros wallAt(std::int64_t seconds);
 // Seconds since the epoch of a wall clock time in the local zone.
 std::int64_t localSeconds(Micros wall);
+
+// The first and the last instant, in microseconds since the epoch, at which the local clock shows this: an
+// hour apart where it was set back.
+struct LocalInstants
+{
+    Micros first;
+    Micros last;
+};
+LocalInstants localInstants(Micros wall);

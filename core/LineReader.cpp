@@ -28,6 +28,9 @@ LineReader::LineReader(const std::filesystem::path& file, std::size_t longest)
     m_fileBytes = unknown ? 0 : size;
     fill();
     skipMark();
+    const std::string_view held(m_buffer.data(), m_end);
+    if (held.find('\n') == std::string_view::npos && held.find('\r') != std::string_view::npos)
+        m_newLine = '\r';
 }
 
 // Makes the line's beginning the buffer's and reads on behind what is there; false at the end of the file.
@@ -56,7 +59,7 @@ bool LineReader::next()
     for (;;) {
         const char* const begin = m_buffer.data() + m_begin;
         const std::size_t held = m_end - m_begin;
-        if (const void* const found = std::memchr(begin + searched, '\n', held - searched)) {
+        if (const void* const found = std::memchr(begin + searched, m_newLine, held - searched)) {
             m_lineOffset = position();
             m_lineBytes = static_cast<std::size_t>(static_cast<const char*>(found) - begin);
             m_isCut = m_lineBytes > m_longest;
@@ -98,7 +101,7 @@ bool LineReader::takeLongLine()
         const std::size_t read = std::fread(space, 1, room, m_file.get());
         if (read == 0 && std::ferror(m_file.get()) != 0)
             fail("read");
-        const void* const found = read == 0 ? nullptr : std::memchr(space, '\n', read);
+        const void* const found = read == 0 ? nullptr : std::memchr(space, m_newLine, read);
         const std::size_t ofLine =
             found == nullptr ? read : static_cast<std::size_t>(static_cast<const char*>(found) - space);
         m_lineBytes += ofLine;

@@ -10,7 +10,8 @@
 #include <vector>
 
 // Lines end at a new line; the last one may lack it. A carriage return before it belongs to the text, and so
-// does a NUL byte. A UTF-8 byte order mark at the file's beginning is passed over.
+// does a NUL byte. In a file that begins with carriage returns alone, lines end at those. A UTF-8 byte order
+// mark at the file's beginning is passed over.
 class LineReader
 {
 public:
@@ -47,6 +48,7 @@ private:
     bool takeLongLine();
 
     std::size_t m_longest;
+    char m_newLine = '\n';
     std::unique_ptr<std::FILE, Close> m_file;
     std::uint64_t m_fileBytes = 0;
     std::vector<char> m_buffer;

@@ -18,6 +18,7 @@
 // the error handler is one for the whole process.
 #pragma once
 
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 
@@ -56,7 +57,14 @@ void fid_set_error_handler(FidErrorHandler handler);
 // band-stop), half the rate (high-pass) or the centre (band-pass). A Pi filter has gain 1 at half the rate.
 // description, where not null, gets the filter in words (to be freed by std::free), null on failure.
 // The chain is a cascade of sections of second and first order, the sharpest last, or one FIR block.
-FidFilter* fid_design(const char* spec, double rate, double f0, double f1, int adjust, char** description);
+FidFilter* fid_design(const char* spec, double rate, double f0, double f1, int adjust,
+                      char** description = nullptr);
+// The same for callers that keep the words as const. A template, so that a bare null means the one above.
+template <std::same_as<const char> Char>
+FidFilter* fid_design(const char* spec, double rate, double f0, double f1, int adjust, Char** description)
+{
+    return fid_design(spec, rate, f0, f1, adjust, const_cast<char**>(description));
+}
 
 // As fid_design, for filters of a single section. Fills the array with a0 ... an, then b0 ... bm, both
 // divided by their first, and returns the gain: H(z) = gain * B(z) / A(z). A section of order 2 has 6

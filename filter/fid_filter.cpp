@@ -119,8 +119,12 @@ try {
 
 FidFilter* fid_cv_array(const double* table)
 try {
+    if (!table) {
+        fidReport("Internal error: fid_cv_array called without a table");
+        return nullptr;
+    }
     std::vector<FidBlock> blocks;
-    for (const double* at = table; at && *at != 0.0;) {
+    for (const double* at = table; *at != 0.0;) {
         const int type = wholeNumber(at[0], std::numeric_limits<std::int16_t>::max());
         const int count = type > 0 ? wholeNumber(at[1], std::numeric_limits<std::int32_t>::max()) : -1;
         if (count < 1) {

@@ -190,6 +190,9 @@ void EditTsWin::createTable()
     }
     m_table->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
     m_table->setSelectionMode(QAbstractItemView::NoSelection);
+    // Tab goes from field to field and on; the table itself has nothing to do with keys.
+    m_table->setTabKeyNavigation(false);
+    m_table->setFocusPolicy(Qt::NoFocus);
 }
 
 // -- Sources --

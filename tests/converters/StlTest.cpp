@@ -3,6 +3,7 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <ctime>
 #include <fstream>
 #include <random>
 
@@ -191,6 +192,111 @@ TEST_F(Stl, everyLoggersFileComesOutRight)
         const double start = ts->startSeconds() + static_cast<double>(ts->startTime());
         const double first = start + (extra > 0 ? ts->value(1, 1) : c.first == 0 ? 0 : c.dt);
         EXPECT_NEAR(c.first, first, 1e-3);
+    }
+}
+
+struct Written
+{
+    const char* text;
+    double first;  // seconds since the epoch
+    double dt;
+    std::vector<std::string> names;
+    std::vector<float> row;  // the first one
+};
+
+TEST_F(Stl, whatOtherCountriesAndMakersWriteComesOutRight)
+{
+    constexpr double kStart = kNoon - kOslo;
+    const std::vector<Written> cases = {
+        {"Date,V\n17-May-2016 13:45:30,1\n17-May-2016 13:45:31,2\n", kStart, 1, {"V"}, {1}},
+        {"Zeit;V\n17. Mai 2016 13:45:30;1,5\n17. Mai 2016 13:45:31;2,5\n", kStart, 1, {"V"}, {1.5F}},
+        {"T,V\n\"May 17, 2016 01:45:30 PM\",1\n\"May 17, 2016 01:45:31 p.m.\",2\n", kStart, 1, {"V"}, {1}},
+        {"Zeit;V\n17.05.2016 13:45 Uhr;1,5\n17.05.2016 13:46 Uhr;2,5\n", kStart - 30, 60, {"V"}, {1.5F}},
+        {"Data;Ora;V\n17/05/2016;13.45.30;1\n17/05/2016;13.45.31;2\n", kStart, 1, {"V"}, {1}},
+        {"T;V\n2016-05-17 13:45:30:000;1\n2016-05-17 13:45:30:125;2\n", kStart, 0.125, {"V"}, {1}},
+        {"T;V\n17.05.2016 13:45:30 MESZ;1\n17.05.2016 13:45:31 MESZ;2\n", kStart, 1, {"V"}, {1}},
+        {"Time (UTC),V\n2016-05-17 13:45:30,1\n2016-05-17 13:45:31,2\n", kNoon, 1, {"V"}, {1}},
+        {"T,V\n20160517T134530Z,1\n20160517T134531Z,2\n", kNoon, 1, {"V"}, {1}},
+        {"ID;WHEN;V\n7;201605171345;1\n7;201605171346;2\n", kStart - 30, 60, {"ID", "V"}, {7, 1}},
+        {"Day,Time,V\n20160517,134530,1\n20160517,134531,2\n", kStart, 1, {"V"}, {1}},
+        {"T,V\n5/8/16 9:58a,1\n5/8/16 9:59a,2\n", 1462701480 - kOslo, 60, {"V"}, {1}},
+        {"T,V\n1463492730000000,1\n1463492730250000,2\n", kNoon, 0.25, {"V"}, {1}},
+        {"T,V\n1463492730000000000,1\n1463492730250000000,2\n", kNoon, 0.25, {"V"}, {1}},
+        {"t [ms];V\n2;1,5\n4;2,5\n", 0.002, 0.002, {"V"}, {1.5F}},
+        {"time_min,V\n5,1\n10,2\n", 300, 300, {"V"}, {1}},
+        {"T;V\r2016-05-17 13:45:30;1\r2016-05-17 13:45:31;2\r", kStart, 1, {"V"}, {1}},
+        {"T,V\n2016-05-17 13:45:30,\"1,234.5\"\n2016-05-17 13:45:31,\"1,235.5\"\n",
+         kStart,
+         1,
+         {"V"},
+         {1234.5F}},
+        {"T,V\n2016-05-17 13:45:30,\"1,5\"\n2016-05-17 13:45:31,\"2,5\"\n", kStart, 1, {"V"}, {1.5F}},
+        {"T;V\n2016-05-17 13:45:30;\u22121\u202F234,5\n2016-05-17 13:45:31;0,5\n",
+         kStart,
+         1,
+         {"V"},
+         {-1234.5F}},
+        {"T;V\n2016-05-17 13:45:30;20,5 °C\n2016-05-17 13:45:31;20,6 °C\n", kStart, 1, {"V"}, {20.5F}},
+        {"\"T\";\"V\";\"Note\"\n\"2016-05-17 13:45:30\";\"1\";\"a \"\"b\"\"; c\"\n"
+         "\"2016-05-17 13:45:31\";\"2\";\"d\"\n",
+         kStart,
+         1,
+         {"V"},
+         {1}},
+        {"Interval,4\nLength,8\nA,1\nB,2\nC,3\nD,4\nTIME,CH1\n0.5,1\n1.0,2\n1.5,3\n2.0,4\n2.5,5\n3.0,6\n"
+         "3.5,7\n4.0,8\n",
+         0.5,
+         0.5,
+         {"CH1"},
+         {1}},
+        {"# made in May\n# T,A,B\n2016-05-17 13:45:30,1,2\n2016-05-17 13:45:31,3,4\n",
+         kStart,
+         1,
+         {"A", "B"},
+         {1, 2}},
+        {"T\tA\tRemark\n2016-05-17 13:45:30\t1\n2016-05-17 13:45:31\t3\n", kStart, 1, {"A"}, {1}},
+    };
+    for (const Written& c : cases) {
+        SCOPED_TRACE(c.text);
+        write("a.csv", c.text);
+        STLObject log("a.csv");
+        log.detect();
+        const auto ts = import(log);
+        EXPECT_EQ(0U, log.found().troubleCount);
+        EXPECT_EQ(c.names, log.columnNames());
+        ASSERT_EQ(c.row.size(), ts->columns());
+        for (std::uint32_t col = 1; col <= ts->columns(); ++col)
+            EXPECT_EQ(c.row[col - 1], ts->value(1, col));
+        EXPECT_FLOAT_EQ(static_cast<float>(c.dt), ts->dt());
+        EXPECT_NEAR(c.first, ts->startSeconds() + static_cast<double>(ts->startTime()) + c.dt, 1e-6);
+    }
+}
+
+TEST_F(Stl, clockThatIsSetWithinTheLogIsFollowed)
+{
+    // Local stamps of equal steps in truth; those of daily rows stay equal on the clock.
+    const std::vector<std::pair<std::int64_t, int>> logs = {
+        {1729967400, 3600}, {1729967400, 600}, {1729967400, 1}, {1711830600, 3600}, {1711830600, 420}};
+    for (const auto& [start, step] : logs) {
+        std::string text = "T;V\n";
+        const int rows = 12 * 3600 / step;
+        for (int i = 0; i < rows; ++i) {
+            const std::time_t at = start + std::int64_t{i} * step;
+            char stamp[32];
+            std::strftime(stamp, sizeof stamp, "%d.%m.%Y %H:%M:%S", std::localtime(&at));
+            text += std::string(stamp) + ";1\n";
+        }
+        write("a.csv", text);
+        STLObject log("a.csv");
+        log.detect();
+        const auto ts = import(log);
+        EXPECT_EQ(1U, log.found().clockChanges) << start << ' ' << step;
+        EXPECT_EQ(0, ts->timeMode()) << start << ' ' << step;
+        EXPECT_EQ(static_cast<float>(step), ts->dt());
+        EXPECT_EQ(start - step, ts->startSeconds());
+        log.format().greenwich = true;
+        log.check({});
+        EXPECT_FALSE(log.found().equalSteps) << "in UTC no clock is set";
     }
 }
 

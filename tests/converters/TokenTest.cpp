@@ -109,6 +109,18 @@ TEST(TimeStamps, stampsMeanWhatIsWritten)
         {"2016-05-17 13:45 x", DateOrder::DayMonth, {}},
         {"2016-05.17", DateOrder::DayMonth, {}},
         {"12345", DateOrder::DayMonth, {}},
+        {"Tue, 17 May 2016 13:45:30 +0000", DateOrder::MonthDay, kNoon},
+        {"Tue May 17 13:45:30 2016", DateOrder::DayMonth, kNoon},
+        {"17-OKT-16", DateOrder::MonthDay, 1476662400.0},
+        {"3. M\xE4rz 2016", DateOrder::DayMonth, 1456963200.0},
+        {"Di. 17.05.2016 13.45.30", DateOrder::MonthDay, kNoon},
+        {"2016-May-17 15:45:30 MESZ", DateOrder::DayMonth, kNoon},
+        {"2016-05-17 13:45:30 UTC-05:30", DateOrder::DayMonth, kNoon + 19800},
+        {"20160517", DateOrder::DayMonth, 1463443200.0},
+        {"20160230", DateOrder::DayMonth, {}},
+        {"May 2016", DateOrder::DayMonth, {}},
+        {"Marble 3 2016", DateOrder::DayMonth, {}},
+        {"17 May 2016 13:45:30 Alarm", DateOrder::DayMonth, {}},
     };
     for (const Case& c : cases) {
         const auto stamp = readStamp(c.text);

@@ -138,6 +138,14 @@ TEST(LineReader, linesOfEveryLengthComeWholeOrCut)
         EXPECT_TRUE(reader.lineOffset() == 3 || text[reader.lineOffset() - 1] == '\n');
         EXPECT_GE(reader.lineOffset(), from);
     }
+    std::ofstream(file, std::ios::binary) << "a\rbc\r\rd";
+    LineReader returns(file, 100);
+    for (const char* const line : {"a", "bc", "", "d"}) {
+        ASSERT_TRUE(returns.next());
+        EXPECT_EQ(line, returns.text());
+    }
+    EXPECT_FALSE(returns.next());
+
     std::filesystem::remove(file);
     EXPECT_THROW(LineReader(file, 100), std::system_error);
     EXPECT_THROW(LineReader("/", 100), std::system_error);

@@ -1,0 +1,235 @@
+#include "converters/WordedDates.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <string>
+
+namespace {
+
+bool isDigit(char c)
+{
+    return c >= '0' && c <= '9';
+}
+
+// Bytes of letters that are not ASCII count, in UTF-8 and in Windows-1252.
+bool isLetter(char c)
+{
+    return ((c | 0x20) >= 'a' && (c | 0x20) <= 'z') || static_cast<unsigned char>(c) >= 0x80;
+}
+
+void skip(std::string_view& text, std::string_view signs)
+{
+    text.remove_prefix(std::min(text.find_first_not_of(signs), text.size()));
+}
+
+// A word in lower case, without what is not ASCII: "März" is "mrz" in both encodings.
+std::string takeWord(std::string_view& text)
+{
+    std::string word;
+    while (!text.empty() && isLetter(text.front())) {
+        if (static_cast<unsigned char>(text.front()) < 0x80)
+            word += static_cast<char>(text.front() | 0x20);
+        text.remove_prefix(1);
+    }
+    return word;
+}
+
+struct Digits
+{
+    int value;
+    std::size_t count;
+};
+
+std::optional<Digits> takeDigits(std::string_view& text)
+{
+    Digits digits{0, 0};
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), digits.value);
+    if (text.empty() || !isDigit(text.front()) || error != std::errc())
+        return std::nullopt;
+    digits.count = static_cast<std::size_t>(end - text.data());
+    text.remove_prefix(digits.count);
+    return digits;
+}
+
+// 0 where the word is no month: a whole name, or one cut to three letters or more.
+int monthOf(const std::string& word)
+{
+    static constexpr std::array<std::string_view, 12> kMonths = {
+        " january januar janvier enero gennaio januari",
+        " february februar fvrier febrero febbraio februari",
+        " march maerz mrz mars marzo maart mrt",
+        " april avril abril aprile",
+        " may mai mayo maggio mei maj",
+        " june juni juin junio giugno",
+        " july juli juillet julio luglio",
+        " august aot agosto augustus augusti",
+        " september septembre septiembre settembre",
+        " october oktober octobre octubre ottobre",
+        " november novembre noviembre",
+        " december dezember dcembre diciembre dicembre"};
+    constexpr std::size_t kShortest = 3;
+    if (word == "dc")
+        return 12;  // "déc."
+    if (word.size() < kShortest)
+        return 0;
+    const auto* const found = std::find_if(kMonths.begin(), kMonths.end(), [&word](std::string_view names) {
+        return names.find(' ' + word) != std::string_view::npos;
+    });
+    return found == kMonths.end() ? 0 : static_cast<int>(found - kMonths.begin()) + 1;
+}
+
+// A day of the week before a date says nothing more.
+void skipWeekday(std::string_view& text)
+{
+    static constexpr std::array<std::string_view, 14> kDays = {
+        "mon", "tue", "wed", "thu", "fri", "sat", "sun", "die", "mit", "don", "fre", "sam", "son", "sa"};
+    std::string_view rest = text;
+    const std::string word = takeWord(rest);
+    bool known = word == "mo" || word == "di" || word == "mi" || word == "do" || word == "fr" || word == "so";
+    for (const std::string_view day : kDays)
+        known = known || (word.starts_with(day) && word.size() <= 10);
+    if (!known || rest.empty() || isLetter(rest.front()))
+        return;
+    skip(rest, "., ");
+    text = rest;
+}
+
+DateParts datedBy(int year, int month, int day)
+{
+    return {year, month, day, true, false};
+}
+
+int fullYear(const Digits& year)
+{
+    if (year.count != 2)
+        return year.value;
+    return year.value < 69 ? 2000 + year.value : 1900 + year.value;
+}
+
+std::optional<DateParts> takeDayMonthYear(std::string_view& text)
+{
+    std::string_view rest = text;
+    const auto day = takeDigits(rest);
+    if (!day || day->count > 4 || day->count == 3)
+        return std::nullopt;
+    skip(rest, day->count == 4 ? "-/ " : "-/. ");
+    const int month = monthOf(takeWord(rest));
+    if (month == 0)
+        return std::nullopt;
+    skip(rest, "-/., ");
+    const auto last = takeDigits(rest);
+    const bool yearFirst = day->count == 4;
+    if (!last || (yearFirst ? last->count > 2 : last->count != 2 && last->count != 4))
+        return std::nullopt;
+    text = rest;
+    return yearFirst ? datedBy(day->value, month, last->value) : datedBy(fullYear(*last), month, day->value);
+}
+
+std::optional<DateParts> takeMonthDayYear(std::string_view& text)
+{
+    std::string_view rest = text;
+    const int month = monthOf(takeWord(rest));
+    if (month == 0)
+        return std::nullopt;
+    skip(rest, "-/. ");
+    const auto day = takeDigits(rest);
+    if (!day || day->count > 2 || rest.empty())
+        return std::nullopt;
+    skip(rest, "-/., ");
+    const auto year = takeDigits(rest);
+    if (!year || year->count != 4)
+        return std::nullopt;
+    text = rest;
+    return datedBy(year->value, month, day->value);
+}
+
+std::optional<int> digitsAt(std::string_view text, std::size_t at, std::size_t count)
+{
+    std::string_view part = text.substr(std::min(at, text.size()), count);
+    const auto digits = takeDigits(part);
+    return digits && digits->count == count ? std::optional(digits->value) : std::nullopt;
+}
+
+// hh, hhmm or hhmmss of so many digits.
+std::optional<TimeOfDay> timeOfDigits(std::string_view text, std::size_t count)
+{
+    const auto hours = digitsAt(text, 0, std::min<std::size_t>(count, 2));
+    const auto minutes = count > 2 ? digitsAt(text, 2, 2) : 0;
+    const auto seconds = count > 4 ? digitsAt(text, 4, 2) : 0;
+    if (!hours || !minutes || !seconds || *hours > 24 || *minutes > 59 || *seconds > 60)
+        return std::nullopt;
+    TimeOfDay time;
+    time.micros = ((Micros{*hours} * 60 + *minutes) * 60 + *seconds) * kMicrosPerSecond;
+    time.hasSeconds = count > 4;
+    return time;
+}
+
+}  // namespace
+
+std::optional<DateParts> takeWordedDate(std::string_view& text)
+{
+    std::string_view rest = text;
+    skipWeekday(rest);
+    auto date = takeDayMonthYear(rest);
+    if (!date)
+        date = takeMonthDayYear(rest);
+    // "Tue 12.03.2024": the word was the day's alone.
+    if (!date && rest.size() != text.size())
+        date = takeDate(rest);
+    if (date)
+        text = rest;
+    return date;
+}
+
+std::optional<Stamp> readCTime(std::string_view text)
+{
+    skipWeekday(text);
+    const int month = monthOf(takeWord(text));
+    skip(text, " ");
+    const auto day = takeDigits(text);
+    skip(text, " ");
+    const auto time = takeTime(text);
+    skip(text, " ");
+    const auto year = takeDigits(text);
+    if (month == 0 || !day || !time || !year || year->count != 4 || !text.empty())
+        return std::nullopt;
+    return Stamp{datedBy(year->value, month, day->value), time, std::nullopt};
+}
+
+std::optional<Stamp> readCompactStamp(std::string_view text)
+{
+    const auto year = digitsAt(text, 0, 4);
+    const auto month = digitsAt(text, 4, 2);
+    const auto day = digitsAt(text, 6, 2);
+    if (!year || *year < 1900 || *year > 2100 || !month || !day)
+        return std::nullopt;
+    Stamp stamp{datedBy(*year, *month, *day), std::nullopt, std::nullopt};
+    if (!midnight(stamp.date, DateOrder::DayMonth))
+        return std::nullopt;
+    text.remove_prefix(8);
+    if (text.empty())
+        return stamp;
+    const bool parted = text.front() == 'T' || text.front() == ' ' || text.front() == '_';
+    if (parted)
+        text.remove_prefix(1);
+    const std::size_t count = std::min(text.find_first_not_of("0123456789"), text.size());
+    if (count % 2 != 0 || count > 6 || (parted && count < 4))
+        return std::nullopt;
+    stamp.time = timeOfDigits(text, count);
+    if (!stamp.time)
+        return std::nullopt;
+    text.remove_prefix(count);
+    if (parted && count == 6)
+        takeFraction(text, *stamp.time);
+    stamp.zoneMinutes = takeZone(text);
+    return text.empty() && (parted || !stamp.zoneMinutes) ? std::optional(stamp) : std::nullopt;
+}
+
+std::optional<TimeOfDay> readCompactTime(std::string_view text)
+{
+    const bool digits = text.find_first_not_of("0123456789") == std::string_view::npos;
+    if (!digits || (text.size() != 1 && text.size() != 2 && text.size() != 4 && text.size() != 6))
+        return std::nullopt;
+    return timeOfDigits(text, text.size());
+}

@@ -1,0 +1,22 @@
+// Dates whose month is a word, and stamps of digits alone: what readStamp() tries last.
+#pragma once
+
+#include <optional>
+#include <string_view>
+
+#include "converters/TimeStamps.h"
+
+// "12-Mar-2024", "3 Dec 2023", "12. März 2024", "Mar 12, 2024", "Tue, 12 Mar 2024": English and German names,
+// whole or cut to three letters, and those of some neighbours. Reads what stands at the beginning of `text`
+// and takes it away, nothing where it is none. The parts come as year, month, day.
+std::optional<DateParts> takeWordedDate(std::string_view& text);
+
+// The whole text as "Tue Mar 12 09:58:00 2024", as C's asctime() writes it.
+std::optional<Stamp> readCTime(std::string_view text);
+
+// The whole text as "20240312T095800Z", "20240312 0958", "20240312095800", "202403120958", "2024031209" or
+// "20240312"; nothing for a day or time that there is not.
+std::optional<Stamp> readCompactStamp(std::string_view text);
+
+// The whole text as "095800", "0958" or "9" (hours).
+std::optional<TimeOfDay> readCompactTime(std::string_view text);

@@ -158,8 +158,10 @@ void DFTWin::sl_execute()
     QString failure;
     try {
         const bool averaged = request.averaged;
-        if (!clearDoubts(this, *file, source()->file(), request))
+        if (!clearDoubts(this, *file, source()->file(), request)) {
+            statusBar()->showMessage(QStringLiteral("Nothing was computed"));
             return;
+        }
         if (request.averaged != averaged)
             m_fields->useSegments();
         if (m_fields->reason().isEmpty() && compute(*file, request))

@@ -10,6 +10,8 @@
 #include <cstdint>
 #include <functional>
 
+#include "calc/mixfft_steps.h"  // for callers that take the steps one by one
+
 // The greatest prime factor that a length may have.
 inline constexpr int kMaxPrimeFactor = 37;
 

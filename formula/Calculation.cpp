@@ -31,8 +31,10 @@ bool writeValues(FormulaParser& formula, const CalculationTarget& target, const 
     std::uint64_t reports = formulaReports();
     for (std::uint64_t done = 0; done < total; ++done) {
         const auto sample = static_cast<std::uint32_t>(target.range.first + done);
-        const double value = formula.Evaluate(static_cast<std::int32_t>(sample), (sample - 1U) * dt);
-        target.file.setValue(sample, target.column, static_cast<float>(value));
+        const auto value =
+            static_cast<float>(formula.Evaluate(static_cast<std::int32_t>(sample), (sample - 1U) * dt));
+        target.file.setValue(sample, target.column, value);
+        report.missing += std::isfinite(value) ? 0 : 1;
         if (reports != formulaReports()) [[unlikely]] {
             ++report.faultySamples;
             reports = formulaReports();

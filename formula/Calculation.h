@@ -53,6 +53,7 @@ struct CalculationTarget
 struct CalculationReport
 {
     std::uint64_t faultySamples = 0;  // at which the evaluation reported an error
+    std::uint64_t missing = 0;        // values that are NaN or infinite
     std::filesystem::path oldValues;  // where they lie if they could not be put back
 };
 

@@ -16,6 +16,7 @@
 #include "formula/FormulaFile.h"
 #include "formula/FormulaParser.h"
 #include "portal/TsApplication.h"
+#include "share/Boxes.h"
 #include "share/GroupedNumber.h"
 #include "share/JobProgress.h"
 
@@ -176,6 +177,15 @@ void EditTsWin::sl_calculate()
             say(reason);
             return;
         }
+        // No column is lost to a slip of the pen: "-(x1)" is nothing to the compiler.
+        if (m_parser->isNothing() &&
+            !askYesNo(
+                QMessageBox::Question, this, windowTitle(),
+                QStringLiteral("The formula was not understood: it gives 0 everywhere.\nFill x%1 with 0?")
+                    .arg(target->index()))) {
+            say(QStringLiteral("Nothing was calculated"));
+            return;
+        }
         run(*target, range);
     } catch (const TS::Failure&) {
         showMessage(QStringLiteral("A source file cannot be read. Nothing was calculated."));
@@ -226,5 +236,9 @@ void EditTsWin::tellOutcome(JobOutcome outcome, const CalculationRange& range,
             : QStringLiteral("%1 samples in %2 s").arg(groupedNumber(range.count())).arg(seconds, 0, 'f', 1);
     if (report.faultySamples > 0)
         told += QStringLiteral(", %1 with an error and the value 0").arg(groupedNumber(report.faultySamples));
+    if (report.missing > 0 && outcome == JobOutcome::Done)
+        told += QStringLiteral(", %1 missing %2")
+                    .arg(groupedNumber(report.missing),
+                         report.missing == 1 ? QStringLiteral("value") : QStringLiteral("values"));
     say(told);
 }

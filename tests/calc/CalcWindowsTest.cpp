@@ -23,6 +23,7 @@
 #include "core/TSFILE.h"
 #include "share/NumberField.h"
 #include "share/PlotCanvas.h"
+#include "share/ReadoutLabel.h"
 #include "tests/BoxAnswer.h"
 #include "tests/Desk.h"
 #include "tests/FileSizeLimit.h"
@@ -99,9 +100,11 @@ TEST_F(CalcWindows, ResultIsSavedIntoAnExistingFileAndTheScratchFileGoes)
 
 TEST_F(CalcWindows, WhatIsNotSavedIsAskedAboutAndNoLeavesNothing)
 {
+    TSFILE("a", false).setValue(7, 2, NAN);
     auto* const window = new IntegrateWin(QStringLiteral("a.ts"), 2);
     window->show();
     window->sl_execute();
+    EXPECT_TRUE(window->findChild<ReadoutLabel*>()->text().contains(QStringLiteral("missing values. After")));
     EXPECT_EQ(window->statusBar()->currentMessage(), "Filtering...finished");
     const BoxAnswer no(QStringLiteral("&No"));
     EXPECT_TRUE(close(window));

@@ -107,10 +107,11 @@ TEST(Calculation, TargetReadByItsOwnFormulaIsNeverStaleAndCancelPutsItBack)
     EXPECT_EQ(file.value(1, 2), 7.0F);
     EXPECT_EQ(file.value(2, 2), 0.0F);
 
-    FormulaParser faulty("1/t+1/t+max(1)");
+    FormulaParser faulty("1/t+1/t+max(1)+ln(t)");
     faulty.Compile();
     calculate(faulty, {file, 2, {1, 1}, 0, {}}, {}, report);
     EXPECT_EQ(report.faultySamples, 1U);
+    EXPECT_EQ(report.missing, 1U);
 }
 
 TEST(Calculation, SourceCutShortPutsTheOldValuesBack)
@@ -271,6 +272,11 @@ TEST(EditTsWin, StatusBarTellsWhatTheCompilerAcceptsInSilence)
         })) << row.formula;
     }
     EXPECT_TRUE(desk.errors.isEmpty());
+    const auto before = bytesOf("a.ts");
+    type(window, "-(x1)");
+    const BoxAnswer no(QStringLiteral("&No"));
+    window.sl_calculate();
+    EXPECT_EQ(bytesOf("a.ts"), before);
 }
 
 TEST(EditTsWin, FormulaIsSavedAndComesBackAndTroublesAreTold)

@@ -382,10 +382,11 @@ void guessNamesAbove(STLFormat& format, const STLSample& sample)
     for (std::size_t i = std::min<std::size_t>(format.firstDataLine - 1, sample.head.size());
          i-- > 0 && !remark;) {
         const STLLine& line = sample.head[i];
-        if (isEmptyLine(line.text))
+        const std::string_view text = withoutRemark(line.text, format);
+        if (isEmptyLine(text))
             continue;
         remark = isRemark(line.text, format);
-        splitCells(withoutRemark(line.text, format), format.cells.separator, cells);
+        splitCells(text, format.cells.separator, cells);
         while (!cells.empty() && cells.back().empty())
             cells.pop_back();
         if (remark ? !rows.empty() || cells.size() != columns : cells.size() <= columns)

@@ -15,8 +15,11 @@
 #include "core/ScratchFile.h"
 #include "core/TsExceptions.h"
 #include "core/TsHeader.h"
+#include "core/Variable.h"
 #include "portal/TsApplication.h"
 #include "share/Boxes.h"
+#include "share/GroupedNumber.h"
+#include "share/HeaderText.h"
 #include "share/JobProgress.h"
 #include "share/PlotCanvas.h"
 #include "share/QtMessageWin.h"
@@ -36,6 +39,13 @@ const char* const kFilter = "*.ts, *.Ts, *.TS, *.tS";
 bool isSameFile(const QString& a, const QString& b)
 {
     return QFileInfo(a).canonicalFilePath() == QFileInfo(b).canonicalFilePath();
+}
+
+// What the user means who types "result": the file result.ts, unless one of just that name is there.
+QString targetName(const QString& typed)
+{
+    const bool isWhole = typed.endsWith(QLatin1String(".ts"), Qt::CaseInsensitive) || QFile::exists(typed);
+    return isWhole ? typed : typed + QStringLiteral(".ts");
 }
 
 bool replacesTimes(const TSFILE& target)
@@ -136,8 +146,8 @@ void CalculusWin::sl_execute()
     }
     resultMade();
     statusBar()->showMessage(QString::fromLatin1(m_kind.doneText), kDoneMs);
-    readout()->showLine(QStringLiteral("%1 samples in %2 s").arg(m_work->samples()).arg(seconds, 0, 'f', 1));
     showResult();
+    tellResult(seconds);
 }
 
 // Makes the scratch file and fills its first column. False where there is no scratch file; a source that is
@@ -171,11 +181,36 @@ bool CalculusWin::prepare(const Progress& progress, JobOutcome& outcome)
     m_sourceName = QFileInfo(source()->file()).absoluteFilePath();
     const unsigned column = source()->column();
     m_work->copyHeader(*file);
+    // Oldest first, as plots show a ring file: neighbours in time are neighbours here.
+    const std::uint32_t oldest = oldestRow(*file);
+    if (file->ringStart() > 1)
+        m_work->startTime(static_cast<float>(file->startTime() + (file->ringStart() - 1.0) * file->dt()));
     m_work->columnName(1, std::string(file->columnName(column)).c_str());
     m_work->columnName(2, m_kind.resultName);
     m_work->columnDescription(1, std::string(file->columnDescription(column)).c_str());
-    outcome = copyColumnValues(*file, column, *m_work, 1, m_work->samples(), progress);
+    describeResult();
+    outcome = walkRuns(m_work->samples(), progress, [&](std::uint32_t first, std::span<float> run) {
+        file->readColumn(column, oldest - 1 + first, run);
+        m_work->writeColumn(1, first, run);
+    });
     return true;
+}
+
+// The unit of "Force [kN]" becomes kN/s or kN·s; one that is a quotient itself gets parentheses.
+void CalculusWin::describeResult()
+{
+    const auto text = [](std::string_view utf8) { return QString::fromStdString(std::string(utf8)); };
+    const QString source = headerText(m_work->columnName(1));
+    const std::string description = headerText(m_work->columnDescription(1)).toStdString();
+    const std::string times = headerText(m_work->timeUnit()).toStdString();
+    QString unit = text(unitIn(description));
+    if (unit.contains(QLatin1Char('/')))
+        unit = QStringLiteral("(%1)").arg(unit);
+    if (!unit.isEmpty())
+        unit = QString::fromUtf8(m_kind.resultUnit)
+                   .arg(unit, unitIn(times).empty() ? QStringLiteral("s") : text(unitIn(times)));
+    m_work->columnDescription(
+        2, descriptionBytes(QString::fromUtf8(m_kind.resultText).arg(source), unit).constData());
 }
 
 bool CalculusWin::refuses(TSFILE& file)
@@ -204,6 +239,20 @@ void CalculusWin::showResult()
     canvas()->setSuggestedName(QFileInfo(m_sourceName).completeBaseName() + QStringLiteral("_calc"));
 }
 
+void CalculusWin::tellResult(double seconds)
+{
+    QString told =
+        QStringLiteral("%1 samples in %2 s").arg(groupedNumber(m_work->samples())).arg(seconds, 0, 'f', 1);
+    const Group::Variables shown = canvas()->plot().variables();
+    const std::uint64_t missing = shown.empty() || !shown.back()->isBuilt()
+                                      ? 0
+                                      : shown.back()->statistics(1, m_work->samples()).missing;
+    if (missing > 0)
+        told += QStringLiteral(", %1 missing values. ").arg(groupedNumber(missing)) +
+                QString::fromLatin1(m_kind.missingNote);
+    readout()->showLine(told);
+}
+
 // -- Saving --
 
 void CalculusWin::sl_saveResults()
@@ -220,32 +269,11 @@ void CalculusWin::sl_saveResults()
             statusBar()->showMessage(QStringLiteral("Saving aborted"), kAbortedMs);
             return;
         }
-        setResultName(name);
+        setResultName(targetName(name));
     }
-    if (!mayReplace(resultName())) {
-        setResultName(QString());
-        return;
-    }
-    TsApplication* const application = TsApplication::instance();
-    std::unique_ptr<TSFILE> target(application == nullptr ? nullptr
-                                                          : application->OpenTs(resultName(), false));
+    statusBar()->clearMessage();  // it told of the calculation, or of another file
+    std::unique_ptr<TSFILE> target = openTarget(resultName());
     if (!target) {
-        statusBar()->showMessage(QStringLiteral("%1 is no ts-file that can be written. Nothing was saved")
-                                     .arg(QFileInfo(resultName()).fileName()));
-        setResultName(QString());
-        return;
-    }
-    if (target->columns() < 2) {
-        showBox(QMessageBox::Warning, this, windowTitle(),
-                QStringLiteral("%1 has only one column; the results need two.\nNothing was saved.")
-                    .arg(resultName()));
-        setResultName(QString());
-        return;
-    }
-    if (replacesTimes(*target) &&
-        !askYesNo(QMessageBox::Question, this, windowTitle(),
-                  QStringLiteral("The times of %1 stand in the columns that will be replaced.\nProceed?")
-                      .arg(resultName()))) {
         setResultName(QString());
         return;
     }
@@ -254,6 +282,39 @@ void CalculusWin::sl_saveResults()
         resultSaved();
         emit x_directory_changed();
     }
+}
+
+// Null where the results cannot, or shall not, go into the file; the user knows why.
+std::unique_ptr<TSFILE> CalculusWin::openTarget(const QString& name)
+{
+    if (!mayReplace(name))
+        return nullptr;
+    TsApplication* const application = TsApplication::instance();
+    std::unique_ptr<TSFILE> target(application == nullptr ? nullptr : application->OpenTs(name, false));
+    if (!target) {
+        statusBar()->showMessage(QStringLiteral("%1 is no ts-file that can be written. Nothing was saved")
+                                     .arg(QFileInfo(name).fileName()));
+        return nullptr;
+    }
+    if (target->columns() < 2) {
+        showBox(
+            QMessageBox::Warning, this, windowTitle(),
+            QStringLiteral("%1 has only one column; the results need two.\nNothing was saved.").arg(name));
+        return nullptr;
+    }
+    if (oldestRow(*target) != 1) {
+        showBox(QMessageBox::Warning, this, windowTitle(),
+                QStringLiteral("%1 is a ring file that does not begin with its oldest sample; the results "
+                               "do.\nNothing was saved.")
+                    .arg(name));
+        return nullptr;
+    }
+    if (replacesTimes(*target) &&
+        !askYesNo(QMessageBox::Question, this, windowTitle(),
+                  QStringLiteral("The times of %1 stand in the columns that will be replaced.\nProceed?")
+                      .arg(name)))
+        return nullptr;
+    return target;
 }
 
 bool CalculusWin::mayReplace(const QString& name)

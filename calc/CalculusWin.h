@@ -18,12 +18,15 @@ struct CalculusKind
     const char* icon;
     const char* greeting;
     const char* resultName;
+    const char* resultText;  // its description: %1 is the source column
+    const char* resultUnit;  // %1 is the source's unit, %2 that of the times
     const char* executeTip;
     const char* saveImage;
     const char* doneText;
     const char* helpTitle;
     const char* helpName;
-    bool hasSelections;  // a menu that chooses file and column
+    const char* missingNote;  // what missing values lead to; may be empty
+    bool hasSelections;       // a menu that chooses file and column
     JobOutcome (*compute)(TSFILE& work, double dt, const Progress& progress);
 };
 
@@ -49,8 +52,11 @@ private:
     bool prepare(const Progress& progress, JobOutcome& outcome);
     bool refuses(TSFILE& file);
     void showResult();
+    std::unique_ptr<TSFILE> openTarget(const QString& name);
+    void tellResult(double seconds);
     bool saveInto(ColumnTarget target);
     bool mayReplace(const QString& name);
+    void describeResult();
     void dropWork();
 
     const CalculusKind& m_kind;

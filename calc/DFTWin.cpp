@@ -52,6 +52,7 @@ DFTWin::DFTWin(const QString& file, unsigned column, QWidget* parent)
     connect(m_peaks, &PeakTable::x_chosen, this, [this](double frequency) {
         canvas()->plot().setCursor(Plot2D::A, frequency);
         canvas()->replot();
+        emit canvas()->x_cursors_changed();
     });
     connect(m_peaks, &PeakTable::x_told, this,
             [this](const QString& text) { statusBar()->showMessage(text); });
@@ -285,6 +286,7 @@ void DFTWin::saveAs(const QString& name)
             return;
         }
     } catch (const std::exception& e) {
+        statusBar()->showMessage(QStringLiteral("Nothing was saved"), kSavedMs);
         showBox(QMessageBox::Warning, this, windowTitle(),
                 QStringLiteral("Saving file %1 failed").arg(name) + QLatin1Char('\n') +
                     QString::fromLocal8Bit(e.what()));

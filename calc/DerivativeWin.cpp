@@ -3,10 +3,20 @@
 namespace {
 
 // "Derivate" and the other texts stand as users know them.
-constexpr CalculusKind kKind = {
-    "Ts-Derivative", ":img_Derivation",      "Welcome to Ts-Derivate", "d(col1)/dt", "Calculate dy/dt.",
-    "Save",          "Computing...finished", "Ts-Derivative info",     "derivative", true,
-    differentiate};
+constexpr CalculusKind kKind = {"Ts-Derivative",
+                                ":img_Derivation",
+                                "Welcome to Ts-Derivate",
+                                "d(col1)/dt",
+                                "d(%1)/dt",
+                                "%1/%2",
+                                "Calculate dy/dt.",
+                                "Save",
+                                "Computing...finished",
+                                "Ts-Derivative info",
+                                "derivative",
+                                "",
+                                true,
+                                differentiate};
 
 }  // namespace
 

@@ -11,6 +11,8 @@
 
 #include "core/TsExceptions.h"
 #include "core/TsNames.h"
+#include "core/Variable.h"
+#include "share/HeaderText.h"
 
 namespace {
 
@@ -23,7 +25,7 @@ constexpr int kLeastRows = 4;
 }  // namespace
 
 PeakTable::PeakTable(QWidget* parent)
-    : QWidget(parent), m_title(new QLabel(QStringLiteral("&Peaks"))), m_table(new QTableWidget(0, 2))
+    : QWidget(parent), m_title(new QLabel(QStringLiteral("Pea&ks"))), m_table(new QTableWidget(0, 2))
 {
     m_title->setBuddy(m_table);
     m_table->setAccessibleName(QStringLiteral("Peaks"));
@@ -54,7 +56,11 @@ PeakTable::PeakTable(QWidget* parent)
 
 void PeakTable::showSpectrum(const std::filesystem::path& spectrum, SpectrumWindow window, double mean)
 {
-    m_peaks = findPeaks(*openTsFile(spectrum.string(), true), kColumn, kPeaks, window);
+    const auto file = openTsFile(spectrum.string(), true);
+    m_peaks = findPeaks(*file, kColumn, kPeaks, window);
+    const QString unit = QString::fromStdString(std::string(unitIn(headerText(file->columnDescription(kColumn)).toStdString())));
+    m_table->horizontalHeaderItem(1)->setText(headerText(file->columnName(kColumn)) +
+                                              (unit.isEmpty() ? QString() : QStringLiteral(" [%1]").arg(unit)));
     m_spectrum = spectrum;
     m_window = window;
     m_mean = mean;
@@ -65,13 +71,13 @@ void PeakTable::clear()
 {
     m_peaks.clear();
     m_spectrum.clear();
-    fill({}, QStringLiteral("&Peaks"));
+    fill({}, QStringLiteral("Pea&ks"));
 }
 
 void PeakTable::fillPeaks()
 {
     m_showsHarmonics = false;
-    fill(m_peaks, QStringLiteral("&Peaks (mean %1)").arg(m_mean, 0, 'g', 5));
+    fill(m_peaks, QStringLiteral("Pea&ks (mean %1)").arg(m_mean, 0, 'g', 5));
 }
 
 void PeakTable::fill(const std::vector<SpectrumPeak>& peaks, const QString& title)

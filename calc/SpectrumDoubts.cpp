@@ -12,6 +12,7 @@
 #include "calc/SpectrumTexts.h"
 #include "core/TsHeader.h"
 #include "share/Boxes.h"
+#include "share/GroupedNumber.h"
 #include "share/HeaderText.h"
 #include "share/JobProgress.h"
 

@@ -14,7 +14,7 @@ inline constexpr int kSpectrumWindows = 7;
 struct SpectrumRequest
 {
     std::uint32_t column = 1;
-    std::uint32_t from = 1;  // samples, both included
+    std::uint32_t from = 1;  // samples, both included, the oldest first
     std::uint32_t to = 1;
     SpectrumTrend trend = SpectrumTrend::Mean;
     SpectrumWindow window = SpectrumWindow::Hann;

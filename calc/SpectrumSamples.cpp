@@ -14,7 +14,11 @@ std::uint32_t segmentHop(std::uint32_t used, int overlapPercent)
 }
 
 SampleReader::SampleReader(TSFILE& file, const SpectrumRequest& request)
-    : m_file(file), m_column(request.column), m_interpolate(request.interpolate), m_run(kRunSamples)
+    : m_file(file),
+      m_column(request.column),
+      m_behind(oldestRow(file) - 1),
+      m_interpolate(request.interpolate),
+      m_run(kRunSamples)
 {
 }
 
@@ -22,7 +26,7 @@ JobOutcome SampleReader::read(std::uint32_t first, std::span<double> out, const 
 {
     for (std::size_t done = 0; done < out.size();) {
         const std::span<float> part(m_run.data(), std::min(m_run.size(), out.size() - done));
-        m_file.readColumn(m_column, first + static_cast<std::uint32_t>(done), part);
+        m_file.readColumn(m_column, m_behind + first + static_cast<std::uint32_t>(done), part);
         std::copy(part.begin(), part.end(), out.begin() + static_cast<std::ptrdiff_t>(done));
         done += part.size();
         if (!goesOn(progress, done, out.size()))
@@ -80,7 +84,7 @@ SampleReader::Known SampleReader::nearest(std::int64_t sample, bool forward)
         const auto count = std::min<std::int64_t>(forward ? end - from : from, kRunSamples);
         const std::int64_t begin = forward ? from : from - count + 1;
         const std::span<float> run(m_run.data(), static_cast<std::size_t>(count));
-        m_file.readColumn(m_column, static_cast<std::uint32_t>(begin), run);
+        m_file.readColumn(m_column, m_behind + static_cast<std::uint32_t>(begin), run);
         for (std::int64_t i = 0; i < count; ++i) {
             const std::int64_t at = forward ? i : count - 1 - i;
             const float value = run[static_cast<std::size_t>(at)];
@@ -118,8 +122,9 @@ JobOutcome countMissing(TSFILE& file, const SpectrumRequest& request, std::uint6
                         const Progress& progress)
 {
     missing = 0;
+    const std::uint32_t begin = oldestRow(file) - 1 + request.from;
     return walkRuns(request.to - request.from + 1, progress, [&](std::uint32_t first, std::span<float> run) {
-        file.readColumn(request.column, request.from + first - 1, run);
+        file.readColumn(request.column, begin + first - 1, run);
         missing += static_cast<std::uint64_t>(
             std::count_if(run.begin(), run.end(), [](float v) { return !std::isfinite(v); }));
     });
@@ -134,22 +139,23 @@ JobOutcome readSteps(TSFILE& file, std::uint32_t from, std::uint32_t to, StepRan
         return JobOutcome::Done;
     steps.least = std::numeric_limits<double>::infinity();
     steps.greatest = -steps.least;
-    double begin = 0.0;
+    double start = 0.0;
     double before = 0.0;
     float farthest = 0.0F;
+    const std::uint32_t begin = oldestRow(file) - 1 + from;
     std::vector<float> whole(file.time32Column() == 0 ? 0 : kRunSamples);
     const JobOutcome outcome =
         walkRuns(to - from + 1, progress, [&](std::uint32_t first, std::span<float> run) {
-            file.readColumn(file.timeColumn(), from + first - 1, run);
+            file.readColumn(file.timeColumn(), begin + first - 1, run);
             if (!whole.empty())
-                file.readColumn(file.time32Column(), from + first - 1, std::span(whole).first(run.size()));
+                file.readColumn(file.time32Column(), begin + first - 1, std::span(whole).first(run.size()));
             for (std::size_t i = 0; i < run.size(); ++i) {
                 const double now =
                     run[i] +
                     (whole.empty() ? 0.0 : static_cast<double>(std::bit_cast<std::uint32_t>(whole[i])));
                 farthest = std::max(farthest, std::fabs(run[i]));
                 if (first + i == 1) {
-                    begin = now;
+                    start = now;
                 } else {
                     steps.least = std::min(steps.least, now - before);
                     steps.greatest = std::max(steps.greatest, now - before);
@@ -157,7 +163,7 @@ JobOutcome readSteps(TSFILE& file, std::uint32_t from, std::uint32_t to, StepRan
                 before = now;
             }
         });
-    steps.mean = (before - begin) / (to - from);
+    steps.mean = (before - start) / (to - from);
     // Each end of a step is off by half a unit in the last place at most, and so is that of another step.
     steps.grain = 2.0 * static_cast<double>(std::nextafter(farthest, INFINITY) - farthest);
     return outcome;

@@ -45,6 +45,7 @@ private:
 
     TSFILE& m_file;
     std::uint32_t m_column;
+    std::uint32_t m_behind;  // rows before the oldest sample
     bool m_interpolate;
     Gap m_gap;  // the last one that reached beyond a segment
     std::vector<float> m_run;

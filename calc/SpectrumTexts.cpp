@@ -4,6 +4,7 @@
 
 #include "calc/Spectrum.h"
 #include "calc/WindowShape.h"
+#include "share/GroupedNumber.h"
 #include "share/HeaderText.h"
 
 namespace {
@@ -37,26 +38,13 @@ QString unitOf(const QString& description)
     return open < 0 || close < 0 ? QString() : description.mid(open + 1, close - open - 1);
 }
 
-// "Amplitude of Force [N]". The unit outlives the cut at the end of the field.
+// "Amplitude of Force [N]"
 QByteArray columnText(const QString& what, const QString& column, const QString& unit)
 {
-    const QByteArray bracket = unit.isEmpty()
-                                   ? QByteArray()
-                                   : headerBytes(QStringLiteral(" [%1]").arg(unit), kColumnDescriptionBytes);
-    return headerBytes(QStringLiteral("%1 of %2").arg(what, column),
-                       kColumnDescriptionBytes - bracket.size()) +
-           bracket;
+    return descriptionBytes(QStringLiteral("%1 of %2").arg(what, column), unit);
 }
 
 }  // namespace
-
-QString groupedNumber(std::uint64_t number)
-{
-    QString text = QString::number(number);
-    for (int i = text.size() - 3; i > 0; i -= 3)
-        text.insert(i, QLatin1Char(' '));
-    return text;
-}
 
 QString memoryText(std::uint64_t bytes)
 {
@@ -80,8 +68,10 @@ QString planText(const SpectrumRequest& request)
                               .arg(plan.highest, 0, 'g', 6)
                               .arg(memoryText(plan.bytes));
     if (request.averaged)
-        return QStringLiteral("%1 segments of %2 samples, %3")
-            .arg(groupedNumber(plan.segments), groupedNumber(plan.used), reach);
+        return QStringLiteral("%1 %2 of %3 samples, %4")
+            .arg(groupedNumber(plan.segments),
+                 plan.segments == 1 ? QStringLiteral("segment") : QStringLiteral("segments"),
+                 groupedNumber(plan.used), reach);
     return QStringLiteral("%1 of %2 samples, %3")
         .arg(groupedNumber(plan.used), groupedNumber(request.to - request.from + 1), reach);
 }

@@ -8,8 +8,6 @@
 #include "calc/SpectrumRequest.h"
 #include "core/TSFILE.h"
 
-// "1 000 003".
-QString groupedNumber(std::uint64_t number);
 // "16 GB", "4.5 MB", "130 kB".
 QString memoryText(std::uint64_t bytes);
 // "1 000 000 of 1 000 003 samples, resolution 0.001 Hz, up to 500 Hz, 32 MB", or the segments.

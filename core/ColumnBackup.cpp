@@ -71,11 +71,7 @@ void ColumnBackup::restore(TSFILE& file)
         // The newest first, so that the oldest values win where ranges overlap.
         for (auto range = m_ranges.rbegin(); range != m_ranges.rend(); ++range)
             restoreRange(file, *range, in);
-        for (auto info = m_infos.rbegin(); info != m_infos.rend(); ++info) {
-            file.columnName(info->col, info->name.c_str());
-            file.columnDescription(info->col, info->description.c_str());
-            file.setColumnStamp(info->col, info->stamp);
-        }
+        std::for_each(m_infos.rbegin(), m_infos.rend(), [&](const Info& info) { restoreInfo(file, info); });
         file.flush(true);
     } catch (...) {
         m_scratch.keep();
@@ -104,6 +100,18 @@ void ColumnBackup::restoreRange(TSFILE& file, const Range& range, std::istream& 
                          std::span(old).subspan(from, to - from));
         done += static_cast<std::uint32_t>(count);
     }
+}
+
+void ColumnBackup::restoreInfo(TSFILE& file, const Info& info)
+{
+    if (file.columnName(info.col) != info.name)
+        file.columnName(info.col, info.name.c_str());
+    if (file.columnDescription(info.col) != info.description)
+        file.columnDescription(info.col, info.description.c_str());
+    int now[7];
+    file.columnStamp(info.col, now);
+    if (!std::equal(std::begin(now), std::end(now), info.stamp))
+        file.setColumnStamp(info.col, info.stamp);
 }
 
 void ColumnBackup::recall(std::uint32_t col, std::uint32_t first, std::span<float> out) const

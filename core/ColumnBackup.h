@@ -59,6 +59,8 @@ private:
 
     static void restoreRange(TSFILE& file, const Range& range, std::istream& in);
 
+    static void restoreInfo(TSFILE& file, const Info& info);
+
     TSFILE& m_file;
     ScratchFile m_scratch;
     std::filesystem::path m_path;

@@ -7,6 +7,12 @@
 #include "core/Rebuild.h"
 #include "core/TsNames.h"
 
+std::uint32_t oldestRow(TSFILE& file)
+{
+    const std::uint32_t oldest = file.ringStart();
+    return oldest == 0 || file.samples() == 0 ? 1 : (oldest - 1) % file.samples() + 1;
+}
+
 JobOutcome walkRuns(std::uint32_t samples, const Progress& progress, const RunStep& step)
 {
     std::vector<float> values(std::min(kRunSamples, samples));

@@ -14,6 +14,10 @@
 // Samples of a run: many blocks, few enough that a cancel is heard soon.
 inline constexpr std::uint32_t kRunSamples = 1U << 15;
 
+// The row of a file's oldest sample: 1, but in a ring file that has come round. Runs from there on read a
+// ring file in the order of time.
+std::uint32_t oldestRow(TSFILE& file);
+
 // What is done with a run: `first` is its first sample (from 1), `values` room for its samples.
 using RunStep = std::function<void(std::uint32_t first, std::span<float> values)>;
 

@@ -129,11 +129,16 @@ void TSFILE::openExisting()
     }
 }
 
-// Called by constructors, where no derived class answers yet: the calls say so.
 void TSFILE::lookUpTimeColumns()
 {
-    m_timeColumn = TSFILE::columnNumber("Time");
-    m_time32Column = TSFILE::columnNumber("Time32");
+    // A header may claim more columns than the whole file has room for: then only the first ones are looked
+    // at, or a damaged word in a long file would have all of its blocks read as names.
+    constexpr std::uint32_t kPlausibleColumns = 65536;
+    const std::uint32_t claimed = columns();
+    const bool fits = (std::uint64_t{claimed} / kColumnsPerBlock + 1) * kBlockBytes <= m_file.size();
+    const std::uint32_t count = fits ? claimed : std::min(claimed, kPlausibleColumns);
+    m_timeColumn = columnAmong(count, "Time");
+    m_time32Column = columnAmong(count, "Time32");
     m_timeMode = m_time32Column != 0 ? 2 : m_timeColumn != 0 ? 1 : 0;
 }
 
@@ -313,7 +318,6 @@ void TSFILE::flush(bool withHeader)
 
 bool TSFILE::refresh()
 {
-    readHeader(0, 0);
     const std::uint32_t before = m_header.lastSample;
     m_data.flush();
     std::this_thread::yield();
@@ -353,10 +357,13 @@ void TSFILE::changeColumn(std::uint32_t col, Change change)
 
 std::uint32_t TSFILE::columnNumber(const char* name)
 {
-    if (name == nullptr)
-        return 0;
+    return name == nullptr ? 0 : columnAmong(columns(), name);
+}
+
+// The first column of that name among the first `count`, or 0.
+std::uint32_t TSFILE::columnAmong(std::uint32_t count, const char* name)
+{
     const std::string_view wanted = withoutTrailingBlanks(name);
-    const std::uint32_t count = columns();
     for (std::uint32_t col = 1; col <= count && col != 0; ++col) {
         char text[kColumnName.width + 1];
         loadText(columnRecord(col), kColumnName, text);

@@ -189,7 +189,9 @@ private:
     void createContents(std::uint32_t samples, std::uint32_t columns, int timeMode);
     void openExisting();
     void lookUpTimeColumns();
+    std::uint32_t columnAmong(std::uint32_t count, const char* name);
     void requireTimeColumn();
+    std::uint32_t firstAtOrAfter(double t, std::uint32_t before, std::uint32_t high);
     std::uint32_t oldestSample() const noexcept { return m_header.ringStart == 0 ? 1 : m_header.ringStart; }
 
     // Makes sure that the header is held; with a column also that its block is.

@@ -17,6 +17,8 @@ void TSFILE::setSize(std::uint32_t samples, std::uint32_t columns)
 
 void TSFILE::resizeColumns(std::uint32_t newCount)
 {
+    if (newCount <= columns())
+        return;
     m_columnMajor = true;
     try {
         resize(newCount);

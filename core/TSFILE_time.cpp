@@ -1,5 +1,6 @@
 // TSFILE: the time of samples.
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstdio>
@@ -98,6 +99,18 @@ void TSFILE::appendRowWithTime(double t, const float* in, bool flushing)
         flush(true);
 }
 
+// In (before, high], where dt tells the time and sample `before` lies before t; high where there is none.
+std::uint32_t TSFILE::firstAtOrAfter(double t, std::uint32_t before, std::uint32_t high)
+{
+    if (sampleTime(high) < t)
+        return high;
+    while (high - before > 1) {
+        const std::uint32_t middle = before + (high - before) / 2;
+        (sampleTime(middle) < t ? before : high) = middle;
+    }
+    return high;
+}
+
 std::uint32_t TSFILE::findSample(double t)
 {
     constexpr double kFarSteps = 1000.0;   // further away than this many sample times …
@@ -109,14 +122,26 @@ std::uint32_t TSFILE::findSample(double t)
 
     std::uint32_t s = low;
     double time = 0.0;
+    std::uint32_t steps = 0;  // since the last jump
     while (time < t && s < high) {
         ++s;
         time = sampleTime(s);
         if (step > 0 && t - time > kFarSteps * step) {
             const double jump = std::floor((t - time) / step / kJumpDivisor);
-            if (s + jump < high)
+            if (s + jump < high) {
                 s += static_cast<std::uint32_t>(jump);
+                steps = 0;
+                continue;
+            }
         }
+        // From here on there are single steps only. A header may claim thousands of millions of them: where
+        // dt tells the time their end is found by bisection, and the rows of a ring come round again.
+        if (time < t && m_timeColumn == 0) {
+            s = firstAtOrAfter(t, s, high);
+            break;
+        }
+        if (time < t && m_header.ringStart != 0 && ++steps >= m_header.samples)
+            s = high;
     }
     while (s > low && sampleTime(s) > t)
         --s;
@@ -131,9 +156,11 @@ void TSFILE::adjustTime(bool quiet, float threshold)
     readHeader(0, 0);
     requireTimeColumn();
     const std::uint32_t first = m_header.ringStart;
-    const std::uint32_t last = m_header.lastSample;
     if (first <= 1)
         return;
+    // A last sample that lies beyond the ring's rows must not move one of them twice.
+    const auto last = static_cast<std::uint32_t>(
+        std::min<std::uint64_t>(m_header.lastSample, std::uint64_t{first} + m_header.samples - 1));
     const float moved = value(first, m_timeColumn);
     if (!(moved >= threshold)) {
         if (!quiet)

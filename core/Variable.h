@@ -29,6 +29,7 @@ public:
     double offset = 0.0;
     double timeShift = 0.0;
     bool visible = true;
+    bool isMark = false;  // a part of the picture that has no values to be read off
 
     const std::shared_ptr<PlotSource>& source() const noexcept { return m_source; }
     std::uint32_t column() const noexcept { return m_column; }

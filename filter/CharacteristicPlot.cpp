@@ -43,6 +43,7 @@ void showCharacteristic(PlotCanvas& canvas, const FilterCharacteristic& c, const
     if (!c.halfPower.empty()) {
         groups[0].variables().push_back(groups[1].variables().front());
         groups[0].variables().back()->variable().lineStyle = 1;
+        groups[0].variables().back()->variable().isMark = true;
         groups.erase(groups.begin() + 1);
     }
     groups[0].title = look.decibels ? "Gain [dB]" : "Gain";

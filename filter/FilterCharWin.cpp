@@ -5,11 +5,15 @@
 #include <QToolBar>
 
 #include "filter/CharacteristicPlot.h"
+#include "share/CursorDock.h"
 #include "share/PlotCanvas.h"
 #include "share/Resources.h"
 
 FilterCharWin::FilterCharWin(const FilterCharacteristic& characteristic, const QString& spec, QWidget* parent)
-    : SubWindow(parent), m_characteristic(characteristic), m_canvas(new PlotCanvas(this))
+    : SubWindow(parent),
+      m_characteristic(characteristic),
+      m_canvas(new PlotCanvas(this)),
+      m_cursors(new CursorDock(m_canvas))
 {
     loadResources();
     setWindowTitle(QStringLiteral("Ts-Filt with: %1").arg(spec));
@@ -22,8 +26,10 @@ FilterCharWin::FilterCharWin(const FilterCharacteristic& characteristic, const Q
             [this](const QString& text) { statusBar()->showMessage(text); });
     connect(m_canvas, &PlotCanvas::x_told, this,
             [this](const QString& text) { statusBar()->showMessage(text); });
+    addDockWidget(Qt::BottomDockWidgetArea, m_cursors);
+    statusBar();
     plot();
-    resize(820, 600);
+    resize(820, 700);
 }
 
 void FilterCharWin::createActions()
@@ -41,9 +47,17 @@ void FilterCharWin::createActions()
 
     QMenu* const axes = menuBar()->addMenu(QStringLiteral("&Axes"));
     axes->addActions({m_decibels, m_logarithmic});
-    m_canvas->fillViewMenu(*menuBar()->addMenu(QStringLiteral("&View")));
+    QMenu* const view = menuBar()->addMenu(QStringLiteral("&View"));
+    m_canvas->fillViewMenu(*view);
+    PlotCanvas::holdInWindow(*view);
+    view->addSeparator();
+    view->addAction(m_cursors->toggleViewAction());
     m_canvas->fillCursorMenu(*menuBar()->addMenu(QStringLiteral("C&ursors")));
-    m_canvas->fillOutputMenu(*menuBar()->addMenu(QStringLiteral("&Output")));
+    QMenu* const output = menuBar()->addMenu(QStringLiteral("Out&put"));
+    m_canvas->fillOutputMenu(*output);
+    PlotCanvas::holdInWindow(*output);
+    output->addSeparator();
+    output->addAction(QStringLiteral("C&lose"), this, &QWidget::close, QKeySequence::Close);
     addToolBar(QStringLiteral("Axes"))->addActions({m_decibels, m_logarithmic});
 }
 

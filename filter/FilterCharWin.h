@@ -4,6 +4,7 @@
 #include "filter/FilterCharacteristic.h"
 #include "share/SubWindow.h"
 
+class CursorDock;
 class PlotCanvas;
 class QAction;
 
@@ -24,6 +25,7 @@ private:
 
     FilterCharacteristic m_characteristic;
     PlotCanvas* m_canvas;
+    CursorDock* m_cursors;
     QAction* m_decibels = nullptr;
     QAction* m_logarithmic = nullptr;
 };

@@ -12,6 +12,7 @@
 #include "filter/FilterRun.h"
 #include "filter/FilterWin.h"
 #include "share/Boxes.h"
+#include "share/GroupedNumber.h"
 #include "share/JobProgress.h"
 #include "share/PlotCanvas.h"
 #include "share/ReadoutLabel.h"
@@ -132,12 +133,11 @@ void FilterWin::showResult(const FilterOutcome& outcome, double seconds, bool ha
         QStringLiteral("%1: %2").arg(QFileInfo(m_sourceFile).fileName(), m_words).toStdString();
     canvas()->setSuggestedName(QFileInfo(m_sourceFile).completeBaseName() + QStringLiteral("_filt"));
     canvas()->replot();
-    QString told =
-        QStringLiteral("%1 samples in %2 s")
-            .arg(QLocale(QLocale::C).toString(canvas()->plot().variables().front()->variable().rows()))
-            .arg(seconds, 0, 'f', 1);
+    QString told = QStringLiteral("%1 samples in %2 s")
+                       .arg(groupedNumber(canvas()->plot().variables().front()->variable().rows()))
+                       .arg(seconds, 0, 'f', 1);
     if (outcome.missing > 0)
-        told += QStringLiteral(", %1 missing values").arg(outcome.missing);
+        told += QStringLiteral(", %1 missing values").arg(groupedNumber(outcome.missing));
     if (hasOwnTimes)
         told += QStringLiteral(", taken at equal steps: the file's own times (\"Time\") are not used");
     readout()->showLine(told);

@@ -8,10 +8,19 @@
 
 namespace {
 
-constexpr double kTolerance = 1e-6;  // of dt
 constexpr std::uint32_t kLookEvery = 4096;
 // Keeping the old values is the smaller part of the work, in hundredths.
 constexpr std::uint64_t kBackupShare = 20;
+
+// How much a time may miss a sample, both in samples. A dt of 0.01 is a little less as a 32-bit float, which
+// adds up: the 50th step of it is not quite at the 0.5 that somebody types.
+double slackOf(double time)
+{
+    constexpr double kTolerance = 1e-6;
+    constexpr double kFloatRounding = 1.0 / (1 << 24);
+    constexpr double kMost = 0.5;
+    return std::min(kMost, kTolerance + std::fabs(time) * kFloatRounding);
+}
 
 // False where the user has cancelled.
 bool writeValues(FormulaParser& formula, const CalculationTarget& target, const Progress& progress,
@@ -58,8 +67,10 @@ CalculationRange calculationRange(std::span<const TimeBounds> rows, double dt, s
     for (const TimeBounds& row : rows) {
         if (std::isnan(row.start) || std::isnan(row.end))
             return {1, 0};
-        const double first = std::ceil(row.start / dt - kTolerance) + 1.0;
-        const double last = std::floor(row.end / dt + kTolerance) + 1.0;
+        const double start = row.start / dt;
+        const double end = row.end / dt;
+        const double first = std::ceil(start - slackOf(start)) + 1.0;
+        const double last = std::floor(end + slackOf(end)) + 1.0;
         if (last < 1.0 || first > samples)
             return {1, 0};
         if (first > range.first)

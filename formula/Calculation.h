@@ -26,7 +26,8 @@ struct TimeBounds
 };
 
 // The samples of the target whose time lies within the bounds of every row; t is (sample - 1) * dt, whatever
-// the file's start time. Bounds have a tolerance of a millionth of dt.
+// the file's start time. Bounds have a tolerance of a millionth of dt and
+// of what a 32-bit dt adds up to.
 struct CalculationRange
 {
     std::uint32_t first = 1;

@@ -29,7 +29,7 @@
 
 namespace {
 
-constexpr int kNoFilesMs = 5000;
+constexpr int kNoticeMs = 5000;
 constexpr int kTargetWidth = 50;
 const char* const kInfoTitle = "Ts-EditWin info";
 
@@ -190,6 +190,9 @@ void EditTsWin::createTable()
     }
     m_table->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
     m_table->setSelectionMode(QAbstractItemView::NoSelection);
+    // Tab goes from field to field and on; the table itself has nothing to do with keys.
+    m_table->setTabKeyNavigation(false);
+    m_table->setFocusPolicy(Qt::NoFocus);
 }
 
 // -- Sources --
@@ -197,11 +200,11 @@ void EditTsWin::createTable()
 void EditTsWin::sl_addSource()
 {
     if (tsFileNames().isEmpty()) {
-        statusBar()->showMessage(QStringLiteral("No ts-files found on present directory"), kNoFilesMs);
+        statusBar()->showMessage(QStringLiteral("No ts-files found on present directory"), kNoticeMs);
         return;
     }
     if (m_rows.size() >= kMostSources) {
-        say(QStringLiteral("There are eight sources already."));
+        statusBar()->showMessage(QStringLiteral("There are eight sources already."), kNoticeMs);
         return;
     }
     addRow(QString(), 0);
@@ -252,8 +255,9 @@ void EditTsWin::changeEvent(QEvent* event)
         row->refreshFiles();
 }
 
-void EditTsWin::sl_cbTargetActivated(int /*index*/)
+void EditTsWin::sl_cbTargetActivated(int index)
 {
+    m_target->setCurrentIndex(index);
     checkQuietly();
 }
 
@@ -328,6 +332,7 @@ void EditTsWin::sl_load()
         say(QStringLiteral("Loading aborted"));
         return;
     }
+    say(QStringLiteral("Nothing was loaded"));
     try {
         const auto formula = readFormulaFile(localName(name));
         if (!formula) {
@@ -362,6 +367,7 @@ void EditTsWin::sl_saveas()
         writeFormulaFile(localName(name), m_formula->text().toStdString());
         say(QStringLiteral("Saved %1").arg(QFileInfo(name).fileName()));
     } catch (const std::exception&) {
+        say(QStringLiteral("Nothing was saved"));
         // The title is that of the program that this dialog came from, and stays.
         showBox(QMessageBox::Warning, this, QStringLiteral("Ts-Curvefit"),
                 QStringLiteral("%1 %2").arg(QStringLiteral("Unable to open"), name));

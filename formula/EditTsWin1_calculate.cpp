@@ -5,6 +5,7 @@
 #include <QFile>
 #include <QLabel>
 #include <QLineEdit>
+#include <QStatusBar>
 
 #include <algorithm>
 #include <ctime>
@@ -15,19 +16,12 @@
 #include "formula/FormulaFile.h"
 #include "formula/FormulaParser.h"
 #include "portal/TsApplication.h"
+#include "share/GroupedNumber.h"
 #include "share/JobProgress.h"
 
 namespace {
 
 constexpr int kShownChars = 24;  // of a text that is ignored: the status bar stays as narrow as the window
-
-QString grouped(qulonglong number)
-{
-    QString text = QString::number(number);
-    for (int i = text.size() - 3; i > 0; i -= 3)
-        text.insert(i, QLatin1Char(' '));
-    return text;
-}
 
 // What the compiler accepts and the user may not have meant.
 QString hintFor(const FormulaParser& parser)
@@ -157,6 +151,7 @@ CalculationRange EditTsWin::rangeFor(const EditVariable& target, QString& reason
 
 void EditTsWin::sl_calculate()
 {
+    statusBar()->clearMessage();  // it told of the calculation before
     EditVariable* const target = targetRow();
     if (target == nullptr) {
         showMessage(QStringLiteral("No target selected"));
@@ -226,8 +221,8 @@ void EditTsWin::tellOutcome(JobOutcome outcome, const CalculationRange& range,
     QString told =
         outcome == JobOutcome::Cancelled
             ? QStringLiteral("Cancelled: the column is as it was")
-            : QStringLiteral("%1 samples in %2 s").arg(grouped(range.count())).arg(seconds, 0, 'f', 1);
+            : QStringLiteral("%1 samples in %2 s").arg(groupedNumber(range.count())).arg(seconds, 0, 'f', 1);
     if (report.faultySamples > 0)
-        told += QStringLiteral(", %1 with an error and the value 0").arg(grouped(report.faultySamples));
+        told += QStringLiteral(", %1 with an error and the value 0").arg(groupedNumber(report.faultySamples));
     say(told);
 }

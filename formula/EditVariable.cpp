@@ -19,13 +19,6 @@ QString timeText(double seconds)
     return QString::asprintf("%g", seconds);
 }
 
-// Shows a value without counting as an edit of the user's.
-void show(QLineEdit* field, double seconds)
-{
-    field->setText(timeText(seconds));
-    field->setModified(false);
-}
-
 }  // namespace
 
 EditVariable::EditVariable(int index, QTableWidget* table, QObject* parent)
@@ -53,8 +46,8 @@ EditVariable::EditVariable(int index, QTableWidget* table, QObject* parent)
         widget->setAccessibleName(QStringLiteral("x%1 %2").arg(index).arg(QLatin1String(name)));
     connect(m_files, SIGNAL(activated(int)), this, SLOT(sl_fileComboActivated(int)));
     connect(m_columns, SIGNAL(activated(int)), this, SLOT(sl_colComboActivated(int)));
-    connect(m_start, SIGNAL(textEdited(QString)), this, SLOT(sl_StartTimeChanged(QString)));
-    connect(m_end, SIGNAL(textEdited(QString)), this, SLOT(sl_EndTimeChanged(QString)));
+    connect(m_start, SIGNAL(textChanged(QString)), this, SLOT(sl_StartTimeChanged(QString)));
+    connect(m_end, SIGNAL(textChanged(QString)), this, SLOT(sl_EndTimeChanged(QString)));
 }
 
 QString EditVariable::fileName() const
@@ -72,7 +65,7 @@ void EditVariable::choose(const QString& file, unsigned column)
     refreshFiles();
     if (!file.isEmpty())
         m_files->setFile(file);
-    sl_fileComboActivated(0);
+    takeFile();
     if (column != 0)
         m_columns->setColumn(column);
 }
@@ -94,10 +87,12 @@ void EditVariable::setTs(std::shared_ptr<TSFILE> ts)
         return;
     const double start = m_ts->startTime();
     const double dt = m_ts->dt();
+    m_showsOwn = true;
     if (!m_startEdited)
-        show(m_start, start);
+        m_start->setText(timeText(start));
     if (!m_endEdited)
-        show(m_end, start + (m_ts->samples() == 0 ? 0.0 : (m_ts->samples() - 1.0) * dt));
+        m_end->setText(timeText(start + (m_ts->samples() == 0 ? 0.0 : (m_ts->samples() - 1.0) * dt)));
+    m_showsOwn = false;
     m_sampleTime->setText(timeText(dt));
 }
 
@@ -116,7 +111,7 @@ bool EditVariable::hasBounds() const
     return m_start->isValid() && m_end->isValid();
 }
 
-void EditVariable::sl_fileComboActivated(int /*index*/)
+void EditVariable::takeFile()
 {
     m_startEdited = m_endEdited = false;
     m_path = m_files->file().isEmpty() ? QString() : QDir(m_directory).absoluteFilePath(m_files->file());
@@ -125,19 +120,33 @@ void EditVariable::sl_fileComboActivated(int /*index*/)
     emit x_changed();
 }
 
-void EditVariable::sl_colComboActivated(int /*index*/)
+void EditVariable::sl_fileComboActivated(int index)
 {
+    m_files->setCurrentIndex(index);
+    takeFile();
+}
+
+void EditVariable::sl_colComboActivated(int index)
+{
+    m_columns->setCurrentIndex(index);
     emit x_changed();
 }
 
-void EditVariable::sl_StartTimeChanged(const QString& /*text*/)
+void EditVariable::sl_StartTimeChanged(const QString& text)
 {
-    m_startEdited = true;
-    emit x_changed();
+    takeTime(m_start, text, m_startEdited);
 }
 
-void EditVariable::sl_EndTimeChanged(const QString& /*text*/)
+void EditVariable::sl_EndTimeChanged(const QString& text)
 {
-    m_endEdited = true;
+    takeTime(m_end, text, m_endEdited);
+}
+
+void EditVariable::takeTime(NumberField* field, const QString& text, bool& isEdited)
+{
+    if (m_showsOwn)
+        return;
+    isEdited = true;
+    field->setText(text);
     emit x_changed();
 }

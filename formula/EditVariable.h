@@ -54,6 +54,9 @@ signals:
     void x_changed();
 
 private:
+    void takeFile();
+    void takeTime(NumberField* field, const QString& text, bool& isEdited);
+
     int m_index;
     FileCombo* m_files;
     ColumnCombo* m_columns;
@@ -65,4 +68,5 @@ private:
     std::shared_ptr<TSFILE> m_ts;
     bool m_startEdited = false;
     bool m_endEdited = false;
+    bool m_showsOwn = false;  // the file's times are being shown: no edit
 };

@@ -143,8 +143,14 @@ AxisTicks fittingLinear(double least, double most, bool isLog, const LabelRoom& 
     AxisTicks axis;
     for (Step step = firstStep(span);; step = step.next()) {
         AxisTicks next = linearWith(step, least, most, isLog);
-        if (labelsFit(next, length, room))
-            return labelCount(next) > 0 || axis.ticks.empty() ? next : oneLabel(std::move(axis));
+        if (labelsFit(next, length, room)) {
+            if (labelCount(next) > 1 || axis.ticks.empty())
+                return next;
+            // One number tells no scale: rather two of the finer step's.
+            if (AxisTicks outer = outerLabels(axis); labelsFit(outer, length, room))
+                return outer;
+            return labelCount(next) > 0 ? next : oneLabel(std::move(axis));
+        }
         axis = std::move(next);
     }
 }

@@ -1,13 +1,26 @@
 #include "share/Boxes.h"
 
+#include <QFontMetrics>
+#include <QGridLayout>
 #include <QGuiApplication>
 #include <QPushButton>
 
 namespace {
 
+// Qt sizes a box for its text alone; with a short one the window manager would cut a long title.
+void letTitleFit(QMessageBox& box)
+{
+    constexpr int kFrameButtons = 130;  // what a title bar needs beside the title
+    if (auto* const grid = qobject_cast<QGridLayout*>(box.layout()))
+        grid->addItem(
+            new QSpacerItem(QFontMetrics(box.font()).horizontalAdvance(box.windowTitle()) + kFrameButtons, 0),
+            grid->rowCount(), 0, 1, grid->columnCount());
+}
+
 // A box may come up in the middle of work that shows the wait cursor: now the user is waited for.
 void execWithArrow(QMessageBox& box)
 {
+    letTitleFit(box);
     QGuiApplication::setOverrideCursor(Qt::ArrowCursor);
     box.exec();
     QGuiApplication::restoreOverrideCursor();

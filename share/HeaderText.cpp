@@ -26,3 +26,11 @@ QString headerText(const char* bytes)
         return text;
     return QTextCodec::codecForName("windows-1252")->toUnicode(raw);
 }
+
+QByteArray descriptionBytes(const QString& text, const QString& unit)
+{
+    const QByteArray bracket = unit.isEmpty()
+                                   ? QByteArray()
+                                   : headerBytes(QStringLiteral(" [%1]").arg(unit), kColumnDescriptionBytes);
+    return headerBytes(text, kColumnDescriptionBytes - static_cast<int>(bracket.size())) + bracket;
+}

@@ -13,6 +13,10 @@ QByteArray headerBytes(const QString& text, int width);
 // A header text as it is shown, without trailing blanks and control characters. Null gives an empty one.
 QString headerText(const char* bytes);
 
+// The description of a column with its unit, "Amplitude of Force [N]". The unit, which may be empty, outlives
+// the cut at the end of the field.
+QByteArray descriptionBytes(const QString& text, const QString& unit);
+
 // The widths that a user's texts are cut to.
 inline constexpr int kColumnNameBytes = 11;
 inline constexpr int kColumnDescriptionBytes = 45;

@@ -107,6 +107,7 @@ void PlotCanvas::showValues(const std::vector<double>& x, const QString& xTitle,
 void PlotCanvas::showText(const QString& text)
 {
     m_text = text;
+    setAccessibleDescription(text);
     if (!text.isEmpty())
         m_layout = {};
     replot();
@@ -232,6 +233,7 @@ void PlotCanvas::drawPicture()
     look.markerGap = static_cast<int>(std::lround(look.markerGap * ratio));
     m_layout = drawPlot(m_plot, driver, m_picture.width(), look);
     driver.EndPage();
+    setAccessibleDescription(plotDescription(m_plot));
 }
 
 void PlotCanvas::paintEvent(QPaintEvent* event)

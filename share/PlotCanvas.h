@@ -48,6 +48,8 @@
 class PsConfigDialog;
 class QMenu;
 
+struct PlotCommand;
+
 class PlotCanvas : public QFrame
 {
     Q_OBJECT
@@ -126,6 +128,9 @@ public:
     void fillCursorMenu(QMenu& menu);
     void fillAxesMenu(QMenu& menu);
     void fillOutputMenu(QMenu& menu);
+    // Lets the shortcuts of such a menu hold in the whole window, and not only while the canvas has the
+    // focus.
+    static void holdInWindow(QMenu& menu);
 
     QSize sizeHint() const override { return {900, 520}; }
     QSize minimumSizeHint() const override { return {240, 140}; }
@@ -177,6 +182,7 @@ public slots:
     void sl_psParameters();
 
 protected:
+    bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void changeEvent(QEvent* event) override;
@@ -218,6 +224,7 @@ private:
     void clickAt(const QPoint& pixel, bool shift);
     void dragTo(const QPoint& pixel);
     void tellHover(const QPoint& pixel);
+    void tellHoverAgain();
 
     // Changes the view by a step of the user's, which "previous view" takes back.
     void changeView(int gesture, const std::function<void()>& change);
@@ -226,6 +233,7 @@ private:
     void moveCursor(std::int64_t samples);
     void toExtreme(bool greatest);
     int activeGroup() const;
+    static const PlotCommand* commandOf(const QKeyEvent& event);
     bool handleKey(const QKeyEvent& event);
     void editLimits(const Place& place);
     void addGroupEntries(QMenu& menu, int group);

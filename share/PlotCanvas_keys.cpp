@@ -42,20 +42,37 @@ int cursorStep(const QKeyEvent& event)
 
 // -- Keys --
 
+const PlotCommand* PlotCanvas::commandOf(const QKeyEvent& event)
+{
+    const int pressed = event.key() | static_cast<int>(event.modifiers() & ~Qt::KeypadModifier);
+    for (const PlotCommand& command : plotCommands())
+        if (pressed == command.key || (command.otherKey != 0 && pressed == command.otherKey))
+            return &command;
+    return nullptr;
+}
+
 bool PlotCanvas::handleKey(const QKeyEvent& event)
 {
     if (const int step = cursorStep(event); step != 0) {
         moveCursor(step);
         return true;
     }
-    const int pressed = event.key() | static_cast<int>(event.modifiers() & ~Qt::KeypadModifier);
-    for (const PlotCommand& command : plotCommands()) {
-        if (pressed == command.key || (command.otherKey != 0 && pressed == command.otherKey)) {
-            (this->*command.run)();
-            return true;
-        }
+    const PlotCommand* const command = commandOf(event);
+    if (command == nullptr)
+        return false;
+    (this->*command->run)();
+    return true;
+}
+
+// Of two canvases in a window, the one that has the focus answers: not the window's menu.
+bool PlotCanvas::event(QEvent* event)
+{
+    if (event->type() == QEvent::ShortcutOverride && m_text.isEmpty() &&
+        commandOf(*static_cast<QKeyEvent*>(event)) != nullptr) {
+        event->accept();
+        return true;
     }
-    return false;
+    return QFrame::event(event);
 }
 
 void PlotCanvas::keyPressEvent(QKeyEvent* event)
@@ -181,18 +198,22 @@ void PlotCanvas::sl_toEnd()
 
 void PlotCanvas::sl_previousView()
 {
-    if (m_plot.back())
-        viewChanged();
-    else
+    if (!m_plot.back()) {
         emit x_told(tr("There is no earlier view."));
+        return;
+    }
+    viewChanged();
+    tellHoverAgain();
 }
 
 void PlotCanvas::sl_nextView()
 {
-    if (m_plot.forward())
-        viewChanged();
-    else
+    if (!m_plot.forward()) {
         emit x_told(tr("There is no later view."));
+        return;
+    }
+    viewChanged();
+    tellHoverAgain();
 }
 
 namespace {

@@ -26,6 +26,12 @@ bool isOwnKey(int key)
            plain == Qt::Key_Right;
 }
 
+// An ampersand of the user's is no mnemonic.
+QString axisTitleOf(const Group& group)
+{
+    return QString::fromStdString(group.axisTitle()).replace(QLatin1Char('&'), QLatin1String("&&"));
+}
+
 void addCommands(PlotCanvas* canvas, QMenu& menu, Part part)
 {
     for (const PlotCommand& command : plotCommands()) {
@@ -83,14 +89,23 @@ void PlotCanvas::fillCursorMenu(QMenu& menu)
 void PlotCanvas::fillAxesMenu(QMenu& menu)
 {
     addXEntries(menu);
-    if (const int group = activeGroup(); group >= 0)
-        addGroupEntries(menu, group);
+    // All of them: without a mouse none is the one that is meant.
+    for (const std::size_t group : m_layout.groupOf)
+        if (group < m_plot.groups().size())
+            addGroupEntries(menu, static_cast<int>(group));
     addLookEntries(menu);
 }
 
 void PlotCanvas::fillOutputMenu(QMenu& menu)
 {
     addCommands(this, menu, Part::Output);
+}
+
+void PlotCanvas::holdInWindow(QMenu& menu)
+{
+    for (QAction* const action : menu.actions())
+        if (!action->shortcut().isEmpty())
+            action->setShortcutContext(Qt::WindowShortcut);
 }
 
 void PlotCanvas::fillMenu(QMenu& menu, int group)
@@ -126,11 +141,14 @@ void PlotCanvas::addXEntries(QMenu& menu)
 
 void PlotCanvas::addGroupEntries(QMenu& menu, int group)
 {
-    QMenu* const y = menu.addMenu(tr("&Y axis"));
+    const auto index = static_cast<std::size_t>(group);
+    QMenu* const y =
+        menu.addMenu(m_layout.groupOf.size() < 2
+                         ? tr("&Y axis")
+                         : tr("Y axis &%1  %2").arg(group + 1).arg(axisTitleOf(m_plot.groups()[index])));
     static const Choice<YMode> modes[] = {{YMode::Whole, "Fit the &whole series"},
                                           {YMode::View, "Fit what is in &view"},
                                           {YMode::Fixed, "&Fixed"}};
-    const auto index = static_cast<std::size_t>(group);
     addChoices(*y, modes, m_plot.groups()[index].mode, [this, index](YMode mode) {
         changeView(0, [&] {
             Group& g = m_plot.groups()[index];

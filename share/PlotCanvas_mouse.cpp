@@ -1,5 +1,6 @@
 // PlotCanvas: what the mouse does.
 
+#include <QApplication>
 #include <QMouseEvent>
 #include <QWheelEvent>
 
@@ -32,6 +33,7 @@ void PlotCanvas::changeView(int gesture, const std::function<void()>& change)
         // The next picture tells which file it is.
     }
     viewChanged();
+    tellHoverAgain();
 }
 
 PlotCanvas::Place PlotCanvas::placeOf(const QPoint& pixel) const
@@ -282,7 +284,7 @@ void PlotCanvas::tellHover(const QPoint& pixel)
         parts.append(xText(m_plot, x));
     constexpr int kMostValues = 8;
     for (const auto& v : m_plot.groups()[static_cast<std::size_t>(place.group)].variables()) {
-        if (!v->variable().visible)
+        if (!v->variable().visible || v->variable().isMark)
             continue;
         if (parts.size() > kMostValues) {
             parts.append(QStringLiteral("…"));
@@ -292,6 +294,15 @@ void PlotCanvas::tellHover(const QPoint& pixel)
                                                    valueWithUnit(*v, valueAt(m_plot, *v, x))));
     }
     emit x_hovered(parts.join(QStringLiteral(",  ")));
+}
+
+// Something else lies under the mouse now.
+void PlotCanvas::tellHoverAgain()
+{
+    if (placeOf(m_mouse).zone != Zone::Plot)
+        return;
+    emit x_cursor_moved(m_mouse.x(), m_mouse.y(), static_cast<int>(QApplication::mouseButtons()));
+    tellHover(m_mouse);
 }
 
 void PlotCanvas::placeCursor(Plot2D::Cursor which, double x)

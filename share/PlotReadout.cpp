@@ -4,6 +4,8 @@
 #include <QStringList>
 
 #include <algorithm>
+#include <array>
+#include <charconv>
 #include <cmath>
 #include <limits>
 #include <optional>
@@ -155,6 +157,40 @@ QString inverseText(const Plot2D& plot, double dx)
     return QStringLiteral("%1 %2").arg(1.0 / std::abs(dx), 0, 'g', kFloatDigits).arg(inverse);
 }
 
+namespace {
+
+// What somebody would have written that stands behind a 32-bit value: 1.69, not 1.690000057220459.
+double asWritten(double value)
+{
+    const auto single = static_cast<float>(value);
+    if (static_cast<double>(single) != value)
+        return value;  // scaled, or no number
+    std::array<char, 32> text{};
+    const auto [end, error] = std::to_chars(text.data(), text.data() + text.size(), single);
+    double written = value;
+    if (error == std::errc())
+        std::from_chars(text.data(), end, written);
+    return written;
+}
+
+}  // namespace
+
+QString differenceText(double from, double to)
+{
+    return valueText(asWritten(to) - asWritten(from));
+}
+
+QString plotDescription(const Plot2D& plot)
+{
+    QStringList parts;
+    for (const Group& group : plot.groups())
+        if (group.hasVisible())
+            parts.append(QStringLiteral("%1, %2 to %3, %4 to %5")
+                             .arg(QString::fromStdString(group.axisTitle()), xText(plot, plot.x1()),
+                                  xText(plot, plot.x2()), valueText(group.y1()), valueText(group.y2())));
+    return parts.join(QStringLiteral("; "));
+}
+
 double valueAt(const Plot2D& plot, const HsVariable& variable, double x)
 {
     const Variable& v = variable.variable();
@@ -184,7 +220,7 @@ Readout readoutAt(const Plot2D& plot, double x)
                      xText(plot, at)});
     }
     for (const auto& v : plot.variables())
-        if (v->variable().visible)
+        if (v->variable().visible && !v->variable().isMark)
             rows.append({label(*v), valueWithUnit(*v, valueAt(plot, *v, at))});
     return rows;
 }
@@ -203,7 +239,8 @@ QVector<IntervalRow> intervalRows(const Plot2D& plot)
     QVector<IntervalRow> rows;
     const Plot2D::Extent interval = plot.interval();
     for (const auto& h : plot.variables()) {
-        if (!h->variable().visible || !h->isBuilt() || !h->failure().empty() || h->variable().rows() == 0)
+        const Variable& v = h->variable();
+        if (!v.visible || v.isMark || !h->isBuilt() || !h->failure().empty() || v.rows() == 0)
             continue;
         IntervalRow row;
         row.variable = h;
@@ -212,8 +249,8 @@ QVector<IntervalRow> intervalRows(const Plot2D& plot)
         row.atA = a ? valueAt(plot, *h, *a) : kNan;
         row.atB = b ? valueAt(plot, *h, *b) : kNan;
         try {
-            const std::uint32_t first = plot.axis().rowFrom(h->variable(), interval.x1);
-            const std::uint32_t last = plot.axis().rowAt(h->variable(), interval.x2);
+            const std::uint32_t first = plot.axis().rowFrom(v, interval.x1);
+            const std::uint32_t last = plot.axis().rowAt(v, interval.x2);
             row.statistics = h->statistics(first, last);
         } catch (const TS::Failure&) {
             continue;
@@ -245,7 +282,7 @@ QStringList intervalFields(const Plot2D& plot, const IntervalRow& row)
             QString::fromStdString(row.variable->variable().unit),
             atCursor(Plot2D::A, row.atA),
             atCursor(Plot2D::B, row.atB),
-            both ? valueText(row.atB - row.atA) : QString(),
+            both ? differenceText(row.atA, row.atB) : QString(),
             ofValues(s.least),
             ofValues(s.greatest),
             ofValues(s.mean),

@@ -11,6 +11,10 @@
 QString valueText(double value);
 // The same with the variable's unit, which a missing value has not.
 QString valueWithUnit(const HsVariable& variable, double value);
+// What lies between two values as they are written: -0.005 from 1.69 to 1.685, not -0.005000114.
+QString differenceText(double from, double to);
+// What the plot shows, in words: "Force [kN], 0 s to 1000 s, -1.9 to 25", a part for each axis.
+QString plotDescription(const Plot2D& plot);
 // x as the axis tells it: "sample 12", "12.345 s" or "2024-05-17 13:45:30.250".
 QString xText(const Plot2D& plot, double x);
 // A distance on the x axis ("0.8 s"; between dates also in days, "93784 s (1 d 02:03:04)"), and its inverse

@@ -31,14 +31,6 @@ constexpr std::size_t kShownAtOpening = 8;
 constexpr int kWatchMs = 2000;
 constexpr int kMessageMs = 8000;
 
-// The keys that are shortcuts hold for the whole window.
-void ownShortcuts(QMenu& menu)
-{
-    for (QAction* const action : menu.actions())
-        if (!action->shortcut().isEmpty())
-            action->setShortcutContext(Qt::WindowShortcut);
-}
-
 }  // namespace
 
 PlotWindow::PlotWindow(QWidget* parent)
@@ -94,7 +86,7 @@ void PlotWindow::createMenus()
 
     m_viewMenu = menuBar()->addMenu(tr("&View"));
     m_canvas->fillViewMenu(*m_viewMenu);
-    ownShortcuts(*m_viewMenu);
+    PlotCanvas::holdInWindow(*m_viewMenu);
     m_viewMenu->addSeparator();
     m_viewMenu->addAction(new HydAction(QStringLiteral("Refresh"), QKeySequence(Qt::Key_F5), this,
                                         SLOT(sl_refresh()), tr("&Refresh"),
@@ -115,7 +107,7 @@ void PlotWindow::createMenus()
         plot->addAction(tr("&Colors…"), m_menu, &VariableMenu::editColors);
     });
     m_canvas->fillOutputMenu(*m_fileMenu);
-    ownShortcuts(*m_fileMenu);
+    PlotCanvas::holdInWindow(*m_fileMenu);
     m_fileMenu->addSeparator();
     m_fileMenu->addAction(tr("C&lose"), this, &QWidget::close, QKeySequence(QStringLiteral("Ctrl+W")));
 

@@ -40,7 +40,6 @@ int familyOf(const char* fontName)
 
 void PostscriptDriver::FontControl(float size, int flags)
 {
-    stroke();
     int family = flags & kFontFamilyMask;
     bool bold = (flags & kFontBold) != 0;
     if (family == 0) {
@@ -53,11 +52,12 @@ void PostscriptDriver::FontControl(float size, int flags)
         points = static_cast<double>(size);
     else if ((flags & kSizeUnit) == kFontSizeInMetres)
         points = 1000.0 * static_cast<double>(size) * kPointsPerMm;
-    if (points == 0.0)
+    if (points == 0.0 || !std::isfinite(points))
         points = m_parameters.baseFontSize;
     const auto height = static_cast<float>(points);
     if (m_fontKnown && family == m_family && bold == m_bold && height == m_characterHeight)
         return;
+    stroke();
     m_family = family;
     m_bold = bold;
     m_characterHeight = height;
@@ -73,13 +73,13 @@ void PostscriptDriver::writeFont()
 
 void PostscriptDriver::Text(const char* string, int length, float angle, int flags)
 {
-    stroke();
     std::string_view text(
         string, length > 0 ? strnlen(string, static_cast<std::size_t>(length)) : std::strlen(string));
     while (!text.empty() && static_cast<unsigned char>(text.back()) <= ' ')
         text.remove_suffix(1);
     if (text.empty() || !areFinite({m_x, m_y, angle, m_hJustification, m_vJustification}))
         return;
+    stroke();
     if ((flags & (kFontFamilyMask | kFontBold)) != 0)
         FontControl(m_characterHeight, (flags & (kFontFamilyMask | kFontBold)) | kFontSizeInPoints);
     else if (m_family == 0)

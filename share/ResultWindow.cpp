@@ -1,10 +1,12 @@
 #include "share/ResultWindow.h"
 
+#include <QAbstractItemView>
 #include <QFile>
 #include <QFileInfo>
-#include <QFormLayout>
 #include <QHBoxLayout>
+#include <QLabel>
 #include <QMenuBar>
+#include <QSplitter>
 #include <QStatusBar>
 
 #include <algorithm>
@@ -14,6 +16,7 @@
 #include "core/TsNames.h"
 #include "portal/TsApplication.h"
 #include "share/Boxes.h"
+#include "share/CursorTable.h"
 #include "share/PlotCanvas.h"
 #include "share/ReadoutLabel.h"
 #include "share/Resources.h"
@@ -41,15 +44,24 @@ ResultWindow::ResultWindow(const QString& title, const QString& icon, int panelW
     m_panel->addWidget(m_source);
     m_readout = new ReadoutLabel(panel);
     m_canvas = new PlotCanvas(centre);
+    m_cursors = new CursorTable(m_canvas, centre);
+    m_cursors->hide();
+    auto* const plot = new QSplitter(Qt::Vertical, centre);
+    plot->setChildrenCollapsible(false);
+    plot->addWidget(m_canvas);
+    plot->addWidget(m_cursors);
+    plot->setStretchFactor(0, 1);
     auto* const layout = new QHBoxLayout(centre);
     layout->addWidget(panel);
-    layout->addWidget(m_canvas, 1);
+    layout->addWidget(plot, 1);
     setCentralWidget(centre);
 
     connect(m_source->files(), SIGNAL(activated(int)), this, SLOT(sl_cbSourceFileActivated(int)));
     connect(m_source->columns(), SIGNAL(activated(int)), this, SLOT(sl_cbSourceColActivated(int)));
     connect(m_canvas, SIGNAL(x_cursor_moved(int, int, int)), this, SLOT(sl_cursor_moved(int, int, int)));
     connect(m_canvas, SIGNAL(x_got_resize_event()), this, SLOT(sl_plot()));
+    // A result that was saved beside the others can be the next source.
+    connect(this, &SubWindow::x_directory_changed, m_source, &SourceChooser::refresh);
     connect(m_canvas, &PlotCanvas::x_told, this,
             [this](const QString& text) { statusBar()->showMessage(text); });
 }
@@ -64,8 +76,23 @@ QAction* ResultWindow::fillSourceMenu(QMenu& menu)
 
 void ResultWindow::addCanvasMenus()
 {
-    m_canvas->fillViewMenu(*menuBar()->addMenu(QStringLiteral("&View")));
+    QMenu* const view = menuBar()->addMenu(QStringLiteral("&View"));
+    m_canvas->fillViewMenu(*view);
+    PlotCanvas::holdInWindow(*view);
+    view->addSeparator();
+    m_showsCursors = view->addAction(QStringLiteral("Cursors"));
+    m_showsCursors->setCheckable(true);
+    m_showsCursors->setChecked(true);
+    connect(m_showsCursors, &QAction::toggled, this, &ResultWindow::showCursorTable);
     m_canvas->fillCursorMenu(*menuBar()->addMenu(QStringLiteral("C&ursors")));
+    QMenu* const output = menuBar()->addMenu(QStringLiteral("Out&put"));
+    m_canvas->fillOutputMenu(*output);
+    PlotCanvas::holdInWindow(*output);
+}
+
+void ResultWindow::showCursorTable()
+{
+    m_cursors->setVisible(m_computed && (m_showsCursors == nullptr || m_showsCursors->isChecked()));
 }
 
 void ResultWindow::sl_cbSourceFileActivated(int index)
@@ -138,20 +165,28 @@ void ResultWindow::resultMade(bool worthAsking)
 {
     m_computed = true;
     m_asksOnClose = worthAsking;
+    showCursorTable();
+}
+
+void ResultWindow::resultGone()
+{
+    m_computed = false;
+    showCursorTable();
 }
 
 void ResultWindow::showEvent(QShowEvent* event)
 {
     // The forms of the panel stand one below another: all their labels are as wide as the widest.
-    std::vector<QWidget*> labels;
+    std::vector<QLabel*> labels;
     int widest = 0;
-    for (const QFormLayout* const form : m_panel->parentWidget()->findChildren<QFormLayout*>())
-        for (int row = 0; row < form->rowCount(); ++row)
-            if (QLayoutItem* const item = form->itemAt(row, QFormLayout::LabelRole)) {
-                labels.push_back(item->widget());
-                widest = std::max(widest, item->sizeHint().width());
-            }
-    for (QWidget* const label : labels)
+    for (QLabel* const label : m_panel->parentWidget()->findChildren<QLabel*>()) {
+        // The title above a table is no label of a form.
+        if (label->buddy() == nullptr || qobject_cast<QAbstractItemView*>(label->buddy()) != nullptr)
+            continue;
+        labels.push_back(label);
+        widest = std::max(widest, label->sizeHint().width());
+    }
+    for (QLabel* const label : labels)
         label->setMinimumWidth(widest);
     SubWindow::showEvent(event);
 }

@@ -10,6 +10,7 @@
 #include "core/TSFILE.h"
 #include "share/SubWindow.h"
 
+class CursorTable;
 class PlotCanvas;
 class QAction;
 class QMenu;
@@ -44,7 +45,7 @@ protected:
 
     // Entries that choose file and column and read the directory again; returns the last of them (F5).
     QAction* fillSourceMenu(QMenu& menu);
-    // The menus "View" and "Cursors" of the canvas.
+    // The menus "View", "Cursors" and "Output" of the canvas.
     void addCanvasMenus();
 
     // The chosen file as messages name it.
@@ -59,7 +60,7 @@ protected:
     // Closing asks about a result that is worth it.
     void resultMade(bool worthAsking = true);
     void resultSaved() noexcept { m_asksOnClose = false; }
-    void resultGone() noexcept { m_computed = false; }
+    void resultGone();
     bool hasResult() const noexcept { return m_computed; }
 
     // What the result is saved as; empty until the user has chosen.
@@ -71,7 +72,11 @@ protected:
     void showEvent(QShowEvent* event) override;
 
 private:
+    void showCursorTable();
+
     PlotCanvas* m_canvas;
+    CursorTable* m_cursors;  // below the canvas while there is a result
+    QAction* m_showsCursors = nullptr;
     SourceChooser* m_source;
     ReadoutLabel* m_readout;
     QVBoxLayout* m_panel;

@@ -28,6 +28,16 @@ bool labelsFit(const AxisTicks& axis, double length, const LabelRoom& room)
     return true;
 }
 
+AxisTicks outerLabels(AxisTicks axis)
+{
+    const int count = labelCount(axis);
+    int number = 0;
+    for (Tick& tick : axis.ticks)
+        if (!tick.label.empty() && ++number > 1 && number < count)
+            tick.label.clear();
+    return axis;
+}
+
 AxisTicks oneLabel(AxisTicks axis)
 {
     bool found = false;

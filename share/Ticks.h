@@ -38,5 +38,8 @@ int labelCount(const AxisTicks& axis);
 // True where no two labels come nearer than the room's gap; the ticks span `length` in their own unit.
 bool labelsFit(const AxisTicks& axis, double length, const LabelRoom& room);
 
+// Without the labels between the first and the last.
+AxisTicks outerLabels(AxisTicks axis);
+
 // Without all labels but the first; for axes with room for one alone.
 AxisTicks oneLabel(AxisTicks axis);

@@ -7,7 +7,9 @@
 #include <QMimeData>
 #include <QPixmap>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QTreeWidget>
+#include <QTreeWidgetItemIterator>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -46,6 +48,12 @@ protected:
         return mime;
     }
 };
+
+// The file that an item stands for or belongs to.
+QString pathOf(const QTreeWidgetItem* item)
+{
+    return (item->parent() == nullptr ? item : item->parent())->toolTip(kName);
+}
 
 QIcon swatch(const QColor& color)
 {
@@ -135,15 +143,32 @@ std::shared_ptr<HsVariable> VariableDock::setShown(const std::shared_ptr<PlotFil
 
 // -- Filling --
 
+// The user's place in the list stays: what is current, scrolled to and folded.
 void VariableDock::rebuild()
 {
     m_filling = true;
+    const QTreeWidgetItem* const before = m_tree->currentItem();
+    const QString path = before == nullptr ? QString() : pathOf(before);
+    const unsigned column = before == nullptr ? 0 : before->data(0, kColumnRole).toUInt();
+    const int scrolled = m_tree->verticalScrollBar()->value();
+    QStringList folded;
+    for (int f = 0; f < m_tree->topLevelItemCount(); ++f)
+        if (!m_tree->topLevelItem(f)->isExpanded())
+            folded.append(pathOf(m_tree->topLevelItem(f)));
+
     m_tree->clear();
     for (std::size_t i = 0; i < m_canvas->files().size(); ++i)
         addFileItem(static_cast<int>(i));
+    for (QTreeWidgetItemIterator item(m_tree); *item != nullptr; ++item) {
+        if ((*item)->parent() == nullptr)
+            (*item)->setExpanded(!folded.contains(pathOf(*item)));
+        if (!path.isEmpty() && pathOf(*item) == path && (*item)->data(0, kColumnRole).toUInt() == column)
+            m_tree->setCurrentItem(*item);
+    }
     m_align->setEnabled(m_canvas->files().size() > 1);
     m_filling = false;
     applyFilter();
+    m_tree->verticalScrollBar()->setValue(scrolled);
 }
 
 void VariableDock::addFileItem(int file)
@@ -171,7 +196,6 @@ void VariableDock::addFileItem(int file)
     } catch (const TS::Failure&) {
         new QTreeWidgetItem(top, {tr("The columns cannot be read.")});
     }
-    top->setExpanded(true);
 }
 
 void VariableDock::dress(QTreeWidgetItem* item, const HsVariable* variable)
@@ -182,7 +206,7 @@ void VariableDock::dress(QTreeWidgetItem* item, const HsVariable* variable)
         flags |= Qt::ItemIsDragEnabled;
     item->setFlags(flags);
     item->setCheckState(kName, shown ? Qt::Checked : Qt::Unchecked);
-    item->setIcon(kName, shown ? swatch(m_canvas->colorOf(variable->variable())) : QIcon());
+    item->setIcon(kName, swatch(shown ? m_canvas->colorOf(variable->variable()) : Qt::transparent));
     item->setText(kAxis, shown ? QString::number(groupNumberOf(*variable)) : QString());
     int number = -1;
     if (shown) {

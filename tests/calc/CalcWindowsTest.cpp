@@ -84,12 +84,13 @@ TEST_F(CalcWindows, ResultIsSavedIntoAnExistingFileAndTheScratchFileGoes)
     EXPECT_EQ(window->statusBar()->currentMessage(), "Computing...finished");
     EXPECT_EQ(QApplication::overrideCursor(), nullptr);
     EXPECT_EQ(scratchFiles(), 2U);
-    const BoxAnswer save(QStringLiteral("&Save"), [](QWidget& dialog) { typeName(dialog, "target.ts"); });
+    const BoxAnswer save(QStringLiteral("&Save"), [](QWidget& dialog) { typeName(dialog, "target"); });
     window->sl_saveResults();
     TSFILE target("target", true);
     EXPECT_EQ(target.dt(), 0.01F);
     EXPECT_STREQ(target.columnName(1), "Tone");
     EXPECT_STREQ(target.columnName(2), "d(col1)/dt");
+    EXPECT_STREQ(target.columnDescription(2), "d(Tone)/dt [V/s]");
     EXPECT_NEAR(target.value(20, 2), 2.0 * 2.0 * std::numbers::pi * 5.0, 2.0);
     EXPECT_EQ(target.value(1, 3), 3.0F);
     EXPECT_TRUE(close(window));

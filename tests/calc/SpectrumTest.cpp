@@ -193,6 +193,21 @@ TEST(Spectrum, MissingSamplesAtSegmentBordersTakeTheLineToTheNeighbourBeyond)
     }
 }
 
+TEST(Spectrum, RingFileIsReadFromItsOldestSampleOn)
+{
+    const TestDirectory directory;
+    TSFILE file("a", kSamples, 1, 0);
+    file.dt(static_cast<float>(kDt));
+    file.setRingMode(true);
+    for (std::uint32_t s = 1; s <= kSamples + 1234; ++s) {
+        const auto v = static_cast<float>(std::cos(2.0 * kPi * 90.5 * (s - 1235.0) / kSamples));
+        file.writeRow(s, &v, false);
+    }
+    SpectrumRequest request = requestFor(file);
+    request.window = SpectrumWindow::Rectangular;
+    EXPECT_NEAR(spectrumOf(file, request)->value(90, 2), 2.0 / kPi, 2e-3);
+}
+
 TEST(Spectrum, WeightsOfWindowsDoNotDriftOverALongRange)
 {
     constexpr std::uint32_t kLong = 1000000;

@@ -10,6 +10,7 @@
 #include "core/ScratchFile.h"
 #include "core/TsExceptions.h"
 #include "core/TsNames.h"
+#include "tests/FileSizeLimit.h"
 #include "tests/core/TsFileBytes.h"
 
 namespace {
@@ -149,6 +150,13 @@ TEST(ColumnBackup, OldValuesComeBackBitForBitAndTheOldestWin)
         EXPECT_NE(bytesOf("a.ts"), before);
         backup.restore();
         EXPECT_EQ(bytesOf("a.ts"), before);
+    }
+    {
+        ColumnBackup unchanged(file);
+        unchanged.saveInfo(2);
+        ASSERT_EQ(unchanged.save(2, 1, 300, {}), JobOutcome::Done);
+        const FileSizeLimit full(0);
+        EXPECT_NO_THROW(unchanged.restore());
     }
     EXPECT_EQ(directory.fileCount(), 1U);
     ::unsetenv("TMPDIR");

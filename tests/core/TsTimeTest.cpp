@@ -128,3 +128,24 @@ TEST(SampleTime, RebasingMovesTheStartToTheOldestSample)
     EXPECT_EQ(file.value(3, 1), 0.0F);
     EXPECT_EQ(file.sampleTime(5), 1500.0);
 }
+
+TEST(SampleTime, LyingCountsEndTheWalksSoon)
+{
+    const TestDirectory directory;
+    constexpr std::uint32_t kClaimed = 4000000000;
+    HandMadeFile(1024, false).word(0, kClaimed).word(4, 1).real(16, 0.001F).word(508, 3).write("plain.ts");
+    TSFILE plain("plain", false);
+    EXPECT_EQ(plain.findSample(1e12), kClaimed);
+    EXPECT_NEAR(plain.sampleTime(plain.findSample(1e6)), 1e6, 0.1);
+    plain.dt(0.0F);
+    EXPECT_EQ(plain.findSample(1e12), kClaimed);
+
+    HandMadeFile ring(2048, false);
+    ring.word(0, 3).word(4, 1).word(140, 2).word(144, kClaimed).word(508, 3).text(519, "Time");
+    ring.real(1024, 40.0F).real(1028, 20.0F).real(1032, 30.0F).write("ring.ts");
+    TSFILE file("ring", false);
+    EXPECT_EQ(file.findSample(50.0), kClaimed);
+    file.adjustTime(true, 1.0F);
+    EXPECT_EQ(file.startSeconds(), 20U);
+    EXPECT_EQ(file.sampleTime(4), 40.0);
+}

@@ -63,6 +63,8 @@ TEST(CalculationRange, BoundsBecomeSamplesWithATolerance)
         {{{0.3, 0.7}}, 0.1, 100, 4, 8},
         {{{0.30000001, 0.69999999}}, 0.1, 100, 4, 8},
         {{{0.31, 0.69}}, 0.1, 100, 5, 7},
+        {{{0.5, 5000.0}}, 0.01F, 1000000, 51, 500001},
+        {{{0.509, 5000.009}}, 0.01F, 1000000, 52, 500001},
         {{{-5.0, 1e30}}, 1.0, 100, 1, 100},
         {{{2.0, 8.0}, {4.0, 20.0}}, 1.0, 100, 5, 9},
         {{{5.0, 4.0}}, 1.0, 100, 6, 5},
@@ -180,6 +182,12 @@ TEST(EditTsWin, ComputesAColumnOverTheRangeOfItsRows)
     window.sl_calculate();
     EXPECT_EQ(desk.errors, QStringList(QStringLiteral("Attempt to divide on zero")));
     EXPECT_TRUE(window.statusBar()->currentMessage().contains(QStringLiteral("1 with an error")));
+    rows[0]->sl_StartTimeChanged(QStringLiteral("10"));
+    rows[0]->sl_EndTimeChanged(QStringLiteral("10,5"));
+    type(window, "7");
+    window.sl_calculate();
+    EXPECT_TRUE(window.statusBar()->currentMessage().startsWith(QStringLiteral("2 samples")));
+    EXPECT_EQ(TSFILE("a", true).value(21, 2), 7.0F);
     window.sl_removeSource();
     EXPECT_EQ(targetBox(window).count(), 2);
 }

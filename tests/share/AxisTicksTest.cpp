@@ -54,6 +54,7 @@ TEST(AxisTicks, LinearStepsAre125AndLabelsHaveNoTrailingZeros)
          "250000005 250000005.5 250000006"},
         {999.9, 1000.1, 300, "999.9 999.95 1000 1000.05 1000.1"},
         {0.4, 9.6, 10, "5"},
+        {-8.8, 8.8, 60, "-5 5"},  // one number would tell no scale
     };
     for (const NumberRow& row : rows)
         EXPECT_EQ(labelsOf(linearTicks(row.first, row.last, roomOf(row.length))), row.labels)

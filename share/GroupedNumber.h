@@ -1,0 +1,9 @@
+// Counts as windows write them.
+#pragma once
+
+#include <QString>
+
+#include <cstdint>
+
+// 1 000 003: blanks between the thousands, whatever the language.
+QString groupedNumber(std::uint64_t number);

@@ -6,6 +6,7 @@
 
 #include "converters/STLGuess.h"
 #include "converters/STLSample.h"
+#include "converters/WordedDates.h"
 #include "core/TextNumbers.h"
 
 namespace {
@@ -49,7 +50,10 @@ std::optional<LineTime> takeLineTime(std::string_view& line)
     };
     skipGaps();
     LineTime time;
-    if (const auto date = takeDate(rest)) {
+    auto date = takeDate(rest);
+    if (!date)
+        date = takeWordedDate(rest);
+    if (date) {
         time.dated = true;
         time.stamp.date = *date;
         if (!rest.empty() && rest.front() == 'T')

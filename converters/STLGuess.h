@@ -3,6 +3,9 @@
 
 #include "converters/STLSample.h"
 
+// In small letters, as far as they are ASCII.
+std::string lowered(std::string_view text);
+
 // The last line of texts before the data gives the names; a line of units may stand between, and units in
 // brackets behind the names are units too.
 void guessNames(STLFormat& format, const std::vector<STLRow>& rows, std::size_t firstData);

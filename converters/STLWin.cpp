@@ -53,9 +53,10 @@ QString stepText(const STLCheck& found)
         found.clockChanges == 0
             ? QString()
             : QStringLiteral(
-                  " The local clock was set %1 meanwhile (daylight saving time); the order of the "
-                  "rows tells their time.")
-                  .arg(counted(found.clockChanges, "time", "times"));
+                  " The local clock was set %1 meanwhile (daylight saving time): the rows' order "
+                  "tells their times.")
+                  .arg(found.clockChanges == 1 ? QStringLiteral("once")
+                                               : counted(found.clockChanges, "time", "times"));
     if (found.equalSteps)
         return QStringLiteral("Step %1, constant.").arg(stepLength(found.typicalStep)) + clock;
     QString line = stepRange(found.leastStep, found.greatestStep);

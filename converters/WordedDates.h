@@ -4,7 +4,7 @@
 #include <optional>
 #include <string_view>
 
-#include "converters/TimeStamps.h"
+#include "converters/StampParts.h"
 
 // "12-Mar-2024", "3 Dec 2023", "12. März 2024", "Mar 12, 2024", "Tue, 12 Mar 2024": English and German names,
 // whole or cut to three letters, and those of some neighbours. Reads what stands at the beginning of `text`

@@ -80,13 +80,20 @@ double samplingFrequency(float dt)
     return rounded;
 }
 
+std::string wholeCharacters(const std::string& text, std::size_t bytes)
+{
+    while (bytes > 0 && bytes < text.size() && (static_cast<unsigned char>(text[bytes]) & 0xC0U) == 0x80)
+        --bytes;
+    return text.substr(0, bytes);
+}
+
 void describeWork(TSFILE& source, std::uint32_t column, TSFILE& work, const std::string& filterWords)
 {
     work.copyHeader(source);
     copyColumnInfo(source, column, work, 1);
     const std::string name = source.columnName(column);
     const std::string description = source.columnDescription(column);
-    work.columnName(2, (name.substr(0, 9) + "_f").c_str());
+    work.columnName(2, (wholeCharacters(name, 9) + "_f").c_str());
     // The unit stands in brackets and is to outlive the cut at the end of the field.
     const std::size_t bracket = description.rfind('[');
     const std::string unit = bracket == std::string::npos ? "" : " " + description.substr(bracket);

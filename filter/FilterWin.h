@@ -65,7 +65,7 @@ private:
     void calculate(const FilterRequest& asked, TSFILE& file);
     FilterOutcome fillWork(const FilterRequest& asked, const FidFilter* filter, TSFILE& file,
                            double& seconds);
-    void showResult(const FilterOutcome& outcome, double seconds);
+    void showResult(const FilterOutcome& outcome, double seconds, bool hasOwnTimes);
 
     bool save(const SaveResultsDialog& dialog);
     bool saveToFile(const SaveResultsDialog& dialog);

@@ -80,7 +80,7 @@ void FilterWin::calculate(const FilterRequest& asked, TSFILE& file)
         return;
     }
     tellReports(QString::fromStdString(reports.text()));
-    showResult(outcome, seconds);
+    showResult(outcome, seconds, file.timeMode() != 0);
 }
 
 // Fills a new work file, which takes the place of the one before when it is whole. The wait cursor is gone
@@ -117,7 +117,7 @@ FilterOutcome FilterWin::fillWork(const FilterRequest& asked, const FidFilter* f
     return outcome;
 }
 
-void FilterWin::showResult(const FilterOutcome& outcome, double seconds)
+void FilterWin::showResult(const FilterOutcome& outcome, double seconds, bool hasOwnTimes)
 {
     const QString work = QFile::decodeName(m_work->path().c_str());
     canvas()->showColumns(work, {1, 2}, PlotCanvas::Axes::ByUnit);
@@ -138,6 +138,8 @@ void FilterWin::showResult(const FilterOutcome& outcome, double seconds)
                        .arg(seconds, 0, 'f', 1);
     if (outcome.missing > 0)
         told += QStringLiteral(", %1 missing values").arg(groupedNumber(outcome.missing));
+    if (hasOwnTimes)
+        told += QStringLiteral(", taken at equal steps: the file's own times (\"Time\") are not used");
     readout()->showLine(told);
     // Choosing a filter takes many trials, and one comes back with a key: only what took long is asked about.
     resultMade(seconds > kWorthAskingSeconds);

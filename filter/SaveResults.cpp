@@ -1,9 +1,15 @@
 #include "filter/SaveResults.h"
 
+#include <algorithm>
+#include <string>
+#include <vector>
+
 #include "core/ColumnCopy.h"
 #include "core/CopyFile.h"
 #include "core/Rebuild.h"
+#include "core/TsHeader.h"
 #include "core/TsNames.h"
+#include "filter/FilterRun.h"
 
 JobOutcome saveToNewFile(const TSFILE& work, const std::filesystem::path& target, const Progress& progress)
 {
@@ -18,6 +24,25 @@ JobOutcome saveToColumns(TSFILE& work, const std::filesystem::path& target, cons
     return overwriteColumns(work, file, to, count, progress, backupPath);
 }
 
+namespace {
+
+// A column that is added bears a name of its own: "A_f", "A_f~2", …
+void nameApart(TSFILE& file, std::uint32_t column)
+{
+    const std::string wanted = file.columnName(column);
+    std::vector<std::string> taken;
+    for (std::uint32_t c = 1; c < column; ++c)
+        taken.emplace_back(file.columnName(c));
+    std::string name = wanted;
+    for (int number = 2; std::find(taken.begin(), taken.end(), name) != taken.end(); ++number) {
+        const std::string tail = "~" + std::to_string(number);
+        name = wholeCharacters(wanted, kColumnName.width - 1 - tail.size()) + tail;
+    }
+    file.columnName(column, name.c_str());
+}
+
+}  // namespace
+
 JobOutcome saveToAddedColumn(TSFILE& work, const std::filesystem::path& target, std::uint32_t count,
                              const Progress& progress)
 {
@@ -30,6 +55,7 @@ JobOutcome saveToAddedColumn(TSFILE& work, const std::filesystem::path& target, 
     }
     return rebuildTsFile(target, samples, column, partOf(progress, 0, 50), [&](TSFILE& made) {
         copyColumnInfo(work, 2, made, column);
+        nameApart(made, column);
         return copyColumnValues(work, 2, made, column, count, partOf(progress, 50, 100));
     });
 }

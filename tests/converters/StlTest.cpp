@@ -254,6 +254,11 @@ TEST_F(Stl, whatOtherCountriesAndMakersWriteComesOutRight)
          1,
          {"A", "B"},
          {1, 2}},
+        {"# ID,DAY,HH,V\n#\n7,20160517,   13,1\n7,20160517,   14,2\n",
+         kStart - 2730,
+         3600,
+         {"ID", "V"},
+         {7, 1}},
         {"T\tA\tRemark\n2016-05-17 13:45:30\t1\n2016-05-17 13:45:31\t3\n", kStart, 1, {"A"}, {1}},
     };
     for (const Written& c : cases) {

@@ -196,6 +196,8 @@ TEST(SaveResults, columnsAreReplacedOrAddedAndTheOthersStay)
     EXPECT_EQ(target->value(201, 2), 0.0F);
     EXPECT_EQ(target->value(300, 1), wave(300));
     EXPECT_TRUE(backup.empty());
+    ASSERT_EQ(saveToAddedColumn(*work, "target.ts", 300, {}), JobOutcome::Done);
+    EXPECT_STREQ(openTsFile("target.ts", true)->columnName(4), "Force_f~2") << "names tell columns apart";
 }
 
 }  // namespace

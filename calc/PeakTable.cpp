@@ -58,9 +58,11 @@ void PeakTable::showSpectrum(const std::filesystem::path& spectrum, SpectrumWind
 {
     const auto file = openTsFile(spectrum.string(), true);
     m_peaks = findPeaks(*file, kColumn, kPeaks, window);
-    const QString unit = QString::fromStdString(std::string(unitIn(headerText(file->columnDescription(kColumn)).toStdString())));
-    m_table->horizontalHeaderItem(1)->setText(headerText(file->columnName(kColumn)) +
-                                              (unit.isEmpty() ? QString() : QStringLiteral(" [%1]").arg(unit)));
+    const QString unit = QString::fromStdString(
+        std::string(unitIn(headerText(file->columnDescription(kColumn)).toStdString())));
+    m_table->horizontalHeaderItem(1)->setText(
+        headerText(file->columnName(kColumn)) +
+        (unit.isEmpty() ? QString() : QStringLiteral(" [%1]").arg(unit)));
     m_spectrum = spectrum;
     m_window = window;
     m_mean = mean;

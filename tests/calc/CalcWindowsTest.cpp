@@ -21,9 +21,11 @@
 #include "calc/DerivativeWin.h"
 #include "calc/IntegrateWin.h"
 #include "core/TSFILE.h"
+#include "share/CursorTable.h"
 #include "share/NumberField.h"
 #include "share/PlotCanvas.h"
 #include "share/ReadoutLabel.h"
+#include "share/SourceChooser.h"
 #include "tests/BoxAnswer.h"
 #include "tests/Desk.h"
 #include "tests/FileSizeLimit.h"
@@ -94,6 +96,11 @@ TEST_F(CalcWindows, ResultIsSavedIntoAnExistingFileAndTheScratchFileGoes)
     EXPECT_STREQ(target.columnDescription(2), "d(Tone)/dt [V/s]");
     EXPECT_NEAR(target.value(20, 2), 2.0 * 2.0 * std::numbers::pi * 5.0, 2.0);
     EXPECT_EQ(target.value(1, 3), 3.0F);
+    // A file that was just made can be chosen at once, and the cursors are read off beside the canvas.
+    TSFILE("fresh", 1, 1, 0);
+    emit window->x_directory_changed();
+    EXPECT_GE(window->findChild<FileCombo*>()->findText(QStringLiteral("fresh.ts")), 0);
+    EXPECT_TRUE(window->findChild<CursorTable*>()->isVisible());
     EXPECT_TRUE(close(window));
     EXPECT_EQ(scratchFiles(), 0U);
 }

@@ -275,6 +275,32 @@ TEST(PlotReadout, momentsAreAsFineAsTheSamples)
     }
 }
 
+TEST(PlotReadout, differencesAreThoseOfTheNumbersAsWritten)
+{
+    EXPECT_EQ(differenceText(1.69F, 1.685F), "-0.005");
+    EXPECT_EQ(differenceText(8.9F, 9.1F), "0.2");
+    EXPECT_EQ(differenceText(16777215.0F, 16777216.0F), "1");
+    EXPECT_EQ(differenceText(1e9 + 0.25, 1e9 + 0.5), "0.25");  // scaled: no float
+    EXPECT_EQ(differenceText(std::nan(""), 1.0), "missing");
+}
+
+TEST_F(PlotCanvasTest, keysZoomAboutTheCursorAndTheReadOutFollowsTheView)
+{
+    plot().setCursor(Plot2D::A, 7.0);
+    QTest::mouseMove(&m_canvas, at(4.0));
+    QMouseEvent move(QEvent::MouseMove, at(4.0), Qt::NoButton, Qt::NoButton, {});
+    QApplication::sendEvent(&m_canvas, &move);
+    const QSignalSpy hovered(&m_canvas, &PlotCanvas::x_hovered);
+    const int before = m_canvas.pixelOf(7.0);
+    for (int i = 0; i < 5; ++i)
+        QTest::keyClick(&m_canvas, Qt::Key_Equal);
+    EXPECT_NEAR(m_canvas.pixelOf(7.0), before, 1);
+    ASSERT_EQ(hovered.count(), 5);
+    EXPECT_NE(hovered.first(), hovered.last());
+    m_canvas.grab();
+    EXPECT_TRUE(m_canvas.accessibleDescription().contains(QStringLiteral(" [N], ")));
+}
+
 TEST_F(PlotCanvasTest, fileThatShrinksUnderThePlotIsToldInThePicture)
 {
     makeFile("long.ts", 200'000);
@@ -307,7 +333,9 @@ TEST(PlotWindow, showsEightColumnsAndFollowsTheCheckBoxes)
     ASSERT_EQ(tree->topLevelItem(0)->childCount(), 12);
     tree->topLevelItem(0)->child(11)->setCheckState(0, Qt::Checked);
     tree->topLevelItem(0)->child(0)->setCheckState(0, Qt::Unchecked);
+    tree->setCurrentItem(tree->topLevelItem(0)->child(11));
     QApplication::processEvents();
+    EXPECT_EQ(tree->currentItem(), tree->topLevelItem(0)->child(11));
     int shown = 0;
     for (const auto& v : window->canvas()->plot().variables()) {
         shown += v->variable().visible ? 1 : 0;

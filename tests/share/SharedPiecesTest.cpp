@@ -103,6 +103,13 @@ TEST(SourceChooser, ShowsWhatTheDirectoryHoldsAndKeepsTheChoice)
     EXPECT_EQ(chooser.columns()->count(), 1);  // "Time" is not offered
     EXPECT_EQ(chooser.column(), 2U);
     EXPECT_GT(changed.count(), 0);
+    {
+        TSFILE file("wide", 1, 3, 0);
+    }
+    chooser.choose(QStringLiteral("wide.ts"), 0);
+    EXPECT_EQ(chooser.column(), 1U);  // not the number that the file before had
+    std::filesystem::remove("wide.ts");
+    chooser.refresh();
     chooser.files()->setCurrentIndex(0);
     EXPECT_EQ(chooser.columns()->currentText(), "Column 2");
     chooser.files()->setCurrentIndex(1);

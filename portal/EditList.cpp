@@ -70,8 +70,10 @@ void EditStrip::apply(std::uint32_t first, std::span<float> out) const
                 forEach([&](float& v, std::uint64_t) { v = static_cast<float>(a); });
             else
                 forEach([&](float& v, std::uint64_t sample) {
-                    const double share = (static_cast<double>(sample) - x0) / (static_cast<double>(x1) - x0);
-                    v = static_cast<float>(a * (1.0 - share) + b * share);
+                    // Divided last: a share of the way would leave crumbs where the line meets 0.
+                    const double before = static_cast<double>(sample) - x0;
+                    const double behind = x1 - static_cast<double>(sample);
+                    v = static_cast<float>((a * behind + b * before) / (before + behind));
                 });
             break;
         case Kind::Add:

@@ -105,8 +105,10 @@ void TsTableView::sl_plotcol()
 
 bool TsTableView::scan(ColumnExtremes& out)
 {
-    if (m_model->file().samples() == 0) {
-        tell(QMessageBox::Information, QStringLiteral("The file has no samples."));
+    if (m_model->file().samples() == 0 || m_model->file().columns() == 0) {
+        tell(QMessageBox::Information, m_model->file().columns() == 0
+                                           ? QStringLiteral("The file has no columns.")
+                                           : QStringLiteral("The file has no samples."));
         return false;
     }
     try {
@@ -229,7 +231,7 @@ void TsTableView::find(Direction direction)
         return;
     }
     const std::uint32_t samples = m_model->file().samples();
-    if (samples == 0)
+    if (samples == 0 || m_model->file().columns() == 0)
         return;
     std::uint32_t found = 0;
     try {

@@ -91,7 +91,7 @@ struct Tsa : testing::Test
 
 TEST_F(Tsa, everyKeyReachesTheHeader)
 {
-    ASSERT_EQ(1, import("%N1 Speed\n%S 2 rest\n%C 2\n%D 0,25\n%I Ride  home\n%U s\n%I2 of the wheel\n%N2 \n"
+    ASSERT_EQ(1, import("%N1 Speed\n%S 2 rest\n%C 2\n%D 0,25\n%I Ride  home\n%U s \n%I2 of the wheel\n%N2  \n"
                         "%T2 2016.05.17-13:45:30\n%T1 2016.13.17-13:45:30\n%T0 2000.01.01-00:00:00\n"
                         "%T3 2000.01.01-00:00:00\n%Samples 9\n%N01 Wrong\n1 2\n3 4\n%N1 Fart\tcut"));
     const auto ts = made();
@@ -99,7 +99,7 @@ TEST_F(Tsa, everyKeyReachesTheHeader)
     EXPECT_EQ(2U, ts->columns());
     EXPECT_FLOAT_EQ(0.25F, ts->dt());
     EXPECT_STREQ("Ride  home", ts->description());
-    EXPECT_STREQ("s", ts->timeUnit());
+    EXPECT_STREQ("s ", ts->timeUnit());
     EXPECT_STREQ("Fart", ts->columnName(1));
     EXPECT_STREQ("Col-2", ts->columnName(2));
     EXPECT_STREQ("of the wheel", ts->columnDescription(2));

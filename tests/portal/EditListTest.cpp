@@ -78,6 +78,7 @@ TEST(EditStrip, OperationsDoWhatTheirNamesSay)
     const Row rows[] = {
         {"set", setStrip(run, 9), {1, 9, 9, 9, 9, 6}},
         {"ramp", rampStrip(run, 10, 40), {1, 10, 20, 30, 40, 6}},
+        {"ramp through 0", rampStrip({1, 1, 6}, -48, 12), {-48, -36, -24, -12, 0, 12}},
         {"ramp of one", rampStrip({1, 2, 2}, 10, 40), {1, 10, 3, NAN, 5, 6}},
         {"interpolate", interpolateStrip(run, 1, 6), {1, 2, 3, 4, 5, 6}},
         {"add", addStrip(run, 0.5), {1, 2.5, 3.5, NAN, 5.5, 6}},

@@ -144,6 +144,11 @@ TEST(TsTableView, ScanBoxesTellTheirTextsAndSelectTheCell)
     }
     list.call("sl_reload");
     EXPECT_EQ(list.callAndAnswer("sl_findaverage", "&Ok"), "The file has no samples.");
+    {
+        TSFILE empty("test.ts", 4000000000, 0, 0);
+    }
+    list.call("sl_reload");
+    EXPECT_EQ(list.callAndAnswer("sl_findmax", "&Ok"), "The file has no columns.");
 }
 
 TEST(TsTableView, KeysAndSelectionReachAllOfAHugeFile)

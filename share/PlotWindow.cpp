@@ -357,6 +357,7 @@ void PlotWindow::reloadChanged()
             tell(tr("%1 cannot be read.").arg(fileNameOf(*file)));
             continue;
         }
+        tell(tr("%1 was read again.").arg(fileNameOf(*file)));
         for (const auto& v : m_canvas->plot().variables()) {
             if (v->variable().source() != file)
                 continue;

@@ -180,6 +180,14 @@ TEST_F(PlotCanvasTest, axesPanZoomAndTakeTypedLimits)
     QTest::mouseDClick(&m_canvas, Qt::LeftButton, {}, {area.center().x(), area.bottom() + 12});
     EXPECT_EQ(plot().x1(), 1.5);
     EXPECT_EQ(plot().x2(), 2.0);
+    // The y axis fits the data until a limit is typed.
+    const BoxAnswer typed(QStringLiteral("&Ok"), [](QWidget& dialog) {
+        QLineEdit* const from = dialog.findChildren<QLineEdit*>().first();
+        from->selectAll();
+        QTest::keyClicks(from, QStringLiteral("-7"));
+    });
+    QTest::mouseDClick(&m_canvas, Qt::LeftButton, {}, {area.left() - 20, m_canvas.groupArea(0).center().y()});
+    EXPECT_EQ(plot().groups()[0].y1(), -7.0);
 }
 
 TEST_F(PlotCanvasTest, clockAxesTakeDatesAsLimits)

@@ -266,6 +266,9 @@ void PlotWindow::shownChanged(bool fit)
     }
     if (!m_canvas->refresh(fit))
         tell(tr("The reading was cancelled; F5 reads on."));
+    // Where all were hidden for a while, the view may lie elsewhere than those that came.
+    if (seesNothing())
+        m_canvas->sl_fitAll();
     m_variables->rebuild();
     tellNotices();
 }
@@ -381,6 +384,17 @@ bool PlotWindow::showsAll() const
     try {
         const Plot2D::Extent all = plot.extent();
         return plot.x1() <= all.x1 && plot.x2() >= all.x2;
+    } catch (const TS::Failure&) {
+        return false;
+    }
+}
+
+bool PlotWindow::seesNothing() const
+{
+    const Plot2D& plot = m_canvas->plot();
+    try {
+        const Plot2D::Extent all = plot.extent();
+        return plot.reference() && (plot.x2() < all.x1 || plot.x1() > all.x2);
     } catch (const TS::Failure&) {
         return false;
     }

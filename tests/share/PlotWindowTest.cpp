@@ -325,6 +325,15 @@ TEST(PlotWindow, showsEightColumnsAndFollowsTheCheckBoxes)
     EXPECT_EQ(shown, 8);
     emit window->canvas()->x_variable_dropped(2, -1);
     EXPECT_EQ(window->canvas()->plot().groups().size(), 2U);
+    // What is shown again after nothing was comes into view.
+    for (const Qt::CheckState state : {Qt::Unchecked, Qt::Checked}) {
+        for (int i = 0; i < 12; ++i)
+            tree->topLevelItem(0)->child(i)->setCheckState(0, state);
+        QApplication::processEvents();
+        if (state == Qt::Unchecked)
+            window->canvas()->showRange(0.1, 0.9, 0);
+    }
+    EXPECT_EQ(window->canvas()->plot().x2(), 500.0);
     int gone = 0;
     QObject::connect(window, &SubWindow::windowGone, [&] { ++gone; });
     window->close();

@@ -176,7 +176,9 @@ TsaOutcome exportTsa(QWidget* parent, const QString& tsFile)
 
 TsaOutcome exportTsaInterval(QWidget* parent, const QString& tsFile, std::uint32_t first, std::uint32_t last)
 {
-    const QString suggested = QFileInfo(tsFile).completeBaseName() + QStringLiteral(".tsa");
+    const bool isWhole = first <= 1 && last == UINT32_MAX;
+    const QString suggested = QFileInfo(tsFile).completeBaseName() +
+                              (isWhole ? QStringLiteral(".tsa") : QStringLiteral("_part.tsa"));
     QString target = QFileDialog::getSaveFileName(
         parent, QStringLiteral("Write %1 as a tsa-file").arg(QFileInfo(tsFile).fileName()), suggested,
         kFilter, nullptr, QFileDialog::DontConfirmOverwrite);

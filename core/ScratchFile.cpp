@@ -71,7 +71,13 @@ void putInPlace(const fs::path& finished, const fs::path& target)
 {
     // The new file keeps the rights that the user gave the old one.
     struct stat old = {};
-    if (::stat(target.c_str(), &old) == 0 && ::chmod(finished.c_str(), old.st_mode & 07777) != 0)
+    const bool exists = ::stat(target.c_str(), &old) == 0;
+    // A rename would take the place of a device or a pipe, too.
+    if (exists && !S_ISREG(old.st_mode)) {
+        errno = S_ISDIR(old.st_mode) ? EISDIR : EINVAL;
+        fail(target.string());
+    }
+    if (exists && ::chmod(finished.c_str(), old.st_mode & 07777) != 0)
         fail(finished.string());
     syncToDisk(finished);
     // A link stays a link: what it points to is replaced.

@@ -6,6 +6,10 @@ std::string_view unitIn(std::string_view description)
     if (end == std::string_view::npos)
         return {};
     const std::size_t begin = description.rfind('[', end);
-    return begin == std::string_view::npos ? std::string_view{}
-                                           : description.substr(begin + 1, end - begin - 1);
+    if (begin == std::string_view::npos)
+        return {};
+    const std::string_view unit = description.substr(begin + 1, end - begin - 1);
+    const std::size_t first = unit.find_first_not_of(' ');
+    return first == std::string_view::npos ? std::string_view{}
+                                           : unit.substr(first, unit.find_last_not_of(' ') + 1 - first);
 }

@@ -55,8 +55,6 @@ bool askAxisLimits(QWidget* parent, const QString& title, bool offersAutomatic, 
 
     const auto check = [&] {
         const bool fits = offersAutomatic && automatic->isChecked();
-        from->setEnabled(!fits);
-        to->setEnabled(!fits);
         const bool numbers = from->isValid() && to->isValid();
         const bool positive = !limits.logarithmic || (from->number() > 0.0 && to->number() > 0.0);
         const bool differ = from->number() != to->number();
@@ -71,6 +69,9 @@ bool askAxisLimits(QWidget* parent, const QString& title, bool offersAutomatic, 
         ok->setEnabled(fits || (numbers && positive && differ));
     };
     QObject::connect(automatic, &QCheckBox::toggled, &dialog, check);
+    // Whoever types a limit means it.
+    for (const NumberField* const field : {from, to})
+        QObject::connect(field, &QLineEdit::textEdited, automatic, [=] { automatic->setChecked(false); });
     QObject::connect(from, &NumberField::x_validated, &dialog, check);
     QObject::connect(to, &NumberField::x_validated, &dialog, check);
     QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);

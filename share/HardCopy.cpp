@@ -1,7 +1,6 @@
 #include "share/HardCopy.h"
 
 #include <QFile>
-#include <QFileDialog>
 #include <QFileInfo>
 
 #include <exception>
@@ -10,6 +9,7 @@
 #include "share/Boxes.h"
 #include "share/EpsFile.h"
 #include "share/PostscriptDriver.h"
+#include "share/SaveDialog.h"
 
 QString writeHardCopy(const QString& fileName, const PsParameters& parameters,
                       const std::function<void(BasicDriver&)>& draw)
@@ -33,14 +33,10 @@ QString writeHardCopy(const QString& fileName, const PsParameters& parameters,
 QString hardCopy(QWidget* window, const QString& suggestion, const PsParameters& parameters,
                  const std::function<void(BasicDriver&)>& draw)
 {
-    QFileDialog dialog(window, QStringLiteral("Hard copy"), QString(),
-                       QStringLiteral("PostScript files (*.eps)"));
-    dialog.setAcceptMode(QFileDialog::AcceptSave);
-    dialog.setDefaultSuffix(QStringLiteral("eps"));
-    dialog.selectFile(suggestion);
-    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
+    QString fileName = askSaveName(window, QStringLiteral("Hard copy"), suggestion,
+                                   QStringLiteral("PostScript files (*.eps)"), QStringLiteral("eps"));
+    if (fileName.isEmpty())
         return {};
-    QString fileName = dialog.selectedFiles().constFirst();
     const QString failure = writeHardCopy(fileName, parameters, draw);
     if (failure.isEmpty())
         return fileName;

@@ -404,6 +404,6 @@ void PlotCanvas::sl_savePicture()
 
 void PlotCanvas::sl_print()
 {
-    if (printPlot(window(), m_plot, m_colors))
+    if (printPlot(window(), m_suggestedName, m_plot, m_colors))
         emit x_told(tr("Printed."));
 }

@@ -1,8 +1,9 @@
 #include "share/PlotExport.h"
 
 #include <QBuffer>
-#include <QFileDialog>
+#include <QFile>
 #include <QFileInfo>
+#include <QPdfWriter>
 #include <QPrintDialog>
 #include <QPrinter>
 
@@ -15,6 +16,7 @@
 #include "share/HardCopy.h"
 #include "share/PlotPainter.h"
 #include "share/QtDriver.h"
+#include "share/SaveDialog.h"
 
 namespace {
 
@@ -28,6 +30,13 @@ std::vector<PlotColor> plotColors(const std::vector<QColor>& colors)
     return out;
 }
 
+std::vector<QColor> grayOf(std::vector<QColor> colors)
+{
+    for (QColor& c : colors)
+        c.setRgb(qRgb(qGray(c.rgb()), qGray(c.rgb()), qGray(c.rgb())));
+    return colors;
+}
+
 auto painter(const PsParameters& parameters, const Plot2D& plot, const std::vector<QColor>& colors,
              bool withCursors)
 {
@@ -37,6 +46,44 @@ auto painter(const PsParameters& parameters, const Plot2D& plot, const std::vect
     return [look, &plot, columns = paperColumns(parameters)](BasicDriver& driver) {
         drawPlot(plot, driver, columns, look);
     };
+}
+
+// Replaces the file only by a whole one; returns the failure's text.
+QString writeWhole(const QString& fileName, const QByteArray& bytes)
+{
+    try {
+        const std::filesystem::path target(QFile::encodeName(fileName).toStdString());
+        const std::filesystem::path directory = target.parent_path().empty() ? "." : target.parent_path();
+        ScratchFile scratch(directory, "plot_part", target.extension().string());
+        std::ofstream out(scratch.path(), std::ios::binary);
+        errno = 0;
+        out.write(bytes.constData(), bytes.size());
+        out.close();
+        if (!out || bytes.isEmpty())
+            throw std::system_error(errno != 0 ? errno : EIO, std::generic_category());
+        scratch.putInPlace(target);
+        return {};
+    } catch (const std::system_error& e) {
+        return QObject::tr("%1 cannot be written: %2")
+            .arg(QFileInfo(fileName).fileName(), QString::fromLocal8Bit(e.code().message().c_str()));
+    }
+}
+
+constexpr int kDotsPerInch = 300;
+
+// False where the device cannot be painted on.
+bool paintPage(QtDriver& driver, const Plot2D& plot, PlotLook look)
+{
+    driver.BeginPage(0);
+    if (!driver.isPainting())
+        return false;
+    // The driver reckons with the screen's 75 dots per inch.
+    look.widthFactor = kDotsPerInch / 75.0F;
+    // Glyphs count in pixels of the screen, of which the page has several.
+    look.markerGap *= static_cast<int>(driver.characterUnit() / 11 + 1);
+    drawPlot(plot, driver, driver.deviceRectangle().width(), look);
+    driver.EndPage();
+    return true;
 }
 
 }  // namespace
@@ -60,64 +107,65 @@ QString writePicture(const QString& fileName, const QImage& image)
     QByteArray bytes;
     QBuffer buffer(&bytes);
     image.save(&buffer, "PNG");
-    try {
-        const std::filesystem::path target(fileName.toLocal8Bit().toStdString());
-        const std::filesystem::path directory = target.parent_path().empty() ? "." : target.parent_path();
-        ScratchFile scratch(directory, "picture", ".png");
-        std::ofstream out(scratch.path(), std::ios::binary);
-        errno = 0;
-        out.write(bytes.constData(), bytes.size());
-        out.close();
-        if (!out || bytes.isEmpty())
-            throw std::system_error(errno != 0 ? errno : EIO, std::generic_category());
-        scratch.putInPlace(target);
-        return {};
-    } catch (const std::system_error& e) {
-        return QObject::tr("%1 cannot be written: %2")
-            .arg(QFileInfo(fileName).fileName(), QString::fromLocal8Bit(e.code().message().c_str()));
-    }
+    return writeWhole(fileName, bytes);
 }
 
 QString savePicture(QWidget* window, const QString& name, const QImage& image)
 {
-    QString file = QFileDialog::getSaveFileName(
-        window, QObject::tr("Save picture"), name + QStringLiteral(".png"), QObject::tr("Pictures (*.png)"));
+    const QString title = QObject::tr("Save picture");
+    QString file = askSaveName(window, title, name + QStringLiteral(".png"), QObject::tr("Pictures (*.png)"),
+                               QStringLiteral("png"));
     if (file.isEmpty())
         return {};
-    if (QFileInfo(file).suffix().isEmpty())
-        file += QStringLiteral(".png");
     const QString failure = writePicture(file, image);
     if (failure.isEmpty())
         return file;
-    showBox(QMessageBox::Warning, window, QObject::tr("Save picture"), failure);
+    showBox(QMessageBox::Warning, window, title, failure);
     return {};
 }
 
-bool printPlot(QWidget* window, const Plot2D& plot, const std::vector<QColor>& colors)
+QString writePlotPdf(const QString& fileName, const QPageLayout& page, const Plot2D& plot,
+                     const std::vector<QColor>& colors)
 {
-    constexpr int kDotsPerInch = 300;
+    // In memory first, too: a printer that prints to a file tells of no write that failed.
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    QPdfWriter pdf(&buffer);
+    pdf.setCreator(QStringLiteral("Veltrac"));
+    pdf.setTitle(QFileInfo(fileName).completeBaseName());
+    pdf.setResolution(kDotsPerInch);
+    pdf.setPageLayout(page);
+    PlotLook look;
+    look.colors = plotColors(colors);
+    QtDriver driver(&pdf);
+    if (!paintPage(driver, plot, look))
+        bytes.clear();
+    return writeWhole(fileName, bytes);
+}
+
+bool printPlot(QWidget* window, const QString& name, const Plot2D& plot, const std::vector<QColor>& colors)
+{
     QPrinter printer(QPrinter::HighResolution);
     printer.setResolution(kDotsPerInch);
     printer.setPageOrientation(QPageLayout::Landscape);
+    printer.setDocName(name);  // the dialog suggests it for a file
     QPrintDialog dialog(&printer, window);
     if (dialog.exec() != QDialog::Accepted)
         return false;
-    PlotLook look;
-    look.colors = plotColors(colors);
-    QtDriver driver(&printer);
-    driver.BeginPage(0);
-    if (!driver.isPainting()) {
-        const QString file = printer.outputFileName();
-        showBox(QMessageBox::Warning, window, QObject::tr("Print"),
-                file.isEmpty() ? QObject::tr("The printer cannot be reached.")
-                               : QObject::tr("%1 cannot be written.").arg(file));
-        return false;
+    const bool isGray = printer.colorMode() == QPrinter::GrayScale;
+    QString failure;
+    if (!printer.outputFileName().isEmpty() && printer.outputFormat() == QPrinter::PdfFormat) {
+        failure = writePlotPdf(printer.outputFileName(), printer.pageLayout(), plot,
+                               isGray ? grayOf(colors) : colors);
+    } else {
+        PlotLook look;
+        look.colors = plotColors(colors);
+        QtDriver driver(&printer);
+        if (!paintPage(driver, plot, look) || printer.printerState() == QPrinter::Error)
+            failure = QObject::tr("The printer cannot be reached.");
     }
-    // The driver reckons with the screen's 75 dots per inch.
-    look.widthFactor = kDotsPerInch / 75.0F;
-    // Glyphs count in pixels of the screen, of which the page has several.
-    look.markerGap *= static_cast<int>(driver.characterUnit() / 11 + 1);
-    drawPlot(plot, driver, driver.deviceRectangle().width(), look);
-    driver.EndPage();
-    return true;
+    if (!failure.isEmpty())
+        showBox(QMessageBox::Warning, window, QObject::tr("Print"), failure);
+    return failure.isEmpty();
 }

@@ -3,6 +3,7 @@
 
 #include <QColor>
 #include <QImage>
+#include <QPageLayout>
 #include <QString>
 
 #include <vector>
@@ -27,5 +28,10 @@ QString writePicture(const QString& fileName, const QImage& image);
 // failed.
 QString savePicture(QWidget* window, const QString& name, const QImage& image);
 
-// Asks for a printer. False where nothing was printed.
-bool printPlot(QWidget* window, const Plot2D& plot, const std::vector<QColor>& colors);
+// Writes a page of PDF; an older file is replaced only by a whole one. Returns the failure's text, empty
+// where the file is whole.
+QString writePlotPdf(const QString& fileName, const QPageLayout& page, const Plot2D& plot,
+                     const std::vector<QColor>& colors);
+
+// Asks for a printer to print `name` on; failures are told in a box. False where nothing was printed.
+bool printPlot(QWidget* window, const QString& name, const Plot2D& plot, const std::vector<QColor>& colors);

@@ -258,6 +258,9 @@ void PlotWindow::shownChanged(bool fit)
     }
     if (!m_canvas->refresh(fit))
         tell(tr("The reading was cancelled; F5 reads on."));
+    // Where all were hidden for a while, the view may lie elsewhere than those that came.
+    if (seesNothing())
+        m_canvas->sl_fitAll();
     m_variables->rebuild();
     tellNotices();
 }
@@ -349,6 +352,7 @@ void PlotWindow::reloadChanged()
             tell(tr("%1 cannot be read.").arg(fileNameOf(*file)));
             continue;
         }
+        tell(tr("%1 was read again.").arg(fileNameOf(*file)));
         for (const auto& v : m_canvas->plot().variables()) {
             if (v->variable().source() != file)
                 continue;
@@ -372,6 +376,17 @@ bool PlotWindow::showsAll() const
     try {
         const Plot2D::Extent all = plot.extent();
         return plot.x1() <= all.x1 && plot.x2() >= all.x2;
+    } catch (const TS::Failure&) {
+        return false;
+    }
+}
+
+bool PlotWindow::seesNothing() const
+{
+    const Plot2D& plot = m_canvas->plot();
+    try {
+        const Plot2D::Extent all = plot.extent();
+        return plot.reference() && (plot.x2() < all.x1 || plot.x1() > all.x2);
     } catch (const TS::Failure&) {
         return false;
     }

@@ -76,6 +76,8 @@ private:
     void reloadChanged();
     // Nothing of the series lies outside of the view.
     bool showsAll() const;
+    // All of the shown series lie outside of it.
+    bool seesNothing() const;
     void tellNotices();
     // The rows of a file in the interval A–B, else in view; none where `last` is 0.
     Rows intervalOf(const std::shared_ptr<PlotFile>& file);

@@ -8,6 +8,8 @@
 
 SubWindow::SubWindow(QWidget* parent) : QMainWindow(parent)
 {
+    // By the name that windowGone() gives it, for connections that wait in the queue.
+    qRegisterMetaType<subWindow>("subWindow");
     setAttribute(Qt::WA_DeleteOnClose);
 }
 

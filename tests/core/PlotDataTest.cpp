@@ -225,7 +225,7 @@ TEST(PlotFile, swappedBytesAndBracketsInDescriptions)
     Block head{};
     encodeHeader(header, 0, ByteOrder::Swapped, head);
     HandMadeFile body(1024, true);
-    body.text(kColumnDescription.offset, "x [N] at [kN]").real(512, 1.5F).real(516, 3.0F).real(520, 4.5F);
+    body.text(kColumnDescription.offset, "x [N] at [ kN ]").real(512, 1.5F).real(516, 3.0F).real(520, 4.5F);
     body.write("swapped.ts");
     const std::vector<unsigned char> rest = bytesOf("swapped.ts");
     std::ofstream out("swapped.ts", std::ios::binary);

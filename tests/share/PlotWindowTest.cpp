@@ -180,6 +180,14 @@ TEST_F(PlotCanvasTest, axesPanZoomAndTakeTypedLimits)
     QTest::mouseDClick(&m_canvas, Qt::LeftButton, {}, {area.center().x(), area.bottom() + 12});
     EXPECT_EQ(plot().x1(), 1.5);
     EXPECT_EQ(plot().x2(), 2.0);
+    // The y axis fits the data until a limit is typed.
+    const BoxAnswer typed(QStringLiteral("&Ok"), [](QWidget& dialog) {
+        QLineEdit* const from = dialog.findChildren<QLineEdit*>().first();
+        from->selectAll();
+        QTest::keyClicks(from, QStringLiteral("-7"));
+    });
+    QTest::mouseDClick(&m_canvas, Qt::LeftButton, {}, {area.left() - 20, m_canvas.groupArea(0).center().y()});
+    EXPECT_EQ(plot().groups()[0].y1(), -7.0);
 }
 
 TEST_F(PlotCanvasTest, clockAxesTakeDatesAsLimits)
@@ -345,6 +353,15 @@ TEST(PlotWindow, showsEightColumnsAndFollowsTheCheckBoxes)
     EXPECT_EQ(shown, 8);
     emit window->canvas()->x_variable_dropped(2, -1);
     EXPECT_EQ(window->canvas()->plot().groups().size(), 2U);
+    // What is shown again after nothing was comes into view.
+    for (const Qt::CheckState state : {Qt::Unchecked, Qt::Checked}) {
+        for (int i = 0; i < 12; ++i)
+            tree->topLevelItem(0)->child(i)->setCheckState(0, state);
+        QApplication::processEvents();
+        if (state == Qt::Unchecked)
+            window->canvas()->showRange(0.1, 0.9, 0);
+    }
+    EXPECT_EQ(window->canvas()->plot().x2(), 500.0);
     int gone = 0;
     QObject::connect(window, &SubWindow::windowGone, [&] { ++gone; });
     window->close();

@@ -246,6 +246,14 @@ TEST(PostscriptAttributes, AreWrittenOnlyWhenTheyChange)
              d.FontControl(0.01F, kFontHelvetica | kFontSizeInMetres);
          },
          " 7 /Courier-Bold _F\n10 /Times-Roman _F\n28.3 /Helvetica _F\n"},
+        {"what changes nothing leaves the path open",
+         [](PostscriptDriver& d) {
+             d.LineTo(1, 1);
+             d.FontControl(1, 0);
+             d.Text(" \t", 0, 0, 0);
+             d.LineTo(0, 1);
+         },
+         "_n  0.0 0.0 _m  1.0 1.0 _l \n0.0 1.0 _l \n"},
         {"a clip that ends is forgotten with all it held",
          [](PostscriptDriver& d) {
              d.SetClip(false);

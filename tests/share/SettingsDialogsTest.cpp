@@ -198,14 +198,16 @@ TEST(HardCopy, ReplacesAnOlderFileOnlyWhenWhole)
     QImage noise(100, 100, QImage::Format_RGB32);
     for (int i = 0; i < 10'000; ++i)
         noise.setPixel(i % 100, i / 100, static_cast<uint>(i) * 2654435761U);
-    QString failure, pictureFailure;
+    QString failure, pictureFailure, pageFailure;
     {
-        const FileSizeLimit fullDisk(8192);
+        const FileSizeLimit fullDisk(1024);
         failure = writeHardCopy(name, PsParameters(), line);
         pictureFailure = writePicture(name, noise);
+        pageFailure = writePlotPdf(name, QPageLayout(), Plot2D(), {});
     }
     EXPECT_EQ(failure, "The hard copy \"Öl 1.5.eps\" could not be written: File too large.");
     EXPECT_EQ(pictureFailure, "Öl 1.5.eps cannot be written: File too large");
+    EXPECT_EQ(pageFailure, pictureFailure);
     EXPECT_TRUE(onlyTheOldFileIsThere());
 
     EXPECT_FALSE(
@@ -219,6 +221,8 @@ TEST(HardCopy, ReplacesAnOlderFileOnlyWhenWhole)
     EXPECT_TRUE(contents(name).endsWith("%%Trailer\n%%Pages: 1\nsaveobj restore\n"));
     EXPECT_EQ(writePicture(name, noise), "");
     EXPECT_EQ(QImage(name, "PNG"), noise);
+    EXPECT_EQ(writePlotPdf(name, QPageLayout(), Plot2D(), {}), "");
+    EXPECT_TRUE(contents(name).startsWith("%PDF-"));
 }
 
 }  // namespace

@@ -180,11 +180,9 @@ bool CalculusWin::prepare(const Progress& progress, JobOutcome& outcome)
     m_workName = name + QStringLiteral(".ts");
     m_sourceName = QFileInfo(source()->file()).absoluteFilePath();
     const unsigned column = source()->column();
-    m_work->copyHeader(*file);
     // Oldest first, as plots show a ring file: neighbours in time are neighbours here.
     const std::uint32_t oldest = oldestRow(*file);
-    if (file->ringStart() > 1)
-        m_work->startTime(static_cast<float>(file->startTime() + (file->ringStart() - 1.0) * file->dt()));
+    copyHeaderFromOldest(*file, *m_work);
     m_work->columnName(1, std::string(file->columnName(column)).c_str());
     m_work->columnName(2, m_kind.resultName);
     m_work->columnDescription(1, std::string(file->columnDescription(column)).c_str());

@@ -13,6 +13,13 @@ std::uint32_t oldestRow(TSFILE& file)
     return oldest == 0 || file.samples() == 0 ? 1 : (oldest - 1) % file.samples() + 1;
 }
 
+void copyHeaderFromOldest(TSFILE& from, TSFILE& to)
+{
+    to.copyHeader(from);
+    if (from.ringStart() > 1)
+        to.startTime(static_cast<float>(from.startTime() + (from.ringStart() - 1.0) * from.dt()));
+}
+
 JobOutcome walkRuns(std::uint32_t samples, const Progress& progress, const RunStep& step)
 {
     std::vector<float> values(std::min(kRunSamples, samples));

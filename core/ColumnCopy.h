@@ -18,6 +18,10 @@ inline constexpr std::uint32_t kRunSamples = 1U << 15;
 // ring file in the order of time.
 std::uint32_t oldestRow(TSFILE& file);
 
+// Takes over the header for rows that are copied from the oldest one on: of a ring file that has come round
+// the start moves with it.
+void copyHeaderFromOldest(TSFILE& from, TSFILE& to);
+
 // What is done with a run: `first` is its first sample (from 1), `values` room for its samples.
 using RunStep = std::function<void(std::uint32_t first, std::span<float> values)>;
 

@@ -89,7 +89,7 @@ std::string wholeCharacters(const std::string& text, std::size_t bytes)
 
 void describeWork(TSFILE& source, std::uint32_t column, TSFILE& work, const std::string& filterWords)
 {
-    work.copyHeader(source);
+    copyHeaderFromOldest(source, work);
     copyColumnInfo(source, column, work, 1);
     const std::string name = source.columnName(column);
     const std::string description = source.columnDescription(column);
@@ -110,8 +110,9 @@ FilterOutcome runFilter(TSFILE& source, std::uint32_t column, TSFILE& work, cons
     std::vector<double> wide;
     std::vector<float> rows;
     float last = 0.0F;
+    const std::uint32_t behind = oldestRow(source) - 1;
     result.outcome = walkRuns(work.samples(), progress, [&](std::uint32_t first, std::span<float> run) {
-        source.readColumn(column, first, run);
+        source.readColumn(column, behind + first, run);
         wide.resize(run.size());
         for (std::size_t i = 0; i < run.size(); ++i) {
             if (std::isfinite(run[i]))
@@ -135,6 +136,7 @@ FilterOutcome runMovingAverage(TSFILE& source, std::uint32_t column, TSFILE& wor
                                const Progress& progress)
 {
     const std::uint32_t samples = work.samples();
+    const std::uint32_t behind = oldestRow(source) - 1;
     FilterOutcome result;
     // More than all of them, whichever is in the middle, gives the same means.
     const auto most =
@@ -150,7 +152,7 @@ FilterOutcome runMovingAverage(TSFILE& source, std::uint32_t column, TSFILE& wor
         if (place == in.size()) {
             place = 0;
             const auto count = std::min<std::size_t>(in.size(), samples - read);
-            source.readColumn(column, read + 1, std::span(in).first(count));
+            source.readColumn(column, behind + read + 1, std::span(in).first(count));
         }
         const float sample = in[place++];
         ++read;
@@ -168,7 +170,7 @@ FilterOutcome runMovingAverage(TSFILE& source, std::uint32_t column, TSFILE& wor
     };
     std::vector<float> rows;
     result.outcome = walkRuns(samples, rest, [&](std::uint32_t first, std::span<float> run) {
-        source.readColumn(column, first, run);
+        source.readColumn(column, behind + first, run);
         rows.resize(2 * run.size());
         for (std::size_t i = 0; i < run.size(); ++i) {
             rows[2 * i] = run[i];

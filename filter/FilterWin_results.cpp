@@ -8,6 +8,7 @@
 #include <cmath>
 #include <system_error>
 
+#include "core/ColumnCopy.h"
 #include "core/TsExceptions.h"
 #include "core/TsNames.h"
 #include "filter/FilterWin.h"
@@ -130,12 +131,17 @@ bool FilterWin::saveToColumnsOf(const QString& file, const ResultColumns& column
 // Results do not go where they would be lost with the work file, nor under another window's hands.
 bool FilterWin::mayTakeResults(const QString& file)
 {
-    if (QFileInfo(file) != QFileInfo(QFile::decodeName(m_work->path().c_str())))
-        return mayWrite(file);
+    const bool isWork = QFileInfo(file) == QFileInfo(QFile::decodeName(m_work->path().c_str()));
+    if (!isWork && !mayWrite(file))
+        return false;
+    if (!isWork && oldestRow(*openTsFile(pathOf(file), true)) == 1)
+        return true;
+    const QString reason =
+        isWork
+            ? QStringLiteral("%1 is the work file of this window, which goes when the window closes.")
+            : QStringLiteral("%1 is a ring file that does not begin with its oldest sample; the results do.");
     showBox(QMessageBox::Warning, this, kTitle,
-            QStringLiteral("%1 is the work file of this window, which goes when the window closes.\n"
-                           "Nothing was saved.")
-                .arg(shown(file)));
+            reason.arg(shown(file)) + QStringLiteral("\nNothing was saved."));
     return false;
 }
 

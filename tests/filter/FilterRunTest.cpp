@@ -97,6 +97,31 @@ TEST(MovingAverageRun, equalsTheDirectMeanAtBothEndsAndAcrossRuns)
     }
 }
 
+TEST(FilterRun, aRingFileIsReadFromItsOldestSampleOn)
+{
+    const TestDirectory directory;
+    const auto work = makeFile("w", kSamples, 2);
+    TSFILE ring("r", kSamples, 1, 0);
+    ring.setRingMode(true);
+    for (std::uint32_t s = 1; s <= kSamples + 1234; ++s) {
+        const float v = wave(s - 1234);
+        ring.writeRow(s, &v, false);
+    }
+    TSFILE fromRing("o", kSamples, 2, 0);
+    const FidFilterPtr filter = designFilter({5, 10.0, 0.0, 4, 0.0}, 1000.0);
+    const auto expectEqual = [&] {
+        for (const std::uint32_t s : {1U, 1234U, 32768U, 32769U, kSamples})
+            for (const std::uint32_t c : {1U, 2U})
+                EXPECT_EQ(fromRing.value(s, c), work->value(s, c)) << s << " " << c;
+    };
+    runFilter(*work, 1, *work, filter.get(), {});
+    runFilter(ring, 1, fromRing, filter.get(), {});
+    expectEqual();
+    runMovingAverage(*work, 1, *work, 1001, {});
+    runMovingAverage(ring, 1, fromRing, 1001, {});
+    expectEqual();
+}
+
 TEST(FilterRun, missingSamplesStayMissingAndPoisonNothing)
 {
     const TestDirectory directory;

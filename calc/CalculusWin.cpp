@@ -89,6 +89,7 @@ void CalculusWin::createActions()
 
     QMenu* const actions = menuBar()->addMenu(QStringLiteral("&Actions"));
     actions->addActions({execute, save, help});
+    addWhatsThis(actions);
     actions->addSeparator();
     actions->addAction(QStringLiteral("&Close"), this, &QWidget::close, QKeySequence::Close);
     if (m_kind.hasSelections)

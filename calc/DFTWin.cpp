@@ -80,6 +80,7 @@ void DFTWin::createActions()
     m_save->setEnabled(false);
     QMenu* const actions = menuBar()->addMenu(QStringLiteral("&Actions"));
     actions->addActions({m_execute, m_save, help});
+    addWhatsThis(actions);
     actions->addAction(QStringLiteral("Ha&rmonics of the chosen peak"), this, &DFTWin::sl_harmonics);
     actions->addSeparator();
     actions->addAction(QStringLiteral("&Close"), this, &QWidget::close, QKeySequence::Close);

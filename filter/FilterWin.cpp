@@ -107,6 +107,7 @@ void FilterWin::createActions()
 
     QMenu* const file = menuBar()->addMenu(QStringLiteral("&File actions"));
     file->addActions({made[Save], made[Refresh], made[Help]});
+    addWhatsThis(file);
     file->addSeparator();
     file->addAction(QStringLiteral("&Close"), this, &QWidget::close, QKeySequence::Close);
     // F5 does more here than to read the directory.

@@ -145,6 +145,7 @@ void EditTsWin::createActions()
         menu->addAction(action);
         bar->addAction(action);
     }
+    addWhatsThis(menu);
     menu->addSeparator();
     menu->addAction(QStringLiteral("Cl&ose"), this, &QWidget::close, QKeySequence::Close);
 }

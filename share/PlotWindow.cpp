@@ -114,6 +114,7 @@ void PlotWindow::createMenus()
     QMenu* const help = menuBar()->addMenu(tr("&Help"));
     help->addAction(new HydAction(QStringLiteral("Help"), QKeySequence(Qt::Key_F1), this, SLOT(sl_help()),
                                   tr("&Help"), tr("How to use this window")));
+    addWhatsThis(help);
 }
 
 void PlotWindow::createToolBar()

@@ -10,6 +10,7 @@
 #include <array>
 
 #include "converters/ImportTexts.h"
+#include "share/GroupedNumber.h"
 
 namespace {
 
@@ -52,9 +53,9 @@ ImportReport::ImportReport(QWidget* parent, const QString& title, const QString&
     if (!troubles.isEmpty()) {
         layout->addWidget(troubleTable(troubles), 1);
         if (troubleCount > static_cast<std::uint64_t>(troubles.size()))
-            layout->addWidget(new QLabel(
-                QStringLiteral("The first %1 of %2 places.")
-                    .arg(grouped(static_cast<std::uint64_t>(troubles.size())), grouped(troubleCount))));
+            layout->addWidget(new QLabel(QStringLiteral("The first %1 of %2 places.")
+                                             .arg(groupedNumber(static_cast<std::uint64_t>(troubles.size())),
+                                                  groupedNumber(troubleCount))));
     }
     auto* const buttons = new QDialogButtonBox;
     if (offerPlot) {

@@ -14,6 +14,7 @@
 #include "core/TsExceptions.h"
 #include "portal/TsApplication.h"
 #include "share/Boxes.h"
+#include "share/GroupedNumber.h"
 
 namespace {
 
@@ -31,17 +32,9 @@ QString shown(const std::string& file)
     return QFile::decodeName(file.c_str());
 }
 
-QString grouped(std::uint64_t n)
-{
-    QString text = QString::number(n);
-    for (int i = text.size() - 3; i > 0; i -= 3)
-        text.insert(i, QLatin1Char(' '));
-    return text;
-}
-
 QString counted(std::uint64_t n, const char* one, const char* many)
 {
-    return grouped(n) + QLatin1Char(' ') + QString::fromLatin1(n == 1 ? one : many);
+    return groupedNumber(n) + QLatin1Char(' ') + QString::fromLatin1(n == 1 ? one : many);
 }
 
 namespace {

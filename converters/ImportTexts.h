@@ -13,8 +13,6 @@ class QWidget;
 std::filesystem::path pathOf(const QString& file);
 QString shown(const std::string& file);
 
-// "1 000 000"
-QString grouped(std::uint64_t n);
 // "1 line", "2 000 lines"
 QString counted(std::uint64_t n, const char* one, const char* many);
 // "0.3 s", "12 min", "30.4 d"

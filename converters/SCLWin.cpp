@@ -21,6 +21,7 @@
 #include "converters/ValuePlot.h"
 #include "core/TsNames.h"
 #include "share/Boxes.h"
+#include "share/GroupedNumber.h"
 #include "share/HeaderText.h"
 #include "share/NumberField.h"
 
@@ -329,7 +330,7 @@ QString SCLWin::doubt() const
     if (found.troubleCount * 2 <= values)
         return QString();
     return QStringLiteral("More than half of the values have troubles: %1 of %2.\nImport all the same?")
-        .arg(grouped(found.troubleCount), grouped(values));
+        .arg(groupedNumber(found.troubleCount), groupedNumber(values));
 }
 
 JobOutcome SCLWin::makeFile(const std::filesystem::path& target, const Progress& progress)

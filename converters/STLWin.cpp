@@ -24,6 +24,7 @@
 #include "converters/STLLines.h"
 #include "core/TsNames.h"
 #include "share/Boxes.h"
+#include "share/GroupedNumber.h"
 #include "share/NumberField.h"
 
 namespace {
@@ -329,7 +330,7 @@ QString STLWin::doubt() const
     if (troubled * 2 <= rows)
         return QString();
     return QStringLiteral("More than half of the rows have troubles: %1 of %2.\nImport all the same?")
-        .arg(grouped(troubled), grouped(rows));
+        .arg(groupedNumber(troubled), groupedNumber(rows));
 }
 
 JobOutcome STLWin::makeFile(const std::filesystem::path& target, const Progress& progress)

@@ -17,6 +17,7 @@
 #include "core/TsNames.h"
 #include "portal/TsApplication.h"
 #include "share/Boxes.h"
+#include "share/GroupedNumber.h"
 #include "share/JobProgress.h"
 
 namespace {
@@ -97,7 +98,7 @@ QStringList losses(const TsaImportReport& report)
     QStringList texts;
     for (const Row& row : rows)
         if (row.count != 0)
-            texts << grouped(row.count) + QLatin1Char(' ') + QString::fromLatin1(row.text);
+            texts << groupedNumber(row.count) + QLatin1Char(' ') + QString::fromLatin1(row.text);
     return texts;
 }
 
@@ -127,7 +128,7 @@ QStringList exportNotes(const TsaExportReport& report)
     QStringList notes;
     if (report.rowsTooLong != 0)
         notes << QStringLiteral("%1 rows are longer than 2048 characters: they cannot be read back whole.")
-                     .arg(grouped(report.rowsTooLong));
+                     .arg(groupedNumber(report.rowsTooLong));
     if (report.startIsLost)
         notes << QStringLiteral("A tsa text has no place for the file's start time.");
     return notes;

@@ -1,5 +1,5 @@
-// TsTableView: building the window and what it shows. TsTableViewActions.cpp has its actions and menus,
-// TsTableViewList.cpp looks into the file, TsTableViewEdit.cpp changes it.
+// TsTableView: building the window and what it shows. TsTableView_actions.cpp has its actions and menus,
+// TsTableView_list.cpp looks into the file, TsTableView_edit.cpp changes it.
 
 #include "portal/TsTableView.h"
 
@@ -11,7 +11,6 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QListWidget>
-#include <QLocale>
 #include <QScrollBar>
 #include <QSplitter>
 #include <QStatusBar>
@@ -28,6 +27,7 @@
 #include "portal/TsApplication.h"
 #include "share/Boxes.h"
 #include "share/GoTo.h"
+#include "share/GroupedNumber.h"
 #include "share/HeaderText.h"
 #include "share/JobProgress.h"
 #include "share/NoticeStrip.h"
@@ -61,11 +61,6 @@ bool isWritable(const QString& path)
     const QFileInfo info(path);
     const QFile::Permissions some = QFile::WriteOwner | QFile::WriteGroup | QFile::WriteOther;
     return info.isWritable() && (info.permissions() & some) != 0;
-}
-
-QString grouped(qulonglong number)
-{
-    return QLocale(QLocale::English).toString(number).replace(QLatin1Char(','), QLatin1Char(' '));
 }
 
 // The decimals of a number as it is written shortest.
@@ -151,7 +146,7 @@ void TsTableView::openFile(const QString& file, int mode)
                  .arg((opened->ringStart() - 1) % opened->samples() + 1));
     if (opened->columns() > static_cast<std::uint32_t>(TsTableModel::kMostColumns))
         note(QStringLiteral("Of %1 columns the first %2 are shown.")
-                 .arg(grouped(opened->columns()), grouped(TsTableModel::kMostColumns)));
+                 .arg(groupedNumber(opened->columns()), groupedNumber(TsTableModel::kMostColumns)));
 }
 
 void TsTableView::startEditing()
@@ -401,9 +396,10 @@ QString TsTableView::rowText(int row) const
     const std::uint32_t sample = m_view->sampleOfRow(row);
     const std::uint32_t held = sampleInRow(m_model->file(), sample);
     const QString number =
-        held == sample ? grouped(sample) : QStringLiteral("%1 (row %2)").arg(grouped(held), grouped(sample));
+        held == sample ? groupedNumber(sample)
+                       : QStringLiteral("%1 (row %2)").arg(groupedNumber(held), groupedNumber(sample));
     return QStringLiteral("Sample %1 of %2, %3")
-        .arg(number, grouped(m_model->file().samples()), timeText(sample));
+        .arg(number, groupedNumber(m_model->file().samples()), timeText(sample));
 }
 
 void TsTableView::showPosition()

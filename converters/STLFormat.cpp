@@ -1,8 +1,8 @@
+#include "converters/STLFormat.h"
+
 #include <algorithm>
 #include <array>
 #include <cctype>
-
-#include "converters/STLFormat.h"
 
 namespace {
 

@@ -250,20 +250,25 @@ void VariableDock::itemChanged(QTreeWidgetItem* item)
 
 void VariableDock::contextMenu(const QPoint& position)
 {
-    const QTreeWidgetItem* const item = m_tree->itemAt(position);
+    QTreeWidgetItem* const item = m_tree->itemAt(position);
     if (item == nullptr)
         return;
     const QPoint place = m_tree->viewport()->mapToGlobal(position);
     const int file = item->data(0, kFileRole).toInt();
     const unsigned column = item->data(0, kColumnRole).toUInt();
+    if (column != 0 && item->checkState(kName) == Qt::Checked) {
+        emit x_menu(file, column, place);
+        return;
+    }
+    QMenu menu(this);
     if (column != 0) {
-        if (item->checkState(kName) == Qt::Checked)
-            emit x_menu(file, column, place);
+        const QAction* const show = menu.addAction(tr("&Show"));
+        if (menu.exec(place) == show)
+            item->setCheckState(kName, Qt::Checked);
         return;
     }
     if (item->parent() != nullptr)
         return;
-    QMenu menu(this);
     QAction* const showAll = menu.addAction(tr("&Show all columns"));
     QAction* const hideAll = menu.addAction(tr("&Hide all columns"));
     menu.addSeparator();

@@ -36,6 +36,17 @@ double resolutionOf(std::string_view number, char decimal)
                                                                                           : kFine[digits];
 }
 
+// Of two of them the difference fits, too.
+std::optional<std::int64_t> wholeNumber(std::string_view text)
+{
+    constexpr std::int64_t kMost = std::numeric_limits<std::int64_t>::max() / 2;
+    std::int64_t number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    const bool fits =
+        error == std::errc() && end == text.data() + text.size() && number >= -kMost && number <= kMost;
+    return fits ? std::optional(number) : std::nullopt;
+}
+
 }  // namespace
 
 STLRows::STLRows(const std::filesystem::path& file, const STLFormat& format, STLPass pass)
@@ -176,13 +187,11 @@ std::optional<Micros> STLRows::rareStamp(std::string_view cell)
 std::optional<double> STLRows::numberAt(std::string_view cell)
 {
     const auto number = readNumber(cell, m_format.cells);
-    // Nanoseconds since 1970 have more digits than a double: those since the first row are exact.
-    std::int64_t ticks = 0;
-    const bool whole =
-        m_format.timeSource == STLTimeSource::UnixNanoseconds &&
-        std::from_chars(cell.data(), cell.data() + cell.size(), ticks).ptr == cell.data() + cell.size();
     if (!number || std::fabs(*number * m_secondsPerUnit) > kMostSeconds)
         return std::nullopt;
+    // Nanoseconds since 1970 have more digits than a double: those since the first row are exact.
+    const std::optional<std::int64_t> ticks =
+        m_format.timeSource == STLTimeSource::UnixNanoseconds ? wholeNumber(cell) : std::nullopt;
     // Divided where the unit is a part of a second, which rounds once.
     const auto inSeconds = [this](double n) {
         return m_secondsPerUnit < 1.0 ? n / std::round(1.0 / m_secondsPerUnit) : n * m_secondsPerUnit;
@@ -195,7 +204,8 @@ std::optional<double> STLRows::numberAt(std::string_view cell)
         if (m_format.timeSource != STLTimeSource::ElapsedSeconds)
             m_firstWall = static_cast<Micros>(std::llround(m_firstSeconds * kMicrosPerSecond));
     }
-    return inSeconds(whole ? static_cast<double>(ticks - m_firstTicks) : *number - m_firstNumber);
+    return inSeconds(ticks && m_firstTicks ? static_cast<double>(*ticks - *m_firstTicks)
+                                           : *number - m_firstNumber);
 }
 
 bool STLRows::timeAt(std::string_view text, Micros& micros)

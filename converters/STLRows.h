@@ -109,7 +109,7 @@ private:
     Micros m_firstWall = 0;
     double m_firstSeconds = 0.0;
     double m_firstNumber = 0.0;
-    std::int64_t m_firstTicks = 0;
+    std::optional<std::int64_t> m_firstTicks;  // of nanoseconds, where it has no decimals
     double m_resolution = std::numeric_limits<double>::infinity();
     bool m_zoned = false;
     double m_secondsPerUnit = 1.0;  // of times that are numbers

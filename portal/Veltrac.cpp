@@ -11,7 +11,6 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QMenu>
-#include <QScreen>
 #include <QSpinBox>
 #include <QStatusBar>
 #include <QTimer>
@@ -32,13 +31,6 @@ namespace {
 constexpr int kMessageMs = 8000;
 constexpr int kHelpWidth = 950;
 constexpr int kHelpHeight = 650;
-constexpr QSize kFrame(12, 44);  // what a window manager puts around a window
-
-// On a small screen a window would hide its own buttons.
-void fitToScreen(QWidget& window)
-{
-    window.resize(window.size().boundedTo(window.screen()->availableSize() - kFrame));
-}
 
 }  // namespace
 
@@ -245,7 +237,6 @@ QWidget* VeltracWin::openSubProgram(SubProgram kind, const QString& file, unsign
         sl_refresh();
         m_table->select(name);
     });
-    fitToScreen(*window);
     window->show();
     return window;
 }

@@ -20,8 +20,8 @@ bool SubWindow::mayClose()
 
 void SubWindow::showEvent(QShowEvent* event)
 {
-    // On a small screen nothing of it is cut off; who knows the window's frame before it is there?
-    constexpr QSize kFrame(12, 40);
+    // On a small screen a window would hide its own buttons.
+    constexpr QSize kFrame(12, 44);  // what a window manager puts around a window
     if (!m_wasShown && !isMaximized() && !isFullScreen())
         resize(size().boundedTo(screen()->availableSize() - kFrame));
     m_wasShown = true;

@@ -254,8 +254,7 @@ JobOutcome SCLObject::write(TSFILE& target, const Progress& progress)
         if (sample % kLookEvery == 0 && !goesOn(progress, sample, made.samples))
             return JobOutcome::Cancelled;
     }
-    writer.finish();
-    return JobOutcome::Done;
+    return writer.finish(progress);
 }
 
 JobOutcome importSCL(SCLObject& logs, const fs::path& target, const Progress& progress)

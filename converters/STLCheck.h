@@ -17,17 +17,19 @@ struct STLCheck
     std::uint64_t troubleCount = 0;
     std::vector<STLTrouble> troubles;  // the first thousand
 
-    // Steps between the chosen rows, in seconds; 0 for fewer than two rows.
+    // Steps between the chosen rows, in seconds, in the order of time where the newest is first; 0 for fewer
+    // than two rows.
     double leastStep = 0.0;
     double greatestStep = 0.0;  // gaps apart
     double typicalStep = 0.0;
     bool equalSteps = false;
     std::uint64_t gaps = 0;  // steps of more than one and a half typical ones
     double longestGap = 0.0;
-    double span = 0.0;          // from the first chosen row to the last
+    double span = 0.0;          // from the first chosen row to the last, in that order
     double earliest = 0.0;      // negative where a time runs back behind the first
+    bool newestFirst = false;   // the rows run back in time throughout: they are turned round
     double chosenFrom = 0.0;    // from the log's first row to the first chosen one
-    Micros firstWall = 0;       // of the first chosen row
+    Micros firstWall = 0;       // of the first chosen row in that order
     double firstSeconds = 0.0;  // likewise
     bool zoned = false;         // the stamps name their zone
     // How often the local clock was set within the log, as the order of its rows tells.

@@ -56,10 +56,12 @@ bool namesTime(const std::string& name)
            lower.starts_with("epoch") || lower.starts_with("timestamp");
 }
 
-bool rises(const std::vector<STLRow>& rows, std::size_t column)
+// Whether a column of numbers goes one way: 1 it rises, -1 it falls, 0 it does neither.
+int courseOf(const std::vector<STLRow>& rows, std::size_t column)
 {
-    // The three places that were looked at may overlap; within a place the column has to rise.
+    // The three places that were looked at may overlap; within a place the column has to keep its way.
     std::size_t risen = 0;
+    std::size_t fallen = 0;
     std::size_t pairs = 0;
     for (std::size_t i = 1; i < rows.size(); ++i) {
         const STLToken& before = rows[i - 1].cells[column];
@@ -68,8 +70,11 @@ bool rises(const std::vector<STLRow>& rows, std::size_t column)
             continue;
         ++pairs;
         risen += now.value > before.value ? 1 : 0;
+        fallen += now.value < before.value ? 1 : 0;
     }
-    return pairs > 0 && pairs - risen <= 2;
+    if (pairs > 0 && pairs - risen <= 2 && risen >= fallen)
+        return 1;
+    return pairs > 0 && pairs - fallen <= 2 ? -1 : 0;
 }
 
 // "Time (UTC)"; what stands behind a sign there is another zone.
@@ -111,7 +116,8 @@ int compactTimeColumn(const STLFormat& format, const std::vector<STLRow>& data)
 void findNumericTime(STLFormat& format, const std::vector<STLRow>& data)
 {
     for (std::size_t c = 0; c < format.columns.size(); ++c) {
-        if (format.columns[c].kind != STLKind::Number || data.empty() || !rises(data, c))
+        const int course = format.columns[c].kind == STLKind::Number && !data.empty() ? courseOf(data, c) : 0;
+        if (course == 0)
             continue;
         const double first = data.front().cells[c].value;
         constexpr double kYear1990 = 631152000.0;
@@ -130,7 +136,7 @@ void findNumericTime(STLFormat& format, const std::vector<STLRow>& data)
         });
         if (found != kUnix.end() && (c == 0 || namesTime(format.columns[c].name)))
             format.timeSource = found->source;
-        else if (namesTime(format.columns[c].name))
+        else if (course > 0 && namesTime(format.columns[c].name))
             format.timeSource = STLTimeSource::ElapsedSeconds;
         else
             continue;
@@ -184,7 +190,7 @@ void findCompactDates(STLFormat& format, const std::vector<STLRow>& data)
             continue;
         const bool days = data.front().cells[c].text.size() == 8;
         const int time = days ? compactTimeColumn(format, data) : -1;
-        if (time < 0 && !rises(data, c))
+        if (time < 0 && courseOf(data, c) == 0)
             continue;
         format.columns[c].kind = days ? STLKind::Date : STLKind::Stamp;
         if (time >= 0)

@@ -8,6 +8,7 @@
 #include "converters/ColumnTexts.h"
 #include "converters/STLSteps.h"
 #include "converters/STLWriter.h"
+#include "core/ColumnCopy.h"
 #include "core/ScratchFile.h"
 #include "core/TsNames.h"
 
@@ -146,6 +147,10 @@ JobOutcome STLObject::readThrough(const Progress& progress, bool& wrongOrder)
     m_read.clockChanges = rows.clockChanges();
     m_read.firstWall = rows.firstWall() + std::llround(m_read.chosenFrom * kMicrosPerSecond) - shift;
     m_read.firstSeconds = rows.firstSeconds() + m_read.chosenFrom;
+    if (m_read.newestFirst) {
+        m_read.firstWall -= std::llround(m_read.span * kMicrosPerSecond);
+        m_read.firstSeconds -= m_read.span;
+    }
     return JobOutcome::Done;
 }
 
@@ -169,7 +174,7 @@ void STLObject::settleResult()
                                      : coarse                             ? STLTimeResult::TimeTwoColumns
                                                                           : STLTimeResult::TimeColumn);
     found.resampled = found.timeResult == STLTimeResult::Resampled;
-    if (found.resampled && found.leastStep < 0.0)
+    if (found.resampled && (found.leastStep < 0.0 || found.newestFirst))
         throw STLError("The times of the rows run backwards; they cannot be put at equal steps.");
 
     double step = found.typicalStep > 0.0 ? found.typicalStep : 1.0;
@@ -300,8 +305,10 @@ JobOutcome STLObject::write(TSFILE& target, const Progress& progress)
     const bool timesWanted = m_found.skippedLines != 0 || m_found.resampled || m_found.timeColumns != 0;
     STLRows rows(m_file, m_format, timesWanted ? STLPass::Write : STLPass::WriteValues);
     STLWriter writer(target, m_format, m_found);
-    STLLooks looks(progress);
+    const Progress reading = m_found.newestFirst ? partOf(progress, 0, 80) : progress;
+    STLLooks looks(reading);
     const double step = m_found.typicalStep;
+    const double from = m_found.chosenFrom - (m_found.newestFirst ? m_found.span : 0.0);
     std::uint64_t row = 0;
     std::uint64_t chosen = 0;
     while (rows.next()) {
@@ -312,13 +319,12 @@ JobOutcome STLObject::write(TSFILE& target, const Progress& progress)
         if (++chosen > m_found.chosen)
             throw changed;
         writer.add(m_format.timeSource == STLTimeSource::Typed ? step * static_cast<double>(chosen - 1)
-                                                               : rows.seconds() - m_found.chosenFrom,
+                                                               : rows.seconds() - from,
                    rows.values());
     }
     if (row != m_found.rows || writer.written() != m_found.samples)
         throw changed;
-    writer.finish();
-    return JobOutcome::Done;
+    return writer.finish(partOf(progress, 80, 100));
 }
 
 JobOutcome importSTL(STLObject& log, const std::filesystem::path& target, const Progress& progress)

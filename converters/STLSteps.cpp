@@ -18,10 +18,13 @@ void STLSteps::add(double seconds, double resolution)
         m_start = m_before = seconds;
         return;
     }
-    const double sinceFirst = seconds - m_start;
+    if (m_count == 2 && seconds < m_start)
+        m_direction = -1.0;
+    const double sinceFirst = m_direction * (seconds - m_start);
     m_earliest = std::min(m_earliest, sinceFirst);
+    m_latest = std::max(m_latest, sinceFirst);
     narrow(sinceFirst, resolution);
-    addStep(seconds - m_before);
+    addStep(m_direction * (seconds - m_before));
     m_before = seconds;
 }
 
@@ -75,13 +78,18 @@ void STLSteps::judge(double step)
 void STLSteps::tell(STLCheck& found)
 {
     settle();
+    found.newestFirst = m_direction < 0.0 && m_least >= 0.0 && m_latest > 0.0;
+    if (m_direction < 0.0 && !found.newestFirst) {
+        tellForward(found);
+        return;
+    }
     found.earliest = m_earliest;
     found.leastStep = m_least;
     found.greatestStep = std::max(m_greatest, m_least);
     found.typicalStep = m_typical;
     found.gaps = m_gaps;
     found.longestGap = m_longestGap;
-    found.span = m_count > 1 ? m_before - m_start : 0.0;
+    found.span = m_count > 1 ? m_direction * (m_before - m_start) : 0.0;
     const double steps = m_count > 1 ? static_cast<double>(m_count - 1) : 1.0;
     const double mean = found.span / steps;
     const bool same = m_gaps == 0 && m_greatest - m_typical <= kEqualWithin * m_typical &&
@@ -99,4 +107,14 @@ void STLSteps::tell(STLCheck& found)
         found.typicalStep = std::clamp(mean, m_slowest, m_fastest);
     else if (m_least != m_greatest)
         found.typicalStep = mean;
+}
+
+// Of rows that only began to run back: as they come.
+void STLSteps::tellForward(STLCheck& found) const
+{
+    found.earliest = -m_latest;
+    found.leastStep = -std::max(m_greatest, m_longestGap);
+    found.greatestStep = -m_least;
+    found.typicalStep = -m_typical;
+    found.span = m_before - m_start;
 }

@@ -24,15 +24,19 @@ private:
     void settle();
     void judge(double step);
     void narrow(double sinceFirst, double resolution);
+    void tellForward(STLCheck& found) const;
 
     bool m_timesAreNumbers;
     std::uint64_t m_count = 0;
     std::uint64_t m_judged = 0;
     std::uint64_t m_usual = 0;
     std::uint64_t m_gaps = 0;
+    // The first two rows tell whether the newest is first. Then all below counts back in time.
+    double m_direction = 1.0;
     double m_start = 0.0;
     double m_before = 0.0;
     double m_earliest = 0.0;  // since the first row
+    double m_latest = 0.0;
     double m_typical = 0.0;
     double m_least = 0.0;
     double m_greatest = 0.0;

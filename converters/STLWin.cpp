@@ -50,23 +50,24 @@ QString stepText(const STLCheck& found)
 {
     if (found.chosen < 2)
         return QStringLiteral("One row only.");
-    const QString clock =
-        found.clockChanges == 0
-            ? QString()
-            : QStringLiteral(
-                  " The local clock was set %1 meanwhile (daylight saving time): the rows' order "
-                  "tells their times.")
-                  .arg(found.clockChanges == 1 ? QStringLiteral("once")
-                                               : counted(found.clockChanges, "time", "times"));
+    QString notes;
+    if (found.newestFirst)
+        notes += QStringLiteral(" The newest row came first: the rows are turned round.");
+    if (found.clockChanges != 0)
+        notes += QStringLiteral(
+                     " The local clock was set %1 meanwhile (daylight saving time): the rows' order "
+                     "tells their times.")
+                     .arg(found.clockChanges == 1 ? QStringLiteral("once")
+                                                  : counted(found.clockChanges, "time", "times"));
     if (found.equalSteps)
-        return QStringLiteral("Step %1, constant.").arg(stepLength(found.typicalStep)) + clock;
+        return QStringLiteral("Step %1, constant.").arg(stepLength(found.typicalStep)) + notes;
     QString line = stepRange(found.leastStep, found.greatestStep);
     if (found.gaps > 0)
         line += QStringLiteral(", %1, longest %2")
                     .arg(counted(found.gaps, "gap", "gaps"), durationText(found.longestGap));
     if (found.leastStep < 0.0)
         line += QStringLiteral(", some backwards");
-    return line + QLatin1Char('.') + clock;
+    return line + QLatin1Char('.') + notes;
 }
 
 QString resultText(const STLCheck& found)

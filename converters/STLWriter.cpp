@@ -1,5 +1,6 @@
 #include "converters/STLWriter.h"
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <limits>
@@ -31,10 +32,13 @@ void STLWriter::add(double seconds, const std::vector<float>& values)
         addRow(seconds, values);
 }
 
-void STLWriter::finish()
+JobOutcome STLWriter::finish(const Progress& progress)
 {
     flushRows();
+    if (m_found.newestFirst && turnRound(progress) == JobOutcome::Cancelled)
+        return JobOutcome::Cancelled;
     m_target.flush(true);
+    return JobOutcome::Done;
 }
 
 // Every point of the grid between the row before and this one is interpolated, unless a gap lies there.
@@ -81,25 +85,31 @@ void STLWriter::addRow(double seconds, const std::vector<float>& values)
 
 float STLWriter::filled(std::size_t column, float value)
 {
+    // Of rows that will be turned round, what is previous in time comes later.
+    const bool previousIsToCome = m_format.fill == STLFill::Previous && m_found.newestFirst;
     if (std::isnan(value)) {
         switch (m_format.fill) {
             case STLFill::Zero:
                 return 0.0F;
             case STLFill::Previous:
-                return m_last[column];
+                return previousIsToCome ? value : m_last[column];
             default:
                 return value;
         }
     }
-    if (m_format.fill == STLFill::Interpolated && m_lastRow[column] != 0 && m_lastRow[column] + 1 < m_written)
-        interpolate(column, value);
+    if (m_lastRow[column] + 1 < m_written) {
+        if (previousIsToCome)
+            fillGap(column, value, value);
+        else if (m_format.fill == STLFill::Interpolated && m_lastRow[column] != 0)
+            fillGap(column, m_last[column], value);
+    }
     m_last[column] = value;
     m_lastRow[column] = m_written;
     return value;
 }
 
-// The rows of the gap are in the file or in the buffer already: both are gone back to.
-void STLWriter::interpolate(std::size_t column, float value)
+// The rows since the last value are in the file or in the buffer already: both are gone back to.
+void STLWriter::fillGap(std::size_t column, double before, double behind)
 {
     const std::uint64_t first = m_lastRow[column];
     const double width = static_cast<double>(m_written - first);
@@ -108,8 +118,7 @@ void STLWriter::interpolate(std::size_t column, float value)
     const std::uint64_t inFile = m_written - 1 - buffered;
     for (std::uint64_t row = first + 1; row < m_written; ++row) {
         const double share = static_cast<double>(row - first) / width;
-        const auto between =
-            static_cast<float>(m_last[column] + share * (static_cast<double>(value) - m_last[column]));
+        const auto between = static_cast<float>(before + share * (behind - before));
         if (row <= inFile)
             m_target.setValue(static_cast<std::uint32_t>(row),
                               static_cast<std::uint32_t>(m_timeColumns + column + 1), between);
@@ -126,4 +135,34 @@ void STLWriter::flushRows()
     m_target.writeRows(static_cast<std::uint32_t>(m_written - rows + 1), static_cast<std::uint32_t>(rows),
                        m_rows.data());
     m_rows.clear();
+}
+
+// Exchanges runs of rows from both ends inwards.
+JobOutcome STLWriter::turnRound(const Progress& progress)
+{
+    const std::size_t columns = m_found.columns;
+    const auto longest = static_cast<std::uint32_t>(std::max<std::size_t>(kBufferedValues / columns, 1));
+    const std::uint32_t half = m_found.samples / 2;
+    std::vector<float> front;
+    std::vector<float> back;
+    const auto turn = [columns](std::vector<float>& rows) {
+        for (std::size_t from = 0, to = rows.size() - columns; from < to; from += columns, to -= columns)
+            std::swap_ranges(&rows[from], &rows[from] + columns, &rows[to]);
+    };
+    for (std::uint32_t done = 0; done < half;) {
+        const std::uint32_t count = std::min(longest, half - done);
+        const std::uint32_t last = m_found.samples - done - count + 1;
+        front.resize(count * columns);
+        back.resize(count * columns);
+        m_target.readRows(done + 1, count, front.data());
+        m_target.readRows(last, count, back.data());
+        turn(front);
+        turn(back);
+        m_target.writeRows(done + 1, count, back.data());
+        m_target.writeRows(last, count, front.data());
+        done += count;
+        if (!goesOn(progress, done, half))
+            return JobOutcome::Cancelled;
+    }
+    return JobOutcome::Done;
 }

@@ -1,10 +1,11 @@
 // Puts rows of a log into a ts-file: missing values filled, time columns before the others, or all values
-// at equal steps.
+// at equal steps; the oldest row first.
 #pragma once
 
 #include <vector>
 
 #include "converters/STLCheck.h"
+#include "core/Progress.h"
 #include "core/TSFILE.h"
 
 class STLWriter
@@ -13,10 +14,11 @@ public:
     // Borrows all of them.
     STLWriter(TSFILE& target, const STLFormat& format, const STLCheck& found);
 
-    // Takes the next row; `seconds` since the first row.
+    // Takes the next row of the log; `seconds` since the first one, of turned rows since the last one.
     void add(double seconds, const std::vector<float>& values);
-    // Writes what is left. Throws the TS exceptions, as add() does.
-    void finish();
+    // Writes what is left, and turns the rows round where the newest came first. Throws the TS exceptions, as
+    // add() does.
+    JobOutcome finish(const Progress& progress);
 
     std::uint64_t written() const { return m_written; }
 
@@ -24,8 +26,9 @@ private:
     void addResampled(double seconds, const std::vector<float>& values);
     void addRow(double seconds, const std::vector<float>& values);
     float filled(std::size_t column, float value);
-    void interpolate(std::size_t column, float value);
+    void fillGap(std::size_t column, double before, double behind);
     void flushRows();
+    JobOutcome turnRound(const Progress& progress);
 
     TSFILE& m_target;
     const STLFormat& m_format;

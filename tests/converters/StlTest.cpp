@@ -277,6 +277,47 @@ TEST_F(Stl, whatOtherCountriesAndMakersWriteComesOutRight)
     }
 }
 
+TEST_F(Stl, newestRowFirstIsTurnedRound)
+{
+    constexpr int kRows = 100001;  // more than a run from either end
+    std::string text = "T;W;V\n";
+    for (int i = kRows; i >= 1; --i)
+        text += std::to_string(1463492730 + i) + (i % 10 == 7 ? ";5;" : ";;") + std::to_string(i) + '\n';
+    write("a.csv", text);
+    STLObject log("a.csv");
+    log.detect();
+    const auto expectOrder = [&](TSFILE& ts, STLFill fill) {
+        EXPECT_TRUE(log.found().newestFirst);
+        ASSERT_EQ(static_cast<std::uint32_t>(kRows), ts.samples());
+        for (const std::uint32_t s : {1U, 2U, 32768U, 50000U, 50001U, 50002U, 100000U, 100001U})
+            EXPECT_EQ(static_cast<float>(s), ts.value(s, ts.columns())) << s;
+        EXPECT_DOUBLE_EQ(1463492731.0, ts.startSeconds() + (ts.timeMode() == 0 ? 1.0 : 0.0));
+        // Behind the last one in time there is a previous value, but none to interpolate with.
+        EXPECT_EQ(fill != STLFill::Previous, std::isnan(ts.value(100001, ts.columns() - 1)));
+        EXPECT_EQ(fill == STLFill::NaN, std::isnan(ts.value(9, ts.columns() - 1)));
+    };
+    for (const STLFill fill : {STLFill::NaN, STLFill::Previous, STLFill::Interpolated}) {
+        log.format().fill = fill;
+        expectOrder(*import(log), fill);
+        EXPECT_TRUE(log.found().equalSteps);
+    }
+    log.format().timeResult = STLTimeResult::TimeTwoColumns;
+    const auto ts = import(log);
+    expectOrder(*ts, STLFill::Interpolated);
+    float row[2];
+    EXPECT_EQ(1463492730.0 + kRows, ts->readRowWithTime(kRows, row));
+    log.format().timeResult = STLTimeResult::Resampled;
+    EXPECT_THROW(log.check({}), STLError);
+
+    write("a.csv", "Time;V\n00:00:02;1\n00:00:01;2\n00:00:03;3\n00:00:09;4\n");
+    STLObject mixed("a.csv");
+    mixed.detect();
+    const auto asItCame = import(mixed);
+    EXPECT_FALSE(mixed.found().newestFirst);
+    EXPECT_EQ(-1.0, mixed.found().leastStep);
+    EXPECT_EQ(4.0F, asItCame->value(4, 2));
+}
+
 TEST_F(Stl, clockThatIsSetWithinTheLogIsFollowed)
 {
     // Local stamps of equal steps in truth; those of daily rows stay equal on the clock.

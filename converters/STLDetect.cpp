@@ -46,6 +46,8 @@ Reading scored(const STLSample& sample, char separator, char decimal, char group
     {
         std::size_t count = 0;
         double worth = 0.0;
+        std::size_t endInSeparator = 0;
+        std::size_t endInNumber = 0;
     };
     std::map<std::size_t, Lines> byCount;
     std::vector<std::string_view> line;
@@ -55,10 +57,13 @@ Reading scored(const STLSample& sample, char separator, char decimal, char group
             continue;
         ++looked;
         // A separator at the end of a line makes no cell of its own.
-        if (splitCells(text.text, separator, line) > 1 && line.back().empty())
+        const bool endsInSeparator = splitCells(text.text, separator, line) > 1 && line.back().empty();
+        if (endsInSeparator)
             line.pop_back();
         Lines& lines = byCount[line.size()];
         ++lines.count;
+        lines.endInSeparator += endsInSeparator ? 1 : 0;
+        lines.endInNumber += !line.empty() && readToken(line.back(), cells).kind == STLKind::Number ? 1 : 0;
         for (const std::string_view cell : line) {
             const STLKind kind = readToken(cell, cells).kind;
             const bool number = kind == STLKind::Text && !unitBehind(cell, cells).empty();
@@ -77,6 +82,11 @@ Reading scored(const STLSample& sample, char separator, char decimal, char group
             reading.cells = count;
         }
     }
+    // Unless it is the cell of a last column that is mostly empty.
+    const auto longer = byCount.find(reading.cells + 1);
+    if (longer != byCount.end() && longer->second.endInNumber > 1 &&
+        byCount[reading.cells].endInSeparator == byCount[reading.cells].count)
+        ++reading.cells;
     return reading;
 }
 

@@ -259,6 +259,12 @@ TEST_F(Stl, whatOtherCountriesAndMakersWriteComesOutRight)
          3600,
          {"ID", "V"},
          {7, 1}},
+        {"T;A;B\n1463492730;1;5\n1463492731;2;\n1463492732;3;\n1463492733;4;\n1463492734;5;\n1463492735;6;\n"
+         "1463492736;7;9\n",
+         kNoon,
+         1,
+         {"A", "B"},
+         {1, 5}},
         {"T\tA\tRemark\n2016-05-17 13:45:30\t1\n2016-05-17 13:45:31\t3\n", kStart, 1, {"A"}, {1}},
     };
     for (const Written& c : cases) {

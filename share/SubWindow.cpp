@@ -18,14 +18,14 @@ bool SubWindow::mayClose()
     return true;
 }
 
-void SubWindow::showEvent(QShowEvent* event)
+void SubWindow::setVisible(bool visible)
 {
     // On a small screen a window would hide its own buttons.
     constexpr QSize kFrame(12, 44);  // what a window manager puts around a window
-    if (!m_wasShown && !isMaximized() && !isFullScreen())
+    if (visible && !m_wasShown && !isMaximized() && !isFullScreen())
         resize(size().boundedTo(screen()->availableSize() - kFrame));
-    m_wasShown = true;
-    QMainWindow::showEvent(event);
+    m_wasShown = m_wasShown || visible;
+    QMainWindow::setVisible(visible);
 }
 
 void SubWindow::closeEvent(QCloseEvent* event)

@@ -14,6 +14,9 @@ class SubWindow : public QMainWindow
 public:
     explicit SubWindow(QWidget* parent = nullptr);
 
+    // Before it is shown for the first time the window is made to fit the screen.
+    void setVisible(bool visible) override;
+
 signals:
     // Emitted once, when the window was closed.
     void windowGone(subWindow window);
@@ -27,7 +30,6 @@ protected:
     // Whether the window may close now: here a window asks about what is not saved. It is not asked while a
     // job runs or a dialog is open, when no window closes.
     virtual bool mayClose();
-    void showEvent(QShowEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
 
 private:

@@ -4,35 +4,17 @@
 #include <cstdio>
 
 #include "converters/STLFormat.h"
+#include "core/ColumnNames.h"
 #include "core/TsHeader.h"
-
-std::string cutTo(const std::string& text, std::size_t bytes)
-{
-    if (text.size() <= bytes)
-        return text;
-    std::size_t end = bytes;
-    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U)
-        --end;
-    return text.substr(0, end);
-}
+#include "core/Utf8.h"
 
 std::vector<std::string> uniqueColumnNames(const std::vector<std::string>& wanted)
 {
-    std::vector<std::string> names;
-    for (const std::string& whole : wanted) {
-        std::string name = cutTo(whole, kColumnNameLength);
-        // "Time" and "Time32" tell the time of a ts-file: no other column is called so.
-        const auto taken = [&](const std::string& text) {
-            return text == "Time" || text == "Time32" ||
-                   std::find(names.begin(), names.end(), text) != names.end();
-        };
-        for (int again = 2; taken(name); ++again) {
-            const std::string tail = "~" + std::to_string(again);
-            name = cutTo(whole, kColumnNameLength - tail.size()) + tail;
-        }
-        names.push_back(name);
-    }
-    return names;
+    // These tell the time of a ts-file: no other column is called so.
+    std::vector<std::string> taken = {"Time", "Time32"};
+    for (const std::string& name : wanted)
+        taken.push_back(columnNameApart(name, taken));
+    return {taken.begin() + 2, taken.end()};
 }
 
 std::string nameWithUnit(const std::string& name, const std::string& unit)

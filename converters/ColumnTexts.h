@@ -5,11 +5,7 @@
 #include <string>
 #include <vector>
 
-inline constexpr std::size_t kColumnNameLength = 11;
 inline constexpr std::size_t kColumnTextLength = 45;
-
-// The first bytes of a UTF-8 text, cut at a whole character.
-std::string cutTo(const std::string& text, std::size_t bytes);
 
 // Names of at most 11 bytes, each one once and none that means time: "Temperatu~2".
 std::vector<std::string> uniqueColumnNames(const std::vector<std::string>& wanted);

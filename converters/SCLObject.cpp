@@ -12,6 +12,7 @@
 #include "converters/STLWriter.h"
 #include "core/ScratchFile.h"
 #include "core/TsNames.h"
+#include "core/Utf8.h"
 
 namespace {
 

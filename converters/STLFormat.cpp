@@ -4,6 +4,8 @@
 #include <array>
 #include <cctype>
 
+#include "core/TimeUnits.h"
+
 namespace {
 
 // The last word of a text, in small letters: "ms" of "time_ms", "Zeit in ms" and "ms".
@@ -15,28 +17,6 @@ std::string lastWord(std::string_view text)
     std::transform(word.begin(), word.end(), word.begin(),
                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     return word;
-}
-
-// Seconds of a unit of time; 0 where the word is none.
-double secondsOfUnit(const std::string& word)
-{
-    struct Unit
-    {
-        double seconds;
-        std::array<std::string_view, 9> words;
-    };
-    static constexpr std::array<Unit, 7> kUnits = {
-        {{1e-9, {"ns", "nanoseconds", "nanosec"}},
-         {1e-6, {"us", "\xC2\xB5s", "\xCE\xBCs", "\xB5s", "microseconds", "micros", "usec"}},
-         {1e-3, {"ms", "msec", "milliseconds", "millis", "millisekunden", "msek"}},
-         {1, {"s", "sec", "secs", "second", "seconds", "sek", "sekunden"}},
-         {60, {"min", "mins", "minute", "minutes", "minuten"}},
-         {3600, {"h", "hr", "hrs", "hour", "hours", "std", "stunde", "stunden"}},
-         {86400, {"d", "day", "days", "tag", "tage"}}}};
-    for (const Unit& unit : kUnits)
-        if (!word.empty() && std::find(unit.words.begin(), unit.words.end(), word) != unit.words.end())
-            return unit.seconds;
-    return 0.0;
 }
 
 }  // namespace
@@ -98,8 +78,8 @@ std::string_view unitBehind(std::string_view cell, const STLCells& cells)
         return {};
     // Letters that follow the digits at once are a unit only where they mean one: "3D" is none.
     const bool sign = unit.front() == '%' || static_cast<unsigned char>(unit.front()) >= 0x80;
-    if (!apart && !sign && secondsOfUnit(std::string(unit)) <= 0.0 && unit != "V" && unit != "A" &&
-        unit != "mV" && unit != "mA" && unit != "C" && unit != "W" && unit != "Hz")
+    if (!apart && !sign && secondsOfUnit(unit) <= 0.0 && unit != "V" && unit != "A" && unit != "mV" &&
+        unit != "mA" && unit != "C" && unit != "W" && unit != "Hz")
         return {};
     const std::string_view number = cell.substr(0, at);
     return readNumber(number.substr(0, number.find_last_not_of(' ') + 1), cells) ? unit : std::string_view();

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <map>
 
+#include "core/TimeUnits.h"
+
 namespace {
 
 bool isMostlyText(const STLRow& row)
@@ -111,10 +113,8 @@ std::optional<double> readInterval(std::string_view text, const STLCells& cells)
     std::string unit = lowered(text.substr(end));
     unit.erase(0,
                unit.find_first_not_of(' ') == std::string::npos ? unit.size() : unit.find_first_not_of(' '));
-    static const std::map<std::string, double> seconds = {
-        {"", 1.0}, {"s", 1.0}, {"sec", 1.0}, {"ms", 1e-3}, {"us", 1e-6}, {"min", 60.0}, {"h", 3600.0}};
-    const auto found = seconds.find(unit);
-    return found == seconds.end() ? std::nullopt : std::optional(*number * found->second);
+    const double seconds = unit.empty() ? 1.0 : secondsOfUnit(unit);
+    return seconds > 0.0 ? std::optional(*number * seconds) : std::nullopt;
 }
 
 std::optional<double> readRate(std::string_view text, const STLCells& cells)

@@ -11,6 +11,7 @@
 #include "core/ColumnCopy.h"
 #include "core/ScratchFile.h"
 #include "core/TsNames.h"
+#include "core/Utf8.h"
 
 namespace {
 

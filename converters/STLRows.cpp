@@ -7,7 +7,7 @@
 #include <cstring>
 #include <limits>
 
-#include "converters/ColumnTexts.h"
+#include "core/Utf8.h"
 
 namespace {
 

@@ -53,14 +53,6 @@ bool takeWord(std::string_view& text, std::string_view lowerCase)
     return true;
 }
 
-// Two-digit years as spreadsheets read them: 00 to 68 are 2000 to 2068.
-int fullYear(int year, bool twoDigits)
-{
-    if (!twoDigits)
-        return year;
-    return year < 69 ? 2000 + year : 1900 + year;
-}
-
 // AM and PM behind the hours, also as "a", "p.m." or "p. m."; 12 AM is midnight.
 bool applyHalfOfDay(std::string_view& text, int& hours)
 {
@@ -97,6 +89,13 @@ std::optional<int> takeNamedZone(std::string_view& text)
 }
 
 }  // namespace
+
+int fullYear(int year, bool twoDigits)
+{
+    if (!twoDigits)
+        return year;
+    return year < 69 ? 2000 + year : 1900 + year;
+}
 
 void takeFraction(std::string_view& text, TimeOfDay& time)
 {

@@ -49,5 +49,8 @@ std::optional<TimeOfDay> takeDottedTime(std::string_view& text);
 // Passes over blanks and an "Uhr" behind them.
 void skipUhr(std::string_view& text);
 
+// Two-digit years as spreadsheets read them: 00 to 68 are 2000 to 2068.
+int fullYear(int year, bool twoDigits);
+
 // Midnight of a date; nothing for a day that the calendar lacks.
 std::optional<Micros> midnight(const DateParts& date, DateOrder order);

@@ -100,13 +100,6 @@ DateParts datedBy(int year, int month, int day)
     return {year, month, day, true, false};
 }
 
-int fullYear(const Digits& year)
-{
-    if (year.count != 2)
-        return year.value;
-    return year.value < 69 ? 2000 + year.value : 1900 + year.value;
-}
-
 std::optional<DateParts> takeDayMonthYear(std::string_view& text)
 {
     std::string_view rest = text;
@@ -123,7 +116,8 @@ std::optional<DateParts> takeDayMonthYear(std::string_view& text)
     if (!last || (yearFirst ? last->count > 2 : last->count != 2 && last->count != 4))
         return std::nullopt;
     text = rest;
-    return yearFirst ? datedBy(day->value, month, last->value) : datedBy(fullYear(*last), month, day->value);
+    return yearFirst ? datedBy(day->value, month, last->value)
+                     : datedBy(fullYear(last->value, last->count == 2), month, day->value);
 }
 
 std::optional<DateParts> takeMonthDayYear(std::string_view& text)

@@ -9,6 +9,8 @@
 #include <cstdlib>
 #include <system_error>
 
+#include "core/Utf8.h"
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -39,10 +41,7 @@ fs::path numbered(const fs::path& directory, const std::string& stem, const std:
 {
     constexpr std::size_t kLongestName = 255;
     const std::string ending = number == 0 ? extension : '_' + std::to_string(number) + extension;
-    std::size_t length = std::min(stem.size(), kLongestName - std::min(kLongestName, ending.size()));
-    while (length < stem.size() && length > 0 && (static_cast<unsigned char>(stem[length]) & 0xC0U) == 0x80U)
-        --length;
-    return directory / (stem.substr(0, length) + ending);
+    return directory / (cutTo(stem, kLongestName - std::min(kLongestName, ending.size())) + ending);
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 
 #include "core/ColumnCopy.h"
 #include "core/Rebuild.h"
+#include "core/Utf8.h"
 #include "filter/MovingAverage.h"
 
 namespace {
@@ -80,25 +81,18 @@ double samplingFrequency(float dt)
     return rounded;
 }
 
-std::string wholeCharacters(const std::string& text, std::size_t bytes)
-{
-    while (bytes > 0 && bytes < text.size() && (static_cast<unsigned char>(text[bytes]) & 0xC0U) == 0x80)
-        --bytes;
-    return text.substr(0, bytes);
-}
-
 void describeWork(TSFILE& source, std::uint32_t column, TSFILE& work, const std::string& filterWords)
 {
     copyHeaderFromOldest(source, work);
     copyColumnInfo(source, column, work, 1);
     const std::string name = source.columnName(column);
     const std::string description = source.columnDescription(column);
-    work.columnName(2, (wholeCharacters(name, 9) + "_f").c_str());
+    work.columnName(2, (cutTo(name, 9) + "_f").c_str());
     // The unit stands in brackets and is to outlive the cut at the end of the field.
     const std::size_t bracket = description.rfind('[');
     const std::string unit = bracket == std::string::npos ? "" : " " + description.substr(bracket);
     const std::size_t room = 45 - std::min<std::size_t>(unit.size(), 40);
-    work.columnDescription(2, (filterWords.substr(0, room) + unit).c_str());
+    work.columnDescription(2, (cutTo(filterWords, room) + unit).c_str());
     work.stampColumn(2);
 }
 

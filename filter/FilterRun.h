@@ -38,9 +38,6 @@ FidFilterPtr designFilter(const FilterRequest& request, double samplingHz);
 // 32-bit sample time holds: 1/360 s gives 360 Hz.
 double samplingFrequency(float dt);
 
-// At most so many bytes of a UTF-8 text, cut at a whole character.
-std::string wholeCharacters(const std::string& text, std::size_t bytes);
-
 // Gives the work file the header of `source`, column 1 the texts of its column, and column 2 a name and a
 // description that tell what is done to it, in the same unit.
 void describeWork(TSFILE& source, std::uint32_t column, TSFILE& work, const std::string& filterWords);

@@ -1,15 +1,13 @@
 #include "filter/SaveResults.h"
 
-#include <algorithm>
 #include <string>
 #include <vector>
 
 #include "core/ColumnCopy.h"
+#include "core/ColumnNames.h"
 #include "core/CopyFile.h"
 #include "core/Rebuild.h"
-#include "core/TsHeader.h"
 #include "core/TsNames.h"
-#include "filter/FilterRun.h"
 
 JobOutcome saveToNewFile(const TSFILE& work, const std::filesystem::path& target, const Progress& progress)
 {
@@ -33,12 +31,7 @@ void nameApart(TSFILE& file, std::uint32_t column)
     std::vector<std::string> taken;
     for (std::uint32_t c = 1; c < column; ++c)
         taken.emplace_back(file.columnName(c));
-    std::string name = wanted;
-    for (int number = 2; std::find(taken.begin(), taken.end(), name) != taken.end(); ++number) {
-        const std::string tail = "~" + std::to_string(number);
-        name = wholeCharacters(wanted, kColumnName.width - 1 - tail.size()) + tail;
-    }
-    file.columnName(column, name.c_str());
+    file.columnName(column, columnNameApart(wanted, taken).c_str());
 }
 
 }  // namespace

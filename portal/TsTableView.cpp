@@ -20,6 +20,7 @@
 #include <charconv>
 #include <cmath>
 
+#include "core/ColumnCopy.h"
 #include "core/TsNames.h"
 #include "portal/CellDelegate.h"
 #include "portal/FindBar.h"
@@ -143,7 +144,7 @@ void TsTableView::openFile(const QString& file, int mode)
     if (opened->ringStart() != 0 && opened->samples() != 0)
         note(QStringLiteral("A ring file: rows stand as in the file; the oldest sample, %1, is in row %2.")
                  .arg(opened->ringStart())
-                 .arg((opened->ringStart() - 1) % opened->samples() + 1));
+                 .arg(oldestRow(*opened)));
     if (opened->columns() > static_cast<std::uint32_t>(TsTableModel::kMostColumns))
         note(QStringLiteral("Of %1 columns the first %2 are shown.")
                  .arg(groupedNumber(opened->columns()), groupedNumber(TsTableModel::kMostColumns)));

@@ -8,7 +8,9 @@
 #include <cmath>
 #include <cstring>
 
+#include "core/ColumnCopy.h"
 #include "core/TSFILE.h"
+#include "core/TimeUnits.h"
 #include "core/Variable.h"
 #include "share/HeaderText.h"
 #include "share/NumberField.h"
@@ -18,26 +20,10 @@ namespace {
 constexpr double kDay = 86400.0;
 constexpr double kSurelyCalendar = 1e8;  // seconds; no series was measured for so long from zero
 
-struct Unit
-{
-    const char* names;  // separated by blanks
-    double seconds;
-};
-
-constexpr std::array<Unit, 6> kUnits{{{"s sec second seconds", 1.0},
-                                      {"ms msec millisecond milliseconds", 1e-3},
-                                      {"us \xC2\xB5s microsecond microseconds", 1e-6},
-                                      {"min minute minutes", 60.0},
-                                      {"h hour hours", 3600.0},
-                                      {"d day days", kDay}}};
-
 // 0 where it is no unit of time.
 double secondsIn(const QString& unit)
 {
-    for (const Unit& row : kUnits)
-        if (QString::fromUtf8(row.names).split(QLatin1Char(' ')).contains(unit, Qt::CaseInsensitive))
-            return row.seconds;
-    return 0.0;
+    return secondsOfUnit(unit.toLower().toUtf8().constData());
 }
 
 std::optional<GoToTarget> parseTimeOfDay(const QString& text)
@@ -230,8 +216,8 @@ std::uint32_t sampleInRow(TSFILE& file, std::uint32_t row)
     const std::uint32_t samples = file.samples();
     if (oldest == 0 || samples == 0)
         return row;
-    const std::uint32_t oldestRow = (oldest - 1) % samples + 1;
-    return row >= oldestRow ? oldest + (row - oldestRow) : oldest + (samples - oldestRow) + row;
+    const std::uint32_t first = oldestRow(file);
+    return row >= first ? oldest + (row - first) : oldest + (samples - first) + row;
 }
 
 double elapsedTime(TSFILE& file, std::uint32_t row)

@@ -2,15 +2,13 @@
 
 #include <QTextCodec>
 
+#include "core/Utf8.h"
+
 QByteArray headerBytes(const QString& text, int width)
 {
     QByteArray bytes = text.toUtf8();
-    if (bytes.size() > width) {
-        int end = width;
-        while (end > 0 && (static_cast<unsigned char>(bytes[end]) & 0xC0U) == 0x80U)
-            --end;
-        bytes.truncate(end);
-    }
+    const std::string_view all(bytes.constData(), static_cast<std::size_t>(bytes.size()));
+    bytes.truncate(static_cast<int>(wholeCharacters(all, static_cast<std::size_t>(width))));
     return bytes;
 }
 

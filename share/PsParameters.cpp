@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "core/Utf8.h"
+
 double PsParameters::gridThickness(GridStyle style) const
 {
     switch (style) {
@@ -19,13 +21,7 @@ double PsParameters::gridThickness(GridStyle style) const
 
 void PsParameters::setText(char (&field)[128], const char* text)
 {
-    std::size_t length = std::strlen(text);
-    if (length >= sizeof field) {
-        length = sizeof field - 1;
-        // Back to the first byte of the character that does not fit.
-        while (length > 0 && (static_cast<unsigned char>(text[length]) & 0xC0U) == 0x80U)
-            --length;
-    }
+    const std::size_t length = wholeCharacters(text, sizeof field - 1);
     std::memcpy(field, text, length);
     std::memset(field + length, 0, sizeof field - length);
 }

@@ -9,6 +9,7 @@
 #include "core/ErrorReport.h"
 #include "core/TSFILE.h"
 #include "formula/FormulaFunctions.h"
+#include "formula/FormulaOperations.h"
 #include "formula/SourceLookup.h"
 
 namespace veltrac {
@@ -63,11 +64,6 @@ double fetch(FormulaNode& variable, double t)
 // What an operand is, as far as that spares the call: numbers and the time are taken where they stand.
 enum class Shape { Number, Time, Tree };
 constexpr std::size_t kShapes = 3;
-
-bool isConstant(const FormulaNode& node)
-{
-    return node.kind == 'n' || node.kind == 'p';
-}
 
 Shape shapeOf(const FormulaNode& node)
 {
@@ -125,35 +121,6 @@ double sharedVariable(FormulaNode& node, Moment at)
     return node.value;
 }
 
-struct Sum
-{
-    static double of(const FormulaNode& /*node*/, double left, double right) { return left + right; }
-};
-struct Difference
-{
-    static double of(const FormulaNode& /*node*/, double left, double right) { return left - right; }
-};
-struct Product
-{
-    static double of(const FormulaNode& /*node*/, double left, double right) { return left * right; }
-};
-// The sign is dropped on purpose: -max(a,b) is max(a,b) in every formula that users keep.
-struct Larger
-{
-    static double of(const FormulaNode& /*node*/, double left, double right) { return larger(left, right); }
-};
-struct Smaller
-{
-    static double of(const FormulaNode& /*node*/, double left, double right) { return smaller(left, right); }
-};
-struct Binary
-{
-    static double of(const FormulaNode& node, double left, double right)
-    {
-        return node.binaryFunction(left, right);
-    }
-};
-
 template <typename Operation, Shape left, Shape right>
 double combined(FormulaNode& node, Moment at)
 {
@@ -191,7 +158,6 @@ double power(FormulaNode& node, Moment at)
     return std::pow(valueOf(node.left, at), right);
 }
 
-// What pow() gives for the commonest power, without the way there.
 double square(FormulaNode& node, Moment at)
 {
     const double left = valueOf(node.left, at);
@@ -253,7 +219,7 @@ Evaluator evaluatorOf(const FormulaNode& node)
         case '/':
             return quotient;
         case '^':
-            return node.right->kind == 'n' && node.right->value == 2.0 ? square : power;
+            return isSquare(node) ? square : power;
         case 'f':
             return node.unaryFunction == squareRoot ? withSign<unarySquareRoot>(node) : withSign<unary>(node);
         case 'm':

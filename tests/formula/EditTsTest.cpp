@@ -271,7 +271,7 @@ TEST(EditTsWin, WhatTheCompilerAcceptsInSilenceStandsBesideTheFieldAndInTheInfoB
         {"x1 + ", "x1 + was read as x1 + 0"},
         {"x9+1", "x9+1 was read as x; an x without a source gave 0"},
         {"2*sqrt(x1^2+1)+cos(pi*t) x1+2*sqrt(x1)+12",
-         "\xE2\x80\xA6^2+1)+cos(pi*t) x1+2*sqrt(x1)+1\xE2\x80\xA6 was read as \xE2\x80\xA6^2+1)+cos(pi*t)"},
+         "\xE2\x80\xA61^2+1)+cos(pi*t) x1+2*sqrt(x1)+1\xE2\x80\xA6 was read as \xE2\x80\xA61^2+1)+cos(pi*t)"},
         {"t*2,5", "a comma gave 0 (decimals have a point)"},
         {"max(x1, 2.5)", ""},
         {"log2(t+1)+cosh (t)", "log2 was read as log; cosh was read as cos"},

@@ -66,7 +66,7 @@ void SCLWin::add(const QString& file)
         m_logs.add(pathOf(file));
     } catch (const std::exception&) {
         showBox(QMessageBox::Warning, this, QStringLiteral("Veltrac"),
-                QFileInfo(file).fileName() + QStringLiteral(": ") + reasonOfFailure());
+                QFileInfo(file).fileName() + QStringLiteral(": ") + importFailure());
         return;
     }
     if (first) {
@@ -155,7 +155,7 @@ void SCLWin::sl_show_file()
             while (values.size() < kPlottedValues && read.next())
                 values.push_back(read.value());
         } catch (const std::exception&) {
-            lines = reasonOfFailure();
+            lines = importFailure();
         }
     }
     m_lines->setPlainText(lines);
@@ -195,7 +195,7 @@ void SCLWin::sl_skip_changed()
     try {
         m_logs.detectAgain();
     } catch (const std::exception&) {
-        m_problem = reasonOfFailure();
+        m_problem = importFailure();
     }
     showStep();
     sl_show_file();

@@ -138,7 +138,7 @@ QStringList exportNotes(const TsaExportReport& report)
 
 TsaOutcome failed(QWidget* parent, const QString& what)
 {
-    const QString text = what + QLatin1Char('\n') + reasonOfFailure();
+    const QString text = what + QLatin1Char('\n') + importFailure();
     warnBox(parent, QStringLiteral("Veltrac error"), text);
     return {false, QString(), text.simplified()};
 }

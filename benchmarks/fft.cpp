@@ -16,6 +16,8 @@
 #include "calc/mixfft_butterflies.h"
 #include "calc/mixfft_steps.h"
 
+using namespace veltrac;
+
 namespace {
 
 constexpr double kPi = std::numbers::pi;

@@ -9,6 +9,8 @@
 
 #include "filter/fid.h"
 
+using namespace veltrac;
+
 namespace {
 
 struct Free

@@ -10,6 +10,8 @@
 #include "core/TSFILE.h"
 #include "formula/FormulaParser.h"
 
+using namespace veltrac;
+
 namespace {
 
 constexpr std::uint32_t kSamples = 1'000'000;

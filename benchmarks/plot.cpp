@@ -17,6 +17,8 @@
 #include "share/PlotPainter.h"
 #include "share/PostscriptDriver.h"
 
+using namespace veltrac;
+
 namespace {
 
 constexpr std::uint32_t kValues = 100'000'000;

@@ -22,6 +22,8 @@
 #include "portal/TsDirectory.h"
 #include "portal/TsTableModel.h"
 
+using namespace veltrac;
+
 namespace {
 
 namespace fs = std::filesystem;

@@ -16,6 +16,8 @@
 
 #include "converters/STLObject.h"
 
+using namespace veltrac;
+
 namespace {
 
 namespace fs = std::filesystem;

@@ -16,6 +16,8 @@
 #include "converters/TsaImport.h"
 #include "core/TsNames.h"
 
+using namespace veltrac;
+
 namespace {
 
 namespace fs = std::filesystem;

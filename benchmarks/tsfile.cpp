@@ -12,6 +12,8 @@
 
 #include "core/TSFILE.h"
 
+using namespace veltrac;
+
 namespace {
 
 constexpr std::uint32_t kValues = 100'000'000;

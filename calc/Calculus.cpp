@@ -4,6 +4,8 @@
 #include <cmath>
 #include <vector>
 
+namespace veltrac {
+
 JobOutcome differentiate(TSFILE& work, double dt, const Progress& progress)
 {
     const std::uint32_t samples = work.samples();
@@ -55,3 +57,5 @@ CalculusSave saveResult(TSFILE& work, ColumnTarget& target, const Progress& prog
                                     [&] { target.file->dt(work.dt()); });
     return save;
 }
+
+}  // namespace veltrac

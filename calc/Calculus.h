@@ -9,6 +9,8 @@
 #include "core/Progress.h"
 #include "core/TSFILE.h"
 
+namespace veltrac {
+
 // Column 2 becomes the forward difference of column 1, (x(i+1) - x(i)) / dt, dt in seconds. The last sample
 // repeats the one before it; a single sample gives 0. Arithmetic in double, values as 32-bit floats.
 JobOutcome differentiate(TSFILE& work, double dt, const Progress& progress);
@@ -29,3 +31,5 @@ struct CalculusSave
 // time; other columns and samples stay. Fails, and is cancelled, as overwriteColumns().
 CalculusSave saveResult(TSFILE& work, ColumnTarget& target, const Progress& progress,
                         std::filesystem::path& backup);
+
+}  // namespace veltrac

@@ -27,6 +27,8 @@
 #include "share/SourceChooser.h"
 #include "share/hydaction.h"
 
+namespace veltrac {
+
 namespace {
 
 constexpr int kComputingMs = 60000;
@@ -370,3 +372,5 @@ void CalculusWin::dropWork()
     m_workName.clear();
     m_reservation.reset();
 }
+
+}  // namespace veltrac

@@ -11,6 +11,8 @@
 #include "share/ResultWindow.h"
 #include "share/WaitCursor.h"
 
+namespace veltrac {
+
 // What tells the two windows apart.
 struct CalculusKind
 {
@@ -67,3 +69,5 @@ private:
     std::unique_ptr<TSFILE> m_work;
     std::optional<WaitCursor> m_cursor;
 };
+
+}  // namespace veltrac

@@ -28,6 +28,8 @@
 #include "share/WaitCursor.h"
 #include "share/hydaction.h"
 
+using namespace veltrac;
+
 namespace {
 
 constexpr int kPanelWidth = 300;

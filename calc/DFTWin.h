@@ -7,11 +7,16 @@
 #include "core/ScratchFile.h"
 #include "share/ResultWindow.h"
 
-class PeakTable;
 class QAction;
+
+namespace veltrac {
+
+class PeakTable;
 class SpectrumFields;
 
-class DFTWin : public ResultWindow
+}  // namespace veltrac
+
+class DFTWin : public veltrac::ResultWindow
 {
     Q_OBJECT
 
@@ -33,21 +38,21 @@ private:
     void createActions();
     void createAxesMenu();
     void showSource();
-    bool compute(TSFILE& file, const SpectrumRequest& request);
-    void showResult(const SpectrumRequest& request);
+    bool compute(TSFILE& file, const veltrac::SpectrumRequest& request);
+    void showResult(const veltrac::SpectrumRequest& request);
     void applyAxes();
     void dropResult();
     void saveAs(const QString& name);
 
-    SpectrumFields* m_fields = nullptr;
-    PeakTable* m_peaks = nullptr;
+    veltrac::SpectrumFields* m_fields = nullptr;
+    veltrac::PeakTable* m_peaks = nullptr;
     QAction* m_execute = nullptr;
     QAction* m_save = nullptr;
     QAction* m_logFrequency = nullptr;
     QAction* m_logValues = nullptr;
 
-    QString m_shownFile;                   // whose range the fields hold
-    std::optional<ScratchFile> m_scratch;  // tempDFT.ts, or the next free name
-    QString m_sourceName;                  // that was computed
+    QString m_shownFile;                            // whose range the fields hold
+    std::optional<veltrac::ScratchFile> m_scratch;  // tempDFT.ts, or the next free name
+    QString m_sourceName;                           // that was computed
     double m_mean = 0.0;
 };

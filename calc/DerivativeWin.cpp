@@ -1,5 +1,7 @@
 #include "calc/DerivativeWin.h"
 
+using namespace veltrac;
+
 namespace {
 
 // "Derivate" and the other texts stand as users know them.

@@ -3,7 +3,7 @@
 
 #include "calc/CalculusWin.h"
 
-class DerivativeWin : public CalculusWin
+class DerivativeWin : public veltrac::CalculusWin
 {
     Q_OBJECT
 

@@ -1,5 +1,7 @@
 #include "calc/IntegrateWin.h"
 
+using namespace veltrac;
+
 namespace {
 
 // "Filtering...finished" is what this window has always said; nothing is filtered.

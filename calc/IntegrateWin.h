@@ -3,7 +3,7 @@
 
 #include "calc/CalculusWin.h"
 
-class IntegrateWin : public CalculusWin
+class IntegrateWin : public veltrac::CalculusWin
 {
     Q_OBJECT
 

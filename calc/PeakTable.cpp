@@ -14,6 +14,8 @@
 #include "core/Variable.h"
 #include "share/HeaderText.h"
 
+namespace veltrac {
+
 namespace {
 
 constexpr std::size_t kPeaks = 10;
@@ -121,3 +123,5 @@ void PeakTable::sl_harmonics()
         emit x_told(QStringLiteral("The scratch file could not be read"));
     }
 }
+
+}  // namespace veltrac

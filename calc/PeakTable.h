@@ -11,6 +11,8 @@
 class QLabel;
 class QTableWidget;
 
+namespace veltrac {
+
 class PeakTable : public QWidget
 {
     Q_OBJECT
@@ -44,3 +46,5 @@ private:
     std::vector<SpectrumPeak> m_peaks;
     bool m_showsHarmonics = false;
 };
+
+}  // namespace veltrac

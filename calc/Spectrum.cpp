@@ -10,6 +10,8 @@
 #include "calc/mixfft.h"
 #include "core/ColumnCopy.h"
 
+namespace veltrac {
+
 namespace {
 
 constexpr double kPi = std::numbers::pi;
@@ -259,3 +261,5 @@ JobOutcome computeSpectrum(TSFILE& source, const SpectrumRequest& request, TSFIL
     return request.averaged ? segments(source, request, plan, target, mean, progress)
                             : wholeRange(source, request, plan, target, mean, progress);
 }
+
+}  // namespace veltrac

@@ -13,6 +13,8 @@
 #include "core/Progress.h"
 #include "core/TSFILE.h"
 
+namespace veltrac {
+
 // What a request comes to.
 struct SpectrumPlan
 {
@@ -41,3 +43,5 @@ JobOutcome computeSpectrum(TSFILE& source, const SpectrumRequest& request, TSFIL
 
 // Columns of the target: 2 or 3.
 std::uint32_t spectrumColumns(const SpectrumRequest& request);
+
+}  // namespace veltrac

@@ -16,6 +16,8 @@
 #include "share/HeaderText.h"
 #include "share/JobProgress.h"
 
+namespace veltrac {
+
 namespace {
 
 constexpr double kEqualSteps = 0.001;  // of a step
@@ -113,3 +115,5 @@ bool clearDoubts(QWidget* window, TSFILE& source, const QString& fileName, Spect
     return askAboutMemory(window, request) && askAboutMissing(window, source, request) &&
            askAboutSteps(window, source, fileName, request);
 }
+
+}  // namespace veltrac

@@ -14,6 +14,8 @@
 #include "calc/WindowShape.h"
 #include "share/NumberField.h"
 
+namespace veltrac {
+
 namespace {
 
 constexpr std::uint32_t kLeastSegment = 256;
@@ -201,3 +203,5 @@ void SpectrumFields::check()
     m_plan->setText(m_reason.isEmpty() ? planText(request()) : m_reason);
     emit x_changed();
 }
+
+}  // namespace veltrac

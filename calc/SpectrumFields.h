@@ -6,11 +6,14 @@
 
 #include "calc/SpectrumRequest.h"
 
-class NumberField;
 class QCheckBox;
 class QComboBox;
 class QFormLayout;
 class QLabel;
+
+namespace veltrac {
+
+class NumberField;
 
 class SpectrumFields : public QWidget
 {
@@ -60,3 +63,5 @@ private:
     QString m_refusal;  // of the source
     QString m_reason;
 };
+
+}  // namespace veltrac

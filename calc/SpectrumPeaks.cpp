@@ -4,6 +4,8 @@
 #include <cmath>
 #include <span>
 
+namespace veltrac {
+
 namespace {
 
 constexpr std::uint32_t kRun = 1U << 15;
@@ -100,3 +102,5 @@ std::vector<SpectrumPeak> findHarmonics(TSFILE& spectrum, std::uint32_t column, 
     }
     return harmonics;
 }
+
+}  // namespace veltrac

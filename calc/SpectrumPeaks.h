@@ -7,6 +7,8 @@
 #include "calc/SpectrumRequest.h"
 #include "core/TSFILE.h"
 
+namespace veltrac {
+
 // A local maximum of a spectrum, refined by the parabola through its three bins. The flat top window needs
 // that for the frequency alone: its highest bin is the amplitude already.
 struct SpectrumPeak
@@ -21,3 +23,5 @@ std::vector<SpectrumPeak> findPeaks(TSFILE& spectrum, std::uint32_t column, std:
 // The highest bin beside each multiple 1, 2, … of a frequency, up to the end of the spectrum.
 std::vector<SpectrumPeak> findHarmonics(TSFILE& spectrum, std::uint32_t column, double frequency,
                                         std::size_t count, SpectrumWindow window);
+
+}  // namespace veltrac

@@ -3,6 +3,8 @@
 
 #include <cstdint>
 
+namespace veltrac {
+
 // F. J. Harris, "On the use of windows for harmonic analysis with the discrete Fourier transform", Proc. IEEE
 // 66 (1978), in their periodic form; the flat top is Heinzel's HFT95, off by 0.0044 dB between two bins.
 enum class SpectrumWindow { Hann, Rectangular, Hamming, Blackman, BlackmanHarris, FlatTop, Bartlett };
@@ -27,3 +29,5 @@ struct SpectrumRequest
     bool interpolate = false;  // missing values between their neighbours; else they are none
     double dt = 1.0;           // seconds between samples
 };
+
+}  // namespace veltrac

@@ -7,6 +7,8 @@
 
 #include "core/ColumnCopy.h"
 
+namespace veltrac {
+
 std::uint32_t segmentHop(std::uint32_t used, int overlapPercent)
 {
     const std::uint64_t stay = std::uint64_t{used} * static_cast<unsigned>(100 - overlapPercent);
@@ -168,3 +170,5 @@ JobOutcome readSteps(TSFILE& file, std::uint32_t from, std::uint32_t to, StepRan
     steps.grain = 2.0 * static_cast<double>(std::nextafter(farthest, INFINITY) - farthest);
     return outcome;
 }
+
+}  // namespace veltrac

@@ -8,6 +8,8 @@
 #include "core/Progress.h"
 #include "core/TSFILE.h"
 
+namespace veltrac {
+
 // From the first sample of a segment of `used` samples to the next one's.
 std::uint32_t segmentHop(std::uint32_t used, int overlapPercent);
 
@@ -69,3 +71,5 @@ struct StepRange
 };
 JobOutcome readSteps(TSFILE& file, std::uint32_t from, std::uint32_t to, StepRange& steps,
                      const Progress& progress);
+
+}  // namespace veltrac

@@ -7,6 +7,8 @@
 #include "share/GroupedNumber.h"
 #include "share/HeaderText.h"
 
+namespace veltrac {
+
 namespace {
 
 struct ResultRow
@@ -117,3 +119,5 @@ void describeMean(TSFILE& source, const SpectrumRequest& request, double mean, T
                              .arg(mean, 0, 'g', 4);
     spectrum.description(headerBytes(text, kFileDescriptionBytes).constData());
 }
+
+}  // namespace veltrac

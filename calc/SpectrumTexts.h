@@ -8,6 +8,8 @@
 #include "calc/SpectrumRequest.h"
 #include "core/TSFILE.h"
 
+namespace veltrac {
+
 // "16 GB", "4.5 MB", "130 kB".
 QString memoryText(std::uint64_t bytes);
 // "1 000 000 of 1 000 003 samples, resolution 0.001 Hz, up to 500 Hz, 32 MB", or the segments.
@@ -22,3 +24,5 @@ inline constexpr int kSpectrumResults = 5;
 void describeSpectrum(TSFILE& source, const SpectrumRequest& request, TSFILE& spectrum);
 // What the file's description says: "FFT Force Hann n=1000000 mean=0.0123".
 void describeMean(TSFILE& source, const SpectrumRequest& request, double mean, TSFILE& spectrum);
+
+}  // namespace veltrac

@@ -5,6 +5,8 @@
 #include <iterator>
 #include <numbers>
 
+namespace veltrac {
+
 namespace {
 
 constexpr double kTurn = 2.0 * std::numbers::pi;
@@ -76,3 +78,5 @@ void WindowShape::fillTile(std::uint32_t first, std::span<double> weights) const
         weights[i] = a[0] + c * b1 - b2;
     }
 }
+
+}  // namespace veltrac

@@ -7,6 +7,8 @@
 
 #include "calc/SpectrumRequest.h"
 
+namespace veltrac {
+
 const char* spectrumWindowName(SpectrumWindow window);
 
 // A window over m samples, in its periodic form, and its sums.
@@ -35,3 +37,5 @@ private:
     double m_sum = 0.0;
     double m_squares = 0.0;
 };
+
+}  // namespace veltrac

@@ -8,6 +8,8 @@
 #include "core/TsHeader.h"
 #include "core/Utf8.h"
 
+namespace veltrac {
+
 std::vector<std::string> uniqueColumnNames(const std::vector<std::string>& wanted)
 {
     // These tell the time of a ts-file: no other column is called so.
@@ -36,3 +38,5 @@ void requireFits(std::uint64_t samples, std::uint32_t columns)
     throw STLError("The result would need " + std::string(size) +
                    "; a ts-file holds less than 2 GB. Take fewer columns, rows or every n-th row.");
 }
+
+}  // namespace veltrac

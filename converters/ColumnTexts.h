@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+namespace veltrac {
+
 inline constexpr std::size_t kColumnTextLength = 45;
 
 // Names of at most 11 bytes, each one once and none that means time: "Temperatu~2".
@@ -15,3 +17,5 @@ std::string nameWithUnit(const std::string& name, const std::string& unit);
 
 // Throws STLError where a ts-file cannot hold that much.
 void requireFits(std::uint64_t samples, std::uint32_t columns);
+
+}  // namespace veltrac

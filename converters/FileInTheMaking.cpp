@@ -2,6 +2,8 @@
 
 #include <system_error>
 
+namespace veltrac {
+
 namespace fs = std::filesystem;
 
 FileInTheMaking::FileInTheMaking(fs::path target) : m_target(std::move(target))
@@ -30,3 +32,5 @@ void FileInTheMaking::keep()
         syncToDisk(m_target);
     m_kept = true;
 }
+
+}  // namespace veltrac

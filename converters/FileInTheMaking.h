@@ -9,6 +9,8 @@
 
 #include "core/ScratchFile.h"
 
+namespace veltrac {
+
 class FileInTheMaking
 {
 public:
@@ -27,3 +29,5 @@ private:
     std::optional<ScratchFile> m_old;
     bool m_kept = false;
 };
+
+}  // namespace veltrac

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <filesystem>
 
+namespace veltrac {
+
 struct FileState
 {
     std::uintmax_t bytes = 0;
@@ -25,3 +27,5 @@ inline bool isUnchanged(const std::filesystem::path& file, const FileState& befo
     const FileState now{std::filesystem::file_size(file, gone), std::filesystem::last_write_time(file, gone)};
     return !gone && now == before;
 }
+
+}  // namespace veltrac

@@ -11,6 +11,8 @@
 #include "converters/TimeStamps.h"
 #include "share/NumberField.h"
 
+namespace veltrac {
+
 void addRow(QFormLayout* form, const char* label, QWidget* field, const char* help, QWidget* beneath)
 {
     if (beneath == nullptr) {
@@ -67,3 +69,5 @@ QString reasonAgainstTarget(const QString& text)
 {
     return text.trimmed().isEmpty() ? QStringLiteral("A file name is missing.") : QString();
 }
+
+}  // namespace veltrac

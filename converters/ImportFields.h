@@ -8,6 +8,8 @@ class QPushButton;
 class QString;
 class QWidget;
 
+namespace veltrac {
+
 // A row of a form: label, field and what the field is for, perhaps with something beneath the field.
 void addRow(QFormLayout* form, const char* label, QWidget* field, const char* help,
             QWidget* beneath = nullptr);
@@ -25,3 +27,5 @@ QPushButton* importButton(const char* text, const char* help);
 QString reasonAgainstStart(const QString& text);
 // Why no ts-file can be called so.
 QString reasonAgainstTarget(const QString& text);
+
+}  // namespace veltrac

@@ -12,6 +12,8 @@
 #include "converters/ImportTexts.h"
 #include "share/GroupedNumber.h"
 
+namespace veltrac {
+
 namespace {
 
 constexpr QSize kWithTroubles(680, 420);
@@ -69,3 +71,5 @@ ImportReport::ImportReport(QWidget* parent, const QString& title, const QString&
     close->setFocus();
     resize(troubles.isEmpty() ? kPlain : kWithTroubles);
 }
+
+}  // namespace veltrac

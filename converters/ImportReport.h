@@ -7,6 +7,8 @@
 
 #include <cstdint>
 
+namespace veltrac {
+
 struct ImportTrouble
 {
     QString place;   // "Line 17"
@@ -24,3 +26,5 @@ public:
     ImportReport(QWidget* parent, const QString& title, const QString& summary,
                  const QVector<ImportTrouble>& troubles, std::uint64_t troubleCount, bool offerPlot);
 };
+
+}  // namespace veltrac

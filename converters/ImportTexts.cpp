@@ -16,6 +16,8 @@
 #include "share/Boxes.h"
 #include "share/GroupedNumber.h"
 
+namespace veltrac {
+
 namespace {
 
 constexpr int kDark = 128;  // of 255
@@ -160,3 +162,5 @@ QString reasonOfFailure()
         return QString::fromLocal8Bit(e.what());
     }
 }
+
+}  // namespace veltrac

@@ -9,6 +9,8 @@
 class QLabel;
 class QWidget;
 
+namespace veltrac {
+
 // A file name between the screen and the system.
 std::filesystem::path pathOf(const QString& file);
 QString shown(const std::string& file);
@@ -40,3 +42,5 @@ void showText(QLabel* label, const QString& text);
 
 // What went wrong, of the exception in flight.
 QString reasonOfFailure();
+
+}  // namespace veltrac

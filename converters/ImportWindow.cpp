@@ -18,6 +18,8 @@
 #include "share/QtMessageWin.h"
 #include "share/Resources.h"
 
+namespace veltrac {
+
 namespace {
 
 // Files up to this size are read in no noticeable time.
@@ -191,3 +193,5 @@ void ImportWindow::showReport(const QString& target, double seconds)
     if (box.exec() == QDialog::Accepted && TsApplication::instance() != nullptr)
         TsApplication::instance()->openSubProgram(SubProgram::Plot, target, 0);
 }
+
+}  // namespace veltrac

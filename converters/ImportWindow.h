@@ -19,6 +19,8 @@ class QLabel;
 class QLineEdit;
 class QPushButton;
 
+namespace veltrac {
+
 class ImportWindow : public SubWindow
 {
     Q_OBJECT
@@ -89,3 +91,5 @@ private:
 
     bool m_asked = false;  // for files
 };
+
+}  // namespace veltrac

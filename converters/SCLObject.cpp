@@ -14,6 +14,8 @@
 #include "core/TsNames.h"
 #include "core/Utf8.h"
 
+using namespace veltrac;
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -258,7 +260,7 @@ JobOutcome SCLObject::write(TSFILE& target, const Progress& progress)
     return writer.finish(progress);
 }
 
-JobOutcome importSCL(SCLObject& logs, const fs::path& target, const Progress& progress)
+JobOutcome veltrac::importSCL(SCLObject& logs, const fs::path& target, const Progress& progress)
 {
     ScratchFile scratch(target.parent_path(), "import", ".ts");
     {

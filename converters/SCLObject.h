@@ -12,6 +12,8 @@
 #include "core/Progress.h"
 #include "core/TSFILE.h"
 
+namespace veltrac {
+
 struct SCLTrouble
 {
     std::size_t source;  // from 0
@@ -28,15 +30,17 @@ struct SCLCheck
     std::uint32_t samples = 0;         // of the longest
 };
 
+}  // namespace veltrac
+
 class SCLObject
 {
 public:
     // -- What is imported; public because every member may be changed freely before the check --
-    std::vector<SCLSource> sources;
+    std::vector<veltrac::SCLSource> sources;
     std::uint64_t skipLines = 0;
-    Micros start = 0;   // wall clock, local time; 0 for none
-    double step = 1.0;  // seconds
-    STLFill fill = STLFill::NaN;
+    veltrac::Micros start = 0;  // wall clock, local time; 0 for none
+    double step = 1.0;          // seconds
+    veltrac::STLFill fill = veltrac::STLFill::NaN;
     std::string description;
 
     // Adds a file. The first one gives the start, its head's or else the file's date; the first one that
@@ -47,30 +51,34 @@ public:
 
     // Reads the files, unless isRead(). Throws STLError (no files, rates that differ, 2 GB or more),
     // std::system_error.
-    JobOutcome check(const Progress& progress);
+    veltrac::JobOutcome check(const veltrac::Progress& progress);
     // Whether the last pass saw these very files as they are now.
     bool isRead() const;
-    const SCLCheck& found() const { return m_found; }
+    const veltrac::SCLCheck& found() const { return m_found; }
     // Notices for the user: "b.scl has 1 000 values fewer.", several numbers a line. Needs a check.
     std::vector<std::string> notices() const;
 
     // The file that is to be made, after a check: counts, start and sample time.
-    STLCheck result() const;
+    veltrac::STLCheck result() const;
     // Names that the columns get: at most 11 bytes, each one once.
     std::vector<std::string> columnNames() const;
     // Writes header and values into a file of result().samples and result().columns. Throws STLError where
     // a source has changed meanwhile, the TS exceptions, std::system_error.
-    JobOutcome write(TSFILE& target, const Progress& progress);
+    veltrac::JobOutcome write(TSFILE& target, const veltrac::Progress& progress);
 
 private:
     void requireOneRate() const;
-    JobOutcome readAll(const Progress& progress);
+    veltrac::JobOutcome readAll(const veltrac::Progress& progress);
     void writeHeader(TSFILE& target) const;
 
-    SCLCheck m_found;
-    std::vector<std::pair<std::filesystem::path, FileState>> m_readStates;
+    veltrac::SCLCheck m_found;
+    std::vector<std::pair<std::filesystem::path, veltrac::FileState>> m_readStates;
     std::uint64_t m_readSkip = 0;
 };
 
+namespace veltrac {
+
 // As importSTL().
 JobOutcome importSCL(SCLObject& logs, const std::filesystem::path& target, const Progress& progress);
+
+}  // namespace veltrac

@@ -9,6 +9,8 @@
 #include "converters/WordedDates.h"
 #include "core/TextNumbers.h"
 
+namespace veltrac {
+
 namespace {
 
 constexpr std::size_t kLongestLine = 1U << 16;
@@ -303,3 +305,5 @@ void SCLReader::take(const STLToken& token)
     else if (m_lines.isCut() && m_next >= m_tokens.size())
         m_trouble = "a line of more than 65 536 bytes, cut";
 }
+
+}  // namespace veltrac

@@ -11,6 +11,8 @@
 #include "converters/TimeStamps.h"
 #include "core/LineReader.h"
 
+namespace veltrac {
+
 // What stands before and in the lines, found by detection; name, unit and description may be changed.
 struct SCLSource
 {
@@ -59,3 +61,5 @@ private:
     std::string m_trouble;
     bool m_started = false;  // values have been seen: what looks like a head line is a trouble now
 };
+
+}  // namespace veltrac

@@ -25,6 +25,8 @@
 #include "share/HeaderText.h"
 #include "share/NumberField.h"
 
+using namespace veltrac;
+
 namespace {
 
 enum Column { kFile, kName, kUnit, kDescription };

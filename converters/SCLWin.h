@@ -6,7 +6,6 @@
 #include "converters/ImportWindow.h"
 #include "converters/SCLObject.h"
 
-class NumberField;
 class QComboBox;
 class QLabel;
 class QLineEdit;
@@ -15,9 +14,15 @@ class QPushButton;
 class QSpinBox;
 class QTableWidget;
 class QWidget;
+
+namespace veltrac {
+
+class NumberField;
 class ValuePlot;
 
-class SCLWin : public ImportWindow
+}  // namespace veltrac
+
+class SCLWin : public veltrac::ImportWindow
 {
     Q_OBJECT
 
@@ -47,9 +52,10 @@ protected:
     std::uint64_t fileBytes() const override;
     bool isRead() const override { return m_logs.isRead(); }
     QString readingText() const override;
-    JobOutcome check(const Progress& progress) override;
+    veltrac::JobOutcome check(const veltrac::Progress& progress) override;
     QString doubt() const override;
-    JobOutcome makeFile(const std::filesystem::path& target, const Progress& progress) override;
+    veltrac::JobOutcome makeFile(const std::filesystem::path& target,
+                                 const veltrac::Progress& progress) override;
     Report report() const override;
     void showFindings() override;
 
@@ -75,11 +81,11 @@ private:
     QLineEdit* m_start;
     QLabel* m_startReason;
     QLabel* m_targetReason;
-    NumberField* m_step;
-    NumberField* m_frequency;
+    veltrac::NumberField* m_step;
+    veltrac::NumberField* m_frequency;
     QSpinBox* m_skip;
     QComboBox* m_fill;
     QLineEdit* m_description;
     QPlainTextEdit* m_lines;
-    ValuePlot* m_plot;
+    veltrac::ValuePlot* m_plot;
 };

@@ -21,6 +21,8 @@
 #include "share/HeaderText.h"
 #include "share/NumberField.h"
 
+using namespace veltrac;
+
 namespace {
 
 constexpr QSize kWindowSize(1000, 700);

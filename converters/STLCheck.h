@@ -7,6 +7,8 @@
 
 #include "converters/STLRows.h"
 
+namespace veltrac {
+
 struct STLCheck
 {
     std::uint64_t rows = 0;          // with a readable time
@@ -46,3 +48,5 @@ struct STLCheck
     std::uint32_t startSeconds = 0;
     float startTime = 0.0F;
 };
+
+}  // namespace veltrac

@@ -6,6 +6,8 @@
 #include "converters/STLGuess.h"
 #include "converters/STLSample.h"
 
+namespace veltrac {
+
 namespace {
 
 constexpr std::size_t kMostColumns = 4096;
@@ -204,3 +206,5 @@ void takeNames(const std::filesystem::path& file, STLFormat& format)
     }
     splitUnits(format);
 }
+
+}  // namespace veltrac

@@ -5,6 +5,8 @@
 
 #include "converters/STLFormat.h"
 
+namespace veltrac {
+
 // Looks at lines from the start, the middle and the end and tries every separator and decimal sign; the
 // reading under which most lines agree in their count of cells, and most cells mean something, wins.
 // Throws STLError (UTF-16, no line of numbers, too many columns) and std::system_error.
@@ -15,3 +17,5 @@ STLFormat detectFormat(const std::filesystem::path& file, char separator, char d
 
 // Reads names and units of the columns again, from the lines that the format names.
 void takeNames(const std::filesystem::path& file, STLFormat& format);
+
+}  // namespace veltrac

@@ -6,6 +6,8 @@
 
 #include "core/TimeUnits.h"
 
+namespace veltrac {
+
 namespace {
 
 // The last word of a text, in small letters: "ms" of "time_ms", "Zeit in ms" and "ms".
@@ -143,3 +145,5 @@ std::string decoded(std::string_view bytes, STLEncoding encoding)
     }
     return text;
 }
+
+}  // namespace veltrac

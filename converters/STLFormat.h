@@ -13,6 +13,8 @@
 #include "converters/STLToken.h"
 #include "converters/TimeStamps.h"
 
+namespace veltrac {
+
 // What keeps a file from being imported, in words for the user.
 class STLError : public std::runtime_error
 {
@@ -111,3 +113,5 @@ std::string_view withoutRemark(std::string_view line, const STLFormat& format);
 
 // Text of the file as UTF-8.
 std::string decoded(std::string_view bytes, STLEncoding encoding);
+
+}  // namespace veltrac

@@ -5,6 +5,8 @@
 
 #include "core/TimeUnits.h"
 
+namespace veltrac {
+
 namespace {
 
 bool isMostlyText(const STLRow& row)
@@ -291,3 +293,5 @@ void findSuffixes(STLFormat& format, const std::vector<STLRow>& data)
         column.suffix = best->first;
     }
 }
+
+}  // namespace veltrac

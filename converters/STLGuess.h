@@ -3,6 +3,8 @@
 
 #include "converters/STLSample.h"
 
+namespace veltrac {
+
 // In small letters, as far as they are ASCII.
 std::string lowered(std::string_view text);
 
@@ -36,3 +38,5 @@ void findCompactDates(STLFormat& format, const std::vector<STLRow>& data);
 
 // Where the time comes from, how its dates are meant, and which columns are values then.
 void guessTime(STLFormat& format, const std::vector<STLRow>& data);
+
+}  // namespace veltrac

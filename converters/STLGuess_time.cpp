@@ -4,6 +4,8 @@
 
 #include "converters/STLGuess.h"
 
+namespace veltrac {
+
 namespace {
 
 bool countsToTwelve(const STLFormat& format, const std::vector<STLRow>& rows)
@@ -238,3 +240,5 @@ void guessTime(STLFormat& format, const std::vector<STLRow>& data)
         format.columns[c].take =
             format.columns[c].kind == STLKind::Number && static_cast<int>(c) != format.timeColumn;
 }
+
+}  // namespace veltrac

@@ -13,6 +13,8 @@
 #include "converters/TimeStamps.h"
 #include "core/LineReader.h"
 
+using namespace veltrac;
+
 namespace {
 
 constexpr std::size_t kMostLines = 1000;

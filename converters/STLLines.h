@@ -12,6 +12,8 @@
 
 #include "converters/STLFormat.h"
 
+namespace veltrac {
+
 enum class STLLineKind { Empty, Remark, Head, Names, Units, Data, Trouble };
 
 class STLLines : public QAbstractTableModel
@@ -61,7 +63,9 @@ private:
     bool m_hasFormat = false;
 };
 
-Q_DECLARE_METATYPE(QVector<STLLines::Mark>)
+}  // namespace veltrac
+
+Q_DECLARE_METATYPE(QVector<veltrac::STLLines::Mark>)
 
 // Paints a line with its marks.
 class STLLineDelegate : public QStyledItemDelegate

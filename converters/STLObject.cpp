@@ -13,6 +13,8 @@
 #include "core/TsNames.h"
 #include "core/Utf8.h"
 
+using namespace veltrac;
+
 namespace {
 
 constexpr std::size_t kMostTroubles = 1000;
@@ -44,7 +46,7 @@ public:
         if (rows.position() < m_next)
             return true;
         m_next = rows.position() + kLookBytes;
-        return ::goesOn(m_progress, rows.position(), rows.fileBytes());
+        return veltrac::goesOn(m_progress, rows.position(), rows.fileBytes());
     }
 
 private:
@@ -328,7 +330,7 @@ JobOutcome STLObject::write(TSFILE& target, const Progress& progress)
     return writer.finish(partOf(progress, 80, 100));
 }
 
-JobOutcome importSTL(STLObject& log, const std::filesystem::path& target, const Progress& progress)
+JobOutcome veltrac::importSTL(STLObject& log, const std::filesystem::path& target, const Progress& progress)
 {
     ScratchFile scratch(target.parent_path(), "import", ".ts");
     {

@@ -21,8 +21,8 @@ public:
 
     const std::filesystem::path& file() const { return m_file; }
     // What detection found and the user changed.
-    STLFormat& format() { return m_format; }
-    const STLFormat& format() const { return m_format; }
+    veltrac::STLFormat& format() { return m_format; }
+    const veltrac::STLFormat& format() const { return m_format; }
 
     // Throws STLError and std::system_error.
     void detect();
@@ -30,8 +30,8 @@ public:
 
     // The first pass, left out where isRead(), and what becomes of its findings. Throws STLError where
     // nothing can come of it (no rows, no columns, 2 GB or more), std::system_error.
-    JobOutcome check(const Progress& progress);
-    const STLCheck& found() const { return m_found; }
+    veltrac::JobOutcome check(const veltrac::Progress& progress);
+    const veltrac::STLCheck& found() const { return m_found; }
     // Whether the last pass saw the file as it is now, read as the format reads it now: check() takes no
     // time then.
     bool isRead() const;
@@ -39,7 +39,7 @@ public:
     // The second pass, after a check: writes header and rows into a file of found().samples and
     // found().columns. Throws STLError where the file has changed since the check, the TS exceptions,
     // std::system_error.
-    JobOutcome write(TSFILE& target, const Progress& progress);
+    veltrac::JobOutcome write(TSFILE& target, const veltrac::Progress& progress);
 
     // Names that the taken columns get: at most 11 bytes, each one once, none that means time.
     std::vector<std::string> columnNames() const;
@@ -47,21 +47,25 @@ public:
     std::string columnDescription(std::size_t column) const;
 
 private:
-    JobOutcome readAll(const Progress& progress);
-    JobOutcome readThrough(const Progress& progress, bool& wrongOrder);
+    veltrac::JobOutcome readAll(const veltrac::Progress& progress);
+    veltrac::JobOutcome readThrough(const veltrac::Progress& progress, bool& wrongOrder);
     bool isChosen(std::uint64_t row) const;
     void settleResult();
     void settleStart();
     void writeHeader(TSFILE& target) const;
 
     std::filesystem::path m_file;
-    STLFormat m_format;
-    std::optional<STLFormat> m_readFormat;  // of the last whole pass
-    FileState m_readState;
-    STLCheck m_read;   // what it found
-    STLCheck m_found;  // the same, with what becomes of it
+    veltrac::STLFormat m_format;
+    std::optional<veltrac::STLFormat> m_readFormat;  // of the last whole pass
+    veltrac::FileState m_readState;
+    veltrac::STLCheck m_read;   // what it found
+    veltrac::STLCheck m_found;  // the same, with what becomes of it
 };
+
+namespace veltrac {
 
 // Writes the whole result beside `target` and puts it in its place when it is complete. The old target is
 // untouched where the job fails or is cancelled.
 JobOutcome importSTL(STLObject& log, const std::filesystem::path& target, const Progress& progress);
+
+}  // namespace veltrac

@@ -9,6 +9,8 @@
 
 #include "core/Utf8.h"
 
+namespace veltrac {
+
 namespace {
 
 constexpr std::size_t kLongestLine = 1U << 20;
@@ -312,7 +314,7 @@ float STLRows::valueOf(std::size_t column, std::string_view cell)
         if (const auto number = readValue(cell, wanted, m_format.cells))
             return static_cast<float>(*number);
         if (wanted.kind == STLKind::Time)
-            if (const auto time = ::readTime(cell))
+            if (const auto time = veltrac::readTime(cell))
                 return static_cast<float>(static_cast<double>(time->micros) / kMicrosPerSecond);
     }
     if (isMissing(cell, m_format.cells)) {
@@ -340,3 +342,5 @@ void STLRows::note(STLProblem problem, int column, std::string_view text)
     m_troubles.push_back({m_lineNumber, column, problem,
                           text.size() > kLongestQuote ? cutTo(quote, kLongestQuote - 1) + "…" : quote});
 }
+
+}  // namespace veltrac

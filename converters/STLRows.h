@@ -11,6 +11,8 @@
 #include "converters/STLFormat.h"
 #include "core/LineReader.h"
 
+namespace veltrac {
+
 // The first pass only asks whether cells are numbers, the second one wants the numbers, and perhaps no times.
 enum class STLPass { Check, Write, WriteValues };
 
@@ -123,3 +125,5 @@ private:
     Micros m_lastMidnight = 0;
     std::map<std::size_t, STLTexts> m_texts;
 };
+
+}  // namespace veltrac

@@ -5,6 +5,8 @@
 
 #include "core/LineReader.h"
 
+namespace veltrac {
+
 namespace {
 
 constexpr std::size_t kLinesAPlace = 200;
@@ -186,3 +188,5 @@ std::size_t firstDataRow(const std::vector<STLRow>& rows, const std::vector<STLK
     }
     return rows.size();
 }
+
+}  // namespace veltrac

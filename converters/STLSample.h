@@ -7,6 +7,8 @@
 
 #include "converters/STLFormat.h"
 
+namespace veltrac {
+
 struct STLLine
 {
     std::string text;
@@ -41,3 +43,5 @@ std::vector<STLKind> kindsOf(const std::vector<STLRow>& rows, std::size_t count)
 // The index of the row from which five in a row (or all that follow) look like data; rows.size() where none
 // do.
 std::size_t firstDataRow(const std::vector<STLRow>& rows, const std::vector<STLKind>& kinds);
+
+}  // namespace veltrac

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+namespace veltrac {
+
 namespace {
 
 constexpr double kEqualWithin = 0.001;  // of the step
@@ -118,3 +120,5 @@ void STLSteps::tellForward(STLCheck& found) const
     found.typicalStep = -m_typical;
     found.span = m_before - m_start;
 }
+
+}  // namespace veltrac

@@ -8,6 +8,8 @@
 
 #include "converters/STLCheck.h"
 
+namespace veltrac {
+
 class STLSteps
 {
 public:
@@ -46,3 +48,5 @@ private:
     double m_fastest = std::numeric_limits<double>::infinity();
     std::vector<double> m_first;
 };
+
+}  // namespace veltrac

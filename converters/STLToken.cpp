@@ -7,6 +7,8 @@
 #include "converters/TimeStamps.h"
 #include "core/TextNumbers.h"
 
+using namespace veltrac;
+
 namespace {
 
 constexpr std::size_t kLongestNumber = 64;
@@ -183,7 +185,7 @@ std::optional<std::string_view> ungrouped(std::string_view cell, const STLCells&
 
 }  // namespace
 
-std::size_t splitCells(std::string_view line, char separator, std::vector<std::string_view>& out)
+std::size_t veltrac::splitCells(std::string_view line, char separator, std::vector<std::string_view>& out)
 {
     if (!line.empty() && line.back() == '\r')
         line.remove_suffix(1);
@@ -222,7 +224,7 @@ std::size_t splitCells(std::string_view line, char separator, std::vector<std::s
     return count;
 }
 
-std::optional<double> readNumber(std::string_view cell, const STLCells& cells)
+std::optional<double> veltrac::readNumber(std::string_view cell, const STLCells& cells)
 {
     const std::string_view digits = digitsOf(cell, cells.decimal);
     std::array<char, kLongestNumber> buffer;
@@ -251,13 +253,13 @@ std::optional<double> readNumber(std::string_view cell, const STLCells& cells)
     return number.end == last ? std::optional(number.value) : std::nullopt;
 }
 
-bool isNumber(std::string_view cell, const STLCells& cells)
+bool veltrac::isNumber(std::string_view cell, const STLCells& cells)
 {
     const std::string_view digits = digitsOf(cell, cells.decimal);
     return (!digits.empty() && plainNumber(digits, cells.decimal)) || readNumber(cell, cells);
 }
 
-bool isMissing(std::string_view cell, const STLCells& cells)
+bool veltrac::isMissing(std::string_view cell, const STLCells& cells)
 {
     const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; };
     return cell.empty() ||
@@ -268,7 +270,7 @@ bool isMissing(std::string_view cell, const STLCells& cells)
            });
 }
 
-STLToken readToken(std::string_view cell, const STLCells& cells)
+STLToken veltrac::readToken(std::string_view cell, const STLCells& cells)
 {
     if (const auto number = readNumber(cell, cells))
         return {STLKind::Number, cell, *number};

@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+namespace veltrac {
+
 enum class STLKind { Missing, Number, Date, Time, Stamp, Text };
 inline constexpr int kSTLKinds = 6;
 
@@ -22,13 +24,17 @@ struct STLCells
     bool operator==(const STLCells&) const = default;
 };
 
+}  // namespace veltrac
+
 // Text is a view into the line: valid as long as that is.
 struct STLToken
 {
-    STLKind kind = STLKind::Missing;
+    veltrac::STLKind kind = veltrac::STLKind::Missing;
     std::string_view text;
     double value = 0.0;  // of a number
 };
+
+namespace veltrac {
 
 // Cuts a line at its separators; cells come without the blanks around them, and without their quotes. `out`
 // is cleared first. Returns the number of cells.
@@ -44,3 +50,5 @@ bool isMissing(std::string_view cell, const STLCells& cells);
 
 // What stands in a cell.
 STLToken readToken(std::string_view cell, const STLCells& cells);
+
+}  // namespace veltrac

@@ -27,6 +27,8 @@
 #include "share/GroupedNumber.h"
 #include "share/NumberField.h"
 
+using namespace veltrac;
+
 namespace {
 
 const QString kFilter = QStringLiteral(

@@ -10,7 +10,6 @@
 #include "converters/ImportWindow.h"
 #include "converters/STLObject.h"
 
-class NumberField;
 class QComboBox;
 class QLabel;
 class QLineEdit;
@@ -19,9 +18,15 @@ class QSpinBox;
 class QTableView;
 class QTableWidget;
 class QWidget;
+
+namespace veltrac {
+
+class NumberField;
 class STLLines;
 
-class STLWin : public ImportWindow
+}  // namespace veltrac
+
+class STLWin : public veltrac::ImportWindow
 {
     Q_OBJECT
 
@@ -48,9 +53,10 @@ protected:
     std::uint64_t fileBytes() const override;
     bool isRead() const override { return m_log->isRead(); }
     QString readingText() const override;
-    JobOutcome check(const Progress& progress) override;
+    veltrac::JobOutcome check(const veltrac::Progress& progress) override;
     QString doubt() const override;
-    JobOutcome makeFile(const std::filesystem::path& target, const Progress& progress) override;
+    veltrac::JobOutcome makeFile(const std::filesystem::path& target,
+                                 const veltrac::Progress& progress) override;
     Report report() const override;
     void showFindings() override;
     void resizeEvent(QResizeEvent* event) override;
@@ -73,7 +79,7 @@ private:
 
     std::unique_ptr<STLObject> m_log;
 
-    STLLines* m_lines;
+    veltrac::STLLines* m_lines;
     QTableView* m_preview;
     QTableWidget* m_columns;
 
@@ -95,7 +101,7 @@ private:
     QComboBox* m_order;
     QComboBox* m_zone;
     QLineEdit* m_start;
-    NumberField* m_step;
+    veltrac::NumberField* m_step;
     QComboBox* m_becomes;
     QLineEdit* m_resampleStep;
     QLabel* m_orderReason;
@@ -104,9 +110,9 @@ private:
     QLabel* m_timeFinding;
 
     QLineEdit* m_description;
-    NumberField* m_fromRow;
-    NumberField* m_toRow;
-    NumberField* m_everyNth;
+    veltrac::NumberField* m_fromRow;
+    veltrac::NumberField* m_toRow;
+    veltrac::NumberField* m_everyNth;
     QComboBox* m_fill;
     QLabel* m_targetReason;
     QLabel* m_size;

@@ -25,6 +25,8 @@
 #include "share/HeaderText.h"
 #include "share/NumberField.h"
 
+using namespace veltrac;
+
 namespace {
 
 constexpr QSize kWindowSize(1180, 760);

@@ -16,6 +16,8 @@
 #include "converters/STLWin.h"
 #include "share/NumberField.h"
 
+using namespace veltrac;
+
 namespace {
 
 enum Column { kTake, kName, kDescription, kUnit, kValues };

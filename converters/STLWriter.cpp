@@ -5,6 +5,8 @@
 #include <cmath>
 #include <limits>
 
+namespace veltrac {
+
 namespace {
 
 constexpr std::size_t kBufferedValues = 1U << 16;
@@ -166,3 +168,5 @@ JobOutcome STLWriter::turnRound(const Progress& progress)
     }
     return JobOutcome::Done;
 }
+
+}  // namespace veltrac

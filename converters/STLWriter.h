@@ -8,6 +8,8 @@
 #include "core/Progress.h"
 #include "core/TSFILE.h"
 
+namespace veltrac {
+
 class STLWriter
 {
 public:
@@ -41,3 +43,5 @@ private:
     double m_beforeSeconds = 0.0;
     std::vector<float> m_before;  // the row before, for resampling
 };
+
+}  // namespace veltrac

@@ -4,6 +4,8 @@
 #include <chrono>
 #include <utility>
 
+namespace veltrac {
+
 namespace {
 
 bool isDigit(char c)
@@ -239,3 +241,5 @@ std::optional<Micros> midnight(const DateParts& date, DateOrder order)
         return std::nullopt;
     return Micros{sys_days{calendar}.time_since_epoch().count()} * kMicrosPerDay;
 }
+
+}  // namespace veltrac

@@ -8,6 +8,8 @@
 #include <optional>
 #include <string_view>
 
+namespace veltrac {
+
 using Micros = std::int64_t;
 inline constexpr Micros kMicrosPerSecond = 1'000'000;
 inline constexpr Micros kMicrosPerDay = 86'400 * kMicrosPerSecond;
@@ -54,3 +56,5 @@ int fullYear(int year, bool twoDigits);
 
 // Midnight of a date; nothing for a day that the calendar lacks.
 std::optional<Micros> midnight(const DateParts& date, DateOrder order);
+
+}  // namespace veltrac

@@ -6,6 +6,8 @@
 
 #include "converters/WordedDates.h"
 
+namespace veltrac {
+
 namespace {
 
 // What stands behind a date.
@@ -149,3 +151,5 @@ LocalInstants localInstants(Micros wall)
         instants.last += kHour * kMicrosPerSecond;
     return instants;
 }
+
+}  // namespace veltrac

@@ -7,6 +7,8 @@
 
 #include "converters/StampParts.h"
 
+namespace veltrac {
+
 // The whole text as a stamp: a date, and behind blanks or "T" a time with or without a zone. Months may be
 // words, and all may be digits (WordedDates.h).
 std::optional<Stamp> readStamp(std::string_view text);
@@ -38,3 +40,5 @@ struct LocalInstants
     Micros last;
 };
 LocalInstants localInstants(Micros wall);
+
+}  // namespace veltrac

@@ -20,6 +20,8 @@
 #include "share/GroupedNumber.h"
 #include "share/JobProgress.h"
 
+namespace veltrac {
+
 namespace {
 
 const QString kFilter = QStringLiteral("TS-ASCII files (*.tsa);;");
@@ -219,3 +221,5 @@ TsaOutcome exportTsaTo(QWidget* parent, const QString& tsFile, const QString& ta
         return failed(parent, QStringLiteral("%1 was not written.").arg(name));
     }
 }
+
+}  // namespace veltrac

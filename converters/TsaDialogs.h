@@ -7,6 +7,8 @@
 
 class QWidget;
 
+namespace veltrac {
+
 struct TsaOutcome
 {
     bool done = false;
@@ -28,3 +30,5 @@ TsaOutcome exportTsaInterval(QWidget* parent, const QString& tsFile, std::uint32
 // Writes to a target that is known. Asks before an old file is replaced.
 TsaOutcome exportTsaTo(QWidget* parent, const QString& tsFile, const QString& target, std::uint32_t first,
                        std::uint32_t last);
+
+}  // namespace veltrac

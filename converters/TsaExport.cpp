@@ -15,6 +15,8 @@
 #include "core/TextNumbers.h"
 #include "share/HeaderText.h"
 
+using namespace veltrac;
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -158,8 +160,8 @@ JobOutcome writeRows(TSFILE& ts, std::uint32_t first, std::uint32_t samples, Out
 
 }  // namespace
 
-JobOutcome exportTsaText(TSFILE& ts, const fs::path& target, std::uint32_t first, std::uint32_t last,
-                         const Progress& progress, TsaExportReport& report)
+JobOutcome veltrac::exportTsaText(TSFILE& ts, const fs::path& target, std::uint32_t first, std::uint32_t last,
+                                  const Progress& progress, TsaExportReport& report)
 {
     report.samples = first <= last ? last - first + 1 : 0;
     report.columns = ts.columns();

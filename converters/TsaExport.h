@@ -17,8 +17,12 @@ struct TsaExportReport
     bool startIsLost = false;
 };
 
+namespace veltrac {
+
 // Writes samples first to last of `ts` to `target`, by way of a scratch file beside it: a target that is
 // there is replaced when the text is whole, and untouched otherwise. first > last writes the header alone.
 // Throws std::system_error (a full disk, a directory that cannot be written) and what TSFILE throws.
 JobOutcome exportTsaText(TSFILE& ts, const std::filesystem::path& target, std::uint32_t first,
                          std::uint32_t last, const Progress& progress, TsaExportReport& report);
+
+}  // namespace veltrac

@@ -15,6 +15,8 @@
 #include "core/TsNames.h"
 #include "share/HeaderText.h"
 
+using namespace veltrac;
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -366,7 +368,7 @@ try {
     return -1;
 }
 
-JobOutcome readTsaData(const fs::path& tsaFile, const Progress& progress, TsaTarget& target)
+JobOutcome veltrac::readTsaData(const fs::path& tsaFile, const Progress& progress, TsaTarget& target)
 try {
     TsaImportReport& report = target.report;
     const std::unique_ptr<TSFILE> ts = reopen(report.tsFile);
@@ -393,8 +395,8 @@ try {
     return JobOutcome::Cancelled;
 }
 
-int importTsaText(const fs::path& tsaFile, TsaQuestions& questions, const Progress& progress,
-                  TsaImportReport& report)
+int veltrac::importTsaText(const fs::path& tsaFile, TsaQuestions& questions, const Progress& progress,
+                           TsaImportReport& report)
 {
     TsaTarget target;
     const int made = ReadASCIIHeader(tsaFile, questions, progress, target);

@@ -52,15 +52,17 @@ struct TsaImportReport
 // What ReadASCIIHeader() has made, for the data to be filled in.
 struct TsaTarget
 {
-    std::unique_ptr<FileInTheMaking> file;
+    std::unique_ptr<veltrac::FileInTheMaking> file;
     TsaImportReport report;
 };
 
 // The two passes over the header: makes the ts-file with the header that the text describes.
 // Returns -1 when the text cannot be opened, 0 when the user cancels, 1 when the ts-file was made, and -1
 // (after a message) when an old file could not be moved out of the way or the new one not be made.
-int ReadASCIIHeader(const std::filesystem::path& tsaFile, TsaQuestions& questions, const Progress& progress,
-                    TsaTarget& target);
+int ReadASCIIHeader(const std::filesystem::path& tsaFile, TsaQuestions& questions,
+                    const veltrac::Progress& progress, TsaTarget& target);
+
+namespace veltrac {
 
 // The pass over the data. Throws TS::CREATE_ERROR with the file's name where it cannot be opened again,
 // else what TSFILE and the line reader throw.
@@ -70,3 +72,5 @@ JobOutcome readTsaData(const std::filesystem::path& tsaFile, const Progress& pro
 // old one as it was. Throws as readTsaData().
 int importTsaText(const std::filesystem::path& tsaFile, TsaQuestions& questions, const Progress& progress,
                   TsaImportReport& report);
+
+}  // namespace veltrac

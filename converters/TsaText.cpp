@@ -5,6 +5,8 @@
 
 #include "core/TextNumbers.h"
 
+namespace veltrac {
+
 namespace {
 
 constexpr int kYearBase = 1900;
@@ -109,3 +111,5 @@ std::optional<std::array<int, 7>> tsaStamp(std::string_view value)
         return std::nullopt;
     return std::array<int, 7>{0, *second, *minute, *hour, *day, *month, *year};
 }
+
+}  // namespace veltrac

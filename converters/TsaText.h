@@ -7,6 +7,8 @@
 #include <optional>
 #include <string_view>
 
+namespace veltrac {
+
 // Longer lines are cut here.
 inline constexpr std::size_t kTsaHeaderWidth = 256;
 inline constexpr std::size_t kTsaDataWidth = 2048;
@@ -42,3 +44,5 @@ double tsaNumber(std::string_view value);
 // "yyyy.mm.dd-hh:mm:ss" as a column stamp: 0, second, minute, hour, day, month, year. Nothing where a part
 // is missing or impossible.
 std::optional<std::array<int, 7>> tsaStamp(std::string_view value);
+
+}  // namespace veltrac

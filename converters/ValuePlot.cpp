@@ -7,6 +7,8 @@
 #include <cmath>
 #include <limits>
 
+namespace veltrac {
+
 namespace {
 
 constexpr int kMargin = 4;
@@ -75,3 +77,5 @@ void ValuePlot::paintEvent(QPaintEvent* /*event*/)
     }
     draw();
 }
+
+}  // namespace veltrac

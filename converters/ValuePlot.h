@@ -5,6 +5,8 @@
 
 #include <vector>
 
+namespace veltrac {
+
 class ValuePlot : public QWidget
 {
     Q_OBJECT
@@ -22,3 +24,5 @@ protected:
 private:
     std::vector<float> m_values;
 };
+
+}  // namespace veltrac

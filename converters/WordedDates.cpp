@@ -5,6 +5,8 @@
 #include <charconv>
 #include <string>
 
+namespace veltrac {
+
 namespace {
 
 bool isDigit(char c)
@@ -227,3 +229,5 @@ std::optional<TimeOfDay> readCompactTime(std::string_view text)
         return std::nullopt;
     return timeOfDigits(text, text.size());
 }
+
+}  // namespace veltrac

@@ -6,6 +6,8 @@
 
 #include "converters/StampParts.h"
 
+namespace veltrac {
+
 // "12-Mar-2024", "3 Dec 2023", "12. März 2024", "Mar 12, 2024", "Tue, 12 Mar 2024": English and German names,
 // whole or cut to three letters, and those of some neighbours. Reads what stands at the beginning of `text`
 // and takes it away, nothing where it is none. The parts come as year, month, day.
@@ -20,3 +22,5 @@ std::optional<Stamp> readCompactStamp(std::string_view text);
 
 // The whole text as "095800", "0958" or "9" (hours).
 std::optional<TimeOfDay> readCompactTime(std::string_view text);
+
+}  // namespace veltrac

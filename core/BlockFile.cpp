@@ -14,6 +14,8 @@
 
 #include "core/TsExceptions.h"
 
+namespace veltrac {
+
 namespace {
 
 constexpr std::uint32_t kShortRead = 100000;
@@ -198,3 +200,5 @@ void BlockFile::requireReachable(std::uint64_t offset) const
     if (offset >= kFileLimit)
         throw seekError(m_descriptor, offset);
 }
+
+}  // namespace veltrac

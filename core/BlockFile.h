@@ -10,6 +10,8 @@
 
 #include "core/TsHeader.h"
 
+namespace veltrac {
+
 class BlockFile
 {
 public:
@@ -50,3 +52,5 @@ private:
     int m_descriptor;
     bool m_readOnly;
 };
+
+}  // namespace veltrac

@@ -6,6 +6,8 @@
 #include <fstream>
 #include <system_error>
 
+namespace veltrac {
+
 namespace {
 
 constexpr std::uint32_t kRun = 1U << 16;  // samples a step
@@ -129,3 +131,5 @@ void ColumnBackup::recall(std::uint32_t col, std::uint32_t first, std::span<floa
                  out.subspan(from - first, to - from));
     }
 }
+
+}  // namespace veltrac

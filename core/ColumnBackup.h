@@ -13,6 +13,8 @@
 #include "core/ScratchFile.h"
 #include "core/TSFILE.h"
 
+namespace veltrac {
+
 class ColumnBackup
 {
 public:
@@ -68,3 +70,5 @@ private:
     std::vector<Range> m_ranges;
     std::vector<Info> m_infos;
 };
+
+}  // namespace veltrac

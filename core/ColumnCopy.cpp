@@ -7,6 +7,8 @@
 #include "core/Rebuild.h"
 #include "core/TsNames.h"
 
+namespace veltrac {
+
 std::uint32_t oldestRow(TSFILE& file)
 {
     const std::uint32_t oldest = file.ringStart();
@@ -91,3 +93,5 @@ JobOutcome overwriteColumns(TSFILE& from, ColumnTarget& target, std::span<const 
     }
     return JobOutcome::Done;
 }
+
+}  // namespace veltrac

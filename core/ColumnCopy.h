@@ -11,6 +11,8 @@
 #include "core/Progress.h"
 #include "core/TSFILE.h"
 
+namespace veltrac {
+
 // Samples of a run: many blocks, few enough that a cancel is heard soon.
 inline constexpr std::uint32_t kRunSamples = 1U << 15;
 
@@ -51,3 +53,5 @@ struct ColumnTarget
 JobOutcome overwriteColumns(TSFILE& from, ColumnTarget& target, std::span<const std::uint32_t> to,
                             std::uint32_t count, const Progress& progress, std::filesystem::path& backup,
                             const std::function<void()>& finish = {});
+
+}  // namespace veltrac

@@ -4,6 +4,8 @@
 
 #include "core/Utf8.h"
 
+namespace veltrac {
+
 std::string columnNameApart(const std::string& wanted, std::span<const std::string> taken)
 {
     std::string name = cutTo(wanted, kColumnNameLength);
@@ -13,3 +15,5 @@ std::string columnNameApart(const std::string& wanted, std::span<const std::stri
     }
     return name;
 }
+
+}  // namespace veltrac

@@ -8,6 +8,8 @@
 
 #include "core/TSFILE.h"
 
+namespace veltrac {
+
 namespace {
 
 constexpr std::uint32_t kRun = 8192;  // samples a step
@@ -47,7 +49,7 @@ public:
     bool meets(const SearchCondition& condition, std::uint32_t sample) const
     {
         const std::size_t i = sample - m_first + 1;
-        return ::meets(condition, m_values[i - 1], m_values[i]);
+        return veltrac::meets(condition, m_values[i - 1], m_values[i]);
     }
 
 private:
@@ -160,3 +162,5 @@ JobOutcome searchColumn(const ColumnReader& read, std::uint32_t samples, const S
     }
     return JobOutcome::Done;
 }
+
+}  // namespace veltrac

@@ -13,6 +13,8 @@
 
 class TSFILE;
 
+namespace veltrac {
+
 // Gives the values of a column from sample `first` on.
 using ColumnReader = std::function<void(std::uint32_t first, std::span<float> out)>;
 
@@ -52,3 +54,5 @@ enum class Direction { Forward, Backward };
 JobOutcome searchColumn(const ColumnReader& read, std::uint32_t samples, const SearchCondition& condition,
                         std::uint32_t from, Direction direction, const Progress& progress,
                         std::uint32_t& found);
+
+}  // namespace veltrac

@@ -10,6 +10,8 @@
 #include "core/BlockFile.h"
 #include "core/ScratchFile.h"
 
+namespace veltrac {
+
 namespace {
 
 constexpr std::size_t kRunBytes = 1U << 20;
@@ -64,3 +66,5 @@ JobOutcome copyWholeFile(int descriptor, const std::filesystem::path& target, co
     scratch.putInPlace(target);
     return JobOutcome::Done;
 }
+
+}  // namespace veltrac

@@ -4,6 +4,8 @@
 
 #include "core/TsExceptions.h"
 
+namespace veltrac {
+
 DataBlock::~DataBlock()
 {
     try {
@@ -84,3 +86,5 @@ std::span<float> DataBlock::wholeForWriting(std::uint64_t element)
     m_dirty = true;
     return m_values;
 }
+
+}  // namespace veltrac

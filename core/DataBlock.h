@@ -11,6 +11,8 @@
 #include "core/BlockFile.h"
 #include "core/TsHeader.h"
 
+namespace veltrac {
+
 class DataBlock
 {
 public:
@@ -98,3 +100,5 @@ private:
     std::uint64_t m_fileEnd = 0;   // as far as it was asked for
     float m_values[kBlockFloats] = {};
 };
+
+}  // namespace veltrac

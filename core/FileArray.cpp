@@ -3,6 +3,8 @@
 #include <filesystem>
 #include <system_error>
 
+using namespace veltrac;
+
 namespace {
 
 bool samePath(const std::string& a, const std::string& b)

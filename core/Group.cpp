@@ -4,6 +4,8 @@
 #include <cmath>
 #include <limits>
 
+using namespace veltrac;
+
 namespace {
 
 constexpr double kMargin = 0.04;  // of the height, above and below

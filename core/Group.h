@@ -40,7 +40,7 @@ public:
 
     // Sets the limits so that the visible variables' samples from x1 to x2 fit, with a margin; of variables
     // that are not built nothing counts. Throws the TS exceptions.
-    void fitY(const XAxis& axis, double x1, double x2);
+    void fitY(const veltrac::XAxis& axis, double x1, double x2);
     void fitY();
 
     // The title, or the visible variables' labels, with their unit where all have the same.

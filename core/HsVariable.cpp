@@ -8,6 +8,8 @@
 
 #include "core/TsExceptions.h"
 
+using namespace veltrac;
+
 namespace {
 
 constexpr std::size_t kChunkFloats = 1U << 15;

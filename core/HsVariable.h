@@ -20,10 +20,10 @@ public:
 
     // Reads the samples once. After a failure of the file, failure() tells it and the variable shows
     // nothing; after a cancel the variable is as before.
-    JobOutcome build(const Progress& progress);
+    veltrac::JobOutcome build(const veltrac::Progress& progress);
     // The same for many variables in one pass a source, row by row.
-    static JobOutcome buildAll(std::span<const std::shared_ptr<HsVariable>> variables,
-                               const Progress& progress);
+    static veltrac::JobOutcome buildAll(std::span<const std::shared_ptr<HsVariable>> variables,
+                                        const veltrac::Progress& progress);
     // False until build(), and again after forget() or when a log axis needs the values above 0 alone.
     bool isBuilt() const;
     // The source was loaded again.
@@ -76,15 +76,16 @@ private:
 
     bool needsPositive() const;
     bool counts(float raw) const;
-    Summary looseEnd(bool positiveOnly, std::uint32_t bucket, std::uint32_t from, std::uint32_t to) const;
-    Summary collect(std::uint32_t first, std::uint32_t last, bool moments) const;
-    Summary collectFrom(const Pyramid& pyramid, bool positiveOnly, std::uint32_t first, std::uint32_t last,
-                        bool moments) const;
+    veltrac::Summary looseEnd(bool positiveOnly, std::uint32_t bucket, std::uint32_t from,
+                              std::uint32_t to) const;
+    veltrac::Summary collect(std::uint32_t first, std::uint32_t last, bool moments) const;
+    veltrac::Summary collectFrom(const veltrac::Pyramid& pyramid, bool positiveOnly, std::uint32_t first,
+                                 std::uint32_t last, bool moments) const;
     bool usesPositive() const { return m_logarithmic && needsPositive(); }
 
     Variable m_variable;
-    Pyramid m_all;
-    Pyramid m_positive;  // only made where a log axis needs it
+    veltrac::Pyramid m_all;
+    veltrac::Pyramid m_positive;  // only made where a log axis needs it
     Made m_madeAll;
     Made m_madePositive;
     std::string m_failure;

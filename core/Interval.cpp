@@ -10,6 +10,8 @@
 #include "core/ScratchFile.h"
 #include "core/TsNames.h"
 
+namespace veltrac {
+
 namespace {
 
 constexpr std::size_t kChunkFloats = 1U << 16;
@@ -76,3 +78,5 @@ JobOutcome saveInterval(const PlotFile& from, std::uint32_t first, std::uint32_t
     scratch.putInPlace(target);
     return JobOutcome::Done;
 }
+
+}  // namespace veltrac

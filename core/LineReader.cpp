@@ -4,6 +4,8 @@
 #include <cstring>
 #include <system_error>
 
+namespace veltrac {
+
 namespace {
 
 constexpr std::size_t kReadBytes = std::size_t{1} << 18;
@@ -130,3 +132,5 @@ void LineReader::seek(std::uint64_t offset)
     else
         next();
 }
+
+}  // namespace veltrac

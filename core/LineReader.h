@@ -9,6 +9,8 @@
 #include <string_view>
 #include <vector>
 
+namespace veltrac {
+
 // Lines end at a new line; the last one may lack it. A carriage return before it belongs to the text, and so
 // does a NUL byte. In a file that begins with carriage returns alone, lines end at those. A UTF-8 byte order
 // mark at the file's beginning is passed over.
@@ -60,3 +62,5 @@ private:
     std::uint64_t m_lineBytes = 0;
     std::uint64_t m_lineOffset = 0;
 };
+
+}  // namespace veltrac

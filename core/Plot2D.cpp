@@ -4,6 +4,8 @@
 #include <cmath>
 #include <limits>
 
+using namespace veltrac;
+
 namespace {
 
 constexpr std::size_t kLongestHistory = 100;

@@ -29,13 +29,13 @@ public:
     void remove(const HsVariable& variable);
 
     // Builds the pyramids that the visible variables lack, in one pass a file.
-    JobOutcome buildMissing(const Progress& progress);
+    veltrac::JobOutcome buildMissing(const veltrac::Progress& progress);
 
     // -- The x axis --
 
-    const XAxis& axis() const noexcept { return m_axis; }
+    const veltrac::XAxis& axis() const noexcept { return m_axis; }
     // Keeps in view and under the cursors what was there.
-    void setMode(XMode mode);
+    void setMode(veltrac::XMode mode);
     // Does nothing where no row has an x above 0.
     void setLogarithmicX(bool on);
     // The start of the first source that has a clock becomes the origin. After variables came or went.
@@ -119,7 +119,7 @@ private:
     void followY();
 
     std::vector<Group> m_groups;
-    XAxis m_axis;
+    veltrac::XAxis m_axis;
     View m_view;  // its groups are empty: the limits stand in the groups themselves
     std::vector<View> m_past;
     std::vector<View> m_future;

@@ -6,6 +6,8 @@
 
 #include "core/TsExceptions.h"
 
+namespace veltrac {
+
 namespace {
 
 constexpr int kSamplesAColumn = 2;    // up to so many are joined as they are
@@ -283,3 +285,5 @@ std::vector<Curve> curvesOf(const Plot2D& plot, int columns, int markerGap)
             job.tracer.finish();
     return curves;
 }
+
+}  // namespace veltrac

@@ -11,6 +11,8 @@
 
 #include "core/Plot2D.h"
 
+namespace veltrac {
+
 struct Curve
 {
     const HsVariable* variable = nullptr;
@@ -27,3 +29,5 @@ struct Curve
 // `markerGap`: least mean distance of samples that get markers, in columns. Never throws for a file that
 // cannot be read any more: its curve tells.
 std::vector<Curve> curvesOf(const Plot2D& plot, int columns, int markerGap);
+
+}  // namespace veltrac

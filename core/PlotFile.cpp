@@ -7,6 +7,8 @@
 
 #include "core/TsNames.h"
 
+namespace veltrac {
+
 namespace {
 
 constexpr std::uint32_t kWideRows = 4;
@@ -137,3 +139,5 @@ double PlotFile::timeInRow(std::uint32_t /*row*/, const float* values) const
         t += std::bit_cast<std::uint32_t>(values[m_file->time32Column() - 1]);
     return t;
 }
+
+}  // namespace veltrac

@@ -8,6 +8,8 @@
 #include "core/PlotSource.h"
 #include "core/TSFILE.h"
 
+namespace veltrac {
+
 class PlotFile : public PlotSource
 {
 public:
@@ -63,3 +65,5 @@ private:
     std::uint32_t m_firstSample = 1;
     std::uint32_t m_missingRows = 0;
 };
+
+}  // namespace veltrac

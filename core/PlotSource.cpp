@@ -4,6 +4,8 @@
 #include <cmath>
 #include <limits>
 
+namespace veltrac {
+
 namespace {
 
 // Of files wider than this only the wanted column of a bucket is kept.
@@ -189,3 +191,5 @@ bool PlotSource::learnTimes(std::uint32_t first, std::uint32_t count, const floa
     }
     return true;
 }
+
+}  // namespace veltrac

@@ -13,6 +13,8 @@
 
 #include "core/Pyramid.h"
 
+namespace veltrac {
+
 class PlotSource
 {
 public:
@@ -107,3 +109,5 @@ private:
     double m_lastTime = 0.0;
     bool m_timesKnown = false;
 };
+
+}  // namespace veltrac

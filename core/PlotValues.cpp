@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <stdexcept>
 
+namespace veltrac {
+
 PlotValues::PlotValues(std::vector<double> x, const std::vector<std::vector<float>>& columns)
     : m_x(std::move(x))
 {
@@ -37,3 +39,5 @@ const float* PlotValues::rowsInMemory(std::uint32_t bucket) const
 {
     return &m_values[std::size_t{bucket} * bucketRows() * m_columns];
 }
+
+}  // namespace veltrac

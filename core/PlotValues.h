@@ -5,6 +5,8 @@
 
 #include "core/PlotSource.h"
 
+namespace veltrac {
+
 class PlotValues : public PlotSource
 {
 public:
@@ -23,3 +25,5 @@ private:
     std::vector<double> m_x;
     std::vector<float> m_values;  // row by row
 };
+
+}  // namespace veltrac

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <functional>
 
+namespace veltrac {
+
 // Called with the share done; false cancels the job. An empty one never cancels. Jobs call it every few
 // thousand samples.
 using Progress = std::function<bool(std::uint64_t done, std::uint64_t total)>;
@@ -15,3 +17,5 @@ inline bool goesOn(const Progress& progress, std::uint64_t done, std::uint64_t t
 {
     return !progress || progress(done, total);
 }
+
+}  // namespace veltrac

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+namespace veltrac {
+
 void Summary::join(const Summary& other)
 {
     if (other.count == 0)
@@ -181,3 +183,5 @@ void Pyramid::collect(std::size_t first, std::size_t last, bool moments, Summary
         last /= kJoined;
     }
 }
+
+}  // namespace veltrac

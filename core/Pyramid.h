@@ -11,6 +11,8 @@
 #include <limits>
 #include <vector>
 
+namespace veltrac {
+
 // What is kept of a run of samples.
 struct Summary
 {
@@ -56,3 +58,5 @@ private:
     std::vector<std::vector<Summary>> m_levels;
     std::vector<float> m_partial;
 };
+
+}  // namespace veltrac

@@ -9,6 +9,8 @@
 #include "core/TsExceptions.h"
 #include "core/TsNames.h"
 
+namespace veltrac {
+
 namespace {
 
 constexpr std::uint32_t kRunBytes = 1U << 20;
@@ -86,3 +88,5 @@ JobOutcome rebuildTsFile(const std::filesystem::path& file, std::uint32_t newSam
     scratch.putInPlace(file);
     return JobOutcome::Done;
 }
+
+}  // namespace veltrac

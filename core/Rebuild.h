@@ -10,6 +10,8 @@
 #include "core/Progress.h"
 #include "core/TSFILE.h"
 
+namespace veltrac {
+
 // Rebuilds `file` with the new counts: every value, name, description and positive stamp that fits stays in
 // its place, bit for bit; new samples are 0, new columns are named Column-nn and stamped now. The header's
 // texts, sample time and start are kept. The scratch file is tmp.ts beside the file, or the next free name.
@@ -26,3 +28,5 @@ JobOutcome rebuildTsFile(const std::filesystem::path& file, std::uint32_t newSam
 
 // Copies name and description of a column, and its stamp where its time is positive; else stamps it now.
 void copyColumnInfo(TSFILE& from, std::uint32_t fromCol, TSFILE& to, std::uint32_t toCol);
+
+}  // namespace veltrac

@@ -11,6 +11,8 @@
 
 #include "core/Utf8.h"
 
+namespace veltrac {
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -111,6 +113,8 @@ ScratchFile::~ScratchFile()
 
 void ScratchFile::putInPlace(const fs::path& target)
 {
-    ::putInPlace(m_path, target);
+    veltrac::putInPlace(m_path, target);
     m_path.clear();
 }
+
+}  // namespace veltrac

@@ -4,6 +4,8 @@
 #include <filesystem>
 #include <string>
 
+namespace veltrac {
+
 // The directory of scratch files: TMPDIR, else the system's own.
 std::filesystem::path scratchDirectory();
 
@@ -41,3 +43,5 @@ public:
 private:
     std::filesystem::path m_path;
 };
+
+}  // namespace veltrac

@@ -12,6 +12,8 @@
 
 #include "core/TsExceptions.h"
 
+using namespace veltrac;
+
 namespace {
 
 constexpr std::size_t kNameBytes = 256;

@@ -199,13 +199,13 @@ private:
     void writeHeader();
     void writeColumnBlock();
     void handLayoutToData();
-    const char* storedText(TextField field, const char* newText, char* out);
+    const char* storedText(veltrac::TextField field, const char* newText, char* out);
     unsigned char* columnRecord(std::uint32_t col);
     template <typename Change>
     void changeColumn(std::uint32_t col, Change change);
     // Memory never claims what the file refused.
     template <typename T>
-    void storeInHeader(T TsHeader::*field, T v)
+    void storeInHeader(T veltrac::TsHeader::*field, T v)
     {
         const T before = m_header.*field;
         m_header.*field = v;
@@ -217,7 +217,10 @@ private:
         }
     }
     // Between the file's byte order and the machine's, either way.
-    float native(float v) const noexcept { return m_order == ByteOrder::Swapped ? swapBytes(v) : v; }
+    float native(float v) const noexcept
+    {
+        return m_order == veltrac::ByteOrder::Swapped ? veltrac::swapBytes(v) : v;
+    }
     // Throws nothing itself: the slot of an element that there is not does.
     std::uint64_t elementAnywhere(std::uint32_t sample, std::uint32_t col) noexcept;
     void requireSample(std::uint32_t& sample);
@@ -239,25 +242,25 @@ private:
     void requireRun(Direction direction, std::uint32_t first, std::size_t count);
 
     std::string m_name;
-    BlockFile m_file;
-    DataBlock m_data;
-    TsHeader m_header;
+    veltrac::BlockFile m_file;
+    veltrac::DataBlock m_data;
+    veltrac::TsHeader m_header;
     bool m_headerHeld = false;
     // The samples of a held, ordinary file, whose elements need no further thought; else 0.
     std::uint32_t m_plainSamples = 0;
-    ByteOrder m_order = ByteOrder::Unknown;
+    veltrac::ByteOrder m_order = veltrac::ByteOrder::Unknown;
     bool m_columnMajor = false;  // only while columns are being added
     int m_timeMode = 0;
     std::uint32_t m_timeColumn = 0;
     std::uint32_t m_time32Column = 0;
     std::uint32_t m_dataOffset = 0;
 
-    Block m_headerImage{};
-    Block m_headerOnDisk{};
+    veltrac::Block m_headerImage{};
+    veltrac::Block m_headerOnDisk{};
     std::uint32_t m_columnBlockNumber = 0;  // 0: none
     std::uint32_t m_columnIndex = 0;        // of the current column inside the block
-    Block m_columnBlock{};
-    Block m_columnBlockOnDisk{};
-    char m_descriptionText[kFileDescription.width + 1] = {};
-    char m_timeUnitText[kTimeUnit.width + 1] = {};
+    veltrac::Block m_columnBlock{};
+    veltrac::Block m_columnBlockOnDisk{};
+    char m_descriptionText[veltrac::kFileDescription.width + 1] = {};
+    char m_timeUnitText[veltrac::kTimeUnit.width + 1] = {};
 };

@@ -8,6 +8,8 @@
 #include "core/TSFILE.h"
 #include "core/TsExceptions.h"
 
+using namespace veltrac;
+
 // -- Growing --
 
 void TSFILE::setSize(std::uint32_t samples, std::uint32_t columns)

@@ -8,6 +8,8 @@
 #include "core/TSFILE.h"
 #include "core/TsExceptions.h"
 
+using namespace veltrac;
+
 namespace {
 
 std::uint32_t lowBits(double v)

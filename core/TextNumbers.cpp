@@ -10,6 +10,8 @@
 
 #include <locale.h>
 
+namespace veltrac {
+
 namespace {
 
 __extension__ using Wide = unsigned __int128;
@@ -337,3 +339,5 @@ char* formatUnsigned(std::uint64_t v, char* out)
 {
     return std::to_chars(out, out + kNumberRoom, v).ptr;
 }
+
+}  // namespace veltrac

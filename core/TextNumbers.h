@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 
+namespace veltrac {
+
 struct ParsedNumber
 {
     double value;     // 0 where there is no number
@@ -27,3 +29,5 @@ char* formatSixDigits(float v, char* out);
 
 // Writes a whole number in decimal; returns the end of the text.
 char* formatUnsigned(std::uint64_t v, char* out);
+
+}  // namespace veltrac

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 
+namespace veltrac {
+
 double secondsOfUnit(std::string_view word) noexcept
 {
     struct Unit
@@ -25,3 +27,5 @@ double secondsOfUnit(std::string_view word) noexcept
             return unit.seconds;
     return 0.0;
 }
+
+}  // namespace veltrac

@@ -5,6 +5,8 @@
 
 #include "core/TsExceptions.h"
 
+namespace veltrac {
+
 namespace {
 
 std::string withValue(std::string text, std::string_view mark, std::uint32_t value)
@@ -57,3 +59,5 @@ std::string textOfCurrentException(const TsExceptionTexts& texts)
         return texts.unknown;
     }
 }
+
+}  // namespace veltrac

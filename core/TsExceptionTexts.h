@@ -3,6 +3,8 @@
 
 #include <string>
 
+namespace veltrac {
+
 // One reporter's words. %1 and %2 stand for the exception's two values; a file name follows its text.
 struct TsExceptionTexts
 {
@@ -24,3 +26,5 @@ struct TsExceptionTexts
 // To be called inside a catch block: the text of the exception in flight, in the local encoding. A
 // std::exception speaks for itself.
 std::string textOfCurrentException(const TsExceptionTexts& texts);
+
+}  // namespace veltrac

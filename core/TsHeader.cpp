@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace veltrac {
+
 namespace {
 
 constexpr std::uint32_t kHighestNativeVersion = 1000;
@@ -81,3 +83,5 @@ void loadText(const unsigned char* record, TextField field, char* out)
     std::memcpy(out, record + field.offset, field.width);
     out[field.width] = '\0';
 }
+
+}  // namespace veltrac

@@ -10,6 +10,8 @@
 #include <cstdint>
 #include <cstring>
 
+namespace veltrac {
+
 inline constexpr std::size_t kBlockBytes = 512;
 inline constexpr std::size_t kBlockFloats = kBlockBytes / sizeof(float);
 inline constexpr std::uint32_t kColumnsPerBlock = 8;
@@ -103,3 +105,5 @@ constexpr std::uint64_t tsFileBytes(std::uint32_t samples, std::uint32_t columns
     const std::uint64_t infoBlocks = columns == 0 ? 0 : (std::uint64_t{columns} - 1) / kColumnsPerBlock + 1;
     return kBlockBytes * (1 + infoBlocks) + dataBytes(samples, columns);
 }
+
+}  // namespace veltrac

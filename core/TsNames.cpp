@@ -7,6 +7,8 @@
 
 #include "core/TsExceptions.h"
 
+namespace veltrac {
+
 namespace {
 
 constexpr std::string_view kExtension = ".ts";
@@ -54,3 +56,5 @@ std::string newTsFileName(const std::string& typed)
         return TSFILE::tsFileName(typed.c_str());
     return typed.ends_with(kExtension) ? typed : typed + std::string(kExtension);
 }
+
+}  // namespace veltrac

@@ -8,6 +8,8 @@
 
 #include "core/TSFILE.h"
 
+namespace veltrac {
+
 // True where TSFILE's rule would open a file of exactly this name.
 bool keepsItsName(const std::string& fileName);
 
@@ -26,3 +28,5 @@ std::unique_ptr<TSFILE> createTsFile(const std::string& fileName, std::uint32_t 
 // The file name that a user means who types a name for a new file, with or without ".ts": digits alone
 // give the numbered name (5 gives ts0005.ts), everything else itself with ".ts" at its end.
 std::string newTsFileName(const std::string& typed);
+
+}  // namespace veltrac

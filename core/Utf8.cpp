@@ -1,5 +1,7 @@
 #include "core/Utf8.h"
 
+namespace veltrac {
+
 std::size_t wholeCharacters(std::string_view text, std::size_t most) noexcept
 {
     if (text.size() <= most)
@@ -14,3 +16,5 @@ std::string cutTo(std::string_view text, std::size_t most)
 {
     return std::string(text.substr(0, wholeCharacters(text, most)));
 }
+
+}  // namespace veltrac

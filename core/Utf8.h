@@ -5,8 +5,12 @@
 #include <string>
 #include <string_view>
 
+namespace veltrac {
+
 // How many of the first `most` bytes of a text are whole characters.
 std::size_t wholeCharacters(std::string_view text, std::size_t most) noexcept;
 
 // Those bytes.
 std::string cutTo(std::string_view text, std::size_t most);
+
+}  // namespace veltrac

@@ -1,6 +1,8 @@
 #include "core/Variable.h"
 
-std::string_view unitIn(std::string_view description)
+using namespace veltrac;
+
+std::string_view veltrac::unitIn(std::string_view description)
 {
     const std::size_t end = description.rfind(']');
     if (end == std::string_view::npos)

@@ -12,7 +12,7 @@ class Variable
 {
 public:
     // A column (from 1) of a source.
-    Variable(std::shared_ptr<PlotSource> source, std::uint32_t column)
+    Variable(std::shared_ptr<veltrac::PlotSource> source, std::uint32_t column)
         : m_source(std::move(source)), m_column(column)
     {
     }
@@ -31,7 +31,7 @@ public:
     bool visible = true;
     bool isMark = false;  // a part of the picture that has no values to be read off
 
-    const std::shared_ptr<PlotSource>& source() const noexcept { return m_source; }
+    const std::shared_ptr<veltrac::PlotSource>& source() const noexcept { return m_source; }
     std::uint32_t column() const noexcept { return m_column; }
     std::uint32_t rows() const noexcept { return m_source->rows(); }
 
@@ -43,9 +43,13 @@ public:
     std::uint32_t sampleAt(double t) const { return m_source->rowAt(t - timeShift); }
 
 private:
-    std::shared_ptr<PlotSource> m_source;
+    std::shared_ptr<veltrac::PlotSource> m_source;
     std::uint32_t m_column;
 };
 
+namespace veltrac {
+
 // The unit in a column's description: the text in its last pair of brackets, "Force [kN]" gives "kN".
 std::string_view unitIn(std::string_view description);
+
+}  // namespace veltrac

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <limits>
 
+namespace veltrac {
+
 namespace {
 
 // Row numbers stand for times in mode Sample, whatever the source tells.
@@ -76,3 +78,5 @@ double XAxis::fromScale(double position) const
 {
     return logarithmic ? std::pow(10.0, position) : position;
 }
+
+}  // namespace veltrac

@@ -8,6 +8,8 @@
 
 #include "core/Variable.h"
 
+namespace veltrac {
+
 enum class XMode { Sample, Elapsed, Clock };
 
 struct XAxis
@@ -35,3 +37,5 @@ struct XAxis
 private:
     double shiftOf(const Variable& v) const;
 };
+
+}  // namespace veltrac

@@ -4,6 +4,8 @@
 
 #include "share/PlotCanvas.h"
 
+namespace veltrac {
+
 namespace {
 
 constexpr double kLeastShownDb = -100.0;
@@ -53,3 +55,5 @@ void showCharacteristic(PlotCanvas& canvas, const FilterCharacteristic& c, const
         fitDecibels(canvas, c.gainDb);
     canvas.replot();
 }
+
+}  // namespace veltrac

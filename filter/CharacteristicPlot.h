@@ -5,6 +5,8 @@
 
 class PlotCanvas;
 
+namespace veltrac {
+
 struct CharacteristicLook
 {
     bool decibels = false;     // the gain, else as a factor
@@ -15,3 +17,5 @@ struct CharacteristicLook
 // Gain with its half-power frequencies marked and, beneath it, phase, in place of what the canvas showed.
 void showCharacteristic(PlotCanvas& canvas, const FilterCharacteristic& characteristic,
                         const CharacteristicLook& look);
+
+}  // namespace veltrac

@@ -9,6 +9,8 @@
 #include "share/PlotCanvas.h"
 #include "share/Resources.h"
 
+namespace veltrac {
+
 FilterCharWin::FilterCharWin(const FilterCharacteristic& characteristic, const QString& spec, QWidget* parent)
     : SubWindow(parent),
       m_characteristic(characteristic),
@@ -75,3 +77,5 @@ void FilterCharWin::plot()
 {
     showCharacteristic(*m_canvas, m_characteristic, {m_decibels->isChecked(), m_logarithmic->isChecked()});
 }
+
+}  // namespace veltrac

@@ -4,9 +4,12 @@
 #include "filter/FilterCharacteristic.h"
 #include "share/SubWindow.h"
 
-class CursorDock;
 class PlotCanvas;
 class QAction;
+
+namespace veltrac {
+
+class CursorDock;
 
 class FilterCharWin : public SubWindow
 {
@@ -29,3 +32,5 @@ private:
     QAction* m_decibels = nullptr;
     QAction* m_logarithmic = nullptr;
 };
+
+}  // namespace veltrac

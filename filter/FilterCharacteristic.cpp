@@ -5,6 +5,8 @@
 #include <limits>
 #include <numbers>
 
+namespace veltrac {
+
 namespace {
 
 constexpr int kPoints = 2000;     // of each spacing
@@ -83,3 +85,5 @@ FilterCharacteristic characteristicOf(const FidFilter* filter, double samplingHz
     }
     return c;
 }
+
+}  // namespace veltrac

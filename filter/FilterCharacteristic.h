@@ -5,6 +5,8 @@
 
 #include "filter/fid.h"
 
+namespace veltrac {
+
 // All columns are as long as `frequencies`, which do not fall, from 0 to half of the sampling frequency.
 struct FilterCharacteristic
 {
@@ -21,3 +23,5 @@ struct FilterCharacteristic
 // Evaluated at more than 4000 frequencies, one half evenly spaced and the other by equal factors, so that
 // neither a linear nor a logarithmic axis shows corners; and at those of half power.
 FilterCharacteristic characteristicOf(const FidFilter* filter, double samplingHz);
+
+}  // namespace veltrac

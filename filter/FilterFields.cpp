@@ -9,6 +9,8 @@
 
 #include "share/NumberField.h"
 
+namespace veltrac {
+
 namespace {
 
 constexpr double kMostPoints = 2147483647.0;
@@ -157,3 +159,5 @@ FilterRequest FilterFields::request() const
         static_cast<int>(std::clamp(field(FilterField::Order)->number(), -kMostPoints, kMostPoints));
     return asked;
 }
+
+}  // namespace veltrac

@@ -7,9 +7,12 @@
 
 #include "filter/FilterTypes.h"
 
-class NumberField;
 class QComboBox;
 class QLabel;
+
+namespace veltrac {
+
+class NumberField;
 
 class FilterFields : public QWidget
 {
@@ -48,3 +51,5 @@ private:
     QString m_otherText = QStringLiteral("11");  // of the one that does not have the shared field now
     bool m_showsPoints = false;
 };
+
+}  // namespace veltrac

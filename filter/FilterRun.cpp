@@ -12,6 +12,8 @@
 #include "core/Utf8.h"
 #include "filter/MovingAverage.h"
 
+namespace veltrac {
+
 namespace {
 
 std::vector<std::string> g_reports;
@@ -174,3 +176,5 @@ FilterOutcome runMovingAverage(TSFILE& source, std::uint32_t column, TSFILE& wor
     });
     return result;
 }
+
+}  // namespace veltrac

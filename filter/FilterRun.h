@@ -11,6 +11,8 @@
 #include "filter/FilterTypes.h"
 #include "filter/fid.h"
 
+namespace veltrac {
+
 struct FreeFidFilter
 {
     void operator()(FidFilter* filter) const { std::free(filter); }
@@ -60,3 +62,5 @@ FilterOutcome runFilter(TSFILE& source, std::uint32_t column, TSFILE& work, cons
 // it). At both ends those that exist are averaged.
 FilterOutcome runMovingAverage(TSFILE& source, std::uint32_t column, TSFILE& work, std::uint32_t points,
                                const Progress& progress);
+
+}  // namespace veltrac

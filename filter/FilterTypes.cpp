@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <charconv>
 
+namespace veltrac {
+
 namespace {
 
 using enum FilterField;
@@ -155,3 +157,5 @@ std::string filterComplaint(const FilterRequest& request, double samplingHz)
         return "The ripple must be <0 dB";
     return "";
 }
+
+}  // namespace veltrac

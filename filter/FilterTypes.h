@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+namespace veltrac {
+
 // What the fields of the filter window hold.
 struct FilterRequest
 {
@@ -38,3 +40,5 @@ std::string filterSpec(const FilterRequest& request);
 // Why a request cannot be designed at a sampling frequency (0: there is none), in the window's words; empty
 // where it can.
 std::string filterComplaint(const FilterRequest& request, double samplingHz);
+
+}  // namespace veltrac

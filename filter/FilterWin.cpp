@@ -24,6 +24,8 @@
 #include "share/SourceChooser.h"
 #include "share/hydaction.h"
 
+using namespace veltrac;
+
 namespace {
 
 const QString kTitle = QStringLiteral("Ts-Filt");

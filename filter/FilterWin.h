@@ -12,15 +12,20 @@
 #include "filter/FilterTypes.h"
 #include "share/ResultWindow.h"
 
-class FilterFields;
 class PlotCanvas;
 class QAction;
 class SaveResultsDialog;
 struct FidFilter;
+
+namespace veltrac {
+
+class FilterFields;
 struct FilterOutcome;
 struct ResultColumns;
 
-class FilterWin : public ResultWindow
+}  // namespace veltrac
+
+class FilterWin : public veltrac::ResultWindow
 {
     Q_OBJECT
 
@@ -40,7 +45,7 @@ public slots:
     void sl_execute() override;
     void sl_plotFiltWin();
     void sl_saveResults() override;
-    void sl_subwindowGone(subWindow window);
+    void sl_subwindowGone(veltrac::subWindow window);
 
 protected:
     bool mayClose() override;
@@ -57,26 +62,26 @@ private:
     // Tells where there is none.
     bool requireSource();
     // Says why the fields cannot be, in a box; true where they can.
-    bool validate(const FilterRequest& asked);
+    bool validate(const veltrac::FilterRequest& asked);
     void tellReports(const QString& text);
 
     // Opens the source and takes its sample time anew: the header may have been edited since it was chosen.
     std::unique_ptr<TSFILE> openAnew();
-    void calculate(const FilterRequest& asked, TSFILE& file);
-    FilterOutcome fillWork(const FilterRequest& asked, const FidFilter* filter, TSFILE& file,
-                           double& seconds);
-    void showResult(const FilterOutcome& outcome, double seconds, bool hasOwnTimes);
+    void calculate(const veltrac::FilterRequest& asked, TSFILE& file);
+    veltrac::FilterOutcome fillWork(const veltrac::FilterRequest& asked, const FidFilter* filter,
+                                    TSFILE& file, double& seconds);
+    void showResult(const veltrac::FilterOutcome& outcome, double seconds, bool hasOwnTimes);
 
     bool save(const SaveResultsDialog& dialog);
     bool saveToFile(const SaveResultsDialog& dialog);
     bool saveToSource(const SaveResultsDialog& dialog);
-    bool saveToColumnsOf(const QString& file, const ResultColumns& columns);
+    bool saveToColumnsOf(const QString& file, const veltrac::ResultColumns& columns);
     bool mayTakeResults(const QString& file);
     bool agreesWith(const QString& file, std::uint32_t& count);
-    bool tellSaved(const QString& file, JobOutcome outcome, bool isNew = false);
+    bool tellSaved(const QString& file, veltrac::JobOutcome outcome, bool isNew = false);
     void dropWork();
 
-    FilterFields* m_fields = nullptr;
+    veltrac::FilterFields* m_fields = nullptr;
     PlotCanvas* m_preview = nullptr;
     QAction* m_execute = nullptr;
     QAction* m_plotChar = nullptr;
@@ -84,7 +89,7 @@ private:
 
     // The work file: column 1 the input, column 2 the output. A new one is made beside it and takes its place
     // when it is whole.
-    std::unique_ptr<ScratchFile> m_work;
+    std::unique_ptr<veltrac::ScratchFile> m_work;
     QString m_sourceFile;  // that the work file was made of, by its absolute path
     QString m_words;       // what was done to it
     QVector<QPointer<QWidget>> m_subWindows;

@@ -19,6 +19,8 @@
 #include "share/SourceChooser.h"
 #include "share/WaitCursor.h"
 
+using namespace veltrac;
+
 namespace {
 
 const QString kTitle = QStringLiteral("Ts-Filt");

@@ -18,6 +18,8 @@
 #include "share/JobProgress.h"
 #include "share/PlotCanvas.h"
 
+using namespace veltrac;
+
 namespace {
 
 const QString kTitle = QStringLiteral("Ts-Filt");

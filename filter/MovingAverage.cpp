@@ -3,6 +3,8 @@
 #include <cmath>
 #include <limits>
 
+namespace veltrac {
+
 MovingAverage::MovingAverage(std::uint32_t points, std::uint32_t absent)
     : m_block(points), m_place(absent % points)
 {
@@ -38,3 +40,5 @@ void MovingAverage::finishBlock()
     m_place = 0;
     m_before = {};
 }
+
+}  // namespace veltrac

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <vector>
 
+namespace veltrac {
+
 // Feeds on samples one by one and gives the means of the last `points` of them. A mean costs the same for
 // any number of points and is as good as if it were summed anew: no sum ever has something taken away from
 // it again, so nothing drifts. Missing values (NaN) do not count; a mean of none is NaN.
@@ -34,3 +36,5 @@ private:
     std::size_t m_place = 0;   // in the block
     Sum m_before;              // of this block up to here
 };
+
+}  // namespace veltrac

@@ -9,6 +9,8 @@
 #include "core/Rebuild.h"
 #include "core/TsNames.h"
 
+namespace veltrac {
+
 JobOutcome saveToNewFile(const TSFILE& work, const std::filesystem::path& target, const Progress& progress)
 {
     return copyWholeFile(work.descriptor(), std::filesystem::absolute(target), progress);
@@ -52,3 +54,5 @@ JobOutcome saveToAddedColumn(TSFILE& work, const std::filesystem::path& target, 
         return copyColumnValues(work, 2, made, column, count, partOf(progress, 50, 100));
     });
 }
+
+}  // namespace veltrac

@@ -8,6 +8,8 @@
 #include "core/Progress.h"
 #include "core/TSFILE.h"
 
+namespace veltrac {
+
 // Which columns of the work file go to which of the target; 0 leaves a column of the work file out.
 struct ResultColumns
 {
@@ -31,3 +33,5 @@ JobOutcome saveToColumns(TSFILE& work, const std::filesystem::path& target, cons
 // beside the old one, so whoever has it open must let it go before.
 JobOutcome saveToAddedColumn(TSFILE& work, const std::filesystem::path& target, std::uint32_t count,
                              const Progress& progress);
+
+}  // namespace veltrac

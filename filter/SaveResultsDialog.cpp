@@ -12,6 +12,8 @@
 #include "core/TsNames.h"
 #include "share/SourceChooser.h"
 
+using namespace veltrac;
+
 namespace {
 
 const char* const kFilter = "*.ts, *.Ts, *.TS, *.tS";

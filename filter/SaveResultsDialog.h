@@ -3,12 +3,17 @@
 
 #include <QDialog>
 
-class ColumnCombo;
 class QComboBox;
 class QFormLayout;
 class QLabel;
 class QLineEdit;
 class QPushButton;
+
+namespace veltrac {
+
+class ColumnCombo;
+
+}  // namespace veltrac
 
 class SaveResultsDialog : public QDialog
 {
@@ -44,9 +49,9 @@ private:
     QWidget* m_fileRow;
     QLineEdit* m_file;
     QLabel* m_inputLabel;
-    ColumnCombo* m_input;
+    veltrac::ColumnCombo* m_input;
     QLabel* m_outputLabel;
-    ColumnCombo* m_output;
+    veltrac::ColumnCombo* m_output;
     QLabel* m_note;
     QPushButton* m_save;
     bool m_fileDialogCancelled = false;

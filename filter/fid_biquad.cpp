@@ -5,6 +5,8 @@
 
 #include "filter/fid_report.h"
 
+namespace veltrac {
+
 namespace {
 
 using std::numbers::pi;
@@ -160,3 +162,5 @@ FidCascade makeProportionalIntegral(FidMapping mapping, double frequency)
     const double gain = 2 / (1 + zero);
     return {{{1.0, -1.0}, {gain, -gain * zero}}};
 }
+
+}  // namespace veltrac

@@ -11,6 +11,8 @@
 #include "filter/fid_report.h"
 #include "filter/fid_window.h"
 
+using namespace veltrac;
+
 namespace {
 
 // What the "-3.01dB frequency" may be off, in the natural logarithm of the power: 0.0001 dB.

@@ -10,6 +10,8 @@
 
 #include "filter/fid_report.h"
 
+namespace veltrac {
+
 namespace {
 
 // Long blocks are windows, whose sums of positive terms need no more than doubles.
@@ -94,6 +96,10 @@ FidFilter* makeFidFilter(const std::vector<FidBlock>& blocks)
     }
     return filter;
 }
+
+}  // namespace veltrac
+
+using namespace veltrac;
 
 FidFilter* fid_flatten(const FidFilter* filter)
 try {

@@ -5,6 +5,8 @@
 
 #include "filter/fid.h"
 
+namespace veltrac {
+
 struct FidBlock
 {
     int type = 'I';
@@ -13,3 +15,5 @@ struct FidBlock
 
 // One heap block with all blocks and the ending one; null, reported, when memory is short.
 FidFilter* makeFidFilter(const std::vector<FidBlock>& blocks);
+
+}  // namespace veltrac

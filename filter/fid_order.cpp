@@ -15,6 +15,8 @@
 #include <numbers>
 #include <numeric>
 
+namespace veltrac {
+
 namespace {
 
 constexpr int kSteps = 32;           // between 0 and half the rate
@@ -158,3 +160,5 @@ std::vector<std::size_t> quietOrder(const FidCascade& sections)
     }
     return best;
 }
+
+}  // namespace veltrac

@@ -6,6 +6,8 @@
 
 #include "filter/fid_report.h"
 
+namespace veltrac {
+
 namespace {
 
 using Complex = std::complex<long double>;
@@ -208,3 +210,5 @@ std::optional<FidPrototype> makeFidPrototype(const FidSpec& spec, bool halfPower
             return FidPrototype{butterworthPoles(spec.order)};
     }
 }
+
+}  // namespace veltrac

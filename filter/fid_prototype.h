@@ -7,6 +7,8 @@
 
 #include "filter/fid_spec.h"
 
+namespace veltrac {
+
 // A pole or zero of the analogue plane. A pair stands for itself and its conjugate.
 struct FidRoot
 {
@@ -29,3 +31,5 @@ inline constexpr int kMaxOrder = 64;
 // have half power at 1 rad/s, a Chebyshev its ripple edge, or half power as well with `halfPower`.
 // Reports and returns nothing when the order is too high or the ripple or percentage cannot be.
 std::optional<FidPrototype> makeFidPrototype(const FidSpec& spec, bool halfPower);
+
+}  // namespace veltrac

@@ -5,6 +5,8 @@
 
 #include "filter/fid.h"
 
+namespace veltrac {
+
 namespace {
 FidErrorHandler g_handler = nullptr;
 }
@@ -21,9 +23,11 @@ void fidReport(const char* format, ...)
     std::fprintf(stderr, "fid error: %s\n", text);
 }
 
+}  // namespace veltrac
+
 void fid_set_error_handler(FidErrorHandler handler)
 {
-    g_handler = handler;
+    veltrac::g_handler = handler;
 }
 
 const char* fid_version()

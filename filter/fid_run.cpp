@@ -22,6 +22,8 @@
 #include "filter/fid_order.h"
 #include "filter/fid_report.h"
 
+using namespace veltrac;
+
 namespace {
 
 constexpr std::uint32_t kMagic = 0x64966325;

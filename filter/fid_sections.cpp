@@ -5,6 +5,8 @@
 #include <limits>
 #include <numbers>
 
+namespace veltrac {
+
 namespace {
 
 using Complex = std::complex<double>;
@@ -289,3 +291,5 @@ std::optional<FidCascade> makeCascade(const FidPrototype& prototype, FidShape sh
         return std::nullopt;
     return cascade;
 }
+
+}  // namespace veltrac

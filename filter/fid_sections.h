@@ -7,6 +7,8 @@
 
 #include "filter/fid_prototype.h"
 
+namespace veltrac {
+
 // One section of the cascade, lowest delay first; a[0] is 1. Both have one to three coefficients.
 struct FidSection
 {
@@ -29,3 +31,5 @@ bool isStable(const FidCascade& cascade, bool marginal = false);
 // nothing when the frequencies are too low or too close for coefficients in double precision.
 std::optional<FidCascade> makeCascade(const FidPrototype& prototype, FidShape shape, FidMapping mapping,
                                       double f0, double f1);
+
+}  // namespace veltrac

@@ -10,6 +10,8 @@
 
 #include "filter/fid_report.h"
 
+namespace veltrac {
+
 namespace {
 
 using enum FidFamily;
@@ -314,3 +316,5 @@ std::string describeFidSpec(const FidSpec& spec)
     }
     return words;
 }
+
+}  // namespace veltrac

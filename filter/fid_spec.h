@@ -4,6 +4,8 @@
 #include <optional>
 #include <string>
 
+namespace veltrac {
+
 // What computes a filter kind.
 enum class FidFamily {
     Resonator,
@@ -54,3 +56,5 @@ std::optional<FidSpec> readFidSpec(const char* text, double rate, double f0, dou
 
 // The format's description with the values in place of the marks.
 std::string describeFidSpec(const FidSpec& spec);
+
+}  // namespace veltrac

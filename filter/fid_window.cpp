@@ -4,6 +4,8 @@
 #include <cmath>
 #include <numbers>
 
+namespace veltrac {
+
 namespace {
 
 using std::numbers::pi;
@@ -110,3 +112,5 @@ std::optional<std::vector<double>> makeWindow(FidFamily family, double frequency
         point /= sum;
     return points;
 }
+
+}  // namespace veltrac

@@ -4,6 +4,8 @@
 #include <iterator>
 #include <limits>
 
+namespace veltrac {
+
 namespace {
 
 // c[0] + c[1] y + c[2] y^2 + …
@@ -76,3 +78,5 @@ double besselK1(double x)
         return std::log(x / 2.0) * besselI1(x) + polynomial(kK1Small, x * x / 4.0) / x;
     return std::exp(-x) / std::sqrt(x) * polynomial(kK1Large, 2.0 / x);
 }
+
+}  // namespace veltrac

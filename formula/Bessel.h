@@ -3,7 +3,11 @@
 // of the scaled functions.
 #pragma once
 
+namespace veltrac {
+
 double besselI0(double x);
 double besselI1(double x);  // odd
 double besselK0(double x);  // x > 0; infinity at 0, NaN below
 double besselK1(double x);
+
+}  // namespace veltrac

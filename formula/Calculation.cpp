@@ -6,6 +6,8 @@
 #include "core/ColumnBackup.h"
 #include "formula/FormulaEvaluation.h"
 
+namespace veltrac {
+
 namespace {
 
 constexpr std::uint32_t kLookEvery = 4096;
@@ -109,3 +111,5 @@ JobOutcome calculate(FormulaParser& formula, const CalculationTarget& target, co
         throw;
     }
 }
+
+}  // namespace veltrac

@@ -13,6 +13,8 @@
 #include "core/TSFILE.h"
 #include "formula/FormulaParser.h"
 
+namespace veltrac {
+
 inline constexpr int kMostSources = 8;
 
 // Which rows a formula uses: x1 to x8 where such a row exists, and the target's. Rows count from 1.
@@ -63,3 +65,5 @@ struct CalculationReport
 // is cancelled. Throws the TS exceptions and std::system_error.
 JobOutcome calculate(FormulaParser& formula, const CalculationTarget& target, const Progress& progress,
                      CalculationReport& report);
+
+}  // namespace veltrac

@@ -27,6 +27,8 @@
 #include "share/SourceChooser.h"
 #include "share/hydaction.h"
 
+using namespace veltrac;
+
 namespace {
 
 constexpr int kNoticeMs = 5000;

@@ -13,7 +13,7 @@ class QLabel;
 class QLineEdit;
 class QTableWidget;
 
-class EditTsWin : public SubWindow
+class EditTsWin : public veltrac::SubWindow
 {
     Q_OBJECT
 
@@ -33,7 +33,7 @@ public slots:
     void sl_help();
     void sl_stdfunctions();
     void sl_cbTargetActivated(int index);
-    void sl_subwindowGone(subWindow window);
+    void sl_subwindowGone(veltrac::subWindow window);
 
 protected:
     void changeEvent(QEvent* event) override;
@@ -58,11 +58,11 @@ private:
     bool targetMayChange(const EditVariable& target);
     std::vector<const EditVariable*> usedBy(const EditVariable& target) const;
     bool areThere(const std::vector<const EditVariable*>& rows);
-    CalculationRange rangeFor(const EditVariable& target, QString& reason) const;
+    veltrac::CalculationRange rangeFor(const EditVariable& target, QString& reason) const;
     TSFILE& reopenTarget(const EditVariable& target);
-    void tellOutcome(JobOutcome outcome, const CalculationRange& range, const CalculationReport& report,
-                     double seconds);
-    void run(const EditVariable& target, const CalculationRange& range);
+    void tellOutcome(veltrac::JobOutcome outcome, const veltrac::CalculationRange& range,
+                     const veltrac::CalculationReport& report, double seconds);
+    void run(const EditVariable& target, const veltrac::CalculationRange& range);
     void showMessage(const QString& text);
     void say(const QString& text);
 

@@ -20,6 +20,8 @@
 #include "share/GroupedNumber.h"
 #include "share/JobProgress.h"
 
+using namespace veltrac;
+
 namespace {
 
 constexpr int kShownChars = 24;  // of a text that is ignored: the status bar stays as narrow as the window

@@ -10,6 +10,8 @@
 #include "share/NumberField.h"
 #include "share/SourceChooser.h"
 
+using namespace veltrac;
+
 namespace {
 
 enum Field { kFile, kColumn, kStart, kEnd, kSampleTime };

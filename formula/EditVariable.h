@@ -7,12 +7,17 @@
 
 #include "formula/Calculation.h"
 
-class ColumnCombo;
-class FileCombo;
-class NumberField;
 class QLineEdit;
 class QTableWidget;
 class TSFILE;
+
+namespace veltrac {
+
+class ColumnCombo;
+class FileCombo;
+class NumberField;
+
+}  // namespace veltrac
 
 class EditVariable : public QObject
 {
@@ -36,7 +41,7 @@ public:
     // Hands the file over and shows its times, as far as the user has not edited them.
     void setTs(std::shared_ptr<TSFILE> ts);
     // The fields; valid only where hasBounds().
-    TimeBounds bounds() const;
+    veltrac::TimeBounds bounds() const;
     bool hasBounds() const;
     // Lists the files of the working directory anew and keeps the choice.
     void refreshFiles();
@@ -55,13 +60,13 @@ signals:
 
 private:
     void takeFile();
-    void takeTime(NumberField* field, const QString& text, bool& isEdited);
+    void takeTime(veltrac::NumberField* field, const QString& text, bool& isEdited);
 
     int m_index;
-    FileCombo* m_files;
-    ColumnCombo* m_columns;
-    NumberField* m_start;
-    NumberField* m_end;
+    veltrac::FileCombo* m_files;
+    veltrac::ColumnCombo* m_columns;
+    veltrac::NumberField* m_start;
+    veltrac::NumberField* m_end;
     QLineEdit* m_sampleTime;
     QString m_directory;  // whose files the box shows
     QString m_path;

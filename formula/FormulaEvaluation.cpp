@@ -10,6 +10,8 @@
 #include "formula/FormulaFunctions.h"
 #include "portal/TsApplication.h"
 
+namespace veltrac {
+
 const char* const kDivisionByZero = "Attempt to divide on zero";
 const char* const kMissingArgument = "Missing argument in function";
 
@@ -356,3 +358,5 @@ void reportFormulaError(const char* text)
     if (TsApplication* const application = TsApplication::instance())
         application->ShowTsError(text);
 }
+
+}  // namespace veltrac

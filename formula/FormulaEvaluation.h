@@ -5,6 +5,8 @@
 
 #include "formula/FormulaNode.h"
 
+namespace veltrac {
+
 // Makes a complete tree ready: constants are computed once, an operand that is missing behind an operator
 // becomes 0, and each node gets the evaluator of its kind. Nothing is allocated after that.
 void prepareTree(FormulaNode& root);
@@ -27,3 +29,5 @@ std::uint64_t formulaReports() noexcept;
 // The two texts that evaluation reports, each time that it happens.
 extern const char* const kDivisionByZero;
 extern const char* const kMissingArgument;
+
+}  // namespace veltrac

@@ -9,6 +9,8 @@
 #include "core/LineReader.h"
 #include "core/ScratchFile.h"
 
+namespace veltrac {
+
 namespace {
 
 bool holdsComposed(std::string_view line)
@@ -47,3 +49,5 @@ std::optional<std::string> readFormulaFile(const std::filesystem::path& file)
     }
     return formula;
 }
+
+}  // namespace veltrac

@@ -5,6 +5,8 @@
 #include <optional>
 #include <string>
 
+namespace veltrac {
+
 // The longest formula that the compiler and the files take, in bytes.
 inline constexpr std::size_t kFormulaBytes = 255;
 
@@ -15,3 +17,5 @@ void writeFormulaFile(const std::filesystem::path& file, const std::string& form
 // whatever case. Nothing where there is none. Lines are read up to 255 bytes, so a file of any size and
 // content does no harm. Throws std::system_error where it cannot be opened.
 std::optional<std::string> readFormulaFile(const std::filesystem::path& file);
+
+}  // namespace veltrac

@@ -7,6 +7,8 @@
 #include "formula/Bessel.h"
 #include "formula/Noise.h"
 
+namespace veltrac {
+
 namespace {
 
 double sgn(double x)
@@ -94,3 +96,5 @@ const BinaryEntry* binaryAt(const char* text)
 {
     return firstAt(binaryFunctions(), text);
 }
+
+}  // namespace veltrac

@@ -5,6 +5,8 @@
 
 #include "formula/FormulaNode.h"
 
+namespace veltrac {
+
 struct UnaryEntry
 {
     const char* name;
@@ -35,3 +37,5 @@ std::span<const BinaryEntry> binaryFunctions();
 // that function, on purpose: formulas in use rely on "sinus(t)" and on "cosh" being "cos".
 const UnaryEntry* unaryAt(const char* text);
 const BinaryEntry* binaryAt(const char* text);
+
+}  // namespace veltrac

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <iterator>
 
+using namespace veltrac;
+
 namespace {
 
 struct Priority
@@ -18,14 +20,14 @@ constexpr Priority kPriorities[] = {
 
 }  // namespace
 
-std::int32_t priorityOf(char kind)
+std::int32_t veltrac::priorityOf(char kind)
 {
     const auto* const found = std::find_if(std::begin(kPriorities), std::end(kPriorities),
                                            [&](const Priority& row) { return row.kind == kind; });
     return found == std::end(kPriorities) ? -1 : found->priority;
 }
 
-void freeTree(FormulaNode* node)
+void veltrac::freeTree(FormulaNode* node)
 {
     if (node == nullptr)
         return;
@@ -34,7 +36,7 @@ void freeTree(FormulaNode* node)
     delete node;
 }
 
-FormulaNode* topOf(FormulaNode* node)
+FormulaNode* veltrac::topOf(FormulaNode* node)
 {
     while (node != nullptr && node->parent != nullptr)
         node = node->parent;

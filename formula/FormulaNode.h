@@ -4,6 +4,9 @@
 #include <cstdint>
 
 class TSFILE;
+struct FormulaNode;
+
+namespace veltrac {
 
 // How a source variable finds its samples; taken from its file once, when the formula is compiled.
 struct SourceLookup
@@ -17,12 +20,12 @@ struct SourceLookup
     std::uint32_t expected = 0;
     std::uint32_t step = 1;
 };
-
-struct FormulaNode;
 // Computes a node's value at time t, seconds.
 using Evaluator = double (*)(FormulaNode&, double t);
 using UnaryFunction = double (*)(double);
 using BinaryFunction = double (*)(double, double);
+
+}  // namespace veltrac
 
 // kind: '+' '-' '*' '/' '^' ',' operators; 'f' unary and 'm' binary function; 'n' number; 'p' pi; 't' time;
 // 'x' source variable. The parser that made a node owns it; parent is the node above.
@@ -35,15 +38,17 @@ struct FormulaNode
     FormulaNode* left = nullptr;
     FormulaNode* right = nullptr;
     FormulaNode* parent = nullptr;
-    UnaryFunction unaryFunction = nullptr;
-    BinaryFunction binaryFunction = nullptr;
+    veltrac::UnaryFunction unaryFunction = nullptr;
+    veltrac::BinaryFunction binaryFunction = nullptr;
     TSFILE* source = nullptr;  // borrowed; null for an "x" of no source, which is 0
     std::int32_t column = 0;
-    SourceLookup lookup;
-    FormulaNode* twin = nullptr;    // of 'x': the first one in the tree with the same source
-    std::uint64_t fetchedIn = 0;    // of 'x': the evaluation that value belongs to
-    Evaluator evaluator = nullptr;  // chosen when the tree is complete
+    veltrac::SourceLookup lookup;
+    FormulaNode* twin = nullptr;             // of 'x': the first one in the tree with the same source
+    std::uint64_t fetchedIn = 0;             // of 'x': the evaluation that value belongs to
+    veltrac::Evaluator evaluator = nullptr;  // chosen when the tree is complete
 };
+
+namespace veltrac {
 
 // How tightly a kind binds; -1 for a kind that is none.
 std::int32_t priorityOf(char kind);
@@ -53,3 +58,5 @@ void freeTree(FormulaNode* node);
 
 // The node at the top of the tree that a node stands in.
 FormulaNode* topOf(FormulaNode* node);
+
+}  // namespace veltrac

@@ -13,6 +13,8 @@
 #include "formula/FormulaFunctions.h"
 #include "portal/TsApplication.h"
 
+using namespace veltrac;
+
 namespace {
 
 enum Code : std::int32_t {
@@ -77,7 +79,7 @@ SourceLookup lookupOf(TSFILE& source)
 
 }  // namespace
 
-const char* errorText(std::int32_t code, std::int32_t position)
+const char* veltrac::errorText(std::int32_t code, std::int32_t position)
 {
     static char buffer[128];
     const bool known = code > 0 && code < static_cast<std::int32_t>(std::size(kErrorTexts));

@@ -88,5 +88,9 @@ private:
     std::int32_t m_nodes = 0;  // made so far
 };
 
+namespace veltrac {
+
 // The text of an error code with the position filled in; an empty one for code 0.
 const char* errorText(std::int32_t code, std::int32_t position);
+
+}  // namespace veltrac

@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+namespace veltrac {
+
 namespace {
 
 constexpr double kC = 0.021602869033813477;
@@ -79,3 +81,5 @@ double normalNoise(double scale)
             return scale * v / u;
     }
 }
+
+}  // namespace veltrac

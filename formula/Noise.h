@@ -3,6 +3,8 @@
 
 #include <array>
 
+namespace veltrac {
+
 // The universal generator of G. Marsaglia and A. Zaman (Toward a Universal Random Number Generator, Florida
 // State University report FSU-SCRI-87-50, 1987): the same sequence on every machine.
 class UniversalGenerator
@@ -26,3 +28,5 @@ double uniformNoise(double ignored);
 // Mean 0, standard deviation `scale`; J. L. Leva, A Fast Normal Random Number Generator, ACM Transactions on
 // Mathematical Software 18 (1992), pages 449 to 453.
 double normalNoise(double scale);
+
+}  // namespace veltrac

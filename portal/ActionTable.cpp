@@ -4,6 +4,8 @@
 
 #include <array>
 
+namespace veltrac {
+
 namespace {
 
 using enum ActionId;
@@ -144,3 +146,5 @@ std::span<const BarRow> toolBarRows()
 {
     return kToolBars;
 }
+
+}  // namespace veltrac

@@ -6,6 +6,8 @@
 #include <optional>
 #include <span>
 
+namespace veltrac {
+
 // The actions, in the order of their table.
 enum class ActionId {
     Help,
@@ -82,3 +84,5 @@ struct BarRow
 
 std::span<const BarRow> menuRows();
 std::span<const BarRow> toolBarRows();
+
+}  // namespace veltrac

@@ -10,6 +10,8 @@
 
 #include "portal/TsTableModel.h"
 
+namespace veltrac {
+
 namespace {
 
 constexpr std::uint32_t kRun = 8192;        // samples a step
@@ -213,3 +215,5 @@ PastedTable parsePasted(const QString& text)
     }
     return table;
 }
+
+}  // namespace veltrac

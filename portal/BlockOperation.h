@@ -12,6 +12,8 @@
 #include "core/Progress.h"
 #include "portal/EditList.h"
 
+namespace veltrac {
+
 enum class BlockOperation {
     Set,
     SetMissing,
@@ -61,3 +63,5 @@ struct PastedTable
     QString refused;  // the first text that is no number; nothing is to be pasted then
 };
 PastedTable parsePasted(const QString& text);
+
+}  // namespace veltrac

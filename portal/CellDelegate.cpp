@@ -5,6 +5,8 @@
 #include "portal/TsTableModel.h"
 #include "share/NumberField.h"
 
+namespace veltrac {
+
 namespace {
 
 constexpr const char* kShownText = "shownText";
@@ -40,3 +42,5 @@ void CellDelegate::setModelData(QWidget* editor, QAbstractItemModel* model, cons
     if (!model->setData(index, text, Qt::EditRole))
         emit x_refused(text);
 }
+
+}  // namespace veltrac

@@ -4,6 +4,8 @@
 
 #include <QStyledItemDelegate>
 
+namespace veltrac {
+
 class CellDelegate : public QStyledItemDelegate
 {
     Q_OBJECT
@@ -20,3 +22,5 @@ signals:
     // The text was no number; the cell keeps its value.
     void x_refused(const QString& text) const;
 };
+
+}  // namespace veltrac

@@ -11,6 +11,8 @@
 #include "core/TsExceptions.h"
 #include "share/HeaderText.h"
 
+namespace veltrac {
+
 namespace {
 
 // A header that lies may claim billions of columns.
@@ -87,3 +89,5 @@ void ColumnTable::setRowHeights(int pixels)
     verticalHeader()->setMinimumSectionSize(pixels);
     verticalHeader()->setDefaultSectionSize(pixels);
 }
+
+}  // namespace veltrac

@@ -8,6 +8,8 @@
 
 class TSFILE;
 
+namespace veltrac {
+
 class ColumnTable : public QTableWidget
 {
     Q_OBJECT
@@ -26,3 +28,5 @@ private:
     // False where the column has no name. Throws the TS exceptions.
     bool fillRow(TSFILE& file, int row);
 };
+
+}  // namespace veltrac

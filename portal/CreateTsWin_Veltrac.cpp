@@ -28,6 +28,8 @@
 #include "share/QtMessageWin.h"
 #include "share/hydaction.h"
 
+using namespace veltrac;
+
 namespace {
 
 constexpr double kMostSamples = 4294967295.0;

@@ -9,12 +9,17 @@
 
 #include "share/SubWindow.h"
 
-class NumberField;
 class QLabel;
 class QLineEdit;
 class QPushButton;
 class QTableWidget;
 class TSFILE;
+
+namespace veltrac {
+
+class NumberField;
+
+}  // namespace veltrac
 
 // One field a value of the new file.
 class Basic_Tab : public QWidget
@@ -50,11 +55,11 @@ private:
     QString nameReason() const;
 
     QLineEdit* m_name;
-    NumberField* m_samples;
-    NumberField* m_columns;
+    veltrac::NumberField* m_samples;
+    veltrac::NumberField* m_columns;
     QLineEdit* m_description;
     QLineEdit* m_timeUnit;
-    NumberField* m_sampleTime;
+    veltrac::NumberField* m_sampleTime;
 };
 
 // A row for each column of the new file, with its name and description.
@@ -80,7 +85,7 @@ private:
     QLabel* m_note;
 };
 
-class CreateTsWin : public SubWindow
+class CreateTsWin : public veltrac::SubWindow
 {
     Q_OBJECT
 

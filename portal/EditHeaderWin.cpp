@@ -33,6 +33,8 @@
 #include "share/WaitCursor.h"
 #include "share/hydaction.h"
 
+using namespace veltrac;
+
 namespace {
 
 constexpr int kDefaultRowHeight = 20;

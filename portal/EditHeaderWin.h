@@ -13,12 +13,17 @@
 
 #include "share/SubWindow.h"
 
-class ColumnTable;
-class HeaderFields;
 class QPushButton;
 class TSFILE;
 
-class EditHeaderWin : public SubWindow
+namespace veltrac {
+
+class ColumnTable;
+class HeaderFields;
+
+}  // namespace veltrac
+
+class EditHeaderWin : public veltrac::SubWindow
 {
     Q_OBJECT
 
@@ -37,7 +42,7 @@ public slots:
     void sl_refresh();
     void sl_cellChanged(int row, int column);
     void sl_finished();
-    void sl_subwindowGone(subWindow window);
+    void sl_subwindowGone(veltrac::subWindow window);
 
 protected:
     bool mayClose() override;
@@ -83,8 +88,8 @@ private:
     bool m_startTimeChanged = false;
     QDateTime m_fileTime;  // of the file as it is shown
 
-    HeaderFields* m_fields = nullptr;
-    ColumnTable* m_table = nullptr;
+    veltrac::HeaderFields* m_fields = nullptr;
+    veltrac::ColumnTable* m_table = nullptr;
     QPushButton* m_ok = nullptr;
     QPushButton* m_cancel = nullptr;
 };

@@ -5,6 +5,8 @@
 #include <tuple>
 #include <utility>
 
+namespace veltrac {
+
 namespace {
 
 bool before(const SampleRun& a, const SampleRun& b)
@@ -229,3 +231,5 @@ void EditList::apply(std::uint32_t column, std::uint32_t first, std::span<float>
         for (const EditStrip& s : touching(*m_edits[i], run))
             s.apply(first, values);
 }
+
+}  // namespace veltrac

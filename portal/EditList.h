@@ -13,6 +13,8 @@
 #include <span>
 #include <vector>
 
+namespace veltrac {
+
 // A run of samples of one column, both ends included.
 struct SampleRun
 {
@@ -107,3 +109,5 @@ private:
     std::size_t m_active = 0;    // entries that are not undone
     std::vector<Entry> m_saved;  // what the file holds
 };
+
+}  // namespace veltrac

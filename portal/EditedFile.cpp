@@ -12,6 +12,8 @@
 #include "core/TsNames.h"
 #include "portal/FailureReason.h"
 
+namespace veltrac {
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -225,3 +227,5 @@ JobOutcome EditedFile::saveAs(const fs::path& target, const Progress& progress)
         throw SaveFailed{"The new file was not made: " + reasonOfFailure() + "."};
     }
 }
+
+}  // namespace veltrac

@@ -18,6 +18,8 @@
 #include "core/TSFILE.h"
 #include "portal/EditList.h"
 
+namespace veltrac {
+
 class EditedFile
 {
 public:
@@ -63,3 +65,5 @@ struct SaveFailed
 {
     std::string text;
 };
+
+}  // namespace veltrac

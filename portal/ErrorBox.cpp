@@ -8,6 +8,8 @@
 #include "share/Boxes.h"
 #include "share/JobProgress.h"
 
+namespace veltrac {
+
 namespace {
 
 const QString kTitle = QStringLiteral("Veltrac error");
@@ -58,3 +60,5 @@ bool ErrorBox::isSilenced(const QString& text) const
 {
     return m_silencedJob == JobProgress::serial() && m_silenced.contains(text);
 }
+
+}  // namespace veltrac

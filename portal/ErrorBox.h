@@ -10,6 +10,8 @@
 
 #include <cstdint>
 
+namespace veltrac {
+
 class ErrorBox
 {
 public:
@@ -25,3 +27,5 @@ private:
     QStringList m_silenced;
     std::uint64_t m_silencedJob = 0;  // the calculation in which they are
 };
+
+}  // namespace veltrac

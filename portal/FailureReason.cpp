@@ -5,6 +5,8 @@
 
 #include "core/TsExceptions.h"
 
+namespace veltrac {
+
 namespace {
 
 constexpr unsigned kOfAWrite = 200000;  // byte counts from here on are those of a write, see TS::IO_ERROR
@@ -30,3 +32,5 @@ std::string reasonOfFailure()
         return e.what();
     }
 }
+
+}  // namespace veltrac

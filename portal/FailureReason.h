@@ -3,5 +3,9 @@
 
 #include <string>
 
+namespace veltrac {
+
 // To be called inside a catch block: the middle of a sentence, such as "the file is read-only".
 std::string reasonOfFailure();
+
+}  // namespace veltrac

@@ -12,6 +12,8 @@
 
 #include "share/NumberField.h"
 
+namespace veltrac {
+
 namespace {
 
 bool isMissing(const QString& text)
@@ -88,3 +90,5 @@ void FieldsDialog::validate()
     m_reason->setText(reason);
     m_buttons->button(QDialogButtonBox::Ok)->setEnabled(reason.isEmpty());
 }
+
+}  // namespace veltrac

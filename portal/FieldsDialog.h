@@ -12,6 +12,8 @@ class QDialogButtonBox;
 class QLabel;
 class QLineEdit;
 
+namespace veltrac {
+
 class FieldsDialog : public QDialog
 {
     Q_OBJECT
@@ -37,3 +39,5 @@ private:
     QDialogButtonBox* m_buttons;
     Check m_check;
 };
+
+}  // namespace veltrac

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <span>
 
+namespace veltrac {
+
 namespace {
 
 // A menu with more entries than this is cut into sub-menus: "a.ts … f.ts".
@@ -89,3 +91,5 @@ QString menuText(QString name)
         name.replace(kLongestName / 2, name.size() - kLongestName + 1, QStringLiteral("…"));
     return name.replace(QLatin1Char('&'), QLatin1String("&&"));
 }
+
+}  // namespace veltrac

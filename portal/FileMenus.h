@@ -6,6 +6,8 @@
 
 #include <vector>
 
+namespace veltrac {
+
 class FileMenus : public QObject
 {
     Q_OBJECT
@@ -29,3 +31,5 @@ private:
 
 // A name as a menu shows it: without '&' as a mark for the key, a very long one without its middle.
 QString menuText(QString name);
+
+}  // namespace veltrac

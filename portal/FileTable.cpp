@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <array>
 
+namespace veltrac {
+
 namespace {
 
 struct HeaderRow
@@ -178,3 +180,5 @@ void FileTable::keyPressEvent(QKeyEvent* event)
     else
         QTableWidget::keyPressEvent(event);
 }
+
+}  // namespace veltrac

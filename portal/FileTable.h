@@ -7,6 +7,8 @@
 
 #include "portal/TsDirectory.h"
 
+namespace veltrac {
+
 class FileTable : public QTableWidget
 {
     Q_OBJECT
@@ -44,3 +46,5 @@ private:
     void makeHeader();
     void setRow(int row, const TsFileRecord& record);
 };
+
+}  // namespace veltrac

@@ -11,6 +11,8 @@
 
 #include "share/NumberField.h"
 
+namespace veltrac {
+
 namespace {
 
 constexpr int kShownDecimals = 4;
@@ -129,3 +131,5 @@ void FindBar::keyPressEvent(QKeyEvent* event)
         QWidget::keyPressEvent(event);
     }
 }
+
+}  // namespace veltrac

@@ -5,10 +5,13 @@
 
 #include "core/ColumnScan.h"
 
-class NumberField;
 class QComboBox;
 class QLabel;
 class QPushButton;
+
+namespace veltrac {
+
+class NumberField;
 
 class FindBar : public QWidget
 {
@@ -39,3 +42,5 @@ private:
     QPushButton* m_previous;
     QLabel* m_reason;
 };
+
+}  // namespace veltrac

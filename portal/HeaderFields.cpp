@@ -12,6 +12,8 @@
 #include "share/HeaderText.h"
 #include "share/NumberField.h"
 
+namespace veltrac {
+
 namespace {
 
 constexpr double kMostCount = 4294967295.0;
@@ -144,3 +146,5 @@ bool HeaderFields::validate()
     m_line->setText(QStringLiteral("The file with these counts has %1.").arg(sizeText(bytes)));
     return true;
 }
+
+}  // namespace veltrac

@@ -4,9 +4,12 @@
 
 #include <QWidget>
 
-class NumberField;
 class QLabel;
 class QLineEdit;
+
+namespace veltrac {
+
+class NumberField;
 
 class HeaderFields : public QWidget
 {
@@ -45,3 +48,5 @@ private:
     unsigned m_fileSamples = 0;
     unsigned m_fileColumns = 0;
 };
+
+}  // namespace veltrac

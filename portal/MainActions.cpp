@@ -9,6 +9,8 @@
 
 #include "share/hydaction.h"
 
+namespace veltrac {
+
 namespace {
 
 constexpr int kLeastRowHeight = 18;
@@ -123,3 +125,5 @@ bool MainActions::eventFilter(QObject* watched, QEvent* event)
     }
     return QObject::eventFilter(watched, event);
 }
+
+}  // namespace veltrac

@@ -11,6 +11,8 @@
 class QSpinBox;
 class QToolBar;
 
+namespace veltrac {
+
 class MainActions : public QObject
 {
     Q_OBJECT
@@ -45,3 +47,5 @@ private:
     FileMenus* m_fileMenus = nullptr;
     QSpinBox* m_rowHeight = nullptr;
 };
+
+}  // namespace veltrac

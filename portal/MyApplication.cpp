@@ -8,6 +8,8 @@
 #include "core/TsExceptionTexts.h"
 #include "portal/Veltrac.h"
 
+using namespace veltrac;
+
 namespace {
 
 constexpr int kMibOfAscii = 3;

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace veltrac {
+
 RowWindow::RowWindow(QAbstractItemModel* source, QObject* parent) : QAbstractProxyModel(parent)
 {
     setSourceModel(source);
@@ -76,3 +78,5 @@ void RowWindow::passOn(const QModelIndex& topLeft, const QModelIndex& bottomRigh
     if (first <= last)
         emit dataChanged(index(first, topLeft.column()), index(last, bottomRight.column()), roles);
 }
+
+}  // namespace veltrac

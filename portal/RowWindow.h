@@ -4,6 +4,8 @@
 
 #include <QAbstractProxyModel>
 
+namespace veltrac {
+
 class RowWindow : public QAbstractProxyModel
 {
     Q_OBJECT
@@ -34,3 +36,5 @@ private:
 
     int m_base = 0;
 };
+
+}  // namespace veltrac

@@ -13,6 +13,8 @@
 #include "portal/RowWindow.h"
 #include "portal/SortedRows.h"
 
+namespace veltrac {
+
 namespace {
 
 constexpr int kRowHeight = 20;
@@ -493,3 +495,5 @@ void SampleView::noteSelection()
     }
     emit x_selected();
 }
+
+}  // namespace veltrac

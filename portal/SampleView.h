@@ -20,6 +20,9 @@
 #include "portal/TsTableModel.h"
 
 class QScrollBar;
+
+namespace veltrac {
+
 class RowWindow;
 class SortedRows;
 
@@ -132,3 +135,5 @@ private:
     QBasicTimer m_widenTimer;     // runs when other rows have come into view
     QBasicTimer m_dragTimer;      // runs while the mouse drags outside of the table
 };
+
+}  // namespace veltrac

@@ -7,6 +7,8 @@
 
 #include "portal/SampleView.h"
 
+namespace veltrac {
+
 namespace {
 
 constexpr int kWidestColumn = 150;  // pixels; longer names wrap
@@ -56,3 +58,5 @@ void SampleView::widenColumns()
         if (!isColumnHidden(column) && !m_sizedByHand.contains(column))
             setColumnWidth(column, std::max(columnWidth(column), sizeHintForColumn(column)));
 }
+
+}  // namespace veltrac

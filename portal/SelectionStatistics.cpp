@@ -9,6 +9,8 @@
 
 #include "share/JobProgress.h"
 
+namespace veltrac {
+
 namespace {
 
 constexpr std::uint64_t kRun = 4096;  // samples a step
@@ -118,3 +120,5 @@ QString SelectionStatistics::text(bool complete) const
         out += QStringLiteral(" (%1% read)").arg(100 * m_done / m_total);
     return out;
 }
+
+}  // namespace veltrac

@@ -10,6 +10,8 @@
 #include "portal/BlockOperation.h"
 #include "portal/EditList.h"
 
+namespace veltrac {
+
 class SelectionStatistics : public QObject
 {
     Q_OBJECT
@@ -44,3 +46,5 @@ private:
     double m_greatest = 0.0;
     bool m_unreadable = false;
 };
+
+}  // namespace veltrac

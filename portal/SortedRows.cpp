@@ -4,6 +4,8 @@
 #include <cmath>
 #include <utility>
 
+namespace veltrac {
+
 namespace {
 
 constexpr std::uint64_t kRun = 8192;  // samples a step
@@ -105,3 +107,5 @@ QVariant SortedRows::headerData(int section, Qt::Orientation orientation, int ro
     const bool row = orientation == Qt::Vertical && section >= 0 && section < rowCount();
     return sourceModel()->headerData(row ? sourceRow(section) : section, orientation, role);
 }
+
+}  // namespace veltrac

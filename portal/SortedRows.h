@@ -8,6 +8,8 @@
 
 #include "core/ColumnScan.h"
 
+namespace veltrac {
+
 // The samples first to last, by their values; equal ones keep their order, missing ones stand last either
 // way. Takes 12 bytes a sample. What the reader throws passes through.
 JobOutcome sortSamples(const ColumnReader& read, std::uint32_t first, std::uint32_t last, Qt::SortOrder order,
@@ -36,3 +38,5 @@ private:
     std::uint32_t m_least = 0;
     std::vector<int> m_rows;  // of sample m_least + i; -1 where it is not shown
 };
+
+}  // namespace veltrac

@@ -13,6 +13,8 @@
 #include "share/QtPlotColWin.h"
 #include "share/QtPlotWin1.h"
 
+namespace veltrac {
+
 namespace {
 
 // These windows stand above the main window and close with it.
@@ -55,3 +57,5 @@ SubWindow* makeSubProgram(SubProgram kind, const QString& file, unsigned column)
     }
     return nullptr;
 }
+
+}  // namespace veltrac

@@ -8,6 +8,8 @@
 #include "core/TsExceptionTexts.h"
 #include "core/TsNames.h"
 
+using namespace veltrac;
+
 namespace {
 
 // A file name as the core takes it.

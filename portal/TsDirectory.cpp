@@ -13,6 +13,8 @@
 #include "core/TsNames.h"
 #include "share/HeaderText.h"
 
+namespace veltrac {
+
 namespace {
 
 std::vector<QString> candidates()
@@ -85,3 +87,5 @@ QString sampleTimeText(double sampleTime)
 {
     return QStringLiteral("%1").arg(sampleTime, 0, 'f', std::fabs(sampleTime) > 1.0 ? 3 : 4);
 }
+
+}  // namespace veltrac

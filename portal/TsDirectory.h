@@ -7,6 +7,8 @@
 #include <functional>
 #include <vector>
 
+namespace veltrac {
+
 // A ts-file as it was found. It is kept by value; derived records add what another table shows.
 struct TsFileRecord
 {
@@ -36,3 +38,5 @@ int countForeignNames();
 
 // A sample time as the table shows it: three decimals beyond one second, else four.
 QString sampleTimeText(double sampleTime);
+
+}  // namespace veltrac

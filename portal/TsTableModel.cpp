@@ -11,6 +11,8 @@
 #include "share/HeaderText.h"
 #include "share/NumberField.h"
 
+using namespace veltrac;
+
 namespace {
 
 // What the core throws when a file is not what its header claims; a cell shows it as this.
@@ -33,7 +35,7 @@ QString exactText(float value)
 
 }  // namespace
 
-std::optional<float> cellNumber(const QString& text)
+std::optional<float> veltrac::cellNumber(const QString& text)
 {
     const QString trimmed = text.trimmed();
     if (trimmed.isEmpty() || trimmed.compare(QLatin1String("nan"), Qt::CaseInsensitive) == 0)
@@ -75,7 +77,7 @@ bool TsTableModel::isIntegerColumn(int column) const
 ColumnReader TsTableModel::columnReader(int column) const
 {
     const auto number = static_cast<std::uint32_t>(column + 1);
-    return m_edited ? m_edited->columnReader(number) : ::columnReader(*m_file, number);
+    return m_edited ? m_edited->columnReader(number) : veltrac::columnReader(*m_file, number);
 }
 
 std::optional<float> TsTableModel::value(int row, int column) const

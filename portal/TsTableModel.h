@@ -15,9 +15,14 @@
 #include "core/TSFILE.h"
 #include "portal/EditedFile.h"
 
+namespace veltrac {
+
 // A cell's number: point or comma; "nan" and an empty text are a missing value. Nothing where the text is no
 // number that a cell can hold.
 std::optional<float> cellNumber(const QString& text);
+
+}  // namespace veltrac
+
 class TsTableModel : public QAbstractTableModel
 {
     Q_OBJECT
@@ -36,14 +41,14 @@ public:
     // Saves go to the file of that path, the one that is listed.
     void makeEditable(const std::filesystem::path& path);
     // Null while the file is only listed.
-    EditedFile* editedFile() const { return m_edited.get(); }
+    veltrac::EditedFile* editedFile() const { return m_edited.get(); }
 
     // The name, and whether it holds the integer seconds of "Time": their bits are no number of a user's.
     QString columnName(int column) const;
     bool isIntegerColumn(int column) const;
 
     // The values as they are shown. Throws the TS exceptions.
-    ColumnReader columnReader(int column) const;
+    veltrac::ColumnReader columnReader(int column) const;
     std::optional<float> value(int row, int column) const;
 
     // The shortest text that gives the very number back; "nan" for a missing value.
@@ -69,5 +74,5 @@ private:
     QVariant editingData(const QModelIndex& index, int role) const;
 
     std::unique_ptr<TSFILE> m_file;
-    std::unique_ptr<EditedFile> m_edited;
+    std::unique_ptr<veltrac::EditedFile> m_edited;
 };

@@ -33,6 +33,8 @@
 #include "share/JobProgress.h"
 #include "share/NoticeStrip.h"
 
+using namespace veltrac;
+
 namespace {
 
 constexpr int kEditMode = 1;

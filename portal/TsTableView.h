@@ -17,17 +17,22 @@
 #include "portal/TsTableModel.h"
 #include "share/SubWindow.h"
 
-class FindBar;
-class NoticeStrip;
 class QCheckBox;
 class QLabel;
 class QListWidget;
 class QMenu;
 class QModelIndex;
 class QSpinBox;
+
+namespace veltrac {
+
+class FindBar;
+class NoticeStrip;
 class SelectionStatistics;
 
-class TsTableView : public SubWindow
+}  // namespace veltrac
+
+class TsTableView : public veltrac::SubWindow
 {
     Q_OBJECT
 
@@ -38,7 +43,7 @@ public:
 
     bool isEditing() const { return m_model != nullptr && m_model->editedFile() != nullptr; }
     // The outcome of the last scan for the maximum, the minimum or the average.
-    const ColumnExtremes& lastScan() const { return m_scan; }
+    const veltrac::ColumnExtremes& lastScan() const { return m_scan; }
 
 public slots:
     void sl_rowHeight(int pixels);
@@ -140,9 +145,9 @@ private:
     QString columnTitle(int column) const;
 
     // Listing.
-    bool scan(ColumnExtremes& out);
+    bool scan(veltrac::ColumnExtremes& out);
     void showScan(const QString& heading, const QString& result);
-    void find(Direction direction);
+    void find(veltrac::Direction direction);
     void goToFound(std::uint32_t sample);
     void noteFileTime();
     // Tells when another window or program has changed or removed the file.
@@ -153,34 +158,35 @@ private:
     std::vector<int> visibleColumns(int from, int to) const;
 
     // Editing.
-    std::vector<SampleRun> selectedRuns() const;
-    void operate(const BlockOperationRow& operation);
-    bool askNumbers(const BlockOperationRow& operation, std::size_t cells, std::vector<double>& numbers);
-    std::vector<double> endValues(const SampleRun& run) const;
-    void addEdit(const QString& name, std::vector<EditStrip> strips);
+    std::vector<veltrac::SampleRun> selectedRuns() const;
+    void operate(const veltrac::BlockOperationRow& operation);
+    bool askNumbers(const veltrac::BlockOperationRow& operation, std::size_t cells,
+                    std::vector<double>& numbers);
+    std::vector<double> endValues(const veltrac::SampleRun& run) const;
+    void addEdit(const QString& name, std::vector<veltrac::EditStrip> strips);
     void pasteRows(const std::vector<std::vector<float>>& rows);
     bool save();
     bool saveAs();
     QString askNewName();
     void commitOpenEditor();
-    ReaderOfColumn readerOfColumn() const;
+    veltrac::ReaderOfColumn readerOfColumn() const;
 
     QString m_name;  // as it is shown
     QString m_path;  // absolute: the working directory may change meanwhile
     std::unique_ptr<TsTableModel> m_model;
-    SampleView* m_view = nullptr;
+    veltrac::SampleView* m_view = nullptr;
     QListWidget* m_columns = nullptr;
-    FindBar* m_findBar = nullptr;
+    veltrac::FindBar* m_findBar = nullptr;
     QLabel* m_note = nullptr;
-    NoticeStrip* m_changed = nullptr;
+    veltrac::NoticeStrip* m_changed = nullptr;
     QLabel* m_position = nullptr;
     QLabel* m_selected = nullptr;
     QCheckBox* m_sorting = nullptr;
-    SelectionStatistics* m_statistics = nullptr;
+    veltrac::SelectionStatistics* m_statistics = nullptr;
     std::array<QAction*, kActCount> m_actions{};
     std::vector<QAction*> m_operations;
     int m_column = 0;  // the selected column, from 0
-    ColumnExtremes m_scan;
+    veltrac::ColumnExtremes m_scan;
     QString m_lastGoTo;
     std::array<std::vector<double>, 8> m_lastNumbers;  // of each block operation, for its next dialog
     QDateTime m_fileTime;                              // of the file as it is shown

@@ -10,6 +10,8 @@
 #include "portal/TsTableView.h"
 #include "share/hydaction.h"
 
+using namespace veltrac;
+
 namespace {
 
 constexpr int kLeastRowHeight = 18;

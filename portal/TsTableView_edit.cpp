@@ -21,6 +21,8 @@
 #include "share/JobProgress.h"
 #include "share/NumberField.h"
 
+using namespace veltrac;
+
 namespace {
 
 constexpr int kMessageMs = 8000;

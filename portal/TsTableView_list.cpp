@@ -27,6 +27,8 @@
 #include "share/QtMessageWin.h"
 #include "share/WaitCursor.h"
 
+using namespace veltrac;
+
 namespace {
 
 constexpr int kMessageMs = 8000;

@@ -26,6 +26,8 @@
 #include "share/Resources.h"
 #include "share/WaitCursor.h"
 
+using namespace veltrac;
+
 namespace {
 
 constexpr int kMessageMs = 8000;

@@ -85,7 +85,7 @@ public slots:
     // The file of that row becomes the selected one.
     void sl_itemSelected(int row, int column);
     void sl_set_plotdir(QString const& directory);
-    void sl_subwindowGone(subWindow window);
+    void sl_subwindowGone(veltrac::subWindow window);
 
 signals:
     // The working directory has changed.
@@ -104,17 +104,17 @@ private:
     bool fileIsSelected();
     void openOnSelected(SubProgram kind);
 
-    FileTable* m_table = nullptr;
-    MainActions* m_actions = nullptr;
+    veltrac::FileTable* m_table = nullptr;
+    veltrac::MainActions* m_actions = nullptr;
     QLabel* m_status = nullptr;
 
-    std::vector<TsFileRecord> m_files;
+    std::vector<veltrac::TsFileRecord> m_files;
     QString m_selected;
     bool m_sorted = false;
     bool m_refreshing = false;
     QStringList m_visited;  // directories, the present one last
-    WriterRegistry m_writers;
-    ErrorBox m_errorBox;
+    veltrac::WriterRegistry m_writers;
+    veltrac::ErrorBox m_errorBox;
     PsParameters m_psParameters;  // what new plot windows start from
     QPointer<PsConfigDialog> m_psDialog;
     std::vector<QPointer<QWidget>> m_subWindows;

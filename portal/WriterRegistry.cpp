@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+namespace veltrac {
+
 namespace {
 
 QString absolutePath(const QString& path)
@@ -44,3 +46,5 @@ bool WriterRegistry::contains(const QString& path) const
     return std::any_of(m_entries.begin(), m_entries.end(),
                        [&](const Entry& entry) { return realPath(entry.absolute) == real; });
 }
+
+}  // namespace veltrac

@@ -5,6 +5,8 @@
 
 #include <vector>
 
+namespace veltrac {
+
 class WriterRegistry
 {
 public:
@@ -23,3 +25,5 @@ private:
     };
     std::vector<Entry> m_entries;
 };
+
+}  // namespace veltrac

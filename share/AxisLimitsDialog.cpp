@@ -12,6 +12,8 @@
 
 #include "share/NumberField.h"
 
+namespace veltrac {
+
 namespace {
 
 // Wide enough for its title too.
@@ -129,3 +131,5 @@ bool askClockLimits(QWidget* parent, const QString& title, AxisLimits& limits)
         limits.to = seconds(to);
     return true;
 }
+
+}  // namespace veltrac

@@ -5,6 +5,8 @@
 
 class QWidget;
 
+namespace veltrac {
+
 struct AxisLimits
 {
     double from = 0.0;
@@ -20,3 +22,5 @@ bool askAxisLimits(QWidget* parent, const QString& title, bool offersAutomatic, 
 // The same for an axis of dates, whose limits are seconds since 1970-01-01 00:00 UTC: they are typed as local
 // dates with times, to the millisecond; a limit that is left alone stays as fine as it was.
 bool askClockLimits(QWidget* parent, const QString& title, AxisLimits& limits);
+
+}  // namespace veltrac

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <cstdlib>
 
+namespace veltrac {
+
 namespace {
 
 // number × 10^exponent in decimals without trailing zeros: exact, as a double's own digits are not.
@@ -214,3 +216,5 @@ AxisTicks logTicks(double first, double last, const LabelRoom& room)
             return axis;
     }
 }
+
+}  // namespace veltrac

@@ -4,6 +4,8 @@
 
 #include "share/Ticks.h"
 
+namespace veltrac {
+
 // The axis may run either way; a NaN, an infinite or an empty range gives no ticks. In all of them the
 // labels that are given do not overlap in the room.
 
@@ -22,3 +24,5 @@ enum class ClockZone { Local, Utc };
 // 5 times a power of ten years, at round places of the calendar. Labels show the part that changes from tick
 // to tick; edgeText is the full date (and time, where labels are finer than minutes) at the left edge.
 AxisTicks clockTicks(double first, double last, const LabelRoom& room, ClockZone zone = ClockZone::Local);
+
+}  // namespace veltrac

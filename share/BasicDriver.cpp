@@ -5,6 +5,8 @@
 #include <cmath>
 #include <cstring>
 
+using namespace veltrac;
+
 BasicDriver::BasicDriver() = default;
 
 BasicDriver::~BasicDriver()

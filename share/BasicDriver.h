@@ -18,6 +18,8 @@
 #include "share/AxisTicks.h"
 #include "share/PsParameters.h"
 
+namespace veltrac {
+
 // Colour indexes: 1 is the text colour (black on paper), variables have 7 and up.
 inline constexpr int kTextColor = 1;
 inline constexpr int kFirstVariableColor = 7;
@@ -33,6 +35,8 @@ inline constexpr int kFontSizeInPoints = 0x400;  // only on paper
 
 // Markers 1 to kMarkerCount are told apart at a size of 4.
 inline constexpr int kMarkerCount = 14;
+
+}  // namespace veltrac
 
 // One pen movement of a marker glyph; x and y lie within -2 to 2, where 4 is the whole glyph's size.
 struct MarkerStroke
@@ -127,8 +131,8 @@ public:
     // current font; the justification is not kept. An x axis takes xAxisHeight() below the viewport,
     // a y axis yAxisWidth() beside it; its power of ten stands above it, two character heights high.
     virtual void DrawFrame(float x1, float y1, float x2, float y2, float lineWidth);
-    virtual void DrawXAxis(const AxisTicks& ticks, const AxisStyle& style);
-    virtual void DrawYAxis(const AxisTicks& ticks, const AxisStyle& style);
+    virtual void DrawXAxis(const veltrac::AxisTicks& ticks, const AxisStyle& style);
+    virtual void DrawYAxis(const veltrac::AxisTicks& ticks, const AxisStyle& style);
     // 38: the creator's small text in the lower left corner; id 1 puts a frame around it.
     virtual void DrawStamp(int id, const char* text);
     // 39
@@ -156,11 +160,11 @@ public:
     int lineStyle() const noexcept { return m_lineStyle; }
 
     // For the ticks of the axes under and beside the current viewport, in the current font.
-    LabelRoom xLabelRoom();
-    LabelRoom yLabelRoom();
+    veltrac::LabelRoom xLabelRoom();
+    veltrac::LabelRoom yLabelRoom();
     // Fractions of the drawing area: what an x axis takes below the viewport, and a y axis beside it.
     float xAxisHeight() const;
-    float yAxisWidth(const AxisTicks& ticks, const AxisStyle& style);
+    float yAxisWidth(const veltrac::AxisTicks& ticks, const AxisStyle& style);
 
 protected:
     struct Color
@@ -212,15 +216,15 @@ private:
     struct PlacedTick
     {
         float at;  // device
-        const Tick* tick;
+        const veltrac::Tick* tick;
     };
 
     float characterHeight() const;
     float deviceWidth(const char* text);
-    void drawSecondLine(const AxisTicks& ticks, const AxisStyle& style, float y);
+    void drawSecondLine(const veltrac::AxisTicks& ticks, const AxisStyle& style, float y);
     Box windowBox();
     // Those within the window.
-    std::vector<PlacedTick> placedTicks(const AxisTicks& ticks, const AxisStyle& style, bool alongX);
+    std::vector<PlacedTick> placedTicks(const veltrac::AxisTicks& ticks, const AxisStyle& style, bool alongX);
     Pen pen() const;
     void restorePen(const Pen& pen);
     void beginGrid(const AxisStyle& style);

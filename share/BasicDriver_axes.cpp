@@ -5,6 +5,8 @@
 
 #include "share/BasicDriver.h"
 
+using namespace veltrac;
+
 namespace {
 
 // In character heights.

@@ -5,6 +5,8 @@
 #include <QGuiApplication>
 #include <QPushButton>
 
+namespace veltrac {
+
 namespace {
 
 // Qt sizes a box for its text alone; with a short one the window manager would cut a long title.
@@ -50,3 +52,5 @@ bool askYesNo(QMessageBox::Icon icon, QWidget* parent, const QString& title, con
     execWithArrow(box);
     return box.clickedButton() == yes;
 }
+
+}  // namespace veltrac

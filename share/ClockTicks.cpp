@@ -7,6 +7,8 @@
 
 #include "share/AxisTicks.h"
 
+using namespace veltrac;
+
 namespace {
 
 enum class Unit { Second, Hour, Day, Month, Year };
@@ -329,7 +331,7 @@ private:
 
 }  // namespace
 
-AxisTicks clockTicks(double first, double last, const LabelRoom& room, ClockZone zone)
+AxisTicks veltrac::clockTicks(double first, double last, const LabelRoom& room, ClockZone zone)
 {
     const double least = std::min(first, last);
     const double most = std::max(first, last);

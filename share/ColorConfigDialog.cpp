@@ -15,6 +15,8 @@
 
 #include "share/ColorField.h"
 
+using namespace veltrac;
+
 ColorConfigDialog::ColorConfigDialog(std::vector<QColor>* colors, std::vector<QColor> defaults,
                                      SubWindow* opener, const QStringList& names)
     : QMainWindow(opener),

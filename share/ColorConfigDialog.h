@@ -22,7 +22,7 @@ public:
     // begin again. `names` are told as tool tips. The colours are borrowed from the opener, which keeps the
     // vector at its length while the dialog is open; it closes itself when the opener is gone, and deletes
     // itself when it is closed.
-    ColorConfigDialog(std::vector<QColor>* colors, std::vector<QColor> defaults, SubWindow* opener,
+    ColorConfigDialog(std::vector<QColor>* colors, std::vector<QColor> defaults, veltrac::SubWindow* opener,
                       const QStringList& names = QStringList());
 
 signals:
@@ -37,7 +37,7 @@ public slots:
     void sl_defaultcolors();
     // Keeps the colours and closes; close() alone gives back those from before.
     void sl_finished();
-    void sl_subwindowGone(subWindow window);
+    void sl_subwindowGone(veltrac::subWindow window);
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -51,7 +51,7 @@ private:
     std::vector<QColor>* m_colors;  // null when the opener is gone
     std::vector<QColor> m_before;
     std::vector<QColor> m_defaults;
-    QPointer<SubWindow> m_opener;
+    QPointer<veltrac::SubWindow> m_opener;
     std::vector<ColorField*> m_fields;
     std::vector<QPushButton*> m_buttons;
 };

@@ -5,6 +5,8 @@
 
 class PlotCanvas;
 
+namespace veltrac {
+
 class CursorDock : public QDockWidget
 {
     Q_OBJECT
@@ -13,3 +15,5 @@ public:
     // The canvas is borrowed and lives at least as long.
     explicit CursorDock(PlotCanvas* canvas, QWidget* parent = nullptr);
 };
+
+}  // namespace veltrac

@@ -10,6 +10,8 @@
 
 #include "share/PlotCanvas.h"
 
+namespace veltrac {
+
 namespace {
 
 constexpr int kDelayMs = 20;
@@ -118,3 +120,5 @@ void CursorTable::fitColumns()
     }
     m_sized = true;
 }
+
+}  // namespace veltrac

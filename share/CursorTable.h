@@ -9,6 +9,8 @@ class PlotCanvas;
 class QLabel;
 class QTableWidget;
 
+namespace veltrac {
+
 class CursorTable : public QWidget
 {
     Q_OBJECT
@@ -34,3 +36,5 @@ private:
     bool m_sized = false;
     QTimer m_later;  // joins the changes of one drag
 };
+
+}  // namespace veltrac

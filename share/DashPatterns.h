@@ -3,6 +3,8 @@
 
 #include <array>
 
+namespace veltrac {
+
 using DashPattern = std::array<int, 9>;
 
 inline constexpr std::array<DashPattern, 10> kDashPatterns{{
@@ -24,3 +26,5 @@ constexpr const DashPattern& dashPattern(int style)
     const bool known = style >= 0 && style < static_cast<int>(kDashPatterns.size());
     return kDashPatterns[known ? static_cast<std::size_t>(style) : 0U];
 }
+
+}  // namespace veltrac

@@ -6,6 +6,8 @@
 #include "core/ScratchFile.h"
 #include "share/PostscriptDriver.h"
 
+namespace veltrac {
+
 namespace fs = std::filesystem;
 
 void writeEps(const fs::path& target, const PsParameters& parameters,
@@ -28,3 +30,5 @@ void writeEps(const fs::path& target, const PsParameters& parameters,
                                 std::generic_category(), target.string());
     scratch.putInPlace(target);
 }
+
+}  // namespace veltrac

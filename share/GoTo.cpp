@@ -15,6 +15,8 @@
 #include "share/HeaderText.h"
 #include "share/NumberField.h"
 
+namespace veltrac {
+
 namespace {
 
 constexpr double kDay = 86400.0;
@@ -252,3 +254,5 @@ std::optional<std::uint32_t> goToRow(const QString& text, TSFILE& file, QString&
     }
     return std::nullopt;
 }
+
+}  // namespace veltrac

@@ -9,6 +9,8 @@
 
 class TSFILE;
 
+namespace veltrac {
+
 struct GoToTarget
 {
     enum class Kind {
@@ -51,3 +53,5 @@ std::uint32_t sampleInRow(TSFILE& file, std::uint32_t row);
 // it. Nothing, and the reason, where the text means nothing or lies outside of the file. Throws the TS
 // exceptions.
 std::optional<std::uint32_t> goToRow(const QString& text, TSFILE& file, QString& reason);
+
+}  // namespace veltrac

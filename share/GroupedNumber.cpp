@@ -1,5 +1,7 @@
 #include "share/GroupedNumber.h"
 
+namespace veltrac {
+
 QString groupedNumber(std::uint64_t number)
 {
     QString text = QString::number(number);
@@ -7,3 +9,5 @@ QString groupedNumber(std::uint64_t number)
         text.insert(i, QLatin1Char(' '));
     return text;
 }
+
+}  // namespace veltrac

@@ -5,5 +5,9 @@
 
 #include <cstdint>
 
+namespace veltrac {
+
 // 1 000 003: blanks between the thousands, whatever the language.
 QString groupedNumber(std::uint64_t number);
+
+}  // namespace veltrac

@@ -11,6 +11,8 @@
 #include "share/PostscriptDriver.h"
 #include "share/SaveDialog.h"
 
+namespace veltrac {
+
 QString writeHardCopy(const QString& fileName, const PsParameters& parameters,
                       const std::function<void(BasicDriver&)>& draw)
 {
@@ -43,3 +45,5 @@ QString hardCopy(QWidget* window, const QString& suggestion, const PsParameters&
     showBox(QMessageBox::Warning, window, QStringLiteral("Hard copy"), failure);
     return {};
 }
+
+}  // namespace veltrac

@@ -10,6 +10,8 @@
 class BasicDriver;
 class QWidget;
 
+namespace veltrac {
+
 // Asks for a file name ("*.eps", `suggestion` first; an older file is asked about) and writes what `draw`
 // draws, between BeginPage() and EndPage(). A failure is told in a box. Returns the file's name, empty where
 // the user cancelled or it failed.
@@ -19,3 +21,5 @@ QString hardCopy(QWidget* window, const QString& suggestion, const PsParameters&
 // As above without a question; returns the failure's text, empty when the file is whole.
 QString writeHardCopy(const QString& fileName, const PsParameters& parameters,
                       const std::function<void(BasicDriver&)>& draw);
+
+}  // namespace veltrac

@@ -4,6 +4,8 @@
 
 #include "core/Utf8.h"
 
+namespace veltrac {
+
 QByteArray headerBytes(const QString& text, int width)
 {
     QByteArray bytes = text.toUtf8();
@@ -32,3 +34,5 @@ QByteArray descriptionBytes(const QString& text, const QString& unit)
                                    : headerBytes(QStringLiteral(" [%1]").arg(unit), kColumnDescriptionBytes);
     return headerBytes(text, kColumnDescriptionBytes - static_cast<int>(bracket.size())) + bracket;
 }
+
+}  // namespace veltrac

@@ -7,6 +7,8 @@
 #include <QByteArray>
 #include <QString>
 
+namespace veltrac {
+
 // Bytes of a text of the user's, at most `width` of them.
 QByteArray headerBytes(const QString& text, int width);
 
@@ -22,3 +24,5 @@ inline constexpr int kColumnNameBytes = 11;
 inline constexpr int kColumnDescriptionBytes = 45;
 inline constexpr int kFileDescriptionBytes = 59;
 inline constexpr int kTimeUnitBytes = 39;
+
+}  // namespace veltrac

@@ -3,6 +3,8 @@
 #include <QApplication>
 #include <QProgressDialog>
 
+namespace veltrac {
+
 namespace {
 
 constexpr qint64 kShowAfterMs = 500;
@@ -64,3 +66,5 @@ void JobProgress::show()
     m_dialog->setMinimumDuration(0);
     m_dialog->show();
 }
+
+}  // namespace veltrac

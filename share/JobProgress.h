@@ -14,6 +14,8 @@
 class QProgressDialog;
 class QWidget;
 
+namespace veltrac {
+
 class JobProgress
 {
 public:
@@ -64,3 +66,5 @@ private:
     inline static int s_running = 0;
     inline static std::uint64_t s_serial = 0;
 };
+
+}  // namespace veltrac

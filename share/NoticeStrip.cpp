@@ -5,6 +5,8 @@
 #include <QPushButton>
 #include <QToolButton>
 
+namespace veltrac {
+
 NoticeStrip::NoticeStrip(QWidget* parent)
     : QFrame(parent), m_text(new QLabel(this)), m_button(new QPushButton(this))
 {
@@ -43,3 +45,5 @@ QString NoticeStrip::text() const
 {
     return m_text->text();
 }
+
+}  // namespace veltrac

@@ -6,6 +6,8 @@
 class QLabel;
 class QPushButton;
 
+namespace veltrac {
+
 class NoticeStrip : public QFrame
 {
     Q_OBJECT
@@ -24,3 +26,5 @@ private:
     QLabel* m_text;
     QPushButton* m_button;
 };
+
+}  // namespace veltrac

@@ -5,6 +5,8 @@
 #include <charconv>
 #include <cmath>
 
+namespace veltrac {
+
 std::optional<double> numberOf(const QString& text)
 {
     QByteArray bytes = text.trimmed().toLatin1();
@@ -77,3 +79,5 @@ void NumberField::validate()
         m_reasonLabel->setText(m_reason);
     emit x_validated(m_reason.isEmpty());
 }
+
+}  // namespace veltrac

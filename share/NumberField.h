@@ -8,6 +8,8 @@
 
 class QLabel;
 
+namespace veltrac {
+
 // The number that a text holds, with a decimal point or comma and blanks around it; "inf" and "nan" and
 // anything else are none.
 std::optional<double> numberOf(const QString& text);
@@ -48,3 +50,5 @@ private:
     QLabel* m_reasonLabel = nullptr;
     QString m_reason;
 };
+
+}  // namespace veltrac

@@ -11,6 +11,8 @@
 #include "core/TsExceptions.h"
 #include "share/PlotCanvas.h"
 
+namespace veltrac {
+
 namespace {
 
 constexpr int kHeight = 44;
@@ -250,3 +252,5 @@ void OverviewStrip::wheelEvent(QWheelEvent* event)
                         kFirstGesture - 1);
     event->accept();
 }
+
+}  // namespace veltrac

@@ -6,6 +6,8 @@
 
 class PlotCanvas;
 
+namespace veltrac {
+
 class OverviewStrip : public QWidget
 {
     Q_OBJECT
@@ -46,3 +48,5 @@ private:
     double m_width = 0.0;   // of the frame when the drag began
     int m_gesture = 0;
 };
+
+}  // namespace veltrac

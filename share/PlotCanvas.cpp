@@ -17,6 +17,8 @@
 #include "share/PlotVariables.h"
 #include "share/QtDriver.h"
 
+using namespace veltrac;
+
 namespace {
 
 constexpr int kDarkGround = 128;  // lightness below which colours are lightened

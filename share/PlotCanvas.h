@@ -48,7 +48,11 @@
 class PsConfigDialog;
 class QMenu;
 
+namespace veltrac {
+
 struct PlotCommand;
+
+}  // namespace veltrac
 
 class PlotCanvas : public QFrame
 {
@@ -113,7 +117,7 @@ public:
     int groupAt(const QPoint& pixel) const;
     double yAt(int group, int pixel) const;
     // Sample, time and values at a pixel.
-    Readout readoutAt(int pixel) const { return ::readoutAt(m_plot, xAt(pixel)); }
+    veltrac::Readout readoutAt(int pixel) const { return veltrac::readoutAt(m_plot, xAt(pixel)); }
 
     // The canvas takes files of the file manager and variables of the dock; off by default.
     void setTakesDrops(bool on) { setAcceptDrops(on); }
@@ -217,7 +221,7 @@ private:
     void clear();
     QString whatIsMissing() const;
     bool isDarkGround() const;
-    PlotLook screenLook() const;
+    veltrac::PlotLook screenLook() const;
     QRect bandArea() const;
 
     void finishBand();
@@ -234,14 +238,14 @@ private:
     void toExtreme(bool greatest);
     int activeGroup() const;
     double zoomCentre() const;
-    static const PlotCommand* commandOf(const QKeyEvent& event);
+    static const veltrac::PlotCommand* commandOf(const QKeyEvent& event);
     bool handleKey(const QKeyEvent& event);
     void editLimits(const Place& place);
     void addGroupEntries(QMenu& menu, int group);
     void addXEntries(QMenu& menu);
     void addLookEntries(QMenu& menu);
     void hardCopyOf(bool withCursors);
-    void setMode(XMode mode);
+    void setMode(veltrac::XMode mode);
 
     Plot2D m_plot;
     FileArray m_files;

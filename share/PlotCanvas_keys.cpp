@@ -16,6 +16,8 @@
 #include "share/PlotVariables.h"
 #include "share/PsConfigDialog.h"
 
+using namespace veltrac;
+
 namespace {
 
 constexpr double kKeyZoom = 1.25;

@@ -12,6 +12,8 @@
 #include "share/PlotCommands.h"
 #include "share/PlotVariables.h"
 
+using namespace veltrac;
+
 namespace {
 
 using Part = PlotCommand::Part;

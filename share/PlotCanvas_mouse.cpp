@@ -11,6 +11,8 @@
 #include "share/AxisLimitsDialog.h"
 #include "share/PlotCanvas.h"
 
+using namespace veltrac;
+
 namespace {
 
 constexpr double kWheelZoom = 1.25;

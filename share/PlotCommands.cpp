@@ -1,5 +1,7 @@
 #include "share/PlotCommands.h"
 
+namespace veltrac {
+
 namespace {
 
 // As plain numbers: sums of enumerations of two types are deprecated.
@@ -46,3 +48,5 @@ std::span<const PlotCommand> plotCommands()
 {
     return kCommands;
 }
+
+}  // namespace veltrac

@@ -5,6 +5,8 @@
 
 #include "share/PlotCanvas.h"
 
+namespace veltrac {
+
 struct PlotCommand
 {
     enum class Part { View, Cursors, Output };
@@ -19,3 +21,5 @@ struct PlotCommand
 };
 
 std::span<const PlotCommand> plotCommands();
+
+}  // namespace veltrac

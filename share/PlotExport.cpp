@@ -18,6 +18,8 @@
 #include "share/QtDriver.h"
 #include "share/SaveDialog.h"
 
+namespace veltrac {
+
 namespace {
 
 std::vector<PlotColor> plotColors(const std::vector<QColor>& colors)
@@ -169,3 +171,5 @@ bool printPlot(QWidget* window, const QString& name, const Plot2D& plot, const s
         showBox(QMessageBox::Warning, window, QObject::tr("Print"), failure);
     return failure.isEmpty();
 }
+
+}  // namespace veltrac

@@ -13,6 +13,8 @@
 
 class QWidget;
 
+namespace veltrac {
+
 // Asks for a file name (`name` + ".eps" first) and writes the plot; failures are told in a box. Returns the
 // file's name, empty where nothing was written.
 QString plotHardCopy(QWidget* window, const QString& name, const PsParameters& parameters, const Plot2D& plot,
@@ -35,3 +37,5 @@ QString writePlotPdf(const QString& fileName, const QPageLayout& page, const Plo
 
 // Asks for a printer to print `name` on; failures are told in a box. False where nothing was printed.
 bool printPlot(QWidget* window, const QString& name, const Plot2D& plot, const std::vector<QColor>& colors);
+
+}  // namespace veltrac

@@ -1,5 +1,7 @@
 #include "share/PlotLook.h"
 
+namespace veltrac {
+
 namespace {
 
 constexpr int kColumnsAPoint = 4;
@@ -54,3 +56,5 @@ int paperColumns(const PsParameters& parameters)
     const Paper& paper = paperOf(parameters);
     return kColumnsAPoint * (parameters.orientation == 1 ? paper.height : paper.width);
 }
+
+}  // namespace veltrac

@@ -6,6 +6,8 @@
 #include "core/Plot2D.h"
 #include "share/PsParameters.h"
 
+namespace veltrac {
+
 struct PlotColor
 {
     float r = 0.0F, g = 0.0F, b = 0.0F;
@@ -36,3 +38,5 @@ int paperColumns(const PsParameters& parameters);
 
 // The driver's name for a plot's grid.
 GridStyle gridStyleOf(PlotGrid grid);
+
+}  // namespace veltrac

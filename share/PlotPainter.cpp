@@ -7,6 +7,8 @@
 #include "core/PlotCurves.h"
 #include "share/BasicDriver.h"
 
+using namespace veltrac;
+
 namespace {
 
 constexpr float kFrameWidthMm = 0.2F;
@@ -468,7 +470,7 @@ private:
 
 }  // namespace
 
-PlotLayout drawPlot(const Plot2D& plot, BasicDriver& driver, int columns, const PlotLook& look)
+PlotLayout veltrac::drawPlot(const Plot2D& plot, BasicDriver& driver, int columns, const PlotLook& look)
 {
     return Sheet(plot, driver, columns, look).draw();
 }

@@ -20,6 +20,10 @@ struct PlotLayout
     std::vector<std::size_t> groupOf;  // which group each of them is
 };
 
+namespace veltrac {
+
 // Draws the plot on a page that has begun. `columns`: device pixels of the drawing area's width, or four a
 // point on paper. Never throws for a file that cannot be read: its group shows the text.
 PlotLayout drawPlot(const Plot2D& plot, BasicDriver& driver, int columns, const PlotLook& look = {});
+
+}  // namespace veltrac

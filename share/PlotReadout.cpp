@@ -14,6 +14,8 @@
 #include "share/AxisTicks.h"
 #include "share/PlotVariables.h"
 
+namespace veltrac {
+
 namespace {
 
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
@@ -329,3 +331,5 @@ QString intervalText(const Plot2D& plot)
         text += intervalFields(plot, row).join(QLatin1Char('\t')) + QLatin1Char('\n');
     return text;
 }
+
+}  // namespace veltrac

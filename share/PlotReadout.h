@@ -7,6 +7,8 @@
 
 #include "core/Plot2D.h"
 
+namespace veltrac {
+
 // A value with as many digits as a 32-bit float holds; "missing" for a NaN.
 QString valueText(double value);
 // The same with the variable's unit, which a missing value has not.
@@ -54,3 +56,5 @@ const QStringList& intervalHeadings();
 QStringList intervalFields(const Plot2D& plot, const IntervalRow& row);
 // "A: 1.2 s   B: 2 s   Δt: 0.8 s   1/Δt: 1.25 Hz"; empty without cursors.
 QString cursorText(const Plot2D& plot);
+
+}  // namespace veltrac

@@ -10,6 +10,8 @@
 #include "share/GoTo.h"
 #include "share/HeaderText.h"
 
+namespace veltrac {
+
 namespace {
 
 // Times this far from a start of 0 are seconds since 1970 rather than since a start (three years).
@@ -147,3 +149,5 @@ void chooseXAxis(Plot2D& plot)
         return;
     }
 }
+
+}  // namespace veltrac

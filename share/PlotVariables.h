@@ -9,6 +9,8 @@
 #include "core/FileArray.h"
 #include "core/Plot2D.h"
 
+namespace veltrac {
+
 // A column (from 1) as a variable: label from its name (its number where it has none), unit from the
 // brackets in its description. Throws the TS exceptions.
 std::shared_ptr<HsVariable> makeVariable(const std::shared_ptr<PlotFile>& file, std::uint32_t column);
@@ -37,3 +39,5 @@ void chooseXAxis(Plot2D& plot);
 bool canShowClock(const Plot2D& plot);
 // A source whose times run backwards, so that only row numbers are left; null where there is none.
 std::shared_ptr<HsVariable> backwardsVariable(const Plot2D& plot);
+
+}  // namespace veltrac

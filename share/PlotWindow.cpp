@@ -25,6 +25,8 @@
 #include "share/VariableMenu.h"
 #include "share/hydaction.h"
 
+namespace veltrac {
+
 namespace {
 
 constexpr std::size_t kShownAtOpening = 8;
@@ -412,3 +414,5 @@ void PlotWindow::tellNotices()
     else
         m_notice->tell(notes.join(QStringLiteral("  ")));
 }
+
+}  // namespace veltrac

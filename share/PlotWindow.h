@@ -9,13 +9,16 @@
 #include "core/PlotFile.h"
 #include "share/SubWindow.h"
 
-class CursorDock;
-class NoticeStrip;
-class OverviewStrip;
 class PlotCanvas;
 class QLabel;
 class QMenu;
 class QToolBar;
+
+namespace veltrac {
+
+class CursorDock;
+class NoticeStrip;
+class OverviewStrip;
 class VariableDock;
 class VariableMenu;
 
@@ -96,3 +99,5 @@ private:
     QTimer m_watch;
     QString m_toldChange;  // what the strip told last
 };
+
+}  // namespace veltrac

@@ -20,6 +20,8 @@
 #include "share/PlotVariables.h"
 #include "share/PlotWindow.h"
 
+namespace veltrac {
+
 std::shared_ptr<PlotFile> PlotWindow::chooseFile()
 {
     std::vector<std::shared_ptr<PlotFile>> files;
@@ -142,3 +144,5 @@ void PlotWindow::sl_exportInterval()
         tell(tr("%1 cannot be read.").arg(fileNameOf(*file)));
     }
 }
+
+}  // namespace veltrac

@@ -8,6 +8,8 @@
 #include "share/PsLines.h"
 #include "share/Transliteration.h"
 
+using namespace veltrac;
+
 namespace {
 
 constexpr int kMostSegments = 100;

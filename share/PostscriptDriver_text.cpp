@@ -8,6 +8,8 @@
 #include "share/PsLines.h"
 #include "share/Transliteration.h"
 
+using namespace veltrac;
+
 namespace {
 
 constexpr float kTextWidthFactor = 0.6F;  // Courier's width; digits of the other families are narrower

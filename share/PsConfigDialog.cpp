@@ -12,6 +12,8 @@
 
 #include "share/NumberField.h"
 
+using namespace veltrac;
+
 namespace {
 
 constexpr const char* kFonts[] = {"Times-Roman", "Helvetica", "Courier"};

@@ -8,11 +8,16 @@
 
 #include "share/PsParameters.h"
 
-class NumberField;
 class QCheckBox;
 class QComboBox;
 class QFormLayout;
 class QLabel;
+
+namespace veltrac {
+
+class NumberField;
+
+}  // namespace veltrac
 
 class PsConfigDialog : public QMainWindow
 {
@@ -38,23 +43,23 @@ private:
     QWidget* makePageGroup();
     QWidget* makeGridGroup();
     QWidget* makeButtons();
-    NumberField* addField(QFormLayout* form, const QString& label, const QString& text, double least,
-                          double most, bool isWhole);
+    veltrac::NumberField* addField(QFormLayout* form, const QString& label, const QString& text, double least,
+                                   double most, bool isWhole);
     bool apply();
     bool fieldsAreValid();
     bool marginsLeaveRoom() const;
 
     PsParameters* m_parameters;
     QComboBox* m_font = nullptr;
-    NumberField* m_fontSize = nullptr;
-    NumberField* m_lineWidth = nullptr;
-    std::vector<NumberField*> m_margins;  // in the record's order
+    veltrac::NumberField* m_fontSize = nullptr;
+    veltrac::NumberField* m_lineWidth = nullptr;
+    std::vector<veltrac::NumberField*> m_margins;  // in the record's order
     QCheckBox* m_eps = nullptr;
     QCheckBox* m_portrait = nullptr;
     QComboBox* m_paper = nullptr;
-    NumberField* m_gray = nullptr;
-    NumberField* m_black = nullptr;
-    NumberField* m_dotted = nullptr;
+    veltrac::NumberField* m_gray = nullptr;
+    veltrac::NumberField* m_black = nullptr;
+    veltrac::NumberField* m_dotted = nullptr;
     QLabel* m_reason = nullptr;
-    std::vector<NumberField*> m_fields;  // all of them, from top to bottom
+    std::vector<veltrac::NumberField*> m_fields;  // all of them, from top to bottom
 };

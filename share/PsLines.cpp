@@ -4,6 +4,8 @@
 
 #include "share/Transliteration.h"
 
+namespace veltrac {
+
 namespace {
 
 // One number without trailing zeros, without a bare point, and without a lone leading zero.
@@ -51,3 +53,5 @@ std::string textLine(const std::string& head, const std::string& standard, const
     }
     return line + ')' + tail;
 }
+
+}  // namespace veltrac

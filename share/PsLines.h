@@ -7,6 +7,8 @@
 #include <initializer_list>
 #include <string>
 
+namespace veltrac {
+
 // No line with a text is longer.
 inline constexpr std::size_t kPsLineLength = 128;
 
@@ -32,3 +34,5 @@ std::string compactedLine(const std::string& line);
 // head(text)tail, the text cut between two of its glyphs so that the line keeps its length. `standard` is a
 // standardText().
 std::string textLine(const std::string& head, const std::string& standard, const std::string& tail);
+
+}  // namespace veltrac

@@ -4,6 +4,8 @@
 
 #include "core/Utf8.h"
 
+using namespace veltrac;
+
 double PsParameters::gridThickness(GridStyle style) const
 {
     switch (style) {
@@ -26,7 +28,7 @@ void PsParameters::setText(char (&field)[128], const char* text)
     std::memset(field + length, 0, sizeof field - length);
 }
 
-const Paper& paperOf(const PsParameters& parameters)
+const Paper& veltrac::paperOf(const PsParameters& parameters)
 {
     const bool known = parameters.paper >= 0 && parameters.paper < static_cast<int>(kPapers.size());
     return kPapers[known ? static_cast<std::size_t>(parameters.paper) : 0U];

@@ -4,7 +4,11 @@
 
 #include <array>
 
+namespace veltrac {
+
 inline constexpr double kPointsPerMm = 72.0 / 25.4;
+
+}  // namespace veltrac
 
 // How a plot's grid lines are drawn.
 enum class GridStyle { None, Gray, Dotted, Black };
@@ -38,8 +42,13 @@ struct Paper
     int width;   // points
     int height;  // points
 };
+
+namespace veltrac {
+
 inline constexpr std::array<Paper, 4> kPapers{
     {{"A4", 595, 842}, {"A3", 842, 1190}, {"A5", 420, 595}, {"Letter", 612, 792}}};
 
 // The sheet of a record; a paper index outside the table means the first row.
 const Paper& paperOf(const PsParameters& parameters);
+
+}  // namespace veltrac

@@ -18,6 +18,8 @@
 #include "share/DashPatterns.h"
 #include "share/HeaderText.h"
 
+using namespace veltrac;
+
 namespace {
 
 constexpr int kScreenDotsPerInch = 75;

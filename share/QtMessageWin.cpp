@@ -11,6 +11,8 @@
 
 #include "share/Resources.h"
 
+using namespace veltrac;
+
 MessageWin::MessageWin(QWidget* parent, const QString& objectName, const QString& text, const QString& title,
                        int width, int height, const QString& fontFamily, int fontSize)
     : QMainWindow(parent), m_text(new QTextEdit(this))
@@ -62,7 +64,8 @@ void MessageWin::closeEvent(QCloseEvent* event)
     event->setAccepted(QApplication::activeModalWidget() == nullptr);
 }
 
-MessageWin* showHelp(QWidget* parent, const QString& name, const QString& title, int width, int height)
+MessageWin* veltrac::showHelp(QWidget* parent, const QString& name, const QString& title, int width,
+                              int height)
 {
     // No child of the window that it explains: a window manager would keep it in front of that one.
     auto* const window = new MessageWin(nullptr, QStringLiteral("messageWin"), helpText(name), title, width,
@@ -75,7 +78,7 @@ MessageWin* showHelp(QWidget* parent, const QString& name, const QString& title,
     return window;
 }
 
-void addHelpKey(QWidget* window, const QString& name, const QString& title)
+void veltrac::addHelpKey(QWidget* window, const QString& name, const QString& title)
 {
     QObject::connect(new QShortcut(Qt::Key_F1, window), &QShortcut::activated, window,
                      [window, name, title] { showHelp(window, name, title); });

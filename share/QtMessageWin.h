@@ -31,6 +31,8 @@ private:
     QTextEdit* m_text;
 };
 
+namespace veltrac {
+
 // Shows a help text (resources/help/<name>.html) in a window of its own, as all help windows look. It goes
 // with `parent`, whose icon it bears, but stands beside it; the parent may be null.
 MessageWin* showHelp(QWidget* parent, const QString& name, const QString& title, int width = 850,
@@ -38,3 +40,5 @@ MessageWin* showHelp(QWidget* parent, const QString& name, const QString& title,
 
 // Gives a window without a Help menu the key F1.
 void addHelpKey(QWidget* window, const QString& name, const QString& title);
+
+}  // namespace veltrac

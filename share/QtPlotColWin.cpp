@@ -21,6 +21,8 @@
 #include "share/VariableDock.h"
 #include "share/hydaction.h"
 
+using namespace veltrac;
+
 QtPlotColWin::QtPlotColWin(const QString& file, unsigned column, QWidget* parent)
     : PlotWindow(parent), m_columns(new QComboBox)
 {

@@ -5,7 +5,7 @@
 
 class QComboBox;
 
-class QtPlotColWin : public PlotWindow
+class QtPlotColWin : public veltrac::PlotWindow
 {
     Q_OBJECT
 
@@ -27,6 +27,6 @@ private:
     void step(int by);
     bool copyTo(const QString& target);
 
-    std::shared_ptr<PlotFile> m_file;
+    std::shared_ptr<veltrac::PlotFile> m_file;
     QComboBox* m_columns;
 };

@@ -6,6 +6,8 @@
 #include "share/PlotCanvas.h"
 #include "share/Resources.h"
 
+using namespace veltrac;
+
 QtPlotWin::QtPlotWin(const QString& file, QWidget* parent) : PlotWindow(parent)
 {
     loadResources();

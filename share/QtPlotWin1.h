@@ -3,7 +3,7 @@
 
 #include "share/PlotWindow.h"
 
-class QtPlotWin : public PlotWindow
+class QtPlotWin : public veltrac::PlotWindow
 {
     Q_OBJECT
 

@@ -1,5 +1,7 @@
 #include "share/ReadoutLabel.h"
 
+namespace veltrac {
+
 namespace {
 
 constexpr int kLines = 4;
@@ -34,3 +36,5 @@ void ReadoutLabel::showLine(const QString& text)
     setTextFormat(Qt::PlainText);
     setText(text);
 }
+
+}  // namespace veltrac

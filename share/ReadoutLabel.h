@@ -5,6 +5,8 @@
 
 #include "share/PlotReadout.h"
 
+namespace veltrac {
+
 class ReadoutLabel : public QLabel
 {
     Q_OBJECT
@@ -15,3 +17,5 @@ public:
     void showTable(const Readout& rows);
     void showLine(const QString& text);
 };
+
+}  // namespace veltrac

@@ -2,9 +2,17 @@
 
 #include <QFile>
 
-void loadResources()
+// The macro works outside of any namespace alone.
+static void initResources()
 {
     Q_INIT_RESOURCE(veltrac);
+}
+
+namespace veltrac {
+
+void loadResources()
+{
+    initResources();
 }
 
 QString helpText(const QString& name)
@@ -15,3 +23,5 @@ QString helpText(const QString& name)
         return QString();
     return QString::fromUtf8(file.readAll());
 }
+
+}  // namespace veltrac

@@ -22,6 +22,8 @@
 #include "share/Resources.h"
 #include "share/SourceChooser.h"
 
+namespace veltrac {
+
 namespace {
 
 constexpr int kAbortedMs = 6000;
@@ -204,3 +206,5 @@ bool ResultWindow::mayClose()
     // What could not be saved is not thrown away.
     return !m_asksOnClose;
 }
+
+}  // namespace veltrac

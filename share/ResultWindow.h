@@ -10,11 +10,14 @@
 #include "core/TSFILE.h"
 #include "share/SubWindow.h"
 
-class CursorTable;
 class PlotCanvas;
 class QAction;
 class QMenu;
 class QVBoxLayout;
+
+namespace veltrac {
+
+class CursorTable;
 class ReadoutLabel;
 class SourceChooser;
 
@@ -84,3 +87,5 @@ private:
     bool m_computed = false;
     bool m_asksOnClose = false;
 };
+
+}  // namespace veltrac

@@ -5,6 +5,8 @@
 
 #include "share/Boxes.h"
 
+namespace veltrac {
+
 QString askSaveName(QWidget* window, const QString& title, const QString& suggestion, const QString& filter,
                     const QString& suffix)
 {
@@ -22,3 +24,5 @@ QString askSaveName(QWidget* window, const QString& title, const QString& sugges
                      .arg(QFileInfo(file).fileName()));
     return isWanted ? file : QString();
 }
+
+}  // namespace veltrac

@@ -5,8 +5,12 @@
 
 class QWidget;
 
+namespace veltrac {
+
 // Asks for a file name, `suggestion` first. A name without the suffix ("eps") gets it, whatever dots it has,
 // and only then an older file of that name is asked about. Empty where the user cancelled or keeps the old
 // one.
 QString askSaveName(QWidget* window, const QString& title, const QString& suggestion, const QString& filter,
                     const QString& suffix);
+
+}  // namespace veltrac

@@ -15,6 +15,8 @@
 #include "share/HeaderText.h"
 #include "share/JobProgress.h"
 
+namespace veltrac {
+
 namespace {
 
 // More than anybody scrolls through, and far less than a header that lies may claim.
@@ -167,3 +169,5 @@ void SourceChooser::showColumns()
     m_columns->showFile(m_files->file(), m_withTime);
     emit x_source_changed();
 }
+
+}  // namespace veltrac

@@ -4,6 +4,8 @@
 #include <QComboBox>
 #include <QWidget>
 
+namespace veltrac {
+
 // The names of the directory's ts-files, in the order of a person: file2 before file10.
 QStringList tsFileNames();
 
@@ -75,3 +77,5 @@ private:
     FileCombo* m_files;
     ColumnCombo* m_columns;
 };
+
+}  // namespace veltrac

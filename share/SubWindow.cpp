@@ -6,6 +6,8 @@
 
 #include "share/JobProgress.h"
 
+namespace veltrac {
+
 SubWindow::SubWindow(QWidget* parent) : QMainWindow(parent)
 {
     // By the name that windowGone() gives it, for connections that wait in the queue.
@@ -38,3 +40,5 @@ void SubWindow::closeEvent(QCloseEvent* event)
     event->accept();
     emit windowGone(this);
 }
+
+}  // namespace veltrac

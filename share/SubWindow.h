@@ -4,6 +4,8 @@
 
 #include <QMainWindow>
 
+namespace veltrac {
+
 // What windowGone() hands over: only good for comparing, the window is about to be deleted.
 using subWindow = QWidget*;
 
@@ -35,3 +37,5 @@ protected:
 private:
     bool m_wasShown = false;
 };
+
+}  // namespace veltrac

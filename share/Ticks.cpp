@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+namespace veltrac {
+
 int labelCount(const AxisTicks& axis)
 {
     return static_cast<int>(std::count_if(axis.ticks.begin(), axis.ticks.end(),
@@ -48,3 +50,5 @@ AxisTicks oneLabel(AxisTicks axis)
     }
     return axis;
 }
+
+}  // namespace veltrac

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+namespace veltrac {
+
 struct Tick
 {
     double position;    // in the axis' own unit; log10 of the value on a logarithmic axis
@@ -43,3 +45,5 @@ AxisTicks outerLabels(AxisTicks axis);
 
 // Without all labels but the first; for axes with room for one alone.
 AxisTicks oneLabel(AxisTicks axis);
+
+}  // namespace veltrac

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <iterator>
 
+namespace veltrac {
+
 namespace {
 
 struct Row
@@ -181,3 +183,5 @@ std::string escapedGlyph(char glyph)
     const auto digit = [byte](unsigned shift) { return static_cast<char>('0' + (byte >> shift & 7U)); };
     return {'\\', digit(6), digit(3), digit(0)};
 }
+
+}  // namespace veltrac

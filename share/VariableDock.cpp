@@ -19,6 +19,8 @@
 #include "share/PlotCanvas.h"
 #include "share/PlotVariables.h"
 
+namespace veltrac {
+
 namespace {
 
 enum TreeColumn { kName, kUnit, kAxis, kTreeColumns };
@@ -287,3 +289,5 @@ void VariableDock::contextMenu(const QPoint& position)
         emit x_shown_changed();
     }
 }
+
+}  // namespace veltrac

@@ -14,6 +14,8 @@ class QPushButton;
 class QTreeWidget;
 class QTreeWidgetItem;
 
+namespace veltrac {
+
 class VariableDock : public QDockWidget
 {
     Q_OBJECT
@@ -54,3 +56,5 @@ private:
     QPushButton* m_align;
     bool m_filling = false;
 };
+
+}  // namespace veltrac

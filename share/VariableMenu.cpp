@@ -20,6 +20,8 @@
 #include "share/PlotCanvas.h"
 #include "share/PlotVariables.h"
 
+namespace veltrac {
+
 namespace {
 
 template <typename Value>
@@ -276,3 +278,5 @@ void VariableMenu::takeColors()
     }
     changed();
 }
+
+}  // namespace veltrac

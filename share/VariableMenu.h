@@ -14,6 +14,9 @@ class PlotCanvas;
 class QColor;
 class QMenu;
 class QPoint;
+
+namespace veltrac {
+
 class SubWindow;
 
 class VariableMenu : public QObject
@@ -50,3 +53,5 @@ private:
     std::vector<std::weak_ptr<HsVariable>> m_dialogVariables;
     QPointer<ColorConfigDialog> m_dialog;
 };
+
+}  // namespace veltrac

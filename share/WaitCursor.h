@@ -3,6 +3,8 @@
 
 #include <QGuiApplication>
 
+namespace veltrac {
+
 class WaitCursor
 {
 public:
@@ -11,3 +13,5 @@ public:
     WaitCursor(const WaitCursor&) = delete;
     WaitCursor& operator=(const WaitCursor&) = delete;
 };
+
+}  // namespace veltrac

@@ -6,6 +6,8 @@
 
 #include "share/Resources.h"
 
+using namespace veltrac;
+
 HydAction::HydAction(const QString& image, const QKeySequence& shortcut, QObject* receiver, const char* slot,
                      const QString& menuText, const QString& toolTip, const QString& whatsThis)
     : QAction(receiver)
@@ -24,7 +26,7 @@ HydAction::HydAction(const QString& image, const QKeySequence& shortcut, QObject
     connect(this, SIGNAL(triggered()), receiver, slot);
 }
 
-void addWhatsThis(QMenu* menu)
+void veltrac::addWhatsThis(QMenu* menu)
 {
     QAction* const action = QWhatsThis::createAction(menu);
     action->setText(QStringLiteral("&What's this?"));
@@ -35,7 +37,7 @@ void addWhatsThis(QMenu* menu)
     menu->addAction(action);
 }
 
-QString whatsThisText(const QString& image, const QString& text)
+QString veltrac::whatsThisText(const QString& image, const QString& text)
 {
     if (image.isEmpty())
         return QStringLiteral("<p>%1</p>").arg(text);

@@ -18,8 +18,12 @@ public:
               const QString& whatsThis = QString());
 };
 
+namespace veltrac {
+
 // An entry that lets a click on anything in the window tell what it is for.
 void addWhatsThis(QMenu* menu);
 
 // A what's-this text: an HTML paragraph that begins with the action's image, if it has one.
 QString whatsThisText(const QString& image, const QString& text);
+
+}  // namespace veltrac

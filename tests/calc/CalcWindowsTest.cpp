@@ -31,6 +31,8 @@
 #include "tests/FileSizeLimit.h"
 #include "tests/core/TsFileBytes.h"
 
+using namespace veltrac;
+
 namespace {
 
 // A directory with a.ts, a tone of 5 Hz and amplitude 2 at 100 Hz, and a scratch directory of its own.

@@ -11,6 +11,8 @@
 #include "tests/FileSizeLimit.h"
 #include "tests/core/TsFileBytes.h"
 
+using namespace veltrac;
+
 namespace {
 
 constexpr std::uint32_t kSamples = 100003;  // more than three runs

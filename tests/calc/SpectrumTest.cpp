@@ -14,6 +14,8 @@
 #include "calc/mixfft.h"
 #include "tests/core/TsFileBytes.h"
 
+using namespace veltrac;
+
 namespace {
 
 constexpr double kPi = std::numbers::pi;

@@ -22,6 +22,8 @@
 #include "converters/TsaDialogs.h"
 #include "core/TsNames.h"
 
+using namespace veltrac;
+
 namespace {
 
 namespace fs = std::filesystem;

@@ -10,6 +10,8 @@
 #include "converters/SCLObject.h"
 #include "core/TsNames.h"
 
+using namespace veltrac;
+
 namespace {
 
 namespace fs = std::filesystem;

@@ -9,6 +9,8 @@
 #include "converters/STLToken.h"
 #include "converters/TimeStamps.h"
 
+using namespace veltrac;
+
 namespace {
 
 TEST(StlTokens, cellsAreCutAtSeparatorsOutsideQuotes)

@@ -17,6 +17,8 @@
 #include "core/TsNames.h"
 #include "tests/FileSizeLimit.h"
 
+using namespace veltrac;
+
 namespace {
 
 namespace fs = std::filesystem;

@@ -8,6 +8,8 @@
 
 #include "core/ColumnScan.h"
 
+using namespace veltrac;
+
 namespace {
 
 ColumnReader readerOf(const std::vector<float>& values)

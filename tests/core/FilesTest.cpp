@@ -13,6 +13,8 @@
 #include "tests/FileSizeLimit.h"
 #include "tests/core/TsFileBytes.h"
 
+using namespace veltrac;
+
 namespace {
 
 bool cancelAtOnce(std::uint64_t /*done*/, std::uint64_t /*total*/)

@@ -5,6 +5,8 @@
 #include "core/TSFILE.h"
 #include "tests/core/TsFileBytes.h"
 
+using namespace veltrac;
+
 namespace {
 
 TEST(Interval, rowsKeepTheirTimesValuesAndTexts)

@@ -8,6 +8,8 @@
 #include "core/PlotCurves.h"
 #include "core/PlotValues.h"
 
+using namespace veltrac;
+
 namespace {
 
 constexpr float kNan = std::numeric_limits<float>::quiet_NaN();

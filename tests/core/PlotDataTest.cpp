@@ -15,6 +15,8 @@
 #include "core/XAxis.h"
 #include "tests/core/TsFileBytes.h"
 
+using namespace veltrac;
+
 namespace {
 
 constexpr float kNan = std::numeric_limits<float>::quiet_NaN();

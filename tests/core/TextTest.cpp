@@ -13,6 +13,8 @@
 #include "core/TextNumbers.h"
 #include "tests/core/TsFileBytes.h"
 
+using namespace veltrac;
+
 namespace {
 
 std::string sixDigits(float v)

@@ -15,6 +15,8 @@
 #include "tests/FileSizeLimit.h"
 #include "tests/core/TsFileBytes.h"
 
+using namespace veltrac;
+
 namespace {
 
 // The payload of the exception that an access throws; a row that throws nothing fails.

@@ -9,6 +9,8 @@
 #include "core/TsExceptions.h"
 #include "tests/core/TsFileBytes.h"
 
+using namespace veltrac;
+
 TEST(RingFile, WrittenNumbersFoldAndUnfoldingPutsTheOldestFirst)
 {
     const TestDirectory directory;

@@ -12,6 +12,8 @@
 #include "tests/FileSizeLimit.h"
 #include "tests/core/TsFileBytes.h"
 
+using namespace veltrac;
+
 namespace {
 
 constexpr std::uint32_t kSamples = 70001;  // more than two runs

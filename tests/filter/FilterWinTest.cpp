@@ -23,6 +23,8 @@
 #include "tests/BoxAnswer.h"
 #include "tests/core/TsFileBytes.h"
 
+using namespace veltrac;
+
 namespace {
 
 class FilterWinTest : public testing::Test

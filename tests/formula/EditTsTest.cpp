@@ -24,6 +24,8 @@
 #include "tests/Desk.h"
 #include "tests/core/TsFileBytes.h"
 
+using namespace veltrac;
+
 namespace {
 
 void makeRamp(const char* name, std::uint32_t samples, float dt)

@@ -22,6 +22,8 @@
 #include "tests/BoxAnswer.h"
 #include "tests/core/TsFileBytes.h"
 
+using namespace veltrac;
+
 namespace {
 
 // The ECG under a name that is easily mistaken, with a second column for results.

@@ -18,6 +18,8 @@
 #include "tests/BoxAnswer.h"
 #include "tests/core/TsFileBytes.h"
 
+using namespace veltrac;
+
 namespace {
 
 QWidget* windowTitled(const QString& title)

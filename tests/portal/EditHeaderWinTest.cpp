@@ -20,6 +20,8 @@
 #include "tests/FileSizeLimit.h"
 #include "tests/core/TsFileBytes.h"
 
+using namespace veltrac;
+
 namespace {
 
 // The editor on a.ts of 30 samples and 2 columns.

@@ -11,6 +11,8 @@
 #include "portal/BlockOperation.h"
 #include "portal/EditList.h"
 
+using namespace veltrac;
+
 namespace {
 
 using Values = std::vector<float>;

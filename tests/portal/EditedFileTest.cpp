@@ -12,6 +12,8 @@
 #include "tests/FileSizeLimit.h"
 #include "tests/core/TsFileBytes.h"
 
+using namespace veltrac;
+
 namespace {
 
 void makeFile(const std::string& name, std::uint32_t samples, std::uint32_t columns)

@@ -8,6 +8,8 @@
 #include "share/GoTo.h"
 #include "tests/core/TsFileBytes.h"
 
+using namespace veltrac;
+
 namespace {
 
 using Kind = GoToTarget::Kind;

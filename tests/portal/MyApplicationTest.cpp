@@ -13,6 +13,8 @@
 #include "portal/TsApplication.h"
 #include "tests/core/TsFileBytes.h"
 
+using namespace veltrac;
+
 namespace {
 
 class Listener : public TsApplication

@@ -10,6 +10,8 @@
 #include "portal/RowWindow.h"
 #include "portal/SortedRows.h"
 
+using namespace veltrac;
+
 namespace {
 
 constexpr int kLong = 500000000;

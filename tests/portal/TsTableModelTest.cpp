@@ -8,6 +8,8 @@
 #include "portal/TsTableModel.h"
 #include "tests/core/TsFileBytes.h"
 
+using namespace veltrac;
+
 namespace {
 
 TSFILE* opened(const std::string& name)

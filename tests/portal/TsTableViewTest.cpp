@@ -26,6 +26,8 @@
 #include "tests/BoxAnswer.h"
 #include "tests/core/TsFileBytes.h"
 
+using namespace veltrac;
+
 namespace {
 
 using namespace std::chrono_literals;

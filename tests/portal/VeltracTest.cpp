@@ -23,6 +23,8 @@
 #include "tests/BoxAnswer.h"
 #include "tests/core/TsFileBytes.h"
 
+using namespace veltrac;
+
 namespace {
 
 constexpr std::size_t kHeader = 512;

@@ -5,6 +5,8 @@
 #include <cmath>
 #include <limits>
 
+using namespace veltrac;
+
 namespace {
 
 // 1000 units long, 7 a character.

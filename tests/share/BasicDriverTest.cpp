@@ -5,6 +5,8 @@
 #include <sstream>
 #include <vector>
 
+using namespace veltrac;
+
 namespace {
 
 // Writes down what reaches the device, which is 100 to 300 by 50 to 150.

@@ -17,6 +17,8 @@
 #include "share/PostscriptDriver.h"
 #include "share/QtDriver.h"
 
+using namespace veltrac;
+
 namespace {
 
 using Draw = std::function<void(BasicDriver&)>;

@@ -12,6 +12,8 @@
 #include "share/PostscriptDriver.h"
 #include "tests/core/TsFileBytes.h"
 
+using namespace veltrac;
+
 namespace {
 
 Plot2D plotOf(const std::vector<std::vector<float>>& columns)

@@ -13,6 +13,8 @@
 #include "share/PostscriptDriver.h"
 #include "share/QtDriver.h"
 
+using namespace veltrac;
+
 namespace {
 
 constexpr int kWidth = 1100;

@@ -34,6 +34,8 @@
 #include "tests/BoxAnswer.h"
 #include "tests/core/TsFileBytes.h"
 
+using namespace veltrac;
+
 namespace {
 
 // Ten seconds of a sine of 1 Hz with a spike, and a ramp in newtons.

@@ -10,6 +10,8 @@
 #include "share/Transliteration.h"
 #include "tests/core/TsFileBytes.h"
 
+using namespace veltrac;
+
 namespace {
 
 using Draw = std::function<void(PostscriptDriver&)>;

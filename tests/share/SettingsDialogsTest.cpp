@@ -24,6 +24,8 @@
 #include "share/PsConfigDialog.h"
 #include "tests/FileSizeLimit.h"
 
+using namespace veltrac;
+
 namespace {
 
 QPushButton* button(const QWidget& window, const QString& text)

@@ -23,6 +23,8 @@
 #include "share/SubWindow.h"
 #include "tests/core/TsFileBytes.h"
 
+using namespace veltrac;
+
 namespace {
 
 class StubbornWindow : public SubWindow

@@ -28,38 +28,36 @@ const FftKernel* const kKernels[] = {
 #endif
     &kFftBaseline};
 
-// The fastest of this name, or of all.
-const FftKernel* findKernel(const char* name)
-{
-    for (const FftKernel* kernel : kKernels)
-        if ((name == nullptr || std::strcmp(kernel->name, name) == 0) && runsHere(*kernel))
-            return kernel;
-    return nullptr;
-}
-
 const FftKernel*& kernelInUse()
 {
-    static const FftKernel* kernel = [] {
-        const char* const wish = std::getenv("VELTRAC_FFT_KERNEL");
-        const FftKernel* const wished = wish == nullptr ? nullptr : findKernel(wish);
-        return wished != nullptr ? wished : findKernel(nullptr);
-    }();
+    static const FftKernel* kernel = &fftKernelNamed(std::getenv("VELTRAC_FFT_KERNEL"));
     return kernel;
 }
 
 }  // namespace
+
+const FftKernel& fftKernelNamed(const char* name)
+{
+    const FftKernel* fastest = nullptr;
+    for (const FftKernel* kernel : kKernels) {
+        if (!runsHere(*kernel))
+            continue;
+        if (name != nullptr && std::strcmp(kernel->name, name) == 0)
+            return *kernel;
+        if (fastest == nullptr)
+            fastest = kernel;
+    }
+    return *fastest;
+}
 
 const FftKernel& fftKernel()
 {
     return *kernelInUse();
 }
 
-bool useFftKernel(const char* name)
+void useFftKernel(const FftKernel& kernel)
 {
-    const FftKernel* const kernel = findKernel(name);
-    if (kernel != nullptr)
-        kernelInUse() = kernel;
-    return kernel != nullptr;
+    kernelInUse() = &kernel;
 }
 
 }  // namespace veltrac

@@ -18,7 +18,7 @@ namespace veltrac {
 // The greatest prime factor that a length may have.
 inline constexpr int kMaxPrimeFactor = 37;
 
-// Told (done, total) about a hundred times in a transform; false stops it.
+// Told (done, total) a hundred times in a transform and at least every tenth of a second; false stops it.
 using FftProgress = std::function<bool(std::uint64_t, std::uint64_t)>;
 
 // Whether n is at least 1 and has no prime factor above kMaxPrimeFactor.

@@ -1,10 +1,11 @@
 // What the transform shares with its machine-specific builds. Internal to the transform.
 //
 // A length is split into stages (J. W. Cooley, J. W. Tukey, "An algorithm for the machine calculation of
-// complex Fourier series", Math. Comp. 19 (1965) 297-301; the order is that of D. H. Bailey, "FFTs in external
-// or hierarchical memory", J. Supercomputing 4 (1990) 23-35): stage s does transforms of length[s] values that
-// lie `span` apart, span being the product of the lengths before it. Neighbours do not depend on each other, so
-// a tile takes some of them side by side, as the lanes of vectors, through a buffer in the cache.
+// complex Fourier series", Math. Comp. 19 (1965) 297-301; the order is that of D. H. Bailey, "FFTs in
+// external or hierarchical memory", J. Supercomputing 4 (1990) 23-35): stage s does transforms of length[s]
+// values that lie `span` apart, span being the product of the lengths before it. Neighbours do not depend on
+// each other, so a tile takes some of them side by side, as the lanes of vectors, through a buffer in the
+// cache.
 #pragma once
 
 #include <cstddef>
@@ -87,8 +88,8 @@ struct FftKernel
     // Lane l of the rows becomes length neighbours at to + place[l].
     void (*scatter)(const double* rows, int length, int lanes, const std::ptrdiff_t* place, double* to);
     // Bins first .. first + count - 1 (count <= kSplitRun) of a real transform of 2 * half samples, and their
-    // mirrors, out of the transform of its pairs. `turn` is the factor of `first`, rotation those of the steps
-    // from there.
+    // mirrors, out of the transform of its pairs. `turn` is the factor of `first`, rotation those of the
+    // steps from there.
     void (*split)(int half, int first, int count, const double* turn, const double* rotationRe,
                   const double* rotationIm, double* re, double* im);
 };
@@ -100,11 +101,12 @@ extern const FftKernel kFftAvx2;
 extern const FftKernel kFftAvx512;
 #endif
 
-// The build that transforms run in: the one named by the environment's VELTRAC_FFT_KERNEL ("baseline", "avx2",
-// "avx512") if this processor has it, else the fastest.
-const FftKernel& fftKernel();
+// The build of this name, if there is one and this processor has what it takes; else, and for null, the
+// fastest.
+const FftKernel& fftKernelNamed(const char* name);
 
-// Takes another one; false, and no change, where the processor lacks it or nothing has this name.
-bool useFftKernel(const char* name);
+// The build that transforms run in: at first the one that the environment's VELTRAC_FFT_KERNEL names.
+const FftKernel& fftKernel();
+void useFftKernel(const FftKernel& kernel);
 
 }  // namespace veltrac

@@ -107,13 +107,14 @@ FftRoot::FftRoot(std::int64_t turns, std::int64_t whole)
 FftPlan& FftPlan::of(int n)
 {
     static FftPlan plan;
-    if (plan.m_length != n)
+    if (plan.m_length != n || plan.m_kernel != &fftKernel())
         plan.make(n);
     return plan;
 }
 
 void FftPlan::make(int n)
 {
+    m_kernel = &fftKernel();
     int lengths[kMaxStages];
     m_stageCount = splitLength(n, lengths);
     m_lanes = lanesFor(n, *std::max_element(lengths, lengths + m_stageCount));
@@ -187,7 +188,7 @@ void FftPlan::makeLaneFactors(int i)
     fill(factors.coarseParts, factors.parts, factors.laneCoarseRe, factors.laneCoarseIm);
 }
 
-void FftPlan::buildTurns(const FftKernel& kernel, int i, std::ptrdiff_t first, double* re, double* im)
+void FftPlan::buildTurns(int i, std::ptrdiff_t first, double* re, double* im)
 {
     const FftStage& stage = m_stages[i];
     TurnFactors& factors = m_tables[i].factors;
@@ -202,7 +203,7 @@ void FftPlan::buildTurns(const FftKernel& kernel, int i, std::ptrdiff_t first, d
         factors.coarseRe[k] = root.re;
         factors.coarseIm[k] = root.im;
     }
-    kernel.buildTurns(factors, stage.length, m_lanes, re, im);
+    m_kernel->buildTurns(factors, stage.length, m_lanes, re, im);
 }
 
 void FftPlan::keepTurns()
@@ -210,17 +211,17 @@ void FftPlan::keepTurns()
     const FftStage& stage = m_stages[1];
     const std::ptrdiff_t size = std::ptrdiff_t{stage.length} * m_lanes;
     for (std::ptrdiff_t first = 0, place = 0; first < stage.span; first += m_lanes, place += size)
-        buildTurns(fftKernel(), 1, first, m_keptRe + place, m_keptIm + place);
+        buildTurns(1, first, m_keptRe + place, m_keptIm + place);
     m_keepsTurns = true;
 }
 
-FftPlan::Turns FftPlan::turns(const FftKernel& kernel, int i, std::ptrdiff_t first)
+FftPlan::Turns FftPlan::turns(int i, std::ptrdiff_t first)
 {
     if (m_keepsTurns) {
         const std::ptrdiff_t place = first * m_stages[i].length;
         return {m_keptRe + place, m_keptIm + place};
     }
-    buildTurns(kernel, i, first, m_turnRe, m_turnIm);
+    buildTurns(i, first, m_turnRe, m_turnIm);
     return {m_turnRe, m_turnIm};
 }
 

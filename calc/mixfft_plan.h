@@ -24,13 +24,14 @@ struct FftRoot
 };
 
 // The stages of a length from kShortestStaged on without a prime factor above kMaxPrimeFactor. There is one,
-// process-wide, made anew when the length changes; it allocates nothing.
+// process-wide, made anew when the length or the build changes; it allocates nothing.
 class FftPlan
 {
 public:
     static FftPlan& of(int n);
 
     int length() const { return m_length; }
+    const FftKernel& kernel() const { return *m_kernel; }
     int lanes() const { return m_lanes; }
     int stageCount() const { return m_stageCount; }
     const FftStage& stage(int i) const { return m_stages[i]; }
@@ -42,7 +43,7 @@ public:
         const double* re;
         const double* im;
     };
-    Turns turns(const FftKernel& kernel, int i, std::ptrdiff_t first);
+    Turns turns(int i, std::ptrdiff_t first);
 
 private:
     // Trigonometric entries of all odd radices of a stage, whose product is at most kMaxStageLength.
@@ -58,9 +59,10 @@ private:
     void makeStage(int i, std::ptrdiff_t span, int length);
     void makeLaneFactors(int i);
     void keepTurns();
-    void buildTurns(const FftKernel& kernel, int i, std::ptrdiff_t first, double* re, double* im);
+    void buildTurns(int i, std::ptrdiff_t first, double* re, double* im);
 
     int m_length = 0;
+    const FftKernel* m_kernel = nullptr;
     int m_lanes = kLeastLanes;
     int m_stageCount = 0;
     bool m_keepsTurns = false;

@@ -265,9 +265,8 @@ template <class V>
 void transformPairsOfTile(const FftStage& stage, const FftTile& tile)
 {
     const FftRows& to = stage.passCount == 1 ? tile.to : tile.work;
-    withRadix(stage.passes[0].radix, [&](auto radix) {
-        firstPass<V, decltype(radix)::value, Input::Pairs>(stage, tile, to);
-    });
+    withRadix(stage.passes[0].radix,
+              [&](auto radix) { firstPass<V, decltype(radix)::value, Input::Pairs>(stage, tile, to); });
     laterPasses<V>(stage, tile);
 }
 
@@ -352,7 +351,7 @@ inline void splitSome(int half, int k, const V& turnRe, const V& turnIm, double*
     const V im0 = load<V>(im + k);
     V re1 = load<V>(re + mirror);
     V im1 = load<V>(im + mirror);
-    if constexpr (kLanesOf<V> > 1) {
+    if constexpr (kLanesOf < V >> 1) {
         re1 = reversed(re1);
         im1 = reversed(im1);
     }
@@ -363,7 +362,7 @@ inline void splitSome(int half, int k, const V& turnRe, const V& turnIm, double*
     V mirrorIm = 0.5 * (im1 - im0 - diffRe);
     store<V>(re + k, 0.5 * (re0 + re1 + diffIm));
     store<V>(im + k, 0.5 * (im0 - im1 - diffRe));
-    if constexpr (kLanesOf<V> > 1) {
+    if constexpr (kLanesOf < V >> 1) {
         mirrorRe = reversed(mirrorRe);
         mirrorIm = reversed(mirrorIm);
     }

@@ -13,6 +13,7 @@ namespace veltrac {
 namespace {
 
 constexpr std::uint64_t kReports = 100;
+constexpr std::uint64_t kMostUnreported = std::uint64_t{1} << 21;  // some hundredths of a second
 
 // Rows of lanes of one tile.
 struct Planes
@@ -61,7 +62,7 @@ class Walker
 {
 public:
     Walker(FftPlan& plan, double* yRe, double* yIm, FftMeter& meter)
-        : m_plan(plan), m_lanes(plan.lanes()), m_kernel(fftKernel()), m_yRe(yRe), m_yIm(yIm), m_meter(meter)
+        : m_plan(plan), m_lanes(plan.lanes()), m_kernel(plan.kernel()), m_yRe(yRe), m_yIm(yIm), m_meter(meter)
     {
     }
 
@@ -105,7 +106,7 @@ public:
         const std::ptrdiff_t size = stage.span * stage.length;
         for (std::ptrdiff_t first = 0; first < stage.span; first += m_lanes) {
             const int used = static_cast<int>(std::min<std::ptrdiff_t>(m_lanes, stage.span - first));
-            const FftPlan::Turns turns = m_plan.turns(m_kernel, i, first);
+            const FftPlan::Turns turns = m_plan.turns(i, first);
             for (std::ptrdiff_t group = first; group < m_plan.length(); group += size) {
                 transformRows(stage, turns, FftRows{m_yRe + group, m_yIm + group, stage.span}, used);
                 if (!m_meter.add(static_cast<std::uint64_t>(used) * static_cast<std::uint64_t>(stage.length)))
@@ -182,7 +183,9 @@ void transformShort(int n, const FftInput& x, double* yRe, double* yIm)
     double im[kShortestStaged];
     for (int j = 0; j < n; ++j) {
         re[j] = x.form == FftInput::Form::Pairs ? x.re[2 * j] : x.re[j];
-        im[j] = x.form == FftInput::Form::Real ? 0.0 : x.form == FftInput::Form::Pairs ? x.re[2 * j + 1] : x.im[j];
+        im[j] = x.form == FftInput::Form::Real    ? 0.0
+                : x.form == FftInput::Form::Pairs ? x.re[2 * j + 1]
+                                                  : x.im[j];
     }
     int passCount = 0;
     int radixOf[kMaxPasses];
@@ -197,15 +200,21 @@ void transformShort(int n, const FftInput& x, double* yRe, double* yIm)
 
 }  // namespace
 
-FftMeter::FftMeter(const FftProgress& progress, std::uint64_t total) : m_progress(progress), m_total(total) {}
+FftMeter::FftMeter(const FftProgress& progress, std::uint64_t total)
+    : m_progress(progress),
+      m_total(total),
+      m_between(std::min(total / kReports, kMostUnreported)),
+      m_next(m_between)
+{
+}
 
 bool FftMeter::add(std::uint64_t steps)
 {
     m_done += steps;
-    if (!m_progress || (m_done - m_told < m_total / kReports && m_done < m_total))
+    if (m_done < m_next && m_done < m_total)
         return true;
-    m_told = m_done;
-    return m_progress(m_done, m_total);
+    m_next = m_done + m_between;
+    return !m_progress || m_progress(m_done, m_total);
 }
 
 std::uint64_t fftSteps(int n)

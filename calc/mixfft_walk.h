@@ -7,7 +7,7 @@
 
 namespace veltrac {
 
-// Tells a listener, if there is one, about every hundredth of the work.
+// Tells a listener, if there is one, every hundredth of the work, and more often where that takes long.
 class FftMeter
 {
 public:
@@ -19,8 +19,9 @@ public:
 private:
     const FftProgress& m_progress;
     std::uint64_t m_total;
+    std::uint64_t m_between;  // steps from one report to the next
     std::uint64_t m_done = 0;
-    std::uint64_t m_told = 0;
+    std::uint64_t m_next;
 };
 
 // Where the input stands.

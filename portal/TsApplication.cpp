@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "core/ErrorReport.h"
 #include "core/ScratchFile.h"
 #include "core/TsExceptionTexts.h"
 #include "core/TsNames.h"
@@ -96,7 +97,16 @@ void makeWhole(const std::string& target, unsigned samples, unsigned columns,
 TsApplication::~TsApplication()
 {
     if (s_instance == this)
-        s_instance = nullptr;
+        setInstance(nullptr);
+}
+
+void TsApplication::setInstance(TsApplication* application) noexcept
+{
+    s_instance = application;
+    setErrorListener([](const char* text) {
+        if (s_instance != nullptr)
+            s_instance->ShowTsError(text);
+    });
 }
 
 void TsApplication::ShowTsMessage(const QString& /*text*/) {}

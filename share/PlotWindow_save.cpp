@@ -45,17 +45,15 @@ std::shared_ptr<PlotFile> PlotWindow::chooseFile()
     return ok ? files[static_cast<std::size_t>(names.indexOf(name))] : nullptr;
 }
 
-PlotWindow::Rows PlotWindow::intervalOf(const std::shared_ptr<PlotFile>& file)
+SampleRange PlotWindow::intervalOf(const std::shared_ptr<PlotFile>& file)
 {
     const Plot2D& plot = m_canvas->plot();
     const Plot2D::Extent interval = plot.interval();
     for (const auto& v : plot.variables()) {
         if (v->variable().source() != file)
             continue;
-        const std::uint32_t first = plot.axis().rowFrom(v->variable(), interval.x1);
-        const std::uint32_t last = plot.axis().rowAt(v->variable(), interval.x2);
-        if (first <= last)
-            return {first, last};
+        if (const SampleRange rows = plot.samplesIn(interval, v->variable()); !rows.isEmpty())
+            return rows;
     }
     tell(tr("There are no samples in the interval."));
     return {};
@@ -104,8 +102,8 @@ void PlotWindow::sl_saveInterval()
     if (!mayReplace(target))
         return;
     try {
-        const Rows rows = intervalOf(file);
-        if (rows.last == 0)
+        const SampleRange rows = intervalOf(file);
+        if (rows.isEmpty())
             return;
         JobProgress progress(this, tr("Saving %1").arg(name));
         if (saveInterval(*file, rows.first, rows.last, target.toLocal8Bit().toStdString(),
@@ -114,7 +112,7 @@ void PlotWindow::sl_saveInterval()
             return;
         }
         tell(tr("%1 samples saved as %2 in %3 s")
-                 .arg(rows.last - rows.first + 1)
+                 .arg(rows.count())
                  .arg(name)
                  .arg(progress.seconds(), 0, 'f', 1));
         emit x_directory_changed();
@@ -135,11 +133,11 @@ void PlotWindow::sl_exportInterval()
     if (!file)
         return;
     try {
-        const Rows rows = intervalOf(file);
-        if (rows.last != 0 &&
+        const SampleRange rows = intervalOf(file);
+        if (!rows.isEmpty() &&
             application->exportInterval(QString::fromLocal8Bit(file->path().c_str()),
                                         file->sampleOf(rows.first), file->sampleOf(rows.last)))
-            tell(tr("%1 samples saved").arg(rows.last - rows.first + 1));
+            tell(tr("%1 samples saved").arg(rows.count()));
     } catch (const TS::Failure&) {
         tell(tr("%1 cannot be read.").arg(fileNameOf(*file)));
     }

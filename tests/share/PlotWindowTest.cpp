@@ -7,6 +7,7 @@
 #include <QDateTimeEdit>
 #include <QInputDialog>
 #include <QLineEdit>
+#include <QMenu>
 #include <QMenuBar>
 #include <QPointer>
 #include <QPushButton>
@@ -14,6 +15,7 @@
 #include <QStatusBar>
 #include <QTableWidget>
 #include <QTest>
+#include <QTimer>
 #include <QTreeWidget>
 #include <QWheelEvent>
 
@@ -22,6 +24,7 @@
 
 #include "core/PlotFile.h"
 #include "core/TSFILE.h"
+#include "portal/TsApplication.h"
 #include "share/ColorConfigDialog.h"
 #include "share/NoticeStrip.h"
 #include "share/OverviewStrip.h"
@@ -575,6 +578,64 @@ TEST(PlotWindow, timesThatRunBackwardsAreTold)
     window.show();
     EXPECT_EQ(window.canvas()->plot().axis().mode, XMode::Sample);
     EXPECT_TRUE(window.findChildren<NoticeStrip*>()[1]->isVisible());
+}
+
+// What a computing window takes from the plot that opens it.
+class RangeWindow : public SubWindow
+{
+public:
+    void offerRange(const SampleRange& offered) override { range = offered; }
+    SampleRange range;
+};
+
+class RangeApplication : public TsApplication
+{
+public:
+    explicit RangeApplication(RangeWindow* window) : m_window(window) { setInstance(this); }
+    ~RangeApplication() { setInstance(nullptr); }
+    QWidget* openSubProgram(SubProgram, const QString&, unsigned) override { return m_window; }
+
+private:
+    RangeWindow* m_window;
+};
+
+TEST(PlotWindow, subProgramsBeginWithTheIntervalOrTheView)
+{
+    const TestDirectory directory;
+    {
+        // A ring that has come round: samples 7001 to 17000, which the windows count from 1.
+        TSFILE file("ring.ts", 10'000, 1, 0);
+        file.dt(0.5F);
+        file.setRingMode(true);
+        const float value = 1.0F;
+        for (std::uint32_t s = 1; s <= 17'000; ++s)
+            file.writeRow(s, &value, true);
+    }
+    RangeWindow opened;
+    const RangeApplication application(&opened);
+    QtPlotWin window(QStringLiteral("ring.ts"));
+    window.show();
+    Plot2D& plot = window.canvas()->plot();
+    const auto openFilter = [&] {
+        QTimer::singleShot(0, [] {
+            auto* const menu = dynamic_cast<QMenu*>(QApplication::activePopupWidget());
+            ASSERT_NE(menu, nullptr);
+            for (QAction* const action : menu->actions())
+                if (action->text() == QStringLiteral("Ts-F&ilt…"))
+                    action->trigger();
+            menu->close();
+        });
+        window.findChild<VariableMenu*>()->popUp(plot.variables()[0], QPoint(10, 10));
+    };
+    plot.setX(3600.2, 3700.0);
+    openFilter();
+    EXPECT_EQ(opened.range.first, 201U);
+    EXPECT_EQ(opened.range.last, 400U);
+    plot.setCursor(Plot2D::A, 3650.0);
+    plot.setCursor(Plot2D::B, 3640.0);
+    openFilter();
+    EXPECT_EQ(opened.range.first, 280U);
+    EXPECT_EQ(opened.range.last, 300U);
 }
 
 TEST(PlotColumnWindow, stepsThroughTheColumns)

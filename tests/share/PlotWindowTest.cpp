@@ -9,6 +9,7 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
+#include <QPageLayout>
 #include <QPointer>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -288,6 +289,18 @@ TEST(PlotReadout, momentsAreAsFineAsTheSamples)
     }
 }
 
+TEST(PlotReadout, valuesHaveTheDigitsThatAFloatNeeds)
+{
+    const std::pair<double, const char*> cases[] = {{0.1F, "0.1"},
+                                                    {16777217.0 - 1.0, "16777216"},
+                                                    {123456.79F, "123456.79"},
+                                                    {1.00000012F, "1.0000001"},
+                                                    {8589973504.0F, "8.589973504e+09"},
+                                                    {1.0 / 3.0, "0.3333333"}};  // a mean, no float
+    for (const auto& [value, text] : cases)
+        EXPECT_EQ(valueText(value).toStdString(), text);
+}
+
 TEST(PlotReadout, differencesAreThoseOfTheNumbersAsWritten)
 {
     EXPECT_EQ(differenceText(1.69F, 1.685F), "-0.005");
@@ -325,12 +338,24 @@ TEST_F(PlotCanvasTest, fileThatShrinksUnderThePlotIsToldInThePicture)
     for (const int key : {Qt::Key_M, Qt::Key_Y, Qt::Key_F, Qt::Key_Plus, Qt::Key_A, Qt::Key_Period})
         QTest::keyClick(&m_canvas, static_cast<Qt::Key>(key));
     m_canvas.grab();
-    EXPECT_TRUE(
-        writePlotEps(QStringLiteral("x.eps"), m_canvas.psParameters(), plot(), m_canvas.colors(), true)
-            .isEmpty());
-    std::ifstream eps("x.eps");
-    const std::string text((std::istreambuf_iterator<char>(eps)), {});
-    EXPECT_NE(text.find("cannot be read any more"), std::string::npos);
+    // Nothing of it takes the place of a good picture.
+    for (const char* const name : {"x.eps", "x.pdf", "plot.png"}) {
+        std::ofstream(name) << "good";
+        const QString file = QString::fromLatin1(name);
+        QString failure;
+        if (file == QLatin1String("plot.png")) {
+            const BoxAnswer answer(QStringLiteral("&Ok"));
+            m_canvas.sl_savePicture();
+            failure = answer.text();
+        } else if (file == QLatin1String("x.eps")) {
+            failure = writePlotEps(file, m_canvas.psParameters(), plot(), m_canvas.colors(), true);
+        } else {
+            failure = writePlotPdf(file, QPageLayout(QPageSize(QPageSize::A4), QPageLayout::Portrait, {}),
+                                   plot(), m_canvas.colors());
+        }
+        EXPECT_TRUE(failure.contains(QStringLiteral("cannot be read any more"))) << name;
+        EXPECT_EQ(bytesOf(name).size(), 4U) << name;
+    }
 }
 
 // -- The windows --
@@ -431,6 +456,24 @@ TEST(PlotWindow, savesTheIntervalBetweenTheCursorsAndNeverOverItsOwnFile)
     EXPECT_EQ(part.rows(), 2000U);
     EXPECT_EQ(part.value(1, 3), 2001.0F);
     EXPECT_FLOAT_EQ(static_cast<float>(part.timeOf(2000)), 4.0F);
+}
+
+TEST(PlotWindow, noIntervalIsSavedOfAFileThatCouldNotBeRead)
+{
+    const TestDirectory directory;
+    makeFile("test.ts");
+    makeFile("good.ts", 10);
+    QtPlotWin window(QStringLiteral("test.ts"));
+    window.show();
+    for (const auto& v : window.canvas()->plot().variables()) {
+        v->forget();
+        v->setFailure("cannot be read at byte 4096");
+    }
+    window.canvas()->sl_fitAll();
+    const BoxAnswer answer(QStringLiteral("&Ok"));
+    window.sl_saveInterval();
+    EXPECT_EQ(PlotFile("good.ts").rows(), 10U);
+    EXPECT_TRUE(answer.text().startsWith(QLatin1String("Nothing was saved: the column ")));
 }
 
 TEST(PlotWindow, cursorTableMeasuresBetweenTheCursors)

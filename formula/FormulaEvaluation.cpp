@@ -6,9 +6,9 @@
 #include <limits>
 #include <vector>
 
+#include "core/ErrorReport.h"
 #include "core/TSFILE.h"
 #include "formula/FormulaFunctions.h"
-#include "portal/TsApplication.h"
 
 namespace veltrac {
 
@@ -355,8 +355,7 @@ std::uint64_t formulaReports() noexcept
 void reportFormulaError(const char* text)
 {
     ++reports;
-    if (TsApplication* const application = TsApplication::instance())
-        application->ShowTsError(text);
+    reportError(text);
 }
 
 }  // namespace veltrac

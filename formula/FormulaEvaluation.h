@@ -21,7 +21,7 @@ inline double evaluateTree(FormulaNode& root, double t)
     return root.evaluator(root, t);
 }
 
-// Shows a text through TsApplication; without an application nowhere.
+// Reports a text (core/ErrorReport.h) and counts it.
 void reportFormulaError(const char* text);
 // How many texts were reported since the program began.
 std::uint64_t formulaReports() noexcept;

@@ -11,7 +11,6 @@
 #include "core/TSFILE.h"
 #include "formula/FormulaEvaluation.h"
 #include "formula/FormulaFunctions.h"
-#include "portal/TsApplication.h"
 
 using namespace veltrac;
 

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 
+#include "core/ErrorReport.h"
 #include "core/TsExceptionTexts.h"
 #include "core/TsNames.h"
 
@@ -74,7 +75,16 @@ bool clearTheWay(const TsApplication& application, const QString& fileName)
 TsApplication::~TsApplication()
 {
     if (s_instance == this)
-        s_instance = nullptr;
+        setInstance(nullptr);
+}
+
+void TsApplication::setInstance(TsApplication* application) noexcept
+{
+    s_instance = application;
+    setErrorListener([](const char* text) {
+        if (s_instance != nullptr)
+            s_instance->ShowTsError(text);
+    });
 }
 
 void TsApplication::ShowTsMessage(const QString& /*text*/) {}

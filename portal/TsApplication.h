@@ -72,7 +72,8 @@ protected:
     TsApplication(const TsApplication&) = delete;
     TsApplication& operator=(const TsApplication&) = delete;
 
-    static void setInstance(TsApplication* application) noexcept { s_instance = application; }
+    // From then on the application also hears what is reported without a window, as ShowTsError().
+    static void setInstance(TsApplication* application) noexcept;
 
 private:
     inline static TsApplication* s_instance = nullptr;

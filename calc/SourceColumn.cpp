@@ -5,24 +5,13 @@
 #include <cmath>
 #include <vector>
 
-#include "core/ColumnCopy.h"
-
 namespace veltrac {
 
-std::uint32_t heldRows(TSFILE& file)
-{
-    const std::uint32_t oldest = file.ringStart();
-    if (oldest == 0)
-        return file.samples();
-    const std::uint32_t last = file.lastSample();
-    return last < oldest ? 0 : std::min(file.samples(), last - oldest + 1);
-}
-
 SourceColumn::SourceColumn(TSFILE& file, std::uint32_t column, std::uint32_t first, std::uint32_t last)
-    : m_file(file), m_column(column), m_first(std::max(first, 1U)), m_behind(oldestRow(file) + m_first - 2)
+    : m_file(file), m_time(file), m_column(column), m_first(std::max(first, 1U))
 {
-    const std::uint32_t held = heldRows(file);
-    const std::uint32_t end = last == 0 ? held : std::min(last, held);
+    const std::uint32_t end = last == 0 ? m_time.rows() : std::min(last, m_time.rows());
+    m_behind = m_time.oldestRow() + m_first - 2;
     m_samples = end < m_first ? 0 : end - m_first + 1;
 }
 
@@ -58,19 +47,12 @@ void SourceColumn::readSteps(std::uint32_t first, std::span<double> out, bool ow
 void SourceColumn::copyHeaderTo(TSFILE& result) const
 {
     result.copyHeader(m_file);
-    const std::uint32_t oldest = std::max(m_file.ringStart(), 1U);
-    if (m_first == 1 && oldest == 1)
+    const std::uint32_t sample = m_time.firstSample() + m_first - 1;
+    if (sample == 1 || m_samples == 0)
         return;
-    const double dt = m_file.dt();
-    double start = static_cast<double>(m_file.startTime());
-    if (m_file.timeColumn() == 0) {
-        start += (oldest - 1.0 + m_first - 1.0) * dt;
-    } else if (m_samples > 0) {
-        // The first sample of equal steps lies one of them behind the start.
-        double time = 0.0;
-        readTimes(1, {&time, 1});
-        start += time - dt;
-    }
+    // The result's first sample lies one step behind its start.
+    double start = static_cast<double>(m_file.startTime()) +
+                   (m_time.elapsed(sample) - static_cast<double>(m_file.dt()));
     // A file with a clock keeps whole seconds there: the 32-bit start is fine below a second alone.
     if (m_file.startSeconds() != 0) {
         const double whole = std::floor(start);

@@ -5,12 +5,10 @@
 #include <cstdint>
 #include <span>
 
+#include "core/FileTime.h"
 #include "core/TSFILE.h"
 
 namespace veltrac {
-
-// How many rows of a file hold data: all of them, but in a ring file that is not full yet.
-std::uint32_t heldRows(TSFILE& file);
 
 class SourceColumn
 {
@@ -38,6 +36,7 @@ private:
     void readTimes(std::uint32_t first, std::span<double> out) const;
 
     TSFILE& m_file;
+    FileTime m_time;
     std::uint32_t m_column;
     std::uint32_t m_first;    // place of the range's first sample
     std::uint32_t m_behind;   // rows before it

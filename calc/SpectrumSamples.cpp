@@ -5,8 +5,8 @@
 #include <cmath>
 #include <limits>
 
-#include "calc/SourceColumn.h"
 #include "core/ColumnCopy.h"
+#include "core/FileTime.h"
 
 namespace veltrac {
 
@@ -81,7 +81,7 @@ const SampleReader::Gap& SampleReader::gapAround(std::int64_t sample)
 // The nearest sample that is there; the place before the first or behind the last one where none is.
 SampleReader::Known SampleReader::nearest(std::int64_t sample, bool forward)
 {
-    const auto end = std::int64_t{heldRows(m_file)} + 1;
+    const auto end = std::int64_t{FileTime(m_file).rows()} + 1;
     std::int64_t from = sample;
     while (forward ? from < end : from >= 1) {
         const auto count = std::min<std::int64_t>(forward ? end - from : from, kRunSamples);

@@ -8,10 +8,9 @@
 
 #include <algorithm>
 
-#include "core/ColumnCopy.h"
+#include "core/FileTime.h"
 #include "core/TsExceptions.h"
 #include "core/TsNames.h"
-#include "share/GoTo.h"
 #include "share/GroupedNumber.h"
 #include "share/NumberField.h"
 
@@ -21,7 +20,7 @@ RangeFields::RangeFields(QWidget* parent)
     : QWidget(parent),
       m_first(new QLineEdit(this)),
       m_last(new QLineEdit(this)),
-      m_complaint(new QLabel(this))
+      m_remark(new QLabel(this))
 {
     auto* const grid = new QGridLayout(this);
     grid->setContentsMargins(0, 0, 0, 0);
@@ -32,11 +31,11 @@ RangeFields::RangeFields(QWidget* parent)
     grid->addWidget(m_first, 0, 1);
     grid->addWidget(to, 0, 2);
     grid->addWidget(m_last, 0, 3);
-    grid->addWidget(m_complaint, 1, 1, 1, 3);
+    grid->addWidget(m_remark, 1, 1, 1, 3);
     // The row's one label that stands in the column of labels is the first.
     to->setFixedWidth(to->sizeHint().width());
-    m_complaint->setWordWrap(true);
-    m_complaint->hide();
+    m_remark->setWordWrap(true);
+    m_remark->hide();
     m_first->setAccessibleName(QStringLiteral("From sample"));
     m_last->setAccessibleName(QStringLiteral("To sample"));
     for (QLineEdit* const field : {m_first, m_last}) {
@@ -68,31 +67,36 @@ void RangeFields::choose(std::uint32_t first, std::uint32_t last)
     read();
 }
 
+// The sample at a time or share.
+std::uint32_t RangeFields::sampleAt(const QString& text)
+{
+    try {
+        const auto file = openTsFile(QFile::encodeName(m_file).toStdString(), true);
+        const FileTime time(*file);
+        const MeantRow meant = meantRow(text.toStdString(), *file);
+        m_reason = QString::fromStdString(meant.reason);
+        m_note = QString::fromStdString(meant.note);
+        if (meant.row && time.isWritten(*meant.row))
+            return time.sampleIn(*meant.row) - time.firstSample() + 1;
+        if (meant.row)
+            m_reason = QStringLiteral("Nobody has written that row of the ring file yet.");
+    } catch (const TS::Failure&) {
+        m_reason = QStringLiteral("The times of the file cannot be read.");
+    }
+    return 0;
+}
+
 // The sample that a field means, in the order of time; 0, and the reason, where it means none.
 std::uint32_t RangeFields::sampleOf(QLineEdit& field)
 {
+    // Numbers count from the oldest sample, as the result's do.
     bool isNumber = false;
     const qulonglong number = field.text().simplified().remove(QLatin1Char(' ')).toULongLong(&isNumber);
-    std::uint32_t sample = 0;
-    if (isNumber) {
-        if (number >= 1 && number <= m_rows)
-            sample = static_cast<std::uint32_t>(number);
-        else
-            m_reason = QStringLiteral("The samples run from 1 to %1.").arg(groupedNumber(m_rows));
-    } else {
-        try {
-            const auto file = openTsFile(QFile::encodeName(m_file).toStdString(), true);
-            // Rows of a ring file count from its oldest.
-            if (const auto row = goToRow(field.text(), *file, m_reason))
-                sample = (*row + file->samples() - oldestRow(*file)) % file->samples() + 1;
-            if (sample > m_rows) {
-                m_reason = QStringLiteral("Nobody has written that row of the ring file yet.");
-                sample = 0;
-            }
-        } catch (const TS::Failure&) {
-            m_reason = QStringLiteral("The times of the file cannot be read.");
-        }
-    }
+    std::uint32_t sample = isNumber && number <= m_rows ? static_cast<std::uint32_t>(number) : 0;
+    if (isNumber && sample == 0)
+        m_reason = QStringLiteral("The samples run from 1 to %1.").arg(groupedNumber(m_rows));
+    else if (!isNumber)
+        sample = sampleAt(field.text());
     markField(field, sample != 0);
     return sample;
 }
@@ -100,6 +104,7 @@ std::uint32_t RangeFields::sampleOf(QLineEdit& field)
 void RangeFields::read()
 {
     m_reason.clear();
+    m_note.clear();
     if (m_rows > 0) {
         m_from = sampleOf(*m_first);
         m_to = sampleOf(*m_last);
@@ -108,8 +113,9 @@ void RangeFields::read()
             markField(*m_last, false);
         }
     }
-    m_complaint->setText(m_reason);
-    m_complaint->setVisible(!m_reason.isEmpty());
+    const QString told = m_reason.isEmpty() ? m_note : m_reason;
+    m_remark->setText(told);
+    m_remark->setVisible(!told.isEmpty());
     emit x_changed();
 }
 

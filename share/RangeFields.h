@@ -35,15 +35,17 @@ signals:
 private:
     void read();
     std::uint32_t sampleOf(QLineEdit& field);
+    std::uint32_t sampleAt(const QString& text);
 
     QLineEdit* m_first;
     QLineEdit* m_last;
-    QLabel* m_complaint;
+    QLabel* m_remark;
     QString m_file;
     std::uint32_t m_rows = 0;
     std::uint32_t m_from = 1;
     std::uint32_t m_to = 0;
     QString m_reason;
+    QString m_note;  // that the local clock skips or repeats a time
 };
 
 }  // namespace veltrac

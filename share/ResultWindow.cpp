@@ -15,8 +15,9 @@
 #include <stdexcept>
 #include <vector>
 
-#include "calc/SourceColumn.h"
 
+#include "core/FailureText.h"
+#include "core/FileTime.h"
 #include "core/TsExceptions.h"
 #include "core/TsNames.h"
 #include "portal/TsApplication.h"
@@ -198,7 +199,7 @@ void ResultWindow::lookAtSource()
     if (!path.isEmpty()) {
         try {
             file = openTsFile(QFile::encodeName(path).toStdString(), true);
-            rows = heldRows(*file);
+            rows = FileTime(*file).rows();
         } catch (const TS::Failure&) {
             file.reset();  // the window says so when it is to compute
         }
@@ -241,14 +242,8 @@ bool ResultWindow::calculate(const QString& title, const QString& busy, const Jo
         }
     } catch (const Refusal& refused) {
         refusal = refused.text;
-    } catch (const TS::Failure&) {
-        failure =
-            QStringLiteral("%1 could not be read to its end, or the disk took no more.").arg(sourceName());
-    } catch (const std::bad_alloc&) {
-        failure = QStringLiteral("There is not enough memory.");
-    } catch (const std::exception& e) {
-        failure =
-            QStringLiteral("The scratch file could not be made: %1").arg(QString::fromLocal8Bit(e.what()));
+    } catch (...) {
+        failure = QString::fromLocal8Bit(reasonOfFailure().c_str());
     }
     m_cursor.reset();
     if (!failure.isEmpty())

@@ -14,12 +14,14 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <span>
 
 #include "core/TsExceptions.h"
 #include "formula/FormulaFile.h"
 #include "formula/FormulaParser.h"
 #include "formula/SourceTable.h"
 #include "portal/TsApplication.h"
+#include "share/ActionRow.h"
 #include "share/Boxes.h"
 #include "share/JobProgress.h"
 #include "share/NoticeStrip.h"
@@ -45,43 +47,14 @@ const char* const kFormulaTip =
     "  functions of one argument: abs(x1), sqrt(x1), sin(2*pi*t), ...\n"
     "  functions of two: max(x1, 0.4), min(x1, x2), pow(x1, 2)";
 
+enum class Action { Load, Save, EditFile, AddSource, RemoveSource, Plot, Calculate, Help, Functions };
+
 std::string localName(const QString& name)
 {
     return name.toLocal8Bit().toStdString();
 }
 
 }  // namespace
-
-struct EditTsWin::ActionRow
-{
-    const char* image;
-    const char* shortcut;
-    const char* slot;
-    const char* text;
-    const char* tip;
-};
-
-const std::vector<EditTsWin::ActionRow>& EditTsWin::actionRows()
-{
-    static const std::vector<ActionRow> rows = {
-        {"Open", "Ctrl+O", SLOT(sl_load()), "&Load formula...",
-         "Read a formula from a textual (ASCII) file."},
-        {"Save", "Ctrl+S", SLOT(sl_saveas()), "&Save formula...",
-         "Write the formula to a textual (ASCII) file."},
-        {"EditTs", "", SLOT(sl_editFileNum()), "&Edit file...", "Edit colmuns in a ts-file."},
-        {"AddLines", "Ctrl++", SLOT(sl_addSource()), "&Add Source...", "Add a ts-file to the source list."},
-        {"SubtractLines", "Ctrl+-", SLOT(sl_removeSource()), "&Remove Source...",
-         "Remove a ts-file from the source list."},
-        {"Animation", "", SLOT(sl_quickPlot()), "&Plot column...",
-         "Open a sub-window for plotting the target column."},
-        {"", "Ctrl+Return", SLOT(sl_calculate()), "&Calculate...",
-         "Execute calculation and store the result on the target column."},
-        {"Help", "F1", SLOT(sl_help()), "&Help", "Invoke the help system."},
-        {"Math", "", SLOT(sl_stdfunctions()), "&Mathmatical functions...",
-         "List available mathematical fuctions."},
-    };
-    return rows;
-}
 
 EditTsWin::EditTsWin(const QString& file, unsigned column, QWidget* parent)
     : SubWindow(parent), m_sources(new SourceTable), m_calculation(*m_sources, this)
@@ -119,13 +92,28 @@ EditTsWin::~EditTsWin() = default;
 
 void EditTsWin::createActions()
 {
+    static const ActionRow<Action> rows[] = {
+        {Action::Load, "Open", "Ctrl+O", SLOT(sl_load()), "&Load formula...",
+         "Read a formula from a textual (ASCII) file."},
+        {Action::Save, "Save", "Ctrl+S", SLOT(sl_saveas()), "&Save formula...",
+         "Write the formula to a textual (ASCII) file."},
+        {Action::EditFile, "EditTs", "", SLOT(sl_editFileNum()), "&Edit file...",
+         "Edit colmuns in a ts-file."},
+        {Action::AddSource, "AddLines", "Ctrl++", SLOT(sl_addSource()), "&Add Source...",
+         "Add a ts-file to the source list."},
+        {Action::RemoveSource, "SubtractLines", "Ctrl+-", SLOT(sl_removeSource()), "&Remove Source...",
+         "Remove a ts-file from the source list."},
+        {Action::Plot, "Animation", "", SLOT(sl_quickPlot()), "&Plot column...",
+         "Open a sub-window for plotting the target column."},
+        {Action::Calculate, "", "Ctrl+Return", SLOT(sl_calculate()), "&Calculate...",
+         "Execute calculation and store the result on the target column."},
+        {Action::Help, "Help", "F1", SLOT(sl_help()), "&Help", "Invoke the help system."},
+        {Action::Functions, "Math", "", SLOT(sl_stdfunctions()), "&Mathmatical functions...",
+         "List available mathematical fuctions."},
+    };
     QMenu* const menu = menuBar()->addMenu(QStringLiteral("&File actions"));
     QToolBar* const bar = addToolBar(QStringLiteral("File actions"));
-    for (const ActionRow& row : actionRows()) {
-        auto* const action =
-            new HydAction(QLatin1String(row.image), QKeySequence(QLatin1String(row.shortcut)), this, row.slot,
-                          QLatin1String(row.text), QLatin1String(row.tip),
-                          whatsThisText(QLatin1String(row.image), QLatin1String(row.tip)));
+    for (const auto& [id, action] : makeActions(this, std::span<const ActionRow<Action>>(rows))) {
         menu->addAction(action);
         bar->addAction(action);
     }
@@ -174,6 +162,12 @@ QWidget* EditTsWin::createFormula()
 }
 
 // -- Sources --
+
+void EditTsWin::offerRange(const SampleRange& range)
+{
+    if (EditVariable* const row = m_sources->source(0))
+        row->chooseRange(range);
+}
 
 void EditTsWin::sl_addSource()
 {

@@ -1,9 +1,6 @@
 // Ts-Edit: new values of a column from a formula over up to eight columns of ts-files.
 #pragma once
 
-#include <memory>
-#include <vector>
-
 #include "formula/ColumnCalculation.h"
 #include "share/SubWindow.h"
 
@@ -27,6 +24,9 @@ public:
     explicit EditTsWin(const QString& file = QString(), unsigned column = 0, QWidget* parent = nullptr);
     ~EditTsWin() override;
 
+    // The first row allows this range alone.
+    void offerRange(const veltrac::SampleRange& range) override;
+
 public slots:
     void sl_load();
     void sl_saveas();
@@ -46,8 +46,6 @@ protected:
     void changeEvent(QEvent* event) override;
 
 private:
-    struct ActionRow;
-    static const std::vector<ActionRow>& actionRows();
     void createActions();
     QWidget* createFormula();
     void fillTargets();

@@ -5,6 +5,7 @@
 #include <QLineEdit>
 #include <QTableWidget>
 
+#include "core/FileTime.h"
 #include "core/TSFILE.h"
 #include "core/TsExceptions.h"
 #include "share/NumberField.h"
@@ -72,6 +73,19 @@ void EditVariable::choose(const QString& file, unsigned column)
     takeFile();
     if (column != 0)
         m_columns->setColumn(column);
+}
+
+void EditVariable::chooseRange(const SampleRange& range)
+try {
+    if (!m_ts || range.isEmpty() || range.count() >= FileTime(*m_ts).rows())
+        return;
+    const double oldest = timesOf(*m_ts).start;
+    const double dt = m_ts->dt();
+    constexpr int kDigits = 12;
+    m_start->setText(QString::number(oldest + (range.first - 1.0) * dt, 'g', kDigits));
+    m_end->setText(QString::number(oldest + (range.last - 1.0) * dt, 'g', kDigits));
+} catch (const TS::Failure&) {
+    // Calculating tells that the file cannot be read.
 }
 
 void EditVariable::refreshFiles()

@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 
+#include "core/SampleRange.h"
 #include "formula/Calculation.h"
 
 class QLineEdit;
@@ -43,6 +44,8 @@ public:
     // The fields; valid only where hasBounds().
     veltrac::TimeBounds bounds() const;
     bool hasBounds() const;
+    // Start and end become those of a range, unless it is the whole file.
+    void chooseRange(const veltrac::SampleRange& range);
     // Lists the files of the working directory anew and keeps the choice.
     void refreshFiles();
 

@@ -90,6 +90,33 @@ TEST(EditTsWin, ComputesAColumnOverTheRangeOfItsRows)
     EXPECT_EQ(targetBox(window).count(), 2);
 }
 
+// A plot offers what it shows, counted from the oldest sample.
+TEST(EditTsWin, OfferedRangeIsComputedAlone)
+{
+    const TestDirectory directory;
+    Desk desk;
+    for (const std::uint32_t written : {0U, 1250U}) {
+        {
+            TSFILE file("a", 1000, 2, 0);
+            file.dt(0.01F);
+            file.startTime(0.24F);
+            file.setRingMode(written != 0);
+            const float row[] = {1.0F, 2.0F};
+            for (std::uint32_t s = 1; s <= std::max(written, 1000U); ++s)
+                file.writeRow(s, row, false);
+            file.flush(true);
+        }
+        const std::uint32_t before = written == 0 ? 0 : 250;
+        EditTsWin window(QStringLiteral("a.ts"), 2);
+        window.offerRange({701, 900});
+        type(window, "7");
+        window.sl_calculate();
+        TSFILE file("a", true);
+        for (std::uint32_t s = 1; s <= 1000; ++s)
+            ASSERT_EQ(file.value(before + s, 2), s >= 701 && s <= 900 ? 7.0F : 2.0F) << s;
+    }
+}
+
 TEST(EditTsWin, RowStaysOnItsFileWhenTheWorkingDirectoryChanges)
 {
     const TestDirectory directory;

@@ -15,7 +15,6 @@
 #include <stdexcept>
 #include <vector>
 
-
 #include "core/FailureText.h"
 #include "core/FileTime.h"
 #include "core/TsExceptions.h"
@@ -278,6 +277,11 @@ void ResultWindow::dropResult()
     m_canvas->showText(QString());
     m_result.reset();
     showCursorTable();
+}
+
+bool ResultWindow::isResultHere() const
+{
+    return m_result && m_result->path().parent_path() == std::filesystem::current_path();
 }
 
 QString ResultWindow::resultFile() const

@@ -95,6 +95,7 @@ protected:
     bool hasResult() const noexcept { return m_result != nullptr; }
     const std::filesystem::path& resultPath() const { return m_result->path(); }
     QString resultFile() const;
+    bool isResultHere() const;  // in the working directory
     const QString& resultSource() const noexcept { return m_resultSource; }
     // The sample of the source that it begins with.
     std::uint32_t resultFirst() const noexcept { return m_resultFirst; }

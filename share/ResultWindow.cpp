@@ -184,9 +184,10 @@ void ResultWindow::warnInBox(const QString& text)
 
 // -- The source --
 
-void ResultWindow::chooseRange(std::uint32_t first, std::uint32_t last)
+void ResultWindow::offerRange(const SampleRange& range)
 {
-    m_range->choose(first, last);
+    if (!range.isEmpty())
+        m_range->choose(range.first, range.last);
 }
 
 void ResultWindow::lookAtSource()

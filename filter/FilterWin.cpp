@@ -9,8 +9,8 @@
 
 #include <array>
 
-#include "calc/SourceColumn.h"
 #include "core/NumberTexts.h"
+#include "core/SourceColumn.h"
 #include "filter/CharacteristicPlot.h"
 #include "filter/FilterCharWin.h"
 #include "filter/FilterFields.h"

@@ -10,6 +10,7 @@
 #include <limits>
 #include <optional>
 
+#include "core/PlotValues.h"
 #include "core/TsExceptions.h"
 #include "share/AxisTicks.h"
 #include "share/PlotVariables.h"
@@ -285,6 +286,18 @@ const QStringList& intervalHeadings()
     return headings;
 }
 
+namespace {
+
+// Levels are logarithms, and the points of a curve in memory (a filter's characteristic) stand at unequal
+// distances: a mean over either says nothing.
+bool hasMeans(const Variable& variable)
+{
+    return !QString::fromStdString(variable.unit).startsWith(QLatin1String("dB")) &&
+           dynamic_cast<const PlotValues*>(variable.source().get()) == nullptr;
+}
+
+}  // namespace
+
 QStringList intervalFields(const Plot2D& plot, const IntervalRow& row)
 {
     const auto atCursor = [&](Plot2D::Cursor which, double value) {
@@ -292,6 +305,9 @@ QStringList intervalFields(const Plot2D& plot, const IntervalRow& row)
     };
     const HsVariable::Statistics& s = row.statistics;
     const auto ofValues = [&](double value) { return s.count == 0 ? QStringLiteral("–") : valueText(value); };
+    const auto ofMeans = [&, means = hasMeans(row.variable->variable())](double value) {
+        return means ? ofValues(value) : QString();
+    };
     const bool both = plot.cursor(Plot2D::A) && plot.cursor(Plot2D::B);
     return {label(*row.variable),
             QString::fromStdString(row.variable->variable().unit),
@@ -300,9 +316,9 @@ QStringList intervalFields(const Plot2D& plot, const IntervalRow& row)
             both ? differenceText(row.atA, row.atB) : QString(),
             ofValues(s.least),
             ofValues(s.greatest),
-            ofValues(s.mean),
-            ofValues(s.rms),
-            ofValues(s.deviation),
+            ofMeans(s.mean),
+            ofMeans(s.rms),
+            ofMeans(s.deviation),
             QString::number(s.missing)};
 }
 

@@ -34,6 +34,10 @@ struct STLCheck
     Micros firstWall = 0;       // of the first chosen row in that order
     double firstSeconds = 0.0;  // likewise
     bool zoned = false;         // the stamps name their zone
+    // The first date that the other order of day and month would make another one; empty where none does.
+    std::string ambiguousText;
+    Micros ambiguousDate = 0;  // as it is read
+    std::optional<DateSteps::Verdict> orderOfSteps;
     // How often the local clock was set within the log, as the order of its rows tells.
     std::uint64_t clockChanges = 0;
     std::map<std::size_t, STLTexts> texts;

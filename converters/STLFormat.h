@@ -77,6 +77,7 @@ struct STLFormat
     int dateColumn = -1;
     DateOrder order = DateOrder::DayMonth;
     bool orderInDoubt = false;  // no date tells; the user is asked to check
+    bool orderBySteps = false;  // but the steps between the dates do
     bool greenwich = false;     // stamps carry a zone, or the user says that they are UTC
     Micros typedStart = 0;      // wall clock; 0 for none
     double typedStep = 1.0;     // seconds
@@ -99,6 +100,8 @@ struct STLFormat
 bool timesAreNumbers(STLTimeSource source);
 // Whether they count from 1970 on, at Greenwich.
 bool timesAreUnix(STLTimeSource source);
+// Whether they are days, without any time of the day.
+bool datesAlone(const STLFormat& format);
 // How many seconds a one in the column of times means.
 double secondsPerUnit(const STLFormat& format);
 

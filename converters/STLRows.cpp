@@ -248,13 +248,15 @@ std::optional<double> STLRows::sinceFirst(std::optional<Micros> wall)
 
 // A local clock is set back in autumn, and the log shows an hour twice; in spring an hour is left out. Where
 // the rows run back by less than an hour, or step by an hour more or less than before, and the zone's clock
-// was set just then, their order tells the time.
+// was set just then, their order tells the time. Dates alone show no clock.
 void STLRows::followClock(Micros wall)
 {
-    if (m_format.greenwich || m_zoned || m_format.timeSource == STLTimeSource::ElapsedTime)
+    if (m_format.greenwich || m_zoned || m_format.timeSource == STLTimeSource::ElapsedTime ||
+        datesAlone(m_format))
         return;
     const Micros step = wall - m_lastWall;
-    const Micros near = m_lastStep / 2;
+    // Months and the like differ by more than the clock is set.
+    const Micros near = std::min(m_lastStep / 2, kMicrosPerHour / 4);
     const auto isLast = [&](Micros other) {
         return other >= m_lastStep - near && other <= m_lastStep + near;
     };
@@ -289,6 +291,7 @@ std::optional<Micros> STLRows::dateAt(std::string_view text)
     const auto date = readDate(text);
     const auto day = date ? midnight(*date, m_format.order) : std::nullopt;
     if (date && !date->yearFirst && !date->dayFirst) {
+        m_dates.add(*date, text);
         const DateOrder other =
             m_format.order == DateOrder::DayMonth ? DateOrder::MonthDay : DateOrder::DayMonth;
         const bool readsOtherwise = midnight(*date, other).has_value();

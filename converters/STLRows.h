@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "converters/DateSteps.h"
 #include "converters/STLFormat.h"
 #include "core/LineReader.h"
 
@@ -57,6 +58,8 @@ public:
     // True where a date cannot be read in the format's order of day and month, but in the other one; and
     // where one can be read in the format's order alone.
     bool contradictsOrder() const { return m_contradictsOrder; }
+    // The dates whose order of day and month no date tells.
+    const DateSteps& dates() const { return m_dates; }
     bool provesOrder() const { return m_provesOrder; }
     // How finely the rows tell their time, in seconds, as far as they have been read.
     double resolution() const { return m_resolution; }
@@ -103,6 +106,7 @@ private:
     bool m_hasRow = false;
     bool m_contradictsOrder = false;
     bool m_provesOrder = false;
+    DateSteps m_dates;
     int m_unreadable = -1;  // the column at which a time could not be read
     Micros m_days = 0;      // midnights that times of day have passed
     Micros m_lastTime = 0;

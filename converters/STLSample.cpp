@@ -76,11 +76,33 @@ void refuseBinary(const STLSample& sample)
         throw STLError("The file holds binary data; it is no text file.");
 }
 
+// Whether texts stand in all columns of numbers, as in a line of names.
+bool isTitle(const STLRow& row, const std::vector<STLKind>& kinds)
+{
+    bool any = false;
+    for (std::size_t c = 0; c < kinds.size(); ++c) {
+        if (kinds[c] == STLKind::Number && row.cells[c].kind != STLKind::Text)
+            return false;
+        any = any || kinds[c] == STLKind::Number;
+    }
+    return any;
+}
+
+bool sameTitle(const STLRow& a, const STLRow& b, const std::vector<STLKind>& kinds)
+{
+    for (std::size_t c = 0; c < kinds.size(); ++c)
+        if (kinds[c] == STLKind::Number && a.cells[c].text != b.cells[c].text)
+            return false;
+    return true;
+}
+
 bool fits(const STLRow& row, const std::vector<STLKind>& kinds)
 {
     std::size_t same = 0;
     std::size_t numbers = 0;
     std::size_t wanted = 0;
+    if (isTitle(row, kinds))
+        return false;
     for (std::size_t c = 0; c < kinds.size(); ++c) {
         const STLKind kind = row.cells[c].kind;
         same += kind == kinds[c] || kind == STLKind::Missing ? 1 : 0;
@@ -164,10 +186,15 @@ std::vector<STLKind> kindsOf(const std::vector<STLRow>& rows, std::size_t count)
 std::size_t firstDataRow(const std::vector<STLRow>& rows, const std::vector<STLKind>& kinds)
 {
     for (std::size_t first = 0; first < rows.size(); ++first) {
-        const std::size_t end = std::min(rows.size(), first + kRunOfDataLines);
         bool all = !beginsWithWords(rows[first], kinds);
-        for (std::size_t i = first; i < end; ++i)
-            all = all && fits(rows[i], kinds);
+        // Blocks may be shorter than the run: the names above the first one stand above each.
+        int run = 0;
+        for (std::size_t i = first; all && i < rows.size() && run < kRunOfDataLines; ++i) {
+            const bool repeated = first > 0 && i > first && isTitle(rows[i], kinds) &&
+                                  sameTitle(rows[i], rows[first - 1], kinds);
+            all = repeated || fits(rows[i], kinds);
+            run += repeated ? 0 : 1;
+        }
         if (all)
             return first;
     }

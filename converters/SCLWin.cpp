@@ -67,7 +67,7 @@ void SCLWin::add(const QString& file)
         m_logs.add(pathOf(file));
     } catch (const std::exception&) {
         showBox(QMessageBox::Warning, this, QStringLiteral("Veltrac"),
-                QFileInfo(file).fileName() + QStringLiteral(": ") + reasonOfFailure());
+                QFileInfo(file).fileName() + QStringLiteral(": ") + importFailure());
         return;
     }
     if (first || start != m_logs.start)
@@ -156,7 +156,7 @@ void SCLWin::sl_show_file()
             while (values.size() < kPlottedValues && read.next())
                 values.push_back(read.value());
         } catch (const std::exception&) {
-            lines = reasonOfFailure();
+            lines = importFailure();
         }
     }
     m_lines->setPlainText(lines);
@@ -199,7 +199,7 @@ void SCLWin::sl_skip_changed()
     try {
         m_logs.detectAgain();
     } catch (const std::exception&) {
-        m_problem = reasonOfFailure();
+        m_problem = importFailure();
     }
     showStep();
     sl_show_file();

@@ -132,7 +132,7 @@ void STLWin::open(const QString& file)
         m_lines->load(pathOf(file));
         m_log->detect();
     } catch (const std::exception&) {
-        m_problem = reasonOfFailure();
+        m_problem = importFailure();
     }
     showFormat();
     m_import->setFocus();
@@ -144,7 +144,7 @@ void STLWin::detectAgain(char separator, char decimal)
     try {
         m_log->detect(separator, decimal);
     } catch (const std::exception&) {
-        m_problem = reasonOfFailure();
+        m_problem = importFailure();
         m_log->format().columns.clear();
         m_log->format().cells.separator = separator;
         m_log->format().cells.decimal = decimal;
@@ -299,7 +299,7 @@ void STLWin::sl_names_changed()
     try {
         takeNames(m_log->file(), format);
     } catch (const std::exception&) {
-        m_problem = reasonOfFailure();
+        m_problem = importFailure();
     }
     showFormat();
 }

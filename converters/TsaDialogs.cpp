@@ -165,7 +165,7 @@ QStringList exportNotes(const TsaExportReport& report, std::uint32_t rows)
 
 TsaOutcome failed(QWidget* parent, const QString& what)
 {
-    const QString text = what + QLatin1Char('\n') + reasonOfFailure();
+    const QString text = what + QLatin1Char('\n') + importFailure();
     warnBox(parent, QStringLiteral("Veltrac error"), text);
     return {false, QString(), text.simplified()};
 }

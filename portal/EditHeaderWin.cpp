@@ -17,11 +17,11 @@
 #include <charconv>
 #include <memory>
 
+#include "core/FailureText.h"
 #include "core/Rebuild.h"
 #include "core/TSFILE.h"
 #include "core/TsExceptions.h"
 #include "portal/ColumnTable.h"
-#include "portal/FailureReason.h"
 #include "portal/HeaderFields.h"
 #include "portal/TsApplication.h"
 #include "share/Boxes.h"

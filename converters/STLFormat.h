@@ -53,7 +53,8 @@ struct STLColumn
     bool take = true;
     std::string suffix;        // that each number bears in its cell: the file's own bytes of "°C" or "%"
     bool numberTexts = false;  // a column of texts becomes 1, 2, …, in the order in which they come
-    std::string name;          // as the file has it
+    std::string heading;       // the file's own bytes above the column, which may stand there again
+    std::string name;          // the same as UTF-8, without the unit
     std::string unit;
     // The user's own words; without them they follow from the two above.
     std::string label;
@@ -68,6 +69,7 @@ struct STLFormat
     std::uint64_t firstDataLine = 1;
     std::uint64_t namesLine = 0;  // 0: none
     std::uint64_t unitsLine = 0;
+    bool namesInDoubt = false;  // they are numbers
     std::vector<STLColumn> columns;
     // What the file's head says, key and value as they stand.
     std::vector<std::pair<std::string, std::string>> head;

@@ -9,7 +9,7 @@
 #include "converters/STLSteps.h"
 #include "converters/STLWriter.h"
 #include "core/ColumnCopy.h"
-#include "core/ScratchFile.h"
+#include "core/SafeChange.h"
 #include "core/TsNames.h"
 #include "core/Utf8.h"
 
@@ -151,6 +151,7 @@ JobOutcome STLObject::readThrough(const Progress& progress, bool& wrongOrder)
     m_read.ambiguousText = rows.dates().ambiguousText();
     m_read.ambiguousDate = midnight(rows.dates().ambiguousDate(), m_format.order).value_or(0);
     m_read.skippedLines = rows.skipped();
+    m_read.titleLines = rows.titles();
     m_read.texts = rows.texts();
     steps.tell(m_read);
     m_read.zoned = rows.zoned();
@@ -348,12 +349,12 @@ JobOutcome STLObject::write(TSFILE& target, const Progress& progress)
 
 JobOutcome veltrac::importSTL(STLObject& log, const std::filesystem::path& target, const Progress& progress)
 {
-    ScratchFile scratch(target.parent_path(), "import", ".ts");
+    PendingFile pending(target, ".veltrac-new", ".ts");
     {
-        const auto file = createTsFile(scratch.path().string(), log.found().samples, log.found().columns);
+        const auto file = createTsFile(pending.path().string(), log.found().samples, log.found().columns);
         if (log.write(*file, progress) == JobOutcome::Cancelled)
             return JobOutcome::Cancelled;
     }
-    scratch.putInPlace(target);
+    pending.commit();
     return JobOutcome::Done;
 }

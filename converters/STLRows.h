@@ -52,6 +52,8 @@ public:
 
     // Lines that are no row although data stand there.
     std::uint64_t skipped() const { return m_skipped; }
+    // Names lines that stand between the rows once more.
+    std::uint64_t titles() const { return m_titles; }
     // The first row's place on the wall clock, or its number of seconds (elapsed times).
     Micros firstWall() const { return m_firstWall; }
     double firstSeconds() const { return m_firstSeconds; }
@@ -78,6 +80,7 @@ public:
 private:
     bool holdsData(std::string_view line) const;
     bool readCells();
+    bool isTitle() const;
     bool readTime();
     std::optional<double> rowSeconds();
     std::optional<double> sinceFirst(std::optional<Micros> wall);
@@ -102,6 +105,8 @@ private:
     std::size_t m_missing = 0;
     std::vector<STLTrouble> m_troubles;
     std::uint64_t m_skipped = 0;
+    std::vector<std::size_t> m_headed;  // columns of numbers with a heading
+    std::uint64_t m_titles = 0;
 
     bool m_hasRow = false;
     bool m_contradictsOrder = false;

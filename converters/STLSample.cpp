@@ -167,6 +167,71 @@ std::vector<STLRow> rowsOf(const std::vector<STLLine>& lines, const STLFormat& f
     return rows;
 }
 
+namespace {
+
+// What the cells of a line are, without an empty one behind the last separator.
+std::vector<STLToken> tokensOf(const STLLine& line, const STLFormat& format)
+{
+    std::vector<std::string_view> cells;
+    splitCells(line.text, format.cells.separator, cells);
+    if (!cells.empty() && cells.back().empty())
+        cells.pop_back();
+    std::vector<STLToken> tokens;
+    for (const std::string_view cell : cells)
+        tokens.push_back(readToken(cell, format.cells));
+    return tokens;
+}
+
+bool isText(const STLToken& token)
+{
+    return token.kind == STLKind::Text;
+}
+
+bool isTyped(const STLToken& token)
+{
+    return token.kind != STLKind::Text && token.kind != STLKind::Missing;
+}
+
+}  // namespace
+
+std::uint64_t firstRaggedLine(const STLSample& sample, const STLFormat& format, std::uint64_t dataLine)
+{
+    for (; dataLine > 1; --dataLine) {
+        const STLLine& above = sample.head[dataLine - 2];
+        const std::vector<STLToken> tokens = tokensOf(above, format);
+        if (isRemark(above.text, format) || std::any_of(tokens.begin(), tokens.end(), isText) ||
+            std::none_of(tokens.begin(), tokens.end(), isTyped))
+            break;
+    }
+    return dataLine;
+}
+
+std::size_t namedColumns(const STLSample& sample, const STLFormat& format, std::size_t usual)
+{
+    std::vector<STLToken> above;
+    for (const STLLine& line : sample.head) {
+        if (isEmptyLine(line.text) || isRemark(line.text, format))
+            continue;
+        std::vector<STLToken> tokens = tokensOf(line, format);
+        if (std::none_of(tokens.begin(), tokens.end(), isTyped)) {
+            above = std::move(tokens);
+            continue;
+        }
+        const std::size_t named = above.size();
+        if (named <= usual)
+            return 0;
+        return std::any_of(sample.lines.begin(), sample.lines.end(),
+                           [&](const STLLine& other) {
+                               const std::vector<STLToken> cells = tokensOf(other, format);
+                               return cells.size() == named &&
+                                      std::any_of(cells.begin(), cells.end(), isTyped);
+                           })
+                   ? named
+                   : 0;
+    }
+    return 0;
+}
+
 std::vector<STLKind> kindsOf(const std::vector<STLRow>& rows, std::size_t count)
 {
     std::vector<std::array<std::size_t, kSTLKinds>> votes(count);

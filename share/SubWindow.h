@@ -4,10 +4,12 @@
 
 #include <QMainWindow>
 
-namespace veltrac {
+#include "core/SampleRange.h"
 
 // What windowGone() hands over: only good for comparing, the window is about to be deleted.
 using subWindow = QWidget*;
+
+namespace veltrac {
 
 class SubWindow : public QMainWindow
 {
@@ -15,6 +17,10 @@ class SubWindow : public QMainWindow
 
 public:
     explicit SubWindow(QWidget* parent = nullptr);
+
+    // Which samples of its file the opener has in view, as a plot has. A window that works on a range takes
+    // it for the one that its fields begin with; the others leave it, as this one does.
+    virtual void offerRange(const SampleRange& range);
 
     // Before it is shown for the first time the window is made to fit the screen.
     void setVisible(bool visible) override;
@@ -37,5 +43,9 @@ protected:
 private:
     bool m_wasShown = false;
 };
+
+// For a window that is about to be shown: on a small screen it would hide its own buttons. Only what exceeds
+// the available screen is cut off.
+void fitToScreen(QWidget& window);
 
 }  // namespace veltrac

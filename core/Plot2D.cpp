@@ -100,16 +100,16 @@ void Plot2D::setLogarithmicX(bool on)
 
 void Plot2D::findOrigin()
 {
-    std::uint32_t origin = 0;
-    for (const auto& v : variables())
-        if (origin = v->variable().source()->startSeconds(); origin != 0)
-            break;
+    const Group::Variables all = variables();
+    const auto dated = std::find_if(all.begin(), all.end(),
+                                    [](const auto& v) { return v->variable().source()->hasCalendar(); });
+    const std::uint32_t origin = dated == all.end() ? 0 : (*dated)->variable().source()->startSeconds();
     const double moved = static_cast<double>(m_axis.origin) - origin;
-    if (moved == 0.0)
-        return;
-    const bool wasClockless = m_axis.origin == 0;
+    const bool wasDated = m_axis.dated;
+    m_axis.dated = dated != all.end();
     m_axis.origin = origin;
-    if (wasClockless || m_axis.mode == XMode::Sample)
+    // What has no calendar stands at the origin wherever that is.
+    if (moved == 0.0 || !wasDated || !m_axis.dated || m_axis.mode == XMode::Sample)
         return;
     m_view.x1 += moved;
     m_view.x2 += moved;

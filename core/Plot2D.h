@@ -39,7 +39,7 @@ public:
     void setMode(veltrac::XMode mode);
     // Does nothing where no row has an x above 0.
     void setLogarithmicX(bool on);
-    // The start of the first source that has a clock becomes the origin. After variables came or went.
+    // The start of the first source that has a calendar becomes the origin. After variables came or went.
     void findOrigin();
     std::string xTitle;  // UTF-8
 

@@ -226,7 +226,7 @@ Readout readoutAt(const Plot2D& plot, double x)
     const auto ref = plot.reference();
     if (ref) {
         const std::uint32_t row = plot.axis().nearestRow(ref->variable(), at);
-        rows.append({QStringLiteral("Sample"), QString::number(row)});
+        rows.append({QStringLiteral("Sample"), QString::number(ref->variable().source()->sampleOf(row))});
     }
     if (plot.axis().mode != XMode::Sample) {
         const QString title = QString::fromStdString(plot.xTitle);
@@ -291,7 +291,11 @@ QStringList intervalFields(const Plot2D& plot, const IntervalRow& row)
         return plot.cursor(which) ? valueText(value) : QString();
     };
     const HsVariable::Statistics& s = row.statistics;
-    const auto ofValues = [&](double value) { return s.count == 0 ? QStringLiteral("–") : valueText(value); };
+    const QString none = QStringLiteral("–");
+    const auto ofValues = [&](double value) { return s.count == 0 ? none : valueText(value); };
+    // Of points that stand for unequal parts of x (a characteristic on a logarithmic axis) it means nothing.
+    const bool isEven = row.variable->variable().source()->isEvenlySpaced();
+    const auto ofSamples = [&](double value) { return isEven ? ofValues(value) : none; };
     const bool both = plot.cursor(Plot2D::A) && plot.cursor(Plot2D::B);
     return {label(*row.variable),
             QString::fromStdString(row.variable->variable().unit),
@@ -300,9 +304,9 @@ QStringList intervalFields(const Plot2D& plot, const IntervalRow& row)
             both ? differenceText(row.atA, row.atB) : QString(),
             ofValues(s.least),
             ofValues(s.greatest),
-            ofValues(s.mean),
-            ofValues(s.rms),
-            ofValues(s.deviation),
+            ofSamples(s.mean),
+            ofSamples(s.rms),
+            ofSamples(s.deviation),
             QString::number(s.missing)};
 }
 

@@ -1,5 +1,6 @@
 #include "share/PlotPicture.h"
 
+#include <QEvent>
 #include <QPainter>
 
 #include <algorithm>

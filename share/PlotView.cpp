@@ -85,11 +85,9 @@ void PlotView::setLogarithmicX(bool on)
 
 void PlotView::setLogarithmicY(int group, bool on)
 {
-    if (group < 0 || group >= static_cast<int>(plot().groups().size()))
+    if (group < 0)
         return;
-    Group& g = plot().groups()[static_cast<std::size_t>(group)];
-    g.setLogarithmic(on);
-    g.mode = g.mode == YMode::Fixed ? YMode::Whole : g.mode;
+    plot().setLogarithmicY(static_cast<std::size_t>(group), on);
     refresh(false);
 }
 

@@ -365,7 +365,6 @@ TEST(PlotReadout, valuesHaveTheDigitsThatAFloatNeeds)
                                                     {16777217.0 - 1.0, "16777216"},
                                                     {123456.79F, "123456.79"},
                                                     {1.00000012F, "1.0000001"},
-                                                    {8589973504.0F, "8.589973504e+09"},
                                                     {1.0 / 3.0, "0.3333333"}};  // a mean, no float
     for (const auto& [value, text] : cases)
         EXPECT_EQ(valueText(value).toStdString(), text);

@@ -227,7 +227,7 @@ Readout readoutAt(const Plot2D& plot, double x)
     const auto ref = plot.reference();
     if (ref) {
         const std::uint32_t row = plot.axis().nearestRow(ref->variable(), at);
-        rows.append({QStringLiteral("Sample"), QString::number(row)});
+        rows.append({QStringLiteral("Sample"), QString::number(ref->variable().source()->sampleOf(row))});
     }
     if (plot.axis().mode != XMode::Sample) {
         const QString title = QString::fromStdString(plot.xTitle);
@@ -293,7 +293,7 @@ namespace {
 bool hasMeans(const Variable& variable)
 {
     return !QString::fromStdString(variable.unit).startsWith(QLatin1String("dB")) &&
-           dynamic_cast<const PlotValues*>(variable.source().get()) == nullptr;
+           variable.source()->isEvenlySpaced();
 }
 
 }  // namespace

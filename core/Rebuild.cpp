@@ -14,6 +14,42 @@ namespace veltrac {
 namespace {
 
 constexpr std::uint32_t kRunBytes = 1U << 20;
+constexpr std::uint32_t kOfARead = 100000;  // what marks the byte counts of a read, see TS::IO_ERROR
+
+// Counts that the file does not hold would be copied as far as they go, through a buffer of their size.
+void requireHeld(TSFILE& from, const BlockFile& image, std::uint32_t samples)
+{
+    const std::uint64_t needed = tsFileBytes(samples, from.columns());
+    if (needed > image.size())
+        throw TS::IO_ERROR(static_cast<std::uint32_t>(std::min<std::uint64_t>(image.size(), UINT32_MAX)),
+                           kOfARead, 1);
+}
+
+// Makes a file of zeros in the byte order of another: a program on the machine that wrote the old one goes
+// on reading it.
+std::unique_ptr<TSFILE> createInOrderOf(const BlockFile& from, const std::string& name, std::uint32_t samples,
+                                        std::uint32_t columns)
+{
+    std::unique_ptr<TSFILE> made = createTsFile(name, samples, columns);
+    Block header;
+    from.read(0, header);
+    ByteOrder order = ByteOrder::Unknown;
+    decodeHeader(header, order);
+    if (order != ByteOrder::Swapped)
+        return made;
+
+    // Zeros and texts read the same either way: the header's numbers are all that changes.
+    made->flush(true);
+    made.reset();
+    {
+        BlockFile file(BlockFile::open(name.c_str(), false), false);
+        file.read(0, header);
+        ByteOrder native = ByteOrder::Unknown;
+        encodeHeader(decodeHeader(header, native), 0, ByteOrder::Swapped, header);
+        file.write(0, header);
+    }
+    return openTsFile(name, false);
+}
 
 // Copies the values that both files have, a run of rows at a time.
 JobOutcome copyValues(TSFILE& from, TSFILE& to, const Progress& progress)
@@ -65,13 +101,15 @@ JobOutcome rebuildTsFile(const std::filesystem::path& file, std::uint32_t newSam
     const std::unique_ptr<TSFILE> from = openTsFile(file.string(), true);
     if (from->ringStart() != 0)
         throw TS::READONLY_VIOLATION(file.string());
-    // Counts that the body cannot hold would be copied as far as they go, into a file of their size.
+    const BlockFile image(BlockFile::duplicate(from->descriptor()), true);
+    requireHeld(*from, image, std::min(from->samples(), newSamples));
     if (tsFileBytes(newSamples, newColumns) >= kFileLimit)
         throw TS::IO_ERROR(0, static_cast<std::uint32_t>(kFileLimit), 1);
 
     ScratchFile scratch(file.parent_path(), "tmp", ".ts");
     {
-        const std::unique_ptr<TSFILE> made = createTsFile(scratch.path().string(), newSamples, newColumns);
+        const std::unique_ptr<TSFILE> made =
+            createInOrderOf(image, scratch.path().string(), newSamples, newColumns);
         TSFILE& to = *made;
         const std::uint32_t kept = std::min(from->columns(), newColumns);
         for (std::uint32_t col = 1; col <= kept; ++col)

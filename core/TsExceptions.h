@@ -20,8 +20,8 @@ struct Failure
 
     Failure() = default;
     explicit Failure(std::string fileName) : name(std::move(fileName)) {}
-    Failure(std::uint32_t first, std::uint32_t second, unsigned char mark)
-        : value1(first), value2(second), flag(mark)
+    Failure(std::uint32_t first, std::uint32_t second, unsigned char mark, std::string fileName = {})
+        : value1(first), value2(second), flag(mark), name(std::move(fileName))
     {
     }
 };

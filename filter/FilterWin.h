@@ -45,7 +45,7 @@ public slots:
     void sl_execute() override;
     void sl_plotFiltWin();
     void sl_saveResults() override;
-    void sl_subwindowGone(veltrac::subWindow window);
+    void sl_subwindowGone(subWindow window);
 
 protected:
     bool mayClose() override;

@@ -33,7 +33,7 @@ public slots:
     void sl_help();
     void sl_stdfunctions();
     void sl_cbTargetActivated(int index);
-    void sl_subwindowGone(veltrac::subWindow window);
+    void sl_subwindowGone(subWindow window);
 
 protected:
     void changeEvent(QEvent* event) override;

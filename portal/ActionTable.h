@@ -8,21 +8,14 @@
 
 namespace veltrac {
 
-// The actions, in the order of their table.
+// The actions of the main window itself; those that start a sub-program are rows of its registry.
 enum class ActionId {
     Help,
     About,
     Create,
     ReadTsa,
-    ReadStl,
-    ReadScl,
     OtherDirectory,
     Refresh,
-    Formula,
-    Derivative,
-    Integral,
-    Spectrum,
-    Filter,
     ConfigurePostscript,
     ConfigureFont,
     Sorting,
@@ -39,7 +32,6 @@ enum class ActionId {
 
 struct ActionRow
 {
-    ActionId id;
     const char* image;     // ":/img_" + image; empty for none
     const char* shortcut;  // repeated ones are wanted: Qt then reports an ambiguity and runs neither
     const char* slot;      // of the main window, as SLOT() writes it
@@ -49,7 +41,13 @@ struct ActionRow
     bool checkable = false;
 };
 
-std::span<const ActionRow> actionRows();
+struct FixedAction
+{
+    ActionId id;
+    ActionRow row;
+};
+
+std::span<const FixedAction> fixedActions();
 
 // What acts on one file: a sub-menu of "&File" that lists the files, and an entry of a row's context menu.
 struct FileActionRow
@@ -63,8 +61,8 @@ struct FileActionRow
 
 std::span<const FileActionRow> fileActionRows();
 
-// A place in a menu or tool bar where no action stands.
-enum class Gap { Separator, FileMenus, RowHeight, WhatsThis };
+// A place in a menu or tool bar for something else than one of these actions.
+enum class Gap { Separator, FileMenus, RowHeight, WhatsThis, Importers, Computing };
 
 struct BarItem
 {
@@ -82,6 +80,8 @@ struct BarRow
     bool hidden = false;
 };
 
+// What can be done in a directory, whatever is in it.
+std::span<const BarItem> directoryItems();
 std::span<const BarRow> menuRows();
 std::span<const BarRow> toolBarRows();
 

@@ -234,7 +234,8 @@ PastedStrips pasteStrips(const std::vector<std::vector<float>>& rows, std::span<
     PastedStrips pasted;
     const std::size_t fitting = std::min(rows.size(), samples.size());
     for (std::size_t r = 0; r < rows.size(); ++r)
-        pasted.beyond += r < fitting ? rows[r].size() - std::min(rows[r].size(), columns.size()) : rows[r].size();
+        pasted.beyond +=
+            r < fitting ? rows[r].size() - std::min(rows[r].size(), columns.size()) : rows[r].size();
     std::vector<EditStrip>& strips = pasted.strips;
     for (std::size_t c = 0; c < columns.size(); ++c)
         for (std::size_t r = 0; r < fitting; ++r) {

@@ -42,8 +42,9 @@ QWidget* CellDelegate::createEditor(QWidget* parent, const QStyleOptionViewItem&
     editor->setFrame(false);
     editor->setAlignment(Qt::AlignCenter);
     editor->setAccessibleName(QStringLiteral("Value of sample %1").arg(index.row() + 1));
-    connect(editor, &QLineEdit::textChanged, editor,
-            [editor](const QString& text) { markField(*editor, cellNumber(text.toStdString()).has_value()); });
+    connect(editor, &QLineEdit::textChanged, editor, [editor](const QString& text) {
+        markField(*editor, cellNumber(text.toStdString()).has_value());
+    });
     return editor;
 }
 

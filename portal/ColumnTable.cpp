@@ -1,5 +1,6 @@
 #include "portal/ColumnTable.h"
 
+#include <QEvent>
 #include <QHeaderView>
 #include <QSignalBlocker>
 
@@ -60,12 +61,25 @@ std::vector<unsigned> ColumnTable::fill(TSFILE& file)
     } catch (const TS::Failure&) {
         setRowCount(row);
     }
+    fitColumns();
+    setShowGrid(false);
+    return unnamed;
+}
+
+void ColumnTable::fitColumns()
+{
     // Fitting takes the stretch from the last column of a table that is shown already.
     horizontalHeader()->setStretchLastSection(false);
     resizeColumnsToContents();
     horizontalHeader()->setStretchLastSection(true);
-    setShowGrid(false);
-    return unnamed;
+}
+
+// A desktop's theme may set the font after the table was filled.
+void ColumnTable::changeEvent(QEvent* event)
+{
+    QTableWidget::changeEvent(event);
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
+        fitColumns();
 }
 
 bool ColumnTable::fillRow(TSFILE& file, int row)

@@ -24,7 +24,11 @@ public:
     std::vector<unsigned> fill(TSFILE& file);
     void setRowHeights(int pixels);
 
+protected:
+    void changeEvent(QEvent* event) override;
+
 private:
+    void fitColumns();
     // False where the column has no name. Throws the TS exceptions.
     bool fillRow(TSFILE& file, int row);
 };

@@ -3,7 +3,6 @@
 #include <QApplication>
 #include <QDialogButtonBox>
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QFormLayout>
 #include <QHeaderView>
@@ -22,7 +21,6 @@
 #include "core/TSFILE.h"
 #include "core/TsNames.h"
 #include "portal/TsApplication.h"
-#include "share/Boxes.h"
 #include "share/HeaderText.h"
 #include "share/NumberField.h"
 #include "share/QtMessageWin.h"
@@ -47,17 +45,14 @@ QString madeFile(const QString& name)
 }
 
 // CreateTs() tells only that it has failed.
-QString whyNotMade(const QString& name, bool existed)
+QString whyNotMade(const QString& name)
 {
     const QFileInfo file(name);
     if (file.exists())
-        return QStringLiteral("%1 was not made: the old file is still there.").arg(name);
+        return QStringLiteral("%1 was not made: the old file is still there, unchanged.").arg(name);
     if (!QFileInfo(file.absolutePath()).isWritable())
         return QStringLiteral("%1 was not made: its directory takes no new files.").arg(name);
-    return (existed
-                ? QStringLiteral("The old %1 was removed, but no new one could be made. Is the disk full?")
-                : QStringLiteral("%1 was not made. Is the disk full?"))
-        .arg(name);
+    return QStringLiteral("%1 was not made. Is the disk full?").arg(name);
 }
 
 QString sizeReason(double samples, double columns)
@@ -306,6 +301,9 @@ CreateTsWin::CreateTsWin(QWidget* parent) : SubWindow(parent), m_line(new QLabel
     connect(m_basics, &Basic_Tab::x_changed, this, &CreateTsWin::updateState);
     connect(m_basics, &Basic_Tab::x_columns_changed, m_columns, &Column_Tab::setColumns);
     connect(m_basics, &Basic_Tab::x_entered, m_ok, &QPushButton::click);
+    // Also a dialog that nobody opened through the main window has its file listed.
+    if (auto* const portal = dynamic_cast<QMainWindow*>(TsApplication::instance()))
+        connect(this, SIGNAL(x_file_made(const QString&)), portal, SLOT(sl_fileMade(const QString&)));
     m_basics->setFocus();
     addHelpKey(this, QStringLiteral("create"), QStringLiteral("Creating a ts-file"));
     updateState();
@@ -331,7 +329,6 @@ void CreateTsWin::fillIn(TSFILE& file) const
             col, headerBytes(m_columns->description(column), kColumnDescriptionBytes).constData());
         file.stampColumn(col);
     }
-    file.flush(true);
 }
 
 void CreateTsWin::sl_accept()
@@ -342,27 +339,14 @@ void CreateTsWin::sl_accept()
     // A key may press OK while a cell is open still.
     if (m_columns->isAncestorOf(QApplication::focusWidget()))
         m_ok->setFocus();
+    const std::unique_ptr<TSFILE> file(application->CreateTs(m_basics->fileName(), m_basics->samples(),
+                                                             m_basics->columns(),
+                                                             [this](TSFILE& made) { fillIn(made); }));
     const QString name = madeFile(m_basics->fileName());
-    const bool existed = QFile::exists(name);
-    std::unique_ptr<TSFILE> file(
-        application->CreateTs(m_basics->fileName(), m_basics->samples(), m_basics->columns()));
     if (!file) {
-        m_line->setText(whyNotMade(name, existed));
-        if (existed && !QFile::exists(name))
-            emit x_directory_changed();
+        m_line->setText(whyNotMade(name));
         return;
     }
-    try {
-        fillIn(*file);
-    } catch (...) {
-        file.reset();
-        QFile::remove(name);
-        showBox(QMessageBox::Warning, this, windowTitle(),
-                QStringLiteral("%1 could not be written and was removed. Is the disk full?").arg(name));
-        emit x_directory_changed();
-        return;
-    }
-    file.reset();
     emit x_file_made(name);
     close();
 }

@@ -17,12 +17,13 @@
 #include <charconv>
 #include <memory>
 
+#include "core/FailureText.h"
 #include "core/Rebuild.h"
 #include "core/TSFILE.h"
 #include "core/TsExceptions.h"
 #include "portal/ColumnTable.h"
-#include "portal/FailureReason.h"
 #include "portal/HeaderFields.h"
+#include "portal/StartField.h"
 #include "portal/TsApplication.h"
 #include "share/Boxes.h"
 #include "share/HeaderText.h"
@@ -87,6 +88,14 @@ EditHeaderWin::EditHeaderWin(const QString& fileName, QWidget* parent)
     resize(fontMetrics().averageCharWidth() * 110, fontMetrics().height() * 40);
 }
 
+// A field or cell that has the focus tells that it is left when it goes, after this window has.
+EditHeaderWin::~EditHeaderWin()
+{
+    m_fields->samples().disconnect(this);
+    m_fields->columns().disconnect(this);
+    m_table->disconnect(this);
+}
+
 // -- Building --
 
 QWidget* EditHeaderWin::createFields()
@@ -98,6 +107,8 @@ QWidget* EditHeaderWin::createFields()
     connect(&m_fields->startTime(), &QLineEdit::textChanged, this, &EditHeaderWin::sl_startTimeChanged);
     connect(&m_fields->samples(), &QLineEdit::textChanged, this, &EditHeaderWin::sl_samplesChanged);
     connect(&m_fields->columns(), &QLineEdit::textChanged, this, &EditHeaderWin::sl_columnsChanged);
+    connect(m_fields, &HeaderFields::x_start_date_edited, this, [this] { m_startDateChanged = true; });
+    connect(&m_fields->startDate(), &StartField::x_validated, this, &EditHeaderWin::updateState);
     // A count is applied when its field is left, also by Enter: what that has done is to be seen. Enter in
     // the other fields presses OK.
     connect(&m_fields->samples(), &QLineEdit::editingFinished, this, [this] {
@@ -110,7 +121,7 @@ QWidget* EditHeaderWin::createFields()
     });
     for (const QLineEdit* const field :
          {&m_fields->description(), &m_fields->timeUnit(), static_cast<QLineEdit*>(&m_fields->sampleTime()),
-          static_cast<QLineEdit*>(&m_fields->startTime())})
+          static_cast<QLineEdit*>(&m_fields->startTime()), &m_fields->startDate().text()})
         connect(field, &QLineEdit::returnPressed, this, [this] { m_ok->click(); });
     return m_fields;
 }
@@ -173,10 +184,12 @@ void EditHeaderWin::readHeader()
         m_fields->timeUnit().setText(headerText(file->timeUnit()));
         m_fields->sampleTime().setText(floatText(file->dt()));
         m_fields->startTime().setText(floatText(file->startTime()));
+        m_fields->setStartSeconds(file->startSeconds());
     } catch (const TS::Failure&) {
         say(QStringLiteral("The header of %1 could not be read.").arg(m_shownName));
     }
-    m_descriptionChanged = m_timeUnitChanged = m_sampleTimeChanged = m_startTimeChanged = false;
+    m_descriptionChanged = m_timeUnitChanged = m_sampleTimeChanged = m_startTimeChanged = m_startDateChanged =
+        false;
     updateState();
 }
 
@@ -197,7 +210,8 @@ void EditHeaderWin::noteFileTime()
 
 bool EditHeaderWin::hasFieldEdits() const
 {
-    return m_descriptionChanged || m_timeUnitChanged || m_sampleTimeChanged || m_startTimeChanged;
+    return m_descriptionChanged || m_timeUnitChanged || m_sampleTimeChanged || m_startTimeChanged ||
+           m_startDateChanged;
 }
 
 // Another window may have rebuilt or computed what is shown here.
@@ -474,8 +488,10 @@ bool EditHeaderWin::writeFields()
             file->timeUnit(headerBytes(m_fields->timeUnit().text(), kTimeUnitBytes).constData());
         if (m_sampleTimeChanged)
             file->dt(static_cast<float>(m_fields->sampleTime().number()));
+        if (m_startDateChanged)
+            file->startSeconds(m_fields->startSeconds());
         if (m_startTimeChanged)
-            file->startTime(static_cast<float>(m_fields->startTime().number()));
+            file->setStart(file->startSeconds(), static_cast<float>(m_fields->startTime().number()));
         file->flush(true);
     } catch (const TS::Failure&) {
         warn(QStringLiteral("Veltrac error"),

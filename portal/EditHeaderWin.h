@@ -29,6 +29,7 @@ class EditHeaderWin : public veltrac::SubWindow
 
 public:
     explicit EditHeaderWin(const QString& fileName, QWidget* parent = nullptr);
+    ~EditHeaderWin() override;
 
 public slots:
     void sl_fileDescrChanged(const QString& text);
@@ -42,7 +43,7 @@ public slots:
     void sl_refresh();
     void sl_cellChanged(int row, int column);
     void sl_finished();
-    void sl_subwindowGone(veltrac::subWindow window);
+    void sl_subwindowGone(subWindow window);
 
 protected:
     bool mayClose() override;
@@ -86,6 +87,7 @@ private:
     bool m_timeUnitChanged = false;
     bool m_sampleTimeChanged = false;
     bool m_startTimeChanged = false;
+    bool m_startDateChanged = false;
     QDateTime m_fileTime;  // of the file as it is shown
 
     veltrac::HeaderFields* m_fields = nullptr;

@@ -100,6 +100,14 @@ void FileTable::fitColumns()
     setColumnWidth(kNameColumn, std::min(columnWidth(kNameColumn) + 2 * character, kLongestName * character));
 }
 
+// A desktop's theme may set the font after the table was filled.
+void FileTable::changeEvent(QEvent* event)
+{
+    QTableWidget::changeEvent(event);
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
+        fitColumns();
+}
+
 void FileTable::setRow(int row, const TsFileRecord& record)
 {
     const std::array<QString, kHeaders.size()> texts = {
@@ -152,9 +160,7 @@ bool FileTable::viewportEvent(QEvent* event)
     if (event->type() != QEvent::ContextMenu)
         return QTableWidget::viewportEvent(event);
     const auto* const menu = static_cast<QContextMenuEvent*>(event);
-    const int row = rowAt(menu->pos().y());
-    if (row >= 0)
-        emit x_menu_wanted(row, menu->globalPos());
+    emit x_menu_wanted(rowAt(menu->pos().y()), menu->globalPos());
     return true;
 }
 
@@ -163,18 +169,23 @@ void FileTable::contextMenuEvent(QContextMenuEvent* event)
     event->accept();
     const QModelIndexList rows = selectionModel()->selectedRows(kNameColumn);
     if (rows.isEmpty())
-        return;
-    const QRect cell = visualRect(rows.first());
-    emit x_menu_wanted(rows.first().row(), viewport()->mapToGlobal(cell.bottomLeft()));
+        emit x_menu_wanted(-1, viewport()->mapToGlobal(viewport()->rect().center()));
+    else
+        emit x_menu_wanted(rows.first().row(),
+                           viewport()->mapToGlobal(visualRect(rows.first()).bottomLeft()));
 }
 
 void FileTable::keyPressEvent(QKeyEvent* event)
 {
     const bool isEnter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
     const bool isArrow = event->key() == Qt::Key_Up || event->key() == Qt::Key_Down;
+    const bool isEnd = event->key() == Qt::Key_Home || event->key() == Qt::Key_End;
     // The row that has the focus at first is not selected: the first arrow selects it, be it the only one.
     if (isArrow && selectedFile().isEmpty() && currentRow() >= 0)
         selectRow(currentRow());
+    // A row is one file: its ends are of no interest, those of the list are.
+    else if (isEnd && rowCount() > 0)
+        select(fileAt(event->key() == Qt::Key_Home ? 0 : rowCount() - 1));
     else if (isEnter && !selectedFile().isEmpty())
         emit x_entered();
     else

@@ -28,11 +28,10 @@ public:
     bool select(const QString& name);
 
     void setRowHeights(int pixels);
-    // Makes the columns as wide as what they hold; of very long names the middle is left out.
-    void fitColumns();
 
 signals:
-    // The context menu was asked for, by mouse on a row or by key on the selected one.
+    // The context menu was asked for, by mouse on a row or by key on the selected one; row -1 where no file
+    // is meant.
     void x_menu_wanted(int row, const QPoint& globalPosition);
     // Enter was pressed on the selected file.
     void x_entered();
@@ -41,8 +40,11 @@ protected:
     bool viewportEvent(QEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    void changeEvent(QEvent* event) override;
 
 private:
+    // Makes the columns as wide as what they hold; of very long names the middle is left out.
+    void fitColumns();
     void makeHeader();
     void setRow(int row, const TsFileRecord& record);
 };

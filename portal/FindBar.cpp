@@ -101,7 +101,7 @@ bool FindBar::isValid() const
 SearchCondition FindBar::condition() const
 {
     const Looking looking = kRows[m_what->currentIndex()].looking;
-    return {looking, m_number->number(), 
+    return {looking, m_number->number(),
             looking == Looking::Equal ? searchTolerance(m_number->text().toStdString()) : 0.0};
 }
 

@@ -9,6 +9,7 @@
 #include <limits>
 
 #include "core/TSFILE.h"
+#include "portal/StartField.h"
 #include "share/HeaderText.h"
 #include "share/NumberField.h"
 
@@ -47,6 +48,7 @@ HeaderFields::HeaderFields(QWidget* parent)
       m_timeUnit(new QLineEdit(this)),
       m_sampleTime(new NumberField(QStringLiteral("1"), this)),
       m_startTime(new NumberField(QStringLiteral("0"), this)),
+      m_startDate(new StartField(this)),
       m_samples(new NumberField(QStringLiteral("0"), this)),
       m_columns(new NumberField(QStringLiteral("0"), this)),
       m_line(new QLabel(this))
@@ -57,15 +59,37 @@ HeaderFields::HeaderFields(QWidget* parent)
     m_line->setTextFormat(Qt::PlainText);
     addChecks();
     layOut();
+    connect(m_startTime, &NumberField::x_validated, this, &HeaderFields::showStartDate);
+    connect(m_startDate, &StartField::x_edited, this, &HeaderFields::takeStartDate);
+}
+
+void HeaderFields::setStartSeconds(std::uint32_t seconds)
+{
+    m_startSeconds = seconds;
+    showStartDate();
+}
+
+void HeaderFields::showStartDate()
+{
+    if (m_startSeconds == 0)
+        m_startDate->setTime(std::nullopt);
+    else if (m_startTime->isValid())
+        m_startDate->setTime(m_startSeconds + m_startTime->number());
+}
+
+void HeaderFields::takeStartDate(double seconds)
+{
+    const double whole = std::floor(seconds);
+    m_startSeconds = static_cast<std::uint32_t>(whole);
+    m_startTime->setText(QString::number(seconds - whole, 'g', 6));
+    emit x_start_date_edited();
 }
 
 void HeaderFields::addChecks()
 {
     // A sample time of 0 is told on OK, in a box.
     m_sampleTime->setCheck(rangeReason);
-    m_startTime->setCheck([](double seconds) {
-        return seconds < 0 ? QStringLiteral("The start time must not be negative.") : rangeReason(seconds);
-    });
+    m_startTime->setCheck(rangeReason);
     const auto whole = [](double number) {
         return number >= 0 && number <= kMostCount && number == std::floor(number);
     };
@@ -82,7 +106,7 @@ void HeaderFields::layOut()
     struct Field
     {
         const char* label;
-        QLineEdit* field;
+        QWidget* field;
         int row;
         Place place;
         const char* help;
@@ -94,6 +118,7 @@ void HeaderFields::layOut()
         {"Sample &time", m_sampleTime, 2, kLeft, "The time from one sample to the next, above 0."},
         {"Sta&rt time:", m_startTime, 3, kLeft,
          "The time at which the series starts; sample 1 lies one sample time after it."},
+        {"Starts &on:", m_startDate, 4, kBoth, ""},
         {"No of &samples:", m_samples, 2, kRight, "Another number rebuilds the file; new samples are 0."},
         {"Colu&mns:", m_columns, 3, kRight, "Another number rebuilds the file; new columns are 0."},
     };
@@ -103,13 +128,15 @@ void HeaderFields::layOut()
         auto* const label = new QLabel(QString::fromLatin1(row.label), this);
         label->setBuddy(row.field);
         row.field->setAccessibleName(label->text().remove(QLatin1Char('&')));
-        row.field->setToolTip(QString::fromLatin1(row.help));
-        row.field->setWhatsThis(row.field->toolTip());
+        if (*row.help != '\0') {
+            row.field->setToolTip(QString::fromLatin1(row.help));
+            row.field->setWhatsThis(row.field->toolTip());
+        }
         const int column = row.place == kRight ? 2 : 0;
         grid->addWidget(label, row.row, column);
         grid->addWidget(row.field, row.row, column + 1, 1, row.place == kBoth ? 3 : 1);
     }
-    grid->addWidget(m_line, 4, 0, 1, 4);
+    grid->addWidget(m_line, 5, 0, 1, 4);
 }
 
 QString HeaderFields::sizeReason(double samples, double columns) const
@@ -141,6 +168,10 @@ bool HeaderFields::validate()
                             field->reason());
             return false;
         }
+    if (!m_startDate->reason().isEmpty()) {
+        m_line->setText(m_startDate->reason());
+        return false;
+    }
     const std::uint64_t bytes = tsFileBytes(static_cast<std::uint32_t>(m_samples->number()),
                                             static_cast<std::uint32_t>(m_columns->number()));
     m_line->setText(QStringLiteral("The file with these counts has %1.").arg(sizeText(bytes)));

@@ -4,12 +4,15 @@
 
 #include <QWidget>
 
+#include <cstdint>
+
 class QLabel;
 class QLineEdit;
 
 namespace veltrac {
 
 class NumberField;
+class StartField;
 
 class HeaderFields : public QWidget
 {
@@ -25,6 +28,12 @@ public:
     NumberField& samples() const { return *m_samples; }
     NumberField& columns() const { return *m_columns; }
 
+    // The start's whole seconds since the epoch, 0 for none. The start time is counted from there; a date
+    // that is typed changes both.
+    std::uint32_t startSeconds() const { return m_startSeconds; }
+    void setStartSeconds(std::uint32_t seconds);
+    StartField& startDate() const { return *m_startDate; }
+
     // The counts that the file has: they are no mistake of the user's, whatever they are. A field that shows
     // the count of before shows the new one; what was typed stays.
     void setCounts(unsigned samples, unsigned columns);
@@ -33,7 +42,13 @@ public:
     // Says anew what is wrong, or how large the file is with these counts; false where something is wrong.
     bool validate();
 
+signals:
+    // A date was typed.
+    void x_start_date_edited();
+
 private:
+    void showStartDate();
+    void takeStartDate(double seconds);
     void addChecks();
     void layOut();
     QString sizeReason(double samples, double columns) const;
@@ -42,9 +57,11 @@ private:
     QLineEdit* m_timeUnit;
     NumberField* m_sampleTime;
     NumberField* m_startTime;
+    StartField* m_startDate;
     NumberField* m_samples;
     NumberField* m_columns;
     QLabel* m_line;
+    std::uint32_t m_startSeconds = 0;
     unsigned m_fileSamples = 0;
     unsigned m_fileColumns = 0;
 };

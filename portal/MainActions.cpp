@@ -7,6 +7,7 @@
 #include <QSpinBox>
 #include <QToolBar>
 
+#include "portal/SubPrograms.h"
 #include "share/hydaction.h"
 
 namespace veltrac {
@@ -26,20 +27,31 @@ MainActions::MainActions(QMainWindow* window) : QObject(window), m_window(window
     createToolBars();
 }
 
+QAction* MainActions::create(const ActionRow& row)
+{
+    const QString image = QString::fromLatin1(row.image);
+    const QString what = QString::fromUtf8(row.whatsThis);
+    auto* const made = new HydAction(image, QKeySequence(QString::fromLatin1(row.shortcut)), m_window,
+                                     row.slot != nullptr ? row.slot : SLOT(sl_openSubProgram()),
+                                     QString::fromLatin1(row.text), QString::fromLatin1(row.toolTip),
+                                     what.isEmpty() ? what : whatsThisText(image, what));
+    made->setCheckable(row.checkable);
+    made->installEventFilter(this);
+    // Keys work whatever bar or menu shows the action.
+    m_window->addAction(made);
+    m_withKeys.push_back(made);
+    return made;
+}
+
 void MainActions::createActions()
 {
-    for (const ActionRow& row : actionRows()) {
-        const QString image = QString::fromLatin1(row.image);
-        const QString what = QString::fromUtf8(row.whatsThis);
-        auto* const made =
-            new HydAction(image, QKeySequence(QString::fromLatin1(row.shortcut)), m_window, row.slot,
-                          QString::fromLatin1(row.text), QString::fromLatin1(row.toolTip),
-                          what.isEmpty() ? what : whatsThisText(image, what));
-        made->setCheckable(row.checkable);
-        made->installEventFilter(this);
-        // Keys work whatever bar or menu shows the action.
-        m_window->addAction(made);
-        m_actions[row.id] = made;
+    for (const FixedAction& fixed : fixedActions())
+        m_actions[fixed.id] = create(fixed.row);
+    for (const SubProgramRow& row : subPrograms()) {
+        if (row.offered == Offered::Elsewhere)
+            continue;
+        m_subPrograms[row.kind] = create(row.action);
+        m_subPrograms[row.kind]->setData(static_cast<int>(row.kind));
     }
     auto* const quit =
         new QAction(QIcon(QStringLiteral(":/img_FlushDown")), QStringLiteral("&Quit"), m_window);
@@ -52,14 +64,14 @@ void MainActions::createMenus()
     for (const BarRow& row : menuRows()) {
         QMenu* const menu = m_window->menuBar()->addMenu(QString::fromLatin1(row.title));
         for (const BarItem& item : row.items) {
-            if (item.action)
-                menu->addAction(action(*item.action));
-            else if (item.gap == Gap::FileMenus)
+            if (item.gap == Gap::FileMenus)
                 createFileMenus(menu);
             else if (item.gap == Gap::WhatsThis)
                 addWhatsThis(menu);
-            else
+            else if (item.gap == Gap::Separator)
                 menu->addSeparator();
+            else
+                addTo(menu, item);
         }
     }
 }
@@ -79,13 +91,23 @@ void MainActions::createToolBars()
     for (const BarRow& row : toolBarRows()) {
         QToolBar* const bar = m_window->addToolBar(QString::fromLatin1(row.title));
         for (const BarItem& item : row.items) {
-            if (item.action)
-                bar->addAction(action(*item.action));
-            else
+            if (item.gap == Gap::RowHeight)
                 addRowHeight(bar);
+            else
+                addTo(bar, item);
         }
         bar->setHidden(row.hidden);
     }
+}
+
+void MainActions::addTo(QWidget* bar, const BarItem& item) const
+{
+    if (item.action)
+        bar->addAction(action(*item.action));
+    const Offered offered = item.gap == Gap::Importers ? Offered::AsImporter : Offered::AsComputing;
+    for (const SubProgramRow& row : subPrograms())
+        if (item.gap && row.offered == offered)
+            bar->addAction(action(row.kind));
 }
 
 void MainActions::addRowHeight(QToolBar* bar)
@@ -110,14 +132,20 @@ void MainActions::addFileActions(QMenu* menu, const QString& file) const
     }
 }
 
+void MainActions::addDirectoryActions(QWidget* menu) const
+{
+    for (const BarItem& item : directoryItems())
+        addTo(menu, item);
+}
+
 bool MainActions::eventFilter(QObject* watched, QEvent* event)
 {
     if (event->type() == QEvent::Shortcut && static_cast<QShortcutEvent*>(event)->isAmbiguous()) {
         const QKeySequence key = static_cast<QShortcutEvent*>(event)->key();
         QStringList names;
-        for (const ActionRow& row : actionRows()) {
-            if (action(row.id)->shortcut() == key)
-                names << action(row.id)->text().remove(QLatin1Char('&'));
+        for (const QAction* const action : m_withKeys) {
+            if (action->shortcut() == key)
+                names << action->text().remove(QLatin1Char('&'));
         }
         emit x_ambiguous_key(
             QStringLiteral("%1 stands for several actions; choose one in a menu: %2")

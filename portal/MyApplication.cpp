@@ -6,6 +6,7 @@
 #include <clocale>
 
 #include "core/TsExceptionTexts.h"
+#include "portal/QuitSignals.h"
 #include "portal/Veltrac.h"
 
 using namespace veltrac;
@@ -21,7 +22,7 @@ void useUnicodeNames()
         QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
 }
 
-// The blanks and line breaks have always been these; READONLY_VIOLATION counts as unknown here.
+// The blanks and line breaks are wanted; READONLY_VIOLATION counts as unknown here.
 constexpr TsExceptionTexts kTexts = {
     .createError = "Caught a TS::CREATE_ERROR exception on: ",
     .openError = "Caught a TS::OPEN_ERROR exception on: ",
@@ -52,6 +53,7 @@ MyApplication::MyApplication(int& argc, char** argv) : QApplication(argc, argv)
     m_mainWindow->show();
     m_errorBox = new QErrorMessage(m_mainWindow.get());
     m_errorBox->setWindowTitle(QStringLiteral("Veltrac, core"));
+    m_quitSignals = std::make_unique<QuitSignals>();
 }
 
 MyApplication::~MyApplication()

@@ -8,6 +8,12 @@
 class QErrorMessage;
 class VeltracWin;
 
+namespace veltrac {
+
+class QuitSignals;
+
+}  // namespace veltrac
+
 class MyApplication : public QApplication
 {
     Q_OBJECT
@@ -23,5 +29,6 @@ public:
 
 private:
     std::unique_ptr<VeltracWin> m_mainWindow;
+    std::unique_ptr<veltrac::QuitSignals> m_quitSignals;
     QErrorMessage* m_errorBox = nullptr;  // the main window owns it
 };

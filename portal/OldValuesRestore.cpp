@@ -25,14 +25,14 @@ QString rangesText(const KeptValues& kept)
     QString text;
     for (std::size_t i = 0; i < kept.ranges.size() && i < kMostRangesTold; ++i) {
         const KeptValues::Range& range = kept.ranges[i];
-        text += QStringLiteral("\ncolumn %1, samples %2 to %3")
-                    .arg(range.column)
-                    .arg(groupedNumber(range.first),
-                         groupedNumber(std::uint64_t{range.first} + range.count - 1));
+        text +=
+            QStringLiteral("\ncolumn %1, samples %2 to %3")
+                .arg(range.column)
+                .arg(groupedNumber(range.first), groupedNumber(std::uint64_t{range.first} + range.count - 1));
     }
     if (kept.ranges.size() > kMostRangesTold)
-        text += QStringLiteral("\nand %1 more ranges")
-                    .arg(groupedNumber(kept.ranges.size() - kMostRangesTold));
+        text +=
+            QStringLiteral("\nand %1 more ranges").arg(groupedNumber(kept.ranges.size() - kMostRangesTold));
     return text;
 }
 

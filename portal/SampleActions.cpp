@@ -15,10 +15,11 @@ const std::array kWindow = {
     SampleActionRow{WriteSelected, "WriteASCII", "", SLOT(sl_writeSelected()),
                     "&Write the selected samples as text…",
                     "Write the selected samples of all columns to a .tsa file"},
-    SampleActionRow{RestoreOldValues, "Undo", "", SLOT(sl_restoreOldValues()), "Restore &old values…",
-                    "Put back the old values that a failed save or calculation has left",
-                    "When a save or a calculation fails and its old values cannot be put back either, they stay "
-                    "in a file of their own, which the message names. This puts them back into their places."},
+    SampleActionRow{
+        RestoreOldValues, "Undo", "", SLOT(sl_restoreOldValues()), "Restore &old values…",
+        "Put back the old values that a failed save or calculation has left",
+        "When a save or a calculation fails and its old values cannot be put back either, they stay "
+        "in a file of their own, which the message names. This puts them back into their places."},
     SampleActionRow{Quit, "FlushDown", "", SLOT(sl_finished()), "&Quit", "Exits the Edit window",
                     "Closes this window. Edits that are not saved are asked about."},
     SampleActionRow{Copy, "Copy", "Ctrl+C", SLOT(sl_copy()), "&Copy",
@@ -48,8 +49,7 @@ const std::array kWindow = {
 };
 
 const std::array kSearch = {
-    SampleActionRow{Find, "Find", "Ctrl+F", SLOT(sl_find()), "&Find…",
-                    "Find a value in the selected column"},
+    SampleActionRow{Find, "Find", "Ctrl+F", SLOT(sl_find()), "&Find…", "Find a value in the selected column"},
     SampleActionRow{FindNext, "", "F3", SLOT(sl_findNext()), "Find ne&xt",
                     "Find the next value down the column"},
     SampleActionRow{FindPrevious, "", "Shift+F3", SLOT(sl_findPrevious()), "Find pre&vious",
@@ -66,7 +66,8 @@ const std::array kEditor = {
     SampleActionRow{Save, "Save", "Ctrl+S", SLOT(sl_save()), "&Save", "Write the edits into the file"},
     SampleActionRow{SaveAs, "SaveTS", "Ctrl+Shift+S", SLOT(sl_saveAs()), "Save as &new file…",
                     "Write a copy with the edits; the file itself stays as it is"},
-    SampleActionRow{Undo, "Undo", "Ctrl+Z", SLOT(sl_undo()), "&Undo", "Take the last edit back, saved or not"},
+    SampleActionRow{Undo, "Undo", "Ctrl+Z", SLOT(sl_undo()), "&Undo",
+                    "Take the last edit back, saved or not"},
     SampleActionRow{Redo, "Redo", "Ctrl+Shift+Z", SLOT(sl_redo()), "&Redo", "Do again what was undone"},
     SampleActionRow{Paste, "Paste", "Ctrl+V", SLOT(sl_paste()), "&Paste",
                     "Paste numbers from the current cell on, with decimal points or commas"},

@@ -162,10 +162,10 @@ std::vector<double> SampleEditor::endValues(const SampleRun& run) const
 {
     std::vector<double> values;
     for (const std::uint32_t sample : {run.first, run.last})
-        values.push_back(static_cast<double>(
-            m_table.model()
-                .value(static_cast<int>(sample) - 1, static_cast<int>(run.column) - 1)
-                .value_or(std::numeric_limits<float>::quiet_NaN())));
+        values.push_back(
+            static_cast<double>(m_table.model()
+                                    .value(static_cast<int>(sample) - 1, static_cast<int>(run.column) - 1)
+                                    .value_or(std::numeric_limits<float>::quiet_NaN())));
     return values;
 }
 
@@ -245,11 +245,10 @@ bool SampleEditor::save()
         const FrozenView frozen(m_table.view());
         JobProgress progress(&m_table, QStringLiteral("Saving %1").arg(m_table.name()));
         done = edited().save(progress.callback()) == JobOutcome::Done;
-        emit x_status(
-            done ? QStringLiteral("%1 saved in %2 s.")
-                       .arg(valuesText(cells))
-                       .arg(progress.seconds(), 0, 'f', 1)
-                 : QStringLiteral("Cancelled: the file is as it was, the edits are not saved."));
+        emit x_status(done ? QStringLiteral("%1 saved in %2 s.")
+                                 .arg(valuesText(cells))
+                                 .arg(progress.seconds(), 0, 'f', 1)
+                           : QStringLiteral("Cancelled: the file is as it was, the edits are not saved."));
     } catch (const SaveFailed& e) {
         failure = QString::fromLocal8Bit(e.text.c_str());
     }
@@ -265,9 +264,8 @@ QString SampleEditor::askNewName()
     const QFileInfo own(m_path);
     const QString suggestion =
         own.exists() ? own.dir().filePath(own.completeBaseName() + QStringLiteral("_edited.ts")) : m_path;
-    const QString chosen =
-        QFileDialog::getSaveFileName(&m_table, QStringLiteral("Save as new file"), suggestion,
-                                     QStringLiteral("Ts-files (*.ts)"));
+    const QString chosen = QFileDialog::getSaveFileName(&m_table, QStringLiteral("Save as new file"),
+                                                        suggestion, QStringLiteral("Ts-files (*.ts)"));
     if (chosen.isEmpty())
         return QString();
     const QFileInfo info(chosen);

@@ -38,9 +38,9 @@ bool SampleSearch::scan()
     }
     try {
         const WaitCursor waiting;
-        JobProgress progress(&m_table, QStringLiteral("Reading column %1 of %2")
-                                           .arg(m_table.column() + 1)
-                                           .arg(m_table.name()));
+        JobProgress progress(
+            &m_table,
+            QStringLiteral("Reading column %1 of %2").arg(m_table.column() + 1).arg(m_table.name()));
         if (scanColumn(model.writtenReader(m_table.column()), model.writtenRows(), progress.callback(),
                        m_scan) == JobOutcome::Done)
             return true;
@@ -105,8 +105,8 @@ void SampleSearch::findAverage()
 
 void SampleSearch::sl_goTo()
 {
-    const QString question = QStringLiteral(
-        "A sample (250000), a time (12.5 s, 13:45:30 or 2016-05-17 13:45) or a share (50%):");
+    const QString question =
+        QStringLiteral("A sample (250000), a time (12.5 s, 13:45:30 or 2016-05-17 13:45) or a share (50%):");
     QString label = question;
     for (;;) {
         bool accepted = false;
@@ -170,9 +170,9 @@ void SampleSearch::find(Direction direction)
         return;
     std::uint32_t found = 0;
     try {
-        JobProgress progress(&m_table, QStringLiteral("Searching column %1 of %2")
-                                           .arg(m_table.column() + 1)
-                                           .arg(m_table.name()));
+        JobProgress progress(
+            &m_table,
+            QStringLiteral("Searching column %1 of %2").arg(m_table.column() + 1).arg(m_table.name()));
         if (searchColumn(model.columnReader(m_table.column()), static_cast<std::uint32_t>(model.rowCount()),
                          m_findBar->condition(), m_table.view().sampleOfRow(m_table.view().currentRow()),
                          direction, progress.callback(), found) == JobOutcome::Cancelled) {

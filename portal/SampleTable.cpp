@@ -176,10 +176,9 @@ QString SampleTable::timeText(std::uint32_t row) const
         const double elapsed = time.elapsed(time.sampleIn(row));
         if (!std::isfinite(elapsed))
             return QStringLiteral("time unknown");
-        const QString text = elapsedText(elapsed, m_model.file()) + QLatin1Char(' ') +
-                             headerText(time.unit().c_str());
-        const QString date =
-            time.hasCalendar() ? calendarText(time.moment(time.sampleIn(row))) : QString();
+        const QString text =
+            elapsedText(elapsed, m_model.file()) + QLatin1Char(' ') + headerText(time.unit().c_str());
+        const QString date = time.hasCalendar() ? calendarText(time.moment(time.sampleIn(row))) : QString();
         return date.isEmpty() ? text : text + QStringLiteral(", ") + date;
     } catch (...) {
         return QStringLiteral("time unreadable");

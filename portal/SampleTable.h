@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "portal/BlockOperation.h"
+#include "portal/SampleOrder.h"
 #include "portal/SampleView.h"
 
 class QCheckBox;

@@ -1,5 +1,10 @@
 #include "portal/SubPrograms.h"
 
+#include <QObject>
+
+#include <algorithm>
+#include <array>
+
 #include "calc/DFTWin.h"
 #include "calc/DerivativeWin.h"
 #include "calc/IntegrateWin.h"
@@ -23,39 +28,110 @@ QWidget* mainWindow()
     return dynamic_cast<QWidget*>(TsApplication::instance());
 }
 
+template <typename Window>
+SubWindow* onFile(const QString& file, unsigned /*column*/)
+{
+    return new Window(file);
+}
+
+template <typename Window>
+SubWindow* onColumn(const QString& file, unsigned column)
+{
+    return new Window(file, column);
+}
+
+template <int mode>
+SubWindow* tableView(const QString& file, unsigned /*column*/)
+{
+    return new TsTableView(file, mainWindow(), mode);
+}
+
+SubWindow* createWindow(const QString& /*file*/, unsigned /*column*/)
+{
+    return new CreateTsWin(mainWindow());
+}
+
+constexpr ActionRow kNoAction{};
+
+const std::array kRows = {
+    SubProgramRow{SubProgram::Create, createWindow, Offered::Elsewhere, kNoAction},
+    SubProgramRow{
+        SubProgram::StlImport,
+        onFile<STLWin>,
+        Offered::AsImporter,
+        {"ReadASCII_1", "F4", SLOT(sl_readSTLFile()), "Read an existing .stl (ASCII) file...",
+         "Open a textual ASCII (with extension .stl) file and convert it to a binary ts-file.",
+         "<b>Import a smart tool log.</b> A table of dates, times and readings as measuring tools and "
+         "spreadsheets write it. Separator, decimal sign and time columns are recognised; a preview shows "
+         "what will be read. <i>Help, STL...</i> describes the format."}},
+    SubProgramRow{
+        SubProgram::SclImport,
+        onFile<SCLWin>,
+        Offered::AsImporter,
+        // Says .stl on purpose: the tool tip tells the two importers apart.
+        {"ReadASCII_3", "F5", SLOT(sl_readSCLFile()), "Read an existing .stl (ASCII) file...",
+         "Open a textual ASCII (with extension .scl) file and convert it to a binary ts-file.",
+         "<b>Import single column logs.</b> Each text holds one column, a value a line; several texts "
+         "become the columns of one ts-file. The sample time is read from the text or typed in."}},
+    SubProgramRow{SubProgram::Plot, onFile<QtPlotWin>, Offered::Elsewhere, kNoAction},
+    SubProgramRow{SubProgram::PlotColumn, onColumn<QtPlotColWin>, Offered::Elsewhere, kNoAction},
+    SubProgramRow{SubProgram::List, tableView<0>, Offered::Elsewhere, kNoAction},
+    SubProgramRow{SubProgram::Edit, tableView<1>, Offered::Elsewhere, kNoAction},
+    SubProgramRow{SubProgram::Header, onFile<EditHeaderWin>, Offered::Elsewhere, kNoAction},
+    SubProgramRow{
+        SubProgram::Formula,
+        onColumn<EditTsWin>,
+        Offered::AsComputing,
+        {"EditWin", "F7", SLOT(sl_editWin()), "Edit window....",
+         "Open a sub-window for generating y = f(math. function, ts column...)",
+         "<b>Ts-Edit.</b> Computes a column from a formula of up to eight columns x1 to x8, the time t and "
+         "mathematical functions, sample by sample, for example <tt>sqrt(x1^2+x2^2)</tt>."}},
+    SubProgramRow{
+        SubProgram::Derivative,
+        onColumn<DerivativeWin>,
+        Offered::AsComputing,
+        {"Derivation", "F8", SLOT(sl_derivative()), "The derivative window....",
+         "Open a subwindow for calculating dy/dt on a specific column in the target file.",
+         "<b>Ts-Derivative.</b> Computes how fast a column changes: the difference between each sample and "
+         "the next, divided by the sample time. The result is plotted beside its source and can be saved."}},
+    SubProgramRow{
+        SubProgram::Integral,
+        onColumn<IntegrateWin>,
+        Offered::AsComputing,
+        {"Integration", "F9", SLOT(sl_integrate()), "Integrate dy...",
+         "Open a subwindow for a integration operation on a spesific column in the target file.",
+         "<b>Ts-Integrate.</b> Computes the running integral of a column over time by the trapezoidal "
+         "rule, beginning with 0. The result is plotted beside its source and can be saved."}},
+    SubProgramRow{
+        SubProgram::Spectrum,
+        onColumn<DFTWin>,
+        Offered::AsComputing,
+        {"Dft", "F10", SLOT(sl_dft()), "Fast Fourier transform...",
+         "Open a subwindow for a DFT operation on a spesific column in the target file.",
+         "<b>Ts-FFT.</b> Shows which frequencies a column holds: amplitude, power density or the complex "
+         "spectrum, with a choice of windows and averaging."}},
+    SubProgramRow{
+        SubProgram::Filter,
+        onColumn<FilterWin>,
+        Offered::AsComputing,
+        {"Filter", "F11", SLOT(sl_filter()), "Filtering...",
+         "Open a subwindow for a filter operation on a spesific column in the target file.",
+         "<b>Ts-Filt.</b> Runs a column through a moving average or a Bessel, Butterworth, Chebyshev or "
+         "window filter. The response of the filter can be plotted before it is used."}},
+};
+
 }  // namespace
+
+std::span<const SubProgramRow> subPrograms()
+{
+    return kRows;
+}
 
 SubWindow* makeSubProgram(SubProgram kind, const QString& file, unsigned column)
 {
-    switch (kind) {
-        case SubProgram::Create:
-            return new CreateTsWin(mainWindow());
-        case SubProgram::StlImport:
-            return new STLWin(file);
-        case SubProgram::SclImport:
-            return new SCLWin(file);
-        case SubProgram::Plot:
-            return new QtPlotWin(file);
-        case SubProgram::PlotColumn:
-            return new QtPlotColWin(file, column);
-        case SubProgram::List:
-            return new TsTableView(file, mainWindow(), 0);
-        case SubProgram::Edit:
-            return new TsTableView(file, mainWindow(), 1);
-        case SubProgram::Header:
-            return new EditHeaderWin(file);
-        case SubProgram::Formula:
-            return new EditTsWin(file, column);
-        case SubProgram::Derivative:
-            return new DerivativeWin(file, column);
-        case SubProgram::Integral:
-            return new IntegrateWin(file, column);
-        case SubProgram::Spectrum:
-            return new DFTWin(file, column);
-        case SubProgram::Filter:
-            return new FilterWin(file, column);
-    }
-    return nullptr;
+    const auto* const row = std::find_if(kRows.begin(), kRows.end(),
+                                         [kind](const SubProgramRow& each) { return each.kind == kind; });
+    return row == kRows.end() ? nullptr : row->make(file, column);
 }
 
 }  // namespace veltrac

@@ -1,15 +1,34 @@
-// The windows that the main window can start, one a sub-program.
+// The registry of the sub-programs: a new importer or computing window is one row of it, and one name in
+// SubProgram.
 #pragma once
 
 #include <QString>
 
+#include <span>
+
+#include "portal/ActionTable.h"
 #include "portal/TsApplication.h"
 #include "share/SubWindow.h"
 
 namespace veltrac {
 
-// Makes the window, not yet shown, on a file (empty where it takes none) and a column (from 1; 0 for none).
-// It deletes itself when it is closed.
+// Where the main window offers a sub-program: with the importers, with the computing windows, or by an action
+// of its own table.
+enum class Offered { Elsewhere, AsImporter, AsComputing };
+
+struct SubProgramRow
+{
+    SubProgram kind;
+    // Makes the window, not yet shown, on a file (empty where it takes none) and a column (from 1; 0 for
+    // none). It deletes itself when it is closed.
+    SubWindow* (*make)(const QString& file, unsigned column);
+    Offered offered;
+    ActionRow action;  // one without a slot opens the sub-program on the selected file
+};
+
+std::span<const SubProgramRow> subPrograms();
+
+// Null for a kind without a row.
 SubWindow* makeSubProgram(SubProgram kind, const QString& file, unsigned column);
 
 }  // namespace veltrac

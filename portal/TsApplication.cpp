@@ -1,11 +1,13 @@
 #include "portal/TsApplication.h"
 
-#include <QFile>
+#include <QFileInfo>
 #include <QMessageBox>
 
 #include <algorithm>
+#include <filesystem>
 
 #include "core/ErrorReport.h"
+#include "core/ScratchFile.h"
 #include "core/TsExceptionTexts.h"
 #include "core/TsNames.h"
 
@@ -26,7 +28,8 @@ bool isNumber(const QString& name)
     });
 }
 
-// Three kinds go without "Caught a", and the last is spelled so, as they always have been.
+// Three kinds go without "Caught a", and the last is spelled so: both are wanted, reports are compared by
+// text.
 constexpr TsExceptionTexts kTexts = {
     .createError = "Caught a TS::CREATE_ERROR exception on: ",
     .openError = "Caught a TS::OPEN_ERROR exception on: ",
@@ -52,8 +55,8 @@ QMessageBox::StandardButton ask(const QString& text, QMessageBox::StandardButton
     return static_cast<QMessageBox::StandardButton>(box.exec());
 }
 
-// True where the way is free: no old file, or the user gave it up.
-bool clearTheWay(const TsApplication& application, const QString& fileName)
+// True where there is no old file, or the user gives it up.
+bool mayMake(const TsApplication& application, const QString& fileName)
 {
     if (!QFile::exists(fileName))
         return true;
@@ -64,10 +67,29 @@ bool clearTheWay(const TsApplication& application, const QString& fileName)
             QMessageBox::Ok, QMessageBox::Ok);
         return false;
     }
-    const auto answer = ask(QStringLiteral("The file ") + fileName + QStringLiteral(" exists.\n") +
-                                QStringLiteral("Do you want to overwrite the existing file?"),
-                            QMessageBox::Yes | QMessageBox::Cancel, QMessageBox::Yes);
-    return answer == QMessageBox::Yes && QFile::remove(fileName);
+    return ask(QStringLiteral("The file ") + fileName + QStringLiteral(" exists.\n") +
+                   QStringLiteral("Do you want to overwrite the existing file?"),
+               QMessageBox::Yes | QMessageBox::Cancel, QMessageBox::Yes) == QMessageBox::Yes;
+}
+
+// The file that CreateTs() makes of a name.
+QString createdName(const QString& name)
+{
+    return isNumber(name) ? QString::fromLocal8Bit(TSFILE::tsFileName(localBytes(name).c_str()))
+                          : name + QStringLiteral(".ts");
+}
+
+// Makes the file beside its place and puts it there when nothing is left to be written.
+void makeWhole(const std::string& target, unsigned samples, unsigned columns,
+               const std::function<void(TSFILE& file)>& fill)
+{
+    ScratchFile pending(std::filesystem::path(target).parent_path(), "new", ".ts");
+    {
+        const auto file = createTsFile(pending.path().string(), samples, columns);
+        fill(*file);
+        file->flush(true);
+    }
+    pending.putInPlace(target);
 }
 
 }  // namespace
@@ -124,8 +146,9 @@ const PsParameters* TsApplication::psParameters() const
 
 TSFILE* TsApplication::OpenTs(const QString& name, bool readOnly)
 {
+    const bool isMeant = name.endsWith(QLatin1String(".ts"), Qt::CaseInsensitive) || QFileInfo(name).isFile();
     try {
-        return openTsFile(localBytes(name), readOnly).release();
+        return openTsFile(localBytes(isMeant ? name : createdName(name)), readOnly).release();
     } catch (...) {
         ReportTsException("OpenTs");
         return nullptr;
@@ -134,14 +157,20 @@ TSFILE* TsApplication::OpenTs(const QString& name, bool readOnly)
 
 TSFILE* TsApplication::CreateTs(const QString& name, unsigned samples, unsigned columns)
 {
-    // The question, the removal and the creation are about one and the same file, whatever the name holds.
-    const QString fileName = isNumber(name)
-                                 ? QString::fromLocal8Bit(TSFILE::tsFileName(localBytes(name).c_str()))
-                                 : name + QStringLiteral(".ts");
-    if (!clearTheWay(*this, fileName))
+    return CreateTs(name, samples, columns, [](TSFILE& /*file*/) {});
+}
+
+TSFILE* TsApplication::CreateTs(const QString& name, unsigned samples, unsigned columns,
+                                const std::function<void(TSFILE& file)>& fill)
+{
+    // The question and the creation are about one and the same file, whatever the name holds.
+    const QString fileName = createdName(name);
+    if (!mayMake(*this, fileName))
         return nullptr;
     try {
-        return createTsFile(localBytes(fileName), samples, columns).release();
+        const std::string target = localBytes(fileName);
+        makeWhole(target, samples, columns, fill);
+        return openTsFile(target, false).release();
     } catch (...) {
         ReportTsException("CreateTs");
         return nullptr;

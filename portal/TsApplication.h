@@ -6,6 +6,8 @@
 
 #include <QString>
 
+#include <functional>
+
 #include "core/TSFILE.h"
 
 class QWidget;
@@ -55,13 +57,18 @@ public:
     // The settings that a new plot window starts from; null without a main window.
     virtual const PsParameters* psParameters() const;
 
-    // Opens the file of exactly that name. Returns null, after ReportTsException(), where it fails. The
-    // caller owns the file.
+    // Opens the file of exactly that name; a name without ".ts" that no file bears means the file that
+    // CreateTs() makes of it. Returns null, after ReportTsException(), where it fails. The caller owns the
+    // file.
     TSFILE* OpenTs(const QString& name, bool readOnly);
     // Creates name + ".ts" (a name of digits alone: the numbered file) without time columns. Asks before
-    // it removes an old file of that name. Null where the user keeps the old one or creation fails; what
-    // was begun is removed then.
+    // it replaces an old file of that name, which goes only when the new one is whole. Null where the user
+    // keeps the old one or creation fails; what was begun is removed then.
     TSFILE* CreateTs(const QString& name, unsigned samples, unsigned columns);
+    // As above, for a file that is whole only with what `fill` writes into it. What `fill` throws counts as a
+    // failed creation.
+    TSFILE* CreateTs(const QString& name, unsigned samples, unsigned columns,
+                     const std::function<void(TSFILE& file)>& fill);
 
     // The main window's side, or null before it is built and in programs without one.
     static TsApplication* instance() noexcept { return s_instance; }

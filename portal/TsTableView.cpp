@@ -1,6 +1,7 @@
 #include "portal/TsTableView.h"
 
 #include <QCheckBox>
+#include <QEvent>
 #include <QFileInfo>
 #include <QHeaderView>
 #include <QLabel>
@@ -104,7 +105,8 @@ void TsTableView::showFile(TSFILE* file, int mode)
     m_notes->clear();
     m_notes->hide();
     if (file == nullptr) {
-        addNote(QStringLiteral("%1 cannot be opened. It may have vanished, or it is no ts-file.").arg(m_name));
+        addNote(
+            QStringLiteral("%1 cannot be opened. It may have vanished, or it is no ts-file.").arg(m_name));
     } else {
         m_model = std::make_unique<TsTableModel>(file);
         const bool editing = mode == kEditMode && mayEdit();

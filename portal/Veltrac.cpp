@@ -5,19 +5,27 @@
 #include <QDir>
 #include <QFile>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QFontDatabase>
 #include <QFontDialog>
 #include <QFontInfo>
 #include <QHeaderView>
 #include <QLabel>
 #include <QMenu>
+#include <QMimeData>
 #include <QSpinBox>
 #include <QStatusBar>
 #include <QTimer>
+#include <QUrl>
 
 #include <algorithm>
+#include <utility>
 
+#include "converters/SCLWin.h"
 #include "converters/TsaDialogs.h"
+#include "portal/DroppedTexts.h"
+#include "portal/EmptyHint.h"
+#include "portal/FileCommands.h"
 #include "portal/SubPrograms.h"
 #include "share/Boxes.h"
 #include "share/JobProgress.h"
@@ -48,7 +56,7 @@ VeltracWin::VeltracWin(QWidget* parent) : QMainWindow(parent)
 
     createTable();
     m_actions = new MainActions(this);
-    connect(m_actions, &MainActions::x_ambiguous_key, this, &VeltracWin::say);
+    connect(m_actions, &MainActions::x_ambiguous_key, this, &VeltracWin::showInStatusBar);
     connect(m_actions->rowHeight(), SIGNAL(valueChanged(int)), this, SLOT(sl_rowHeight(int)));
     m_status = new QLabel(this);
     // A long path is cut at the window's edge instead of widening the window.
@@ -59,13 +67,21 @@ VeltracWin::VeltracWin(QWidget* parent) : QMainWindow(parent)
     connect(this, &VeltracWin::x_new_plotdir, this, &VeltracWin::sl_set_plotdir);
     resize(fontMetrics().averageCharWidth() * 140, fontMetrics().height() * 42);
 
+    m_emptyHint = makeEmptyHint(*m_actions, m_table->viewport());
+    setAcceptDrops(true);
+
     m_visited = QStringList{QDir::currentPath()};
     sl_rowHeight(m_actions->rowHeight()->value());
     sl_refresh();
     m_table->setFocus();
 }
 
-VeltracWin::~VeltracWin() = default;
+// Sub-windows that still stand have scratch files to remove.
+VeltracWin::~VeltracWin()
+{
+    for (const QPointer<QWidget>& window : std::exchange(m_subWindows, {}))
+        delete window;
+}
 
 // -- What the window is made of --
 
@@ -108,10 +124,10 @@ void VeltracWin::sl_refresh()
     nOOfTsFiles();
     m_refreshing = false;
     showFiles();
-    tellForeignNames();
+    reportForeignNames();
 }
 
-void VeltracWin::tellForeignNames()
+void VeltracWin::reportForeignNames()
 {
     const int count = countForeignNames();
     if (count == 0)
@@ -121,9 +137,9 @@ void VeltracWin::tellForeignNames()
             .arg(count == 1 ? QStringLiteral("1 ts-file") : QStringLiteral("%1 ts-files").arg(count));
     // In a window that is not shown yet, a message would stand across the directory.
     if (isVisible())
-        say(text);
+        showInStatusBar(text);
     else
-        QTimer::singleShot(0, this, [this, text] { say(text); });
+        QTimer::singleShot(0, this, [this, text] { showInStatusBar(text); });
 }
 
 void VeltracWin::showFiles()
@@ -135,6 +151,7 @@ void VeltracWin::showFiles()
     for (const TsFileRecord& file : m_files)
         names.push_back(file.name);
     m_actions->setFiles(std::move(names));
+    m_emptyHint->setVisible(m_files.empty());
 
     const QString path = QDir::currentPath();
     m_status->setText(QStringLiteral("Current working directory: %1 with %2 off ts-files.")
@@ -157,9 +174,18 @@ void VeltracWin::sl_itemSelected(int row, int /*column*/)
 
 void VeltracWin::showContextMenu(int row, const QPoint& globalPosition)
 {
-    sl_itemSelected(row, 0);
     QMenu menu(this);
-    m_actions->addFileActions(&menu, m_selected);
+    if (row < 0) {
+        m_actions->addDirectoryActions(&menu);
+    } else {
+        sl_itemSelected(row, 0);
+        m_actions->addFileActions(&menu, m_selected);
+        menu.addSeparator();
+        const QString name = menuText(m_selected);
+        menu.addAction(QIcon(QStringLiteral(":/img_Copy")), QStringLiteral("&Copy %1…").arg(name), this,
+                       &VeltracWin::sl_copyFile);
+        menu.addAction(QStringLiteral("&Rename %1…").arg(name), this, &VeltracWin::sl_renameFile);
+    }
     menu.exec(globalPosition);
 }
 
@@ -194,7 +220,31 @@ void VeltracWin::closeEvent(QCloseEvent* event)
     QMainWindow::closeEvent(event);
 }
 
-void VeltracWin::say(const QString& text)
+void VeltracWin::setVisible(bool visible)
+{
+    if (visible && !isVisible())
+        fitToScreen(*this);
+    QMainWindow::setVisible(visible);
+}
+
+void VeltracWin::dragEnterEvent(QDragEnterEvent* event)
+{
+    if (event->mimeData()->hasUrls() && !JobProgress::isRunning())
+        event->acceptProposedAction();
+}
+
+void VeltracWin::dropEvent(QDropEvent* event)
+{
+    QStringList paths;
+    for (const QUrl& url : event->mimeData()->urls())
+        if (url.isLocalFile())
+            paths << url.toLocalFile();
+    event->acceptProposedAction();
+    // Questions come when the program that they were dragged from is free again.
+    QTimer::singleShot(0, this, [this, paths] { openDropped(paths); });
+}
+
+void VeltracWin::showInStatusBar(const QString& text)
 {
     statusBar()->showMessage(text, kMessageMs);
 }
@@ -235,12 +285,17 @@ QWidget* VeltracWin::openSubProgram(SubProgram kind, const QString& file, unsign
     m_subWindows.emplace_back(window);
     connect(window, SIGNAL(windowGone(subWindow)), this, SLOT(sl_subwindowGone(subWindow)));
     connect(window, &SubWindow::x_directory_changed, this, &VeltracWin::sl_refresh);
-    connect(window, &SubWindow::x_file_made, this, [this](const QString& name) {
-        sl_refresh();
-        m_table->select(name);
-    });
+    // A window may have made this connection itself.
+    connect(window, SIGNAL(x_file_made(const QString&)), this, SLOT(sl_fileMade(const QString&)),
+            Qt::UniqueConnection);
     window->show();
     return window;
+}
+
+void VeltracWin::sl_fileMade(const QString& name)
+{
+    sl_refresh();
+    m_table->select(name);
 }
 
 void VeltracWin::sl_subwindowGone(subWindow window)
@@ -253,7 +308,7 @@ bool VeltracWin::exportInterval(const QString& file, std::uint32_t first, std::u
     // The dialogs stand over the window that asks, and leave it in front.
     QWidget* const asking = QApplication::activeWindow();
     const TsaOutcome outcome = exportTsaInterval(asking != nullptr ? asking : this, file, first, last);
-    say(outcome.status);
+    showInStatusBar(outcome.status);
     return outcome.done;
 }
 
@@ -267,12 +322,21 @@ void VeltracWin::sl_createFile()
 void VeltracWin::sl_readASCIIFile()
 {
     const QString tsaFile = chooseTsaFile(this);
-    if (tsaFile.isEmpty())
-        return;
+    if (!tsaFile.isEmpty())
+        importTsaText(tsaFile);
+}
+
+void VeltracWin::importTsaText(const QString& tsaFile)
+{
     const TsaOutcome outcome = importTsa(this, tsaFile);
-    sl_refresh();
-    m_table->select(outcome.file);
-    say(outcome.status);
+    sl_fileMade(outcome.file);
+    showInStatusBar(outcome.status);
+}
+
+void VeltracWin::sl_openSubProgram()
+{
+    if (const auto* const action = qobject_cast<QAction*>(sender()))
+        openSubProgram(static_cast<SubProgram>(action->data().toInt()), m_selected, 0);
 }
 
 void VeltracWin::sl_readSTLFile()
@@ -318,15 +382,59 @@ void VeltracWin::sl_otherDir()
     dialog.setHistory(m_visited);
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
         return;
-    const QString directory = dialog.selectedFiles().constFirst();
+    enterDirectory(dialog.selectedFiles().constFirst());
+}
+
+bool VeltracWin::enterDirectory(const QString& directory)
+{
     if (!QDir::setCurrent(directory)) {
         showBox(QMessageBox::Warning, this, QStringLiteral("Veltrac"),
                 QStringLiteral("The directory %1 cannot be entered.").arg(directory));
-        return;
+        return false;
     }
+    // Where the next dialog for files begins, which Qt remembers for the whole program.
+    QFileDialog().setDirectoryUrl(QUrl::fromLocalFile(QDir::currentPath()));
     m_table->clearSelection();
     sl_refresh();
     emit x_new_plotdir(QDir::currentPath());
+    return true;
+}
+
+// -- What is dropped on the window --
+
+void VeltracWin::openDropped(const QStringList& paths)
+{
+    QStringList texts;
+    for (const QString& path : paths) {
+        const QFileInfo file(path);
+        if (file.isDir())
+            enterDirectory(path);
+        else if (file.suffix().toLower() == QLatin1String("ts"))
+            openSubProgram(SubProgram::List, shownName(path), 0);
+        else
+            texts << path;
+    }
+    if (!texts.isEmpty())
+        importTexts(texts);
+}
+
+void VeltracWin::importTexts(const QStringList& texts)
+{
+    const std::optional<TextKind> kind = askTextKind(this, texts);
+    if (kind == TextKind::SingleColumn) {
+        // Several of them are the columns of one file.
+        auto* const window =
+            dynamic_cast<SCLWin*>(openSubProgram(SubProgram::SclImport, texts.constFirst(), 0));
+        for (int i = 1; window != nullptr && i < texts.size(); ++i)
+            window->add(texts.at(i));
+    } else if (kind) {
+        for (const QString& text : texts) {
+            if (kind == TextKind::Tsa)
+                importTsaText(text);
+            else
+                openSubProgram(SubProgram::StlImport, text, 0);
+        }
+    }
 }
 
 void VeltracWin::sl_set_plotdir(QString const& directory)
@@ -340,7 +448,7 @@ void VeltracWin::sl_set_plotdir(QString const& directory)
 bool VeltracWin::fileIsSelected()
 {
     if (m_selected.isEmpty())
-        say(QStringLiteral("Select a ts-file in the table first."));
+        showInStatusBar(QStringLiteral("Select a ts-file in the table first."));
     return !m_selected.isEmpty();
 }
 
@@ -358,7 +466,7 @@ void VeltracWin::sl_plotFile()
 void VeltracWin::sl_writeASCII()
 {
     if (fileIsSelected())
-        say(exportTsa(this, m_selected).status);
+        showInStatusBar(exportTsa(this, m_selected).status);
 }
 
 void VeltracWin::sl_editHeader()
@@ -381,13 +489,8 @@ void VeltracWin::sl_deleteFile()
     if (!fileIsSelected() || JobProgress::isRunning())
         return;
     const QString name = m_selected;
-    if (isOpenForWriting(name)) {
-        showBox(QMessageBox::Warning, this, QStringLiteral("Veltrac"),
-                QStringLiteral("The file %1 is open for writing in another window.\n"
-                               "Close that window first.")
-                    .arg(name));
+    if (!isFreeToChange(this, name))
         return;
-    }
     const bool sure = askYesNo(QMessageBox::Question, this, QStringLiteral("Delete a file?"),
                                QStringLiteral("Do you really want to delete %1?").arg(name));
     QFile file(name);
@@ -395,6 +498,20 @@ void VeltracWin::sl_deleteFile()
         showBox(QMessageBox::Warning, this, QStringLiteral("Veltrac"),
                 QStringLiteral("The file %1 could not be deleted: %2.").arg(name, file.errorString()));
     sl_refresh();
+}
+
+void VeltracWin::sl_copyFile()
+{
+    if (fileIsSelected() && !JobProgress::isRunning())
+        if (const QString made = copyTsFile(this, m_selected); !made.isEmpty())
+            sl_fileMade(made);
+}
+
+void VeltracWin::sl_renameFile()
+{
+    if (fileIsSelected() && !JobProgress::isRunning())
+        if (const QString name = renameTsFile(this, m_selected); !name.isEmpty())
+            sl_fileMade(name);
 }
 
 void VeltracWin::sl_plotFile(QAction* action)
@@ -455,10 +572,8 @@ void VeltracWin::sl_config_font()
     }
     bool chosen = false;
     const QFont font = QFontDialog::getFont(&chosen, current, this, QStringLiteral("Select the font"));
-    if (!chosen)
-        return;
-    QApplication::setFont(font);
-    m_table->fitColumns();
+    if (chosen)
+        QApplication::setFont(font);
 }
 
 void VeltracWin::sl_help()

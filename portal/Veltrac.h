@@ -56,6 +56,8 @@ public slots:
     // Reads the directory and shows it.
     void sl_refresh();
 
+    // Opens the sub-program that the action which calls stands for, on the selected file.
+    void sl_openSubProgram();
     void sl_editWin();
     void sl_derivative();
     void sl_integrate();
@@ -82,10 +84,16 @@ public slots:
     void sl_editFile(QAction* action);
     void sl_deleteFile(QAction* action);
 
+    // Beside them: a copy of the selected file, and another name for it.
+    void sl_copyFile();
+    void sl_renameFile();
+
+    // A ts-file of that name was made in the working directory: it is listed and selected.
+    void sl_fileMade(const QString& name);
     // The file of that row becomes the selected one.
     void sl_itemSelected(int row, int column);
     void sl_set_plotdir(QString const& directory);
-    void sl_subwindowGone(veltrac::subWindow window);
+    void sl_subwindowGone(subWindow window);
 
 signals:
     // The working directory has changed.
@@ -93,13 +101,21 @@ signals:
 
 protected:
     void closeEvent(QCloseEvent* event) override;
+    void setVisible(bool visible) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
 
 private:
     void createTable();
     void showContextMenu(int row, const QPoint& globalPosition);
     void showFiles();
-    void tellForeignNames();
-    void say(const QString& text);
+    void reportForeignNames();
+    void showInStatusBar(const QString& text);
+    bool enterDirectory(const QString& directory);
+    // A directory is entered, ts-files are listed, texts imported.
+    void openDropped(const QStringList& paths);
+    void importTexts(const QStringList& texts);
+    void importTsaText(const QString& tsaFile);
     // False, and said in the status bar, where no file is selected.
     bool fileIsSelected();
     void openOnSelected(SubProgram kind);
@@ -107,6 +123,7 @@ private:
     veltrac::FileTable* m_table = nullptr;
     veltrac::MainActions* m_actions = nullptr;
     QLabel* m_status = nullptr;
+    QWidget* m_emptyHint = nullptr;  // stands in the empty table
 
     std::vector<veltrac::TsFileRecord> m_files;
     QString m_selected;

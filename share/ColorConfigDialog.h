@@ -37,7 +37,7 @@ public slots:
     void sl_defaultcolors();
     // Keeps the colours and closes; close() alone gives back those from before.
     void sl_finished();
-    void sl_subwindowGone(veltrac::subWindow window);
+    void sl_subwindowGone(subWindow window);
 
 protected:
     void closeEvent(QCloseEvent* event) override;

@@ -29,6 +29,19 @@ struct MarginRow
 constexpr MarginRow kMarginRows[] = {
     {"Left margin:", 1}, {"Right margin:", 0}, {"Top margin:", 2}, {"Bottom margin:", 3}};
 
+// Inside the field, at its right end: the field stays the one widget beside its label.
+void showUnit(QLineEdit& field, const QString& unit)
+{
+    auto* const label = new QLabel(unit, &field);
+    label->setEnabled(false);
+    label->setAttribute(Qt::WA_TransparentForMouseEvents);
+    auto* const row = new QHBoxLayout(&field);
+    row->setContentsMargins(0, 0, 6, 0);
+    row->addStretch();
+    row->addWidget(label);
+    field.setTextMargins(0, 0, label->sizeHint().width() + 6, 0);
+}
+
 }  // namespace
 
 PsConfigDialog::PsConfigDialog(PsParameters* parameters, QWidget* owner)
@@ -84,7 +97,7 @@ QWidget* PsConfigDialog::makeTextGroup()
                           QString::number(m_parameters->baseFontSize, 'f', 2), 1.0, 200.0, false);
     m_lineWidth = addField(form, QStringLiteral("Line width:"),
                            QString::number(m_parameters->lineWidthScale, 'f', 2), 0.0, 100.0, false);
-    m_fontSize->setToolTip(QStringLiteral("Points"));
+    showUnit(*m_fontSize, QStringLiteral("pt"));
     m_lineWidth->setToolTip(QStringLiteral("All line widths are multiplied by this"));
     return group;
 }
@@ -98,7 +111,8 @@ QWidget* PsConfigDialog::makePageGroup()
         const int millimetres = m_parameters->margins[row.index];
         NumberField* const field =
             addField(form, QString::fromLatin1(row.label), QString::number(millimetres), 0.0, 400.0, true);
-        field->setToolTip(QStringLiteral("Millimetres; the EPSF format has no margins"));
+        showUnit(*field, QStringLiteral("mm"));
+        field->setToolTip(QStringLiteral("The EPSF format has no margins"));
         m_margins[static_cast<std::size_t>(row.index)] = field;
     }
     m_eps = new QCheckBox(QStringLiteral("EPSF format"), group);

@@ -10,6 +10,7 @@
 #include <QTextEdit>
 
 #include "share/Resources.h"
+#include "share/SubWindow.h"
 
 using namespace veltrac;
 
@@ -56,6 +57,13 @@ void MessageWin::sl_print()
     QPrintDialog dialog(&m_printer, this);
     if (dialog.exec() == QDialog::Accepted)
         m_text->print(&m_printer);
+}
+
+void MessageWin::setVisible(bool visible)
+{
+    if (visible && !isVisible())
+        fitToScreen(*this);
+    QMainWindow::setVisible(visible);
 }
 
 void MessageWin::closeEvent(QCloseEvent* event)

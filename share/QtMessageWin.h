@@ -21,6 +21,8 @@ public slots:
     // Asks for a printer and prints the whole text. What was chosen is kept while the window lives.
     void sl_print();
 
+    void setVisible(bool visible) override;
+
 protected:
     void closeEvent(QCloseEvent* event) override;
 

@@ -22,10 +22,8 @@ bool SubWindow::mayClose()
 
 void SubWindow::setVisible(bool visible)
 {
-    // On a small screen a window would hide its own buttons.
-    constexpr QSize kFrame(12, 44);  // what a window manager puts around a window
-    if (visible && !m_wasShown && !isMaximized() && !isFullScreen())
-        resize(size().boundedTo(screen()->availableSize() - kFrame));
+    if (visible && !m_wasShown)
+        fitToScreen(*this);
     m_wasShown = m_wasShown || visible;
     QMainWindow::setVisible(visible);
 }
@@ -39,6 +37,12 @@ void SubWindow::closeEvent(QCloseEvent* event)
     }
     event->accept();
     emit windowGone(this);
+}
+
+void fitToScreen(QWidget& window)
+{
+    if (!window.isMaximized() && !window.isFullScreen())
+        window.resize(window.size().boundedTo(window.screen()->availableSize()));
 }
 
 }  // namespace veltrac

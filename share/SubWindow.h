@@ -4,10 +4,10 @@
 
 #include <QMainWindow>
 
-namespace veltrac {
-
 // What windowGone() hands over: only good for comparing, the window is about to be deleted.
 using subWindow = QWidget*;
+
+namespace veltrac {
 
 class SubWindow : public QMainWindow
 {
@@ -37,5 +37,9 @@ protected:
 private:
     bool m_wasShown = false;
 };
+
+// For a window that is about to be shown: on a small screen it would hide its own buttons. Only what exceeds
+// the available screen is cut off.
+void fitToScreen(QWidget& window);
 
 }  // namespace veltrac

@@ -41,5 +41,5 @@ QString veltrac::whatsThisText(const QString& image, const QString& text)
 {
     if (image.isEmpty())
         return QStringLiteral("<p>%1</p>").arg(text);
-    return QStringLiteral("<p><img src=\":/img_%1\" width=\"22\" height=\"22\"> %2</p>").arg(image, text);
+    return QStringLiteral("<p><img src=\":img_%1\" width=\"22\" height=\"22\"> %2</p>").arg(image, text);
 }

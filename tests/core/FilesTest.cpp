@@ -133,6 +133,55 @@ TEST(Rebuild, RefusedOrCancelledLeavesTheOldFile)
     EXPECT_THROW(rebuildTsFile("a.ts", 20, 3, {}), TS::READONLY_VIOLATION);
 }
 
+TEST(Rebuild, KeepsTheByteOrderOfTheFile)
+{
+    const TestDirectory directory;
+    for (const bool swapped : {false, true}) {
+        HandMadeFile before(512 * 3, swapped);
+        before.word(0, 3).word(4, 2).real(16, 0.5F).word(132, 12345).text(32, "Pump").word(508, 3);
+        before.text(512 + 7, "Flow").text(512 + 64 + 7, "Force");
+        for (std::size_t i = 0; i < 6; ++i)
+            before.real(1024 + 4 * i, static_cast<float>(i) + 0.25F);
+        before.write("a.ts");
+        ASSERT_EQ(rebuildTsFile("a.ts", 5, 3, {}), JobOutcome::Done);
+
+        const auto after = bytesOf("a.ts");
+        HandMadeFile expected(after.size(), swapped);
+        expected.word(0, 5).word(4, 3).real(16, 0.5F).word(508, 3);
+        for (std::size_t i = 0; i < 9; ++i)
+            if (i % 3 < 2)
+                expected.real(1024 + 4 * i, static_cast<float>(i / 3 * 2 + i % 3) + 0.25F);
+        expected.write("expected");
+        const auto same = bytesOf("expected");
+        for (const std::size_t offset : {0U, 4U, 16U, 508U, 1024U, 1028U, 1032U, 1036U, 1052U})
+            EXPECT_TRUE(std::equal(&after[offset], &after[offset] + 4, &same[offset])) << offset;
+        TSFILE file("a", true);
+        EXPECT_EQ(file.startSeconds(), 12345U);
+        EXPECT_STREQ(file.description(), "Pump");
+        EXPECT_STREQ(file.columnName(2), "Force");
+    }
+}
+
+TEST(Rebuild, RefusesCountsThatTheFileDoesNotHoldBeforeItMakesRoomForThem)
+{
+    const TestDirectory directory;
+    for (const std::uint32_t columns : {1000000000U, 4000000000U, 100U}) {
+        HandMadeFile(2048, false).word(0, 10).word(4, columns).word(508, 3).write("a.ts");
+        try {
+            rebuildTsFile("a.ts", 20, 3, {});
+            FAIL() << columns;
+        } catch (const TS::IO_ERROR& e) {
+            EXPECT_EQ(e.value1, 2048U) << columns;
+            EXPECT_EQ(e.value2, 100000U) << "a short read, not a full disk";
+        }
+        EXPECT_EQ(directory.fileCount(), 1U);
+    }
+    // What the file does hold can be kept: 128 of 1000 samples.
+    HandMadeFile(1536, false).word(0, 1000).word(4, 1).real(1024, 7.0F).word(508, 3).write("a.ts");
+    ASSERT_EQ(rebuildTsFile("a.ts", 128, 2, {}), JobOutcome::Done);
+    EXPECT_EQ(TSFILE("a", true).value(1, 1), 7.0F);
+}
+
 TEST(ColumnBackup, OldValuesComeBackBitForBitAndTheOldestWin)
 {
     const TestDirectory directory;

@@ -151,17 +151,64 @@ TEST(CreateTsWinTest, rowsFollowTheNumberOfColumnsAndNamesAreCutAtWholeCharacter
     EXPECT_STREQ(file->columnName(3), "Col-3");
 }
 
-TEST(CreateTsWinTest, aFullDiskLeavesNothingBehind)
+TEST(CreateTsWinTest, aFullDiskLeavesWhatWasThere)
+{
+    for (const bool isOld : {false, true}) {
+        const TestDirectory directory;
+        Portal portal;
+        if (isOld)
+            std::ofstream("Myfile.ts") << "old";
+        const BoxAnswer yes(QStringLiteral("&Yes"));
+        Dialog dialog;
+        {
+            const FileSizeLimit full(1024);
+            dialog->sl_accept();
+        }
+        EXPECT_EQ(yes.wasAsked(), isOld);
+        EXPECT_TRUE(dialog.isOpen());
+        EXPECT_EQ(directory.fileCount(), isOld ? 1U : 0U);
+        EXPECT_EQ(bytesOf("Myfile.ts").size(), isOld ? 3U : 0U);
+    }
+}
+
+// A process that is killed while it makes the file leaves the directory as it was, save for a file under
+// another name.
+TEST(CreateTsWinTest, untilTheNewFileIsWholeTheNameBelongsToTheOldOne)
 {
     const TestDirectory directory;
     Portal portal;
-    Dialog dialog;
+    std::ofstream("Myfile.ts") << "old";
+    std::size_t seen = 0;
     {
-        const FileSizeLimit full(1024);
-        dialog->sl_accept();
+        const BoxAnswer yes(QStringLiteral("&Yes"));
+        const std::unique_ptr<TSFILE> made(portal.CreateTs(
+            QStringLiteral("Myfile"), 100, 2, [&](TSFILE& /*file*/) { seen = bytesOf("Myfile.ts").size(); }));
+        ASSERT_NE(made, nullptr);
+        made->setValue(100, 2, 7.0F);
     }
-    EXPECT_TRUE(dialog.isOpen());
-    EXPECT_EQ(directory.fileCount(), 0U);
+    EXPECT_EQ(seen, 3U);
+    EXPECT_EQ(openTsFile("Myfile.ts", true)->value(100, 2), 7.0F);
+    EXPECT_EQ(directory.fileCount(), 1U);
+}
+
+TEST(CreateTsWinTest, whatCreateTsMakesOpensUnderTheNameThatItWasGiven)
+{
+    const TestDirectory directory;
+    Portal portal;
+    const auto opened = [&](const char* name) {
+        const std::unique_ptr<TSFILE> file(portal.OpenTs(QString::fromUtf8(name), true));
+        return file ? static_cast<int>(file->samples()) : -1;
+    };
+    int samples = 0;
+    for (const char* const name : {"Myfile", "5", "data.v2", "kept.ts", "Öl"}) {
+        delete portal.CreateTs(QString::fromUtf8(name), static_cast<unsigned>(++samples), 1);
+        EXPECT_EQ(opened(name), name == std::string("kept.ts") ? -1 : samples) << name;
+    }
+    // What bears the very name comes first, though it is no ts-file.
+    std::ofstream("Myfile") << "text";
+    EXPECT_EQ(opened("Myfile"), -1);
+    EXPECT_EQ(opened("Myfile.ts"), 1);
+    EXPECT_EQ(opened("none"), -1);
 }
 
 }  // namespace

@@ -5,15 +5,18 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QComboBox>
 #include <QPushButton>
 #include <QStatusBar>
 #include <QTableWidget>
 #include <QTest>
 
+#include <cmath>
 #include <filesystem>
 
 #include "core/Rebuild.h"
 #include "core/TSFILE.h"
+#include "portal/StartField.h"
 #include "share/NumberField.h"
 #include "tests/BoxAnswer.h"
 #include "tests/Desk.h"
@@ -110,6 +113,57 @@ TEST_F(HeaderEditor, CancelRebuildsNothing)
         m_window = nullptr;
         EXPECT_EQ(samplesOnDisk(), 30U) << byMouse;
     }
+}
+
+TEST_F(HeaderEditor, AnEditorThatIsDeletedWithTheFocusInAFieldRebuildsNothing)
+{
+    open();
+    QApplication::setActiveWindow(m_window);
+    field(kSamples).setFocus();
+    field(kSamples).setText(QStringLiteral("40"));
+    delete m_window;
+    m_window = nullptr;
+    EXPECT_EQ(samplesOnDisk(), 30U);
+}
+
+TEST_F(HeaderEditor, StartIsShownAndSetAsDateAndTime)
+{
+    open();
+    EXPECT_EQ(m_window->findChild<StartField*>()->text().text(), "") << "a file without a date";
+    const std::pair<const char*, double> rows[] = {{"2016-05-17 13:45:30.250", 1463492730.25},
+                                                   {"2016-05-17", 1463443200.0},
+                                                   {"2106-02-07 06:28:15", 4294967295.0}};
+    for (const auto& [text, seconds] : rows) {
+        QLineEdit& date = m_window->findChild<StartField*>()->text();
+        m_window->findChild<QComboBox*>()->setCurrentText(QStringLiteral("UTC"));
+        date.setText(QLatin1String(text));
+        for (const char* const wrong :
+             {"", "17.5.", "1969-12-31 23:59", "2106-02-07 06:28:16", "2016-02-30"}) {
+            date.setText(QLatin1String(wrong));
+            EXPECT_FALSE(ok().isEnabled()) << wrong;
+        }
+        date.setText(QLatin1String(text));
+        ok().click();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        TSFILE file("a", true);
+        EXPECT_EQ(file.startSeconds(), static_cast<std::uint32_t>(seconds)) << text;
+        EXPECT_EQ(file.startTime(), static_cast<float>(seconds - std::floor(seconds))) << text;
+        open();
+    }
+    // The start time is counted from the date's seconds, and moves what is shown.
+    field(kStartTime).setText(QStringLiteral("1.5"));
+    m_window->findChild<QComboBox*>()->setCurrentText(QStringLiteral("UTC"));
+    EXPECT_EQ(m_window->findChild<StartField*>()->text().text(), "2106-02-07 06:28:16.500");
+}
+
+TEST_F(HeaderEditor, ColumnsFollowAFontThatComesLater)
+{
+    open();
+    const int before = table().columnWidth(2);
+    QFont large = table().font();
+    large.setPointSize(3 * large.pointSize());
+    table().setFont(large);
+    EXPECT_GT(table().columnWidth(2), 2 * before);
 }
 
 TEST_F(HeaderEditor, FullDiskKeepsTheFileAndSaysWhy)

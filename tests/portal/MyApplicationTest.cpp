@@ -4,8 +4,12 @@
 
 #include <QApplication>
 #include <QErrorMessage>
+#include <QMessageBox>
+#include <QProgressDialog>
 #include <QTextEdit>
+#include <QTimer>
 
+#include <csignal>
 #include <stdexcept>
 
 #include "core/TSFILE.h"
@@ -37,13 +41,6 @@ public:
 private:
     std::function<void()> m_fail;
 };
-
-TS::READONLY_VIOLATION readOnly(std::uint32_t offset, const char* name)
-{
-    TS::READONLY_VIOLATION e(offset, 0, 1);
-    e.name = name;
-    return e;
-}
 
 struct Row
 {
@@ -79,10 +76,11 @@ std::vector<Row> rows()
         {throwing(TS::ILL_SAMPLE(4294967295U, 5, 1)),
          "TS::ILL_SAMPLE exception<br> Sample = 4294967295<br> max allowed = 5: here",
          "Caught a TS::ILL_SAMPLE exception"},
-        {throwing(readOnly(512, "a.ts")), "TS::READONLY_VIOLATION exception, offset: 512: here",
-         "Caught an unknown exception"},
-        {throwing(readOnly(0, "a.ts")), "TS::READONLY_VIOLATION exception, name: a.ts: here", nullptr},
-        {throwing(readOnly(0, "")), "TS::READONLY_VIOLATION exception: here", nullptr},
+        {throwing(TS::READONLY_VIOLATION(512, 0, 1, "a.ts")),
+         "TS::READONLY_VIOLATION exception, offset: 512: here", "Caught an unknown exception"},
+        {throwing(TS::READONLY_VIOLATION(0, 0, 1, "a.ts")),
+         "TS::READONLY_VIOLATION exception, name: a.ts: here", nullptr},
+        {throwing(TS::READONLY_VIOLATION(0, 0, 1, "")), "TS::READONLY_VIOLATION exception: here", nullptr},
         {throwing(std::runtime_error("torn")), "torn: here", "torn"},
         {throwing(std::runtime_error("")), nullptr, nullptr},
         {throwing(TS::MAP_ERROR()), "Caught an uspecified exception: here", nullptr},
@@ -132,6 +130,25 @@ TEST(ReportTest, numbersKeepTheirPointAndNamesTheirUmlautsInThePlainLocale)
     EXPECT_NE(made, nullptr);
     EXPECT_TRUE(std::filesystem::exists("Öl €.ts"));
     EXPECT_EQ(TsApplication::instance()->OpenTs(QStringLiteral("Wasser.ts"), true), nullptr);
+}
+
+// Without them the process would end here, its scratch files left behind.
+TEST(QuitSignals, endTheEventLoopAlsoUnderAnOpenBoxAndCancelAJob)
+{
+    for (const int signal : {SIGTERM, SIGHUP}) {
+        QProgressDialog job(QStringLiteral("Filtering"), QStringLiteral("Cancel"), 0, 10);
+        job.show();
+        bool isBoxGone = false;
+        QTimer::singleShot(0, [&] {
+            QTimer::singleShot(0, [&] { std::raise(signal); });
+            QMessageBox box(QMessageBox::Warning, QStringLiteral("Veltrac"), QStringLiteral("Waits"));
+            box.exec();
+            isBoxGone = true;
+        });
+        EXPECT_EQ(QApplication::exec(), 0);
+        EXPECT_TRUE(isBoxGone);
+        EXPECT_TRUE(job.wasCanceled());
+    }
 }
 
 }  // namespace

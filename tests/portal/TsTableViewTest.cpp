@@ -21,6 +21,7 @@
 #include <unistd.h>
 
 #include "core/TsNames.h"
+#include "portal/SampleView.h"
 #include "portal/TsApplication.h"
 #include "portal/TsTableView.h"
 #include "share/NoticeStrip.h"
@@ -100,7 +101,19 @@ public:
         press(Qt::Key_Return);
         QApplication::processEvents();
     }
-    void call(const char* slot) { QMetaObject::invokeMethod(m_window, slot); }
+    // A slot of the window or of one of its parts.
+    void call(const char* slot)
+    {
+        const QByteArray signature = QByteArray(slot) + "()";
+        QList<QObject*> parts = m_window->findChildren<QObject*>();
+        parts.prepend(m_window);
+        for (QObject* const part : parts)
+            if (part->metaObject()->indexOfSlot(signature) >= 0) {
+                QMetaObject::invokeMethod(part, slot);
+                return;
+            }
+        ADD_FAILURE() << slot;
+    }
     // Presses a box's button while the slot runs; returns the box's text.
     QString callAndAnswer(const char* slot, const QString& button, std::function<void(QWidget&)> before = {})
     {
@@ -230,9 +243,8 @@ TEST(TsTableView, SelectionExtendsFromTheCurrentCellHoweverItWasReached)
                 continue;  // half a billion samples
             Window edit(1);
             SampleView& view = edit.view();
-            QTest::mouseClick(
-                view.viewport(), Qt::LeftButton, Qt::NoModifier,
-                view.visualRect(view.model()->index(2, 0)).center());
+            QTest::mouseClick(view.viewport(), Qt::LeftButton, Qt::NoModifier,
+                              view.visualRect(view.model()->index(2, 0)).center());
             row.reach(edit);
             edit.press(row.key, Qt::ShiftModifier);
             ASSERT_EQ(view.selectedBlocks().size(), 1U) << row.label;

@@ -3,22 +3,32 @@
 #include <gtest/gtest.h>
 
 #include <QCheckBox>
+#include <QContextMenuEvent>
+#include <QDropEvent>
 #include <QFile>
 #include <QFileDialog>
 #include <QHeaderView>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMimeData>
 #include <QPointer>
+#include <QPushButton>
 #include <QScreen>
 #include <QSignalSpy>
 #include <QStatusBar>
 #include <QTableWidget>
 #include <QTest>
+#include <QTimer>
+#include <QToolButton>
+#include <QUrl>
 
 #include "core/TSFILE.h"
+#include "portal/CreateTsWin_Veltrac.h"
 #include "portal/Veltrac.h"
 #include "share/JobProgress.h"
+#include "share/QtMessageWin.h"
 #include "share/SubWindow.h"
 #include "tests/BoxAnswer.h"
 #include "tests/core/TsFileBytes.h"
@@ -162,11 +172,22 @@ TEST(VeltracTest, directoriesOfAnyNameAreEnteredAndACancelledDialogChangesNothin
     EXPECT_EQ(QDir::currentPath(), before);
     EXPECT_EQ(changed.count(), 0);
 
-    const BoxAnswer choose(QStringLiteral("&Choose"), [&](QWidget& dialog) {
-        qobject_cast<QFileDialog*>(&dialog)->setDirectory(before + QLatin1Char('/') + odd);
-    });
-    portal->sl_otherDir();
+    {
+        const BoxAnswer choose(QStringLiteral("&Choose"), [&](QWidget& dialog) {
+            qobject_cast<QFileDialog*>(&dialog)->setDirectory(before + QLatin1Char('/') + odd);
+        });
+        portal->sl_otherDir();
+    }
+    // The next dialog for files begins there, wherever this one was.
+    QString begins;
     const QString after = before + QLatin1Char('/') + odd;
+    {
+        const BoxAnswer cancel(QStringLiteral("&Cancel"), [&](QWidget& dialog) {
+            begins = qobject_cast<QFileDialog*>(&dialog)->directory().absolutePath();
+        });
+        portal->sl_readASCIIFile();
+    }
+    EXPECT_EQ(begins, after);
     EXPECT_EQ(QDir::currentPath(), after);
     ASSERT_EQ(changed.count(), 1);
     EXPECT_EQ(changed.first().first().toString(), after);
@@ -204,7 +225,9 @@ TEST(VeltracTest, mouseAndKeyboardSelectAndADoubleClickLists)
     EXPECT_EQ(portal.status(), QStringLiteral("Select a ts-file in the table first."));
     EXPECT_EQ(otherWindows(), QStringList());
 
-    portal.press(Qt::Key_Down);  // the first row
+    portal.press(Qt::Key_End);
+    EXPECT_EQ(portal.table().currentRow(), 2);
+    portal.press(Qt::Key_Home);
     portal.press(Qt::Key_Down);
     portal.press(Qt::Key_L, Qt::ControlModifier);
     EXPECT_EQ(otherWindows(), QStringList{QStringLiteral("Veltrac, listing b.ts")});
@@ -213,6 +236,7 @@ TEST(VeltracTest, mouseAndKeyboardSelectAndADoubleClickLists)
     portal.click(2, true);
     EXPECT_TRUE(otherWindows().contains(QStringLiteral("Veltrac, listing c.ts")));
 
+    EXPECT_GE(portal->metaObject()->indexOfSlot("sl_subwindowGone(subWindow)"), 0);
     // A refresh keeps the selection; the main window takes the others along.
     makeFile(QStringLiteral("aa.ts"));
     portal->statusBar()->showMessage(QStringLiteral("A tip"));
@@ -352,6 +376,195 @@ TEST(VeltracTest, sortsByTheClickedHeaderOnceSortingIsOn)
         if (action->isCheckable())
             action->trigger();
     EXPECT_NE(clickHeader(), clickHeader());
+}
+
+// Drops files on the window, as a file manager does, and answers the question by the button of that text, or
+// by the one that Enter presses.
+QString dropped(Portal& portal, const QStringList& files, const QString& button)
+{
+    QMimeData data;
+    QList<QUrl> urls;
+    for (const QString& file : files)
+        urls << QUrl::fromLocalFile(QFileInfo(file).absoluteFilePath());
+    data.setUrls(urls);
+    QDragEnterEvent enters(QPoint(5, 5), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(portal.operator->(), &enters);
+    EXPECT_TRUE(enters.isAccepted());
+    QString suggested;
+    const BoxAnswer answer(button, [&](QWidget& box) {
+        for (const QPushButton* const one : box.findChildren<QPushButton*>())
+            if (one->isDefault())
+                suggested = one->text();
+    });
+    QDropEvent drops(QPointF(5, 5), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(portal.operator->(), &drops);
+    QTest::qWait(20);
+    return suggested;
+}
+
+TEST(VeltracTest, whatIsDroppedIsListedImportedOrGoneTo)
+{
+    const TestDirectory directory;
+    makeFile(QStringLiteral("a.ts"));
+    std::filesystem::create_directories("below/deep");
+    std::ofstream("log.txt") << "Date;Temp\n17.05.2016 13:45:30;20,5\n17.05.2016 13:45:31;21,5\n";
+    std::ofstream("values.csv") << "1.5\n2.5\n3.5\n4.5\n";
+    std::ofstream("other.csv") << "5\n6\n7\n8\n";
+    std::ofstream("text.dat") << "%S 2\n%C 1\n%D 0.5\n1\n2\n";
+    Portal portal;
+    EXPECT_EQ(dropped(portal, {QStringLiteral("a.ts")}, QString()), QString());
+    EXPECT_EQ(otherWindows(), QStringList{QStringLiteral("Veltrac, listing a.ts")});
+
+    const std::pair<QStringList, QString> rows[] = {
+        {{QStringLiteral("log.txt")}, QStringLiteral("Read as ta&ble (STL)")},
+        {{QStringLiteral("values.csv"), QStringLiteral("other.csv")},
+         QStringLiteral("Read as &column (SCL)")},
+        {{QStringLiteral("text.dat")}, QStringLiteral("Read as &tsa text")},
+    };
+    for (const auto& [files, button] : rows) {
+        EXPECT_EQ(dropped(portal, files, QStringLiteral("Cancel")), button);
+        EXPECT_EQ(otherWindows().size(), 1);
+    }
+    dropped(portal, rows[0].first, rows[0].second);
+    dropped(portal, rows[1].first, rows[1].second);
+    EXPECT_EQ(otherWindows().size(), 3) << otherWindows().join(QStringLiteral(", ")).toStdString();
+    dropped(portal, rows[2].first, rows[2].second);
+    EXPECT_EQ(portal.names(), (QStringList{QStringLiteral("a.ts"), QStringLiteral("text.ts")}));
+    // Another importer than the suggested one.
+    dropped(portal, rows[1].first, rows[0].second);
+    EXPECT_EQ(otherWindows().size(), 5);
+
+    dropped(portal, {QStringLiteral("below/deep")}, QString());
+    EXPECT_TRUE(QDir::currentPath().endsWith(QStringLiteral("/below/deep")));
+    EXPECT_EQ(portal.table().rowCount(), 0);
+    portal->close();
+}
+
+TEST(VeltracTest, anEmptyDirectoryOffersWhatCanBeDone)
+{
+    const TestDirectory directory;
+    Portal portal;
+    const auto offered = [&] {
+        QStringList texts;
+        for (const QToolButton* const button : portal.table().viewport()->findChildren<QToolButton*>())
+            if (button->isVisible())
+                texts << button->defaultAction()->text();
+        return texts;
+    };
+    const QStringList all = offered();
+    EXPECT_EQ(all.size(), 6);
+    EXPECT_EQ(all.first(), QStringLiteral("Create a (ts)file..."));
+
+    // The menu below the last row offers the same.
+    makeFile(QStringLiteral("a.ts"));
+    portal->sl_refresh();
+    EXPECT_EQ(offered(), QStringList());
+    QStringList entries;
+    QTimer::singleShot(0, [&] {
+        auto* const menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+        ASSERT_NE(menu, nullptr);
+        for (const QAction* const action : menu->actions())
+            entries << action->text();
+        menu->close();
+    });
+    const QPoint below(20, portal.table().viewport()->height() - 5);
+    QContextMenuEvent wanted(QContextMenuEvent::Mouse, below, portal.table().viewport()->mapToGlobal(below));
+    QApplication::sendEvent(portal.table().viewport(), &wanted);
+    EXPECT_EQ(entries, all);
+}
+
+TEST(VeltracTest, copiesAndRenamesOverNothing)
+{
+    const TestDirectory directory;
+    makeFile(QStringLiteral("a.ts"), 0.25F);
+    makeFile(QStringLiteral("taken.ts"));
+    const auto bytes = bytesOf("a.ts");
+    Portal portal;
+    const auto answer = [&](void (VeltracWin::*slot)(), const char* typed) {
+        const BoxAnswer name(QStringLiteral("OK"), [&](QWidget& box) {
+            box.findChild<QLineEdit*>()->setText(QString::fromUtf8(typed));
+        });
+        QString told;
+        QTimer::singleShot(50, [&] {
+            if (auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+                told = box->text();
+                box->close();
+            }
+        });
+        (portal.operator->()->*slot)();
+        return told;
+    };
+    portal.click(0);
+    EXPECT_EQ(answer(&VeltracWin::sl_copyFile, "b.v2"), QString());
+    EXPECT_EQ(bytesOf("b.v2.ts"), bytes);
+    EXPECT_EQ(portal.table().item(portal.table().currentRow(), 0)->text(), QStringLiteral("b.v2.ts"));
+    EXPECT_EQ(answer(&VeltracWin::sl_renameFile, "Öl"), QString());
+    EXPECT_EQ(bytesOf("Öl.ts"), bytes);
+    EXPECT_FALSE(std::filesystem::exists("b.v2.ts"));
+    for (const auto slot : {&VeltracWin::sl_copyFile, &VeltracWin::sl_renameFile}) {
+        const auto before = bytesOf("taken.ts");
+        EXPECT_TRUE(answer(slot, "taken").contains(QStringLiteral("already")));
+        EXPECT_EQ(bytesOf("taken.ts"), before);
+    }
+    portal->registerWriter(QStringLiteral("Öl.ts"));
+    EXPECT_TRUE(answer(&VeltracWin::sl_renameFile, "c").contains(QStringLiteral("open for writing")));
+    EXPECT_EQ(directory.fileCount(), 3U);
+}
+
+TEST(VeltracTest, aDialogMadeByHandHasItsFileListedAndWindowsGoWithTheMainWindow)
+{
+    const TestDirectory directory;
+    QPointer<QWidget> left;
+    {
+        Portal portal;
+        auto* const dialog = new CreateTsWin;
+        dialog->show();
+        dialog->sl_accept();
+        EXPECT_EQ(portal.names(), QStringList{QStringLiteral("Myfile.ts")});
+        left = portal->openSubProgram(SubProgram::Formula, QStringLiteral("Myfile.ts"), 1);
+        ASSERT_NE(left, nullptr);
+    }
+    EXPECT_TRUE(left.isNull()) << "its scratch files would stay";
+}
+
+TEST(VeltracTest, windowsAreCutToTheScreenAndNoFurther)
+{
+    const TestDirectory directory;
+    Portal portal;
+    const QSize screen = portal->screen()->availableSize();
+    const std::pair<QSize, QSize> rows[] = {{screen, screen}, {screen + QSize(40, 300), screen}};
+    for (const auto& [wanted, shown] : rows) {
+        SubWindow window;
+        MessageWin message(nullptr, QString(), QString(), QString(), wanted.width(), wanted.height(), {}, 11);
+        window.resize(wanted);
+        portal->hide();
+        portal->resize(wanted);
+        for (QWidget* const each :
+             {static_cast<QWidget*>(&window), static_cast<QWidget*>(portal.operator->())}) {
+            each->show();
+            EXPECT_EQ(each->size(), shown);
+        }
+        message.setAttribute(Qt::WA_DeleteOnClose, false);
+        message.show();
+        EXPECT_EQ(message.size(), shown);
+    }
+}
+
+TEST(VeltracTest, whatsThisTextsBeginWithTheImageOfTheirAction)
+{
+    const TestDirectory directory;
+    Portal portal;
+    int count = 0;
+    for (const QAction* const action : portal->actions()) {
+        if (action->whatsThis().isEmpty() || action->icon().isNull())
+            continue;
+        ++count;
+        const int begin = action->whatsThis().indexOf(QLatin1Char('"')) + 1;
+        EXPECT_TRUE(action->whatsThis().startsWith(QStringLiteral("<p><img src=\":img_")));
+        const QString image = action->whatsThis().mid(begin, action->whatsThis().indexOf('"', begin) - begin);
+        EXPECT_FALSE(QImage(image).isNull()) << image.toStdString();
+    }
+    EXPECT_GE(count, 12);
 }
 
 TEST(VeltracTest, runTimeTextsOfFormulasCanBeSilencedUntilTheNextCalculation)

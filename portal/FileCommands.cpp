@@ -1,0 +1,90 @@
+#include "portal/FileCommands.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QInputDialog>
+
+#include "core/CopyFile.h"
+#include "core/TSFILE.h"
+#include "core/TsNames.h"
+#include "portal/FailureReason.h"
+#include "portal/TsApplication.h"
+#include "share/Boxes.h"
+#include "share/JobProgress.h"
+
+namespace veltrac {
+
+namespace {
+
+std::string pathOf(const QString& file)
+{
+    return QFile::encodeName(file).toStdString();
+}
+
+void showWarningBox(QWidget* window, const QString& text)
+{
+    showBox(QMessageBox::Warning, window, QStringLiteral("Veltrac"), text);
+}
+
+// The name of a new file, or an empty one where the user gives up or the name is taken.
+QString askFreeName(QWidget* window, const QString& title, const QString& suggestion)
+{
+    bool isChosen = false;
+    const QString typed = QInputDialog::getText(window, title, QStringLiteral("New name:"), QLineEdit::Normal,
+                                                suggestion, &isChosen);
+    if (!isChosen || typed.trimmed().isEmpty())
+        return {};
+    const QString name = QFile::decodeName(newTsFileName(pathOf(typed)).c_str());
+    if (!QFileInfo::exists(name) && !QFileInfo(name).isSymLink())
+        return name;
+    showWarningBox(window, QStringLiteral("There is a file %1 already. It was kept.").arg(name));
+    return {};
+}
+
+}  // namespace
+
+QString copyTsFile(QWidget* window, const QString& file)
+{
+    const QString name = askFreeName(window, QStringLiteral("Copy %1").arg(file),
+                                     QFileInfo(file).completeBaseName() + QStringLiteral("_copy.ts"));
+    if (name.isEmpty())
+        return {};
+    try {
+        JobProgress progress(window, QStringLiteral("Copying %1").arg(file));
+        const auto from = openTsFile(pathOf(file), true);
+        return copyWholeFile(from->descriptor(), pathOf(name), progress.callback()) == JobOutcome::Done
+                   ? name
+                   : QString();
+    } catch (...) {
+        showWarningBox(window, QStringLiteral("%1 was not copied: %2.")
+                                   .arg(file, QString::fromLocal8Bit(reasonOfFailure().c_str())));
+        return {};
+    }
+}
+
+QString renameTsFile(QWidget* window, const QString& file)
+{
+    if (!isFreeToChange(window, file))
+        return {};
+    const QString name = askFreeName(window, QStringLiteral("Rename %1").arg(file), file);
+    if (name.isEmpty())
+        return {};
+    QFile renamed(file);
+    if (renamed.rename(name))
+        return name;
+    showWarningBox(window, QStringLiteral("%1 could not be renamed: %2.").arg(file, renamed.errorString()));
+    return {};
+}
+
+bool isFreeToChange(QWidget* window, const QString& file)
+{
+    const TsApplication* const application = TsApplication::instance();
+    if (application == nullptr || !application->isOpenForWriting(file))
+        return true;
+    showWarningBox(window, QStringLiteral("The file %1 is open for writing in another window.\n"
+                                          "Close that window first.")
+                               .arg(file));
+    return false;
+}
+
+}  // namespace veltrac

@@ -1,0 +1,20 @@
+// What the main window does with one ts-file of the working directory beside opening it.
+#pragma once
+
+#include <QString>
+
+class QWidget;
+
+namespace veltrac {
+
+// Asks for a name and copies the file byte for byte; returns the new name, or an empty one where nothing was
+// copied. A file that is there already is kept.
+QString copyTsFile(QWidget* window, const QString& file);
+
+// Asks for another name; returns it, or an empty one where the file keeps its own.
+QString renameTsFile(QWidget* window, const QString& file);
+
+// False, after a box, where a window has the file open for writing.
+bool isFreeToChange(QWidget* window, const QString& file);
+
+}  // namespace veltrac

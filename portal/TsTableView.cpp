@@ -14,6 +14,7 @@
 #include "core/FileTime.h"
 #include "core/TsNames.h"
 #include "portal/OldValuesRestore.h"
+#include "portal/SampleActions.h"
 #include "portal/SampleEditor.h"
 #include "portal/SampleSearch.h"
 #include "portal/SampleStatus.h"

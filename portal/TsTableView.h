@@ -14,7 +14,6 @@
 #include <memory>
 #include <vector>
 
-#include "portal/SampleActions.h"
 #include "portal/TsTableModel.h"
 #include "share/FileWatch.h"
 #include "share/SubWindow.h"
@@ -25,6 +24,7 @@ class QModelIndex;
 
 namespace veltrac {
 
+enum class SampleAct;
 class NoticeStrip;
 class SampleEditor;
 class SampleSearch;

@@ -420,8 +420,8 @@ void VeltracWin::openDropped(const QStringList& paths)
 
 void VeltracWin::importTexts(const QStringList& texts)
 {
-    const std::optional<TextKind> kind = askTextKind(this, texts);
-    if (kind == TextKind::SingleColumn) {
+    const std::optional<ImportKind> kind = askImportKind(this, texts);
+    if (kind == ImportKind::Scl) {
         // Several of them are the columns of one file.
         auto* const window =
             dynamic_cast<SCLWin*>(openSubProgram(SubProgram::SclImport, texts.constFirst(), 0));
@@ -429,7 +429,7 @@ void VeltracWin::importTexts(const QStringList& texts)
             window->add(texts.at(i));
     } else if (kind) {
         for (const QString& text : texts) {
-            if (kind == TextKind::Tsa)
+            if (kind == ImportKind::Tsa)
                 importTsaText(text);
             else
                 openSubProgram(SubProgram::StlImport, text, 0);

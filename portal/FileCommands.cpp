@@ -4,10 +4,10 @@
 #include <QFileInfo>
 #include <QInputDialog>
 
-#include "core/FailureText.h"
 #include "core/CopyFile.h"
 #include "core/TSFILE.h"
 #include "core/TsNames.h"
+#include "core/FailureText.h"
 #include "portal/TsApplication.h"
 #include "share/Boxes.h"
 #include "share/JobProgress.h"

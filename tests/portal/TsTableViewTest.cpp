@@ -443,7 +443,7 @@ TEST(TsTableView, OldValuesThatAFailedSaveHasLeftAreBroughtBack)
     });
     yes.start(10);
     list.callAndAnswer("sl_restoreOldValues", "&Open", [&](QWidget& box) {
-        qobject_cast<QFileDialog&>(box).selectFile(QString::fromStdString(kept.string()));
+        qobject_cast<QFileDialog*>(&box)->selectFile(QString::fromStdString(kept.string()));
     });
     EXPECT_TRUE(question.contains("column 1, samples 2 to 3")) << question.toStdString();
     EXPECT_EQ(valueInFile(2, 1), 2.0F);

@@ -1,7 +1,8 @@
 // The transform of lengths of every kind, in nanoseconds a point and a radix-2 butterfly (n/2 log2 n of them
-// would do it), each beside its floor: the four arrays only copied; and beside the same passes as plain
-// strided loops. The last rows give the largest error against a direct sum in long double, as a share of the
-// largest value.
+// would do it), each beside its floor: the four arrays only copied; and beside the single steps, which are
+// plain strided loops. realTransform takes samples without an imaginary part. The last rows give the largest
+// error against a direct sum in long double, as a share of the largest value.
+// VELTRAC_FFT_KERNEL=baseline|avx2|avx512 (environment) forces a build of the loops.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -12,16 +13,13 @@
 #include <random>
 #include <vector>
 
+#include "calc/RealTransform.h"
 #include "calc/mixfft.h"
-#include "calc/mixfft_butterflies.h"
 #include "calc/mixfft_steps.h"
 
 using namespace veltrac;
 
 namespace {
-
-constexpr double kPi = std::numbers::pi;
-constexpr int kMostValues = 40;
 
 struct Arrays
 {
@@ -68,68 +66,7 @@ void floorCopy(benchmark::State& state)
     count(state);
 }
 
-void plainButterfly(int radix, double* re, double* im, const double* trigRe, const double* trigIm)
-{
-    switch (radix) {
-        case 2:
-            butterfly2(re, im);
-            break;
-        case 3:
-            butterfly3(re, im);
-            break;
-        case 4:
-            butterfly4(re, im);
-            break;
-        case 5:
-            butterfly5(re, im);
-            break;
-        case 8:
-            butterfly8(re, im);
-            break;
-        case 10:
-            butterfly10(re, im);
-            break;
-        default:
-            butterflyOdd(radix, re, im, trigRe, trigIm);
-            break;
-    }
-}
-
-void plainPass(int span, int radix, int groupCount, double* yRe, double* yIm)
-{
-    using Complex = std::complex<double>;
-    double trigRe[kMostValues];
-    double trigIm[kMostValues];
-    for (int i = 0; i < radix; ++i) {
-        trigRe[i] = std::cos(2 * kPi * i / radix);
-        trigIm[i] = -std::sin(2 * kPi * i / radix);
-    }
-    const Complex rotation = std::polar(1.0, -2 * kPi / span / radix);
-    Complex twiddle = 1.0;
-    double re[kMostValues] = {};
-    double im[kMostValues] = {};
-    for (int t = 0; t < span; ++t, twiddle *= rotation) {
-        Complex powers[kMostValues] = {1.0};
-        for (int k = 1; k < radix; ++k)
-            powers[k] = powers[k - 1] * twiddle;
-        for (int g = 0; g < groupCount; ++g) {
-            const int base = g * span * radix + t;
-            for (int k = 0; k < radix; ++k) {
-                const double r = yRe[base + k * span];
-                const double i = yIm[base + k * span];
-                re[k] = r * powers[k].real() - i * powers[k].imag();
-                im[k] = r * powers[k].imag() + i * powers[k].real();
-            }
-            plainButterfly(radix, re, im, trigRe, trigIm);
-            for (int k = 0; k < radix; ++k) {
-                yRe[base + k * span] = re[k];
-                yIm[base + k * span] = im[k];
-            }
-        }
-    }
-}
-
-void plainLoops(benchmark::State& state)
+void singleSteps(benchmark::State& state)
 {
     const int n = static_cast<int>(state.range(0));
     Arrays a(n);
@@ -142,8 +79,19 @@ void plainLoops(benchmark::State& state)
         buildPassTables(span, radixOf, groups, &passCount, &n);
         digitReversal(n, passCount, radixOf, groups, a.xRe.data(), a.xIm.data(), a.yRe.data(), a.yIm.data());
         for (int i = 1; i <= passCount; ++i)
-            plainPass(span[i], radixOf[i], n / (span[i] * radixOf[i]), a.yRe.data(), a.yIm.data());
+            radixPass(span[i], radixOf[i], n / (span[i] * radixOf[i]), a.yRe.data(), a.yIm.data());
     }
+    count(state);
+}
+
+void realTransform(benchmark::State& state)
+{
+    const int n = static_cast<int>(state.range(0));
+    const Arrays a(n);
+    std::vector<double> re(realFftRoom(n));
+    std::vector<double> im(re.size());
+    for ([[maybe_unused]] auto _ : state)
+        realFft(n, a.xRe.data(), re.data(), im.data(), {});
     count(state);
 }
 
@@ -179,7 +127,8 @@ void lengths(benchmark::internal::Benchmark* job)
 
 BENCHMARK(floorCopy)->Apply(lengths);
 BENCHMARK(transform)->Apply(lengths);
-BENCHMARK(plainLoops)->Apply(lengths);
+BENCHMARK(singleSteps)->Apply(lengths);
+BENCHMARK(realTransform)->Arg(8192)->Arg(1 << 24)->Arg(10'000'000)->Unit(benchmark::kMillisecond);
 BENCHMARK(accuracy)->Arg(1000)->Arg(1024)->Arg(1369)->Arg(2187)->Arg(2310)->Iterations(1);
 
 }  // namespace

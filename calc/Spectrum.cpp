@@ -5,6 +5,7 @@
 #include <limits>
 #include <numbers>
 
+#include "calc/RealTransform.h"
 #include "calc/SpectrumSamples.h"
 #include "calc/WindowShape.h"
 #include "calc/mixfft.h"
@@ -17,7 +18,6 @@ namespace {
 constexpr double kPi = std::numbers::pi;
 constexpr double kDegrees = 180.0 / kPi;
 constexpr double kDropsLittle = 0.999;  // of the samples stay
-constexpr std::uint64_t kBytesASample = 32;
 constexpr std::uint32_t kLongestTransform = std::numeric_limits<int>::max();
 
 // The greatest (or least) product of 2, 3 and 5 that is not above (not below) m; both by going through the
@@ -110,18 +110,20 @@ private:
     std::vector<float> m_rows;
 };
 
-// Samples of one transform and its outcome: the four arrays.
+// Samples of one transform and its outcome: 16 bytes a sample, 24 where their number is odd.
 struct Transform
 {
-    explicit Transform(std::uint32_t length) : xRe(length), xIm(length), yRe(length), yIm(length) {}
-    std::vector<double> xRe, xIm, yRe, yIm;
+    explicit Transform(std::uint32_t length)
+        : x(length), re(realFftRoom(static_cast<int>(length))), im(re.size())
+    {
+    }
+    std::vector<double> x, re, im;
 
     bool run(const Progress& progress)
     {
-        const auto n = static_cast<int>(xRe.size());
-        return mixedRadixFft(n, xRe.data(), xIm.data(), yRe.data(), yIm.data(), progress);
+        return realFft(static_cast<int>(x.size()), x.data(), re.data(), im.data(), progress);
     }
-    double power(std::size_t bin) const { return yRe[bin] * yRe[bin] + yIm[bin] * yIm[bin]; }
+    double power(std::size_t bin) const { return re[bin] * re[bin] + im[bin] * im[bin]; }
 };
 
 // The samples of the range in its transform, without trend and weighed.
@@ -150,7 +152,7 @@ JobOutcome wholeRange(TSFILE& source, const SpectrumRequest& request, const Spec
 {
     Transform transform(plan.length);
     WindowShape window(request.window, plan.used);
-    if (loadRange(source, request, std::span(transform.xRe).first(plan.used), window, mean,
+    if (loadRange(source, request, std::span(transform.x).first(plan.used), window, mean,
                   partOf(progress, 0, 35)) == JobOutcome::Cancelled ||
         !transform.run(partOf(progress, 35, 70)))
         return JobOutcome::Cancelled;
@@ -159,8 +161,8 @@ JobOutcome wholeRange(TSFILE& source, const SpectrumRequest& request, const Spec
     RowWriter rows(target, plan.resolution);
     for (std::uint32_t k = 1; k <= plan.bins; ++k) {
         const bool atNyquist = 2 * std::uint64_t{k} == plan.length;
-        const double re = transform.yRe[k];
-        const double im = transform.yIm[k];
+        const double re = transform.re[k];
+        const double im = transform.im[k];
         if (request.result == SpectrumResult::RealImaginary) {
             const double c = (atNyquist ? 1.0 : 2.0) * scale.amplitude;
             rows.add(c * re, c * im);
@@ -186,7 +188,7 @@ JobOutcome segments(TSFILE& source, const SpectrumRequest& request, const Spectr
     double sum = 0.0;
     const std::uint32_t hop = segmentHop(plan.used, request.overlapPercent);
     for (std::uint32_t s = 0; s < plan.segments; ++s) {
-        const std::span<double> samples = std::span(transform.xRe).first(plan.used);
+        const std::span<double> samples = std::span(transform.x).first(plan.used);
         const auto first = static_cast<std::uint32_t>(request.from + std::uint64_t{s} * hop);
         reader.read(first, samples, {});
         sum += removeTrend(samples, request.trend);
@@ -243,7 +245,8 @@ SpectrumPlan planSpectrum(const SpectrumRequest& request)
             range < plan.used ? 0 : (range - plan.used) / segmentHop(plan.used, request.overlapPercent) + 1;
     plan.resolution = 1.0 / (plan.length * request.dt);
     plan.highest = plan.bins * plan.resolution;
-    plan.bytes = plan.length * kBytesASample;
+    plan.bytes =
+        (plan.length + 2 * std::uint64_t{realFftRoom(static_cast<int>(plan.length))}) * sizeof(double);
     if (request.averaged)
         plan.bytes += (std::uint64_t{plan.used} + plan.bins) * sizeof(double);  // weights and sums of power
     return plan;

@@ -1,8 +1,9 @@
 // The discrete Fourier transform of any length whose prime factors are at most 37.
 //
 // Mixed-radix decimation in time (R. C. Singleton, "An Algorithm for Computing the Mixed Radix Fast
-// Fourier Transform", IEEE Trans. Audio Electroacoust. AU-17 (1969) 93-103): a digit reversal, then a
-// pass for each factor with butterflies for 2, 3, 4, 5, 8, 10 and any odd prime up to 37.
+// Fourier Transform", IEEE Trans. Audio Electroacoust. AU-17 (1969) 93-103) with butterflies for 2, 3, 4, 5,
+// 8, 9, 10 and any odd prime up to 37, in stages that fit the caches and the vectors of the processor (see
+// calc/mixfft_kernels.h).
 //
 // The work tables are process-wide: one transform at a time, on one thread.
 #pragma once
@@ -12,8 +13,18 @@
 
 #include "calc/mixfft_steps.h"  // for callers that take the steps one by one
 
+namespace veltrac {
+
 // The greatest prime factor that a length may have.
 inline constexpr int kMaxPrimeFactor = 37;
+
+// Told (done, total) a hundred times in a transform and at least every tenth of a second; false stops it.
+using FftProgress = std::function<bool(std::uint64_t, std::uint64_t)>;
+
+// Whether n is at least 1 and has no prime factor above kMaxPrimeFactor.
+bool isTransformLength(int n);
+
+}  // namespace veltrac
 
 // y[k] = sum over j of x[j] exp(-2 pi i j k / n), k = 0 .. n-1, unscaled.
 //
@@ -23,12 +34,6 @@ inline constexpr int kMaxPrimeFactor = 37;
 // status 1: check a length with isTransformLength() first.
 void mixedRadixFft(int n, const double* xRe, const double* xIm, double* yRe, double* yIm);
 
-// Told (done, total) some hundred times in a transform; false stops it.
-using FftProgress = std::function<bool(std::uint64_t, std::uint64_t)>;
-
 // The same with progress. Returns false when stopped; y then holds no transform.
 bool mixedRadixFft(int n, const double* xRe, const double* xIm, double* yRe, double* yIm,
-                   const FftProgress& progress);
-
-// Whether n is at least 1 and has no prime factor above kMaxPrimeFactor.
-bool isTransformLength(int n);
+                   const veltrac::FftProgress& progress);

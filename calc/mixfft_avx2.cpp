@@ -1,11 +1,8 @@
-// The passes for processors with AVX2 and FMA.
-#include "calc/mixfft_pass.h"
+// The loops of the transform for processors with AVX2 and FMA.
+#include "calc/mixfft_stage.h"
 
 namespace {
 using Vector = double __attribute__((vector_size(32)));
 }
 
-void radixPassAvx2(int span, int radix, int groupCount, double* re, double* im, RadixTables& tables)
-{
-    passOfVectors<Vector>(span, radix, groupCount, re, im, tables);
-}
+const veltrac::FftKernel veltrac::kFftAvx2 = kernelOf<Vector>("avx2");

@@ -16,7 +16,7 @@ inline constexpr double kFifth[] = {-1.25, 0.55901699437495, -0.95105651629515, 
 inline constexpr double kHalfRoot = 0.70710678118655;
 
 template <class V>
-inline void butterfly2(V* re, V* im)
+[[gnu::always_inline]] inline void butterfly2(V* re, V* im)
 {
     const V r = re[1];
     const V i = im[1];
@@ -27,7 +27,7 @@ inline void butterfly2(V* re, V* im)
 }
 
 template <class V>
-inline void butterfly3(V* re, V* im)
+[[gnu::always_inline]] inline void butterfly3(V* re, V* im)
 {
     const V sumRe = re[1] + re[2];
     const V sumIm = im[1] + im[2];
@@ -44,7 +44,7 @@ inline void butterfly3(V* re, V* im)
 }
 
 template <class V>
-inline void butterfly4(V* re, V* im)
+[[gnu::always_inline]] inline void butterfly4(V* re, V* im)
 {
     const V sumRe = re[0] + re[2];
     const V sumIm = im[0] + im[2];
@@ -65,7 +65,7 @@ inline void butterfly4(V* re, V* im)
 }
 
 template <class V>
-inline void butterfly5(V* re, V* im)
+[[gnu::always_inline]] inline void butterfly5(V* re, V* im)
 {
     const V sum1Re = re[1] + re[4];
     const V sum1Im = im[1] + im[4];
@@ -100,7 +100,7 @@ inline void butterfly5(V* re, V* im)
 }
 
 template <class V>
-inline void butterfly8(V* re, V* im)
+[[gnu::always_inline]] inline void butterfly8(V* re, V* im)
 {
     V evenRe[4] = {re[0], re[2], re[4], re[6]};
     V evenIm[4] = {im[0], im[2], im[4], im[6]};
@@ -124,7 +124,7 @@ inline void butterfly8(V* re, V* im)
 // element 5 (I. J. Good, "The Interaction Algorithm and Practical Fourier Analysis", J. R. Stat. Soc. B 20
 // (1958) 361-372).
 template <class V>
-inline void butterfly10(V* re, V* im)
+[[gnu::always_inline]] inline void butterfly10(V* re, V* im)
 {
     V evenRe[5] = {re[0], re[2], re[4], re[6], re[8]};
     V evenIm[5] = {im[0], im[2], im[4], im[6], im[8]};
@@ -142,11 +142,55 @@ inline void butterfly10(V* re, V* im)
     }
 }
 
-// Any odd radix; trigRe and trigIm hold cos and -sin of 2 pi i / radix.
-template <class V>
-inline void butterflyOdd(int radix, V* re, V* im, const double* trigRe, const double* trigIm)
+// A value times a factor of one number or one vector.
+template <class V, class W>
+[[gnu::always_inline]] inline void turn(V& re, V& im, const W& turnRe, const W& turnIm)
 {
-    constexpr int kHalfEntries = 20;
+    const V r = re * turnRe - im * turnIm;
+    im = re * turnIm + im * turnRe;
+    re = r;
+}
+
+inline constexpr double kNinthCos[] = {1.0, 0.766044443118978035, 0.173648177666930349, 0,
+                                       -0.939692620785908384};
+inline constexpr double kNinthSin[] = {0.0, 0.642787609686539327, 0.984807753012208059, 0,
+                                       0.342020143325668734};
+
+// Three of 3, turned by ninths of a circle, and three of 3 across.
+template <class V>
+[[gnu::always_inline]] inline void butterfly9(V* re, V* im)
+{
+    V partRe[3][3];
+    V partIm[3][3];
+    for (int j = 0; j < 3; ++j) {
+        for (int i = 0; i < 3; ++i) {
+            partRe[j][i] = re[j + 3 * i];
+            partIm[j][i] = im[j + 3 * i];
+        }
+        butterfly3(partRe[j], partIm[j]);
+    }
+    for (int k = 0; k < 3; ++k) {
+        V acrossRe[3] = {partRe[0][k], partRe[1][k], partRe[2][k]};
+        V acrossIm[3] = {partIm[0][k], partIm[1][k], partIm[2][k]};
+        if (k > 0) {
+            turn(acrossRe[1], acrossIm[1], kNinthCos[k], -kNinthSin[k]);
+            turn(acrossRe[2], acrossIm[2], kNinthCos[2 * k], -kNinthSin[2 * k]);
+        }
+        butterfly3(acrossRe, acrossIm);
+        for (int i = 0; i < 3; ++i) {
+            re[k + 3 * i] = acrossRe[i];
+            im[k + 3 * i] = acrossIm[i];
+        }
+    }
+}
+
+// Any odd radix, known to the compiler where kKnown is not 0; trigRe and trigIm hold cos and -sin of
+// 2 pi i / radix.
+template <class V, int kKnown>
+inline void butterflyOdd(int anyRadix, V* re, V* im, const double* trigRe, const double* trigIm)
+{
+    constexpr int kHalfEntries = kKnown == 0 ? 20 : (kKnown + 1) / 2;
+    const int radix = kKnown == 0 ? anyRadix : kKnown;
     const int half = (radix + 1) / 2;
     V sumRe[kHalfEntries];
     V sumIm[kHalfEntries];

@@ -1,8 +1,10 @@
 // The single steps of mixedRadixFft(), in the order in which it takes them. Tables of passes count from 1.
 #pragma once
 
+namespace veltrac {
 // No 32-bit length has more factors than this, index 0 included.
 inline constexpr int kMaxPasses = 33;
+}  // namespace veltrac
 
 // Splits n >= 1 into the radices of the passes, radixOf[1 .. *passCount]; n = 1 gives the one radix 1.
 // Found are 10, 8, 5, 4, 3, 2 as often as they divide, then the remaining primes from below; an 8 and a

@@ -85,7 +85,7 @@ void factorLength(int n, int* passCount, int* radixOf)
 void buildPassTables(int* span, const int* radixOf, int* groups, const int* passCount, const int* n)
 {
     // The greatest prime is found last and so stands first.
-    if (radixOf[1] > kMaxPrimeFactor)
+    if (radixOf[1] > veltrac::kMaxPrimeFactor)
         refuseFactor(radixOf[1]);
     groups[0] = *n;
     span[1] = 1;
@@ -96,6 +96,8 @@ void buildPassTables(int* span, const int* radixOf, int* groups, const int* pass
     }
 }
 
+namespace veltrac {
+
 bool isTransformLength(int n)
 {
     if (n < 1)
@@ -105,3 +107,5 @@ bool isTransformLength(int n)
             n /= divisor;
     return n == 1;
 }
+
+}  // namespace veltrac

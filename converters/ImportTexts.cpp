@@ -145,7 +145,7 @@ void showText(QLabel* label, const QString& text)
     label->setVisible(!text.isEmpty());
 }
 
-QString reasonOfFailure()
+QString importFailure()
 {
     try {
         throw;

@@ -41,6 +41,6 @@ QLabel* warningLabel();
 void showText(QLabel* label, const QString& text);
 
 // What went wrong, of the exception in flight.
-QString reasonOfFailure();
+QString importFailure();
 
 }  // namespace veltrac

@@ -107,7 +107,7 @@ void ImportWindow::checkQuietly()
         check({});
         m_checked = true;
     } catch (const std::exception&) {
-        m_problem = reasonOfFailure();
+        m_problem = importFailure();
     }
 }
 
@@ -127,7 +127,7 @@ bool ImportWindow::runCheck()
         JobProgress progress(this, readingText());
         m_checked = check(progress.callback()) == JobOutcome::Done;
     } catch (const std::exception&) {
-        m_problem = reasonOfFailure();
+        m_problem = importFailure();
         m_checked = false;
     }
     showFindings();
@@ -173,7 +173,7 @@ void ImportWindow::write(const QString& target)
         seconds = progress.seconds();
     } catch (...) {
         showBox(QMessageBox::Warning, this, QStringLiteral("Veltrac error"),
-                QStringLiteral("%1 was not made; nothing was changed.\n%2").arg(target, reasonOfFailure()));
+                QStringLiteral("%1 was not made; nothing was changed.\n%2").arg(target, importFailure()));
         return;
     }
     emit x_file_made(target);

@@ -41,7 +41,7 @@ protected:
     // `icon` is a resource.
     ImportWindow(const QString& icon, QWidget* parent);
 
-    // -- What the importers differ in; check() and makeFile() throw what reasonOfFailure() knows --
+    // -- What the importers differ in; check() and makeFile() throw what importFailure() knows --
 
     virtual bool hasFiles() const = 0;
     // Called once, when the window is shown without a file.

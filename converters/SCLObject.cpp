@@ -23,6 +23,7 @@ namespace fs = std::filesystem;
 constexpr std::size_t kMostTroubles = 1000;
 constexpr std::uint64_t kLookEvery = 16384;
 constexpr double kSameRate = 1e-6;
+constexpr double kSameSample = 1e-3;  // of a step, that starts may differ
 
 // When the file was last written, on the local wall clock.
 Micros dateOf(const fs::path& file)
@@ -35,6 +36,13 @@ Micros dateOf(const fs::path& file)
     const std::time_t seconds =
         system_clock::to_time_t(time_point_cast<system_clock::duration>(file_clock::to_sys(written)));
     return wallAt(seconds);
+}
+
+std::string shortNumber(double number)
+{
+    char text[32];
+    std::snprintf(text, sizeof text, "%.4g", number);
+    return text;
 }
 
 std::string hertz(double step)
@@ -73,7 +81,55 @@ void SCLObject::add(const fs::path& file)
                                   [](const SCLSource& other) { return other.step.has_value(); });
     if (source.step && !told)
         step = *source.step;
+    const auto before = earliestStart();
     sources.push_back(std::move(source));
+    followStart(before);
+}
+
+void SCLObject::remove(std::size_t source)
+{
+    const auto before = earliestStart();
+    sources.erase(sources.begin() + static_cast<std::ptrdiff_t>(source));
+    followStart(before);
+}
+
+// -- Columns of different starts --
+
+std::optional<Micros> SCLObject::earliestStart() const
+{
+    std::optional<Micros> earliest;
+    for (const SCLSource& source : sources)
+        if (source.start)
+            earliest = std::min(*source.start, earliest.value_or(*source.start));
+    return earliest;
+}
+
+// A start that the user has typed stays.
+void SCLObject::followStart(std::optional<Micros> before)
+{
+    if (before && start == *before)
+        start = earliestStart().value_or(start);
+}
+
+// How many steps a source begins after the earliest one; one that tells no start begins with it.
+double SCLObject::stepsAfterStart(std::size_t source) const
+{
+    const std::optional<Micros>& told = sources[source].start;
+    return told ? static_cast<double>(*told - *earliestStart()) / (kMicrosPerSecond * step) : 0.0;
+}
+
+// The row, from 0, of a source's first value.
+std::uint64_t SCLObject::firstSample(std::size_t source) const
+{
+    return static_cast<std::uint64_t>(std::llround(std::min(stepsAfterStart(source), 1e15)));
+}
+
+std::uint64_t SCLObject::sampleCount() const
+{
+    std::uint64_t count = 0;
+    for (std::size_t i = 0; i < m_found.values.size(); ++i)
+        count = std::max(count, firstSample(i) + m_found.values[i]);
+    return count;
 }
 
 void SCLObject::detectAgain()
@@ -114,9 +170,9 @@ JobOutcome SCLObject::check(const Progress& progress)
     requireOneRate();
     if (!isRead() && readAll(progress) == JobOutcome::Cancelled)
         return JobOutcome::Cancelled;
-    if (m_found.samples == 0)
+    if (std::all_of(m_found.values.begin(), m_found.values.end(), [](std::uint64_t n) { return n == 0; }))
         throw STLError("No line of numbers was found in " + bareName(sources.front()) + ".");
-    requireFits(m_found.samples, result().columns);
+    requireFits(sampleCount(), result().columns);
     return JobOutcome::Done;
 }
 
@@ -134,7 +190,6 @@ JobOutcome SCLObject::readAll(const Progress& progress)
     m_found = SCLCheck();
     m_readStates.clear();
     std::vector<std::pair<fs::path, FileState>> states;
-    std::uint64_t most = 0;
     for (std::size_t i = 0; i < sources.size(); ++i) {
         states.emplace_back(sources[i].file, stateOf(sources[i].file));
         SCLReader reader(sources[i], skipLines);
@@ -149,9 +204,7 @@ JobOutcome SCLObject::readAll(const Progress& progress)
                 return JobOutcome::Cancelled;
         }
         m_found.values.push_back(count);
-        most = std::max(most, count);
     }
-    m_found.samples = static_cast<std::uint32_t>(std::min<std::uint64_t>(most, UINT32_MAX));
     m_readStates = std::move(states);
     m_readSkip = skipLines;
     return JobOutcome::Done;
@@ -160,10 +213,24 @@ JobOutcome SCLObject::readAll(const Progress& progress)
 std::vector<std::string> SCLObject::notices() const
 {
     std::vector<std::string> texts;
+    const std::uint64_t samples = sampleCount();
     for (std::size_t i = 0; i < sources.size(); ++i) {
-        if (m_found.values[i] < m_found.samples)
-            texts.push_back(bareName(sources[i]) + " has " + inGroups(m_found.samples - m_found.values[i]) +
-                            (m_found.values[i] + 1 == m_found.samples ? " value fewer." : " values fewer."));
+        const std::uint64_t first = firstSample(i);
+        const std::uint64_t end = first + m_found.values[i];
+        if (first != 0)
+            texts.push_back(bareName(sources[i]) + " begins " + inGroups(first) +
+                            (first == 1 ? " sample later." : " samples later."));
+        const double moved = static_cast<double>(first) - stepsAfterStart(i);
+        if (std::fabs(moved) > kSameSample)
+            texts.push_back(
+                bareName(sources[i]) + " lies a fraction of a sample beside the others: it is moved by " +
+                shortNumber(std::fabs(moved) * step) + (moved > 0.0 ? " s to later." : " s to earlier."));
+        if (end < samples)
+            texts.push_back(bareName(sources[i]) + (first == 0 ? " has " : " ends ") +
+                            inGroups(samples - end) + (samples - end == 1 ? " value " : " values ") +
+                            (first == 0 ? "fewer." : "before the others."));
+        if (!sources[i].start && earliestStart())
+            texts.push_back(bareName(sources[i]) + " tells no start: it is taken to begin with the series.");
         if (sources[i].inTurn)
             texts.push_back(bareName(sources[i]) + " has several numbers a line; they are read in turn.");
         if (sources[i].unevenTimes)
@@ -181,8 +248,8 @@ std::vector<std::string> SCLObject::notices() const
 STLCheck SCLObject::result() const
 {
     STLCheck made;
-    made.samples = m_found.samples;
-    made.rows = m_found.samples;
+    made.samples = static_cast<std::uint32_t>(std::min<std::uint64_t>(sampleCount(), UINT32_MAX));
+    made.rows = made.samples;
     made.dt = static_cast<float>(step);
     made.typicalStep = step;
     double seconds = 0.0;
@@ -216,8 +283,7 @@ void SCLObject::writeHeader(TSFILE& target) const
     target.description(cutTo(description, kFileDescription.width - 1).c_str());
     target.timeUnit("Time[s]");
     target.dt(made.dt);
-    target.startSeconds(made.startSeconds);
-    target.startTime(made.startTime);
+    target.setStart(made.startSeconds, made.startTime);
     if (made.timeColumns > 0)
         target.makeTimeColumns(1, 0);
     const auto stamp = static_cast<std::time_t>(std::max(start == 0 ? 0.0 : made.firstSeconds - step, 0.0));
@@ -243,12 +309,16 @@ JobOutcome SCLObject::write(TSFILE& target, const Progress& progress)
     const STLCheck made = result();
     STLWriter writer(target, format, made);
     std::vector<std::unique_ptr<SCLReader>> readers;
-    for (const SCLSource& source : sources)
+    std::vector<std::uint64_t> firsts;
+    for (const SCLSource& source : sources) {
+        firsts.push_back(firstSample(readers.size()));
         readers.push_back(std::make_unique<SCLReader>(source, skipLines));
+    }
     std::vector<float> row(sources.size());
     for (std::uint32_t sample = 0; sample < made.samples; ++sample) {
         for (std::size_t i = 0; i < readers.size(); ++i) {
-            const bool has = sample < m_found.values[i];
+            const std::uint64_t first = firsts[i];
+            const bool has = sample >= first && sample - first < m_found.values[i];
             if (has && !readers[i]->next())
                 throw STLError(bareName(sources[i]) + " has changed while it was read. Import it again.");
             row[i] = has ? readers[i]->value() : std::numeric_limits<float>::quiet_NaN();

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -27,7 +28,6 @@ struct SCLCheck
     std::uint64_t missing = 0;          // among them
     std::uint64_t troubleCount = 0;
     std::vector<SCLTrouble> troubles;  // the first thousand
-    std::uint32_t samples = 0;         // of the longest
 };
 
 }  // namespace veltrac
@@ -43,9 +43,12 @@ public:
     veltrac::STLFill fill = veltrac::STLFill::NaN;
     std::string description;
 
-    // Adds a file. The first one gives the start, its head's or else the file's date; the first one that
-    // tells a rate gives the step, else it is one second. Throws as detectSource().
+    // Adds a file. The first one gives the start, its head's or else the file's date, until another one tells
+    // an earlier start; the first one that tells a rate gives the step, else it is one second. Throws as
+    // detectSource().
     void add(const std::filesystem::path& file);
+    // Leaves a file out; where it told the start, the earliest one that is left gives it.
+    void remove(std::size_t source);
     // Looks at all files again, after another number of lines to skip.
     void detectAgain();
 
@@ -55,7 +58,8 @@ public:
     // Whether the last pass saw these very files as they are now.
     bool isRead() const;
     const veltrac::SCLCheck& found() const { return m_found; }
-    // Notices for the user: "b.scl has 1 000 values fewer.", several numbers a line. Needs a check.
+    // Notices for the user: "b.scl has 1 000 values fewer.", columns that begin later, several numbers a
+    // line. Needs a check.
     std::vector<std::string> notices() const;
 
     // The file that is to be made, after a check: counts, start and sample time.
@@ -68,6 +72,11 @@ public:
 
 private:
     void requireOneRate() const;
+    std::optional<veltrac::Micros> earliestStart() const;
+    double stepsAfterStart(std::size_t source) const;
+    std::uint64_t firstSample(std::size_t source) const;
+    std::uint64_t sampleCount() const;
+    void followStart(std::optional<veltrac::Micros> before);
     veltrac::JobOutcome readAll(const veltrac::Progress& progress);
     void writeHeader(TSFILE& target) const;
 

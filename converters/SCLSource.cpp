@@ -8,6 +8,7 @@
 #include "converters/STLSample.h"
 #include "converters/WordedDates.h"
 #include "core/TextNumbers.h"
+#include "core/Utf8.h"
 
 namespace veltrac {
 

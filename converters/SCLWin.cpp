@@ -62,18 +62,18 @@ void SCLWin::add(const QString& file)
 {
     const bool first = m_logs.sources.empty();
     const double step = m_logs.step;
+    const Micros start = m_logs.start;
     try {
         m_logs.add(pathOf(file));
     } catch (const std::exception&) {
         showBox(QMessageBox::Warning, this, QStringLiteral("Veltrac"),
-                QFileInfo(file).fileName() + QStringLiteral(": ") + reasonOfFailure());
+                QFileInfo(file).fileName() + QStringLiteral(": ") + importFailure());
         return;
     }
+    if (first || start != m_logs.start)
+        showStart();
     if (first) {
         const QScopedValueRollback<bool> filling(m_filling, true);
-        m_start->setText(m_logs.start == 0 ? QString()
-                                           : QDateTime::fromMSecsSinceEpoch(m_logs.start / 1000, Qt::UTC)
-                                                 .toString(QStringLiteral("yyyy-MM-dd hh:mm:ss")));
         m_target->setText(QFileInfo(file).completeBaseName() + QStringLiteral(".ts"));
         m_description->setText(text(m_logs.description));
     }
@@ -90,7 +90,8 @@ void SCLWin::sl_remove()
     const int row = m_files->currentRow();
     if (row < 0)
         return;
-    m_logs.sources.erase(m_logs.sources.begin() + row);
+    m_logs.remove(static_cast<std::size_t>(row));
+    showStart();
     showFiles();
     m_files->selectRow(std::min(row, m_files->rowCount() - 1));
     sl_changed();
@@ -155,10 +156,13 @@ void SCLWin::sl_show_file()
             while (values.size() < kPlottedValues && read.next())
                 values.push_back(read.value());
         } catch (const std::exception&) {
-            lines = reasonOfFailure();
+            lines = importFailure();
         }
     }
     m_lines->setPlainText(lines);
+    m_plotCaption->setText(values.size() < kPlottedValues
+                               ? QString()
+                               : QStringLiteral("The first %1 values").arg(groupedNumber(kPlottedValues)));
     m_plot->show(std::move(values));
 }
 
@@ -195,7 +199,7 @@ void SCLWin::sl_skip_changed()
     try {
         m_logs.detectAgain();
     } catch (const std::exception&) {
-        m_problem = reasonOfFailure();
+        m_problem = importFailure();
     }
     showStep();
     sl_show_file();
@@ -223,6 +227,16 @@ bool SCLWin::fieldsAreGood() const
 {
     return !m_logs.sources.empty() && reasonAgainstStart(m_start->text()).isEmpty() &&
            reasonAgainstTarget(m_target->text()).isEmpty() && m_step->isValid() && m_frequency->isValid();
+}
+
+void SCLWin::showStart()
+{
+    const QScopedValueRollback<bool> filling(m_filling, true);
+    const QString format = m_logs.start % kMicrosPerSecond == 0 ? QStringLiteral("yyyy-MM-dd hh:mm:ss")
+                                                                : QStringLiteral("yyyy-MM-dd hh:mm:ss.zzz");
+    m_start->setText(m_logs.start == 0
+                         ? QString()
+                         : QDateTime::fromMSecsSinceEpoch(m_logs.start / 1000, Qt::UTC).toString(format));
 }
 
 void SCLWin::showStep()

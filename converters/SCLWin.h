@@ -66,6 +66,7 @@ private:
 
     void move(int by);
     void showFiles();
+    void showStart();
     void showStep();
     bool fieldsAreGood() const;
     void enableButtons();
@@ -88,4 +89,5 @@ private:
     QLineEdit* m_description;
     QPlainTextEdit* m_lines;
     veltrac::ValuePlot* m_plot;
+    QLabel* m_plotCaption;
 };

@@ -146,14 +146,19 @@ QWidget* SCLWin::buildPreview()
 {
     m_lines = new QPlainTextEdit;
     m_lines->setReadOnly(true);
-    m_lines->setLineWrapMode(QPlainTextEdit::NoWrap);
     m_lines->setTabChangesFocus(true);
     m_lines->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     m_lines->setAccessibleName(QStringLiteral("The file's first lines"));
     m_plot = new ValuePlot;
+    m_plotCaption = new QLabel;
+    auto* const plot = new QWidget;
+    auto* const below = new QVBoxLayout(plot);
+    below->setContentsMargins(0, 0, 0, 0);
+    below->addWidget(m_plot, 1);
+    below->addWidget(m_plotCaption);
     auto* const preview = new QSplitter(Qt::Horizontal);
     preview->addWidget(m_lines);
-    preview->addWidget(m_plot);
+    preview->addWidget(plot);
     preview->setStretchFactor(0, 2);
     preview->setStretchFactor(1, 3);
     return preview;

@@ -5,6 +5,7 @@
 
 #include "converters/STLGuess.h"
 #include "converters/STLSample.h"
+#include "core/Utf8.h"
 
 namespace veltrac {
 
@@ -31,7 +32,17 @@ struct Reading
     char grouping = 0;
     std::size_t cells = 0;  // the count that scores best
     double score = 0.0;
+    double lines = 0.0;  // the shares that make it: lines with that count,
+    double typed = 0.0;  // and their cells that are no texts
 };
+
+// Lines of words have now this count of them, now that, and few are numbers.
+bool isProse(const Reading& reading)
+{
+    constexpr double kFewLines = 0.8;
+    constexpr double kFewCells = 0.3;
+    return reading.score <= 0.0 || (reading.lines < kFewLines && reading.typed < kFewCells);
+}
 
 double worth(STLKind kind)
 {
@@ -77,12 +88,10 @@ Reading scored(const STLSample& sample, char separator, char decimal, char group
         if (count == 0)
             continue;
         const double typed = lines.worth / static_cast<double>(lines.count * count);
-        const double score = static_cast<double>(lines.count) / static_cast<double>(looked) * typed *
-                             (count == 1 ? kSingleCellFactor : 1.0);
-        if (score > reading.score) {
-            reading.score = score;
-            reading.cells = count;
-        }
+        const double share = static_cast<double>(lines.count) / static_cast<double>(looked);
+        const double score = share * typed * (count == 1 ? kSingleCellFactor : 1.0);
+        if (score > reading.score)
+            reading = {separator, decimal, grouping, count, score, share, typed};
     }
     // Unless it is the cell of a last column that is mostly empty.
     const auto longer = byCount.find(reading.cells + 1);
@@ -121,7 +130,7 @@ STLFormat formatOf(const std::filesystem::path& file, const STLSample& sample, c
     format.cells.separator = reading.separator;
     format.cells.decimal = reading.decimal;
     format.cells.grouping = reading.grouping;
-    if (reading.score <= 0.0)
+    if (isProse(reading))
         throw STLError(noLineOfNumbers(file));
     if (reading.cells > kMostColumns)
         throw STLError("The lines hold " + std::to_string(reading.cells) + " cells; at most " +
@@ -201,7 +210,7 @@ void takeNames(const std::filesystem::path& file, STLFormat& format)
         for (std::size_t c = 0; c < cells.size(); ++c) {
             STLColumn& column = format.columns[c];
             (line.number == format.namesLine ? column.name : column.unit) =
-                decoded(cells[c], format.encoding);
+                cellText(cells[c], format.encoding);
         }
     }
     splitUnits(format);

@@ -80,6 +80,7 @@ struct STLFormat
     bool greenwich = false;     // stamps carry a zone, or the user says that they are UTC
     Micros typedStart = 0;      // wall clock; 0 for none
     double typedStep = 1.0;     // seconds
+    bool stepIsTold = false;    // by the file's head
 
     std::optional<STLTimeResult> timeResult;  // the user's choice; without it the check chooses
     double resampleStep = 0.0;                // seconds; 0 for the typical step
@@ -113,5 +114,7 @@ std::string_view withoutRemark(std::string_view line, const STLFormat& format);
 
 // Text of the file as UTF-8.
 std::string decoded(std::string_view bytes, STLEncoding encoding);
+// The text of a cell, in which two quotes stand for one.
+std::string cellText(std::string_view cell, STLEncoding encoding);
 
 }  // namespace veltrac

@@ -155,6 +155,12 @@ STLKey keyOf(const std::string& key)
 
 namespace {
 
+void setStep(STLFormat& format, double seconds)
+{
+    format.typedStep = seconds;
+    format.stepIsTold = true;
+}
+
 void useHead(STLFormat& format)
 {
     std::optional<DateParts> date;
@@ -178,11 +184,11 @@ void useHead(STLFormat& format)
                 break;
             case STLKey::Interval:
                 if (const auto step = readInterval(first(value), cells); step && *step > 0)
-                    format.typedStep = *step;
+                    setStep(format, *step);
                 break;
             case STLKey::Rate:
                 if (const auto hertz = readRate(first(value), cells); hertz && *hertz > 0)
-                    format.typedStep = 1.0 / *hertz;
+                    setStep(format, 1.0 / *hertz);
                 break;
             case STLKey::Description:
                 format.description = value;
@@ -221,9 +227,9 @@ void guessNames(STLFormat& format, const std::vector<STLRow>& rows, std::size_t 
     format.namesLine = names->line->number;
     format.unitsLine = units == nullptr ? 0 : units->line->number;
     for (std::size_t c = 0; c < format.columns.size(); ++c) {
-        format.columns[c].name = decoded(names->cells[c].text, format.encoding);
+        format.columns[c].name = cellText(names->cells[c].text, format.encoding);
         if (units != nullptr)
-            format.columns[c].unit = decoded(units->cells[c].text, format.encoding);
+            format.columns[c].unit = cellText(units->cells[c].text, format.encoding);
     }
     splitUnits(format);
 }

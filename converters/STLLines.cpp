@@ -80,6 +80,7 @@ void STLLines::load(const std::filesystem::path& file)
     while (m_lines.size() < kMostLines && reader.next()) {
         Line line;
         line.bytes = reader.text();
+        line.cut = reader.isCut();
         m_lines.push_back(std::move(line));
     }
     endResetModel();
@@ -124,6 +125,9 @@ void STLLines::explainData(Line& line)
 {
     std::vector<std::string_view> cells;
     splitCells(line.bytes, m_format.cells.separator, cells);
+    // What lies behind the cut is not known, nor how its last cell ends.
+    if (line.cut)
+        cells.pop_back();
     QStringList troubles;
     for (std::size_t c = 0; c < std::min(cells.size(), m_format.columns.size()); ++c) {
         const QString trouble = troubleOf(c, cells[c]);
@@ -135,7 +139,7 @@ void STLLines::explainData(Line& line)
         line.marks.append({shownLength(bytes.substr(0, offset), m_format.encoding),
                            shownLength(cells[c], m_format.encoding)});
     }
-    if (cells.size() < m_format.columns.size())
+    if (cells.size() < m_format.columns.size() && !line.cut)
         troubles << QStringLiteral("%1 of %2 cells").arg(cells.size()).arg(m_format.columns.size());
     if (cells.size() > m_format.columns.size() + (cells.back().empty() ? 1 : 0))
         troubles << QStringLiteral("%1 cells instead of %2").arg(cells.size()).arg(m_format.columns.size());

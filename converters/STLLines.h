@@ -48,6 +48,7 @@ private:
     struct Line
     {
         std::string bytes;
+        bool cut = false;  // only its beginning is shown
         QString text;
         QString toolTip;
         STLLineKind kind = STLLineKind::Empty;

@@ -231,8 +231,7 @@ void STLObject::settleStart()
         found.timeColumns = 1;
         start = 0.0;
     }
-    start = std::max(start, 0.0);
-    found.startSeconds = static_cast<std::uint32_t>(start);
+    found.startSeconds = static_cast<std::uint32_t>(std::max(start, 0.0));
     found.startTime = found.timeColumns > 0 ? 0.0F : static_cast<float>(start - found.startSeconds);
     found.columns += found.timeColumns;
     requireFits(found.samples, found.columns);
@@ -262,7 +261,7 @@ std::string STLObject::columnDescription(std::size_t column) const
     if (const auto texts = m_found.texts.find(column); texts != m_found.texts.end()) {
         std::vector<std::string> byNumber(texts->second.size());
         for (const auto& [text, number] : texts->second)
-            byNumber[static_cast<std::size_t>(number) - 1] = decoded(text, m_format.encoding);
+            byNumber[static_cast<std::size_t>(number) - 1] = cellText(text, m_format.encoding);
         std::string list;
         for (std::size_t i = 0; i < byNumber.size() && list.size() < kColumnTextLength; ++i)
             list += (i == 0 ? "" : " ") + std::to_string(i + 1) + "=" + byNumber[i];
@@ -278,8 +277,7 @@ void STLObject::writeHeader(TSFILE& target) const
     target.description(cutTo(m_format.description, kFileDescription.width - 1).c_str());
     target.timeUnit("Time[s]");
     target.dt(m_found.dt);
-    target.startSeconds(m_found.startSeconds);
-    target.startTime(m_found.startTime);
+    target.setStart(m_found.startSeconds, m_found.startTime);
     // 0 stamps a column with the time of the import: there is no other.
     const auto stamp = static_cast<std::time_t>(std::max(m_found.firstSeconds, 0.0));
     if (m_found.timeColumns > 0)

@@ -17,7 +17,8 @@ constexpr std::size_t kLongestLine = 1U << 20;
 constexpr std::size_t kLongestQuote = 40;
 constexpr std::size_t kMostTexts = 10000;
 constexpr Micros kClockSetBack = 2 * 3600 * kMicrosPerSecond;
-constexpr double kMostSeconds = 4e12;  // whose microseconds fit into 64 bits
+constexpr double kMostSeconds = 4e12;       // whose microseconds fit into 64 bits
+constexpr double kFarthest = 4294967295.0;  // seconds that a time column can count: 136 years
 constexpr Micros kMicrosPerHour = 3600 * kMicrosPerSecond;
 constexpr float kMissing = std::numeric_limits<float>::quiet_NaN();
 
@@ -120,6 +121,11 @@ bool STLRows::readTime()
     const std::optional<double> seconds = rowSeconds();
     if (!seconds) {
         note(STLProblem::UnreadableStamp, m_unreadable, m_cells[static_cast<std::size_t>(m_unreadable)]);
+        return false;
+    }
+    if (std::fabs(*seconds) > kFarthest) {
+        note(STLProblem::FarTime, m_format.timeColumn,
+             m_cells[static_cast<std::size_t>(m_format.timeColumn)]);
         return false;
     }
     m_seconds = *seconds;

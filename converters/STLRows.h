@@ -16,7 +16,7 @@ namespace veltrac {
 // The first pass only asks whether cells are numbers, the second one wants the numbers, and perhaps no times.
 enum class STLPass { Check, Write, WriteValues };
 
-enum class STLProblem { NotANumber, TooFewCells, TooManyCells, UnreadableStamp, LineTooLong };
+enum class STLProblem { NotANumber, TooFewCells, TooManyCells, UnreadableStamp, FarTime, LineTooLong };
 
 struct STLTrouble
 {

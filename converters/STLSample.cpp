@@ -126,21 +126,6 @@ bool isEmptyLine(std::string_view line)
     return line.find_first_not_of(" \t\r") == std::string_view::npos;
 }
 
-bool isUtf8(std::string_view text)
-{
-    for (std::size_t i = 0; i < text.size();) {
-        const auto c = static_cast<unsigned char>(text[i]);
-        const std::size_t more = c < 0x80 ? 0 : (c & 0xE0U) == 0xC0 ? 1 : (c & 0xF0U) == 0xE0 ? 2 : 3;
-        if (more == 3 && (c & 0xF8U) != 0xF0)
-            return false;
-        for (std::size_t k = 1; k <= more; ++k)
-            if (i + k >= text.size() || (static_cast<unsigned char>(text[i + k]) & 0xC0U) != 0x80)
-                return false;
-        i += more + 1;
-    }
-    return true;
-}
-
 std::vector<STLRow> rowsOf(const std::vector<STLLine>& lines, const STLFormat& format, std::size_t count)
 {
     std::vector<STLRow> rows;

@@ -32,7 +32,6 @@ struct STLRow
 STLSample readSample(const std::filesystem::path& file);
 
 bool isEmptyLine(std::string_view line);
-bool isUtf8(std::string_view text);
 
 // The lines that have this many cells and are neither empty nor remarks.
 std::vector<STLRow> rowsOf(const std::vector<STLLine>& lines, const STLFormat& format, std::size_t count);

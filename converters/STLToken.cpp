@@ -46,6 +46,23 @@ bool isHalfOfDay(std::string_view cell, std::string_view before)
            (cell[1] | 0x20) == 'm' && before.find(':') != std::string_view::npos;
 }
 
+// A cell in quotes: separators inside it are text, and two quotes stand for one of the text. It ends at the
+// quote behind which a separator or the line's end follows; null where there is none, so that it is no quote.
+const char* closingQuote(const char* from, const char* end, char separator)
+{
+    for (const char* quote = std::find(from + 1, end, '"'); quote != end;
+         quote = std::find(quote, end, '"')) {
+        const char* behind = quote + 1;
+        while (behind != end && (isBlank(*behind) || *behind == '\r') && *behind != separator)
+            ++behind;
+        const bool apart = separator == ' ' && behind != quote + 1;
+        if (behind == end || *behind == separator || apart)
+            return quote;
+        quote += behind == quote + 1 && *behind == '"' ? 2 : 1;
+    }
+    return nullptr;
+}
+
 void splitAtBlanks(std::string_view line, std::vector<std::string_view>& out)
 {
     std::size_t i = 0;
@@ -54,9 +71,11 @@ void splitAtBlanks(std::string_view line, std::vector<std::string_view>& out)
             ++i;
         if (i == line.size())
             return;
-        const bool quoted = line[i] == '"' && line.find('"', i + 1) != std::string_view::npos;
-        const std::size_t end =
-            quoted ? line.find('"', i + 1) : std::min(line.find_first_of(" \t", i), line.size());
+        const char* const quote =
+            line[i] == '"' ? closingQuote(line.data() + i, line.data() + line.size(), ' ') : nullptr;
+        const bool quoted = quote != nullptr;
+        const std::size_t end = quoted ? static_cast<std::size_t>(quote - line.data())
+                                       : std::min(line.find_first_of(" \t", i), line.size());
         const std::string_view cell = quoted ? line.substr(i + 1, end - i - 1) : line.substr(i, end - i);
         if (!out.empty() && isHalfOfDay(cell, out.back()))
             out.back() = {out.back().data(), static_cast<std::size_t>(cell.data() + 2 - out.back().data())};
@@ -107,21 +126,6 @@ std::string_view digitsOf(std::string_view cell, char decimal)
     if (!cell.empty() && (cell.front() == '+' || cell.front() == '-'))
         cell.remove_prefix(1);
     return !cell.empty() && (isDigit(cell.front()) || cell.front() == decimal) ? cell : std::string_view();
-}
-
-// A cell in quotes: separators inside it are text. Two quotes stand for one of the text.
-const char* endOfQuoted(const char* from, const char* end, char separator)
-{
-    const char* quote = std::find(from + 1, end, '"');
-    while (end - quote > 1 && quote[1] == '"')
-        quote = std::find(quote + 2, end, '"');
-    return std::find(quote, end, separator);
-}
-
-std::string_view unquoted(std::string_view cell)
-{
-    cell = withoutTail(cell);
-    return cell.size() >= 2 && cell.back() == '"' ? trimmed(cell.substr(1, cell.size() - 2)) : cell;
 }
 
 // A number whose signs are not ASCII, made plain: no-break blanks (also narrow ones), the typographer's
@@ -207,10 +211,10 @@ std::size_t veltrac::splitCells(std::string_view line, char separator, std::vect
     for (const char* from = line.data();;) {
         while (from != end && isBlank(*from) && *from != separator)
             ++from;
-        if (from != end && *from == '"') {
-            const char* const stop = endOfQuoted(from, end, separator);
-            put(unquoted({from, static_cast<std::size_t>(stop - from)}));
-            from = stop;
+        const char* const quote = from != end && *from == '"' ? closingQuote(from, end, separator) : nullptr;
+        if (quote != nullptr) {
+            put(trimmed({from + 1, static_cast<std::size_t>(quote - from - 1)}));
+            from = std::find(quote, end, separator);
         } else {
             const char* const stop = std::find(from, end, separator);
             put(withoutTail({from, static_cast<std::size_t>(stop - from)}));

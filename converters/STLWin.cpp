@@ -48,8 +48,10 @@ QString inWords(Micros wall)
 }
 
 // "Step 1.000 s, constant", "0.98 to 1.07 s, 3 gaps, longest 12 min"
-QString stepText(const STLCheck& found)
+QString stepText(const STLFormat& format, const STLCheck& found)
 {
+    if (format.timeSource == STLTimeSource::Typed && !format.stepIsTold && format.typedStep == 1.0)
+        return QStringLiteral("No time was found; 1 s is assumed.");
     if (found.chosen < 2)
         return QStringLiteral("One row only.");
     QString notes;
@@ -92,6 +94,8 @@ QString problemText(STLProblem problem)
             return QStringLiteral("too many cells: the rest is ignored");
         case STLProblem::UnreadableStamp:
             return QStringLiteral("no readable time: line skipped");
+        case STLProblem::FarTime:
+            return QStringLiteral("136 years or more from the first row: line skipped");
         case STLProblem::LineTooLong:
             return QStringLiteral("line longer than a million bytes: skipped");
     }
@@ -128,7 +132,7 @@ void STLWin::open(const QString& file)
         m_lines->load(pathOf(file));
         m_log->detect();
     } catch (const std::exception&) {
-        m_problem = reasonOfFailure();
+        m_problem = importFailure();
     }
     showFormat();
     m_import->setFocus();
@@ -140,7 +144,7 @@ void STLWin::detectAgain(char separator, char decimal)
     try {
         m_log->detect(separator, decimal);
     } catch (const std::exception&) {
-        m_problem = reasonOfFailure();
+        m_problem = importFailure();
         m_log->format().columns.clear();
         m_log->format().cells.separator = separator;
         m_log->format().cells.decimal = decimal;
@@ -180,13 +184,14 @@ void STLWin::showFindings()
     const STLCheck& found = m_log->found();
     const bool dated =
         m_checked && m_log->format().timeSource != STLTimeSource::Typed && found.firstWall != 0;
-    m_timeFinding->setText((m_checked ? stepText(found) : QString()) +
+    m_timeFinding->setText((m_checked ? stepText(m_log->format(), found) : QString()) +
                            (dated ? QStringLiteral("\nFirst row: ") + inWords(found.firstWall) : QString()));
     m_size->setText(m_checked ? sizeText(tsFileBytes(found.samples, found.columns)) : QString());
 
     QString line;
     if (m_checked)
-        line = summary() + QLatin1Char('\n') + stepText(found) + QLatin1Char(' ') + resultText(found);
+        line = summary() + QLatin1Char('\n') + stepText(m_log->format(), found) + QLatin1Char(' ') +
+               resultText(found);
     else if (m_problem.isEmpty() && !m_check->isEnabled())
         line = kMarkedField;
     else if (m_problem.isEmpty())
@@ -218,14 +223,23 @@ QString STLWin::summary() const
                             : line + QLatin1Char(' ') + losses.join(QStringLiteral(", ")) + QLatin1Char('.');
 }
 
+// A box that is not used names no column.
+void STLWin::enableColumn(QComboBox* box, bool used)
+{
+    const QScopedValueRollback<bool> filling(m_filling, true);
+    box->setEnabled(used);
+    if (used == (box->currentIndex() < 0))
+        box->setCurrentIndex(used ? 0 : -1);
+}
+
 void STLWin::enableFields()
 {
     const bool open = m_log && !m_log->format().columns.empty();
     const auto source = static_cast<STLTimeSource>(m_source->currentData().toInt());
     const bool typed = source == STLTimeSource::Typed;
     const bool elapsed = source == STLTimeSource::ElapsedTime || source == STLTimeSource::ElapsedSeconds;
-    m_dateColumn->setEnabled(open && source == STLTimeSource::DateAndTime);
-    m_timeColumn->setEnabled(open && !typed);
+    enableColumn(m_dateColumn, open && source == STLTimeSource::DateAndTime);
+    enableColumn(m_timeColumn, open && !typed);
     m_order->setEnabled(open && (source == STLTimeSource::Stamp || source == STLTimeSource::DateAndTime));
     m_zone->setEnabled(open && !timesAreUnix(source));
     m_start->setEnabled(open && (typed || elapsed));
@@ -285,7 +299,7 @@ void STLWin::sl_names_changed()
     try {
         takeNames(m_log->file(), format);
     } catch (const std::exception&) {
-        m_problem = reasonOfFailure();
+        m_problem = importFailure();
     }
     showFormat();
 }
@@ -349,6 +363,7 @@ ImportWindow::Report STLWin::report() const
         troubles.append({QStringLiteral("Line %1").arg(trouble.line),
                          trouble.column < 0 ? QString() : QString::number(trouble.column + 1),
                          problemText(trouble.problem), text(trouble.text)});
-    return {summary() + QLatin1Char('\n') + stepText(found) + QLatin1Char(' ') + resultText(found), troubles,
-            found.troubleCount};
+    return {summary() + QLatin1Char('\n') + stepText(m_log->format(), found) + QLatin1Char(' ') +
+                resultText(found),
+            troubles, found.troubleCount};
 }

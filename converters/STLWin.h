@@ -74,6 +74,7 @@ private:
     void readColumns();
     bool checkFields();
     void enableFields();
+    void enableColumn(QComboBox* box, bool used);
     void showOrder();
     QString summary() const;
 

@@ -8,11 +8,9 @@
 #include <optional>
 #include <string_view>
 
-namespace veltrac {
+#include "core/WallClock.h"
 
-using Micros = std::int64_t;
-inline constexpr Micros kMicrosPerSecond = 1'000'000;
-inline constexpr Micros kMicrosPerDay = 86'400 * kMicrosPerSecond;
+namespace veltrac {
 
 // How the three numbers of a date with "/" or "-" are meant; "2016-05-17" and "17.05.2016" tell themselves.
 enum class DateOrder { DayMonth, MonthDay };

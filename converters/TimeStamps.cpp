@@ -1,8 +1,6 @@
 #include "converters/TimeStamps.h"
 
 #include <algorithm>
-#include <chrono>
-#include <ctime>
 
 #include "converters/WordedDates.h"
 
@@ -111,45 +109,6 @@ std::optional<Micros> localWallClock(const Stamp& stamp, DateOrder order)
         return wall;
     const Micros fraction = (*wall % kMicrosPerSecond + kMicrosPerSecond) % kMicrosPerSecond;
     return wallAt((*wall - fraction) / kMicrosPerSecond) + fraction;
-}
-
-Micros wallAt(std::int64_t seconds)
-{
-    const std::time_t time = seconds;
-    std::tm local = {};
-    const bool known = localtime_r(&time, &local) != nullptr;
-    return (seconds + (known ? local.tm_gmtoff : 0)) * kMicrosPerSecond;
-}
-
-std::int64_t localSeconds(Micros wall)
-{
-    using namespace std::chrono;
-    const sys_time<microseconds> point{microseconds{wall}};
-    const auto days = floor<std::chrono::days>(point);
-    const year_month_day date{days};
-    const hh_mm_ss time{floor<seconds>(point - days)};
-    std::tm local = {};
-    local.tm_year = static_cast<int>(date.year()) - 1900;
-    local.tm_mon = static_cast<int>(static_cast<unsigned>(date.month())) - 1;
-    local.tm_mday = static_cast<int>(static_cast<unsigned>(date.day()));
-    local.tm_hour = static_cast<int>(time.hours().count());
-    local.tm_min = static_cast<int>(time.minutes().count());
-    local.tm_sec = static_cast<int>(time.seconds().count());
-    local.tm_isdst = -1;
-    return std::mktime(&local);
-}
-
-LocalInstants localInstants(Micros wall)
-{
-    const Micros fraction = (wall % kMicrosPerSecond + kMicrosPerSecond) % kMicrosPerSecond;
-    const std::int64_t seconds = localSeconds(wall - fraction);
-    LocalInstants instants{seconds * kMicrosPerSecond + fraction, seconds * kMicrosPerSecond + fraction};
-    constexpr std::int64_t kHour = 3600;
-    if (wallAt(seconds - kHour) == wall - fraction)
-        instants.first -= kHour * kMicrosPerSecond;
-    if (wallAt(seconds + kHour) == wall - fraction)
-        instants.last += kHour * kMicrosPerSecond;
-    return instants;
 }
 
 }  // namespace veltrac

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "converters/StampParts.h"
+#include "core/WallClock.h"
 
 namespace veltrac {
 
@@ -26,19 +27,5 @@ std::optional<Micros> wallClock(const Stamp& stamp, DateOrder order);
 
 // The same on the local wall clock, whatever zone is written.
 std::optional<Micros> localWallClock(const Stamp& stamp, DateOrder order);
-
-// What the local wall clock shows at a second of the epoch.
-Micros wallAt(std::int64_t seconds);
-// Seconds since the epoch of a wall clock time in the local zone.
-std::int64_t localSeconds(Micros wall);
-
-// The first and the last instant, in microseconds since the epoch, at which the local clock shows this: an
-// hour apart where it was set back.
-struct LocalInstants
-{
-    Micros first;
-    Micros last;
-};
-LocalInstants localInstants(Micros wall);
 
 }  // namespace veltrac

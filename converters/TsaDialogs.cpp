@@ -19,6 +19,7 @@
 #include "share/Boxes.h"
 #include "share/GroupedNumber.h"
 #include "share/JobProgress.h"
+#include "share/SaveDialog.h"
 
 namespace veltrac {
 
@@ -86,21 +87,29 @@ QStringList losses(const TsaImportReport& report)
     struct Row
     {
         std::uint64_t count;
-        const char* text;
+        const char* one;
+        const char* many;
     };
     const Row rows[] = {
-        {report.samples - report.rowsRead, "samples have no line in the text and hold zeros."},
-        {report.linesCut, "lines are too long and were cut (header 256, data 2048 characters)."},
-        {report.linesTabbed, "data lines begin with a tab and were passed over."},
-        {report.notNumbers, "words are no numbers, or have text behind the number."},
-        {report.valuesMissing, "values are missing in their lines and became 0."},
-        {report.valuesLeftOver, "values are more than the columns and were left over."},
-        {report.linesLeftOver, "data lines are more than the samples and were left over."},
+        {report.samples - report.rowsRead, "sample has no line in the text and holds zeros.",
+         "samples have no line in the text and hold zeros."},
+        {report.linesCut, "line is too long and was cut (header 256, data 2048 characters).",
+         "lines are too long and were cut (header 256, data 2048 characters)."},
+        {report.linesTabbed, "data line begins with a tab and was passed over.",
+         "data lines begin with a tab and were passed over."},
+        {report.notNumbers, "word is no number, or has text behind the number.",
+         "words are no numbers, or have text behind the number."},
+        {report.valuesMissing, "value is missing in its line and became 0.",
+         "values are missing in their lines and became 0."},
+        {report.valuesLeftOver, "value is more than the columns and was left over.",
+         "values are more than the columns and were left over."},
+        {report.linesLeftOver, "data line is more than the samples and was left over.",
+         "data lines are more than the samples and were left over."},
     };
     QStringList texts;
     for (const Row& row : rows)
         if (row.count != 0)
-            texts << groupedNumber(row.count) + QLatin1Char(' ') + QString::fromLatin1(row.text);
+            texts << counted(row.count, row.one, row.many);
     return texts;
 }
 
@@ -125,12 +134,30 @@ void reportLosses(QWidget* parent, const TsaImportReport& report)
                 .arg(shown(report.tsFile), losses(report).join(QLatin1Char('\n'))));
 }
 
-QStringList exportNotes(const TsaExportReport& report)
+// "A ring file: it begins at row 41, the text at row 1; rows 90 to 100 are not yet written."
+QString ringNote(const TsaExportReport& report, std::uint32_t rows)
+{
+    QString note = QStringLiteral("A ring file, written as its rows stand: it begins at row %1")
+                       .arg(groupedNumber(report.oldestRow));
+    if (report.firstUnwritten != 0)
+        note += QStringLiteral(", and nobody has written rows %1 to %2 yet")
+                    .arg(groupedNumber(report.firstUnwritten), groupedNumber(rows));
+    return note + QStringLiteral(". \"Save interval\" in its plot unfolds it.");
+}
+
+QStringList exportNotes(const TsaExportReport& report, std::uint32_t rows)
 {
     QStringList notes;
+    if (report.isRing)
+        notes << ringNote(report, rows);
+    if (report.valuesRounded)
+        notes << QStringLiteral("Values were rounded to six digits.");
+    if (report.sampleTimeRounded)
+        notes << QStringLiteral("The sample time was rounded to six digits.");
     if (report.rowsTooLong != 0)
-        notes << QStringLiteral("%1 rows are longer than 2048 characters: they cannot be read back whole.")
-                     .arg(groupedNumber(report.rowsTooLong));
+        notes << counted(report.rowsTooLong,
+                         "row is longer than 2048 characters: it cannot be read back whole.",
+                         "rows are longer than 2048 characters: they cannot be read back whole.");
     if (report.startIsLost)
         notes << QStringLiteral("A tsa text has no place for the file's start time.");
     return notes;
@@ -138,7 +165,7 @@ QStringList exportNotes(const TsaExportReport& report)
 
 TsaOutcome failed(QWidget* parent, const QString& what)
 {
-    const QString text = what + QLatin1Char('\n') + reasonOfFailure();
+    const QString text = what + QLatin1Char('\n') + importFailure();
     warnBox(parent, QStringLiteral("Veltrac error"), text);
     return {false, QString(), text.simplified()};
 }
@@ -183,8 +210,8 @@ TsaOutcome exportTsaInterval(QWidget* parent, const QString& tsFile, std::uint32
     const QString suggested = QFileInfo(tsFile).completeBaseName() +
                               (isWhole ? QStringLiteral(".tsa") : QStringLiteral("_part.tsa"));
     QString target = QFileDialog::getSaveFileName(
-        parent, QStringLiteral("Write %1 as a tsa-file").arg(QFileInfo(tsFile).fileName()), suggested,
-        kFilter, nullptr, QFileDialog::DontConfirmOverwrite);
+        parent, QStringLiteral("Write %1 as a tsa-file").arg(QFileInfo(tsFile).fileName()),
+        saveSuggestion(suggested), kFilter, nullptr, QFileDialog::DontConfirmOverwrite);
     if (target.isEmpty())
         return {false, QString(), QStringLiteral("Nothing was written.")};
     if (!target.endsWith(QStringLiteral(".tsa"), Qt::CaseInsensitive))
@@ -215,7 +242,7 @@ TsaOutcome exportTsaTo(QWidget* parent, const QString& tsFile, const QString& ta
                               .arg(name, counted(report.samples, "sample", "samples"),
                                    counted(report.columns, "column", "columns"),
                                    QString::number(progress.seconds(), 'f', 1)));
-        texts += exportNotes(report);
+        texts += exportNotes(report, ts->samples());
         return {true, target, texts.join(QLatin1Char(' '))};
     } catch (...) {
         return failed(parent, QStringLiteral("%1 was not written.").arg(name));

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <cerrno>
+#include <cmath>
 #include <cstdio>
 #include <ctime>
 #include <memory>
@@ -11,9 +12,10 @@
 #include <vector>
 
 #include "converters/TsaText.h"
+#include "core/ColumnCopy.h"
 #include "core/ScratchFile.h"
 #include "core/TextNumbers.h"
-#include "share/HeaderText.h"
+#include "core/Utf8.h"
 
 using namespace veltrac;
 
@@ -61,10 +63,10 @@ private:
     std::unique_ptr<std::FILE, Close> m_file;
 };
 
-// A header text as a line holds it: whatever would end it is a blank.
+// A header text as a line holds it, blanks at its end included: whatever would end it is a blank.
 std::string lineText(const char* bytes)
 {
-    std::string text = headerText(bytes).toStdString();
+    std::string text = utf8OfBytes(bytes);
     std::replace_if(
         text.begin(), text.end(), [](char c) { return isTsaSeparator(c); }, ' ');
     return text;
@@ -83,6 +85,28 @@ std::string stampText(TSFILE& ts, std::uint32_t col)
     std::snprintf(text, sizeof text, " %04i.%02i.%02i-%02i:%02i:%02i", year, local->tm_mon + 1,
                   local->tm_mday, local->tm_hour, local->tm_min, local->tm_sec);
     return "%T" + std::to_string(col) + text + '\n';
+}
+
+// Whether a number is another one when its text is read back.
+bool isRounded(float v)
+{
+    constexpr float kSixDigits = 1e6F;
+    if (std::fabs(v) < kSixDigits && v == std::trunc(v))
+        return false;
+    char text[kNumberRoom];
+    const char* const end = formatSixDigits(v, text);
+    return std::isfinite(v) && static_cast<float>(parseNumber(text, end).value) != v;
+}
+
+// Which row of a ring file comes first in time, and which hold nothing yet.
+void describeRing(TSFILE& ts, TsaExportReport& report)
+{
+    report.isRing = ts.ringStart() != 0;
+    if (!report.isRing)
+        return;
+    report.oldestRow = oldestRow(ts);
+    if (ts.lastSample() < ts.samples())
+        report.firstUnwritten = ts.lastSample() + 1;
 }
 
 std::string headerLines(TSFILE& ts, const fs::path& target, std::uint32_t samples)
@@ -122,6 +146,7 @@ public:
             for (std::size_t col = 1; col <= m_columns; ++col) {
                 const float v = *rows++;
                 // Whole seconds stand in their cell as an integer, bit for bit.
+                report.valuesRounded = report.valuesRounded || (col != m_time32 && isRounded(v));
                 p = col == m_time32 ? formatUnsigned(std::bit_cast<std::uint32_t>(v), p)
                                     : formatSixDigits(v, p);
                 *p++ = ' ';
@@ -166,6 +191,8 @@ JobOutcome veltrac::exportTsaText(TSFILE& ts, const fs::path& target, std::uint3
     report.samples = first <= last ? last - first + 1 : 0;
     report.columns = ts.columns();
     report.startIsLost = ts.startSeconds() != 0 || ts.startTime() != 0.0F || first > 1;
+    report.sampleTimeRounded = isRounded(ts.dt());
+    describeRing(ts, report);
 
     ScratchFile scratch(target.parent_path(), target.filename().string(), ".part");
     Output out(scratch.path());

@@ -15,6 +15,13 @@ struct TsaExportReport
     std::uint64_t rowsTooLong = 0;
     // The file begins at a time of its own, which the text has no place for.
     bool startIsLost = false;
+    // Numbers that need more than the text's six digits.
+    bool valuesRounded = false;
+    bool sampleTimeRounded = false;
+    // A ring file is written row by row, as it stands.
+    bool isRing = false;
+    std::uint32_t oldestRow = 1;
+    std::uint32_t firstUnwritten = 0;  // the rows from here on hold no data yet; 0: all do
 };
 
 namespace veltrac {

@@ -13,7 +13,7 @@
 #include "core/TextNumbers.h"
 #include "core/TsExceptions.h"
 #include "core/TsNames.h"
-#include "share/HeaderText.h"
+#include "core/Utf8.h"
 
 using namespace veltrac;
 
@@ -70,9 +70,9 @@ private:
 std::string fitted(std::string_view text, std::size_t width)
 {
     text = text.substr(0, text.find('\0'));
-    const std::size_t shown = text.find_last_not_of(' ') + 1;
-    const QString blanks(static_cast<int>(text.size() - shown), QLatin1Char(' '));
-    return headerBytes(headerText(std::string(text).c_str()) + blanks, static_cast<int>(width)).toStdString();
+    // A line that was cut may end within a character.
+    const std::string_view whole = text.substr(0, wholeCharacters(text, width));
+    return isUtf8(whole) ? std::string(whole) : cutTo(utf8OfWindows1252(text), width);
 }
 
 bool isBlank(std::string_view text)

@@ -3,7 +3,11 @@
 #include <algorithm>
 #include <bit>
 #include <cerrno>
+#include <chrono>
+#include <ctime>
 #include <fstream>
+#include <sstream>
+#include <stdexcept>
 #include <system_error>
 
 namespace veltrac {
@@ -11,10 +15,29 @@ namespace veltrac {
 namespace {
 
 constexpr std::uint32_t kRun = 1U << 16;  // samples a step
+constexpr std::string_view kFirstLine = "Veltrac old values 1";
 
 [[noreturn]] void fail(const std::filesystem::path& path)
 {
     throw std::system_error(errno != 0 ? errno : EIO, std::generic_category(), path.string());
+}
+
+// The local time with its distance from UTC: "2026-11-22T03:45:10+0100".
+std::string timeNow()
+{
+    const std::time_t now = std::time(nullptr);
+    std::tm local = {};
+    localtime_r(&now, &local);
+    char text[40];
+    return {text, std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S%z", &local)};
+}
+
+// The values stand little-endian, whatever the machine.
+void turnForFile(std::span<float> values)
+{
+    if constexpr (std::endian::native == std::endian::big)
+        for (float& value : values)
+            value = swapBytes(value);
 }
 
 void readKept(std::istream& in, std::uint64_t offset, std::span<float> out)
@@ -24,71 +47,17 @@ void readKept(std::istream& in, std::uint64_t offset, std::span<float> out)
     in.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
     if (!in)
         fail("the old values");
+    turnForFile(out);
 }
 
-}  // namespace
-
-ColumnBackup::ColumnBackup(TSFILE& file)
-    : m_file(file), m_scratch(scratchDirectory(), "veltrac-old-values", ".bin"), m_path(m_scratch.path())
-{
-}
-
-JobOutcome ColumnBackup::save(std::uint32_t col, std::uint32_t first, std::uint32_t count,
-                              const Progress& progress)
-{
-    std::ofstream out(m_path, std::ios::binary | std::ios::in | std::ios::out);
-    out.seekp(static_cast<std::streamoff>(m_bytes));
-    std::vector<float> values(std::min(kRun, count));
-    for (std::uint32_t done = 0; done < count;) {
-        const std::span<float> run(values.data(), std::min<std::size_t>(values.size(), count - done));
-        m_file.readColumn(col, first + done, run);
-        const auto bytes = std::as_bytes(run);
-        out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-        if (!out)
-            fail(m_path);
-        done += static_cast<std::uint32_t>(run.size());
-        if (!goesOn(progress, done, count))
-            return JobOutcome::Cancelled;
-    }
-    out.close();
-    if (!out)
-        fail(m_path);
-    syncToDisk(m_path);
-    m_ranges.push_back({col, first, count, m_bytes});
-    m_bytes += std::uint64_t{count} * sizeof(float);
-    return JobOutcome::Done;
-}
-
-void ColumnBackup::saveInfo(std::uint32_t col)
-{
-    Info info{col, m_file.columnName(col), m_file.columnDescription(col), {}};
-    m_file.columnStamp(col, info.stamp);
-    m_infos.push_back(std::move(info));
-}
-
-void ColumnBackup::restore(TSFILE& file)
-{
-    try {
-        std::ifstream in(m_path, std::ios::binary);
-        // The newest first, so that the oldest values win where ranges overlap.
-        for (auto range = m_ranges.rbegin(); range != m_ranges.rend(); ++range)
-            restoreRange(file, *range, in);
-        std::for_each(m_infos.rbegin(), m_infos.rend(), [&](const Info& info) { restoreInfo(file, info); });
-        file.flush(true);
-    } catch (...) {
-        m_scratch.keep();
-        throw;
-    }
-}
-
-void ColumnBackup::restoreRange(TSFILE& file, const Range& range, std::istream& in)
+void restoreRange(TSFILE& file, const KeptValues::Range& range, std::istream& in)
 {
     std::vector<float> old(std::min(kRun, range.count));
     std::vector<float> now(old.size());
     for (std::uint32_t done = 0; done < range.count;) {
         const std::size_t count = std::min<std::size_t>(old.size(), range.count - done);
         readKept(in, range.offset + std::uint64_t{done} * sizeof(float), std::span(old).first(count));
-        file.readColumn(range.col, range.first + done, std::span(now).first(count));
+        file.readColumn(range.column, range.first + done, std::span(now).first(count));
         const auto differs = [&](std::size_t i) {
             return std::bit_cast<std::uint32_t>(old[i]) != std::bit_cast<std::uint32_t>(now[i]);
         };
@@ -98,38 +67,195 @@ void ColumnBackup::restoreRange(TSFILE& file, const Range& range, std::istream& 
             ++from;
         while (to > from && !differs(to - 1))
             --to;
-        file.writeColumn(range.col, range.first + done + static_cast<std::uint32_t>(from),
+        file.writeColumn(range.column, range.first + done + static_cast<std::uint32_t>(from),
                          std::span(old).subspan(from, to - from));
         done += static_cast<std::uint32_t>(count);
     }
 }
 
-void ColumnBackup::restoreInfo(TSFILE& file, const Info& info)
+void restoreInfo(TSFILE& file, const KeptValues::Info& info)
 {
-    if (file.columnName(info.col) != info.name)
-        file.columnName(info.col, info.name.c_str());
-    if (file.columnDescription(info.col) != info.description)
-        file.columnDescription(info.col, info.description.c_str());
+    if (file.columnName(info.column) != info.name)
+        file.columnName(info.column, info.name.c_str());
+    if (file.columnDescription(info.column) != info.description)
+        file.columnDescription(info.column, info.description.c_str());
     int now[7];
-    file.columnStamp(info.col, now);
+    file.columnStamp(info.column, now);
     if (!std::equal(std::begin(now), std::end(now), info.stamp))
-        file.setColumnStamp(info.col, info.stamp);
+        file.setColumnStamp(info.column, info.stamp);
+}
+
+// The newest first, so that the oldest values win where ranges overlap.
+void restoreAll(TSFILE& file, const KeptValues& kept, std::istream& in, const Progress& progress = {})
+{
+    std::uint64_t done = 0;
+    for (auto range = kept.ranges.rbegin(); range != kept.ranges.rend(); ++range) {
+        restoreRange(file, *range, in);
+        goesOn(progress, ++done, kept.ranges.size());
+    }
+    std::for_each(kept.infos.rbegin(), kept.infos.rend(),
+                  [&](const KeptValues::Info& info) { restoreInfo(file, info); });
+    file.flush(true);
+}
+
+// A text in one line, so that the file's lines stay lines: length, blank, bytes.
+std::string counted(const std::string& text)
+{
+    return std::to_string(text.size()) + ' ' + text;
+}
+
+std::string takeCounted(std::istream& in)
+{
+    std::size_t length = 0;
+    constexpr std::size_t kLongest = 4096;
+    if (!(in >> length) || length > kLongest || in.get() != ' ')
+        throw std::runtime_error("the old values cannot be read");
+    std::string text(length, '\0');
+    in.read(text.data(), static_cast<std::streamsize>(length));
+    return text;
+}
+
+}  // namespace
+
+ColumnBackup::ColumnBackup(TSFILE& file)
+    : m_file(file), m_scratch(scratchDirectory(), "veltrac-old-values", ".bin"), m_path(m_scratch.path())
+{
+    const char* const name = file.fileName();
+    if (name != nullptr)
+        m_kept.file = std::filesystem::absolute(name);
+    m_kept.when = timeNow();
+    std::ofstream out(m_path, std::ios::binary);
+    append(
+        std::string(kFirstLine) + "\nfile " + counted(m_kept.file.string()) + "\nwhen " + m_kept.when + '\n',
+        out);
+}
+
+void ColumnBackup::append(std::string_view head, std::ostream& out)
+{
+    out.write(head.data(), static_cast<std::streamsize>(head.size()));
+    out.flush();
+    if (!out)
+        fail(m_path);
+    m_bytes += head.size();
+}
+
+JobOutcome ColumnBackup::save(std::uint32_t col, std::uint32_t first, std::uint32_t count,
+                              const Progress& progress)
+{
+    std::ofstream out(m_path, std::ios::binary | std::ios::in | std::ios::out);
+    out.seekp(static_cast<std::streamoff>(m_bytes));
+    append("column " + std::to_string(col) + " first " + std::to_string(first) + " count " +
+               std::to_string(count) + '\n',
+           out);
+    std::vector<float> values(std::min(kRun, count));
+    for (std::uint32_t done = 0; done < count;) {
+        const std::span<float> run(values.data(), std::min<std::size_t>(values.size(), count - done));
+        m_file.readColumn(col, first + done, run);
+        turnForFile(run);
+        const auto bytes = std::as_bytes(run);
+        out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+        if (!out)
+            fail(m_path);
+        done += static_cast<std::uint32_t>(run.size());
+        if (!goesOn(progress, done, count))
+            return JobOutcome::Cancelled;
+    }
+    out.put('\n');
+    out.close();
+    if (!out)
+        fail(m_path);
+    syncToDisk(m_path);
+    m_kept.ranges.push_back({col, first, count, m_bytes});
+    m_bytes += std::uint64_t{count} * sizeof(float) + 1;
+    return JobOutcome::Done;
+}
+
+void ColumnBackup::saveInfo(std::uint32_t col)
+{
+    KeptValues::Info info{col, m_file.columnName(col), m_file.columnDescription(col), {}};
+    m_file.columnStamp(col, info.stamp);
+    std::ofstream out(m_path, std::ios::binary | std::ios::in | std::ios::out);
+    out.seekp(static_cast<std::streamoff>(m_bytes));
+    std::ostringstream line;
+    line << "texts " << col;
+    for (const int part : info.stamp)
+        line << ' ' << part;
+    line << ' ' << counted(info.name) << ' ' << counted(info.description) << '\n';
+    append(line.str(), out);
+    m_kept.infos.push_back(std::move(info));
+}
+
+void ColumnBackup::restore(TSFILE& file)
+{
+    try {
+        std::ifstream in(m_path, std::ios::binary);
+        restoreAll(file, m_kept, in);
+    } catch (...) {
+        m_scratch.keep();
+        throw;
+    }
 }
 
 void ColumnBackup::recall(std::uint32_t col, std::uint32_t first, std::span<float> out) const
 {
     std::ifstream in;
-    for (auto range = m_ranges.rbegin(); range != m_ranges.rend(); ++range) {
+    for (auto range = m_kept.ranges.rbegin(); range != m_kept.ranges.rend(); ++range) {
         const std::uint64_t from = std::max(first, range->first);
         const std::uint64_t to =
             std::min<std::uint64_t>(first + out.size(), std::uint64_t{range->first} + range->count);
-        if (range->col != col || from >= to)
+        if (range->column != col || from >= to)
             continue;
         if (!in.is_open())
             in.open(m_path, std::ios::binary);
         readKept(in, range->offset + (from - range->first) * sizeof(float),
                  out.subspan(from - first, to - from));
     }
+}
+
+KeptValues readOldValues(const std::filesystem::path& scratch)
+{
+    std::ifstream in(scratch, std::ios::binary);
+    if (!in)
+        fail(scratch);
+    KeptValues kept;
+    std::string word;
+    if (!std::getline(in, word) || word != kFirstLine || !(in >> word) || word != "file")
+        throw std::runtime_error("it holds no old values");
+    kept.file = takeCounted(in);
+    in >> word >> kept.when;
+    while (in >> word) {
+        if (word == "texts") {
+            KeptValues::Info info;
+            in >> info.column;
+            for (int& part : info.stamp)
+                in >> part;
+            info.name = takeCounted(in);
+            info.description = takeCounted(in);
+            kept.infos.push_back(std::move(info));
+        } else if (word == "column") {
+            KeptValues::Range range;
+            in >> range.column >> word >> range.first >> word >> range.count;
+            range.offset = in ? static_cast<std::uint64_t>(in.tellg()) + 1 : 0;
+            const std::uint64_t end = range.offset + std::uint64_t{range.count} * sizeof(float);
+            if (!in || end > std::filesystem::file_size(scratch))
+                break;  // it was still being written
+            kept.ranges.push_back(range);
+            in.seekg(static_cast<std::streamoff>(end));
+        } else {
+            throw std::runtime_error("it holds no old values");
+        }
+    }
+    return kept;
+}
+
+void restoreOldValues(const std::filesystem::path& scratch, TSFILE& file, const Progress& progress)
+{
+    const KeptValues kept = readOldValues(scratch);
+    for (const KeptValues::Range& range : kept.ranges)
+        if (range.column > file.columns() || std::uint64_t{range.first} + range.count - 1 > file.samples())
+            throw std::out_of_range("the file has fewer samples or columns than the old values need");
+    std::ifstream in(scratch, std::ios::binary);
+    restoreAll(file, kept, in, progress);
 }
 
 }  // namespace veltrac

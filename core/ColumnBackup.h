@@ -1,12 +1,14 @@
 // The old values of what a job overwrites in a ts-file, kept until the job is done.
 //
 // They stand in a synced scratch file in the scratch directory before the first new value is written. When
-// the job fails or is cancelled, restore() puts them back; when even that fails, path() says where they lie.
+// the job fails or is cancelled, restore() puts them back; when even that fails, path() says where they lie,
+// and readOldValues() and restoreOldValues() bring them back later. docs/ts-file.md tells the file's format.
 #pragma once
 
 #include <filesystem>
 #include <iosfwd>
 #include <span>
+#include <string>
 #include <vector>
 
 #include "core/Progress.h"
@@ -14,6 +16,32 @@
 #include "core/TSFILE.h"
 
 namespace veltrac {
+
+// What a file of old values holds.
+struct KeptValues
+{
+    // Samples `first` to `first` + `count` - 1 of a column.
+    struct Range
+    {
+        std::uint32_t column = 0;
+        std::uint32_t first = 0;
+        std::uint32_t count = 0;
+        std::uint64_t offset = 0;  // of its values in the scratch file
+    };
+    // A column's name, description and stamp.
+    struct Info
+    {
+        std::uint32_t column = 0;
+        std::string name;
+        std::string description;
+        int stamp[7] = {};
+    };
+
+    std::filesystem::path file;  // the ts-file that the values belong to, absolute
+    std::string when;            // when they were kept, ISO 8601 with its zone
+    std::vector<Range> ranges{};
+    std::vector<Info> infos{};
+};
 
 class ColumnBackup
 {
@@ -44,31 +72,23 @@ public:
     const std::filesystem::path& path() const noexcept { return m_path; }
 
 private:
-    struct Range
-    {
-        std::uint32_t col;
-        std::uint32_t first;
-        std::uint32_t count;
-        std::uint64_t offset;  // in the scratch file
-    };
-    struct Info
-    {
-        std::uint32_t col;
-        std::string name;
-        std::string description;
-        int stamp[7];
-    };
-
-    static void restoreRange(TSFILE& file, const Range& range, std::istream& in);
-
-    static void restoreInfo(TSFILE& file, const Info& info);
+    void append(std::string_view head, std::ostream& out);
 
     TSFILE& m_file;
     ScratchFile m_scratch;
     std::filesystem::path m_path;
     std::uint64_t m_bytes = 0;
-    std::vector<Range> m_ranges;
-    std::vector<Info> m_infos;
+    KeptValues m_kept;
 };
+
+// What a file of old values holds. Throws std::system_error where it cannot be read, std::runtime_error
+// where it is none or is cut short.
+KeptValues readOldValues(const std::filesystem::path& scratch);
+
+// Writes the values, names, descriptions and stamps of a file of old values into `file` and flushes it. The
+// scratch file stays. Nothing stops it halfway: progress is told, a cancel is not heard. Throws as
+// readOldValues(), the TS exceptions, and std::out_of_range, nothing written, where the file has not so many
+// samples or columns.
+void restoreOldValues(const std::filesystem::path& scratch, TSFILE& file, const Progress& progress);
 
 }  // namespace veltrac

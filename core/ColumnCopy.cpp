@@ -19,7 +19,8 @@ void copyHeaderFromOldest(TSFILE& from, TSFILE& to)
 {
     to.copyHeader(from);
     if (from.ringStart() > 1)
-        to.startTime(static_cast<float>(from.startTime() + (from.ringStart() - 1.0) * from.dt()));
+        to.setStart(from.startSeconds(),
+                    static_cast<float>(from.startTime() + (from.ringStart() - 1.0) * from.dt()));
 }
 
 JobOutcome walkRuns(std::uint32_t samples, const Progress& progress, const RunStep& step)

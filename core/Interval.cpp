@@ -21,16 +21,16 @@ void moveStart(const PlotFile& from, std::uint32_t first, TSFILE& to)
 {
     TSFILE& source = from.file();
     to.dt(source.dt());
+    double seconds = source.startSeconds();
     double start = static_cast<double>(source.startTime());
     if (source.timeColumn() == 0)
         start += (from.sampleOf(first) - 1.0) * static_cast<double>(source.dt());
-    if (source.startSeconds() != 0) {
+    if (seconds != 0.0 && source.timeColumn() == 0) {
         // Whole seconds go where they are exact; a file without a clock stays one.
-        const double whole = source.timeColumn() == 0 ? std::floor(start) : 0.0;
-        to.startSeconds(static_cast<std::uint32_t>(source.startSeconds() + whole));
-        start -= whole;
+        seconds += std::floor(start);
+        start -= std::floor(start);
     }
-    to.startTime(static_cast<float>(start));
+    to.setStart(static_cast<std::uint32_t>(seconds), static_cast<float>(start));
 }
 
 void copyHeader(const PlotFile& from, std::uint32_t first, TSFILE& to)

@@ -250,6 +250,20 @@ std::uint32_t TSFILE::startSeconds(std::uint32_t newSeconds)
     return m_header.startSeconds;
 }
 
+void TSFILE::setStart(std::uint32_t seconds, float time)
+{
+    readHeader(0, 0);
+    const TsHeader before = m_header;
+    m_header.startSeconds = seconds;
+    m_header.startTime = time;
+    try {
+        writeHeader();
+    } catch (...) {
+        m_header = before;
+        throw;
+    }
+}
+
 const char* TSFILE::fileName()
 {
     return m_name.empty() ? nullptr : m_name.c_str();

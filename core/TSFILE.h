@@ -87,6 +87,10 @@ public:
     float startTime(float newStart = -1.0F);                   // seconds, added to startSeconds()
     std::uint32_t startSeconds(std::uint32_t newSeconds = 0);  // seconds since the epoch
 
+    // Stores the start as it is, in one write: a series whose own seconds begin at 0 starts at -dt, so that
+    // its first sample lies at 0.
+    void setStart(std::uint32_t seconds, float time);
+
     // Takes over another file's description, time unit, sample time and start, bits as they are.
     void copyHeader(TSFILE& from);
 

@@ -17,11 +17,11 @@
 #include <charconv>
 #include <memory>
 
+#include "core/FailureText.h"
 #include "core/Rebuild.h"
 #include "core/TSFILE.h"
 #include "core/TsExceptions.h"
 #include "portal/ColumnTable.h"
-#include "portal/FailureReason.h"
 #include "portal/HeaderFields.h"
 #include "portal/StartField.h"
 #include "portal/TsApplication.h"
@@ -491,7 +491,7 @@ bool EditHeaderWin::writeFields()
         if (m_startDateChanged)
             file->startSeconds(m_fields->startSeconds());
         if (m_startTimeChanged)
-            file->startTime(static_cast<float>(m_fields->startTime().number()));
+            file->setStart(file->startSeconds(), static_cast<float>(m_fields->startTime().number()));
         file->flush(true);
     } catch (const TS::Failure&) {
         warn(QStringLiteral("Veltrac error"),

@@ -153,14 +153,14 @@ void EditList::add(Edit edit)
     ++m_active;
 }
 
-QString EditList::undoName() const
+std::string EditList::undoName() const
 {
-    return canUndo() ? m_edits[m_active - 1]->name : QString();
+    return canUndo() ? m_edits[m_active - 1]->name : std::string();
 }
 
-QString EditList::redoName() const
+std::string EditList::redoName() const
 {
-    return canRedo() ? m_edits[m_active]->name : QString();
+    return canRedo() ? m_edits[m_active]->name : std::string();
 }
 
 void EditList::undo()

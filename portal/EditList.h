@@ -6,11 +6,10 @@
 // of the list, before and after saving: the list remembers which entries the file holds.
 #pragma once
 
-#include <QString>
-
 #include <cstdint>
 #include <memory>
 #include <span>
+#include <string>
 #include <vector>
 
 namespace veltrac {
@@ -54,7 +53,7 @@ struct EditStrip
 // One entry: its strips do not overlap each other.
 struct Edit
 {
-    QString name;  // "Set value", as the menu shows it behind "Undo"
+    std::string name;  // "Set value", as the menu shows it behind "Undo"
     std::vector<EditStrip> strips;
 };
 
@@ -80,8 +79,8 @@ public:
     bool canUndo() const noexcept { return m_active > 0; }
     bool canRedo() const noexcept { return m_active < m_edits.size(); }
     // The names of what would be undone and redone; empty where there is none.
-    QString undoName() const;
-    QString redoName() const;
+    std::string undoName() const;
+    std::string redoName() const;
     void undo();
     void redo();
 

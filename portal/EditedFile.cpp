@@ -8,9 +8,9 @@
 #include <set>
 #include <utility>
 
+#include "core/FailureText.h"
 #include "core/ScratchFile.h"
 #include "core/TsNames.h"
-#include "portal/FailureReason.h"
 
 namespace veltrac {
 

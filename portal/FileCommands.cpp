@@ -5,9 +5,9 @@
 #include <QInputDialog>
 
 #include "core/CopyFile.h"
+#include "core/FailureText.h"
 #include "core/TSFILE.h"
 #include "core/TsNames.h"
-#include "portal/FailureReason.h"
 #include "portal/TsApplication.h"
 #include "share/Boxes.h"
 #include "share/JobProgress.h"

@@ -89,9 +89,7 @@ void HeaderFields::addChecks()
 {
     // A sample time of 0 is told on OK, in a box.
     m_sampleTime->setCheck(rangeReason);
-    m_startTime->setCheck([](double seconds) {
-        return seconds < 0 ? QStringLiteral("The start time must not be negative.") : rangeReason(seconds);
-    });
+    m_startTime->setCheck(rangeReason);
     const auto whole = [](double number) {
         return number >= 0 && number <= kMostCount && number == std::floor(number);
     };

@@ -193,8 +193,10 @@ void TsTableView::updateActions()
     m_actions[kSave]->setEnabled(edits.isChanged());
     m_actions[kUndo]->setEnabled(edits.canUndo());
     m_actions[kRedo]->setEnabled(edits.canRedo());
-    m_actions[kUndo]->setText((QStringLiteral("&Undo ") + edits.undoName()).trimmed());
-    m_actions[kRedo]->setText((QStringLiteral("&Redo ") + edits.redoName()).trimmed());
+    m_actions[kUndo]->setText(
+        (QStringLiteral("&Undo ") + QString::fromStdString(edits.undoName())).trimmed());
+    m_actions[kRedo]->setText(
+        (QStringLiteral("&Redo ") + QString::fromStdString(edits.redoName())).trimmed());
     const bool selected = m_view != nullptr && !m_view->selectedBlocks().empty();
     for (QAction* const action : m_operations)
         action->setEnabled(selected);

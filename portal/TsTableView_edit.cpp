@@ -73,13 +73,13 @@ void TsTableView::commitOpenEditor()
 
 void TsTableView::addEdit(const QString& name, std::vector<EditStrip> strips)
 {
-    m_model->editedFile()->edits().add({name, std::move(strips)});
+    m_model->editedFile()->edits().add({name.toStdString(), std::move(strips)});
     m_model->showChanges();
 }
 
 void TsTableView::sl_undo()
 {
-    const QString name = m_model->editedFile()->edits().undoName();
+    const QString name = QString::fromStdString(m_model->editedFile()->edits().undoName());
     m_model->editedFile()->edits().undo();
     m_model->showChanges();
     statusBar()->showMessage(QStringLiteral("Undone: %1").arg(name), kMessageMs);
@@ -87,7 +87,7 @@ void TsTableView::sl_undo()
 
 void TsTableView::sl_redo()
 {
-    const QString name = m_model->editedFile()->edits().redoName();
+    const QString name = QString::fromStdString(m_model->editedFile()->edits().redoName());
     m_model->editedFile()->edits().redo();
     m_model->showChanges();
     statusBar()->showMessage(QStringLiteral("Done again: %1").arg(name), kMessageMs);

@@ -7,10 +7,15 @@
 
 namespace veltrac {
 
+QString saveSuggestion(QString name)
+{
+    return name.replace(QLatin1Char('"'), QLatin1Char('\''));
+}
+
 QString askSaveName(QWidget* window, const QString& title, const QString& suggestion, const QString& filter,
                     const QString& suffix)
 {
-    QString file = QFileDialog::getSaveFileName(window, title, suggestion, filter, nullptr,
+    QString file = QFileDialog::getSaveFileName(window, title, saveSuggestion(suggestion), filter, nullptr,
                                                 QFileDialog::DontConfirmOverwrite);
     if (file.isEmpty())
         return {};

@@ -128,6 +128,28 @@ TEST_F(Scl, severalFilesBecomeColumns)
     expectColumn(*ts, 2, {9, 8, 8});
     EXPECT_EQ(std::vector<std::string>{"b.scl has 1 value fewer."}, logs.notices());
 
+    // Rows of 0.5 s: b begins two samples before a and lies a tenth of one beside it, c tells no start.
+    write("a.scl", "Rate: 2 Hz\nStart: 2016-05-17 13:45:30\n1\n2\n3\n");
+    write("b.scl", "Start: 2016-05-17 13:45:29.05\n9\n8\n7\n");
+    write("c.scl", "5\n");
+    SCLObject shifted;
+    for (const char* const file : {"a.scl", "b.scl", "c.scl"})
+        shifted.add(file);
+    const auto late = import(shifted);
+    EXPECT_EQ(1463492729U - 7200U, late->startSeconds());
+    expectColumn(*late, 1, {kNone, kNone, 1, 2, 3});
+    expectColumn(*late, 2, {9, 8, 7, kNone, kNone});
+    expectColumn(*late, 3, {5, kNone, kNone, kNone, kNone});
+    EXPECT_EQ((std::vector<std::string>{
+                  "a.scl begins 2 samples later.",
+                  "a.scl lies a fraction of a sample beside the others: it is moved by 0.05 s to later.",
+                  "b.scl has 2 values fewer.", "c.scl has 4 values fewer.",
+                  "c.scl tells no start: it is taken to begin with the series."}),
+              shifted.notices());
+    shifted.remove(1);
+    EXPECT_EQ(1463492730U - 7200U, import(shifted)->startSeconds());
+
+    write("a.scl", "Rate: 360 Hz\n1\n2\n3\n");
     write("b.scl", "Rate: 250 Hz\n9\n8\n");
     logs.sources.pop_back();
     logs.add("b.scl");
@@ -156,7 +178,7 @@ TEST_F(Scl, cancelledOrChangedLogsLeaveNothing)
     logs.skipLines = 2;
     EXPECT_FALSE(logs.isRead());
     logs.check({});
-    EXPECT_EQ(39998U, logs.found().samples);
+    EXPECT_EQ(39998U, logs.result().samples);
     write("a.scl", lines + "2\n");
     EXPECT_THROW(importSCL(logs, "out.ts", {}), STLError) << "grown";
     fs::remove("a.scl");

@@ -7,6 +7,7 @@
 #include <fstream>
 #include <random>
 
+#include "converters/ImportKind.h"
 #include "converters/STLObject.h"
 #include "core/TsNames.h"
 #include "tests/FileSizeLimit.h"
@@ -112,7 +113,7 @@ TEST_F(Stl, everyLoggersFileComesOutRight)
          {"Col-1", "Col-2"},
          {"", ""},
          {{1.5F, 2.5F}, {1.6F, 2.6F}, {1.7F, 2.7F}},
-         0,
+         1,
          1,
          0},
         {"zones.stl", Stamp, {"A"}, {"A"}, {{1}, {2}, {3}}, 1459040340, 60, 0},
@@ -192,7 +193,7 @@ TEST_F(Stl, everyLoggersFileComesOutRight)
             }
         EXPECT_FLOAT_EQ(static_cast<float>(c.dt), ts->dt());
         const double start = ts->startSeconds() + static_cast<double>(ts->startTime());
-        const double first = start + (extra > 0 ? ts->value(1, 1) : c.first == 0 ? 0 : c.dt);
+        const double first = start + (extra > 0 ? ts->value(1, 1) : c.dt);
         EXPECT_NEAR(c.first, first, 1e-3);
     }
 }
@@ -501,6 +502,12 @@ TEST_F(Stl, samplesKeepTheTimesOfTheirRows)
          1,
          {kDay, kDay, kDay, kDay + 1, kDay + 2, kDay + 3, kDay + 4, kDay + 5}},
         {"thirds in milliseconds", "t;A\n1.000;1\n1.333;2\n1.667;3\n2.000;4\n", 0, {1, 4.0 / 3, 5.0 / 3, 2}},
+        {"seconds of its own, from 0", "t;A\n0;1\n0.25;2\n0.5;3\n0.75;4\n", 0, {0, 0.25, 0.5, 0.75}},
+        {"a row of the year 9999",
+         "D;A\n2016-05-17 00:00:00;1\n9999-12-31 00:00:00;2\n2016-05-17 00:00:02;3\n"
+         "2016-05-17 00:00:04;4\n2016-05-17 00:00:06;5\n",
+         0,
+         {kDay, kDay + 2, kDay + 4, kDay + 6}},
         {"before the trigger", "t;A\n-0.5;1\n-0.25;2\n0;3\n0.25;4\n", 1, {-0.5, -0.25, 0, 0.25}},
         {"days across the change to summer time",
          "D;A\n2016-03-26;1\n2016-03-27;2\n2016-03-28;3\n",
@@ -600,6 +607,30 @@ TEST_F(Stl, passIsRunAgainOnlyWhereItFindsSomethingElse)
     EXPECT_FALSE(log.isRead()) << "the file has grown";
     EXPECT_THROW(importSTL(log, "out.ts", {}), STLError);
     EXPECT_EQ(3U, import(log)->samples());
+}
+
+TEST_F(Stl, importerIsChosenByContent)
+{
+    const std::string prose = "We went 3 miles, to the sea. It rained, and\nwe stayed for 2 days there\n\n";
+    const std::pair<const char*, std::string> texts[] = {
+        {"a.txt", "%S 2\n%C 1\n1\n2\n"},
+        {"b.tsa", "1 2\n"},
+        {"c.dat", "t;A\n0;1\n1;2\n2;3\n"},
+        {"d.csv", "1,25\n2,50\n3,75\n"},
+        {"e.txt", "Name: ECG\nRate: 360 Hz\n-0,245\n-0,015\n0,120\n"},
+        {"f.txt", "Volts\n1.5\n1.6\n1.7\n"},
+        {"g.scl", "0,25\n1,50\n"},
+        {"h.txt", prose + prose + prose},
+        {"i.txt", ""},
+    };
+    std::vector<ImportKind> kinds = {importKindOf("none"), importKindOf(kData / "binary.stl")};
+    for (const auto& [name, text] : texts) {
+        write(name, text);
+        kinds.push_back(importKindOf(name));
+    }
+    using enum ImportKind;
+    EXPECT_EQ((std::vector{None, None, Tsa, Tsa, Stl, Stl, Scl, Scl, Scl, None, None}), kinds);
+    EXPECT_EQ("No line of numbers was found in h.txt.", errorOf("h.txt"));
 }
 
 TEST_F(Stl, textsAreNumberedOnDemand)

@@ -254,8 +254,8 @@ TEST_F(Tsa, exportIsTextThatTheImportReadsBack)
     {
         TSFILE ts("b.ts", 2, 3, 2);
         ts.dt(1.0F / 360.0F);
-        ts.description("two\tlines\nhere");
-        ts.timeUnit("s");
+        ts.description("two\tlines\nhere ");
+        ts.timeUnit("s  ");
         ts.columnName(3, "T\xF8y");  // Windows-1252
         const int stamp[7] = {0, 1, 2, 3, 4, 5, 116};
         for (std::uint32_t col = 1; col <= 5; ++col)
@@ -266,13 +266,14 @@ TEST_F(Tsa, exportIsTextThatTheImportReadsBack)
         ts.flush(true);
         TsaExportReport done;
         exportTsaText(ts, "b.tsa", 1, 2, {}, done);
-        EXPECT_FALSE(done.startIsLost);
+        EXPECT_FALSE(done.startIsLost || done.isRing);
+        EXPECT_TRUE(done.valuesRounded && done.sampleTimeRounded) << "1234567, 1/360";
         ts.startSeconds(5);
         exportTsaText(ts, "part.tsa", 2, 2, {}, done);
         EXPECT_TRUE(done.startIsLost);
     }
     EXPECT_EQ(
-        "%N b.tsa\n%S 2\n%C 5\n%D 0.00277778\n%I two lines here\n%U s\n%N1 Time\n%I1 \n%N2 Time32\n%I2 \n"
+        "%N b.tsa\n%S 2\n%C 5\n%D 0.00277778\n%I two lines here \n%U s  \n%N1 Time\n%I1 \n%N2 Time32\n%I2 \n"
         "%N3 T\xC3\xB8y\n%I3 \n%T3 2016.05.04-03:02:01\n%N4 Column-04\n%I4 \n%N5 Column-05\n%I5 \n\n"
         "0.5  4294967295  1e-05  1.23457e+06  nan  \n-0.0625  1  3e+38  0.1  -2  \n",
         read("b.tsa"));
@@ -287,6 +288,25 @@ TEST_F(Tsa, exportIsTextThatTheImportReadsBack)
     TsaExportReport again;
     exportTsaText(*ts, "c.tsa", 1, 2, {}, again);
     EXPECT_EQ(data(read("b.tsa")), data(read("c.tsa")));
+}
+
+TEST_F(Tsa, exportOfARingSaysWhereItBegins)
+{
+    for (const auto& [written, oldest, unwritten] : {std::array{7U, 3U, 0U}, std::array{4U, 1U, 5U}}) {
+        TSFILE ts("ring.ts", 5, 1, 0);
+        ts.setRingMode(true);
+        for (std::uint32_t sample = 1; sample <= written; ++sample) {
+            const float value = static_cast<float>(sample) / 2;
+            ts.writeRow(sample, &value, true);
+        }
+        TsaExportReport done;
+        exportTsaText(ts, "ring.tsa", 1, 5, {}, done);
+        EXPECT_TRUE(done.isRing && !done.valuesRounded && !done.sampleTimeRounded);
+        EXPECT_EQ(oldest, done.oldestRow) << written;
+        EXPECT_EQ(unwritten, done.firstUnwritten) << written;
+        EXPECT_EQ(written == 7 ? "3  \n3.5  \n1.5  \n2  \n2.5  \n" : "0.5  \n1  \n1.5  \n2  \n0  \n",
+                  read("ring.tsa").substr(read("ring.tsa").find("\n\n") + 2));
+    }
 }
 
 TEST_F(Tsa, exportThatFailsKeepsTheOldText)

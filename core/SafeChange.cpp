@@ -1,0 +1,135 @@
+#include "core/SafeChange.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <system_error>
+#include <vector>
+
+#include "core/ColumnCopy.h"
+
+namespace veltrac {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// Keeping the old values is the smaller part of a change, in hundredths.
+constexpr std::uint64_t kKeepingShare = 25;
+
+[[noreturn]] void refuse(int error, const fs::path& path)
+{
+    throw std::system_error(error, std::generic_category(), path.string());
+}
+
+// The real target of a file that may be made or replaced.
+fs::path requireReplaceable(const fs::path& target)
+{
+    fs::path real = realPath(target);
+    struct stat old = {};
+    if (::stat(real.c_str(), &old) != 0)
+        return real;
+    // A rename would take the place of a device or a pipe, too.
+    if (!S_ISREG(old.st_mode))
+        refuse(S_ISDIR(old.st_mode) ? EISDIR : EINVAL, target);
+    if (isWriteProtected(real))
+        refuse(EACCES, target);
+    return real;
+}
+
+fs::path directoryOf(const fs::path& file)
+{
+    const fs::path directory = file.parent_path();
+    return directory.empty() ? "." : directory;
+}
+
+void keepOldValues(ColumnBackup& backup, std::span<const ColumnRange> ranges)
+{
+    std::vector<std::uint32_t> columns;
+    for (const ColumnRange& range : ranges)
+        columns.push_back(range.column);
+    std::sort(columns.begin(), columns.end());
+    columns.erase(std::unique(columns.begin(), columns.end()), columns.end());
+    for (const std::uint32_t column : columns)
+        backup.saveInfo(column);
+}
+
+}  // namespace
+
+fs::path realPath(const fs::path& path)
+{
+    fs::path at = path;
+    std::error_code notALink;
+    // As many links as the system itself follows.
+    constexpr int kMostLinks = 40;
+    for (int i = 0; i < kMostLinks && fs::is_symlink(fs::symlink_status(at, notALink)); ++i) {
+        const fs::path next = fs::read_symlink(at, notALink);
+        if (notALink)
+            break;
+        at = next.is_absolute() ? next : at.parent_path() / next;
+    }
+    return at;
+}
+
+bool isWriteProtected(const fs::path& file)
+{
+    struct stat state = {};
+    if (::stat(file.c_str(), &state) != 0)
+        return false;
+    // A superuser is asked too: who took all rights to write away meant it.
+    return (state.st_mode & 0222) == 0 || ::access(file.c_str(), W_OK) != 0;
+}
+
+PendingFile::PendingFile(const fs::path& target, const std::string& stem, const std::string& extension)
+    : m_real(requireReplaceable(target)), m_scratch(directoryOf(m_real), stem, extension)
+{
+}
+
+void PendingFile::commit()
+{
+    m_scratch.putInPlace(m_real);
+}
+
+JobOutcome changeInPlace(const InPlaceChange& change, const Progress& progress, OldValues& old)
+{
+    std::uint64_t total = 0;
+    for (const ColumnRange& range : change.ranges)
+        total += range.count;
+    old.backup = std::make_unique<ColumnBackup>(change.file);
+    keepOldValues(*old.backup, change.ranges);
+    std::uint64_t kept = 0;
+    for (const ColumnRange& range : change.ranges) {
+        const Progress part = [&](std::uint64_t done, std::uint64_t /*of*/) {
+            return goesOn(progress, (kept + done) * kKeepingShare, std::max<std::uint64_t>(total, 1) * 100);
+        };
+        if (old.backup->save(range.column, range.first, range.count, part) == JobOutcome::Cancelled) {
+            old.backup.reset();
+            return JobOutcome::Cancelled;
+        }
+        kept += range.count;
+    }
+    try {
+        if (change.write(change.file, partOf(progress, kKeepingShare, 100)) == JobOutcome::Done) {
+            change.file.flush(true);
+            if (::fsync(change.file.descriptor()) != 0 && errno != EINVAL)
+                throw std::system_error(errno, std::generic_category());
+            return JobOutcome::Done;
+        }
+        old.lost = old.backup->path();
+        old.backup->restore();
+    } catch (...) {
+        const std::exception_ptr failure = std::current_exception();
+        old.lost = old.backup->path();
+        old.backup->restore(change.reopen());
+        old.lost.clear();
+        old.backup.reset();
+        std::rethrow_exception(failure);
+    }
+    old.lost.clear();
+    old.backup.reset();
+    return JobOutcome::Cancelled;
+}
+
+}  // namespace veltrac

@@ -55,7 +55,7 @@ private:
     QWidget* createButtons();
     void readHeader();
     void takeCounts(TSFILE& file);
-    void noteFileTime();
+    void rememberFileTime();
 
     // The user leaves the field of a count, though not to cancel.
     bool isLeftForGood() const;
@@ -66,13 +66,12 @@ private:
     // stays.
     bool changeCounts(std::optional<unsigned> newSamples, std::optional<unsigned> newColumns);
     bool rebuild(unsigned samples, unsigned columns);
-    bool mayWrite();
     bool writeFields();
     void writeCell(int row, int column);
     void updateState();
     bool hasFieldEdits() const;
-    void say(const QString& text);
-    void warn(const QString& title, const QString& text);
+    void showInStatusBar(const QString& text);
+    void showWarningBox(const QString& title, const QString& text);
 
     QString m_fileName;   // absolute: the working directory may change meanwhile
     QString m_shownName;  // as the user knows it

@@ -27,6 +27,8 @@
 #include "portal/EmptyHint.h"
 #include "portal/FileCommands.h"
 #include "portal/SubPrograms.h"
+#include "portal/TsFileTexts.h"
+#include "share/ActionIcon.h"
 #include "share/Boxes.h"
 #include "share/JobProgress.h"
 #include "share/PsConfigDialog.h"
@@ -106,7 +108,8 @@ void VeltracWin::createTable()
 
 int VeltracWin::nOOfTsFiles()
 {
-    m_files = scanTsFiles([this](const QString& name) {
+    m_files = scanTsFiles(shownTsFiles(m_foreignNames), [this](const std::string& bytes) {
+        const QString name = QFile::decodeName(bytes.c_str());
         // It may be a sub-window's work that has the directory read again: that window stays in front.
         showBox(
             QMessageBox::Warning, m_errorBox.inFront(this), QStringLiteral("Veltrac error, nOOfTsFiles()"),
@@ -129,7 +132,7 @@ void VeltracWin::sl_refresh()
 
 void VeltracWin::reportForeignNames()
 {
-    const int count = countForeignNames();
+    const int count = m_foreignNames;
     if (count == 0)
         return;
     const QString text =
@@ -149,7 +152,7 @@ void VeltracWin::showFiles()
     std::vector<QString> names;
     names.reserve(m_files.size());
     for (const TsFileRecord& file : m_files)
-        names.push_back(file.name);
+        names.push_back(QFile::decodeName(file.name.c_str()));
     m_actions->setFiles(std::move(names));
     m_emptyHint->setVisible(m_files.empty());
 
@@ -182,7 +185,7 @@ void VeltracWin::showContextMenu(int row, const QPoint& globalPosition)
         m_actions->addFileActions(&menu, m_selected);
         menu.addSeparator();
         const QString name = menuText(m_selected);
-        menu.addAction(QIcon(QStringLiteral(":/img_Copy")), QStringLiteral("&Copy %1…").arg(name), this,
+        menu.addAction(actionIcon(QStringLiteral("Copy")), QStringLiteral("&Copy %1…").arg(name), this,
                        &VeltracWin::sl_copyFile);
         menu.addAction(QStringLiteral("&Rename %1…").arg(name), this, &VeltracWin::sl_renameFile);
     }
@@ -489,7 +492,7 @@ void VeltracWin::sl_deleteFile()
     if (!fileIsSelected() || JobProgress::isRunning())
         return;
     const QString name = m_selected;
-    if (!isFreeToChange(this, name))
+    if (isOpenElsewhere(this, name))
         return;
     const bool sure = askYesNo(QMessageBox::Question, this, QStringLiteral("Delete a file?"),
                                QStringLiteral("Do you really want to delete %1?").arg(name));

@@ -9,11 +9,11 @@
 
 #include <vector>
 
+#include "core/TsDirectory.h"
 #include "portal/ErrorBox.h"
 #include "portal/FileTable.h"
 #include "portal/MainActions.h"
 #include "portal/TsApplication.h"
-#include "portal/TsDirectory.h"
 #include "portal/WriterRegistry.h"
 #include "share/PsParameters.h"
 #include "share/SubWindow.h"
@@ -126,6 +126,7 @@ private:
     QWidget* m_emptyHint = nullptr;  // stands in the empty table
 
     std::vector<veltrac::TsFileRecord> m_files;
+    int m_foreignNames = 0;  // files that cannot be listed
     QString m_selected;
     bool m_sorted = false;
     bool m_refreshing = false;

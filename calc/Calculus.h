@@ -5,20 +5,33 @@
 #include <cstdint>
 #include <filesystem>
 
+#include "calc/SourceColumn.h"
 #include "core/ColumnCopy.h"
 #include "core/Progress.h"
 #include "core/TSFILE.h"
 
 namespace veltrac {
 
-// Column 2 becomes the forward difference of column 1, (x(i+1) - x(i)) / dt, dt in seconds. The last sample
-// repeats the one before it; a single sample gives 0. Arithmetic in double, values as 32-bit floats.
-JobOutcome differentiate(TSFILE& work, double dt, const Progress& progress);
+// Which distance lies between two samples: the sample time of the file, or the difference of their own times
+// ("Time"), where it has them.
+enum class Steps { Equal, Own };
+
+// Column 2 of `work`, whose column 1 holds the samples of `source`, becomes the forward difference
+// (x(i+1) - x(i)) / step. The last sample repeats the one before it; a single sample gives 0. Own times that
+// do not rise from a sample to the next leave its difference missing. Arithmetic in double, values as 32-bit
+// floats. Throws the TS exceptions, as the next one.
+JobOutcome differentiate(const SourceColumn& source, TSFILE& work, Steps steps, const Progress& progress);
 
 // Column 2 becomes the integral of column 1 from its first sample on by the trapezoidal rule: 0 at sample 1.
 // The sum is a double, corrected by Neumaier's method (ZAMM 54, 1974), so it stays as exact over hundreds of
 // millions of samples as over ten.
-JobOutcome integrate(TSFILE& work, double dt, const Progress& progress);
+JobOutcome integrate(const SourceColumn& source, TSFILE& work, Steps steps, const Progress& progress);
+
+// Fills column 1 of `work`, which has as many samples, and gives it the source's header and the names and
+// descriptions of its columns: `resultName`, and `resultText` ("d(%1)/dt") with the source's name in it. Its
+// unit comes of `resultUnit` ("%1/%2") with those of source and time; a quotient gets parentheses.
+JobOutcome takeSource(const SourceColumn& source, TSFILE& work, const char* resultName,
+                      const char* resultText, const char* resultUnit, const Progress& progress);
 
 // What became of a save.
 struct CalculusSave

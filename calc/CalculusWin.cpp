@@ -1,5 +1,6 @@
 #include "calc/CalculusWin.h"
 
+#include <QCheckBox>
 #include <QDir>
 #include <QFile>
 #include <QFileDialog>
@@ -12,17 +13,18 @@
 #include <cmath>
 
 #include "core/ColumnCopy.h"
+#include "core/NumberTexts.h"
 #include "core/ScratchFile.h"
 #include "core/TsExceptions.h"
 #include "core/TsHeader.h"
-#include "core/Variable.h"
+#include "core/TsNames.h"
 #include "portal/TsApplication.h"
 #include "share/Boxes.h"
 #include "share/GroupedNumber.h"
-#include "share/HeaderText.h"
 #include "share/JobProgress.h"
 #include "share/PlotCanvas.h"
 #include "share/QtMessageWin.h"
+#include "share/RangeFields.h"
 #include "share/ReadoutLabel.h"
 #include "share/SourceChooser.h"
 #include "share/hydaction.h"
@@ -31,7 +33,6 @@ namespace veltrac {
 
 namespace {
 
-constexpr int kComputingMs = 60000;
 constexpr int kDoneMs = 5000;
 constexpr int kSavedMs = 6000;
 constexpr int kAbortedMs = 2000;
@@ -60,8 +61,12 @@ bool replacesTimes(const TSFILE& target)
 
 CalculusWin::CalculusWin(const CalculusKind& kind, const QString& file, unsigned column, QWidget* parent)
     : ResultWindow(QString::fromLatin1(kind.title), QString::fromLatin1(kind.icon), kPanelWidth, parent),
-      m_kind(kind)
+      m_kind(kind),
+      m_ownTimes(new QCheckBox(QStringLiteral("By its o&wn times (\"Time\")")))
 {
+    m_ownTimes->setToolTip(
+        QStringLiteral("The steps are those of the file's column \"Time\", else its sample time."));
+    panel()->addWidget(m_ownTimes);
     panel()->addSpacing(8);
     panel()->addWidget(readout(), 1);
     createActions();
@@ -72,25 +77,20 @@ CalculusWin::CalculusWin(const CalculusKind& kind, const QString& file, unsigned
     resize(960, 560);
 }
 
-CalculusWin::~CalculusWin()
-{
-    dropWork();
-}
-
 void CalculusWin::createActions()
 {
     auto* const help = new HydAction(QStringLiteral("Help"), QKeySequence(Qt::Key_F1), this, SLOT(sl_help()),
                                      QStringLiteral("&Help"), QStringLiteral("Open a brief help window"));
     const QString tip = QString::fromLatin1(m_kind.executeTip);
-    auto* const execute = new HydAction(
-        QStringLiteral("Execute"), QKeySequence(QStringLiteral("Ctrl+Return")), this, SLOT(sl_execute()),
-        QStringLiteral("Execute calculation..."), tip, whatsThisText(QStringLiteral("Execute"), tip));
+    m_execute = new HydAction(QStringLiteral("Execute"), QKeySequence(QStringLiteral("Ctrl+Return")), this,
+                              SLOT(sl_execute()), QStringLiteral("Execute calculation..."), tip,
+                              whatsThisText(QStringLiteral("Execute"), tip));
     auto* const save = new HydAction(QString::fromLatin1(m_kind.saveImage),
                                      QKeySequence(QStringLiteral("Ctrl+S")), this, SLOT(sl_saveResults()),
                                      QStringLiteral("Save results..."), QStringLiteral("Save results."));
 
     QMenu* const actions = menuBar()->addMenu(QStringLiteral("&Actions"));
-    actions->addActions({execute, save, help});
+    actions->addActions({m_execute, save, help});
     addWhatsThis(actions);
     actions->addSeparator();
     actions->addAction(QStringLiteral("&Close"), this, &QWidget::close, QKeySequence::Close);
@@ -99,7 +99,7 @@ void CalculusWin::createActions()
     addCanvasMenus();
 
     QToolBar* const bar = addToolBar(QStringLiteral("Actions"));
-    bar->addActions({execute, save, help});
+    bar->addActions({m_execute, save, help});
 }
 
 void CalculusWin::sl_help()
@@ -109,156 +109,99 @@ void CalculusWin::sl_help()
 
 // -- Computing --
 
+void CalculusWin::sourceChanged(TSFILE* file)
+{
+    const bool hasTimes = file != nullptr && file->timeColumn() != 0;
+    m_ownTimes->setEnabled(hasTimes);
+    if (!hasTimes)
+        m_ownTimes->setChecked(false);
+    rangeChanged();
+}
+
+void CalculusWin::rangeChanged()
+{
+    m_execute->setEnabled(range()->reason().isEmpty());
+}
+
 void CalculusWin::sl_execute()
 {
-    if (!requireColumn("Y1", source()->column()))
+    if (!requireSource() || !requireColumn("Y1", source()->column()))
         return;
-    resultGone();
-    m_cursor.emplace();
-    statusBar()->showMessage(QStringLiteral("Computing..."), kComputingMs);
-    JobOutcome outcome = JobOutcome::Done;
-    QString failure;
-    double seconds = 0.0;
-    try {
-        JobProgress progress(this, QStringLiteral("%1: %2").arg(windowTitle(), sourceName()));
-        if (!prepare(partOf(progress.callback(), 0, 50), outcome))
-            return;  // the wait cursor stays on purpose until the next calculation
-        if (m_work && outcome == JobOutcome::Done)
-            outcome = m_kind.compute(*m_work, m_work->dt(), partOf(progress.callback(), 50, 100));
-        if (m_work && outcome == JobOutcome::Done) {
-            m_work->stampColumn(2);
-            m_work->flush(true);
+    if (!range()->reason().isEmpty()) {
+        statusBar()->showMessage(range()->reason());
+        return;
+    }
+    QString remark;
+    const auto job = [&](const Progress& progress, std::unique_ptr<ResultFile>& made) {
+        const std::unique_ptr<TSFILE> file = openSource();
+        if (!file)
+            return JobOutcome::Done;
+        const SourceColumn column(*file, source()->column(), range()->from(), range()->to());
+        if (const QString reason = refusalOf(column); !reason.isEmpty())
+            throw Refusal{reason};
+        made = ResultFile::temporary(column.samples(), 2);
+        if (!made) {
+            statusBar()->showMessage(QStringLiteral("No scratch file can be made in %1. Is it full?")
+                                         .arg(QFile::decodeName(scratchDirectory().c_str())));
+            return JobOutcome::Done;
         }
-        seconds = progress.seconds();
-    } catch (const TS::Failure&) {
-        failure = QStringLiteral(
-                      "The calculation failed: %1 could not be read to its end, or the scratch directory "
-                      "took no more.\nNo file of yours was changed.")
-                      .arg(sourceName());
-    }
-    m_cursor.reset();
-
-    if (!failure.isEmpty() || outcome == JobOutcome::Cancelled || !m_work) {
-        dropWork();
-        canvas()->showText(QStringLiteral("Nothing was computed."));
-        statusBar()->showMessage(outcome == JobOutcome::Cancelled ? QStringLiteral("Cancelled")
-                                                                  : QStringLiteral("Nothing was computed"));
-        if (!failure.isEmpty())
-            showBox(QMessageBox::Warning, this, windowTitle(), failure);
+        const bool own = m_ownTimes->isChecked() && file->timeColumn() != 0;
+        if (file->timeColumn() != 0)
+            remark =
+                own ? QStringLiteral(", by the file's own times (\"Time\")")
+                    : QStringLiteral(", taken at equal steps: the file's own times (\"Time\") are not used");
+        TSFILE& work = made->file();
+        if (takeSource(column, work, m_kind.resultName, m_kind.resultText, m_kind.resultUnit,
+                       partOf(progress, 0, 50)) == JobOutcome::Cancelled ||
+            m_kind.compute(column, work, own ? Steps::Own : Steps::Equal, partOf(progress, 50, 100)) ==
+                JobOutcome::Cancelled)
+            return JobOutcome::Cancelled;
+        work.stampColumn(2);
+        return JobOutcome::Done;
+    };
+    if (!calculate(QStringLiteral("%1: %2").arg(windowTitle(), sourceName()), QStringLiteral("Computing..."),
+                   job))
         return;
-    }
-    resultMade();
     statusBar()->showMessage(QString::fromLatin1(m_kind.doneText), kDoneMs);
-    showResult();
-    tellResult(seconds);
+    showResult(remark);
 }
 
-// Makes the scratch file and fills its first column. False where there is no scratch file; a source that is
-// refused leaves none behind and is told to the user.
-bool CalculusWin::prepare(const Progress& progress, JobOutcome& outcome)
+QString CalculusWin::refusalOf(const SourceColumn& source) const
 {
-    const std::unique_ptr<TSFILE> file = openSource();
-    if (!file)
-        return false;
-    dropWork();
-    if (refuses(*file))
-        return true;
-
-    // No dot in the name: what follows one would be taken for an extension.
-    const QString pattern = QFile::decodeName(scratchDirectory().c_str()) + QStringLiteral("/veltrac-XXXXXX");
-    m_reservation = std::make_unique<QTemporaryFile>(pattern);
-    if (!m_reservation->open()) {
-        statusBar()->showMessage(
-            QStringLiteral("No scratch file can be made in %1").arg(QFileInfo(pattern).path()));
-        return false;
-    }
-    const QString name = m_reservation->fileName();
-    m_work.reset(TsApplication::instance()->CreateTs(name, file->samples(), 2));
-    if (!m_work) {
-        statusBar()->showMessage(
-            QStringLiteral("The scratch file could not be made. Is %1 full?").arg(QFileInfo(name).path()));
-        dropWork();
-        return false;
-    }
-    m_workName = name + QStringLiteral(".ts");
-    m_sourceName = QFileInfo(source()->file()).absoluteFilePath();
-    const unsigned column = source()->column();
-    // Oldest first, as plots show a ring file: neighbours in time are neighbours here.
-    const std::uint32_t oldest = oldestRow(*file);
-    copyHeaderFromOldest(*file, *m_work);
-    m_work->columnName(1, std::string(file->columnName(column)).c_str());
-    m_work->columnName(2, m_kind.resultName);
-    m_work->columnDescription(1, std::string(file->columnDescription(column)).c_str());
-    describeResult();
-    outcome = walkRuns(m_work->samples(), progress, [&](std::uint32_t first, std::span<float> run) {
-        file->readColumn(column, oldest - 1 + first, run);
-        m_work->writeColumn(1, first, run);
-    });
-    return true;
-}
-
-// The unit of "Force [kN]" becomes kN/s or kN·s; one that is a quotient itself gets parentheses.
-void CalculusWin::describeResult()
-{
-    const auto text = [](std::string_view utf8) { return QString::fromStdString(std::string(utf8)); };
-    const QString source = headerText(m_work->columnName(1));
-    const std::string description = headerText(m_work->columnDescription(1)).toStdString();
-    const std::string times = headerText(m_work->timeUnit()).toStdString();
-    QString unit = text(unitIn(description));
-    if (unit.contains(QLatin1Char('/')))
-        unit = QStringLiteral("(%1)").arg(unit);
-    if (!unit.isEmpty())
-        unit = QString::fromUtf8(m_kind.resultUnit)
-                   .arg(unit, unitIn(times).empty() ? QStringLiteral("s") : text(unitIn(times)));
-    m_work->columnDescription(
-        2, descriptionBytes(QString::fromUtf8(m_kind.resultText).arg(source), unit).constData());
-}
-
-bool CalculusWin::refuses(TSFILE& file)
-{
+    const double dt = source.file().dt();
     QString reason;
-    if (!(file.dt() > 0.0F) || !std::isfinite(file.dt()))
+    if (!(dt > 0.0) || !std::isfinite(dt))
         reason = QStringLiteral("The sample time of %1 is not above 0.\nSet it in the header editor first.");
-    else if (file.samples() == 0)
+    else if (source.samples() == 0)
         reason = QStringLiteral("%1 has no samples.");
-    else if (tsFileBytes(file.samples(), 2) >= kFileLimit)
+    else if (tsFileBytes(source.samples(), 2) >= kFileLimit)
         reason = QStringLiteral(
             "%1 is too long: column and result together are more than the 2 GB that a ts-file can have.");
-    if (reason.isEmpty())
-        return false;
-    m_cursor.reset();
-    showBox(QMessageBox::Warning, this, windowTitle(), reason.arg(sourceName()));
-    return true;
+    return reason.isEmpty() ? reason : reason.arg(sourceName());
 }
 
-void CalculusWin::showResult()
+void CalculusWin::showResult(const QString& remark)
 {
-    const unsigned columns = m_work ? m_work->columns() : 0;
-    if (!requireColumn("Y1", columns > 0 ? 1 : 0) || !requireColumn("Y2", columns > 1 ? 2 : 0))
+    if (!canvas()->showColumns(resultFile(), {1, 2}, PlotCanvas::Axes::OneEach))
         return;
-    canvas()->showColumns(m_workName, {1, 2}, PlotCanvas::Axes::OneEach);
-    canvas()->setSuggestedName(QFileInfo(m_sourceName).completeBaseName() + QStringLiteral("_calc"));
-}
-
-void CalculusWin::tellResult(double seconds)
-{
-    QString told =
-        QStringLiteral("%1 samples in %2 s").arg(groupedNumber(m_work->samples())).arg(seconds, 0, 'f', 1);
+    canvas()->setSuggestedName(QFileInfo(resultSource()).completeBaseName() + QStringLiteral("_calc"));
     const Group::Variables shown = canvas()->plot().variables();
-    const std::uint64_t missing = shown.empty() || !shown.back()->isBuilt()
-                                      ? 0
-                                      : shown.back()->statistics(1, m_work->samples()).missing;
+    if (shown.empty())
+        return;
+    const std::uint32_t samples = shown.back()->variable().rows();
+    QString told = QStringLiteral("%1 samples in %2 s").arg(groupedNumber(samples)).arg(seconds(), 0, 'f', 1);
+    const std::uint32_t missing = shown.back()->isBuilt() ? shown.back()->statistics(1, samples).missing : 0;
     if (missing > 0)
-        told += QStringLiteral(", %1 missing values. ").arg(groupedNumber(missing)) +
+        told += QStringLiteral(", %1. ").arg(QString::fromStdString(counted(missing, "missing value"))) +
                 QString::fromLatin1(m_kind.missingNote);
-    readout()->showLine(told);
+    readout()->showLine(told + remark);
 }
 
 // -- Saving --
 
 void CalculusWin::sl_saveResults()
 {
-    if (!m_work) {
+    if (!hasResult()) {
         statusBar()->showMessage(QStringLiteral("There is nothing to save: execute the calculation first"));
         return;
     }
@@ -279,7 +222,6 @@ void CalculusWin::sl_saveResults()
         return;
     }
     if (saveInto({std::move(target), QFile::encodeName(resultName()).toStdString()})) {
-        m_work.reset();
         resultSaved();
         emit x_directory_changed();
     }
@@ -290,24 +232,33 @@ std::unique_ptr<TSFILE> CalculusWin::openTarget(const QString& name)
 {
     if (!mayReplace(name))
         return nullptr;
+    const QString bare = QFileInfo(name).fileName();
     TsApplication* const application = TsApplication::instance();
     std::unique_ptr<TSFILE> target(application == nullptr ? nullptr : application->OpenTs(name, false));
     if (!target) {
-        statusBar()->showMessage(QStringLiteral("%1 is no ts-file that can be written. Nothing was saved")
-                                     .arg(QFileInfo(name).fileName()));
+        const QString needed =
+            QStringLiteral(
+                "the results go into an existing ts-file with two columns and %1 samples; F2 in the "
+                "main window creates one")
+                .arg(groupedNumber(openTsFile(resultPath().string(), true)->samples()));
+        const bool exists = QFile::exists(name);
+        const QString told =
+            (exists ? QStringLiteral("%1 is no ts-file that can be written. Nothing was saved: %2")
+                    : QStringLiteral("There is no file %1. Nothing was saved: %2"))
+                .arg(bare, needed);
+        statusBar()->showMessage(told);
+        readout()->showLine(told);
         return nullptr;
     }
     if (target->columns() < 2) {
-        showBox(
-            QMessageBox::Warning, this, windowTitle(),
+        warnInBox(
             QStringLiteral("%1 has only one column; the results need two.\nNothing was saved.").arg(name));
         return nullptr;
     }
     if (oldestRow(*target) != 1) {
-        showBox(QMessageBox::Warning, this, windowTitle(),
-                QStringLiteral("%1 is a ring file that does not begin with its oldest sample; the results "
-                               "do.\nNothing was saved.")
-                    .arg(name));
+        warnInBox(QStringLiteral("%1 is a ring file that does not begin with its oldest sample; the results "
+                                 "do.\nNothing was saved.")
+                      .arg(name));
         return nullptr;
     }
     if (replacesTimes(*target) &&
@@ -320,8 +271,14 @@ std::unique_ptr<TSFILE> CalculusWin::openTarget(const QString& name)
 
 bool CalculusWin::mayReplace(const QString& name)
 {
+    if (resultFirst() > 1 && isSameFile(name, resultSource())) {
+        warnInBox(QStringLiteral("The results begin with sample %1 of the source; another file takes them.\n"
+                                 "Nothing was saved.")
+                      .arg(resultFirst()));
+        return false;
+    }
     return mayWrite(name) &&
-           (!isSameFile(name, m_sourceName) ||
+           (!isSameFile(name, resultSource()) ||
             askYesNo(QMessageBox::Question, this, windowTitle(),
                      QStringLiteral(
                          "%1 is the source file itself.\nIts columns 1 and 2 will be replaced. Proceed?")
@@ -333,16 +290,17 @@ bool CalculusWin::saveInto(ColumnTarget target)
     std::filesystem::path oldValues;
     try {
         JobProgress progress(this, QStringLiteral("Saving %1").arg(resultName()));
-        const CalculusSave save = saveResult(*m_work, target, progress.callback(), oldValues);
+        const auto work = openTsFile(resultPath().string(), true);
+        const CalculusSave save = saveResult(*work, target, progress.callback(), oldValues);
         if (save.outcome == JobOutcome::Cancelled) {
             statusBar()->showMessage(QStringLiteral("Saving aborted"), kAbortedMs);
             return false;
         }
         QString told = QStringLiteral("File %1 saved").arg(resultName());
-        if (m_work->samples() != target.file->samples())
+        if (work->samples() != target.file->samples())
             told += QStringLiteral(" (%1 of %2 samples; the file has %3)")
                         .arg(save.copied)
-                        .arg(m_work->samples())
+                        .arg(work->samples())
                         .arg(target.file->samples());
         statusBar()->showMessage(told, kSavedMs);
         return true;
@@ -351,26 +309,17 @@ bool CalculusWin::saveInto(ColumnTarget target)
                                  ? QStringLiteral("The file is as it was.")
                                  : QStringLiteral("Its old values could not be put back; they lie in %1.")
                                        .arg(QFile::decodeName(oldValues.c_str()));
-        showBox(QMessageBox::Warning, this, windowTitle(),
-                QStringLiteral("%1 could not be written.\n%2").arg(resultName(), kept));
+        warnInBox(QStringLiteral("%1 could not be written.\n%2").arg(resultName(), kept));
         return false;
     }
 }
 
 // -- Closing --
 
-void CalculusWin::sl_subwindowGone(subWindow /*window*/)
+void CalculusWin::sl_subwindowGone(subWindow window)
 {
-    dropWork();
-}
-
-void CalculusWin::dropWork()
-{
-    m_work.reset();
-    if (!m_workName.isEmpty())
-        QFile::remove(m_workName);
-    m_workName.clear();
-    m_reservation.reset();
+    if (window == this)
+        dropResult();
 }
 
 }  // namespace veltrac

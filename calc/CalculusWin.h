@@ -2,14 +2,12 @@
 // scratch file, both on one canvas, and saving into an existing ts-file.
 #pragma once
 
-#include <QTemporaryFile>
-
 #include <memory>
-#include <optional>
 
 #include "calc/Calculus.h"
 #include "share/ResultWindow.h"
-#include "share/WaitCursor.h"
+
+class QCheckBox;
 
 namespace veltrac {
 
@@ -29,15 +27,12 @@ struct CalculusKind
     const char* helpName;
     const char* missingNote;  // what missing values lead to; may be empty
     bool hasSelections;       // a menu that chooses file and column
-    JobOutcome (*compute)(TSFILE& work, double dt, const Progress& progress);
+    JobOutcome (*compute)(const SourceColumn& source, TSFILE& work, Steps steps, const Progress& progress);
 };
 
 class CalculusWin : public ResultWindow
 {
     Q_OBJECT
-
-public:
-    ~CalculusWin() override;
 
 public slots:
     void sl_help();
@@ -49,25 +44,21 @@ protected:
     // Opens on a file and column, where they are given.
     CalculusWin(const CalculusKind& kind, const QString& file, unsigned column, QWidget* parent);
 
+    void sourceChanged(TSFILE* file) override;
+    void rangeChanged() override;
+
 private:
     void createActions();
-    bool prepare(const Progress& progress, JobOutcome& outcome);
-    bool refuses(TSFILE& file);
-    void showResult();
+    // Why the source cannot be computed; empty where it can.
+    QString refusalOf(const SourceColumn& source) const;
+    void showResult(const QString& remark);
     std::unique_ptr<TSFILE> openTarget(const QString& name);
-    void tellResult(double seconds);
     bool saveInto(ColumnTarget target);
     bool mayReplace(const QString& name);
-    void describeResult();
-    void dropWork();
 
     const CalculusKind& m_kind;
-    // Holds the scratch file's name, so that no other window takes it.
-    std::unique_ptr<QTemporaryFile> m_reservation;
-    QString m_workName;    // of the scratch file, with its extension; empty before the first calculation
-    QString m_sourceName;  // of the file that was computed
-    std::unique_ptr<TSFILE> m_work;
-    std::optional<WaitCursor> m_cursor;
+    QAction* m_execute = nullptr;
+    QCheckBox* m_ownTimes;
 };
 
 }  // namespace veltrac

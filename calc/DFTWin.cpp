@@ -4,12 +4,12 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QMenuBar>
+#include <QPushButton>
 #include <QStatusBar>
 #include <QToolBar>
 #include <QVBoxLayout>
 
-#include <new>
-#include <stdexcept>
+#include <exception>
 
 #include "calc/PeakTable.h"
 #include "calc/Spectrum.h"
@@ -23,9 +23,9 @@
 #include "share/JobProgress.h"
 #include "share/PlotCanvas.h"
 #include "share/QtMessageWin.h"
+#include "share/RangeFields.h"
 #include "share/ReadoutLabel.h"
 #include "share/SourceChooser.h"
-#include "share/WaitCursor.h"
 #include "share/hydaction.h"
 
 using namespace veltrac;
@@ -34,6 +34,18 @@ namespace {
 
 constexpr int kPanelWidth = 300;
 constexpr int kSavedMs = 6000;
+
+bool askToGoOn(QWidget* window, const QString& text, const QString& yes)
+{
+    QMessageBox box(QMessageBox::Question, window->windowTitle(), text, QMessageBox::NoButton, window);
+    box.setTextFormat(Qt::PlainText);
+    QPushButton* const go = box.addButton(yes, QMessageBox::AcceptRole);
+    QPushButton* const cancel = box.addButton(QStringLiteral("Cancel"), QMessageBox::RejectRole);
+    box.setDefaultButton(go);
+    box.setEscapeButton(cancel);
+    box.exec();
+    return box.clickedButton() == go;
+}
 
 }  // namespace
 
@@ -48,7 +60,6 @@ DFTWin::DFTWin(const QString& file, unsigned column, QWidget* parent)
     panel()->addWidget(readout());
     createActions();
 
-    connect(source(), &SourceChooser::x_source_changed, this, &DFTWin::showSource);
     connect(m_fields, &SpectrumFields::x_changed, this,
             [this] { m_execute->setEnabled(m_fields->reason().isEmpty()); });
     connect(m_peaks, &PeakTable::x_chosen, this, [this](double frequency) {
@@ -62,11 +73,6 @@ DFTWin::DFTWin(const QString& file, unsigned column, QWidget* parent)
     canvas()->showText(QStringLiteral("Choose a file and a column, then execute the calculation."));
     statusBar()->showMessage(QStringLiteral("Welcome to Ts-FFT"));
     resize(1080, 700);
-}
-
-DFTWin::~DFTWin()
-{
-    m_scratch.reset();
 }
 
 void DFTWin::createActions()
@@ -107,12 +113,16 @@ void DFTWin::createAxesMenu()
             return;
         const Plot2D& plot = canvas()->plot();
         m_logFrequency->setChecked(plot.axis().logarithmic);
+        m_logValues->setEnabled(!m_isDecibel);
         m_logValues->setChecked(!plot.groups().empty() && plot.groups().front().isLogarithmic());
     });
 }
 
 void DFTWin::applyAxes()
 {
+    // Levels in dB are logarithms already, and most of them are below 0.
+    if (m_isDecibel)
+        m_logValues->setChecked(false);
     canvas()->setLogarithmicX(m_logFrequency->isChecked());
     canvas()->setLogarithmicY(0, m_logValues->isChecked());
 }
@@ -122,28 +132,27 @@ void DFTWin::sl_help()
     showHelp(nullptr, QStringLiteral("spectrum"), QStringLiteral("FFT info"));
 }
 
-void DFTWin::showSource()
+void DFTWin::sourceChanged(TSFILE* file)
 {
-    const QString name = source()->file();
-    const QString path = QFileInfo(name).absoluteFilePath();
-    const bool anew = path != m_shownFile;
-    m_shownFile = path;
-    if (name.isEmpty()) {
+    m_dt = file == nullptr ? 0.0 : static_cast<double>(file->dt());
+    if (source()->file().isEmpty())
         m_fields->refuseSource(source()->files()->count() == 0
                                    ? QStringLiteral("There is no ts-file in this directory.")
                                    : QStringLiteral("Choose a source file."));
-        return;
-    }
-    if (source()->column() == 0) {
+    else if (file == nullptr)
+        m_fields->refuseSource(QStringLiteral("%1 could not be opened").arg(sourceName()));
+    else if (source()->column() == 0)
         m_fields->refuseSource(QStringLiteral("The file has no column that can be transformed."));
-        return;
-    }
-    try {
-        const auto file = openTsFile(QFile::encodeName(name).toStdString(), true);
-        m_fields->setSource(source()->column(), file->samples(), file->dt(), anew);
-    } catch (const TS::Failure&) {
-        m_fields->refuseSource(QStringLiteral("%1 could not be opened").arg(name));
-    }
+    else
+        rangeChanged();
+}
+
+void DFTWin::rangeChanged()
+{
+    if (range()->reason().isEmpty())
+        m_fields->setSource(source()->column(), range()->from(), range()->to(), m_dt);
+    else
+        m_fields->refuseSource(range()->reason());
 }
 
 // -- Computing --
@@ -158,65 +167,65 @@ void DFTWin::sl_execute()
     if (!file)
         return;
     SpectrumRequest request = m_fields->request();
-    QString failure;
+    const bool averaged = request.averaged;
+    bool isAgreed = false;
     try {
-        const bool averaged = request.averaged;
-        if (!clearDoubts(this, *file, source()->file(), request)) {
-            statusBar()->showMessage(QStringLiteral("Nothing was computed"));
-            return;
-        }
-        if (request.averaged != averaged)
-            m_fields->useSegments();
-        if (m_fields->reason().isEmpty() && compute(*file, request))
-            showResult(request);
-    } catch (const std::bad_alloc&) {
-        failure = QStringLiteral("There is not enough memory for the whole range. Use averaged segments.");
+        isAgreed = clearDoubts(*file, request);
     } catch (const TS::Failure&) {
-        failure =
-            QStringLiteral("%1 could not be read to its end, or the disk took no more.").arg(sourceName());
-    } catch (const std::exception& e) {
-        failure =
-            QStringLiteral("The scratch file could not be made: %1").arg(QString::fromLocal8Bit(e.what()));
+        warnInBox(QStringLiteral("%1 could not be read to its end.").arg(sourceName()));
     }
-    if (!failure.isEmpty()) {
-        dropResult();
+    if (!isAgreed) {
         statusBar()->showMessage(QStringLiteral("Nothing was computed"));
-        showBox(QMessageBox::Warning, this, windowTitle(), failure);
+        return;
     }
+    if (request.averaged != averaged)
+        m_fields->useSegments();
+    if (m_fields->reason().isEmpty())
+        compute(*file, request);
 }
 
-bool DFTWin::compute(TSFILE& file, const SpectrumRequest& request)
+bool DFTWin::clearDoubts(TSFILE& file, SpectrumRequest& request)
 {
-    dropResult();
-    const QString name = source()->file();
-    double seconds = 0.0;
-    {
-        const WaitCursor waiting;
-        JobProgress progress(this, QStringLiteral("Spectrum of %1").arg(name));
-        // Only ever a file that this window makes: a tempDFT.ts that is there already keeps its name.
-        m_scratch.emplace(std::filesystem::current_path(), "tempDFT", ".ts");
-        const auto spectrum =
-            createTsFile(m_scratch->path().string(), planSpectrum(request).bins, spectrumColumns(request));
-        describeSpectrum(file, request, *spectrum);
-        if (computeSpectrum(file, request, *spectrum, m_mean, progress.callback()) == JobOutcome::Done) {
-            describeMean(file, request, m_mean, *spectrum);
-            spectrum->flush(true);
-            resultMade();
+    for (const SpectrumCheck& check : spectrumChecks()) {
+        SpectrumDoubt doubt;
+        {
+            JobProgress progress(this, QString::fromLatin1(check.title));
+            doubt = check.look(file, source()->file().toStdString(), request, progress.callback());
         }
-        seconds = progress.seconds();
+        const QString text = QString::fromStdString(doubt.text);
+        if (doubt.kind == SpectrumDoubt::Kind::Impossible)
+            warnInBox(text);
+        const bool goesOn = doubt.kind == SpectrumDoubt::Kind::None ||
+                            (doubt.kind == SpectrumDoubt::Kind::Question &&
+                             askToGoOn(this, text, QString::fromStdString(doubt.answer)));
+        if (!goesOn)
+            return false;
     }
-    if (!hasResult()) {
-        dropResult();
-        statusBar()->showMessage(QStringLiteral("Cancelled"));
-        return false;
-    }
-    m_sourceName = QFileInfo(name).absoluteFilePath();
+    return true;
+}
+
+void DFTWin::compute(TSFILE& file, const SpectrumRequest& request)
+{
+    double mean = 0.0;
+    const auto job = [&](const Progress& progress, std::unique_ptr<ResultFile>& made) {
+        // Only ever a file that this window makes: a tempDFT.ts that is there already keeps its name.
+        made = std::make_unique<ResultFile>("tempDFT", planSpectrum(request).bins, spectrumColumns(request));
+        describeSpectrum(file, request, made->file());
+        const JobOutcome outcome = computeSpectrum(file, request, made->file(), mean, progress);
+        if (outcome == JobOutcome::Done)
+            describeMean(file, request, mean, made->file());
+        return outcome;
+    };
+    if (!calculate(QStringLiteral("Spectrum of %1").arg(sourceName()), QStringLiteral("Computing..."), job))
+        return;
+    m_mean = mean;
+    m_isDecibel = request.decibel;
     m_save->setEnabled(true);
     statusBar()->showMessage(QStringLiteral("%1, mean %2, in %3 s")
-                                 .arg(planText(request))
+                                 .arg(QString::fromStdString(planText(request)))
                                  .arg(m_mean, 0, 'g', 6)
-                                 .arg(seconds, 0, 'f', 1));
-    return true;
+                                 .arg(seconds(), 0, 'f', 1));
+    showResult(request);
 }
 
 void DFTWin::showResult(const SpectrumRequest& request)
@@ -224,10 +233,17 @@ void DFTWin::showResult(const SpectrumRequest& request)
     QVector<unsigned> columns{2};
     if (request.result == SpectrumResult::RealImaginary)
         columns << 3;
-    canvas()->showColumns(QFile::decodeName(m_scratch->path().c_str()), columns);
-    canvas()->setSuggestedName(QFileInfo(m_sourceName).completeBaseName() + QStringLiteral("_fft"));
+    readout()->showLine(QString());
+    if (!canvas()->showColumns(resultFile(), columns))
+        return;
+    canvas()->setSuggestedName(QFileInfo(resultSource()).completeBaseName() + QStringLiteral("_fft"));
     applyAxes();
-    m_peaks->showSpectrum(m_scratch->path(), request.window, m_mean);
+    try {
+        m_peaks->showSpectrum(resultPath(), request, m_mean);
+    } catch (const TS::Failure&) {
+        m_peaks->clear();
+        statusBar()->showMessage(QStringLiteral("The scratch file could not be read"));
+    }
 }
 
 void DFTWin::sl_harmonics()
@@ -235,17 +251,7 @@ void DFTWin::sl_harmonics()
     m_peaks->sl_harmonics();
 }
 
-void DFTWin::dropResult()
-{
-    resultGone();
-    m_save->setEnabled(false);
-    m_peaks->clear();
-    readout()->showLine(QString());
-    canvas()->showText(QStringLiteral("Nothing was computed."));
-    m_scratch.reset();
-}
-
-// -- Saving and closing --
+// -- Saving --
 
 void DFTWin::sl_saveResults()
 {
@@ -253,7 +259,7 @@ void DFTWin::sl_saveResults()
         statusBar()->showMessage(QStringLiteral("There is nothing to save: execute the calculation first"));
         return;
     }
-    const QFileInfo computed(m_sourceName);
+    const QFileInfo computed(resultSource());
     QString name = QFileDialog::getSaveFileName(
         this, QStringLiteral("Save results."),
         computed.absolutePath() + QLatin1Char('/') + computed.completeBaseName() + QStringLiteral("_fft.ts"),
@@ -280,33 +286,27 @@ void DFTWin::sl_saveResults()
 
 void DFTWin::saveAs(const QString& name)
 {
+    QString failure;
     try {
         JobProgress progress(this, QStringLiteral("Saving %1").arg(name));
-        QFile spectrum(QFile::decodeName(m_scratch->path().c_str()));
-        if (!spectrum.open(QIODevice::ReadOnly))
-            throw std::runtime_error("The scratch file could not be read.");
-        if (copyWholeFile(spectrum.handle(), QFile::encodeName(name).toStdString(), progress.callback()) ==
-            JobOutcome::Cancelled) {
+        const auto spectrum = openTsFile(resultPath().string(), true);
+        if (copyWholeFile(spectrum->descriptor(), QFile::encodeName(name).toStdString(),
+                          progress.callback()) == JobOutcome::Cancelled) {
             statusBar()->showMessage(QStringLiteral("Saving aborted"), kSavedMs);
             return;
         }
+    } catch (const TS::Failure&) {
+        failure = QStringLiteral("The scratch file could not be read.");
     } catch (const std::exception& e) {
+        failure = QString::fromLocal8Bit(e.what());
+    }
+    if (!failure.isEmpty()) {
         statusBar()->showMessage(QStringLiteral("Nothing was saved"), kSavedMs);
-        showBox(QMessageBox::Warning, this, windowTitle(),
-                QStringLiteral("Saving file %1 failed").arg(name) + QLatin1Char('\n') +
-                    QString::fromLocal8Bit(e.what()));
+        warnInBox(QStringLiteral("Saving file %1 failed").arg(name) + QLatin1Char('\n') + failure);
         return;
     }
     resultSaved();
     statusBar()->showMessage(QStringLiteral("File %1 saved").arg(name), kSavedMs);
     if (QFileInfo(name).absolutePath() == QDir::currentPath())
         emit x_file_made(QFileInfo(name).fileName());
-}
-
-bool DFTWin::mayClose()
-{
-    if (!ResultWindow::mayClose())
-        return false;
-    dropResult();
-    return true;
 }

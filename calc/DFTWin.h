@@ -1,10 +1,7 @@
 // Ts-FFT: the spectrum of a column of a ts-file, in a scratch file, on a canvas, with its peaks, and saving.
 #pragma once
 
-#include <optional>
-
 #include "calc/SpectrumRequest.h"
-#include "core/ScratchFile.h"
 #include "share/ResultWindow.h"
 
 class QAction;
@@ -23,7 +20,6 @@ class DFTWin : public veltrac::ResultWindow
 public:
     // Opens on a file and a column, where they are given.
     explicit DFTWin(const QString& file = QString(), unsigned column = 0, QWidget* parent = nullptr);
-    ~DFTWin() override;
 
 public slots:
     void sl_help();
@@ -32,16 +28,18 @@ public slots:
     void sl_harmonics();
 
 protected:
-    bool mayClose() override;
+    void sourceChanged(TSFILE* file) override;
+    void rangeChanged() override;
 
 private:
     void createActions();
     void createAxesMenu();
-    void showSource();
-    bool compute(TSFILE& file, const veltrac::SpectrumRequest& request);
+    // Asks about what the spectrum would have to assume; false where the user gives it up, or there is
+    // nothing to compute from.
+    bool clearDoubts(TSFILE& file, veltrac::SpectrumRequest& request);
+    void compute(TSFILE& file, const veltrac::SpectrumRequest& request);
     void showResult(const veltrac::SpectrumRequest& request);
     void applyAxes();
-    void dropResult();
     void saveAs(const QString& name);
 
     veltrac::SpectrumFields* m_fields = nullptr;
@@ -51,8 +49,7 @@ private:
     QAction* m_logFrequency = nullptr;
     QAction* m_logValues = nullptr;
 
-    QString m_shownFile;                            // whose range the fields hold
-    std::optional<veltrac::ScratchFile> m_scratch;  // tempDFT.ts, or the next free name
-    QString m_sourceName;                           // that was computed
+    double m_dt = 0.0;         // of the source
+    bool m_isDecibel = false;  // the result
     double m_mean = 0.0;
 };

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 
+#include "core/NumberTexts.h"
 #include "core/TsExceptions.h"
 #include "core/TsNames.h"
 #include "core/Variable.h"
@@ -23,6 +24,7 @@ constexpr std::size_t kHarmonics = 40;
 constexpr std::uint32_t kColumn = 2;
 constexpr int kRowMargin = 6;
 constexpr int kLeastRows = 3;
+// A value is right to a thousandth: four digits, or two decimals of a dB, say no more than that.
 
 }  // namespace
 
@@ -56,17 +58,19 @@ PeakTable::PeakTable(QWidget* parent)
     connect(harmonics, &QShortcut::activated, this, &PeakTable::sl_harmonics);
 }
 
-void PeakTable::showSpectrum(const std::filesystem::path& spectrum, SpectrumWindow window, double mean)
+void PeakTable::showSpectrum(const std::filesystem::path& spectrum, const SpectrumRequest& request,
+                             double mean)
 {
     const auto file = openTsFile(spectrum.string(), true);
-    m_peaks = findPeaks(*file, kColumn, kPeaks, window);
+    m_peaks = findPeaks(*file, request, kPeaks);
     const QString unit = QString::fromStdString(
         std::string(unitIn(headerText(file->columnDescription(kColumn)).toStdString())));
     m_table->horizontalHeaderItem(1)->setText(
-        headerText(file->columnName(kColumn)) +
+        (request.result == SpectrumResult::RealImaginary ? QStringLiteral("Magnitude")
+                                                         : headerText(file->columnName(kColumn))) +
         (unit.isEmpty() ? QString() : QStringLiteral(" [%1]").arg(unit)));
     m_spectrum = spectrum;
-    m_window = window;
+    m_request = request;
     m_mean = mean;
     fillPeaks();
 }
@@ -92,7 +96,8 @@ void PeakTable::fill(const std::vector<SpectrumPeak>& peaks, const QString& titl
     for (int row = 0; row < m_table->rowCount(); ++row) {
         const SpectrumPeak& peak = peaks[static_cast<std::size_t>(row)];
         auto* const frequency = new QTableWidgetItem(QString::number(peak.frequency, 'g', 7));
-        auto* const value = new QTableWidgetItem(QString::number(peak.value, 'g', 6));
+        auto* const value = new QTableWidgetItem(QString::fromStdString(
+            m_request.decibel ? fixedNumber(peak.value, 2) : significantNumber(peak.value, 4)));
         frequency->setData(Qt::UserRole, peak.frequency);
         for (QTableWidgetItem* const item : {frequency, value})
             item->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
@@ -116,7 +121,7 @@ void PeakTable::sl_harmonics()
     const double base = m_peaks[row].frequency;
     try {
         const auto spectrum = openTsFile(m_spectrum.string(), true);
-        fill(findHarmonics(*spectrum, kColumn, base, kHarmonics, m_window),
+        fill(findHarmonics(*spectrum, m_request, base, kHarmonics),
              QStringLiteral("Harmonics of %1 Hz").arg(base, 0, 'g', 6));
         m_showsHarmonics = true;
     } catch (const TS::Failure&) {

@@ -20,9 +20,9 @@ class PeakTable : public QWidget
 public:
     explicit PeakTable(QWidget* parent = nullptr);
 
-    // Lists the highest lines of a spectrum file, column 2. The mean stands in the title. Throws the TS
-    // exceptions.
-    void showSpectrum(const std::filesystem::path& spectrum, SpectrumWindow window, double mean);
+    // Lists the highest lines of the file of a spectrum that was computed by the request. The mean stands in
+    // the title. Throws the TS exceptions.
+    void showSpectrum(const std::filesystem::path& spectrum, const SpectrumRequest& request, double mean);
     void clear();
 
 public slots:
@@ -41,7 +41,7 @@ private:
     QLabel* m_title;
     QTableWidget* m_table;
     std::filesystem::path m_spectrum;
-    SpectrumWindow m_window = SpectrumWindow::Hann;
+    SpectrumRequest m_request;
     double m_mean = 0.0;
     std::vector<SpectrumPeak> m_peaks;
     bool m_showsHarmonics = false;

@@ -3,8 +3,8 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QFormLayout>
+#include <QHBoxLayout>
 #include <QLabel>
-#include <QSignalBlocker>
 
 #include <algorithm>
 #include <cmath>
@@ -35,11 +35,7 @@ QComboBox* boxOf(const QStringList& entries)
 }  // namespace
 
 SpectrumFields::SpectrumFields(QWidget* parent)
-    : QWidget(parent),
-      m_from(new NumberField(QStringLiteral("1"))),
-      m_to(new NumberField(QStringLiteral("1"))),
-      m_decibel(new QCheckBox(QStringLiteral("&dB"))),
-      m_plan(new QLabel)
+    : QWidget(parent), m_decibel(new QCheckBox(QStringLiteral("&dB"))), m_plan(new QLabel)
 {
     createChoices();
     auto* const form = new QFormLayout(this);
@@ -83,16 +79,40 @@ void SpectrumFields::createChoices()
 
 void SpectrumFields::addRows(QFormLayout& form)
 {
-    const std::pair<const char*, QWidget*> rows[] = {
-        {"&From sample:", m_from}, {"&To sample:", m_to},  {"&Remove:", m_trend},
-        {"&Window:", m_window},    {"&Method:", m_method}, {"Se&gment length:", m_segment},
-        {"&Overlap:", m_overlap},  {"&Length:", m_length}, {"R&esult:", m_result},
-        {"", m_decibel},
+    struct Row
+    {
+        const char* label;
+        QWidget* field;
+        const char* besideLabel;  // of a second field in the row; may be empty
+        QWidget* beside;
     };
-    for (const auto& [label, field] : rows) {
-        form.addRow(QLatin1String(label), field);
-        QString name = QString::fromLatin1(label).remove(QLatin1Char('&')).remove(QLatin1Char(':'));
-        field->setAccessibleName(name.isEmpty() ? QStringLiteral("dB") : name);
+    const Row rows[] = {
+        {"&Remove:", m_trend, "", nullptr},  {"&Window:", m_window, "", nullptr},
+        {"&Method:", m_method, "", nullptr}, {"Se&gment length:", m_segment, "&Overlap:", m_overlap},
+        {"&Length:", m_length, "", nullptr}, {"R&esult:", m_result, "", m_decibel},
+    };
+    const auto named = [](QWidget& field, const char* label) {
+        field.setAccessibleName(QString::fromLatin1(label).remove(QLatin1Char('&')).remove(QLatin1Char(':')));
+    };
+    for (const Row& row : rows) {
+        named(*row.field, row.label);
+        if (row.beside == nullptr) {
+            form.addRow(QLatin1String(row.label), row.field);
+            continue;
+        }
+        named(*row.beside, *row.besideLabel == '\0' ? "dB" : row.besideLabel);
+        auto* const both = new QHBoxLayout;
+        both->addWidget(row.field, 1);
+        if (*row.besideLabel != '\0') {
+            auto* const label = new QLabel(QLatin1String(row.besideLabel));
+            both->addWidget(label);
+            label->setBuddy(row.beside);
+            label->setFixedWidth(label->sizeHint().width());
+        }
+        both->addWidget(row.beside);
+        auto* const label = new QLabel(QLatin1String(row.label));
+        label->setBuddy(row.field);
+        form.addRow(label, both);
     }
 }
 
@@ -102,33 +122,21 @@ void SpectrumFields::connectFields()
         connect(box, qOverload<int>(&QComboBox::currentIndexChanged), this, &SpectrumFields::check);
     connect(m_segment, &QComboBox::currentTextChanged, this, &SpectrumFields::check);
     connect(m_decibel, &QCheckBox::toggled, this, &SpectrumFields::check);
-    for (NumberField* const field : {m_from, m_to})
-        connect(field, &NumberField::x_validated, this, &SpectrumFields::check);
 }
 
-void SpectrumFields::setSource(unsigned column, std::uint32_t samples, double dt, bool anew)
+void SpectrumFields::setSource(unsigned column, std::uint32_t from, std::uint32_t to, double dt)
 {
-    const bool whole = anew || samples != m_samples;
     m_refusal.clear();
-    m_column = column;
-    m_samples = samples;
-    m_dt = dt;
-    if (whole) {
-        const QSignalBlocker quietFrom(m_from);
-        const QSignalBlocker quietTo(m_to);
-        m_from->setText(QStringLiteral("1"));
-        m_to->setText(QString::number(samples));
-        // The new bounds look at the new texts.
-        for (NumberField* const field : {m_from, m_to})
-            field->setWhole(1, std::max(samples, 1U));
-    }
+    m_source.column = column;
+    m_source.from = from;
+    m_source.to = to;
+    m_source.dt = dt;
     check();
 }
 
 void SpectrumFields::refuseSource(const QString& why)
 {
     m_refusal = why;
-    m_samples = 0;
     check();
 }
 
@@ -139,10 +147,7 @@ void SpectrumFields::useSegments()
 
 SpectrumRequest SpectrumFields::request() const
 {
-    SpectrumRequest request;
-    request.column = m_column;
-    request.from = static_cast<std::uint32_t>(m_from->number());
-    request.to = static_cast<std::uint32_t>(m_to->number());
+    SpectrumRequest request = m_source;
     request.trend = static_cast<SpectrumTrend>(m_trend->currentIndex());
     request.window = static_cast<SpectrumWindow>(m_window->currentIndex());
     request.averaged = m_method->currentIndex() == AveragedSegments;
@@ -151,7 +156,6 @@ SpectrumRequest SpectrumFields::request() const
     request.pad = m_length->currentIndex() == Pad;
     request.result = static_cast<SpectrumResult>(m_result->currentIndex());
     request.decibel = m_decibel->isChecked() && request.result != SpectrumResult::RealImaginary;
-    request.dt = m_dt;
     return request;
 }
 
@@ -160,17 +164,9 @@ QString SpectrumFields::findReason(QWidget*& field) const
     field = nullptr;
     if (!m_refusal.isEmpty())
         return m_refusal;
-    if (!(m_dt > 0.0) || !std::isfinite(m_dt))
+    if (!(m_source.dt > 0.0) || !std::isfinite(m_source.dt))
         return QStringLiteral("The sample time of the file is not above 0. Set it in the header editor.");
-    if (m_samples < 2)
-        return QStringLiteral("The file has fewer than 2 samples.");
-    for (NumberField* const number : {m_from, m_to})
-        if (!number->isValid()) {
-            field = number;
-            return number->reason();
-        }
-    field = m_to;
-    if (m_to->number() - m_from->number() < 1)
+    if (m_source.to < m_source.from + 1)
         return QStringLiteral("The range holds fewer than 2 samples.");
     const SpectrumRequest wanted = request();
     field = m_segment;
@@ -194,13 +190,11 @@ void SpectrumFields::check()
     m_decibel->setEnabled(m_result->currentIndex() != static_cast<int>(SpectrumResult::RealImaginary));
     QWidget* wrong = nullptr;
     m_reason = findReason(wrong);
-    for (NumberField* const field : {m_from, m_to})
-        markField(*field, field->isValid());
     for (QComboBox* const box : {m_segment, m_result})
         markField(*box, true);
     if (wrong != nullptr)
         markField(*wrong, false);
-    m_plan->setText(m_reason.isEmpty() ? planText(request()) : m_reason);
+    m_plan->setText(m_reason.isEmpty() ? QString::fromStdString(planText(request())) : m_reason);
     emit x_changed();
 }
 

@@ -13,8 +13,6 @@ class QLabel;
 
 namespace veltrac {
 
-class NumberField;
-
 class SpectrumFields : public QWidget
 {
     Q_OBJECT
@@ -22,10 +20,9 @@ class SpectrumFields : public QWidget
 public:
     explicit SpectrumFields(QWidget* parent = nullptr);
 
-    // The column that is transformed, of a file of so many samples a dt apart. The range becomes the whole
-    // file where the count is another one than before, or `anew`.
-    void setSource(unsigned column, std::uint32_t samples, double dt, bool anew);
-    // A file or column that cannot be transformed, and why.
+    // The range of a column that is transformed, in samples that are `dt` seconds apart.
+    void setSource(unsigned column, std::uint32_t from, std::uint32_t to, double dt);
+    // A file, column or range that cannot be transformed, and why.
     void refuseSource(const QString& why);
 
     SpectrumRequest request() const;
@@ -45,8 +42,6 @@ private:
     QString findReason(QWidget*& field) const;
     void check();
 
-    NumberField* m_from = nullptr;
-    NumberField* m_to = nullptr;
     QComboBox* m_trend = nullptr;
     QComboBox* m_window = nullptr;
     QComboBox* m_method = nullptr;
@@ -57,10 +52,8 @@ private:
     QCheckBox* m_decibel = nullptr;
     QLabel* m_plan = nullptr;
 
-    unsigned m_column = 0;
-    std::uint32_t m_samples = 0;
-    double m_dt = 0.0;
-    QString m_refusal;  // of the source
+    SpectrumRequest m_source;  // its column, range and step
+    QString m_refusal;         // of the source
     QString m_reason;
 };
 

@@ -1,8 +1,14 @@
 #include "calc/SpectrumPeaks.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <complex>
+#include <numbers>
 #include <span>
+
+#include "calc/Spectrum.h"
+#include "calc/WindowShape.h"
 
 namespace veltrac {
 
@@ -10,24 +16,129 @@ namespace {
 
 constexpr std::uint32_t kRun = 1U << 15;
 
-// The parabola through the bin and its neighbours; the bin itself at the spectrum's ends.
-SpectrumPeak refined(TSFILE& spectrum, std::uint32_t column, std::uint32_t bin, SpectrumWindow window)
+// The bins of a spectrum file as amplitudes, whatever the file holds, and a tone's place between them.
+class Bins
 {
-    const double step = spectrum.dt();
-    const double at = spectrum.value(bin, column);
-    SpectrumPeak peak{bin * step, at, bin};
-    if (bin < 2 || bin >= spectrum.samples())
-        return peak;
-    const double left = spectrum.value(bin - 1, column);
-    const double right = spectrum.value(bin + 1, column);
+public:
+    using Complex = std::complex<double>;
+
+    Bins(TSFILE& spectrum, const SpectrumRequest& request)
+        : m_spectrum(spectrum),
+          m_request(request),
+          m_plan(planSpectrum(request)),
+          m_parts(request.result == SpectrumResult::RealImaginary),
+          m_spacing(static_cast<double>(m_plan.used) / m_plan.length)
+    {
+    }
+
+    std::uint32_t count() const { return m_spectrum.samples(); }
+    double resolution() const { return m_plan.resolution; }
+
+    // What bins `first`, first + 1, … are ordered by. A bin without any power has no level in dB; it is lower
+    // than all others.
+    void levels(std::uint32_t first, std::span<float> out)
+    {
+        m_spectrum.readColumn(2, first, out);
+        if (m_parts) {
+            m_imaginary.resize(out.size());
+            m_spectrum.readColumn(3, first, m_imaginary);
+        }
+        for (std::size_t i = 0; i < out.size(); ++i)
+            out[i] = m_parts ? std::hypot(out[i], m_imaginary[i]) : std::isnan(out[i]) ? -INFINITY : out[i];
+    }
+    double amplitude(std::uint32_t bin)
+    {
+        return m_parts ? std::hypot(m_spectrum.value(bin, 2), m_spectrum.value(bin, 3))
+                       : amplitudeOf(m_spectrum.value(bin, 2));
+    }
+    SpectrumPeak peakAt(std::uint32_t bin);
+
+private:
+    double amplitudeOf(double value) const
+    {
+        if (m_request.decibel)
+            return std::isnan(value) ? 0.0 : std::pow(10.0, value / 20.0);  // 10 lg of a power, 20 lg else
+        return m_request.result == SpectrumResult::PowerDensity ? std::sqrt(value) : value;
+    }
+    double valueOf(double amplitude) const
+    {
+        if (m_request.decibel)
+            return 20.0 * std::log10(amplitude);
+        return m_request.result == SpectrumResult::PowerDensity ? amplitude * amplitude : amplitude;
+    }
+    bool hasPhase() const { return !m_request.averaged; }
+    Complex line(std::uint32_t bin)
+    {
+        if (m_parts)
+            return {m_spectrum.value(bin, 2), m_spectrum.value(bin, 3)};
+        return hasPhase() ? std::polar(amplitude(bin), m_spectrum.value(bin, 3) * std::numbers::pi / 180.0)
+                          : amplitude(bin);
+    }
+    Complex window(double periods) const { return windowTransform(m_request.window, m_plan.used, periods); }
+    double offsetOf(double ratio) const;
+    SpectrumPeak vertex(std::uint32_t bin, const std::array<Complex, 3>& lines) const;
+
+    TSFILE& m_spectrum;
+    const SpectrumRequest& m_request;
+    SpectrumPlan m_plan;
+    bool m_parts;
+    double m_spacing;  // of bins, in periods of the samples that took part: less than 1 where zeros pad them
+    std::vector<float> m_imaginary;
+};
+
+// How far from a bin a tone lies that is `ratio` times as high in the next one; in periods.
+double Bins::offsetOf(double ratio) const
+{
+    double low = 0.0;
+    double high = m_spacing;
+    for (int i = 0; i < 50; ++i) {
+        const double middle = (low + high) / 2;
+        const bool isBelow = std::abs(window(m_spacing - middle)) < ratio * std::abs(window(middle));
+        (isBelow ? low : high) = middle;
+    }
+    return (low + high) / 2;
+}
+
+// The parabola through the amplitudes of a bin and its neighbours.
+SpectrumPeak Bins::vertex(std::uint32_t bin, const std::array<Complex, 3>& lines) const
+{
+    const double left = std::abs(lines[0]);
+    const double at = std::abs(lines[1]);
+    const double right = std::abs(lines[2]);
     const double curvature = left - 2.0 * at + right;
-    if (!(curvature < 0.0) || !std::isfinite(curvature))
-        return peak;
-    const double offset = 0.5 * (left - right) / curvature;
-    peak.frequency = (bin + offset) * step;
-    if (window != SpectrumWindow::FlatTop)
-        peak.value = at - 0.25 * (left - right) * offset;
-    return peak;
+    const double offset = curvature < 0.0 ? 0.5 * (left - right) / curvature : 0.0;
+    return {(bin + offset) * m_plan.resolution, valueOf(at - 0.25 * (left - right) * offset), bin};
+}
+
+SpectrumPeak Bins::peakAt(std::uint32_t bin)
+{
+    constexpr int kRounds = 8;
+    constexpr double kLikeATone = 0.1;  // of its amplitude
+    if (bin < 2 || bin >= count())
+        return {bin * m_plan.resolution, valueOf(amplitude(bin)), bin};
+    const std::array<Complex, 3> lines{line(bin - 1), line(bin), line(bin + 1)};
+    std::array<Complex, 3> own = lines;
+    double offset = 0.0;
+    double side = 1.0;
+    Complex tone;
+    // A tone reaches its bins from negative frequencies too, which are all that the rectangle leaves between
+    // a right and a wrong third digit. Averages have lost the phase, and with it that part.
+    for (int round = 0; round < (hasPhase() ? kRounds : 1); ++round) {
+        side = std::abs(own[2]) >= std::abs(own[0]) ? 1.0 : -1.0;
+        offset = side * offsetOf(std::abs(own[side > 0 ? 2 : 0]) / std::abs(own[1]));
+        tone = own[1] / window(-offset);
+        const double frequency = bin * m_spacing + offset;
+        for (int i = 0; i < 3 && hasPhase(); ++i)
+            own[static_cast<std::size_t>(i)] =
+                lines[static_cast<std::size_t>(i)] -
+                std::conj(tone) * window((bin + i - 1.0) * m_spacing + frequency);
+    }
+    const double amplitude = std::abs(tone);
+    const double third = std::abs(own[side > 0 ? 0 : 2]);
+    if (!(std::fabs(third - amplitude * std::abs(window(m_spacing + std::fabs(offset)))) <
+          kLikeATone * amplitude))
+        return vertex(bin, lines);
+    return {(bin + offset / m_spacing) * m_plan.resolution, valueOf(amplitude), bin};
 }
 
 bool isHigher(const SpectrumPeak& a, const SpectrumPeak& b)
@@ -37,12 +148,11 @@ bool isHigher(const SpectrumPeak& a, const SpectrumPeak& b)
 
 }  // namespace
 
-std::vector<SpectrumPeak> findPeaks(TSFILE& spectrum, std::uint32_t column, std::size_t count,
-                                    SpectrumWindow window)
+std::vector<SpectrumPeak> findPeaks(TSFILE& spectrum, const SpectrumRequest& request, std::size_t count)
 {
+    Bins bins(spectrum, request);
     // A heap of the highest so far, the lowest of them on top.
     std::vector<SpectrumPeak> peaks;
-    const std::uint32_t bins = spectrum.samples();
     std::vector<float> run(kRun);
     float before = -INFINITY;
     float at = -INFINITY;
@@ -57,12 +167,10 @@ std::vector<SpectrumPeak> findPeaks(TSFILE& spectrum, std::uint32_t column, std:
             peaks.pop_back();
         }
     };
-    for (std::uint32_t done = 0; done < bins;) {
-        const std::span<float> part(run.data(), std::min(kRun, bins - done));
-        spectrum.readColumn(column, done + 1, part);
-        for (const float v : part) {
-            // A bin without any power has no level in dB; it is lower than all others.
-            const float level = std::isnan(v) ? -INFINITY : v;
+    for (std::uint32_t done = 0; done < bins.count();) {
+        const std::span<float> part(run.data(), std::min(kRun, bins.count() - done));
+        bins.levels(done + 1, part);
+        for (const float level : part) {
             isFlat = isFlat && (done == 0 || level == at);
             consider(done, level);
             before = at;
@@ -72,18 +180,19 @@ std::vector<SpectrumPeak> findPeaks(TSFILE& spectrum, std::uint32_t column, std:
     }
     if (isFlat)
         return {};
-    consider(bins, -INFINITY);
+    consider(bins.count(), -INFINITY);
     for (SpectrumPeak& peak : peaks)
-        peak = refined(spectrum, column, peak.bin, window);
+        peak = bins.peakAt(peak.bin);
     std::sort(peaks.begin(), peaks.end(), isHigher);
     return peaks;
 }
 
-std::vector<SpectrumPeak> findHarmonics(TSFILE& spectrum, std::uint32_t column, double frequency,
-                                        std::size_t count, SpectrumWindow window)
+std::vector<SpectrumPeak> findHarmonics(TSFILE& spectrum, const SpectrumRequest& request, double frequency,
+                                        std::size_t count)
 {
+    Bins bins(spectrum, request);
     std::vector<SpectrumPeak> harmonics;
-    const double base = frequency / spectrum.dt();  // in bins
+    const double base = frequency / bins.resolution();
     for (std::size_t k = 1; k <= count; ++k) {
         const auto bin = std::llround(static_cast<double>(k) * base);
         // The peak's own bin may be off by half a bin, its k-th multiple by k halves; but no bin belongs to
@@ -91,14 +200,14 @@ std::vector<SpectrumPeak> findHarmonics(TSFILE& spectrum, std::uint32_t column, 
         const auto reach = std::min(static_cast<std::int64_t>(k / 2 + 1),
                                     static_cast<std::int64_t>(std::max(0.0, base / 2.0 - 0.5)));
         const auto first = static_cast<std::uint32_t>(std::max<std::int64_t>(1, bin - reach));
-        const auto last = static_cast<std::uint32_t>(std::min<std::int64_t>(spectrum.samples(), bin + reach));
-        if (bin < 1 || first > last || bin > spectrum.samples())
+        const auto last = static_cast<std::uint32_t>(std::min<std::int64_t>(bins.count(), bin + reach));
+        if (bin < 1 || first > last || bin > bins.count())
             break;
         std::uint32_t best = first;
         for (std::uint32_t b = first + 1; b <= last; ++b)
-            if (spectrum.value(b, column) > spectrum.value(best, column))
+            if (bins.amplitude(b) > bins.amplitude(best))
                 best = b;
-        harmonics.push_back(refined(spectrum, column, best, window));
+        harmonics.push_back(bins.peakAt(best));
     }
     return harmonics;
 }

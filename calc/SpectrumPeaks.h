@@ -9,19 +9,22 @@
 
 namespace veltrac {
 
-// A local maximum of a spectrum, refined by the parabola through its three bins. The flat top window needs
-// that for the frequency alone: its highest bin is the amplitude already.
+// A local maximum of a spectrum. Where its three bins are those of a tone, frequency and value are the
+// tone's, found with the transform of the window in use wherever in the bin it lies: with every window, in dB
+// or not, within a thousandth. Where they are not (a broad resonance, noise), they are those of the parabola
+// through the three.
 struct SpectrumPeak
 {
     double frequency = 0.0;  // Hz
-    double value = 0.0;
+    double value = 0.0;      // as column 2 has it; of real and imaginary parts the magnitude
     std::uint32_t bin = 0;
 };
-// The `count` highest, highest first, of a column (from 1) of a spectrum file.
-std::vector<SpectrumPeak> findPeaks(TSFILE& spectrum, std::uint32_t column, std::size_t count,
-                                    SpectrumWindow window);
+
+// The `count` highest, highest first, of a spectrum that was computed by the request. Throw the TS
+// exceptions.
+std::vector<SpectrumPeak> findPeaks(TSFILE& spectrum, const SpectrumRequest& request, std::size_t count);
 // The highest bin beside each multiple 1, 2, … of a frequency, up to the end of the spectrum.
-std::vector<SpectrumPeak> findHarmonics(TSFILE& spectrum, std::uint32_t column, double frequency,
-                                        std::size_t count, SpectrumWindow window);
+std::vector<SpectrumPeak> findHarmonics(TSFILE& spectrum, const SpectrumRequest& request, double frequency,
+                                        std::size_t count);
 
 }  // namespace veltrac

@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "core/ColumnCopy.h"
+#include "core/FileTime.h"
 
 namespace veltrac {
 
@@ -80,7 +81,7 @@ const SampleReader::Gap& SampleReader::gapAround(std::int64_t sample)
 // The nearest sample that is there; the place before the first or behind the last one where none is.
 SampleReader::Known SampleReader::nearest(std::int64_t sample, bool forward)
 {
-    const auto end = std::int64_t{m_file.samples()} + 1;
+    const auto end = std::int64_t{FileTime(m_file).rows()} + 1;
     std::int64_t from = sample;
     while (forward ? from < end : from >= 1) {
         const auto count = std::min<std::int64_t>(forward ? end - from : from, kRunSamples);

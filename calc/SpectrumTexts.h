@@ -1,9 +1,8 @@
 // What Ts-FFT calls things: numbers, choices, and the texts of a spectrum's file.
 #pragma once
 
-#include <QString>
-
 #include <cstdint>
+#include <string>
 
 #include "calc/SpectrumRequest.h"
 #include "core/TSFILE.h"
@@ -11,9 +10,9 @@
 namespace veltrac {
 
 // "16 GB", "4.5 MB", "130 kB".
-QString memoryText(std::uint64_t bytes);
+std::string memoryText(std::uint64_t bytes);
 // "1 000 000 of 1 000 003 samples, resolution 0.001 Hz, up to 500 Hz, 32 MB", or the segments.
-QString planText(const SpectrumRequest& request);
+std::string planText(const SpectrumRequest& request);
 
 // As the box of results names it.
 const char* spectrumResultName(SpectrumResult result);

@@ -29,7 +29,31 @@ constexpr WindowRow kWindows[] = {
 };
 static_assert(std::size(kWindows) == kSpectrumWindows);
 
+// Of m ones, x periods in them, divided by m.
+std::complex<double> rectangleTransform(std::uint32_t m, double x)
+{
+    const double slow = std::sin(kTurn / 2 * x / m);
+    const double height = slow == 0.0 ? 1.0 : std::sin(kTurn / 2 * x) / (m * slow);
+    return std::polar(1.0, -kTurn / 2 * x * (m - 1.0) / m) * height;
+}
+
 }  // namespace
+
+std::complex<double> windowTransform(SpectrumWindow window, std::uint32_t m, double x)
+{
+    if (window == SpectrumWindow::Bartlett) {
+        // Two rectangles of half the length, one over the other.
+        const double slow = std::sin(kTurn / 2 * x / m);
+        const double half = slow == 0.0 ? 1.0 : std::sin(kTurn / 4 * x) / (m / 2.0 * slow);
+        return std::polar(half * half, -kTurn / 2 * x);
+    }
+    const double(&a)[5] = kWindows[static_cast<std::size_t>(window)].terms;
+    std::complex<double> sum = a[0] * rectangleTransform(m, x);
+    for (int k = 1; k < 5 && a[k] != 0.0; ++k)
+        sum +=
+            (k % 2 == 0 ? 0.5 : -0.5) * a[k] * (rectangleTransform(m, x - k) + rectangleTransform(m, x + k));
+    return sum / a[0];
+}
 
 const char* spectrumWindowName(SpectrumWindow window)
 {

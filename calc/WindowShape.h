@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <complex>
 #include <cstdint>
 #include <span>
 
@@ -10,6 +11,10 @@
 namespace veltrac {
 
 const char* spectrumWindowName(SpectrumWindow window);
+
+// The transform of a window over m samples, referred to the first of them, at a frequency of x periods in the
+// m samples; 1 at 0. In closed form: sums of the transform of the rectangle (Harris 1978, equation 20).
+std::complex<double> windowTransform(SpectrumWindow window, std::uint32_t m, double x);
 
 // A window over m samples, in its periodic form, and its sums.
 class WindowShape

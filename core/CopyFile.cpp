@@ -28,41 +28,46 @@ struct Close
 
 }  // namespace
 
-JobOutcome copyWholeFile(int descriptor, const std::filesystem::path& target, const Progress& progress)
+JobOutcome copyBytes(int descriptor, const std::filesystem::path& to, const Progress& progress)
 {
-    const std::filesystem::path directory = target.parent_path().empty() ? "." : target.parent_path();
     const int own = BlockFile::duplicate(descriptor);
     if (own < 0)
         fail();
     const BlockFile from(own, true);
     const std::uint64_t total = from.size();
-    ScratchFile scratch(directory, "copy", ".ts");
-    {
-        std::unique_ptr<std::FILE, Close> to(std::fopen(scratch.path().c_str(), "wb"));
-        if (!to)
-            fail();
-        std::vector<unsigned char> bytes(kRunBytes);
-        std::uint64_t done = 0;
-        for (;;) {
-            const std::size_t n = [&] {
-                const std::lock_guard guard(BlockFile::lock());
-                return from.readRun(done, bytes);
-            }();
-            errno = 0;
-            if (std::fwrite(bytes.data(), 1, n, to.get()) != n)
-                fail();
-            done += n;
-            if (n < bytes.size())
-                break;
-            if (!goesOn(progress, done, total))
-                return JobOutcome::Cancelled;
-        }
-        if (done < total)
-            throw std::system_error(EIO, std::generic_category());
+    std::unique_ptr<std::FILE, Close> out(std::fopen(to.c_str(), "wb"));
+    if (!out)
+        fail();
+    std::vector<unsigned char> bytes(kRunBytes);
+    std::uint64_t done = 0;
+    for (;;) {
+        const std::size_t n = [&] {
+            const std::lock_guard guard(BlockFile::lock());
+            return from.readRun(done, bytes);
+        }();
         errno = 0;
-        if (std::fclose(to.release()) != 0)
+        if (std::fwrite(bytes.data(), 1, n, out.get()) != n)
             fail();
+        done += n;
+        if (n < bytes.size())
+            break;
+        if (!goesOn(progress, done, total))
+            return JobOutcome::Cancelled;
     }
+    if (done < total)
+        throw std::system_error(EIO, std::generic_category());
+    errno = 0;
+    if (std::fclose(out.release()) != 0)
+        fail();
+    return JobOutcome::Done;
+}
+
+JobOutcome copyWholeFile(int descriptor, const std::filesystem::path& target, const Progress& progress)
+{
+    const std::filesystem::path directory = target.parent_path().empty() ? "." : target.parent_path();
+    ScratchFile scratch(directory, "copy", ".ts");
+    if (copyBytes(descriptor, scratch.path(), progress) == JobOutcome::Cancelled)
+        return JobOutcome::Cancelled;
     scratch.putInPlace(target);
     return JobOutcome::Done;
 }

@@ -387,3 +387,10 @@ Plot2D::Extent Plot2D::interval() const
         return {std::min(*m_cursors[A], *m_cursors[B]), std::max(*m_cursors[A], *m_cursors[B])};
     return {m_view.x1, m_view.x2};
 }
+
+SampleRange Plot2D::samplesIn(const Extent& interval, const Variable& variable) const
+{
+    const std::uint32_t first = m_axis.rowFrom(variable, interval.x1);
+    const std::uint32_t last = m_axis.rowAt(variable, interval.x2);
+    return first <= last ? SampleRange{first, last} : SampleRange{};
+}

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "core/Group.h"
+#include "core/SampleRange.h"
 #include "core/XAxis.h"
 
 enum class PlotGrid { None, Gray, Dotted, Black };
@@ -91,6 +92,8 @@ public:
     void moveCursor(Cursor which, std::int64_t samples);
     // The interval that belongs to "A to B, else the view".
     Extent interval() const;
+    // The variable's samples in an interval. Throws the TS exceptions.
+    veltrac::SampleRange samplesIn(const Extent& interval, const Variable& variable) const;
     // The x of the nearest sample of the reference variable; x itself where there is none.
     double snapped(double x) const;
 

@@ -131,8 +131,10 @@ public:
         m_many = inView > std::uint64_t{kSamplesAColumn} * static_cast<unsigned>(columns);
         if (!m_many)
             joinSamples(first, inView * static_cast<unsigned>(markerGap) <= static_cast<unsigned>(columns));
-        else if (!curve.variable->isBuilt())
+        else if (!curve.variable->isBuilt()) {
             curve.failure = "not read yet";
+            curve.unread = true;
+        }
     }
 
     bool isMany() const noexcept { return m_many; }
@@ -209,6 +211,7 @@ bool guarded(Curve& curve, Step step)
         return true;
     } catch (const TS::Failure&) {
         curve.failure = "cannot be read any more";
+        curve.unread = true;
     }
     curve.points.clear();
     curve.runEnds.clear();
@@ -238,6 +241,7 @@ std::vector<Curve> emptyCurves(const Plot2D& plot)
             curve.variable = v.get();
             curve.group = g;
             curve.failure = v->failure();
+            curve.unread = !curve.failure.empty();
             if (curve.failure.empty())
                 guarded(curve,
                         [&] { curve.failure = reasonForNothing(*v, plot.groups()[g].isLogarithmic()); });

@@ -23,6 +23,7 @@ struct Curve
     std::vector<std::size_t> runEnds;  // points (not floats) before the end of each gap-free run
     std::vector<float> markers;        // x, y of samples within the square; only where they stand apart
     std::string failure;               // why nothing is drawn; empty where all is well
+    bool unread = false;               // its samples could not be read, or are not read yet
 };
 
 // The curves of all visible variables, in the groups' order. `columns`: pixel columns of the plot area.

@@ -18,6 +18,7 @@ namespace {
 
 constexpr std::size_t kNameBytes = 256;
 constexpr int kHighestNumber = 9998;
+constexpr int kRefreshRetries = 3;
 constexpr auto kRetryPause = std::chrono::milliseconds(10);
 constexpr int kYearBase = 1900;
 
@@ -337,11 +338,16 @@ bool TSFILE::refresh()
     const std::uint32_t before = m_header.lastSample;
     m_data.flush();
     std::this_thread::yield();
-    m_headerHeld = false;
-    m_plainSamples = 0;
     m_columnBlockNumber = 0;
     m_data.drop();
-    readHeader(0, 3);
+    m_headerHeld = false;
+    try {
+        readHeader(0, kRefreshRetries);
+    } catch (...) {
+        // A file that was emptied or taken away keeps the shape that its users count on.
+        m_headerHeld = true;
+        throw;
+    }
     return m_header.lastSample != before;
 }
 

@@ -3,13 +3,16 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <iterator>
 #include <limits>
 #include <span>
 #include <vector>
 
 #include "core/ColumnCopy.h"
+#include "core/HeaderTexts.h"
 #include "core/Rebuild.h"
 #include "core/Utf8.h"
+#include "core/Variable.h"
 #include "filter/MovingAverage.h"
 
 namespace veltrac {
@@ -17,6 +20,34 @@ namespace veltrac {
 namespace {
 
 std::vector<std::string> g_reports;
+
+struct ReportWords
+{
+    const char* report;  // how the library's text begins
+    const char* words;
+};
+
+constexpr char kTooNarrow[] =
+    "This filter cannot be made so narrow: take frequencies farther from 0, from each other and from half of "
+    "the sampling frequency, or a lower order.";
+constexpr ReportWords kReportWords[] = {
+    {"Frequency of", kTooNarrow},
+    {"auto_adjust", kTooNarrow},
+    {"Resonator", kTooNarrow},
+    {"Chebyshev ripple", "This ripple cannot be had: take one below 0 dB that is not as deep."},
+    {"Maximum", "The order of this filter is too high."},
+    {"Bad order", "This order cannot be had."},
+    {"Out of memory", "There is not enough memory for this filter."},
+    {"", "This filter cannot be made."},
+};
+
+std::string inWords(const std::string& report)
+{
+    const auto* const row =
+        std::find_if(std::begin(kReportWords), std::end(kReportWords),
+                     [&](const ReportWords& words) { return report.starts_with(words.report); });
+    return std::string(row->words) + "\n(" + report + ")";
+}
 
 // What fid_run_new() and fid_run_newbuf() hand out.
 class Runner
@@ -61,7 +92,7 @@ std::string FidReports::text() const
 {
     std::string all;
     for (const std::string& report : g_reports)
-        all += (all.empty() ? "" : "\n") + report;
+        all += (all.empty() ? "" : "\n") + inWords(report);
     return all;
 }
 
@@ -83,22 +114,18 @@ double samplingFrequency(float dt)
     return rounded;
 }
 
-void describeWork(TSFILE& source, std::uint32_t column, TSFILE& work, const std::string& filterWords)
+void describeWork(const SourceColumn& source, TSFILE& work, const std::string& filterWords)
 {
-    copyHeaderFromOldest(source, work);
-    copyColumnInfo(source, column, work, 1);
-    const std::string name = source.columnName(column);
-    const std::string description = source.columnDescription(column);
+    source.copyHeaderTo(work);
+    copyColumnInfo(source.file(), source.column(), work, 1);
+    const std::string name = source.file().columnName(source.column());
+    const std::string description = source.file().columnDescription(source.column());
     work.columnName(2, (cutTo(name, 9) + "_f").c_str());
-    // The unit stands in brackets and is to outlive the cut at the end of the field.
-    const std::size_t bracket = description.rfind('[');
-    const std::string unit = bracket == std::string::npos ? "" : " " + description.substr(bracket);
-    const std::size_t room = 45 - std::min<std::size_t>(unit.size(), 40);
-    work.columnDescription(2, (cutTo(filterWords, room) + unit).c_str());
+    work.columnDescription(2, fittingDescription(filterWords, unitIn(description)).c_str());
     work.stampColumn(2);
 }
 
-FilterOutcome runFilter(TSFILE& source, std::uint32_t column, TSFILE& work, const FidFilter* filter,
+FilterOutcome runFilter(const SourceColumn& source, TSFILE& work, const FidFilter* filter,
                         const Progress& progress)
 {
     Runner runner(filter);
@@ -106,9 +133,8 @@ FilterOutcome runFilter(TSFILE& source, std::uint32_t column, TSFILE& work, cons
     std::vector<double> wide;
     std::vector<float> rows;
     float last = 0.0F;
-    const std::uint32_t behind = oldestRow(source) - 1;
     result.outcome = walkRuns(work.samples(), progress, [&](std::uint32_t first, std::span<float> run) {
-        source.readColumn(column, behind + first, run);
+        source.read(first, run);
         wide.resize(run.size());
         for (std::size_t i = 0; i < run.size(); ++i) {
             if (std::isfinite(run[i]))
@@ -128,11 +154,10 @@ FilterOutcome runFilter(TSFILE& source, std::uint32_t column, TSFILE& work, cons
     return result;
 }
 
-FilterOutcome runMovingAverage(TSFILE& source, std::uint32_t column, TSFILE& work, std::uint32_t points,
+FilterOutcome runMovingAverage(const SourceColumn& source, TSFILE& work, std::uint32_t points,
                                const Progress& progress)
 {
     const std::uint32_t samples = work.samples();
-    const std::uint32_t behind = oldestRow(source) - 1;
     FilterOutcome result;
     // More than all of them, whichever is in the middle, gives the same means.
     const auto most =
@@ -148,7 +173,7 @@ FilterOutcome runMovingAverage(TSFILE& source, std::uint32_t column, TSFILE& wor
         if (place == in.size()) {
             place = 0;
             const auto count = std::min<std::size_t>(in.size(), samples - read);
-            source.readColumn(column, behind + read + 1, std::span(in).first(count));
+            source.read(read + 1, std::span(in).first(count));
         }
         const float sample = in[place++];
         ++read;
@@ -166,7 +191,7 @@ FilterOutcome runMovingAverage(TSFILE& source, std::uint32_t column, TSFILE& wor
     };
     std::vector<float> rows;
     result.outcome = walkRuns(samples, rest, [&](std::uint32_t first, std::span<float> run) {
-        source.readColumn(column, behind + first, run);
+        source.read(first, run);
         rows.resize(2 * run.size());
         for (std::size_t i = 0; i < run.size(); ++i) {
             rows[2 * i] = run[i];

@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 
+#include "calc/SourceColumn.h"
 #include "core/Progress.h"
 #include "core/TSFILE.h"
 #include "filter/FilterTypes.h"
@@ -29,7 +30,7 @@ public:
     FidReports(const FidReports&) = delete;
     FidReports& operator=(const FidReports&) = delete;
 
-    // The messages, a line each.
+    // The messages in words for users, each with the library's own behind it; empty where there are none.
     std::string text() const;
 };
 
@@ -40,9 +41,9 @@ FidFilterPtr designFilter(const FilterRequest& request, double samplingHz);
 // 32-bit sample time holds: 1/360 s gives 360 Hz.
 double samplingFrequency(float dt);
 
-// Gives the work file the header of `source`, column 1 the texts of its column, and column 2 a name and a
+// Gives the work file the header of the source, column 1 the texts of its column, and column 2 a name and a
 // description that tell what is done to it, in the same unit.
-void describeWork(TSFILE& source, std::uint32_t column, TSFILE& work, const std::string& filterWords);
+void describeWork(const SourceColumn& source, TSFILE& work, const std::string& filterWords);
 
 struct FilterOutcome
 {
@@ -50,17 +51,17 @@ struct FilterOutcome
     std::uint32_t missing = 0;  // samples of the input that are NaN (for a filter: or infinite)
 };
 
-// Both fill the work file, which has as many samples as the source: column 1 with a column of the source,
-// column 2 with what becomes of it. Each row is written once.
+// Both fill the work file, which has as many samples as the source: column 1 with the source, column 2 with
+// what becomes of it. Each row is written once.
 
 // Through the filter, from a state of zeros on. Where a sample is missing or infinite the filter, which would
 // never recover from it, is fed the one before it, and the output is missing there.
-FilterOutcome runFilter(TSFILE& source, std::uint32_t column, TSFILE& work, const FidFilter* filter,
+FilterOutcome runFilter(const SourceColumn& source, TSFILE& work, const FidFilter* filter,
                         const Progress& progress);
 
 // The mean of `points` samples, centred (with an even number one more comes after the sample than before
 // it). At both ends those that exist are averaged.
-FilterOutcome runMovingAverage(TSFILE& source, std::uint32_t column, TSFILE& work, std::uint32_t points,
+FilterOutcome runMovingAverage(const SourceColumn& source, TSFILE& work, std::uint32_t points,
                                const Progress& progress);
 
 }  // namespace veltrac

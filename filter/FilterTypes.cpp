@@ -1,7 +1,8 @@
 #include "filter/FilterTypes.h"
 
 #include <algorithm>
-#include <charconv>
+
+#include "filter/fid_spec.h"
 
 namespace veltrac {
 
@@ -12,24 +13,17 @@ using enum FilterField;
 constexpr char kBesselText[] = "Maximum Bessel filter order is 10";
 constexpr char kOtherText[] = "Maximum Butterworth/Chebychev filter order is 64";
 
-std::string numberText(double value)
-{
-    char text[32];
-    const auto end = std::to_chars(text, text + sizeof text, value).ptr;
-    return {text, end};
-}
-
 std::string fieldText(const FilterRequest& request, FilterField field)
 {
     switch (field) {
         case Order:
             return std::to_string(request.order);
         case Ripple:
-            return numberText(request.rippleDb);
+            return plainNumber(request.rippleDb);
         case Freq0:
-            return numberText(request.freq0);
+            return plainNumber(request.freq0);
         default:
-            return numberText(request.freq1);
+            return plainNumber(request.freq1);
     }
 }
 
@@ -40,8 +34,8 @@ bool FilterType::uses(FilterField field) const
     return std::find(std::begin(fields), std::end(fields), field) != std::end(fields);
 }
 
-// Their spellings differ ("Chebyshev" and "Chebychev", "Hanning", "Bartlet"), and the windows' tips speak
-// of an f1 that they do not have: users know the texts as they are.
+// Their spellings differ ("Chebyshev" and "Chebychev", "Hanning", "Bartlet"), and the windows' tips speak of
+// an f1 that they do not have; both on purpose: the texts are fixed.
 const std::vector<FilterType>& filterTypes()
 {
     static const std::vector<FilterType> types = {
@@ -146,7 +140,7 @@ std::string filterComplaint(const FilterRequest& request, double samplingHz)
     if (!(samplingHz > 0))
         return "The source has no sample time above 0. Set one in the header editor first.";
     const std::string half =
-        " must be below half of the sampling frequency, " + numberText(samplingHz / 2) + " Hz";
+        " must be below half of the sampling frequency, " + plainNumber(samplingHz / 2) + " Hz";
     if (!(request.freq0 < samplingHz / 2))
         return "Freq0" + half;
     if (band && !(request.freq1 < samplingHz / 2))

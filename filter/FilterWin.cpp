@@ -1,7 +1,6 @@
 #include "filter/FilterWin.h"
 
 #include <QComboBox>
-#include <QFile>
 #include <QFileInfo>
 #include <QMenuBar>
 #include <QStatusBar>
@@ -10,16 +9,20 @@
 
 #include <array>
 
-#include "core/TsExceptions.h"
-#include "core/TsNames.h"
+#include "calc/SourceColumn.h"
+#include "core/NumberTexts.h"
 #include "filter/CharacteristicPlot.h"
 #include "filter/FilterCharWin.h"
 #include "filter/FilterFields.h"
 #include "filter/FilterRun.h"
+#include "filter/ResultSaver.h"
+#include "filter/SaveResultsDialog.h"
 #include "share/Boxes.h"
+#include "share/GroupedNumber.h"
 #include "share/NumberField.h"
 #include "share/PlotCanvas.h"
 #include "share/QtMessageWin.h"
+#include "share/RangeFields.h"
 #include "share/ReadoutLabel.h"
 #include "share/SourceChooser.h"
 #include "share/hydaction.h"
@@ -29,9 +32,9 @@ using namespace veltrac;
 namespace {
 
 const QString kTitle = QStringLiteral("Ts-Filt");
-const QString kNoSource = QStringLiteral("No source file available");
 const QString kNoPlot = QStringLiteral("Frequency plot of the moving average filter is not available.");
-constexpr int kNoSourceMs = 6000;
+constexpr int kFinishedMs = 5000;
+constexpr int kSavedMs = 6000;
 constexpr int kPanelWidth = 330;
 constexpr int kPreviewHeight = 150;
 constexpr int kFirstType = 5;  // a Butterworth low-pass is what most come for
@@ -73,11 +76,6 @@ FilterWin::FilterWin(const QString& file, unsigned column, QWidget* parent)
     canvas()->showText(QStringLiteral("Choose a column and a filter, then execute the calculation."));
     statusBar()->showMessage(QStringLiteral("Welcome to Ts-Filt"));
     resize(1100, 620);
-}
-
-FilterWin::~FilterWin()
-{
-    dropWork();
 }
 
 // -- Widgets --
@@ -124,7 +122,6 @@ void FilterWin::createActions()
 
 void FilterWin::connectFields()
 {
-    connect(source(), &SourceChooser::x_source_changed, this, &FilterWin::showSource);
     connect(m_fields->types(), SIGNAL(currentIndexChanged(int)), this, SLOT(sl_cbFilterActivated(int)));
     const std::pair<FilterField, const char*> fields[] = {
         {FilterField::Freq0, SLOT(sl_fldFreq0Changed(QString))},
@@ -136,21 +133,23 @@ void FilterWin::connectFields()
         connect(m_fields->field(use), SIGNAL(textChanged(QString)), this, slot);
     connect(m_preview, &PlotCanvas::x_told, this,
             [this](const QString& text) { statusBar()->showMessage(text); });
+    connect(this, &SubWindow::windowGone, this, [this] {
+        const QVector<QPointer<QWidget>> windows = m_subWindows;
+        for (const QPointer<QWidget>& window : windows)
+            if (window)
+                window->close();
+    });
 }
 
-void FilterWin::showSource()
+void FilterWin::sourceChanged(TSFILE* file)
 {
-    double rate = 0.0;
-    if (!source()->file().isEmpty()) {
-        try {
-            rate =
-                samplingFrequency(openTsFile(QFile::encodeName(source()->file()).toStdString(), true)->dt());
-        } catch (const TS::Failure&) {
-            // The column box is empty then, and executing says so.
-        }
-    }
-    showRate(rate);
-    showPreview();
+    showRate(file == nullptr ? 0.0 : samplingFrequency(file->dt()));
+    fieldChanged();
+}
+
+void FilterWin::rangeChanged()
+{
+    fieldChanged();
 }
 
 void FilterWin::showRate(double samplingHz)
@@ -166,33 +165,41 @@ void FilterWin::sl_cbFilterActivated(int type)
     fieldChanged();
 }
 
-// Executing waits until every field that counts holds a number.
+// Executing waits until the range is one and every field that counts holds a number.
 void FilterWin::fieldChanged()
 {
     const bool good = m_fields->isValid();
-    m_execute->setEnabled(good);
+    m_execute->setEnabled(good && range()->reason().isEmpty());
     m_plotChar->setEnabled(good);
     showPreview();
 }
 
-void FilterWin::sl_fldFreq0Changed(const QString& /*text*/)
+void FilterWin::setField(FilterField use, const QString& text)
 {
+    // The same text set again would take the text cursor from where the user types.
+    if (NumberField* const field = m_fields->field(use); field->text() != text)
+        field->setText(text);
     fieldChanged();
 }
 
-void FilterWin::sl_fldFiltOrderChanged(const QString& /*text*/)
+void FilterWin::sl_fldFreq0Changed(const QString& text)
 {
-    fieldChanged();
+    setField(FilterField::Freq0, text);
 }
 
-void FilterWin::sl_fldFreq1Changed(const QString& /*text*/)
+void FilterWin::sl_fldFiltOrderChanged(const QString& text)
 {
-    fieldChanged();
+    setField(FilterField::Order, text);
 }
 
-void FilterWin::sl_fldRippleChanged(const QString& /*text*/)
+void FilterWin::sl_fldFreq1Changed(const QString& text)
 {
-    fieldChanged();
+    setField(FilterField::Freq1, text);
+}
+
+void FilterWin::sl_fldRippleChanged(const QString& text)
+{
+    setField(FilterField::Ripple, text);
 }
 
 void FilterWin::sl_help()
@@ -207,21 +214,124 @@ bool FilterWin::validate(const FilterRequest& asked)
     const std::string complaint = filterComplaint(asked, m_samplingHz);
     if (complaint.empty())
         return true;
-    showBox(QMessageBox::Warning, this, kTitle, QString::fromStdString(complaint));
+    warnInBox(QString::fromStdString(complaint));
     return false;
 }
 
-void FilterWin::tellReports(const QString& text)
+void FilterWin::warnOfReports(const QString& text)
 {
     if (!text.isEmpty())
-        showBox(QMessageBox::Warning, this, kTitle, text);
+        warnInBox(text);
 }
 
-bool FilterWin::requireSource()
+std::unique_ptr<TSFILE> FilterWin::openAnew()
 {
-    if (source()->file().isEmpty())
-        statusBar()->showMessage(kNoSource, kNoSourceMs);
-    return !source()->file().isEmpty();
+    std::unique_ptr<TSFILE> file = openSource();
+    if (file)
+        showRate(samplingFrequency(file->dt()));
+    return file;
+}
+
+// -- Calculating --
+
+void FilterWin::sl_execute()
+{
+    if (!requireSource() || !requireColumn("Y1", source()->column()))
+        return;
+    if (!range()->reason().isEmpty()) {
+        statusBar()->showMessage(range()->reason());
+        return;
+    }
+    const FilterRequest asked = m_fields->request();
+    const std::unique_ptr<TSFILE> file = openAnew();
+    if (!file || !validate(asked))
+        return;
+    FidReports reports;
+    FidFilterPtr filter;
+    if (!asked.isMovingAverage()) {
+        filter = designFilter(asked, m_samplingHz);
+        if (!filter) {
+            warnOfReports(QString::fromStdString(reports.text()));
+            return;
+        }
+    }
+    const std::string words =
+        filter ? filterSpec(asked) : "Moving average over " + std::to_string(asked.order);
+    FilterOutcome outcome;
+    const auto job = [&](const Progress& progress, std::unique_ptr<ResultFile>& made) {
+        const SourceColumn column(*file, source()->column(), range()->from(), range()->to());
+        made = std::make_unique<ResultFile>(hasResult() ? "temp1" : "temp", column.samples(), 2);
+        describeWork(column, made->file(), words);
+        outcome = filter ? runFilter(column, made->file(), filter.get(), progress)
+                         : runMovingAverage(column, made->file(), static_cast<std::uint32_t>(asked.order),
+                                            progress);
+        return outcome.outcome;
+    };
+    if (!calculate(QStringLiteral("Filtering %1").arg(sourceName()), QStringLiteral("Filtering ongoing..."),
+                   job))
+        return;
+    m_words = QString::fromStdString(words);
+    statusBar()->showMessage(QStringLiteral("Filtering...finished"), kFinishedMs);
+    showResult(outcome, file->timeMode() != 0);
+    warnOfReports(QString::fromStdString(reports.text()));
+}
+
+void FilterWin::showResult(const FilterOutcome& outcome, bool hasOwnTimes)
+{
+    // Whatever took the file away meanwhile: the canvas says what it met.
+    if (!canvas()->showColumns(resultFile(), {1, 2}, PlotCanvas::Axes::ByUnit))
+        return;
+    Plot2D& plot = canvas()->plot();
+    const Group::Variables shown = plot.variables();
+    if (shown.empty())
+        return;
+    // Over one another even where the source's description tells no unit.
+    if (std::vector<Group>& groups = plot.groups(); groups.size() == 2) {
+        groups[0].variables().push_back(groups[1].variables().front());
+        groups.pop_back();
+        plot.fitAll();
+    }
+    plot.xTitle = "Time[s]";
+    const QFileInfo computed(resultSource());
+    plot.title = QStringLiteral("%1: %2").arg(computed.fileName(), m_words).toStdString();
+    canvas()->setSuggestedName(computed.completeBaseName() + QStringLiteral("_filt"));
+    canvas()->replot();
+    QString told = QStringLiteral("%1 samples in %2 s")
+                       .arg(groupedNumber(shown.front()->variable().rows()))
+                       .arg(seconds(), 0, 'f', 1);
+    if (outcome.missing > 0)
+        told += QStringLiteral(", ") + QString::fromStdString(counted(outcome.missing, "missing value"));
+    if (hasOwnTimes)
+        told += QStringLiteral(", taken at equal steps: the file's own times (\"Time\") are not used");
+    readout()->showLine(told);
+}
+
+void FilterWin::sl_saveResults()
+{
+    if (!hasResult()) {
+        statusBar()->showMessage(QStringLiteral("There is nothing to save: execute the calculation first"));
+        return;
+    }
+    const QString suggested = QFileInfo(resultSource()).completeBaseName() + QStringLiteral("_filt");
+    QString name = suggested;
+    for (int i = 2; QFileInfo::exists(name + QStringLiteral(".ts")); ++i)
+        name = suggested + QString::number(i);
+    SaveResultsDialog dialog(resultSource(), name + QStringLiteral(".ts"), this);
+    if (dialog.exec() != QDialog::Accepted) {
+        statusBar()->showMessage(QStringLiteral("Saving aborted"), kSavedMs);
+        return;
+    }
+    ResultSaver saver(this, resultPath(), resultSource(), resultFirst(),
+                      [this](const QString& file) { return mayWrite(file); });
+    const ResultSaver::Outcome outcome = saver.save(dialog);
+    statusBar()->showMessage(saver.summary(outcome), kSavedMs);
+    if (outcome != ResultSaver::Outcome::Saved)
+        return;
+    resultSaved();
+    if (saver.madeFile().isEmpty())
+        emit x_directory_changed();
+    else
+        emit x_file_made(saver.madeFile());
 }
 
 // -- The canvas --
@@ -229,8 +339,7 @@ bool FilterWin::requireSource()
 void FilterWin::sl_updateCanvas()
 {
     source()->refresh();
-    showSource();
-    if (m_work)
+    if (hasResult())
         canvas()->refresh(false);
     canvas()->replot();
 }
@@ -242,7 +351,7 @@ void FilterWin::showPreview()
     const FilterRequest asked = m_fields->request();
     QString text;
     if (source()->file().isEmpty())
-        text = kNoSource;
+        text = QStringLiteral("No source file available");
     else if (asked.isMovingAverage())
         text = kNoPlot;
     else if (m_fields->isValid())
@@ -269,7 +378,7 @@ void FilterWin::sl_plotFiltWin()
     FidReports reports;
     const FidFilterPtr filter = designFilter(asked, m_samplingHz);
     if (!filter) {
-        tellReports(QString::fromStdString(reports.text()));
+        warnOfReports(QString::fromStdString(reports.text()));
         return;
     }
     auto* const window = new FilterCharWin(characteristicOf(filter.get(), m_samplingHz),

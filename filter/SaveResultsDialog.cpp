@@ -64,7 +64,7 @@ SaveResultsDialog::SaveResultsDialog(const QString& sourceFile, const QString& s
 
     connect(m_method, SIGNAL(activated(int)), this, SLOT(sl_methodSelected(int)));
     connect(m_output, SIGNAL(activated(int)), this, SLOT(sl_cbResultColActivated(int)));
-    connect(m_input, SIGNAL(activated(int)), this, SLOT(sl_cbResultColActivated(int)));
+    connect(m_input, qOverload<int>(&QComboBox::activated), this, [this] { showState(); });
     connect(m_file, &QLineEdit::textChanged, this, [this] { sl_methodSelected(m_method->currentIndex()); });
     connect(browse, &QPushButton::clicked, this, &SaveResultsDialog::sl_chooseFile);
     connect(m_save, &QPushButton::clicked, this, &QDialog::accept);
@@ -106,8 +106,9 @@ unsigned SaveResultsDialog::outputColumn() const
     return m_output->column();
 }
 
-void SaveResultsDialog::sl_methodSelected(int /*method*/)
+void SaveResultsDialog::sl_methodSelected(int chosen)
 {
+    m_method->setCurrentIndex(chosen);
     const bool toFile = method() == ToFile;
     const QString shown = toFile ? (fileExists() ? file() : QString()) : m_source;
     m_input->showFile(toFile ? shown : QString(), false);
@@ -121,8 +122,9 @@ void SaveResultsDialog::sl_methodSelected(int /*method*/)
     showState();
 }
 
-void SaveResultsDialog::sl_cbResultColActivated(int /*index*/)
+void SaveResultsDialog::sl_cbResultColActivated(int index)
 {
+    m_output->setCurrentIndex(index);
     showState();
 }
 

@@ -133,8 +133,8 @@ std::vector<double> multiplied(const std::vector<double>& x, const std::vector<d
 struct PoleGroup
 {
     std::vector<FidRoot> poles;
-    Complex z;
-    double q = 0.0;
+    Complex z;           // the nearest to the unit circle
+    double decay = 0.0;  // how fast its response fades: -ln |z|
 };
 
 PoleGroup makeGroup(std::vector<FidRoot> poles, FidMapping mapping)
@@ -142,12 +142,12 @@ PoleGroup makeGroup(std::vector<FidRoot> poles, FidMapping mapping)
     PoleGroup group;
     group.z = toPlane(poles.front(), mapping);
     group.poles = std::move(poles);
-    const Complex logarithm = std::log(group.z);
-    group.q = std::abs(logarithm) / -logarithm.real();
+    group.decay = -std::log(std::abs(group.z));
     return group;
 }
 
-// Sharpest first: these choose their zeros before the others.
+// The nearest to the unit circle first: these choose their zeros before the others. Left with zeros far from
+// them they would amplify the rounding of everything before them.
 std::vector<PoleGroup> groupPoles(const std::vector<FidRoot>& poles, FidMapping mapping)
 {
     std::vector<PoleGroup> groups;
@@ -165,7 +165,7 @@ std::vector<PoleGroup> groupPoles(const std::vector<FidRoot>& poles, FidMapping 
     if (real.size() % 2)
         groups.push_back(makeGroup({real.back()}, mapping));
     std::stable_sort(groups.begin(), groups.end(),
-                     [](const PoleGroup& x, const PoleGroup& y) { return x.q > y.q; });
+                     [](const PoleGroup& x, const PoleGroup& y) { return x.decay < y.decay; });
     return groups;
 }
 

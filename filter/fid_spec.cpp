@@ -126,7 +126,7 @@ public:
     }
 
     // Digits with an optional sign, point and exponent; words such as "inf" and "nan" are no numbers here.
-    bool takeNumber(double& value)
+    bool takeNumber(double& value, std::string& spelling)
     {
         const std::string_view saved = m_rest;
         if (take('+') && m_rest.starts_with('-'))
@@ -142,6 +142,7 @@ public:
         const std::string_view digits(m_rest.data(), static_cast<std::size_t>(end - m_rest.data()));
         if (error == std::errc::result_out_of_range)
             value = outOfRange(digits);
+        spelling = digits;
         m_rest.remove_prefix(digits.size());
         return true;
     }
@@ -177,13 +178,15 @@ bool takeMark(char mark, Reader& reader, Match& match, int& valueCount)
             reader.takeInteger(spec.order);
             return true;
         case 'V':
-            return reader.takeNumber(spec.values[valueCount++]);
+            ++valueCount;
+            return reader.takeNumber(spec.values[valueCount - 1], spec.valueTexts[valueCount - 1]);
         case 'R':
-            match.hasFrequency = reader.takeNumber(spec.frequencies[0]) && reader.take('-') &&
-                                 reader.takeNumber(spec.frequencies[1]);
+            match.hasFrequency = reader.takeNumber(spec.frequencies[0], spec.frequencyTexts[0]) &&
+                                 reader.take('-') &&
+                                 reader.takeNumber(spec.frequencies[1], spec.frequencyTexts[1]);
             return match.hasFrequency;
         default:
-            match.hasFrequency = reader.takeNumber(spec.frequencies[0]);
+            match.hasFrequency = reader.takeNumber(spec.frequencies[0], spec.frequencyTexts[0]);
             return match.hasFrequency;
     }
 }
@@ -228,6 +231,8 @@ bool fillDefaults(FidSpec& spec, double f0, double f1)
     }
     spec.frequencies[0] = f0;
     spec.frequencies[1] = f1;
+    for (int i = 0; i < 2; ++i)
+        spec.frequencyTexts[i] = plainNumber(spec.frequencies[i]);
     return true;
 }
 
@@ -245,13 +250,6 @@ bool checkFrequencies(const FidSpec& spec, double rate)
         }
     }
     return true;
-}
-
-std::string shortest(double value)
-{
-    char text[32];
-    const auto result = std::to_chars(text, text + sizeof text, value);
-    return {text, result.ptr};
 }
 
 }  // namespace
@@ -290,6 +288,18 @@ std::optional<FidSpec> readFidSpec(const char* text, double rate, double f0, dou
     return spec;
 }
 
+std::string plainNumber(double value)
+{
+    constexpr double kLeast = 1e-7;
+    constexpr double kMost = 1e15;
+    char text[64];
+    const bool isPlain = std::abs(value) >= kLeast && std::abs(value) < kMost;
+    const auto [end, error] = isPlain
+                                  ? std::to_chars(text, text + sizeof text, value, std::chars_format::fixed)
+                                  : std::to_chars(text, text + sizeof text, value);
+    return error == std::errc() ? std::string(text, end) : std::string();
+}
+
 std::string describeFidSpec(const FidSpec& spec)
 {
     std::string words;
@@ -304,13 +314,13 @@ std::string describeFidSpec(const FidSpec& spec)
                 words += std::to_string(spec.order);
                 break;
             case 'V':
-                words += shortest(spec.values[value++]);
+                words += spec.valueTexts[value++];
                 break;
             case 'R':
-                words += shortest(spec.frequencies[0]) + '-' + shortest(spec.frequencies[1]);
+                words += spec.frequencyTexts[0] + '-' + spec.frequencyTexts[1];
                 break;
             default:
-                words += shortest(spec.frequencies[0]);
+                words += spec.frequencyTexts[0];
                 break;
         }
     }

@@ -48,7 +48,14 @@ struct FidSpec
     int order = 1;
     double values[2] = {0.0, 0.0};
     double frequencies[2] = {0.0, 0.0};
+    // As they are spelled in the spec-string; defaults as plainNumber() has them.
+    std::string valueTexts[2];
+    std::string frequencyTexts[2];
 };
+
+// A number as a person writes it, with all digits that tell it from its neighbours: "0.0001", "100000"; with
+// an exponent only where it would be very long.
+std::string plainNumber(double value);
 
 // Reads a spec-string by the first format that matches it whole. Reports and returns nothing when there is
 // none, or the order, the frequencies or the rate cannot be.

@@ -2,47 +2,107 @@
 
 #include <algorithm>
 #include <cmath>
+#include <vector>
 
 #include "core/ColumnBackup.h"
+#include "core/TsExceptions.h"
+#include "formula/BlockFormula.h"
 #include "formula/FormulaEvaluation.h"
 
 namespace veltrac {
 
 namespace {
 
-constexpr std::uint32_t kLookEvery = 4096;
 // Keeping the old values is the smaller part of the work, in hundredths.
 constexpr std::uint64_t kBackupShare = 20;
 
-// How much a time may miss a sample, both in samples. A dt of 0.01 is a little less as a 32-bit float, which
-// adds up: the 50th step of it is not quite at the 0.5 that somebody types.
-double slackOf(double time)
+// How much a bound may miss a sample, in samples. A dt of 0.01 is a little less as a 32-bit float, which adds
+// up: the 50th step of it is not quite at the 0.5 that somebody types. The start is such a float too.
+double slackOf(double bound, double origin, double dt)
 {
     constexpr double kTolerance = 1e-6;
     constexpr double kFloatRounding = 1.0 / (1 << 24);
     constexpr double kMost = 0.5;
-    return std::min(kMost, kTolerance + std::fabs(time) * kFloatRounding);
+    return std::min(kMost, kTolerance + std::max(std::fabs(bound), std::fabs(origin)) / dt * kFloatRounding);
 }
+
+// Computes a range and counts what is to be told of it.
+class RangeWriter
+{
+public:
+    RangeWriter(FormulaParser& formula, const CalculationTarget& target, CalculationReport& report)
+        : m_formula(formula),
+          m_target(target),
+          m_report(report),
+          m_dt(target.file.dt()),
+          m_blocks(BlockFormula::of(formula.root(), target.file, target.column)),
+          m_values(BlockFormula::kRun)
+    {
+    }
+
+    // At most kRun samples.
+    void write(std::uint32_t first, std::size_t count)
+    {
+        const std::span<float> values(m_values.data(), count);
+        const bool isLoaded = m_blocks != nullptr && load(first, count);
+        for (std::size_t done = 0; done < count && m_blocks != nullptr; done += BlockFormula::kBlock) {
+            const auto sample = static_cast<std::uint32_t>(first + done);
+            const auto block = values.subspan(done, std::min(BlockFormula::kBlock, count - done));
+            if (!isLoaded || !m_blocks->values(sample, block))
+                for (std::size_t i = 0; i < block.size(); ++i)
+                    block[i] = valueOf(sample + static_cast<std::uint32_t>(i));
+        }
+        if (m_blocks != nullptr) {
+            m_target.file.writeColumn(m_target.column, first, values);
+        } else {
+            // What is written may be read for the next sample.
+            for (std::size_t i = 0; i < count; ++i) {
+                const auto sample = static_cast<std::uint32_t>(first + i);
+                m_target.file.setValue(sample, m_target.column, values[i] = valueOf(sample));
+            }
+        }
+        m_report.missing += static_cast<std::uint64_t>(
+            std::count_if(values.begin(), values.end(), [](float value) { return !std::isfinite(value); }));
+    }
+
+private:
+    // False where a source fails: single samples tell at which one.
+    bool load(std::uint32_t first, std::size_t count)
+    {
+        try {
+            m_blocks->load(first, count);
+            return true;
+        } catch (const TS::Failure&) {
+            return false;
+        }
+    }
+
+    float valueOf(std::uint32_t sample)
+    {
+        const std::uint64_t before = formulaReports();
+        const double value = m_formula.Evaluate(static_cast<std::int32_t>(sample), (sample - 1U) * m_dt);
+        m_report.faultySamples += formulaReports() == before ? 0 : 1;
+        return static_cast<float>(value);
+    }
+
+    FormulaParser& m_formula;
+    const CalculationTarget& m_target;
+    CalculationReport& m_report;
+    double m_dt;
+    std::unique_ptr<BlockFormula> m_blocks;
+    std::vector<float> m_values;
+};
 
 // False where the user has cancelled.
 bool writeValues(FormulaParser& formula, const CalculationTarget& target, const Progress& progress,
                  CalculationReport& report)
 {
-    const double dt = target.file.dt();
+    RangeWriter writer(formula, target, report);
     const std::uint64_t total = target.range.count();
-    std::uint64_t reports = formulaReports();
-    for (std::uint64_t done = 0; done < total; ++done) {
-        const auto sample = static_cast<std::uint32_t>(target.range.first + done);
-        const auto value =
-            static_cast<float>(formula.Evaluate(static_cast<std::int32_t>(sample), (sample - 1U) * dt));
-        target.file.setValue(sample, target.column, value);
-        report.missing += std::isfinite(value) ? 0 : 1;
-        if (reports != formulaReports()) [[unlikely]] {
-            ++report.faultySamples;
-            reports = formulaReports();
-        }
-        if (done % kLookEvery == 0 &&
-            !goesOn(progress, total * kBackupShare + done * (100 - kBackupShare), total * 100))
+    for (std::uint64_t done = 0; done < total; done += BlockFormula::kRun) {
+        writer.write(static_cast<std::uint32_t>(target.range.first + done),
+                     static_cast<std::size_t>(std::min<std::uint64_t>(BlockFormula::kRun, total - done)));
+        if (!goesOn(progress, total * kBackupShare + done * (100 - kBackupShare), total * 100))
             return false;
     }
     return true;
@@ -63,24 +123,32 @@ std::array<bool, kMostSources> usedRows(std::string_view formula, int rowCount, 
     return used;
 }
 
-CalculationRange calculationRange(std::span<const TimeBounds> rows, double dt, std::uint32_t samples)
+TimeBounds timesOf(TSFILE& file)
 {
-    CalculationRange range{1, samples};
+    const HeldSamples held = heldSamples(file);
+    const double start = file.startTime();
+    const double dt = file.dt();
+    return {start + (held.first - 1.0) * dt, start + (std::max(held.first, held.last) - 1.0) * dt};
+}
+
+CalculationRange calculationRange(std::span<const TimeBounds> rows, TSFILE& target)
+{
+    constexpr CalculationRange kNone{1, 0};
+    const HeldSamples held = heldSamples(target);
+    const double dt = target.dt();
+    const double origin = target.startTime();
+    CalculationRange range{held.first, held.last};
     if (!(dt > 0.0))
-        return {1, 0};
+        return kNone;
     for (const TimeBounds& row : rows) {
         if (std::isnan(row.start) || std::isnan(row.end))
-            return {1, 0};
-        const double start = row.start / dt;
-        const double end = row.end / dt;
-        const double first = std::ceil(start - slackOf(start)) + 1.0;
-        const double last = std::floor(end + slackOf(end)) + 1.0;
-        if (last < 1.0 || first > samples)
-            return {1, 0};
-        if (first > range.first)
-            range.first = static_cast<std::uint32_t>(first);
-        if (last < range.last)
-            range.last = static_cast<std::uint32_t>(last);
+            return kNone;
+        const double first = std::ceil((row.start - origin) / dt - slackOf(row.start, origin, dt)) + 1.0;
+        const double last = std::floor((row.end - origin) / dt + slackOf(row.end, origin, dt)) + 1.0;
+        if (last < range.first || first > range.last)
+            return kNone;
+        range.first = static_cast<std::uint32_t>(std::max(first, static_cast<double>(range.first)));
+        range.last = static_cast<std::uint32_t>(std::min(last, static_cast<double>(range.last)));
     }
     return range;
 }
@@ -88,26 +156,27 @@ CalculationRange calculationRange(std::span<const TimeBounds> rows, double dt, s
 JobOutcome calculate(FormulaParser& formula, const CalculationTarget& target, const Progress& progress,
                      CalculationReport& report)
 {
-    ColumnBackup backup(target.file);
-    backup.saveInfo(target.column);
+    auto backup = std::make_unique<ColumnBackup>(target.file);
+    backup->saveInfo(target.column);
     const Progress keeping = [&](std::uint64_t done, std::uint64_t total) {
         return goesOn(progress, done * kBackupShare, total * 100);
     };
-    if (backup.save(target.column, target.range.first, target.range.count(), keeping) ==
+    if (backup->save(target.column, target.range.first, target.range.count(), keeping) ==
         JobOutcome::Cancelled)
         return JobOutcome::Cancelled;
     try {
         if (writeValues(formula, target, progress, report)) {
             target.file.stampColumn(target.column, target.when);
             target.file.flush(true);
+            report.backup = std::move(backup);
             return JobOutcome::Done;
         }
-        backup.restore();
+        backup->restore();
         return JobOutcome::Cancelled;
     } catch (...) {
-        report.oldValues = backup.path();
-        backup.restore(target.reopen());
-        report.oldValues.clear();
+        report.lost = backup->path();
+        backup->restore(target.reopen());
+        report.lost.clear();
         throw;
     }
 }

@@ -6,12 +6,15 @@
 #include <ctime>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <span>
 #include <string_view>
 
+#include "core/ColumnBackup.h"
 #include "core/Progress.h"
 #include "core/TSFILE.h"
 #include "formula/FormulaParser.h"
+#include "formula/SourceLookup.h"
 
 namespace veltrac {
 
@@ -20,16 +23,18 @@ inline constexpr int kMostSources = 8;
 // Which rows a formula uses: x1 to x8 where such a row exists, and the target's. Rows count from 1.
 std::array<bool, kMostSources> usedRows(std::string_view formula, int rowCount, int targetRow);
 
-// What a row allows: times t from start to end, in seconds.
+// What a row allows: times from start to end, in seconds on the scale of its file's startTime().
 struct TimeBounds
 {
     double start = 0.0;
     double end = 0.0;
 };
 
-// The samples of the target whose time lies within the bounds of every row; t is (sample - 1) * dt, whatever
-// the file's start time. Bounds have a tolerance of a millionth of dt and
-// of what a 32-bit dt adds up to.
+// The times of the samples that a file holds: sample s lies at startTime() + (s - 1) * dt. So t = 0 of a
+// target is its startTime(), and files are lined up by that alone, whatever their startSeconds().
+TimeBounds timesOf(TSFILE& file);
+
+// The samples that are computed.
 struct CalculationRange
 {
     std::uint32_t first = 1;
@@ -38,7 +43,10 @@ struct CalculationRange
     bool isEmpty() const noexcept { return last < first; }
     std::uint32_t count() const noexcept { return isEmpty() ? 0 : last - first + 1; }
 };
-CalculationRange calculationRange(std::span<const TimeBounds> rows, double dt, std::uint32_t samples);
+
+// Those that the target holds and whose time lies within the bounds of every row. Bounds have a tolerance of
+// a millionth of dt and of what 32-bit floats for dt and start add up to. Throws the TS exceptions.
+CalculationRange calculationRange(std::span<const TimeBounds> rows, TSFILE& target);
 
 // Where the values of a formula go.
 struct CalculationTarget
@@ -54,15 +62,16 @@ struct CalculationTarget
 
 struct CalculationReport
 {
-    std::uint64_t faultySamples = 0;  // at which the evaluation reported an error
-    std::uint64_t missing = 0;        // values that are NaN or infinite
-    std::filesystem::path oldValues;  // where they lie if they could not be put back
+    std::uint64_t faultySamples = 0;       // at which the evaluation reported an error
+    std::uint64_t missing = 0;             // values that are NaN or infinite
+    std::unique_ptr<ColumnBackup> backup;  // after Done: the old values
+    std::filesystem::path lost;            // where they lie if they could not be put back
 };
 
-// Writes the value of the compiled formula at (i - 1) * dt into sample i of a column, for the range, sample
-// by sample: a formula that reads its own target reads what has been written so far. Then the column gets its
-// time stamp. The old values are kept in a scratch file meanwhile and put back when the calculation fails or
-// is cancelled. Throws the TS exceptions and std::system_error.
+// Writes the value of the compiled formula at (i - 1) * dt into sample i of a column, for the range, as if
+// sample by sample: a formula that reads its own target reads what has been written so far. Then the column
+// gets its time stamp. The old values are kept in a scratch file meanwhile and put back when the calculation
+// fails or is cancelled. Throws the TS exceptions and std::system_error.
 JobOutcome calculate(FormulaParser& formula, const CalculationTarget& target, const Progress& progress,
                      CalculationReport& report);
 

@@ -6,22 +6,23 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QHBoxLayout>
-#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenuBar>
 #include <QStatusBar>
-#include <QTableWidget>
 #include <QToolBar>
 #include <QVBoxLayout>
 
 #include <algorithm>
 
+#include "core/TsExceptions.h"
 #include "formula/FormulaFile.h"
 #include "formula/FormulaParser.h"
+#include "formula/SourceTable.h"
 #include "portal/TsApplication.h"
 #include "share/Boxes.h"
 #include "share/JobProgress.h"
+#include "share/NoticeStrip.h"
 #include "share/QtMessageWin.h"
 #include "share/Resources.h"
 #include "share/SourceChooser.h"
@@ -35,29 +36,6 @@ constexpr int kNoticeMs = 5000;
 constexpr int kTargetWidth = 50;
 const char* const kInfoTitle = "Ts-EditWin info";
 
-struct ColumnRow
-{
-    const char* header;
-    const char* tip;
-};
-constexpr ColumnRow kColumns[] = {
-    {"Source file",
-     "The target/source file name\nThe target/source file is selected from available ts files at the present "
-     "directory."},
-    {"Column",
-     "The target/source column\nThe target/source column is selected from the selected target/source file."},
-    {"Start",
-     "The start time of the target/source file\nThe start time is editable and influences the interval "
-     "within "
-     "which the target is calculated ."},
-    {"End",
-     "The end time of the target/source file\nThe end time is editable and influences the interval within "
-     "which "
-     "the target is calculated ."},
-    {"Sampletime",
-     "The sample time of the target/source file\nThe sample time for a target/source is not editable."},
-};
-
 const char* const kFormulaTip =
     "The function consists of:\n"
     "  numbers: 12, 0.5, 1e-3\n"
@@ -66,12 +44,6 @@ const char* const kFormulaTip =
     "  + - * / ^ and parentheses; a minus stands directly before a number, a variable or a function\n"
     "  functions of one argument: abs(x1), sqrt(x1), sin(2*pi*t), ...\n"
     "  functions of two: max(x1, 0.4), min(x1, x2), pow(x1, 2)";
-
-// Two names of one file, by way of links, are one file.
-bool isSameFile(const QString& a, const QString& b)
-{
-    return a == b || QFileInfo(a) == QFileInfo(b);
-}
 
 std::string localName(const QString& name)
 {
@@ -111,24 +83,34 @@ const std::vector<EditTsWin::ActionRow>& EditTsWin::actionRows()
     return rows;
 }
 
-EditTsWin::EditTsWin(const QString& file, unsigned column, QWidget* parent) : SubWindow(parent)
+EditTsWin::EditTsWin(const QString& file, unsigned column, QWidget* parent)
+    : SubWindow(parent), m_sources(new SourceTable), m_calculation(*m_sources, this)
 {
     loadResources();
     setWindowTitle(QStringLiteral("Ts-Edit"));
     setWindowIcon(QIcon(QStringLiteral(":img_EditWin")));
     auto* const centre = new QWidget(this);
     auto* const layout = new QVBoxLayout(centre);
+    m_notice = new NoticeStrip(centre);
     layout->addWidget(createFormula());
-    createTable();
-    layout->addWidget(m_table, 1);
+    layout->addWidget(m_notice);
+    layout->addWidget(m_sources, 1);
     setCentralWidget(centre);
     m_status = new QLabel(this);
+    m_status->setTextFormat(Qt::PlainText);
     statusBar()->addPermanentWidget(m_status);
     createActions();
+    connect(m_notice, &NoticeStrip::x_pressed, this, &EditTsWin::sl_undo);
+    connect(m_sources, &SourceTable::x_changed, this, [this] {
+        fillTargets();
+        checkQuietly();
+    });
+    connect(m_sources, &SourceTable::x_not_opened, this,
+            [this](const QString& name) { showStatus(QStringLiteral("%1 could not be opened").arg(name)); });
     if (tsFileNames().isEmpty())
-        say(QStringLiteral("No ts-files found on present directory"));
+        showStatus(QStringLiteral("No ts-files found on present directory"));
     else
-        addRow(file, column);
+        m_sources->addSource(file, column);
     m_formula->setFocus();
     resize(760, 380);
 }
@@ -147,6 +129,10 @@ void EditTsWin::createActions()
         menu->addAction(action);
         bar->addAction(action);
     }
+    menu->addSeparator();
+    m_undo = menu->addAction(QStringLiteral("&Undo calculation"), this, &EditTsWin::sl_undo);
+    m_undo->setStatusTip(QStringLiteral("Put the values from before the last calculation back."));
+    m_undo->setEnabled(false);
     addWhatsThis(menu);
     menu->addSeparator();
     menu->addAction(QStringLiteral("Cl&ose"), this, &QWidget::close, QKeySequence::Close);
@@ -171,8 +157,13 @@ QWidget* EditTsWin::createFormula()
     line->addWidget(m_target);
     line->addWidget(new QLabel(QStringLiteral(" = "), panel));
     line->addWidget(m_formula, 1);
+    m_reading = new QLabel(panel);
+    m_reading->setTextFormat(Qt::PlainText);
+    m_reading->setWordWrap(true);
+    m_reading->setIndent(kTargetWidth);
     layout->addWidget(heading);
     layout->addLayout(line);
+    layout->addWidget(m_reading);
     connect(m_target, SIGNAL(activated(int)), this, SLOT(sl_cbTargetActivated(int)));
     connect(m_formula, &QLineEdit::textChanged, this, [this] {
         statusBar()->clearMessage();  // it told of the formula before
@@ -180,22 +171,6 @@ QWidget* EditTsWin::createFormula()
     });
     connect(m_formula, &QLineEdit::returnPressed, this, &EditTsWin::sl_calculate);
     return panel;
-}
-
-void EditTsWin::createTable()
-{
-    m_table = new QTableWidget(0, static_cast<int>(std::size(kColumns)), this);
-    m_table->setAccessibleName(QStringLiteral("Sources"));
-    for (int c = 0; c < m_table->columnCount(); ++c) {
-        auto* const header = new QTableWidgetItem(QLatin1String(kColumns[c].header));
-        header->setToolTip(QLatin1String(kColumns[c].tip));
-        m_table->setHorizontalHeaderItem(c, header);
-    }
-    m_table->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
-    m_table->setSelectionMode(QAbstractItemView::NoSelection);
-    // Tab goes from field to field and on; the table itself has nothing to do with keys.
-    m_table->setTabKeyNavigation(false);
-    m_table->setFocusPolicy(Qt::NoFocus);
 }
 
 // -- Sources --
@@ -206,42 +181,23 @@ void EditTsWin::sl_addSource()
         statusBar()->showMessage(QStringLiteral("No ts-files found on present directory"), kNoticeMs);
         return;
     }
-    if (m_rows.size() >= kMostSources) {
+    if (m_sources->sources().size() >= kMostSources) {
         statusBar()->showMessage(QStringLiteral("There are eight sources already."), kNoticeMs);
         return;
     }
-    addRow(QString(), 0);
-}
-
-void EditTsWin::addRow(const QString& file, unsigned column)
-{
-    const int index = static_cast<int>(m_rows.size()) + 1;
-    m_table->setRowCount(index);
-    m_table->setVerticalHeaderItem(index - 1, new QTableWidgetItem(QStringLiteral("x%1").arg(index)));
-    auto* const row = new EditVariable(index, m_table, this);
-    connect(row, &EditVariable::x_file_chosen, this, &EditTsWin::openFile);
-    connect(row, &EditVariable::x_changed, this, &EditTsWin::checkQuietly);
-    m_rows.push_back(row);
-    fillTargets();
-    row->choose(file, column);
+    m_sources->addSource(QString(), 0);
 }
 
 void EditTsWin::sl_removeSource()
 {
-    if (m_rows.empty())
-        return;
-    delete m_rows.back();
-    m_rows.pop_back();
-    m_table->setRowCount(static_cast<int>(m_rows.size()));
-    fillTargets();
-    checkQuietly();
+    m_sources->removeSource();
 }
 
 void EditTsWin::fillTargets()
 {
     const int before = m_target->currentIndex();
     m_target->clear();
-    for (const EditVariable* const row : m_rows)
+    for (const EditVariable* const row : m_sources->sources())
         m_target->addItem(QStringLiteral("x%1").arg(row->index()));
     if (before >= 0)
         m_target->setCurrentIndex(std::min(before, m_target->count() - 1));
@@ -254,8 +210,7 @@ void EditTsWin::changeEvent(QEvent* event)
     if (event->type() != QEvent::ActivationChange || !isActiveWindow() || JobProgress::isRunning() ||
         QApplication::activePopupWidget() != nullptr)
         return;
-    for (EditVariable* const row : m_rows)
-        row->refreshFiles();
+    m_sources->refreshFiles();
 }
 
 void EditTsWin::sl_cbTargetActivated(int index)
@@ -266,41 +221,69 @@ void EditTsWin::sl_cbTargetActivated(int index)
 
 EditVariable* EditTsWin::targetRow() const
 {
-    const int index = m_target->currentIndex();
-    return index < 0 || index >= static_cast<int>(m_rows.size()) ? nullptr
-                                                                 : m_rows[static_cast<std::size_t>(index)];
+    return m_sources->source(m_target->currentIndex());
 }
 
-// A file that several rows name is open once, so that a target read by its own formula is never stale.
-std::shared_ptr<TSFILE> EditTsWin::openShared(const QString& file) const
+// -- Calculating --
+
+QByteArray EditTsWin::formulaBytes() const
 {
-    for (const EditVariable* const row : m_rows)
-        if (row->ts() && isSameFile(row->file(), file))
-            return row->ts();
-    TsApplication* const application = TsApplication::instance();
-    if (application == nullptr || file.isEmpty())
-        return nullptr;
-    std::shared_ptr<TSFILE> ts(application->OpenTs(file, false));
-    if (!ts)
-        ts.reset(application->OpenTs(file, true));
-    return ts;
+    return m_formula->text().toUtf8().left(static_cast<int>(kFormulaBytes));
 }
 
-void EditTsWin::openFile(EditVariable* row)
+// While the user types: beside the field stands what is wrong, nothing pops up.
+void EditTsWin::checkQuietly()
 {
-    row->setTs(nullptr);
-    row->setTs(openShared(row->file()));
-    if (!row->ts())
-        say(QStringLiteral("%1 could not be opened").arg(row->fileName()));
+    const EditVariable* const target = targetRow();
+    const QByteArray formula = formulaBytes();
+    QStringList words;
+    try {
+        FormulaParser parser(formula.constData());
+        m_sources->bindTo(parser, target);
+        if (parser.Compile() != 0)
+            words.clear();  // nothing was typed yet
+        else if (parser.ErrorCode() == 0)
+            words = readingsOf(parser);
+        else
+            words << QString::fromLatin1(errorText(parser.ErrorCode(), parser.errorPosition()));
+        m_status->setText(target == nullptr ? QString()
+                                            : clockDifferences(m_sources->usedBy(formula, *target), *target));
+    } catch (const TS::Failure&) {
+        words << QStringLiteral("A source file cannot be read");
+    }
+    if (m_formula->text().toUtf8().size() > static_cast<int>(kFormulaBytes))
+        words.prepend(QStringLiteral("The formula is longer than 255 characters and will be cut"));
+    m_reading->setText(words.join(QStringLiteral("; ")));
 }
 
-// Another window may have rebuilt a file since it was chosen.
-void EditTsWin::reopenFiles()
+void EditTsWin::sl_calculate()
 {
-    for (EditVariable* const row : m_rows)
-        row->setTs(nullptr);
-    for (EditVariable* const row : m_rows)
-        row->setTs(openShared(row->file()));
+    statusBar()->clearMessage();  // it told of the calculation before
+    EditVariable* const target = targetRow();
+    if (target == nullptr)
+        showMessage(QStringLiteral("No target selected"));
+    else
+        showAnswer(m_calculation.calculate(*target, formulaBytes()));
+}
+
+void EditTsWin::sl_undo()
+{
+    showAnswer(m_calculation.undo());
+}
+
+void EditTsWin::showAnswer(const ColumnCalculation::Answer& answer)
+{
+    m_undo->setEnabled(m_calculation.canUndo());
+    if (!answer.status.isEmpty())
+        showStatus(answer.status);
+    if (!answer.notice.isEmpty())
+        m_notice->tell(answer.notice, QStringLiteral("Undo calculation"));
+    else if (!m_calculation.canUndo())
+        m_notice->hide();
+    if (!answer.box.isEmpty())
+        showMessage(answer.box);
+    if (answer.hasChanged)
+        emit x_directory_changed();
 }
 
 // -- The other actions --
@@ -317,7 +300,7 @@ void EditTsWin::sl_quickPlot()
     if (auto* const window = qobject_cast<SubWindow*>(m_plotWindow))
         connect(window, SIGNAL(windowGone(subWindow)), this, SLOT(sl_subwindowGone(subWindow)));
     else
-        say(QStringLiteral("%1 cannot be plotted").arg(target->fileName()));
+        showStatus(QStringLiteral("%1 cannot be plotted").arg(target->fileName()));
 }
 
 void EditTsWin::sl_subwindowGone(subWindow window)
@@ -328,14 +311,14 @@ void EditTsWin::sl_subwindowGone(subWindow window)
 
 void EditTsWin::sl_load()
 {
-    say(QStringLiteral("Loading..."));
+    showStatus(QStringLiteral("Loading..."));
     const QString name = QFileDialog::getOpenFileName(this, QStringLiteral("Open File"), QDir::currentPath(),
                                                       QStringLiteral("Text file (*.txt);;*.*"));
     if (name.isEmpty()) {
-        say(QStringLiteral("Loading aborted"));
+        showStatus(QStringLiteral("Loading aborted"));
         return;
     }
-    say(QStringLiteral("Nothing was loaded"));
+    showStatus(QStringLiteral("Nothing was loaded"));
     try {
         const auto formula = readFormulaFile(localName(name));
         if (!formula) {
@@ -345,7 +328,8 @@ void EditTsWin::sl_load()
         }
         m_formula->setText(QString::fromUtf8(formula->c_str()));
         const bool mayBeCut = formula->size() >= kFormulaBytes;
-        say((mayBeCut ? QStringLiteral("Loaded %1, cut after 255 characters") : QStringLiteral("Loaded %1"))
+        showStatus(
+            (mayBeCut ? QStringLiteral("Loaded %1, cut after 255 characters") : QStringLiteral("Loaded %1"))
                 .arg(QFileInfo(name).fileName()));
     } catch (const std::exception&) {
         showBox(QMessageBox::Warning, this, QStringLiteral("Ts-Edit"),
@@ -355,22 +339,22 @@ void EditTsWin::sl_load()
 
 void EditTsWin::sl_saveas()
 {
-    say(QStringLiteral("Saving..."));
+    showStatus(QStringLiteral("Saving..."));
     QFileDialog dialog(this, QStringLiteral("Save formula"), QDir::currentPath(),
                        QStringLiteral("Text file (*.txt);;"));
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     // Known to the dialog, so that it asks about the very file that will be written.
     dialog.setDefaultSuffix(QStringLiteral("txt"));
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) {
-        say(QStringLiteral("Saving aborted"));
+        showStatus(QStringLiteral("Saving aborted"));
         return;
     }
     const QString name = dialog.selectedFiles().constFirst();
     try {
         writeFormulaFile(localName(name), m_formula->text().toStdString());
-        say(QStringLiteral("Saved %1").arg(QFileInfo(name).fileName()));
+        showStatus(QStringLiteral("Saved %1").arg(QFileInfo(name).fileName()));
     } catch (const std::exception&) {
-        say(QStringLiteral("Nothing was saved"));
+        showStatus(QStringLiteral("Nothing was saved"));
         // The title is that of the program that this dialog came from, and stays.
         showBox(QMessageBox::Warning, this, QStringLiteral("Ts-Curvefit"),
                 QStringLiteral("%1 %2").arg(QStringLiteral("Unable to open"), name));
@@ -401,7 +385,7 @@ void EditTsWin::showMessage(const QString& text)
     showBox(QMessageBox::Warning, this, QStringLiteral("Veltrac"), text);
 }
 
-void EditTsWin::say(const QString& text)
+void EditTsWin::showStatus(const QString& text)
 {
     statusBar()->showMessage(text);
 }

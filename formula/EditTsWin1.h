@@ -4,14 +4,19 @@
 #include <memory>
 #include <vector>
 
-#include "formula/EditVariable.h"
+#include "formula/ColumnCalculation.h"
 #include "share/SubWindow.h"
 
-class FormulaParser;
+class QAction;
 class QComboBox;
 class QLabel;
 class QLineEdit;
-class QTableWidget;
+
+namespace veltrac {
+
+class NoticeStrip;
+
+}  // namespace veltrac
 
 class EditTsWin : public veltrac::SubWindow
 {
@@ -30,6 +35,8 @@ public slots:
     void sl_removeSource();
     void sl_quickPlot();
     void sl_calculate();
+    // Puts the values before the last calculation back; while there are none it does nothing.
+    void sl_undo();
     void sl_help();
     void sl_stdfunctions();
     void sl_cbTargetActivated(int index);
@@ -43,35 +50,21 @@ private:
     static const std::vector<ActionRow>& actionRows();
     void createActions();
     QWidget* createFormula();
-    void createTable();
-    void addRow(const QString& file, unsigned column);
     void fillTargets();
-
     EditVariable* targetRow() const;
-    std::shared_ptr<TSFILE> openShared(const QString& file) const;
-    void openFile(EditVariable* row);
-    void reopenFiles();
     QByteArray formulaBytes() const;
-    // A parser on m_buffer with the sources bound.
-    std::unique_ptr<FormulaParser> makeParser();
     void checkQuietly();
-    bool targetMayChange(const EditVariable& target);
-    std::vector<const EditVariable*> usedBy(const EditVariable& target) const;
-    bool areThere(const std::vector<const EditVariable*>& rows);
-    veltrac::CalculationRange rangeFor(const EditVariable& target, QString& reason) const;
-    TSFILE& reopenTarget(const EditVariable& target);
-    void tellOutcome(veltrac::JobOutcome outcome, const veltrac::CalculationRange& range,
-                     const veltrac::CalculationReport& report, double seconds);
-    void run(const EditVariable& target, const veltrac::CalculationRange& range);
+    void showAnswer(const veltrac::ColumnCalculation::Answer& answer);
     void showMessage(const QString& text);
-    void say(const QString& text);
+    void showStatus(const QString& text);
 
     QComboBox* m_target = nullptr;
     QLineEdit* m_formula = nullptr;
-    QTableWidget* m_table = nullptr;
+    QLabel* m_reading = nullptr;               // how the formula is read, while it is typed
+    veltrac::NoticeStrip* m_notice = nullptr;  // what the last calculation came to
+    veltrac::SourceTable* m_sources = nullptr;
     QLabel* m_status = nullptr;
-    std::vector<EditVariable*> m_rows;
-    QByteArray m_buffer;  // the formula that the parser reads
-    std::unique_ptr<FormulaParser> m_parser;
+    QAction* m_undo = nullptr;
+    veltrac::ColumnCalculation m_calculation;
     QWidget* m_plotWindow = nullptr;  // only compared
 };

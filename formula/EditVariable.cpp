@@ -87,25 +87,21 @@ void EditVariable::setTs(std::shared_ptr<TSFILE> ts)
     m_ts = std::move(ts);
     if (!m_ts)
         return;
-    const double start = m_ts->startTime();
-    const double dt = m_ts->dt();
+    const TimeBounds own = timesOf(*m_ts);
     m_showsOwn = true;
     if (!m_startEdited)
-        m_start->setText(timeText(start));
+        m_start->setText(timeText(own.start));
     if (!m_endEdited)
-        m_end->setText(timeText(start + (m_ts->samples() == 0 ? 0.0 : (m_ts->samples() - 1.0) * dt)));
+        m_end->setText(timeText(own.end));
     m_showsOwn = false;
-    m_sampleTime->setText(timeText(dt));
+    m_sampleTime->setText(timeText(m_ts->dt()));
 }
 
 // What the user has not edited is the file's own, to the last digit.
 TimeBounds EditVariable::bounds() const
 {
-    const double start = m_ts ? static_cast<double>(m_ts->startTime()) : 0.0;
-    const double dt = m_ts ? static_cast<double>(m_ts->dt()) : 0.0;
-    const double samples = m_ts ? m_ts->samples() : 0.0;
-    return {m_startEdited ? m_start->number() : start,
-            m_endEdited ? m_end->number() : start + (samples - 1.0) * dt};
+    const TimeBounds own = m_ts ? timesOf(*m_ts) : TimeBounds();
+    return {m_startEdited ? m_start->number() : own.start, m_endEdited ? m_end->number() : own.end};
 }
 
 bool EditVariable::hasBounds() const

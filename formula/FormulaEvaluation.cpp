@@ -9,6 +9,8 @@
 #include "core/ErrorReport.h"
 #include "core/TSFILE.h"
 #include "formula/FormulaFunctions.h"
+#include "formula/FormulaOperations.h"
+#include "formula/SourceLookup.h"
 
 namespace veltrac {
 
@@ -22,60 +24,39 @@ std::uint64_t reports = 0;
 // A sample no farther away than this is the nearest one.
 constexpr double kUnmistakable = 0.49;
 
-float sampleOf(const FormulaNode& variable, std::uint32_t sample)
+// `index` counts from the oldest sample that the source holds.
+float sampleOf(const FormulaNode& variable, std::uint32_t index)
 {
-    return variable.source->value(sample, static_cast<std::uint32_t>(variable.column));
-}
-
-// Before the first and behind the last sample, where the value is theirs, and times that are none.
-// The samples of a file without a sample time all lie at its start: up to there it is the first one.
-double outside(const FormulaNode& variable, double position, float t)
-{
-    if (std::isnan(t))
-        return std::numeric_limits<double>::quiet_NaN();
-    const std::uint32_t samples = variable.lookup.samples;
-    return samples == 0 ? 0.0 : sampleOf(variable, position > 0.0 ? samples : 1);
-}
-
-double between(const FormulaNode& variable, double position)
-{
-    const auto k = static_cast<std::uint32_t>(static_cast<std::int64_t>(position));
-    const double before = sampleOf(variable, k + 1);
-    const double after = sampleOf(variable, k + 2);
-    return before + (after - before) * (position - k);
+    return variable.source->value(variable.lookup.first + index, static_cast<std::uint32_t>(variable.column));
 }
 
 // Out of line, so that the usual case passes without a stack frame.
-[[gnu::noinline]] double fetchUnexpected(FormulaNode& variable, double position, double grain, float t)
+[[gnu::noinline]] double fetchUnexpected(FormulaNode& variable, double t)
 {
     SourceLookup& lookup = variable.lookup;
-    if (!(position > 0.0 && position < lookup.lastPosition))
-        return outside(variable, position, t);
-    auto nearest = static_cast<std::uint32_t>(static_cast<std::int64_t>(position));
-    nearest += position - nearest > 0.5 ? 1 : 0;
-    // A float tells t to half of its last place: a sample within that is meant itself.
-    if (std::fabs(position - nearest) > grain)
-        return between(variable, position);
-    lookup.step = nearest - (lookup.expected - lookup.step);
-    lookup.expected = nearest + lookup.step;
-    return sampleOf(variable, nearest + 1);
+    const Place place = placeOf(lookup, t);
+    if (place.isNowhere)
+        return std::isnan(t) ? std::numeric_limits<double>::quiet_NaN() : 0.0;
+    const double value = sampleOf(variable, place.index);
+    if (place.fraction != 0.0)
+        return interpolated(value, sampleOf(variable, place.index + 1), place.fraction);
+    lookup.step = place.index - (lookup.expected - lookup.step);
+    lookup.expected = place.index + lookup.step;
+    return value;
 }
 
 // The column's value at time t, between its two neighbouring samples. A calculation meets the samples in
 // steps that stay the same, so the value can be on its way before t has become a position.
-double fetch(FormulaNode& variable, float t)
+double fetch(FormulaNode& variable, double t)
 {
     SourceLookup& lookup = variable.lookup;
-    const double seconds = t;
-    const double position = (seconds - lookup.start) * lookup.rate;
-    const double grain = std::fabs(seconds) * lookup.grain;
     const std::uint32_t expected = lookup.expected;
     // Where a float tells samples no more apart, the nearest one is to be found first.
-    const double close = std::min(grain, kUnmistakable);
-    if (!(std::fabs(position - expected) <= close) || expected >= lookup.samples) [[unlikely]]
-        return fetchUnexpected(variable, position, grain, t);
+    const double close = std::min(lookup.grainAt(t), kUnmistakable);
+    if (!(std::fabs(lookup.positionAt(t) - expected) <= close) || expected >= lookup.samples) [[unlikely]]
+        return fetchUnexpected(variable, t);
     lookup.expected = expected + lookup.step;
-    return sampleOf(variable, expected + 1);
+    return sampleOf(variable, expected);
 }
 
 // -- Evaluators: a function a kind, so that a walk over the tree is a chain of short calls --
@@ -84,11 +65,6 @@ double fetch(FormulaNode& variable, float t)
 enum class Shape { Number, Time, Tree };
 constexpr std::size_t kShapes = 3;
 
-bool isConstant(const FormulaNode& node)
-{
-    return node.kind == 'n' || node.kind == 'p';
-}
-
 Shape shapeOf(const FormulaNode& node)
 {
     if (isConstant(node))
@@ -96,82 +72,60 @@ Shape shapeOf(const FormulaNode& node)
     return node.kind == 't' && node.sign > 0 ? Shape::Time : Shape::Tree;
 }
 
-double valueOf(FormulaNode* node, double t)
+double valueOf(const std::unique_ptr<FormulaNode>& node, Moment at)
 {
-    return node->evaluator(*node, t);
+    return node->evaluator(*node, at);
 }
 
 template <Shape shape>
-double operand(FormulaNode* node, double t)
+double operand(const std::unique_ptr<FormulaNode>& node, Moment at)
 {
     if constexpr (shape == Shape::Number)
         return node->value;
     else if constexpr (shape == Shape::Time)
-        return t;
+        return at.t;
     else
-        return valueOf(node, t);
+        return valueOf(node, at);
 }
 
-double number(FormulaNode& node, double /*t*/)
+double number(FormulaNode& node, Moment /*at*/)
 {
     return node.value;
 }
 
-double time(FormulaNode& /*node*/, double t)
+double time(FormulaNode& /*node*/, Moment at)
 {
-    return t;
+    return at.t;
 }
 
 // Out of line, so that a twin that is there already costs nothing of it.
-[[gnu::noinline]] double variable(FormulaNode& node, double t)
+[[gnu::noinline]] double variable(FormulaNode& node, Moment at)
 {
-    node.value = fetch(node, static_cast<float>(t));
+    node.value = fetch(node, at.t);
     node.fetchedIn = formulaEvaluations;
     return node.value;
 }
 
-// Another "x" of the same column: fetched once an evaluation, by whichever comes first.
-double sharedVariable(FormulaNode& node, double t)
+// Of the target's own file, whose samples need no time to be found.
+[[gnu::noinline]] double ownVariable(FormulaNode& node, Moment at)
 {
-    FormulaNode& twin = *node.twin;
-    node.value = twin.fetchedIn == formulaEvaluations ? twin.value : variable(twin, t);
+    node.value = node.source->value(at.sample, static_cast<std::uint32_t>(node.column));
     return node.value;
 }
 
-struct Sum
+// Another "x" of the same column: fetched once an evaluation, by whichever comes first.
+double sharedVariable(FormulaNode& node, Moment at)
 {
-    static double of(const FormulaNode& /*node*/, double left, double right) { return left + right; }
-};
-struct Difference
-{
-    static double of(const FormulaNode& /*node*/, double left, double right) { return left - right; }
-};
-struct Product
-{
-    static double of(const FormulaNode& /*node*/, double left, double right) { return left * right; }
-};
-// The sign is dropped on purpose: -max(a,b) is max(a,b) in every formula that users keep.
-struct Larger
-{
-    static double of(const FormulaNode& /*node*/, double left, double right) { return larger(left, right); }
-};
-struct Smaller
-{
-    static double of(const FormulaNode& /*node*/, double left, double right) { return smaller(left, right); }
-};
-struct Binary
-{
-    static double of(const FormulaNode& node, double left, double right)
-    {
-        return node.binaryFunction(left, right);
-    }
-};
+    FormulaNode& twin = *node.twin;
+    node.value = twin.fetchedIn == formulaEvaluations ? twin.value : variable(twin, at);
+    return node.value;
+}
 
 template <typename Operation, Shape left, Shape right>
-double combined(FormulaNode& node, double t)
+double combined(FormulaNode& node, Moment at)
 {
-    const double first = operand<left>(node.left, t);
-    return Operation::of(node, first, operand<right>(node.right, t));
+    const double first = operand<left>(node.left, at);
+    return Operation::of(node, first, operand<right>(node.right, at));
 }
 
 template <typename Operation>
@@ -188,55 +142,54 @@ Evaluator combination(const FormulaNode& node)
                    [static_cast<std::size_t>(shapeOf(*node.right))];
 }
 
-double quotient(FormulaNode& node, double t)
+double quotient(FormulaNode& node, Moment at)
 {
-    const double right = valueOf(node.right, t);
+    const double right = valueOf(node.right, at);
     if (right == 0.0) {
         reportFormulaError(kDivisionByZero);
         return 0.0;
     }
-    return valueOf(node.left, t) / right;
+    return valueOf(node.left, at) / right;
 }
 
-double power(FormulaNode& node, double t)
+double power(FormulaNode& node, Moment at)
 {
-    const double right = valueOf(node.right, t);
-    return std::pow(valueOf(node.left, t), right);
+    const double right = valueOf(node.right, at);
+    return std::pow(valueOf(node.left, at), right);
 }
 
-// What pow() gives for the commonest power, without the way there.
-double square(FormulaNode& node, double t)
+double square(FormulaNode& node, Moment at)
 {
-    const double left = valueOf(node.left, t);
+    const double left = valueOf(node.left, at);
     return left * left;
 }
 
-double unary(FormulaNode& node, double t)
+double unary(FormulaNode& node, Moment at)
 {
-    return node.unaryFunction(valueOf(node.right, t));
+    return node.unaryFunction(valueOf(node.right, at));
 }
 
-double unarySquareRoot(FormulaNode& node, double t)
+double unarySquareRoot(FormulaNode& node, Moment at)
 {
-    return std::sqrt(valueOf(node.right, t));
+    return std::sqrt(valueOf(node.right, at));
 }
 
-double missingArgument(FormulaNode& /*node*/, double /*t*/)
+double missingArgument(FormulaNode& /*node*/, Moment /*at*/)
 {
     reportFormulaError(kMissingArgument);
     return 0.0;
 }
 
 // A comma that no function adopted, and an "x" of no source.
-double nothing(FormulaNode& /*node*/, double /*t*/)
+double nothing(FormulaNode& /*node*/, Moment /*at*/)
 {
     return 0.0;
 }
 
 template <Evaluator positive>
-double negative(FormulaNode& node, double t)
+double negative(FormulaNode& node, Moment at)
 {
-    return -positive(node, t);
+    return -positive(node, at);
 }
 
 template <Evaluator positive>
@@ -266,7 +219,7 @@ Evaluator evaluatorOf(const FormulaNode& node)
         case '/':
             return quotient;
         case '^':
-            return node.right->kind == 'n' && node.right->value == 2.0 ? square : power;
+            return isSquare(node) ? square : power;
         case 'f':
             return node.unaryFunction == squareRoot ? withSign<unarySquareRoot>(node) : withSign<unary>(node);
         case 'm':
@@ -279,17 +232,19 @@ Evaluator evaluatorOf(const FormulaNode& node)
         case 'x':
             if (node.source == nullptr)
                 return nothing;
+            if (node.lookup.isOwn)
+                return withSign<ownVariable>(node);
             return node.twin == nullptr ? withSign<variable>(node) : withSign<sharedVariable>(node);
         default:
             return nothing;
     }
 }
 
-void fillMissingOperand(FormulaNode& node, FormulaNode*& child)
+void fillMissingOperand(FormulaNode& node, std::unique_ptr<FormulaNode>& child)
 {
     if (child != nullptr)
         return;
-    child = new FormulaNode;
+    child = std::make_unique<FormulaNode>();
     child->kind = 'n';
     child->parent = &node;
     child->evaluator = number;
@@ -300,12 +255,11 @@ void foldConstants(FormulaNode& node)
 {
     if (std::strchr("+-*", node.kind) == nullptr || !isConstant(*node.left) || !isConstant(*node.right))
         return;
-    node.value = node.evaluator(node, 0.0);
+    node.value = node.evaluator(node, {});
     node.kind = 'n';
     node.evaluator = number;
-    freeTree(node.left);
-    freeTree(node.right);
-    node.left = node.right = nullptr;
+    node.left.reset();
+    node.right.reset();
 }
 
 // The first "x" of each source that stands in a tree; there are few.
@@ -324,7 +278,7 @@ void linkTwin(FormulaNode& node, FirstOfSource& firsts)
 
 void prepare(FormulaNode& node, FirstOfSource& firsts)
 {
-    for (FormulaNode* const child : {node.left, node.right})
+    for (FormulaNode* const child : {node.left.get(), node.right.get()})
         if (child != nullptr)
             prepare(*child, firsts);
     const bool isOperator = std::strchr("+-*/^", node.kind) != nullptr;

@@ -14,11 +14,11 @@ void prepareTree(FormulaNode& root);
 // Counts the evaluations of all trees: tells a value of this one from one of an earlier one.
 inline std::uint64_t formulaEvaluations = 0;
 
-// The value of a tree that is ready, at time t, seconds. Allocates nothing.
-inline double evaluateTree(FormulaNode& root, double t)
+// The value of a tree that is ready. Allocates nothing.
+inline double evaluateTree(FormulaNode& root, Moment at)
 {
     ++formulaEvaluations;
-    return root.evaluator(root, t);
+    return root.evaluator(root, at);
 }
 
 // Reports a text (core/ErrorReport.h) and counts it.

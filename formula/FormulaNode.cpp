@@ -26,19 +26,3 @@ std::int32_t veltrac::priorityOf(char kind)
                                            [&](const Priority& row) { return row.kind == kind; });
     return found == std::end(kPriorities) ? -1 : found->priority;
 }
-
-void veltrac::freeTree(FormulaNode* node)
-{
-    if (node == nullptr)
-        return;
-    freeTree(node->left);
-    freeTree(node->right);
-    delete node;
-}
-
-FormulaNode* veltrac::topOf(FormulaNode* node)
-{
-    while (node != nullptr && node->parent != nullptr)
-        node = node->parent;
-    return node;
-}

@@ -6,11 +6,13 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
-#include <limits>
+#include <string_view>
+#include <utility>
 
 #include "core/TSFILE.h"
 #include "formula/FormulaEvaluation.h"
 #include "formula/FormulaFunctions.h"
+#include "formula/FormulaReading.h"
 
 using namespace veltrac;
 
@@ -65,17 +67,6 @@ bool endsWord(char c)
     return c == '\0' || isBlank(c) || std::strchr("+-*/^,)", c) != nullptr;
 }
 
-SourceLookup lookupOf(TSFILE& source)
-{
-    SourceLookup lookup;
-    lookup.samples = source.samples();
-    lookup.start = source.startTime();
-    lookup.rate = 1.0 / static_cast<double>(source.dt());
-    lookup.lastPosition = static_cast<double>(lookup.samples) - 1.0;
-    lookup.grain = static_cast<double>(std::numeric_limits<float>::epsilon()) * lookup.rate;
-    return lookup;
-}
-
 }  // namespace
 
 const char* veltrac::errorText(std::int32_t code, std::int32_t position)
@@ -93,10 +84,7 @@ FormulaParser::FormulaParser(const char* text)
 {
 }
 
-FormulaParser::~FormulaParser()
-{
-    freeTree(m_root);
-}
+FormulaParser::~FormulaParser() = default;
 
 void FormulaParser::SetSource(TSFILE* source, std::int32_t column, int k)
 {
@@ -129,69 +117,51 @@ int FormulaParser::Compile()
     m_errorCode = kNoError;
     m_depth = m_position = m_nodes = 0;
     m_cursor = m_text;
-    freeTree(m_root);
-    m_root = nullptr;
+    m_root.reset();
+    m_readings.clear();
 
     parseExpression(m_root);
-    m_root = topOf(m_root);
     if (m_errorCode == kNoError && m_depth != 0)
         m_errorCode = kMismatched;
-    if (m_errorCode != kNoError) {
-        freeTree(m_root);
-        m_root = nullptr;
-    }
-    if (m_root != nullptr)
+    if (m_errorCode != kNoError)
+        m_root.reset();
+    if (m_root != nullptr) {
+        noteOddities(*m_root, m_readings);
         prepareTree(*m_root);
+    }
     return 0;
 }
 
 // expression = token { token }; a group's parser ends at its ")".
-bool FormulaParser::parseExpression(FormulaNode*& slot)
+bool FormulaParser::parseExpression(Slot& top)
 {
     m_expectOperand = true;
-    if (!readToken(slot)) {
-        if (slot != nullptr)
+    if (!readToken(top)) {
+        if (top != nullptr)
             m_errorCode = kUnknown;
         return false;
     }
-    FormulaNode* current = slot;
+    FormulaNode* current = top.get();
     for (;;) {
-        FormulaNode* token = nullptr;
-        if (!readToken(token)) {
-            freeTree(topOf(token));
+        Slot token;
+        if (!readToken(token))
             return m_errorCode == kNoError;
-        }
-        insert(current, token);
+        insert(top, current, std::move(token));
     }
 }
 
-namespace {
-
-bool hasComma(const FormulaNode* node)
-{
-    return node != nullptr && (node->kind == ',' || hasComma(node->left) || hasComma(node->right));
-}
-
-}  // namespace
-
-// Those of argument lists were taken out of the tree when it was built.
-bool FormulaParser::hasStrayComma() const noexcept
-{
-    return hasComma(m_root);
-}
-
-void FormulaParser::insert(FormulaNode*& current, FormulaNode* token)
+void FormulaParser::insert(Slot& top, FormulaNode*& current, Slot token)
 {
     const bool argumentList = token->kind == ',' && token->priority == kGroupPriority;
     if (current->kind == 'm' && argumentList) {
-        current->left = token->left;
-        current->right = token->right;
-        for (FormulaNode* const argument : {current->left, current->right})
+        current->left = std::move(token->left);
+        current->right = std::move(token->right);
+        for (FormulaNode* const argument : {current->left.get(), current->right.get()})
             if (argument != nullptr)
                 argument->parent = current;
-        delete token;
         return;
     }
+    FormulaNode* const inserted = token.get();
     if (token->priority <= current->priority) {
         while (current->parent != nullptr && token->priority <= current->parent->priority) {
             // "^" binds to the right, all others to the left.
@@ -199,20 +169,20 @@ void FormulaParser::insert(FormulaNode*& current, FormulaNode* token)
                 break;
             current = current->parent;
         }
-        if (current->parent != nullptr) {
-            token->parent = current->parent;
-            current->parent->right = token;
-        }
-        current->parent = token;
-        token->left = current;
+        // The token takes the place of what has been read so far, and that goes below it.
+        Slot& place = current->parent == nullptr ? top : current->parent->right;
+        token->parent = current->parent;
+        current->parent = inserted;
+        token->left = std::move(place);
+        place = std::move(token);
     } else {
-        current->right = token;
         token->parent = current;
+        current->right = std::move(token);
     }
-    current = token;
+    current = inserted;
 }
 
-bool FormulaParser::readToken(FormulaNode*& slot)
+bool FormulaParser::readToken(Slot& slot)
 {
     while (*m_cursor != '\0' && isBlank(*m_cursor))
         consume(1);
@@ -225,7 +195,7 @@ bool FormulaParser::readToken(FormulaNode*& slot)
     return m_expectOperand ? readOperand(slot) : readOperator(slot);
 }
 
-bool FormulaParser::readGroup(FormulaNode*& slot)
+bool FormulaParser::readGroup(Slot& slot)
 {
     if (!m_expectOperand) {
         m_errorCode = kOperatorExpected;
@@ -239,13 +209,13 @@ bool FormulaParser::readGroup(FormulaNode*& slot)
     ++m_depth;
     if (!parseExpression(slot))
         return false;
-    slot = topOf(slot);
     slot->priority = kGroupPriority;
+    slot->hasMinus = false;
     return true;
 }
 
 // What is no operator ends the parse without an error, on purpose: "2x1" is 2.
-bool FormulaParser::readOperator(FormulaNode*& slot)
+bool FormulaParser::readOperator(Slot& slot)
 {
     const char c = *m_cursor;
     if (c == '\0' || std::strchr("+-*/^),", c) == nullptr)
@@ -260,9 +230,9 @@ bool FormulaParser::readOperator(FormulaNode*& slot)
     return true;
 }
 
-bool FormulaParser::readOperand(FormulaNode*& slot)
+bool FormulaParser::readOperand(Slot& slot)
 {
-    using Reader = Outcome (FormulaParser::*)(FormulaNode*&);
+    using Reader = Outcome (FormulaParser::*)(Slot&);
     static constexpr Reader kReaders[] = {&FormulaParser::readNumber, &FormulaParser::readSource,
                                           &FormulaParser::readTime,   &FormulaParser::readPi,
                                           &FormulaParser::readUnary,  &FormulaParser::readBinary};
@@ -276,9 +246,9 @@ bool FormulaParser::readOperand(FormulaNode*& slot)
 
 // -- Operands; a leading "-" belongs to them --
 
-FormulaNode* FormulaParser::makeNode(char kind)
+FormulaParser::Slot FormulaParser::makeNode(char kind)
 {
-    auto* const node = new FormulaNode;
+    auto node = std::make_unique<FormulaNode>();
     node->kind = kind;
     node->priority = priorityOf(kind);
     ++m_nodes;
@@ -303,7 +273,7 @@ FormulaParser::Outcome FormulaParser::fail(std::int32_t code)
 }
 
 // number = ["-"] digits ["." digits] ["e" ["-"] ["+"] digits]
-FormulaParser::Outcome FormulaParser::readNumber(FormulaNode*& slot)
+FormulaParser::Outcome FormulaParser::readNumber(Slot& slot)
 {
     const bool negative = isNegated();
     const char first = m_cursor[negative ? 1 : 0];
@@ -325,6 +295,7 @@ FormulaParser::Outcome FormulaParser::readNumber(FormulaNode*& slot)
         return fail(kOperandExpected);
     slot = makeNode('n');
     slot->value = negative ? -value : value;
+    slot->hasMinus = negative;
     m_expectOperand = false;
     return Outcome::Accepted;
 }
@@ -353,7 +324,7 @@ bool FormulaParser::readExponent(double& value)
     return true;
 }
 
-FormulaParser::Outcome FormulaParser::readSource(FormulaNode*& slot)
+FormulaParser::Outcome FormulaParser::readSource(Slot& slot)
 {
     const bool negative = isNegated();
     const char letter = m_cursor[negative ? 1 : 0];
@@ -372,9 +343,10 @@ FormulaParser::Outcome FormulaParser::readSource(FormulaNode*& slot)
         column = m_sourceColumns[k];
         consume(1);
     }
-    const SourceLookup lookup = source == nullptr ? SourceLookup() : lookupOf(*source);
+    const SourceLookup lookup = source == nullptr ? SourceLookup() : lookupOf(*source, m_target);
     slot = makeNode('x');
     slot->sign = negative ? -1 : 1;
+    slot->hasMinus = negative;
     slot->source = source;
     slot->column = column;
     slot->lookup = lookup;
@@ -382,7 +354,7 @@ FormulaParser::Outcome FormulaParser::readSource(FormulaNode*& slot)
     return Outcome::Accepted;
 }
 
-FormulaParser::Outcome FormulaParser::readTime(FormulaNode*& slot)
+FormulaParser::Outcome FormulaParser::readTime(Slot& slot)
 {
     const bool negative = isNegated();
     const char* const at = m_cursor + (negative ? 1 : 0);
@@ -391,11 +363,12 @@ FormulaParser::Outcome FormulaParser::readTime(FormulaNode*& slot)
     consume(negative ? 2 : 1);
     slot = makeNode('t');
     slot->sign = negative ? -1 : 1;
+    slot->hasMinus = negative;
     m_expectOperand = false;
     return Outcome::Accepted;
 }
 
-FormulaParser::Outcome FormulaParser::readPi(FormulaNode*& slot)
+FormulaParser::Outcome FormulaParser::readPi(Slot& slot)
 {
     const bool negative = isNegated();
     const char* const at = m_cursor + (negative ? 1 : 0);
@@ -404,49 +377,69 @@ FormulaParser::Outcome FormulaParser::readPi(FormulaNode*& slot)
     consume(negative ? 3 : 2);
     slot = makeNode('p');
     slot->value = negative ? -kPi : kPi;
+    slot->hasMinus = negative;
     m_expectOperand = false;
     return Outcome::Accepted;
 }
 
-FormulaParser::Outcome FormulaParser::readUnary(FormulaNode*& slot)
+FormulaParser::Outcome FormulaParser::readUnary(Slot& slot)
 {
     const UnaryEntry* const entry = unaryAt(m_cursor + (isNegated() ? 1 : 0));
     if (entry == nullptr)
         return Outcome::Declined;
-    FormulaNode* const node = makeNode('f');
+    Slot node = makeNode('f');
     node->unaryFunction = entry->function;
-    return skipToGroup(node, slot);
+    return skipToGroup(std::move(node), entry->name, slot);
 }
 
-FormulaParser::Outcome FormulaParser::readBinary(FormulaNode*& slot)
+FormulaParser::Outcome FormulaParser::readBinary(Slot& slot)
 {
     const BinaryEntry* const entry = binaryAt(m_cursor + (isNegated() ? 1 : 0));
     if (entry == nullptr)
         return Outcome::Declined;
-    FormulaNode* const node = makeNode('m');
+    Slot node = makeNode('m');
     node->binaryFunction = entry->function;
-    return skipToGroup(node, slot);
+    return skipToGroup(std::move(node), entry->name, slot);
 }
 
 // Whatever stands between a function's name and its "(" is passed over.
-FormulaParser::Outcome FormulaParser::skipToGroup(FormulaNode* node, FormulaNode*& slot)
+FormulaParser::Outcome FormulaParser::skipToGroup(Slot node, const char* name, Slot& slot)
 {
-    node->sign = isNegated() ? -1 : 1;
+    node->hasMinus = isNegated();
+    node->sign = node->hasMinus ? -1 : 1;
+    const char* const begin = m_cursor + (node->hasMinus ? 1 : 0);
     while (*m_cursor != '\0' && *m_cursor != '(')
         consume(1);
-    if (*m_cursor == '\0') {
-        delete node;
+    if (*m_cursor == '\0')
         return fail(kInvalidFunction);
-    }
-    slot = node;
+    std::string_view written(begin, static_cast<std::size_t>(m_cursor - begin));
+    while (isBlank(written.back()))
+        written.remove_suffix(1);
+    if (written != name)
+        m_readings.push_back(readAs(written, name));
+    slot = std::move(node);
     m_expectOperand = true;
     return Outcome::Accepted;
 }
 
+std::vector<std::string> FormulaParser::readings() const
+{
+    if (m_errorCode != kNoError)
+        return {};
+    if (m_root == nullptr)
+        return {readAs(m_text, "0")};
+    std::vector<std::string> all;
+    std::string end = readUpTo(m_text, static_cast<std::size_t>(m_cursor - m_text), m_expectOperand);
+    if (!end.empty())
+        all.push_back(std::move(end));
+    all.insert(all.end(), m_readings.begin(), m_readings.end());
+    return all;
+}
+
 // -- Evaluating --
 
-double FormulaParser::Evaluate(std::int32_t /*sample*/, double t)
+double FormulaParser::Evaluate(std::int32_t sample, double t)
 {
     // No formula with an error keeps its tree.
-    return m_root == nullptr ? 0.0 : evaluateTree(*m_root, t);
+    return m_root == nullptr ? 0.0 : evaluateTree(*m_root, {t, static_cast<std::uint32_t>(sample)});
 }

@@ -7,7 +7,6 @@
 #include <QPushButton>
 
 #include <array>
-#include <system_error>
 
 #include "share/Boxes.h"
 
@@ -17,28 +16,25 @@ namespace {
 
 struct KindRow
 {
-    TextKind kind;
+    ImportKind kind;
     const char* looks;
     const char* button;
 };
 constexpr std::array kKinds = {
-    KindRow{TextKind::Tsa, "a tsa text", "Read as &tsa text"},
-    KindRow{TextKind::Table, "a table of readings (STL)", "Read as ta&ble (STL)"},
-    KindRow{TextKind::SingleColumn, "a column of values (SCL)", "Read as &column (SCL)"},
+    KindRow{ImportKind::Tsa, "a tsa text", "Read as &tsa text"},
+    KindRow{ImportKind::Stl, "a table of readings (STL)", "Read as ta&ble (STL)"},
+    KindRow{ImportKind::Scl, "a column of values (SCL)", "Read as &column (SCL)"},
 };
 
 }  // namespace
 
-std::optional<TextKind> askTextKind(QWidget* window, const QStringList& texts)
+std::optional<ImportKind> askImportKind(QWidget* window, const QStringList& texts)
 {
     const QString name = QFileInfo(texts.constFirst()).fileName();
-    TextKind likely = TextKind::Table;
-    try {
-        likely = textKind(QFile::encodeName(texts.constFirst()).toStdString());
-    } catch (const std::system_error& e) {
-        showBox(
-            QMessageBox::Warning, window, QStringLiteral("Veltrac"),
-            QStringLiteral("%1 cannot be read: %2.").arg(name, QString::fromStdString(e.code().message())));
+    const ImportKind likely = importKindOf(QFile::encodeName(texts.constFirst()).toStdString());
+    if (likely == ImportKind::None) {
+        showBox(QMessageBox::Warning, window, QStringLiteral("Veltrac"),
+                QStringLiteral("%1 holds no text with numbers that could be imported.").arg(name));
         return std::nullopt;
     }
 

@@ -5,7 +5,7 @@
 
 #include <optional>
 
-#include "converters/TextKind.h"
+#include "converters/ImportKind.h"
 
 class QWidget;
 
@@ -13,7 +13,7 @@ namespace veltrac {
 
 // Asks how the texts are to be read, what they look like being the suggestion. Nothing where the user cancels
 // or they cannot be read, which a box says.
-std::optional<TextKind> askTextKind(QWidget* window, const QStringList& texts);
+std::optional<ImportKind> askImportKind(QWidget* window, const QStringList& texts);
 
 // A file as the table shows it where it is in the working directory; else its whole path.
 QString shownName(const QString& path);

@@ -14,7 +14,6 @@
 #include <QStatusBar>
 #include <QVBoxLayout>
 
-#include <charconv>
 #include <memory>
 
 #include "core/FailureText.h"
@@ -26,6 +25,7 @@
 #include "portal/HeaderFields.h"
 #include "portal/StartField.h"
 #include "portal/TsApplication.h"
+#include "portal/TsFileTexts.h"
 #include "share/Boxes.h"
 #include "share/HeaderText.h"
 #include "share/JobProgress.h"
@@ -44,14 +44,6 @@ constexpr int kLeastRowHeight = 18;
 constexpr int kMostRowHeight = 30;
 // Boxes about empty names before the status bar tells the rest.
 constexpr std::size_t kMostNameBoxes = 3;
-
-// The shortest text that reads back as the same float.
-QString floatText(float v)
-{
-    char text[32];
-    const auto result = std::to_chars(text, text + sizeof text, v);
-    return QString::fromLatin1(text, static_cast<int>(result.ptr - text));
-}
 
 std::unique_ptr<TSFILE> openFile(const QString& name, bool readOnly)
 {
@@ -108,7 +100,7 @@ QWidget* EditHeaderWin::createFields()
     connect(&m_fields->startTime(), &QLineEdit::textChanged, this, &EditHeaderWin::sl_startTimeChanged);
     connect(&m_fields->samples(), &QLineEdit::textChanged, this, &EditHeaderWin::sl_samplesChanged);
     connect(&m_fields->columns(), &QLineEdit::textChanged, this, &EditHeaderWin::sl_columnsChanged);
-    connect(m_fields, &HeaderFields::x_start_date_edited, this, [this] { m_startDateChanged = true; });
+    connect(m_fields, &HeaderFields::x_start_date_edited, this, [this] { m_edits.startDate = true; });
     connect(&m_fields->startDate(), &StartField::x_validated, this, &EditHeaderWin::updateState);
     // A count is applied when its field is left, also by Enter: what that has done is to be seen. Enter in
     // the other fields presses OK.
@@ -189,8 +181,7 @@ void EditHeaderWin::readHeader()
     } catch (const TS::Failure&) {
         showInStatusBar(QStringLiteral("The header of %1 could not be read.").arg(m_shownName));
     }
-    m_descriptionChanged = m_timeUnitChanged = m_sampleTimeChanged = m_startTimeChanged = m_startDateChanged =
-        false;
+    m_edits = {};
     updateState();
 }
 
@@ -209,12 +200,6 @@ void EditHeaderWin::rememberFileTime()
     m_fileTime = QFileInfo(m_fileName).lastModified();
 }
 
-bool EditHeaderWin::hasFieldEdits() const
-{
-    return m_descriptionChanged || m_timeUnitChanged || m_sampleTimeChanged || m_startTimeChanged ||
-           m_startDateChanged;
-}
-
 // Another window may have rebuilt or computed what is shown here.
 void EditHeaderWin::changeEvent(QEvent* event)
 {
@@ -222,7 +207,7 @@ void EditHeaderWin::changeEvent(QEvent* event)
     if (event->type() != QEvent::ActivationChange || !isActiveWindow() || JobProgress::isRunning() ||
         QFileInfo(m_fileName).lastModified() == m_fileTime)
         return;
-    if (hasFieldEdits())
+    if (m_edits.any())
         rememberFileTime();
     else
         readHeader();
@@ -254,23 +239,23 @@ void EditHeaderWin::sl_refresh()
 
 void EditHeaderWin::sl_fileDescrChanged(const QString& /*text*/)
 {
-    m_descriptionChanged = true;
+    m_edits.description = true;
 }
 
 void EditHeaderWin::sl_timeUnitChanged(const QString& /*text*/)
 {
-    m_timeUnitChanged = true;
+    m_edits.timeUnit = true;
 }
 
 void EditHeaderWin::sl_sampleTimeChanged(const QString& /*text*/)
 {
-    m_sampleTimeChanged = true;
+    m_edits.sampleTime = true;
     updateState();
 }
 
 void EditHeaderWin::sl_startTimeChanged(const QString& /*text*/)
 {
-    m_startTimeChanged = true;
+    m_edits.startTime = true;
     updateState();
 }
 
@@ -469,7 +454,7 @@ void EditHeaderWin::sl_finished()
 // Writes what the user changed and nothing else, so that texts that could not be decoded keep their bytes.
 bool EditHeaderWin::writeFields()
 {
-    if (!hasFieldEdits())
+    if (!m_edits.any())
         return true;
     if (!mayWrite(this, m_fileName))
         return false;
@@ -477,15 +462,15 @@ bool EditHeaderWin::writeFields()
         const std::unique_ptr<TSFILE> file = openFile(m_fileName, false);
         if (!file)
             throw TS::OPEN_ERROR(m_fileName.toLocal8Bit().toStdString());
-        if (m_descriptionChanged)
+        if (m_edits.description)
             file->description(headerBytes(m_fields->description().text(), kFileDescriptionBytes).constData());
-        if (m_timeUnitChanged)
+        if (m_edits.timeUnit)
             file->timeUnit(headerBytes(m_fields->timeUnit().text(), kTimeUnitBytes).constData());
-        if (m_sampleTimeChanged)
+        if (m_edits.sampleTime)
             file->dt(static_cast<float>(m_fields->sampleTime().number()));
-        if (m_startDateChanged)
+        if (m_edits.startDate)
             file->startSeconds(m_fields->startSeconds());
-        if (m_startTimeChanged)
+        if (m_edits.startTime)
             file->setStart(file->startSeconds(), static_cast<float>(m_fields->startTime().number()));
         file->flush(true);
     } catch (const TS::Failure&) {

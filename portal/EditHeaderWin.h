@@ -50,6 +50,18 @@ protected:
     void changeEvent(QEvent* event) override;
 
 private:
+    // Which fields the user has changed: the others keep their bytes in the file.
+    struct Edits
+    {
+        bool description = false;
+        bool timeUnit = false;
+        bool sampleTime = false;
+        bool startTime = false;
+        bool startDate = false;
+
+        bool any() const { return description || timeUnit || sampleTime || startTime || startDate; }
+    };
+
     QWidget* createFields();
     QWidget* createTable();
     QWidget* createButtons();
@@ -69,7 +81,6 @@ private:
     bool writeFields();
     void writeCell(int row, int column);
     void updateState();
-    bool hasFieldEdits() const;
     void showInStatusBar(const QString& text);
     void showWarningBox(const QString& title, const QString& text);
 
@@ -82,11 +93,7 @@ private:
     unsigned m_enteredColumns = 0;
     bool m_isRing = false;
     bool m_isClosing = false;
-    bool m_descriptionChanged = false;
-    bool m_timeUnitChanged = false;
-    bool m_sampleTimeChanged = false;
-    bool m_startTimeChanged = false;
-    bool m_startDateChanged = false;
+    Edits m_edits;
     QDateTime m_fileTime;  // of the file as it is shown
 
     veltrac::HeaderFields* m_fields = nullptr;

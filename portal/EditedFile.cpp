@@ -3,11 +3,12 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <cstring>
-#include <fstream>
+#include <cerrno>
 #include <set>
+#include <system_error>
 #include <utility>
 
+#include "core/CopyFile.h"
 #include "core/FailureText.h"
 #include "core/ScratchFile.h"
 #include "core/TsNames.h"
@@ -43,12 +44,22 @@ std::uint64_t samplesIn(const std::vector<SampleRun>& runs)
     return sum;
 }
 
-bool isSameFile(int a, int b)
+struct stat statOf(int descriptor)
 {
-    struct stat statA = {};
-    struct stat statB = {};
-    return ::fstat(a, &statA) == 0 && ::fstat(b, &statB) == 0 && statA.st_dev == statB.st_dev &&
-           statA.st_ino == statB.st_ino;
+    struct stat found = {};
+    if (::fstat(descriptor, &found) != 0)
+        throw std::system_error(errno, std::generic_category());
+    return found;
+}
+
+bool isSameFile(const struct stat& a, const struct stat& b)
+{
+    return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+}
+
+std::uint64_t bytesBehind(int descriptor)
+{
+    return static_cast<std::uint64_t>(statOf(descriptor).st_size);
 }
 
 void stampColumns(TSFILE& file, const std::vector<SampleRun>& runs)
@@ -133,11 +144,17 @@ void EditedFile::showAnew() noexcept
     }
 }
 
+bool EditedFile::isItself(const fs::path& path) const
+{
+    struct stat there = {};
+    return ::stat(path.c_str(), &there) == 0 && isSameFile(there, statOf(m_reader.descriptor()));
+}
+
 // Refuses a file that another program has put in the place of the one that is shown.
 std::unique_ptr<TSFILE> EditedFile::openForWriting() const
 {
     auto file = openTsFile(m_path.string(), false);
-    if (!isSameFile(file->descriptor(), m_reader.descriptor()))
+    if (!isSameFile(statOf(file->descriptor()), statOf(m_reader.descriptor())))
         throw std::runtime_error("another program has replaced the file");
     return file;
 }
@@ -196,26 +213,14 @@ JobOutcome EditedFile::saveAs(const fs::path& target, const Progress& progress)
 {
     try {
         Job job{m_edits.unsavedRuns(), progress};
-        const std::uint64_t bytes = fs::file_size(m_path);
-        job.total = bytes / sizeof(float) + samplesIn(job.runs);
+        const std::uint64_t copied = bytesBehind(m_reader.descriptor()) / sizeof(float);
+        job.total = copied + samplesIn(job.runs);
         const fs::path directory = target.parent_path();
         ScratchFile scratch(directory.empty() ? fs::path(".") : directory, ".veltrac-save", ".ts");
-        std::ifstream in(m_path, std::ios::binary);
-        std::ofstream out(scratch.path(), std::ios::binary);
-        std::vector<char> block(1U << 20);
-        for (std::uint64_t left = bytes; left > 0;) {
-            const std::size_t count = std::min<std::uint64_t>(left, block.size());
-            if (!in.read(block.data(), static_cast<std::streamsize>(count)))
-                throw std::runtime_error("the file cannot be read");
-            if (!out.write(block.data(), static_cast<std::streamsize>(count)))
-                throw std::runtime_error("the disk took no more (is it full?)");
-            left -= count;
-            if (!job.step(count / sizeof(float)))
-                return JobOutcome::Cancelled;
-        }
-        out.close();
-        if (!out)
-            throw std::runtime_error("the disk took no more (is it full?)");
+        // Not by its name: another program may have given that to another file, or removed it.
+        if (copyBytes(m_reader.descriptor(), scratch.path(), job.part(copied)) == JobOutcome::Cancelled)
+            return JobOutcome::Cancelled;
+        job.done += copied;
         const auto copy = openTsFile(scratch.path().string(), false);
         if (!writeRuns(*copy, job))
             return JobOutcome::Cancelled;

@@ -39,8 +39,13 @@ public:
     JobOutcome save(const Progress& progress);
 
     // Writes a copy of the file, with what is shown, as `target`, in one step when it is whole. The file
-    // itself and the list stay as they are. Throws SaveFailed.
+    // itself and the list stay as they are. A file that has lost its name meanwhile is rescued so. Throws
+    // SaveFailed.
     JobOutcome saveAs(const std::filesystem::path& target, const Progress& progress);
+
+    // Whether the path leads to the very file that is shown: false for its own path once another program has
+    // removed or replaced it. Throws std::system_error.
+    bool isItself(const std::filesystem::path& path) const;
 
 private:
     struct Job;

@@ -255,11 +255,10 @@ void SampleView::goTo(int row, int column)
         return;
     row = std::clamp(row, 0, totalRows() - 1);
     moveWindowTo(row);
-    m_anchorRow = row;
-    m_anchorColumn = column;
     const QModelIndex index = indexOfRow(row, column);
     selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect);
     noteCurrent(index);
+    dropAnchor();
     scrollTo(index, QAbstractItemView::EnsureVisible);
 }
 
@@ -289,10 +288,8 @@ void SampleView::noteCurrent(const QModelIndex& current)
     if (m_applying || !current.isValid())
         return;
     moveCurrent(current);
-    if ((QApplication::keyboardModifiers() & Qt::ShiftModifier) == 0) {
-        m_anchorRow = m_currentRow;
-        m_anchorColumn = m_currentColumn;
-    }
+    if ((QApplication::keyboardModifiers() & Qt::ShiftModifier) == 0)
+        dropAnchor();
 }
 
 QModelIndex SampleView::moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers)
@@ -318,8 +315,9 @@ void SampleView::keyPressEvent(QKeyEvent* event)
     };
     const auto move = kMoves.find(event->key());
     const bool extends = (event->modifiers() & Qt::ShiftModifier) != 0;
-    // The anchor may lie outside of the window, where the base class cannot know it.
-    if (m_window && move != kMoves.end() && extends) {
+    // Qt extends from where it was last pressed or typed, not from where the user has been led since; and the
+    // anchor may lie outside of the window.
+    if (move != kMoves.end() && extends) {
         const QModelIndex next = moveCursor(move->second, event->modifiers() & ~Qt::ShiftModifier);
         if (next.isValid())
             extendTo(next.row() + offset(), next.column());
@@ -341,25 +339,27 @@ void SampleView::keyPressEvent(QKeyEvent* event)
         goTo(m_currentRow + 1, m_currentColumn);
         event->accept();
     }
-    if (!extends) {
-        m_anchorRow = m_currentRow;
-        m_anchorColumn = m_currentColumn;
-    }
+    if (!extends || event->key() == Qt::Key_Backtab)
+        dropAnchor();
+}
+
+void SampleView::dropAnchor()
+{
+    m_anchorRow = m_currentRow;
+    m_anchorColumn = m_currentColumn;
 }
 
 void SampleView::mousePressEvent(QMouseEvent* event)
 {
     const QModelIndex index = indexAt(event->pos());
-    if (m_window && event->button() == Qt::LeftButton && (event->modifiers() & Qt::ShiftModifier) != 0 &&
+    if (event->button() == Qt::LeftButton && (event->modifiers() & Qt::ShiftModifier) != 0 &&
         index.isValid()) {
         extendTo(index.row() + offset(), index.column());
         return;
     }
     QTableView::mousePressEvent(event);
-    m_anchorRow = m_currentRow;
-    m_anchorColumn = m_currentColumn;
-    m_dragging = m_window && event->button() == Qt::LeftButton && event->modifiers() == Qt::NoModifier &&
-                 index.isValid();
+    dropAnchor();
+    m_dragging = event->button() == Qt::LeftButton && event->modifiers() == Qt::NoModifier && index.isValid();
 }
 
 // The base class drags as far as the window's edge.

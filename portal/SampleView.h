@@ -108,6 +108,8 @@ private:
     void moveWindowTo(int row);
     void keepAwayFromEdges();
     void applySelection();
+    // A selection by Shift extends from the current cell from now on.
+    void dropAnchor();
     void extendTo(int row, int column);
     void dragTo(const QPoint& place);
     void syncBar();

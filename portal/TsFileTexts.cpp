@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cmath>
 
 #include "core/TimeUnits.h"
@@ -56,6 +57,13 @@ std::vector<std::string> shownTsFiles(int& foreign)
     return sorted;
 }
 
+QString floatText(float v)
+{
+    char text[32];
+    const auto result = std::to_chars(text, text + sizeof text, v);
+    return QString::fromLatin1(text, static_cast<int>(result.ptr - text));
+}
+
 QString sampleTimeText(double sampleTime)
 {
     return QStringLiteral("%1").arg(sampleTime, 0, 'f', std::fabs(sampleTime) > 1.0 ? 3 : 4);
@@ -64,9 +72,7 @@ QString sampleTimeText(double sampleTime)
 QString sampleTimeTip(const TsFileRecord& record)
 {
     const QString unit = headerText(record.timeUnit.c_str());
-    const QString time =
-        QString::number(static_cast<float>(record.sampleTime), 'g', QLocale::FloatingPointShortest) +
-        QLatin1Char(' ') + unit;
+    const QString time = floatText(static_cast<float>(record.sampleTime)) + QLatin1Char(' ') + unit;
     const double seconds = record.sampleTime * record.unitSeconds;
     const bool isTime = secondsOfUnit(unit.toLower().toStdString()) > 0.0;
     return isTime && std::isfinite(seconds) && seconds > 0.0

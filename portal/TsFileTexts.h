@@ -1,4 +1,4 @@
-// How the main window's table shows ts-files: their order, and their sample times.
+// How the windows show ts-files: their order, and the numbers of their headers.
 #pragma once
 
 #include <QString>
@@ -15,6 +15,8 @@ namespace veltrac {
 // `foreign` and left out: no text of Qt's leads back to them.
 std::vector<std::string> shownTsFiles(int& foreign);
 
+// The shortest text that reads back as the same float.
+QString floatText(float v);
 // A sample time as the table shows it: three decimals beyond one second, else four.
 QString sampleTimeText(double sampleTime);
 // The same in full, with the rate where times are times: "4.5351473e-05 s, 22.05 kHz".

@@ -46,13 +46,24 @@ std::optional<float> veltrac::cellNumber(const QString& text)
     return static_cast<float>(*number);
 }
 
-TsTableModel::TsTableModel(TSFILE* file, QObject* parent) : QAbstractTableModel(parent), m_file(file) {}
+TsTableModel::TsTableModel(TSFILE* file, QObject* parent) : QAbstractTableModel(parent)
+{
+    takeFile(file);
+}
 
 void TsTableModel::setFile(TSFILE* file)
 {
     beginResetModel();
-    m_file.reset(file);
+    takeFile(file);
     endResetModel();
+}
+
+void TsTableModel::takeFile(TSFILE* file)
+{
+    constexpr std::uint32_t kMostRows = std::numeric_limits<int>::max() - 1;
+    m_file.reset(file);
+    m_rows = static_cast<int>(std::min(file->samples(), kMostRows));
+    m_columns = static_cast<int>(std::min<std::uint32_t>(file->columns(), kMostColumns));
 }
 
 void TsTableModel::makeEditable(const std::filesystem::path& path)
@@ -99,17 +110,6 @@ void TsTableModel::showChanges()
     if (rowCount() > 0 && columnCount() > 0)
         emit dataChanged(index(0, 0), index(rowCount() - 1, columnCount() - 1));
     emit x_edited();
-}
-
-int TsTableModel::rowCount(const QModelIndex& parent) const
-{
-    constexpr std::uint32_t most = std::numeric_limits<int>::max() - 1;
-    return parent.isValid() ? 0 : static_cast<int>(std::min(m_file->samples(), most));
-}
-
-int TsTableModel::columnCount(const QModelIndex& parent) const
-{
-    return parent.isValid() ? 0 : static_cast<int>(std::min<std::uint32_t>(m_file->columns(), kMostColumns));
 }
 
 QString TsTableModel::cellText(int row, int column) const

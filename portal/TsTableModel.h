@@ -57,8 +57,15 @@ public:
     // After an edit, an undo, a redo or a save: the cells are painted anew.
     void showChanges();
 
-    int rowCount(const QModelIndex& parent = QModelIndex()) const override;
-    int columnCount(const QModelIndex& parent = QModelIndex()) const override;
+    // As the file was opened, whatever becomes of it: a table may not find out in between.
+    int rowCount(const QModelIndex& parent = QModelIndex()) const noexcept override
+    {
+        return parent.isValid() ? 0 : m_rows;
+    }
+    int columnCount(const QModelIndex& parent = QModelIndex()) const noexcept override
+    {
+        return parent.isValid() ? 0 : m_columns;
+    }
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
     Qt::ItemFlags flags(const QModelIndex& index) const override;
@@ -70,9 +77,12 @@ signals:
     void x_edited();
 
 private:
+    void takeFile(TSFILE* file);
     QString cellText(int row, int column) const;
     QVariant editingData(const QModelIndex& index, int role) const;
 
     std::unique_ptr<TSFILE> m_file;
+    int m_rows = 0;
+    int m_columns = 0;
     std::unique_ptr<veltrac::EditedFile> m_edited;
 };

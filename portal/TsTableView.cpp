@@ -402,7 +402,7 @@ QString TsTableView::rowText(int row) const
         held == sample ? groupedNumber(sample)
                        : QStringLiteral("%1 (row %2)").arg(groupedNumber(held), groupedNumber(sample));
     return QStringLiteral("Sample %1 of %2, %3")
-        .arg(number, groupedNumber(m_model->file().samples()), timeText(sample));
+        .arg(number, groupedNumber(m_model->rowCount()), timeText(sample));
 }
 
 void TsTableView::showPosition()

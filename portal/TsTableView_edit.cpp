@@ -271,7 +271,8 @@ bool TsTableView::save()
 QString TsTableView::askNewName()
 {
     const QFileInfo own(m_path);
-    const QString suggestion = own.dir().filePath(own.completeBaseName() + QStringLiteral("_edited.ts"));
+    const QString suggestion =
+        own.exists() ? own.dir().filePath(own.completeBaseName() + QStringLiteral("_edited.ts")) : m_path;
     const QString chosen = QFileDialog::getSaveFileName(this, QStringLiteral("Save as new file"), suggestion,
                                                         QStringLiteral("Ts-files (*.ts)"));
     if (chosen.isEmpty())
@@ -280,12 +281,13 @@ QString TsTableView::askNewName()
     const std::string name = newTsFileName(info.fileName().toLocal8Bit().toStdString());
     QString target = info.absoluteDir().filePath(QString::fromLocal8Bit(name.c_str()));
     const TsApplication* const application = TsApplication::instance();
-    if (QFileInfo(target) == own) {
+    if (m_model->editedFile()->isItself(QFile::encodeName(target).toStdString())) {
         tell(QMessageBox::Warning,
              QStringLiteral("This is the file itself. Choose another name, or \"Save\"."));
         return QString();
     }
-    if (application != nullptr && application->isOpenForWriting(target)) {
+    // This window itself is a writer of its own file's name, which a lost file may take again.
+    if (target != m_path && application != nullptr && application->isOpenForWriting(target)) {
         tell(QMessageBox::Warning, QStringLiteral("The file %1 is open for writing in another window.")
                                        .arg(QFileInfo(target).fileName()));
         return QString();

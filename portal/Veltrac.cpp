@@ -338,8 +338,12 @@ void VeltracWin::importTsaText(const QString& tsaFile)
 
 void VeltracWin::sl_openSubProgram()
 {
-    if (const auto* const action = qobject_cast<QAction*>(sender()))
-        openSubProgram(static_cast<SubProgram>(action->data().toInt()), m_selected, 0);
+    const auto* const action = qobject_cast<QAction*>(sender());
+    if (action == nullptr)
+        return;
+    // An importer begins without a file; the others take the selected one.
+    const auto kind = static_cast<SubProgram>(action->data().toInt());
+    openSubProgram(kind, isImporter(kind) ? QString() : m_selected, 0);
 }
 
 void VeltracWin::sl_readSTLFile()
@@ -388,19 +392,18 @@ void VeltracWin::sl_otherDir()
     enterDirectory(dialog.selectedFiles().constFirst());
 }
 
-bool VeltracWin::enterDirectory(const QString& directory)
+void VeltracWin::enterDirectory(const QString& directory)
 {
     if (!QDir::setCurrent(directory)) {
         showBox(QMessageBox::Warning, this, QStringLiteral("Veltrac"),
                 QStringLiteral("The directory %1 cannot be entered.").arg(directory));
-        return false;
+        return;
     }
     // Where the next dialog for files begins, which Qt remembers for the whole program.
     QFileDialog().setDirectoryUrl(QUrl::fromLocalFile(QDir::currentPath()));
     m_table->clearSelection();
     sl_refresh();
     emit x_new_plotdir(QDir::currentPath());
-    return true;
 }
 
 // -- What is dropped on the window --
@@ -423,8 +426,8 @@ void VeltracWin::openDropped(const QStringList& paths)
 
 void VeltracWin::importTexts(const QStringList& texts)
 {
-    const std::optional<TextKind> kind = askTextKind(this, texts);
-    if (kind == TextKind::SingleColumn) {
+    const std::optional<ImportKind> kind = askImportKind(this, texts);
+    if (kind == ImportKind::Scl) {
         // Several of them are the columns of one file.
         auto* const window =
             dynamic_cast<SCLWin*>(openSubProgram(SubProgram::SclImport, texts.constFirst(), 0));
@@ -432,7 +435,7 @@ void VeltracWin::importTexts(const QStringList& texts)
             window->add(texts.at(i));
     } else if (kind) {
         for (const QString& text : texts) {
-            if (kind == TextKind::Tsa)
+            if (kind == ImportKind::Tsa)
                 importTsaText(text);
             else
                 openSubProgram(SubProgram::StlImport, text, 0);

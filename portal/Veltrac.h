@@ -111,7 +111,7 @@ private:
     void showFiles();
     void reportForeignNames();
     void showInStatusBar(const QString& text);
-    bool enterDirectory(const QString& directory);
+    void enterDirectory(const QString& directory);
     // A directory is entered, ts-files are listed, texts imported.
     void openDropped(const QStringList& paths);
     void importTexts(const QStringList& texts);

@@ -142,18 +142,22 @@ AxisTicks fittingLinear(double least, double most, bool isLog, const LabelRoom& 
     if (!std::isfinite(span) || !(span > greatest * kResolution) || floorLog10(span) < -300)
         return {};
     const double length = isLog ? std::log10(most) - std::log10(least) : span;
-    AxisTicks axis;
+    std::vector<AxisTicks> tooMany;  // whose labels do not fit, the finest first
     for (Step step = firstStep(span);; step = step.next()) {
         AxisTicks next = linearWith(step, least, most, isLog);
-        if (labelsFit(next, length, room)) {
-            if (labelCount(next) > 1 || axis.ticks.empty())
-                return next;
-            // One number tells no scale: rather two of the finer step's.
-            if (AxisTicks outer = outerLabels(axis); labelsFit(outer, length, room))
-                return outer;
-            return labelCount(next) > 0 ? next : oneLabel(std::move(axis));
+        if (!labelsFit(next, length, room)) {
+            tooMany.push_back(std::move(next));
+            continue;
         }
-        axis = std::move(next);
+        if (labelCount(next) > 1 || tooMany.empty())
+            return next;
+        // One number tells no scale: rather two of a finer step's, which may stand closer than many.
+        constexpr double kCloser = 0.25;
+        const LabelRoom close{room.length, room.extent, kCloser * room.gap};
+        for (std::size_t i = tooMany.size(); i-- > 0;)
+            if (AxisTicks outer = outerLabels(tooMany[i]); labelsFit(outer, length, close))
+                return outer;
+        return labelCount(next) > 0 ? next : oneLabel(std::move(tooMany.back()));
     }
 }
 
@@ -168,10 +172,11 @@ std::string decadeText(int digit, int decade, bool arePowers)
 // Decades with labels at every `stride`-th one, or at 1, 2 and 5 of each where the stride is 0.
 AxisTicks decadesWith(int stride, double least, double most)
 {
-    constexpr int kPlain = 4;  // 0.0001 to 10000 are written out
+    constexpr int kLeastPlain = -4;  // 0.0001 to 100000 are written out
+    constexpr int kMostPlain = 5;
     constexpr double kSlack = 1e-9;
     AxisTicks axis;
-    const bool arePowers = std::max(std::fabs(least), std::fabs(most)) > kPlain + kSlack;
+    const bool arePowers = least < kLeastPlain - kSlack || most >= kMostPlain + 1 - kSlack;
     const int first = static_cast<int>(std::floor(least + kSlack));
     const int last = static_cast<int>(std::floor(most + kSlack));
     for (int decade = first; decade <= last; ++decade) {
@@ -208,7 +213,7 @@ AxisTicks logTicks(double first, double last, const LabelRoom& room)
     constexpr double kOneDecade = 1.0;
     if (most - least < kOneDecade)
         return fittingLinear(std::pow(10.0, least), std::pow(10.0, most), true, room);
-    constexpr double kFewDecades = 4.0;
+    constexpr double kFewDecades = 2.5;  // of more, 1, 10, 100, 1000 tell enough
     for (int stride = most - least <= kFewDecades ? 0 : 1;; stride = stride < 3 ? stride + 1 : stride * 2) {
         AxisTicks axis = decadesWith(stride, least, most);
         if (labelCount(axis) <= (stride == 0 ? kMostLabels + 1 : kMostLabels) &&

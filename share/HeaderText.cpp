@@ -1,7 +1,6 @@
 #include "share/HeaderText.h"
 
-#include <QTextCodec>
-
+#include "core/HeaderTexts.h"
 #include "core/Utf8.h"
 
 namespace veltrac {
@@ -16,23 +15,12 @@ QByteArray headerBytes(const QString& text, int width)
 
 QString headerText(const char* bytes)
 {
-    QByteArray raw(bytes);
-    while (!raw.isEmpty() && static_cast<unsigned char>(raw.back()) <= ' ')
-        raw.chop(1);
-
-    QTextCodec::ConverterState state;
-    QString text = QTextCodec::codecForName("UTF-8")->toUnicode(raw.constData(), raw.size(), &state);
-    if (state.invalidChars == 0 && state.remainingChars == 0)
-        return text;
-    return QTextCodec::codecForName("windows-1252")->toUnicode(raw);
+    return QString::fromStdString(headerUtf8(bytes));
 }
 
 QByteArray descriptionBytes(const QString& text, const QString& unit)
 {
-    const QByteArray bracket = unit.isEmpty()
-                                   ? QByteArray()
-                                   : headerBytes(QStringLiteral(" [%1]").arg(unit), kColumnDescriptionBytes);
-    return headerBytes(text, kColumnDescriptionBytes - static_cast<int>(bracket.size())) + bracket;
+    return QByteArray::fromStdString(fittingDescription(text.toStdString(), unit.toStdString()));
 }
 
 }  // namespace veltrac

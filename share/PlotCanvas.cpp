@@ -38,6 +38,23 @@ std::string utf8(const QString& text)
     return text.toUtf8().toStdString();
 }
 
+// The place nearest to a point that begins a pixel of the device: between two of them (a frame of one pixel
+// at 150 %) the picture's strokes would be of several widths.
+QPointF wholePixel(const QPainter& painter, const QPoint& point)
+{
+    const QTransform toDevice = painter.deviceTransform();
+    const QPointF at = toDevice.map(QPointF(point));
+    return toDevice.inverted().map(QPointF(std::round(at.x()), std::round(at.y())));
+}
+
+// A pen that is as wide everywhere, at 150 % too.
+QPen wholePen(const QColor& color, qreal ratio, Qt::PenStyle style = Qt::SolidLine)
+{
+    QPen pen(color, std::max(1.0, std::floor(ratio)), style);
+    pen.setCosmetic(true);
+    return pen;
+}
+
 }  // namespace
 
 PlotCanvas::PlotCanvas(QWidget* parent) : QFrame(parent), m_colors(defaultColors())
@@ -233,6 +250,7 @@ void PlotCanvas::drawPicture()
     driver.BeginPage(0);
     PlotLook look = screenLook();
     look.markerGap = static_cast<int>(std::lround(look.markerGap * ratio));
+    look.penUnits *= static_cast<float>(ratio);
     m_layout = drawPlot(m_plot, driver, m_picture.width(), look);
     driver.EndPage();
     setAccessibleDescription(plotDescription(m_plot));
@@ -253,7 +271,7 @@ void PlotCanvas::paintEvent(QPaintEvent* event)
         failure = tr("The plot cannot be drawn: the file cannot be read.");
     }
     QPainter painter(this);
-    painter.drawPixmap(contentsRect().topLeft(), m_picture);
+    painter.drawPixmap(wholePixel(painter, contentsRect().topLeft()), m_picture);
     if (!failure.isEmpty()) {
         painter.drawText(contentsRect().adjusted(20, 20, -20, -20), Qt::AlignCenter | Qt::TextWordWrap,
                          failure);
@@ -274,7 +292,7 @@ void PlotCanvas::drawCursor(QPainter& painter, Plot2D::Cursor which)
     if (x < area.left() || x > area.right())
         return;
     const QColor color = palette().color(QPalette::Text);
-    painter.setPen(QPen(color, 1, which == Plot2D::A ? Qt::SolidLine : Qt::DashLine));
+    painter.setPen(wholePen(color, devicePixelRatioF(), which == Plot2D::A ? Qt::SolidLine : Qt::DashLine));
     painter.drawLine(x, area.top(), x, area.bottom());
     // A flag with the letter, which is also what says which one of them is moved by the keys.
     const QString letter = which == Plot2D::A ? QStringLiteral("A") : QStringLiteral("B");
@@ -284,7 +302,7 @@ void PlotCanvas::drawCursor(QPainter& painter, Plot2D::Cursor which)
         flag.moveRight(x);
     const bool isActive = which == m_lastCursor;
     painter.fillRect(flag, isActive ? color : palette().color(QPalette::Base));
-    painter.setPen(color);
+    painter.setPen(wholePen(color, devicePixelRatioF()));
     painter.drawRect(flag.adjusted(0, 0, -1, -1));
     painter.setPen(isActive ? palette().color(QPalette::Base) : color);
     painter.drawText(flag, Qt::AlignCenter, letter);
@@ -293,7 +311,7 @@ void PlotCanvas::drawCursor(QPainter& painter, Plot2D::Cursor which)
 void PlotCanvas::drawBand(QPainter& painter)
 {
     QColor fill = palette().color(QPalette::Highlight);
-    painter.setPen(QPen(fill, 1));
+    painter.setPen(wholePen(fill, devicePixelRatioF()));
     fill.setAlpha(50);
     painter.setBrush(fill);
     painter.drawRect(bandArea().adjusted(0, 0, -1, -1));

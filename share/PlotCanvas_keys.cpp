@@ -399,7 +399,8 @@ void PlotCanvas::sl_psParameters()
 
 void PlotCanvas::sl_savePicture()
 {
-    const QString file = savePicture(window(), m_suggestedName, image());
+    const QImage picture = image();
+    const QString file = savePicture(window(), m_suggestedName, m_layout, picture);
     if (!file.isEmpty())
         emit x_told(tr("Saved %1").arg(file));
 }

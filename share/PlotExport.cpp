@@ -1,14 +1,17 @@
 #include "share/PlotExport.h"
 
 #include <QBuffer>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QLineEdit>
 #include <QPdfWriter>
 #include <QPrintDialog>
 #include <QPrinter>
 
 #include <cerrno>
 #include <fstream>
+#include <stdexcept>
 #include <system_error>
 
 #include "core/ScratchFile.h"
@@ -39,6 +42,17 @@ std::vector<QColor> grayOf(std::vector<QColor> colors)
     return colors;
 }
 
+// Why a picture is not worth keeping; empty where it is.
+QString unreadText(const PlotLayout& layout)
+{
+    QStringList columns;
+    for (const std::string& column : layout.unread)
+        columns.append(QString::fromStdString(column));
+    return columns.isEmpty() ? QString()
+                             : QObject::tr("%1. Hide what cannot be read, or read it again (F5)")
+                                   .arg(columns.join(QStringLiteral("; ")));
+}
+
 auto painter(const PsParameters& parameters, const Plot2D& plot, const std::vector<QColor>& colors,
              bool withCursors)
 {
@@ -46,7 +60,9 @@ auto painter(const PsParameters& parameters, const Plot2D& plot, const std::vect
     look.colors = plotColors(colors);
     look.cursors = withCursors;
     return [look, &plot, columns = paperColumns(parameters)](BasicDriver& driver) {
-        drawPlot(plot, driver, columns, look);
+        const PlotLayout layout = drawPlot(plot, driver, columns, look);
+        if (!layout.unread.empty())
+            throw std::runtime_error(unreadText(layout).toStdString());
     };
 }
 
@@ -73,19 +89,19 @@ QString writeWhole(const QString& fileName, const QByteArray& bytes)
 
 constexpr int kDotsPerInch = 300;
 
-// False where the device cannot be painted on.
-bool paintPage(QtDriver& driver, const Plot2D& plot, PlotLook look)
+// Returns the failure's text, empty where all of the plot was painted.
+QString paintPage(QtDriver& driver, const Plot2D& plot, PlotLook look)
 {
     driver.BeginPage(0);
     if (!driver.isPainting())
-        return false;
+        return QObject::tr("The page cannot be painted.");
     // The driver reckons with the screen's 75 dots per inch.
     look.widthFactor = kDotsPerInch / 75.0F;
     // Glyphs count in pixels of the screen, of which the page has several.
     look.markerGap *= static_cast<int>(driver.characterUnit() / 11 + 1);
-    drawPlot(plot, driver, driver.deviceRectangle().width(), look);
+    const PlotLayout layout = drawPlot(plot, driver, driver.deviceRectangle().width(), look);
     driver.EndPage();
-    return true;
+    return unreadText(layout);
 }
 
 }  // namespace
@@ -112,9 +128,13 @@ QString writePicture(const QString& fileName, const QImage& image)
     return writeWhole(fileName, bytes);
 }
 
-QString savePicture(QWidget* window, const QString& name, const QImage& image)
+QString savePicture(QWidget* window, const QString& name, const PlotLayout& layout, const QImage& image)
 {
     const QString title = QObject::tr("Save picture");
+    if (const QString unread = unreadText(layout); !unread.isEmpty()) {
+        showBox(QMessageBox::Warning, window, title, QObject::tr("No picture was saved: %1").arg(unread));
+        return {};
+    }
     QString file = askSaveName(window, title, name + QStringLiteral(".png"), QObject::tr("Pictures (*.png)"),
                                QStringLiteral("png"));
     if (file.isEmpty())
@@ -141,8 +161,8 @@ QString writePlotPdf(const QString& fileName, const QPageLayout& page, const Plo
     PlotLook look;
     look.colors = plotColors(colors);
     QtDriver driver(&pdf);
-    if (!paintPage(driver, plot, look))
-        bytes.clear();
+    if (const QString failure = paintPage(driver, plot, look); !failure.isEmpty())
+        return QObject::tr("%1 was not written: %2").arg(QFileInfo(fileName).fileName(), failure);
     return writeWhole(fileName, bytes);
 }
 
@@ -153,6 +173,9 @@ bool printPlot(QWidget* window, const QString& name, const Plot2D& plot, const s
     printer.setPageOrientation(QPageLayout::Landscape);
     printer.setDocName(name);  // the dialog suggests it for a file
     QPrintDialog dialog(&printer, window);
+    // Where it prints to a file it would propose the home directory.
+    if (auto* const file = dialog.findChild<QLineEdit*>(QStringLiteral("filename")))
+        file->setText(QDir::current().filePath(name + QStringLiteral(".pdf")));
     if (dialog.exec() != QDialog::Accepted)
         return false;
     const bool isGray = printer.colorMode() == QPrinter::GrayScale;
@@ -164,8 +187,11 @@ bool printPlot(QWidget* window, const QString& name, const Plot2D& plot, const s
         PlotLook look;
         look.colors = plotColors(colors);
         QtDriver driver(&printer);
-        if (!paintPage(driver, plot, look) || printer.printerState() == QPrinter::Error)
+        failure = paintPage(driver, plot, look);
+        if (printer.printerState() == QPrinter::Error)
             failure = QObject::tr("The printer cannot be reached.");
+        else if (!failure.isEmpty())
+            printer.abort();
     }
     if (!failure.isEmpty())
         showBox(QMessageBox::Warning, window, QObject::tr("Print"), failure);

@@ -9,11 +9,14 @@
 #include <vector>
 
 #include "core/Plot2D.h"
+#include "share/PlotPainter.h"
 #include "share/PsParameters.h"
 
 class QWidget;
 
 namespace veltrac {
+
+// A plot with columns that could not be read is refused by all of these: an older picture stays.
 
 // Asks for a file name (`name` + ".eps" first) and writes the plot; failures are told in a box. Returns the
 // file's name, empty where nothing was written.
@@ -26,9 +29,9 @@ QString writePlotEps(const QString& fileName, const PsParameters& parameters, co
 // Writes a PNG file; an older one is replaced only by a whole one. Returns the failure's text, empty where
 // the file is whole.
 QString writePicture(const QString& fileName, const QImage& image);
-// The same after asking for a file name. Returns the file's name, empty where the user cancelled or it
-// failed.
-QString savePicture(QWidget* window, const QString& name, const QImage& image);
+// The same after asking for a file name; the image shows a plot that came to lie as `layout` tells. Returns
+// the file's name, empty where the user cancelled or it failed.
+QString savePicture(QWidget* window, const QString& name, const PlotLayout& layout, const QImage& image);
 
 // Writes a page of PDF; an older file is replaced only by a whole one. Returns the failure's text, empty
 // where the file is whole.

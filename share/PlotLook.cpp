@@ -45,6 +45,10 @@ PlotLook paperLook(const PsParameters& parameters, PlotGrid grid)
     PlotLook look;
     // The driver's lines are five times as wide as the screen's for the same millimetres.
     look.widthFactor = 0.2F;
+    look.penUnits = static_cast<float>(5.0 * parameters.lineWidthScale * kPointsPerMm);
+    // It reckons texts as wide as those of Courier.
+    constexpr float kProportionalWidth = 0.85F;
+    look.textWidth = parameters.fontName[0] == 'C' ? 1.0F : kProportionalWidth;
     look.gridWidthMm *= static_cast<float>(parameters.gridThickness(gridStyleOf(grid)));
     look.markerGap = static_cast<int>(look.markerGap / kScreenPixelsAPoint * kColumnsAPoint);
     look.markerSize = static_cast<int>(look.markerSize / kScreenPixelsAPoint);

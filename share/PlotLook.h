@@ -29,6 +29,11 @@ struct PlotLook
     int markerGap = 6;                // columns; samples closer than this have no markers
     float gridWidthMm = 0.1F;         // before widthFactor
     bool cursors = false;             // draw them as part of the picture
+    float penUnits = 75.0F / 25.4F;   // device units that a line width of 1 mm has
+    float textWidth = 1.0F;           // what texts take of the extent that the driver tells
+
+    // Device units of what is a pixel on the screen.
+    float screenPixel() const noexcept { return penUnits * widthFactor * 25.4F / 75.0F; }
 };
 
 // Of a PostScript file with its settings: black text, widths that look as on the screen.

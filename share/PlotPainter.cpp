@@ -6,6 +6,7 @@
 
 #include "core/PlotCurves.h"
 #include "share/BasicDriver.h"
+#include "share/Dashes.h"
 
 using namespace veltrac;
 
@@ -14,12 +15,14 @@ namespace {
 constexpr float kFrameWidthMm = 0.2F;
 constexpr float kTickWidthMm = 0.2F;
 constexpr float kCursorWidthMm = 0.2F;
-constexpr float kLineHeight = 1.2F;   // in character heights
-constexpr float kTopLines = 0.6F;     // above the first group, in line heights
-constexpr float kGapLines = 0.7F;     // between two groups
-constexpr float kLegendLines = 1.3F;  // of a legend
-constexpr float kPowerLines = 1.0F;   // of a power of ten above a y axis
-constexpr float kRightChars = 3.5F;   // behind the last label's middle
+constexpr float kMarkerWidthMm = 0.25F;
+constexpr float kTitleSizes[] = {1.0F, 0.85F, 0.75F};  // tried in turn, of the other texts' size
+constexpr float kLineHeight = 1.2F;                    // in character heights
+constexpr float kTopLines = 0.6F;                      // above the first group, in line heights
+constexpr float kGapLines = 0.7F;                      // between two groups
+constexpr float kLegendLines = 1.3F;                   // of a legend
+constexpr float kPowerLines = 1.0F;                    // of a power of ten above a y axis
+constexpr float kRightChars = 3.5F;                    // behind the last label's middle
 constexpr float kLegendStroke = 2.5F;
 constexpr float kLegendGap = 1.2F;
 constexpr int kEdgePixels = 2;
@@ -45,6 +48,9 @@ public:
         for (std::size_t i = 0; i < m_layout.groups.size(); ++i)
             drawGroup(i);
         drawTitle();
+        for (const Curve& curve : m_curves)
+            if (curve.unread)
+                m_layout.unread.push_back(failureText(curve));
         return m_layout;
     }
 
@@ -157,6 +163,7 @@ private:
             m_titles.push_back(fittingTitle(i));
             left = std::max(left, m_driver.yAxisWidth(m_yTicks.back(), yStyle(i)));
         }
+        m_axisWidth = left;
         // Whole pixels, so that pixel columns of the curves are pixel columns of the device.
         const auto total = static_cast<float>(m_columns);
         m_x1 = std::ceil(std::min(left * total + kEdgePixels, 0.6F * total)) / total;
@@ -215,35 +222,59 @@ private:
         AxisStyle s = style();
         s.origin = group(i).toScale(group(i).y1());
         s.scale = group(i).toScale(group(i).y2()) - s.origin;
-        s.title = m_titles[i].c_str();
+        s.title = m_titles[i].text.c_str();
         return s;
     }
 
-    // The axis' title where it fits beside the axis; else the unit alone, or nothing: then the frame has it.
-    std::string fittingTitle(std::size_t i)
+    // A y axis' title and its size, in parts of that of the other texts.
+    struct AxisTitle
+    {
+        std::string text;
+        float size = 1.0F;
+    };
+
+    // The axis' title where it fits beside the axis, somewhat smaller if need be; else the unit alone, or
+    // nothing: then the frame has it.
+    AxisTitle fittingTitle(std::size_t i)
     {
         const PlotLayout::Frame& f = m_layout.groups[i];
-        std::string title = group(i).axisTitle();
+        const std::string title = group(i).axisTitle();
         const float aspect = deviceAspect();
         const float room = f.y2 - f.y1 + 0.8F * m_charHeight;
-        const auto fits = [&](const std::string& text) {
+        const auto fits = [&](const std::string& text, float size) {
             float width = 0.0F;
             m_driver.TextExtent(text.c_str(), &width, nullptr);
-            return width * aspect <= room;
+            return width * aspect * size * m_look.textWidth <= room;
         };
-        if (fits(title))
-            return title;
+        for (const float size : kTitleSizes)
+            if (fits(title, size))
+                return {title, size};
         // The names stand in the legend too.
         std::string unit;
         if (hasLegend(i) && !unitIn(title).empty())
             unit.append("[").append(unitIn(title)).append("]");
-        return fits(unit) ? unit : std::string();
+        return {fits(unit, 1.0F) ? unit : std::string(), 1.0F};
+    }
+
+    // The titles of all axes stand in one line, whatever the width of their labels.
+    void drawYTitle(std::size_t i)
+    {
+        const AxisTitle& title = m_titles[i];
+        if (title.text.empty())
+            return;
+        const PlotLayout::Frame& f = m_layout.groups[i];
+        whole();
+        m_driver.FontControl(m_look.textScale * title.size, 0);
+        m_driver.SetTextJustification(0.5F, 1.0F);
+        m_driver.MoveTo(f.x1 - m_axisWidth, (f.y1 + f.y2) / 2.0F);
+        m_driver.Text(title.text.c_str(), 0, 90.0F, 0);
+        m_driver.FontControl(m_look.textScale, 0);
     }
 
     // Names that found no room beside a low axis stand in its frame.
     void drawTitleInside(std::size_t i)
     {
-        if (!m_titles[i].empty() || hasLegend(i))
+        if (!m_titles[i].text.empty() || hasLegend(i))
             return;
         m_driver.SetTextJustification(0.0F, 1.0F);
         const PlotLayout::Frame& f = m_layout.groups[i];
@@ -277,7 +308,12 @@ private:
         if (s.hasLabels)
             s.title = title.c_str();
         m_driver.DrawXAxis(xTicks(), s);
-        m_driver.DrawYAxis(m_yTicks[i], yStyle(i));
+        AxisStyle untitled = yStyle(i);
+        untitled.title = nullptr;
+        m_driver.DrawYAxis(m_yTicks[i], untitled);
+        drawYTitle(i);
+        setViewport(i);
+        m_driver.SetWindow(0.0F, 0.0F, 1.0F, 1.0F);
     }
 
     std::string xTitle() const
@@ -317,8 +353,40 @@ private:
     void penOf(const Variable& v)
     {
         m_driver.SelectColor(v.colorIndex);
-        m_driver.SetLineStyle(std::max(v.lineStyle, 0));
+        m_driver.SetLineStyle(cutsDashes(v) ? 0 : std::max(v.lineStyle, 0));
         m_driver.SetLineWidth(static_cast<float>(v.widthMm) * m_look.widthFactor);
+    }
+
+    // Glyphs are drawn with a thin, solid pen, whatever the line between them.
+    void markerPen()
+    {
+        m_driver.SetLineStyle(0);
+        m_driver.SetLineWidth(kMarkerWidthMm * m_look.widthFactor);
+    }
+
+    // The drivers' patterns have one length for all widths: on a thick line their gaps close.
+    bool cutsDashes(const Variable& v) const
+    {
+        return v.lineStyle > 0 && penWidth(v) > 1.5F * m_look.screenPixel();
+    }
+    float penWidth(const Variable& v) const
+    {
+        return static_cast<float>(v.widthMm) * m_look.widthFactor * m_look.penUnits;
+    }
+
+    // A run of points in the line style of the variable; penOf() has been called.
+    void drawLine(const Variable& v, const float* points, std::size_t count)
+    {
+        if (!cutsDashes(v)) {
+            m_driver.Polyline(points, static_cast<int>(count), false, false);
+            return;
+        }
+        std::vector<float> device(2 * count);
+        for (std::size_t p = 0; p < count; ++p)
+            m_driver.WorldToDevice(points[2 * p], points[2 * p + 1], &device[2 * p], &device[2 * p + 1]);
+        const float width = penWidth(v);
+        drawDashes(device, dashLengths(v.lineStyle, m_look.screenPixel(), width), m_driver);
+        m_driver.Flush();
     }
 
     // A dot is easily overlooked: where there is room for markers it gets a small one.
@@ -342,11 +410,11 @@ private:
                 if (end - begin == 1)
                     drawLoneSample(curve, points);
                 else
-                    m_driver.Polyline(points, static_cast<int>(end - begin), false, false);
+                    drawLine(v, points, end - begin);
                 begin = end;
             }
         }
-        m_driver.SetLineStyle(0);
+        markerPen();
         if (v.marker > 0)
             for (std::size_t p = 0; p < curve.markers.size(); p += 2)
                 m_driver.DrawMarker(curve.markers[p], curve.markers[p + 1], v.marker, m_look.markerSize);
@@ -383,13 +451,18 @@ private:
             m_driver.SelectColor(curve.variable->variable().colorIndex);
             m_driver.SetTextJustification(0.5F, 0.5F);
             m_driver.MoveTo(0.5F, 0.5F - line);
-            m_driver.Text((curve.variable->variable().label + ": " + curve.failure).c_str(), 0, 0.0F, 0);
+            m_driver.Text(failureText(curve).c_str(), 0, 0.0F, 0);
             line += step;
         }
         m_driver.SelectColor(kTextColor);
     }
 
     // -- Texts --
+
+    static std::string failureText(const Curve& curve)
+    {
+        return curve.variable->variable().label + ": " + curve.failure;
+    }
 
     static std::uint32_t notAboveZero(const HsVariable& v)
     {
@@ -432,8 +505,8 @@ private:
             penOf(v->variable());
             const float points[4] = {x, middle, x + stroke, middle};
             if (v->variable().lineStyle >= 0)
-                m_driver.Polyline(points, 2, false, false);
-            m_driver.SetLineStyle(0);
+                drawLine(v->variable(), points, 2);
+            markerPen();
             if (v->variable().marker > 0)
                 m_driver.DrawMarker(x + stroke / 2.0F, middle, v->variable().marker, m_look.markerSize);
             plainPen();
@@ -461,7 +534,8 @@ private:
     PlotLayout m_layout;
     std::vector<Curve> m_curves;
     std::vector<AxisTicks> m_yTicks;
-    std::vector<std::string> m_titles;
+    std::vector<AxisTitle> m_titles;
+    float m_axisWidth = 0.0F;  // of the widest y axis
     float m_charWidth = 0.01F;
     float m_charHeight = 0.02F;
     float m_x1 = 0.0F;

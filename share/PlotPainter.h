@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <vector>
 
 #include "core/Plot2D.h"
@@ -18,12 +19,15 @@ struct PlotLayout
     };
     std::vector<Frame> groups;  // the viewports of the groups with visible variables, from top to bottom
     std::vector<std::size_t> groupOf;  // which group each of them is
+    // "Force: cannot be read any more" of each shown variable that the picture lacks; UTF-8.
+    std::vector<std::string> unread;
 };
 
 namespace veltrac {
 
 // Draws the plot on a page that has begun. `columns`: device pixels of the drawing area's width, or four a
-// point on paper. Never throws for a file that cannot be read: its group shows the text.
+// point on paper. Never throws for a file that cannot be read: its group shows the text, and the layout
+// tells whoever is about to keep the picture.
 PlotLayout drawPlot(const Plot2D& plot, BasicDriver& driver, int columns, const PlotLook& look = {});
 
 }  // namespace veltrac

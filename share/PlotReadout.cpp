@@ -112,7 +112,15 @@ QString valueText(double value)
 {
     if (std::isnan(value))
         return QStringLiteral("missing");
-    return QString::number(value, 'g', kFloatDigits);
+    // What a 32-bit float holds needs seven digits as a rule and nine at most; sums of them are not told
+    // finer.
+    const auto single = static_cast<float>(value);
+    QString text = QString::number(value, 'g', kFloatDigits);
+    constexpr int kMostFloatDigits = 9;
+    if (static_cast<double>(single) == value)
+        for (int digits = kFloatDigits + 1; digits <= kMostFloatDigits && text.toFloat() != single; ++digits)
+            text = QString::number(value, 'g', digits);
+    return text;
 }
 
 QString valueWithUnit(const HsVariable& variable, double value)

@@ -64,12 +64,6 @@ protected:
     bool event(QEvent* event) override;
 
 private:
-    struct Rows
-    {
-        std::uint32_t first = 0;
-        std::uint32_t last = 0;
-    };
-
     void createMenus();
     void createToolBar();
     void connectCanvas();
@@ -82,8 +76,8 @@ private:
     // All of the shown series lie outside of it.
     bool seesNothing() const;
     void tellNotices();
-    // The rows of a file in the interval A–B, else in view; none where `last` is 0.
-    Rows intervalOf(const std::shared_ptr<PlotFile>& file);
+    // The rows of a file in the interval A–B, else in view.
+    SampleRange intervalOf(const std::shared_ptr<PlotFile>& file);
     bool mayReplace(const QString& target);
 
     PlotCanvas* m_canvas;

@@ -22,6 +22,15 @@
 
 namespace veltrac {
 
+namespace {
+
+QString samplesText(std::uint32_t count)
+{
+    return count == 1 ? QStringLiteral("1 sample") : QStringLiteral("%1 samples").arg(count);
+}
+
+}  // namespace
+
 std::shared_ptr<PlotFile> PlotWindow::chooseFile()
 {
     std::vector<std::shared_ptr<PlotFile>> files;
@@ -45,17 +54,24 @@ std::shared_ptr<PlotFile> PlotWindow::chooseFile()
     return ok ? files[static_cast<std::size_t>(names.indexOf(name))] : nullptr;
 }
 
-PlotWindow::Rows PlotWindow::intervalOf(const std::shared_ptr<PlotFile>& file)
+SampleRange PlotWindow::intervalOf(const std::shared_ptr<PlotFile>& file)
 {
     const Plot2D& plot = m_canvas->plot();
+    // Of a file that could not be read nobody has chosen an interval: the view belongs to something else.
+    for (const auto& v : plot.variables()) {
+        if (v->variable().source() != file || !v->variable().visible || v->isBuilt())
+            continue;
+        showBox(QMessageBox::Warning, this, tr("Save interval"),
+                tr("Nothing was saved: the column %1 of %2 could not be read.")
+                    .arg(QString::fromStdString(v->variable().label), fileNameOf(*file)));
+        return {};
+    }
     const Plot2D::Extent interval = plot.interval();
     for (const auto& v : plot.variables()) {
         if (v->variable().source() != file)
             continue;
-        const std::uint32_t first = plot.axis().rowFrom(v->variable(), interval.x1);
-        const std::uint32_t last = plot.axis().rowAt(v->variable(), interval.x2);
-        if (first <= last)
-            return {first, last};
+        if (const SampleRange rows = plot.samplesIn(interval, v->variable()); !rows.isEmpty())
+            return rows;
     }
     tell(tr("There are no samples in the interval."));
     return {};
@@ -86,6 +102,14 @@ void PlotWindow::sl_saveInterval()
     const auto file = chooseFile();
     if (!file)
         return;
+    SampleRange rows;
+    try {
+        rows = intervalOf(file);
+    } catch (const TS::Failure&) {
+        tell(tr("%1 cannot be read.").arg(fileNameOf(*file)));
+    }
+    if (rows.isEmpty())
+        return;
     const QFileInfo source(QString::fromLocal8Bit(file->path().c_str()));
     const QString typed = QFileDialog::getSaveFileName(
         this, tr("Save interval"),
@@ -104,18 +128,14 @@ void PlotWindow::sl_saveInterval()
     if (!mayReplace(target))
         return;
     try {
-        const Rows rows = intervalOf(file);
-        if (rows.last == 0)
-            return;
         JobProgress progress(this, tr("Saving %1").arg(name));
         if (saveInterval(*file, rows.first, rows.last, target.toLocal8Bit().toStdString(),
                          progress.callback()) == JobOutcome::Cancelled) {
             tell(tr("Cancelled; nothing was saved."));
             return;
         }
-        tell(tr("%1 samples saved as %2 in %3 s")
-                 .arg(rows.last - rows.first + 1)
-                 .arg(name)
+        tell(tr("%1 saved as %2 in %3 s")
+                 .arg(samplesText(rows.count()), name)
                  .arg(progress.seconds(), 0, 'f', 1));
         emit x_directory_changed();
     } catch (const TS::Failure&) {
@@ -135,11 +155,11 @@ void PlotWindow::sl_exportInterval()
     if (!file)
         return;
     try {
-        const Rows rows = intervalOf(file);
-        if (rows.last != 0 &&
+        const SampleRange rows = intervalOf(file);
+        if (!rows.isEmpty() &&
             application->exportInterval(QString::fromLocal8Bit(file->path().c_str()),
                                         file->sampleOf(rows.first), file->sampleOf(rows.last)))
-            tell(tr("%1 samples saved").arg(rows.last - rows.first + 1));
+            tell(tr("%1 saved").arg(samplesText(rows.count())));
     } catch (const TS::Failure&) {
         tell(tr("%1 cannot be read.").arg(fileNameOf(*file)));
     }

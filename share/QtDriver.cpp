@@ -299,7 +299,8 @@ void QtDriver::DrawMarker(float x, float y, int marker, int size)
     if (!m_painter.isActive() || !std::isfinite(m_x) || !std::isfinite(m_y))
         return;
     const QPen before = m_painter.pen();
-    m_painter.setPen(QPen(before.color(), std::max(1.0F, magnification())));
+    // Whole pixels: at 150 % strokes of one and a half would be one or two wide, by their place.
+    m_painter.setPen(QPen(before.color(), static_cast<qreal>(std::max(1.0F, std::floor(magnification())))));
     const QPoint centre = m_start;
     const float unit = static_cast<float>(size) * magnification() / 4.0F;
     const auto offset = [unit](float part) { return static_cast<int>(std::lround(part * unit)); };

@@ -6,18 +6,26 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMenuBar>
+#include <QSignalBlocker>
 #include <QSplitter>
 #include <QStatusBar>
 
 #include <algorithm>
+#include <new>
+#include <stdexcept>
 #include <vector>
 
+
+#include "core/FailureText.h"
+#include "core/FileTime.h"
 #include "core/TsExceptions.h"
 #include "core/TsNames.h"
 #include "portal/TsApplication.h"
 #include "share/Boxes.h"
 #include "share/CursorTable.h"
+#include "share/JobProgress.h"
 #include "share/PlotCanvas.h"
+#include "share/RangeFields.h"
 #include "share/ReadoutLabel.h"
 #include "share/Resources.h"
 #include "share/SourceChooser.h"
@@ -27,6 +35,8 @@ namespace veltrac {
 namespace {
 
 constexpr int kAbortedMs = 6000;
+constexpr int kBusyMs = 60000;
+constexpr int kNoSourceMs = 6000;
 
 }  // namespace
 
@@ -44,6 +54,8 @@ ResultWindow::ResultWindow(const QString& title, const QString& icon, int panelW
     m_panel->setContentsMargins(0, 0, 0, 0);
     m_source = new SourceChooser(false, panel);
     m_panel->addWidget(m_source);
+    m_range = new RangeFields(panel);
+    m_panel->addWidget(m_range);
     m_readout = new ReadoutLabel(panel);
     m_canvas = new PlotCanvas(centre);
     m_cursors = new CursorTable(m_canvas, centre);
@@ -62,6 +74,9 @@ ResultWindow::ResultWindow(const QString& title, const QString& icon, int panelW
     connect(m_source->columns(), SIGNAL(activated(int)), this, SLOT(sl_cbSourceColActivated(int)));
     connect(m_canvas, SIGNAL(x_cursor_moved(int, int, int)), this, SLOT(sl_cursor_moved(int, int, int)));
     connect(m_canvas, SIGNAL(x_got_resize_event()), this, SLOT(sl_plot()));
+    connect(m_source, &SourceChooser::x_source_changed, this, &ResultWindow::lookAtSource);
+    connect(m_range, &RangeFields::x_changed, this, [this] { rangeChanged(); });
+    connect(this, &SubWindow::windowGone, this, &ResultWindow::dropResult);
     // A result that was saved beside the others can be the next source.
     connect(this, &SubWindow::x_directory_changed, m_source, &SourceChooser::refresh);
     connect(m_canvas, &PlotCanvas::x_told, this,
@@ -94,7 +109,7 @@ void ResultWindow::addCanvasMenus()
 
 void ResultWindow::showCursorTable()
 {
-    m_cursors->setVisible(m_computed && (m_showsCursors == nullptr || m_showsCursors->isChecked()));
+    m_cursors->setVisible(hasResult() && (m_showsCursors == nullptr || m_showsCursors->isChecked()));
 }
 
 void ResultWindow::sl_cbSourceFileActivated(int index)
@@ -111,7 +126,7 @@ void ResultWindow::sl_cbSourceColActivated(int index)
 
 void ResultWindow::sl_cursor_moved(int x, int /*y*/, int /*buttons*/)
 {
-    if (m_computed)
+    if (hasResult())
         m_readout->showTable(m_canvas->readoutAt(x));
 }
 
@@ -163,17 +178,111 @@ bool ResultWindow::mayWrite(const QString& file)
     return false;
 }
 
-void ResultWindow::resultMade(bool worthAsking)
+void ResultWindow::warnInBox(const QString& text)
 {
-    m_computed = true;
-    m_asksOnClose = worthAsking;
+    showBox(QMessageBox::Warning, this, windowTitle(), text);
+}
+
+// -- The source --
+
+void ResultWindow::chooseRange(std::uint32_t first, std::uint32_t last)
+{
+    m_range->choose(first, last);
+}
+
+void ResultWindow::lookAtSource()
+{
+    const QString path =
+        m_source->file().isEmpty() ? QString() : QFileInfo(m_source->file()).absoluteFilePath();
+    std::unique_ptr<TSFILE> file;
+    std::uint32_t rows = 0;
+    if (!path.isEmpty()) {
+        try {
+            file = openTsFile(QFile::encodeName(path).toStdString(), true);
+            rows = FileTime(*file).rows();
+        } catch (const TS::Failure&) {
+            file.reset();  // the window says so when it is to compute
+        }
+    }
+    const bool anew = path != m_shownSource;
+    m_shownSource = path;
+    {
+        const QSignalBlocker quiet(m_range);
+        m_range->setFile(path, rows, anew);
+    }
+    sourceChanged(file.get());
+}
+
+bool ResultWindow::requireSource()
+{
+    if (m_source->file().isEmpty())
+        statusBar()->showMessage(QStringLiteral("No source file available"), kNoSourceMs);
+    return !m_source->file().isEmpty();
+}
+
+// -- The result --
+
+bool ResultWindow::calculate(const QString& title, const QString& busy, const Job& job)
+{
+    std::unique_ptr<ResultFile> made;
+    JobOutcome outcome = JobOutcome::Done;
+    QString failure;
+    QString refusal;
+    m_cursor.emplace();
+    statusBar()->showMessage(busy, kBusyMs);
+    try {
+        JobProgress progress(this, title);
+        outcome = job(progress.callback(), made);
+        if (!made && outcome == JobOutcome::Done)
+            return false;  // the wait cursor stays on purpose until the next calculation
+        if (outcome == JobOutcome::Done) {
+            made->finish();
+            m_seconds = progress.seconds();
+            keep(std::move(made));
+        }
+    } catch (const Refusal& refused) {
+        refusal = refused.text;
+    } catch (...) {
+        failure = QString::fromLocal8Bit(reasonOfFailure().c_str());
+    }
+    m_cursor.reset();
+    if (!failure.isEmpty())
+        refusal = QStringLiteral("The calculation failed: %1\nNo file of yours was changed.").arg(failure);
+    if (refusal.isEmpty() && outcome == JobOutcome::Done)
+        return true;
+    made.reset();
+    QString told = refusal.isEmpty() ? QStringLiteral("Cancelled") : QStringLiteral("Nothing was computed");
+    if (hasResult())
+        told += QStringLiteral("; the last result is still there");
+    else
+        m_canvas->showText(QStringLiteral("Nothing was computed."));
+    statusBar()->showMessage(told);
+    if (!refusal.isEmpty())
+        warnInBox(refusal);
+    return false;
+}
+
+// The new result takes the place, and where it can the name, of the one before.
+void ResultWindow::keep(std::unique_ptr<ResultFile> made)
+{
+    if (!m_result || !m_result->takeContentsOf(*made))
+        m_result = std::move(made);
+    m_resultSource = QFileInfo(m_source->file()).absoluteFilePath();
+    m_resultFirst = m_range->from();
+    m_isSaved = false;
     showCursorTable();
 }
 
-void ResultWindow::resultGone()
+void ResultWindow::dropResult()
 {
-    m_computed = false;
+    m_canvas->showText(QString());
+    m_result.reset();
     showCursorTable();
+}
+
+QString ResultWindow::resultFile() const
+{
+    return QFile::decodeName(m_result->path().c_str());
 }
 
 void ResultWindow::showEvent(QShowEvent* event)
@@ -195,7 +304,7 @@ void ResultWindow::showEvent(QShowEvent* event)
 
 bool ResultWindow::mayClose()
 {
-    if (!m_computed || !m_asksOnClose)
+    if (!hasResult() || m_isSaved)
         return true;
     if (!askYesNo(QMessageBox::Question, this, windowTitle(),
                   QStringLiteral("Do you want to save the results?"))) {
@@ -204,7 +313,7 @@ bool ResultWindow::mayClose()
     }
     sl_saveResults();
     // What could not be saved is not thrown away.
-    return !m_asksOnClose;
+    return m_isSaved;
 }
 
 }  // namespace veltrac

@@ -1,14 +1,20 @@
 // The base of the windows that compute something of one column of a ts-file: the choice of the column in a
 // panel, the result on a canvas beside it with its read-out, and the questions about what is not saved.
 //
-// A window that derives from it puts its own fields into panel(), adds its menus, computes in sl_execute()
-// and says by resultMade(), resultSaved() and resultGone() what became of the result.
+// A window that derives from it puts its own fields into panel() and adds its menus. Its sl_execute() hands
+// calculate() a job that fills a scratch file; the window keeps the last of these files that became whole, so
+// that a calculation which fails or is cancelled takes no result away.
 #pragma once
 
+#include <functional>
 #include <memory>
+#include <optional>
 
+#include "core/Progress.h"
 #include "core/TSFILE.h"
+#include "share/ResultFile.h"
 #include "share/SubWindow.h"
+#include "share/WaitCursor.h"
 
 class PlotCanvas;
 class QAction;
@@ -18,12 +24,17 @@ class QVBoxLayout;
 namespace veltrac {
 
 class CursorTable;
+class RangeFields;
 class ReadoutLabel;
 class SourceChooser;
 
 class ResultWindow : public SubWindow
 {
     Q_OBJECT
+
+public:
+    // The samples that are computed, in the order of time, from 1; both included.
+    void chooseRange(std::uint32_t first, std::uint32_t last);
 
 public slots:
     // Choose the entry of that index in the box; the status bar tells it.
@@ -40,6 +51,7 @@ protected:
     ResultWindow(const QString& title, const QString& icon, int panelWidth, QWidget* parent);
 
     SourceChooser* source() const noexcept { return m_source; }
+    RangeFields* range() const noexcept { return m_range; }
     PlotCanvas* canvas() const noexcept { return m_canvas; }
     // A child of the panel that the window lays out where it likes.
     ReadoutLabel* readout() const noexcept { return m_readout; }
@@ -55,16 +67,40 @@ protected:
     QString sourceName() const;
     // Opens the chosen file for reading; null, and the status bar says so, where that fails.
     std::unique_ptr<TSFILE> openSource();
+    // The chosen file, column or range is another one; null where the file cannot be read.
+    virtual void sourceChanged(TSFILE* file) = 0;
+    virtual void rangeChanged() = 0;
+    // False, and the status bar says so, where no file is chosen.
+    bool requireSource();
     // False for column 0, after a box that names the axis which it was meant for.
     bool requireColumn(const char* axis, unsigned column);
     // False, after a box, for a file that another window has open for writing.
     bool mayWrite(const QString& file);
+    // Shows a box under the window's title.
+    void warnInBox(const QString& text);
 
-    // Closing asks about a result that is worth it.
-    void resultMade(bool worthAsking = true);
-    void resultSaved() noexcept { m_asksOnClose = false; }
-    void resultGone();
-    bool hasResult() const noexcept { return m_computed; }
+    // Thrown by a job whose source cannot serve: its text is told in a box.
+    struct Refusal
+    {
+        QString text;
+    };
+    // Fills the file of a new result and tells how it ended; no file where none could be made, after the
+    // status bar has said so.
+    using Job = std::function<JobOutcome(const Progress& progress, std::unique_ptr<ResultFile>& made)>;
+    // Runs a job under a wait cursor and a progress of that title, with `busy` in the status bar. True where
+    // the result has become the window's; else the one before is still there, and the user knows why.
+    bool calculate(const QString& title, const QString& busy, const Job& job);
+
+    // The result's file, its source (an absolute path) and the seconds that it took.
+    bool hasResult() const noexcept { return m_result != nullptr; }
+    const std::filesystem::path& resultPath() const { return m_result->path(); }
+    QString resultFile() const;
+    const QString& resultSource() const noexcept { return m_resultSource; }
+    // The sample of the source that it begins with.
+    std::uint32_t resultFirst() const noexcept { return m_resultFirst; }
+    double seconds() const noexcept { return m_seconds; }
+    void resultSaved() noexcept { m_isSaved = true; }
+    void dropResult();
 
     // What the result is saved as; empty until the user has chosen.
     const QString& resultName() const noexcept { return m_resultName; }
@@ -75,7 +111,9 @@ protected:
     void showEvent(QShowEvent* event) override;
 
 private:
+    void lookAtSource();
     void showCursorTable();
+    void keep(std::unique_ptr<ResultFile> made);
 
     PlotCanvas* m_canvas;
     CursorTable* m_cursors;  // below the canvas while there is a result
@@ -83,9 +121,15 @@ private:
     SourceChooser* m_source;
     ReadoutLabel* m_readout;
     QVBoxLayout* m_panel;
+    RangeFields* m_range;
+    QString m_shownSource;  // whose range the fields hold
     QString m_resultName;
-    bool m_computed = false;
-    bool m_asksOnClose = false;
+    std::unique_ptr<ResultFile> m_result;
+    QString m_resultSource;
+    std::uint32_t m_resultFirst = 1;
+    double m_seconds = 0.0;
+    bool m_isSaved = false;
+    std::optional<WaitCursor> m_cursor;
 };
 
 }  // namespace veltrac

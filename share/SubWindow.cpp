@@ -15,6 +15,8 @@ SubWindow::SubWindow(QWidget* parent) : QMainWindow(parent)
     setAttribute(Qt::WA_DeleteOnClose);
 }
 
+void SubWindow::offerRange(const SampleRange& /*range*/) {}
+
 bool SubWindow::mayClose()
 {
     return true;

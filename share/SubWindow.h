@@ -4,6 +4,8 @@
 
 #include <QMainWindow>
 
+#include "core/SampleRange.h"
+
 // What windowGone() hands over: only good for comparing, the window is about to be deleted.
 using subWindow = QWidget*;
 
@@ -15,6 +17,10 @@ class SubWindow : public QMainWindow
 
 public:
     explicit SubWindow(QWidget* parent = nullptr);
+
+    // Which samples of its file the opener has in view, as a plot has. A window that works on a range takes
+    // it for the one that its fields begin with; the others leave it, as this one does.
+    virtual void offerRange(const SampleRange& range);
 
     // Before it is shown for the first time the window is made to fit the screen.
     void setVisible(bool visible) override;

@@ -13,12 +13,14 @@
 #include <algorithm>
 #include <cmath>
 
+#include "core/TsExceptions.h"
 #include "portal/TsApplication.h"
 #include "share/BasicDriver.h"
 #include "share/ColorConfigDialog.h"
 #include "share/NumberField.h"
 #include "share/PlotCanvas.h"
 #include "share/PlotVariables.h"
+#include "share/SubWindow.h"
 
 namespace veltrac {
 
@@ -37,11 +39,10 @@ constexpr Choice<int> kStyles[] = {{"&Solid", 0},           {"Long dashes", 1}, 
                                    {"Short dashes", 9},     {"&Markers only", -1}};
 constexpr Choice<double> kWidths[] = {
     {"&Thin", 0.25}, {"&Medium", 0.7}, {"T&hick", 1.05}, {"&Very thick", 1.75}};
-constexpr Choice<SubProgram> kSubPrograms[] = {{"Ts-&FFT…", SubProgram::Spectrum},
-                                               {"Ts-F&ilt…", SubProgram::Filter},
-                                               {"Ts-&Derivative…", SubProgram::Derivative},
-                                               {"Ts-I&ntegrate…", SubProgram::Integral},
-                                               {"&List…", SubProgram::List}};
+constexpr Choice<SubProgram> kSubPrograms[] = {
+    {"Ts-&FFT…", SubProgram::Spectrum},          {"Ts-F&ilt…", SubProgram::Filter},
+    {"Ts-&Derivative…", SubProgram::Derivative}, {"Ts-I&ntegrate…", SubProgram::Integral},
+    {"Ts-&Edit…", SubProgram::Formula},          {"&List…", SubProgram::List}};
 
 template <typename Value, std::size_t n, typename Chosen>
 void addChoices(QMenu& menu, const Choice<Value> (&choices)[n], Value present, Chosen chosen)
@@ -188,11 +189,27 @@ void VariableMenu::addSubPrograms(QMenu& menu, const std::shared_ptr<HsVariable>
     for (const Choice<SubProgram>& choice : kSubPrograms) {
         const SubProgram kind = choice.value;
         QAction* const action = menu.addAction(QString::fromUtf8(choice.text), this, [=, this] {
-            if (TsApplication::instance()->openSubProgram(kind, path, variable->variable().column()) ==
-                nullptr)
+            QWidget* const window =
+                TsApplication::instance()->openSubProgram(kind, path, variable->variable().column());
+            if (window == nullptr)
                 emit x_told(tr("This window cannot be opened."));
+            else if (auto* const taker = dynamic_cast<SubWindow*>(window))
+                offerRange(*taker, variable->variable());
         });
         action->setEnabled(file && TsApplication::instance() != nullptr);
+    }
+}
+
+void VariableMenu::offerRange(SubWindow& window, const Variable& variable)
+{
+    const Plot2D& plot = m_canvas->plot();
+    try {
+        const SampleRange range = plot.samplesIn(plot.interval(), variable);
+        // A single sample is no range to compute anything of.
+        if (range.count() > 1)
+            window.offerRange(range);
+    } catch (const TS::Failure&) {
+        // The window reads the file itself and tells what it finds.
     }
 }
 

@@ -42,6 +42,7 @@ private:
     void addLooks(QMenu& menu, const std::shared_ptr<HsVariable>& variable);
     void addAxes(QMenu& menu, const std::shared_ptr<HsVariable>& variable);
     void addSubPrograms(QMenu& menu, const std::shared_ptr<HsVariable>& variable);
+    void offerRange(SubWindow& window, const Variable& variable);
     void editScaling(const std::shared_ptr<HsVariable>& variable);
     void takeColors();
     void changed();

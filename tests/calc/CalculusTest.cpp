@@ -28,6 +28,11 @@ void fill(TSFILE& file)
         file.setValue(s, 1, wave(s));
 }
 
+JobOutcome compute(decltype(&differentiate) job, TSFILE& work)
+{
+    return job(SourceColumn(work, 1), work, Steps::Equal, {});
+}
+
 bool goesOnToHalf(std::uint64_t done, std::uint64_t total)
 {
     return 2 * done <= total;
@@ -40,13 +45,14 @@ TEST(Calculus, EverySampleEqualsTheRuleAlsoAtRunBorders)
     const TestDirectory directory;
     TSFILE work("w", kSamples, 2, 0);
     fill(work);
-    ASSERT_EQ(differentiate(work, 0.5, {}), JobOutcome::Done);
+    work.dt(0.5F);
+    ASSERT_EQ(compute(differentiate, work), JobOutcome::Done);
     for (std::uint32_t s = 1; s < kSamples; ++s)
         ASSERT_EQ(work.value(s, 2), static_cast<float>((static_cast<double>(wave(s + 1)) - wave(s)) / 0.5))
             << s;
     EXPECT_EQ(work.value(kSamples, 2), work.value(kSamples - 1, 2));
 
-    ASSERT_EQ(integrate(work, 0.5, {}), JobOutcome::Done);
+    ASSERT_EQ(compute(integrate, work), JobOutcome::Done);
     EXPECT_EQ(work.value(1, 2), 0.0F);
     long double sum = 0.0L;
     for (std::uint32_t s = 2; s <= kSamples; ++s) {
@@ -63,10 +69,11 @@ TEST(Calculus, DerivativeOfTheIntegralIsTheMeanOfNeighbours)
     TSFILE work("w", 2000, 2, 0);
     for (std::uint32_t s = 1; s <= 2000; ++s)
         work.setValue(s, 1, static_cast<float>(s % 7));
-    integrate(work, 1.0, {});
+    work.dt(1.0F);
+    compute(integrate, work);
     for (std::uint32_t s = 1; s <= 2000; ++s)
         work.setValue(s, 1, work.value(s, 2));
-    differentiate(work, 1.0, {});
+    compute(differentiate, work);
     for (std::uint32_t s = 1; s < 2000; ++s)
         ASSERT_FLOAT_EQ(work.value(s, 2), static_cast<float>(s % 7 + (s + 1) % 7) * 0.5F) << s;
 }
@@ -77,13 +84,14 @@ TEST(Calculus, ShortFilesHaveTheirOwnRules)
     TSFILE one("one", 1, 2, 0);
     one.setValue(1, 1, 5.0F);
     one.setValue(1, 2, 9.0F);
-    differentiate(one, 1.0, {});
+    one.dt(1.0F);
+    compute(differentiate, one);
     EXPECT_EQ(one.value(1, 2), 0.0F);
     one.setValue(1, 2, 9.0F);
-    integrate(one, 1.0, {});
+    compute(integrate, one);
     EXPECT_EQ(one.value(1, 2), 0.0F);
     TSFILE none("none", 0, 2, 0);
-    EXPECT_EQ(integrate(none, 1.0, {}), JobOutcome::Done);
+    EXPECT_EQ(compute(integrate, none), JobOutcome::Done);
 }
 
 TEST(Calculus, SaveCopiesWhatBothHaveAndLeavesTheRest)
@@ -130,4 +138,64 @@ TEST(Calculus, CancelledOrFailedSavePutsTheOldValuesBack)
     EXPECT_EQ(target.file, nullptr);
     EXPECT_EQ(bytesOf("t.ts"), before);
     EXPECT_TRUE(backup.empty());
+}
+
+TEST(Calculus, OwnTimesGiveTheDerivativeAndIntegralOfUnequalSteps)
+{
+    const TestDirectory directory;
+    constexpr std::uint32_t kRows = 40000;  // more than a run
+    TSFILE source("s", kRows, 1, 1);
+    source.dt(1.0F);
+    TSFILE work("w", kRows, 2, 0);
+    const auto timeOf = [](std::uint32_t s) { return 0.5 * s + (s % 3 == 0 ? 0.125 : 0.0); };
+    for (std::uint32_t s = 1; s <= kRows; ++s) {
+        source.setValue(s, 1, static_cast<float>(timeOf(s)));
+        source.setValue(s, 2, static_cast<float>(3.0 * timeOf(s)));
+    }
+    const SourceColumn column(source, 2);
+    takeSource(column, work, "r", "d(%1)/dt", "%1/%2", {});
+    ASSERT_EQ(differentiate(column, work, Steps::Own, {}), JobOutcome::Done);
+    for (const std::uint32_t s : {1U, 3U, 32768U, 32769U, kRows})
+        EXPECT_FLOAT_EQ(work.value(s, 2), 3.0F) << s;
+    ASSERT_EQ(integrate(column, work, Steps::Own, {}), JobOutcome::Done);
+    for (const std::uint32_t s : {2U, 4U, 32769U, kRows})
+        EXPECT_FLOAT_EQ(work.value(s, 2),
+                        static_cast<float>(1.5 * (timeOf(s) * timeOf(s) - timeOf(1) * timeOf(1))))
+            << s;
+}
+
+TEST(SourceColumn, TakesOnlyTheRowsOfARingThatHoldDataAndStartsWhereTheRangeStarts)
+{
+    const TestDirectory directory;
+    struct Case
+    {
+        std::uint32_t written;
+        std::uint32_t first;
+        std::uint32_t last;
+        std::uint32_t samples;
+        float value;  // of the range's first sample
+    };
+    for (const Case& c : {Case{40, 1, 0, 40, 1.0F}, Case{40, 11, 30, 20, 11.0F}, Case{130, 1, 0, 100, 31.0F},
+                          Case{130, 81, 0, 20, 111.0F}, Case{0, 1, 0, 0, 0.0F}, Case{40, 50, 60, 0, 0.0F}}) {
+        SCOPED_TRACE(std::to_string(c.written) + " from " + std::to_string(c.first));
+        TSFILE ring("r", 100, 1, 0);
+        ring.dt(0.25F);
+        ring.startSeconds(1000000);
+        ring.setRingMode(true);
+        for (std::uint32_t s = 1; s <= c.written; ++s) {
+            const auto v = static_cast<float>(s);
+            ring.writeRow(s, &v, false);
+        }
+        const SourceColumn column(ring, 1, c.first, c.last);
+        ASSERT_EQ(column.samples(), c.samples);
+        if (c.samples == 0)
+            continue;
+        std::vector<float> values(c.samples);
+        column.read(1, values);
+        EXPECT_EQ(values.front(), c.value);
+        EXPECT_EQ(values.back(), c.value + static_cast<float>(c.samples) - 1.0F);
+        TSFILE result("o", c.samples, 2, 0);
+        column.copyHeaderTo(result);
+        EXPECT_EQ(result.sampleTime(1), 1000000 + 0.25 * static_cast<double>(c.value));
+    }
 }

@@ -74,17 +74,35 @@ TEST(Spectrum, SineOfAmplitudeThreeReadsThreeWithEveryWindow)
     }
 }
 
-TEST(Spectrum, FlatTopReadsAToneBetweenBinsWithinAThousandth)
+TEST(Spectrum, PeakOfAToneIsRightAnywhereInABinWithEveryWindowInDecibelOrNot)
 {
     const TestDirectory directory;
     TSFILE file("a", kSamples, 1, 0);
-    for (const double between : {0.1, 0.25, 0.5}) {
-        fill(file, [&](double i) { return 3.0 * std::sin(2.0 * kPi * (90.0 + between) * i / kSamples); });
-        SpectrumRequest request = requestFor(file);
-        request.window = SpectrumWindow::FlatTop;
-        const auto spectrum = spectrumOf(file, request);
-        EXPECT_NEAR(findPeaks(*spectrum, 2, 1, request.window).at(0).value, 3.0, 0.003) << between;
+    constexpr double kAmplitude = 3.0;
+    for (const double bin : {20.0, 90.1, 90.25, 90.5, 1700.9}) {
+        fill(file,
+             [&](double i) { return 7.0 + kAmplitude * std::sin(2.0 * kPi * bin * i / kSamples + 0.7); });
+        for (int choice = 0; choice < 4 * kSpectrumWindows; ++choice) {
+            SpectrumRequest request = requestFor(file);
+            request.window = static_cast<SpectrumWindow>(choice / 4);
+            request.decibel = choice % 2 == 1;
+            request.pad = choice % 4 > 1;
+            request.to = request.pad ? 3590 : kSamples;
+            SCOPED_TRACE(std::string(spectrumWindowName(request.window)) + " at " + std::to_string(bin) +
+                         (request.decibel ? " dB" : "") + (request.pad ? " padded" : ""));
+            const auto spectrum = spectrumOf(file, request);
+            const SpectrumPeak peak = findPeaks(*spectrum, request, 1).at(0);
+            const double value = request.decibel ? std::pow(10.0, peak.value / 20.0) : peak.value;
+            EXPECT_NEAR(value, kAmplitude, 0.001 * kAmplitude);
+            EXPECT_NEAR(peak.frequency, bin / (kSamples * kDt), 0.01 / (kSamples * kDt));
+        }
     }
+    // Averages know no phase, and a density is the square of an amplitude.
+    SpectrumRequest request = requestFor(file);
+    request.averaged = true;
+    request.segment = 900;
+    const auto averaged = spectrumOf(file, request);
+    EXPECT_NEAR(findPeaks(*averaged, request, 1).at(0).value, kAmplitude, 0.001 * kAmplitude);
 }
 
 TEST(Spectrum, SumOfTheDensityIsTheVarianceAlsoAveragedPaddedAndAtNyquist)
@@ -263,17 +281,18 @@ TEST(Spectrum, PeaksAndHarmonicsStandWhereTheTonesAre)
         const double phase = 2.0 * kPi * kBase * i / kSamples;
         return 3.0 * std::sin(phase) + 1.0 * std::sin(2.0 * phase) + 0.5 * std::sin(5.0 * phase);
     });
-    const auto spectrum = spectrumOf(file, requestFor(file));
+    const SpectrumRequest request = requestFor(file);
+    const auto spectrum = spectrumOf(file, request);
     const double resolution = 1.0 / (kSamples * kDt);
-    const auto peaks = findPeaks(*spectrum, 2, 3, SpectrumWindow::Hann);
+    const auto peaks = findPeaks(*spectrum, request, 3);
     ASSERT_EQ(peaks.size(), 3U);
     const double multiples[] = {1.0, 2.0, 5.0};
     for (std::size_t i = 0; i < 3; ++i)
         EXPECT_NEAR(peaks[i].frequency, multiples[i] * kBase * resolution, 0.1 * resolution);
-    const auto harmonics = findHarmonics(*spectrum, 2, peaks[0].frequency, 40, SpectrumWindow::Hann);
+    const auto harmonics = findHarmonics(*spectrum, request, peaks[0].frequency, 40);
     ASSERT_GE(harmonics.size(), 20U);
-    EXPECT_NEAR(harmonics[4].value, 0.5, 0.1);
-    const auto low = findHarmonics(*spectrum, 2, 2.0 * resolution, 40, SpectrumWindow::Hann);
+    EXPECT_NEAR(harmonics[4].value, 0.5, 0.001);
+    const auto low = findHarmonics(*spectrum, request, 2.0 * resolution, 40);
     for (std::size_t i = 1; i < low.size(); ++i)
         EXPECT_GT(low[i].bin, low[i - 1].bin);
 }

@@ -269,6 +269,30 @@ TEST(TsFile, HeaderThatLiesOpensAndOnlyTheAccessThrows)
     EXPECT_EQ(ring.ringStart(), 0U);
 }
 
+TEST(TsFile, RefreshKeepsTheHeaderUntilANewOneIsRead)
+{
+    const TestDirectory directory;
+    {
+        TSFILE made("a.ts", 300, 2, 0);
+        made.setValue(300, 2, 7.0F);
+        made.flush(true);
+    }
+    const auto bytes = bytesOf("a.ts");
+    TSFILE file("a", true);
+    const auto put = [&](std::size_t count) {
+        std::ofstream("a.ts", std::ios::binary)
+            .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(count));
+    };
+    put(0);
+    EXPECT_THROW(file.refresh(), TS::IO_ERROR);
+    EXPECT_EQ(file.samples(), 300U);
+    EXPECT_EQ(file.columns(), 2U);
+    EXPECT_THROW(file.value(300, 2), TS::IO_ERROR);
+    put(bytes.size());
+    file.refresh();
+    EXPECT_EQ(file.value(300, 2), 7.0F);
+}
+
 TEST(TsFile, TooLargeIsRefusedBeforeAnythingIsTouched)
 {
     const TestDirectory directory;

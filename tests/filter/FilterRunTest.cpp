@@ -76,7 +76,7 @@ TEST(MovingAverageRun, equalsTheDirectMeanAtBothEndsAndAcrossRuns)
     work->setValue(40000, 1, std::nanf(""));
     work->setValue(50000, 1, 1e30F);  // a running sum would not recover from it
     for (const std::uint32_t points : {1U, 2U, 7U, 1000U, kSamples, 4000000000U}) {
-        const FilterOutcome outcome = runMovingAverage(*work, 1, *work, points, {});
+        const FilterOutcome outcome = runMovingAverage(SourceColumn(*work, 1), *work, points, {});
         EXPECT_EQ(outcome.missing, 1U);
         const std::int64_t ahead = std::min<std::int64_t>(points / 2, kSamples);
         const std::int64_t behind = std::min<std::int64_t>(points - 1 - points / 2, kSamples);
@@ -116,11 +116,11 @@ TEST(FilterRun, aRingFileIsReadFromItsOldestSampleOn)
             for (const std::uint32_t c : {1U, 2U})
                 EXPECT_EQ(fromRing.value(s, c), work->value(s, c)) << s << " " << c;
     };
-    runFilter(*work, 1, *work, filter.get(), {});
-    runFilter(ring, 1, fromRing, filter.get(), {});
+    runFilter(SourceColumn(*work, 1), *work, filter.get(), {});
+    runFilter(SourceColumn(ring, 1), fromRing, filter.get(), {});
     expectEqual();
-    runMovingAverage(*work, 1, *work, 1001, {});
-    runMovingAverage(ring, 1, fromRing, 1001, {});
+    runMovingAverage(SourceColumn(*work, 1), *work, 1001, {});
+    runMovingAverage(SourceColumn(ring, 1), fromRing, 1001, {});
     expectEqual();
 }
 
@@ -131,11 +131,12 @@ TEST(FilterRun, missingSamplesStayMissingAndPoisonNothing)
     work->setValue(100, 1, std::nanf(""));
     work->setValue(200, 1, INFINITY);
     const FidFilterPtr filter = designFilter({5, 10.0, 0.0, 4, 0.0}, 1000.0);
-    const FilterOutcome outcome = runFilter(*work, 1, *work, filter.get(), {});
+    const FilterOutcome outcome = runFilter(SourceColumn(*work, 1), *work, filter.get(), {});
     EXPECT_EQ(outcome.missing, 2U);
     EXPECT_TRUE(std::isnan(work->value(100, 2)) && std::isnan(work->value(200, 2)));
     EXPECT_NEAR(work->value(kSamples, 2), 5.0, 0.5);  // the mean of 0 to 10
-    EXPECT_EQ(runFilter(*work, 1, *work, filter.get(), stopsPastHalf).outcome, JobOutcome::Cancelled);
+    EXPECT_EQ(runFilter(SourceColumn(*work, 1), *work, filter.get(), stopsPastHalf).outcome,
+              JobOutcome::Cancelled);
 }
 
 TEST(FilterCharacteristic, marksHalfPowerOnItsCurve)
@@ -161,8 +162,8 @@ TEST(SaveResults, newFileHasBothColumnsAndTheHeader)
     source->columnName(1, "Force");
     source->columnDescription(1, "At the hook of the crane, before it was [kN]");
     const auto work = std::make_unique<TSFILE>("temp", 500, 2, 0);
-    describeWork(*source, 1, *work, "LpBu4/1");
-    runMovingAverage(*source, 1, *work, 3, {});
+    describeWork(SourceColumn(*source, 1), *work, "LpBu4/1");
+    runMovingAverage(SourceColumn(*source, 1), *work, 3, {});
     work->flush(true);
     ASSERT_EQ(saveToNewFile(*work, "data.v2.ts", {}), JobOutcome::Done);
     const auto saved = openTsFile("data.v2.ts", true);

@@ -14,11 +14,13 @@
 #include <cmath>
 #include <fstream>
 
+#include "core/ScratchFile.h"
 #include "core/TSFILE.h"
 #include "core/TsExceptions.h"
 #include "formula/Calculation.h"
 #include "formula/EditTsWin1.h"
 #include "formula/FormulaFile.h"
+#include "share/NoticeStrip.h"
 #include "share/NumberField.h"
 #include "tests/BoxAnswer.h"
 #include "tests/Desk.h"
@@ -55,6 +57,7 @@ QComboBox& targetBox(EditTsWin& window)
 
 TEST(CalculationRange, BoundsBecomeSamplesWithATolerance)
 {
+    const TestDirectory directory;
     const struct
     {
         std::vector<TimeBounds> rows;
@@ -75,7 +78,9 @@ TEST(CalculationRange, BoundsBecomeSamplesWithATolerance)
         {{{0.0, NAN}}, 1.0, 100, 1, 0},
     };
     for (const auto& row : rows) {
-        const CalculationRange range = calculationRange(row.rows, row.dt, row.samples);
+        TSFILE target("a", row.samples, 1, 0);
+        target.dt(static_cast<float>(row.dt));
+        const CalculationRange range = calculationRange(row.rows, target);
         EXPECT_EQ(range.isEmpty(), row.last < row.first) << row.rows[0].start;
         if (!range.isEmpty()) {
             EXPECT_EQ(range.first, row.first) << row.rows[0].start;
@@ -137,7 +142,7 @@ TEST(Calculation, SourceCutShortPutsTheOldValuesBack)
     CalculationReport report;
     EXPECT_THROW(calculate(formula, {*file, 2, {1, 20000}, 0, reopen}, {}, report), TS::IO_ERROR);
     EXPECT_EQ(bytesOf("a.ts"), before);
-    EXPECT_TRUE(report.oldValues.empty());
+    EXPECT_TRUE(report.lost.empty());
 }
 
 TEST(FormulaFile, IsExactlyFiveLinesAndTheLastPairWins)
@@ -244,41 +249,200 @@ TEST(EditTsWin, SourceThatIsGoneDoesNotBecomeZero)
     EXPECT_EQ(refused(), "x2: a.ts could not be opened. Nothing was calculated.");
 }
 
-TEST(EditTsWin, StatusBarTellsWhatTheCompilerAcceptsInSilence)
+TEST(EditTsWin, WhatTheCompilerAcceptsInSilenceStandsBesideTheFieldAndInTheInfoBar)
 {
     const TestDirectory directory;
     Desk desk;
     makeRamp("a", 10, 1.0F);
-    EditTsWin window(QStringLiteral("a.ts"), 1);
+    EditTsWin window(QStringLiteral("a.ts"), 2);
     const struct
     {
         std::string formula;
         const char* told;
+        const char* also = "";  // of the values
     } rows[] = {
-        {"x1*2", ""},
+        {"t*2", ""},
         {" (x1) ", ""},
-        {"", ""},
-        {"SIN(x1)", "Not understood: this gives 0 everywhere"},
-        {"2x1", "Ignored from position 1 on: x1"},
-        {"x1+-(x1)", "Ignored from position 3 on: -(x1)"},
-        {"x1*2,5", "A comma between no two arguments gives 0 (decimals have a point)"},
+        {"SIN(x1)", "SIN(x1) was read as 0"},
+        {"-(x1)", "-(x1) was read as 0"},
+        {"  ", "a blank was read as 0"},
+        {"2x1", "2x1 was read as 2"},
+        {"x1+-(x1)", "x1+-(x1) was read as x1+0"},
+        {"x1 + ", "x1 + was read as x1 + 0"},
+        {"x9+1", "x9+1 was read as x; an x without a source gave 0"},
+        {"2*sqrt(x1^2+1)+cos(pi*t) x1+2*sqrt(x1)+12",
+         "\xE2\x80\xA61^2+1)+cos(pi*t) x1+2*sqrt(x1)+1\xE2\x80\xA6 was read as \xE2\x80\xA61^2+1)+cos(pi*t)"},
+        {"t*2,5", "a comma gave 0 (decimals have a point)"},
         {"max(x1, 2.5)", ""},
-        {"2*", "An operand is missing at the end: it counts as 0"},
+        {"log2(t+1)+cosh (t)", "log2 was read as log; cosh was read as cos"},
+        {"-max(t,1)", "the minus before max, min or pow was not read"},
+        {"-t^2", "-a^b was read as (-a)^b"},
+        {"(-t)^2-t^2-2^3", ""},
+        {"log(-1)", "", "all 10 values are missing"},
+        {"ln(-t+8.5)", "", "1 value is missing"},
+        {"1/t", "", "1 with an error and the value 0"},
         {std::string(256, '1'), "The formula is longer than 255 characters and will be cut"},
     };
     for (const auto& row : rows) {
+        SCOPED_TRACE(row.formula);
         type(window, row.formula.c_str());
-        const auto labels = window.statusBar()->findChildren<QLabel*>();
+        const auto labels = window.centralWidget()->findChildren<QLabel*>();
         EXPECT_TRUE(std::any_of(labels.begin(), labels.end(), [&](const QLabel* label) {
-            return label->text() == QLatin1String(row.told);
-        })) << row.formula;
+            return label->text() == QString::fromUtf8(row.told);
+        }));
+        if (row.formula.size() > 255)
+            continue;
+        window.sl_calculate();
+        QStringList words(QStringLiteral("x1 of a.ts was calculated"));
+        for (const char* const word : {row.told, row.also})
+            if (*word != '\0')
+                words << QString::fromUtf8(word);
+        EXPECT_EQ(window.findChild<NoticeStrip*>()->text(), words.join(QStringLiteral("; ")));
     }
-    EXPECT_TRUE(desk.errors.isEmpty());
+}
+
+TEST(EditTsWin, CalculationIsUndoneToTheLastBit)
+{
+    const TestDirectory directory;
+    Desk desk;
+    makeRamp("a", 5000, 0.5F);
+    {
+        TSFILE file("a", false);
+        file.startTime(3.0F);
+        const int stamp[7] = {0, 1, 2, 3, 4, 5, 1999};
+        file.setColumnStamp(1, stamp);
+    }
     const auto before = bytesOf("a.ts");
-    type(window, "-(x1)");
-    const BoxAnswer no(QStringLiteral("&No"));
-    window.sl_calculate();
+    const auto scratchFiles = [] {
+        const std::filesystem::directory_iterator all(scratchDirectory());
+        return std::count_if(begin(all), end(all), [](const auto& entry) {
+            return entry.path().filename().string().starts_with("veltrac-old-values");
+        });
+    };
+    const auto others = scratchFiles();
+    auto window = std::make_unique<EditTsWin>(QStringLiteral("a.ts"), 1);
+    NoticeStrip& bar = *window->findChild<NoticeStrip*>();
+    const auto pressUndo = [&] { emit bar.x_pressed(); };
+    type(*window, "x1*1,5");
+    window->sl_calculate();
+    EXPECT_EQ(TSFILE("a", true).value(4000, 1), 0.0F);
+    type(*window, "x1(2");  // refused: the calculation before can still be undone
+    window->sl_calculate();
+    desk.writer = QStringLiteral("a.ts");
+    {
+        const BoxAnswer box(QStringLiteral("Ok"));
+        pressUndo();
+        EXPECT_TRUE(box.text().startsWith(QStringLiteral("a.ts is open for writing in another window")));
+    }
+    desk.writer.clear();
+    pressUndo();
     EXPECT_EQ(bytesOf("a.ts"), before);
+    EXPECT_TRUE(bar.isHidden());
+    pressUndo();  // there is nothing left to undo
+    EXPECT_EQ(scratchFiles(), others);
+
+    type(*window, "7");
+    window->sl_calculate();
+    EXPECT_EQ(scratchFiles(), others + 1);
+    TSFILE("a", false).setValue(2, 1, 44.0F);
+    {
+        const BoxAnswer box(QStringLiteral("&No"));
+        pressUndo();
+        EXPECT_TRUE(box.text().startsWith(QStringLiteral("a.ts was changed after the calculation.")));
+    }
+    EXPECT_EQ(TSFILE("a", true).value(2, 1), 44.0F);
+    std::filesystem::rename("a.ts", "gone.ts");
+    {
+        std::unique_ptr<BoxAnswer> second;
+        const BoxAnswer first(QStringLiteral("&Yes"),
+                              [&](QWidget&) { second = std::make_unique<BoxAnswer>(QStringLiteral("Ok")); });
+        pressUndo();
+        EXPECT_TRUE(second->text().startsWith(
+            QStringLiteral("a.ts cannot be opened for writing.\nThe old values lie in ")));
+    }
+    std::filesystem::rename("gone.ts", "a.ts");
+    {
+        const BoxAnswer box(QStringLiteral("&Yes"));
+        pressUndo();
+    }
+    EXPECT_EQ(bytesOf("a.ts"), before);
+    type(*window, "8");
+    window->sl_calculate();
+    window.reset();
+    EXPECT_EQ(scratchFiles(), others);
+}
+
+// Each file's column 1 holds the numbers of its samples; the target is column 2.
+TEST(EditTsWin, SourcesAreFoundByTheirStartsAndRingsByTheirSamples)
+{
+    const struct
+    {
+        const char* what;
+        float dt, start, otherStart;
+        std::uint32_t written, otherWritten;  // to rings of 100 rows; 0: an ordinary file of 100
+        const char* formula;                  // x1: column 1 of the target's file, x2: of the other one
+        std::uint32_t first, last;            // samples that are computed
+        float firstValue, lastValue;
+    } cases[] = {
+        {"own rows, fractional start", 0.01F, 0.24F, 0.0F, 0, 0, "x1", 1, 100, 1.0F, 100.0F},
+        {"other start", 0.01F, 0.24F, 0.10F, 0, 0, "x2", 1, 86, 15.0F, 100.0F},
+        {"both, other start later", 0.5F, 3.0F, 10.0F, 0, 0, "x1+1000*x2", 15, 100, 1015.0F, 86100.0F},
+        {"t counts from the target's start", 0.5F, 3.0F, 3.0F, 0, 0, "t", 1, 100, 0.0F, 49.5F},
+        {"ring come round", 0.01F, 0.24F, 0.0F, 250, 0, "x1", 151, 250, 151.0F, 250.0F},
+        {"ring half full", 2.0F, 7.0F, 0.0F, 40, 0, "x1", 1, 40, 1.0F, 40.0F},
+        {"ring as source", 0.5F, 0.0F, 0.0F, 0, 130, "x2", 31, 100, 31.0F, 100.0F},
+        {"ring with little as source", 0.5F, 1.0F, 1.0F, 0, 40, "x2", 1, 40, 1.0F, 40.0F},
+        {"two rings", 0.5F, 4.0F, 0.0F, 250, 230, "x2", 151, 222, 159.0F, 230.0F},
+    };
+    for (const auto& row : cases) {
+        SCOPED_TRACE(row.what);
+        const TestDirectory directory;
+        Desk desk;
+        const auto make = [&](const char* name, float start, std::uint32_t written) {
+            TSFILE file(name, 100, 2, 0);
+            file.dt(row.dt);
+            file.startTime(start);
+            file.setRingMode(written != 0);
+            for (std::uint32_t s = 1; s <= (written == 0 ? 100 : written); ++s) {
+                const float values[] = {static_cast<float>(s), -1.0F};
+                file.writeRow(s, values, false);
+            }
+            file.flush(true);
+        };
+        make("a", row.start, row.written);
+        make("b", row.otherStart, row.otherWritten);
+        const auto before = bytesOf("a.ts");
+        EditTsWin window(QStringLiteral("a.ts"), 1);
+        window.sl_addSource();
+        window.sl_addSource();
+        const auto rows = window.findChildren<EditVariable*>();
+        rows[1]->choose(QStringLiteral("b.ts"), 1);
+        rows[2]->choose(QStringLiteral("a.ts"), 2);
+        targetBox(window).setCurrentIndex(2);
+        type(window, row.formula);
+        window.sl_calculate();
+        {
+            TSFILE file("a", true);
+            const std::uint32_t oldest = std::max(1U, file.ringStart());
+            const std::uint32_t newest = row.written == 0 ? 100 : row.written;
+            EXPECT_EQ(file.lastSample(), row.written == 0 ? TSFILE("b", true).samples() : row.written);
+            for (std::uint32_t s = oldest; s < oldest + 100; ++s) {
+                const bool computed = s >= row.first && s <= row.last;
+                const float expected = computed
+                                           ? row.firstValue + (row.lastValue - row.firstValue) /
+                                                                  static_cast<float>(row.last - row.first) *
+                                                                  static_cast<float>(s - row.first)
+                                           : -1.0F;
+                if (s <= newest) {
+                    ASSERT_EQ(file.value(s, 2), expected) << s;
+                } else {
+                    ASSERT_EQ(file.value(s, 2), 0.0F) << s;  // nobody has written it
+                }
+            }
+        }
+        window.sl_undo();
+        EXPECT_EQ(bytesOf("a.ts"), before);
+    }
 }
 
 TEST(EditTsWin, FormulaIsSavedAndComesBackAndTroublesAreTold)

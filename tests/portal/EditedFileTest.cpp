@@ -162,17 +162,29 @@ TEST(EditedFile, SaveAsWritesACopyAndLeavesTheFileAlone)
     EXPECT_TRUE(sameBits(columnOf("2016-05 log.ts", 1), columnOf("a.ts", 1)));
 }
 
-TEST(EditedFile, RefusesAFileThatAnotherProgramHasReplaced)
+TEST(EditedFile, FileThatIsGoneOrReplacedIsNotSavedButRescuedUnderAnyName)
 {
-    const TestDirectory directory;
-    makeFile("a.ts", 100, 1);
-    const auto reader = openTsFile("a.ts", true);
-    EditedFile edited(*reader, "a.ts");
-    edited.edits().add({"set", {setStrip({1, 90, 100}, 5)}});
-    std::filesystem::remove("a.ts");
-    EXPECT_THROW(edited.save({}), SaveFailed);
-    makeFile("a.ts", 100, 1);
-    const auto before = bytesOf("a.ts");
-    EXPECT_THROW(edited.save({}), SaveFailed);
-    EXPECT_TRUE(bytesOf("a.ts") == before);
+    for (const bool replaced : {false, true}) {
+        const TestDirectory directory;
+        makeFile("a.ts", 100, 2);
+        const auto reader = openTsFile("a.ts", true);
+        EditedFile edited(*reader, "a.ts");
+        EXPECT_TRUE(edited.isItself("./a.ts"));
+        edited.edits().add({"set", {setStrip({1, 90, 100}, 5)}});
+        const std::vector<float> shown[] = {shownColumn(edited, 100, 1), shownColumn(edited, 100, 2)};
+        std::filesystem::remove("a.ts");
+        if (replaced) {
+            TSFILE other("a.ts", 100, 2, 0);
+            other.flush(true);
+        }
+        EXPECT_FALSE(edited.isItself("a.ts"));
+        const auto before = bytesOf("a.ts");
+        EXPECT_THROW(edited.save({}), SaveFailed);
+        EXPECT_TRUE(bytesOf("a.ts") == before);
+        for (const char* const name : {"rescued.ts", "a.ts"}) {
+            EXPECT_EQ(edited.saveAs(name, {}), JobOutcome::Done);
+            for (std::uint32_t c = 1; c <= 2; ++c)
+                EXPECT_TRUE(sameBits(columnOf(name, c), shown[c - 1])) << name << replaced;
+        }
+    }
 }

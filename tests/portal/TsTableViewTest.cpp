@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <cmath>
+#include <cstring>
 #include <filesystem>
 
 #include <QApplication>
@@ -67,8 +68,8 @@ public:
     {
         m_window->show();
         m_window->activateWindow();
-        QApplication::setActiveWindow(m_window);
         view().setFocus();
+        activate();
         QApplication::processEvents();
     }
     ~Window() { delete m_window; }
@@ -82,8 +83,12 @@ public:
         QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         return m_window.isNull();
     }
+    // As a window manager does when a dialog has closed.
+    void activate() { QApplication::setActiveWindow(m_window); }
     void press(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
     {
+        if (QApplication::focusWidget() == nullptr)
+            activate();
         QTest::keyClick(QApplication::focusWidget(), static_cast<Qt::Key>(key), modifiers);
         QApplication::processEvents();
     }
@@ -193,6 +198,50 @@ TEST(TsTableView, KeysAndSelectionReachAllOfAHugeFile)
     view.selectColumn(0);
     EXPECT_EQ(view.selectedBlocks()[0].firstRow, 0) << "a whole column means all samples";
     EXPECT_EQ(view.selectedBlocks()[0].lastRow, 499999999);
+}
+
+TEST(TsTableView, SelectionExtendsFromTheCurrentCellHoweverItWasReached)
+{
+    const TestDirectory directory;
+    struct Row
+    {
+        const char* label;
+        std::function<void(Window&)> reach;
+        int key;
+        int first, last;  // rows, counted from the table's end where negative
+    };
+    const auto goTo = [](Window& w) {
+        w.callAndAnswer("sl_goTo", "OK", [](QWidget& box) { box.findChild<QLineEdit*>()->setText("5"); });
+    };
+    const Row rows[] = {
+        {"Ctrl+Home", [](Window& w) { w.press(Qt::Key_Home, Qt::ControlModifier); }, Qt::Key_Down, 0, 1},
+        {"Ctrl+End", [](Window& w) { w.press(Qt::Key_End, Qt::ControlModifier); }, Qt::Key_Up, -2, -1},
+        {"Ctrl+G", goTo, Qt::Key_Down, 4, 5},
+        {"maximum", [](Window& w) { w.callAndAnswer("sl_findmax", "&Ok"); }, Qt::Key_Up, 5, 6},
+        {"Shift+Tab", [](Window& w) { w.press(Qt::Key_Backtab, Qt::ShiftModifier); }, Qt::Key_Up, 0, 1},
+    };
+    for (const bool huge : {false, true}) {
+        if (huge)
+            makeHugeFile();
+        else
+            makeFile({1, 2, 3, 4, 5, 6, 9, 8});
+        for (const Row& row : rows) {
+            if (huge && std::strcmp(row.label, "maximum") == 0)
+                continue;  // half a billion samples
+            Window edit(1);
+            SampleView& view = edit.view();
+            QTest::mouseClick(
+                view.viewport(), Qt::LeftButton, Qt::NoModifier,
+                view.visualRect(view.model()->index(2, 0)).center());
+            row.reach(edit);
+            edit.press(row.key, Qt::ShiftModifier);
+            ASSERT_EQ(view.selectedBlocks().size(), 1U) << row.label;
+            const CellBlock& block = view.selectedBlocks()[0];
+            const int end = row.first < 0 ? view.totalRows() : 0;
+            EXPECT_EQ(block.firstRow, row.first + end) << row.label << huge;
+            EXPECT_EQ(block.lastRow, row.last + end) << row.label << huge;
+        }
+    }
 }
 
 TEST(TsTableView, DraggingTheMouseSelectsOverTheEdgeOfTheShownMillionRows)
@@ -338,6 +387,36 @@ TEST(TsTableView, ClosingAsksAboutEdits)
         EXPECT_EQ(edit.isGone(), row.closes) << row.button;
         EXPECT_EQ(valueInFile(1, 1), row.inFile) << row.button;
     }
+}
+
+TEST(TsTableView, FileThatIsEmptiedWhileItIsEditedClosesLikeAnyOther)
+{
+    const TestDirectory directory;
+    const Portal portal;
+    makeFile({1, 2, 3});
+    Window edit(1);
+    edit.enter("8");
+    ASSERT_EQ(::truncate("test.ts", 0), 0);
+    EXPECT_TRUE(edit.callAndAnswer("sl_save", "&Ok").startsWith("Nothing was saved: "));
+    EXPECT_EQ(edit.view().totalRows(), 3);
+    edit.press(Qt::Key_Down);
+    edit.callAndAnswer("close", "&Discard");
+    EXPECT_TRUE(edit.isGone());
+    EXPECT_EQ(portal.writers(), 0);
+}
+
+TEST(TsTableView, FileThatWasDeletedIsRescuedUnderItsOwnName)
+{
+    const TestDirectory directory;
+    const Portal portal;
+    makeFile({1, 2, 3});
+    Window edit(1);
+    edit.enter("8");
+    std::filesystem::remove("test.ts");
+    edit.callAndAnswer("sl_saveAs", "&Save");
+    ASSERT_TRUE(std::filesystem::exists("test.ts"));
+    EXPECT_EQ(valueInFile(1, 1), 8.0F);
+    EXPECT_EQ(valueInFile(3, 1), 3.0F);
 }
 
 TEST(TsTableView, WhatCannotBeEditedIsListedAndSaysSo)

@@ -296,6 +296,19 @@ TEST(VeltracTest, everySubProgramOpens)
         EXPECT_FALSE(opened.filter(QLatin1String(title)).isEmpty())
             << slot << ": " << opened.join(QStringLiteral(", ")).toStdString();
     }
+    // A row of the registry whose action has no slot of its own.
+    for (const auto& [kind, title] :
+         {std::pair(SubProgram::Filter, "Ts-Filt"), std::pair(SubProgram::SclImport, "Read text files")}) {
+        const auto before = otherWindows().filter(QLatin1String(title)).size();
+        QString seen;
+        const BoxAnswer dialog(QStringLiteral("&Cancel"), [&](QWidget& box) { seen = box.windowTitle(); });
+        QAction action;
+        action.setData(static_cast<int>(kind));
+        QObject::connect(&action, SIGNAL(triggered()), portal.operator->(), SLOT(sl_openSubProgram()));
+        action.trigger();
+        QApplication::processEvents();
+        EXPECT_EQ((otherWindows() << seen).filter(QLatin1String(title)).size(), before + 1) << title;
+    }
     for (QWidget* const window : QApplication::topLevelWidgets())
         if (qobject_cast<SubWindow*>(window) != nullptr && window->isVisible()) {
             const std::string title = window->windowTitle().toStdString();

@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "core/PlotValues.h"
+#include "share/AxisTicks.h"
 #include "share/EpsFile.h"
 #include "share/PlotPainter.h"
 #include "share/PostscriptDriver.h"
@@ -135,6 +136,92 @@ TEST(PlotPainter, axesReachTheEndsOfWhatAFloatHolds)
         EXPECT_GT(heightOf(row.upper, eps) - heightOf(row.lower, eps), height / 3.0) << row.power;
         EXPECT_GT(heightOf(row.power, eps), 595.0 * layout.groups[0].y2);
         EXPECT_LT(heightOf(row.power, eps), 595.0 - 8.0) << "must not leave the page";
+    }
+}
+
+// Every "x y _m" and "x y _l" of the dashes that follow a width.
+struct Dash
+{
+    double length, gapBefore;
+};
+std::vector<Dash> dashesOf(const std::string& eps, const std::string& color)
+{
+    std::istringstream stream(eps.substr(eps.find(color)));
+    std::string word;
+    std::vector<double> numbers;
+    std::vector<Dash> dashes;
+    double x = 0.0, end = -1.0;
+    while (stream >> word && word != "grestore") {
+        if (word == "_m") {
+            x = numbers[numbers.size() - 2];
+        } else if (word == "_l") {
+            const double to = numbers[numbers.size() - 2];
+            dashes.push_back({to - x, end < 0.0 ? 0.0 : x - end});
+            end = x = to;
+        } else {
+            numbers.push_back(std::atof(word.c_str()));
+        }
+    }
+    return dashes;
+}
+
+TEST(PlotPainter, thickDashedLinesKeepTheirGapsAndThinMarkers)
+{
+    const TestDirectory directory;
+    Plot2D plot = plotOf({std::vector<float>(5, 1.0F)});
+    Variable& v = plot.variables()[0]->variable();
+    v.lineStyle = 1;
+    v.marker = 1;
+    EXPECT_NE(epsOf(plot).find("[12 3] 0 _P"), std::string::npos) << "thin lines are the driver's";
+    v.widthMm = 1.75;
+    const std::string eps = epsOf(plot);
+    EXPECT_EQ(eps.find("[12 3] 0 _P"), std::string::npos);
+    const double width = 5.0 * 1.75 * 0.2 * 0.8 * 72.0 / 25.4;
+    const std::size_t begin = eps.find("3.97 _w");
+    ASSERT_NE(begin, std::string::npos);
+    const std::vector<Dash> dashes =
+        dashesOf(eps.substr(begin, eps.find("0.57 _w", begin) - begin), "3.97 _w");
+    ASSERT_GT(dashes.size(), 5U);
+    // The round ends lengthen a dash by the width, and shorten a gap by it.
+    EXPECT_NEAR(dashes[2].length + width, 12.0 * width, 0.3);
+    EXPECT_NEAR(dashes[2].gapBefore - width, 3.0 * width, 0.3);
+    EXPECT_NE(eps.find("0.57 _w", begin), std::string::npos) << "the pen of the markers";
+}
+
+TEST(PlotPainter, titlesOfLowAxesAreSetSmallerBeforeTheyAreCut)
+{
+    const TestDirectory directory;
+    std::vector<float> large(50, 1.0F);
+    large[3] = -12345.0F;
+    Plot2D plot = plotOf({noise(50), large, noise(50)});
+    for (const auto& v : plot.variables())
+        v->variable().unit = "m/s";
+    plot.groups()[0].title = "Acceleration of the left wheel [m/s]";
+    const std::string eps = epsOf(plot);
+    EXPECT_NE(eps.find("(Acceleration of the left wheel [m/s])"), std::string::npos);
+    // The turned titles stand in one line, whatever the width of the labels beside them.
+    std::vector<std::string> places;
+    for (std::size_t at = 0; (at = eps.find(" translate 90 rotate", at)) != std::string::npos; ++at) {
+        const std::size_t line = eps.rfind("gsave ", at) + 6;
+        places.push_back(eps.substr(line, eps.find(' ', line) - line));
+    }
+    ASSERT_EQ(places.size(), 3U);
+    EXPECT_EQ(places[0], places[1]);
+    EXPECT_EQ(places[1], places[2]);
+}
+
+TEST(PlotPainter, eightStackedAxesKeepTwoLabelsEach)
+{
+    const TestDirectory directory;
+    std::vector<std::vector<float>> columns;
+    for (int c = 0; c < 8; ++c)
+        columns.push_back({0.3F + static_cast<float>(c), 9.7F - static_cast<float>(c) * 0.3F});
+    for (int c = 0; c < 8; ++c) {
+        const LabelRoom room{36.0, [](const std::string&) { return 11.0; }, 11.0};
+        const AxisTicks axis =
+            linearTicks(static_cast<double>(columns[static_cast<std::size_t>(c)][0]),
+                        static_cast<double>(columns[static_cast<std::size_t>(c)][1]), room);
+        EXPECT_GE(labelCount(axis), 2) << c;
     }
 }
 

@@ -7,13 +7,16 @@
 #include <QDateTimeEdit>
 #include <QInputDialog>
 #include <QLineEdit>
+#include <QMenu>
 #include <QMenuBar>
+#include <QPageLayout>
 #include <QPointer>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QStatusBar>
 #include <QTableWidget>
 #include <QTest>
+#include <QTimer>
 #include <QTreeWidget>
 #include <QWheelEvent>
 
@@ -22,6 +25,7 @@
 
 #include "core/PlotFile.h"
 #include "core/TSFILE.h"
+#include "portal/TsApplication.h"
 #include "share/ColorConfigDialog.h"
 #include "share/NoticeStrip.h"
 #include "share/OverviewStrip.h"
@@ -285,6 +289,18 @@ TEST(PlotReadout, momentsAreAsFineAsTheSamples)
     }
 }
 
+TEST(PlotReadout, valuesHaveTheDigitsThatAFloatNeeds)
+{
+    const std::pair<double, const char*> cases[] = {{0.1F, "0.1"},
+                                                    {16777217.0 - 1.0, "16777216"},
+                                                    {123456.79F, "123456.79"},
+                                                    {1.00000012F, "1.0000001"},
+                                                    {8589973504.0F, "8.589973504e+09"},
+                                                    {1.0 / 3.0, "0.3333333"}};  // a mean, no float
+    for (const auto& [value, text] : cases)
+        EXPECT_EQ(valueText(value).toStdString(), text);
+}
+
 TEST(PlotReadout, differencesAreThoseOfTheNumbersAsWritten)
 {
     EXPECT_EQ(differenceText(1.69F, 1.685F), "-0.005");
@@ -322,12 +338,24 @@ TEST_F(PlotCanvasTest, fileThatShrinksUnderThePlotIsToldInThePicture)
     for (const int key : {Qt::Key_M, Qt::Key_Y, Qt::Key_F, Qt::Key_Plus, Qt::Key_A, Qt::Key_Period})
         QTest::keyClick(&m_canvas, static_cast<Qt::Key>(key));
     m_canvas.grab();
-    EXPECT_TRUE(
-        writePlotEps(QStringLiteral("x.eps"), m_canvas.psParameters(), plot(), m_canvas.colors(), true)
-            .isEmpty());
-    std::ifstream eps("x.eps");
-    const std::string text((std::istreambuf_iterator<char>(eps)), {});
-    EXPECT_NE(text.find("cannot be read any more"), std::string::npos);
+    // Nothing of it takes the place of a good picture.
+    for (const char* const name : {"x.eps", "x.pdf", "plot.png"}) {
+        std::ofstream(name) << "good";
+        const QString file = QString::fromLatin1(name);
+        QString failure;
+        if (file == QLatin1String("plot.png")) {
+            const BoxAnswer answer(QStringLiteral("&Ok"));
+            m_canvas.sl_savePicture();
+            failure = answer.text();
+        } else if (file == QLatin1String("x.eps")) {
+            failure = writePlotEps(file, m_canvas.psParameters(), plot(), m_canvas.colors(), true);
+        } else {
+            failure = writePlotPdf(file, QPageLayout(QPageSize(QPageSize::A4), QPageLayout::Portrait, {}),
+                                   plot(), m_canvas.colors());
+        }
+        EXPECT_TRUE(failure.contains(QStringLiteral("cannot be read any more"))) << name;
+        EXPECT_EQ(bytesOf(name).size(), 4U) << name;
+    }
 }
 
 // -- The windows --
@@ -428,6 +456,24 @@ TEST(PlotWindow, savesTheIntervalBetweenTheCursorsAndNeverOverItsOwnFile)
     EXPECT_EQ(part.rows(), 2000U);
     EXPECT_EQ(part.value(1, 3), 2001.0F);
     EXPECT_FLOAT_EQ(static_cast<float>(part.timeOf(2000)), 4.0F);
+}
+
+TEST(PlotWindow, noIntervalIsSavedOfAFileThatCouldNotBeRead)
+{
+    const TestDirectory directory;
+    makeFile("test.ts");
+    makeFile("good.ts", 10);
+    QtPlotWin window(QStringLiteral("test.ts"));
+    window.show();
+    for (const auto& v : window.canvas()->plot().variables()) {
+        v->forget();
+        v->setFailure("cannot be read at byte 4096");
+    }
+    window.canvas()->sl_fitAll();
+    const BoxAnswer answer(QStringLiteral("&Ok"));
+    window.sl_saveInterval();
+    EXPECT_EQ(PlotFile("good.ts").rows(), 10U);
+    EXPECT_TRUE(answer.text().startsWith(QLatin1String("Nothing was saved: the column ")));
 }
 
 TEST(PlotWindow, cursorTableMeasuresBetweenTheCursors)
@@ -575,6 +621,64 @@ TEST(PlotWindow, timesThatRunBackwardsAreTold)
     window.show();
     EXPECT_EQ(window.canvas()->plot().axis().mode, XMode::Sample);
     EXPECT_TRUE(window.findChildren<NoticeStrip*>()[1]->isVisible());
+}
+
+// What a computing window takes from the plot that opens it.
+class RangeWindow : public SubWindow
+{
+public:
+    void offerRange(const SampleRange& offered) override { range = offered; }
+    SampleRange range;
+};
+
+class RangeApplication : public TsApplication
+{
+public:
+    explicit RangeApplication(RangeWindow* window) : m_window(window) { setInstance(this); }
+    ~RangeApplication() { setInstance(nullptr); }
+    QWidget* openSubProgram(SubProgram, const QString&, unsigned) override { return m_window; }
+
+private:
+    RangeWindow* m_window;
+};
+
+TEST(PlotWindow, subProgramsBeginWithTheIntervalOrTheView)
+{
+    const TestDirectory directory;
+    {
+        // A ring that has come round: samples 7001 to 17000, which the windows count from 1.
+        TSFILE file("ring.ts", 10'000, 1, 0);
+        file.dt(0.5F);
+        file.setRingMode(true);
+        const float value = 1.0F;
+        for (std::uint32_t s = 1; s <= 17'000; ++s)
+            file.writeRow(s, &value, true);
+    }
+    RangeWindow opened;
+    const RangeApplication application(&opened);
+    QtPlotWin window(QStringLiteral("ring.ts"));
+    window.show();
+    Plot2D& plot = window.canvas()->plot();
+    const auto openFilter = [&] {
+        QTimer::singleShot(0, [] {
+            auto* const menu = dynamic_cast<QMenu*>(QApplication::activePopupWidget());
+            ASSERT_NE(menu, nullptr);
+            for (QAction* const action : menu->actions())
+                if (action->text() == QStringLiteral("Ts-F&ilt…"))
+                    action->trigger();
+            menu->close();
+        });
+        window.findChild<VariableMenu*>()->popUp(plot.variables()[0], QPoint(10, 10));
+    };
+    plot.setX(3600.2, 3700.0);
+    openFilter();
+    EXPECT_EQ(opened.range.first, 201U);
+    EXPECT_EQ(opened.range.last, 400U);
+    plot.setCursor(Plot2D::A, 3650.0);
+    plot.setCursor(Plot2D::B, 3640.0);
+    openFilter();
+    EXPECT_EQ(opened.range.first, 280U);
+    EXPECT_EQ(opened.range.last, 300U);
 }
 
 TEST(PlotColumnWindow, stepsThroughTheColumns)

@@ -32,14 +32,20 @@ QAction* makeAction(QWidget* window, QObject* receiver, const char* image, const
                     const char* slot, const char* text, const char* tip, const char* whatsThis,
                     bool checkable);
 
+template <typename Id>
+QAction* makeAction(QWidget* window, QObject* receiver, const ActionRow<Id>& row)
+{
+    return makeAction(window, receiver, row.image, row.shortcut, row.slot, row.text, row.tip, row.whatsThis,
+                      row.checkable);
+}
+
 // Adds an action for each row to `actions`.
 template <typename Id>
 void makeActions(QWidget* window, QObject* receiver, std::span<const ActionRow<Id>> rows,
                  std::map<Id, QAction*>& actions)
 {
     for (const ActionRow<Id>& row : rows)
-        actions[row.id] = makeAction(window, receiver, row.image, row.shortcut, row.slot, row.text, row.tip,
-                                     row.whatsThis, row.checkable);
+        actions[row.id] = makeAction(window, receiver, row);
 }
 
 }  // namespace veltrac

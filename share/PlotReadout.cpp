@@ -10,7 +10,6 @@
 #include <limits>
 #include <optional>
 
-#include "core/PlotValues.h"
 #include "core/TsExceptions.h"
 #include "share/AxisTicks.h"
 #include "share/PlotVariables.h"

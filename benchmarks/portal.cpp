@@ -19,7 +19,7 @@
 #include "core/TsNames.h"
 #include "portal/FileTable.h"
 #include "portal/SampleView.h"
-#include "portal/TsDirectory.h"
+#include "portal/TsFileTexts.h"
 #include "portal/TsTableModel.h"
 
 using namespace veltrac;
@@ -77,18 +77,20 @@ void bareHeaders(benchmark::State& state)
 void scan(benchmark::State& state)
 {
     const Directory directory;
+    int foreign = 0;
     for (auto _ : state)
-        benchmark::DoNotOptimize(scanTsFiles([](const QString&) {}));
+        benchmark::DoNotOptimize(scanTsFiles(shownTsFiles(foreign), [](const std::string&) {}));
 }
 
 void scanAndFill(benchmark::State& state)
 {
     const Directory directory;
+    int foreign = 0;
     FileTable table;
     table.resize(800, 600);
     table.show();
     for (auto _ : state) {
-        table.fill(scanTsFiles([](const QString&) {}), false);
+        table.fill(scanTsFiles(shownTsFiles(foreign), [](const std::string&) {}), false);
         QApplication::processEvents();
     }
 }

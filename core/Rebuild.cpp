@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "core/ScratchFile.h"
+#include "core/SafeChange.h"
 #include "core/TsExceptions.h"
 #include "core/TsNames.h"
 
@@ -106,10 +106,10 @@ JobOutcome rebuildTsFile(const std::filesystem::path& file, std::uint32_t newSam
     if (tsFileBytes(newSamples, newColumns) >= kFileLimit)
         throw TS::IO_ERROR(0, static_cast<std::uint32_t>(kFileLimit), 1);
 
-    ScratchFile scratch(file.parent_path(), "tmp", ".ts");
+    PendingFile pending(file, "tmp", ".ts");
     {
         const std::unique_ptr<TSFILE> made =
-            createInOrderOf(image, scratch.path().string(), newSamples, newColumns);
+            createInOrderOf(image, pending.path().string(), newSamples, newColumns);
         TSFILE& to = *made;
         const std::uint32_t kept = std::min(from->columns(), newColumns);
         for (std::uint32_t col = 1; col <= kept; ++col)
@@ -123,7 +123,7 @@ JobOutcome rebuildTsFile(const std::filesystem::path& file, std::uint32_t newSam
             return JobOutcome::Cancelled;
         to.flush(true);
     }
-    scratch.putInPlace(file);
+    pending.commit();
     return JobOutcome::Done;
 }
 

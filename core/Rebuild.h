@@ -13,13 +13,15 @@
 namespace veltrac {
 
 // Rebuilds `file` with the new counts: every value, name, description and positive stamp that fits stays in
-// its place, bit for bit, and the file keeps its byte order; new samples are 0, new columns are named Column-nn and stamped now. The header's
-// texts, sample time and start are kept. The scratch file is tmp.ts beside the file, or the next free name.
+// its place, bit for bit, and the file keeps its byte order; new samples are 0, new columns are named
+// Column-nn and stamped now. The header's texts, sample time and start are kept. The scratch file is tmp.ts
+// beside the file, or the next free name.
 //
-// Throws the TS exceptions and std::system_error; then, and when it is cancelled, the old file stands as it
-// was and the scratch file is gone. Ring files are refused with TS::READONLY_VIOLATION and the file's name:
-// their rows are no plain samples. A file that ends before the values that its header claims is refused with
-// TS::IO_ERROR before anything is made, unless the new counts leave those values out. Whoever has the file open must let it go before.
+// Throws the TS exceptions and std::system_error (a write-protected file too); then, and when it is
+// cancelled, the old file stands as it was and the scratch file is gone. Ring files are refused with
+// TS::READONLY_VIOLATION and the file's name: their rows are no plain samples. A file that ends before the
+// values that its header claims is refused with TS::IO_ERROR before anything is made, unless the new counts
+// leave those values out. Whoever has the file open must let it go before.
 //
 // `fill`, where there is one, gets the new file when all old values are in it, and may write more: what it
 // throws or cancels counts for the whole.

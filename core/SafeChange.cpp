@@ -8,8 +8,6 @@
 #include <system_error>
 #include <vector>
 
-#include "core/ColumnCopy.h"
-
 namespace veltrac {
 
 namespace {
@@ -110,8 +108,12 @@ JobOutcome changeInPlace(const InPlaceChange& change, const Progress& progress, 
         }
         kept += range.count;
     }
+    const Progress writing = [&](std::uint64_t done, std::uint64_t of) {
+        return goesOn(progress, kKeepingShare * of + (100 - kKeepingShare) * done,
+                      std::max<std::uint64_t>(of, 1) * 100);
+    };
     try {
-        if (change.write(change.file, partOf(progress, kKeepingShare, 100)) == JobOutcome::Done) {
+        if (change.write(change.file, writing) == JobOutcome::Done) {
             change.file.flush(true);
             if (::fsync(change.file.descriptor()) != 0 && errno != EINVAL)
                 throw std::system_error(errno, std::generic_category());

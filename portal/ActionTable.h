@@ -6,6 +6,8 @@
 #include <optional>
 #include <span>
 
+#include "share/ActionRow.h"
+
 namespace veltrac {
 
 // The actions of the main window itself; those that start a sub-program are rows of its registry.
@@ -30,24 +32,8 @@ enum class ActionId {
     Quit,
 };
 
-struct ActionRow
-{
-    const char* image;     // ":/img_" + image; empty for none
-    const char* shortcut;  // repeated ones are wanted: Qt then reports an ambiguity and runs neither
-    const char* slot;      // of the main window, as SLOT() writes it
-    const char* text;
-    const char* toolTip;
-    const char* whatsThis;
-    bool checkable = false;
-};
-
-struct FixedAction
-{
-    ActionId id;
-    ActionRow row;
-};
-
-std::span<const FixedAction> fixedActions();
+// Repeated keys are wanted: Qt then reports an ambiguity and runs none of their actions.
+std::span<const ActionRow<ActionId>> fixedActions();
 
 // What acts on one file: a sub-menu of "&File" that lists the files, and an entry of a row's context menu.
 struct FileActionRow

@@ -197,7 +197,7 @@ QString Basic_Tab::description() const
 // -- Columns --
 
 Column_Tab::Column_Tab(int columns, QWidget* parent)
-    : QWidget(parent), m_table(new QTableWidget(0, 2, this)), m_note(new QLabel(this))
+    : QWidget(parent), m_table(new QTableWidget(0, 2, this)), m_doubt(new QLabel(this))
 {
     m_table->setHorizontalHeaderLabels({QStringLiteral("Column name"), QStringLiteral("Column description")});
     m_table->horizontalHeader()->setStretchLastSection(true);
@@ -205,12 +205,12 @@ Column_Tab::Column_Tab(int columns, QWidget* parent)
     m_table->setTabKeyNavigation(false);  // Tab leaves the table; out of an open cell it goes to the next one
     m_table->setAccessibleName(QStringLiteral("Names and descriptions of the columns"));
     m_table->setWhatsThis(QStringLiteral("A name has at most 11 characters, a description 45."));
-    m_note->setWordWrap(true);
-    m_note->setTextFormat(Qt::PlainText);
-    m_note->hide();
+    m_doubt->setWordWrap(true);
+    m_doubt->setTextFormat(Qt::PlainText);
+    m_doubt->hide();
     auto* const layout = new QVBoxLayout(this);
     layout->addWidget(m_table);
-    layout->addWidget(m_note);
+    layout->addWidget(m_doubt);
     connect(m_table, &QTableWidget::cellChanged, this, &Column_Tab::cutToWidth);
     setColumns(columns);
 }
@@ -225,7 +225,7 @@ void Column_Tab::setColumns(int columns)
         m_table->setItem(row, kDescription,
                          new QTableWidgetItem(QStringLiteral("Col %1 description").arg(row + 1)));
     }
-    noteDoubtfulNames();
+    showDoubtfulNames();
 }
 
 QString Column_Tab::name(int column) const
@@ -247,22 +247,22 @@ void Column_Tab::cutToWidth(int row, int column)
         const QSignalBlocker quiet(m_table);
         cell->setText(cut);
     }
-    noteDoubtfulNames();
+    showDoubtfulNames();
 }
 
-void Column_Tab::noteDoubtfulNames()
+void Column_Tab::showDoubtfulNames()
 {
     // Columns are looked up by their names: only the first of two is found. That is no reason to refuse.
     std::set<QString> names;
-    QString note;
-    for (int column = 1; column <= m_table->rowCount() && note.isEmpty(); ++column) {
+    QString doubt;
+    for (int column = 1; column <= m_table->rowCount() && doubt.isEmpty(); ++column) {
         if (name(column).trimmed().isEmpty())
-            note = QStringLiteral("Column %1 has no name.").arg(column);
+            doubt = QStringLiteral("Column %1 has no name.").arg(column);
         else if (!names.insert(name(column)).second)
-            note = QStringLiteral("Two columns are named %1.").arg(name(column));
+            doubt = QStringLiteral("Two columns are named %1.").arg(name(column));
     }
-    m_note->setText(note);
-    m_note->setVisible(!note.isEmpty());
+    m_doubt->setText(doubt);
+    m_doubt->setVisible(!doubt.isEmpty());
 }
 
 // -- The window --

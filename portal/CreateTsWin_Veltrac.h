@@ -79,10 +79,10 @@ public slots:
 
 private:
     void cutToWidth(int row, int column);
-    void noteDoubtfulNames();
+    void showDoubtfulNames();
 
     QTableWidget* m_table;
-    QLabel* m_note;
+    QLabel* m_doubt;
 };
 
 class CreateTsWin : public veltrac::SubWindow

@@ -14,7 +14,6 @@
 #include <QStatusBar>
 #include <QVBoxLayout>
 
-#include <charconv>
 #include <memory>
 
 #include "core/FailureText.h"
@@ -22,9 +21,11 @@
 #include "core/TSFILE.h"
 #include "core/TsExceptions.h"
 #include "portal/ColumnTable.h"
+#include "portal/FileCommands.h"
 #include "portal/HeaderFields.h"
 #include "portal/StartField.h"
 #include "portal/TsApplication.h"
+#include "portal/TsFileTexts.h"
 #include "share/Boxes.h"
 #include "share/HeaderText.h"
 #include "share/JobProgress.h"
@@ -43,14 +44,6 @@ constexpr int kLeastRowHeight = 18;
 constexpr int kMostRowHeight = 30;
 // Boxes about empty names before the status bar tells the rest.
 constexpr std::size_t kMostNameBoxes = 3;
-
-// The shortest text that reads back as the same float.
-QString floatText(float v)
-{
-    char text[32];
-    const auto result = std::to_chars(text, text + sizeof text, v);
-    return QString::fromLatin1(text, static_cast<int>(result.ptr - text));
-}
 
 std::unique_ptr<TSFILE> openFile(const QString& name, bool readOnly)
 {
@@ -107,7 +100,7 @@ QWidget* EditHeaderWin::createFields()
     connect(&m_fields->startTime(), &QLineEdit::textChanged, this, &EditHeaderWin::sl_startTimeChanged);
     connect(&m_fields->samples(), &QLineEdit::textChanged, this, &EditHeaderWin::sl_samplesChanged);
     connect(&m_fields->columns(), &QLineEdit::textChanged, this, &EditHeaderWin::sl_columnsChanged);
-    connect(m_fields, &HeaderFields::x_start_date_edited, this, [this] { m_startDateChanged = true; });
+    connect(m_fields, &HeaderFields::x_start_date_edited, this, [this] { m_edits.startDate = true; });
     connect(&m_fields->startDate(), &StartField::x_validated, this, &EditHeaderWin::updateState);
     // A count is applied when its field is left, also by Enter: what that has done is to be seen. Enter in
     // the other fields presses OK.
@@ -171,10 +164,10 @@ QWidget* EditHeaderWin::createButtons()
 
 void EditHeaderWin::readHeader()
 {
-    noteFileTime();
+    rememberFileTime();
     const std::unique_ptr<TSFILE> file = openFile(m_fileName, true);
     if (!file) {
-        say(QStringLiteral("%1 could not be opened.").arg(m_shownName));
+        showInStatusBar(QStringLiteral("%1 could not be opened.").arg(m_shownName));
         m_ok->setEnabled(false);
         return;
     }
@@ -186,10 +179,9 @@ void EditHeaderWin::readHeader()
         m_fields->startTime().setText(floatText(file->startTime()));
         m_fields->setStartSeconds(file->startSeconds());
     } catch (const TS::Failure&) {
-        say(QStringLiteral("The header of %1 could not be read.").arg(m_shownName));
+        showInStatusBar(QStringLiteral("The header of %1 could not be read.").arg(m_shownName));
     }
-    m_descriptionChanged = m_timeUnitChanged = m_sampleTimeChanged = m_startTimeChanged = m_startDateChanged =
-        false;
+    m_edits = {};
     updateState();
 }
 
@@ -203,15 +195,9 @@ void EditHeaderWin::takeCounts(TSFILE& file)
     m_fields->setCounts(m_samples, m_columns);
 }
 
-void EditHeaderWin::noteFileTime()
+void EditHeaderWin::rememberFileTime()
 {
     m_fileTime = QFileInfo(m_fileName).lastModified();
-}
-
-bool EditHeaderWin::hasFieldEdits() const
-{
-    return m_descriptionChanged || m_timeUnitChanged || m_sampleTimeChanged || m_startTimeChanged ||
-           m_startDateChanged;
 }
 
 // Another window may have rebuilt or computed what is shown here.
@@ -221,8 +207,8 @@ void EditHeaderWin::changeEvent(QEvent* event)
     if (event->type() != QEvent::ActivationChange || !isActiveWindow() || JobProgress::isRunning() ||
         QFileInfo(m_fileName).lastModified() == m_fileTime)
         return;
-    if (hasFieldEdits())
-        noteFileTime();
+    if (m_edits.any())
+        rememberFileTime();
     else
         readHeader();
     sl_refresh();
@@ -237,37 +223,39 @@ void EditHeaderWin::sl_refresh()
     const std::vector<unsigned> unnamed = m_table->fill(*file);
     file.reset();
     if (static_cast<unsigned>(m_table->rowCount()) < m_columns)
-        say(QStringLiteral("Of %1 columns the first %2 are shown.").arg(m_columns).arg(m_table->rowCount()));
+        showInStatusBar(
+            QStringLiteral("Of %1 columns the first %2 are shown.").arg(m_columns).arg(m_table->rowCount()));
     for (std::size_t i = 0; i < unnamed.size() && i < kMostNameBoxes; ++i)
-        warn(QStringLiteral("Ts Column name error"),
-             QStringLiteral(
-                 "Column %1 name is empty(==0).\n Column name should be unique (max 11 characters).")
-                 .arg(unnamed[i]));
+        showWarningBox(
+            QStringLiteral("Ts Column name error"),
+            QStringLiteral(
+                "Column %1 name is empty(==0).\n Column name should be unique (max 11 characters).")
+                .arg(unnamed[i]));
     if (unnamed.size() > kMostNameBoxes)
-        say(QStringLiteral("%1 columns have no name.").arg(unnamed.size()));
+        showInStatusBar(QStringLiteral("%1 columns have no name.").arg(unnamed.size()));
 }
 
 // -- Fields --
 
 void EditHeaderWin::sl_fileDescrChanged(const QString& /*text*/)
 {
-    m_descriptionChanged = true;
+    m_edits.description = true;
 }
 
 void EditHeaderWin::sl_timeUnitChanged(const QString& /*text*/)
 {
-    m_timeUnitChanged = true;
+    m_edits.timeUnit = true;
 }
 
 void EditHeaderWin::sl_sampleTimeChanged(const QString& /*text*/)
 {
-    m_sampleTimeChanged = true;
+    m_edits.sampleTime = true;
     updateState();
 }
 
 void EditHeaderWin::sl_startTimeChanged(const QString& /*text*/)
 {
-    m_startTimeChanged = true;
+    m_edits.startTime = true;
     updateState();
 }
 
@@ -296,19 +284,19 @@ void EditHeaderWin::sl_cellChanged(int row, int column)
 {
     if (column != ColumnTable::kName && column != ColumnTable::kDescription)
         return;
-    if (!mayWrite()) {
+    if (!mayWrite(this, m_fileName)) {
         sl_refresh();
         return;
     }
     try {
         writeCell(row, column);
     } catch (const TS::Failure&) {
-        warn(QStringLiteral("Veltrac error"),
-             QStringLiteral("%1 could not be written. Column %2 stays as it was.")
-                 .arg(m_shownName, QString::number(row + 1)));
+        showWarningBox(QStringLiteral("Veltrac error"),
+                       QStringLiteral("%1 could not be written. Column %2 stays as it was.")
+                           .arg(m_shownName, QString::number(row + 1)));
         sl_refresh();
     }
-    noteFileTime();
+    rememberFileTime();
 }
 
 void EditHeaderWin::writeCell(int row, int column)
@@ -323,7 +311,8 @@ void EditHeaderWin::writeCell(int row, int column)
             ? file->columnName(number, headerBytes(cell->text(), kColumnNameBytes).constData())
             : file->columnDescription(number, headerBytes(cell->text(), kColumnDescriptionBytes).constData());
     const QString stored = headerText(written);
-    say(stored == cell->text().trimmed()
+    showInStatusBar(
+        stored == cell->text().trimmed()
             ? QStringLiteral("Column %1 saved").arg(number)
             : QStringLiteral("Column %1 saved, cut to \"%2\"").arg(QString::number(number), stored));
     const QSignalBlocker quiet(m_table);
@@ -376,8 +365,8 @@ bool EditHeaderWin::changeCounts(std::optional<unsigned> newSamples, std::option
     if (const std::unique_ptr<TSFILE> file = openFile(m_fileName, true)) {
         takeCounts(*file);
     } else {
-        warn(QStringLiteral("Veltrac error"),
-             QStringLiteral("%1 cannot be opened any more.").arg(m_shownName));
+        showWarningBox(QStringLiteral("Veltrac error"),
+                       QStringLiteral("%1 cannot be opened any more.").arg(m_shownName));
         return false;
     }
     const unsigned samples = newSamples.value_or(m_samples);
@@ -385,18 +374,20 @@ bool EditHeaderWin::changeCounts(std::optional<unsigned> newSamples, std::option
     if (samples == m_samples && columns == m_columns)
         return true;
     if (m_isRing) {
-        warn(QStringLiteral("Veltrac"),
-             QStringLiteral("%1 is a ring file. Its numbers of samples and columns cannot be changed.")
-                 .arg(m_shownName));
+        showWarningBox(
+            QStringLiteral("Veltrac"),
+            QStringLiteral("%1 is a ring file. Its numbers of samples and columns cannot be changed.")
+                .arg(m_shownName));
         return false;
     }
-    if (!mayWrite())
+    if (!mayWrite(this, m_fileName))
         return false;
     const bool reduces = samples < m_samples || columns < m_columns;
     if (reduces &&
         !askYesNo(QMessageBox::Warning, this, QStringLiteral("Veltrac"),
                   QStringLiteral("It is most unusual to reduce the size of a ts-file, proceed?"))) {
-        say(QStringLiteral("The file keeps its %1 samples and %2 columns.").arg(m_samples).arg(m_columns));
+        showInStatusBar(
+            QStringLiteral("The file keeps its %1 samples and %2 columns.").arg(m_samples).arg(m_columns));
         return false;
     }
     return rebuild(samples, columns);
@@ -421,34 +412,23 @@ bool EditHeaderWin::rebuild(unsigned samples, unsigned columns)
     } catch (const std::exception&) {
         failure = QStringLiteral("Uspecified problem but something vent wrong in any case.\n") + unchanged();
     }
-    noteFileTime();
+    rememberFileTime();
     if (outcome == JobOutcome::Done) {
         m_samples = samples;
         m_columns = columns;
         m_fields->setCounts(samples, columns);
-        say(QStringLiteral("%1 has %2 samples and %3 columns now.")
-                .arg(m_shownName, QString::number(samples), QString::number(columns)));
+        showInStatusBar(QStringLiteral("%1 has %2 samples and %3 columns now.")
+                            .arg(m_shownName, QString::number(samples), QString::number(columns)));
         emit x_directory_changed();
         return true;
     }
     if (!failure.isEmpty())
-        warn(QStringLiteral("Veltrac error"), failure);
+        showWarningBox(QStringLiteral("Veltrac error"), failure);
     else
-        say(QStringLiteral("Cancelled: the file is unchanged."));
+        showInStatusBar(QStringLiteral("Cancelled: the file is unchanged."));
     m_enteredSamples = m_samples;
     m_enteredColumns = m_columns;
     m_fields->resetCounts();
-    return false;
-}
-
-bool EditHeaderWin::mayWrite()
-{
-    const TsApplication* const application = TsApplication::instance();
-    if (application == nullptr || !application->isOpenForWriting(m_fileName))
-        return true;
-    warn(QStringLiteral("Veltrac"),
-         QStringLiteral("%1 is open for writing in another window.\nClose that window first.")
-             .arg(m_shownName));
     return false;
 }
 
@@ -461,8 +441,8 @@ void EditHeaderWin::sl_finished()
         m_ok->setFocus();
     // As the header will hold it: what is too small for 32 bits is 0 there.
     if (!(static_cast<float>(m_fields->sampleTime().number()) > 0.0F)) {
-        warn(QStringLiteral("Ts sample time error"),
-             QStringLiteral("A sample time of 0 is illegal.\n Modify the field and select OK."));
+        showWarningBox(QStringLiteral("Ts sample time error"),
+                       QStringLiteral("A sample time of 0 is illegal.\n Modify the field and select OK."));
         m_fields->sampleTime().setFocus();
         return;
     }
@@ -474,28 +454,28 @@ void EditHeaderWin::sl_finished()
 // Writes what the user changed and nothing else, so that texts that could not be decoded keep their bytes.
 bool EditHeaderWin::writeFields()
 {
-    if (!hasFieldEdits())
+    if (!m_edits.any())
         return true;
-    if (!mayWrite())
+    if (!mayWrite(this, m_fileName))
         return false;
     try {
         const std::unique_ptr<TSFILE> file = openFile(m_fileName, false);
         if (!file)
             throw TS::OPEN_ERROR(m_fileName.toLocal8Bit().toStdString());
-        if (m_descriptionChanged)
+        if (m_edits.description)
             file->description(headerBytes(m_fields->description().text(), kFileDescriptionBytes).constData());
-        if (m_timeUnitChanged)
+        if (m_edits.timeUnit)
             file->timeUnit(headerBytes(m_fields->timeUnit().text(), kTimeUnitBytes).constData());
-        if (m_sampleTimeChanged)
+        if (m_edits.sampleTime)
             file->dt(static_cast<float>(m_fields->sampleTime().number()));
-        if (m_startDateChanged)
+        if (m_edits.startDate)
             file->startSeconds(m_fields->startSeconds());
-        if (m_startTimeChanged)
+        if (m_edits.startTime)
             file->setStart(file->startSeconds(), static_cast<float>(m_fields->startTime().number()));
         file->flush(true);
     } catch (const TS::Failure&) {
-        warn(QStringLiteral("Veltrac error"),
-             QStringLiteral("The header of %1 could not be written.").arg(m_shownName));
+        showWarningBox(QStringLiteral("Veltrac error"),
+                       QStringLiteral("The header of %1 could not be written.").arg(m_shownName));
         return false;
     }
     emit x_directory_changed();
@@ -507,12 +487,12 @@ void EditHeaderWin::sl_subwindowGone(subWindow /*window*/)
     m_table->clearContents();
 }
 
-void EditHeaderWin::say(const QString& text)
+void EditHeaderWin::showInStatusBar(const QString& text)
 {
     statusBar()->showMessage(text);
 }
 
-void EditHeaderWin::warn(const QString& title, const QString& text)
+void EditHeaderWin::showWarningBox(const QString& title, const QString& text)
 {
     // A column without a name is told while the window is being built: there the box stands over the other
     // window.

@@ -50,12 +50,24 @@ protected:
     void changeEvent(QEvent* event) override;
 
 private:
+    // Which fields the user has changed: the others keep their bytes in the file.
+    struct Edits
+    {
+        bool description = false;
+        bool timeUnit = false;
+        bool sampleTime = false;
+        bool startTime = false;
+        bool startDate = false;
+
+        bool any() const { return description || timeUnit || sampleTime || startTime || startDate; }
+    };
+
     QWidget* createFields();
     QWidget* createTable();
     QWidget* createButtons();
     void readHeader();
     void takeCounts(TSFILE& file);
-    void noteFileTime();
+    void rememberFileTime();
 
     // The user leaves the field of a count, though not to cancel.
     bool isLeftForGood() const;
@@ -66,13 +78,11 @@ private:
     // stays.
     bool changeCounts(std::optional<unsigned> newSamples, std::optional<unsigned> newColumns);
     bool rebuild(unsigned samples, unsigned columns);
-    bool mayWrite();
     bool writeFields();
     void writeCell(int row, int column);
     void updateState();
-    bool hasFieldEdits() const;
-    void say(const QString& text);
-    void warn(const QString& title, const QString& text);
+    void showInStatusBar(const QString& text);
+    void showWarningBox(const QString& title, const QString& text);
 
     QString m_fileName;   // absolute: the working directory may change meanwhile
     QString m_shownName;  // as the user knows it
@@ -83,11 +93,7 @@ private:
     unsigned m_enteredColumns = 0;
     bool m_isRing = false;
     bool m_isClosing = false;
-    bool m_descriptionChanged = false;
-    bool m_timeUnitChanged = false;
-    bool m_sampleTimeChanged = false;
-    bool m_startTimeChanged = false;
-    bool m_startDateChanged = false;
+    Edits m_edits;
     QDateTime m_fileTime;  // of the file as it is shown
 
     veltrac::HeaderFields* m_fields = nullptr;

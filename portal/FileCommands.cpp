@@ -5,9 +5,10 @@
 #include <QInputDialog>
 
 #include "core/CopyFile.h"
+#include "core/FailureText.h"
+#include "core/SafeChange.h"
 #include "core/TSFILE.h"
 #include "core/TsNames.h"
-#include "core/FailureText.h"
 #include "portal/TsApplication.h"
 #include "share/Boxes.h"
 #include "share/JobProgress.h"
@@ -64,7 +65,7 @@ QString copyTsFile(QWidget* window, const QString& file)
 
 QString renameTsFile(QWidget* window, const QString& file)
 {
-    if (!isFreeToChange(window, file))
+    if (isOpenElsewhere(window, file))
         return {};
     const QString name = askFreeName(window, QStringLiteral("Rename %1").arg(file), file);
     if (name.isEmpty())
@@ -76,15 +77,26 @@ QString renameTsFile(QWidget* window, const QString& file)
     return {};
 }
 
-bool isFreeToChange(QWidget* window, const QString& file)
+bool isOpenElsewhere(QWidget* window, const QString& file)
 {
     const TsApplication* const application = TsApplication::instance();
     if (application == nullptr || !application->isOpenForWriting(file))
-        return true;
+        return false;
     showWarningBox(window, QStringLiteral("The file %1 is open for writing in another window.\n"
                                           "Close that window first.")
-                               .arg(file));
-    return false;
+                               .arg(QFileInfo(file).fileName()));
+    return true;
+}
+
+bool mayWrite(QWidget* window, const QString& file)
+{
+    if (isOpenElsewhere(window, file))
+        return false;
+    const bool isProtected = isWriteProtected(pathOf(file));
+    if (isProtected)
+        showWarningBox(window,
+                       QStringLiteral("The file %1 is write-protected.").arg(QFileInfo(file).fileName()));
+    return !isProtected;
 }
 
 }  // namespace veltrac

@@ -1,11 +1,15 @@
 #include "portal/FileTable.h"
 
 #include <QContextMenuEvent>
+#include <QFile>
 #include <QHeaderView>
 #include <QKeyEvent>
 
 #include <algorithm>
 #include <array>
+
+#include "portal/TsFileTexts.h"
+#include "share/HeaderText.h"
 
 namespace veltrac {
 
@@ -30,6 +34,7 @@ constexpr std::array<HeaderRow, 5> kHeaders{{
 }};
 
 constexpr int kNameColumn = 0;
+constexpr int kSampleTimeColumn = 3;
 constexpr int kDescriptionColumn = 4;
 constexpr int kLeastRowHeight = 18;
 // Characters that the column of names is wide at most: the other columns stay in view.
@@ -110,15 +115,18 @@ void FileTable::changeEvent(QEvent* event)
 
 void FileTable::setRow(int row, const TsFileRecord& record)
 {
+    const QString name = QFile::decodeName(record.name.c_str());
     const std::array<QString, kHeaders.size()> texts = {
-        record.name, QString::number(record.samples), QString::number(record.columns),
-        sampleTimeText(record.sampleTime), record.description};
+        name, QString::number(record.samples), QString::number(record.columns),
+        sampleTimeText(record.sampleTime), headerText(record.description.c_str())};
     for (int column = 0; column < columnCount(); ++column) {
         auto* const item = new QTableWidgetItem(texts[static_cast<std::size_t>(column)]);
         if (column != kNameColumn && column != kDescriptionColumn)
             item->setTextAlignment(Qt::AlignHCenter | Qt::AlignVCenter);
-        if (column == kNameColumn && record.name.size() > kLongestName / 2)
-            item->setToolTip(record.name.toHtmlEscaped());
+        if (column == kNameColumn && name.size() > kLongestName / 2)
+            item->setToolTip(name.toHtmlEscaped());
+        if (column == kSampleTimeColumn)
+            item->setToolTip(sampleTimeTip(record).toHtmlEscaped());
         setItem(row, column, item);
     }
 }

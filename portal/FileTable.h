@@ -5,7 +5,7 @@
 
 #include <vector>
 
-#include "portal/TsDirectory.h"
+#include "core/TsDirectory.h"
 
 namespace veltrac {
 

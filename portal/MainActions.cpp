@@ -27,32 +27,18 @@ MainActions::MainActions(QMainWindow* window) : QObject(window), m_window(window
     createToolBars();
 }
 
-QAction* MainActions::create(const ActionRow& row)
-{
-    const QString image = QString::fromLatin1(row.image);
-    const QString what = QString::fromUtf8(row.whatsThis);
-    auto* const made = new HydAction(image, QKeySequence(QString::fromLatin1(row.shortcut)), m_window,
-                                     row.slot != nullptr ? row.slot : SLOT(sl_openSubProgram()),
-                                     QString::fromLatin1(row.text), QString::fromLatin1(row.toolTip),
-                                     what.isEmpty() ? what : whatsThisText(image, what));
-    made->setCheckable(row.checkable);
-    made->installEventFilter(this);
-    // Keys work whatever bar or menu shows the action.
-    m_window->addAction(made);
-    m_withKeys.push_back(made);
-    return made;
-}
-
 void MainActions::createActions()
 {
-    for (const FixedAction& fixed : fixedActions())
-        m_actions[fixed.id] = create(fixed.row);
+    makeActions(m_window, m_window, fixedActions(), m_actions);
     for (const SubProgramRow& row : subPrograms()) {
         if (row.offered == Offered::Elsewhere)
             continue;
-        m_subPrograms[row.kind] = create(row.action);
-        m_subPrograms[row.kind]->setData(static_cast<int>(row.kind));
+        QAction* const made = makeAction(m_window, m_window, row.action);
+        made->setData(static_cast<int>(row.action.id));
+        m_subPrograms[row.action.id] = made;
     }
+    for (QAction* const made : m_window->actions())
+        made->installEventFilter(this);
     auto* const quit =
         new QAction(QIcon(QStringLiteral(":/img_FlushDown")), QStringLiteral("&Quit"), m_window);
     connect(quit, SIGNAL(triggered()), qApp, SLOT(closeAllWindows()));
@@ -107,7 +93,7 @@ void MainActions::addTo(QWidget* bar, const BarItem& item) const
     const Offered offered = item.gap == Gap::Importers ? Offered::AsImporter : Offered::AsComputing;
     for (const SubProgramRow& row : subPrograms())
         if (item.gap && row.offered == offered)
-            bar->addAction(action(row.kind));
+            bar->addAction(action(row.action.id));
 }
 
 void MainActions::addRowHeight(QToolBar* bar)
@@ -143,7 +129,7 @@ bool MainActions::eventFilter(QObject* watched, QEvent* event)
     if (event->type() == QEvent::Shortcut && static_cast<QShortcutEvent*>(event)->isAmbiguous()) {
         const QKeySequence key = static_cast<QShortcutEvent*>(event)->key();
         QStringList names;
-        for (const QAction* const action : m_withKeys) {
+        for (const QAction* const action : m_window->actions()) {
             if (action->shortcut() == key)
                 names << action->text().remove(QLatin1Char('&'));
         }

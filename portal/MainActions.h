@@ -4,7 +4,6 @@
 #include <QMainWindow>
 
 #include <map>
-#include <vector>
 
 #include "portal/ActionTable.h"
 #include "portal/FileMenus.h"
@@ -44,7 +43,6 @@ protected:
 
 private:
     void createActions();
-    QAction* create(const ActionRow& row);
     void createMenus();
     void createFileMenus(QMenu* menu);
     void createToolBars();
@@ -53,7 +51,6 @@ private:
     QMainWindow* m_window;
     std::map<ActionId, QAction*> m_actions;
     std::map<SubProgram, QAction*> m_subPrograms;
-    std::vector<QAction*> m_withKeys;
     FileMenus* m_fileMenus = nullptr;
     QSpinBox* m_rowHeight = nullptr;
 };

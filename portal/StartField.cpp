@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstdint>
 
+#include "core/FileTime.h"
 #include "share/NumberField.h"
 
 namespace veltrac {
@@ -16,6 +17,7 @@ namespace veltrac {
 namespace {
 
 constexpr double kMsInSecond = 1000.0;
+constexpr char kClockHelp[] = "Whether the date is one of this machine's time zone or of UTC.";
 
 // The header's 32-bit count of seconds, in which 0 stands for no date.
 bool canBeStored(double seconds)
@@ -44,7 +46,7 @@ StartField::StartField(QWidget* parent)
     m_clock->addItem(QStringLiteral("local time"), Qt::LocalTime);
     m_clock->addItem(QStringLiteral("UTC"), Qt::UTC);
     m_clock->setAccessibleName(QStringLiteral("Clock of the start"));
-    m_clock->setToolTip(QStringLiteral("Whether the date is one of this machine's time zone or of UTC."));
+    m_clock->setToolTip(QString::fromLatin1(kClockHelp));
     auto* const layout = new QHBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(m_text, 1);
@@ -72,28 +74,39 @@ void StartField::show()
     emit x_validated();
 }
 
+std::optional<double> StartField::meant(const QString& written)
+{
+    // A day alone begins at midnight.
+    auto place = parsePlace(written.toStdString());
+    if (!place || place->kind != SeriesPlace::Kind::Calendar)
+        place = parsePlace(written.toStdString() + " 00:00");
+    if (!place || place->kind != SeriesPlace::Kind::Calendar) {
+        m_reason = QStringLiteral("Write the date as 2016-05-17 13:45:30.");
+        return std::nullopt;
+    }
+    MeantMoment moment{place->number};
+    if (m_clock->currentData().value<Qt::TimeSpec>() == Qt::LocalTime)
+        moment = momentOf(*place, 0.0, true);
+    m_clock->setToolTip(moment.note.empty() ? QString::fromLatin1(kClockHelp)
+                                            : QString::fromStdString(moment.note));
+    if (!canBeStored(moment.seconds))
+        m_reason = QStringLiteral("The header holds dates from 1970 to 2106.");
+    return moment.seconds;
+}
+
 void StartField::read(const QString& text)
 {
+    const QString written = text.trimmed();
     m_reason.clear();
-    QString written = text.trimmed();
-    const bool isEmpty = written.isEmpty();
-    QDateTime time =
-        QDateTime::fromString(written.replace(QLatin1Char(' '), QLatin1Char('T')), Qt::ISODateWithMs);
-    const bool isDate = time.date().isValid() && time.time().isValid();
-    time.setTimeSpec(m_clock->currentData().value<Qt::TimeSpec>());
-    const double seconds = static_cast<double>(time.toMSecsSinceEpoch()) / kMsInSecond;
-    if (isEmpty)
-        m_reason = m_time ? QStringLiteral("A date that was set cannot be taken away.") : QString();
-    else if (!isDate)
-        m_reason = QStringLiteral("Write the date as 2016-05-17 13:45:30.");
-    else if (!time.isValid())
-        m_reason = QStringLiteral("The clock skips this time.");
-    else if (!canBeStored(seconds))
-        m_reason = QStringLiteral("The header holds dates from 1970 to 2106.");
+    std::optional<double> seconds;
+    if (!written.isEmpty())
+        seconds = meant(written);
+    else if (m_time)
+        m_reason = QStringLiteral("A date that was set cannot be taken away.");
     markField(*m_text, m_reason.isEmpty());
-    if (m_reason.isEmpty() && !isEmpty) {
+    if (seconds && m_reason.isEmpty()) {
         m_time = seconds;
-        emit x_edited(seconds);
+        emit x_edited(*seconds);
     }
     emit x_validated();
 }

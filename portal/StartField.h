@@ -31,6 +31,8 @@ signals:
 
 private:
     void read(const QString& text);
+    // The time that a text means; m_reason where it is none, or none for a header.
+    std::optional<double> meant(const QString& written);
     void show();
 
     QLineEdit* m_text;

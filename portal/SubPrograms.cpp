@@ -51,74 +51,80 @@ SubWindow* createWindow(const QString& /*file*/, unsigned /*column*/)
     return new CreateTsWin(mainWindow());
 }
 
-constexpr ActionRow kNoAction{};
+constexpr ActionRow<SubProgram> withoutAction(SubProgram kind)
+{
+    return {kind, "", "", "", "", "", "", false};
+}
 
+// A row without a slot of the main window's for its action takes SLOT(sl_openSubProgram()). Both importers
+// stand under one text on purpose; their tool tips tell them apart.
 const std::array kRows = {
-    SubProgramRow{SubProgram::Create, createWindow, Offered::Elsewhere, kNoAction},
+    SubProgramRow{withoutAction(SubProgram::Create), createWindow},
     SubProgramRow{
-        SubProgram::StlImport,
-        onFile<STLWin>,
-        Offered::AsImporter,
-        {"ReadASCII_1", "F4", SLOT(sl_readSTLFile()), "Read an existing .stl (ASCII) file...",
+        {SubProgram::StlImport, "ReadASCII_1", "F4", SLOT(sl_readSTLFile()),
+         "Read an existing .stl (ASCII) file...",
          "Open a textual ASCII (with extension .stl) file and convert it to a binary ts-file.",
          "<b>Import a smart tool log.</b> A table of dates, times and readings as measuring tools and "
          "spreadsheets write it. Separator, decimal sign and time columns are recognised; a preview shows "
-         "what will be read. <i>Help, STL...</i> describes the format."}},
+         "what will be read. <i>Help, STL...</i> describes the format."},
+        onFile<STLWin>,
+        Offered::AsImporter},
     SubProgramRow{
-        SubProgram::SclImport,
-        onFile<SCLWin>,
-        Offered::AsImporter,
-        // Says .stl on purpose: the tool tip tells the two importers apart.
-        {"ReadASCII_3", "F5", SLOT(sl_readSCLFile()), "Read an existing .stl (ASCII) file...",
+        {SubProgram::SclImport, "ReadASCII_3", "F5", SLOT(sl_readSCLFile()),
+         "Read an existing .stl (ASCII) file...",
          "Open a textual ASCII (with extension .scl) file and convert it to a binary ts-file.",
          "<b>Import single column logs.</b> Each text holds one column, a value a line; several texts "
-         "become the columns of one ts-file. The sample time is read from the text or typed in."}},
-    SubProgramRow{SubProgram::Plot, onFile<QtPlotWin>, Offered::Elsewhere, kNoAction},
-    SubProgramRow{SubProgram::PlotColumn, onColumn<QtPlotColWin>, Offered::Elsewhere, kNoAction},
-    SubProgramRow{SubProgram::List, tableView<0>, Offered::Elsewhere, kNoAction},
-    SubProgramRow{SubProgram::Edit, tableView<1>, Offered::Elsewhere, kNoAction},
-    SubProgramRow{SubProgram::Header, onFile<EditHeaderWin>, Offered::Elsewhere, kNoAction},
+         "become the columns of one ts-file. The sample time is read from the text or typed in."},
+        onFile<SCLWin>,
+        Offered::AsImporter},
+    SubProgramRow{withoutAction(SubProgram::Plot), onFile<QtPlotWin>},
+    SubProgramRow{withoutAction(SubProgram::PlotColumn), onColumn<QtPlotColWin>},
+    SubProgramRow{withoutAction(SubProgram::List), tableView<0>},
+    SubProgramRow{withoutAction(SubProgram::Edit), tableView<1>},
+    SubProgramRow{withoutAction(SubProgram::Header), onFile<EditHeaderWin>},
     SubProgramRow{
-        SubProgram::Formula,
-        onColumn<EditTsWin>,
-        Offered::AsComputing,
-        {"EditWin", "F7", SLOT(sl_editWin()), "Edit window....",
+        {SubProgram::Formula, "EditWin", "F7", SLOT(sl_editWin()), "Edit window....",
          "Open a sub-window for generating y = f(math. function, ts column...)",
          "<b>Ts-Edit.</b> Computes a column from a formula of up to eight columns x1 to x8, the time t and "
-         "mathematical functions, sample by sample, for example <tt>sqrt(x1^2+x2^2)</tt>."}},
+         "mathematical functions, sample by sample, for example <tt>sqrt(x1^2+x2^2)</tt>."},
+        onColumn<EditTsWin>,
+        Offered::AsComputing},
     SubProgramRow{
-        SubProgram::Derivative,
-        onColumn<DerivativeWin>,
-        Offered::AsComputing,
-        {"Derivation", "F8", SLOT(sl_derivative()), "The derivative window....",
+        {SubProgram::Derivative, "Derivation", "F8", SLOT(sl_derivative()), "The derivative window....",
          "Open a subwindow for calculating dy/dt on a specific column in the target file.",
          "<b>Ts-Derivative.</b> Computes how fast a column changes: the difference between each sample and "
-         "the next, divided by the sample time. The result is plotted beside its source and can be saved."}},
+         "the next, divided by the sample time. The result is plotted beside its source and can be saved."},
+        onColumn<DerivativeWin>,
+        Offered::AsComputing},
     SubProgramRow{
-        SubProgram::Integral,
-        onColumn<IntegrateWin>,
-        Offered::AsComputing,
-        {"Integration", "F9", SLOT(sl_integrate()), "Integrate dy...",
+        {SubProgram::Integral, "Integration", "F9", SLOT(sl_integrate()), "Integrate dy...",
          "Open a subwindow for a integration operation on a spesific column in the target file.",
          "<b>Ts-Integrate.</b> Computes the running integral of a column over time by the trapezoidal "
-         "rule, beginning with 0. The result is plotted beside its source and can be saved."}},
+         "rule, beginning with 0. The result is plotted beside its source and can be saved."},
+        onColumn<IntegrateWin>,
+        Offered::AsComputing},
     SubProgramRow{
-        SubProgram::Spectrum,
-        onColumn<DFTWin>,
-        Offered::AsComputing,
-        {"Dft", "F10", SLOT(sl_dft()), "Fast Fourier transform...",
+        {SubProgram::Spectrum, "Dft", "F10", SLOT(sl_dft()), "Fast Fourier transform...",
          "Open a subwindow for a DFT operation on a spesific column in the target file.",
          "<b>Ts-FFT.</b> Shows which frequencies a column holds: amplitude, power density or the complex "
-         "spectrum, with a choice of windows and averaging."}},
+         "spectrum, with a choice of windows and averaging."},
+        onColumn<DFTWin>,
+        Offered::AsComputing},
     SubProgramRow{
-        SubProgram::Filter,
-        onColumn<FilterWin>,
-        Offered::AsComputing,
-        {"Filter", "F11", SLOT(sl_filter()), "Filtering...",
+        {SubProgram::Filter, "Filter", "F11", SLOT(sl_filter()), "Filtering...",
          "Open a subwindow for a filter operation on a spesific column in the target file.",
          "<b>Ts-Filt.</b> Runs a column through a moving average or a Bessel, Butterworth, Chebyshev or "
-         "window filter. The response of the filter can be plotted before it is used."}},
+         "window filter. The response of the filter can be plotted before it is used."},
+        onColumn<FilterWin>,
+        Offered::AsComputing},
 };
+
+const SubProgramRow* rowOf(SubProgram kind)
+{
+    const auto row = std::find_if(kRows.begin(), kRows.end(),
+                                  [kind](const SubProgramRow& each) { return each.action.id == kind; });
+    return row == kRows.end() ? nullptr : &*row;
+}
 
 }  // namespace
 
@@ -127,11 +133,16 @@ std::span<const SubProgramRow> subPrograms()
     return kRows;
 }
 
+bool isImporter(SubProgram kind)
+{
+    const SubProgramRow* const row = rowOf(kind);
+    return row != nullptr && row->offered == Offered::AsImporter;
+}
+
 SubWindow* makeSubProgram(SubProgram kind, const QString& file, unsigned column)
 {
-    const auto* const row = std::find_if(kRows.begin(), kRows.end(),
-                                         [kind](const SubProgramRow& each) { return each.kind == kind; });
-    return row == kRows.end() ? nullptr : row->make(file, column);
+    const SubProgramRow* const row = rowOf(kind);
+    return row == nullptr ? nullptr : row->make(file, column);
 }
 
 }  // namespace veltrac

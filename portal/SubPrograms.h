@@ -6,8 +6,8 @@
 
 #include <span>
 
-#include "portal/ActionTable.h"
 #include "portal/TsApplication.h"
+#include "share/ActionRow.h"
 #include "share/SubWindow.h"
 
 namespace veltrac {
@@ -18,15 +18,16 @@ enum class Offered { Elsewhere, AsImporter, AsComputing };
 
 struct SubProgramRow
 {
-    SubProgram kind;
+    ActionRow<SubProgram> action;
     // Makes the window, not yet shown, on a file (empty where it takes none) and a column (from 1; 0 for
     // none). It deletes itself when it is closed.
     SubWindow* (*make)(const QString& file, unsigned column);
-    Offered offered;
-    ActionRow action;  // one without a slot opens the sub-program on the selected file
+    Offered offered = Offered::Elsewhere;
 };
 
 std::span<const SubProgramRow> subPrograms();
+
+bool isImporter(SubProgram kind);
 
 // Null for a kind without a row.
 SubWindow* makeSubProgram(SubProgram kind, const QString& file, unsigned column);

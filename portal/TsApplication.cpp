@@ -4,11 +4,13 @@
 #include <QMessageBox>
 
 #include <algorithm>
-#include <filesystem>
+#include <memory>
+#include <system_error>
 
 #include "core/ErrorReport.h"
-#include "core/ScratchFile.h"
+#include "core/SafeChange.h"
 #include "core/TsExceptionTexts.h"
+#include "core/TsExceptions.h"
 #include "core/TsNames.h"
 
 using namespace veltrac;
@@ -60,11 +62,15 @@ bool mayMake(const TsApplication& application, const QString& fileName)
 {
     if (!QFile::exists(fileName))
         return true;
-    if (application.isOpenForWriting(fileName)) {
-        ask(QStringLiteral("The file %1 is open for writing in another window.\n"
-                           "Close that window first.")
-                .arg(fileName),
-            QMessageBox::Ok, QMessageBox::Ok);
+    QString refusal;
+    if (application.isOpenForWriting(fileName))
+        refusal = QStringLiteral(
+            "The file %1 is open for writing in another window.\n"
+            "Close that window first.");
+    else if (isWriteProtected(localBytes(fileName)))
+        refusal = QStringLiteral("The file %1 is write-protected.");
+    if (!refusal.isEmpty()) {
+        ask(refusal.arg(fileName), QMessageBox::Ok, QMessageBox::Ok);
         return false;
     }
     return ask(QStringLiteral("The file ") + fileName + QStringLiteral(" exists.\n") +
@@ -83,13 +89,19 @@ QString createdName(const QString& name)
 void makeWhole(const std::string& target, unsigned samples, unsigned columns,
                const std::function<void(TSFILE& file)>& fill)
 {
-    ScratchFile pending(std::filesystem::path(target).parent_path(), "new", ".ts");
+    const auto pending = [&] {
+        try {
+            return std::make_unique<PendingFile>(target, "new", ".ts");
+        } catch (const std::system_error&) {
+            throw TS::CREATE_ERROR(literalTsName(target));
+        }
+    }();
     {
-        const auto file = createTsFile(pending.path().string(), samples, columns);
+        const auto file = createTsFile(pending->path().string(), samples, columns);
         fill(*file);
         file->flush(true);
     }
-    pending.putInPlace(target);
+    pending->commit();
 }
 
 }  // namespace

@@ -27,6 +27,8 @@
 #include "portal/EmptyHint.h"
 #include "portal/FileCommands.h"
 #include "portal/SubPrograms.h"
+#include "portal/TsFileTexts.h"
+#include "share/ActionIcon.h"
 #include "share/Boxes.h"
 #include "share/JobProgress.h"
 #include "share/PsConfigDialog.h"
@@ -106,7 +108,8 @@ void VeltracWin::createTable()
 
 int VeltracWin::nOOfTsFiles()
 {
-    m_files = scanTsFiles([this](const QString& name) {
+    m_files = scanTsFiles(shownTsFiles(m_foreignNames), [this](const std::string& bytes) {
+        const QString name = QFile::decodeName(bytes.c_str());
         // It may be a sub-window's work that has the directory read again: that window stays in front.
         showBox(
             QMessageBox::Warning, m_errorBox.inFront(this), QStringLiteral("Veltrac error, nOOfTsFiles()"),
@@ -129,7 +132,7 @@ void VeltracWin::sl_refresh()
 
 void VeltracWin::reportForeignNames()
 {
-    const int count = countForeignNames();
+    const int count = m_foreignNames;
     if (count == 0)
         return;
     const QString text =
@@ -149,7 +152,7 @@ void VeltracWin::showFiles()
     std::vector<QString> names;
     names.reserve(m_files.size());
     for (const TsFileRecord& file : m_files)
-        names.push_back(file.name);
+        names.push_back(QFile::decodeName(file.name.c_str()));
     m_actions->setFiles(std::move(names));
     m_emptyHint->setVisible(m_files.empty());
 
@@ -182,7 +185,7 @@ void VeltracWin::showContextMenu(int row, const QPoint& globalPosition)
         m_actions->addFileActions(&menu, m_selected);
         menu.addSeparator();
         const QString name = menuText(m_selected);
-        menu.addAction(QIcon(QStringLiteral(":/img_Copy")), QStringLiteral("&Copy %1…").arg(name), this,
+        menu.addAction(actionIcon(QStringLiteral("Copy")), QStringLiteral("&Copy %1…").arg(name), this,
                        &VeltracWin::sl_copyFile);
         menu.addAction(QStringLiteral("&Rename %1…").arg(name), this, &VeltracWin::sl_renameFile);
     }
@@ -335,8 +338,12 @@ void VeltracWin::importTsaText(const QString& tsaFile)
 
 void VeltracWin::sl_openSubProgram()
 {
-    if (const auto* const action = qobject_cast<QAction*>(sender()))
-        openSubProgram(static_cast<SubProgram>(action->data().toInt()), m_selected, 0);
+    const auto* const action = qobject_cast<QAction*>(sender());
+    if (action == nullptr)
+        return;
+    // An importer begins without a file; the others take the selected one.
+    const auto kind = static_cast<SubProgram>(action->data().toInt());
+    openSubProgram(kind, isImporter(kind) ? QString() : m_selected, 0);
 }
 
 void VeltracWin::sl_readSTLFile()
@@ -385,19 +392,18 @@ void VeltracWin::sl_otherDir()
     enterDirectory(dialog.selectedFiles().constFirst());
 }
 
-bool VeltracWin::enterDirectory(const QString& directory)
+void VeltracWin::enterDirectory(const QString& directory)
 {
     if (!QDir::setCurrent(directory)) {
         showBox(QMessageBox::Warning, this, QStringLiteral("Veltrac"),
                 QStringLiteral("The directory %1 cannot be entered.").arg(directory));
-        return false;
+        return;
     }
     // Where the next dialog for files begins, which Qt remembers for the whole program.
     QFileDialog().setDirectoryUrl(QUrl::fromLocalFile(QDir::currentPath()));
     m_table->clearSelection();
     sl_refresh();
     emit x_new_plotdir(QDir::currentPath());
-    return true;
 }
 
 // -- What is dropped on the window --
@@ -489,7 +495,7 @@ void VeltracWin::sl_deleteFile()
     if (!fileIsSelected() || JobProgress::isRunning())
         return;
     const QString name = m_selected;
-    if (!isFreeToChange(this, name))
+    if (isOpenElsewhere(this, name))
         return;
     const bool sure = askYesNo(QMessageBox::Question, this, QStringLiteral("Delete a file?"),
                                QStringLiteral("Do you really want to delete %1?").arg(name));

@@ -9,11 +9,11 @@
 
 #include <vector>
 
+#include "core/TsDirectory.h"
 #include "portal/ErrorBox.h"
 #include "portal/FileTable.h"
 #include "portal/MainActions.h"
 #include "portal/TsApplication.h"
-#include "portal/TsDirectory.h"
 #include "portal/WriterRegistry.h"
 #include "share/PsParameters.h"
 #include "share/SubWindow.h"
@@ -111,7 +111,7 @@ private:
     void showFiles();
     void reportForeignNames();
     void showInStatusBar(const QString& text);
-    bool enterDirectory(const QString& directory);
+    void enterDirectory(const QString& directory);
     // A directory is entered, ts-files are listed, texts imported.
     void openDropped(const QStringList& paths);
     void importTexts(const QStringList& texts);
@@ -126,6 +126,7 @@ private:
     QWidget* m_emptyHint = nullptr;  // stands in the empty table
 
     std::vector<veltrac::TsFileRecord> m_files;
+    int m_foreignNames = 0;  // files that cannot be listed
     QString m_selected;
     bool m_sorted = false;
     bool m_refreshing = false;

@@ -1,9 +1,9 @@
 #include "share/hydaction.h"
 
-#include <QIcon>
 #include <QMenu>
 #include <QWhatsThis>
 
+#include "share/ActionIcon.h"
 #include "share/Resources.h"
 
 using namespace veltrac;
@@ -14,7 +14,7 @@ HydAction::HydAction(const QString& image, const QKeySequence& shortcut, QObject
 {
     loadResources();
     if (!image.isEmpty())
-        setIcon(QIcon(QStringLiteral(":/img_") + image));
+        setIcon(actionIcon(image));
     setText(menuText);
     if (!toolTip.isEmpty()) {
         setToolTip(toolTip);

@@ -191,6 +191,35 @@ TEST(CreateTsWinTest, untilTheNewFileIsWholeTheNameBelongsToTheOldOne)
     EXPECT_EQ(directory.fileCount(), 1U);
 }
 
+TEST(CreateTsWinTest, linksStayLinksAndWriteProtectedFilesStay)
+{
+    const TestDirectory directory;
+    Portal portal;
+    // Another file system, where there is one; whether the link leads to a file yet or not.
+    const std::filesystem::path elsewhere =
+        (std::filesystem::exists("/dev/shm") ? "/dev/shm" / directory.path().filename() : directory.path()) /
+        "real.ts";
+    std::filesystem::create_directories(elsewhere.parent_path());
+    std::filesystem::create_symlink(elsewhere, "Myfile.ts");
+    for (int i = 0; i < 2; ++i) {
+        const BoxAnswer yes(QStringLiteral("&Yes"));
+        Dialog dialog;
+        dialog->sl_accept();
+        EXPECT_EQ(yes.wasAsked(), i == 1);
+        EXPECT_TRUE(std::filesystem::is_symlink("Myfile.ts"));
+        EXPECT_EQ(openTsFile(elsewhere.string(), true)->samples(), 100U);
+    }
+    std::filesystem::permissions(elsewhere, std::filesystem::perms(0444));
+    const BoxAnswer told(QStringLiteral("OK"));
+    Dialog dialog;
+    dialog.set(kSamples, QStringLiteral("5"));
+    dialog->sl_accept();
+    EXPECT_EQ(told.text(), QStringLiteral("The file Myfile.ts is write-protected."));
+    EXPECT_TRUE(dialog.isOpen());
+    EXPECT_EQ(openTsFile("Myfile.ts", true)->samples(), 100U);
+    std::filesystem::remove_all(elsewhere.parent_path());
+}
+
 TEST(CreateTsWinTest, whatCreateTsMakesOpensUnderTheNameThatItWasGiven)
 {
     const TestDirectory directory;

@@ -259,6 +259,20 @@ TEST_F(HeaderEditor, FileThatIsBeingEditedElsewhereOrIsARingKeepsItsCounts)
     EXPECT_EQ(samplesOnDisk(), 30U);
     delete m_window;
     m_desk.writer.clear();
+    std::filesystem::permissions("a.ts", std::filesystem::perms(0444));
+    open();
+    for (const bool isCount : {true, false}) {
+        const BoxAnswer told(QStringLiteral("Ok"));
+        if (isCount)
+            enter(kSamples, "50");
+        else
+            table().item(1, 2)->setText(QStringLiteral("Other"));
+        EXPECT_EQ(told.text(), "The file a.ts is write-protected.");
+    }
+    EXPECT_EQ(samplesOnDisk(), 30U);
+    EXPECT_STREQ(TSFILE("a", true).columnName(2), "Column-02");
+    delete m_window;
+    std::filesystem::permissions("a.ts", std::filesystem::perms(0644));
     TSFILE("a", false).setRingMode(true);
     open();
     const BoxAnswer told(QStringLiteral("Ok"));

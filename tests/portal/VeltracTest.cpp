@@ -25,6 +25,7 @@
 #include <QUrl>
 
 #include "core/TSFILE.h"
+#include "core/TsNames.h"
 #include "portal/CreateTsWin_Veltrac.h"
 #include "portal/Veltrac.h"
 #include "share/JobProgress.h"
@@ -139,15 +140,31 @@ TEST(VeltracTest, listsRegularFilesWhoseSuffixIsTsAndBlamesEachCorruptOneOnce)
 TEST(VeltracTest, showsSampleTimesWithTheDecimalsOfTheirSize)
 {
     const TestDirectory directory;
-    const std::pair<float, const char*> rows[] = {
-        {1.0F, "1.0000"}, {1.5F, "1.500"}, {-2.0F, "-2.000"}, {0.25F, "0.2500"}, {86400.0F, "86400.000"}};
+    struct Row
+    {
+        float dt;
+        const char* text;
+        const char* tip;
+        const char* unit = "";
+    };
+    const Row rows[] = {{1.0F, "1.0000", "1 s, 1 Hz"},
+                        {1.5F, "1.500", "1.5 s, 666.667 mHz"},
+                        {-2.0F, "-2.000", "-2 s"},
+                        {0.25F, "0.2500", "0.25 s, 4 Hz"},
+                        {86400.0F, "86400.000", "86400 s, 11.5741 µHz"},
+                        {static_cast<float>(1.0 / 22050.0), "0.0000", "4.5351473e-05 s, 22.05 kHz"},
+                        {0.5F, "0.5000", "0.5 ms, 2 kHz", "Time[ms]"},
+                        {0.5F, "0.5000", "0.5 Hz", "Frequency[Hz]"}};
     int number = 0;
-    for (const auto& [dt, text] : rows)
-        makeFile(QStringLiteral("%1.ts").arg(++number), dt);
+    for (const Row& row : rows) {
+        makeFile(QStringLiteral("%1.ts").arg(++number), row.dt);
+        openTsFile(std::to_string(number) + ".ts", false)->timeUnit(row.unit);
+    }
     Portal portal;
     ASSERT_EQ(portal.table().rowCount(), number);
     for (int row = 0; row < number; ++row) {
-        EXPECT_EQ(portal.table().item(row, 3)->text(), QString::fromLatin1(rows[row].second));
+        EXPECT_EQ(portal.table().item(row, 3)->text(), QString::fromLatin1(rows[row].text));
+        EXPECT_EQ(portal.table().item(row, 3)->toolTip(), QString::fromUtf8(rows[row].tip));
         EXPECT_EQ(portal.table().item(row, 1)->text(), QStringLiteral("7"));
         EXPECT_EQ(portal.table().item(row, 4)->text(), QStringLiteral("A file"));
     }
@@ -278,6 +295,19 @@ TEST(VeltracTest, everySubProgramOpens)
         const QStringList opened = otherWindows() << seen;
         EXPECT_FALSE(opened.filter(QLatin1String(title)).isEmpty())
             << slot << ": " << opened.join(QStringLiteral(", ")).toStdString();
+    }
+    // A row of the registry whose action has no slot of its own.
+    for (const auto& [kind, title] :
+         {std::pair(SubProgram::Filter, "Ts-Filt"), std::pair(SubProgram::SclImport, "Read text files")}) {
+        const auto before = otherWindows().filter(QLatin1String(title)).size();
+        QString seen;
+        const BoxAnswer dialog(QStringLiteral("&Cancel"), [&](QWidget& box) { seen = box.windowTitle(); });
+        QAction action;
+        action.setData(static_cast<int>(kind));
+        QObject::connect(&action, SIGNAL(triggered()), portal.operator->(), SLOT(sl_openSubProgram()));
+        action.trigger();
+        QApplication::processEvents();
+        EXPECT_EQ((otherWindows() << seen).filter(QLatin1String(title)).size(), before + 1) << title;
     }
     for (QWidget* const window : QApplication::topLevelWidgets())
         if (qobject_cast<SubWindow*>(window) != nullptr && window->isVisible()) {

@@ -45,21 +45,6 @@ bool isValidUtf8(std::string_view bytes) noexcept
     return true;
 }
 
-std::string utf8OfWindows1252(std::string_view bytes)
-{
-    // What stands at 0x80 to 0x9F; '?' where nothing does.
-    static constexpr char16_t kSpecial[32] = {0x20AC, '?',    0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
-                                              0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, '?',    0x017D, '?',
-                                              '?',    0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
-                                              0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, '?',    0x017E, 0x0178};
-    std::string text;
-    for (const char raw : bytes) {
-        const auto c = static_cast<unsigned char>(raw);
-        appendUtf8(text, c >= 0x80 && c < 0xA0 ? kSpecial[c - 0x80] : c);
-    }
-    return text;
-}
-
 }  // namespace
 
 std::string headerUtf8(const char* bytes)

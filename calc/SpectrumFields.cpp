@@ -43,6 +43,8 @@ SpectrumFields::SpectrumFields(QWidget* parent)
     addRows(*form);
     m_plan->setWordWrap(true);
     m_plan->setTextFormat(Qt::PlainText);
+    constexpr int kLines = 3;  // whatever it says, the fields stay where they are
+    m_plan->setMinimumHeight(kLines * m_plan->fontMetrics().lineSpacing());
     m_plan->setAccessibleName(QStringLiteral("What will be computed"));
     form->addRow(m_plan);
     connectFields();

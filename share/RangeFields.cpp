@@ -17,23 +17,18 @@
 namespace veltrac {
 
 RangeFields::RangeFields(QWidget* parent)
-    : QWidget(parent),
-      m_first(new QLineEdit(this)),
-      m_last(new QLineEdit(this)),
-      m_remark(new QLabel(this))
+    : QWidget(parent), m_first(new QLineEdit(this)), m_last(new QLineEdit(this)), m_remark(new QLabel(this))
 {
     auto* const grid = new QGridLayout(this);
     grid->setContentsMargins(0, 0, 0, 0);
     auto* const from = new QLabel(QStringLiteral("&From sample:"), this);
-    auto* const to = new QLabel(QStringLiteral("&to"), this);
+    auto* const to = new QLabel(QStringLiteral("to"), this);
     from->setBuddy(m_first);
     grid->addWidget(from, 0, 0);
     grid->addWidget(m_first, 0, 1);
     grid->addWidget(to, 0, 2);
     grid->addWidget(m_last, 0, 3);
     grid->addWidget(m_remark, 1, 1, 1, 3);
-    // The row's one label that stands in the column of labels is the first.
-    to->setFixedWidth(to->sizeHint().width());
     m_remark->setWordWrap(true);
     m_remark->hide();
     m_first->setAccessibleName(QStringLiteral("From sample"));

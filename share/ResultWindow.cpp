@@ -6,6 +6,8 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMenuBar>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QSignalBlocker>
 #include <QSplitter>
 #include <QStatusBar>
@@ -65,7 +67,14 @@ ResultWindow::ResultWindow(const QString& title, const QString& icon, int panelW
     plot->addWidget(m_cursors);
     plot->setStretchFactor(0, 1);
     auto* const layout = new QHBoxLayout(centre);
-    layout->addWidget(panel);
+    // On a low screen the panel is scrolled rather than that its texts are cut.
+    m_scroll = new QScrollArea(centre);
+    m_scroll->setFrameShape(QFrame::NoFrame);
+    m_scroll->setWidgetResizable(true);
+    m_scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_scroll->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Preferred);
+    m_scroll->setWidget(panel);
+    layout->addWidget(m_scroll);
     layout->addWidget(plot, 1);
     setCentralWidget(centre);
 
@@ -296,14 +305,18 @@ void ResultWindow::showEvent(QShowEvent* event)
     std::vector<QLabel*> labels;
     int widest = 0;
     for (QLabel* const label : m_panel->parentWidget()->findChildren<QLabel*>()) {
-        // The title above a table is no label of a form.
-        if (label->buddy() == nullptr || qobject_cast<QAbstractItemView*>(label->buddy()) != nullptr)
+        // The title above a table, and a label between two fields, stand in no column of labels.
+        if (label->buddy() == nullptr || label->maximumWidth() < QWIDGETSIZE_MAX ||
+            qobject_cast<QAbstractItemView*>(label->buddy()) != nullptr)
             continue;
         labels.push_back(label);
         widest = std::max(widest, label->sizeHint().width());
     }
     for (QLabel* const label : labels)
         label->setMinimumWidth(widest);
+    const QWidget* const panel = m_panel->parentWidget();
+    m_scroll->setFixedWidth(std::max(panel->minimumWidth(), panel->minimumSizeHint().width()) +
+                            m_scroll->verticalScrollBar()->sizeHint().width());
     SubWindow::showEvent(event);
 }
 

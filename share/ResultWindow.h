@@ -19,6 +19,7 @@
 class PlotCanvas;
 class QAction;
 class QMenu;
+class QScrollArea;
 class QVBoxLayout;
 
 namespace veltrac {
@@ -122,6 +123,7 @@ private:
     SourceChooser* m_source;
     ReadoutLabel* m_readout;
     QVBoxLayout* m_panel;
+    QScrollArea* m_scroll;
     RangeFields* m_range;
     QString m_shownSource;  // whose range the fields hold
     QString m_resultName;

@@ -21,6 +21,7 @@
 #include "calc/DFTWin.h"
 #include "calc/DerivativeWin.h"
 #include "calc/IntegrateWin.h"
+#include "calc/PeakTable.h"
 #include "core/TSFILE.h"
 #include "share/CursorTable.h"
 #include "share/PlotCanvas.h"
@@ -180,7 +181,7 @@ TEST_F(CalcWindows, SpectrumStandsInAScratchFileOfItsOwnAndIsSavedWhole)
     window->show();
     window->sl_execute();
     EXPECT_TRUE(std::filesystem::exists("tempDFT_1.ts"));
-    auto* const peaks = window->findChild<QTableWidget*>();
+    auto* const peaks = window->findChild<PeakTable*>()->findChild<QTableWidget*>();
     ASSERT_GE(peaks->rowCount(), 1);
     EXPECT_NEAR(peaks->item(0, 0)->text().toDouble(), 5.0, 1e-3);
     EXPECT_NEAR(peaks->item(0, 1)->text().toDouble(), 2.0, 1e-3);

@@ -7,7 +7,7 @@
 #include "core/CopyFile.h"
 #include "core/TSFILE.h"
 #include "core/TsNames.h"
-#include "portal/FailureReason.h"
+#include "core/FailureText.h"
 #include "portal/TsApplication.h"
 #include "share/Boxes.h"
 #include "share/JobProgress.h"

@@ -10,6 +10,7 @@
 #include <limits>
 #include <optional>
 
+#include "core/PlotValues.h"
 #include "core/TsExceptions.h"
 #include "share/AxisTicks.h"
 #include "share/PlotVariables.h"
@@ -285,17 +286,28 @@ const QStringList& intervalHeadings()
     return headings;
 }
 
+namespace {
+
+// Levels are logarithms, and the points of a curve in memory (a filter's characteristic) stand at unequal
+// distances: a mean over either says nothing.
+bool hasMeans(const Variable& variable)
+{
+    return !QString::fromStdString(variable.unit).startsWith(QLatin1String("dB")) &&
+           variable.source()->isEvenlySpaced();
+}
+
+}  // namespace
+
 QStringList intervalFields(const Plot2D& plot, const IntervalRow& row)
 {
     const auto atCursor = [&](Plot2D::Cursor which, double value) {
         return plot.cursor(which) ? valueText(value) : QString();
     };
     const HsVariable::Statistics& s = row.statistics;
-    const QString none = QStringLiteral("–");
-    const auto ofValues = [&](double value) { return s.count == 0 ? none : valueText(value); };
-    // Of points that stand for unequal parts of x (a characteristic on a logarithmic axis) it means nothing.
-    const bool isEven = row.variable->variable().source()->isEvenlySpaced();
-    const auto ofSamples = [&](double value) { return isEven ? ofValues(value) : none; };
+    const auto ofValues = [&](double value) { return s.count == 0 ? QStringLiteral("–") : valueText(value); };
+    const auto ofMeans = [&, means = hasMeans(row.variable->variable())](double value) {
+        return means ? ofValues(value) : QString();
+    };
     const bool both = plot.cursor(Plot2D::A) && plot.cursor(Plot2D::B);
     return {label(*row.variable),
             QString::fromStdString(row.variable->variable().unit),
@@ -304,9 +316,9 @@ QStringList intervalFields(const Plot2D& plot, const IntervalRow& row)
             both ? differenceText(row.atA, row.atB) : QString(),
             ofValues(s.least),
             ofValues(s.greatest),
-            ofSamples(s.mean),
-            ofSamples(s.rms),
-            ofSamples(s.deviation),
+            ofMeans(s.mean),
+            ofMeans(s.rms),
+            ofMeans(s.deviation),
             QString::number(s.missing)};
 }
 

@@ -153,9 +153,14 @@ AxisTicks fittingLinear(double least, double most, bool isLog, const LabelRoom& 
             return next;
         // One number tells no scale: rather two of a finer step's, which may stand closer than many.
         const LabelRoom close{room.length, room.extent, room.closest};
-        for (std::size_t i = tooMany.size(); i-- > 0;)
-            if (AxisTicks outer = outerLabels(tooMany[i]); labelsFit(outer, length, close))
-                return outer;
+        for (std::size_t i = tooMany.size(); i-- > 0;) {
+            AxisTicks outer = outerLabels(tooMany[i]);
+            if (!labelsFit(outer, length, close))
+                continue;
+            // So fine a step's minor ticks would run together.
+            std::erase_if(outer.ticks, [](const Tick& tick) { return !tick.isMajor; });
+            return outer;
+        }
         return labelCount(next) > 0 ? next : oneLabel(std::move(tooMany.back()));
     }
 }

@@ -98,10 +98,11 @@ void ColumnFit::widen()
                                   std::max(m_view.columnWidth(column), hints.sizeHintForColumn(column)));
 }
 
-// A desktop's font may arrive after the table was filled. The heads have theirs once this event is over.
+// A desktop's font may arrive after the table was filled. The heads have theirs, and the view its size, once
+// the event is over.
 bool ColumnFit::eventFilter(QObject* watched, QEvent* event)
 {
-    if (event->type() == QEvent::FontChange)
+    if (event->type() == QEvent::FontChange || (event->type() == QEvent::Show && !event->spontaneous()))
         m_fitTimer.start(0, this);
     return QObject::eventFilter(watched, event);
 }

@@ -400,6 +400,7 @@ TEST(TsTableView, ColumnsFollowAFontThatComesLaterAndTheFindBarHidesNoCurrentCel
     makeFile(std::vector<float>(200, 123456.0F));
     Window list(0);
     const int before = list.view().columnWidth(0);
+    EXPECT_GE(before, list.view().fontMetrics().horizontalAdvance("Column-01")) << "fitted when it is shown";
     QFont font = list.window().font();
     font.setPointSize(3 * font.pointSize());
     list.window().setFont(font);

@@ -515,12 +515,15 @@ TEST(VeltracTest, copiesAndRenamesOverNothing)
             box.findChild<QLineEdit*>()->setText(QString::fromUtf8(typed));
         });
         QString told;
-        QTimer::singleShot(50, [&] {
+        QTimer look;
+        look.setSingleShot(true);
+        QObject::connect(&look, &QTimer::timeout, [&] {
             if (auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
                 told = box->text();
                 box->close();
             }
         });
+        look.start(50);
         (portal.operator->()->*slot)();
         return told;
     };

@@ -1,13 +1,20 @@
 // A formula over two columns of a file, beside the same arithmetic written by hand over the same
-// TSFILE::value() calls, and the walk over the tree alone, without a file.
+// TSFILE::value() calls, and the walk over the tree alone, without a file. Then the whole job of Ts-Edit, the
+// old values kept, beside its floor: the same bytes in long runs and the bare arithmetic on arrays.
 
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
+#include <vector>
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "core/ScratchFile.h"
 #include "core/TSFILE.h"
+#include "formula/Calculation.h"
 #include "formula/FormulaParser.h"
 
 using namespace veltrac;
@@ -101,6 +108,75 @@ void byTreeWithoutFile(benchmark::State& state)
     finish(state);
 }
 
+constexpr std::uint32_t kJobSamples = 10'000'000;
+constexpr const char* kJobFormula = "sqrt(x1^2+x2^2)*1.5";
+
+// Three columns: two sources and the target.
+std::filesystem::path jobPath()
+{
+    static const std::filesystem::path path = [] {
+        const auto made = std::filesystem::temp_directory_path() / "veltrac-bench-calculate.ts";
+        TSFILE ts(made.c_str(), kJobSamples, 3, 0);
+        ts.dt(0.001F);
+        std::vector<float> rows(3 * 10000);
+        for (std::uint32_t s = 1; s <= kJobSamples; s += 10000) {
+            for (std::size_t i = 0; i < rows.size(); ++i)
+                rows[i] = static_cast<float>((s + i * 7) % 1000) * 0.01F;
+            ts.writeRows(s, 10000, rows.data());
+        }
+        return made;
+    }();
+    return path;
+}
+
+void wholeJob(benchmark::State& state)
+{
+    TSFILE ts(jobPath().c_str(), false);
+    for (auto _ : state) {
+        FormulaParser parser(kJobFormula);
+        parser.setTarget(&ts);
+        parser.SetSource(&ts, 1, 1);
+        parser.SetSource(&ts, 2, 2);
+        parser.Compile();
+        CalculationReport report;
+        calculate(parser, {ts, 3, {1, kJobSamples}, 1, {}}, {}, report);
+    }
+    state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations()) * kJobSamples);
+}
+
+// Reads all columns, keeps the old values in a synced file, computes on arrays and writes all columns back.
+void wholeJobFloor(benchmark::State& state)
+{
+    constexpr std::size_t kRunBytes = 256 * 1024;
+    constexpr std::size_t kBytes = std::size_t{kJobSamples} * 3 * sizeof(float);
+    std::vector<char> bytes(kBytes);
+    std::vector<double> x1(kJobSamples);
+    std::vector<double> x2(kJobSamples);
+    const auto inRuns = [&](int file, std::size_t count, off_t offset, auto transfer) {
+        for (std::size_t at = 0; at < count; at += kRunBytes)
+            benchmark::DoNotOptimize(transfer(file, bytes.data() + at, std::min(kRunBytes, count - at),
+                                              offset + static_cast<off_t>(at)));
+    };
+    for (auto _ : state) {
+        const int file = ::open(jobPath().c_str(), O_RDWR);
+        inRuns(file, kBytes, 1024, ::pread);
+        const ScratchFile scratch(scratchDirectory(), "veltrac-bench", ".bin");
+        const int old = ::open(scratch.path().c_str(), O_RDWR);
+        inRuns(old, kBytes / 3, 0, ::pwrite);
+        ::fsync(old);
+        ::close(old);
+        for (std::size_t i = 0; i < kJobSamples; ++i)
+            x1[i] = std::sqrt(x1[i] * x1[i] + x2[i] * x2[i]) * 1.5;
+        benchmark::DoNotOptimize(x1.data());
+        inRuns(file, kBytes, 1024, ::pwrite);
+        ::fsync(file);
+        ::close(file);
+    }
+    state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations()) * kJobSamples);
+}
+
+BENCHMARK(wholeJob)->Unit(benchmark::kMillisecond);
+BENCHMARK(wholeJobFloor)->Unit(benchmark::kMillisecond);
 BENCHMARK(byHand)->Unit(benchmark::kMillisecond);
 BENCHMARK(byFormula)->Unit(benchmark::kMillisecond);
 BENCHMARK(byHandWithoutFile)->Unit(benchmark::kMillisecond);
@@ -112,6 +188,7 @@ int main(int argc, char** argv)
 {
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
-    std::filesystem::remove(std::filesystem::temp_directory_path() / "veltrac-bench-formula.ts");
+    for (const char* const name : {"veltrac-bench-formula.ts", "veltrac-bench-calculate.ts"})
+        std::filesystem::remove(std::filesystem::temp_directory_path() / name);
     return 0;
 }

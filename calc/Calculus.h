@@ -5,9 +5,9 @@
 #include <cstdint>
 #include <filesystem>
 
-#include "calc/SourceColumn.h"
 #include "core/ColumnCopy.h"
 #include "core/Progress.h"
+#include "core/SourceColumn.h"
 #include "core/TSFILE.h"
 
 namespace veltrac {

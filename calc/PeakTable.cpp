@@ -24,7 +24,9 @@ constexpr std::size_t kHarmonics = 40;
 constexpr std::uint32_t kColumn = 2;
 constexpr int kRowMargin = 6;
 constexpr int kLeastRows = 3;
-// A value is right to a thousandth: four digits, or two decimals of a dB, say no more than that.
+// A value is right to a thousandth; more digits would promise more.
+constexpr int kDigits = 4;
+constexpr int kDecibelDecimals = 2;
 
 }  // namespace
 
@@ -96,8 +98,9 @@ void PeakTable::fill(const std::vector<SpectrumPeak>& peaks, const QString& titl
     for (int row = 0; row < m_table->rowCount(); ++row) {
         const SpectrumPeak& peak = peaks[static_cast<std::size_t>(row)];
         auto* const frequency = new QTableWidgetItem(QString::number(peak.frequency, 'g', 7));
-        auto* const value = new QTableWidgetItem(QString::fromStdString(
-            m_request.decibel ? fixedNumber(peak.value, 2) : significantNumber(peak.value, 4)));
+        auto* const value = new QTableWidgetItem(
+            QString::fromStdString(m_request.decibel ? fixedNumber(peak.value, kDecibelDecimals)
+                                                     : significantNumber(peak.value, kDigits)));
         frequency->setData(Qt::UserRole, peak.frequency);
         for (QTableWidgetItem* const item : {frequency, value})
             item->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);

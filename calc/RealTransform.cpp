@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "calc/mixfft_kernels.h"
-#include "calc/mixfft_plan.h"
+#include "calc/mixfft_root.h"
 #include "calc/mixfft_walk.h"
 
 namespace veltrac {

@@ -8,18 +8,13 @@
 // The work tables are process-wide: one transform at a time, on one thread.
 #pragma once
 
-#include <cstdint>
-#include <functional>
-
+#include "calc/mixfft_progress.h"
 #include "calc/mixfft_steps.h"  // for callers that take the steps one by one
 
 namespace veltrac {
 
 // The greatest prime factor that a length may have.
 inline constexpr int kMaxPrimeFactor = 37;
-
-// Told (done, total) a hundred times in a transform and at least every tenth of a second; false stops it.
-using FftProgress = std::function<bool(std::uint64_t, std::uint64_t)>;
 
 // Whether n is at least 1 and has no prime factor above kMaxPrimeFactor.
 bool isTransformLength(int n);

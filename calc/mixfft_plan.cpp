@@ -6,13 +6,13 @@
 #include <iterator>
 #include <span>
 
+#include "calc/mixfft_root.h"
 #include "calc/mixfft_steps.h"
 
 namespace veltrac {
 
 namespace {
 
-constexpr double kPi = 3.141592653589793;
 // Values of a tile that leave room for its turns in a first-level cache.
 constexpr int kShortTile = 1024;
 // From here on the arrays exceed the caches, and rows of two lines are read faster than of one.
@@ -93,16 +93,6 @@ int firstRow(int group, std::span<const FftPass> passes, int length)
 }
 
 }  // namespace
-
-FftRoot::FftRoot(std::int64_t turns, std::int64_t whole)
-{
-    turns %= whole;
-    if (2 * turns > whole)
-        turns -= whole;  // small angles are the exact ones
-    const double angle = 2.0 * kPi * static_cast<double>(turns) / static_cast<double>(whole);
-    re = std::cos(angle);
-    im = -std::sin(angle);
-}
 
 FftPlan& FftPlan::of(int n)
 {

@@ -15,14 +15,6 @@ inline constexpr int kMaxStages = 8;
 // The turns of lengths up to this are kept, those of longer ones made tile by tile.
 inline constexpr int kKeptTurns = 16384;
 
-// exp(-2 pi i turns / whole), for turns of at least 0.
-struct FftRoot
-{
-    FftRoot(std::int64_t turns, std::int64_t whole);
-    double re;
-    double im;
-};
-
 // The stages of a length from kShortestStaged on without a prime factor above kMaxPrimeFactor. There is one,
 // process-wide, made anew when the length or the build changes; it allocates nothing.
 class FftPlan

@@ -131,8 +131,8 @@ void firstPass(const FftStage& stage, const FftTile& tile, const FftRows& to)
         const long first = stage.rows[group];
         const double* const fromRe = tile.re + first * tile.stepRe;
         const double* const fromIm = tile.im + first * tile.stepIm;
-        const double* const turnRe = tile.turnRe + first * tile.lanes;
-        const double* const turnIm = tile.turnIm + first * tile.lanes;
+        const double* const turnRe = kInput == Input::Turned ? tile.turnRe + first * tile.lanes : nullptr;
+        const double* const turnIm = kInput == Input::Turned ? tile.turnIm + first * tile.lanes : nullptr;
         double* const toRe = to.re + group * radix * to.step;
         double* const toIm = to.im + group * radix * to.step;
         for (int lane = 0; lane < tile.lanes; lane += kLanesOf<V>) {

@@ -3,7 +3,7 @@
 #include <cstddef>
 
 #include "calc/mixfft_butterflies.h"
-#include "calc/mixfft_plan.h"
+#include "calc/mixfft_root.h"
 
 namespace {
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <vector>
 
 #include "calc/mixfft_kernels.h"
 #include "calc/mixfft_plan.h"
@@ -11,9 +10,6 @@
 namespace veltrac {
 
 namespace {
-
-constexpr std::uint64_t kReports = 100;
-constexpr std::uint64_t kMostUnreported = std::uint64_t{1} << 21;  // some hundredths of a second
 
 // Rows of lanes of one tile.
 struct Planes
@@ -199,23 +195,6 @@ void transformShort(int n, const FftInput& x, double* yRe, double* yIm)
 }
 
 }  // namespace
-
-FftMeter::FftMeter(const FftProgress& progress, std::uint64_t total)
-    : m_progress(progress),
-      m_total(total),
-      m_between(std::min(total / kReports, kMostUnreported)),
-      m_next(m_between)
-{
-}
-
-bool FftMeter::add(std::uint64_t steps)
-{
-    m_done += steps;
-    if (m_done < m_next && m_done < m_total)
-        return true;
-    m_next = m_done + m_between;
-    return !m_progress || m_progress(m_done, m_total);
-}
 
 std::uint64_t fftSteps(int n)
 {

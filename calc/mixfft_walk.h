@@ -3,26 +3,9 @@
 
 #include <cstdint>
 
-#include "calc/mixfft.h"
+#include "calc/mixfft_progress.h"
 
 namespace veltrac {
-
-// Tells a listener, if there is one, every hundredth of the work, and more often where that takes long.
-class FftMeter
-{
-public:
-    FftMeter(const FftProgress& progress, std::uint64_t total);
-
-    // False when the listener wants to stop.
-    bool add(std::uint64_t steps);
-
-private:
-    const FftProgress& m_progress;
-    std::uint64_t m_total;
-    std::uint64_t m_between;  // steps from one report to the next
-    std::uint64_t m_done = 0;
-    std::uint64_t m_next;
-};
 
 // Where the input stands.
 struct FftInput

@@ -8,10 +8,8 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <exception>
-#include <system_error>
 
-#include "core/TsExceptions.h"
+#include "core/FailureText.h"
 #include "portal/TsApplication.h"
 #include "share/Boxes.h"
 #include "share/GroupedNumber.h"
@@ -147,20 +145,11 @@ void showText(QLabel* label, const QString& text)
 
 QString importFailure()
 {
-    try {
-        throw;
-    } catch (const std::system_error& e) {
-        return QString::fromLocal8Bit(e.code().message().c_str());
-    } catch (const TS::CREATE_ERROR& e) {
-        return QStringLiteral("Caught a TS::CREATE_ERROR exception on: ") + shown(e.name);
-    } catch (const TS::Failure& e) {
-        return QStringLiteral(
-                   "A block of the ts-file could not be read or written (offset %1). "
-                   "Is the disk full?")
-            .arg(e.value1);
-    } catch (const std::exception& e) {
-        return QString::fromLocal8Bit(e.what());
-    }
+    QString text = QString::fromStdString(reasonOfFailure());
+    if (text.isEmpty())
+        return text;
+    text[0] = text[0].toUpper();
+    return text.endsWith(QLatin1Char('.')) ? text : text + QLatin1Char('.');
 }
 
 }  // namespace veltrac

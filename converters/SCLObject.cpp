@@ -10,7 +10,7 @@
 
 #include "converters/ColumnTexts.h"
 #include "converters/STLWriter.h"
-#include "core/ScratchFile.h"
+#include "core/SafeChange.h"
 #include "core/TsNames.h"
 #include "core/Utf8.h"
 
@@ -332,13 +332,13 @@ JobOutcome SCLObject::write(TSFILE& target, const Progress& progress)
 
 JobOutcome veltrac::importSCL(SCLObject& logs, const fs::path& target, const Progress& progress)
 {
-    ScratchFile scratch(target.parent_path(), "import", ".ts");
+    PendingFile pending(target, ".veltrac-new", ".ts");
     {
         const STLCheck made = logs.result();
-        const auto file = createTsFile(scratch.path().string(), made.samples, made.columns);
+        const auto file = createTsFile(pending.path().string(), made.samples, made.columns);
         if (logs.write(*file, progress) == JobOutcome::Cancelled)
             return JobOutcome::Cancelled;
     }
-    scratch.putInPlace(target);
+    pending.commit();
     return JobOutcome::Done;
 }

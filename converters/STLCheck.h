@@ -14,6 +14,7 @@ struct STLCheck
     std::uint64_t rows = 0;          // with a readable time
     std::uint64_t chosen = 0;        // of them, by the user's from, to and every n-th
     std::uint64_t skippedLines = 0;  // without one
+    std::uint64_t titleLines = 0;    // names lines that stand between the rows
     std::uint64_t missingCells = 0;
     std::uint64_t troubledRows = 0;
     std::uint64_t troubleCount = 0;
@@ -34,6 +35,10 @@ struct STLCheck
     Micros firstWall = 0;       // of the first chosen row in that order
     double firstSeconds = 0.0;  // likewise
     bool zoned = false;         // the stamps name their zone
+    // The first date that the other order of day and month would make another one; empty where none does.
+    std::string ambiguousText;
+    Micros ambiguousDate = 0;  // as it is read
+    std::optional<DateSteps::Verdict> orderOfSteps;
     // How often the local clock was set within the log, as the order of its rows tells.
     std::uint64_t clockChanges = 0;
     std::map<std::size_t, STLTexts> texts;

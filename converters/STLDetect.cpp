@@ -124,7 +124,7 @@ std::string noLineOfNumbers(const std::filesystem::path& file)
     return "No line of numbers was found in " + file.filename().string() + ".";
 }
 
-STLFormat formatOf(const std::filesystem::path& file, const STLSample& sample, const Reading& reading)
+STLFormat formatOf(const std::filesystem::path& file, const STLSample& sample, Reading reading)
 {
     STLFormat format;
     format.cells.separator = reading.separator;
@@ -139,6 +139,7 @@ STLFormat formatOf(const std::filesystem::path& file, const STLSample& sample, c
         if (!isUtf8(line.text))
             format.encoding = STLEncoding::Windows1252;
 
+    reading.cells = std::max(reading.cells, namedColumns(sample, format, reading.cells));
     const std::vector<STLRow> all = rowsOf(sample.lines, format, reading.cells);
     const std::vector<STLKind> kinds = kindsOf(all, reading.cells);
     const std::vector<STLRow> head = rowsOf(sample.head, format, reading.cells);
@@ -146,7 +147,7 @@ STLFormat formatOf(const std::filesystem::path& file, const STLSample& sample, c
     if (firstData == head.size())
         throw STLError(noLineOfNumbers(file));
 
-    format.firstDataLine = head[firstData].line->number;
+    format.firstDataLine = firstRaggedLine(sample, format, head[firstData].line->number);
     std::vector<STLRow> data;
     for (const STLRow& row : all)
         if (row.line->number == 0 || row.line->number >= format.firstDataLine)
@@ -157,6 +158,7 @@ STLFormat formatOf(const std::filesystem::path& file, const STLSample& sample, c
     findSuffixes(format, data);
     guessNames(format, head, firstData);
     guessNamesAbove(format, sample);
+    guessNumericNames(format, head, firstData);
     for (STLColumn& column : format.columns)
         if (column.unit.empty())
             column.unit = decoded(column.suffix, format.encoding);
@@ -198,6 +200,7 @@ void takeNames(const std::filesystem::path& file, STLFormat& format)
 {
     const STLSample sample = readSample(file);
     for (STLColumn& column : format.columns) {
+        column.heading.clear();
         column.name.clear();
         column.unit.clear();
     }
@@ -209,6 +212,8 @@ void takeNames(const std::filesystem::path& file, STLFormat& format)
         cells.resize(format.columns.size());
         for (std::size_t c = 0; c < cells.size(); ++c) {
             STLColumn& column = format.columns[c];
+            if (line.number == format.namesLine)
+                column.heading = cells[c];
             (line.number == format.namesLine ? column.name : column.unit) =
                 cellText(cells[c], format.encoding);
         }

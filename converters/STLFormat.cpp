@@ -35,6 +35,12 @@ bool timesAreNumbers(STLTimeSource source)
     return source == STLTimeSource::ElapsedSeconds || timesAreUnix(source);
 }
 
+bool datesAlone(const STLFormat& format)
+{
+    return format.timeSource == STLTimeSource::Stamp && format.timeColumn >= 0 &&
+           format.columns[static_cast<std::size_t>(format.timeColumn)].kind == STLKind::Date;
+}
+
 double secondsPerUnit(const STLFormat& format)
 {
     switch (format.timeSource) {

@@ -53,7 +53,8 @@ struct STLColumn
     bool take = true;
     std::string suffix;        // that each number bears in its cell: the file's own bytes of "°C" or "%"
     bool numberTexts = false;  // a column of texts becomes 1, 2, …, in the order in which they come
-    std::string name;          // as the file has it
+    std::string heading;       // the file's own bytes above the column, which may stand there again
+    std::string name;          // the same as UTF-8, without the unit
     std::string unit;
     // The user's own words; without them they follow from the two above.
     std::string label;
@@ -68,6 +69,7 @@ struct STLFormat
     std::uint64_t firstDataLine = 1;
     std::uint64_t namesLine = 0;  // 0: none
     std::uint64_t unitsLine = 0;
+    bool namesInDoubt = false;  // they are numbers
     std::vector<STLColumn> columns;
     // What the file's head says, key and value as they stand.
     std::vector<std::pair<std::string, std::string>> head;
@@ -77,6 +79,7 @@ struct STLFormat
     int dateColumn = -1;
     DateOrder order = DateOrder::DayMonth;
     bool orderInDoubt = false;  // no date tells; the user is asked to check
+    bool orderBySteps = false;  // but the steps between the dates do
     bool greenwich = false;     // stamps carry a zone, or the user says that they are UTC
     Micros typedStart = 0;      // wall clock; 0 for none
     double typedStep = 1.0;     // seconds
@@ -99,6 +102,8 @@ struct STLFormat
 bool timesAreNumbers(STLTimeSource source);
 // Whether they count from 1970 on, at Greenwich.
 bool timesAreUnix(STLTimeSource source);
+// Whether they are days, without any time of the day.
+bool datesAlone(const STLFormat& format);
 // How many seconds a one in the column of times means.
 double secondsPerUnit(const STLFormat& format);
 

@@ -1,6 +1,7 @@
 #include "converters/STLGuess.h"
 
 #include <algorithm>
+#include <cmath>
 #include <map>
 
 #include "core/TimeUnits.h"
@@ -227,11 +228,57 @@ void guessNames(STLFormat& format, const std::vector<STLRow>& rows, std::size_t 
     format.namesLine = names->line->number;
     format.unitsLine = units == nullptr ? 0 : units->line->number;
     for (std::size_t c = 0; c < format.columns.size(); ++c) {
+        format.columns[c].heading = names->cells[c].text;
         format.columns[c].name = cellText(names->cells[c].text, format.encoding);
         if (units != nullptr)
             format.columns[c].unit = cellText(units->cells[c].text, format.encoding);
     }
     splitUnits(format);
+}
+
+namespace {
+
+// Whether the numbers of a row are rising years, or three and more whole ones in equal steps.
+bool looksLikeNumericNames(const STLRow& row)
+{
+    constexpr double kFirstYear = 1500.0;
+    constexpr double kLastYear = 2200.0;
+    std::vector<double> numbers;
+    for (const STLToken& token : row.cells) {
+        if (token.kind != STLKind::Number && token.kind != STLKind::Text && !token.text.empty())
+            return false;
+        if (token.kind == STLKind::Number)
+            numbers.push_back(token.value);
+    }
+    if (numbers.size() < 2)
+        return false;
+    const double step = numbers[1] - numbers[0];
+    bool equal = numbers.size() > 2;
+    for (std::size_t i = 0; i < numbers.size(); ++i) {
+        if (numbers[i] != std::floor(numbers[i]) || (i > 0 && !(numbers[i] > numbers[i - 1])))
+            return false;
+        equal = equal && (i == 0 || numbers[i] - numbers[i - 1] == step);
+    }
+    return equal || (numbers.front() >= kFirstYear && numbers.back() <= kLastYear);
+}
+
+}  // namespace
+
+void guessNumericNames(STLFormat& format, const std::vector<STLRow>& rows, std::size_t firstData)
+{
+    if (format.namesLine != 0 || firstData + 2 >= rows.size() ||
+        rows[firstData].line->number != format.firstDataLine || !looksLikeNumericNames(rows[firstData]))
+        return;
+    const auto alike = static_cast<std::size_t>(std::count_if(
+        rows.begin() + static_cast<std::ptrdiff_t>(firstData) + 1, rows.end(), looksLikeNumericNames));
+    if (alike * 4 > rows.size() - firstData - 1)
+        return;
+    const STLRow& names = rows[firstData];
+    format.namesLine = names.line->number;
+    format.firstDataLine = format.namesLine + 1;
+    format.namesInDoubt = true;
+    for (std::size_t c = 0; c < format.columns.size(); ++c)
+        format.columns[c].name = cellText(names.cells[c].text, format.encoding);
 }
 
 void guessNamesAbove(STLFormat& format, const STLSample& sample)
@@ -259,10 +306,11 @@ void guessNamesAbove(STLFormat& format, const STLSample& sample)
     }
     // A remark is taken for names only where nothing else is; a word or two are prose.
     const std::size_t fewest = format.cells.separator == ' ' ? 3 : 2;
-    if (rows.empty() || (remark && (format.namesLine != 0 || columns < fewest)))
+    if (std::none_of(rows.begin(), rows.end(), isMostlyText) ||
+        (remark && (format.namesLine != 0 || columns < fewest)))
         return;
     for (STLColumn& column : format.columns)
-        column.name = column.unit = std::string();
+        column.heading = column.name = column.unit = std::string();
     guessNames(format, rows, rows.size());
 }
 

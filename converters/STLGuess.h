@@ -11,6 +11,9 @@ std::string lowered(std::string_view text);
 // The last line of texts before the data gives the names; a line of units may stand between, and units in
 // brackets behind the names are units too.
 void guessNames(STLFormat& format, const std::vector<STLRow>& rows, std::size_t firstData);
+// Without any names, a first row of rising years, or of whole numbers in equal steps, above rows of another
+// kind is names, which the user is asked to check.
+void guessNumericNames(STLFormat& format, const std::vector<STLRow>& rows, std::size_t firstData);
 
 // Names that stand in a line with more cells than the data have, or in a remark, right above the data.
 void guessNamesAbove(STLFormat& format, const STLSample& sample);

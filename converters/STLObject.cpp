@@ -9,7 +9,7 @@
 #include "converters/STLSteps.h"
 #include "converters/STLWriter.h"
 #include "core/ColumnCopy.h"
-#include "core/ScratchFile.h"
+#include "core/SafeChange.h"
 #include "core/TsNames.h"
 #include "core/Utf8.h"
 
@@ -94,13 +94,17 @@ JobOutcome STLObject::readAll(const Progress& progress)
     bool wrongOrder = false;
     if (readThrough(progress, wrongOrder) == JobOutcome::Cancelled)
         return JobOutcome::Cancelled;
-    if (wrongOrder && m_format.orderInDoubt) {
-        // A date further down tells what those in the sample left open.
+    // A date further down tells what those in the sample left open; else the steps between all dates may.
+    const bool bySteps = m_format.orderInDoubt && !wrongOrder && m_read.orderOfSteps &&
+                         m_read.orderOfSteps->order != m_format.order;
+    if (m_format.orderInDoubt && (wrongOrder || bySteps)) {
         m_format.order = m_format.order == DateOrder::DayMonth ? DateOrder::MonthDay : DateOrder::DayMonth;
-        m_format.orderInDoubt = false;
+        m_format.orderInDoubt = bySteps;
         if (readThrough(progress, wrongOrder) == JobOutcome::Cancelled)
             return JobOutcome::Cancelled;
     }
+    m_format.orderInDoubt = m_format.orderInDoubt && !m_read.ambiguousText.empty();
+    m_format.orderBySteps = m_read.orderOfSteps && m_read.orderOfSteps->proven;
     m_readFormat = m_format;
     return JobOutcome::Done;
 }
@@ -143,7 +147,11 @@ JobOutcome STLObject::readThrough(const Progress& progress, bool& wrongOrder)
     wrongOrder = rows.contradictsOrder();
     if (rows.provesOrder())
         m_format.orderInDoubt = false;
+    m_read.orderOfSteps = rows.dates().verdict();
+    m_read.ambiguousText = rows.dates().ambiguousText();
+    m_read.ambiguousDate = midnight(rows.dates().ambiguousDate(), m_format.order).value_or(0);
     m_read.skippedLines = rows.skipped();
+    m_read.titleLines = rows.titles();
     m_read.texts = rows.texts();
     steps.tell(m_read);
     m_read.zoned = rows.zoned();
@@ -225,7 +233,9 @@ void STLObject::settleStart()
                         : found.timeResult == STLTimeResult::TimeTwoColumns ? 2
                                                                             : 0;
     // Whole seconds are unsigned: times that run back behind the first one must not be negative.
-    const double least = found.timeColumns > 0 ? first + found.earliest : first;
+    // Summer begins a day an hour earlier than it lies on the wall clock.
+    const double summer = found.earliest < 0.0 && datesAlone(m_format) ? 3600.0 : 0.0;
+    const double least = found.timeColumns > 0 ? first + found.earliest - summer : first;
     double start = found.timeColumns > 0 ? least : first - static_cast<double>(found.dt);
     if (dated ? start < 0.0 || start > kLatestStart : least < 0.0) {
         found.timeColumns = 1;
@@ -296,6 +306,15 @@ void STLObject::writeHeader(TSFILE& target) const
     }
 }
 
+// Days that are no equal steps apart begin at their own midnights, in summer as in winter.
+double STLObject::instantOf(double sinceFirst) const
+{
+    if (m_found.timeColumns == 0 || m_found.resampled || m_format.greenwich || !datesAlone(m_format))
+        return sinceFirst;
+    const Micros wall = m_found.firstWall + std::llround(sinceFirst * kMicrosPerSecond);
+    return static_cast<double>(localSeconds(wall) - localSeconds(m_found.firstWall));
+}
+
 JobOutcome STLObject::write(TSFILE& target, const Progress& progress)
 {
     const STLError changed(m_file.filename().string() + " has changed while it was read. Import it again.");
@@ -320,7 +339,7 @@ JobOutcome STLObject::write(TSFILE& target, const Progress& progress)
         if (++chosen > m_found.chosen)
             throw changed;
         writer.add(m_format.timeSource == STLTimeSource::Typed ? step * static_cast<double>(chosen - 1)
-                                                               : rows.seconds() - from,
+                                                               : instantOf(rows.seconds() - from),
                    rows.values());
     }
     if (row != m_found.rows || writer.written() != m_found.samples)
@@ -330,12 +349,12 @@ JobOutcome STLObject::write(TSFILE& target, const Progress& progress)
 
 JobOutcome veltrac::importSTL(STLObject& log, const std::filesystem::path& target, const Progress& progress)
 {
-    ScratchFile scratch(target.parent_path(), "import", ".ts");
+    PendingFile pending(target, ".veltrac-new", ".ts");
     {
-        const auto file = createTsFile(scratch.path().string(), log.found().samples, log.found().columns);
+        const auto file = createTsFile(pending.path().string(), log.found().samples, log.found().columns);
         if (log.write(*file, progress) == JobOutcome::Cancelled)
             return JobOutcome::Cancelled;
     }
-    scratch.putInPlace(target);
+    pending.commit();
     return JobOutcome::Done;
 }

@@ -52,6 +52,7 @@ private:
     bool isChosen(std::uint64_t row) const;
     void settleResult();
     void settleStart();
+    double instantOf(double sinceFirst) const;
     void writeHeader(TSFILE& target) const;
 
     std::filesystem::path m_file;

@@ -55,9 +55,14 @@ std::optional<std::int64_t> wholeNumber(std::string_view text)
 STLRows::STLRows(const std::filesystem::path& file, const STLFormat& format, STLPass pass)
     : m_format(format), m_pass(pass), m_reader(file, kLongestLine)
 {
-    for (std::size_t c = 0; c < format.columns.size(); ++c)
-        if (format.columns[c].take)
+    for (std::size_t c = 0; c < format.columns.size(); ++c) {
+        const STLColumn& column = format.columns[c];
+        if (column.take)
             m_taken.push_back(c);
+        if (column.kind == STLKind::Number && !column.heading.empty() &&
+            !readNumber(column.heading, format.cells))
+            m_headed.push_back(c);
+    }
     m_values.resize(m_taken.size());
     m_secondsPerUnit = secondsPerUnit(format);
 }
@@ -71,7 +76,13 @@ bool STLRows::next()
     ++m_lineNumber;
     if (m_lineNumber < m_format.firstDataLine || !holdsData(m_reader.text()))
         return true;
-    m_hasRow = readCells() && readTime();
+    const bool hasCells = readCells();
+    if (hasCells && isTitle()) {
+        m_troubles.clear();
+        ++m_titles;
+        return true;
+    }
+    m_hasRow = hasCells && readTime();
     if (m_hasRow)
         readValues();
     // Without a time of its own, a line without any number is no row.
@@ -109,6 +120,14 @@ bool STLRows::readCells()
         note(STLProblem::TooManyCells, -1, line);
     }
     return true;
+}
+
+// Whether the names of the columns stand there again, as above each block of some tools' output.
+bool STLRows::isTitle() const
+{
+    return !m_headed.empty() && std::all_of(m_headed.begin(), m_headed.end(), [this](std::size_t c) {
+        return m_cells[c] == m_format.columns[c].heading;
+    });
 }
 
 // -- Time --
@@ -248,13 +267,15 @@ std::optional<double> STLRows::sinceFirst(std::optional<Micros> wall)
 
 // A local clock is set back in autumn, and the log shows an hour twice; in spring an hour is left out. Where
 // the rows run back by less than an hour, or step by an hour more or less than before, and the zone's clock
-// was set just then, their order tells the time.
+// was set just then, their order tells the time. Dates alone show no clock.
 void STLRows::followClock(Micros wall)
 {
-    if (m_format.greenwich || m_zoned || m_format.timeSource == STLTimeSource::ElapsedTime)
+    if (m_format.greenwich || m_zoned || m_format.timeSource == STLTimeSource::ElapsedTime ||
+        datesAlone(m_format))
         return;
     const Micros step = wall - m_lastWall;
-    const Micros near = m_lastStep / 2;
+    // Months and the like differ by more than the clock is set.
+    const Micros near = std::min(m_lastStep / 2, kMicrosPerHour / 4);
     const auto isLast = [&](Micros other) {
         return other >= m_lastStep - near && other <= m_lastStep + near;
     };
@@ -289,6 +310,7 @@ std::optional<Micros> STLRows::dateAt(std::string_view text)
     const auto date = readDate(text);
     const auto day = date ? midnight(*date, m_format.order) : std::nullopt;
     if (date && !date->yearFirst && !date->dayFirst) {
+        m_dates.add(*date, text);
         const DateOrder other =
             m_format.order == DateOrder::DayMonth ? DateOrder::MonthDay : DateOrder::DayMonth;
         const bool readsOtherwise = midnight(*date, other).has_value();

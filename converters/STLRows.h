@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "converters/DateSteps.h"
 #include "converters/STLFormat.h"
 #include "core/LineReader.h"
 
@@ -51,12 +52,16 @@ public:
 
     // Lines that are no row although data stand there.
     std::uint64_t skipped() const { return m_skipped; }
+    // Names lines that stand between the rows once more.
+    std::uint64_t titles() const { return m_titles; }
     // The first row's place on the wall clock, or its number of seconds (elapsed times).
     Micros firstWall() const { return m_firstWall; }
     double firstSeconds() const { return m_firstSeconds; }
     // True where a date cannot be read in the format's order of day and month, but in the other one; and
     // where one can be read in the format's order alone.
     bool contradictsOrder() const { return m_contradictsOrder; }
+    // The dates whose order of day and month no date tells.
+    const DateSteps& dates() const { return m_dates; }
     bool provesOrder() const { return m_provesOrder; }
     // How finely the rows tell their time, in seconds, as far as they have been read.
     double resolution() const { return m_resolution; }
@@ -75,6 +80,7 @@ public:
 private:
     bool holdsData(std::string_view line) const;
     bool readCells();
+    bool isTitle() const;
     bool readTime();
     std::optional<double> rowSeconds();
     std::optional<double> sinceFirst(std::optional<Micros> wall);
@@ -99,10 +105,13 @@ private:
     std::size_t m_missing = 0;
     std::vector<STLTrouble> m_troubles;
     std::uint64_t m_skipped = 0;
+    std::vector<std::size_t> m_headed;  // columns of numbers with a heading
+    std::uint64_t m_titles = 0;
 
     bool m_hasRow = false;
     bool m_contradictsOrder = false;
     bool m_provesOrder = false;
+    DateSteps m_dates;
     int m_unreadable = -1;  // the column at which a time could not be read
     Micros m_days = 0;      // midnights that times of day have passed
     Micros m_lastTime = 0;

@@ -76,11 +76,33 @@ void refuseBinary(const STLSample& sample)
         throw STLError("The file holds binary data; it is no text file.");
 }
 
+// Whether texts stand in all columns of numbers, as in a line of names.
+bool isTitle(const STLRow& row, const std::vector<STLKind>& kinds)
+{
+    bool any = false;
+    for (std::size_t c = 0; c < kinds.size(); ++c) {
+        if (kinds[c] == STLKind::Number && row.cells[c].kind != STLKind::Text)
+            return false;
+        any = any || kinds[c] == STLKind::Number;
+    }
+    return any;
+}
+
+bool sameTitle(const STLRow& a, const STLRow& b, const std::vector<STLKind>& kinds)
+{
+    for (std::size_t c = 0; c < kinds.size(); ++c)
+        if (kinds[c] == STLKind::Number && a.cells[c].text != b.cells[c].text)
+            return false;
+    return true;
+}
+
 bool fits(const STLRow& row, const std::vector<STLKind>& kinds)
 {
     std::size_t same = 0;
     std::size_t numbers = 0;
     std::size_t wanted = 0;
+    if (isTitle(row, kinds))
+        return false;
     for (std::size_t c = 0; c < kinds.size(); ++c) {
         const STLKind kind = row.cells[c].kind;
         same += kind == kinds[c] || kind == STLKind::Missing ? 1 : 0;
@@ -145,6 +167,71 @@ std::vector<STLRow> rowsOf(const std::vector<STLLine>& lines, const STLFormat& f
     return rows;
 }
 
+namespace {
+
+// What the cells of a line are, without an empty one behind the last separator.
+std::vector<STLToken> tokensOf(const STLLine& line, const STLFormat& format)
+{
+    std::vector<std::string_view> cells;
+    splitCells(line.text, format.cells.separator, cells);
+    if (!cells.empty() && cells.back().empty())
+        cells.pop_back();
+    std::vector<STLToken> tokens;
+    for (const std::string_view cell : cells)
+        tokens.push_back(readToken(cell, format.cells));
+    return tokens;
+}
+
+bool isText(const STLToken& token)
+{
+    return token.kind == STLKind::Text;
+}
+
+bool isTyped(const STLToken& token)
+{
+    return token.kind != STLKind::Text && token.kind != STLKind::Missing;
+}
+
+}  // namespace
+
+std::uint64_t firstRaggedLine(const STLSample& sample, const STLFormat& format, std::uint64_t dataLine)
+{
+    for (; dataLine > 1; --dataLine) {
+        const STLLine& above = sample.head[dataLine - 2];
+        const std::vector<STLToken> tokens = tokensOf(above, format);
+        if (isRemark(above.text, format) || std::any_of(tokens.begin(), tokens.end(), isText) ||
+            std::none_of(tokens.begin(), tokens.end(), isTyped))
+            break;
+    }
+    return dataLine;
+}
+
+std::size_t namedColumns(const STLSample& sample, const STLFormat& format, std::size_t usual)
+{
+    std::vector<STLToken> above;
+    for (const STLLine& line : sample.head) {
+        if (isEmptyLine(line.text) || isRemark(line.text, format))
+            continue;
+        std::vector<STLToken> tokens = tokensOf(line, format);
+        if (std::none_of(tokens.begin(), tokens.end(), isTyped)) {
+            above = std::move(tokens);
+            continue;
+        }
+        const std::size_t named = above.size();
+        if (named <= usual)
+            return 0;
+        return std::any_of(sample.lines.begin(), sample.lines.end(),
+                           [&](const STLLine& other) {
+                               const std::vector<STLToken> cells = tokensOf(other, format);
+                               return cells.size() == named &&
+                                      std::any_of(cells.begin(), cells.end(), isTyped);
+                           })
+                   ? named
+                   : 0;
+    }
+    return 0;
+}
+
 std::vector<STLKind> kindsOf(const std::vector<STLRow>& rows, std::size_t count)
 {
     std::vector<std::array<std::size_t, kSTLKinds>> votes(count);
@@ -164,10 +251,15 @@ std::vector<STLKind> kindsOf(const std::vector<STLRow>& rows, std::size_t count)
 std::size_t firstDataRow(const std::vector<STLRow>& rows, const std::vector<STLKind>& kinds)
 {
     for (std::size_t first = 0; first < rows.size(); ++first) {
-        const std::size_t end = std::min(rows.size(), first + kRunOfDataLines);
         bool all = !beginsWithWords(rows[first], kinds);
-        for (std::size_t i = first; i < end; ++i)
-            all = all && fits(rows[i], kinds);
+        // Blocks may be shorter than the run: the names above the first one stand above each.
+        int run = 0;
+        for (std::size_t i = first; all && i < rows.size() && run < kRunOfDataLines; ++i) {
+            const bool repeated = first > 0 && i > first && isTitle(rows[i], kinds) &&
+                                  sameTitle(rows[i], rows[first - 1], kinds);
+            all = repeated || fits(rows[i], kinds);
+            run += repeated ? 0 : 1;
+        }
         if (all)
             return first;
     }

@@ -36,6 +36,13 @@ bool isEmptyLine(std::string_view line);
 // The lines that have this many cells and are neither empty nor remarks.
 std::vector<STLRow> rowsOf(const std::vector<STLLine>& lines, const STLFormat& format, std::size_t count);
 
+// The first of the lines right above a data line that are rows too, with more or fewer cells.
+std::uint64_t firstRaggedLine(const STLSample& sample, const STLFormat& format, std::uint64_t dataLine);
+
+// How many columns the names above the first rows tell, where some line fills more of them than most do; else
+// 0.
+std::size_t namedColumns(const STLSample& sample, const STLFormat& format, std::size_t usual);
+
 // What most cells of each column are; missing ones only where nothing else is there.
 std::vector<STLKind> kindsOf(const std::vector<STLRow>& rows, std::size_t count);
 

@@ -74,6 +74,21 @@ QString stepText(const STLFormat& format, const STLCheck& found)
     return line + QLatin1Char('.') + notes;
 }
 
+// "Please check: 2/1/85 is read as 1 February 1985. The rows run from 1 January 1985 to 1 December 1985."
+QString orderDoubt(const STLFormat& format, const STLCheck& found)
+{
+    if (!format.orderInDoubt)
+        return QString();
+    const auto day = [](Micros wall) {
+        return QLocale(QLocale::English)
+            .toString(QDateTime::fromMSecsSinceEpoch(wall / 1000, Qt::UTC).date(),
+                      QStringLiteral("d MMMM yyyy"));
+    };
+    return QStringLiteral("Please check: %1 is read as %2. The rows run from %3 to %4.")
+        .arg(text(found.ambiguousText), day(found.ambiguousDate), day(found.firstWall),
+             day(found.firstWall + static_cast<Micros>(found.span * kMicrosPerSecond)));
+}
+
 QString resultText(const STLCheck& found)
 {
     const QString step = durationText(static_cast<double>(found.dt));
@@ -198,13 +213,16 @@ void STLWin::showFindings()
         line = QStringLiteral(
             "Only the beginning of the file has been read. \"Check only\" reads all of it, and so does "
             "\"Import\".");
-    const QString doubt =
-        m_checked && m_log->format().orderInDoubt
-            ? QStringLiteral("Please check: the first date is %1.").arg(inWords(found.firstWall))
-            : QString();
+    const QString order = m_checked ? orderDoubt(m_log->format(), found) : QString();
+    QStringList doubts;
+    if (!order.isEmpty())
+        doubts << order;
+    if (m_log->format().namesInDoubt)
+        doubts << QStringLiteral("Please check: line %1, of numbers, is taken for the names of the columns.")
+                      .arg(m_log->format().namesLine);
     m_finding->setText(line);
-    showText(m_warning, m_problem.isEmpty() ? doubt : m_problem);
-    showText(m_orderReason, doubt);
+    showText(m_warning, m_problem.isEmpty() ? doubts.join(QLatin1Char('\n')) : m_problem);
+    showText(m_orderReason, order);
 }
 
 // "86 400 rows, 3 columns. 12 cells missing, 2 lines skipped."
@@ -219,6 +237,9 @@ QString STLWin::summary() const
         losses << counted(found.missingCells, "cell", "cells") + QStringLiteral(" missing");
     if (found.skippedLines != 0)
         losses << counted(found.skippedLines, "line", "lines") + QStringLiteral(" skipped");
+    if (found.titleLines != 0)
+        losses << counted(found.titleLines, "repeated line", "repeated lines") +
+                      QStringLiteral(" of names left out");
     return losses.isEmpty() ? line
                             : line + QLatin1Char(' ') + losses.join(QStringLiteral(", ")) + QLatin1Char('.');
 }
@@ -344,6 +365,10 @@ QString STLWin::doubt() const
     const STLCheck& found = m_log->found();
     const std::uint64_t troubled = found.troubledRows + found.skippedLines;
     const std::uint64_t rows = found.rows + found.skippedLines;
+    const STLFormat& format = m_log->format();
+    if (format.orderInDoubt && !format.orderBySteps)
+        return QStringLiteral("No date tells the day from the month.\n%1\nImport it so?")
+            .arg(orderDoubt(format, found));
     if (troubled * 2 <= rows)
         return QString();
     return QStringLiteral("More than half of the rows have troubles: %1 of %2.\nImport all the same?")

@@ -13,7 +13,7 @@
 
 #include "converters/TsaText.h"
 #include "core/ColumnCopy.h"
-#include "core/ScratchFile.h"
+#include "core/SafeChange.h"
 #include "core/TextNumbers.h"
 #include "core/Utf8.h"
 
@@ -194,13 +194,13 @@ JobOutcome veltrac::exportTsaText(TSFILE& ts, const fs::path& target, std::uint3
     report.sampleTimeRounded = isRounded(ts.dt());
     describeRing(ts, report);
 
-    ScratchFile scratch(target.parent_path(), target.filename().string(), ".part");
-    Output out(scratch.path());
+    PendingFile pending(target);
+    Output out(pending.path());
     const std::string header = headerLines(ts, target, report.samples);
     out.write(header.data(), header.size());
     if (writeRows(ts, first, report.samples, out, progress, report) == JobOutcome::Cancelled)
         return JobOutcome::Cancelled;
     out.close();
-    scratch.putInPlace(target);
+    pending.commit();
     return JobOutcome::Done;
 }

@@ -295,12 +295,12 @@ private:
     std::uint32_t m_next = 1;
 };
 
-std::unique_ptr<TSFILE> reopen(const std::string& name)
+std::unique_ptr<TSFILE> reopen(const TsaTarget& target)
 {
     try {
-        return openTsFile(name, false);
+        return openTsFile(target.file->path().string(), false);
     } catch (...) {
-        throw TS::CREATE_ERROR(name);
+        throw TS::CREATE_ERROR(target.report.tsFile);
     }
 }
 
@@ -312,7 +312,8 @@ void warnAboutHeader(TsaQuestions& questions, const std::string& text)
 void makeFile(const fs::path& tsaFile, const Counts& counts, const Progress& progress, TsaTarget& target)
 {
     Pass pass(tsaFile, kTsaHeaderWidth, 1, progress);
-    const std::unique_ptr<TSFILE> ts = createTsFile(target.report.tsFile, counts.samples, counts.columns);
+    const std::unique_ptr<TSFILE> ts =
+        createTsFile(target.file->path().string(), counts.samples, counts.columns);
     setDefaults(*ts, pass);
     applyHeader(*ts, pass, counts.headerEnd, target.report);
     ts->flush(true);
@@ -345,9 +346,9 @@ try {
     const fs::path path = chooseTarget(baseName(tsaFile), questions, report.oldFileKept);
     report.tsFile = path.string();
     try {
-        target.file = std::make_unique<FileInTheMaking>(path);
+        target.file = std::make_unique<PendingFile>(path, ".veltrac-new", ".ts");
     } catch (const std::system_error&) {
-        // The "%s" stands in the text as it always has.
+        // The "%s" is part of the text.
         questions.warn("Ts-Create", "Could not delete old %s.\nOperation is aborted");
         return -1;
     }
@@ -371,7 +372,7 @@ try {
 JobOutcome veltrac::readTsaData(const fs::path& tsaFile, const Progress& progress, TsaTarget& target)
 try {
     TsaImportReport& report = target.report;
-    const std::unique_ptr<TSFILE> ts = reopen(report.tsFile);
+    const std::unique_ptr<TSFILE> ts = reopen(target);
     RowWriter rows(*ts);
     Pass pass(tsaFile, kTsaDataWidth, 2, progress);
     while (pass.next()) {
@@ -404,7 +405,7 @@ int veltrac::importTsaText(const fs::path& tsaFile, TsaQuestions& questions, con
         return made;
     if (readTsaData(tsaFile, progress, target) == JobOutcome::Cancelled)
         return 0;
-    target.file->keep();
+    target.file->commit();
     report = target.report;
     return 1;
 }

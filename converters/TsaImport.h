@@ -8,8 +8,8 @@
 #include <optional>
 #include <string>
 
-#include "converters/FileInTheMaking.h"
 #include "core/Progress.h"
+#include "core/SafeChange.h"
 
 // What an import or export asks and tells. File names are bytes as the system has them.
 class TsaQuestions
@@ -52,13 +52,14 @@ struct TsaImportReport
 // What ReadASCIIHeader() has made, for the data to be filled in.
 struct TsaTarget
 {
-    std::unique_ptr<veltrac::FileInTheMaking> file;
+    std::unique_ptr<veltrac::PendingFile> file;
     TsaImportReport report;
 };
 
 // The two passes over the header: makes the ts-file with the header that the text describes.
 // Returns -1 when the text cannot be opened, 0 when the user cancels, 1 when the ts-file was made, and -1
-// (after a message) when an old file could not be moved out of the way or the new one not be made.
+// (after a message) when an old file must not be replaced or the new one could not be made. The file is a
+// pending one until its data are in it.
 int ReadASCIIHeader(const std::filesystem::path& tsaFile, TsaQuestions& questions,
                     const veltrac::Progress& progress, TsaTarget& target);
 

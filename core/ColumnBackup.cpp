@@ -185,11 +185,11 @@ void ColumnBackup::saveInfo(std::uint32_t col)
     m_kept.infos.push_back(std::move(info));
 }
 
-void ColumnBackup::restore(TSFILE& file)
+void ColumnBackup::restore(TSFILE& file, const Progress& progress)
 {
     try {
         std::ifstream in(m_path, std::ios::binary);
-        restoreAll(file, m_kept, in);
+        restoreAll(file, m_kept, in, progress);
     } catch (...) {
         m_scratch.keep();
         throw;
@@ -251,8 +251,11 @@ KeptValues readOldValues(const std::filesystem::path& scratch)
 void restoreOldValues(const std::filesystem::path& scratch, TSFILE& file, const Progress& progress)
 {
     const KeptValues kept = readOldValues(scratch);
+    // Samples of a ring file count on when it has come round.
+    const bool ring = file.ringStart() != 0;
     for (const KeptValues::Range& range : kept.ranges)
-        if (range.column > file.columns() || std::uint64_t{range.first} + range.count - 1 > file.samples())
+        if (range.column > file.columns() ||
+            (!ring && std::uint64_t{range.first} + range.count - 1 > file.samples()))
             throw std::out_of_range("the file has fewer samples or columns than the old values need");
     std::ifstream in(scratch, std::ios::binary);
     restoreAll(file, kept, in, progress);

@@ -62,7 +62,8 @@ public:
     // scratch file stays for good.
     void restore() { restore(m_file); }
     // The same through another object, where the borrowed one is stuck with a block that cannot be written.
-    void restore(TSFILE& file);
+    // Progress is told, a cancel is not heard.
+    void restore(TSFILE& file, const Progress& progress = {});
 
     // Puts the kept values among out[0 … size), the samples of a column from sample `first` on, into their
     // places there; the other places stay. The borrowed file is not needed. Throws std::system_error.

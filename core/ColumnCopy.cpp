@@ -1,6 +1,7 @@
 #include "core/ColumnCopy.h"
 
 #include <algorithm>
+#include <cmath>
 #include <vector>
 
 #include "core/ColumnBackup.h"
@@ -15,12 +16,25 @@ std::uint32_t oldestRow(TSFILE& file)
     return oldest == 0 || file.samples() == 0 ? 1 : (oldest - 1) % file.samples() + 1;
 }
 
+void copyStartBehind(TSFILE& from, double steps, TSFILE& to)
+{
+    double start = static_cast<double>(from.startTime());
+    double seconds = from.startSeconds();
+    if (from.timeColumn() == 0) {
+        start += steps * static_cast<double>(from.dt());
+        // A file without a clock stays one.
+        const double whole = seconds == 0.0 ? 0.0 : std::floor(start);
+        seconds += whole;
+        start -= whole;
+    }
+    to.setStart(static_cast<std::uint32_t>(seconds), static_cast<float>(start));
+}
+
 void copyHeaderFromOldest(TSFILE& from, TSFILE& to)
 {
     to.copyHeader(from);
     if (from.ringStart() > 1)
-        to.setStart(from.startSeconds(),
-                    static_cast<float>(from.startTime() + (from.ringStart() - 1.0) * from.dt()));
+        copyStartBehind(from, from.ringStart() - 1.0, to);
 }
 
 JobOutcome walkRuns(std::uint32_t samples, const Progress& progress, const RunStep& step)

@@ -20,6 +20,10 @@ inline constexpr std::uint32_t kRunSamples = 1U << 15;
 // ring file in the order of time.
 std::uint32_t oldestRow(TSFILE& file);
 
+// The start of a copy that begins so many steps of dt behind the file's own start. Where there is a clock,
+// whole seconds go to it, which is exact: in the 32-bit float of the rest a day at 1 kHz would lose samples.
+void copyStartBehind(TSFILE& from, double steps, TSFILE& to);
+
 // Takes over the header for rows that are copied from the oldest one on: of a ring file that has come round
 // the start moves with it.
 void copyHeaderFromOldest(TSFILE& from, TSFILE& to);

@@ -1,13 +1,13 @@
 #include "core/Interval.h"
 
 #include <algorithm>
-#include <cmath>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "core/ColumnCopy.h"
 #include "core/Rebuild.h"
-#include "core/ScratchFile.h"
+#include "core/SafeChange.h"
 #include "core/TsNames.h"
 
 namespace veltrac {
@@ -16,23 +16,6 @@ namespace {
 
 constexpr std::size_t kChunkFloats = 1U << 16;
 
-// The start that gives the first row of the new file, one dt after it, the time that it had.
-void moveStart(const PlotFile& from, std::uint32_t first, TSFILE& to)
-{
-    TSFILE& source = from.file();
-    to.dt(source.dt());
-    double seconds = source.startSeconds();
-    double start = static_cast<double>(source.startTime());
-    if (source.timeColumn() == 0)
-        start += (from.sampleOf(first) - 1.0) * static_cast<double>(source.dt());
-    if (seconds != 0.0 && source.timeColumn() == 0) {
-        // Whole seconds go where they are exact; a file without a clock stays one.
-        seconds += std::floor(start);
-        start -= std::floor(start);
-    }
-    to.setStart(static_cast<std::uint32_t>(seconds), static_cast<float>(start));
-}
-
 void copyHeader(const PlotFile& from, std::uint32_t first, TSFILE& to)
 {
     TSFILE& source = from.file();
@@ -40,7 +23,8 @@ void copyHeader(const PlotFile& from, std::uint32_t first, TSFILE& to)
     to.timeUnit(std::string(source.timeUnit()).c_str());
     for (std::uint32_t c = 1; c <= from.columns(); ++c)
         copyColumnInfo(source, c, to, c);
-    moveStart(from, first, to);
+    to.dt(source.dt());
+    copyStartBehind(source, from.sampleOf(first) - 1.0, to);
 }
 
 JobOutcome copyRows(const PlotFile& from, std::uint32_t first, std::uint32_t last, TSFILE& to,
@@ -66,16 +50,15 @@ JobOutcome copyRows(const PlotFile& from, std::uint32_t first, std::uint32_t las
 JobOutcome saveInterval(const PlotFile& from, std::uint32_t first, std::uint32_t last,
                         const std::filesystem::path& target, const Progress& progress)
 {
-    const std::filesystem::path directory = target.parent_path().empty() ? "." : target.parent_path();
-    ScratchFile scratch(directory, "interval", ".ts");
+    PendingFile pending(target, "interval", ".ts");
     {
-        TSFILE to(literalTsName(scratch.path().string()).c_str(), last - first + 1, from.columns(), 0);
+        TSFILE to(literalTsName(pending.path().string()).c_str(), last - first + 1, from.columns(), 0);
         copyHeader(from, first, to);
         if (copyRows(from, first, last, to, progress) == JobOutcome::Cancelled)
             return JobOutcome::Cancelled;
         to.flush(true);
     }
-    scratch.putInPlace(target);
+    pending.commit();
     return JobOutcome::Done;
 }
 

@@ -32,6 +32,40 @@ std::shared_ptr<HsVariable> Plot2D::reference() const
     return nullptr;
 }
 
+std::shared_ptr<HsVariable> Plot2D::find(const PlotSource& source, std::uint32_t column) const
+{
+    for (const Group& g : m_groups)
+        for (const auto& v : g.variables())
+            if (v->variable().source().get() == &source && v->variable().column() == column)
+                return v;
+    return nullptr;
+}
+
+void Plot2D::moveToGroup(const std::shared_ptr<HsVariable>& variable, std::size_t group)
+{
+    if (group >= m_groups.size()) {
+        m_groups.emplace_back();
+        group = m_groups.size() - 1;
+    }
+    Group::Variables& members = m_groups[group].variables();
+    if (std::find(members.begin(), members.end(), variable) == members.end()) {
+        for (Group& g : m_groups)
+            std::erase(g.variables(), variable);
+        members.push_back(variable);
+        variable->setLogarithmic(m_groups[group].isLogarithmic());
+    }
+    std::erase_if(m_groups, [](const Group& g) { return g.variables().empty(); });
+}
+
+void Plot2D::setLogarithmicY(std::size_t group, bool on)
+{
+    if (group >= m_groups.size())
+        return;
+    Group& g = m_groups[group];
+    g.setLogarithmic(on);
+    g.mode = g.mode == YMode::Fixed ? YMode::Whole : g.mode;
+}
+
 void Plot2D::remove(const HsVariable& variable)
 {
     for (Group& g : m_groups)
@@ -100,16 +134,16 @@ void Plot2D::setLogarithmicX(bool on)
 
 void Plot2D::findOrigin()
 {
-    std::uint32_t origin = 0;
-    for (const auto& v : variables())
-        if (origin = v->variable().source()->startSeconds(); origin != 0)
-            break;
+    const Group::Variables all = variables();
+    const auto dated = std::find_if(all.begin(), all.end(),
+                                    [](const auto& v) { return v->variable().source()->hasCalendar(); });
+    const std::uint32_t origin = dated == all.end() ? 0 : (*dated)->variable().source()->startSeconds();
     const double moved = static_cast<double>(m_axis.origin) - origin;
-    if (moved == 0.0)
-        return;
-    const bool wasClockless = m_axis.origin == 0;
+    const bool wasDated = m_axis.dated;
+    m_axis.dated = dated != all.end();
     m_axis.origin = origin;
-    if (wasClockless || m_axis.mode == XMode::Sample)
+    // What has no calendar stands at the origin wherever that is.
+    if (moved == 0.0 || !wasDated || !m_axis.dated || m_axis.mode == XMode::Sample)
         return;
     m_view.x1 += moved;
     m_view.x2 += moved;

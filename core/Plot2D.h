@@ -26,8 +26,15 @@ public:
     Group::Variables variables() const;
     // The first visible variable: the one whose samples cursors snap to; null where there is none.
     std::shared_ptr<HsVariable> reference() const;
+    // The variable of a source's column; null where there is none.
+    std::shared_ptr<HsVariable> find(const veltrac::PlotSource& source, std::uint32_t column) const;
     // Takes a variable out of its group, and the group where it was the last one.
     void remove(const HsVariable& variable);
+    // Puts a variable into another group, or into a new one below the last where there is no group of that
+    // number; a group that is left empty goes. The variable may have to be built again.
+    void moveToGroup(const std::shared_ptr<HsVariable>& variable, std::size_t group);
+    // The limits fit themselves then; variables may have to be built again.
+    void setLogarithmicY(std::size_t group, bool on);
 
     // Builds the pyramids that the visible variables lack, in one pass a file.
     veltrac::JobOutcome buildMissing(const veltrac::Progress& progress);
@@ -39,7 +46,7 @@ public:
     void setMode(veltrac::XMode mode);
     // Does nothing where no row has an x above 0.
     void setLogarithmicX(bool on);
-    // The start of the first source that has a clock becomes the origin. After variables came or went.
+    // The start of the first source that has a calendar becomes the origin. After variables came or went.
     void findOrigin();
     std::string xTitle;  // UTF-8
 

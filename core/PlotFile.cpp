@@ -5,6 +5,8 @@
 #include <cmath>
 #include <system_error>
 
+#include "core/FileTime.h"
+#include "core/TsExceptions.h"
 #include "core/TsNames.h"
 
 namespace veltrac {
@@ -55,6 +57,11 @@ void PlotFile::look()
     m_columns = m_file->columns();
     m_bucketRows = m_columns < kWideRows ? Pyramid::kLargestBucket : kBucketOfWideRows;
     m_startSeconds = m_file->startSeconds();
+    try {
+        m_hasCalendar = FileTime(*m_file).hasCalendar();
+    } catch (const TS::Failure&) {
+        m_hasCalendar = m_startSeconds != 0;  // its times cannot be read
+    }
 
     std::uint32_t claimed = m_file->samples();
     std::uint32_t inFile = claimed;

@@ -38,8 +38,6 @@ public:
 
     // Rows that the header claims and the file is too short for.
     std::uint32_t missingRows() const noexcept { return m_missingRows; }
-    // The sample number of a row, as TSFILE counts it: they differ in ring files only.
-    std::uint32_t sampleOf(std::uint32_t row) const noexcept { return m_firstSample + row - 1; }
 
     TSFILE& file() const noexcept { return *m_file; }
 
@@ -62,7 +60,6 @@ private:
     std::string m_path;
     std::unique_ptr<TSFILE> m_file;
     Stamp m_stamp;
-    std::uint32_t m_firstSample = 1;
     std::uint32_t m_missingRows = 0;
 };
 

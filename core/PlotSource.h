@@ -33,8 +33,13 @@ public:
     TimeKind timeKind() const noexcept { return m_timeKind; }
     // Seconds from a row to the next; where they differ, a mean.
     double step() const;
-    // Seconds since the epoch; 0 where the source has no clock.
+    // Seconds since the epoch from which the times count, where they are those of a calendar.
     std::uint32_t startSeconds() const noexcept { return m_startSeconds; }
+    bool hasCalendar() const noexcept { return m_hasCalendar; }
+    // The number of the sample in a row: in ring files another than the row.
+    std::uint32_t sampleOf(std::uint32_t row) const noexcept { return m_firstSample + row - 1; }
+    // Whether a sample stands for as much of x as any other; of others a mean means nothing.
+    bool isEvenlySpaced() const noexcept { return m_evenlySpaced; }
 
     // Row 1 to rows(). Throws the TS exceptions, as everything below that reads.
     double timeOf(std::uint32_t row) const;
@@ -86,6 +91,9 @@ protected:
     std::uint32_t m_columns = 0;
     std::uint32_t m_bucketRows = Pyramid::kLargestBucket;
     std::uint32_t m_startSeconds = 0;
+    std::uint32_t m_firstSample = 1;
+    bool m_hasCalendar = false;
+    bool m_evenlySpaced = true;
     TimeKind m_timeKind = TimeKind::Steps;
     double m_base = 0.0;  // time of the step before row 1
     double m_dt = 1.0;

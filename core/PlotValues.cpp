@@ -1,6 +1,7 @@
 #include "core/PlotValues.h"
 
 #include <algorithm>
+#include <cmath>
 #include <stdexcept>
 
 namespace veltrac {
@@ -11,6 +12,10 @@ PlotValues::PlotValues(std::vector<double> x, const std::vector<std::vector<floa
     m_rows = static_cast<std::uint32_t>(m_x.size());
     m_columns = static_cast<std::uint32_t>(columns.size());
     m_timeKind = TimeKind::EachRow;
+    constexpr double kSlack = 1e-3;  // of a step
+    for (std::size_t row = 2; row < m_x.size(); ++row)
+        if (const double step = m_x[1] - m_x[0]; std::abs(m_x[row] - m_x[row - 1] - step) > kSlack * step)
+            m_evenlySpaced = false;
     m_values.resize(m_x.size() * columns.size());
     for (std::size_t c = 0; c < columns.size(); ++c) {
         if (columns[c].size() != m_x.size())

@@ -8,7 +8,7 @@ namespace veltrac {
 
 namespace {
 
-// Row numbers stand for times in mode Sample, whatever the source tells.
+// Sample numbers stand for times in mode Sample, whatever the source tells.
 std::uint32_t rowOfNumber(const Variable& v, double number)
 {
     if (!(number >= 1.0))
@@ -20,11 +20,11 @@ std::uint32_t rowOfNumber(const Variable& v, double number)
 
 double XAxis::shiftOf(const Variable& v) const
 {
+    const PlotSource& source = *v.source();
     if (mode == XMode::Sample)
-        return v.timeShift == 0.0 ? 0.0 : v.timeShift / v.source()->step();
-    // A file without a clock stands at the origin.
-    const std::uint32_t start = v.source()->startSeconds();
-    return v.timeShift + (start == 0 ? 0.0 : static_cast<double>(start) - origin);
+        return source.sampleOf(1) - 1.0 + (v.timeShift == 0.0 ? 0.0 : v.timeShift / source.step());
+    // What has no calendar stands at the origin; a series from before 1970 counts from a start of 0.
+    return v.timeShift + (source.hasCalendar() ? static_cast<double>(source.startSeconds()) - origin : 0.0);
 }
 
 double XAxis::xOf(const Variable& v, std::uint32_t row) const

@@ -1,7 +1,7 @@
 // What stands along a plot's x axis, and how its numbers belong to the rows of variables.
 //
-// x is a row number (mode Sample) or seconds since `origin` (the other modes, which differ in their labels
-// only): small numbers, so that a double keeps fine steps of long series.
+// x is a sample's number (mode Sample) or seconds since `origin` (the other modes, which differ in their
+// labels only): small numbers, so that a double keeps fine steps of long series.
 #pragma once
 
 #include <cstdint>
@@ -17,6 +17,7 @@ struct XAxis
     XMode mode = XMode::Elapsed;
     bool logarithmic = false;  // rows whose x is not above 0 are not shown
     std::uint32_t origin = 0;  // seconds since the epoch
+    bool dated = false;        // the origin is a date; what has no calendar stands at it
 
     // Throw the TS exceptions where times have to be read.
     double xOf(const Variable& v, std::uint32_t row) const;

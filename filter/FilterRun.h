@@ -6,8 +6,8 @@
 #include <memory>
 #include <string>
 
-#include "calc/SourceColumn.h"
 #include "core/Progress.h"
+#include "core/SourceColumn.h"
 #include "core/TSFILE.h"
 #include "filter/FilterTypes.h"
 #include "filter/fid.h"

@@ -9,8 +9,8 @@
 
 #include <array>
 
-#include "calc/SourceColumn.h"
 #include "core/NumberTexts.h"
+#include "core/SourceColumn.h"
 #include "filter/CharacteristicPlot.h"
 #include "filter/FilterCharWin.h"
 #include "filter/FilterFields.h"
@@ -260,7 +260,7 @@ void FilterWin::sl_execute()
     FilterOutcome outcome;
     const auto job = [&](const Progress& progress, std::unique_ptr<ResultFile>& made) {
         const SourceColumn column(*file, source()->column(), range()->from(), range()->to());
-        made = std::make_unique<ResultFile>(hasResult() ? "temp1" : "temp", column.samples(), 2);
+        made = std::make_unique<ResultFile>(isResultHere() ? "temp1" : "temp", column.samples(), 2);
         describeWork(column, made->file(), words);
         outcome = filter ? runFilter(column, made->file(), filter.get(), progress)
                          : runMovingAverage(column, made->file(), static_cast<std::uint32_t>(asked.order),

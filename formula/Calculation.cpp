@@ -4,7 +4,7 @@
 #include <cmath>
 #include <vector>
 
-#include "core/ColumnBackup.h"
+#include "core/FileTime.h"
 #include "core/TsExceptions.h"
 #include "formula/BlockFormula.h"
 #include "formula/FormulaEvaluation.h"
@@ -12,9 +12,6 @@
 namespace veltrac {
 
 namespace {
-
-// Keeping the old values is the smaller part of the work, in hundredths.
-constexpr std::uint64_t kBackupShare = 20;
 
 // How much a bound may miss a sample, in samples. A dt of 0.01 is a little less as a 32-bit float, which adds
 // up: the 50th step of it is not quite at the 0.5 that somebody types. The start is such a float too.
@@ -102,7 +99,7 @@ bool writeValues(FormulaParser& formula, const CalculationTarget& target, const 
     for (std::uint64_t done = 0; done < total; done += BlockFormula::kRun) {
         writer.write(static_cast<std::uint32_t>(target.range.first + done),
                      static_cast<std::size_t>(std::min<std::uint64_t>(BlockFormula::kRun, total - done)));
-        if (!goesOn(progress, total * kBackupShare + done * (100 - kBackupShare), total * 100))
+        if (!goesOn(progress, done, total))
             return false;
     }
     return true;
@@ -125,19 +122,41 @@ std::array<bool, kMostSources> usedRows(std::string_view formula, int rowCount, 
 
 TimeBounds timesOf(TSFILE& file)
 {
-    const HeldSamples held = heldSamples(file);
+    const FileTime held(file);
     const double start = file.startTime();
     const double dt = file.dt();
-    return {start + (held.first - 1.0) * dt, start + (std::max(held.first, held.last) - 1.0) * dt};
+    return {start + (held.firstSample() - 1.0) * dt,
+            start + (std::max(held.firstSample(), held.lastSample()) - 1.0) * dt};
+}
+
+std::optional<double> timeMeant(std::string_view text, TSFILE& file)
+{
+    if (const std::optional<double> number = wholeNumber(text))
+        return number;
+    const std::optional<SeriesPlace> place = parsePlace(text);
+    if (!place)
+        return std::nullopt;
+    const FileTime time(file);
+    if (place->kind == SeriesPlace::Kind::Sample)  // digits in groups
+        return place->number;
+    if (place->kind == SeriesPlace::Kind::Elapsed)
+        return place->fileUnit.empty()          ? std::optional(place->number / time.unitSeconds())
+               : place->fileUnit == time.unit() ? std::optional(place->number)
+                                                : std::nullopt;
+    const MeantRow meant = meantRow(text, file);
+    if (!meant.row)
+        return std::nullopt;
+    return static_cast<double>(file.startTime()) +
+           (time.sampleIn(*meant.row) - 1.0) * static_cast<double>(file.dt());
 }
 
 CalculationRange calculationRange(std::span<const TimeBounds> rows, TSFILE& target)
 {
     constexpr CalculationRange kNone{1, 0};
-    const HeldSamples held = heldSamples(target);
+    const FileTime held(target);
     const double dt = target.dt();
     const double origin = target.startTime();
-    CalculationRange range{held.first, held.last};
+    CalculationRange range{held.firstSample(), held.lastSample()};
     if (!(dt > 0.0))
         return kNone;
     for (const TimeBounds& row : rows) {
@@ -156,29 +175,14 @@ CalculationRange calculationRange(std::span<const TimeBounds> rows, TSFILE& targ
 JobOutcome calculate(FormulaParser& formula, const CalculationTarget& target, const Progress& progress,
                      CalculationReport& report)
 {
-    auto backup = std::make_unique<ColumnBackup>(target.file);
-    backup->saveInfo(target.column);
-    const Progress keeping = [&](std::uint64_t done, std::uint64_t total) {
-        return goesOn(progress, done * kBackupShare, total * 100);
+    const ColumnRange range{target.column, target.range.first, target.range.count()};
+    const auto write = [&](TSFILE& file, const Progress& writing) {
+        if (!writeValues(formula, target, writing, report))
+            return JobOutcome::Cancelled;
+        file.stampColumn(target.column, target.when);
+        return JobOutcome::Done;
     };
-    if (backup->save(target.column, target.range.first, target.range.count(), keeping) ==
-        JobOutcome::Cancelled)
-        return JobOutcome::Cancelled;
-    try {
-        if (writeValues(formula, target, progress, report)) {
-            target.file.stampColumn(target.column, target.when);
-            target.file.flush(true);
-            report.backup = std::move(backup);
-            return JobOutcome::Done;
-        }
-        backup->restore();
-        return JobOutcome::Cancelled;
-    } catch (...) {
-        report.lost = backup->path();
-        backup->restore(target.reopen());
-        report.lost.clear();
-        throw;
-    }
+    return changeInPlace({target.file, {&range, 1}, write, target.reopen}, progress, report.old);
 }
 
 }  // namespace veltrac

@@ -4,17 +4,15 @@
 #include <array>
 #include <cstdint>
 #include <ctime>
-#include <filesystem>
 #include <functional>
-#include <memory>
+#include <optional>
 #include <span>
 #include <string_view>
 
-#include "core/ColumnBackup.h"
 #include "core/Progress.h"
+#include "core/SafeChange.h"
 #include "core/TSFILE.h"
 #include "formula/FormulaParser.h"
-#include "formula/SourceLookup.h"
 
 namespace veltrac {
 
@@ -33,6 +31,11 @@ struct TimeBounds
 // The times of the samples that a file holds: sample s lies at startTime() + (s - 1) * dt. So t = 0 of a
 // target is its startTime(), and files are lined up by that alone, whatever their startSeconds().
 TimeBounds timesOf(TSFILE& file);
+
+// The time on that scale that a text means: a number, with a unit ("12.5 s", "2 min") or without one, or a
+// time of the clock, a date or a share of the file, which mean the sample that stands there in every list and
+// plot. Nothing where it means nothing in the file. Throws the TS exceptions.
+std::optional<double> timeMeant(std::string_view text, TSFILE& file);
 
 // The samples that are computed.
 struct CalculationRange
@@ -62,10 +65,9 @@ struct CalculationTarget
 
 struct CalculationReport
 {
-    std::uint64_t faultySamples = 0;       // at which the evaluation reported an error
-    std::uint64_t missing = 0;             // values that are NaN or infinite
-    std::unique_ptr<ColumnBackup> backup;  // after Done: the old values
-    std::filesystem::path lost;            // where they lie if they could not be put back
+    std::uint64_t faultySamples = 0;  // at which the evaluation reported an error
+    std::uint64_t missing = 0;        // values that are NaN or infinite
+    OldValues old;
 };
 
 // Writes the value of the compiled formula at (i - 1) * dt into sample i of a column, for the range, as if

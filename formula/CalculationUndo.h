@@ -25,7 +25,7 @@ public:
 
     // Puts the old values, and the column's time stamp, back through an open object of the file. Throws the
     // TS exceptions and std::system_error; the old values stay where they lie then.
-    void undo(TSFILE& file) { m_old->restore(file); }
+    void undo(TSFILE& file, const Progress& progress) { m_old->restore(file, progress); }
 
 private:
     struct State

@@ -5,30 +5,23 @@
 
 #include <algorithm>
 #include <ctime>
-#include <system_error>
 
+#include "core/FailureText.h"
+#include "core/FileTime.h"
 #include "core/TsExceptions.h"
 #include "formula/FormulaParser.h"
 #include "portal/TsApplication.h"
 #include "share/Boxes.h"
 #include "share/GroupedNumber.h"
 #include "share/JobProgress.h"
-#include "share/WaitCursor.h"
 
 namespace veltrac {
 
 namespace {
 
-// To be called inside a catch block.
 QString failureInFlight()
 {
-    try {
-        throw;
-    } catch (const std::system_error& error) {
-        return QFile::decodeName(error.what());
-    } catch (...) {
-        return QStringLiteral("a file could not be read or written to its end");
-    }
+    return QString::fromLocal8Bit(reasonOfFailure().c_str());
 }
 
 // "all 108 000 values are missing"
@@ -119,7 +112,7 @@ CalculationRange ColumnCalculation::rangeFor(const EditVariable& target,
         return range;
     const TimeBounds times = timesOf(file);
     reason = !(file.dt() > 0.0F) ? QStringLiteral("The sample time of the target is not above 0")
-             : heldSamples(file).count() == 0
+             : FileTime(file).rows() == 0
                  ? QStringLiteral("The target has no samples")
                  : QStringLiteral(
                        "Nothing to calculate: the target runs from %1 to %2 s, and the start and "
@@ -194,21 +187,21 @@ ColumnCalculation::Answer ColumnCalculation::run(const EditVariable& target, For
             answer.status = QStringLiteral("Cancelled: the column is as it was");
         } else {
             m_undo = std::make_unique<CalculationUndo>(QFile::encodeName(target.file()).toStdString(),
-                                                       std::move(report.backup));
+                                                       std::move(report.old.backup));
             answer = told(target, formula, range, report, progress.seconds());
         }
     } catch (...) {
         const QString failure = failureInFlight();
         answer.box =
-            report.lost.empty()
+            report.old.lost.empty()
                 ? QStringLiteral("The calculation failed: %1.\nThe column is as it was.").arg(failure)
                 : QStringLiteral(
                       "The calculation failed: %1.\nThe old values could not be put back. "
                       "They lie in %2.")
-                      .arg(failure, QFile::decodeName(report.lost.c_str()));
+                      .arg(failure, QFile::decodeName(report.old.lost.c_str()));
     }
     // What was put back is what the calculation before had left.
-    if (!answer.hasChanged && undoIsGood && report.lost.empty())
+    if (!answer.hasChanged && undoIsGood && report.old.lost.empty())
         m_undo->noteState();
     return answer;
 }
@@ -235,11 +228,11 @@ ColumnCalculation::Answer ColumnCalculation::undo()
     const QString oldValues =
         QStringLiteral("The old values lie in %1.").arg(QFile::decodeName(m_undo->oldValues().c_str()));
     try {
-        const WaitCursor wait;
+        JobProgress progress(m_window, QStringLiteral("Putting the old values back"));
         const std::shared_ptr<TSFILE> ts = m_sources.openShared(file);
         if (!ts || ts->readOnly())
             return refused(QStringLiteral("%1 cannot be opened for writing.\n%2").arg(name, oldValues));
-        m_undo->undo(*ts);
+        m_undo->undo(*ts, progress.callback());
     } catch (...) {
         return refused(
             QStringLiteral("The calculation could not be undone: %1.\n%2").arg(failureInFlight(), oldValues));

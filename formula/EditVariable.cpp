@@ -28,8 +28,8 @@ EditVariable::EditVariable(int index, QTableWidget* table, QObject* parent)
       m_index(index),
       m_files(new FileCombo),
       m_columns(new ColumnCombo),
-      m_start(new NumberField(QStringLiteral("0"))),
-      m_end(new NumberField(QStringLiteral("0"))),
+      m_start(new QLineEdit(QStringLiteral("0"))),
+      m_end(new QLineEdit(QStringLiteral("0"))),
       m_sampleTime(new QLineEdit)
 {
     const int row = index - 1;
@@ -39,6 +39,8 @@ EditVariable::EditVariable(int index, QTableWidget* table, QObject* parent)
     table->setCellWidget(row, kEnd, m_end);
     table->setCellWidget(row, kSampleTime, m_sampleTime);
     m_sampleTime->setReadOnly(true);
+    for (QLineEdit* const field : {m_start, m_end})
+        field->setPlaceholderText(QStringLiteral("0.5, 2 min, 13:45:30"));
     const std::pair<QWidget*, const char*> names[] = {{m_files, "file"},
                                                       {m_columns, "column"},
                                                       {m_start, "start time"},
@@ -101,12 +103,19 @@ void EditVariable::setTs(std::shared_ptr<TSFILE> ts)
 TimeBounds EditVariable::bounds() const
 {
     const TimeBounds own = m_ts ? timesOf(*m_ts) : TimeBounds();
-    return {m_startEdited ? m_start->number() : own.start, m_endEdited ? m_end->number() : own.end};
+    return {m_startEdited ? timeIn(*m_start).value_or(own.start) : own.start,
+            m_endEdited ? timeIn(*m_end).value_or(own.end) : own.end};
 }
 
 bool EditVariable::hasBounds() const
 {
-    return m_start->isValid() && m_end->isValid();
+    return (!m_startEdited || timeIn(*m_start)) && (!m_endEdited || timeIn(*m_end));
+}
+
+// Throws the TS exceptions.
+std::optional<double> EditVariable::timeIn(const QLineEdit& field) const
+{
+    return m_ts ? timeMeant(field.text().toStdString(), *m_ts) : numberOf(field.text());
 }
 
 void EditVariable::takeFile()
@@ -140,11 +149,16 @@ void EditVariable::sl_EndTimeChanged(const QString& text)
     takeTime(m_end, text, m_endEdited);
 }
 
-void EditVariable::takeTime(NumberField* field, const QString& text, bool& isEdited)
-{
-    if (m_showsOwn)
+void EditVariable::takeTime(QLineEdit* field, const QString& text, bool& isEdited)
+try {
+    if (m_showsOwn) {
+        markField(*field, true);
         return;
+    }
     isEdited = true;
     field->setText(text);
+    markField(*field, timeIn(*field).has_value());
     emit x_changed();
+} catch (const TS::Failure&) {
+    markField(*field, false);
 }

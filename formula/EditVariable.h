@@ -4,6 +4,7 @@
 #include <QObject>
 
 #include <memory>
+#include <optional>
 
 #include "formula/Calculation.h"
 
@@ -15,7 +16,6 @@ namespace veltrac {
 
 class ColumnCombo;
 class FileCombo;
-class NumberField;
 
 }  // namespace veltrac
 
@@ -60,13 +60,14 @@ signals:
 
 private:
     void takeFile();
-    void takeTime(veltrac::NumberField* field, const QString& text, bool& isEdited);
+    void takeTime(QLineEdit* field, const QString& text, bool& isEdited);
+    std::optional<double> timeIn(const QLineEdit& field) const;
 
     int m_index;
     veltrac::FileCombo* m_files;
     veltrac::ColumnCombo* m_columns;
-    veltrac::NumberField* m_start;
-    veltrac::NumberField* m_end;
+    QLineEdit* m_start;
+    QLineEdit* m_end;
     QLineEdit* m_sampleTime;
     QString m_directory;  // whose files the box shows
     QString m_path;

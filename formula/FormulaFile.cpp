@@ -7,7 +7,7 @@
 #include <system_error>
 
 #include "core/LineReader.h"
-#include "core/ScratchFile.h"
+#include "core/SafeChange.h"
 
 namespace veltrac {
 
@@ -24,13 +24,13 @@ bool holdsComposed(std::string_view line)
 
 void writeFormulaFile(const std::filesystem::path& file, const std::string& formula)
 {
-    ScratchFile scratch(file.parent_path(), "formula", ".tmp");
-    std::ofstream out(scratch.path(), std::ios::binary);
+    PendingFile pending(file);
+    std::ofstream out(pending.path(), std::ios::binary);
     out << "**Ts-Edit Documentation**\n\n  Composed function: \n   " << formula << "\n\n";
     out.close();
     if (!out)
         throw std::system_error(errno != 0 ? errno : EIO, std::generic_category(), file.string());
-    scratch.putInPlace(file);
+    pending.commit();
 }
 
 std::optional<std::string> readFormulaFile(const std::filesystem::path& file)

@@ -10,7 +10,8 @@ namespace veltrac {
 // The longest formula that the compiler and the files take, in bytes.
 inline constexpr std::size_t kFormulaBytes = 255;
 
-// Writes the formula, by way of a scratch file. Throws std::system_error.
+// Writes the formula, by way of a pending file: the old one stays until it is whole. Throws
+// std::system_error.
 void writeFormulaFile(const std::filesystem::path& file, const std::string& formula);
 
 // The formula of a file, leading blanks included: the line below the last one that holds "Composed", in

@@ -1,38 +1,25 @@
 #include "formula/SourceLookup.h"
 
-#include <algorithm>
 #include <limits>
 
+#include "core/FileTime.h"
 #include "core/TSFILE.h"
 
 namespace veltrac {
 
-HeldSamples heldSamples(TSFILE& file)
-{
-    const std::uint32_t rows = file.samples();
-    const std::uint32_t oldest = file.ringStart();
-    if (oldest == 0)
-        return {1, rows};
-    const std::uint32_t last = file.lastSample();
-    if (last < oldest || rows == 0)
-        return {1, 0};
-    // A damaged header may claim more than there are rows.
-    return {std::max(oldest, last < rows ? 1 : last - rows + 1), last};
-}
-
 SourceLookup lookupOf(TSFILE& source, TSFILE* target)
 {
     constexpr double kGrain = std::numeric_limits<float>::epsilon();
-    const HeldSamples held = heldSamples(source);
+    const FileTime held(source);
     const double origin = target == nullptr ? 0.0 : static_cast<double>(target->startTime());
     const double start = source.startTime();
     SourceLookup lookup;
     lookup.isOwn = target == &source;
-    lookup.first = held.first;
-    lookup.samples = held.count();
+    lookup.first = held.firstSample();
+    lookup.samples = held.rows();
     lookup.shift = origin - start;
     lookup.rate = 1.0 / static_cast<double>(source.dt());
-    lookup.before = static_cast<double>(held.first) - 1.0;
+    lookup.before = static_cast<double>(held.firstSample()) - 1.0;
     lookup.lastPosition = static_cast<double>(lookup.samples) - 1.0;
     lookup.grain = kGrain * lookup.rate;
     if (origin != 0.0 && origin != start)

@@ -8,18 +8,6 @@ class TSFILE;
 
 namespace veltrac {
 
-// The numbers of the samples that a file holds: all of an ordinary file; of a ring file those that were
-// written and not yet overwritten.
-struct HeldSamples
-{
-    std::uint32_t first = 1;
-    std::uint32_t last = 0;
-
-    std::uint32_t count() const noexcept { return last < first ? 0 : last - first + 1; }
-};
-// Throws the TS exceptions.
-HeldSamples heldSamples(TSFILE& file);
-
 // How a source variable finds its samples; taken from its file once, when the formula is compiled.
 struct SourceLookup
 {

@@ -1,14 +1,12 @@
 #include "portal/BlockOperation.h"
 
-#include <QStringList>
-
 #include <algorithm>
 #include <cmath>
 #include <limits>
 #include <stdexcept>
 #include <utility>
 
-#include "portal/TsTableModel.h"
+#include "portal/CellText.h"
 
 namespace veltrac {
 
@@ -193,27 +191,68 @@ JobOutcome makeStrips(BlockOperation operation, const std::vector<SampleRun>& ru
     return JobOutcome::Done;
 }
 
-PastedTable parsePasted(const QString& text)
+std::string whyRefused(BlockOperation operation, std::span<const double> numbers)
+{
+    if (operation == BlockOperation::ReplaceOutside && numbers[0] > numbers[1])
+        return "The lowest good value lies above the highest.";
+    for (const double number : numbers)
+        if (std::abs(number) > static_cast<double>(std::numeric_limits<float>::max()))
+            return "A cell holds no number beyond 3.4e38.";
+    return {};
+}
+
+PastedTable parsePasted(std::string_view text)
 {
     PastedTable table;
-    QString lines = text;
-    lines.replace(QStringLiteral("\r\n"), QStringLiteral("\n")).replace(QLatin1Char('\r'), QLatin1Char('\n'));
-    if (lines.endsWith(QLatin1Char('\n')))
-        lines.chop(1);
-    for (const QString& line : lines.split(QLatin1Char('\n'))) {
+    bool more = true;
+    while (more) {
+        const std::size_t end = text.find_first_of("\r\n");
+        more = end != std::string_view::npos;
         std::vector<float> row;
-        for (const QString& field : line.split(QLatin1Char('\t'))) {
-            const std::optional<float> number = cellNumber(field);
-            if (!number) {
-                table.rows.clear();
-                table.refused = field;
-                return table;
-            }
+        std::string_view line = text.substr(0, end);
+        for (bool fields = true; fields;) {
+            const std::size_t tab = line.find('\t');
+            fields = tab != std::string_view::npos;
+            const std::optional<float> number = cellNumber(line.substr(0, tab));
+            if (!number)
+                return {{}, std::string(line.substr(0, tab))};
             row.push_back(*number);
+            line.remove_prefix(fields ? tab + 1 : 0);
         }
         table.rows.push_back(std::move(row));
+        if (more)
+            text.remove_prefix(end + (text.substr(end).starts_with("\r\n") ? 2 : 1));
+        // The last line's own end begins no further one.
+        more = more && !text.empty();
     }
     return table;
+}
+
+PastedStrips pasteStrips(const std::vector<std::vector<float>>& rows, std::span<const std::uint32_t> samples,
+                         std::span<const std::uint32_t> columns)
+{
+    PastedStrips pasted;
+    const std::size_t fitting = std::min(rows.size(), samples.size());
+    for (std::size_t r = 0; r < rows.size(); ++r)
+        pasted.beyond +=
+            r < fitting ? rows[r].size() - std::min(rows[r].size(), columns.size()) : rows[r].size();
+    std::vector<EditStrip>& strips = pasted.strips;
+    for (std::size_t c = 0; c < columns.size(); ++c)
+        for (std::size_t r = 0; r < fitting; ++r) {
+            if (c >= rows[r].size())
+                continue;
+            if (columns[c] == 0) {
+                ++pasted.refused;
+                continue;
+            }
+            const bool goesOn = !strips.empty() && strips.back().run.column == columns[c] &&
+                                std::uint64_t{strips.back().run.last} + 1 == samples[r];
+            if (!goesOn)
+                strips.push_back(valuesStrip(columns[c], samples[r], {}));
+            strips.back().values.push_back(rows[r][c]);
+            strips.back().run.last = samples[r];
+        }
+    return pasted;
 }
 
 }  // namespace veltrac

@@ -1,11 +1,11 @@
 // The operations of the edit window on blocks of cells: what they ask for, and the strips that they become.
 #pragma once
 
-#include <QString>
-
 #include <functional>
 #include <optional>
 #include <span>
+#include <string>
+#include <string_view>
 #include <vector>
 
 #include "core/ColumnScan.h"
@@ -44,6 +44,9 @@ struct BlockOperationRow
 const std::vector<BlockOperationRow>& blockOperations();
 const BlockOperationRow& rowOf(BlockOperation operation);
 
+// Why numbers that are each good are refused together; empty where they are taken.
+std::string whyRefused(BlockOperation operation, std::span<const double> numbers);
+
 // Values of a column as they are shown.
 using ReaderOfColumn = std::function<ColumnReader(std::uint32_t column)>;
 
@@ -60,8 +63,19 @@ JobOutcome makeStrips(BlockOperation operation, const std::vector<SampleRun>& ru
 struct PastedTable
 {
     std::vector<std::vector<float>> rows;
-    QString refused;  // the first text that is no number; nothing is to be pasted then
+    std::string refused;  // the first text that is no number; nothing is to be pasted then
 };
-PastedTable parsePasted(const QString& text);
+PastedTable parsePasted(std::string_view text);
+
+// Pasted rows as strips, and how many values lie beyond the table or in columns that take none.
+struct PastedStrips
+{
+    std::vector<EditStrip> strips;
+    std::uint64_t beyond = 0;
+    std::uint64_t refused = 0;
+};
+// The rows go to `samples`, one each, their fields to `columns`, which are 0 where they take none.
+PastedStrips pasteStrips(const std::vector<std::vector<float>>& rows, std::span<const std::uint32_t> samples,
+                         std::span<const std::uint32_t> columns);
 
 }  // namespace veltrac

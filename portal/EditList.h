@@ -53,7 +53,7 @@ struct EditStrip
 // One entry: its strips do not overlap each other.
 struct Edit
 {
-    std::string name;  // "Set value", as the menu shows it behind "Undo"
+    std::string name;  // "Set value", as the menu shows it behind "Undo"; UTF-8
     std::vector<EditStrip> strips;
 };
 

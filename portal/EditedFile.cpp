@@ -8,9 +8,10 @@
 #include <system_error>
 #include <utility>
 
+#include "core/ColumnCopy.h"
 #include "core/CopyFile.h"
 #include "core/FailureText.h"
-#include "core/ScratchFile.h"
+#include "core/SafeChange.h"
 #include "core/TsNames.h"
 
 namespace veltrac {
@@ -21,27 +22,20 @@ namespace fs = std::filesystem;
 
 constexpr std::uint32_t kRun = 1U << 15;           // samples a step
 constexpr std::uint32_t kKeptTogether = 1U << 16;  // runs nearer than this are kept as one
+constexpr std::uint64_t kCopyingShare = 70;        // hundredths of making a new file
 
-// What is kept of the old values: fewer, longer runs, since each of them is synced.
-std::vector<SampleRun> runsToKeep(const std::vector<SampleRun>& runs)
+// What is kept of the old values: fewer, longer ranges, since each of them is synced.
+std::vector<ColumnRange> rangesToKeep(const std::vector<SampleRun>& runs)
 {
-    std::vector<SampleRun> kept;
+    std::vector<ColumnRange> kept;
     for (const SampleRun& run : runs) {
         if (!kept.empty() && kept.back().column == run.column &&
-            run.first < std::uint64_t{kept.back().last} + kKeptTogether)
-            kept.back().last = run.last;
+            run.first < std::uint64_t{kept.back().first} + kept.back().count + kKeptTogether)
+            kept.back().count = run.last - kept.back().first + 1;
         else
-            kept.push_back(run);
+            kept.push_back({run.column, run.first, static_cast<std::uint32_t>(run.count())});
     }
     return kept;
-}
-
-std::uint64_t samplesIn(const std::vector<SampleRun>& runs)
-{
-    std::uint64_t sum = 0;
-    for (const SampleRun& run : runs)
-        sum += run.count();
-    return sum;
 }
 
 struct stat statOf(int descriptor)
@@ -57,11 +51,6 @@ bool isSameFile(const struct stat& a, const struct stat& b)
     return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
-std::uint64_t bytesBehind(int descriptor)
-{
-    return static_cast<std::uint64_t>(statOf(descriptor).st_size);
-}
-
 void stampColumns(TSFILE& file, const std::vector<SampleRun>& runs)
 {
     std::set<std::uint32_t> columns;
@@ -72,28 +61,6 @@ void stampColumns(TSFILE& file, const std::vector<SampleRun>& runs)
 }
 
 }  // namespace
-
-// One save: what is written, and how far it is.
-struct EditedFile::Job
-{
-    std::vector<SampleRun> runs;
-    const Progress& progress;
-    std::uint64_t done = 0;
-    std::uint64_t total = 0;
-
-    bool step(std::uint64_t samples)
-    {
-        done += samples;
-        return goesOn(progress, done, total);
-    }
-    // For a part of the job that counts for itself.
-    Progress part(std::uint64_t weight)
-    {
-        return [this, weight](std::uint64_t d, std::uint64_t t) {
-            return goesOn(progress, done + (t == 0 ? 0 : d * weight / t), total);
-        };
-    }
-};
 
 EditedFile::EditedFile(TSFILE& reader, fs::path path) : m_reader(reader), m_path(std::move(path)) {}
 
@@ -117,10 +84,14 @@ ColumnReader EditedFile::columnReader(std::uint32_t column)
     return [this, column](std::uint32_t first, std::span<float> out) { read(column, first, out); };
 }
 
-bool EditedFile::writeRuns(TSFILE& file, Job& job)
+JobOutcome EditedFile::writeRuns(TSFILE& file, const std::vector<SampleRun>& runs, const Progress& progress)
 {
+    std::uint64_t total = 0;
+    for (const SampleRun& run : runs)
+        total += run.count();
+    std::uint64_t done = 0;
     std::vector<float> values(kRun);
-    for (const SampleRun& run : job.runs)
+    for (const SampleRun& run : runs)
         for (std::uint64_t sample = run.first; sample <= run.last;) {
             const std::size_t count = std::min<std::uint64_t>(kRun, run.last - sample + 1);
             const std::span<float> part = std::span(values).first(count);
@@ -129,10 +100,12 @@ bool EditedFile::writeRuns(TSFILE& file, Job& job)
             m_edits.apply(run.column, first, part);
             file.writeColumn(run.column, first, part);
             sample += count;
-            if (!job.step(count))
-                return false;
+            done += count;
+            if (!goesOn(progress, done, total))
+                return JobOutcome::Cancelled;
         }
-    return true;
+    stampColumns(file, runs);
+    return JobOutcome::Done;
 }
 
 // A file that has vanished meanwhile shows unreadable cells; that is no failure of the save.
@@ -161,72 +134,54 @@ std::unique_ptr<TSFILE> EditedFile::openForWriting() const
 
 JobOutcome EditedFile::save(const Progress& progress)
 {
-    Job job{m_edits.unsavedRuns(), progress};
-    const std::vector<SampleRun> kept = runsToKeep(job.runs);
-    job.total = samplesIn(kept) + samplesIn(job.runs);
-
+    const std::vector<SampleRun> runs = m_edits.unsavedRuns();
+    const std::vector<ColumnRange> kept = rangesToKeep(runs);
     std::unique_ptr<TSFILE> file;
-    std::unique_ptr<ColumnBackup> backup;
-    bool begun = false;  // the file may differ from what it was
+    OldValues old;
     try {
         file = openForWriting();
-        backup = std::make_unique<ColumnBackup>(*file);
-        for (const SampleRun& run : kept) {
-            const auto count = static_cast<std::uint32_t>(run.count());
-            if (backup->save(run.column, run.first, count, job.part(count)) == JobOutcome::Cancelled)
-                return JobOutcome::Cancelled;
-            if (run == kept.front() || run.column != (&run - 1)->column)
-                backup->saveInfo(run.column);
-            job.done += count;
-        }
-        begun = true;
-        if (!writeRuns(*file, job)) {
-            backup->restore();
-            showAnew();
-            return JobOutcome::Cancelled;
-        }
-        stampColumns(*file, job.runs);
-        file->flush(true);
+        const auto write = [&](TSFILE& to, const Progress& part) { return writeRuns(to, runs, part); };
+        const auto reopen = [&]() -> TSFILE& {
+            file.reset();
+            file = openForWriting();
+            return *file;
+        };
+        const JobOutcome outcome = changeInPlace({*file, kept, write, reopen}, progress, old);
         file.reset();
-        syncToDisk(m_path);
+        if (outcome == JobOutcome::Done) {
+            m_backups.push_back(std::move(old.backup));
+            m_edits.markSaved();
+        }
+        showAnew();
+        return outcome;
     } catch (...) {
         std::string text = "Nothing was saved: " + reasonOfFailure() + ".";
-        // The object may be stuck with a block that cannot be written.
-        file.reset();
-        if (begun)
-            try {
-                backup->restore(*openForWriting());
-            } catch (...) {
-                text += "\nThe old values could not be put back either (" + reasonOfFailure() +
-                        "). They lie in " + backup->path().string() + ".";
-            }
+        if (!old.lost.empty())
+            text =
+                "The edits were not saved, and the old values could not be put back: " + reasonOfFailure() +
+                ".\nThey lie in " + old.lost.string() +
+                "; \"Restore old values…\" in the list window brings them back.";
         showAnew();
         throw SaveFailed{text};
     }
-    m_backups.push_back(std::move(backup));
-    m_edits.markSaved();
-    showAnew();
-    return JobOutcome::Done;
 }
 
 JobOutcome EditedFile::saveAs(const fs::path& target, const Progress& progress)
 {
     try {
-        Job job{m_edits.unsavedRuns(), progress};
-        const std::uint64_t copied = bytesBehind(m_reader.descriptor()) / sizeof(float);
-        job.total = copied + samplesIn(job.runs);
-        const fs::path directory = target.parent_path();
-        ScratchFile scratch(directory.empty() ? fs::path(".") : directory, ".veltrac-save", ".ts");
+        PendingFile pending(target, ".veltrac-save", ".ts");
         // Not by its name: another program may have given that to another file, or removed it.
-        if (copyBytes(m_reader.descriptor(), scratch.path(), job.part(copied)) == JobOutcome::Cancelled)
+        if (copyBytes(m_reader.descriptor(), pending.path(), partOf(progress, 0, kCopyingShare)) ==
+            JobOutcome::Cancelled)
             return JobOutcome::Cancelled;
-        job.done += copied;
-        const auto copy = openTsFile(scratch.path().string(), false);
-        if (!writeRuns(*copy, job))
-            return JobOutcome::Cancelled;
-        stampColumns(*copy, job.runs);
-        copy->flush(true);
-        scratch.putInPlace(target);
+        {
+            const auto copy = openTsFile(pending.path().string(), false);
+            if (writeRuns(*copy, m_edits.unsavedRuns(), partOf(progress, kCopyingShare, 100)) ==
+                JobOutcome::Cancelled)
+                return JobOutcome::Cancelled;
+            copy->flush(true);
+        }
+        pending.commit();
         return JobOutcome::Done;
     } catch (...) {
         throw SaveFailed{"The new file was not made: " + reasonOfFailure() + "."};

@@ -48,12 +48,10 @@ public:
     bool isItself(const std::filesystem::path& path) const;
 
 private:
-    struct Job;
-
     void before(const std::vector<std::unique_ptr<ColumnBackup>>& backups, TSFILE& file, std::uint32_t column,
                 std::uint32_t first, std::span<float> out);
-    // Writes the runs into `file`; false where it was cancelled.
-    bool writeRuns(TSFILE& file, Job& job);
+    // Writes the runs into `file`, and stamps their columns.
+    JobOutcome writeRuns(TSFILE& file, const std::vector<SampleRun>& runs, const Progress& progress);
     std::unique_ptr<TSFILE> openForWriting() const;
     // The reader forgets what it has kept of the file.
     void showAnew() noexcept;

@@ -10,6 +10,7 @@
 #include <limits>
 #include <utility>
 
+#include "portal/CellText.h"
 #include "share/NumberField.h"
 
 namespace veltrac {
@@ -18,7 +19,7 @@ namespace {
 
 bool isMissing(const QString& text)
 {
-    return text.trimmed().isEmpty() || text.trimmed().compare(QLatin1String("nan"), Qt::CaseInsensitive) == 0;
+    return isMissingText(text.toStdString());
 }
 
 bool isGood(const QString& text, const BlockField& field)

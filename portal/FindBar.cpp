@@ -9,13 +9,13 @@
 #include <QToolButton>
 #include <QVBoxLayout>
 
+#include "portal/CellText.h"
 #include "share/NumberField.h"
 
 namespace veltrac {
 
 namespace {
 
-constexpr int kShownDecimals = 4;
 constexpr int kLeastDigits = 10;  // that the field has room for
 constexpr int kMostDigits = 18;
 
@@ -30,13 +30,6 @@ constexpr Row kRows[] = {{Looking::Equal, "equal to"},
                          {Looking::Below, "below"},
                          {Looking::Missing, "missing"},
                          {Looking::JumpAbove, "a jump larger than"}};
-
-// A number with as many decimals as the cells have is one that was read there: what shows so is found.
-double toleranceOf(const QString& text)
-{
-    const int mark = std::max(text.lastIndexOf(QLatin1Char('.')), text.lastIndexOf(QLatin1Char(',')));
-    return mark >= 0 && text.trimmed().size() - mark - 1 == kShownDecimals ? 0.5e-4 : 0.0;
-}
 
 }  // namespace
 
@@ -108,7 +101,8 @@ bool FindBar::isValid() const
 SearchCondition FindBar::condition() const
 {
     const Looking looking = kRows[m_what->currentIndex()].looking;
-    return {looking, m_number->number(), looking == Looking::Equal ? toleranceOf(m_number->text()) : 0.0};
+    return {looking, m_number->number(),
+            looking == Looking::Equal ? searchTolerance(m_number->text().toStdString()) : 0.0};
 }
 
 void FindBar::updateFields()

@@ -29,11 +29,11 @@ MainActions::MainActions(QMainWindow* window) : QObject(window), m_window(window
 
 void MainActions::createActions()
 {
-    m_actions = makeActions(m_window, fixedActions());
+    makeActions(m_window, m_window, fixedActions(), m_actions);
     for (const SubProgramRow& row : subPrograms()) {
         if (row.offered == Offered::Elsewhere)
             continue;
-        QAction* const made = makeAction(m_window, row.action);
+        QAction* const made = makeAction(m_window, m_window, row.action);
         made->setData(static_cast<int>(row.action.id));
         m_subPrograms[row.action.id] = made;
     }

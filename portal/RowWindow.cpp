@@ -4,7 +4,8 @@
 
 namespace veltrac {
 
-RowWindow::RowWindow(QAbstractItemModel* source, QObject* parent) : QAbstractProxyModel(parent)
+RowWindow::RowWindow(QAbstractItemModel* source, QObject* parent)
+    : QAbstractProxyModel(parent), m_stretch(source->rowCount())
 {
     setSourceModel(source);
     connect(source, &QAbstractItemModel::dataChanged, this, &RowWindow::passOn);
@@ -12,13 +13,12 @@ RowWindow::RowWindow(QAbstractItemModel* source, QObject* parent) : QAbstractPro
 
 void RowWindow::setBase(int base)
 {
-    base = std::clamp(base, 0, std::max(0, sourceModel()->rowCount() - kRows));
-    if (base == m_base)
+    const int shift = m_stretch.base() - m_stretch.clamped(base);
+    if (shift == 0)
         return;
     emit layoutAboutToBeChanged();
     const QModelIndexList before = persistentIndexList();
-    const int shift = m_base - base;
-    m_base = base;
+    m_stretch.moveTo(base);
     QModelIndexList after;
     after.reserve(before.size());
     for (const QModelIndex& old : before)
@@ -27,14 +27,9 @@ void RowWindow::setBase(int base)
     emit layoutChanged();
 }
 
-bool RowWindow::shows(int sourceRow) const
-{
-    return sourceRow >= m_base && sourceRow - m_base < rowCount();
-}
-
 int RowWindow::rowCount(const QModelIndex& parent) const
 {
-    return parent.isValid() ? 0 : std::min(sourceModel()->rowCount() - m_base, kRows);
+    return parent.isValid() ? 0 : m_stretch.rows();
 }
 
 int RowWindow::columnCount(const QModelIndex& parent) const
@@ -56,25 +51,25 @@ QModelIndex RowWindow::parent(const QModelIndex& /*child*/) const
 
 QModelIndex RowWindow::mapToSource(const QModelIndex& index) const
 {
-    return index.isValid() ? sourceModel()->index(index.row() + m_base, index.column()) : QModelIndex();
+    return index.isValid() ? sourceModel()->index(index.row() + base(), index.column()) : QModelIndex();
 }
 
 QModelIndex RowWindow::mapFromSource(const QModelIndex& source) const
 {
-    return source.isValid() && shows(source.row()) ? index(source.row() - m_base, source.column())
+    return source.isValid() && shows(source.row()) ? index(source.row() - base(), source.column())
                                                    : QModelIndex();
 }
 
 QVariant RowWindow::headerData(int section, Qt::Orientation orientation, int role) const
 {
-    return sourceModel()->headerData(orientation == Qt::Vertical ? section + m_base : section, orientation,
+    return sourceModel()->headerData(orientation == Qt::Vertical ? section + base() : section, orientation,
                                      role);
 }
 
 void RowWindow::passOn(const QModelIndex& topLeft, const QModelIndex& bottomRight, const QVector<int>& roles)
 {
-    const int first = std::max(topLeft.row(), m_base) - m_base;
-    const int last = std::min(bottomRight.row() - m_base, rowCount() - 1);
+    const int first = std::max(topLeft.row(), base()) - base();
+    const int last = std::min(bottomRight.row() - base(), rowCount() - 1);
     if (first <= last)
         emit dataChanged(index(first, topLeft.column()), index(last, bottomRight.column()), roles);
 }

@@ -4,6 +4,8 @@
 
 #include <QAbstractProxyModel>
 
+#include "portal/SampleOrder.h"
+
 namespace veltrac {
 
 class RowWindow : public QAbstractProxyModel
@@ -11,17 +13,15 @@ class RowWindow : public QAbstractProxyModel
     Q_OBJECT
 
 public:
-    static constexpr int kRows = 1000000;
-
     // The source is borrowed and has no children.
     explicit RowWindow(QAbstractItemModel* source, QObject* parent = nullptr);
 
     // The source's row that is shown first.
-    int base() const noexcept { return m_base; }
+    int base() const noexcept { return m_stretch.base(); }
     // Moves the window, as far as the source goes. Persistent indexes stay with their cell; those whose cell
     // is not shown any more become invalid.
     void setBase(int base);
-    bool shows(int sourceRow) const;
+    bool shows(int sourceRow) const noexcept { return m_stretch.shows(sourceRow); }
 
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
     int columnCount(const QModelIndex& parent = QModelIndex()) const override;
@@ -34,7 +34,7 @@ public:
 private:
     void passOn(const QModelIndex& topLeft, const QModelIndex& bottomRight, const QVector<int>& roles);
 
-    int m_base = 0;
+    RowStretch m_stretch;
 };
 
 }  // namespace veltrac

@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QHeaderView>
 #include <QKeyEvent>
+#include <QResizeEvent>
 #include <QScrollBar>
 #include <QToolTip>
 
@@ -10,6 +11,7 @@
 #include <map>
 #include <utility>
 
+#include "portal/ColumnFit.h"
 #include "portal/RowWindow.h"
 #include "portal/SortedRows.h"
 
@@ -18,7 +20,6 @@ namespace veltrac {
 namespace {
 
 constexpr int kRowHeight = 20;
-constexpr int kHeaderMargin = 4;
 constexpr int kDragMs = 50;
 
 const int kHeaderAlignment = Qt::AlignHCenter | Qt::AlignVCenter | Qt::TextWordWrap;
@@ -43,7 +44,7 @@ private:
 }  // namespace
 
 SampleView::SampleView(TsTableModel* model, QWidget* parent)
-    : QTableView(parent), m_model(model), m_bar(new QScrollBar(Qt::Vertical))
+    : QTableView(parent), m_model(model), m_bar(new QScrollBar(Qt::Vertical)), m_fit(new ColumnFit(this))
 {
     setObjectName(QStringLiteral("samples"));
     setAccessibleName(QStringLiteral("Samples"));
@@ -68,12 +69,6 @@ SampleView::SampleView(TsTableModel* model, QWidget* parent)
             QToolTip::showText(QCursor::pos(), m_rowText(row), m_bar);
     });
     connect(verticalScrollBar(), &QScrollBar::valueChanged, this, &SampleView::syncBar);
-    connect(horizontalScrollBar(), &QScrollBar::valueChanged, this, [this] { m_widenTimer.start(0, this); });
-    // A width that the mouse has given stays.
-    connect(horizontalHeader(), &QHeaderView::sectionResized, this, [this](int column) {
-        if (QApplication::mouseButtons() != Qt::NoButton)
-            m_sizedByHand.insert(column);
-    });
     showAll();
 }
 
@@ -92,12 +87,12 @@ void SampleView::detach()
 
 void SampleView::showAll()
 {
-    const std::uint32_t sample = m_currentRow < totalRows() ? sampleOfRow(m_currentRow) : 1;
+    const std::uint32_t sample = m_current.row < totalRows() ? sampleOfRow(m_current.row) : 1;
     detach();
-    if (m_model->rowCount() > RowWindow::kRows)
+    if (m_model->rowCount() > RowStretch::kRows)
         m_window = std::make_unique<RowWindow>(m_model);
     showModel(m_window ? static_cast<QAbstractItemModel*>(m_window.get()) : m_model);
-    goToSample(sample, m_currentColumn);
+    goToSample(sample, m_current.column);
 }
 
 void SampleView::showSorted(std::vector<std::uint32_t> samples)
@@ -105,7 +100,7 @@ void SampleView::showSorted(std::vector<std::uint32_t> samples)
     detach();
     m_sorted = std::make_unique<SortedRows>(m_model, std::move(samples));
     showModel(m_sorted.get());
-    goTo(0, m_currentColumn);
+    goTo(0, m_current.column);
 }
 
 void SampleView::showModel(QAbstractItemModel* model)
@@ -114,10 +109,7 @@ void SampleView::showModel(QAbstractItemModel* model)
     replaceModel(model);
     connect(selectionModel(), &QItemSelectionModel::selectionChanged, this, &SampleView::noteSelection);
     connect(selectionModel(), &QItemSelectionModel::currentChanged, this, &SampleView::noteCurrent);
-    QFont bold = verticalHeader()->font();
-    bold.setBold(true);
-    verticalHeader()->setFixedWidth(
-        QFontMetrics(bold).horizontalAdvance(QString::number(m_model->rowCount())) + 4 * kHeaderMargin);
+    m_fit->setGreatestNumber(m_model->rowCount());
     syncBar();
     emit x_model_set();
 }
@@ -186,8 +178,8 @@ void SampleView::moveWindow(int base)
     // An unselected model moves at once; a selected one would first list every single cell.
     selectionModel()->clearSelection();
     m_window->setBase(base);
-    if (m_window->shows(m_currentRow))
-        selectionModel()->setCurrentIndex(indexOfRow(m_currentRow, m_currentColumn),
+    if (m_window->shows(m_current.row))
+        selectionModel()->setCurrentIndex(indexOfRow(m_current.row, m_current.column),
                                           QItemSelectionModel::NoUpdate);
     m_applying = false;
     applySelection();
@@ -197,7 +189,7 @@ void SampleView::moveWindow(int base)
 void SampleView::moveWindowTo(int row)
 {
     if (m_window && !m_window->shows(row))
-        moveWindow(row - RowWindow::kRows / 2);
+        moveWindow(row - RowStretch::kRows / 2);
 }
 
 // So that the next move by a page stays inside the window.
@@ -205,20 +197,20 @@ void SampleView::keepAwayFromEdges()
 {
     if (!m_window)
         return;
-    moveWindowTo(m_currentRow);
-    const int inWindow = m_currentRow - offset();
+    moveWindowTo(m_current.row);
+    const int inWindow = m_current.row - offset();
     const int margin = visibleRows() + 1;
     const bool nearTop = inWindow < margin && offset() > 0;
     const bool nearEnd =
-        inWindow > RowWindow::kRows - margin && offset() + RowWindow::kRows < m_model->rowCount();
+        inWindow > RowStretch::kRows - margin && offset() + RowStretch::kRows < m_model->rowCount();
     if (nearTop || nearEnd)
-        moveWindow(m_currentRow - RowWindow::kRows / 2);
+        moveWindow(m_current.row - RowStretch::kRows / 2);
 }
 
 void SampleView::scrollToTop(int row)
 {
-    if (m_window && (row < offset() || row + visibleRows() > offset() + RowWindow::kRows))
-        moveWindow(row - RowWindow::kRows / 2);
+    if (m_window && (row < offset() || row + visibleRows() > offset() + RowStretch::kRows))
+        moveWindow(row - RowStretch::kRows / 2);
     verticalScrollBar()->setValue(row - offset());
 }
 
@@ -228,7 +220,7 @@ void SampleView::syncBar()
     m_bar->setRange(0, std::max(0, totalRows() - visibleRows()));
     m_bar->setPageStep(visibleRows());
     m_bar->setValue(offset() + verticalScrollBar()->value());
-    m_widenTimer.start(0, this);
+    m_fit->widenSoon();
 }
 
 void SampleView::updateGeometries()
@@ -277,9 +269,32 @@ bool SampleView::goToSample(std::uint32_t sample, int column)
 
 void SampleView::moveCurrent(const QModelIndex& current)
 {
-    m_currentRow = current.row() + offset();
-    m_currentColumn = current.column();
+    m_current.row = current.row() + offset();
+    m_current.column = current.column();
     emit x_current_moved();
+}
+
+void SampleView::setRowHeight(int pixels)
+{
+    verticalHeader()->setDefaultSectionSize(pixels);
+    syncBar();
+}
+
+void SampleView::fitColumns()
+{
+    m_fit->fit();
+}
+
+// A strip that opens beside the table does not hide the current cell.
+void SampleView::resizeEvent(QResizeEvent* event)
+{
+    const int top = verticalScrollBar()->value() + offset();
+    const int before = event->oldSize().height() / std::max(1, verticalHeader()->defaultSectionSize());
+    const bool shrinks = event->size().height() < event->oldSize().height();
+    const bool inView = shrinks && m_current.row >= top && m_current.row < top + before;
+    QTableView::resizeEvent(event);
+    if (inView && model() != nullptr)
+        scrollTo(currentIndex(), QAbstractItemView::EnsureVisible);
 }
 
 // A click on the head of a row or column also says where a selection begins.
@@ -336,7 +351,7 @@ void SampleView::keyPressEvent(QKeyEvent* event)
         (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) && state() != EditingState;
     QTableView::keyPressEvent(event);
     if (enter && m_model->editedFile() != nullptr && event->modifiers() == Qt::NoModifier) {
-        goTo(m_currentRow + 1, m_currentColumn);
+        goTo(m_current.row + 1, m_current.column);
         event->accept();
     }
     if (!extends || event->key() == Qt::Key_Backtab)
@@ -345,8 +360,7 @@ void SampleView::keyPressEvent(QKeyEvent* event)
 
 void SampleView::dropAnchor()
 {
-    m_anchorRow = m_currentRow;
-    m_anchorColumn = m_currentColumn;
+    m_anchor = m_current;
 }
 
 void SampleView::mousePressEvent(QMouseEvent* event)
@@ -389,8 +403,6 @@ void SampleView::timerEvent(QTimerEvent* event)
 {
     if (event->timerId() == m_dragTimer.timerId())
         dragTo(viewport()->mapFromGlobal(QCursor::pos()));
-    else if (event->timerId() == m_widenTimer.timerId())
-        widenColumns();
     else
         QTableView::timerEvent(event);
 }
@@ -424,7 +436,7 @@ void SampleView::closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint
 {
     QTableView::closeEditor(editor, hint);
     if (hint == QAbstractItemDelegate::SubmitModelCache && !m_currentChanges)
-        goTo(m_currentRow + 1, m_currentColumn);
+        goTo(m_current.row + 1, m_current.column);
 }
 
 void SampleView::keyboardSearch(const QString& /*text*/) {}
@@ -453,8 +465,8 @@ void SampleView::extendTo(int row, int column)
     m_applying = false;
     moveCurrent(index);
     scrollTo(index);
-    selectBlock({std::min(row, m_anchorRow), std::max(row, m_anchorRow), std::min(column, m_anchorColumn),
-                 std::max(column, m_anchorColumn)});
+    selectBlock({std::min(row, m_anchor.row), std::max(row, m_anchor.row), std::min(column, m_anchor.column),
+                 std::max(column, m_anchor.column)});
 }
 
 void SampleView::applySelection()

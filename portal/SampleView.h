@@ -14,7 +14,6 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <set>
 #include <vector>
 
 #include "portal/TsTableModel.h"
@@ -23,6 +22,7 @@ class QScrollBar;
 
 namespace veltrac {
 
+class ColumnFit;
 class RowWindow;
 class SortedRows;
 
@@ -61,8 +61,8 @@ public:
     std::uint32_t sampleOfRow(int row) const;
     // The samples in these rows, as few runs as it takes; their column is 0.
     std::vector<SampleRun> samplesOfRows(int first, int last) const;
-    int currentRow() const { return m_currentRow; }
-    int currentColumn() const { return m_currentColumn; }
+    int currentRow() const { return m_current.row; }
+    int currentColumn() const { return m_current.column; }
     // Makes a cell the current and only selected one, and shows it.
     void goTo(int row, int column);
     // False where the table, sorted, does not show the sample.
@@ -92,6 +92,7 @@ protected:
     void mouseReleaseEvent(QMouseEvent* event) override;
     void timerEvent(QTimerEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
     void updateGeometries() override;
     void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
     void closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint) override;
@@ -99,6 +100,12 @@ protected:
     void keyboardSearch(const QString& text) override;
 
 private:
+    struct Cell
+    {
+        int row = 0;
+        int column = 0;
+    };
+
     void showModel(QAbstractItemModel* model);
     void replaceModel(QAbstractItemModel* model);
     int offset() const;
@@ -118,24 +125,20 @@ private:
     void moveCurrent(const QModelIndex& current);
     void noteCurrent(const QModelIndex& current);
     int edgeColumn(bool last) const;
-    void widenColumns();
 
     TsTableModel* m_model;
     std::unique_ptr<RowWindow> m_window;
     std::unique_ptr<SortedRows> m_sorted;
     QScrollBar* m_bar;
+    ColumnFit* m_fit;
     std::function<QString(int row)> m_rowText;
     std::vector<CellBlock> m_selection;
     bool m_applying = false;        // the selection model is being brought in line with m_selection
     bool m_currentChanges = false;  // an editor that closes now was left for another cell
-    int m_currentRow = 0;
-    int m_currentColumn = 0;
-    int m_anchorRow = 0;
-    int m_anchorColumn = 0;
+    Cell m_current;
+    Cell m_anchor;  // where a selection by Shift begins
     bool m_dragging = false;
-    std::set<int> m_sizedByHand;  // columns
-    QBasicTimer m_widenTimer;     // runs when other rows have come into view
-    QBasicTimer m_dragTimer;      // runs while the mouse drags outside of the table
+    QBasicTimer m_dragTimer;  // runs while the mouse drags outside of the table
 };
 
 }  // namespace veltrac

@@ -3,17 +3,9 @@
 
 #include <QAbstractProxyModel>
 
-#include <cstdint>
-#include <vector>
-
-#include "core/ColumnScan.h"
+#include "portal/SampleOrder.h"
 
 namespace veltrac {
-
-// The samples first to last, by their values; equal ones keep their order, missing ones stand last either
-// way. Takes 12 bytes a sample. What the reader throws passes through.
-JobOutcome sortSamples(const ColumnReader& read, std::uint32_t first, std::uint32_t last, Qt::SortOrder order,
-                       const Progress& progress, std::vector<std::uint32_t>& samples);
 
 class SortedRows : public QAbstractProxyModel
 {
@@ -32,11 +24,9 @@ public:
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
 
 private:
-    int sourceRow(int row) const { return static_cast<int>(m_samples[static_cast<std::size_t>(row)] - 1); }
+    int sourceRow(int row) const { return static_cast<int>(m_order.sample(row) - 1); }
 
-    std::vector<std::uint32_t> m_samples;
-    std::uint32_t m_least = 0;
-    std::vector<int> m_rows;  // of sample m_least + i; -1 where it is not shown
+    SampleOrder m_order;
 };
 
 }  // namespace veltrac

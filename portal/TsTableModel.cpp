@@ -4,12 +4,10 @@
 
 #include <algorithm>
 #include <bit>
-#include <charconv>
-#include <cmath>
 #include <limits>
 
+#include "portal/CellText.h"
 #include "share/HeaderText.h"
-#include "share/NumberField.h"
 
 using namespace veltrac;
 
@@ -24,27 +22,7 @@ QString unreadableText()
 // An amber over either background.
 const QColor kChangedTint(255, 176, 32, 96);
 
-QString exactText(float value)
-{
-    if (std::isnan(value))
-        return QStringLiteral("nan");
-    char text[32];
-    const auto [end, error] = std::to_chars(std::begin(text), std::end(text), value);
-    return QString::fromLatin1(text, static_cast<int>(end - text));
-}
-
 }  // namespace
-
-std::optional<float> veltrac::cellNumber(const QString& text)
-{
-    const QString trimmed = text.trimmed();
-    if (trimmed.isEmpty() || trimmed.compare(QLatin1String("nan"), Qt::CaseInsensitive) == 0)
-        return std::numeric_limits<float>::quiet_NaN();
-    const std::optional<double> number = numberOf(trimmed);
-    if (!number || std::abs(*number) > static_cast<double>(std::numeric_limits<float>::max()))
-        return std::nullopt;
-    return static_cast<float>(*number);
-}
 
 TsTableModel::TsTableModel(TSFILE* file, QObject* parent) : QAbstractTableModel(parent)
 {
@@ -62,7 +40,9 @@ void TsTableModel::takeFile(TSFILE* file)
 {
     constexpr std::uint32_t kMostRows = std::numeric_limits<int>::max() - 1;
     m_file.reset(file);
-    m_rows = static_cast<int>(std::min(file->samples(), kMostRows));
+    m_time.emplace(*m_file);
+    m_samples = file->samples();
+    m_rows = static_cast<int>(std::min(m_samples, kMostRows));
     m_columns = static_cast<int>(std::min<std::uint32_t>(file->columns(), kMostColumns));
 }
 
@@ -105,6 +85,26 @@ std::optional<float> TsTableModel::value(int row, int column) const
     }
 }
 
+std::uint32_t TsTableModel::writtenRow(std::uint32_t number) const
+{
+    return emptyRows() == 0 ? number : m_time->rowOf(m_time->firstSample() + number - 1);
+}
+
+ColumnReader TsTableModel::writtenReader(int column) const
+{
+    const ColumnReader read = columnReader(column);
+    if (emptyRows() == 0)
+        return read;
+    return [this, read](std::uint32_t first, std::span<float> out) {
+        // As far as the last row of the file at once, and the rest from the first row on.
+        const std::uint32_t row = writtenRow(first);
+        const std::size_t count = std::min<std::size_t>(out.size(), m_samples - row + 1);
+        read(row, out.first(count));
+        if (count < out.size())
+            read(1, out.subspan(count));
+    };
+}
+
 void TsTableModel::showChanges()
 {
     if (rowCount() > 0 && columnCount() > 0)
@@ -119,7 +119,7 @@ QString TsTableModel::cellText(int row, int column) const
         return unreadableText();
     if (isIntegerColumn(column))
         return QString::number(std::bit_cast<std::uint32_t>(*v)) + QStringLiteral(".0000");
-    return QString::number(static_cast<double>(*v), 'f', 4);
+    return QString::number(static_cast<double>(*v), 'f', kShownDecimals);
 }
 
 QString TsTableModel::exactCellText(int row, int column) const
@@ -127,7 +127,8 @@ QString TsTableModel::exactCellText(int row, int column) const
     const std::optional<float> v = value(row, column);
     if (!v)
         return unreadableText();
-    return isIntegerColumn(column) ? QString::number(std::bit_cast<std::uint32_t>(*v)) : exactText(*v);
+    return isIntegerColumn(column) ? QString::number(std::bit_cast<std::uint32_t>(*v))
+                                   : QString::fromStdString(exactText(*v));
 }
 
 QVariant TsTableModel::editingData(const QModelIndex& index, int role) const
@@ -164,7 +165,10 @@ QVariant TsTableModel::headerData(int section, Qt::Orientation orientation, int 
         const auto column = static_cast<std::uint32_t>(section + 1);
         // The core's texts share a buffer: one is copied before the other is asked for.
         const QString name = headerText(m_file->columnName(column));
-        const QString description = headerText(m_file->columnDescription(column));
+        QString description = headerText(m_file->columnDescription(column));
+        // Files whose columns have one text for both would show it twice.
+        if (description == name)
+            description.clear();
         return QStringLiteral("  ") + name + QLatin1Char(' ') + description + QLatin1Char(' ');
     } catch (...) {
         return unreadableText();
@@ -181,7 +185,7 @@ bool TsTableModel::setData(const QModelIndex& index, const QVariant& value, int 
 {
     if (role != Qt::EditRole || !(flags(index) & Qt::ItemIsEditable))
         return false;
-    const std::optional<float> number = cellNumber(value.toString());
+    const std::optional<float> number = cellNumber(value.toString().toStdString());
     if (!number)
         return false;
     const auto sample = static_cast<std::uint32_t>(index.row()) + 1;

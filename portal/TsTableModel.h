@@ -12,16 +12,9 @@
 #include <optional>
 
 #include "core/ColumnScan.h"
+#include "core/FileTime.h"
 #include "core/TSFILE.h"
 #include "portal/EditedFile.h"
-
-namespace veltrac {
-
-// A cell's number: point or comma; "nan" and an empty text are a missing value. Nothing where the text is no
-// number that a cell can hold.
-std::optional<float> cellNumber(const QString& text);
-
-}  // namespace veltrac
 
 class TsTableModel : public QAbstractTableModel
 {
@@ -46,6 +39,16 @@ public:
     // The name, and whether it holds the integer seconds of "Time": their bits are no number of a user's.
     QString columnName(int column) const;
     bool isIntegerColumn(int column) const;
+
+    // In a ring file row and sample differ, and rows that nobody has written yet are empty.
+    std::uint32_t sampleInRow(int row) const { return m_time->sampleIn(static_cast<std::uint32_t>(row) + 1); }
+    bool isWritten(int row) const { return m_time->isWritten(static_cast<std::uint32_t>(row) + 1); }
+    std::uint32_t emptyRows() const { return m_samples - m_time->rows(); }
+    // The rows that are not empty, counted from 1 in the order of their samples where some are empty, else as
+    // they stand: how many, the row that such a number stands for, and their values.
+    std::uint32_t writtenRows() const { return m_time->rows(); }
+    std::uint32_t writtenRow(std::uint32_t number) const;
+    veltrac::ColumnReader writtenReader(int column) const;
 
     // The values as they are shown. Throws the TS exceptions.
     veltrac::ColumnReader columnReader(int column) const;
@@ -82,6 +85,8 @@ private:
     QVariant editingData(const QModelIndex& index, int role) const;
 
     std::unique_ptr<TSFILE> m_file;
+    std::optional<veltrac::FileTime> m_time;  // never empty
+    std::uint32_t m_samples = 0;
     int m_rows = 0;
     int m_columns = 0;
     std::unique_ptr<veltrac::EditedFile> m_edited;

@@ -1,50 +1,40 @@
-// TsTableView: building the window and what it shows. TsTableView_actions.cpp has its actions and menus,
-// TsTableView_list.cpp looks into the file, TsTableView_edit.cpp changes it.
-
 #include "portal/TsTableView.h"
 
-#include <QApplication>
 #include <QCheckBox>
-#include <QDateTime>
+#include <QEvent>
 #include <QFileInfo>
-#include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
-#include <QListWidget>
-#include <QScrollBar>
-#include <QSplitter>
+#include <QMenuBar>
+#include <QSpinBox>
 #include <QStatusBar>
+#include <QToolBar>
 #include <QVBoxLayout>
 
-#include <algorithm>
-#include <charconv>
-#include <cmath>
-
-#include "core/ColumnCopy.h"
+#include "core/FileTime.h"
 #include "core/TsNames.h"
-#include "portal/CellDelegate.h"
-#include "portal/FindBar.h"
-#include "portal/SelectionStatistics.h"
+#include "portal/OldValuesRestore.h"
+#include "portal/SampleActions.h"
+#include "portal/SampleEditor.h"
+#include "portal/SampleSearch.h"
+#include "portal/SampleStatus.h"
+#include "portal/SampleTable.h"
 #include "portal/TsApplication.h"
 #include "share/Boxes.h"
-#include "share/GoTo.h"
 #include "share/GroupedNumber.h"
-#include "share/HeaderText.h"
-#include "share/JobProgress.h"
 #include "share/NoticeStrip.h"
+#include "share/QtMessageWin.h"
+#include "share/hydaction.h"
 
 using namespace veltrac;
 
 namespace {
 
 constexpr int kEditMode = 1;
-constexpr int kRefusedMs = 8000;
-constexpr int kTableWidth = 400;
-constexpr int kColumnListWidth = 100;
-constexpr int kWatchMs = 2000;
-constexpr double kNineDigits = 1e9;
-constexpr int kMostDecimals = 12;
-constexpr int kMoreDecimals = 2;
+constexpr int kMessageMs = 8000;
+constexpr int kLeastRowHeight = 18;
+constexpr int kRowHeight = 20;
+constexpr int kGreatestRowHeight = 30;
 
 // Null where it cannot be opened.
 TSFILE* openQuietly(const QString& file)
@@ -66,52 +56,21 @@ bool isWritable(const QString& path)
     return info.isWritable() && (info.permissions() & some) != 0;
 }
 
-// The decimals of a number as it is written shortest.
-int decimalsOf(float number)
-{
-    char text[64];
-    const auto end = std::to_chars(text, text + sizeof text, number, std::chars_format::fixed).ptr;
-    const auto point = std::find(text, end, '.');
-    return point == end ? 0 : static_cast<int>(end - point) - 1;
-}
-
-// With as many decimals as it takes to tell a sample from the next, and some more where they make it exact.
-QString elapsedText(double elapsed, TSFILE& file)
-{
-    const float dt = file.dt();
-    if (file.timeColumn() != 0 || !(dt > 0.0F) || !std::isfinite(dt))
-        return std::abs(elapsed) < kNineDigits ? QString::number(elapsed, 'g', 9)
-                                               : QString::number(elapsed, 'f', 0);
-    const int least = std::clamp(static_cast<int>(std::ceil(-std::log10(dt))) + 1, 0, kMostDecimals);
-    const int exact = decimalsOf(dt);
-    return QString::number(elapsed, 'f', exact <= least + kMoreDecimals ? std::max(least, exact) : least);
-}
-
 }  // namespace
 
 TsTableView::TsTableView(const QString& file, QWidget* mainWindow, int mode)
-    : m_name(QFileInfo(file).fileName()), m_path(QFileInfo(file).absoluteFilePath())
+    : m_name(QFileInfo(file).fileName()), m_path(QFileInfo(file).absoluteFilePath()), m_mode(mode)
 {
     if (mainWindow != nullptr)
         connect(mainWindow, &QObject::destroyed, this, [this] { delete this; });
-    openFile(file, mode);
-    createActions();
-    createMenus();
-    createToolBar();
-    createTable();
-    createStatusBar();
-    showTitle();
-    updateActions();
+    createFrame();
+    showFile(openQuietly(file), mode);
     resize(500, 600);
-    if (m_view != nullptr) {
-        showPosition();
-        m_view->setFocus();
-    }
 }
 
 TsTableView::~TsTableView()
 {
-    if (m_registered && TsApplication::instance() != nullptr)
+    if (isEditing() && TsApplication::instance() != nullptr)
         TsApplication::instance()->unregisterWriter(m_path);
     // The view looks at the model until its last moment.
     delete takeCentralWidget();
@@ -119,204 +78,259 @@ TsTableView::~TsTableView()
 
 // -- Building --
 
-void TsTableView::openFile(const QString& file, int mode)
+void TsTableView::createFrame()
 {
-    m_note = new QLabel;
-    m_note->setWordWrap(true);
-    m_note->setTextFormat(Qt::PlainText);
-    m_note->setContentsMargins(6, 3, 6, 3);
-    m_note->setBackgroundRole(QPalette::ToolTipBase);
-    m_note->setForegroundRole(QPalette::ToolTipText);
-    m_note->setAutoFillBackground(true);
-    m_note->hide();
-    noteFileTime();
-    TSFILE* const opened = openQuietly(file);
-    if (opened == nullptr) {
-        note(QStringLiteral("%1 cannot be opened. It may have vanished, or it is no ts-file.").arg(m_name));
-        return;
-    }
-    m_model = std::make_unique<TsTableModel>(opened);
-    connect(m_model.get(), &TsTableModel::x_edited, this, [this] {
-        showTitle();
-        updateActions();
-        restartStatistics();
-    });
-    if (mode == kEditMode)
-        startEditing();
-    if (opened->ringStart() != 0 && opened->samples() != 0)
-        note(QStringLiteral("A ring file: rows stand as in the file; the oldest sample, %1, is in row %2.")
-                 .arg(opened->ringStart())
-                 .arg(oldestRow(*opened)));
-    if (opened->columns() > static_cast<std::uint32_t>(TsTableModel::kMostColumns))
-        note(QStringLiteral("Of %1 columns the first %2 are shown.")
-                 .arg(groupedNumber(opened->columns()), groupedNumber(TsTableModel::kMostColumns)));
-}
-
-void TsTableView::startEditing()
-{
-    TsApplication* const application = TsApplication::instance();
-    if (!isWritable(m_path)) {
-        note(QStringLiteral("%1 is read-only, so it is listed.").arg(m_name));
-        return;
-    }
-    if (application != nullptr && application->isOpenForWriting(m_path)) {
-        note(QStringLiteral("%1 is being edited in another window, so it is listed here.").arg(m_name));
-        return;
-    }
-    m_model->makeEditable(m_path.toLocal8Bit().toStdString());
-    if (application != nullptr) {
-        application->registerWriter(m_path);
-        m_registered = true;
-    }
-}
-
-// Several notes stand one below the other.
-void TsTableView::note(const QString& text)
-{
-    m_note->setText(m_note->text().isEmpty() ? text : m_note->text() + QLatin1Char('\n') + text);
-    m_note->show();
-}
-
-void TsTableView::createTable()
-{
+    m_notes = new QLabel;
+    m_notes->setWordWrap(true);
+    m_notes->setTextFormat(Qt::PlainText);
+    m_notes->setContentsMargins(6, 3, 6, 3);
+    m_notes->setBackgroundRole(QPalette::ToolTipBase);
+    m_notes->setForegroundRole(QPalette::ToolTipText);
+    m_notes->setAutoFillBackground(true);
+    m_notes->hide();
+    m_changed = new NoticeStrip;
+    connect(m_changed, &NoticeStrip::x_pressed, this, &TsTableView::sl_reload);
+    connect(&m_watch, &FileWatch::x_changed, this, &TsTableView::showFileState);
     auto* const centre = new QWidget;
     auto* const column = new QVBoxLayout(centre);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
-    column->addWidget(m_note);
-    m_changed = new NoticeStrip;
+    column->setAlignment(Qt::AlignTop);
+    column->addWidget(m_notes);
     column->addWidget(m_changed);
-    connect(m_changed, &NoticeStrip::x_pressed, this, &TsTableView::sl_reload);
     setCentralWidget(centre);
-    startTimer(kWatchMs);
-    if (m_model == nullptr) {
-        column->addStretch();
-        return;
+}
+
+void TsTableView::showFile(TSFILE* file, int mode)
+{
+    m_notes->clear();
+    m_notes->hide();
+    if (file == nullptr) {
+        addNote(
+            QStringLiteral("%1 cannot be opened. It may have vanished, or it is no ts-file.").arg(m_name));
+    } else {
+        m_model = std::make_unique<TsTableModel>(file);
+        const bool editing = mode == kEditMode && mayEdit();
+        if (editing)
+            m_model->makeEditable(m_path.toLocal8Bit().toStdString());
+        m_table = new SampleTable(*m_model, m_name);
+        m_search = new SampleSearch(m_table);
+        m_editor = editing ? new SampleEditor(m_table, m_path) : nullptr;
+        m_status = new SampleStatus(*m_table);
+        statusBar()->addWidget(m_status, 1);
+        auto* const column = static_cast<QVBoxLayout*>(centralWidget()->layout());
+        column->setAlignment(Qt::Alignment());
+        column->addWidget(m_table, 1);
+        tellRing(FileTime(*file));
+        if (file->columns() > static_cast<std::uint32_t>(TsTableModel::kMostColumns))
+            addNote(QStringLiteral("Of %1 columns the first %2 are shown.")
+                        .arg(groupedNumber(file->columns()), groupedNumber(TsTableModel::kMostColumns)));
+        m_watch.watch(m_path);
+        connectTable();
+        connectParts();
     }
-
-    m_columns = new QListWidget;
-    m_view = new SampleView(m_model.get());
-    m_findBar = new FindBar;
-    auto* const table = new QWidget;
-    auto* const row = new QHBoxLayout(table);
-    row->setContentsMargins(0, 0, 0, 0);
-    row->setSpacing(0);
-    row->addWidget(m_view, 1);
-    row->addWidget(m_view->sampleBar());
-    auto* const splitter = new QSplitter;
-    splitter->addWidget(m_columns);
-    splitter->addWidget(table);
-    splitter->setStretchFactor(1, 1);
-    splitter->setSizes({kColumnListWidth, kTableWidth});
-    column->addWidget(splitter, 1);
-    column->addWidget(m_findBar);
-
-    fillColumnList();
-    setUpView();
-    connectView();
+    createActions();
+    createMenus();
+    createToolBar();
+    showTitle();
+    updateActions();
+    if (m_table != nullptr) {
+        fillContextMenu();
+        m_table->view().setFocus();
+    }
 }
 
-void TsTableView::setUpView()
+bool TsTableView::mayEdit()
 {
-    auto* const delegate = new CellDelegate(m_view);
-    m_view->setItemDelegate(delegate);
-    connect(delegate, &CellDelegate::x_refused, this, [this](const QString& text) {
-        statusBar()->showMessage(QStringLiteral("\"%1\" is no number; the cell keeps its value.").arg(text),
-                                 kRefusedMs);
-    });
-    // Where nothing is edited, Tab goes on to the other parts of the window.
-    m_view->setTabKeyNavigation(isEditing());
-    m_view->setEditTriggers(isEditing()
-                                ? QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed |
-                                      QAbstractItemView::AnyKeyPressed
-                                : QAbstractItemView::NoEditTriggers);
-    m_view->setRowText([this](int r) { return rowText(r); });
-    m_view->setContextMenuPolicy(Qt::ActionsContextMenu);
-    for (const Act act : {kCopy, kPaste, kMax, kMin, kAverage, kPlot, kGoTo})
-        m_view->addAction(m_actions[static_cast<std::size_t>(act)]);
-    m_view->addActions({m_operations.begin(), m_operations.end()});
+    TsApplication* const application = TsApplication::instance();
+    if (!isWritable(m_path)) {
+        addNote(QStringLiteral("%1 is read-only, so it is listed.").arg(m_name));
+        return false;
+    }
+    if (application != nullptr && application->isOpenForWriting(m_path)) {
+        addNote(QStringLiteral("%1 is being edited in another window, so it is listed here.").arg(m_name));
+        return false;
+    }
+    if (application != nullptr)
+        application->registerWriter(m_path);
+    return true;
 }
 
-void TsTableView::connectView()
+void TsTableView::tellRing(const FileTime& time)
 {
-    connect(m_view, SIGNAL(activated(QModelIndex)), this, SLOT(sl_currentCell(QModelIndex)));
-    connect(m_view, &SampleView::x_current_moved, this, [this] {
-        m_column = m_view->currentColumn();
-        showPosition();
-    });
-    connect(m_view, &SampleView::x_selected, this, [this] {
-        restartStatistics();
-        updateActions();
-    });
-    const auto watchColumn = [this] {
-        connect(m_view->selectionModel(), SIGNAL(currentColumnChanged(QModelIndex, QModelIndex)), this,
+    if (!time.isRing() || m_model->rowCount() == 0)
+        return;
+    if (time.rows() > 0)
+        addNote(QStringLiteral("A ring file: rows stand as in the file; the oldest sample, %1, is in row %2.")
+                    .arg(groupedNumber(time.firstSample()), groupedNumber(time.oldestRow())));
+    if (const std::uint32_t empty = m_model->emptyRows(); empty > 0)
+        addNote(QStringLiteral("The ring is not full yet: nothing was written into the %1 hatched rows.")
+                    .arg(groupedNumber(empty)));
+}
+
+void TsTableView::connectTable()
+{
+    SampleView& view = m_table->view();
+    connect(&view, SIGNAL(activated(QModelIndex)), this, SLOT(sl_currentCell(QModelIndex)));
+    const auto followColumn = [this, &view] {
+        connect(view.selectionModel(), SIGNAL(currentColumnChanged(QModelIndex, QModelIndex)), this,
                 SLOT(sl_currentColumn(QModelIndex, QModelIndex)));
     };
-    connect(m_view, &SampleView::x_model_set, this, watchColumn);
-    // A new model shows all columns.
-    connect(m_view, &SampleView::x_model_set, this, &TsTableView::sl_col_selected);
-    watchColumn();
-    connect(m_view->horizontalHeader(), &QHeaderView::sectionClicked, this, [this](int section) {
-        if (!m_sorting->isChecked())
-            return;
-        const QHeaderView& header = *m_view->horizontalHeader();
-        const bool turn = header.sortIndicatorSection() == section &&
-                          header.sortIndicatorOrder() == Qt::AscendingOrder && m_view->isSorted();
-        sortBy(section, turn ? Qt::DescendingOrder : Qt::AscendingOrder);
-    });
-    connect(m_findBar, &FindBar::x_find, this, &TsTableView::find);
-    connect(m_findBar, &FindBar::x_closed, this, [this] { m_view->setFocus(); });
-}
-
-void TsTableView::fillColumnList()
-{
-    m_columns->setToolTip(QStringLiteral("Select which columns to show."));
-    m_columns->setAccessibleName(QStringLiteral("Columns"));
-    m_columns->setSelectionMode(QAbstractItemView::ExtendedSelection);
-    m_columns->setUniformItemSizes(true);
-    for (int column = 0; column < m_model->columnCount(); ++column)
-        m_columns->addItem(columnTitle(column));
-    m_columns->selectAll();
-    connect(m_columns, SIGNAL(itemSelectionChanged()), this, SLOT(sl_col_selected()));
-}
-
-// Two lines: where the user is, and what is selected.
-void TsTableView::createStatusBar()
-{
-    auto* const lines = new QWidget;
-    auto* const layout = new QVBoxLayout(lines);
-    layout->setContentsMargins(2, 0, 2, 0);
-    layout->setSpacing(0);
-    m_position = new QLabel;
-    m_selected = new QLabel;
-    for (QLabel* const label : {m_position, m_selected}) {
-        label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
-        label->setTextFormat(Qt::PlainText);
-        label->setTextInteractionFlags(Qt::TextSelectableByMouse);
-        layout->addWidget(label);
-    }
-    m_position->setAccessibleName(QStringLiteral("Current sample"));
-    m_selected->setAccessibleName(QStringLiteral("Selected values"));
-    statusBar()->addWidget(lines, 1);
-    m_statistics = new SelectionStatistics(this);
-    connect(m_statistics, &SelectionStatistics::x_text, this, [this](const QString& text) {
-        m_selected->setText(text);
-        m_selected->setToolTip(text);
+    connect(&view, &SampleView::x_model_set, this, followColumn);
+    followColumn();
+    connect(&view, &SampleView::x_selected, this, &TsTableView::updateActions);
+    connect(m_table, &SampleTable::x_columns_chosen, this, &TsTableView::sl_col_selected);
+    connect(m_model.get(), &TsTableModel::x_edited, this, [this] {
+        showTitle();
+        updateActions();
+        m_status->followChanges();
     });
 }
 
-void TsTableView::showEvent(QShowEvent* event)
+void TsTableView::connectParts()
 {
-    SubWindow::showEvent(event);
-    if (m_view != nullptr && !m_fitted) {
-        m_fitted = true;
-        m_view->fitColumns();
+    connect(m_table, &SampleTable::x_status, this, &TsTableView::showStatus);
+    connect(m_table, &SampleTable::x_failed, this, &TsTableView::showFailure);
+    connect(m_search, &SampleSearch::x_status, this, &TsTableView::showStatus);
+    connect(m_search, &SampleSearch::x_found, this, &TsTableView::showOutcome);
+    connect(m_search, &SampleSearch::x_failed, this, &TsTableView::showFailure);
+    if (m_editor == nullptr)
+        return;
+    connect(m_editor, &SampleEditor::x_status, this, &TsTableView::showStatus);
+    connect(m_editor, &SampleEditor::x_failed, this, &TsTableView::showFailure);
+    connect(m_editor, &SampleEditor::x_file_made, this, &TsTableView::x_directory_changed);
+    connect(m_editor, &SampleEditor::x_written, this, [this] {
+        m_watch.watch(m_path);
+        m_changed->hide();
+    });
+}
+
+void TsTableView::createActions()
+{
+    for (const auto& [act, action] : m_actions)
+        delete action;
+    m_actions.clear();
+    makeActions(this, this, windowActions(), m_actions);
+    if (m_table == nullptr) {
+        // Only what works without a file.
+        for (const auto& [act, action] : m_actions)
+            action->setEnabled(act == SampleAct::Reload || act == SampleAct::Quit || act == SampleAct::Help);
+        return;
+    }
+    makeActions(this, m_search, searchActions(), m_actions);
+    if (m_editor != nullptr)
+        makeActions(this, m_editor, editorActions(), m_actions);
+    // Under edits the file is not taken away.
+    for (const SampleAct act : {SampleAct::Reload, SampleAct::RestoreOldValues}) {
+        m_actions[act]->setVisible(!isEditing());
+        m_actions[act]->setEnabled(!isEditing());
+    }
+    m_actions[SampleAct::Plot]->setEnabled(TsApplication::instance() != nullptr);
+    m_actions[SampleAct::WriteSelected]->setVisible(TsApplication::instance() != nullptr);
+}
+
+void TsTableView::createMenus()
+{
+    menuBar()->clear();
+    for (const SampleMenuRow& row : sampleMenus()) {
+        QMenu* const menu = menuBar()->addMenu(QString::fromLatin1(row.title));
+        for (const std::optional<SampleAct>& act : row.acts) {
+            if (!act)
+                menu->addSeparator();
+            else if (const auto action = m_actions.find(*act); action != m_actions.end())
+                menu->addAction(action->second);
+        }
+        if (row.acts.front() == SampleAct::Help)
+            addWhatsThis(menu);
+        if (row.acts.front() == SampleAct::Undo && m_editor != nullptr)
+            m_operations = m_editor->addOperations(*menuBar()->addMenu(QStringLiteral("&Values")));
+        if (menu->isEmpty())
+            menuBar()->removeAction(menu->menuAction());
     }
 }
 
-void TsTableView::tell(QMessageBox::Icon icon, const QString& text)
+void TsTableView::createToolBar()
 {
-    showBox(icon, this, QStringLiteral("Ts-Edit"), text, QStringLiteral("&Ok"));
+    delete findChild<QToolBar*>();
+    QToolBar* const bar = addToolBar(QStringLiteral("ToolBar"));
+    auto* const label = new QLabel(QStringLiteral("Rowheight:"));
+    auto* const height = new QSpinBox;
+    height->setRange(kLeastRowHeight, kGreatestRowHeight);
+    height->setValue(kRowHeight);
+    height->setAccessibleName(QStringLiteral("Row height in pixels"));
+    height->setToolTip(QStringLiteral("The height of the table's rows, in pixels."));
+    label->setBuddy(height);
+    QCheckBox* const sorting =
+        m_table != nullptr ? m_table->sortingBox() : new QCheckBox(QStringLiteral("Enable sorting"));
+    bar->addWidget(label);
+    bar->addWidget(height);
+    bar->addWidget(sorting);
+    bar->addSeparator();
+    for (const SampleAct act : {SampleAct::Plot, SampleAct::Max, SampleAct::Min, SampleAct::Average,
+                                SampleAct::Grid, SampleAct::Quit})
+        bar->addAction(m_actions[act]);
+    height->setEnabled(m_table != nullptr);
+    sorting->setEnabled(m_table != nullptr);
+    connect(height, SIGNAL(valueChanged(int)), this, SLOT(sl_rowHeight(int)));
+    connect(sorting, SIGNAL(stateChanged(int)), this, SLOT(sl_sorting(int)));
+}
+
+void TsTableView::fillContextMenu()
+{
+    SampleView& view = m_table->view();
+    for (const SampleAct act : {SampleAct::Copy, SampleAct::Paste, SampleAct::Max, SampleAct::Min,
+                                SampleAct::Average, SampleAct::Plot, SampleAct::GoTo})
+        if (const auto action = m_actions.find(act); action != m_actions.end())
+            view.addAction(action->second);
+    view.addActions({m_operations.begin(), m_operations.end()});
+}
+
+void TsTableView::updateActions()
+{
+    if (!isEditing())
+        return;
+    const EditList& edits = m_editor->edits();
+    m_actions[SampleAct::Save]->setEnabled(edits.isChanged());
+    m_actions[SampleAct::Undo]->setEnabled(edits.canUndo());
+    m_actions[SampleAct::Redo]->setEnabled(edits.canRedo());
+    m_actions[SampleAct::Undo]->setText(
+        (QStringLiteral("&Undo ") + QString::fromStdString(edits.undoName())).trimmed());
+    m_actions[SampleAct::Redo]->setText(
+        (QStringLiteral("&Redo ") + QString::fromStdString(edits.redoName())).trimmed());
+    for (QAction* const action : m_operations)
+        action->setEnabled(!m_table->view().selectedBlocks().empty());
+}
+
+// -- What is told --
+
+void TsTableView::showTitle()
+{
+    const QString pattern =
+        isEditing() ? QStringLiteral("Veltrac, editing %1") : QStringLiteral("Veltrac, listing %1");
+    const bool changed = isEditing() && m_editor->isChanged();
+    setWindowTitle(pattern.arg(m_name) + (changed ? QStringLiteral("*") : QString()));
+    setWindowIcon(QIcon(isEditing() ? QStringLiteral(":/img_EditTs") : QStringLiteral(":/img_ListTs")));
+}
+
+void TsTableView::showStatus(const QString& text)
+{
+    statusBar()->showMessage(text, kMessageMs);
+}
+
+void TsTableView::addNote(const QString& text)
+{
+    m_notes->setText(m_notes->text().isEmpty() ? text : m_notes->text() + QLatin1Char('\n') + text);
+    m_notes->show();
+}
+
+void TsTableView::showOutcome(const QString& text)
+{
+    showBox(QMessageBox::Information, this, QStringLiteral("Ts-Edit"), text, QStringLiteral("&Ok"));
+}
+
+void TsTableView::showFailure(const QString& text)
+{
+    showBox(QMessageBox::Warning, this, QStringLiteral("Ts-Edit"), text, QStringLiteral("&Ok"));
 }
 
 // -- The file on the disk --
@@ -325,128 +339,176 @@ void TsTableView::changeEvent(QEvent* event)
 {
     SubWindow::changeEvent(event);
     if (event->type() == QEvent::ActivationChange && isActiveWindow())
-        checkFile();
+        m_watch.look();
 }
 
-void TsTableView::timerEvent(QTimerEvent* /*event*/)
+void TsTableView::showFileState()
 {
-    checkFile();
+    switch (m_watch.state(m_path)) {
+        case FileWatch::State::Same:
+            m_changed->hide();
+            break;
+        case FileWatch::State::Gone:
+            m_changed->tell(QStringLiteral("%1 is gone; it is shown as it was.").arg(m_name));
+            break;
+        case FileWatch::State::Changed:
+            m_changed->tell(QStringLiteral("%1 has changed.").arg(m_name),
+                            isEditing() ? QString() : QStringLiteral("&Reload"));
+            break;
+    }
 }
 
-void TsTableView::noteFileTime()
+void TsTableView::sl_reload()
 {
-    m_fileTime = m_toldTime = QFileInfo(m_path).lastModified();
-    if (m_changed != nullptr)
-        m_changed->hide();
-}
-
-void TsTableView::checkFile()
-{
-    if (m_view == nullptr || JobProgress::isRunning())
+    if (m_table == nullptr) {
+        if (TSFILE* const file = openQuietly(m_path))
+            showFile(file, m_mode);
         return;
-    const QDateTime time = QFileInfo(m_path).lastModified();
-    if (time == m_toldTime)
-        return;
-    m_toldTime = time;
-    if (time == m_fileTime)
-        m_changed->hide();
-    else if (!time.isValid())
-        m_changed->tell(QStringLiteral("%1 is gone; it is shown as it was.").arg(m_name));
-    else
-        m_changed->tell(QStringLiteral("%1 has changed.").arg(m_name),
-                        isEditing() ? QString() : QStringLiteral("&Reload"));
+    }
+    readAgain();
 }
 
-// -- What is shown --
-
-void TsTableView::showTitle()
-{
-    const bool changed = isEditing() && m_model->editedFile()->edits().isChanged();
-    const QString pattern =
-        isEditing() ? QStringLiteral("Veltrac, editing %1") : QStringLiteral("Veltrac, listing %1");
-    setWindowTitle(pattern.arg(m_name) + (changed ? QStringLiteral("*") : QString()));
-    setWindowIcon(QIcon(isEditing() ? QStringLiteral(":/img_EditTs") : QStringLiteral(":/img_ListTs")));
-}
-
-QString TsTableView::columnTitle(int column) const
-{
-    const QString name = m_model->columnName(column);
-    return name.isEmpty() ? QStringLiteral("Column %1").arg(column + 1) : name;
-}
-
-QString TsTableView::timeText(std::uint32_t sample) const
+void TsTableView::readAgain()
 {
     try {
-        TSFILE& file = m_model->file();
-        const double elapsed = elapsedTime(file, sample);
-        if (!std::isfinite(elapsed))
-            return QStringLiteral("time unknown");
-        const QString unit = bareTimeUnit(headerText(file.timeUnit()));
-        QString text = elapsedText(elapsed, file) + QLatin1Char(' ') + unit;
-        if (hasCalendar(file)) {
-            const double moment = startOf(file) + elapsed * secondsInTimeUnit(unit);
-            text += QStringLiteral(", ") + QDateTime::fromMSecsSinceEpoch(qRound64(moment * 1000.0))
-                                               .toString(QStringLiteral("yyyy-MM-dd HH:mm:ss.zzz"));
-        }
-        return text;
+        std::unique_ptr<TSFILE> file = openTsFile(m_path.toLocal8Bit().toStdString(), true);
+        m_watch.watch(m_path);
+        m_changed->hide();
+        m_status->stop();
+        m_table->show(std::move(file));
     } catch (...) {
-        return QStringLiteral("time unreadable");
+        showStatus(QStringLiteral("%1 cannot be opened any more.").arg(m_name));
+        return;
+    }
+    m_status->followChanges();
+    showStatus(QStringLiteral("Read again."));
+}
+
+void TsTableView::sl_restoreOldValues()
+{
+    if (askAndRestoreOldValues(this, m_path)) {
+        readAgain();
+        showStatus(QStringLiteral("The old values are back."));
     }
 }
 
-QString TsTableView::rowText(int row) const
+// -- What the user asks for --
+
+veltrac::ColumnExtremes TsTableView::lastScan() const
 {
-    const std::uint32_t sample = m_view->sampleOfRow(row);
-    const std::uint32_t held = sampleInRow(m_model->file(), sample);
-    const QString number =
-        held == sample ? groupedNumber(sample)
-                       : QStringLiteral("%1 (row %2)").arg(groupedNumber(held), groupedNumber(sample));
-    return QStringLiteral("Sample %1 of %2, %3")
-        .arg(number, groupedNumber(m_model->rowCount()), timeText(sample));
+    return m_search != nullptr ? m_search->lastScan() : ColumnExtremes();
 }
 
-void TsTableView::showPosition()
+void TsTableView::sl_rowHeight(int pixels)
 {
-    const QString text =
-        m_model->rowCount() == 0 ? QStringLiteral("The file has no samples.") : rowText(m_view->currentRow());
-    m_position->setText(text);
-    m_position->setToolTip(text);
+    m_table->view().setRowHeight(pixels);
 }
 
-void TsTableView::restartStatistics()
+void TsTableView::sl_sorting(int state)
 {
-    if (m_view != nullptr)
-        m_statistics->start(selectedRuns(), readerOfColumn());
+    m_table->setSorting(state != Qt::Unchecked);
+    updateActions();
 }
 
-ReaderOfColumn TsTableView::readerOfColumn() const
+void TsTableView::sl_col_selected()
 {
-    return [this](std::uint32_t column) { return m_model->columnReader(static_cast<int>(column) - 1); };
+    m_table->showChosenColumns();
+    m_status->followChanges();
 }
 
-std::vector<int> TsTableView::visibleColumns(int from, int to) const
+void TsTableView::sl_currentCell(const QModelIndex& index)
 {
-    std::vector<int> columns;
-    for (int column = from; column <= to; ++column)
-        if (!m_view->isColumnHidden(column))
-            columns.push_back(column);
-    return columns;
+    if (index.isValid())
+        m_table->setColumn(index.column());
 }
 
-std::vector<SampleRun> TsTableView::selectedRuns() const
+void TsTableView::sl_currentColumn(const QModelIndex& current, const QModelIndex& /*previous*/)
 {
-    std::vector<SampleRun> runs;
-    for (const CellBlock& block : m_view->selectedBlocks()) {
-        const std::vector<SampleRun> samples = m_view->samplesOfRows(block.firstRow, block.lastRow);
-        for (const int column : visibleColumns(block.firstColumn, block.lastColumn)) {
-            // Bits of integers are neither changed nor averaged.
-            if (m_model->isIntegerColumn(column))
-                continue;
-            for (SampleRun run : samples) {
-                run.column = static_cast<std::uint32_t>(column) + 1;
-                runs.push_back(run);
-            }
-        }
+    sl_currentCell(current);
+}
+
+void TsTableView::sl_plotcol()
+{
+    TsApplication* const application = TsApplication::instance();
+    const auto column = static_cast<unsigned>(m_table->column()) + 1;
+    if (application == nullptr ||
+        application->openSubProgram(SubProgram::PlotColumn, m_path, column) == nullptr)
+        showStatus(QStringLiteral("The column cannot be plotted."));
+    else if (isEditing() && m_editor->isChanged())
+        showStatus(QStringLiteral("The plot shows the file, without the edits that are not saved."));
+}
+
+void TsTableView::sl_findmax()
+{
+    m_search->findMaximum();
+}
+
+void TsTableView::sl_findmin()
+{
+    m_search->findMinimum();
+}
+
+void TsTableView::sl_findaverage()
+{
+    m_search->findAverage();
+}
+
+void TsTableView::sl_showGrid()
+{
+    SampleView& view = m_table->view();
+    view.setShowGrid(!view.showGrid());
+    m_actions[SampleAct::Grid]->setChecked(view.showGrid());
+}
+
+void TsTableView::sl_altCol()
+{
+    SampleView& view = m_table->view();
+    view.setAlternatingRowColors(!view.alternatingRowColors());
+    m_actions[SampleAct::AltColours]->setChecked(view.alternatingRowColors());
+}
+
+void TsTableView::sl_finished()
+{
+    close();
+}
+
+void TsTableView::sl_copy()
+{
+    m_table->copy(false);
+}
+
+void TsTableView::sl_copyWithNames()
+{
+    m_table->copy(true);
+}
+
+void TsTableView::sl_selectAll()
+{
+    m_table->view().selectAll();
+}
+
+void TsTableView::sl_writeSelected()
+{
+    const SampleView& view = m_table->view();
+    if (view.isSorted() || view.selectedBlocks().size() != 1) {
+        showStatus(QStringLiteral("Select one block of samples of the unsorted table first."));
+        return;
     }
-    return joinedRuns(std::move(runs));
+    if (isEditing() && m_editor->isChanged()) {
+        showStatus(QStringLiteral("Save the edits first: the text is written from the file."));
+        return;
+    }
+    const CellBlock& block = view.selectedBlocks().front();
+    TsApplication::instance()->exportInterval(m_path, static_cast<std::uint32_t>(block.firstRow) + 1,
+                                              static_cast<std::uint32_t>(block.lastRow) + 1);
+}
+
+void TsTableView::sl_help()
+{
+    showHelp(this, QStringLiteral("list"), QStringLiteral("Veltrac, listing and editing"));
+}
+
+bool TsTableView::mayClose()
+{
+    return m_editor == nullptr || m_editor->mayClose();
 }

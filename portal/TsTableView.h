@@ -2,33 +2,34 @@
 //
 // Edits are kept as a list until they are saved; nothing is written before. While it edits, the window is
 // registered with TsApplication as having its file open for writing. A file that cannot be written opens as
-// a list and says so; one that cannot be opened gives an empty window that says so.
+// a list and says so; one that cannot be opened gives an empty window that says so, and Reload tries again.
+//
+// This is the frame: file, menus, notices. SampleTable is what it shows, SampleSearch looks through it,
+// SampleEditor changes it.
 #pragma once
 
-#include <QDateTime>
 #include <QMessageBox>
 
-#include <array>
+#include <map>
 #include <memory>
 #include <vector>
 
-#include "portal/BlockOperation.h"
-#include "portal/SampleView.h"
 #include "portal/TsTableModel.h"
+#include "share/FileWatch.h"
 #include "share/SubWindow.h"
 
-class QCheckBox;
 class QLabel;
-class QListWidget;
 class QMenu;
 class QModelIndex;
-class QSpinBox;
 
 namespace veltrac {
 
-class FindBar;
+enum class SampleAct;
 class NoticeStrip;
-class SelectionStatistics;
+class SampleEditor;
+class SampleSearch;
+class SampleStatus;
+class SampleTable;
 
 }  // namespace veltrac
 
@@ -41,9 +42,9 @@ public:
     TsTableView(const QString& file, QWidget* mainWindow, int mode);
     ~TsTableView() override;
 
-    bool isEditing() const { return m_model != nullptr && m_model->editedFile() != nullptr; }
+    bool isEditing() const { return m_editor != nullptr; }
     // The outcome of the last scan for the maximum, the minimum or the average.
-    const veltrac::ColumnExtremes& lastScan() const { return m_scan; }
+    veltrac::ColumnExtremes lastScan() const;
 
 public slots:
     void sl_rowHeight(int pixels);
@@ -60,137 +61,51 @@ public slots:
     void sl_finished();
     void sl_help();
 
-    void sl_goTo();
-    void sl_pageUp();
-    void sl_pageDown();
-    void sl_find();
-    void sl_findNext();
-    void sl_findPrevious();
     void sl_copy();
     void sl_copyWithNames();
     void sl_selectAll();
     void sl_writeSelected();
+    void sl_restoreOldValues();
     void sl_reload();
-
-    void sl_undo();
-    void sl_redo();
-    void sl_paste();
-    void sl_save();
-    void sl_saveAs();
 
 protected:
     bool mayClose() override;
-    void showEvent(QShowEvent* event) override;
     void changeEvent(QEvent* event) override;
-    void timerEvent(QTimerEvent* event) override;
 
 private:
-    enum Act {
-        kSave,
-        kSaveAs,
-        kReload,
-        kWriteSelected,
-        kQuit,
-        kUndo,
-        kRedo,
-        kCopy,
-        kCopyWithNames,
-        kPaste,
-        kSelectAll,
-        kFind,
-        kFindNext,
-        kFindPrevious,
-        kGoTo,
-        kPageUp,
-        kPageDown,
-        kPlot,
-        kMax,
-        kMin,
-        kAverage,
-        kGrid,
-        kAltColours,
-        kHelp,
-        kActCount,
-        kSeparator = -1,
-        kOperations = -2  // the operations on blocks
-    };
-    struct ActionRow;
-    struct MenuRow;
-
-    // Building.
-    static const std::vector<ActionRow>& actionRows();
-    static const std::vector<MenuRow>& menuRows();
-    void openFile(const QString& file, int mode);
-    void startEditing();
+    void createFrame();
+    void showFile(TSFILE* file, int mode);
+    bool mayEdit();
+    void tellRing(const veltrac::FileTime& time);
+    void connectTable();
+    void connectParts();
     void createActions();
     void createMenus();
     void createToolBar();
-    void createTable();
-    void setUpView();
-    void connectView();
-    void fillColumnList();
-    void createStatusBar();
-    void addOperations(QMenu& menu);
+    void fillContextMenu();
     void updateActions();
-    void note(const QString& text);
-    // A box titled "Ts-Edit" with one button.
-    void tell(QMessageBox::Icon icon, const QString& text);
 
-    // What is shown.
     void showTitle();
-    void showPosition();
-    void restartStatistics();
-    QString rowText(int row) const;
-    QString timeText(std::uint32_t sample) const;
-    QString columnTitle(int column) const;
-
-    // Listing.
-    bool scan(veltrac::ColumnExtremes& out);
-    void showScan(const QString& heading, const QString& result);
-    void find(veltrac::Direction direction);
-    void goToFound(std::uint32_t sample);
-    void noteFileTime();
-    // Tells when another window or program has changed or removed the file.
-    void checkFile();
-    bool sortBy(int column, Qt::SortOrder order);
-    bool askSortRange(std::uint32_t& first, std::uint32_t& last);
-    void copy(bool withNames);
-    std::vector<int> visibleColumns(int from, int to) const;
-
-    // Editing.
-    std::vector<veltrac::SampleRun> selectedRuns() const;
-    void operate(const veltrac::BlockOperationRow& operation);
-    bool askNumbers(const veltrac::BlockOperationRow& operation, std::size_t cells,
-                    std::vector<double>& numbers);
-    std::vector<double> endValues(const veltrac::SampleRun& run) const;
-    void addEdit(const QString& name, std::vector<veltrac::EditStrip> strips);
-    void pasteRows(const std::vector<std::vector<float>>& rows);
-    bool save();
-    bool saveAs();
-    QString askNewName();
-    void commitOpenEditor();
-    veltrac::ReaderOfColumn readerOfColumn() const;
+    void showStatus(const QString& text);
+    // A line above the table that stays; several stand one below the other.
+    void addNote(const QString& text);
+    void showOutcome(const QString& text);
+    void showFailure(const QString& text);
+    void showFileState();
+    void readAgain();
 
     QString m_name;  // as it is shown
     QString m_path;  // absolute: the working directory may change meanwhile
+    int m_mode;
     std::unique_ptr<TsTableModel> m_model;
-    veltrac::SampleView* m_view = nullptr;
-    QListWidget* m_columns = nullptr;
-    veltrac::FindBar* m_findBar = nullptr;
-    QLabel* m_note = nullptr;
+    // The parts of an open file's window; the editor only while it edits.
+    veltrac::SampleTable* m_table = nullptr;
+    veltrac::SampleSearch* m_search = nullptr;
+    veltrac::SampleEditor* m_editor = nullptr;
+    veltrac::SampleStatus* m_status = nullptr;
+    QLabel* m_notes = nullptr;
     veltrac::NoticeStrip* m_changed = nullptr;
-    QLabel* m_position = nullptr;
-    QLabel* m_selected = nullptr;
-    QCheckBox* m_sorting = nullptr;
-    veltrac::SelectionStatistics* m_statistics = nullptr;
-    std::array<QAction*, kActCount> m_actions{};
+    veltrac::FileWatch m_watch;
+    std::map<veltrac::SampleAct, QAction*> m_actions;
     std::vector<QAction*> m_operations;
-    int m_column = 0;  // the selected column, from 0
-    veltrac::ColumnExtremes m_scan;
-    QString m_lastGoTo;
-    std::array<std::vector<double>, 8> m_lastNumbers;  // of each block operation, for its next dialog
-    QDateTime m_fileTime;                              // of the file as it is shown
-    QDateTime m_toldTime;                              // of the change that the strip has told
-    bool m_registered = false;
-    bool m_fitted = false;
 };

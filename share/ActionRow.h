@@ -7,6 +7,7 @@
 #include <span>
 
 class QAction;
+class QObject;
 class QWidget;
 
 namespace veltrac {
@@ -18,32 +19,33 @@ struct ActionRow
     Id id;
     const char* image;     // ":/img_" + image; empty for none
     const char* shortcut;  // empty for none
-    const char* slot;      // of the window, as SLOT() writes it
+    const char* slot;      // of the receiver, as SLOT() writes it
     const char* text;
     const char* tip;
     const char* whatsThis = "";  // empty: the tip
     bool checkable = false;
 };
 
-// An action that belongs to the window; its key works whatever menu or bar shows it.
-QAction* makeAction(QWidget* window, const char* image, const char* shortcut, const char* slot,
-                    const char* text, const char* tip, const char* whatsThis, bool checkable);
+// An action that belongs to the receiver, the window or a part of it; its key works in the whole window,
+// whatever menu or bar shows it.
+QAction* makeAction(QWidget* window, QObject* receiver, const char* image, const char* shortcut,
+                    const char* slot, const char* text, const char* tip, const char* whatsThis,
+                    bool checkable);
 
 template <typename Id>
-QAction* makeAction(QWidget* window, const ActionRow<Id>& row)
+QAction* makeAction(QWidget* window, QObject* receiver, const ActionRow<Id>& row)
 {
-    return makeAction(window, row.image, row.shortcut, row.slot, row.text, row.tip, row.whatsThis,
+    return makeAction(window, receiver, row.image, row.shortcut, row.slot, row.text, row.tip, row.whatsThis,
                       row.checkable);
 }
 
-// An action for each row.
+// Adds an action for each row to `actions`.
 template <typename Id>
-std::map<Id, QAction*> makeActions(QWidget* window, std::span<const ActionRow<Id>> rows)
+void makeActions(QWidget* window, QObject* receiver, std::span<const ActionRow<Id>> rows,
+                 std::map<Id, QAction*>& actions)
 {
-    std::map<Id, QAction*> actions;
     for (const ActionRow<Id>& row : rows)
-        actions[row.id] = makeAction(window, row);
-    return actions;
+        actions[row.id] = makeAction(window, receiver, row);
 }
 
 }  // namespace veltrac

@@ -152,8 +152,7 @@ AxisTicks fittingLinear(double least, double most, bool isLog, const LabelRoom& 
         if (labelCount(next) > 1 || tooMany.empty())
             return next;
         // One number tells no scale: rather two of a finer step's, which may stand closer than many.
-        constexpr double kCloser = 0.25;
-        const LabelRoom close{room.length, room.extent, kCloser * room.gap};
+        const LabelRoom close{room.length, room.extent, room.closest};
         for (std::size_t i = tooMany.size(); i-- > 0;)
             if (AxisTicks outer = outerLabels(tooMany[i]); labelsFit(outer, length, close))
                 return outer;

@@ -46,7 +46,8 @@ LabelRoom BasicDriver::yLabelRoom()
 {
     const float unit = characterHeight() / (m_deviceYMax - m_deviceYMin);
     const auto extent = [unit](const std::string&) { return static_cast<double>(unit); };
-    return {std::fabs(m_viewY2 - m_viewY1), extent, unit};
+    constexpr double kClosest = 0.25;  // on a low axis
+    return {std::fabs(m_viewY2 - m_viewY1), extent, unit, kClosest * static_cast<double>(unit)};
 }
 
 float BasicDriver::xAxisHeight() const

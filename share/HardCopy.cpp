@@ -3,9 +3,10 @@
 #include <QFile>
 #include <QFileInfo>
 
-#include <exception>
+#include <stdexcept>
 #include <system_error>
 
+#include "core/FailureText.h"
 #include "share/Boxes.h"
 #include "share/EpsFile.h"
 #include "share/PostscriptDriver.h"
@@ -22,12 +23,12 @@ QString writeHardCopy(const QString& fileName, const PsParameters& parameters,
         writeEps(QFile::encodeName(fileName).toStdString(), parameters,
                  [&draw](PostscriptDriver& driver) { draw(driver); });
         return {};
-    } catch (const std::system_error& error) {
-        reason = QString::fromStdString(error.code().message());
-    } catch (const std::exception& error) {
-        reason = QString::fromUtf8(error.what());
+    } catch (const std::runtime_error& error) {
+        reason = dynamic_cast<const std::system_error*>(&error) == nullptr
+                     ? QString::fromUtf8(error.what())
+                     : QString::fromStdString(reasonOfFailure());
     } catch (...) {
-        reason = QStringLiteral("the plot could not be drawn");
+        reason = QString::fromStdString(reasonOfFailure());
     }
     return QStringLiteral("The hard copy \"%1\" could not be written: %2.").arg(bareName, reason);
 }

@@ -1,100 +1,66 @@
 #include "share/PlotCanvas.h"
 
+#include <QContextMenuEvent>
 #include <QDragEnterEvent>
+#include <QKeyEvent>
+#include <QMenu>
 #include <QMimeData>
-#include <QPainter>
-#include <QScopedValueRollback>
 #include <QUrl>
 
 #include <algorithm>
-#include <cmath>
-#include <exception>
 
 #include "core/PlotValues.h"
 #include "core/TsExceptions.h"
-#include "portal/TsApplication.h"
-#include "share/JobProgress.h"
+#include "share/PlotCommands.h"
+#include "share/PlotMenus.h"
 #include "share/PlotVariables.h"
-#include "share/QtDriver.h"
 
 using namespace veltrac;
 
 namespace {
-
-constexpr int kDarkGround = 128;  // lightness below which colours are lightened
-
-PlotColor plotColor(const QColor& c)
-{
-    return {static_cast<float>(c.redF()), static_cast<float>(c.greenF()), static_cast<float>(c.blueF())};
-}
-
-QColor qColor(const PlotColor& c)
-{
-    return QColor::fromRgbF(static_cast<qreal>(c.r), static_cast<qreal>(c.g), static_cast<qreal>(c.b));
-}
 
 std::string utf8(const QString& text)
 {
     return text.toUtf8().toStdString();
 }
 
-// The place nearest to a point that begins a pixel of the device: between two of them (a frame of one pixel
-// at 150 %) the picture's strokes would be of several widths.
-QPointF wholePixel(const QPainter& painter, const QPoint& point)
+// Steps of the last cursor: comma and full stop, and what they turn into with Shift on various keyboards.
+int cursorStep(const QKeyEvent& event)
 {
-    const QTransform toDevice = painter.deviceTransform();
-    const QPointF at = toDevice.map(QPointF(point));
-    return toDevice.inverted().map(QPointF(std::round(at.x()), std::round(at.y())));
-}
-
-// A pen that is as wide everywhere, at 150 % too.
-QPen wholePen(const QColor& color, qreal ratio, Qt::PenStyle style = Qt::SolidLine)
-{
-    QPen pen(color, std::max(1.0, std::floor(ratio)), style);
-    pen.setCosmetic(true);
-    return pen;
+    static const int back[] = {Qt::Key_Comma, Qt::Key_Less, Qt::Key_Semicolon};
+    static const int ahead[] = {Qt::Key_Period, Qt::Key_Greater, Qt::Key_Colon};
+    const auto isIn = [&](const int(&keys)[3]) {
+        return std::find(std::begin(keys), std::end(keys), event.key()) != std::end(keys);
+    };
+    const int direction = isIn(back) ? -1 : isIn(ahead) ? 1 : 0;
+    if ((event.modifiers() & Qt::ControlModifier) != 0)
+        return direction * 1000;
+    return (event.modifiers() & Qt::ShiftModifier) != 0 ? direction * 10 : direction;
 }
 
 }  // namespace
 
-PlotCanvas::PlotCanvas(QWidget* parent) : QFrame(parent), m_colors(defaultColors())
-{
-    setFrameShape(QFrame::StyledPanel);
-    setFrameShadow(QFrame::Sunken);
-    setMouseTracking(true);
-    setFocusPolicy(Qt::StrongFocus);
-    setAccessibleName(tr("Plot"));
-    PsParameters::setText(m_psParameters.fontName, "Times-Roman");
-    PsParameters::setText(m_psParameters.creator, "Veltrac");
-    if (TsApplication* const application = TsApplication::instance())
-        if (const PsParameters* const parameters = application->psParameters())
-            m_psParameters = *parameters;
-}
-
-// -- What is shown --
+PlotCanvas::PlotCanvas(QWidget* parent) : PlotOutput(parent), m_gestures(*this) {}
 
 // A plot without variables that keeps the user's looks.
 void PlotCanvas::clear()
 {
-    m_text.clear();
-    m_layout = {};
     Plot2D fresh;
-    fresh.grid = m_plot.grid;
-    fresh.legend = m_plot.legend;
-    m_plot = std::move(fresh);
-    m_files = FileArray();
+    fresh.grid = plot().grid;
+    fresh.legend = plot().legend;
+    setSources(std::move(fresh), FileArray());
 }
 
 bool PlotCanvas::showColumns(const QString& file, const QVector<unsigned>& columns, Axes axes)
 {
     clear();
     try {
-        const auto source = m_files.add(file.toLocal8Bit().toStdString());
+        const auto source = files().add(file.toLocal8Bit().toStdString());
         for (const unsigned column : columns) {
             const auto v = makeVariable(source, column);
-            axes == Axes::OneEach ? addAlone(m_plot, v) : addByUnit(m_plot, v);
+            axes == Axes::OneEach ? addAlone(plot(), v) : addByUnit(plot(), v);
         }
-        chooseXAxis(m_plot);
+        chooseXAxis(plot());
     } catch (const TS::Failure&) {
         clear();
         showText(tr("%1 cannot be read.").arg(file));
@@ -117,298 +83,11 @@ void PlotCanvas::showValues(const std::vector<double>& x, const QString& xTitle,
         v.label = utf8(columns[c].label);
         v.unit = utf8(columns[c].unit);
         const auto variable = std::make_shared<HsVariable>(std::move(v));
-        axes == Axes::OneEach ? addAlone(m_plot, variable) : addByUnit(m_plot, variable);
+        axes == Axes::OneEach ? addAlone(plot(), variable) : addByUnit(plot(), variable);
     }
-    m_plot.xTitle = utf8(xTitle);
+    plot().xTitle = utf8(xTitle);
     refresh(true);
 }
-
-void PlotCanvas::showText(const QString& text)
-{
-    m_text = text;
-    setAccessibleDescription(text);
-    if (!text.isEmpty())
-        m_layout = {};
-    replot();
-}
-
-// What a progress bar says: "Reading test.ts".
-QString PlotCanvas::whatIsMissing() const
-{
-    QStringList names;
-    for (const auto& v : m_plot.variables())
-        if (v->variable().visible && !v->isBuilt())
-            names.append(fileNameOf(v->variable()));
-    names.removeDuplicates();
-    return tr("Reading %1").arg(names.join(QStringLiteral(", ")));
-}
-
-bool PlotCanvas::refresh(bool fit)
-{
-    // What the progress bar's events ask for waits for the one that is under way.
-    if (m_reading)
-        return false;
-    const QScopedValueRollback<bool> reading(m_reading, true);
-    bool whole = true;
-    try {
-        JobProgress progress(window(), whatIsMissing());
-        whole = m_plot.buildMissing(progress.callback()) == JobOutcome::Done;
-        // The times are known now.
-        if (backwardsVariable(m_plot))
-            m_plot.setMode(XMode::Sample);
-        fit ? m_plot.fitAll() : m_plot.refitY();
-    } catch (const TS::Failure&) {
-        // The variables tell it in their groups.
-    } catch (const std::exception& e) {
-        emit x_told(QString::fromLocal8Bit(e.what()));
-    }
-    viewChanged();
-    emit x_plot_changed();
-    return whole;
-}
-
-void PlotCanvas::replot()
-{
-    m_stale = true;
-    update();
-}
-
-void PlotCanvas::viewChanged()
-{
-    replot();
-    emit x_view_changed();
-}
-
-void PlotCanvas::setLogarithmicX(bool on)
-{
-    try {
-        m_plot.setLogarithmicX(on);
-    } catch (const TS::Failure&) {
-        return;
-    }
-    viewChanged();
-    emit x_plot_changed();
-}
-
-void PlotCanvas::setLogarithmicY(int group, bool on)
-{
-    if (group < 0 || group >= static_cast<int>(m_plot.groups().size()))
-        return;
-    Group& g = m_plot.groups()[static_cast<std::size_t>(group)];
-    g.setLogarithmic(on);
-    g.mode = g.mode == YMode::Fixed ? YMode::Whole : g.mode;
-    refresh(false);
-}
-
-// -- Colours --
-
-std::vector<QColor> PlotCanvas::defaultColors()
-{
-    std::vector<QColor> colors;
-    for (const PlotColor& c : defaultPlotColors())
-        colors.push_back(qColor(c));
-    return colors;
-}
-
-QColor PlotCanvas::colorOf(const Variable& variable) const
-{
-    constexpr int kFirst = 7;
-    if (m_colors.empty())
-        return Qt::black;
-    const auto i = static_cast<std::size_t>(std::max(0, variable.colorIndex - kFirst));
-    const QColor color = m_colors[i % m_colors.size()];
-    return isDarkGround() ? qColor(onDarkGround(plotColor(color))) : color;
-}
-
-bool PlotCanvas::isDarkGround() const
-{
-    return palette().color(QPalette::Base).lightness() < kDarkGround;
-}
-
-PlotLook PlotCanvas::screenLook() const
-{
-    PlotLook look;
-    look.text = plotColor(palette().color(QPalette::Text));
-    for (const QColor& c : m_colors)
-        look.colors.push_back(isDarkGround() ? onDarkGround(plotColor(c)) : plotColor(c));
-    return look;
-}
-
-// -- Painting --
-
-void PlotCanvas::drawPicture()
-{
-    const QSize size = contentsRect().size();
-    const qreal ratio = devicePixelRatioF();
-    m_picture = QPixmap(size * ratio);
-    m_picture.setDevicePixelRatio(ratio);
-    m_picture.fill(palette().color(QPalette::Base));
-    m_stale = false;
-    if (m_picture.isNull() || !m_text.isEmpty())
-        return;
-    QtDriver driver(&m_picture);
-    driver.BeginPage(0);
-    PlotLook look = screenLook();
-    look.markerGap = static_cast<int>(std::lround(look.markerGap * ratio));
-    look.penUnits *= static_cast<float>(ratio);
-    m_layout = drawPlot(m_plot, driver, m_picture.width(), look);
-    driver.EndPage();
-    setAccessibleDescription(plotDescription(m_plot));
-}
-
-void PlotCanvas::paintEvent(QPaintEvent* event)
-{
-    QFrame::paintEvent(event);
-    QString failure = m_text;
-    // An exception must not travel through Qt.
-    try {
-        // The window may have moved to a screen of another density.
-        if (m_stale || m_picture.devicePixelRatio() != devicePixelRatioF())
-            drawPicture();
-    } catch (const std::exception& e) {
-        failure = tr("The plot cannot be drawn: %1").arg(QString::fromLocal8Bit(e.what()));
-    } catch (const TS::Failure&) {
-        failure = tr("The plot cannot be drawn: the file cannot be read.");
-    }
-    QPainter painter(this);
-    painter.drawPixmap(wholePixel(painter, contentsRect().topLeft()), m_picture);
-    if (!failure.isEmpty()) {
-        painter.drawText(contentsRect().adjusted(20, 20, -20, -20), Qt::AlignCenter | Qt::TextWordWrap,
-                         failure);
-        return;
-    }
-    for (const Plot2D::Cursor which : {Plot2D::A, Plot2D::B})
-        drawCursor(painter, which);
-    if (m_drag == Drag::Band && m_dragged)
-        drawBand(painter);
-}
-
-void PlotCanvas::drawCursor(QPainter& painter, Plot2D::Cursor which)
-{
-    const QRect area = plotArea();
-    if (!m_plot.cursor(which) || area.isEmpty())
-        return;
-    const int x = pixelOf(*m_plot.cursor(which));
-    if (x < area.left() || x > area.right())
-        return;
-    const QColor color = palette().color(QPalette::Text);
-    painter.setPen(wholePen(color, devicePixelRatioF(), which == Plot2D::A ? Qt::SolidLine : Qt::DashLine));
-    painter.drawLine(x, area.top(), x, area.bottom());
-    // A flag with the letter, which is also what says which one of them is moved by the keys.
-    const QString letter = which == Plot2D::A ? QStringLiteral("A") : QStringLiteral("B");
-    const int side = painter.fontMetrics().height();
-    QRect flag(x, area.top(), side, side);
-    if (flag.right() > area.right())
-        flag.moveRight(x);
-    const bool isActive = which == m_lastCursor;
-    painter.fillRect(flag, isActive ? color : palette().color(QPalette::Base));
-    painter.setPen(wholePen(color, devicePixelRatioF()));
-    painter.drawRect(flag.adjusted(0, 0, -1, -1));
-    painter.setPen(isActive ? palette().color(QPalette::Base) : color);
-    painter.drawText(flag, Qt::AlignCenter, letter);
-}
-
-void PlotCanvas::drawBand(QPainter& painter)
-{
-    QColor fill = palette().color(QPalette::Highlight);
-    painter.setPen(wholePen(fill, devicePixelRatioF()));
-    fill.setAlpha(50);
-    painter.setBrush(fill);
-    painter.drawRect(bandArea().adjusted(0, 0, -1, -1));
-    painter.setBrush(Qt::NoBrush);
-}
-
-void PlotCanvas::resizeEvent(QResizeEvent* event)
-{
-    QFrame::resizeEvent(event);
-    replot();
-    emit x_got_resize_event();
-}
-
-void PlotCanvas::changeEvent(QEvent* event)
-{
-    QFrame::changeEvent(event);
-    if (event->type() == QEvent::PaletteChange || event->type() == QEvent::StyleChange)
-        replot();
-}
-
-QImage PlotCanvas::image()
-{
-    return grab(contentsRect()).toImage();
-}
-
-// -- Places --
-
-QRect PlotCanvas::plotArea() const
-{
-    if (m_layout.groups.empty())
-        return {};
-    const QRect area = contentsRect();
-    const PlotLayout::Frame& first = m_layout.groups.front();
-    const PlotLayout::Frame& last = m_layout.groups.back();
-    const auto x = [&](float part) {
-        return area.left() + static_cast<int>(part * static_cast<float>(area.width()));
-    };
-    const auto y = [&](float part) {
-        return area.top() + static_cast<int>((1.0F - part) * static_cast<float>(area.height()));
-    };
-    return {QPoint(x(first.x1), y(first.y2)), QPoint(x(first.x2), y(last.y1))};
-}
-
-QRect PlotCanvas::groupArea(int group) const
-{
-    const QRect area = contentsRect();
-    for (std::size_t i = 0; i < m_layout.groups.size(); ++i) {
-        if (static_cast<int>(m_layout.groupOf[i]) != group)
-            continue;
-        const auto y = [&](float part) {
-            return area.top() + static_cast<int>((1.0F - part) * static_cast<float>(area.height()));
-        };
-        const QRect all = plotArea();
-        return {QPoint(all.left(), y(m_layout.groups[i].y2)), QPoint(all.right(), y(m_layout.groups[i].y1))};
-    }
-    return {};
-}
-
-double PlotCanvas::xAt(int pixel) const
-{
-    const QRect area = plotArea();
-    if (area.width() < 2)
-        return m_plot.x1();
-    return m_plot.xAtFraction((pixel - area.left() + 0.5) / (area.width() - 1.0));
-}
-
-int PlotCanvas::pixelOf(double x) const
-{
-    constexpr double kFar = 1e6;
-    const QRect area = plotArea();
-    const double at = m_plot.fractionOf(x) * (area.width() - 1.0);
-    return area.left() + (std::isfinite(at) ? static_cast<int>(std::floor(std::clamp(at, -kFar, kFar))) : -1);
-}
-
-int PlotCanvas::groupAt(const QPoint& pixel) const
-{
-    for (const std::size_t g : m_layout.groupOf) {
-        // Groups may have gone since the picture was drawn.
-        if (g >= m_plot.groups().size())
-            break;
-        const QRect area = groupArea(static_cast<int>(g));
-        if (pixel.y() >= area.top() && pixel.y() <= area.bottom())
-            return static_cast<int>(g);
-    }
-    return -1;
-}
-
-double PlotCanvas::yAt(int group, int pixel) const
-{
-    const QRect area = groupArea(group);
-    const Group& g = m_plot.groups()[static_cast<std::size_t>(group)];
-    const double part = area.height() < 2 ? 0.0 : (area.bottom() - pixel) / (area.height() - 1.0);
-    const double low = g.toScale(g.y1());
-    return g.fromScale(low + part * (g.toScale(g.y2()) - low));
-}
-
-// -- Drops --
 
 void PlotCanvas::dragEnterEvent(QDragEnterEvent* event)
 {
@@ -431,4 +110,130 @@ void PlotCanvas::dropEvent(QDropEvent* event)
             emit x_files_dropped(files);
     }
     event->acceptProposedAction();
+}
+
+// -- Keys --
+
+bool PlotCanvas::handleKey(const QKeyEvent& event)
+{
+    if (const int step = cursorStep(event); step != 0) {
+        moveCursor(step);
+        return true;
+    }
+    const PlotCommand* const command = plotCommandOf(event);
+    if (command == nullptr)
+        return false;
+    (this->*command->run)();
+    return true;
+}
+
+// Of two canvases in a window, the one that has the focus answers: not the window's menu.
+bool PlotCanvas::event(QEvent* event)
+{
+    if (event->type() == QEvent::ShortcutOverride && text().isEmpty() &&
+        plotCommandOf(*static_cast<QKeyEvent*>(event)) != nullptr) {
+        event->accept();
+        return true;
+    }
+    return PlotOutput::event(event);
+}
+
+void PlotCanvas::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_Space) {
+        m_gestures.holdSpace(true);
+        return;
+    }
+    if (event->key() == Qt::Key_Escape)
+        m_gestures.cancel();
+    if (!text().isEmpty() || !handleKey(*event))
+        PlotOutput::keyPressEvent(event);
+}
+
+void PlotCanvas::keyReleaseEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_Space && !event->isAutoRepeat()) {
+        m_gestures.holdSpace(false);
+        return;
+    }
+    PlotOutput::keyReleaseEvent(event);
+}
+
+void PlotCanvas::focusOutEvent(QFocusEvent* event)
+{
+    // The release of a key that is held now goes elsewhere.
+    m_gestures.holdSpace(false);
+    PlotOutput::focusOutEvent(event);
+}
+
+// -- Mouse --
+
+void PlotCanvas::mousePressEvent(QMouseEvent* event)
+{
+    m_gestures.press(*event);
+}
+
+void PlotCanvas::mouseMoveEvent(QMouseEvent* event)
+{
+    m_gestures.move(*event);
+}
+
+void PlotCanvas::mouseReleaseEvent(QMouseEvent* event)
+{
+    m_gestures.release(*event);
+}
+
+void PlotCanvas::mouseDoubleClickEvent(QMouseEvent* event)
+{
+    m_gestures.doubleClick(*event);
+}
+
+void PlotCanvas::wheelEvent(QWheelEvent* event)
+{
+    m_gestures.wheel(*event);
+}
+
+void PlotCanvas::leaveEvent(QEvent* event)
+{
+    PlotOutput::leaveEvent(event);
+    setMouse({-1, -1});
+}
+
+void PlotCanvas::contextMenuEvent(QContextMenuEvent* event)
+{
+    QMenu menu(this);
+    fillMenu(menu, groupAt(event->pos()));
+    menu.exec(event->globalPos());
+}
+
+// -- Menus --
+
+void PlotCanvas::fillMenu(QMenu& menu, int group)
+{
+    fillPlotMenu(*this, menu, group);
+}
+
+void PlotCanvas::fillViewMenu(QMenu& menu)
+{
+    veltrac::fillViewMenu(*this, menu);
+}
+
+void PlotCanvas::fillCursorMenu(QMenu& menu)
+{
+    veltrac::fillCursorMenu(*this, menu);
+}
+
+void PlotCanvas::fillAxesMenu(QMenu& menu)
+{
+    veltrac::fillAxesMenu(*this, menu);
+}
+
+void PlotCanvas::fillOutputMenu(QMenu& menu)
+{
+    veltrac::fillOutputMenu(*this, menu);
+}
+
+void PlotCanvas::holdInWindow(QMenu& menu)
+{
+    veltrac::holdInWindow(menu);
 }

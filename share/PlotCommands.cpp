@@ -1,5 +1,7 @@
 #include "share/PlotCommands.h"
 
+#include <QKeyEvent>
+
 namespace veltrac {
 
 namespace {
@@ -9,7 +11,7 @@ constexpr int kShift = Qt::SHIFT;
 constexpr int kControl = Qt::CTRL;
 constexpr int kAlt = Qt::ALT;
 
-using C = PlotCanvas;
+using C = PlotOutput;
 using Part = PlotCommand::Part;
 const PlotCommand kCommands[] = {
     {"&Fit all", &C::sl_fitAll, Part::View, Qt::Key_F, 0, false},
@@ -47,6 +49,15 @@ const PlotCommand kCommands[] = {
 std::span<const PlotCommand> plotCommands()
 {
     return kCommands;
+}
+
+const PlotCommand* plotCommandOf(const QKeyEvent& event)
+{
+    const int pressed = event.key() | static_cast<int>(event.modifiers() & ~Qt::KeypadModifier);
+    for (const PlotCommand& command : plotCommands())
+        if (pressed == command.key || (command.otherKey != 0 && pressed == command.otherKey))
+            return &command;
+    return nullptr;
 }
 
 }  // namespace veltrac

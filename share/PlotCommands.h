@@ -3,7 +3,9 @@
 
 #include <span>
 
-#include "share/PlotCanvas.h"
+#include "share/PlotOutput.h"
+
+class QKeyEvent;
 
 namespace veltrac {
 
@@ -12,7 +14,7 @@ struct PlotCommand
     enum class Part { View, Cursors, Output };
 
     const char* text;  // UTF-8
-    void (PlotCanvas::*run)();
+    void (PlotOutput::*run)();
     Part part;
     // Key and modifiers as QKeySequence has them, 0 for none. Menus show the first one.
     int key;
@@ -21,5 +23,7 @@ struct PlotCommand
 };
 
 std::span<const PlotCommand> plotCommands();
+// The command of a key; null where it has none.
+const PlotCommand* plotCommandOf(const QKeyEvent& event);
 
 }  // namespace veltrac

@@ -14,7 +14,8 @@
 #include <stdexcept>
 #include <system_error>
 
-#include "core/ScratchFile.h"
+#include "core/FailureText.h"
+#include "core/SafeChange.h"
 #include "share/Boxes.h"
 #include "share/HardCopy.h"
 #include "share/PlotPainter.h"
@@ -71,19 +72,18 @@ QString writeWhole(const QString& fileName, const QByteArray& bytes)
 {
     try {
         const std::filesystem::path target(QFile::encodeName(fileName).toStdString());
-        const std::filesystem::path directory = target.parent_path().empty() ? "." : target.parent_path();
-        ScratchFile scratch(directory, "plot_part", target.extension().string());
-        std::ofstream out(scratch.path(), std::ios::binary);
+        PendingFile pending(target, "plot_part", target.extension().string());
+        std::ofstream out(pending.path(), std::ios::binary);
         errno = 0;
         out.write(bytes.constData(), bytes.size());
         out.close();
         if (!out || bytes.isEmpty())
             throw std::system_error(errno != 0 ? errno : EIO, std::generic_category());
-        scratch.putInPlace(target);
+        pending.commit();
         return {};
-    } catch (const std::system_error& e) {
-        return QObject::tr("%1 cannot be written: %2")
-            .arg(QFileInfo(fileName).fileName(), QString::fromLocal8Bit(e.code().message().c_str()));
+    } catch (const std::system_error&) {
+        return QObject::tr("%1 cannot be written: %2.")
+            .arg(QFileInfo(fileName).fileName(), QString::fromStdString(reasonOfFailure()));
     }
 }
 

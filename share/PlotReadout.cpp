@@ -226,7 +226,7 @@ Readout readoutAt(const Plot2D& plot, double x)
     const auto ref = plot.reference();
     if (ref) {
         const std::uint32_t row = plot.axis().nearestRow(ref->variable(), at);
-        rows.append({QStringLiteral("Sample"), QString::number(row)});
+        rows.append({QStringLiteral("Sample"), QString::number(ref->variable().source()->sampleOf(row))});
     }
     if (plot.axis().mode != XMode::Sample) {
         const QString title = QString::fromStdString(plot.xTitle);
@@ -285,6 +285,18 @@ const QStringList& intervalHeadings()
     return headings;
 }
 
+namespace {
+
+// Levels are logarithms, and the points of a curve in memory (a filter's characteristic) stand at unequal
+// distances: a mean over either says nothing.
+bool hasMeans(const Variable& variable)
+{
+    return !QString::fromStdString(variable.unit).startsWith(QLatin1String("dB")) &&
+           variable.source()->isEvenlySpaced();
+}
+
+}  // namespace
+
 QStringList intervalFields(const Plot2D& plot, const IntervalRow& row)
 {
     const auto atCursor = [&](Plot2D::Cursor which, double value) {
@@ -292,6 +304,9 @@ QStringList intervalFields(const Plot2D& plot, const IntervalRow& row)
     };
     const HsVariable::Statistics& s = row.statistics;
     const auto ofValues = [&](double value) { return s.count == 0 ? QStringLiteral("–") : valueText(value); };
+    const auto ofMeans = [&, means = hasMeans(row.variable->variable())](double value) {
+        return means ? ofValues(value) : QString();
+    };
     const bool both = plot.cursor(Plot2D::A) && plot.cursor(Plot2D::B);
     return {label(*row.variable),
             QString::fromStdString(row.variable->variable().unit),
@@ -300,9 +315,9 @@ QStringList intervalFields(const Plot2D& plot, const IntervalRow& row)
             both ? differenceText(row.atA, row.atB) : QString(),
             ofValues(s.least),
             ofValues(s.greatest),
-            ofValues(s.mean),
-            ofValues(s.rms),
-            ofValues(s.deviation),
+            ofMeans(s.mean),
+            ofMeans(s.rms),
+            ofMeans(s.deviation),
             QString::number(s.missing)};
 }
 

@@ -1,21 +1,16 @@
 #include "share/PlotVariables.h"
 
-#include <QStringList>
-
 #include <algorithm>
-#include <cmath>
 #include <set>
 
+#include "core/FileTime.h"
+#include "core/TimeUnits.h"
 #include "share/BasicDriver.h"
-#include "share/GoTo.h"
 #include "share/HeaderText.h"
 
 namespace veltrac {
 
 namespace {
-
-// Times this far from a start of 0 are seconds since 1970 rather than since a start (three years).
-constexpr double kSurelyClock = 1e8;
 
 std::string utf8(const QString& text)
 {
@@ -24,14 +19,8 @@ std::string utf8(const QString& text)
 
 bool countsInSeconds(const PlotFile& file)
 {
-    const QString unit = headerText(file.timeUnit().c_str()).trimmed();
-    if (unit.isEmpty())
-        return true;
-    const QString inner =
-        unit.contains(QLatin1Char('[')) ? QString::fromStdString(std::string(unitIn(utf8(unit)))) : unit;
-    static const QStringList seconds = {QStringLiteral("s"), QStringLiteral("sec"), QStringLiteral("seconds"),
-                                        QStringLiteral("second"), QStringLiteral("sek")};
-    return seconds.contains(inner.trimmed().toLower());
+    const QString unit = QString::fromStdString(bareTimeUnit(utf8(headerText(file.timeUnit().c_str()))));
+    return secondsOfUnit(utf8(unit.toLower())) == 1.0;
 }
 
 // "Frequency[Hz]" is a title already, "ms" the unit of time.
@@ -141,11 +130,7 @@ void chooseXAxis(Plot2D& plot)
         if (!file)
             continue;
         plot.xTitle = titleOf(*file);
-        const bool farFromZero =
-            file->timeKind() == PlotSource::TimeKind::EachRow && file->rows() > 0 &&
-            std::max(std::abs(file->timeOf(1)), std::abs(file->timeOf(file->rows()))) > kSurelyClock;
-        const bool hasClock = plot.axis().origin != 0 || farFromZero;
-        plot.setMode(hasClock && canShowClock(plot) ? XMode::Clock : XMode::Elapsed);
+        plot.setMode(plot.axis().dated && canShowClock(plot) ? XMode::Clock : XMode::Elapsed);
         return;
     }
 }

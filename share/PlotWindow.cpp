@@ -183,7 +183,7 @@ void PlotWindow::connectDocks()
     connect(m_variables, &VariableDock::x_align_start, this, &PlotWindow::alignStart);
     connect(m_variables, &VariableDock::x_menu, this, [this](int file, unsigned column, const QPoint& place) {
         const auto source = m_canvas->files().file(static_cast<std::size_t>(file));
-        if (const auto v = m_variables->find(*source, column))
+        if (const auto v = m_canvas->plot().find(*source, column))
             m_menu->popUp(v, place);
     });
     connect(m_changed, &NoticeStrip::x_pressed, this, &PlotWindow::reloadChanged);

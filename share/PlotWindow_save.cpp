@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "core/FailureText.h"
 #include "core/Interval.h"
 #include "core/TsExceptions.h"
 #include "core/TsNames.h"
@@ -138,13 +139,9 @@ void PlotWindow::sl_saveInterval()
                  .arg(samplesText(rows.count()), name)
                  .arg(progress.seconds(), 0, 'f', 1));
         emit x_directory_changed();
-    } catch (const TS::Failure&) {
+    } catch (...) {
         showBox(QMessageBox::Warning, this, tr("Save interval"),
-                tr("%1 could not be saved: reading or writing failed; the disk may be full.").arg(name));
-    } catch (const std::system_error& e) {
-        showBox(
-            QMessageBox::Warning, this, tr("Save interval"),
-            tr("%1 could not be saved: %2").arg(name, QString::fromLocal8Bit(e.code().message().c_str())));
+                tr("%1 could not be saved: %2.").arg(name, QString::fromStdString(reasonOfFailure())));
     }
 }
 

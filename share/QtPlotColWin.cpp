@@ -11,6 +11,7 @@
 #include <system_error>
 
 #include "core/CopyFile.h"
+#include "core/FailureText.h"
 #include "core/TsExceptions.h"
 #include "portal/TsApplication.h"
 #include "share/Boxes.h"
@@ -155,10 +156,9 @@ bool QtPlotColWin::copyTo(const QString& target)
         if (copyWholeFile(m_file->file().descriptor(), path, progress.callback()) == JobOutcome::Done)
             return true;
         tell(tr("Cancelled; nothing was saved."));
-    } catch (const std::system_error& e) {
-        showBox(
-            QMessageBox::Warning, this, tr("Save as"),
-            tr("%1 could not be saved: %2").arg(name, QString::fromLocal8Bit(e.code().message().c_str())));
+    } catch (const std::system_error&) {
+        showBox(QMessageBox::Warning, this, tr("Save as"),
+                tr("%1 could not be saved: %2.").arg(name, QString::fromStdString(reasonOfFailure())));
     }
     return false;
 }

@@ -15,7 +15,6 @@
 #include <stdexcept>
 #include <vector>
 
-
 #include "core/FailureText.h"
 #include "core/FileTime.h"
 #include "core/TsExceptions.h"
@@ -185,9 +184,10 @@ void ResultWindow::warnInBox(const QString& text)
 
 // -- The source --
 
-void ResultWindow::chooseRange(std::uint32_t first, std::uint32_t last)
+void ResultWindow::offerRange(const SampleRange& range)
 {
-    m_range->choose(first, last);
+    if (!range.isEmpty())
+        m_range->choose(range.first, range.last);
 }
 
 void ResultWindow::lookAtSource()
@@ -278,6 +278,11 @@ void ResultWindow::dropResult()
     m_canvas->showText(QString());
     m_result.reset();
     showCursorTable();
+}
+
+bool ResultWindow::isResultHere() const
+{
+    return m_result && m_result->path().parent_path() == std::filesystem::current_path();
 }
 
 QString ResultWindow::resultFile() const

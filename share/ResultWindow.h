@@ -33,8 +33,8 @@ class ResultWindow : public SubWindow
     Q_OBJECT
 
 public:
-    // The samples that are computed, in the order of time, from 1; both included.
-    void chooseRange(std::uint32_t first, std::uint32_t last);
+    // The range becomes the one to be computed.
+    void offerRange(const SampleRange& range) override;
 
 public slots:
     // Choose the entry of that index in the box; the status bar tells it.
@@ -95,6 +95,7 @@ protected:
     bool hasResult() const noexcept { return m_result != nullptr; }
     const std::filesystem::path& resultPath() const { return m_result->path(); }
     QString resultFile() const;
+    bool isResultHere() const;  // in the working directory
     const QString& resultSource() const noexcept { return m_resultSource; }
     // The sample of the source that it begins with.
     std::uint32_t resultFirst() const noexcept { return m_resultFirst; }

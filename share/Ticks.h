@@ -30,6 +30,7 @@ struct LabelRoom
     double length = 1.0;                                 // of the axis
     std::function<double(const std::string&)> extent{};  // of a label along the axis
     double gap = 0.0;                                    // least distance between two labels
+    double closest = gap;                                // the same where there are only two
 };
 
 // More labels than these are no help, however wide the axis.

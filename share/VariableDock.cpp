@@ -112,14 +112,6 @@ VariableDock::VariableDock(PlotCanvas* canvas, QWidget* parent)
     connect(m_align, &QPushButton::toggled, this, &VariableDock::x_align_start);
 }
 
-std::shared_ptr<HsVariable> VariableDock::find(const PlotFile& file, std::uint32_t column) const
-{
-    for (const auto& v : m_canvas->plot().variables())
-        if (v->variable().source().get() == &file && v->variable().column() == column)
-            return v;
-    return nullptr;
-}
-
 int VariableDock::groupNumberOf(const HsVariable& variable) const
 {
     const auto& groups = m_canvas->plot().groups();
@@ -133,7 +125,7 @@ int VariableDock::groupNumberOf(const HsVariable& variable) const
 std::shared_ptr<HsVariable> VariableDock::setShown(const std::shared_ptr<PlotFile>& file,
                                                    std::uint32_t column, bool shown)
 {
-    std::shared_ptr<HsVariable> v = find(*file, column);
+    std::shared_ptr<HsVariable> v = m_canvas->plot().find(*file, column);
     if (!v && shown) {
         v = makeVariable(file, column);
         addByUnit(m_canvas->plot(), v);
@@ -188,7 +180,7 @@ void VariableDock::addFileItem(int file)
             auto* const item = new QTreeWidgetItem(top);
             item->setData(0, kFileRole, file);
             item->setData(0, kColumnRole, column);
-            const std::shared_ptr<HsVariable> known = find(*source, column);
+            const std::shared_ptr<HsVariable> known = m_canvas->plot().find(*source, column);
             const std::shared_ptr<HsVariable> v = known ? known : makeVariable(source, column);
             item->setText(kName, QString::fromStdString(v->variable().label));
             item->setText(kUnit, QString::fromStdString(v->variable().unit));

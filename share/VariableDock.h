@@ -30,8 +30,6 @@ public:
     // the canvas.
     std::shared_ptr<HsVariable> setShown(const std::shared_ptr<PlotFile>& file, std::uint32_t column,
                                          bool shown);
-    // The variable of a column; null where it was never shown.
-    std::shared_ptr<HsVariable> find(const PlotFile& file, std::uint32_t column) const;
 
 signals:
     // A check box was changed: the plot has another variable in view, or one less.

@@ -216,20 +216,7 @@ void VariableMenu::offerRange(SubWindow& window, const Variable& variable)
 void VariableMenu::moveToGroup(const std::shared_ptr<HsVariable>& variable, int group)
 {
     Plot2D& plot = m_canvas->plot();
-    if (group >= static_cast<int>(plot.groups().size()))
-        return;
-    if (group < 0) {
-        plot.groups().emplace_back();
-        group = static_cast<int>(plot.groups().size()) - 1;
-    }
-    auto& members = plot.groups()[static_cast<std::size_t>(group)].variables();
-    if (std::find(members.begin(), members.end(), variable) != members.end())
-        return;
-    for (Group& g : plot.groups())
-        std::erase(g.variables(), variable);
-    members.push_back(variable);
-    variable->setLogarithmic(plot.groups()[static_cast<std::size_t>(group)].isLogarithmic());
-    std::erase_if(plot.groups(), [](const Group& g) { return g.variables().empty(); });
+    plot.moveToGroup(variable, group < 0 ? plot.groups().size() : static_cast<std::size_t>(group));
     m_canvas->refresh(false);
     changed();
 }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QCheckBox>
 #include <QComboBox>
 #include <QFileDialog>
 #include <QLabel>
@@ -22,7 +23,6 @@
 #include "calc/IntegrateWin.h"
 #include "core/TSFILE.h"
 #include "share/CursorTable.h"
-#include "share/NumberField.h"
 #include "share/PlotCanvas.h"
 #include "share/ReadoutLabel.h"
 #include "share/SourceChooser.h"
@@ -75,6 +75,14 @@ void typeName(QWidget& dialog, const char* name)
     auto* const files = qobject_cast<QFileDialog*>(&dialog);
     ASSERT_NE(files, nullptr);
     files->findChild<QLineEdit*>()->setText(QDir().absoluteFilePath(QLatin1String(name)));
+}
+
+QLineEdit& fieldOf(const QWidget& window, const char* name)
+{
+    for (QLineEdit* const field : window.findChildren<QLineEdit*>())
+        if (field->accessibleName() == QLatin1String(name))
+            return *field;
+    throw std::logic_error(name);
 }
 
 }  // namespace
@@ -197,7 +205,7 @@ TEST_F(CalcWindows, SpectrumAsksAboutMissingValuesAndTellsWhatItCannotDo)
     {
         const BoxAnswer cancel(QStringLiteral("Cancel"));
         window.sl_execute();
-        EXPECT_EQ(cancel.text(), "Column Tone has 1 missing values in the range.");
+        EXPECT_EQ(cancel.text(), "Column Tone has 1 missing value in the range.");
     }
     EXPECT_FALSE(std::filesystem::exists("tempDFT.ts"));
     {
@@ -205,8 +213,7 @@ TEST_F(CalcWindows, SpectrumAsksAboutMissingValuesAndTellsWhatItCannotDo)
         window.sl_execute();
     }
     EXPECT_TRUE(std::filesystem::exists("tempDFT.ts"));
-    const auto fields = window.findChildren<NumberField*>();
-    fields.at(1)->setText(QStringLiteral("1"));
+    fieldOf(window, "To sample").setText(QStringLiteral("1"));
     bool told = false;
     for (const QLabel* const label : window.findChildren<QLabel*>())
         told = told || label->text() == QLatin1String("The range holds fewer than 2 samples.");
@@ -249,8 +256,8 @@ TEST_F(CalcWindows, FullDiskLeavesNoScratchFileAndNoHalfResult)
 TEST_F(CalcWindows, ChoicesOfTheSpectrumOutliveAnotherColumnAndTheNextCalculation)
 {
     DFTWin window(QStringLiteral("a.ts"), 2);
-    NumberField* const to = window.findChildren<NumberField*>().at(1);
-    to->setText(QStringLiteral("1000"));
+    QLineEdit& to = fieldOf(window, "To sample");
+    to.setText(QStringLiteral("10 s"));  // sample 1000
     window.sl_execute();
     for (QAction* const action : window.findChildren<QAction*>())
         if (action->text().remove(QLatin1Char('&')) == QLatin1String("Logarithmic frequency"))
@@ -260,8 +267,110 @@ TEST_F(CalcWindows, ChoicesOfTheSpectrumOutliveAnotherColumnAndTheNextCalculatio
     for (QComboBox* const box : window.findChildren<QComboBox*>())
         if (box->accessibleName() == QLatin1String("Source column"))
             box->setCurrentIndex(0);
-    EXPECT_EQ(to->text(), "1000");
+    EXPECT_EQ(to.text(), "10 s");
     window.sl_execute();
     EXPECT_TRUE(canvas->plot().axis().logarithmic);
     EXPECT_EQ(TSFILE("tempDFT", true).samples(), 500U);
+}
+
+TEST_F(CalcWindows, AFailedOrRefusedCalculationLeavesTheLastResultToBeAskedAbout)
+{
+    const std::pair<ResultWindow*, const char*> windows[] = {
+        {new DerivativeWin(QStringLiteral("a.ts"), 2), "d(col1)/dt"},
+        {new IntegrateWin(QStringLiteral("a.ts"), 2), "Int(col1)/dt"},
+        {new DFTWin(QStringLiteral("a.ts"), 2), "Amplitude"},
+    };
+    for (const auto& [window, column] : windows) {
+        SCOPED_TRACE(column);
+        window->sl_execute();
+        {
+            const FileSizeLimit full(2048);
+            const BoxAnswer answer(QStringLiteral("Ok"));
+            window->sl_execute();
+        }
+        EXPECT_EQ(window->findChild<PlotCanvas*>()->plot().variables().size(),
+                  dynamic_cast<DFTWin*>(window) ? 1U : 2U);
+        {
+            TSFILE("a", false).setValue(77, 2, NAN);
+            const BoxAnswer cancel(QStringLiteral("Cancel"));
+            if (dynamic_cast<DFTWin*>(window))
+                window->sl_execute();
+            TSFILE("a", false).setValue(77, 2, 0.0F);
+        }
+        const BoxAnswer no(QStringLiteral("&No"));
+        EXPECT_TRUE(close(window));
+        EXPECT_EQ(no.text(), "Do you want to save the results?");
+    }
+    EXPECT_EQ(scratchFiles(), 0U);
+    EXPECT_FALSE(std::filesystem::exists("tempDFT.ts"));
+}
+
+TEST_F(CalcWindows, WithoutASourceNothingIsAskedAndSavingTellsWhatItNeeds)
+{
+    DerivativeWin window(QStringLiteral("a.ts"), 2);
+    window.sl_execute();
+    {
+        const BoxAnswer save(QStringLiteral("&Save"), [](QWidget& dialog) { typeName(dialog, "nowhere"); });
+        window.sl_saveResults();
+    }
+    EXPECT_TRUE(window.statusBar()->currentMessage().contains(
+        QStringLiteral("an existing ts-file with two columns and 2 000 samples; F2")));
+    EXPECT_FALSE(std::filesystem::exists("nowhere.ts"));
+    std::filesystem::remove("a.ts");
+    IntegrateWin bare;
+    const BoxAnswer box(QStringLiteral("Ok"));
+    bare.sl_execute();
+    EXPECT_EQ(bare.statusBar()->currentMessage(), "No source file available");
+    QTest::qWait(20);
+    EXPECT_FALSE(box.wasAsked());
+}
+
+TEST_F(CalcWindows, OwnTimesOfTheSourceAreToldAndUsedWhereTheyAreChosen)
+{
+    {
+        TSFILE timed("timed", 100, 1, 1);
+        timed.dt(1.0F);
+        for (std::uint32_t s = 1; s <= 100; ++s) {
+            timed.setValue(s, 1, static_cast<float>(2 * s));
+            timed.setValue(s, 2, static_cast<float>(6 * s));
+        }
+    }
+    DerivativeWin window(QStringLiteral("timed.ts"), 2);
+    window.show();
+    auto* const own = window.findChild<QCheckBox*>();
+    for (const bool isOwn : {false, true}) {
+        own->setChecked(isOwn);
+        window.sl_execute();
+        const QString told = window.findChild<ReadoutLabel*>()->text();
+        EXPECT_TRUE(told.contains(isOwn ? QStringLiteral("by the file's own times")
+                                        : QStringLiteral("own times (\"Time\") are not used")))
+            << told.toStdString();
+        EXPECT_EQ(window.findChild<PlotCanvas*>()->plot().variables().back()->variable().value(50),
+                  isOwn ? 3.0 : 6.0);
+    }
+}
+
+TEST_F(CalcWindows, LevelsInDecibelStandOnALinearAxisAndHaveNoMeans)
+{
+    DFTWin window(QStringLiteral("a.ts"), 2);
+    window.sl_execute();
+    for (QAction* const action : window.findChildren<QAction*>())
+        if (action->text().remove(QLatin1Char('&')).startsWith(QLatin1String("Logarithmic ")))
+            action->trigger();
+    const Plot2D& plot = window.findChild<PlotCanvas*>()->plot();
+    EXPECT_TRUE(plot.groups().front().isLogarithmic());
+    EXPECT_LE(plot.x1(), 0.05 * 1.0001) << "the first bin is in view";
+    window.findChild<QCheckBox*>()->setChecked(true);
+    window.sl_execute();
+    EXPECT_FALSE(plot.groups().front().isLogarithmic());
+    EXPECT_TRUE(plot.axis().logarithmic);
+    const QVector<IntervalRow> rows = intervalRows(plot);
+    ASSERT_EQ(rows.size(), 1);
+    EXPECT_EQ(rows[0].variable->variable().unit, "dB re 1 V");
+    const QStringList fields = intervalFields(plot, rows[0]);
+    for (const char* const name : {"mean", "RMS", "deviation"})
+        for (int c = 0; c < fields.size(); ++c)
+            EXPECT_TRUE(!intervalHeadings()[c].contains(QLatin1String(name), Qt::CaseInsensitive) ||
+                        fields[c].isEmpty())
+                << name;
 }

@@ -87,7 +87,7 @@ TEST(Spectrum, PeakOfAToneIsRightAnywhereInABinWithEveryWindowInDecibelOrNot)
             request.window = static_cast<SpectrumWindow>(choice / 4);
             request.decibel = choice % 2 == 1;
             request.pad = choice % 4 > 1;
-            request.to = request.pad ? 3590 : kSamples;
+            request.to = request.pad ? 3590 : request.decibel ? 3375 : kSamples;  // also an odd number
             SCOPED_TRACE(std::string(spectrumWindowName(request.window)) + " at " + std::to_string(bin) +
                          (request.decibel ? " dB" : "") + (request.pad ? " padded" : ""));
             const auto spectrum = spectrumOf(file, request);
@@ -270,6 +270,10 @@ TEST(Spectrum, LengthsAreTheGreatestAndTheLeastThatTheTransformTakes)
     }
     SpectrumRequest one;
     EXPECT_EQ(planSpectrum(one).bins, 0U);  // fewer than two samples
+    one.to = 1'000'000;
+    EXPECT_EQ(planSpectrum(one).bytes, 16'000'016U);
+    one.to = 3375;
+    EXPECT_EQ(planSpectrum(one).bytes, 24U * 3375);
 }
 
 TEST(Spectrum, PeaksAndHarmonicsStandWhereTheTonesAre)

@@ -609,6 +609,120 @@ TEST_F(Stl, passIsRunAgainOnlyWhereItFindsSomethingElse)
     EXPECT_EQ(3U, import(log)->samples());
 }
 
+// Local time of a sample, as the log would write it.
+std::string clockOf(TSFILE& ts, std::uint32_t sample)
+{
+    const auto seconds = static_cast<std::time_t>(std::floor(timeOf(ts, sample)));
+    char text[32];
+    std::strftime(text, sizeof text, "%F %H:%M", std::localtime(&seconds));
+    return text;
+}
+
+std::string monthsOf(const char* dayAndYear, int months)
+{
+    std::string text = "d,v\n";
+    for (int m = 1; m <= months; ++m)
+        text += std::to_string((m - 1) % 12 + 1) + dayAndYear + std::to_string(85 + (m - 1) / 12) + ",1\n";
+    return text;
+}
+
+TEST_F(Stl, nothingIsReadWrongWithoutAWord)
+{
+    struct Form
+    {
+        const char* what;
+        std::string text;
+        std::string names;
+        std::vector<float> column;  // the last one
+        std::string last;           // the clock at the last sample, where it is dated
+        bool inDoubt = false;
+        bool proven = false;
+        std::uint64_t titles = 0;
+        std::uint64_t troubles = 0;
+    };
+    std::string quarters = "date,v\n";
+    for (int y = 2015; y < 2019; ++y)
+        for (const char* const day : {"-01-01", "-04-01", "-07-01", "-10-01"})
+            quarters += std::to_string(y) + day + ",1\n";
+    std::string quoted = "\"\",\"breaks\",\"wool\",\"dye\"\n";
+    std::string blocks = "Linux 6.1 (host)\n\n";
+    for (int i = 1; i <= 3; ++i) {
+        quoted += "\"" + std::to_string(i) + "\",2" + std::to_string(i) + ",\"A\",\"L\"\n";
+        const std::string clock = "10:00:0" + std::to_string(i);
+        blocks += clock + " IFACE rx tx\n" + clock + " lo 1 2\n" + clock + " eth0 3 4\n\n";
+    }
+    const std::vector<float> ones12(12, 1.0F);
+    const std::vector<float> ones14(14, 1.0F);
+    const std::vector<float> ones16(16, 1.0F);
+    const std::vector<Form> forms = {
+        {"quarters", quarters, "Time v", ones16, "2018-10-01 00:00"},
+        {"a year of months", monthsOf("/1/", 12), "Time v", ones12, "1985-12-01 00:00", true, false},
+        {"more months", monthsOf("/1/", 14), "Time v", ones14, "1986-02-01 00:00", true, true},
+        {"twelve days of June", monthsOf("/6/", 12), "v", ones12, "1985-06-12 00:00", true, false},
+        {"quoted texts", quoted, "Col-1 breaks", {21, 22, 23}, ""},
+        {"first rows that are short",
+         "a,b,c\n1,1\n2,2\n4,4,4\n5,5,5\n6,6,6\n7,7,7\n8,8,8\n",
+         "a b c",
+         {kNone, kNone, 4, 5, 6, 7, 8},
+         "",
+         false,
+         false,
+         0,
+         2},
+        {"a first row that is long",
+         "a,b\n1,1,1\n2,2\n3,3\n4,4\n",
+         "a b",
+         {1, 2, 3, 4},
+         "",
+         false,
+         false,
+         0,
+         1},
+        {"few long rows",
+         "a,b,c\n1,1\n2,2\n3,3\n4,4\n5,5,5\n",
+         "a b c",
+         {kNone, kNone, kNone, kNone, 5},
+         "",
+         false,
+         false,
+         0,
+         4},
+        {"years above",
+         "Country,1990,2010\nA,1.5,3.5\nB,1.6,3.6\nC,1.7,3.7\n",
+         "1990 2010",
+         {3.5F, 3.6F, 3.7F},
+         ""},
+        {"numbers are no names", "1,2,3\n2,3,4\n3,4,5\n", "Col-1 Col-2 Col-3", {3, 4, 5}, ""},
+        {"blocks with heads", blocks, "rx tx", {2, 4, 2, 4, 2, 4}, "", false, false, 2},
+    };
+    for (const Form& form : forms) {
+        SCOPED_TRACE(form.what);
+        write("form.txt", form.text);
+        STLObject log("form.txt");
+        log.detect();
+        const auto ts = import(log);
+        std::string names;
+        for (std::uint32_t c = 1; c <= ts->columns(); ++c)
+            names += (c == 1 ? "" : " ") + std::string(ts->columnName(c));
+        EXPECT_EQ(form.names, names);
+        ASSERT_EQ(form.column.size(), ts->samples());
+        for (std::uint32_t row = 1; row <= ts->samples(); ++row) {
+            const float v = ts->value(row, ts->columns());
+            const float wanted = form.column[row - 1];
+            EXPECT_TRUE(std::isnan(wanted) ? std::isnan(v) : v == wanted) << row << ' ' << v;
+        }
+        if (!form.last.empty()) {
+            EXPECT_EQ(form.last, clockOf(*ts, ts->samples()));
+        }
+        EXPECT_EQ(form.inDoubt, log.format().orderInDoubt);
+        EXPECT_EQ(form.proven, log.format().orderBySteps);
+        EXPECT_EQ(form.titles, log.found().titleLines);
+        EXPECT_EQ(form.troubles, log.found().troubleCount);
+        EXPECT_EQ(0U, log.found().clockChanges);
+        EXPECT_EQ(std::string("years above") == form.what, log.format().namesInDoubt);
+    }
+}
+
 TEST_F(Stl, importerIsChosenByContent)
 {
     const std::string prose = "We went 3 miles, to the sea. It rained, and\nwe stayed for 2 days there\n\n";

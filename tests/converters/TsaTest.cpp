@@ -238,6 +238,41 @@ TEST_F(Tsa, diskThatIsFullAtAnyByteLosesNothing)
     }
 }
 
+TEST_F(Tsa, linksStayLinksAndProtectedFilesStay)
+{
+    fs::create_directory("elsewhere");
+    write("elsewhere/real.ts", "old");
+    fs::create_symlink("elsewhere/real.ts", "a.ts");
+    std::size_t most = 0;
+    progress = [&](auto, auto) {
+        // Whoever pulls the plug now finds the old file.
+        EXPECT_EQ("old", read("a.ts"));
+        return ++most > 0;
+    };
+    std::string rows = "%S 9000\n%C 1\n";
+    for (int i = 0; i < 9000; ++i)
+        rows += "1\n";
+    ASSERT_EQ(1, import(rows));
+    EXPECT_GT(most, 0U);
+    EXPECT_TRUE(fs::is_symlink("a.ts"));
+    EXPECT_EQ(9000U, openTsFile("elsewhere/real.ts", true)->samples());
+    EXPECT_EQ(2U, static_cast<std::size_t>(
+                      std::distance(fs::directory_iterator("elsewhere"), fs::directory_iterator())) +
+                      1);
+
+    write("b.ts", "old");
+    write("b.txt", "old");
+    fs::permissions("b.ts", fs::perms::owner_read);
+    fs::permissions("b.txt", fs::perms::owner_read);
+    progress = {};
+    EXPECT_EQ(-1, import("%S 1\n%C 1\n5\n", "b.tsa"));
+    EXPECT_EQ("Ts-Create", answers.title);
+    EXPECT_EQ("old", read("b.ts"));
+    TsaExportReport done;
+    EXPECT_THROW(exportTsaText(*openTsFile("a.ts", true), "b.txt", 1, 1, {}, done), std::system_error);
+    EXPECT_EQ("old", read("b.txt"));
+}
+
 TEST_F(Tsa, unreadableTextsSayWhy)
 {
     EXPECT_EQ(-1, importTsaText("none.tsa", answers, progress, report));

@@ -1,6 +1,7 @@
 // An interval saved as a file of its own.
 #include <gtest/gtest.h>
 
+#include "core/ColumnCopy.h"
 #include "core/Interval.h"
 #include "core/TSFILE.h"
 #include "tests/core/TsFileBytes.h"
@@ -52,6 +53,25 @@ TEST(Interval, rowsKeepTheirTimesValuesAndTexts)
         EXPECT_EQ(part.description(), "a series");
         EXPECT_EQ(part.isPlottable(1), from.isPlottable(1));
     }
+}
+
+TEST(Interval, aCopyOfALongRingBeginsWhereItsOldestSampleStands)
+{
+    const TestDirectory directory;
+    TSFILE ring("ring.ts", 1000, 1, 0);
+    ring.dt(0.001F);
+    ring.startSeconds(1'700'000'000);
+    ring.setRingMode(true);
+    const float value = 1.0F;
+    for (std::uint32_t s = 86'400'000; s <= 86'401'500; ++s)  // a day at 1 kHz
+        ring.writeRow(s, &value, true);
+    ring.flush(true);
+    ASSERT_EQ(ring.ringStart(), 86'400'501U);
+    TSFILE copy("copy.ts", 1000, 1, 0);
+    copyHeaderFromOldest(ring, copy);
+    const double step = static_cast<double>(ring.dt());
+    EXPECT_NEAR(copy.startSeconds() - 1.7e9 + static_cast<double>(copy.startTime()), 86'400'500.0 * step,
+                1e-6);
 }
 
 TEST(Interval, cancelledLeavesTheOldFileAndNothingElse)

@@ -261,6 +261,12 @@ TEST(PlotFile, ringBeginsAtTheOldestSample)
     EXPECT_EQ(file->sampleOf(1), 151U);
     EXPECT_DOUBLE_EQ(file->timeOf(1), 75.5);
     EXPECT_EQ(file->rowAt(76.2), 2U);
+    // In sample numbers x is the sample's own.
+    XAxis axis;
+    axis.mode = XMode::Sample;
+    const Variable v(file, 1);
+    EXPECT_EQ(axis.xOf(v, 2), 152.0);
+    EXPECT_EQ(axis.nearestRow(v, 152.3), 2U);
 }
 
 TEST(PlotSource, rowAtIsTheLastRowAtOrBefore)

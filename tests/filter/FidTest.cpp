@@ -75,7 +75,7 @@ TEST(FidDesign, everyFormatHasItsGainsAndItsDescription)
         {"HpBu1/1e2",
          {0, 100, 500},
          {0, h, 1},
-         "Highpass Butterworth filter, order 1, -3.01dB frequency 100"},
+         "Highpass Butterworth filter, order 1, -3.01dB frequency 1e2"},
         {"BpBu64/50-200",
          {50, b, 200},
          {h, 1, h},

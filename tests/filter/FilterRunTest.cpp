@@ -69,6 +69,14 @@ TEST(FilterRequest, complaintsComeInTheirOrder)
     EXPECT_EQ(samplingFrequency(0.0F), 0.0);
 }
 
+TEST(FilterRequest, reportsReachUsersInTheProgramsWords)
+{
+    const FidReports reports;
+    EXPECT_FALSE(designFilter({5, 1e-9, 0.0, 64, 0.0}, 1000.0));
+    EXPECT_TRUE(reports.text().starts_with("This filter cannot be made so narrow: "));
+    EXPECT_NE(reports.text().find("\n(Frequency of 1e-09Hz out of range"), std::string::npos);
+}
+
 TEST(MovingAverageRun, equalsTheDirectMeanAtBothEndsAndAcrossRuns)
 {
     const TestDirectory directory;

@@ -14,8 +14,10 @@
 #include <fstream>
 #include <optional>
 
+#include "core/FileTime.h"
 #include "core/TsNames.h"
 #include "filter/FilterCharWin.h"
+#include "filter/FilterTypes.h"
 #include "filter/FilterWin.h"
 #include "filter/SaveResultsDialog.h"
 #include "share/NumberField.h"
@@ -133,7 +135,11 @@ TEST_F(FilterWinTest, WorkFilesAreItsOwnAndGoWithIt)
     second->sl_execute();
     EXPECT_TRUE(std::filesystem::exists("temp_1.ts"));
     EXPECT_TRUE(std::filesystem::exists("temp_2.ts"));
-    m_window->close();
+    {
+        const BoxAnswer no(QStringLiteral("&No"));
+        m_window->close();
+        EXPECT_EQ(no.text(), QStringLiteral("Do you want to save the results?"));
+    }
     delete second;
     QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     int left = 0;
@@ -221,6 +227,62 @@ TEST_F(FilterWinTest, PreviewFollowsTheFields)
         ASSERT_EQ(variables.size(), 2U) << row.freq0;
         EXPECT_EQ(variables[1]->variable().label, row.marked);
     }
+}
+
+TEST_F(FilterWinTest, AWorkFileThatIsGoneIsToldAndNothingFalls)
+{
+    open();
+    QObject::connect(m_window->statusBar(), &QStatusBar::messageChanged, [](const QString& text) {
+        if (text == QStringLiteral("Filtering...finished"))
+            std::filesystem::remove("temp_1.ts");
+    });
+    m_window->sl_execute();
+    for (const PlotCanvas* const canvas : m_window->findChildren<PlotCanvas*>())
+        EXPECT_TRUE(canvas->accessibleName() == QStringLiteral("Characteristic of the filter") ||
+                    canvas->plot().variables().empty());
+    EXPECT_FALSE(std::filesystem::exists("temp_1.ts"));
+}
+
+TEST_F(FilterWinTest, SlotsSetTheirFieldsAndNumbersKeepTheirSpelling)
+{
+    open();
+    choose(11);
+    m_window->sl_fldFreq0Changed(QStringLiteral("0.0001"));
+    m_window->sl_fldFiltOrderChanged(QStringLiteral("2"));
+    m_window->sl_fldFreq1Changed(QStringLiteral("100,5"));
+    m_window->sl_fldRippleChanged(QStringLiteral("-0.25"));
+    const char* const texts[] = {"0.0001", "2", "100,5", "-0.25"};
+    for (int i = 0; i < 4; ++i)
+        EXPECT_EQ(field(i).text(), QLatin1String(texts[i])) << i;
+    EXPECT_EQ(filterSpec({11, 0.0001, 100000, 2, -0.25}), "BpCh2/-0.25/0.0001-100000");
+    SaveResultsDialog dialog(QStringLiteral("hum.ts"), QStringLiteral("x.ts"), nullptr);
+    dialog.sl_methodSelected(1);
+    EXPECT_EQ(dialog.method(), SaveResultsDialog::ToSourceColumn);
+    dialog.sl_cbResultColActivated(0);
+    EXPECT_EQ(dialog.outputColumn(), 1U);
+}
+
+TEST_F(FilterWinTest, ARangeIsFilteredAloneAndDoesNotGoToOtherSamplesOfItsSource)
+{
+    openTsFile("hum.ts", false)->startSeconds(1000);
+    open();
+    choose(0);
+    for (QLineEdit* const edge : m_window->findChildren<QLineEdit*>())
+        if (edge->accessibleName() == QStringLiteral("From sample"))
+            edge->setText(QStringLiteral("1.5 s"));
+    m_window->sl_execute();
+    const auto work = openTsFile("temp_1.ts", true);
+    EXPECT_EQ(work->samples(), 501U);
+    EXPECT_EQ(work->value(1, 1), openTsFile("hum.ts", true)->value(1500, 1));
+    EXPECT_NEAR(FileTime(*work).moment(1), 1001.5, 1e-6);
+    std::optional<BoxAnswer> refused;
+    const BoxAnswer answer(QStringLiteral("&Save"), [&](QWidget& dialog) {
+        dynamic_cast<SaveResultsDialog&>(dialog).sl_methodSelected(1);
+        refused.emplace(QStringLiteral("Ok"));
+    });
+    m_window->sl_saveResults();
+    EXPECT_TRUE(refused && refused->text().startsWith(QStringLiteral("The results begin with sample 1500")));
+    EXPECT_EQ(openTsFile("hum.ts", true)->columns(), 1U);
 }
 
 TEST(SaveResultsDialog, NamesAreTakenAsTyped)

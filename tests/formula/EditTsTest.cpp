@@ -1,4 +1,4 @@
-// Ts-Edit: range, calculation, formula files, and the window as a person uses it.
+// Ts-Edit as a person uses it.
 
 #include <gtest/gtest.h>
 
@@ -11,17 +11,13 @@
 #include <QTest>
 
 #include <algorithm>
-#include <cmath>
 #include <fstream>
 
 #include "core/ScratchFile.h"
 #include "core/TSFILE.h"
-#include "core/TsExceptions.h"
-#include "formula/Calculation.h"
 #include "formula/EditTsWin1.h"
 #include "formula/FormulaFile.h"
 #include "share/NoticeStrip.h"
-#include "share/NumberField.h"
 #include "tests/BoxAnswer.h"
 #include "tests/Desk.h"
 #include "tests/core/TsFileBytes.h"
@@ -54,112 +50,6 @@ QComboBox& targetBox(EditTsWin& window)
 }
 
 }  // namespace
-
-TEST(CalculationRange, BoundsBecomeSamplesWithATolerance)
-{
-    const TestDirectory directory;
-    const struct
-    {
-        std::vector<TimeBounds> rows;
-        double dt;
-        std::uint32_t samples, first, last;
-    } rows[] = {
-        {{{0.0, 9.9}}, 0.1, 100, 1, 100},
-        {{{0.3, 0.7}}, 0.1, 100, 4, 8},
-        {{{0.30000001, 0.69999999}}, 0.1, 100, 4, 8},
-        {{{0.31, 0.69}}, 0.1, 100, 5, 7},
-        {{{0.5, 5000.0}}, 0.01F, 1000000, 51, 500001},
-        {{{0.509, 5000.009}}, 0.01F, 1000000, 52, 500001},
-        {{{-5.0, 1e30}}, 1.0, 100, 1, 100},
-        {{{2.0, 8.0}, {4.0, 20.0}}, 1.0, 100, 5, 9},
-        {{{5.0, 4.0}}, 1.0, 100, 6, 5},
-        {{{200.0, 300.0}}, 1.0, 100, 1, 0},
-        {{{0.0, 9.0}}, 0.0, 100, 1, 0},
-        {{{0.0, NAN}}, 1.0, 100, 1, 0},
-    };
-    for (const auto& row : rows) {
-        TSFILE target("a", row.samples, 1, 0);
-        target.dt(static_cast<float>(row.dt));
-        const CalculationRange range = calculationRange(row.rows, target);
-        EXPECT_EQ(range.isEmpty(), row.last < row.first) << row.rows[0].start;
-        if (!range.isEmpty()) {
-            EXPECT_EQ(range.first, row.first) << row.rows[0].start;
-            EXPECT_EQ(range.last, row.last) << row.rows[0].start;
-        }
-    }
-    const auto used = usedRows("max(X1,x3)+x8", 3, 2);
-    EXPECT_EQ(used, (std::array<bool, 8>{true, true, true}));
-}
-
-TEST(Calculation, TargetReadByItsOwnFormulaIsNeverStaleAndCancelPutsItBack)
-{
-    const TestDirectory directory;
-    makeRamp("a", 20000, 1.0F);
-    TSFILE file("a", false);
-    const auto before = bytesOf("a.ts");
-    CalculationReport report;
-    int calls = 0;
-    const auto cancelLater = [&](std::uint64_t, std::uint64_t) { return ++calls < 4; };
-    FormulaParser constant("7");
-    constant.Compile();
-    EXPECT_EQ(calculate(constant, {file, 2, {1, 20000}, 0, {}}, cancelLater, report), JobOutcome::Cancelled);
-    EXPECT_EQ(bytesOf("a.ts"), before);
-
-    file.setValue(1, 2, 5.0F);
-    FormulaParser chain("x1+1");
-    chain.SetSource(&file, 2, 1);
-    chain.Compile();
-    for (int i = 0; i < 2; ++i)
-        EXPECT_EQ(calculate(chain, {file, 2, {1, 1}, 0, {}}, {}, report), JobOutcome::Done);
-    EXPECT_EQ(file.value(1, 2), 7.0F);
-    EXPECT_EQ(file.value(2, 2), 0.0F);
-
-    FormulaParser faulty("1/t+1/t+max(1)+ln(t)");
-    faulty.Compile();
-    calculate(faulty, {file, 2, {1, 1}, 0, {}}, {}, report);
-    EXPECT_EQ(report.faultySamples, 1U);
-    EXPECT_EQ(report.missing, 1U);
-}
-
-TEST(Calculation, SourceCutShortPutsTheOldValuesBack)
-{
-    const TestDirectory directory;
-    makeRamp("a", 20000, 1.0F);
-    makeRamp("cut", 20000, 1.0F);
-    std::filesystem::resize_file("cut.ts", 50000);
-    const auto before = bytesOf("a.ts");
-    auto file = std::make_unique<TSFILE>("a", false);
-    TSFILE cut("cut", true);
-    FormulaParser formula("x1+1");
-    formula.SetSource(&cut, 1, 1);
-    formula.Compile();
-    const auto reopen = [&]() -> TSFILE& {
-        file.reset();
-        EXPECT_NE(bytesOf("a.ts"), before);  // it had begun
-        file = std::make_unique<TSFILE>("a", false);
-        return *file;
-    };
-    CalculationReport report;
-    EXPECT_THROW(calculate(formula, {*file, 2, {1, 20000}, 0, reopen}, {}, report), TS::IO_ERROR);
-    EXPECT_EQ(bytesOf("a.ts"), before);
-    EXPECT_TRUE(report.lost.empty());
-}
-
-TEST(FormulaFile, IsExactlyFiveLinesAndTheLastPairWins)
-{
-    const TestDirectory directory;
-    writeFormulaFile("f.txt", "sqrt(x1)");
-    std::ifstream in("f.txt");
-    const std::string text((std::istreambuf_iterator<char>(in)), {});
-    EXPECT_EQ(text, "**Ts-Edit Documentation**\n\n  Composed function: \n   sqrt(x1)\n\n");
-    EXPECT_EQ(readFormulaFile("f.txt"), "   sqrt(x1)");
-    std::ofstream("g.txt") << "cOMPOSED one\r\nx1\r\nnoise\nComposed\nx2+" << std::string(400, '1');
-    EXPECT_EQ(readFormulaFile("g.txt"), "x2+" + std::string(252, '1'));
-    std::ofstream("rubbish.txt") << std::string(1000000, '\0');
-    EXPECT_FALSE(readFormulaFile("rubbish.txt").has_value());
-    EXPECT_THROW(readFormulaFile("none.txt"), std::system_error);
-    EXPECT_THROW(writeFormulaFile("no/such/f.txt", "1"), std::system_error);
-}
 
 TEST(EditTsWin, ComputesAColumnOverTheRangeOfItsRows)
 {
@@ -271,7 +161,9 @@ TEST(EditTsWin, WhatTheCompilerAcceptsInSilenceStandsBesideTheFieldAndInTheInfoB
         {"x1 + ", "x1 + was read as x1 + 0"},
         {"x9+1", "x9+1 was read as x; an x without a source gave 0"},
         {"2*sqrt(x1^2+1)+cos(pi*t) x1+2*sqrt(x1)+12",
-         "\xE2\x80\xA61^2+1)+cos(pi*t) x1+2*sqrt(x1)+1\xE2\x80\xA6 was read as \xE2\x80\xA61^2+1)+cos(pi*t)"},
+         "\xE2\x80\xA6"
+         "1^2+1)+cos(pi*t) x1+2*sqrt(x1)+1\xE2\x80\xA6 was read as \xE2\x80\xA6"
+         "1^2+1)+cos(pi*t)"},
         {"t*2,5", "a comma gave 0 (decimals have a point)"},
         {"max(x1, 2.5)", ""},
         {"log2(t+1)+cosh (t)", "log2 was read as log; cosh was read as cos"},
@@ -552,7 +444,15 @@ TEST(EditTsWin, WhatCannotBeDoneIsToldAndChangesNothing)
             "Cannot execute this command while the\ntarget file is open as read/write in the List window.");
     }
     desk.writer.clear();
-    QTest::keyClicks(window.findChildren<NumberField*>().at(0), "900");  // start 0900
+    window.findChild<EditVariable*>()->sl_StartTimeChanged(QStringLiteral("noon"));
+    window.sl_calculate();
+    EXPECT_EQ(window.statusBar()->currentMessage(), QStringLiteral("Start or end of x1 is not a time"));
+    const auto fields = window.findChildren<QLineEdit*>();
+    QLineEdit* const start = *std::find_if(fields.begin(), fields.end(), [](const QLineEdit* field) {
+        return field->accessibleName() == QLatin1String("x1 start time");
+    });
+    start->clear();
+    QTest::keyClicks(start, "900");
     window.sl_calculate();
     EXPECT_TRUE(window.statusBar()->currentMessage().startsWith(QStringLiteral("Nothing to calculate")));
     targetBox(window).setCurrentIndex(-1);

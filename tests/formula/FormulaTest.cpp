@@ -7,24 +7,29 @@
 #include <string>
 #include <vector>
 
+#include "core/ErrorReport.h"
 #include "core/TSFILE.h"
 #include "formula/Bessel.h"
 #include "formula/FormulaEvaluation.h"
 #include "formula/FormulaParser.h"
 #include "formula/Noise.h"
-#include "portal/TsApplication.h"
 #include "tests/core/TsFileBytes.h"
 
 using namespace veltrac;
 
 namespace {
 
-class Listener : public TsApplication
+// Hears the error reports while it lives.
+class Listener
 {
 public:
-    Listener() { setInstance(this); }
-    void ShowTsError(const char* text) override { texts.emplace_back(text); }
-    std::vector<std::string> texts;
+    Listener()
+    {
+        texts.clear();
+        setErrorListener([](const char* text) { texts.emplace_back(text); });
+    }
+    ~Listener() { setErrorListener(nullptr); }
+    inline static std::vector<std::string> texts;
 };
 
 }  // namespace

@@ -206,6 +206,21 @@ TEST(BlockOperation, PasteTakesCommasAndGapsAndRefusesWords)
     for (const char* const bad : {"1\tVolt", "1 2", "0x10", "1e39", "1.234,5"}) {
         const PastedTable refused = parsePasted(bad);
         EXPECT_TRUE(refused.rows.empty()) << bad;
-        EXPECT_FALSE(refused.refused.isEmpty()) << bad;
+        EXPECT_FALSE(refused.refused.empty()) << bad;
     }
+}
+
+TEST(BlockOperation, PastedRowsFillTheirCellsAndCountWhatFindsNoPlace)
+{
+    // Two samples in the order of a sorted table, the second of three columns takes nothing.
+    const std::vector<std::vector<float>> rows = {{1, 2, 3, 4}, {5, 6}, {7}};
+    const std::vector<std::uint32_t> samples = {9, 4};
+    const std::vector<std::uint32_t> columns = {2, 0, 1};
+    const PastedStrips pasted = pasteStrips(rows, samples, columns);
+    EXPECT_EQ(pasted.beyond, 2U);
+    EXPECT_EQ(pasted.refused, 2U);
+    EditList list;
+    list.add({"Paste", pasted.strips});
+    EXPECT_EQ(applied(list, 2, 4, Values(6)), Values({5, 0, 0, 0, 0, 1}));
+    EXPECT_EQ(applied(list, 1, 4, Values(6)), Values({0, 0, 0, 0, 0, 3}));
 }

@@ -4,9 +4,6 @@
 
 #include <QPersistentModelIndex>
 
-#include <algorithm>
-#include <cmath>
-
 #include "portal/RowWindow.h"
 #include "portal/SortedRows.h"
 
@@ -39,12 +36,12 @@ TEST(RowWindow, ShowsTheSourceRowsOfItsPlaceAndStopsAtTheEnds)
 {
     LongModel source(kLong);
     RowWindow window(&source);
-    const int last = kLong - RowWindow::kRows;
+    const int last = kLong - RowStretch::kRows;
     const int places[][2] = {{0, 0}, {1234567, 1234567}, {kLong, last}, {-5, 0}, {last, last}};
     for (const auto& [asked, base] : places) {
         window.setBase(asked);
         EXPECT_EQ(window.base(), base);
-        EXPECT_EQ(window.rowCount(), RowWindow::kRows);
+        EXPECT_EQ(window.rowCount(), RowStretch::kRows);
         EXPECT_EQ(window.index(999999, 2).data().toLongLong(), (base + 999999LL) * 10 + 2);
         EXPECT_EQ(window.headerData(7, Qt::Vertical).toInt(), base + 8);
         EXPECT_EQ(window.headerData(1, Qt::Horizontal).toInt(), 2);
@@ -83,24 +80,14 @@ TEST(RowWindow, PassesOnChangesOfTheRowsThatItShows)
     source.change(0, 999);
     source.change(0, kLong - 1);
     source.change(1005, 1006);
-    const std::vector<std::pair<int, int>> expected{{0, RowWindow::kRows - 1}, {5, 6}};
+    const std::vector<std::pair<int, int>> expected{{0, RowStretch::kRows - 1}, {5, 6}};
     EXPECT_EQ(seen, expected);
 }
 
-TEST(SortedRows, MissingValuesStandLastAndEqualOnesKeepTheirOrder)
+TEST(SortedRows, ShowsTheSourceRowsInItsOwnOrder)
 {
-    const std::vector<float> values = {5, NAN, -1, 5, 3, NAN, -1};
-    const ColumnReader read = [&](std::uint32_t first, std::span<float> out) {
-        std::copy_n(values.begin() + first - 1, out.size(), out.begin());
-    };
-    std::vector<std::uint32_t> samples;
-    sortSamples(read, 1, 7, Qt::AscendingOrder, {}, samples);
-    EXPECT_EQ(samples, (std::vector<std::uint32_t>{3, 7, 5, 1, 4, 2, 6}));
-    sortSamples(read, 2, 5, Qt::DescendingOrder, {}, samples);
-    EXPECT_EQ(samples, (std::vector<std::uint32_t>{4, 5, 3, 2}));
-
     LongModel source(7);
-    const SortedRows sorted(&source, samples);
+    const SortedRows sorted(&source, {4, 5, 3, 2});
     EXPECT_EQ(sorted.rowCount(), 4);
     EXPECT_EQ(sorted.index(0, 1).data().toInt(), 31);
     EXPECT_EQ(sorted.headerData(1, Qt::Vertical, Qt::DisplayRole).toInt(), 5);

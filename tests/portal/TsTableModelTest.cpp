@@ -28,9 +28,11 @@ TEST(TsTableModel, AnswersTheTableAndNothingElse)
 {
     const TestDirectory directory;
     {
-        TSFILE file("a.ts", 2, 2, 0);
+        TSFILE file("a.ts", 2, 3, 0);
         file.columnName(1, "Force   ");
         file.columnDescription(1, "Left foot [N]");
+        file.columnName(3, "Volt");
+        file.columnDescription(3, "Volt");
         file.setValue(1, 1, -1.23456F);
         file.setValue(2, 2, NAN);
     }
@@ -41,6 +43,7 @@ TEST(TsTableModel, AnswersTheTableAndNothingElse)
     EXPECT_EQ(model.index(0, 0).data(Qt::TextAlignmentRole).toInt(), Qt::AlignHCenter | Qt::AlignVCenter);
     EXPECT_EQ(model.headerData(0, Qt::Horizontal).toString(), "  Force Left foot [N] ");
     EXPECT_EQ(model.headerData(1, Qt::Horizontal).toString(), "  Column-02  ");
+    EXPECT_EQ(model.headerData(2, Qt::Horizontal).toString(), "  Volt  ") << "one text for both";
     EXPECT_EQ(model.headerData(1, Qt::Vertical).toInt(), 2);
     for (const int role : {Qt::EditRole, Qt::BackgroundRole, Qt::ToolTipRole, Qt::DecorationRole}) {
         EXPECT_FALSE(model.index(0, 0).data(role).isValid()) << role;

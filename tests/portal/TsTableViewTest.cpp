@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <cmath>
 #include <cstring>
 #include <filesystem>
@@ -10,6 +9,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QClipboard>
+#include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -20,7 +20,9 @@
 
 #include <unistd.h>
 
+#include "core/ColumnBackup.h"
 #include "core/TsNames.h"
+#include "portal/SampleView.h"
 #include "portal/TsApplication.h"
 #include "portal/TsTableView.h"
 #include "share/NoticeStrip.h"
@@ -30,8 +32,6 @@
 using namespace veltrac;
 
 namespace {
-
-using namespace std::chrono_literals;
 
 // Plays the main window: keeps the files that are open for writing.
 class Portal : public TsApplication
@@ -78,6 +78,14 @@ public:
 
     TsTableView& window() { return *m_window; }
     SampleView& view() { return *m_window->findChild<SampleView*>(); }
+    // What the status bar says about the current cell.
+    QString position()
+    {
+        for (const QLabel* const label : m_window->findChildren<QLabel*>())
+            if (label->accessibleName() == "Current sample")
+                return label->text();
+        return QString();
+    }
     bool isGone()
     {
         QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
@@ -100,7 +108,19 @@ public:
         press(Qt::Key_Return);
         QApplication::processEvents();
     }
-    void call(const char* slot) { QMetaObject::invokeMethod(m_window, slot); }
+    // A slot of the window or of one of its parts.
+    void call(const char* slot)
+    {
+        const QByteArray signature = QByteArray(slot) + "()";
+        QList<QObject*> parts = m_window->findChildren<QObject*>();
+        parts.prepend(m_window);
+        for (QObject* const part : parts)
+            if (part->metaObject()->indexOfSlot(signature) >= 0) {
+                QMetaObject::invokeMethod(part, slot);
+                return;
+            }
+        ADD_FAILURE() << slot;
+    }
     // Presses a box's button while the slot runs; returns the box's text.
     QString callAndAnswer(const char* slot, const QString& button, std::function<void(QWidget&)> before = {})
     {
@@ -230,9 +250,8 @@ TEST(TsTableView, SelectionExtendsFromTheCurrentCellHoweverItWasReached)
                 continue;  // half a billion samples
             Window edit(1);
             SampleView& view = edit.view();
-            QTest::mouseClick(
-                view.viewport(), Qt::LeftButton, Qt::NoModifier,
-                view.visualRect(view.model()->index(2, 0)).center());
+            QTest::mouseClick(view.viewport(), Qt::LeftButton, Qt::NoModifier,
+                              view.visualRect(view.model()->index(2, 0)).center());
             row.reach(edit);
             edit.press(row.key, Qt::ShiftModifier);
             ASSERT_EQ(view.selectedBlocks().size(), 1U) << row.label;
@@ -279,9 +298,8 @@ TEST(TsTableView, FileThatChangesOrVanishesIsToldAndReadAgain)
     activate();
     EXPECT_FALSE(strip.isVisible());
     makeFile({1, 2, 3});
-    std::filesystem::last_write_time("test.ts", std::filesystem::file_time_type::clock::now() + 10s);
-    activate();
-    EXPECT_EQ(strip.text(), "test.ts has changed.");
+    // Also while the window stays in front.
+    EXPECT_TRUE(QTest::qWaitFor([&] { return strip.text() == "test.ts has changed."; }, 5000));
     list.window().findChild<QCheckBox*>()->setChecked(true);
     ASSERT_TRUE(list.view().isSorted());
     strip.findChild<QPushButton*>()->click();
@@ -291,6 +309,146 @@ TEST(TsTableView, FileThatChangesOrVanishesIsToldAndReadAgain)
     std::filesystem::remove("test.ts");
     activate();
     EXPECT_EQ(strip.text(), "test.ts is gone; it is shown as it was.");
+}
+
+TEST(TsTableView, FileThatCouldNotBeOpenedIsTriedAgainOnReload)
+{
+    const TestDirectory directory;
+    TsTableView window("test.ts", nullptr, 1);
+    EXPECT_EQ(window.findChild<SampleView*>(), nullptr);
+    makeFile({1, 2, 3});
+    QMetaObject::invokeMethod(&window, "sl_reload");
+    ASSERT_NE(window.findChild<SampleView*>(), nullptr);
+    EXPECT_EQ(window.findChild<SampleView*>()->totalRows(), 3);
+    EXPECT_TRUE(window.isEditing());
+}
+
+TEST(TsTableView, EmptyRowsOfARingAreToldAndDoNotCount)
+{
+    const TestDirectory directory;
+    struct Row
+    {
+        std::uint32_t first, last;
+        std::vector<float> rows;  // 100: never written
+        const char* maximum;
+        const char* emptyRow;  // of the status bar, on the last row
+    };
+    const Row rows[] = {
+        {1,
+         3,
+         {-5, -7, -2, 100, 100},
+         " -2 at sample 3\n2 rows of the ring are empty and do not count",
+         "Row 5 of 5 of the ring is empty: nothing was written there yet."},
+        {4,
+         6,
+         {-1, 100, 100, -5, -7},
+         " -1 at sample 6 (row 1)\n2 rows of the ring are empty and do not count",
+         nullptr},
+        {8, 12, {-5, -7, -2, -9, -9}, " -2 at sample 8 (row 3)", nullptr},
+    };
+    for (const Row& row : rows) {
+        HandMadeFile ring(1024 + 512, false);
+        ring.word(0, 5).word(4, 1).real(16, 1.0F).word(140, row.first).word(144, row.last).word(508, 3);
+        for (std::size_t i = 0; i < row.rows.size(); ++i)
+            ring.real(1024 + 4 * i, row.rows[i]);
+        ring.write("test.ts");
+        Window list(0);
+        EXPECT_EQ(list.callAndAnswer("sl_findmax", "&Ok"),
+                  QString("The max value in column 1 is:\n") + row.maximum);
+        list.view().goTo(4, 0);
+        if (row.emptyRow != nullptr)
+            EXPECT_EQ(list.position(), row.emptyRow);
+        else
+            EXPECT_TRUE(list.position().startsWith("Sample ")) << list.position().toStdString();
+    }
+}
+
+TEST(TsTableView, GoesToEveryTimeAsItShowsItAndSurvivesDamagedOnes)
+{
+    const TestDirectory directory;
+    {
+        TSFILE file("test.ts", 100, 2, 0);
+        file.dt(0.25F);
+        file.startSeconds(1477797000);
+        file.flush(true);
+    }
+    Window list(0);
+    for (const int row : {6, 98}) {
+        list.view().goTo(row, 0);
+        const QString shown = list.position().section(QStringLiteral(", "), 2);
+        ASSERT_FALSE(shown.isEmpty()) << list.position().toStdString();
+        list.view().goTo(0, 1);
+        list.callAndAnswer("sl_goTo", "OK",
+                           [&](QWidget& box) { box.findChild<QLineEdit*>()->setText(shown); });
+        EXPECT_EQ(list.view().currentRow(), row) << shown.toStdString();
+    }
+    {
+        TSFILE file("test.ts", 2, 1, 1);
+        file.setValue(1, 1, 1e30F);
+        file.setValue(2, 1, 2e30F);
+        file.flush(true);
+    }
+    list.call("sl_reload");
+    list.view().goTo(1, 0);
+    EXPECT_TRUE(list.position().startsWith("Sample 2 of 2, 2")) << list.position().toStdString();
+    EXPECT_FALSE(list.position().contains(':')) << "no calendar has such a date";
+}
+
+TEST(TsTableView, ColumnsFollowAFontThatComesLaterAndTheFindBarHidesNoCurrentCell)
+{
+    const TestDirectory directory;
+    makeFile(std::vector<float>(200, 123456.0F));
+    Window list(0);
+    const int before = list.view().columnWidth(0);
+    QFont font = list.window().font();
+    font.setPointSize(3 * font.pointSize());
+    list.window().setFont(font);
+    QApplication::processEvents();
+    EXPECT_GT(list.view().columnWidth(0), 3 * before / 2);
+
+    const int lowest = list.view().rowAt(list.view().viewport()->height() - 1) - 1;
+    list.view().goTo(lowest, 0);
+    list.call("sl_find");
+    QApplication::processEvents();
+    EXPECT_TRUE(list.view().viewport()->rect().contains(list.view().visualRect(list.view().currentIndex())));
+}
+
+TEST(TsTableView, OldValuesThatAFailedSaveHasLeftAreBroughtBack)
+{
+    const TestDirectory directory;
+    makeFile({1, 2, 3});
+    std::filesystem::path kept;
+    {
+        const auto file = openTsFile("test.ts", false);
+        ColumnBackup backup(*file);
+        backup.save(1, 2, 2, {});
+        backup.saveInfo(1);
+        kept = std::filesystem::current_path() / "veltrac-old-values.bin";
+        std::filesystem::copy_file(backup.path(), kept);
+        file->setValue(2, 1, 8);
+        file->setValue(3, 1, 9);
+        file->flush(true);
+    }
+    Window list(0);
+    QString question;
+    QTimer yes;
+    QObject::connect(&yes, &QTimer::timeout, [&] {
+        auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        if (box == nullptr)
+            return;
+        question = box->text();
+        for (QAbstractButton* const button : box->buttons())
+            if (button->text() == "&Yes")
+                button->click();
+    });
+    yes.start(10);
+    list.callAndAnswer("sl_restoreOldValues", "&Open", [&](QWidget& box) {
+        qobject_cast<QFileDialog*>(&box)->selectFile(QString::fromStdString(kept.string()));
+    });
+    EXPECT_TRUE(question.contains("column 1, samples 2 to 3")) << question.toStdString();
+    EXPECT_EQ(valueInFile(2, 1), 2.0F);
+    EXPECT_EQ(valueInFile(3, 1), 3.0F);
+    EXPECT_EQ(list.view().model()->index(1, 0).data().toString(), "2.0000") << "and is read again";
 }
 
 TEST(TsTableView, OnlyChosenColumnsShowAndAreCopied)

@@ -23,6 +23,7 @@
 #include <cmath>
 #include <fstream>
 
+#include "core/FileTime.h"
 #include "core/PlotFile.h"
 #include "core/TSFILE.h"
 #include "portal/TsApplication.h"
@@ -31,6 +32,7 @@
 #include "share/OverviewStrip.h"
 #include "share/PlotCanvas.h"
 #include "share/PlotExport.h"
+#include "share/PlotGoTo.h"
 #include "share/PlotReadout.h"
 #include "share/QtPlotColWin.h"
 #include "share/QtPlotWin1.h"
@@ -219,7 +221,7 @@ TEST_F(PlotCanvasTest, goToUnderstandsSamplesTimesAndShares)
     {
         const char* text;
         double x;
-    } cases[] = {{"2500", 2.5}, {"7,5 s", 7.5}, {"50%", 5.0005}};
+    } cases[] = {{"2500", 2.5}, {"7,5 s", 7.5}, {"0.05 min", 3.0}, {"50%", 5.0005}};
     plot().setX(1.0, 2.0);
     for (const auto& c : cases) {
         const BoxAnswer answer(QStringLiteral("OK"), [&](QWidget& dialog) {
@@ -229,13 +231,81 @@ TEST_F(PlotCanvasTest, goToUnderstandsSamplesTimesAndShares)
         EXPECT_NEAR((plot().x1() + plot().x2()) / 2.0, c.x, 1e-6) << c.text;
         EXPECT_NEAR(plot().x2() - plot().x1(), 1.0, 1e-6);
     }
-    QSignalSpy told(&m_canvas, &PlotCanvas::x_told);
-    const BoxAnswer answer(QStringLiteral("OK"), [&](QWidget& dialog) {
-        dialog.findChild<QLineEdit*>()->setText(QStringLiteral("far away"));
-    });
-    QTest::keyClick(&m_canvas, Qt::Key_G, Qt::ControlModifier);
-    EXPECT_EQ(told.count(), 1);
+    for (const char* const nothing : {"far away", "5 apples", "20 s", "10001", "101%"}) {
+        QSignalSpy told(&m_canvas, &PlotCanvas::x_told);
+        const BoxAnswer answer(QStringLiteral("OK"), [&](QWidget& dialog) {
+            dialog.findChild<QLineEdit*>()->setText(QString::fromLatin1(nothing));
+        });
+        QTest::keyClick(&m_canvas, Qt::Key_G, Qt::ControlModifier);
+        EXPECT_EQ(told.count(), 1) << nothing;
+    }
     EXPECT_NEAR((plot().x1() + plot().x2()) / 2.0, 5.0005, 1e-6);
+}
+
+struct CentralEurope
+{
+    CentralEurope() { set("CET-1CEST,M3.5.0,M10.5.0/3"); }
+    ~CentralEurope() { set("UTC"); }
+    static void set(const char* rules)
+    {
+        ::setenv("TZ", rules, 1);
+        ::tzset();
+    }
+};
+
+TEST(PlotGoTo, datesLeadWhereTheListGoes)
+{
+    const TestDirectory directory;
+    const CentralEurope zone;
+    TSFILE file("clock.ts", 4000, 1, 0);
+    file.dt(7.0F);
+    file.startSeconds(1'477'774'800);  // 2016-10-29 23:00
+    file.flush(true);
+    PlotCanvas canvas;
+    canvas.showColumns(QStringLiteral("clock.ts"), {1});
+    ASSERT_EQ(canvas.plot().axis().mode, XMode::Clock);
+    const struct
+    {
+        const char* text;
+        const char* note;
+    } cases[] = {{"2016-10-30 00:00:03.000", ""},
+                 {"30.10.2016 00:00:04", ""},
+                 {"2016-10-30 02:30", "twice"},
+                 {"01:13:20", ""}};
+    for (const auto& c : cases) {
+        const PlaceInPlot place = placeInPlot(canvas.plot(), c.text);
+        const MeantRow listed = meantRow(c.text, file);
+        ASSERT_TRUE(place.x && listed.row) << c.text << place.reason;
+        EXPECT_NEAR(*place.x, 7.0 * *listed.row, 1e-6) << c.text;
+        EXPECT_NE(place.note.find(c.note), std::string::npos) << place.note;
+    }
+}
+
+TEST(PlotVariables, aSeriesFromBefore1970KeepsItsDatesBesideOthers)
+{
+    const TestDirectory directory;
+    {
+        TSFILE old("co2.ts", 400, 1, 1);
+        TSFILE other("other.ts", 400, 1, 0);
+        other.dt(86400.0F);
+        other.startSeconds(1'000'000'000);
+        for (std::uint32_t s = 1; s <= 400; ++s)
+            old.setValue(s, 1, static_cast<float>(-372e6 + s * 604800.0));  // from March 1958
+        old.flush(true);
+        other.flush(true);
+    }
+    for (const char* const first : {"co2.ts", "other.ts"}) {
+        QtPlotWin window(QString::fromLatin1(first));
+        window.show();
+        emit window.canvas()->x_files_dropped({QStringLiteral("co2.ts"), QStringLiteral("other.ts")});
+        const Plot2D& plot = window.canvas()->plot();
+        for (const auto& v : plot.variables()) {
+            const double x = plot.axis().xOf(v->variable(), 1);
+            const auto file = std::dynamic_pointer_cast<PlotFile>(v->variable().source());
+            EXPECT_EQ(xText(plot, x).left(4).toStdString(), file->name() == "co2.ts" ? "1958" : "2001")
+                << first;
+        }
+    }
 }
 
 TEST_F(PlotCanvasTest, everySignalAndReadoutForTheCalculatingWindows)
@@ -295,7 +365,6 @@ TEST(PlotReadout, valuesHaveTheDigitsThatAFloatNeeds)
                                                     {16777217.0 - 1.0, "16777216"},
                                                     {123456.79F, "123456.79"},
                                                     {1.00000012F, "1.0000001"},
-                                                    {8589973504.0F, "8.589973504e+09"},
                                                     {1.0 / 3.0, "0.3333333"}};  // a mean, no float
     for (const auto& [value, text] : cases)
         EXPECT_EQ(valueText(value).toStdString(), text);

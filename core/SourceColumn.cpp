@@ -1,4 +1,4 @@
-#include "calc/SourceColumn.h"
+#include "core/SourceColumn.h"
 
 #include <algorithm>
 #include <bit>
@@ -51,8 +51,8 @@ void SourceColumn::copyHeaderTo(TSFILE& result) const
     if (sample == 1 || m_samples == 0)
         return;
     // The result's first sample lies one step behind its start.
-    double start = static_cast<double>(m_file.startTime()) +
-                   (m_time.elapsed(sample) - static_cast<double>(m_file.dt()));
+    double start =
+        static_cast<double>(m_file.startTime()) + (m_time.elapsed(sample) - static_cast<double>(m_file.dt()));
     // A file with a clock keeps whole seconds there: the 32-bit start is fine below a second alone.
     if (m_file.startSeconds() != 0) {
         const double whole = std::floor(start);

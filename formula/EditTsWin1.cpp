@@ -113,7 +113,8 @@ void EditTsWin::createActions()
     };
     QMenu* const menu = menuBar()->addMenu(QStringLiteral("&File actions"));
     QToolBar* const bar = addToolBar(QStringLiteral("File actions"));
-    for (const auto& [id, action] : makeActions(this, std::span<const ActionRow<Action>>(rows))) {
+    for (const ActionRow<Action>& row : rows) {
+        QAction* const action = makeAction(this, this, row);
         menu->addAction(action);
         bar->addAction(action);
     }

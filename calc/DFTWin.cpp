@@ -25,6 +25,7 @@
 #include "share/QtMessageWin.h"
 #include "share/RangeFields.h"
 #include "share/ReadoutLabel.h"
+#include "share/SaveDialog.h"
 #include "share/SourceChooser.h"
 #include "share/hydaction.h"
 
@@ -262,7 +263,8 @@ void DFTWin::sl_saveResults()
     const QFileInfo computed(resultSource());
     QString name = QFileDialog::getSaveFileName(
         this, QStringLiteral("Save results."),
-        computed.absolutePath() + QLatin1Char('/') + computed.completeBaseName() + QStringLiteral("_fft.ts"),
+        saveSuggestion(computed.absolutePath() + QLatin1Char('/') + computed.completeBaseName() +
+                       QStringLiteral("_fft.ts")),
         QStringLiteral("*.ts, *.Ts, *.TS, *.tS"), nullptr, QFileDialog::DontConfirmOverwrite);
     if (name.isEmpty()) {
         statusBar()->showMessage(QStringLiteral("Saving aborted"), kSavedMs);

@@ -354,11 +354,13 @@ void FilterWin::showPreview()
         text = QStringLiteral("No source file available");
     else if (asked.isMovingAverage())
         text = kNoPlot;
-    else if (m_fields->isValid())
+    else if (!m_fields->isValid())
+        text = QStringLiteral("A field is not right: it is marked.");
+    else
         text = QString::fromStdString(filterComplaint(asked, m_samplingHz));
     FidReports reports;
     FidFilterPtr filter;
-    if (text.isEmpty() && m_fields->isValid())
+    if (text.isEmpty())
         filter = designFilter(asked, m_samplingHz);
     if (filter)
         showCharacteristic(*m_preview, characteristicOf(filter.get(), m_samplingHz), {true, true, false});

@@ -10,6 +10,7 @@
 #include <QPushButton>
 
 #include "core/TsNames.h"
+#include "share/SaveDialog.h"
 #include "share/SourceChooser.h"
 
 using namespace veltrac;
@@ -168,7 +169,7 @@ void SaveResultsDialog::showState()
 void SaveResultsDialog::sl_chooseFile()
 {
     const QString name =
-        QFileDialog::getSaveFileName(this, QStringLiteral("Save results"), m_file->text(),
+        QFileDialog::getSaveFileName(this, QStringLiteral("Save results"), saveSuggestion(m_file->text()),
                                      QLatin1String(kFilter), nullptr, QFileDialog::DontConfirmOverwrite);
     m_fileDialogCancelled = name.isEmpty();
     if (!name.isEmpty())

@@ -41,7 +41,7 @@ void MainActions::createActions()
         made->installEventFilter(this);
     auto* const quit =
         new QAction(QIcon(QStringLiteral(":/img_FlushDown")), QStringLiteral("&Quit"), m_window);
-    connect(quit, SIGNAL(triggered()), qApp, SLOT(closeAllWindows()));
+    connect(quit, SIGNAL(triggered()), m_window, SLOT(sl_quit()));
     m_actions[ActionId::Quit] = quit;
 }
 

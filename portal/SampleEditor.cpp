@@ -20,6 +20,7 @@
 #include "share/Boxes.h"
 #include "share/GroupedNumber.h"
 #include "share/JobProgress.h"
+#include "share/SaveDialog.h"
 
 namespace veltrac {
 
@@ -264,8 +265,9 @@ QString SampleEditor::askNewName()
     const QFileInfo own(m_path);
     const QString suggestion =
         own.exists() ? own.dir().filePath(own.completeBaseName() + QStringLiteral("_edited.ts")) : m_path;
-    const QString chosen = QFileDialog::getSaveFileName(&m_table, QStringLiteral("Save as new file"),
-                                                        suggestion, QStringLiteral("Ts-files (*.ts)"));
+    const QString chosen =
+        QFileDialog::getSaveFileName(&m_table, QStringLiteral("Save as new file"), saveSuggestion(suggestion),
+                                     QStringLiteral("Ts-files (*.ts)"));
     if (chosen.isEmpty())
         return QString();
     const QFileInfo info(chosen);

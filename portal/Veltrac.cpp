@@ -20,6 +20,7 @@
 
 #include <algorithm>
 #include <utility>
+#include <vector>
 
 #include "converters/SCLWin.h"
 #include "converters/TsaDialogs.h"
@@ -34,6 +35,7 @@
 #include "share/PsConfigDialog.h"
 #include "share/QtMessageWin.h"
 #include "share/Resources.h"
+#include "share/SubWindow.h"
 #include "share/WaitCursor.h"
 
 using namespace veltrac;
@@ -206,14 +208,40 @@ void VeltracWin::sl_set_sorting()
 
 // -- Events --
 
+// Asks all windows that hold unsaved work before the first of them closes: a Cancel keeps them all.
+bool VeltracWin::othersMayClose()
+{
+    std::vector<SubWindow*> others;
+    for (QWidget* const window : QApplication::topLevelWidgets())
+        if (auto* const other = qobject_cast<SubWindow*>(window); other != nullptr && other->isVisible())
+            others.push_back(other);
+    for (SubWindow* const other : others) {
+        if (other->askToClose())
+            continue;
+        for (SubWindow* const asked : others)
+            asked->stayOpen();
+        return false;
+    }
+    return true;
+}
+
+void VeltracWin::sl_quit()
+{
+    if (!JobProgress::isRunning() && othersMayClose())
+        QApplication::closeAllWindows();
+}
+
 void VeltracWin::closeEvent(QCloseEvent* event)
 {
     if (JobProgress::isRunning()) {
         event->ignore();
         return;
     }
-    // Without the portal the other windows have nobody to open their files: they close first, and one that
-    // holds unsaved work can stop this.
+    if (!othersMayClose()) {
+        event->ignore();
+        return;
+    }
+    // Without the portal the other windows have nobody to open their files: they close first.
     for (QWidget* const window : QApplication::topLevelWidgets()) {
         if (window != this && window->isVisible() && window->windowType() == Qt::Window && !window->close()) {
             event->ignore();

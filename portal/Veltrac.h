@@ -94,6 +94,7 @@ public slots:
     void sl_itemSelected(int row, int column);
     void sl_set_plotdir(QString const& directory);
     void sl_subwindowGone(subWindow window);
+    void sl_quit();
 
 signals:
     // The working directory has changed.
@@ -106,6 +107,7 @@ protected:
     void dropEvent(QDropEvent* event) override;
 
 private:
+    bool othersMayClose();
     void createTable();
     void showContextMenu(int row, const QPoint& globalPosition);
     void showFiles();

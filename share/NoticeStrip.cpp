@@ -17,11 +17,11 @@ NoticeStrip::NoticeStrip(QWidget* parent)
     close->setAccessibleName(tr("Hide this notice"));
     auto* const row = new QHBoxLayout(this);
     row->setContentsMargins(8, 3, 3, 3);
-    row->addWidget(m_text);
+    row->addWidget(m_text, 1);
     row->addWidget(m_button);
-    row->addStretch();
     row->addWidget(close);
     m_text->setTextFormat(Qt::PlainText);
+    m_text->setWordWrap(true);
     setFrameShape(QFrame::StyledPanel);
     setAutoFillBackground(true);
     QPalette colors = palette();

@@ -20,6 +20,7 @@
 #include "share/PlotCanvas.h"
 #include "share/PlotVariables.h"
 #include "share/PlotWindow.h"
+#include "share/SaveDialog.h"
 
 namespace veltrac {
 
@@ -114,7 +115,8 @@ void PlotWindow::sl_saveInterval()
     const QFileInfo source(QString::fromLocal8Bit(file->path().c_str()));
     const QString typed = QFileDialog::getSaveFileName(
         this, tr("Save interval"),
-        source.dir().filePath(source.completeBaseName() + QStringLiteral("_part.ts")), tr("Ts-files (*.ts)"));
+        saveSuggestion(source.dir().filePath(source.completeBaseName() + QStringLiteral("_part.ts"))),
+        tr("Ts-files (*.ts)"));
     if (typed.isEmpty())
         return;
     const QFileInfo chosen(typed);

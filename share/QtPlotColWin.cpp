@@ -1,4 +1,5 @@
 #include "share/QtPlotColWin.h"
+#include "share/SaveDialog.h"
 
 #include <QComboBox>
 #include <QFileDialog>
@@ -121,8 +122,9 @@ void QtPlotColWin::sl_saveAs()
         return;
     const QString source = QString::fromLocal8Bit(m_file->path().c_str());
     // The question about an older file comes behind the refusals, so the dialog does not ask.
-    QString target = QFileDialog::getSaveFileName(this, tr("Save as"), source, tr("Ts-files (*.ts)"), nullptr,
-                                                  QFileDialog::DontConfirmOverwrite);
+    QString target =
+        QFileDialog::getSaveFileName(this, tr("Save as"), saveSuggestion(source), tr("Ts-files (*.ts)"),
+                                     nullptr, QFileDialog::DontConfirmOverwrite);
     if (target.isEmpty())
         return;
     if (QFileInfo(target).suffix() != QLatin1String("ts"))

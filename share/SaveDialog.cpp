@@ -9,7 +9,11 @@ namespace veltrac {
 
 QString saveSuggestion(QString name)
 {
-    return name.replace(QLatin1Char('"'), QLatin1Char('\''));
+    // A directory is there already, under whatever name.
+    const int begin = name.lastIndexOf(QLatin1Char('/')) + 1;
+    QString file = name.mid(begin);
+    file.replace(QLatin1Char('"'), QLatin1Char('\''));
+    return name.left(begin) + file;
 }
 
 QString askSaveName(QWidget* window, const QString& title, const QString& suggestion, const QString& filter,

@@ -22,6 +22,15 @@ bool SubWindow::mayClose()
     return true;
 }
 
+bool SubWindow::askToClose()
+{
+    // A dialog that is open works for a window; the session's end may ask all of them to close.
+    if (JobProgress::isRunning() || QApplication::activeModalWidget() != nullptr)
+        return false;
+    m_closeIsAgreed = m_closeIsAgreed || mayClose();
+    return m_closeIsAgreed;
+}
+
 void SubWindow::setVisible(bool visible)
 {
     if (visible && !m_wasShown)
@@ -32,8 +41,7 @@ void SubWindow::setVisible(bool visible)
 
 void SubWindow::closeEvent(QCloseEvent* event)
 {
-    // A dialog that is open works for a window; the session's end may ask all of them to close.
-    if (JobProgress::isRunning() || QApplication::activeModalWidget() != nullptr || !mayClose()) {
+    if (!askToClose()) {
         event->ignore();
         return;
     }

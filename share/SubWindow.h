@@ -22,6 +22,11 @@ public:
     // it for the one that its fields begin with; the others leave it, as this one does.
     virtual void offerRange(const SampleRange& range);
 
+    // Asks what is to be asked before the window closes; close() then does not ask again. False where it is
+    // to stay; stayOpen() forgets the answer.
+    bool askToClose();
+    void stayOpen() noexcept { m_closeIsAgreed = false; }
+
     // Before it is shown for the first time the window is made to fit the screen.
     void setVisible(bool visible) override;
 
@@ -42,6 +47,7 @@ protected:
 
 private:
     bool m_wasShown = false;
+    bool m_closeIsAgreed = false;
 };
 
 // For a window that is about to be shown: on a small screen it would hide its own buttons. Only what exceeds

@@ -226,6 +226,10 @@ TEST_F(FilterWinTest, PreviewFollowsTheFields)
         const auto& variables = preview.plot().variables();
         ASSERT_EQ(variables.size(), 2U) << row.freq0;
         EXPECT_EQ(variables[1]->variable().label, row.marked);
+        (*found)->grab();  // painting tells what is seen
+        // Of a field that is no number the last picture is not left standing.
+        EXPECT_EQ(preview.accessibleDescription() == "A field is not right: it is marked.",
+                  std::string(row.freq0) == "abc");
     }
 }
 

@@ -223,6 +223,8 @@ TEST(EditTsWin, WhatTheCompilerAcceptsInSilenceStandsBesideTheFieldAndInTheInfoB
 TEST(EditTsWin, CalculationIsUndoneToTheLastBit)
 {
     const TestDirectory directory;
+    std::filesystem::create_directory("scratch");  // tests beside this one leave old values too
+    ::setenv("TMPDIR", std::filesystem::absolute("scratch").c_str(), 1);
     Desk desk;
     makeRamp("a", 5000, 0.5F);
     {
@@ -289,6 +291,8 @@ TEST(EditTsWin, CalculationIsUndoneToTheLastBit)
     window->sl_calculate();
     window.reset();
     EXPECT_EQ(scratchFiles(), others);
+    window.reset();
+    ::unsetenv("TMPDIR");
 }
 
 // Each file's column 1 holds the numbers of its samples; the target is column 2.

@@ -24,6 +24,8 @@
 #include <QToolButton>
 #include <QUrl>
 
+#include <array>
+
 #include "core/TSFILE.h"
 #include "core/TsNames.h"
 #include "portal/CreateTsWin_Veltrac.h"
@@ -559,6 +561,43 @@ TEST(VeltracTest, aDialogMadeByHandHasItsFileListedAndWindowsGoWithTheMainWindow
         ASSERT_NE(left, nullptr);
     }
     EXPECT_TRUE(left.isNull()) << "its scratch files would stay";
+}
+
+TEST(VeltracTest, oneCancelInTheClosingQuestionKeepsAllWindows)
+{
+    struct AskingWindow : SubWindow
+    {
+        bool answer = true;
+        int asked = 0;
+        bool mayClose() override
+        {
+            ++asked;
+            return answer;
+        }
+    };
+    const TestDirectory directory;
+    VeltracWin main;
+    main.show();
+    std::array<QPointer<AskingWindow>, 3> windows;
+    for (QPointer<AskingWindow>& window : windows) {
+        window = new AskingWindow;
+        window->show();
+    }
+    windows[1]->answer = false;
+    for (const auto quit : {+[](VeltracWin& w) { w.sl_quit(); }, +[](VeltracWin& w) { w.close(); }}) {
+        quit(main);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        EXPECT_TRUE(main.isVisible());
+        for (const QPointer<AskingWindow>& window : windows)
+            ASSERT_TRUE(window && window->isVisible());
+    }
+    windows[1]->answer = true;
+    windows[0]->asked = 0;
+    EXPECT_TRUE(main.close());
+    EXPECT_EQ(windows[0]->asked, 1);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    for (const QPointer<AskingWindow>& window : windows)
+        EXPECT_TRUE(window.isNull());
 }
 
 TEST(VeltracTest, windowsAreCutToTheScreenAndNoFurther)

@@ -207,8 +207,9 @@ TEST(HardCopy, ReplacesAnOlderFileOnlyWhenWhole)
         pictureFailure = writePicture(name, noise);
         pageFailure = writePlotPdf(name, QPageLayout(), Plot2D(), {});
     }
-    EXPECT_EQ(failure, "The hard copy \"Öl 1.5.eps\" could not be written: File too large.");
-    EXPECT_EQ(pictureFailure, "Öl 1.5.eps cannot be written: File too large");
+    EXPECT_EQ(failure,
+              "The hard copy \"Öl 1.5.eps\" could not be written: the disk took no more (is it full?).");
+    EXPECT_EQ(pictureFailure, "Öl 1.5.eps cannot be written: the disk took no more (is it full?).");
     EXPECT_EQ(pageFailure, pictureFailure);
     EXPECT_TRUE(onlyTheOldFileIsThere());
 

@@ -19,6 +19,7 @@
 #include "share/NumberField.h"
 #include "share/QtMessageWin.h"
 #include "share/Resources.h"
+#include "share/SaveDialog.h"
 #include "share/SourceChooser.h"
 #include "share/SubWindow.h"
 #include "tests/core/TsFileBytes.h"
@@ -51,6 +52,13 @@ TEST(HeaderText, BytesAreCutAtWholeCharactersAndOldTextsKeepTheirUmlauts)
               QStringLiteral("Kräfte €"));
     EXPECT_EQ(headerText("cut \xC3"), QStringLiteral("cut Ã"));  // half a character is no UTF-8
     EXPECT_EQ(headerText(nullptr), QString());
+}
+
+TEST(SaveDialog, SuggestsNamesThatADialogTakesWhole)
+{
+    EXPECT_EQ(saveSuggestion(QStringLiteral("3\" pipe.tsa")), QStringLiteral("3' pipe.tsa"));
+    // A directory is what it is called.
+    EXPECT_EQ(saveSuggestion(QStringLiteral("/a \"b\"/3\".ts")), QStringLiteral("/a \"b\"/3'.ts"));
 }
 
 TEST(NumberField, PointsAndCommasAreNumbersAndEverythingElseSaysWhy)

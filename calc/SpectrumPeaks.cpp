@@ -128,10 +128,9 @@ SpectrumPeak Bins::peakAt(std::uint32_t bin)
         offset = side * offsetOf(std::abs(own[side > 0 ? 2 : 0]) / std::abs(own[1]));
         tone = own[1] / window(-offset);
         const double frequency = bin * m_spacing + offset;
-        for (int i = 0; i < 3 && hasPhase(); ++i)
-            own[static_cast<std::size_t>(i)] =
-                lines[static_cast<std::size_t>(i)] -
-                std::conj(tone) * window((bin + i - 1.0) * m_spacing + frequency);
+        for (std::size_t i = 0; i < own.size() && hasPhase(); ++i)
+            own[i] = lines[i] -
+                     std::conj(tone) * window((bin + static_cast<double>(i) - 1.0) * m_spacing + frequency);
     }
     const double amplitude = std::abs(tone);
     const double third = std::abs(own[side > 0 ? 0 : 2]);

@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 
 #include "calc/mixfft_kernels.h"
 #include "calc/mixfft_walk.h"
@@ -38,14 +39,14 @@ const FftKernel*& kernelInUse()
 
 const FftKernel& fftKernelNamed(const char* name)
 {
-    const FftKernel* fastest = nullptr;
-    for (const FftKernel* kernel : kKernels) {
-        if (!runsHere(*kernel))
+    const FftKernel* fastest = &kFftBaseline;  // which runs everywhere
+    // The slowest first.
+    for (auto kernel = std::rbegin(kKernels); kernel != std::rend(kKernels); ++kernel) {
+        if (!runsHere(**kernel))
             continue;
-        if (name != nullptr && std::strcmp(kernel->name, name) == 0)
-            return *kernel;
-        if (fastest == nullptr)
-            fastest = kernel;
+        if (name != nullptr && std::strcmp((*kernel)->name, name) == 0)
+            return **kernel;
+        fastest = *kernel;
     }
     return *fastest;
 }

@@ -152,7 +152,8 @@ void FftPlan::makeStage(int i, std::ptrdiff_t span, int length)
     }
     const int groups = length / radices[0];
     for (int group = 0; group < groups; ++group)
-        tables.rows[group] = firstRow(group, std::span(stage.passes, stage.passCount), length);
+        tables.rows[group] =
+            firstRow(group, std::span(stage.passes, static_cast<std::size_t>(stage.passCount)), length);
     stage.rows = tables.rows;
     makeLaneFactors(i);
 }

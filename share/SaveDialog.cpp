@@ -7,7 +7,7 @@
 
 namespace veltrac {
 
-QString saveSuggestion(QString name)
+QString saveSuggestion(const QString& name)
 {
     // A directory is there already, under whatever name.
     const int begin = name.lastIndexOf(QLatin1Char('/')) + 1;

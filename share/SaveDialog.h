@@ -8,7 +8,7 @@ class QWidget;
 namespace veltrac {
 
 // A name as a save dialog can suggest it: there, double quotes stand around names of their own.
-QString saveSuggestion(QString name);
+QString saveSuggestion(const QString& name);
 
 // Asks for a file name, `suggestion` first. A name without the suffix ("eps") gets it, whatever dots it has,
 // and only then an older file of that name is asked about. Empty where the user cancelled or keeps the old

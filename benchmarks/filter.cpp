@@ -9,8 +9,6 @@
 
 #include "filter/fid.h"
 
-using namespace veltrac;
-
 namespace {
 
 struct Free

@@ -272,7 +272,7 @@ QString SampleEditor::askNewName()
         return QString();
     const QFileInfo info(chosen);
     const std::string name = newTsFileName(info.fileName().toLocal8Bit().toStdString());
-    const QString target = info.absoluteDir().filePath(QString::fromLocal8Bit(name.c_str()));
+    QString target = info.absoluteDir().filePath(QString::fromLocal8Bit(name.c_str()));
     const QString shortName = QFileInfo(target).fileName();
     const TsApplication* const application = TsApplication::instance();
     if (edited().isItself(QFile::encodeName(target).toStdString())) {

@@ -177,6 +177,7 @@ std::vector<STLToken> tokensOf(const STLLine& line, const STLFormat& format)
     if (!cells.empty() && cells.back().empty())
         cells.pop_back();
     std::vector<STLToken> tokens;
+    tokens.reserve(cells.size());
     for (const std::string_view cell : cells)
         tokens.push_back(readToken(cell, format.cells));
     return tokens;

@@ -22,7 +22,7 @@ constexpr double kSurelyCalendar = 1e8;  // seconds; no series was measured for 
 
 std::string_view trimmed(std::string_view text)
 {
-    const auto isBlank = [](unsigned char c) { return std::isspace(c) != 0; };
+    const auto isBlank = [](char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; };
     while (!text.empty() && isBlank(text.front()))
         text.remove_prefix(1);
     while (!text.empty() && isBlank(text.back()))

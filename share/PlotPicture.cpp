@@ -31,7 +31,7 @@ QColor qColor(const PlotColor& c)
 // at 150 %) the picture's strokes would be of several widths.
 QPointF wholePixel(const QPainter& painter, const QPoint& point)
 {
-    const QTransform toDevice = painter.deviceTransform();
+    const QTransform& toDevice = painter.deviceTransform();
     const QPointF at = toDevice.map(QPointF(point));
     return toDevice.inverted().map(QPointF(std::round(at.x()), std::round(at.y())));
 }

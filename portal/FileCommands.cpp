@@ -35,7 +35,7 @@ QString askFreeName(QWidget* window, const QString& title, const QString& sugges
                                                 suggestion, &isChosen);
     if (!isChosen || typed.trimmed().isEmpty())
         return {};
-    const QString name = QFile::decodeName(newTsFileName(pathOf(typed)).c_str());
+    QString name = QFile::decodeName(newTsFileName(pathOf(typed)).c_str());
     if (!QFileInfo::exists(name) && !QFileInfo(name).isSymLink())
         return name;
     showWarningBox(window, QStringLiteral("There is a file %1 already. It was kept.").arg(name));
@@ -46,8 +46,8 @@ QString askFreeName(QWidget* window, const QString& title, const QString& sugges
 
 QString copyTsFile(QWidget* window, const QString& file)
 {
-    const QString name = askFreeName(window, QStringLiteral("Copy %1").arg(file),
-                                     QFileInfo(file).completeBaseName() + QStringLiteral("_copy.ts"));
+    QString name = askFreeName(window, QStringLiteral("Copy %1").arg(file),
+                               QFileInfo(file).completeBaseName() + QStringLiteral("_copy.ts"));
     if (name.isEmpty())
         return {};
     try {
@@ -67,7 +67,7 @@ QString renameTsFile(QWidget* window, const QString& file)
 {
     if (isOpenElsewhere(window, file))
         return {};
-    const QString name = askFreeName(window, QStringLiteral("Rename %1").arg(file), file);
+    QString name = askFreeName(window, QStringLiteral("Rename %1").arg(file), file);
     if (name.isEmpty())
         return {};
     QFile renamed(file);

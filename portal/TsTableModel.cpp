@@ -92,7 +92,7 @@ std::uint32_t TsTableModel::writtenRow(std::uint32_t number) const
 
 ColumnReader TsTableModel::writtenReader(int column) const
 {
-    const ColumnReader read = columnReader(column);
+    ColumnReader read = columnReader(column);
     if (emptyRows() == 0)
         return read;
     return [this, read](std::uint32_t first, std::span<float> out) {

@@ -42,7 +42,6 @@ using namespace veltrac;
 
 namespace {
 
-constexpr int kMessageMs = 8000;
 constexpr int kHelpWidth = 950;
 constexpr int kHelpHeight = 650;
 

@@ -31,7 +31,6 @@ namespace {
 
 constexpr std::size_t kShownAtOpening = 8;
 constexpr int kWatchMs = 2000;
-constexpr int kMessageMs = 8000;
 
 }  // namespace
 

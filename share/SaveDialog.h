@@ -7,6 +7,9 @@ class QWidget;
 
 namespace veltrac {
 
+// The ts-files of a directory, for file dialogs.
+inline const QString kTsFileFilter = QStringLiteral("*.ts, *.Ts, *.TS, *.tS");
+
 // A name as a save dialog can suggest it: there, double quotes stand around names of their own.
 QString saveSuggestion(const QString& name);
 

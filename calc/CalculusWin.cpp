@@ -27,6 +27,7 @@
 #include "share/RangeFields.h"
 #include "share/ReadoutLabel.h"
 #include "share/SourceChooser.h"
+#include "share/TargetFile.h"
 #include "share/hydaction.h"
 
 namespace veltrac {
@@ -38,11 +39,6 @@ constexpr int kSavedMs = 6000;
 constexpr int kAbortedMs = 2000;
 constexpr int kPanelWidth = 250;
 const char* const kFilter = "*.ts, *.Ts, *.TS, *.tS";
-
-bool isSameFile(const QString& a, const QString& b)
-{
-    return QFileInfo(a).canonicalFilePath() == QFileInfo(b).canonicalFilePath();
-}
 
 // What the user means who types "result": the file result.ts, unless one of just that name is there.
 QString targetName(const QString& typed)
@@ -277,7 +273,7 @@ bool CalculusWin::mayReplace(const QString& name)
                       .arg(resultFirst()));
         return false;
     }
-    return mayWrite(name) &&
+    return mayWrite(this, windowTitle(), name) &&
            (!isSameFile(name, resultSource()) ||
             askYesNo(QMessageBox::Question, this, windowTitle(),
                      QStringLiteral(

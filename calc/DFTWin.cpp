@@ -1,7 +1,6 @@
 #include "calc/DFTWin.h"
 
 #include <QFile>
-#include <QFileDialog>
 #include <QFileInfo>
 #include <QMenuBar>
 #include <QPushButton>
@@ -18,15 +17,14 @@
 #include "calc/SpectrumTexts.h"
 #include "core/CopyFile.h"
 #include "core/TsExceptions.h"
-#include "core/TsNames.h"
 #include "share/Boxes.h"
 #include "share/JobProgress.h"
 #include "share/PlotCanvas.h"
 #include "share/QtMessageWin.h"
 #include "share/RangeFields.h"
 #include "share/ReadoutLabel.h"
-#include "share/SaveDialog.h"
 #include "share/SourceChooser.h"
+#include "share/TargetFile.h"
 #include "share/hydaction.h"
 
 using namespace veltrac;
@@ -261,29 +259,18 @@ void DFTWin::sl_saveResults()
         return;
     }
     const QFileInfo computed(resultSource());
-    QString name = QFileDialog::getSaveFileName(
-        this, QStringLiteral("Save results."),
-        saveSuggestion(computed.absolutePath() + QLatin1Char('/') + computed.completeBaseName() +
-                       QStringLiteral("_fft.ts")),
-        QStringLiteral("*.ts, *.Ts, *.TS, *.tS"), nullptr, QFileDialog::DontConfirmOverwrite);
+    const auto isSource = [this](const QString& file) { return isSameFile(file, resultSource()); };
+    const QString name = askSaveName(
+        this,
+        {QStringLiteral("Save results."),
+         computed.absolutePath() + QLatin1Char('/') + computed.completeBaseName() + QStringLiteral("_fft.ts"),
+         QStringLiteral("*.ts, *.Ts, *.TS, *.tS"), QStringLiteral("ts"), isSource});
     if (name.isEmpty()) {
         statusBar()->showMessage(QStringLiteral("Saving aborted"), kSavedMs);
         return;
     }
-    const QFileInfo typed(name);
-    if (typed.suffix().toLower() != QLatin1String("ts"))
-        name = typed.absolutePath() + QLatin1Char('/') +
-               QFile::decodeName(newTsFileName(QFile::encodeName(typed.fileName()).toStdString()).c_str());
     setResultName(name);
-    const QString question =
-        QFileInfo(name).canonicalFilePath() == computed.canonicalFilePath()
-            ? QStringLiteral("%1 is the source file itself.\nReplace it by the spectrum?")
-            : QStringLiteral("%1 exists.\nReplace it by the spectrum?");
-    if (mayWrite(name) && (!QFileInfo::exists(name) ||
-                           askYesNo(QMessageBox::Question, this, windowTitle(), question.arg(name))))
-        saveAs(name);
-    else
-        statusBar()->showMessage(QStringLiteral("Saving aborted"), kSavedMs);
+    saveAs(name);
 }
 
 void DFTWin::saveAs(const QString& name)

@@ -321,8 +321,7 @@ void FilterWin::sl_saveResults()
         statusBar()->showMessage(QStringLiteral("Saving aborted"), kSavedMs);
         return;
     }
-    ResultSaver saver(this, resultPath(), resultSource(), resultFirst(),
-                      [this](const QString& file) { return mayWrite(file); });
+    ResultSaver saver(this, resultPath(), resultSource(), resultFirst());
     const ResultSaver::Outcome outcome = saver.save(dialog);
     statusBar()->showMessage(saver.summary(outcome), kSavedMs);
     if (outcome != ResultSaver::Outcome::Saved)

@@ -15,6 +15,7 @@
 
 #include "core/TsExceptions.h"
 #include "share/CursorDock.h"
+#include "share/IntervalSaving.h"
 #include "share/JobProgress.h"
 #include "share/NoticeStrip.h"
 #include "share/OverviewStrip.h"
@@ -192,6 +193,22 @@ void PlotWindow::connectDocks()
 void PlotWindow::tell(const QString& text)
 {
     statusBar()->showMessage(text, kMessageMs);
+}
+
+void PlotWindow::sl_saveInterval()
+{
+    const IntervalOutcome outcome = saveIntervalAsTs(this, *m_canvas);
+    if (!outcome.status.isEmpty())
+        tell(outcome.status);
+    if (outcome.isSaved)
+        emit x_directory_changed();
+}
+
+void PlotWindow::sl_exportInterval()
+{
+    const IntervalOutcome outcome = saveIntervalAsTsa(this, *m_canvas);
+    if (!outcome.status.isEmpty())
+        tell(outcome.status);
 }
 
 void PlotWindow::sl_refresh()

@@ -52,10 +52,6 @@ protected:
     void shownChanged(bool fit);
     void tell(const QString& text);
 
-    // The file that saving is about: the one of the cursors' variable, or the user's choice among several.
-    // Null where there is none or the user cancelled.
-    std::shared_ptr<PlotFile> chooseFile();
-
     QMenu* fileMenu() const noexcept { return m_fileMenu; }
     QMenu* viewMenu() const noexcept { return m_viewMenu; }
     QToolBar* toolBar() const noexcept { return m_toolBar; }
@@ -76,9 +72,6 @@ private:
     // All of the shown series lie outside of it.
     bool seesNothing() const;
     void tellNotices();
-    // The rows of a file in the interval A–B, else in view.
-    SampleRange intervalOf(const std::shared_ptr<PlotFile>& file);
-    bool mayReplace(const QString& target);
 
     PlotCanvas* m_canvas;
     OverviewStrip* m_overview;

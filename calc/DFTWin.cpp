@@ -1,5 +1,6 @@
 #include "calc/DFTWin.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QMenuBar>
@@ -17,6 +18,8 @@
 #include "calc/SpectrumTexts.h"
 #include "core/CopyFile.h"
 #include "core/TsExceptions.h"
+#include "core/TsNames.h"
+#include "share/ActionRow.h"
 #include "share/Boxes.h"
 #include "share/JobProgress.h"
 #include "share/PlotCanvas.h"
@@ -76,14 +79,15 @@ DFTWin::DFTWin(const QString& file, unsigned column, QWidget* parent)
 
 void DFTWin::createActions()
 {
-    m_execute = new HydAction(QStringLiteral("Execute"), QKeySequence(QStringLiteral("Ctrl+Return")), this,
-                              SLOT(sl_execute()), QStringLiteral("&Execute calculation..."),
-                              QStringLiteral("Calculate the spectrum."));
-    m_save = new HydAction(QStringLiteral("Save"), QKeySequence(QStringLiteral("Ctrl+S")), this,
-                           SLOT(sl_saveResults()), QStringLiteral("&Save results..."),
-                           QStringLiteral("Save results."));
-    auto* const help = new HydAction(QStringLiteral("Help"), QKeySequence(Qt::Key_F1), this, SLOT(sl_help()),
-                                     QStringLiteral("&Help"), QStringLiteral("Open a brief help window"));
+    enum class Id { Execute, Save, Help };
+    static const ActionRow<Id> rows[] = {
+        {Id::Execute, "Execute", "Ctrl+Return", SLOT(sl_execute()), "&Execute calculation...",
+         "Calculate the spectrum."},
+        {Id::Save, "Save", "Ctrl+S", SLOT(sl_saveResults()), "&Save results...", "Save results."},
+        {Id::Help, "Help", "F1", SLOT(sl_help()), "&Help", "Open a brief help window"}};
+    m_execute = makeAction(this, this, rows[0]);
+    m_save = makeAction(this, this, rows[1]);
+    QAction* const help = makeAction(this, this, rows[2]);
     m_save->setEnabled(false);
     QMenu* const actions = menuBar()->addMenu(QStringLiteral("&Actions"));
     actions->addActions({m_execute, m_save, help});

@@ -4,7 +4,7 @@ using namespace veltrac;
 
 namespace {
 
-// "Derivate" and the other texts stand as users know them.
+// "Derivate" is wanted so in the greeting.
 constexpr CalculusKind kKind = {"Ts-Derivative",
                                 ":img_Derivation",
                                 "Welcome to Ts-Derivate",

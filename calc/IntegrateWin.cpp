@@ -4,7 +4,7 @@ using namespace veltrac;
 
 namespace {
 
-// "Filtering...finished" is what this window has always said; nothing is filtered.
+// "Filtering...finished" is wanted here, though nothing is filtered.
 constexpr CalculusKind kKind = {"Ts-Integrate",
                                 ":img_Integration",
                                 "Welcome to Ts-Integrate",

@@ -129,7 +129,7 @@ void SampleEditor::operate(const BlockOperationRow& operation)
     }
     const bool alongTime =
         operation.operation == BlockOperation::Ramp || operation.operation == BlockOperation::Interpolate;
-    if (m_table.view().isSorted() && alongTime) {
+    if (m_table.view().rows().isSorted() && alongTime) {
         emit x_status(QStringLiteral("Switch sorting off first: this works along the time."));
         return;
     }
@@ -205,8 +205,8 @@ void SampleEditor::pasteRows(const std::vector<std::vector<float>>& rows)
     for (const int column : m_table.visibleColumns(view.currentColumn(), model.columnCount() - 1))
         columns.push_back(model.isIntegerColumn(column) ? 0 : static_cast<std::uint32_t>(column) + 1);
     std::vector<std::uint32_t> samples;
-    for (int row = view.currentRow(); row < view.totalRows() && samples.size() < rows.size(); ++row)
-        samples.push_back(view.sampleOfRow(row));
+    for (int row = view.currentRow(); row < view.rows().total() && samples.size() < rows.size(); ++row)
+        samples.push_back(view.rows().sampleOf(row));
     PastedStrips pasted = pasteStrips(rows, samples, columns);
     if (!pasted.strips.empty())
         addEdit("Paste", std::move(pasted.strips));

@@ -1,12 +1,11 @@
 // What the plot windows have in common: canvas, overview, docks, menus, files that change on the disk.
 #pragma once
 
-#include <QTimer>
-
 #include <cstdint>
 #include <memory>
 
 #include "core/PlotFile.h"
+#include "share/FileWatch.h"
 #include "share/SubWindow.h"
 
 class PlotCanvas;
@@ -37,7 +36,7 @@ public slots:
     // Reads what a cancel left out.
     void sl_refresh();
     void sl_help();
-    // Looks whether a file has changed on the disk, and says so.
+    // Looks whether a file has changed on the disk or is gone, and says so.
     void sl_checkFiles();
 
 protected:
@@ -50,7 +49,7 @@ protected:
     void addFile(const QString& file);
     // After variables came or went: x axis, reading, docks, notices.
     void shownChanged(bool fit);
-    void tell(const QString& text);
+    void showStatus(const QString& text);
 
     QMenu* fileMenu() const noexcept { return m_fileMenu; }
     QMenu* viewMenu() const noexcept { return m_viewMenu; }
@@ -83,7 +82,7 @@ private:
     QMenu* m_fileMenu = nullptr;
     QMenu* m_viewMenu = nullptr;
     QToolBar* m_toolBar = nullptr;
-    QTimer m_watch;
+    FileWatch m_watch;
     QString m_toldChange;  // what the strip told last
 };
 

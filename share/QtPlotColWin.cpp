@@ -86,7 +86,7 @@ void QtPlotColWin::showColumn(int index)
             v->variable().visible = false;
         variableDock()->setShown(m_file, m_columns->itemData(index).toUInt(), true);
     } catch (const TS::Failure&) {
-        tell(tr("The column cannot be read."));
+        showStatus(tr("The column cannot be read."));
         return;
     }
     shownChanged(isFirst);
@@ -99,7 +99,7 @@ void QtPlotColWin::step(int by)
     if (index >= 0 && index < m_columns->count())
         m_columns->setCurrentIndex(index);
     else
-        tell(by > 0 ? tr("This is the last column.") : tr("This is the first column."));
+        showStatus(by > 0 ? tr("This is the last column.") : tr("This is the first column."));
 }
 
 void QtPlotColWin::sl_nextColumn()
@@ -124,7 +124,7 @@ void QtPlotColWin::sl_saveAs()
         askSaveName(this, {tr("Save as"), source, tr("Ts-files (*.ts)"), QStringLiteral("ts"), isSource});
     if (target.isEmpty() || !copyTo(target))
         return;
-    tell(tr("Saved %1").arg(target));
+    showStatus(tr("Saved %1").arg(target));
     emit x_directory_changed();
 }
 
@@ -136,7 +136,7 @@ bool QtPlotColWin::copyTo(const QString& target)
         JobProgress progress(this, tr("Copying %1").arg(name));
         if (copyWholeFile(m_file->file().descriptor(), path, progress.callback()) == JobOutcome::Done)
             return true;
-        tell(tr("Cancelled; nothing was saved."));
+        showStatus(tr("Cancelled; nothing was saved."));
     } catch (const std::system_error&) {
         showBox(QMessageBox::Warning, this, tr("Save as"),
                 tr("%1 could not be saved: %2.").arg(name, QString::fromStdString(reasonOfFailure())));

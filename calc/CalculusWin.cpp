@@ -19,6 +19,7 @@
 #include "core/TsHeader.h"
 #include "core/TsNames.h"
 #include "portal/TsApplication.h"
+#include "share/ActionRow.h"
 #include "share/Boxes.h"
 #include "share/GroupedNumber.h"
 #include "share/JobProgress.h"
@@ -26,8 +27,8 @@
 #include "share/QtMessageWin.h"
 #include "share/RangeFields.h"
 #include "share/ReadoutLabel.h"
-#include "share/SaveDialog.h"
 #include "share/SourceChooser.h"
+#include "share/TargetFile.h"
 #include "share/hydaction.h"
 
 namespace veltrac {
@@ -37,11 +38,6 @@ namespace {
 constexpr int kDoneMs = 5000;
 constexpr int kAbortedMs = 2000;
 constexpr int kCalculusPanelWidth = 250;
-
-bool isSameFile(const QString& a, const QString& b)
-{
-    return QFileInfo(a).canonicalFilePath() == QFileInfo(b).canonicalFilePath();
-}
 
 // What the user means who types "result": the file result.ts, unless one of just that name is there.
 QString targetName(const QString& typed)
@@ -79,15 +75,15 @@ CalculusWin::CalculusWin(const CalculusKind& kind, const QString& file, unsigned
 
 void CalculusWin::createActions()
 {
-    auto* const help = new HydAction(QStringLiteral("Help"), QKeySequence(Qt::Key_F1), this, SLOT(sl_help()),
-                                     QStringLiteral("&Help"), QStringLiteral("Open a brief help window"));
-    const QString tip = QString::fromLatin1(m_kind.executeTip);
-    m_execute = new HydAction(QStringLiteral("Execute"), QKeySequence(QStringLiteral("Ctrl+Return")), this,
-                              SLOT(sl_execute()), QStringLiteral("Execute calculation..."), tip,
-                              whatsThisText(QStringLiteral("Execute"), tip));
-    auto* const save = new HydAction(QString::fromLatin1(m_kind.saveImage),
-                                     QKeySequence(QStringLiteral("Ctrl+S")), this, SLOT(sl_saveResults()),
-                                     QStringLiteral("Save results..."), QStringLiteral("Save results."));
+    enum class Id { Execute, Save, Help };
+    const ActionRow<Id> rows[] = {
+        {Id::Execute, "Execute", "Ctrl+Return", SLOT(sl_execute()), "Execute calculation...",
+         m_kind.executeTip},
+        {Id::Save, m_kind.saveImage, "Ctrl+S", SLOT(sl_saveResults()), "Save results...", "Save results."},
+        {Id::Help, "Help", "F1", SLOT(sl_help()), "&Help", "Open a brief help window"}};
+    m_execute = makeAction(this, this, rows[0]);
+    QAction* const save = makeAction(this, this, rows[1]);
+    QAction* const help = makeAction(this, this, rows[2]);
 
     QMenu* const actions = menuBar()->addMenu(QStringLiteral("&Actions"));
     actions->addActions({m_execute, save, help});
@@ -277,7 +273,7 @@ bool CalculusWin::mayReplace(const QString& name)
                       .arg(resultFirst()));
         return false;
     }
-    return mayWrite(name) &&
+    return mayWrite(this, windowTitle(), name) &&
            (!isSameFile(name, resultSource()) ||
             askYesNo(QMessageBox::Question, this, windowTitle(),
                      QStringLiteral(

@@ -4,21 +4,7 @@ using namespace veltrac;
 
 namespace {
 
-// "Derivate" and the other texts stand as users know them.
-constexpr CalculusKind kDerivative = {"Ts-Derivative",
-                                      ":img_Derivation",
-                                      "Welcome to Ts-Derivate",
-                                      "d(col1)/dt",
-                                      "d(%1)/dt",
-                                      "%1/%2",
-                                      "Calculate dy/dt.",
-                                      "Save",
-                                      "Computing...finished",
-                                      "Ts-Derivative info",
-                                      "derivative",
-                                      "",
-                                      true,
-                                      differentiate};
+// "Derivate" is wanted so in the greeting.
 
 }  // namespace
 

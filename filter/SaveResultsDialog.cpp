@@ -10,8 +10,8 @@
 #include <QPushButton>
 
 #include "core/TsNames.h"
-#include "share/SaveDialog.h"
 #include "share/SourceChooser.h"
+#include "share/TargetFile.h"
 
 using namespace veltrac;
 

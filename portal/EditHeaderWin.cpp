@@ -21,7 +21,6 @@
 #include "core/TSFILE.h"
 #include "core/TsExceptions.h"
 #include "portal/ColumnTable.h"
-#include "portal/FileCommands.h"
 #include "portal/HeaderFields.h"
 #include "portal/RowHeight.h"
 #include "portal/StartField.h"
@@ -33,6 +32,7 @@
 #include "share/NumberField.h"
 #include "share/QtMessageWin.h"
 #include "share/Resources.h"
+#include "share/TargetFile.h"
 #include "share/WaitCursor.h"
 #include "share/hydaction.h"
 
@@ -283,7 +283,7 @@ void EditHeaderWin::sl_cellChanged(int row, int column)
 {
     if (column != ColumnTable::kName && column != ColumnTable::kDescription)
         return;
-    if (!mayWrite(this, m_fileName)) {
+    if (!mayWrite(this, QStringLiteral("Veltrac"), m_fileName)) {
         sl_refresh();
         return;
     }
@@ -379,7 +379,7 @@ bool EditHeaderWin::changeCounts(std::optional<unsigned> newSamples, std::option
                 .arg(m_shownName));
         return false;
     }
-    if (!mayWrite(this, m_fileName))
+    if (!mayWrite(this, QStringLiteral("Veltrac"), m_fileName))
         return false;
     const bool reduces = samples < m_samples || columns < m_columns;
     if (reduces &&
@@ -455,7 +455,7 @@ bool EditHeaderWin::writeFields()
 {
     if (!m_edits.any())
         return true;
-    if (!mayWrite(this, m_fileName))
+    if (!mayWrite(this, QStringLiteral("Veltrac"), m_fileName))
         return false;
     try {
         const std::unique_ptr<TSFILE> file = openFile(m_fileName, false);

@@ -347,11 +347,11 @@ void TsTableView::showFileState()
             m_changed->hide();
             break;
         case FileWatch::State::Gone:
-            m_changed->tell(QStringLiteral("%1 is gone; it is shown as it was.").arg(m_name));
+            m_changed->showNotice(QStringLiteral("%1 is gone; it is shown as it was.").arg(m_name));
             break;
         case FileWatch::State::Changed:
-            m_changed->tell(QStringLiteral("%1 has changed.").arg(m_name),
-                            isEditing() ? QString() : QStringLiteral("&Reload"));
+            m_changed->showNotice(QStringLiteral("%1 has changed.").arg(m_name),
+                                  isEditing() ? QString() : QStringLiteral("&Reload"));
             break;
     }
 }
@@ -488,7 +488,7 @@ void TsTableView::sl_selectAll()
 void TsTableView::sl_writeSelected()
 {
     const SampleView& view = m_table->view();
-    if (view.isSorted() || view.selectedBlocks().size() != 1) {
+    if (view.rows().isSorted() || view.selectedBlocks().size() != 1) {
         showStatus(QStringLiteral("Select one block of samples of the unsorted table first."));
         return;
     }

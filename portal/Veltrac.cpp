@@ -36,6 +36,7 @@
 #include "share/QtMessageWin.h"
 #include "share/Resources.h"
 #include "share/SubWindow.h"
+#include "share/TargetFile.h"
 #include "share/WaitCursor.h"
 
 using namespace veltrac;
@@ -522,7 +523,7 @@ void VeltracWin::sl_deleteFile()
     if (!fileIsSelected() || JobProgress::isRunning())
         return;
     const QString name = m_selected;
-    if (isOpenElsewhere(this, name))
+    if (!mayMove(this, QStringLiteral("Veltrac"), name))
         return;
     const bool sure = askYesNo(QMessageBox::Question, this, QStringLiteral("Delete a file?"),
                                QStringLiteral("Do you really want to delete %1?").arg(name));

@@ -120,7 +120,7 @@ void STLLines::explainLine(Line& line, std::uint64_t number)
 void STLLines::explainData(Line& line)
 {
     std::vector<std::string_view> cells;
-    splitCells(line.bytes, m_format.cells.separator, cells);
+    splitCells(line.bytes, m_format.cells, cells);
     // What lies behind the cut is not known, nor how its last cell ends.
     if (line.cut)
         cells.pop_back();
@@ -168,7 +168,7 @@ QString STLLines::firstValues(std::size_t column, int count) const
     for (std::size_t i = 0; i < m_lines.size() && values.size() < count; ++i) {
         if (m_lines[i].kind != STLLineKind::Data && m_lines[i].kind != STLLineKind::Trouble)
             continue;
-        if (splitCells(m_lines[i].bytes, m_format.cells.separator, cells) > column)
+        if (splitCells(m_lines[i].bytes, m_format.cells, cells) > column)
             values << QString::fromStdString(decoded(cells[column], m_format.encoding));
     }
     return values.join(QStringLiteral("  "));

@@ -36,9 +36,9 @@ void addCount(std::string& list, std::uint64_t count, const char* thing, const c
 std::string summaryText(const STLCheck& found)
 {
     std::string losses;
-    addCount(losses, found.missingCells, "cell", "missing");
-    addCount(losses, found.skippedLines, "line", "skipped");
-    addCount(losses, found.titleLines, "repeated line", "of names left out");
+    addCount(losses, found.losses.missingCells(), "cell", "missing");
+    addCount(losses, found.losses.skippedLines, "line", "skipped");
+    addCount(losses, found.losses.titleLines, "repeated line", "of names left out");
     return counted(found.samples, "row") + ", " + counted(found.columns - found.timeColumns, "column") + '.' +
            losses + (losses.empty() ? "" : ".");
 }
@@ -109,8 +109,8 @@ std::string importDoubt(const STLFormat& format, const STLCheck& found)
 {
     if (format.orderInDoubt && !format.orderBySteps)
         return "No date tells the day from the month.\n" + orderDoubt(format, found) + "\nImport it so?";
-    const std::uint64_t troubled = found.troubledRows + found.skippedLines;
-    const std::uint64_t rows = found.rows + found.skippedLines;
+    const std::uint64_t troubled = found.troubledRows + found.losses.skippedLines;
+    const std::uint64_t rows = found.rows + found.losses.skippedLines;
     if (troubled * 2 <= rows)
         return {};
     return "More than half of the rows have troubles: " + groupedDigits(troubled) + " of " +

@@ -36,10 +36,8 @@ namespace veltrac {
 namespace {
 
 constexpr int kDoneMs = 5000;
-constexpr int kSavedMs = 6000;
 constexpr int kAbortedMs = 2000;
-constexpr int kPanelWidth = 250;
-const char* const kFilter = "*.ts, *.Ts, *.TS, *.tS";
+constexpr int kCalculusPanelWidth = 250;
 
 // What the user means who types "result": the file result.ts, unless one of just that name is there.
 QString targetName(const QString& typed)
@@ -57,7 +55,8 @@ bool replacesTimes(const TSFILE& target)
 }  // namespace
 
 CalculusWin::CalculusWin(const CalculusKind& kind, const QString& file, unsigned column, QWidget* parent)
-    : ResultWindow(QString::fromLatin1(kind.title), QString::fromLatin1(kind.icon), kPanelWidth, parent),
+    : ResultWindow(QString::fromLatin1(kind.title), QString::fromLatin1(kind.icon), kCalculusPanelWidth,
+                   parent),
       m_kind(kind),
       m_ownTimes(new QCheckBox(QStringLiteral("By its o&wn times (\"Time\")")))
 {
@@ -205,7 +204,7 @@ void CalculusWin::sl_saveResults()
     if (resultName().isEmpty()) {
         const QString name =
             QFileDialog::getSaveFileName(this, QStringLiteral("Save results."), QDir::currentPath(),
-                                         QLatin1String(kFilter), nullptr, QFileDialog::DontConfirmOverwrite);
+                                         kTsFileFilter, nullptr, QFileDialog::DontConfirmOverwrite);
         if (name.isEmpty()) {
             statusBar()->showMessage(QStringLiteral("Saving aborted"), kAbortedMs);
             return;

@@ -34,8 +34,7 @@ using namespace veltrac;
 
 namespace {
 
-constexpr int kPanelWidth = 300;
-constexpr int kSavedMs = 6000;
+constexpr int kSpectrumPanelWidth = 300;
 
 bool askToGoOn(QWidget* window, const QString& text, const QString& yes)
 {
@@ -52,7 +51,7 @@ bool askToGoOn(QWidget* window, const QString& text, const QString& yes)
 }  // namespace
 
 DFTWin::DFTWin(const QString& file, unsigned column, QWidget* parent)
-    : ResultWindow(QStringLiteral("Ts-FFT"), QStringLiteral(":img_Dft"), kPanelWidth, parent),
+    : ResultWindow(QStringLiteral("Ts-FFT"), QStringLiteral(":img_Dft"), kSpectrumPanelWidth, parent),
       m_fields(new SpectrumFields),
       m_peaks(new PeakTable)
 {

@@ -5,7 +5,6 @@
 
 #include "converters/SCLSource.h"
 #include "converters/STLDetect.h"
-#include "converters/STLGuess.h"
 #include "converters/STLSample.h"
 #include "converters/TsaText.h"
 

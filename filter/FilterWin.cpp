@@ -33,8 +33,7 @@ namespace {
 const QString kTitle = QStringLiteral("Ts-Filt");
 const QString kNoPlot = QStringLiteral("Frequency plot of the moving average filter is not available.");
 constexpr int kFinishedMs = 5000;
-constexpr int kSavedMs = 6000;
-constexpr int kPanelWidth = 330;
+constexpr int kFilterPanelWidth = 330;
 constexpr int kPreviewHeight = 150;
 constexpr int kFirstType = 5;  // a Butterworth low-pass is what most come for
 
@@ -54,7 +53,7 @@ constexpr ActionRow<FilterAction> kActions[] = {
 }  // namespace
 
 FilterWin::FilterWin(const QString& file, unsigned column, QWidget* parent)
-    : ResultWindow(kTitle, QStringLiteral(":img_Filter"), kPanelWidth, parent)
+    : ResultWindow(kTitle, QStringLiteral(":img_Filter"), kFilterPanelWidth, parent)
 {
     createPanel();
     createActions();

@@ -22,6 +22,7 @@
 #include "core/TsExceptions.h"
 #include "portal/ColumnTable.h"
 #include "portal/HeaderFields.h"
+#include "portal/RowHeight.h"
 #include "portal/StartField.h"
 #include "portal/TsApplication.h"
 #include "portal/TsFileTexts.h"
@@ -40,8 +41,6 @@ using namespace veltrac;
 namespace {
 
 constexpr int kDefaultRowHeight = 20;
-constexpr int kLeastRowHeight = 18;
-constexpr int kMostRowHeight = 30;
 // Boxes about empty names before the status bar tells the rest.
 constexpr std::size_t kMostNameBoxes = 3;
 
@@ -132,7 +131,7 @@ QWidget* EditHeaderWin::createButtons()
 {
     auto* const buttons = new QWidget(this);
     auto* const rowHeight = new QSpinBox(buttons);
-    rowHeight->setRange(kLeastRowHeight, kMostRowHeight);
+    rowHeight->setRange(kLeastRowHeight, kGreatestRowHeight);
     rowHeight->setValue(kDefaultRowHeight);
     rowHeight->setAccessibleName(QStringLiteral("Row height in pixels"));
     rowHeight->setToolTip(QStringLiteral("The height of the table's rows, in pixels."));

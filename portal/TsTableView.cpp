@@ -14,6 +14,7 @@
 #include "core/FileTime.h"
 #include "core/TsNames.h"
 #include "portal/OldValuesRestore.h"
+#include "portal/RowHeight.h"
 #include "portal/SampleActions.h"
 #include "portal/SampleEditor.h"
 #include "portal/SampleSearch.h"
@@ -31,10 +32,7 @@ using namespace veltrac;
 namespace {
 
 constexpr int kEditMode = 1;
-constexpr int kMessageMs = 8000;
-constexpr int kLeastRowHeight = 18;
 constexpr int kRowHeight = 20;
-constexpr int kGreatestRowHeight = 30;
 
 // Null where it cannot be opened.
 TSFILE* openQuietly(const QString& file)

@@ -43,7 +43,6 @@ using namespace veltrac;
 
 namespace {
 
-constexpr int kMessageMs = 8000;
 constexpr int kHelpWidth = 950;
 constexpr int kHelpHeight = 650;
 

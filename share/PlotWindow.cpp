@@ -31,7 +31,6 @@ namespace veltrac {
 namespace {
 
 constexpr std::size_t kShownAtOpening = 8;
-constexpr int kMessageMs = 8000;
 
 QString pathOf(const PlotFile& file)
 {

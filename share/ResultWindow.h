@@ -29,6 +29,8 @@ class RangeFields;
 class ReadoutLabel;
 class SourceChooser;
 
+inline constexpr int kSavedMs = 6000;  // how long the status bar tells what was saved
+
 class ResultWindow : public SubWindow
 {
     Q_OBJECT

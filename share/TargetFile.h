@@ -10,6 +10,9 @@ class QWidget;
 
 namespace veltrac {
 
+// The ts-files of a directory, for file dialogs.
+inline const QString kTsFileFilter = QStringLiteral("*.ts, *.Ts, *.TS, *.tS");
+
 // Two names of one file, by way of links too, are one file.
 bool isSameFile(const QString& a, const QString& b);
 

@@ -1,0 +1,15 @@
+#include "cli/Verbs.h"
+
+namespace veltrac {
+
+std::vector<std::unique_ptr<Verb>> allVerbs()
+{
+    static constexpr std::unique_ptr<Verb> (*kMakers[])() = {makeInfoVerb, makeExportVerb};
+    std::vector<std::unique_ptr<Verb>> verbs;
+    verbs.reserve(std::size(kMakers));
+    for (const auto make : kMakers)
+        verbs.push_back(make());
+    return verbs;
+}
+
+}  // namespace veltrac

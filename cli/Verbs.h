@@ -1,0 +1,13 @@
+// The verbs, each made in a source of its own.
+#pragma once
+
+#include <memory>
+
+#include "cli/Verb.h"
+
+namespace veltrac {
+
+std::unique_ptr<Verb> makeInfoVerb();
+std::unique_ptr<Verb> makeExportVerb();
+
+}  // namespace veltrac

@@ -35,6 +35,11 @@ bool timesAreNumbers(STLTimeSource source)
     return source == STLTimeSource::ElapsedSeconds || timesAreUnix(source);
 }
 
+bool timesAreElapsed(STLTimeSource source)
+{
+    return source == STLTimeSource::ElapsedTime || source == STLTimeSource::ElapsedSeconds;
+}
+
 bool datesAlone(const STLFormat& format)
 {
     return format.timeSource == STLTimeSource::Stamp && format.timeColumn >= 0 &&

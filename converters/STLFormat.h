@@ -102,6 +102,8 @@ struct STLFormat
 bool timesAreNumbers(STLTimeSource source);
 // Whether they count from 1970 on, at Greenwich.
 bool timesAreUnix(STLTimeSource source);
+// Whether they count from the log's own beginning.
+bool timesAreElapsed(STLTimeSource source);
 // Whether they are days, without any time of the day.
 bool datesAlone(const STLFormat& format);
 // How many seconds a one in the column of times means.

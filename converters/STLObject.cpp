@@ -212,8 +212,7 @@ void STLObject::settleStart()
 {
     STLCheck& found = m_found;
     const bool typed = m_format.timeSource == STLTimeSource::Typed;
-    const bool elapsed = m_format.timeSource == STLTimeSource::ElapsedTime ||
-                         m_format.timeSource == STLTimeSource::ElapsedSeconds;
+    const bool elapsed = timesAreElapsed(m_format.timeSource);
     const Micros wall = typed || elapsed ? m_format.typedStart : found.firstWall;
     const bool dated = (!typed && !elapsed) || m_format.typedStart != 0;
     // A start that is typed is the file's: the first row lies one step behind it.

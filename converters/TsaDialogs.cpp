@@ -25,7 +25,13 @@ namespace veltrac {
 
 namespace {
 
-const QString kFilter = QStringLiteral("TS-ASCII files (*.tsa);;");
+const QString kTsaFilter = QStringLiteral("TS-ASCII files (*.tsa);;");
+
+// "1 line", "2 000 lines"
+QString counted(std::uint64_t n, const char* one, const char* many)
+{
+    return groupedNumber(n) + QLatin1Char(' ') + QString::fromLatin1(n == 1 ? one : many);
+}
 
 void warnBox(QWidget* parent, const QString& title, const QString& text)
 {
@@ -175,7 +181,7 @@ TsaOutcome failed(QWidget* parent, const QString& what)
 QString chooseTsaFile(QWidget* parent)
 {
     return QFileDialog::getOpenFileName(parent, QStringLiteral("Read a tsa-file and convert to a ts-file."),
-                                        QString(), kFilter);
+                                        QString(), kTsaFilter);
 }
 
 TsaOutcome importTsa(QWidget* parent, const QString& tsaFile)
@@ -211,7 +217,7 @@ TsaOutcome exportTsaInterval(QWidget* parent, const QString& tsFile, std::uint32
                               (isWhole ? QStringLiteral(".tsa") : QStringLiteral("_part.tsa"));
     QString target = QFileDialog::getSaveFileName(
         parent, QStringLiteral("Write %1 as a tsa-file").arg(QFileInfo(tsFile).fileName()),
-        saveSuggestion(suggested), kFilter, nullptr, QFileDialog::DontConfirmOverwrite);
+        saveSuggestion(suggested), kTsaFilter, nullptr, QFileDialog::DontConfirmOverwrite);
     if (target.isEmpty())
         return {false, QString(), QStringLiteral("Nothing was written.")};
     if (!target.endsWith(QStringLiteral(".tsa"), Qt::CaseInsensitive))

@@ -3,7 +3,10 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
+#include <fstream>
+#include <system_error>
 #include <thread>
 
 #include "cli/FileJob.h"
@@ -12,6 +15,8 @@
 #include "cli/ProgressLine.h"
 #include "cli/StopSignals.h"
 #include "cli/Verb.h"
+#include "core/FailureText.h"
+#include "core/SafeChange.h"
 
 namespace veltrac {
 
@@ -20,6 +25,18 @@ namespace {
 void writeOut(std::FILE* stream, const std::string& text)
 {
     std::fwrite(text.data(), 1, text.size(), stream);
+}
+
+// Throws std::system_error.
+void writeWhole(const std::string& file, const std::string& text)
+{
+    PendingFile pending(file);
+    std::ofstream out(pending.path(), std::ios::binary);
+    out << text;
+    out.close();
+    if (!out)
+        throw std::system_error(errno != 0 ? errno : EIO, std::generic_category());
+    pending.commit();
 }
 
 void addCommonOptions(CLI::App& app, const Verb& verb, CommonOptions& common)
@@ -75,6 +92,8 @@ public:
             [this](std::size_t i, const TaskOutcome& outcome) { take(m_files[i], outcome); },
             [this](std::size_t done) { m_line.showFiles(done); });
         m_line.clear();
+        if (!m_common.report.empty())
+            writeWhole(m_common.report, m_report);
         if (m_failed > 0 && m_files.size() > 1)
             std::fprintf(stderr, "%zu of %zu files failed\n", m_failed, m_files.size());
         if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
@@ -96,6 +115,7 @@ private:
         m_failed += outcome.state == TaskOutcome::State::Failed ? 1 : 0;
         if (!outcome.notes.empty())
             m_line.clear();
+        m_report += outcome.report;
         writeOut(stdout, outcome.out);
         writeOut(stderr, outcome.notes);
     }
@@ -105,6 +125,7 @@ private:
     std::vector<PlannedFile> m_files;
     ProgressLine m_line;
     std::size_t m_failed = 0;
+    std::string m_report;
 };
 
 int refuse(const std::string& text, const std::string& verb)
@@ -155,8 +176,8 @@ int runCommandLine(int count, char** words)
         return refuse(error.what(), given.empty() ? "" : given.front()->get_name());
     } catch (const UsageError& error) {
         return refuse(error.what(), chosen == nullptr ? "" : chosen->words().name);
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "veltrac-cli: %s\n", error.what());
+    } catch (const std::exception&) {
+        std::fprintf(stderr, "veltrac-cli: %s\n", reasonOfFailure().c_str());
         return kSomeFailed;
     }
 }

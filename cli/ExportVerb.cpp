@@ -58,7 +58,7 @@ public:
                      "Times of --csv as dates, where the file has a calendar");
         options.flag("--scale", m_request.scaled, "The greatest magnitude of --wav becomes 1");
     }
-    void check(const CommonOptions& /*common*/) override
+    void check(CommonOptions& /*common*/) override
     {
         if (m_separator == "tab" || m_separator == "\\t")
             m_separator = "\t";

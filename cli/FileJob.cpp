@@ -254,6 +254,7 @@ TaskOutcome runFileJob(Verb& verb, const CommonOptions& common, const PlannedFil
         if (outcome.state == TaskOutcome::State::Skipped)
             job.json["skipped"] = true;
         outcome.out = told(job);
+        outcome.report = job.report;
         if (!common.quiet)
             for (const std::string& note : job.notes)
                 outcome.notes += planned.source + ": " + note + '\n';

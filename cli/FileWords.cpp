@@ -25,6 +25,7 @@ std::string shortest(Number number)
 }
 
 constexpr std::uint32_t kMostListed = 30;
+constexpr int kYearBase = 1900;
 
 }  // namespace
 
@@ -65,8 +66,10 @@ std::string isoStamp(const int stamp[7])
 {
     if (stamp[4] < 1 || stamp[4] > 31 || stamp[5] < 1 || stamp[5] > 12)
         return {};
+    // Files of old, and texts without a stamp, count the year from 1900.
+    const int year = stamp[6] < kYearBase ? stamp[6] + kYearBase : stamp[6];
     char text[96];
-    std::snprintf(text, sizeof text, "%04d-%02d-%02dT%02d:%02d:%02d", stamp[6], stamp[5], stamp[4], stamp[3],
+    std::snprintf(text, sizeof text, "%04d-%02d-%02dT%02d:%02d:%02d", year, stamp[5], stamp[4], stamp[3],
                   stamp[2], stamp[1]);
     return text;
 }

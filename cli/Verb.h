@@ -29,6 +29,7 @@ struct CommonOptions
     bool quiet = false;
     bool json = false;
     bool skipDone = false;
+    std::string report;      // file that keeps all of what imports tell; empty: none
     std::uint32_t jobs = 0;  // 0: as many as there are cores
 };
 
@@ -66,6 +67,7 @@ struct VerbJob
     std::string text{};
     Json json = Json::object();
     std::vector<std::string> notes{};
+    std::string report{};  // for the file of that name
 };
 
 // Where the results of a verb go.
@@ -95,7 +97,7 @@ public:
     virtual const VerbWords& words() const = 0;
     virtual void addOptions(Options& options) = 0;
     // After parsing, once for all files. Throws UsageError.
-    virtual void check(const CommonOptions& /*common*/) {}
+    virtual void check(CommonOptions& /*common*/) {}
     virtual VerbTarget targetKind() const { return VerbTarget::FileEach; }
     // Of targets whose name comes from that of their source, with its point.
     virtual std::string extension() const { return ".ts"; }

@@ -4,7 +4,7 @@ namespace veltrac {
 
 std::vector<std::unique_ptr<Verb>> allVerbs()
 {
-    static constexpr std::unique_ptr<Verb> (*kMakers[])() = {makeInfoVerb, makeExportVerb};
+    static constexpr std::unique_ptr<Verb> (*kMakers[])() = {makeInfoVerb, makeImportVerb, makeExportVerb};
     std::vector<std::unique_ptr<Verb>> verbs;
     verbs.reserve(std::size(kMakers));
     for (const auto make : kMakers)

@@ -8,6 +8,7 @@
 namespace veltrac {
 
 std::unique_ptr<Verb> makeInfoVerb();
+std::unique_ptr<Verb> makeImportVerb();
 std::unique_ptr<Verb> makeExportVerb();
 
 }  // namespace veltrac

@@ -73,7 +73,8 @@ bool receiveText(int descriptor, std::string& text)
 bool receiveOutcome(int descriptor, TaskOutcome& outcome)
 {
     return receiveAll(descriptor, &outcome.state, sizeof outcome.state) &&
-           receiveText(descriptor, outcome.out) && receiveText(descriptor, outcome.notes);
+           receiveText(descriptor, outcome.out) && receiveText(descriptor, outcome.notes) &&
+           receiveText(descriptor, outcome.report);
 }
 
 [[noreturn]] void work(int descriptor, const std::function<TaskOutcome(std::size_t)>& task)
@@ -82,7 +83,8 @@ bool receiveOutcome(int descriptor, TaskOutcome& outcome)
     while (receiveAll(descriptor, &number, sizeof number) && number != kNoMore) {
         const TaskOutcome outcome = task(number);
         if (!sendAll(descriptor, &outcome.state, sizeof outcome.state) ||
-            !sendText(descriptor, outcome.out) || !sendText(descriptor, outcome.notes))
+            !sendText(descriptor, outcome.out) || !sendText(descriptor, outcome.notes) ||
+            !sendText(descriptor, outcome.report))
             break;
     }
     _exit(0);  // what stands in the parent's buffers is the parent's

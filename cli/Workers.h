@@ -22,6 +22,7 @@ struct TaskOutcome
     State state = State::Done;
     std::string out{};    // for standard output
     std::string notes{};  // for standard error
+    std::string report{};
 };
 
 // Runs `task` for 0 to count - 1 in up to `workers` processes (one: in this one) and hands the outcomes to

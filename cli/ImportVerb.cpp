@@ -80,6 +80,7 @@ private:
         }
         if (isSound(job.source))
             return SourceKind::Sound;
+        STLObject(job.source).detect();  // it may know why
         throw JobError("nothing in it can be imported: it is no text with numbers and no sound");
     }
 

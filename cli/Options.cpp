@@ -51,7 +51,7 @@ void Options::number(const char* name, std::optional<double>& value, const char*
 
 void Options::count(const char* name, std::uint32_t& value, std::uint32_t least, const char* help)
 {
-    m_app.add_option(name, value, help)->type_name("N")->check(CLI::Range(least, UINT32_MAX));
+    m_app.add_option(name, value, help)->type_name("N")->check(CLI::Range(least, UINT32_MAX).description(""));
 }
 
 void Options::count(const char* name, std::optional<std::uint32_t>& value, std::uint32_t least,
@@ -61,7 +61,7 @@ void Options::count(const char* name, std::optional<std::uint32_t>& value, std::
         .add_option_function<std::uint32_t>(
             name, [&value](const std::uint32_t& given) { value = given; }, help)
         ->type_name("N")
-        ->check(CLI::Range(least, UINT32_MAX));
+        ->check(CLI::Range(least, UINT32_MAX).description(""));
 }
 
 void Options::choose(const char* name, const std::vector<std::string>& names, const char* help,

@@ -3,7 +3,10 @@
 #include <sndfile.h>
 
 #include <algorithm>
+#include <fstream>
+#include <iterator>
 #include <memory>
+#include <string_view>
 #include <vector>
 
 #include "cli/ImportOptions.h"
@@ -55,6 +58,14 @@ void describeSound(const VerbJob& job, const ImportOptions& options, const SF_IN
 
 bool isSound(const std::filesystem::path& file)
 {
+    // Of MP3 the library takes any text in UTF-16 for a beginning: such files are asked for with --as.
+    static constexpr std::string_view kMagics[] = {"RIFF", "RF64", "fLaC", "OggS",
+                                                   "FORM", ".snd", "caff", "riff"};
+    char magic[4] = {};
+    std::ifstream(file, std::ios::binary).read(magic, sizeof magic);
+    if (std::find(std::begin(kMagics), std::end(kMagics), std::string_view(magic, sizeof magic)) ==
+        std::end(kMagics))
+        return false;
     SF_INFO info = {};
     return SoundFile(sf_open(file.c_str(), SFM_READ, &info)) != nullptr;
 }

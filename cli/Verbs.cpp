@@ -1,10 +1,14 @@
 #include "cli/Verbs.h"
 
+#include <iterator>
+
 namespace veltrac {
 
 std::vector<std::unique_ptr<Verb>> allVerbs()
 {
-    static constexpr std::unique_ptr<Verb> (*kMakers[])() = {makeInfoVerb, makeImportVerb, makeExportVerb};
+    static constexpr std::unique_ptr<Verb> (*kMakers[])() = {
+        makeInfoVerb,       makeImportVerb,   makeExportVerb, makeFormulaVerb,
+        makeDerivativeVerb, makeIntegralVerb, makeFilterVerb, makeSpectrumVerb};
     std::vector<std::unique_ptr<Verb>> verbs;
     verbs.reserve(std::size(kMakers));
     for (const auto make : kMakers)

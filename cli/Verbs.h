@@ -10,5 +10,10 @@ namespace veltrac {
 std::unique_ptr<Verb> makeInfoVerb();
 std::unique_ptr<Verb> makeImportVerb();
 std::unique_ptr<Verb> makeExportVerb();
+std::unique_ptr<Verb> makeFormulaVerb();
+std::unique_ptr<Verb> makeDerivativeVerb();
+std::unique_ptr<Verb> makeIntegralVerb();
+std::unique_ptr<Verb> makeFilterVerb();
+std::unique_ptr<Verb> makeSpectrumVerb();
 
 }  // namespace veltrac

@@ -6,8 +6,8 @@
 #include <QPalette>
 
 #include "core/FailureText.h"
-#include "portal/TsApplication.h"
 #include "share/Boxes.h"
+#include "share/TargetFile.h"
 
 namespace veltrac {
 
@@ -37,15 +37,7 @@ bool clearTarget(QWidget* parent, const QString& file)
 {
     if (!QFileInfo::exists(file) && !QFileInfo(file).isSymLink())
         return true;
-    const TsApplication* const application = TsApplication::instance();
-    if (application != nullptr && application->isOpenForWriting(file)) {
-        showBox(QMessageBox::Warning, parent, QStringLiteral("Veltrac"),
-                QStringLiteral("The file %1 is open for writing in another window.\n"
-                               "Close that window first.")
-                    .arg(file));
-        return false;
-    }
-    return askOverwrite(parent, file);
+    return mayWrite(parent, QStringLiteral("Veltrac"), file) && askOverwrite(parent, file);
 }
 
 const QString kCancelled = QStringLiteral("The import was cancelled; nothing was made.");

@@ -19,7 +19,7 @@
 #include "share/Boxes.h"
 #include "share/GroupedNumber.h"
 #include "share/JobProgress.h"
-#include "share/SaveDialog.h"
+#include "share/TargetFile.h"
 
 namespace veltrac {
 
@@ -234,7 +234,8 @@ TsaOutcome exportTsaTo(QWidget* parent, const QString& tsFile, const QString& ta
         ts.reset(application->OpenTs(tsFile, true));
     if (!ts)
         return {false, QString(), QStringLiteral("%1 could not be opened; nothing was written.").arg(tsFile)};
-    if (QFileInfo::exists(target) && !askOverwrite(parent, name))
+    if (QFileInfo::exists(target) &&
+        !(mayWrite(parent, QStringLiteral("Veltrac"), target) && askOverwrite(parent, name)))
         return {false, QString(), QStringLiteral("%1 was kept; nothing was written.").arg(name)};
     try {
         JobProgress progress(parent, QStringLiteral("Writing %1 …").arg(name));

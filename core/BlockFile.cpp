@@ -177,6 +177,24 @@ std::size_t BlockFile::writeRun(std::uint64_t offset, std::span<const unsigned c
     return done;
 }
 
+std::size_t BlockFile::readBlocksLocked(std::uint64_t offset, std::span<float> values) const
+{
+    auto* const bytes = reinterpret_cast<unsigned char*>(values.data());
+    return readRun(offset, {bytes, values.size_bytes()}) / kBlockBytes;
+}
+
+std::size_t BlockFile::writeBlocks(std::uint64_t offset, std::span<const float> values)
+{
+    const auto* const bytes = reinterpret_cast<const unsigned char*>(values.data());
+    return writeRun(offset, {bytes, values.size_bytes()}) / kBlockBytes;
+}
+
+std::size_t BlockFile::readBlocks(std::uint64_t offset, std::span<float> values) const
+{
+    const std::lock_guard guard(lock());
+    return readBlocksLocked(offset, values);
+}
+
 std::uint64_t BlockFile::size() const noexcept
 {
 #ifdef _WIN32

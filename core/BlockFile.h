@@ -35,10 +35,16 @@ public:
     void read(std::uint64_t offset, Block& block) const;
     void write(std::uint64_t offset, const Block& block);
 
-    // Reads or writes a longer run and returns the bytes moved, for the rotation of ring files. The caller
-    // holds lock(), because its several transfers belong together.
+    // Reads or writes a longer run and returns the bytes moved. The caller holds lock(), because its several
+    // transfers may belong together.
     std::size_t readRun(std::uint64_t offset, std::span<unsigned char> bytes) const;
     std::size_t writeRun(std::uint64_t offset, std::span<const unsigned char> bytes);
+
+    // The same for whole blocks of values, in blocks that were moved completely.
+    std::size_t readBlocksLocked(std::uint64_t offset, std::span<float> values) const;
+    std::size_t writeBlocks(std::uint64_t offset, std::span<const float> values);
+    // Takes the lock itself.
+    std::size_t readBlocks(std::uint64_t offset, std::span<float> values) const;
 
     // The file's present size in bytes, 0 where the platform does not tell.
     std::uint64_t size() const noexcept;

@@ -70,15 +70,21 @@ std::uint64_t DataBlock::refused() noexcept
     return kNone;  // lies in no block, the cached one included
 }
 
+void DataBlock::hold(std::uint64_t blockNumber, const float* values, bool changed) noexcept
+{
+    std::memcpy(m_values, values, sizeof m_values);
+    m_offset = offsetOf(blockNumber);
+    m_blockNumber = blockNumber;
+    m_dirty = changed;
+}
+
 std::span<float> DataBlock::wholeForWriting(std::uint64_t element)
 {
     const std::uint64_t blockNumber = element / kBlockFloats;
     const std::uint64_t offset = offsetOf(blockNumber);
-    if (offset + kBlockBytes > m_fileEnd)
-        m_fileEnd = m_file.size();
     // A file that is cut short or too long says so by the read, as it does for single values.
-    if (blockNumber == m_blockNumber || offset + kBlockBytes > m_fileEnd || offset >= kFileLimit ||
-        m_file.readOnly())
+    if (blockNumber == m_blockNumber || offset >= kFileLimit || m_file.readOnly() ||
+        offset + kBlockBytes > m_file.size())
         return run(element, true);
     flush();
     m_offset = offset;

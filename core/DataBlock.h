@@ -68,6 +68,12 @@ public:
     // that lies in the file is not read first.
     std::span<float> wholeForWriting(std::uint64_t element);
 
+    // Where a block begins in the file; kFileLimit or more where no block can.
+    std::uint64_t offsetOf(std::uint64_t blockNumber) const noexcept;
+    bool holds(std::uint64_t blockNumber) const noexcept { return blockNumber == m_blockNumber; }
+    // Takes over a block that was moved by other means; changes of the one before were flushed.
+    void hold(std::uint64_t blockNumber, const float* values, bool changed) noexcept;
+
     // Writes the block if it has changed.
     void flush();
     // Forgets the block; a change that was not flushed is lost.
@@ -84,7 +90,6 @@ private:
         }
         return m_values[element % kBlockFloats];
     }
-    std::uint64_t offsetOf(std::uint64_t blockNumber) const noexcept;
     void fetch(std::uint64_t blockNumber);
     // The loops around value() keep their sums in registers only where no call that comes back can throw:
     // what fetch() throws is kept here, and thrown by a call of its own that never returns.
@@ -97,7 +102,6 @@ private:
     std::uint64_t m_offset = 0;
     bool m_dirty = false;
     std::exception_ptr m_failure;  // on its way from tryFetch() or refused() to throwFailure()
-    std::uint64_t m_fileEnd = 0;   // as far as it was asked for
     float m_values[kBlockFloats] = {};
 };
 

@@ -3,7 +3,8 @@
 // A ts-file holds `samples` rows of `columns` 32-bit floats with a constant sample time, a description, a
 // time unit, a start, and for each column a name, a description and a time stamp (docs/ts-file.md).
 // Samples and columns count from 1. One header image, one column block and one data block are kept in
-// memory; every transfer moves one 512-byte block, so a file of any length costs the same memory.
+// memory. Single values move one 512-byte block a transfer, runs of them up to 256 KiB through a buffer of
+// that size, so a file of any length costs the same memory.
 //
 // Failures are the TS exceptions; the object stays usable after each of them. Header changes go to the file
 // at once, data when another block is wanted, at flush() and in the destructor, which swallows failures:
@@ -20,6 +21,7 @@
 
 #include "core/BlockFile.h"
 #include "core/DataBlock.h"
+#include "core/DataRuns.h"
 #include "core/TsHeader.h"
 
 class TSFILE
@@ -139,10 +141,17 @@ public:
         m_data.forWriting(m_data.elementIndex(sample, col)) = native(v);
     }
 
-    // Runs of samples, checked once a block instead of once a value. They do what value() and setValue()
-    // do for each of them, and throw the same; what was moved before a failure stays moved.
+    // Runs of samples, moved many blocks at once. They do what value() and setValue() do for each of them,
+    // and throw the same; what was moved before a failure stays moved.
     // readColumn/writeColumn: out[i], in[i] is sample first + i of column col.
     void readColumn(std::uint32_t col, std::uint32_t first, std::span<float> out);
+    // Several columns in one pass over the rows; `out` has room for `count` values.
+    struct ColumnRun
+    {
+        std::uint32_t column;
+        float* out;
+    };
+    void readColumns(std::uint32_t first, std::uint32_t count, std::span<const ColumnRun> runs);
     void writeColumn(std::uint32_t col, std::uint32_t first, std::span<const float> in);
     // readRows/writeRows: `count` rows from sample `first`, row by row, columns() values each.
     void readRows(std::uint32_t first, std::uint32_t count, float* out);
@@ -240,14 +249,18 @@ private:
     template <typename Value>
     void writeRowOf(std::uint32_t sample, const Value* in, bool flush);
     enum class Direction { Read, Write };
-    // Calls move(slot, index) for `count` elements from `element` on in steps of `stride`, block by block.
-    template <typename Move>
-    void walk(Direction direction, std::uint64_t element, std::uint64_t stride, std::size_t count, Move move);
+    struct RingPart
+    {
+        std::uint32_t row;
+        std::uint64_t count;
+    };
+    RingPart ringPart(std::uint32_t sample, std::uint64_t count) const noexcept;
     void requireRun(Direction direction, std::uint32_t first, std::size_t count);
 
     std::string m_name;
     veltrac::BlockFile m_file;
     veltrac::DataBlock m_data;
+    veltrac::DataRuns m_runs{m_file, m_data};
     veltrac::TsHeader m_header;
     bool m_headerHeld = false;
     // The samples of a held, ordinary file, whose elements need no further thought; else 0.

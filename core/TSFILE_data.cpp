@@ -10,6 +10,12 @@
 
 using namespace veltrac;
 
+namespace {
+
+constexpr std::size_t kNearFloats = 4096;
+
+}  // namespace
+
 // -- Growing --
 
 void TSFILE::setSize(std::uint32_t samples, std::uint32_t columns)
@@ -236,41 +242,63 @@ void TSFILE::requireRun(Direction direction, std::uint32_t first, std::size_t co
 
 // -- Runs --
 
-template <typename Move>
-void TSFILE::walk(Direction direction, std::uint64_t element, std::uint64_t stride, std::size_t count,
-                  Move move)
+// The row of a ring file's sample, counted from 0, and how many samples follow each other from there.
+TSFILE::RingPart TSFILE::ringPart(std::uint32_t sample, std::uint64_t count) const noexcept
 {
-    std::size_t index = 0;
-    while (index < count) {
-        const bool whole = direction == Direction::Write && stride == 1 && element % kBlockFloats == 0 &&
-                           count - index >= kBlockFloats;
-        const std::span<float> slots =
-            whole ? m_data.wholeForWriting(element) : m_data.run(element, direction == Direction::Write);
-        const std::size_t inBlock = stride == 0 ? 1 : (slots.size() - 1) / stride + 1;
-        const std::size_t n = std::min(count - index, inBlock);
-        for (std::size_t i = 0; i < n; ++i)
-            move(slots[i * stride], index + i);
-        index += n;
-        element += n * stride;
-    }
+    const std::uint32_t behind = sample - 1U;
+    const std::uint32_t row = behind % m_header.samples;
+    const std::uint64_t beforeWrap = (std::uint64_t{1} << 32) - behind;
+    return {row + 1, std::min({count, beforeWrap, std::uint64_t{m_header.samples - row}})};
 }
 
 void TSFILE::readColumn(std::uint32_t col, std::uint32_t first, std::span<float> out)
 {
     readHeader(0, 0);
-    if (m_header.ringStart != 0) {
-        for (std::size_t i = 0; i < out.size(); ++i)
-            out[i] = value(first + static_cast<std::uint32_t>(i), col);
+    const bool swapped = m_order == ByteOrder::Swapped;
+    if (m_header.ringStart == 0) {
+        requireRun(Direction::Read, first, out.size());
+        m_runs.read({m_data.elementIndex(first, col), m_header.columns, out.size()}, out.data(), swapped);
         return;
     }
-    requireRun(Direction::Read, first, out.size());
-    const std::uint64_t element = m_data.elementIndex(first, col);
-    if (m_order == ByteOrder::Swapped)
-        walk(Direction::Read, element, m_header.columns, out.size(),
-             [&](const float& slot, std::size_t i) { out[i] = swapBytes(slot); });
-    else
-        walk(Direction::Read, element, m_header.columns, out.size(),
-             [&](const float& slot, std::size_t i) { out[i] = slot; });
+    while (!out.empty()) {
+        requireSample(first);
+        const RingPart part = ringPart(first, out.size());
+        const auto count = static_cast<std::size_t>(part.count);
+        m_runs.read({m_data.elementIndex(part.row, col), m_header.columns, count}, out.data(), swapped);
+        first += static_cast<std::uint32_t>(count);
+        out = out.subspan(count);
+    }
+}
+
+void TSFILE::readColumns(std::uint32_t first, std::uint32_t count, std::span<const ColumnRun> runs)
+{
+    const std::size_t columns = std::max<std::uint32_t>(1, TSFILE::columns());
+    const std::size_t most = std::max<std::size_t>(1, DataRuns::kRunFloats / columns);
+    std::vector<float> rows(std::min<std::size_t>(most, count) * columns);
+    for (std::size_t done = 0; done < count;) {
+        const std::size_t n = std::min(most, count - done);
+        const auto sample = static_cast<std::uint32_t>(first + done);
+        try {
+            readRows(sample, static_cast<std::uint32_t>(n), rows.data());
+        } catch (const TS::Failure&) {
+            // The values that are wanted may all be there; where one is not, it says so.
+            for (std::size_t i = 0; i < n; ++i)
+                for (const ColumnRun& run : runs)
+                    run.out[done + i] = value(static_cast<std::uint32_t>(sample + i), run.column);
+            done += n;
+            continue;
+        }
+        // Rows that stay in the processor's first cache while all columns are taken out of them.
+        const std::size_t near = std::max<std::size_t>(1, kNearFloats / columns);
+        for (std::size_t begin = 0; begin < n; begin += near)
+            for (const ColumnRun& run : runs) {
+                const float* const from = &rows[begin * columns + run.column - 1];
+                float* const to = run.out + done + begin;
+                for (std::size_t i = 0; i < std::min(near, n - begin); ++i)
+                    to[i] = from[i * columns];
+            }
+        done += n;
+    }
 }
 
 void TSFILE::writeColumn(std::uint32_t col, std::uint32_t first, std::span<const float> in)
@@ -285,28 +313,29 @@ void TSFILE::writeColumn(std::uint32_t col, std::uint32_t first, std::span<const
         return;
     requireRun(Direction::Write, first, in.size());
     requireWritable(first, col);
-    const std::uint64_t element = m_data.elementIndex(first, col);
-    if (m_order == ByteOrder::Swapped)
-        walk(Direction::Write, element, m_header.columns, in.size(),
-             [&](float& slot, std::size_t i) { slot = swapBytes(in[i]); });
-    else
-        walk(Direction::Write, element, m_header.columns, in.size(),
-             [&](float& slot, std::size_t i) { slot = in[i]; });
+    m_runs.write({m_data.elementIndex(first, col), m_header.columns, in.size()}, in.data(),
+                 m_order == ByteOrder::Swapped);
 }
 
 void TSFILE::readRows(std::uint32_t first, std::uint32_t count, float* out)
 {
     readHeader(0, 0);
     const std::size_t columns = m_header.columns;
-    if (m_header.ringStart != 0) {
-        for (std::uint32_t row = 0; row < count; ++row)
-            readRow(first + row, out + row * columns);
+    const bool swapped = m_order == ByteOrder::Swapped;
+    if (m_header.ringStart == 0) {
+        requireRun(Direction::Read, first, count);
+        m_runs.read({m_data.elementIndex(first, 1), 1, count * columns}, out, swapped);
         return;
     }
-    requireRun(Direction::Read, first, count);
-    const bool swapped = m_order == ByteOrder::Swapped;
-    walk(Direction::Read, m_data.elementIndex(first, 1), 1, count * columns,
-         [&](const float& slot, std::size_t i) { out[i] = swapped ? swapBytes(slot) : slot; });
+    while (count > 0) {
+        requireSample(first);
+        const RingPart part = ringPart(first, count);
+        const auto values = static_cast<std::size_t>(part.count) * columns;
+        m_runs.read({m_data.elementIndex(part.row, 1), 1, values}, out, swapped);
+        first += static_cast<std::uint32_t>(part.count);
+        count -= static_cast<std::uint32_t>(part.count);
+        out += values;
+    }
 }
 
 void TSFILE::writeRows(std::uint32_t first, std::uint32_t count, const float* in)
@@ -323,9 +352,7 @@ void TSFILE::writeRows(std::uint32_t first, std::uint32_t count, const float* in
     }
     requireRun(Direction::Write, first, count);
     requireWritable(first, 1);
-    const bool swapped = m_order == ByteOrder::Swapped;
-    walk(Direction::Write, m_data.elementIndex(first, 1), 1, count * columns,
-         [&](float& slot, std::size_t i) { slot = swapped ? swapBytes(in[i]) : in[i]; });
+    m_runs.write({m_data.elementIndex(first, 1), 1, count * columns}, in, m_order == ByteOrder::Swapped);
 }
 
 // -- Rows --
@@ -334,9 +361,14 @@ template <typename Value>
 void TSFILE::readRowOf(std::uint32_t sample, Value* out)
 {
     requireSample(sample);
-    const bool swapped = m_order == ByteOrder::Swapped;
-    walk(Direction::Read, m_data.elementIndex(sample, 1), 1, m_header.columns,
-         [&](const float& slot, std::size_t i) { out[i] = swapped ? swapBytes(slot) : slot; });
+    const std::uint64_t first = m_data.elementIndex(sample, 1);
+    for (std::uint64_t done = 0; done < m_header.columns;) {
+        const std::span<const float> slots = m_data.run(first + done, false);
+        const std::size_t count = std::min<std::uint64_t>(slots.size(), m_header.columns - done);
+        for (std::size_t i = 0; i < count; ++i)
+            out[done + i] = native(slots[i]);
+        done += count;
+    }
 }
 
 void TSFILE::readRow(std::uint32_t sample, float* out)

@@ -42,7 +42,11 @@ private:
 inline std::vector<unsigned char> bytesOf(const std::string& file)
 {
     std::ifstream in(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
+    std::error_code gone;
+    const auto size = std::filesystem::file_size(file, gone);
+    std::vector<unsigned char> bytes(gone ? 0 : size);
+    in.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    return bytes;
 }
 
 // A ts-file written by hand; `swapped` gives the byte order that is not this machine's.

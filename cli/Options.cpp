@@ -19,21 +19,13 @@ void Options::text(const char* name, std::string& value, const char* type, const
 
 void Options::texts(const char* name, std::vector<std::string>& values, const char* type, const char* help)
 {
-    m_app.add_option(name, values, help)
-        ->type_name(type)
-        ->delimiter(',')
-        ->type_size(1)
-        ->expected(1)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    m_app.add_option(name, values, help)->type_name(type)->delimiter(',')->allow_extra_args(false);
 }
 
 void Options::wholeTexts(const char* name, std::vector<std::string>& values, const char* type,
                          const char* help)
 {
-    m_app.add_option(name, values, help)
-        ->type_name(type)
-        ->expected(1)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    m_app.add_option(name, values, help)->type_name(type)->allow_extra_args(false);
 }
 
 void Options::number(const char* name, double& value, const char* type, const char* help)

@@ -7,8 +7,9 @@ namespace veltrac {
 std::vector<std::unique_ptr<Verb>> allVerbs()
 {
     static constexpr std::unique_ptr<Verb> (*kMakers[])() = {
-        makeInfoVerb,       makeImportVerb,   makeExportVerb, makeFormulaVerb,
-        makeDerivativeVerb, makeIntegralVerb, makeFilterVerb, makeSpectrumVerb};
+        makeInfoVerb,     makeImportVerb, makeExportVerb,   makeHeaderVerb,
+        makeCutVerb,      makeJoinVerb,   makeFormulaVerb,  makeDerivativeVerb,
+        makeIntegralVerb, makeFilterVerb, makeSpectrumVerb, makePlotVerb};
     std::vector<std::unique_ptr<Verb>> verbs;
     verbs.reserve(std::size(kMakers));
     for (const auto make : kMakers)

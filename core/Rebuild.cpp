@@ -98,6 +98,13 @@ JobOutcome rebuildTsFile(const std::filesystem::path& file, std::uint32_t newSam
                          std::uint32_t newColumns, const Progress& progress,
                          const std::function<JobOutcome(TSFILE& made)>& fill)
 {
+    return rebuildTsFileAs(file, file, newSamples, newColumns, progress, fill);
+}
+
+JobOutcome rebuildTsFileAs(const std::filesystem::path& file, const std::filesystem::path& target,
+                           std::uint32_t newSamples, std::uint32_t newColumns, const Progress& progress,
+                           const std::function<JobOutcome(TSFILE& made)>& fill)
+{
     const std::unique_ptr<TSFILE> from = openTsFile(file.string(), true);
     if (from->ringStart() != 0)
         throw TS::READONLY_VIOLATION(file.string());
@@ -106,7 +113,7 @@ JobOutcome rebuildTsFile(const std::filesystem::path& file, std::uint32_t newSam
     if (tsFileBytes(newSamples, newColumns) >= kFileLimit)
         throw TS::IO_ERROR(0, static_cast<std::uint32_t>(kFileLimit), 1);
 
-    PendingFile pending(file, "tmp", ".ts");
+    PendingFile pending(target, "tmp", ".ts");
     {
         const std::unique_ptr<TSFILE> made =
             createInOrderOf(image, pending.path().string(), newSamples, newColumns);

@@ -15,6 +15,7 @@
 #include "share/Boxes.h"
 #include "share/JobProgress.h"
 #include "share/PlotCanvas.h"
+#include "share/PlotFileNames.h"
 #include "share/PlotVariables.h"
 #include "share/TargetFile.h"
 

@@ -2,17 +2,20 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <numeric>
 #include <vector>
 
 #include "core/TSFILE.h"
+#include "core/Vectors.h"
 
 namespace veltrac {
 
 namespace {
 
-constexpr std::uint32_t kRun = 8192;  // samples a step
+constexpr std::uint32_t kRun = 8192;  // samples a step, and of a sum within the sum
+constexpr std::uint32_t kReadAtOnce = 8 * kRun;
 
 bool meets(const SearchCondition& condition, float before, float v)
 {
@@ -65,33 +68,129 @@ struct RunSummary
     std::uint32_t missing;
 };
 
-// Eight lanes side by side, which the compiler turns into vector instructions. A comparison with a missing
-// value is false, so it is never taken as an extreme.
+// Eight lanes side by side. A comparison with a missing value is false, so it is never taken as an extreme.
+class ScanLanes
+{
+public:
+    static constexpr std::size_t kLanes = 8;
+    static constexpr std::size_t kPart = 256;  // values that are widened at once
+
+    ScanLanes()
+    {
+        std::fill_n(m_least, kLanes, std::numeric_limits<float>::infinity());
+        std::fill_n(m_greatest, kLanes, -std::numeric_limits<float>::infinity());
+    }
+
+    // A multiple of the lanes, at most a part.
+    void takeWhole(std::span<const float> values)
+    {
+        float kept[kPart];  // 0 where a value is missing
+        FourWords missing{};
+        for (std::size_t i = 0; i < values.size(); i += 4) {
+            const auto v = vectorAt<FourFloats>(&values[i]);
+            const auto present = v == v ? v : FourFloats{};
+            std::memcpy(&kept[i], &present, sizeof present);
+            missing += v == v ? FourWords{} : FourWords{} + 1U;
+        }
+        m_missing += missing[0] + missing[1] + missing[2] + missing[3];
+        double wide[kPart];
+        for (std::size_t i = 0; i < values.size(); ++i)
+            wide[i] = static_cast<double>(kept[i]);
+        TwoDoubles sum[kLanes / 2];
+        FourFloats least[kLanes / 4];
+        FourFloats greatest[kLanes / 4];
+        std::memcpy(sum, m_sum, sizeof sum);
+        std::memcpy(least, m_least, sizeof least);
+        std::memcpy(greatest, m_greatest, sizeof greatest);
+        for (std::size_t i = 0; i < values.size(); i += kLanes) {
+            for (std::size_t k = 0; k < kLanes / 2; ++k)
+                sum[k] += vectorAt<TwoDoubles>(&wide[i + 2 * k]);
+            for (std::size_t k = 0; k < kLanes / 4; ++k) {
+                const auto v = vectorAt<FourFloats>(&values[i + 4 * k]);
+                least[k] = v < least[k] ? v : least[k];
+                greatest[k] = v > greatest[k] ? v : greatest[k];
+            }
+        }
+        std::memcpy(m_sum, sum, sizeof sum);
+        std::memcpy(m_least, least, sizeof least);
+        std::memcpy(m_greatest, greatest, sizeof greatest);
+    }
+
+    void takeOne(float v, std::size_t lane)
+    {
+        m_least[lane] = v < m_least[lane] ? v : m_least[lane];
+        m_greatest[lane] = v > m_greatest[lane] ? v : m_greatest[lane];
+        m_sum[lane] += static_cast<double>(v == v ? v : 0.0F);
+        m_missing += v == v ? 0U : 1U;
+    }
+
+    RunSummary summary() const
+    {
+        return {*std::min_element(m_least, m_least + kLanes),
+                *std::max_element(m_greatest, m_greatest + kLanes),
+                std::accumulate(m_sum, m_sum + kLanes, 0.0), m_missing};
+    }
+
+private:
+    float m_least[kLanes];
+    float m_greatest[kLanes];
+    double m_sum[kLanes] = {};
+    std::uint32_t m_missing = 0;
+};
+
 RunSummary summaryOf(std::span<const float> values)
 {
-    constexpr std::size_t kLanes = 8;
-    constexpr float kInfinity = std::numeric_limits<float>::infinity();
-    float least[kLanes];
-    float greatest[kLanes];
-    double sum[kLanes] = {};
-    std::uint32_t missing[kLanes] = {};
-    std::fill_n(least, kLanes, kInfinity);
-    std::fill_n(greatest, kLanes, -kInfinity);
-    const auto take = [&](float v, std::size_t lane) {
-        least[lane] = v < least[lane] ? v : least[lane];
-        greatest[lane] = v > greatest[lane] ? v : greatest[lane];
-        sum[lane] += static_cast<double>(v == v ? v : 0.0F);
-        missing[lane] += v == v ? 0U : 1U;
-    };
+    ScanLanes lanes;
     std::size_t i = 0;
-    for (; i + kLanes <= values.size(); i += kLanes)
-        for (std::size_t lane = 0; lane < kLanes; ++lane)
-            take(values[i + lane], lane);
+    while (values.size() - i >= ScanLanes::kLanes) {
+        const std::size_t whole = (values.size() - i) / ScanLanes::kLanes * ScanLanes::kLanes;
+        const std::size_t count = std::min(whole, ScanLanes::kPart);
+        lanes.takeWhole(values.subspan(i, count));
+        i += count;
+    }
     for (std::size_t lane = 0; i < values.size(); ++i, ++lane)
-        take(values[i], lane);
-    return {*std::min_element(least, least + kLanes), *std::max_element(greatest, greatest + kLanes),
-            std::accumulate(sum, sum + kLanes, 0.0), std::accumulate(missing, missing + kLanes, 0U)};
+        lanes.takeOne(values[i], lane);
+    return lanes.summary();
 }
+
+// The extremes and the sum of a column so far.
+class ColumnTotal
+{
+public:
+    // The run begins at sample `first`.
+    void take(std::uint64_t first, std::span<const float> run)
+    {
+        const RunSummary summary = summaryOf(run);
+        m_sum += summary.sum;
+        m_scan.missing += summary.missing;
+        const auto sampleOf = [&](float v) {
+            const auto place = std::find(run.begin(), run.end(), v) - run.begin();
+            return static_cast<std::uint32_t>(first + static_cast<std::uint64_t>(place));
+        };
+        if (m_scan.minimum > summary.least) {
+            m_scan.minimum = summary.least;
+            m_scan.minimumSample = sampleOf(summary.least);
+        }
+        if (summary.greatest > m_scan.maximum) {
+            m_scan.maximum = summary.greatest;
+            m_scan.maximumSample = sampleOf(summary.greatest);
+        }
+    }
+
+    ColumnExtremes of(std::uint32_t samples) const
+    {
+        ColumnExtremes scan = m_scan;
+        const std::uint32_t present = samples - scan.missing;
+        const double nan = std::numeric_limits<double>::quiet_NaN();
+        scan.averagePresent = present == 0 ? nan : m_sum / present;
+        scan.average = scan.missing == 0 ? scan.averagePresent : nan;
+        return scan;
+    }
+
+private:
+    ColumnExtremes m_scan;
+    double m_sum = 0.0;
+};
 
 }  // namespace
 
@@ -100,40 +199,22 @@ ColumnReader columnReader(TSFILE& file, std::uint32_t col)
     return [&file, col](std::uint32_t first, std::span<float> out) { file.readColumn(col, first, out); };
 }
 
-JobOutcome scanColumn(const ColumnReader& read, std::uint32_t samples, const Progress& progress,
+JobOutcome scanColumn(const ColumnReader& reader, std::uint32_t samples, const Progress& progress,
                       ColumnExtremes& out)
 {
-    ColumnExtremes scan;
-    double sum = 0.0;
-    std::vector<float> values(std::min(kRun, samples));
+    ColumnTotal total;
+    std::vector<float> values(std::min(kReadAtOnce, samples));
     for (std::uint64_t done = 0; done < samples;) {
-        const std::size_t count = std::min<std::uint64_t>(kRun, samples - done);
-        const std::span<float> run = std::span(values).first(count);
-        read(static_cast<std::uint32_t>(done + 1), run);
-        const RunSummary summary = summaryOf(run);
-        sum += summary.sum;
-        scan.missing += summary.missing;
-        const auto sampleOf = [&](float v) {
-            const auto place = std::find(run.begin(), run.end(), v) - run.begin();
-            return static_cast<std::uint32_t>(done + 1 + static_cast<std::uint64_t>(place));
-        };
-        if (scan.minimum > summary.least) {
-            scan.minimum = summary.least;
-            scan.minimumSample = sampleOf(summary.least);
-        }
-        if (summary.greatest > scan.maximum) {
-            scan.maximum = summary.greatest;
-            scan.maximumSample = sampleOf(summary.greatest);
-        }
+        const std::size_t count = std::min<std::uint64_t>(kReadAtOnce, samples - done);
+        const std::span<float> read = std::span(values).first(count);
+        reader(static_cast<std::uint32_t>(done + 1), read);
+        for (std::size_t i = 0; i < count; i += kRun)
+            total.take(done + i + 1, read.subspan(i, std::min<std::size_t>(kRun, count - i)));
         done += count;
         if (!goesOn(progress, done, samples))
             return JobOutcome::Cancelled;
     }
-    const std::uint32_t present = samples - scan.missing;
-    const double nan = std::numeric_limits<double>::quiet_NaN();
-    scan.averagePresent = present == 0 ? nan : sum / present;
-    scan.average = scan.missing == 0 ? scan.averagePresent : nan;
-    out = scan;
+    out = total.of(samples);
     return JobOutcome::Done;
 }
 

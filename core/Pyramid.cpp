@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstring>
+
+#include "core/Vectors.h"
 
 namespace veltrac {
 
@@ -33,20 +34,8 @@ void Summary::widen(const Summary& other)
 
 namespace {
 
-// Four sums and extremes each, so that one does not wait for the one before, in vectors of 16 bytes as every
-// x86-64 has them: left to find them, the compiler gives up between floats and doubles. What does not fill
-// them goes to the first sum.
+// Four sums and extremes each; what does not fill them goes to the first one.
 constexpr std::size_t kChains = 4;
-using FourFloats = float __attribute__((vector_size(16)));
-using TwoDoubles = double __attribute__((vector_size(16)));
-
-template <typename Vector, typename Value>
-Vector vectorAt(const Value* values)
-{
-    Vector v;
-    std::memcpy(&v, values, sizeof v);
-    return v;
-}
 
 // The summaries of `Buckets` runs of n values (at most a bucket's), one behind the other, if all values are
 // finite: floats cannot overflow a sum of doubles, so that tells. The runs are summed up side by side, or the

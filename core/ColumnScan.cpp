@@ -9,6 +9,7 @@
 
 #include "core/TSFILE.h"
 #include "core/Vectors.h"
+#include "core/WorkerPool.h"
 
 namespace veltrac {
 
@@ -72,85 +73,76 @@ struct RunSummary
 class ScanLanes
 {
 public:
-    static constexpr std::size_t kLanes = 8;
-    static constexpr std::size_t kPart = 256;  // values that are widened at once
-
-    ScanLanes()
+    // Where Missing is not set, a missing value spoils the sum.
+    template <bool Missing>
+    void take(std::span<const float> values)
     {
-        std::fill_n(m_least, kLanes, std::numeric_limits<float>::infinity());
-        std::fill_n(m_greatest, kLanes, -std::numeric_limits<float>::infinity());
-    }
-
-    // A multiple of the lanes, at most a part.
-    void takeWhole(std::span<const float> values)
-    {
-        float kept[kPart];  // 0 where a value is missing
-        FourWords missing{};
-        for (std::size_t i = 0; i < values.size(); i += 4) {
-            const auto v = vectorAt<FourFloats>(&values[i]);
-            const auto present = v == v ? v : FourFloats{};
-            std::memcpy(&kept[i], &present, sizeof present);
-            missing += v == v ? FourWords{} : FourWords{} + 1U;
-        }
-        m_missing += missing[0] + missing[1] + missing[2] + missing[3];
-        double wide[kPart];
-        for (std::size_t i = 0; i < values.size(); ++i)
-            wide[i] = static_cast<double>(kept[i]);
-        TwoDoubles sum[kLanes / 2];
-        FourFloats least[kLanes / 4];
-        FourFloats greatest[kLanes / 4];
-        std::memcpy(sum, m_sum, sizeof sum);
-        std::memcpy(least, m_least, sizeof least);
-        std::memcpy(greatest, m_greatest, sizeof greatest);
-        for (std::size_t i = 0; i < values.size(); i += kLanes) {
-            for (std::size_t k = 0; k < kLanes / 2; ++k)
-                sum[k] += vectorAt<TwoDoubles>(&wide[i + 2 * k]);
-            for (std::size_t k = 0; k < kLanes / 4; ++k) {
+        std::size_t i = 0;
+        for (; i + kLanes <= values.size(); i += kLanes)
+            for (std::size_t k = 0; k < kVectors; ++k) {
                 const auto v = vectorAt<FourFloats>(&values[i + 4 * k]);
-                least[k] = v < least[k] ? v : least[k];
-                greatest[k] = v > greatest[k] ? v : greatest[k];
+                m_least[k] = v < m_least[k] ? v : m_least[k];
+                m_greatest[k] = v > m_greatest[k] ? v : m_greatest[k];
+                const FourFloats present = Missing ? (v == v ? v : FourFloats{}) : v;
+                m_sum[2 * k] += lowDoubles(present);
+                m_sum[2 * k + 1] += highDoubles(present);
+                if constexpr (Missing)
+                    m_missing[k] += v == v ? FourWords{} : FourWords{} + 1U;
             }
-        }
-        std::memcpy(m_sum, sum, sizeof sum);
-        std::memcpy(m_least, least, sizeof least);
-        std::memcpy(m_greatest, greatest, sizeof greatest);
-    }
-
-    void takeOne(float v, std::size_t lane)
-    {
-        m_least[lane] = v < m_least[lane] ? v : m_least[lane];
-        m_greatest[lane] = v > m_greatest[lane] ? v : m_greatest[lane];
-        m_sum[lane] += static_cast<double>(v == v ? v : 0.0F);
-        m_missing += v == v ? 0U : 1U;
+        for (std::size_t lane = 0; i < values.size(); ++i, ++lane)
+            takeOne(values[i], lane);
     }
 
     RunSummary summary() const
     {
-        return {*std::min_element(m_least, m_least + kLanes),
-                *std::max_element(m_greatest, m_greatest + kLanes),
-                std::accumulate(m_sum, m_sum + kLanes, 0.0), m_missing};
+        float least[kLanes];
+        float greatest[kLanes];
+        double sum[kLanes];
+        std::uint32_t missing[kLanes];
+        std::memcpy(least, m_least, sizeof least);
+        std::memcpy(greatest, m_greatest, sizeof greatest);
+        std::memcpy(sum, m_sum, sizeof sum);
+        std::memcpy(missing, m_missing, sizeof missing);
+        return {*std::min_element(least, least + kLanes), *std::max_element(greatest, greatest + kLanes),
+                std::accumulate(sum, sum + kLanes, 0.0), std::accumulate(missing, missing + kLanes, 0U)};
     }
 
 private:
-    float m_least[kLanes];
-    float m_greatest[kLanes];
-    double m_sum[kLanes] = {};
-    std::uint32_t m_missing = 0;
+    static constexpr std::size_t kLanes = 8;
+    static constexpr std::size_t kVectors = kLanes / 4;
+    static constexpr float kInfinity = std::numeric_limits<float>::infinity();
+
+    void takeOne(float v, std::size_t lane)
+    {
+        FourFloats& least = m_least[lane / 4];
+        FourFloats& greatest = m_greatest[lane / 4];
+        least[lane % 4] = v < least[lane % 4] ? v : least[lane % 4];
+        greatest[lane % 4] = v > greatest[lane % 4] ? v : greatest[lane % 4];
+        m_sum[lane / 2][lane % 2] += static_cast<double>(v == v ? v : 0.0F);
+        m_missing[lane / 4][lane % 4] += v == v ? 0U : 1U;
+    }
+
+    FourFloats m_least[kVectors] = {FourFloats{} + kInfinity, FourFloats{} + kInfinity};
+    FourFloats m_greatest[kVectors] = {FourFloats{} - kInfinity, FourFloats{} - kInfinity};
+    TwoDoubles m_sum[2 * kVectors] = {};
+    FourWords m_missing[kVectors] = {};
 };
 
 RunSummary summaryOf(std::span<const float> values)
 {
-    ScanLanes lanes;
-    std::size_t i = 0;
-    while (values.size() - i >= ScanLanes::kLanes) {
-        const std::size_t whole = (values.size() - i) / ScanLanes::kLanes * ScanLanes::kLanes;
-        const std::size_t count = std::min(whole, ScanLanes::kPart);
-        lanes.takeWhole(values.subspan(i, count));
-        i += count;
-    }
-    for (std::size_t lane = 0; i < values.size(); ++i, ++lane)
-        lanes.takeOne(values[i], lane);
-    return lanes.summary();
+    ScanLanes all;
+    all.take<false>(values);
+    const RunSummary summary = all.summary();
+    if (!std::isnan(summary.sum))
+        return summary;
+    ScanLanes present;
+    present.take<true>(values);
+    return present.summary();
+}
+
+std::span<const float> runAt(std::span<const float> values, std::size_t begin)
+{
+    return values.subspan(begin, std::min<std::size_t>(kRun, values.size() - begin));
 }
 
 // The extremes and the sum of a column so far.
@@ -158,9 +150,8 @@ class ColumnTotal
 {
 public:
     // The run begins at sample `first`.
-    void take(std::uint64_t first, std::span<const float> run)
+    void take(std::uint64_t first, std::span<const float> run, const RunSummary& summary)
     {
-        const RunSummary summary = summaryOf(run);
         m_sum += summary.sum;
         m_scan.missing += summary.missing;
         const auto sampleOf = [&](float v) {
@@ -202,20 +193,40 @@ ColumnReader columnReader(TSFILE& file, std::uint32_t col)
 JobOutcome scanColumn(const ColumnReader& reader, std::uint32_t samples, const Progress& progress,
                       ColumnExtremes& out)
 {
+    struct Piece
+    {
+        std::vector<float> values;
+        std::vector<RunSummary> runs;
+    };
     ColumnTotal total;
-    std::vector<float> values(std::min(kReadAtOnce, samples));
-    for (std::uint64_t done = 0; done < samples;) {
-        const std::size_t count = std::min<std::uint64_t>(kReadAtOnce, samples - done);
-        const std::span<float> read = std::span(values).first(count);
-        reader(static_cast<std::uint32_t>(done + 1), read);
-        for (std::size_t i = 0; i < count; i += kRun)
-            total.take(done + i + 1, read.subspan(i, std::min<std::size_t>(kRun, count - i)));
-        done += count;
-        if (!goesOn(progress, done, samples))
-            return JobOutcome::Cancelled;
-    }
-    out = total.of(samples);
-    return JobOutcome::Done;
+    std::uint64_t read = 0;
+    std::uint64_t done = 0;
+    WorkerPool& pool = WorkerPool::shared();
+    std::vector<Piece> pieces(pool.slots());
+    const auto take = [&](std::size_t slot) {
+        Piece& piece = pieces[slot];
+        piece.values.resize(std::min<std::uint64_t>(kReadAtOnce, samples - read));
+        if (!piece.values.empty())
+            reader(static_cast<std::uint32_t>(read + 1), piece.values);
+        read += piece.values.size();
+        return !piece.values.empty();
+    };
+    const auto sumUp = [&](std::size_t slot) {
+        Piece& piece = pieces[slot];
+        piece.runs.clear();
+        for (std::size_t i = 0; i < piece.values.size(); i += kRun)
+            piece.runs.push_back(summaryOf(runAt(piece.values, i)));
+    };
+    const auto give = [&](std::size_t slot) {
+        const Piece& piece = pieces[slot];
+        for (std::size_t k = 0; k < piece.runs.size(); ++k)
+            total.take(done + k * kRun + 1, runAt(piece.values, k * kRun), piece.runs[k]);
+        done += piece.values.size();
+    };
+    const JobOutcome outcome = pool.run({take, sumUp, give}, [&] { return goesOn(progress, done, samples); });
+    if (outcome == JobOutcome::Done)
+        out = total.of(samples);
+    return outcome;
 }
 
 JobOutcome searchColumn(const ColumnReader& read, std::uint32_t samples, const SearchCondition& condition,

@@ -44,11 +44,7 @@ template <std::size_t Buckets>
 class FiniteRuns
 {
 public:
-    FiniteRuns(const float* values, std::size_t n) : m_floats(values), m_count(n)
-    {
-        for (std::size_t i = 0; i < Buckets * n; ++i)
-            m_values[i] = static_cast<double>(values[i]);
-    }
+    FiniteRuns(const float* values, std::size_t n) : m_values(values), m_count(n) {}
 
     bool sumUp(Summary* out)
     {
@@ -85,13 +81,13 @@ private:
         std::size_t i = 0;
         for (; i + kChains <= m_count; i += kChains)
             for (std::size_t b = 0; b < Buckets; ++b) {
-                const double* const from = m_values + b * m_count + i;
-                sums[b][0] += step(vectorAt<TwoDoubles>(from), b);
-                sums[b][1] += step(vectorAt<TwoDoubles>(from + 2), b);
+                const auto v = vectorAt<FourFloats>(m_values + b * m_count + i);
+                sums[b][0] += step(lowDoubles(v), b);
+                sums[b][1] += step(highDoubles(v), b);
             }
         for (; i < m_count; ++i)
             for (std::size_t b = 0; b < Buckets; ++b)
-                sums[b][0][0] += step(m_values[b * m_count + i], b);
+                sums[b][0][0] += step(static_cast<double>(m_values[b * m_count + i]), b);
         return sums;
     }
 
@@ -104,14 +100,14 @@ private:
         std::size_t i = 0;
         for (; i + kChains <= m_count; i += kChains)
             for (std::size_t b = 0; b < Buckets; ++b) {
-                const auto v = vectorAt<FourFloats>(m_floats + b * m_count + i);
+                const auto v = vectorAt<FourFloats>(m_values + b * m_count + i);
                 least[b] = v < least[b] ? v : least[b];
                 greatest[b] = v > greatest[b] ? v : greatest[b];
             }
         for (std::size_t b = 0; b < Buckets; ++b) {
             for (std::size_t rest = i; rest < m_count; ++rest) {
-                least[b][0] = std::min(least[b][0], m_floats[b * m_count + rest]);
-                greatest[b][0] = std::max(greatest[b][0], m_floats[b * m_count + rest]);
+                least[b][0] = std::min(least[b][0], m_values[b * m_count + rest]);
+                greatest[b][0] = std::max(greatest[b][0], m_values[b * m_count + rest]);
             }
             for (std::size_t chain = 0; chain < kChains; ++chain) {
                 out[b].least = std::min(out[b].least, least[b][chain]);
@@ -120,9 +116,8 @@ private:
         }
     }
 
-    const float* m_floats;
+    const float* m_values;
     std::size_t m_count;
-    double m_values[Buckets * Pyramid::kLargestBucket];
 };
 
 }  // namespace

@@ -3,6 +3,10 @@
 // would.
 #pragma once
 
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 #include <cstdint>
 #include <cstring>
 
@@ -19,5 +23,26 @@ Vector vectorAt(const Value* values)
     std::memcpy(&v, values, sizeof v);
     return v;
 }
+
+#ifdef __SSE2__
+// Values 0 and 1, 2 and 3 of four in double precision. The portable form below comes out value by value.
+inline TwoDoubles lowDoubles(FourFloats v)
+{
+    return _mm_cvtps_pd(v);
+}
+inline TwoDoubles highDoubles(FourFloats v)
+{
+    return _mm_cvtps_pd(_mm_movehl_ps(v, v));
+}
+#else
+inline TwoDoubles lowDoubles(FourFloats v)
+{
+    return TwoDoubles{static_cast<double>(v[0]), static_cast<double>(v[1])};
+}
+inline TwoDoubles highDoubles(FourFloats v)
+{
+    return TwoDoubles{static_cast<double>(v[2]), static_cast<double>(v[3])};
+}
+#endif
 
 }  // namespace veltrac

@@ -168,7 +168,7 @@ CalculusSave saveResult(TSFILE& work, ColumnTarget& target, const Progress& prog
     CalculusSave save;
     save.copied = std::min(work.samples(), target.file->samples());
     save.outcome = overwriteColumns(work, target, kColumns, save.copied, progress, backup,
-                                    [&] { target.file->dt(work.dt()); });
+                                    [&](TSFILE& file) { file.dt(work.dt()); });
     return save;
 }
 

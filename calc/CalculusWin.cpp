@@ -19,6 +19,7 @@
 #include "core/TsHeader.h"
 #include "core/TsNames.h"
 #include "portal/TsApplication.h"
+#include "share/ActionRow.h"
 #include "share/Boxes.h"
 #include "share/GroupedNumber.h"
 #include "share/JobProgress.h"
@@ -27,6 +28,7 @@
 #include "share/RangeFields.h"
 #include "share/ReadoutLabel.h"
 #include "share/SourceChooser.h"
+#include "share/TargetFile.h"
 #include "share/hydaction.h"
 
 namespace veltrac {
@@ -34,15 +36,8 @@ namespace veltrac {
 namespace {
 
 constexpr int kDoneMs = 5000;
-constexpr int kSavedMs = 6000;
 constexpr int kAbortedMs = 2000;
-constexpr int kPanelWidth = 250;
-const char* const kFilter = "*.ts, *.Ts, *.TS, *.tS";
-
-bool isSameFile(const QString& a, const QString& b)
-{
-    return QFileInfo(a).canonicalFilePath() == QFileInfo(b).canonicalFilePath();
-}
+constexpr int kCalculusPanelWidth = 250;
 
 // What the user means who types "result": the file result.ts, unless one of just that name is there.
 QString targetName(const QString& typed)
@@ -60,7 +55,8 @@ bool replacesTimes(const TSFILE& target)
 }  // namespace
 
 CalculusWin::CalculusWin(const CalculusKind& kind, const QString& file, unsigned column, QWidget* parent)
-    : ResultWindow(QString::fromLatin1(kind.title), QString::fromLatin1(kind.icon), kPanelWidth, parent),
+    : ResultWindow(QString::fromLatin1(kind.title), QString::fromLatin1(kind.icon), kCalculusPanelWidth,
+                   parent),
       m_kind(kind),
       m_ownTimes(new QCheckBox(QStringLiteral("By its o&wn times (\"Time\")")))
 {
@@ -79,15 +75,15 @@ CalculusWin::CalculusWin(const CalculusKind& kind, const QString& file, unsigned
 
 void CalculusWin::createActions()
 {
-    auto* const help = new HydAction(QStringLiteral("Help"), QKeySequence(Qt::Key_F1), this, SLOT(sl_help()),
-                                     QStringLiteral("&Help"), QStringLiteral("Open a brief help window"));
-    const QString tip = QString::fromLatin1(m_kind.executeTip);
-    m_execute = new HydAction(QStringLiteral("Execute"), QKeySequence(QStringLiteral("Ctrl+Return")), this,
-                              SLOT(sl_execute()), QStringLiteral("Execute calculation..."), tip,
-                              whatsThisText(QStringLiteral("Execute"), tip));
-    auto* const save = new HydAction(QString::fromLatin1(m_kind.saveImage),
-                                     QKeySequence(QStringLiteral("Ctrl+S")), this, SLOT(sl_saveResults()),
-                                     QStringLiteral("Save results..."), QStringLiteral("Save results."));
+    enum class Id { Execute, Save, Help };
+    const ActionRow<Id> rows[] = {
+        {Id::Execute, "Execute", "Ctrl+Return", SLOT(sl_execute()), "Execute calculation...",
+         m_kind.executeTip},
+        {Id::Save, m_kind.saveImage, "Ctrl+S", SLOT(sl_saveResults()), "Save results...", "Save results."},
+        {Id::Help, "Help", "F1", SLOT(sl_help()), "&Help", "Open a brief help window"}};
+    m_execute = makeAction(this, this, rows[0]);
+    QAction* const save = makeAction(this, this, rows[1]);
+    QAction* const help = makeAction(this, this, rows[2]);
 
     QMenu* const actions = menuBar()->addMenu(QStringLiteral("&Actions"));
     actions->addActions({m_execute, save, help});
@@ -208,7 +204,7 @@ void CalculusWin::sl_saveResults()
     if (resultName().isEmpty()) {
         const QString name =
             QFileDialog::getSaveFileName(this, QStringLiteral("Save results."), QDir::currentPath(),
-                                         QLatin1String(kFilter), nullptr, QFileDialog::DontConfirmOverwrite);
+                                         kTsFileFilter, nullptr, QFileDialog::DontConfirmOverwrite);
         if (name.isEmpty()) {
             statusBar()->showMessage(QStringLiteral("Saving aborted"), kAbortedMs);
             return;
@@ -277,7 +273,7 @@ bool CalculusWin::mayReplace(const QString& name)
                       .arg(resultFirst()));
         return false;
     }
-    return mayWrite(name) &&
+    return mayWrite(this, windowTitle(), name) &&
            (!isSameFile(name, resultSource()) ||
             askYesNo(QMessageBox::Question, this, windowTitle(),
                      QStringLiteral(

@@ -1,7 +1,7 @@
 #include "calc/DFTWin.h"
 
+#include <QDir>
 #include <QFile>
-#include <QFileDialog>
 #include <QFileInfo>
 #include <QMenuBar>
 #include <QPushButton>
@@ -19,22 +19,22 @@
 #include "core/CopyFile.h"
 #include "core/TsExceptions.h"
 #include "core/TsNames.h"
+#include "share/ActionRow.h"
 #include "share/Boxes.h"
 #include "share/JobProgress.h"
 #include "share/PlotCanvas.h"
 #include "share/QtMessageWin.h"
 #include "share/RangeFields.h"
 #include "share/ReadoutLabel.h"
-#include "share/SaveDialog.h"
 #include "share/SourceChooser.h"
+#include "share/TargetFile.h"
 #include "share/hydaction.h"
 
 using namespace veltrac;
 
 namespace {
 
-constexpr int kPanelWidth = 300;
-constexpr int kSavedMs = 6000;
+constexpr int kSpectrumPanelWidth = 300;
 
 bool askToGoOn(QWidget* window, const QString& text, const QString& yes)
 {
@@ -51,7 +51,7 @@ bool askToGoOn(QWidget* window, const QString& text, const QString& yes)
 }  // namespace
 
 DFTWin::DFTWin(const QString& file, unsigned column, QWidget* parent)
-    : ResultWindow(QStringLiteral("Ts-FFT"), QStringLiteral(":img_Dft"), kPanelWidth, parent),
+    : ResultWindow(QStringLiteral("Ts-FFT"), QStringLiteral(":img_Dft"), kSpectrumPanelWidth, parent),
       m_fields(new SpectrumFields),
       m_peaks(new PeakTable)
 {
@@ -78,14 +78,15 @@ DFTWin::DFTWin(const QString& file, unsigned column, QWidget* parent)
 
 void DFTWin::createActions()
 {
-    m_execute = new HydAction(QStringLiteral("Execute"), QKeySequence(QStringLiteral("Ctrl+Return")), this,
-                              SLOT(sl_execute()), QStringLiteral("&Execute calculation..."),
-                              QStringLiteral("Calculate the spectrum."));
-    m_save = new HydAction(QStringLiteral("Save"), QKeySequence(QStringLiteral("Ctrl+S")), this,
-                           SLOT(sl_saveResults()), QStringLiteral("&Save results..."),
-                           QStringLiteral("Save results."));
-    auto* const help = new HydAction(QStringLiteral("Help"), QKeySequence(Qt::Key_F1), this, SLOT(sl_help()),
-                                     QStringLiteral("&Help"), QStringLiteral("Open a brief help window"));
+    enum class Id { Execute, Save, Help };
+    static const ActionRow<Id> rows[] = {
+        {Id::Execute, "Execute", "Ctrl+Return", SLOT(sl_execute()), "&Execute calculation...",
+         "Calculate the spectrum."},
+        {Id::Save, "Save", "Ctrl+S", SLOT(sl_saveResults()), "&Save results...", "Save results."},
+        {Id::Help, "Help", "F1", SLOT(sl_help()), "&Help", "Open a brief help window"}};
+    m_execute = makeAction(this, this, rows[0]);
+    m_save = makeAction(this, this, rows[1]);
+    QAction* const help = makeAction(this, this, rows[2]);
     m_save->setEnabled(false);
     QMenu* const actions = menuBar()->addMenu(QStringLiteral("&Actions"));
     actions->addActions({m_execute, m_save, help});
@@ -261,29 +262,18 @@ void DFTWin::sl_saveResults()
         return;
     }
     const QFileInfo computed(resultSource());
-    QString name = QFileDialog::getSaveFileName(
-        this, QStringLiteral("Save results."),
-        saveSuggestion(computed.absolutePath() + QLatin1Char('/') + computed.completeBaseName() +
-                       QStringLiteral("_fft.ts")),
-        QStringLiteral("*.ts, *.Ts, *.TS, *.tS"), nullptr, QFileDialog::DontConfirmOverwrite);
+    const auto isSource = [this](const QString& file) { return isSameFile(file, resultSource()); };
+    const QString name = askSaveName(
+        this,
+        {QStringLiteral("Save results."),
+         computed.absolutePath() + QLatin1Char('/') + computed.completeBaseName() + QStringLiteral("_fft.ts"),
+         QStringLiteral("*.ts, *.Ts, *.TS, *.tS"), QStringLiteral("ts"), isSource});
     if (name.isEmpty()) {
         statusBar()->showMessage(QStringLiteral("Saving aborted"), kSavedMs);
         return;
     }
-    const QFileInfo typed(name);
-    if (typed.suffix().toLower() != QLatin1String("ts"))
-        name = typed.absolutePath() + QLatin1Char('/') +
-               QFile::decodeName(newTsFileName(QFile::encodeName(typed.fileName()).toStdString()).c_str());
     setResultName(name);
-    const QString question =
-        QFileInfo(name).canonicalFilePath() == computed.canonicalFilePath()
-            ? QStringLiteral("%1 is the source file itself.\nReplace it by the spectrum?")
-            : QStringLiteral("%1 exists.\nReplace it by the spectrum?");
-    if (mayWrite(name) && (!QFileInfo::exists(name) ||
-                           askYesNo(QMessageBox::Question, this, windowTitle(), question.arg(name))))
-        saveAs(name);
-    else
-        statusBar()->showMessage(QStringLiteral("Saving aborted"), kSavedMs);
+    saveAs(name);
 }
 
 void DFTWin::saveAs(const QString& name)

@@ -4,25 +4,25 @@ using namespace veltrac;
 
 namespace {
 
-// "Derivate" and the other texts stand as users know them.
-constexpr CalculusKind kKind = {"Ts-Derivative",
-                                ":img_Derivation",
-                                "Welcome to Ts-Derivate",
-                                "d(col1)/dt",
-                                "d(%1)/dt",
-                                "%1/%2",
-                                "Calculate dy/dt.",
-                                "Save",
-                                "Computing...finished",
-                                "Ts-Derivative info",
-                                "derivative",
-                                "",
-                                true,
-                                differentiate};
+// "Derivate" is wanted so in the greeting.
+constexpr CalculusKind kDerivative = {"Ts-Derivative",
+                                      ":img_Derivation",
+                                      "Welcome to Ts-Derivate",
+                                      "d(col1)/dt",
+                                      "d(%1)/dt",
+                                      "%1/%2",
+                                      "Calculate dy/dt.",
+                                      "Save",
+                                      "Computing...finished",
+                                      "Ts-Derivative info",
+                                      "derivative",
+                                      "",
+                                      true,
+                                      differentiate};
 
 }  // namespace
 
 DerivativeWin::DerivativeWin(const QString& file, unsigned column, QWidget* parent)
-    : CalculusWin(kKind, file, column, parent)
+    : CalculusWin(kDerivative, file, column, parent)
 {
 }

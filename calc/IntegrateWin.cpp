@@ -4,25 +4,25 @@ using namespace veltrac;
 
 namespace {
 
-// "Filtering...finished" is what this window has always said; nothing is filtered.
-constexpr CalculusKind kKind = {"Ts-Integrate",
-                                ":img_Integration",
-                                "Welcome to Ts-Integrate",
-                                "Int(col1)/dt",
-                                "Int(%1)",
-                                "%1·%2",
-                                "Calculate the target acc. to the present algorithm.",
-                                "SaveTS",
-                                "Filtering...finished",
-                                "Ts-Integrate info",
-                                "integral",
-                                "After the first one of the source the integral is missing.",
-                                false,
-                                integrate};
+// "Filtering...finished" is wanted here, though nothing is filtered.
+constexpr CalculusKind kIntegral = {"Ts-Integrate",
+                                    ":img_Integration",
+                                    "Welcome to Ts-Integrate",
+                                    "Int(col1)/dt",
+                                    "Int(%1)",
+                                    "%1·%2",
+                                    "Calculate the target acc. to the present algorithm.",
+                                    "SaveTS",
+                                    "Filtering...finished",
+                                    "Ts-Integrate info",
+                                    "integral",
+                                    "After the first one of the source the integral is missing.",
+                                    false,
+                                    integrate};
 
 }  // namespace
 
 IntegrateWin::IntegrateWin(const QString& file, unsigned column, QWidget* parent)
-    : CalculusWin(kKind, file, column, parent)
+    : CalculusWin(kIntegral, file, column, parent)
 {
 }

@@ -1,17 +1,51 @@
 #include "converters/ImportFields.h"
 
+#include <QComboBox>
+#include <QDateTime>
 #include <QFormLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QString>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 #include "converters/ImportTexts.h"
+#include "converters/STLFormat.h"
 #include "converters/TimeStamps.h"
 #include "share/NumberField.h"
 
 namespace veltrac {
+
+QComboBox* choiceBox(std::initializer_list<Choice> choices)
+{
+    auto* const box = new QComboBox;
+    for (const Choice& choice : choices)
+        box->addItem(QString::fromUtf8(choice.text), choice.value);
+    box->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    box->setMinimumContentsLength(16);
+    return box;
+}
+
+int chosenValue(const QComboBox* box)
+{
+    return box->currentData().toInt();
+}
+
+void chooseValue(QComboBox* box, int value)
+{
+    box->setCurrentIndex(std::max(0, box->findData(value)));
+}
+
+QComboBox* fillBox()
+{
+    return choiceBox({{"missing (NaN)", static_cast<int>(STLFill::NaN)},
+                      {"0", static_cast<int>(STLFill::Zero)},
+                      {"the value before", static_cast<int>(STLFill::Previous)},
+                      {"interpolated", static_cast<int>(STLFill::Interpolated)}});
+}
 
 void addRow(QFormLayout* form, const char* label, QWidget* field, const char* help, QWidget* beneath)
 {
@@ -53,6 +87,24 @@ QPushButton* importButton(const char* text, const char* help)
     button->setToolTip(QString::fromLatin1(help));
     button->setAutoDefault(true);
     return button;
+}
+
+void scrollForm(QScrollArea& area, QLayout* form)
+{
+    auto* const inner = new QWidget;
+    inner->setLayout(form);
+    area.setWidget(inner);
+    area.setWidgetResizable(true);
+    area.setFrameShape(QFrame::NoFrame);
+}
+
+QString wallFieldText(Micros wall)
+{
+    return wall == 0
+               ? QString()
+               : QDateTime::fromMSecsSinceEpoch(wall / 1000, Qt::UTC)
+                     .toString(wall % kMicrosPerSecond == 0 ? QStringLiteral("yyyy-MM-dd hh:mm:ss")
+                                                            : QStringLiteral("yyyy-MM-dd hh:mm:ss.zzz"));
 }
 
 QString reasonAgainstStart(const QString& text)

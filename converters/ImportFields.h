@@ -1,14 +1,33 @@
 // What the fields of the import windows have in common.
 #pragma once
 
+#include <initializer_list>
+
+#include "core/WallClock.h"
+
+class QComboBox;
 class QFormLayout;
 class QLabel;
+class QLayout;
 class QLineEdit;
 class QPushButton;
+class QScrollArea;
 class QString;
 class QWidget;
 
 namespace veltrac {
+
+// A box of choices, and the value of the chosen one; the first is chosen where none has the value.
+struct Choice
+{
+    const char* text;
+    int value;
+};
+QComboBox* choiceBox(std::initializer_list<Choice> choices);
+int chosenValue(const QComboBox* box);
+void chooseValue(QComboBox* box, int value);
+// What missing values can become.
+QComboBox* fillBox();
 
 // A row of a form: label, field and what the field is for, perhaps with something beneath the field.
 void addRow(QFormLayout* form, const char* label, QWidget* field, const char* help,
@@ -23,6 +42,11 @@ void showReason(QLineEdit* field, QLabel* label, const QString& reason);
 // A push button of the row below; Enter presses the one that has the focus.
 QPushButton* importButton(const char* text, const char* help);
 
+// Puts a form into an area that scrolls where it is low.
+void scrollForm(QScrollArea& area, QLayout* form);
+
+// A start of a series as a field shows it; empty for none.
+QString wallFieldText(Micros wall);
 // Why a text is no start of a series; empty where it is one, or empty itself.
 QString reasonAgainstStart(const QString& text);
 // Why no ts-file can be called so.

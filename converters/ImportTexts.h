@@ -3,7 +3,6 @@
 
 #include <QString>
 
-#include <cstdint>
 #include <filesystem>
 
 class QLabel;
@@ -14,16 +13,6 @@ namespace veltrac {
 // A file name between the screen and the system.
 std::filesystem::path pathOf(const QString& file);
 QString shown(const std::string& file);
-
-// "1 line", "2 000 lines"
-QString counted(std::uint64_t n, const char* one, const char* many);
-// "0.3 s", "12 min", "30.4 d"
-QString durationText(double seconds);
-// The same with four digits: "1.000 s"; and two lengths in one unit: "0.98 to 1.07 s".
-QString stepLength(double seconds);
-QString stepRange(double least, double greatest);
-// "0.8 MB"
-QString sizeText(std::uint64_t bytes);
 
 // Asks the overwrite question; true where the user gives the old file up.
 bool askOverwrite(QWidget* parent, const QString& file);
@@ -36,7 +25,9 @@ bool clearTarget(QWidget* parent, const QString& file);
 extern const QString kCancelled;
 extern const QString kMarkedField;
 
-// A label for what is wrong, hidden as long as it is empty; showText() fills it.
+// A label for texts of any length, which can be copied.
+QLabel* wrappedLabel();
+// The same for what is wrong, hidden as long as it is empty; showText() fills it.
 QLabel* warningLabel();
 void showText(QLabel* label, const QString& text);
 

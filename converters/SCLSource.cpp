@@ -4,7 +4,7 @@
 #include <cmath>
 #include <limits>
 
-#include "converters/STLGuess.h"
+#include "converters/STLHead.h"
 #include "converters/STLSample.h"
 #include "converters/WordedDates.h"
 #include "core/TextNumbers.h"

@@ -1,49 +1,69 @@
 #include "converters/SCLWin.h"
 
-#include <QComboBox>
-#include <QDateTime>
 #include <QFileDialog>
 #include <QFileInfo>
-#include <QHeaderView>
-#include <QLabel>
-#include <QLineEdit>
-#include <QPlainTextEdit>
-#include <QPushButton>
-#include <QScopedValueRollback>
-#include <QSpinBox>
-#include <QTableWidget>
+#include <QSplitter>
 
-#include <array>
-
-#include "converters/ImportFields.h"
-#include "converters/ImportReport.h"
 #include "converters/ImportTexts.h"
-#include "converters/ValuePlot.h"
+#include "converters/LengthTexts.h"
+#include "converters/SCLFields.h"
+#include "converters/SCLFileList.h"
+#include "converters/SCLPreview.h"
+#include "core/NumberTexts.h"
 #include "core/TsNames.h"
 #include "share/Boxes.h"
-#include "share/GroupedNumber.h"
-#include "share/HeaderText.h"
-#include "share/NumberField.h"
+#include "share/Resources.h"
 
 using namespace veltrac;
 
 namespace {
 
-enum Column { kFile, kName, kUnit, kDescription };
-
-const QString kFilter =
+const QString kColumnFilter =
     QStringLiteral("Text files (*.scl *.txt *.dat *.csv *.log *.asc);;SCL files (*.scl);;All files (*)");
-constexpr std::size_t kShownLines = 200;
-constexpr std::size_t kShownBytes = 400;
-constexpr std::size_t kPlottedValues = 5000;
-constexpr int kStepDigits = 10;
-
-QString text(const std::string& utf8)
-{
-    return QString::fromStdString(utf8);
-}
+constexpr QSize kColumnWindowSize(1000, 700);
 
 }  // namespace
+
+// -- Building --
+
+SCLWin::SCLWin(const QString& file, QWidget* parent)
+    : SubWindow(parent), m_files(new SCLFileList), m_fields(new SCLFields), m_preview(new SCLPreview)
+{
+    loadResources();
+    setWindowIcon(QIcon(QStringLiteral(":img_ReadASCII_3")));
+    setWindowTitle(QStringLiteral("Import of single column logs"));
+    m_panel =
+        new ImportPanel(*this, *this, buildFields(),
+                        {"The format of text logs.", "Read the files and tell what is not understood."});
+    setCentralWidget(m_panel);
+    resize(kColumnWindowSize);
+
+    connect(m_files, &SCLFileList::x_add, this, &SCLWin::sl_add);
+    connect(m_files, &SCLFileList::x_remove, this, &SCLWin::sl_remove);
+    connect(m_files, &SCLFileList::x_up, this, &SCLWin::sl_up);
+    connect(m_files, &SCLFileList::x_down, this, &SCLWin::sl_down);
+    connect(m_files, &SCLFileList::x_changed, this, &SCLWin::sl_changed);
+    connect(m_files, &SCLFileList::x_selected, this, &SCLWin::sl_show_file);
+    connect(m_fields, &SCLFields::x_changed, this, &SCLWin::sl_changed);
+    connect(m_fields, &SCLFields::x_skip_changed, this, &SCLWin::sl_skip_changed);
+    showFiles(-1);
+    if (!file.isEmpty())
+        add(file);
+}
+
+QWidget* SCLWin::buildFields()
+{
+    auto* const below = new QSplitter(Qt::Horizontal);
+    below->addWidget(m_fields);
+    below->addWidget(m_preview);
+    below->setStretchFactor(1, 1);
+    auto* const all = new QSplitter(Qt::Vertical);
+    all->addWidget(m_files);
+    all->addWidget(below);
+    all->setStretchFactor(1, 1);
+    all->setSizes({190, 430});
+    return all;
+}
 
 // -- Files --
 
@@ -51,7 +71,7 @@ void SCLWin::sl_add()
 {
     const QStringList files = QFileDialog::getOpenFileNames(
         this, QStringLiteral("Read text files of one value a line and convert to a ts-file."), QString(),
-        kFilter);
+        kColumnFilter);
     for (const QString& file : files)
         add(file);
     if (m_logs.sources.empty() && files.isEmpty())
@@ -71,29 +91,26 @@ void SCLWin::add(const QString& file)
         return;
     }
     if (first || start != m_logs.start)
-        showStart();
+        m_fields->showStart(m_logs);
     if (first) {
-        const QScopedValueRollback<bool> filling(m_filling, true);
-        m_target->setText(QFileInfo(file).completeBaseName() + QStringLiteral(".ts"));
-        m_description->setText(text(m_logs.description));
+        m_fields->showTarget(QFileInfo(file).completeBaseName() + QStringLiteral(".ts"));
+        m_fields->showDescription(m_logs);
     }
     if (first || step != m_logs.step)
-        showStep();
-    showFiles();
-    m_files->selectRow(m_files->rowCount() - 1);
+        m_fields->showStep(m_logs);
+    showFiles(static_cast<int>(m_logs.sources.size()) - 1);
     sl_changed();
-    m_import->setFocus();
+    m_panel->focusImport();
 }
 
 void SCLWin::sl_remove()
 {
-    const int row = m_files->currentRow();
+    const int row = m_files->current();
     if (row < 0)
         return;
     m_logs.remove(static_cast<std::size_t>(row));
-    showStart();
-    showFiles();
-    m_files->selectRow(std::min(row, m_files->rowCount() - 1));
+    m_fields->showStart(m_logs);
+    showFiles(row);
     sl_changed();
 }
 
@@ -109,101 +126,41 @@ void SCLWin::sl_down()
 
 void SCLWin::move(int by)
 {
-    const int row = m_files->currentRow();
+    const int row = m_files->current();
     const int to = row + by;
-    if (row < 0 || to < 0 || to >= m_files->rowCount())
+    if (row < 0 || to < 0 || to >= static_cast<int>(m_logs.sources.size()))
         return;
     std::swap(m_logs.sources[static_cast<std::size_t>(row)], m_logs.sources[static_cast<std::size_t>(to)]);
-    showFiles();
-    m_files->selectRow(to);
+    showFiles(to);
     sl_changed();
 }
 
-void SCLWin::showFiles()
+void SCLWin::showFiles(int selected)
 {
-    {
-        const QScopedValueRollback<bool> filling(m_filling, true);
-        m_files->setRowCount(static_cast<int>(m_logs.sources.size()));
-        for (int row = 0; row < m_files->rowCount(); ++row) {
-            const SCLSource& source = m_logs.sources[static_cast<std::size_t>(row)];
-            const std::array<QString, 4> texts = {shown(source.file.filename().string()), text(source.name),
-                                                  text(source.unit), text(source.description)};
-            for (int c = 0; c < 4; ++c)
-                m_files->setItem(row, c, new QTableWidgetItem(texts[static_cast<std::size_t>(c)]));
-            m_files->item(row, kFile)->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable);
-            m_files->item(row, kFile)->setToolTip(shown(source.file.string()));
-        }
-        // The last one fills the rest.
-        for (int column = kFile; column < kDescription; ++column)
-            m_files->resizeColumnToContents(column);
-    }
-    enableButtons();
+    m_files->show(m_logs.sources);
+    m_files->select(selected);
+    sl_show_file();
 }
 
 void SCLWin::sl_show_file()
 {
-    enableButtons();
-    const int row = m_files->currentRow();
-    QString lines;
-    std::vector<float> values;
-    if (row >= 0 && row < static_cast<int>(m_logs.sources.size())) {
-        const SCLSource& source = m_logs.sources[static_cast<std::size_t>(row)];
-        try {
-            LineReader reader(source.file, kShownBytes);
-            for (std::size_t i = 0; i < kShownLines && reader.next(); ++i)
-                lines += headerText(std::string(reader.text()).c_str()) + QLatin1Char('\n');
-            SCLReader read(source, m_logs.skipLines);
-            while (values.size() < kPlottedValues && read.next())
-                values.push_back(read.value());
-        } catch (const std::exception&) {
-            lines = importFailure();
-        }
-    }
-    m_lines->setPlainText(lines);
-    m_plotCaption->setText(values.size() < kPlottedValues
-                               ? QString()
-                               : QStringLiteral("The first %1 values").arg(groupedNumber(kPlottedValues)));
-    m_plot->show(std::move(values));
+    m_files->enableButtons();
+    const int row = m_files->current();
+    if (row >= 0 && row < static_cast<int>(m_logs.sources.size()))
+        m_preview->show(m_logs.sources[static_cast<std::size_t>(row)], m_logs.skipLines);
+    else
+        m_preview->clear();
 }
 
 // -- Fields --
 
-void SCLWin::sl_step_changed()
+void SCLWin::sl_skip_changed(std::uint64_t lines)
 {
-    if (m_filling)
-        return;
-    if (m_step->isValid()) {
-        const QScopedValueRollback<bool> filling(m_filling, true);
-        m_frequency->setText(QString::number(1.0 / m_step->number(), 'g', kStepDigits));
-    }
-    sl_changed();
-}
-
-void SCLWin::sl_frequency_changed()
-{
-    if (m_filling)
-        return;
-    if (m_frequency->isValid()) {
-        const QScopedValueRollback<bool> filling(m_filling, true);
-        m_step->setText(QString::number(1.0 / m_frequency->number(), 'g', kStepDigits));
-    }
-    sl_changed();
-}
-
-void SCLWin::sl_skip_changed()
-{
-    if (m_filling)
-        return;
-    m_logs.skipLines = static_cast<std::uint64_t>(m_skip->value());
-    m_problem.clear();
-    try {
-        m_logs.detectAgain();
-    } catch (const std::exception&) {
-        m_problem = importFailure();
-    }
-    showStep();
+    m_logs.skipLines = lines;
+    const bool read = m_panel->attempt([this] { m_logs.detectAgain(); });
+    m_fields->showStep(m_logs);
     sl_show_file();
-    if (m_problem.isEmpty())
+    if (read)
         sl_changed();
     else
         showFindings();
@@ -211,107 +168,50 @@ void SCLWin::sl_skip_changed()
 
 void SCLWin::sl_changed()
 {
-    if (m_filling)
-        return;
-    readFields();
-    m_checked = false;
-    m_problem.clear();
+    m_panel->attempt([this] {
+        m_fields->read(m_logs);
+        m_files->read(m_logs.sources);
+    });
     if (fieldsAreGood())
-        checkQuietly();
+        m_panel->checkQuietly();
     showFindings();
-    if (!m_checked && m_problem.isEmpty() && hasFiles() && !m_logs.isRead())
-        checkLater();
+    if (!m_panel->isChecked() && m_panel->problem().isEmpty() && hasFiles() && !m_logs.isRead())
+        m_panel->checkLater();
 }
 
-bool SCLWin::fieldsAreGood() const
+bool SCLWin::fieldsAreGood()
 {
-    return !m_logs.sources.empty() && reasonAgainstStart(m_start->text()).isEmpty() &&
-           reasonAgainstTarget(m_target->text()).isEmpty() && m_step->isValid() && m_frequency->isValid();
-}
-
-void SCLWin::showStart()
-{
-    const QScopedValueRollback<bool> filling(m_filling, true);
-    const QString format = m_logs.start % kMicrosPerSecond == 0 ? QStringLiteral("yyyy-MM-dd hh:mm:ss")
-                                                                : QStringLiteral("yyyy-MM-dd hh:mm:ss.zzz");
-    m_start->setText(m_logs.start == 0
-                         ? QString()
-                         : QDateTime::fromMSecsSinceEpoch(m_logs.start / 1000, Qt::UTC).toString(format));
-}
-
-void SCLWin::showStep()
-{
-    const QScopedValueRollback<bool> filling(m_filling, true);
-    m_step->setText(QString::number(m_logs.step, 'g', kStepDigits));
-    m_frequency->setText(QString::number(1.0 / m_logs.step, 'g', kStepDigits));
-}
-
-void SCLWin::readFields()
-{
-    const auto start = readStamp(m_start->text().trimmed().toStdString());
-    const auto wall = start ? localWallClock(*start, DateOrder::DayMonth) : std::nullopt;
-    if (wall || m_start->text().trimmed().isEmpty())
-        m_logs.start = wall.value_or(0);
-    if (m_frequency->isValid() && m_step->isValid())
-        // 360 Hz is exact where 0.00277777778 s is not.
-        m_logs.step = m_frequency->number() >= 1.0 ? 1.0 / m_frequency->number() : m_step->number();
-    m_logs.fill = static_cast<STLFill>(m_fill->currentData().toInt());
-    m_logs.description = m_description->text().toStdString();
-    for (int row = 0; row < m_files->rowCount(); ++row) {
-        SCLSource& source = m_logs.sources[static_cast<std::size_t>(row)];
-        source.name = m_files->item(row, kName)->text().toStdString();
-        source.unit = m_files->item(row, kUnit)->text().toStdString();
-        source.description = m_files->item(row, kDescription)->text().toStdString();
-    }
-}
-
-void SCLWin::enableButtons()
-{
-    const int row = m_files->currentRow();
-    const int rows = m_files->rowCount();
-    m_remove->setEnabled(row >= 0);
-    m_up->setEnabled(row > 0);
-    m_down->setEnabled(row >= 0 && row + 1 < rows);
-    showReason(m_start, m_startReason, reasonAgainstStart(m_start->text()));
-    showReason(m_target, m_targetReason, rows == 0 ? QString() : reasonAgainstTarget(m_target->text()));
-    const bool good = fieldsAreGood() && m_problem.isEmpty();
-    // Else the focus would go on to Cancel, and Enter close the window.
-    if (!good && m_import->hasFocus())
-        m_files->setFocus();
-    m_check->setEnabled(fieldsAreGood());
-    m_import->setEnabled(good);
+    return m_fields->validate(hasFiles()) && hasFiles();
 }
 
 // -- Check and import --
 
 void SCLWin::showFindings()
 {
-    enableButtons();
-    m_finding->setText(!m_problem.isEmpty()                               ? QString()
-                       : m_checked                                        ? summary()
-                       : !m_logs.sources.empty() && !m_check->isEnabled() ? kMarkedField
-                       : m_logs.sources.empty()
-                           ? QStringLiteral("\"Add...\" chooses the files.")
-                           : QStringLiteral("Only the beginning of the files has been read. "
-                                            "\"Check only\" reads all of it, and so does "
-                                            "\"Import\"."));
-    showText(m_warning, m_problem);
+    const bool good = fieldsAreGood();
+    m_files->enableButtons();
+    m_panel->offerImport(good, m_files);
+    m_panel->showFinding(!m_panel->problem().isEmpty() ? QString()
+                         : m_panel->isChecked()        ? summary()
+                         : !hasFiles()                 ? QStringLiteral("\"Add...\" chooses the files.")
+                         : !good                       ? kMarkedField
+                                 : QStringLiteral("Only the beginning of the files has been read. "
+                                                  "\"Check only\" reads all of it, and so does "
+                                                  "\"Import\"."),
+                         QString());
 }
 
 QString SCLWin::summary() const
 {
     const STLCheck made = m_logs.result();
-    QString line = QStringLiteral("%1, %2.").arg(counted(made.samples, "row", "rows"),
-                                                 counted(m_logs.sources.size(), "column", "columns"));
+    std::string text = counted(made.samples, "row") + ", " + counted(m_logs.sources.size(), "column") + '.';
     if (m_logs.found().missing != 0)
-        line += QLatin1Char(' ') + counted(m_logs.found().missing, "value", "values") +
-                QStringLiteral(" missing.");
-    line += QStringLiteral("\nA sample time of %1, %2 in all, %3.")
-                .arg(durationText(m_logs.step), durationText(m_logs.step * made.samples),
-                     sizeText(tsFileBytes(made.samples, made.columns)));
+        text += ' ' + counted(m_logs.found().missing, "value") + " missing.";
+    text += "\nA sample time of " + lengthText(m_logs.step) + ", " + lengthText(m_logs.step * made.samples) +
+            " in all, " + sizeText(tsFileBytes(made.samples, made.columns)) + '.';
     for (const std::string& notice : m_logs.notices())
-        line += QLatin1Char(' ') + text(notice);
-    return line;
+        text += ' ' + notice;
+    return QString::fromStdString(text);
 }
 
 // -- What the importers differ in --
@@ -345,8 +245,14 @@ QString SCLWin::doubt() const
         values += count;
     if (found.troubleCount * 2 <= values)
         return QString();
-    return QStringLiteral("More than half of the values have troubles: %1 of %2.\nImport all the same?")
-        .arg(groupedNumber(found.troubleCount), groupedNumber(values));
+    return QString::fromStdString(
+        "More than half of the values have troubles: " + groupedDigits(found.troubleCount) + " of " +
+        groupedDigits(values) + ".\nImport all the same?");
+}
+
+QString SCLWin::targetName() const
+{
+    return m_fields->target();
 }
 
 JobOutcome SCLWin::makeFile(const std::filesystem::path& target, const Progress& progress)
@@ -354,7 +260,7 @@ JobOutcome SCLWin::makeFile(const std::filesystem::path& target, const Progress&
     return importSCL(m_logs, target, progress);
 }
 
-ImportWindow::Report SCLWin::report() const
+Importer::Report SCLWin::report() const
 {
     QVector<ImportTrouble> troubles;
     for (const SCLTrouble& trouble : m_logs.found().troubles)
@@ -362,6 +268,6 @@ ImportWindow::Report SCLWin::report() const
                              .arg(shown(m_logs.sources[trouble.source].file.filename().string()))
                              .arg(trouble.line),
                          QString::number(trouble.source + 1), QStringLiteral("no number: missing"),
-                         text(trouble.text)});
+                         QString::fromStdString(trouble.text)});
     return {summary(), troubles, m_logs.found().troubleCount};
 }

@@ -3,26 +3,19 @@
 
 #include <QString>
 
-#include "converters/ImportWindow.h"
+#include "converters/ImportPanel.h"
 #include "converters/SCLObject.h"
-
-class QComboBox;
-class QLabel;
-class QLineEdit;
-class QPlainTextEdit;
-class QPushButton;
-class QSpinBox;
-class QTableWidget;
-class QWidget;
+#include "share/SubWindow.h"
 
 namespace veltrac {
 
-class NumberField;
-class ValuePlot;
+class SCLFields;
+class SCLFileList;
+class SCLPreview;
 
 }  // namespace veltrac
 
-class SCLWin : public veltrac::ImportWindow
+class SCLWin : public veltrac::SubWindow, private veltrac::Importer
 {
     Q_OBJECT
 
@@ -41,12 +34,10 @@ public slots:
 
 private slots:
     void sl_changed();
-    void sl_skip_changed();
-    void sl_step_changed();
-    void sl_frequency_changed();
+    void sl_skip_changed(std::uint64_t lines);
     void sl_show_file();
 
-protected:
+private:
     bool hasFiles() const override { return !m_logs.sources.empty(); }
     void chooseFiles() override { sl_add(); }
     std::uint64_t fileBytes() const override;
@@ -54,40 +45,21 @@ protected:
     QString readingText() const override;
     veltrac::JobOutcome check(const veltrac::Progress& progress) override;
     QString doubt() const override;
+    QString targetName() const override;
     veltrac::JobOutcome makeFile(const std::filesystem::path& target,
                                  const veltrac::Progress& progress) override;
     Report report() const override;
     void showFindings() override;
 
-private:
-    QWidget* buildFiles();
     QWidget* buildFields();
-    QWidget* buildPreview();
-
     void move(int by);
-    void showFiles();
-    void showStart();
-    void showStep();
-    bool fieldsAreGood() const;
-    void enableButtons();
-    void readFields();
+    void showFiles(int selected);
+    bool fieldsAreGood();
     QString summary() const;
 
     SCLObject m_logs;
-
-    QTableWidget* m_files;
-    QPushButton* m_remove;
-    QPushButton* m_up;
-    QPushButton* m_down;
-    QLineEdit* m_start;
-    QLabel* m_startReason;
-    QLabel* m_targetReason;
-    veltrac::NumberField* m_step;
-    veltrac::NumberField* m_frequency;
-    QSpinBox* m_skip;
-    QComboBox* m_fill;
-    QLineEdit* m_description;
-    QPlainTextEdit* m_lines;
-    veltrac::ValuePlot* m_plot;
-    QLabel* m_plotCaption;
+    veltrac::SCLFileList* m_files;
+    veltrac::SCLFields* m_fields;
+    veltrac::SCLPreview* m_preview;
+    veltrac::ImportPanel* m_panel;
 };

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <map>
 
-#include "converters/STLGuess.h"
+#include "converters/STLHead.h"
+#include "converters/STLNames.h"
 #include "converters/STLSample.h"
+#include "converters/STLTimeGuess.h"
 #include "core/Utf8.h"
 
 namespace veltrac {
@@ -66,7 +68,7 @@ Reading scored(const STLSample& sample, char separator, char decimal, char group
     std::vector<std::string_view> line;
     std::size_t looked = 0;
     for (const STLLine& text : sample.lines) {
-        if (startsWithRemark(text.text, separator))
+        if (startsWithRemark(text.text, separator) || isRule(text.text))
             continue;
         ++looked;
         // A separator at the end of a line makes no cell of its own.
@@ -79,7 +81,8 @@ Reading scored(const STLSample& sample, char separator, char decimal, char group
         lines.endInNumber += !line.empty() && readToken(line.back(), cells).kind == STLKind::Number ? 1 : 0;
         for (const std::string_view cell : line) {
             const STLKind kind = readToken(cell, cells).kind;
-            const bool number = kind == STLKind::Text && !unitBehind(cell, cells).empty();
+            const bool number = kind == STLKind::Text &&
+                                (!unitBehind(cell, cells).empty() || !keyBefore(cell, cells).empty());
             lines.worth += worth(number ? STLKind::Number : kind);
         }
     }
@@ -155,9 +158,9 @@ STLFormat formatOf(const std::filesystem::path& file, const STLSample& sample, R
     // Again, without the head.
     for (const STLKind kind : kindsOf(data, reading.cells))
         format.columns.emplace_back().kind = kind;
-    findSuffixes(format, data);
     guessNames(format, head, firstData);
-    guessNamesAbove(format, sample);
+    guessNamesAbove(format, sample, data);
+    findSuffixes(format, data);
     guessNumericNames(format, head, firstData);
     for (STLColumn& column : format.columns)
         if (column.unit.empty())
@@ -208,7 +211,7 @@ void takeNames(const std::filesystem::path& file, STLFormat& format)
     for (const STLLine& line : sample.head) {
         if (line.number != format.namesLine && line.number != format.unitsLine)
             continue;
-        splitCells(withoutRemark(line.text, format), format.cells.separator, cells);
+        splitCells(withoutRemark(line.text, format), format.cells, cells);
         cells.resize(format.columns.size());
         for (std::size_t c = 0; c < cells.size(); ++c) {
             STLColumn& column = format.columns[c];

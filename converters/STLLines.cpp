@@ -1,11 +1,8 @@
 #include "converters/STLLines.h"
 
-#include <QApplication>
 #include <QBrush>
 #include <QFontDatabase>
-#include <QPainter>
 #include <QStringList>
-#include <QTextLayout>
 
 #include <algorithm>
 #include <array>
@@ -19,7 +16,6 @@ namespace {
 
 constexpr std::size_t kMostLines = 1000;
 constexpr std::size_t kLongestShown = 2000;
-constexpr QRgb kTroubleColour = 0xFFF4A09A;
 
 // What a kind of line is called in its tool tip, and its colour; 0 for the view's own.
 struct Look
@@ -124,7 +120,7 @@ void STLLines::explainLine(Line& line, std::uint64_t number)
 void STLLines::explainData(Line& line)
 {
     std::vector<std::string_view> cells;
-    splitCells(line.bytes, m_format.cells.separator, cells);
+    splitCells(line.bytes, m_format.cells, cells);
     // What lies behind the cut is not known, nor how its last cell ends.
     if (line.cut)
         cells.pop_back();
@@ -172,7 +168,7 @@ QString STLLines::firstValues(std::size_t column, int count) const
     for (std::size_t i = 0; i < m_lines.size() && values.size() < count; ++i) {
         if (m_lines[i].kind != STLLineKind::Data && m_lines[i].kind != STLLineKind::Trouble)
             continue;
-        if (splitCells(m_lines[i].bytes, m_format.cells.separator, cells) > column)
+        if (splitCells(m_lines[i].bytes, m_format.cells, cells) > column)
             values << QString::fromStdString(decoded(cells[column], m_format.encoding));
     }
     return values.join(QStringLiteral("  "));
@@ -218,34 +214,4 @@ QVariant STLLines::headerData(int section, Qt::Orientation orientation, int role
     if (role != Qt::DisplayRole)
         return QVariant();
     return orientation == Qt::Vertical ? QVariant(section + 1) : QVariant(QStringLiteral("The file"));
-}
-
-void STLLineDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
-                            const QModelIndex& index) const
-{
-    const auto marks = index.data(STLLines::kMarksRole).value<QVector<STLLines::Mark>>();
-    QStyledItemDelegate::paint(painter, option, index);
-    if (marks.isEmpty())
-        return;
-    // Over the plain text, the same text with its marks; tabs are as wide as the style has them.
-    QStyleOptionViewItem shown = option;
-    initStyleOption(&shown, index);
-    const QRect area =
-        QApplication::style()
-            ->subElementRect(QStyle::SE_ItemViewItemText, &shown, shown.widget)
-            .adjusted(QApplication::style()->pixelMetric(QStyle::PM_FocusFrameHMargin) + 1, 0, 0, 0);
-    const QFontMetrics metrics(shown.font);
-    painter->save();
-    painter->setFont(shown.font);
-    painter->setClipRect(option.rect);
-    for (const STLLines::Mark& mark : marks) {
-        const int left = metrics.horizontalAdvance(shown.text.left(mark.from));
-        const QString text = shown.text.mid(mark.from, mark.length);
-        const QRect box(area.left() + left, area.top(), std::max(metrics.horizontalAdvance(text), 4),
-                        area.height());
-        painter->fillRect(box, QColor(kTroubleColour));
-        painter->setPen(Qt::black);
-        painter->drawText(box, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine, text);
-    }
-    painter->restore();
 }

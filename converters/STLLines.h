@@ -3,7 +3,6 @@
 
 #include <QAbstractTableModel>
 #include <QString>
-#include <QStyledItemDelegate>
 #include <QVector>
 
 #include <filesystem>
@@ -67,15 +66,3 @@ private:
 }  // namespace veltrac
 
 Q_DECLARE_METATYPE(QVector<veltrac::STLLines::Mark>)
-
-// Paints a line with its marks.
-class STLLineDelegate : public QStyledItemDelegate
-{
-    Q_OBJECT
-
-public:
-    using QStyledItemDelegate::QStyledItemDelegate;
-
-    void paint(QPainter* painter, const QStyleOptionViewItem& option,
-               const QModelIndex& index) const override;
-};

@@ -27,7 +27,8 @@ bool readAlike(const STLFormat& a, const STLFormat& b)
 {
     const auto fields = [](const STLFormat& f) {
         return std::tie(f.encoding, f.cells, f.remarks, f.firstDataLine, f.timeSource, f.timeColumn,
-                        f.dateColumn, f.order, f.greenwich, f.fromRow, f.toRow, f.everyNth);
+                        f.dateColumn, f.partColumns, f.timeIsHhmm, f.yearsInMonths, f.order, f.greenwich,
+                        f.fromRow, f.toRow, f.everyNth);
     };
     return fields(a) == fields(b) && secondsPerUnit(a) == secondsPerUnit(b) &&
            std::equal(a.columns.begin(), a.columns.end(), b.columns.begin(), b.columns.end(),
@@ -120,6 +121,7 @@ JobOutcome STLObject::readThrough(const Progress& progress, bool& wrongOrder)
 {
     m_read = STLCheck();
     STLRows rows(m_file, m_format, STLPass::Check);
+    const STLClock& clock = rows.clock();
     STLSteps steps(timesAreNumbers(m_format.timeSource));
     STLLooks looks(progress);
     Micros shift = 0;  // of the clock, at the first chosen row
@@ -133,31 +135,30 @@ JobOutcome STLObject::readThrough(const Progress& progress, bool& wrongOrder)
         if (!rows.hasRow())
             continue;
         ++m_read.rows;
-        m_read.missingCells += rows.missing();
         m_read.troubledRows += rows.troubles().empty() ? 0 : 1;
         if (!isChosen(m_read.rows))
             continue;
         if (m_read.chosen++ == 0) {
             m_read.chosenFrom = rows.seconds();
-            shift = rows.clockShift();
+            shift = clock.changes().shift();
         }
         if (m_format.timeSource != STLTimeSource::Typed)
-            steps.add(rows.seconds(), std::isfinite(rows.resolution()) ? rows.resolution() : 0.0);
+            steps.add(rows.seconds(), std::isfinite(clock.resolution()) ? clock.resolution() : 0.0);
     }
-    wrongOrder = rows.contradictsOrder();
-    if (rows.provesOrder())
+    const DateCells& dates = clock.dates();
+    wrongOrder = dates.contradictsOrder();
+    if (dates.provesOrder())
         m_format.orderInDoubt = false;
-    m_read.orderOfSteps = rows.dates().verdict();
-    m_read.ambiguousText = rows.dates().ambiguousText();
-    m_read.ambiguousDate = midnight(rows.dates().ambiguousDate(), m_format.order).value_or(0);
-    m_read.skippedLines = rows.skipped();
-    m_read.titleLines = rows.titles();
+    m_read.orderOfSteps = dates.steps().verdict();
+    m_read.ambiguousText = dates.steps().ambiguousText();
+    m_read.ambiguousDate = midnight(dates.steps().ambiguousDate(), m_format.order).value_or(0);
+    m_read.losses = rows.losses();
     m_read.texts = rows.texts();
     steps.tell(m_read);
-    m_read.zoned = rows.zoned();
-    m_read.clockChanges = rows.clockChanges();
-    m_read.firstWall = rows.firstWall() + std::llround(m_read.chosenFrom * kMicrosPerSecond) - shift;
-    m_read.firstSeconds = rows.firstSeconds() + m_read.chosenFrom;
+    m_read.zoned = clock.zoned();
+    m_read.clockChanges = clock.changes().count();
+    m_read.firstWall = clock.firstWall() + std::llround(m_read.chosenFrom * kMicrosPerSecond) - shift;
+    m_read.firstSeconds = clock.firstSeconds() + m_read.chosenFrom;
     if (m_read.newestFirst) {
         m_read.firstWall -= std::llround(m_read.span * kMicrosPerSecond);
         m_read.firstSeconds -= m_read.span;
@@ -212,8 +213,7 @@ void STLObject::settleStart()
 {
     STLCheck& found = m_found;
     const bool typed = m_format.timeSource == STLTimeSource::Typed;
-    const bool elapsed = m_format.timeSource == STLTimeSource::ElapsedTime ||
-                         m_format.timeSource == STLTimeSource::ElapsedSeconds;
+    const bool elapsed = timesAreElapsed(m_format.timeSource);
     const Micros wall = typed || elapsed ? m_format.typedStart : found.firstWall;
     const bool dated = (!typed && !elapsed) || m_format.typedStart != 0;
     // A start that is typed is the file's: the first row lies one step behind it.
@@ -322,7 +322,8 @@ JobOutcome STLObject::write(TSFILE& target, const Progress& progress)
         throw changed;
     writeHeader(target);
     // Where every line is a row, and its time is not written, the times have been read for good.
-    const bool timesWanted = m_found.skippedLines != 0 || m_found.resampled || m_found.timeColumns != 0;
+    const bool timesWanted =
+        m_found.losses.skippedLines != 0 || m_found.resampled || m_found.timeColumns != 0;
     STLRows rows(m_file, m_format, timesWanted ? STLPass::Write : STLPass::WriteValues);
     STLWriter writer(target, m_format, m_found);
     const Progress reading = m_found.newestFirst ? partOf(progress, 0, 80) : progress;

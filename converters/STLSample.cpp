@@ -153,9 +153,9 @@ std::vector<STLRow> rowsOf(const std::vector<STLLine>& lines, const STLFormat& f
     std::vector<STLRow> rows;
     std::vector<std::string_view> cells;
     for (const STLLine& line : lines) {
-        if (isEmptyLine(line.text) || isRemark(line.text, format))
+        if (isEmptyLine(line.text) || isRemark(line.text, format) || isRule(line.text))
             continue;
-        if (splitCells(line.text, format.cells.separator, cells) == count + 1 && cells.back().empty())
+        if (splitCells(line.text, format.cells, cells) == count + 1 && cells.back().empty())
             cells.pop_back();
         if (cells.size() != count)
             continue;
@@ -173,7 +173,7 @@ namespace {
 std::vector<STLToken> tokensOf(const STLLine& line, const STLFormat& format)
 {
     std::vector<std::string_view> cells;
-    splitCells(line.text, format.cells.separator, cells);
+    splitCells(line.text, format.cells, cells);
     if (!cells.empty() && cells.back().empty())
         cells.pop_back();
     std::vector<STLToken> tokens;

@@ -5,28 +5,23 @@
 #include <QString>
 
 #include <memory>
-#include <vector>
 
-#include "converters/ImportWindow.h"
+#include "converters/ImportPanel.h"
 #include "converters/STLObject.h"
-
-class QComboBox;
-class QLabel;
-class QLineEdit;
-class QPushButton;
-class QSpinBox;
-class QTableView;
-class QTableWidget;
-class QWidget;
+#include "share/SubWindow.h"
 
 namespace veltrac {
 
-class NumberField;
+class STLColumnTable;
 class STLLines;
+class STLPreview;
+class STLResultFields;
+class STLTextFields;
+class STLTimeFields;
 
 }  // namespace veltrac
 
-class STLWin : public veltrac::ImportWindow
+class STLWin : public veltrac::SubWindow, private veltrac::Importer
 {
     Q_OBJECT
 
@@ -40,14 +35,16 @@ public:
 
 public slots:
     void sl_open();
+    void sl_import();
+    void sl_check();
 
 private slots:
-    void sl_reading_changed();
+    void sl_reading_changed(char separator, char decimal);
     void sl_other_reading();
-    void sl_names_changed();
+    void sl_lines_changed();
     void sl_changed();
 
-protected:
+private:
     bool hasFiles() const override { return m_log != nullptr; }
     void chooseFiles() override { sl_open(); }
     std::uint64_t fileBytes() const override;
@@ -55,67 +52,24 @@ protected:
     QString readingText() const override;
     veltrac::JobOutcome check(const veltrac::Progress& progress) override;
     QString doubt() const override;
+    QString targetName() const override;
     veltrac::JobOutcome makeFile(const std::filesystem::path& target,
                                  const veltrac::Progress& progress) override;
     Report report() const override;
     void showFindings() override;
-    void resizeEvent(QResizeEvent* event) override;
 
-private:
-    QWidget* buildTextFields();
-    QWidget* buildTimeFields();
-    QWidget* buildResultFields();
-
-    void detectAgain(char separator, char decimal);
+    QWidget* buildFields();
+    bool hasColumns() const;
+    bool fieldsAreGood();
     void showFormat();
-    void showColumns();
-    void widenPreview();
-    void readFields();
-    void readColumns();
-    bool checkFields();
     void enableFields();
-    void enableColumn(QComboBox* box, bool used);
-    void showOrder();
-    QString summary() const;
 
     std::unique_ptr<STLObject> m_log;
-
     veltrac::STLLines* m_lines;
-    QTableView* m_preview;
-    QTableWidget* m_columns;
-
-    QLabel* m_fileLabel;
-    QComboBox* m_encoding;
-    QComboBox* m_separator;
-    QComboBox* m_decimal;
-    QComboBox* m_grouping;
-    QSpinBox* m_firstData;
-    QSpinBox* m_namesLine;
-    QSpinBox* m_unitsLine;
-    QLineEdit* m_remarks;
-    QLineEdit* m_missing;
-    QPushButton* m_other;
-
-    QComboBox* m_source;
-    QComboBox* m_dateColumn;
-    QComboBox* m_timeColumn;
-    QComboBox* m_order;
-    QComboBox* m_zone;
-    QLineEdit* m_start;
-    veltrac::NumberField* m_step;
-    QComboBox* m_becomes;
-    QLineEdit* m_resampleStep;
-    QLabel* m_orderReason;
-    QLabel* m_startReason;
-    QLabel* m_resampleReason;
-    QLabel* m_timeFinding;
-
-    QLineEdit* m_description;
-    veltrac::NumberField* m_fromRow;
-    veltrac::NumberField* m_toRow;
-    veltrac::NumberField* m_everyNth;
-    QComboBox* m_fill;
-    QLabel* m_targetReason;
-    QLabel* m_size;
-    QLabel* m_head;
+    veltrac::STLPreview* m_preview;
+    veltrac::STLColumnTable* m_columns;
+    veltrac::STLTextFields* m_text;
+    veltrac::STLTimeFields* m_time;
+    veltrac::STLResultFields* m_result;
+    veltrac::ImportPanel* m_panel;
 };

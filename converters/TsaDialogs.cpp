@@ -19,13 +19,19 @@
 #include "share/Boxes.h"
 #include "share/GroupedNumber.h"
 #include "share/JobProgress.h"
-#include "share/SaveDialog.h"
+#include "share/TargetFile.h"
 
 namespace veltrac {
 
 namespace {
 
-const QString kFilter = QStringLiteral("TS-ASCII files (*.tsa);;");
+const QString kTsaFilter = QStringLiteral("TS-ASCII files (*.tsa);;");
+
+// "1 line", "2 000 lines"
+QString counted(std::uint64_t n, const char* one, const char* many)
+{
+    return groupedNumber(n) + QLatin1Char(' ') + QString::fromLatin1(n == 1 ? one : many);
+}
 
 void warnBox(QWidget* parent, const QString& title, const QString& text)
 {
@@ -175,7 +181,7 @@ TsaOutcome failed(QWidget* parent, const QString& what)
 QString chooseTsaFile(QWidget* parent)
 {
     return QFileDialog::getOpenFileName(parent, QStringLiteral("Read a tsa-file and convert to a ts-file."),
-                                        QString(), kFilter);
+                                        QString(), kTsaFilter);
 }
 
 TsaOutcome importTsa(QWidget* parent, const QString& tsaFile)
@@ -211,7 +217,7 @@ TsaOutcome exportTsaInterval(QWidget* parent, const QString& tsFile, std::uint32
                               (isWhole ? QStringLiteral(".tsa") : QStringLiteral("_part.tsa"));
     QString target = QFileDialog::getSaveFileName(
         parent, QStringLiteral("Write %1 as a tsa-file").arg(QFileInfo(tsFile).fileName()),
-        saveSuggestion(suggested), kFilter, nullptr, QFileDialog::DontConfirmOverwrite);
+        saveSuggestion(suggested), kTsaFilter, nullptr, QFileDialog::DontConfirmOverwrite);
     if (target.isEmpty())
         return {false, QString(), QStringLiteral("Nothing was written.")};
     if (!target.endsWith(QStringLiteral(".tsa"), Qt::CaseInsensitive))
@@ -228,7 +234,8 @@ TsaOutcome exportTsaTo(QWidget* parent, const QString& tsFile, const QString& ta
         ts.reset(application->OpenTs(tsFile, true));
     if (!ts)
         return {false, QString(), QStringLiteral("%1 could not be opened; nothing was written.").arg(tsFile)};
-    if (QFileInfo::exists(target) && !askOverwrite(parent, name))
+    if (QFileInfo::exists(target) &&
+        !(mayWrite(parent, QStringLiteral("Veltrac"), target) && askOverwrite(parent, name)))
         return {false, QString(), QStringLiteral("%1 was kept; nothing was written.").arg(name)};
     try {
         JobProgress progress(parent, QStringLiteral("Writing %1 …").arg(name));

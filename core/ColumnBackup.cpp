@@ -14,7 +14,7 @@ namespace veltrac {
 
 namespace {
 
-constexpr std::uint32_t kRun = 1U << 16;  // samples a step
+constexpr std::uint32_t kBackupRun = 1U << 16;  // samples a step
 constexpr std::string_view kFirstLine = "Veltrac old values 1";
 
 [[noreturn]] void fail(const std::filesystem::path& path)
@@ -52,7 +52,7 @@ void readKept(std::istream& in, std::uint64_t offset, std::span<float> out)
 
 void restoreRange(TSFILE& file, const KeptValues::Range& range, std::istream& in)
 {
-    std::vector<float> old(std::min(kRun, range.count));
+    std::vector<float> old(std::min(kBackupRun, range.count));
     std::vector<float> now(old.size());
     for (std::uint32_t done = 0; done < range.count;) {
         const std::size_t count = std::min<std::size_t>(old.size(), range.count - done);
@@ -147,7 +147,7 @@ JobOutcome ColumnBackup::save(std::uint32_t col, std::uint32_t first, std::uint3
     append("column " + std::to_string(col) + " first " + std::to_string(first) + " count " +
                std::to_string(count) + '\n',
            out);
-    std::vector<float> values(std::min(kRun, count));
+    std::vector<float> values(std::min(kBackupRun, count));
     for (std::uint32_t done = 0; done < count;) {
         const std::span<float> run(values.data(), std::min<std::size_t>(values.size(), count - done));
         m_file.readColumn(col, first + done, run);

@@ -4,8 +4,8 @@
 #include <cmath>
 #include <vector>
 
-#include "core/ColumnBackup.h"
 #include "core/Rebuild.h"
+#include "core/SafeChange.h"
 #include "core/TsNames.h"
 
 namespace veltrac {
@@ -67,46 +67,41 @@ JobOutcome copyColumnValues(TSFILE& from, std::uint32_t fromCol, TSFILE& to, std
 }
 
 JobOutcome overwriteColumns(TSFILE& from, ColumnTarget& target, std::span<const std::uint32_t> to,
-                            std::uint32_t count, const Progress& progress, std::filesystem::path& backupPath,
-                            const std::function<void()>& finish)
+                            std::uint32_t count, const Progress& progress, std::filesystem::path& lost,
+                            const std::function<void(TSFILE& target)>& finish)
 {
-    // Keeping the old values is the first half, writing the new ones the second.
-    const auto partOfColumn = [&](std::size_t half, std::size_t i) {
-        const std::size_t begin = 50 * half;
-        return partOf(progress, begin + 50 * i / to.size(), begin + 50 * (i + 1) / to.size());
-    };
-    ColumnBackup backup(*target.file);
-    for (std::size_t i = 0; i < to.size(); ++i) {
-        if (to[i] == 0)
-            continue;
-        backup.saveInfo(to[i]);
-        if (backup.save(to[i], 1, count, partOfColumn(0, i)) == JobOutcome::Cancelled)
-            return JobOutcome::Cancelled;
-    }
-    try {
+    std::vector<ColumnRange> ranges;
+    for (const std::uint32_t column : to)
+        if (column != 0)
+            ranges.push_back({column, 1, count});
+    const auto write = [&](TSFILE& file, const Progress& writing) {
         for (std::size_t i = 0; i < to.size(); ++i) {
             if (to[i] == 0)
                 continue;
             const auto source = static_cast<std::uint32_t>(i + 1);
-            copyColumnInfo(from, source, *target.file, to[i]);
-            if (copyColumnValues(from, source, *target.file, to[i], count, partOfColumn(1, i)) ==
-                JobOutcome::Cancelled) {
-                backup.restore();
+            copyColumnInfo(from, source, file, to[i]);
+            if (copyColumnValues(from, source, file, to[i], count,
+                                 partOf(writing, 100 * i / to.size(), 100 * (i + 1) / to.size())) ==
+                JobOutcome::Cancelled)
                 return JobOutcome::Cancelled;
-            }
         }
-        target.file->flush(true);
         if (finish)
-            finish();
-    } catch (...) {
-        // Opened anew: the one before may be stuck with a block that cannot be written.
-        backupPath = backup.path();
+            finish(file);
+        return JobOutcome::Done;
+    };
+    const auto reopen = [&]() -> TSFILE& {
         target.file.reset();
-        backup.restore(*openTsFile(target.name, false));
-        backupPath.clear();
+        target.file = openTsFile(target.name, false);
+        return *target.file;
+    };
+    OldValues old;
+    try {
+        return changeInPlace({*target.file, ranges, write, reopen}, progress, old);
+    } catch (...) {
+        target.file.reset();
+        lost = old.lost;
         throw;
     }
-    return JobOutcome::Done;
 }
 
 }  // namespace veltrac

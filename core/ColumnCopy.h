@@ -51,11 +51,10 @@ struct ColumnTarget
 // Overwrites columns of `target` with name, description, stamp and the first `count` values of columns of
 // `from`: column i + 1 goes to column to[i], and nowhere where that is 0. Then `finish` is called, if there
 // is one, for what else belongs to the same step. Other columns and samples stay.
-// The old values stand in a scratch file until all is done; when a write or `finish` fails, or the user
-// cancels, they are put back. Throws the TS exceptions and std::system_error; the target is closed then, and
-// `backup` tells where the old values lie if even putting them back has failed, else it is empty.
+// Fails, and is cancelled, as changeInPlace(); the target is closed then, and `lost` tells where the old
+// values lie if they could not be put back, else it is empty.
 JobOutcome overwriteColumns(TSFILE& from, ColumnTarget& target, std::span<const std::uint32_t> to,
-                            std::uint32_t count, const Progress& progress, std::filesystem::path& backup,
-                            const std::function<void()>& finish = {});
+                            std::uint32_t count, const Progress& progress, std::filesystem::path& lost,
+                            const std::function<void(TSFILE& target)>& finish = {});
 
 }  // namespace veltrac

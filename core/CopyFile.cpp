@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "core/BlockFile.h"
-#include "core/ScratchFile.h"
+#include "core/SafeChange.h"
 
 namespace veltrac {
 
@@ -86,11 +86,10 @@ JobOutcome copyBytes(int descriptor, const std::filesystem::path& to, const Prog
 
 JobOutcome copyWholeFile(int descriptor, const std::filesystem::path& target, const Progress& progress)
 {
-    const std::filesystem::path directory = target.parent_path().empty() ? "." : target.parent_path();
-    ScratchFile scratch(directory, "copy", ".ts");
-    if (copyBytes(descriptor, scratch.path(), progress) == JobOutcome::Cancelled)
+    PendingFile pending(target, "copy", ".ts");
+    if (copyBytes(descriptor, pending.path(), progress) == JobOutcome::Cancelled)
         return JobOutcome::Cancelled;
-    scratch.putInPlace(target);
+    pending.commit();
     return JobOutcome::Done;
 }
 

@@ -7,8 +7,6 @@
 #include <QToolBar>
 #include <QVBoxLayout>
 
-#include <array>
-
 #include "core/NumberTexts.h"
 #include "core/SourceColumn.h"
 #include "filter/CharacteristicPlot.h"
@@ -17,6 +15,7 @@
 #include "filter/FilterRun.h"
 #include "filter/ResultSaver.h"
 #include "filter/SaveResultsDialog.h"
+#include "share/ActionRow.h"
 #include "share/Boxes.h"
 #include "share/GroupedNumber.h"
 #include "share/NumberField.h"
@@ -34,39 +33,27 @@ namespace {
 const QString kTitle = QStringLiteral("Ts-Filt");
 const QString kNoPlot = QStringLiteral("Frequency plot of the moving average filter is not available.");
 constexpr int kFinishedMs = 5000;
-constexpr int kSavedMs = 6000;
-constexpr int kPanelWidth = 330;
+constexpr int kFilterPanelWidth = 330;
 constexpr int kPreviewHeight = 150;
 constexpr int kFirstType = 5;  // a Butterworth low-pass is what most come for
 
-struct ActionRow
-{
-    const char* image;
-    const char* shortcut;
-    const char* slot;
-    const char* text;
-    const char* tip;
-    const char* whatsThis;
-};
+enum class FilterAction { Help, Refresh, Execute, PlotChar, Save };
 
-enum ActionIndex { Help, Refresh, Execute, PlotChar, Save };
-
-constexpr std::array<ActionRow, 5> kActions = {{
-    {"Help", "F1", SLOT(sl_help()), "&Help...", "Invoke the help system.", "Invoke the help system."},
-    {"Refresh", "F5", SLOT(sl_updateCanvas()), "Refresh...", "Update the canvas.", "Update the canvas."},
-    {"Execute", "Ctrl+Return", SLOT(sl_execute()), "Execute calculation...",
-     "Calculate the target acc. to the present algorithm.",
+constexpr ActionRow<FilterAction> kActions[] = {
+    {FilterAction::Execute, "Execute", "Ctrl+Return", SLOT(sl_execute()), "Execute calculation...",
      "Calculate the target acc. to the present algorithm."},
-    {"PlotFilter", "Ctrl+F", SLOT(sl_plotFiltWin()), "Plot filter char...", "Plot the filter window.",
-     "Plot the selected filter window."},
-    {"SaveTS", "Ctrl+S", SLOT(sl_saveResults()), "Save results...", "Save results to a .ts file",
+    {FilterAction::PlotChar, "PlotFilter", "Ctrl+F", SLOT(sl_plotFiltWin()), "Plot filter char...",
+     "Plot the filter window.", "Plot the selected filter window."},
+    {FilterAction::Save, "SaveTS", "Ctrl+S", SLOT(sl_saveResults()), "Save results...",
      "Save results to a .ts file"},
-}};
+    {FilterAction::Refresh, "Refresh", "F5", SLOT(sl_updateCanvas()), "Refresh...", "Update the canvas."},
+    {FilterAction::Help, "Help", "F1", SLOT(sl_help()), "&Help...", "Invoke the help system."},
+};
 
 }  // namespace
 
 FilterWin::FilterWin(const QString& file, unsigned column, QWidget* parent)
-    : ResultWindow(kTitle, QStringLiteral(":img_Filter"), kPanelWidth, parent)
+    : ResultWindow(kTitle, QStringLiteral(":img_Filter"), kFilterPanelWidth, parent)
 {
     createPanel();
     createActions();
@@ -95,13 +82,9 @@ void FilterWin::createPanel()
 
 void FilterWin::createActions()
 {
-    QVector<QAction*> made;
-    for (const ActionRow& row : kActions) {
-        const QString image = QLatin1String(row.image);
-        made << new HydAction(image, QKeySequence(QLatin1String(row.shortcut)), this, row.slot,
-                              QLatin1String(row.text), QLatin1String(row.tip),
-                              whatsThisText(image, QLatin1String(row.whatsThis)));
-    }
+    using enum FilterAction;
+    std::map<FilterAction, QAction*> made;
+    makeActions(this, this, std::span<const ActionRow<FilterAction>>(kActions), made);
     m_execute = made[Execute];
     m_plotChar = made[PlotChar];
 
@@ -321,8 +304,7 @@ void FilterWin::sl_saveResults()
         statusBar()->showMessage(QStringLiteral("Saving aborted"), kSavedMs);
         return;
     }
-    ResultSaver saver(this, resultPath(), resultSource(), resultFirst(),
-                      [this](const QString& file) { return mayWrite(file); });
+    ResultSaver saver(this, resultPath(), resultSource(), resultFirst());
     const ResultSaver::Outcome outcome = saver.save(dialog);
     statusBar()->showMessage(saver.summary(outcome), kSavedMs);
     if (outcome != ResultSaver::Outcome::Saved)

@@ -15,6 +15,7 @@
 #include "filter/SaveResultsDialog.h"
 #include "share/Boxes.h"
 #include "share/JobProgress.h"
+#include "share/TargetFile.h"
 
 namespace veltrac {
 
@@ -34,13 +35,8 @@ Outcome outcomeOf(JobOutcome outcome)
 
 }  // namespace
 
-ResultSaver::ResultSaver(QWidget* window, std::filesystem::path work, QString source, std::uint32_t first,
-                         std::function<bool(const QString&)> mayWrite)
-    : m_window(window),
-      m_work(std::move(work)),
-      m_source(std::move(source)),
-      m_first(first),
-      m_mayWrite(std::move(mayWrite))
+ResultSaver::ResultSaver(QWidget* window, std::filesystem::path work, QString source, std::uint32_t first)
+    : m_window(window), m_work(std::move(work)), m_source(std::move(source)), m_first(first)
 {
 }
 
@@ -133,7 +129,7 @@ bool ResultSaver::mayTakeResults()
         reason =
             QStringLiteral("The results begin with sample %1 of the source; a file of their own takes them.")
                 .arg(m_first);
-    else if (!m_mayWrite(m_file))
+    else if (!mayWrite(m_window, m_window->windowTitle(), m_file))
         return false;
     else if (oldestRow(*openTsFile(pathOf(m_file), true)) != 1)
         reason =

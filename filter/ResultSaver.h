@@ -4,7 +4,6 @@
 #include <QString>
 
 #include <filesystem>
-#include <functional>
 
 #include "core/Progress.h"
 #include "filter/SaveResults.h"
@@ -20,10 +19,8 @@ public:
     enum class Outcome { Saved, Aborted, Failed };
 
     // `work` is the file of the results, `source` the absolute path of what they were made of, from its
-    // sample `first` on; `mayWrite` says whether no window has a file open for writing, and tells the user
-    // where one has. Boxes stand before `window`, which is borrowed.
-    ResultSaver(QWidget* window, std::filesystem::path work, QString source, std::uint32_t first,
-                std::function<bool(const QString&)> mayWrite);
+    // sample `first` on. Boxes stand before `window`, which is borrowed.
+    ResultSaver(QWidget* window, std::filesystem::path work, QString source, std::uint32_t first);
 
     Outcome save(const SaveResultsDialog& dialog);
     // What the status bar says.
@@ -43,7 +40,6 @@ private:
     std::filesystem::path m_work;
     QString m_source;
     std::uint32_t m_first;
-    std::function<bool(const QString&)> m_mayWrite;
     QString m_file;   // that the results go to
     QString m_shown;  // as messages name it
     QString m_made;

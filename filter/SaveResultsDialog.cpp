@@ -10,14 +10,12 @@
 #include <QPushButton>
 
 #include "core/TsNames.h"
-#include "share/SaveDialog.h"
 #include "share/SourceChooser.h"
+#include "share/TargetFile.h"
 
 using namespace veltrac;
 
 namespace {
-
-const char* const kFilter = "*.ts, *.Ts, *.TS, *.tS";
 
 }  // namespace
 
@@ -170,7 +168,7 @@ void SaveResultsDialog::sl_chooseFile()
 {
     const QString name =
         QFileDialog::getSaveFileName(this, QStringLiteral("Save results"), saveSuggestion(m_file->text()),
-                                     QLatin1String(kFilter), nullptr, QFileDialog::DontConfirmOverwrite);
+                                     kTsFileFilter, nullptr, QFileDialog::DontConfirmOverwrite);
     m_fileDialogCancelled = name.isEmpty();
     if (!name.isEmpty())
         m_file->setText(name);

@@ -10,7 +10,7 @@ namespace veltrac {
 
 namespace {
 
-using Complex = std::complex<long double>;
+using LongComplex = std::complex<long double>;
 using std::numbers::pi;
 
 // Poles of the Butterworth low-pass (S. Butterworth, "On the theory of filter amplifiers", 1930): evenly
@@ -45,20 +45,20 @@ std::vector<long double> besselPolynomial(int order)
     return a;
 }
 
-Complex evaluate(const std::vector<long double>& a, Complex s)
+LongComplex evaluate(const std::vector<long double>& a, LongComplex s)
 {
-    Complex sum = 0;
+    LongComplex sum = 0;
     for (std::size_t k = a.size(); k-- > 0;)
         sum = sum * s + a[k];
     return sum;
 }
 
 // All roots at once by Weierstrass' iteration (W. Press et al., "Numerical Recipes", section 9.5).
-std::vector<Complex> allRoots(const std::vector<long double>& a)
+std::vector<LongComplex> allRoots(const std::vector<long double>& a)
 {
     const std::size_t count = a.size() - 1;
     const long double radius = std::pow(a[0], 1.0L / static_cast<long double>(count));
-    std::vector<Complex> roots(count);
+    std::vector<LongComplex> roots(count);
     for (std::size_t i = 0; i < count; ++i)
         roots[i] =
             std::polar(radius, 0.4L + 2.0L * std::numbers::pi_v<long double> * static_cast<long double>(i) /
@@ -66,7 +66,7 @@ std::vector<Complex> allRoots(const std::vector<long double>& a)
     for (int round = 0; round < 200; ++round) {
         long double moved = 0.0L;
         for (std::size_t i = 0; i < count; ++i) {
-            Complex step = evaluate(a, roots[i]);
+            LongComplex step = evaluate(a, roots[i]);
             for (std::size_t j = 0; j < count; ++j) {
                 if (j != i)
                     step /= roots[i] - roots[j];
@@ -100,10 +100,10 @@ std::vector<FidRoot> besselPoles(int order)
 {
     const std::vector<long double> a = besselPolynomial(order);
     const long double corner =
-        halfPowerFrequency([&](long double w) { return a[0] / std::abs(evaluate(a, Complex(0, w))); });
+        halfPowerFrequency([&](long double w) { return a[0] / std::abs(evaluate(a, LongComplex(0, w))); });
     std::vector<FidRoot> poles;
-    for (const Complex& root : allRoots(a)) {
-        const Complex scaled = root / corner;
+    for (const LongComplex& root : allRoots(a)) {
+        const LongComplex scaled = root / corner;
         const bool real = std::abs(scaled.imag()) < 1e-12L;
         if (real || scaled.imag() > 0)
             poles.push_back(
@@ -136,8 +136,8 @@ std::vector<FidRoot> crossPoles(int order, double share)
     const long double corner = halfPowerFrequency([&](long double w) {
         long double gain = 1.0L;
         for (const FidRoot& pole : poles) {
-            const Complex p(pole.s);
-            const Complex s(0, w);
+            const LongComplex p(pole.s);
+            const LongComplex s(0, w);
             gain *= pole.pair ? std::norm(p) / std::abs((s - p) * (s - std::conj(p)))
                               : std::abs(p) / std::abs(s - p);
         }

@@ -82,6 +82,8 @@ QString ColumnCalculation::whyNot(const EditVariable& target,
         return QStringLiteral(
             "Cannot execute this command while the\ntarget file is open as read/write in the "
             "List window.");
+    if (const QString refusal = TsApplication::refusalToWrite(target.file()); !refusal.isEmpty())
+        return refusal + QStringLiteral("\nNothing was calculated.");
     if (target.ts() && target.ts()->readOnly())
         return QStringLiteral("%1 is read-only. Nothing was calculated.").arg(target.fileName());
     for (const EditVariable* const row : rows) {
@@ -214,10 +216,8 @@ ColumnCalculation::Answer ColumnCalculation::undo()
         return {};
     const QString file = QFile::decodeName(m_undo->file().c_str());
     const QString name = QFileInfo(file).fileName();
-    const TsApplication* const application = TsApplication::instance();
-    if (application != nullptr && application->isOpenForWriting(file))
-        return refused(
-            QStringLiteral("%1 is open for writing in another window.\nClose that window first.").arg(name));
+    if (const QString refusal = TsApplication::refusalToWrite(file); !refusal.isEmpty())
+        return refused(refusal);
     m_sources.reopenFiles();
     if (m_undo->wasChangedSince() &&
         !askYesNo(QMessageBox::Question, m_window, QStringLiteral("Ts-Edit"),

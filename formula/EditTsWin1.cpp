@@ -256,7 +256,7 @@ void EditTsWin::sl_calculate()
     statusBar()->clearMessage();  // it told of the calculation before
     EditVariable* const target = targetRow();
     if (target == nullptr)
-        showMessage(QStringLiteral("No target selected"));
+        showWarningBox(QStringLiteral("No target selected"));
     else
         showAnswer(m_calculation.calculate(*target, formulaBytes()));
 }
@@ -272,11 +272,11 @@ void EditTsWin::showAnswer(const ColumnCalculation::Answer& answer)
     if (!answer.status.isEmpty())
         showStatus(answer.status);
     if (!answer.notice.isEmpty())
-        m_notice->tell(answer.notice, QStringLiteral("Undo calculation"));
+        m_notice->showNotice(answer.notice, QStringLiteral("Undo calculation"));
     else if (!m_calculation.canUndo())
         m_notice->hide();
     if (!answer.box.isEmpty())
-        showMessage(answer.box);
+        showWarningBox(answer.box);
     if (answer.hasChanged)
         emit x_directory_changed();
 }
@@ -288,7 +288,7 @@ void EditTsWin::sl_quickPlot()
     const EditVariable* const target = targetRow();
     TsApplication* const application = TsApplication::instance();
     if (target == nullptr || application == nullptr || application->isOpenForWriting(target->file())) {
-        showMessage(QStringLiteral("No target selected"));
+        showWarningBox(QStringLiteral("No target selected"));
         return;
     }
     m_plotWindow = application->openSubProgram(SubProgram::PlotColumn, target->file(), target->column());
@@ -350,7 +350,7 @@ void EditTsWin::sl_saveas()
         showStatus(QStringLiteral("Saved %1").arg(QFileInfo(name).fileName()));
     } catch (const std::exception&) {
         showStatus(QStringLiteral("Nothing was saved"));
-        // The title is that of the program that this dialog came from, and stays.
+        // This title, alone among the boxes of the window, is wanted.
         showBox(QMessageBox::Warning, this, QStringLiteral("Ts-Curvefit"),
                 QStringLiteral("%1 %2").arg(QStringLiteral("Unable to open"), name));
     }
@@ -375,7 +375,7 @@ void EditTsWin::sl_stdfunctions()
     showHelp(nullptr, QStringLiteral("functions"), QLatin1String(kInfoTitle))->show();
 }
 
-void EditTsWin::showMessage(const QString& text)
+void EditTsWin::showWarningBox(const QString& text)
 {
     showBox(QMessageBox::Warning, this, QStringLiteral("Veltrac"), text);
 }

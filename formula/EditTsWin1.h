@@ -53,7 +53,7 @@ private:
     QByteArray formulaBytes() const;
     void checkQuietly();
     void showAnswer(const veltrac::ColumnCalculation::Answer& answer);
-    void showMessage(const QString& text);
+    void showWarningBox(const QString& text);
     void showStatus(const QString& text);
 
     QComboBox* m_target = nullptr;

@@ -5,10 +5,10 @@
 
 #include <algorithm>
 #include <iterator>
-#include <system_error>
 
 #include "formula/FormulaParser.h"
 #include "portal/TsApplication.h"
+#include "share/TargetFile.h"
 
 namespace veltrac {
 
@@ -34,14 +34,6 @@ constexpr ColumnHead kColumns[] = {
     {"Sampletime",
      "The sample time of the target/source file\nThe sample time for a target/source is not editable."},
 };
-
-// Two names of one file, by way of links, are one file.
-bool isSameFile(const QString& a, const QString& b)
-{
-    std::error_code none;
-    return a == b || std::filesystem::equivalent(QFile::encodeName(a).constData(),
-                                                 QFile::encodeName(b).constData(), none);
-}
 
 }  // namespace
 

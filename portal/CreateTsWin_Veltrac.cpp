@@ -32,11 +32,11 @@ namespace {
 
 constexpr double kMostSamples = 4294967295.0;
 // So many rows the table of columns still shows at once.
-constexpr double kMostColumns = 100000.0;
+constexpr double kMostNewColumns = 100000.0;
 
 constexpr int kRowMargin = 8;
 
-enum TableColumn { kName, kDescription };
+enum TableColumn { kNameCell, kDescriptionCell };
 
 // The file that a typed name makes, as the directory will show it.
 QString madeFile(const QString& name)
@@ -114,7 +114,7 @@ Basic_Tab::Basic_Tab(QWidget* parent)
 void Basic_Tab::addChecks()
 {
     m_samples->setWhole(0, kMostSamples);
-    m_columns->setWhole(1, kMostColumns);
+    m_columns->setWhole(1, kMostNewColumns);
     m_sampleTime->setCheck([](double seconds) {
         const auto stored = static_cast<float>(seconds);
         return stored > 0.0F && std::isfinite(stored) ? QString()
@@ -221,8 +221,8 @@ void Column_Tab::setColumns(int columns)
     const int old = m_table->rowCount();
     m_table->setRowCount(columns);
     for (int row = old; row < columns; ++row) {
-        m_table->setItem(row, kName, new QTableWidgetItem(QStringLiteral("Col-%1").arg(row + 1)));
-        m_table->setItem(row, kDescription,
+        m_table->setItem(row, kNameCell, new QTableWidgetItem(QStringLiteral("Col-%1").arg(row + 1)));
+        m_table->setItem(row, kDescriptionCell,
                          new QTableWidgetItem(QStringLiteral("Col %1 description").arg(row + 1)));
     }
     showDoubtfulNames();
@@ -230,18 +230,18 @@ void Column_Tab::setColumns(int columns)
 
 QString Column_Tab::name(int column) const
 {
-    return m_table->item(column - 1, kName)->text();
+    return m_table->item(column - 1, kNameCell)->text();
 }
 
 QString Column_Tab::description(int column) const
 {
-    return m_table->item(column - 1, kDescription)->text();
+    return m_table->item(column - 1, kDescriptionCell)->text();
 }
 
 void Column_Tab::cutToWidth(int row, int column)
 {
     QTableWidgetItem* const cell = m_table->item(row, column);
-    const int width = column == kName ? kColumnNameBytes : kColumnDescriptionBytes;
+    const int width = column == kNameCell ? kColumnNameBytes : kColumnDescriptionBytes;
     const QString cut = QString::fromUtf8(headerBytes(cell->text(), width));
     if (cut != cell->text()) {
         const QSignalBlocker quiet(m_table);

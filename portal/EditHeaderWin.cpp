@@ -21,8 +21,8 @@
 #include "core/TSFILE.h"
 #include "core/TsExceptions.h"
 #include "portal/ColumnTable.h"
-#include "portal/FileCommands.h"
 #include "portal/HeaderFields.h"
+#include "portal/RowHeight.h"
 #include "portal/StartField.h"
 #include "portal/TsApplication.h"
 #include "portal/TsFileTexts.h"
@@ -32,6 +32,7 @@
 #include "share/NumberField.h"
 #include "share/QtMessageWin.h"
 #include "share/Resources.h"
+#include "share/TargetFile.h"
 #include "share/WaitCursor.h"
 #include "share/hydaction.h"
 
@@ -40,8 +41,6 @@ using namespace veltrac;
 namespace {
 
 constexpr int kDefaultRowHeight = 20;
-constexpr int kLeastRowHeight = 18;
-constexpr int kMostRowHeight = 30;
 // Boxes about empty names before the status bar tells the rest.
 constexpr std::size_t kMostNameBoxes = 3;
 
@@ -132,7 +131,7 @@ QWidget* EditHeaderWin::createButtons()
 {
     auto* const buttons = new QWidget(this);
     auto* const rowHeight = new QSpinBox(buttons);
-    rowHeight->setRange(kLeastRowHeight, kMostRowHeight);
+    rowHeight->setRange(kLeastRowHeight, kGreatestRowHeight);
     rowHeight->setValue(kDefaultRowHeight);
     rowHeight->setAccessibleName(QStringLiteral("Row height in pixels"));
     rowHeight->setToolTip(QStringLiteral("The height of the table's rows, in pixels."));
@@ -284,7 +283,7 @@ void EditHeaderWin::sl_cellChanged(int row, int column)
 {
     if (column != ColumnTable::kName && column != ColumnTable::kDescription)
         return;
-    if (!mayWrite(this, m_fileName)) {
+    if (!mayWrite(this, QStringLiteral("Veltrac"), m_fileName)) {
         sl_refresh();
         return;
     }
@@ -380,7 +379,7 @@ bool EditHeaderWin::changeCounts(std::optional<unsigned> newSamples, std::option
                 .arg(m_shownName));
         return false;
     }
-    if (!mayWrite(this, m_fileName))
+    if (!mayWrite(this, QStringLiteral("Veltrac"), m_fileName))
         return false;
     const bool reduces = samples < m_samples || columns < m_columns;
     if (reduces &&
@@ -456,7 +455,7 @@ bool EditHeaderWin::writeFields()
 {
     if (!m_edits.any())
         return true;
-    if (!mayWrite(this, m_fileName))
+    if (!mayWrite(this, QStringLiteral("Veltrac"), m_fileName))
         return false;
     try {
         const std::unique_ptr<TSFILE> file = openFile(m_fileName, false);

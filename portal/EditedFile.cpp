@@ -20,7 +20,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::uint32_t kRun = 1U << 15;           // samples a step
+constexpr std::uint32_t kSavedRun = 1U << 15;      // samples a step
 constexpr std::uint32_t kKeptTogether = 1U << 16;  // runs nearer than this are kept as one
 constexpr std::uint64_t kCopyingShare = 70;        // hundredths of making a new file
 
@@ -90,10 +90,10 @@ JobOutcome EditedFile::writeRuns(TSFILE& file, const std::vector<SampleRun>& run
     for (const SampleRun& run : runs)
         total += run.count();
     std::uint64_t done = 0;
-    std::vector<float> values(kRun);
+    std::vector<float> values(kSavedRun);
     for (const SampleRun& run : runs)
         for (std::uint64_t sample = run.first; sample <= run.last;) {
-            const std::size_t count = std::min<std::uint64_t>(kRun, run.last - sample + 1);
+            const std::size_t count = std::min<std::uint64_t>(kSavedRun, run.last - sample + 1);
             const std::span<float> part = std::span(values).first(count);
             const auto first = static_cast<std::uint32_t>(sample);
             before(m_backups, file, run.column, first, part);

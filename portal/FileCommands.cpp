@@ -6,12 +6,11 @@
 
 #include "core/CopyFile.h"
 #include "core/FailureText.h"
-#include "core/SafeChange.h"
 #include "core/TSFILE.h"
 #include "core/TsNames.h"
-#include "portal/TsApplication.h"
 #include "share/Boxes.h"
 #include "share/JobProgress.h"
+#include "share/TargetFile.h"
 
 namespace veltrac {
 
@@ -22,9 +21,11 @@ std::string pathOf(const QString& file)
     return QFile::encodeName(file).toStdString();
 }
 
+const QString kTitle = QStringLiteral("Veltrac");
+
 void showWarningBox(QWidget* window, const QString& text)
 {
-    showBox(QMessageBox::Warning, window, QStringLiteral("Veltrac"), text);
+    showBox(QMessageBox::Warning, window, kTitle, text);
 }
 
 // The name of a new file, or an empty one where the user gives up or the name is taken.
@@ -65,7 +66,7 @@ QString copyTsFile(QWidget* window, const QString& file)
 
 QString renameTsFile(QWidget* window, const QString& file)
 {
-    if (isOpenElsewhere(window, file))
+    if (!mayMove(window, kTitle, file))
         return {};
     QString name = askFreeName(window, QStringLiteral("Rename %1").arg(file), file);
     if (name.isEmpty())
@@ -75,28 +76,6 @@ QString renameTsFile(QWidget* window, const QString& file)
         return name;
     showWarningBox(window, QStringLiteral("%1 could not be renamed: %2.").arg(file, renamed.errorString()));
     return {};
-}
-
-bool isOpenElsewhere(QWidget* window, const QString& file)
-{
-    const TsApplication* const application = TsApplication::instance();
-    if (application == nullptr || !application->isOpenForWriting(file))
-        return false;
-    showWarningBox(window, QStringLiteral("The file %1 is open for writing in another window.\n"
-                                          "Close that window first.")
-                               .arg(QFileInfo(file).fileName()));
-    return true;
-}
-
-bool mayWrite(QWidget* window, const QString& file)
-{
-    if (isOpenElsewhere(window, file))
-        return false;
-    const bool isProtected = isWriteProtected(pathOf(file));
-    if (isProtected)
-        showWarningBox(window,
-                       QStringLiteral("The file %1 is write-protected.").arg(QFileInfo(file).fileName()));
-    return !isProtected;
 }
 
 }  // namespace veltrac

@@ -14,9 +14,4 @@ QString copyTsFile(QWidget* window, const QString& file);
 // Asks for another name; returns it, or an empty one where the file keeps its own.
 QString renameTsFile(QWidget* window, const QString& file);
 
-// True, after a box, where a window has the file open for writing.
-bool isOpenElsewhere(QWidget* window, const QString& file);
-// False, after a box, where that is so or the file is write-protected.
-bool mayWrite(QWidget* window, const QString& file);
-
 }  // namespace veltrac

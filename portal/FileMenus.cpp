@@ -10,7 +10,7 @@ namespace {
 // A menu with more entries than this is cut into sub-menus: "a.ts … f.ts".
 constexpr std::size_t kMostEntries = 30;
 // A longer name would make a menu wider than the screen.
-constexpr int kLongestName = 60;
+constexpr int kLongestMenuName = 60;
 
 // Later, because the refresh that empties a menu may have been started by one of its own entries.
 void empty(QMenu* menu)
@@ -87,8 +87,8 @@ QString menuText(QString name)
     for (QChar& character : name)
         if (character.category() == QChar::Other_Control)
             character = QLatin1Char(' ');
-    if (name.size() > kLongestName)
-        name.replace(kLongestName / 2, name.size() - kLongestName + 1, QStringLiteral("…"));
+    if (name.size() > kLongestMenuName)
+        name.replace(kLongestMenuName / 2, name.size() - kLongestMenuName + 1, QStringLiteral("…"));
     return name.replace(QLatin1Char('&'), QLatin1String("&&"));
 }
 

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 
+#include "portal/RowHeight.h"
 #include "portal/TsFileTexts.h"
 #include "share/HeaderText.h"
 
@@ -36,7 +37,6 @@ constexpr std::array<HeaderRow, 5> kHeaders{{
 constexpr int kNameColumn = 0;
 constexpr int kSampleTimeColumn = 3;
 constexpr int kDescriptionColumn = 4;
-constexpr int kLeastRowHeight = 18;
 // Characters that the column of names is wide at most: the other columns stay in view.
 constexpr int kLongestName = 60;
 

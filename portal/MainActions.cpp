@@ -7,6 +7,7 @@
 #include <QSpinBox>
 #include <QToolBar>
 
+#include "portal/RowHeight.h"
 #include "portal/SubPrograms.h"
 #include "share/hydaction.h"
 
@@ -14,8 +15,6 @@ namespace veltrac {
 
 namespace {
 
-constexpr int kLeastRowHeight = 18;
-constexpr int kGreatestRowHeight = 30;
 constexpr int kFirstRowHeight = 22;
 
 }  // namespace

@@ -8,10 +8,10 @@
 #include "core/FailureText.h"
 #include "core/ScratchFile.h"
 #include "core/TsNames.h"
-#include "portal/TsApplication.h"
 #include "share/Boxes.h"
 #include "share/GroupedNumber.h"
 #include "share/JobProgress.h"
+#include "share/TargetFile.h"
 
 namespace veltrac {
 
@@ -54,16 +54,8 @@ bool askAndRestoreOldValues(QWidget* parent, const QString& path)
     const QString chosen = QFileDialog::getOpenFileName(
         parent, QStringLiteral("Restore old values"), QFile::decodeName(scratchDirectory().c_str()),
         QStringLiteral("Old values (veltrac-old-values*.bin);;All files (*)"));
-    if (chosen.isEmpty())
+    if (chosen.isEmpty() || !mayWrite(parent, kTitle, path))
         return false;
-    const TsApplication* const application = TsApplication::instance();
-    if (application != nullptr && application->isOpenForWriting(path)) {
-        showBox(QMessageBox::Warning, parent, kTitle,
-                QStringLiteral("The file %1 is open for writing in another window.")
-                    .arg(QFileInfo(path).fileName()),
-                QStringLiteral("&Ok"));
-        return false;
-    }
     try {
         const std::filesystem::path scratch = QFile::encodeName(chosen).toStdString();
         if (!askYesNo(QMessageBox::Question, parent, kTitle, question(readOldValues(scratch), path)))

@@ -4,7 +4,6 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QDir>
-#include <QFileDialog>
 #include <QMenu>
 #include <QMessageBox>
 #include <QPushButton>
@@ -16,11 +15,10 @@
 #include "core/FailureText.h"
 #include "core/TsNames.h"
 #include "portal/FieldsDialog.h"
-#include "portal/TsApplication.h"
 #include "share/Boxes.h"
 #include "share/GroupedNumber.h"
 #include "share/JobProgress.h"
-#include "share/SaveDialog.h"
+#include "share/TargetFile.h"
 
 namespace veltrac {
 
@@ -131,7 +129,7 @@ void SampleEditor::operate(const BlockOperationRow& operation)
     }
     const bool alongTime =
         operation.operation == BlockOperation::Ramp || operation.operation == BlockOperation::Interpolate;
-    if (m_table.view().isSorted() && alongTime) {
+    if (m_table.view().rows().isSorted() && alongTime) {
         emit x_status(QStringLiteral("Switch sorting off first: this works along the time."));
         return;
     }
@@ -207,8 +205,8 @@ void SampleEditor::pasteRows(const std::vector<std::vector<float>>& rows)
     for (const int column : m_table.visibleColumns(view.currentColumn(), model.columnCount() - 1))
         columns.push_back(model.isIntegerColumn(column) ? 0 : static_cast<std::uint32_t>(column) + 1);
     std::vector<std::uint32_t> samples;
-    for (int row = view.currentRow(); row < view.totalRows() && samples.size() < rows.size(); ++row)
-        samples.push_back(view.sampleOfRow(row));
+    for (int row = view.currentRow(); row < view.rows().total() && samples.size() < rows.size(); ++row)
+        samples.push_back(view.rows().sampleOf(row));
     PastedStrips pasted = pasteStrips(rows, samples, columns);
     if (!pasted.strips.empty())
         addEdit("Paste", std::move(pasted.strips));
@@ -265,31 +263,12 @@ QString SampleEditor::askNewName()
     const QFileInfo own(m_path);
     const QString suggestion =
         own.exists() ? own.dir().filePath(own.completeBaseName() + QStringLiteral("_edited.ts")) : m_path;
-    const QString chosen =
-        QFileDialog::getSaveFileName(&m_table, QStringLiteral("Save as new file"), saveSuggestion(suggestion),
-                                     QStringLiteral("Ts-files (*.ts)"));
-    if (chosen.isEmpty())
-        return QString();
-    const QFileInfo info(chosen);
-    const std::string name = newTsFileName(info.fileName().toLocal8Bit().toStdString());
-    QString target = info.absoluteDir().filePath(QString::fromLocal8Bit(name.c_str()));
-    const QString shortName = QFileInfo(target).fileName();
-    const TsApplication* const application = TsApplication::instance();
-    if (edited().isItself(QFile::encodeName(target).toStdString())) {
-        emit x_failed(QStringLiteral("This is the file itself. Choose another name, or \"Save\"."));
-        return QString();
-    }
-    // This window itself is a writer of its own file's name, which a lost file may take again.
-    if (target != m_path && application != nullptr && application->isOpenForWriting(target)) {
-        emit x_failed(QStringLiteral("The file %1 is open for writing in another window.").arg(shortName));
-        return QString();
-    }
-    // The dialog has asked about the name as it was typed.
-    if (target != info.absoluteFilePath() && QFileInfo::exists(target) &&
-        !askYesNo(QMessageBox::Question, &m_table, QStringLiteral("Ts-Edit"),
-                  QStringLiteral("The file %1 exists. Replace it?").arg(shortName)))
-        return QString();
-    return target;
+    const auto isItself = [this](const QString& file) {
+        return edited().isItself(QFile::encodeName(file).toStdString());
+    };
+    // A lost file may take its own name again.
+    return askSaveName(&m_table, {QStringLiteral("Save as new file"), suggestion,
+                                  QStringLiteral("Ts-files (*.ts)"), QStringLiteral("ts"), isItself, m_path});
 }
 
 bool SampleEditor::saveAs()

@@ -8,7 +8,7 @@ namespace veltrac {
 
 namespace {
 
-constexpr std::uint64_t kRun = 8192;  // samples a step
+constexpr std::uint64_t kOrderRun = 8192;  // samples a step
 
 struct Keyed
 {
@@ -24,7 +24,7 @@ JobOutcome sortSamples(const ColumnReader& read, std::uint32_t first, std::uint3
     const std::uint64_t total = std::uint64_t{last} - first + 1;
     std::vector<Keyed> keyed;
     keyed.reserve(total);
-    std::vector<float> values(std::min(kRun, total));
+    std::vector<float> values(std::min(kOrderRun, total));
     for (std::uint64_t done = 0; done < total;) {
         const std::size_t count = std::min<std::uint64_t>(values.size(), total - done);
         read(static_cast<std::uint32_t>(first + done), std::span(values).first(count));

@@ -134,14 +134,14 @@ void SampleSearch::sl_goTo()
 void SampleSearch::sl_pageUp()
 {
     SampleView& view = m_table.view();
-    view.goTo(view.currentRow() - std::max(1, view.totalRows() / kPages), m_table.column());
+    view.goTo(view.currentRow() - std::max(1, view.rows().total() / kPages), m_table.column());
 }
 
 void SampleSearch::sl_pageDown()
 {
     SampleView& view = m_table.view();
-    const int step = std::max(1, view.totalRows() / kPages);
-    view.goTo(std::min(view.totalRows() - 1 - step, view.currentRow()) + step, m_table.column());
+    const int step = std::max(1, view.rows().total() / kPages);
+    view.goTo(std::min(view.rows().total() - 1 - step, view.currentRow()) + step, m_table.column());
 }
 
 void SampleSearch::sl_find()
@@ -174,7 +174,7 @@ void SampleSearch::find(Direction direction)
             &m_table,
             QStringLiteral("Searching column %1 of %2").arg(m_table.column() + 1).arg(m_table.name()));
         if (searchColumn(model.columnReader(m_table.column()), static_cast<std::uint32_t>(model.rowCount()),
-                         m_findBar->condition(), m_table.view().sampleOfRow(m_table.view().currentRow()),
+                         m_findBar->condition(), m_table.view().rows().sampleOf(m_table.view().currentRow()),
                          direction, progress.callback(), found) == JobOutcome::Cancelled) {
             emit x_status(QStringLiteral("Cancelled."));
             return;

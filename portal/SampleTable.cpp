@@ -9,6 +9,7 @@
 #include <QListWidget>
 #include <QScrollBar>
 #include <QSplitter>
+#include <QToolTip>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -120,7 +121,8 @@ void SampleTable::createView()
     m_view->setEditTriggers(editing ? QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed |
                                           QAbstractItemView::AnyKeyPressed
                                     : QAbstractItemView::NoEditTriggers);
-    m_view->setRowText([this](int row) { return rowText(row); });
+    connect(m_view->sampleBar(), &QScrollBar::sliderMoved, this,
+            [this](int row) { QToolTip::showText(QCursor::pos(), rowText(row), m_view->sampleBar()); });
     m_view->setContextMenuPolicy(Qt::ActionsContextMenu);
     connect(m_view, &SampleView::x_current_moved, this, [this] { m_column = m_view->currentColumn(); });
     // A new model shows all columns.
@@ -194,7 +196,7 @@ QString SampleTable::sampleText(std::uint32_t row) const
 
 QString SampleTable::rowText(int row) const
 {
-    const std::uint32_t fileRow = m_view->sampleOfRow(row);
+    const std::uint32_t fileRow = m_view->rows().sampleOf(row);
     const QString count = groupedNumber(static_cast<std::uint64_t>(m_model.rowCount()));
     if (!m_model.isWritten(static_cast<int>(fileRow) - 1))
         return QStringLiteral("Row %1 of %2 of the ring is empty: nothing was written there yet.")
@@ -230,7 +232,7 @@ std::vector<SampleRun> SampleTable::selectedRuns() const
 {
     std::vector<SampleRun> runs;
     for (const CellBlock& block : m_view->selectedBlocks()) {
-        const std::vector<SampleRun> samples = m_view->samplesOfRows(block.firstRow, block.lastRow);
+        const std::vector<SampleRun> samples = m_view->rows().samplesOf(block.firstRow, block.lastRow);
         for (const int column : visibleColumns(block.firstColumn, block.lastColumn)) {
             // Bits of integers are neither changed nor averaged.
             if (m_model.isIntegerColumn(column))
@@ -266,7 +268,7 @@ void SampleTable::copy(bool withNames)
         if (withNames)
             text += names.join(QLatin1Char('\t')) + QLatin1Char('\n');
         for (int row = block.firstRow; row <= block.lastRow; ++row) {
-            const int source = static_cast<int>(m_view->sampleOfRow(row)) - 1;
+            const int source = static_cast<int>(m_view->rows().sampleOf(row)) - 1;
             for (std::size_t i = 0; i < columns.size(); ++i)
                 text +=
                     (i == 0 ? QString() : QStringLiteral("\t")) + m_model.exactCellText(source, columns[i]);
@@ -284,7 +286,7 @@ void SampleTable::setSorting(bool on)
 {
     if (!on) {
         m_view->horizontalHeader()->setSortIndicatorShown(false);
-        if (m_view->isSorted())
+        if (m_view->rows().isSorted())
             m_view->showAll();
         m_view->fitColumns();
     } else if (!sortBy(m_column, SortOrder::Ascending)) {
@@ -298,7 +300,7 @@ void SampleTable::sortByHead(int section)
         return;
     const QHeaderView& header = *m_view->horizontalHeader();
     const bool turn = header.sortIndicatorSection() == section &&
-                      header.sortIndicatorOrder() == Qt::AscendingOrder && m_view->isSorted();
+                      header.sortIndicatorOrder() == Qt::AscendingOrder && m_view->rows().isSorted();
     sortBy(section, turn ? SortOrder::Descending : SortOrder::Ascending);
 }
 
@@ -309,7 +311,7 @@ bool SampleTable::askSortRange(std::uint32_t& first, std::uint32_t& last)
     last = samples;
     if (samples <= static_cast<std::uint32_t>(kMostSorted))
         return true;
-    const double middle = m_view->sampleOfRow(m_view->currentRow());
+    const double middle = m_view->rows().sampleOf(m_view->currentRow());
     const double from = std::clamp(middle - kMostSorted / 2.0, 1.0, samples - kMostSorted + 1.0);
     FieldsDialog dialog(QStringLiteral("Enable sorting"),
                         QStringLiteral("The file has %1 samples. At most %2 of them can be sorted at once.")

@@ -5,22 +5,19 @@
 #include <QKeyEvent>
 #include <QResizeEvent>
 #include <QScrollBar>
-#include <QToolTip>
 
 #include <algorithm>
 #include <map>
 #include <utility>
 
 #include "portal/ColumnFit.h"
-#include "portal/RowWindow.h"
-#include "portal/SortedRows.h"
+#include "portal/DragSelection.h"
 
 namespace veltrac {
 
 namespace {
 
 constexpr int kRowHeight = 20;
-constexpr int kDragMs = 50;
 
 const int kHeaderAlignment = Qt::AlignHCenter | Qt::AlignVCenter | Qt::TextWordWrap;
 
@@ -41,10 +38,32 @@ private:
     bool m_before;
 };
 
+int visibleRows(const QTableView& view)
+{
+    return std::max(1, view.viewport()->height() / std::max(1, view.verticalHeader()->defaultSectionSize()));
+}
+
+// The first or last column that is not hidden.
+int edgeColumn(const QTableView& view, bool last)
+{
+    const int columns = view.model()->columnCount();
+    for (int i = 0; i < columns; ++i) {
+        const int column = last ? columns - 1 - i : i;
+        if (!view.isColumnHidden(column))
+            return column;
+    }
+    return 0;
+}
+
 }  // namespace
 
 SampleView::SampleView(TsTableModel* model, QWidget* parent)
-    : QTableView(parent), m_model(model), m_bar(new QScrollBar(Qt::Vertical)), m_fit(new ColumnFit(this))
+    : QTableView(parent),
+      m_model(model),
+      m_rows(*model),
+      m_bar(new QScrollBar(Qt::Vertical)),
+      m_fit(new ColumnFit(this)),
+      m_drag(new DragSelection(viewport()))
 {
     setObjectName(QStringLiteral("samples"));
     setAccessibleName(QStringLiteral("Samples"));
@@ -64,10 +83,7 @@ SampleView::SampleView(TsTableModel* model, QWidget* parent)
 
     m_bar->setAccessibleName(QStringLiteral("Position in the file"));
     connect(m_bar, &QScrollBar::valueChanged, this, &SampleView::scrollToTop);
-    connect(m_bar, &QScrollBar::sliderMoved, this, [this](int row) {
-        if (m_rowText)
-            QToolTip::showText(QCursor::pos(), m_rowText(row), m_bar);
-    });
+    connect(m_drag, &DragSelection::x_dragged, this, &SampleView::dragTo);
     connect(verticalScrollBar(), &QScrollBar::valueChanged, this, &SampleView::syncBar);
     showAll();
 }
@@ -81,25 +97,21 @@ SampleView::~SampleView()
 void SampleView::detach()
 {
     replaceModel(nullptr);
-    m_window.reset();
-    m_sorted.reset();
+    m_rows.drop();
 }
 
 void SampleView::showAll()
 {
-    const std::uint32_t sample = m_current.row < totalRows() ? sampleOfRow(m_current.row) : 1;
+    const std::uint32_t sample = m_current.row < m_rows.total() ? m_rows.sampleOf(m_current.row) : 1;
     detach();
-    if (m_model->rowCount() > RowStretch::kRows)
-        m_window = std::make_unique<RowWindow>(m_model);
-    showModel(m_window ? static_cast<QAbstractItemModel*>(m_window.get()) : m_model);
+    showModel(m_rows.showAll());
     goToSample(sample, m_current.column);
 }
 
 void SampleView::showSorted(std::vector<std::uint32_t> samples)
 {
     detach();
-    m_sorted = std::make_unique<SortedRows>(m_model, std::move(samples));
-    showModel(m_sorted.get());
+    showModel(m_rows.showSorted(std::move(samples)));
     goTo(0, m_current.column);
 }
 
@@ -121,52 +133,9 @@ void SampleView::replaceModel(QAbstractItemModel* model)
     setModel(model);
 }
 
-int SampleView::totalRows() const
-{
-    return m_sorted ? m_sorted->rowCount() : m_model->rowCount();
-}
-
-std::uint32_t SampleView::sampleOfRow(int row) const
-{
-    const int source = m_sorted ? m_sorted->mapToSource(m_sorted->index(row, 0)).row() : row;
-    return static_cast<std::uint32_t>(source) + 1;
-}
-
-std::vector<SampleRun> SampleView::samplesOfRows(int first, int last) const
-{
-    if (!m_sorted)
-        return {{0, static_cast<std::uint32_t>(first) + 1, static_cast<std::uint32_t>(last) + 1}};
-    std::vector<SampleRun> runs;
-    runs.reserve(static_cast<std::size_t>(last - first) + 1);
-    for (int row = first; row <= last; ++row)
-        runs.push_back({0, sampleOfRow(row), sampleOfRow(row)});
-    return joinedRuns(std::move(runs));
-}
-
-int SampleView::offset() const
-{
-    return m_window ? m_window->base() : 0;
-}
-
-int SampleView::visibleRows() const
-{
-    return std::max(1, viewport()->height() / std::max(1, verticalHeader()->defaultSectionSize()));
-}
-
 QModelIndex SampleView::indexOfRow(int row, int column) const
 {
-    return model() == nullptr ? QModelIndex() : model()->index(row - offset(), column);
-}
-
-int SampleView::edgeColumn(bool last) const
-{
-    const int columns = m_model->columnCount();
-    for (int i = 0; i < columns; ++i) {
-        const int column = last ? columns - 1 - i : i;
-        if (!isColumnHidden(column))
-            return column;
-    }
-    return 0;
+    return model() == nullptr ? QModelIndex() : model()->index(row - m_rows.offset(), column);
 }
 
 // -- The window's place --
@@ -177,8 +146,8 @@ void SampleView::moveWindow(int base)
     m_applying = true;
     // An unselected model moves at once; a selected one would first list every single cell.
     selectionModel()->clearSelection();
-    m_window->setBase(base);
-    if (m_window->shows(m_current.row))
+    m_rows.window()->setBase(base);
+    if (m_rows.window()->shows(m_current.row))
         selectionModel()->setCurrentIndex(indexOfRow(m_current.row, m_current.column),
                                           QItemSelectionModel::NoUpdate);
     m_applying = false;
@@ -188,38 +157,39 @@ void SampleView::moveWindow(int base)
 
 void SampleView::moveWindowTo(int row)
 {
-    if (m_window && !m_window->shows(row))
+    if (m_rows.window() != nullptr && !m_rows.window()->shows(row))
         moveWindow(row - RowStretch::kRows / 2);
 }
 
 // So that the next move by a page stays inside the window.
 void SampleView::keepAwayFromEdges()
 {
-    if (!m_window)
+    if (m_rows.window() == nullptr)
         return;
     moveWindowTo(m_current.row);
-    const int inWindow = m_current.row - offset();
-    const int margin = visibleRows() + 1;
-    const bool nearTop = inWindow < margin && offset() > 0;
+    const int inWindow = m_current.row - m_rows.offset();
+    const int margin = visibleRows(*this) + 1;
+    const bool nearTop = inWindow < margin && m_rows.offset() > 0;
     const bool nearEnd =
-        inWindow > RowStretch::kRows - margin && offset() + RowStretch::kRows < m_model->rowCount();
+        inWindow > RowStretch::kRows - margin && m_rows.offset() + RowStretch::kRows < m_model->rowCount();
     if (nearTop || nearEnd)
         moveWindow(m_current.row - RowStretch::kRows / 2);
 }
 
 void SampleView::scrollToTop(int row)
 {
-    if (m_window && (row < offset() || row + visibleRows() > offset() + RowStretch::kRows))
+    if (m_rows.window() != nullptr &&
+        (row < m_rows.offset() || row + visibleRows(*this) > m_rows.offset() + RowStretch::kRows))
         moveWindow(row - RowStretch::kRows / 2);
-    verticalScrollBar()->setValue(row - offset());
+    verticalScrollBar()->setValue(row - m_rows.offset());
 }
 
 void SampleView::syncBar()
 {
     const QSignalBlocker still(m_bar);
-    m_bar->setRange(0, std::max(0, totalRows() - visibleRows()));
-    m_bar->setPageStep(visibleRows());
-    m_bar->setValue(offset() + verticalScrollBar()->value());
+    m_bar->setRange(0, std::max(0, m_rows.total() - visibleRows(*this)));
+    m_bar->setPageStep(visibleRows(*this));
+    m_bar->setValue(m_rows.offset() + verticalScrollBar()->value());
     m_fit->widenSoon();
 }
 
@@ -233,7 +203,7 @@ void SampleView::updateGeometries()
 void SampleView::wheelEvent(QWheelEvent* event)
 {
     const bool vertical = event->angleDelta().y() != 0 && event->modifiers() == Qt::NoModifier;
-    if (m_window && vertical)
+    if (m_rows.window() != nullptr && vertical)
         QApplication::sendEvent(m_bar, event);
     else
         QTableView::wheelEvent(event);
@@ -243,33 +213,28 @@ void SampleView::wheelEvent(QWheelEvent* event)
 
 void SampleView::goTo(int row, int column)
 {
-    if (totalRows() == 0 || m_model->columnCount() == 0)
+    if (m_rows.total() == 0 || m_model->columnCount() == 0)
         return;
-    row = std::clamp(row, 0, totalRows() - 1);
+    row = std::clamp(row, 0, m_rows.total() - 1);
     moveWindowTo(row);
     const QModelIndex index = indexOfRow(row, column);
     selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect);
     noteCurrent(index);
-    dropAnchor();
+    m_anchor = m_current;
     scrollTo(index, QAbstractItemView::EnsureVisible);
 }
 
 bool SampleView::goToSample(std::uint32_t sample, int column)
 {
-    const auto row = static_cast<int>(sample) - 1;
-    if (!m_sorted) {
+    const int row = m_rows.rowOf(sample);
+    if (row >= 0)
         goTo(row, column);
-        return true;
-    }
-    const QModelIndex index = m_sorted->mapFromSource(m_model->index(row, column));
-    if (index.isValid())
-        goTo(index.row(), column);
-    return index.isValid();
+    return row >= 0;
 }
 
 void SampleView::moveCurrent(const QModelIndex& current)
 {
-    m_current.row = current.row() + offset();
+    m_current.row = current.row() + m_rows.offset();
     m_current.column = current.column();
     emit x_current_moved();
 }
@@ -288,7 +253,7 @@ void SampleView::fitColumns()
 // A strip that opens beside the table does not hide the current cell.
 void SampleView::resizeEvent(QResizeEvent* event)
 {
-    const int top = verticalScrollBar()->value() + offset();
+    const int top = verticalScrollBar()->value() + m_rows.offset();
     const int before = event->oldSize().height() / std::max(1, verticalHeader()->defaultSectionSize());
     const bool shrinks = event->size().height() < event->oldSize().height();
     const bool inView = shrinks && m_current.row >= top && m_current.row < top + before;
@@ -304,18 +269,18 @@ void SampleView::noteCurrent(const QModelIndex& current)
         return;
     moveCurrent(current);
     if ((QApplication::keyboardModifiers() & Qt::ShiftModifier) == 0)
-        dropAnchor();
+        m_anchor = m_current;
 }
 
 QModelIndex SampleView::moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers)
 {
-    if (!m_window)
+    if (m_rows.window() == nullptr)
         return QTableView::moveCursor(action, modifiers);
     const bool ends = (action == MoveHome || action == MoveEnd) && (modifiers & Qt::ControlModifier);
     if (ends) {
-        const int row = action == MoveHome ? 0 : totalRows() - 1;
+        const int row = action == MoveHome ? 0 : m_rows.total() - 1;
         moveWindowTo(row);
-        return indexOfRow(row, edgeColumn(action == MoveEnd));
+        return indexOfRow(row, edgeColumn(*this, action == MoveEnd));
     }
     keepAwayFromEdges();
     return QTableView::moveCursor(action, modifiers);
@@ -335,7 +300,7 @@ void SampleView::keyPressEvent(QKeyEvent* event)
     if (move != kMoves.end() && extends) {
         const QModelIndex next = moveCursor(move->second, event->modifiers() & ~Qt::ShiftModifier);
         if (next.isValid())
-            extendTo(next.row() + offset(), next.column());
+            extendTo(next.row() + m_rows.offset(), next.column());
         return;
     }
     // Qt would leave the selection behind: an edit would then change values that are no longer in view.
@@ -343,7 +308,7 @@ void SampleView::keyPressEvent(QKeyEvent* event)
         const QModelIndex next = moveCursor(move->second, event->modifiers());
         m_selection.clear();
         if (next.isValid())
-            goTo(next.row() + offset(), next.column());
+            goTo(next.row() + m_rows.offset(), next.column());
         return;
     }
     // An editor hands its Enter on, too; it moves when it closes.
@@ -355,12 +320,7 @@ void SampleView::keyPressEvent(QKeyEvent* event)
         event->accept();
     }
     if (!extends || event->key() == Qt::Key_Backtab)
-        dropAnchor();
-}
-
-void SampleView::dropAnchor()
-{
-    m_anchor = m_current;
+        m_anchor = m_current;
 }
 
 void SampleView::mousePressEvent(QMouseEvent* event)
@@ -368,48 +328,22 @@ void SampleView::mousePressEvent(QMouseEvent* event)
     const QModelIndex index = indexAt(event->pos());
     if (event->button() == Qt::LeftButton && (event->modifiers() & Qt::ShiftModifier) != 0 &&
         index.isValid()) {
-        extendTo(index.row() + offset(), index.column());
+        extendTo(index.row() + m_rows.offset(), index.column());
         return;
     }
     QTableView::mousePressEvent(event);
-    dropAnchor();
-    m_dragging = event->button() == Qt::LeftButton && event->modifiers() == Qt::NoModifier && index.isValid();
-}
-
-// The base class drags as far as the window's edge.
-void SampleView::mouseMoveEvent(QMouseEvent* event)
-{
-    if (!m_dragging || (event->buttons() & Qt::LeftButton) == 0) {
-        QTableView::mouseMoveEvent(event);
-        return;
-    }
-    if (viewport()->rect().contains(event->pos()))
-        m_dragTimer.stop();
-    else if (!m_dragTimer.isActive())
-        m_dragTimer.start(kDragMs, this);
-    // Else the base class takes the release for a click.
-    setState(DragSelectingState);
-    dragTo(event->pos());
-}
-
-void SampleView::mouseReleaseEvent(QMouseEvent* event)
-{
-    m_dragging = false;
-    m_dragTimer.stop();
-    QTableView::mouseReleaseEvent(event);
-}
-
-void SampleView::timerEvent(QTimerEvent* event)
-{
-    if (event->timerId() == m_dragTimer.timerId())
-        dragTo(viewport()->mapFromGlobal(QCursor::pos()));
+    m_anchor = m_current;
+    if (event->button() == Qt::LeftButton && event->modifiers() == Qt::NoModifier && index.isValid())
+        m_drag->start();
     else
-        QTableView::timerEvent(event);
+        m_drag->stop();
 }
 
 // Outside of the table the selection runs on, the faster the further away the mouse is.
 void SampleView::dragTo(const QPoint& place)
 {
+    // Else the base class takes the release for a click.
+    setState(DragSelectingState);
     const QRect inside = viewport()->rect();
     const QPoint nearest(std::clamp(place.x(), inside.left(), inside.right()),
                          std::clamp(place.y(), inside.top(), inside.bottom()));
@@ -419,8 +353,9 @@ void SampleView::dragTo(const QPoint& place)
     const int beyond = place.y() - nearest.y();
     const int step =
         beyond / std::max(1, verticalHeader()->defaultSectionSize()) + (beyond > 0) - (beyond < 0);
-    const std::int64_t row = std::int64_t{index.row()} + offset() + std::int64_t{step} * std::abs(step);
-    extendTo(static_cast<int>(std::clamp<std::int64_t>(row, 0, totalRows() - 1)), index.column());
+    const std::int64_t row =
+        std::int64_t{index.row()} + m_rows.offset() + std::int64_t{step} * std::abs(step);
+    extendTo(static_cast<int>(std::clamp<std::int64_t>(row, 0, m_rows.total() - 1)), index.column());
 }
 
 void SampleView::currentChanged(const QModelIndex& current, const QModelIndex& previous)
@@ -452,8 +387,8 @@ void SampleView::selectBlock(const CellBlock& block)
 
 void SampleView::selectAll()
 {
-    if (totalRows() > 0 && m_model->columnCount() > 0)
-        selectBlock({0, totalRows() - 1, 0, m_model->columnCount() - 1});
+    if (m_rows.total() > 0 && m_model->columnCount() > 0)
+        selectBlock({0, m_rows.total() - 1, 0, m_model->columnCount() - 1});
 }
 
 void SampleView::extendTo(int row, int column)
@@ -472,9 +407,9 @@ void SampleView::extendTo(int row, int column)
 void SampleView::applySelection()
 {
     QItemSelection shown;
-    const int last = offset() + model()->rowCount() - 1;
+    const int last = m_rows.offset() + model()->rowCount() - 1;
     for (const CellBlock& block : m_selection) {
-        const int from = std::max(block.firstRow, offset());
+        const int from = std::max(block.firstRow, m_rows.offset());
         const int to = std::min(block.lastRow, last);
         if (from <= to)
             shown.select(indexOfRow(from, block.firstColumn), indexOfRow(to, block.lastColumn));
@@ -488,20 +423,21 @@ void SampleView::noteSelection()
 {
     if (m_applying)
         return;
-    const int windowEnd = offset() + model()->rowCount() - 1;
+    const int windowEnd = m_rows.offset() + model()->rowCount() - 1;
     std::vector<CellBlock> kept;
     // Ctrl adds to what is selected, also where the window does not show it.
-    if (m_window && (QApplication::keyboardModifiers() & Qt::ControlModifier) != 0)
+    if (m_rows.window() != nullptr && (QApplication::keyboardModifiers() & Qt::ControlModifier) != 0)
         for (const CellBlock& block : m_selection)
-            if (block.lastRow < offset() || block.firstRow > windowEnd)
+            if (block.lastRow < m_rows.offset() || block.firstRow > windowEnd)
                 kept.push_back(block);
     m_selection = std::move(kept);
     for (const QItemSelectionRange& range : selectionModel()->selection()) {
-        CellBlock block{range.top() + offset(), range.bottom() + offset(), range.left(), range.right()};
+        CellBlock block{range.top() + m_rows.offset(), range.bottom() + m_rows.offset(), range.left(),
+                        range.right()};
         // A whole column of the window is meant as the whole column.
-        if (block.firstRow == offset() && block.lastRow == windowEnd) {
+        if (block.firstRow == m_rows.offset() && block.lastRow == windowEnd) {
             block.firstRow = 0;
-            block.lastRow = totalRows() - 1;
+            block.lastRow = m_rows.total() - 1;
         }
         m_selection.push_back(block);
     }

@@ -8,23 +8,19 @@
 // Rows here count from 0 over all rows of the table: those of the model, or of its sorted rows.
 #pragma once
 
-#include <QBasicTimer>
 #include <QTableView>
 
 #include <cstdint>
-#include <functional>
-#include <memory>
 #include <vector>
 
-#include "portal/TsTableModel.h"
+#include "portal/ShownRows.h"
 
 class QScrollBar;
 
 namespace veltrac {
 
 class ColumnFit;
-class RowWindow;
-class SortedRows;
+class DragSelection;
 
 // Both ends included.
 struct CellBlock
@@ -46,21 +42,15 @@ public:
 
     // Stands beside the view, where the window puts it; the view's own vertical bar is hidden.
     QScrollBar* sampleBar() const { return m_bar; }
-    // What the bar's tool tip says about a row while it is dragged.
-    void setRowText(std::function<QString(int row)> text) { m_rowText = std::move(text); }
 
     // All samples in their order, the current cell kept. Also after the model's file has changed.
     void showAll();
     // Only these samples, in this order.
     void showSorted(std::vector<std::uint32_t> samples);
-    bool isSorted() const { return m_sorted != nullptr; }
     // To be called before the model's file changes.
     void detach();
 
-    int totalRows() const;
-    std::uint32_t sampleOfRow(int row) const;
-    // The samples in these rows, as few runs as it takes; their column is 0.
-    std::vector<SampleRun> samplesOfRows(int first, int last) const;
+    const ShownRows& rows() const { return m_rows; }
     int currentRow() const { return m_current.row; }
     int currentColumn() const { return m_current.column; }
     // Makes a cell the current and only selected one, and shows it.
@@ -88,9 +78,6 @@ protected:
     QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
     void keyPressEvent(QKeyEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
-    void mouseMoveEvent(QMouseEvent* event) override;
-    void mouseReleaseEvent(QMouseEvent* event) override;
-    void timerEvent(QTimerEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void updateGeometries() override;
@@ -108,15 +95,11 @@ private:
 
     void showModel(QAbstractItemModel* model);
     void replaceModel(QAbstractItemModel* model);
-    int offset() const;
-    int visibleRows() const;
     QModelIndex indexOfRow(int row, int column) const;
     void moveWindow(int base);
     void moveWindowTo(int row);
     void keepAwayFromEdges();
     void applySelection();
-    // A selection by Shift extends from the current cell from now on.
-    void dropAnchor();
     void extendTo(int row, int column);
     void dragTo(const QPoint& place);
     void syncBar();
@@ -124,21 +107,17 @@ private:
     void noteSelection();
     void moveCurrent(const QModelIndex& current);
     void noteCurrent(const QModelIndex& current);
-    int edgeColumn(bool last) const;
 
     TsTableModel* m_model;
-    std::unique_ptr<RowWindow> m_window;
-    std::unique_ptr<SortedRows> m_sorted;
+    ShownRows m_rows;
     QScrollBar* m_bar;
     ColumnFit* m_fit;
-    std::function<QString(int row)> m_rowText;
+    DragSelection* m_drag;
     std::vector<CellBlock> m_selection;
     bool m_applying = false;        // the selection model is being brought in line with m_selection
     bool m_currentChanges = false;  // an editor that closes now was left for another cell
     Cell m_current;
     Cell m_anchor;  // where a selection by Shift begins
-    bool m_dragging = false;
-    QBasicTimer m_dragTimer;  // runs while the mouse drags outside of the table
 };
 
 }  // namespace veltrac

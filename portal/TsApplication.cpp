@@ -58,19 +58,12 @@ QMessageBox::StandardButton ask(const QString& text, QMessageBox::StandardButton
 }
 
 // True where there is no old file, or the user gives it up.
-bool mayMake(const TsApplication& application, const QString& fileName)
+bool mayMake(const QString& fileName)
 {
     if (!QFile::exists(fileName))
         return true;
-    QString refusal;
-    if (application.isOpenForWriting(fileName))
-        refusal = QStringLiteral(
-            "The file %1 is open for writing in another window.\n"
-            "Close that window first.");
-    else if (isWriteProtected(localBytes(fileName)))
-        refusal = QStringLiteral("The file %1 is write-protected.");
-    if (!refusal.isEmpty()) {
-        ask(refusal.arg(fileName), QMessageBox::Ok, QMessageBox::Ok);
+    if (const QString refusal = TsApplication::refusalToWrite(fileName); !refusal.isEmpty()) {
+        ask(refusal, QMessageBox::Ok, QMessageBox::Ok);
         return false;
     }
     return ask(QStringLiteral("The file ") + fileName + QStringLiteral(" exists.\n") +
@@ -136,6 +129,22 @@ void TsApplication::registerWriter(const QString& /*path*/) {}
 
 void TsApplication::unregisterWriter(const QString& /*path*/) {}
 
+QString TsApplication::refusalToMove(const QString& path)
+{
+    if (s_instance == nullptr || !s_instance->isOpenForWriting(path))
+        return {};
+    return QStringLiteral("The file %1 is open for writing in another window.\nClose that window first.")
+        .arg(QFileInfo(path).fileName());
+}
+
+QString TsApplication::refusalToWrite(const QString& path)
+{
+    QString refusal = refusalToMove(path);
+    if (refusal.isEmpty() && isWriteProtected(localBytes(path)))
+        refusal = QStringLiteral("The file %1 is write-protected.").arg(QFileInfo(path).fileName());
+    return refusal;
+}
+
 bool TsApplication::isOpenForWriting(const QString& /*path*/) const
 {
     return false;
@@ -177,7 +186,7 @@ TSFILE* TsApplication::CreateTs(const QString& name, unsigned samples, unsigned 
 {
     // The question and the creation are about one and the same file, whatever the name holds.
     const QString fileName = createdName(name);
-    if (!mayMake(*this, fileName))
+    if (!mayMake(fileName))
         return nullptr;
     try {
         const std::string target = localBytes(fileName);

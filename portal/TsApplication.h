@@ -47,6 +47,11 @@ public:
     virtual void registerWriter(const QString& path);
     virtual void unregisterWriter(const QString& path);
     virtual bool isOpenForWriting(const QString& path) const;
+    // Why a file of the user's may not be renamed or removed now: a window has it open for writing. Empty
+    // where it may.
+    static QString refusalToMove(const QString& path);
+    // Why it may not be changed or replaced: as above, or its rights protect it.
+    static QString refusalToWrite(const QString& path);
 
     // Starts a sub-program on a file and, where it takes one, a column (from 1; 0 for none), and returns
     // its window, or null where there is none. The window deletes itself when it is closed.

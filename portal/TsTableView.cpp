@@ -14,6 +14,7 @@
 #include "core/FileTime.h"
 #include "core/TsNames.h"
 #include "portal/OldValuesRestore.h"
+#include "portal/RowHeight.h"
 #include "portal/SampleActions.h"
 #include "portal/SampleEditor.h"
 #include "portal/SampleSearch.h"
@@ -31,10 +32,7 @@ using namespace veltrac;
 namespace {
 
 constexpr int kEditMode = 1;
-constexpr int kMessageMs = 8000;
-constexpr int kLeastRowHeight = 18;
 constexpr int kRowHeight = 20;
-constexpr int kGreatestRowHeight = 30;
 
 // Null where it cannot be opened.
 TSFILE* openQuietly(const QString& file)
@@ -349,11 +347,11 @@ void TsTableView::showFileState()
             m_changed->hide();
             break;
         case FileWatch::State::Gone:
-            m_changed->tell(QStringLiteral("%1 is gone; it is shown as it was.").arg(m_name));
+            m_changed->showNotice(QStringLiteral("%1 is gone; it is shown as it was.").arg(m_name));
             break;
         case FileWatch::State::Changed:
-            m_changed->tell(QStringLiteral("%1 has changed.").arg(m_name),
-                            isEditing() ? QString() : QStringLiteral("&Reload"));
+            m_changed->showNotice(QStringLiteral("%1 has changed.").arg(m_name),
+                                  isEditing() ? QString() : QStringLiteral("&Reload"));
             break;
     }
 }
@@ -490,7 +488,7 @@ void TsTableView::sl_selectAll()
 void TsTableView::sl_writeSelected()
 {
     const SampleView& view = m_table->view();
-    if (view.isSorted() || view.selectedBlocks().size() != 1) {
+    if (view.rows().isSorted() || view.selectedBlocks().size() != 1) {
         showStatus(QStringLiteral("Select one block of samples of the unsorted table first."));
         return;
     }

@@ -36,13 +36,13 @@
 #include "share/QtMessageWin.h"
 #include "share/Resources.h"
 #include "share/SubWindow.h"
+#include "share/TargetFile.h"
 #include "share/WaitCursor.h"
 
 using namespace veltrac;
 
 namespace {
 
-constexpr int kMessageMs = 8000;
 constexpr int kHelpWidth = 950;
 constexpr int kHelpHeight = 650;
 
@@ -523,7 +523,7 @@ void VeltracWin::sl_deleteFile()
     if (!fileIsSelected() || JobProgress::isRunning())
         return;
     const QString name = m_selected;
-    if (isOpenElsewhere(this, name))
+    if (!mayMove(this, QStringLiteral("Veltrac"), name))
         return;
     const bool sure = askYesNo(QMessageBox::Question, this, QStringLiteral("Delete a file?"),
                                QStringLiteral("Do you really want to delete %1?").arg(name));

@@ -13,8 +13,8 @@ namespace {
 constexpr float kMajorTick = 0.5F;
 constexpr float kMinorTick = 0.25F;
 constexpr float kLabelGap = 0.35F;
-constexpr float kLineHeight = 1.25F;
-constexpr float kXAxisLines = kMajorTick + kLabelGap + 2.0F * kLineHeight;
+constexpr float kTitleLineHeight = 1.25F;
+constexpr float kXAxisLines = kMajorTick + kLabelGap + 2.0F * kTitleLineHeight;
 // Puts the middle of digits, not that of the whole line, on the tick. One decimal: paper has no more.
 constexpr float kMiddle = 0.4F;
 
@@ -71,7 +71,7 @@ float BasicDriver::yAxisWidth(const AxisTicks& ticks, const AxisStyle& style)
         widen(ticks.powerText);
     }
     if (style.title != nullptr && *style.title != '\0')
-        heights += kLabelGap + kLineHeight;
+        heights += kLabelGap + kTitleLineHeight;
     return widest + heights * characterHeight() / (m_deviceXMax - m_deviceXMin);
 }
 
@@ -206,7 +206,7 @@ void BasicDriver::DrawXAxis(const AxisTicks& ticks, const AxisStyle& style)
         deviceLine(tick.at, box.bottom, tick.at,
                    box.bottom - (tick.tick->isMajor ? kMajorTick : kMinorTick) * height);
     const float first = box.bottom - (kMajorTick + kLabelGap) * height;
-    const float second = first - kLineHeight * height;
+    const float second = first - kTitleLineHeight * height;
     if (style.hasLabels) {
         for (const PlacedTick& tick : placed)
             deviceText(tick.at, first, 0.5F, 1.0F, 0.0F, tick.tick->label.c_str());

@@ -10,7 +10,7 @@
 #include "share/Boxes.h"
 #include "share/EpsFile.h"
 #include "share/PostscriptDriver.h"
-#include "share/SaveDialog.h"
+#include "share/TargetFile.h"
 
 namespace veltrac {
 
@@ -36,8 +36,9 @@ QString writeHardCopy(const QString& fileName, const PsParameters& parameters,
 QString hardCopy(QWidget* window, const QString& suggestion, const PsParameters& parameters,
                  const std::function<void(BasicDriver&)>& draw)
 {
-    QString fileName = askSaveName(window, QStringLiteral("Hard copy"), suggestion,
-                                   QStringLiteral("PostScript files (*.eps)"), QStringLiteral("eps"));
+    QString fileName =
+        askSaveName(window, {QStringLiteral("Hard copy"), suggestion,
+                             QStringLiteral("PostScript files (*.eps)"), QStringLiteral("eps")});
     if (fileName.isEmpty())
         return {};
     const QString failure = writeHardCopy(fileName, parameters, draw);

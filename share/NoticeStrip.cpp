@@ -33,7 +33,7 @@ NoticeStrip::NoticeStrip(QWidget* parent)
     hide();
 }
 
-void NoticeStrip::tell(const QString& text, const QString& button)
+void NoticeStrip::showNotice(const QString& text, const QString& button)
 {
     m_text->setText(text);
     m_button->setText(button);

@@ -16,7 +16,7 @@ public:
     explicit NoticeStrip(QWidget* parent = nullptr);
 
     // Shows the text, with a button where one is named.
-    void tell(const QString& text, const QString& button = QString());
+    void showNotice(const QString& text, const QString& button = QString());
     QString text() const;
 
 signals:

@@ -10,6 +10,7 @@
 #include "core/PlotCurves.h"
 #include "core/TsExceptions.h"
 #include "share/PlotCanvas.h"
+#include "share/PlotGestures.h"
 
 namespace veltrac {
 
@@ -19,8 +20,6 @@ constexpr int kHeight = 44;
 constexpr int kEdge = 4;       // pixels beside the frame's edges where it is stretched
 constexpr int kNarrowest = 3;  // the frame stays visible
 constexpr int kFirstGesture = 1'000'000;
-constexpr double kWheelZoom = 1.25;
-constexpr int kNotch = 120;
 constexpr std::size_t kMostLanes = 6;
 
 void drawCurve(QPainter& painter, const Curve& curve, const QRectF& lane)

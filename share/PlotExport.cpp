@@ -20,7 +20,7 @@
 #include "share/HardCopy.h"
 #include "share/PlotPainter.h"
 #include "share/QtDriver.h"
-#include "share/SaveDialog.h"
+#include "share/TargetFile.h"
 
 namespace veltrac {
 
@@ -135,8 +135,8 @@ QString savePicture(QWidget* window, const QString& name, const PlotLayout& layo
         showBox(QMessageBox::Warning, window, title, QObject::tr("No picture was saved: %1").arg(unread));
         return {};
     }
-    QString file = askSaveName(window, title, name + QStringLiteral(".png"), QObject::tr("Pictures (*.png)"),
-                               QStringLiteral("png"));
+    QString file = askSaveName(window, {title, name + QStringLiteral(".png"), QObject::tr("Pictures (*.png)"),
+                                        QStringLiteral("png")});
     if (file.isEmpty())
         return {};
     const QString failure = writePicture(file, image);

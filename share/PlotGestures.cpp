@@ -10,9 +10,7 @@ namespace veltrac {
 
 namespace {
 
-constexpr double kWheelZoom = 1.25;
-constexpr double kPanStep = 0.1;
-constexpr int kNotch = 120;       // of a wheel, in eighths of a degree
+constexpr double kWheelStep = 0.1;
 constexpr int kFlatBand = 12;     // a band flatter than this is about x only
 constexpr int kSmallestBand = 4;  // smaller is a click
 constexpr int kGrabDistance = 4;  // of a cursor
@@ -237,7 +235,7 @@ void PlotGestures::wheel(QWheelEvent& event)
         const double about = m_view.yAt(place.group, pixel.y());
         m_view.changeView(kWheelGesture, [&] { m_view.plot().zoomY(group, factor, about); });
     } else if ((event.modifiers() & Qt::ShiftModifier) != 0 || sideways) {
-        m_view.changeView(kWheelPanGesture, [&] { m_view.plot().pan(-notches * kPanStep); });
+        m_view.changeView(kWheelPanGesture, [&] { m_view.plot().pan(-notches * kWheelStep); });
     } else {
         const double about = m_view.xAt(pixel.x());
         m_view.changeView(kWheelGesture, [&] { m_view.plot().zoomX(factor, about); });

@@ -13,6 +13,9 @@ class QWheelEvent;
 
 namespace veltrac {
 
+inline constexpr double kWheelZoom = 1.25;  // by each notch of the wheel
+inline constexpr int kNotch = 120;          // of a wheel, in eighths of a degree
+
 class PlotGestures
 {
 public:

@@ -15,6 +15,7 @@
 
 #include "core/TsExceptions.h"
 #include "share/CursorDock.h"
+#include "share/IntervalSaving.h"
 #include "share/JobProgress.h"
 #include "share/NoticeStrip.h"
 #include "share/OverviewStrip.h"
@@ -30,8 +31,11 @@ namespace veltrac {
 namespace {
 
 constexpr std::size_t kShownAtOpening = 8;
-constexpr int kWatchMs = 2000;
-constexpr int kMessageMs = 8000;
+
+QString pathOf(const PlotFile& file)
+{
+    return QString::fromLocal8Bit(file.path().c_str());
+}
 
 }  // namespace
 
@@ -68,9 +72,7 @@ PlotWindow::PlotWindow(QWidget* parent)
     m_canvas->setFocus();
     statusBar();
 
-    m_watch.setInterval(kWatchMs);
-    connect(&m_watch, &QTimer::timeout, this, &PlotWindow::sl_checkFiles);
-    m_watch.start();
+    connect(&m_watch, &FileWatch::x_changed, this, &PlotWindow::sl_checkFiles);
 }
 
 void PlotWindow::createMenus()
@@ -158,7 +160,7 @@ void PlotWindow::connectCanvas()
         else
             statusBar()->showMessage(text);
     });
-    connect(m_canvas, &PlotCanvas::x_told, this, &PlotWindow::tell);
+    connect(m_canvas, &PlotCanvas::x_told, this, &PlotWindow::showStatus);
     connect(m_canvas, &PlotCanvas::x_files_dropped, this, [this](const QStringList& files) {
         for (const QString& file : files)
             addFile(file);
@@ -169,7 +171,7 @@ void PlotWindow::connectCanvas()
             m_menu->moveToGroup(all[static_cast<std::size_t>(variable)], group);
     });
     connect(m_menu, &VariableMenu::x_changed, m_variables, &VariableDock::rebuild);
-    connect(m_menu, &VariableMenu::x_told, this, &PlotWindow::tell);
+    connect(m_menu, &VariableMenu::x_told, this, &PlotWindow::showStatus);
 }
 
 void PlotWindow::connectDocks()
@@ -189,9 +191,25 @@ void PlotWindow::connectDocks()
     connect(m_changed, &NoticeStrip::x_pressed, this, &PlotWindow::reloadChanged);
 }
 
-void PlotWindow::tell(const QString& text)
+void PlotWindow::showStatus(const QString& text)
 {
     statusBar()->showMessage(text, kMessageMs);
+}
+
+void PlotWindow::sl_saveInterval()
+{
+    const IntervalOutcome outcome = saveIntervalAsTs(this, *m_canvas);
+    if (!outcome.status.isEmpty())
+        showStatus(outcome.status);
+    if (outcome.isSaved)
+        emit x_directory_changed();
+}
+
+void PlotWindow::sl_exportInterval()
+{
+    const IntervalOutcome outcome = saveIntervalAsTsa(this, *m_canvas);
+    if (!outcome.status.isEmpty())
+        showStatus(outcome.status);
 }
 
 void PlotWindow::sl_refresh()
@@ -213,12 +231,14 @@ std::shared_ptr<PlotFile> PlotWindow::openFile(const QString& file)
     try {
         // The working directory may change under an open window.
         const QString path = QFileInfo(file).absoluteFilePath();
-        return m_canvas->files().add(path.toLocal8Bit().toStdString());
+        auto opened = m_canvas->files().add(path.toLocal8Bit().toStdString());
+        m_watch.watch(pathOf(*opened));
+        return opened;
     } catch (const TS::Failure&) {
         const QString text = tr("%1 cannot be read.").arg(QFileInfo(file).fileName());
         if (m_canvas->files().size() == 0)
             m_canvas->showText(text);
-        tell(text);
+        showStatus(text);
         return nullptr;
     }
 }
@@ -231,7 +251,7 @@ void PlotWindow::addFile(const QString& file)
     if (!source)
         return;
     if (m_canvas->files().size() == before) {
-        tell(tr("%1 is here already.").arg(fileNameOf(*source)));
+        showStatus(tr("%1 is here already.").arg(fileNameOf(*source)));
         return;
     }
     try {
@@ -240,7 +260,7 @@ void PlotWindow::addFile(const QString& file)
         for (const std::uint32_t column : columns)
             m_variables->setShown(source, column, true);
     } catch (const TS::Failure&) {
-        tell(tr("The columns of %1 cannot be read.").arg(QFileInfo(file).fileName()));
+        showStatus(tr("The columns of %1 cannot be read.").arg(QFileInfo(file).fileName()));
     }
     if (isFirst)
         m_canvas->showText(QString());
@@ -260,7 +280,7 @@ void PlotWindow::shownChanged(bool fit)
         // The variable tells it in its group.
     }
     if (!m_canvas->refresh(fit))
-        tell(tr("The reading was cancelled; F5 reads on."));
+        showStatus(tr("The reading was cancelled; F5 reads on."));
     // Where all were hidden for a while, the view may lie elsewhere than those that came.
     if (seesNothing())
         m_canvas->sl_fitAll();
@@ -283,6 +303,8 @@ void PlotWindow::removeFile(int file)
         if (v->variable().source() == source)
             m_canvas->plot().remove(*v);
     m_canvas->files().remove(static_cast<std::size_t>(file));
+    m_watch.stop(pathOf(*source));
+    sl_checkFiles();
     shownChanged(false);
 }
 
@@ -303,7 +325,7 @@ void PlotWindow::alignStart(bool on)
                     v->variable().timeShift = start - times.xOf(v->variable(), 1);
         }
     } catch (const TS::Failure&) {
-        tell(tr("The times cannot be read."));
+        showStatus(tr("The times cannot be read."));
     }
     m_canvas->sl_fitAll();
     emit m_canvas->x_plot_changed();
@@ -323,20 +345,28 @@ void PlotWindow::sl_checkFiles()
     if (JobProgress::isRunning())
         return;
     QStringList changed;
+    QStringList gone;
     FileArray& files = m_canvas->files();
     for (std::size_t i = 0; i < files.size(); ++i)
         if (files.changedOnDisk(i))
-            changed.append(fileNameOf(*files.file(i)));
-    if (changed.isEmpty()) {
+            (QFileInfo::exists(pathOf(*files.file(i))) ? changed : gone).append(fileNameOf(*files.file(i)));
+    if (changed.isEmpty() && gone.isEmpty()) {
         m_changed->hide();
         m_toldChange.clear();
         return;
     }
-    const QString text = changed.size() == 1 ? tr("%1 has changed.").arg(changed.first())
-                                             : tr("%1 have changed.").arg(changed.join(QStringLiteral(", ")));
+    QStringList news;
+    if (!changed.isEmpty())
+        news << (changed.size() == 1 ? tr("%1 has changed.") : tr("%1 have changed."))
+                    .arg(changed.join(QStringLiteral(", ")));
+    if (!gone.isEmpty())
+        news << (gone.size() == 1 ? tr("%1 is gone; what was read of it is still shown.")
+                                  : tr("%1 are gone; what was read of them is still shown."))
+                    .arg(gone.join(QStringLiteral(", ")));
+    const QString text = news.join(QStringLiteral("  "));
     // A strip that the user has hidden comes back only with other news.
     if (text != m_toldChange)
-        m_changed->tell(text, tr("&Reload"));
+        m_changed->showNotice(text, changed.isEmpty() ? QString() : tr("&Reload"));
     m_toldChange = text;
 }
 
@@ -347,15 +377,16 @@ void PlotWindow::reloadChanged()
     const bool sawAll = showsAll();
     for (std::size_t i = 0; i < files.size(); ++i) {
         const auto file = files.file(i);
-        if (!files.changedOnDisk(i))
+        if (!files.changedOnDisk(i) || !QFileInfo::exists(pathOf(*file)))
             continue;
         try {
             file->reload();
+            m_watch.watch(pathOf(*file));
         } catch (const TS::Failure&) {
-            tell(tr("%1 cannot be read.").arg(fileNameOf(*file)));
+            showStatus(tr("%1 cannot be read.").arg(fileNameOf(*file)));
             continue;
         }
-        tell(tr("%1 was read again.").arg(fileNameOf(*file)));
+        showStatus(tr("%1 was read again.").arg(fileNameOf(*file)));
         for (const auto& v : m_canvas->plot().variables()) {
             if (v->variable().source() != file)
                 continue;
@@ -364,8 +395,7 @@ void PlotWindow::reloadChanged()
                 m_canvas->plot().remove(*v);
         }
     }
-    m_changed->hide();
-    m_toldChange.clear();
+    sl_checkFiles();
     shownChanged(false);
     if (sawAll || showsAll())
         m_canvas->sl_fitAll();
@@ -412,7 +442,7 @@ void PlotWindow::tellNotices()
     if (notes.isEmpty())
         m_notice->hide();
     else
-        m_notice->tell(notes.join(QStringLiteral("  ")));
+        m_notice->showNotice(notes.join(QStringLiteral("  ")));
 }
 
 }  // namespace veltrac

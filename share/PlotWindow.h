@@ -1,12 +1,11 @@
 // What the plot windows have in common: canvas, overview, docks, menus, files that change on the disk.
 #pragma once
 
-#include <QTimer>
-
 #include <cstdint>
 #include <memory>
 
 #include "core/PlotFile.h"
+#include "share/FileWatch.h"
 #include "share/SubWindow.h"
 
 class PlotCanvas;
@@ -37,7 +36,7 @@ public slots:
     // Reads what a cancel left out.
     void sl_refresh();
     void sl_help();
-    // Looks whether a file has changed on the disk, and says so.
+    // Looks whether a file has changed on the disk or is gone, and says so.
     void sl_checkFiles();
 
 protected:
@@ -50,11 +49,7 @@ protected:
     void addFile(const QString& file);
     // After variables came or went: x axis, reading, docks, notices.
     void shownChanged(bool fit);
-    void tell(const QString& text);
-
-    // The file that saving is about: the one of the cursors' variable, or the user's choice among several.
-    // Null where there is none or the user cancelled.
-    std::shared_ptr<PlotFile> chooseFile();
+    void showStatus(const QString& text);
 
     QMenu* fileMenu() const noexcept { return m_fileMenu; }
     QMenu* viewMenu() const noexcept { return m_viewMenu; }
@@ -76,9 +71,6 @@ private:
     // All of the shown series lie outside of it.
     bool seesNothing() const;
     void tellNotices();
-    // The rows of a file in the interval A–B, else in view.
-    SampleRange intervalOf(const std::shared_ptr<PlotFile>& file);
-    bool mayReplace(const QString& target);
 
     PlotCanvas* m_canvas;
     OverviewStrip* m_overview;
@@ -90,7 +82,7 @@ private:
     QMenu* m_fileMenu = nullptr;
     QMenu* m_viewMenu = nullptr;
     QToolBar* m_toolBar = nullptr;
-    QTimer m_watch;
+    FileWatch m_watch;
     QString m_toldChange;  // what the strip told last
 };
 

@@ -1,8 +1,6 @@
 #include "share/QtPlotColWin.h"
-#include "share/SaveDialog.h"
 
 #include <QComboBox>
-#include <QFileDialog>
 #include <QFileInfo>
 #include <QIcon>
 #include <QMenu>
@@ -14,12 +12,12 @@
 #include "core/CopyFile.h"
 #include "core/FailureText.h"
 #include "core/TsExceptions.h"
-#include "portal/TsApplication.h"
 #include "share/Boxes.h"
 #include "share/JobProgress.h"
 #include "share/PlotCanvas.h"
 #include "share/PlotVariables.h"
 #include "share/Resources.h"
+#include "share/TargetFile.h"
 #include "share/VariableDock.h"
 #include "share/hydaction.h"
 
@@ -88,7 +86,7 @@ void QtPlotColWin::showColumn(int index)
             v->variable().visible = false;
         variableDock()->setShown(m_file, m_columns->itemData(index).toUInt(), true);
     } catch (const TS::Failure&) {
-        tell(tr("The column cannot be read."));
+        showStatus(tr("The column cannot be read."));
         return;
     }
     shownChanged(isFirst);
@@ -101,7 +99,7 @@ void QtPlotColWin::step(int by)
     if (index >= 0 && index < m_columns->count())
         m_columns->setCurrentIndex(index);
     else
-        tell(by > 0 ? tr("This is the last column.") : tr("This is the first column."));
+        showStatus(by > 0 ? tr("This is the last column.") : tr("This is the first column."));
 }
 
 void QtPlotColWin::sl_nextColumn()
@@ -121,17 +119,12 @@ void QtPlotColWin::sl_saveAs()
     if (!m_file)
         return;
     const QString source = QString::fromLocal8Bit(m_file->path().c_str());
-    // The question about an older file comes behind the refusals, so the dialog does not ask.
-    QString target =
-        QFileDialog::getSaveFileName(this, tr("Save as"), saveSuggestion(source), tr("Ts-files (*.ts)"),
-                                     nullptr, QFileDialog::DontConfirmOverwrite);
-    if (target.isEmpty())
+    const auto isSource = [&source](const QString& file) { return isSameFile(file, source); };
+    const QString target =
+        askSaveName(this, {tr("Save as"), source, tr("Ts-files (*.ts)"), QStringLiteral("ts"), isSource});
+    if (target.isEmpty() || !copyTo(target))
         return;
-    if (QFileInfo(target).suffix() != QLatin1String("ts"))
-        target += QStringLiteral(".ts");
-    if (!copyTo(target))
-        return;
-    tell(tr("Saved %1").arg(target));
+    showStatus(tr("Saved %1").arg(target));
     emit x_directory_changed();
 }
 
@@ -139,25 +132,11 @@ bool QtPlotColWin::copyTo(const QString& target)
 {
     const std::filesystem::path path(target.toLocal8Bit().toStdString());
     const QString name = QFileInfo(target).fileName();
-    std::error_code error;
-    if (std::filesystem::equivalent(path, m_file->path(), error)) {
-        showBox(QMessageBox::Warning, this, tr("Save as"), tr("%1 is the file itself.").arg(name));
-        return false;
-    }
-    if (TsApplication::instance() != nullptr && TsApplication::instance()->isOpenForWriting(target)) {
-        showBox(QMessageBox::Warning, this, tr("Save as"),
-                tr("The file %1 is open for writing in another window.\nClose that window first.").arg(name));
-        return false;
-    }
-    if (QFile::exists(target) &&
-        !askYesNo(QMessageBox::Warning, this, tr("Save as"),
-                  tr("The file %1 exists.\nDo you want to overwrite the existing file?").arg(name)))
-        return false;
     try {
         JobProgress progress(this, tr("Copying %1").arg(name));
         if (copyWholeFile(m_file->file().descriptor(), path, progress.callback()) == JobOutcome::Done)
             return true;
-        tell(tr("Cancelled; nothing was saved."));
+        showStatus(tr("Cancelled; nothing was saved."));
     } catch (const std::system_error&) {
         showBox(QMessageBox::Warning, this, tr("Save as"),
                 tr("%1 could not be saved: %2.").arg(name, QString::fromStdString(reasonOfFailure())));

@@ -175,17 +175,6 @@ bool ResultWindow::requireColumn(const char* axis, unsigned column)
     return false;
 }
 
-bool ResultWindow::mayWrite(const QString& file)
-{
-    const TsApplication* const application = TsApplication::instance();
-    if (application == nullptr || !application->isOpenForWriting(file))
-        return true;
-    showBox(QMessageBox::Warning, this, windowTitle(),
-            QStringLiteral("%1 is open for writing in another window.\nNothing was saved.")
-                .arg(QFileInfo(file).fileName()));
-    return false;
-}
-
 void ResultWindow::warnInBox(const QString& text)
 {
     showBox(QMessageBox::Warning, this, windowTitle(), text);

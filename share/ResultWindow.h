@@ -29,6 +29,8 @@ class RangeFields;
 class ReadoutLabel;
 class SourceChooser;
 
+inline constexpr int kSavedMs = 6000;  // how long the status bar tells what was saved
+
 class ResultWindow : public SubWindow
 {
     Q_OBJECT
@@ -75,8 +77,6 @@ protected:
     bool requireSource();
     // False for column 0, after a box that names the axis which it was meant for.
     bool requireColumn(const char* axis, unsigned column);
-    // False, after a box, for a file that another window has open for writing.
-    bool mayWrite(const QString& file);
     // Shows a box under the window's title.
     void warnInBox(const QString& text);
 

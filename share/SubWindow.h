@@ -11,6 +11,8 @@ using subWindow = QWidget*;
 
 namespace veltrac {
 
+inline constexpr int kMessageMs = 8000;  // how long the status bar shows what was done
+
 class SubWindow : public QMainWindow
 {
     Q_OBJECT

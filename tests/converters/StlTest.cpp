@@ -418,7 +418,7 @@ TEST_F(Stl, missingValuesBecomeWhatTheUserWants)
         log.detect();
         log.format().fill = fill;
         const auto ts = import(log);
-        EXPECT_EQ(3U, log.found().missingCells);
+        EXPECT_EQ(3U, log.found().losses.missingCells());
         for (std::uint32_t i = 0; i < 8; ++i) {
             const float v = ts->value(i / 2 + 1, i % 2 + 1);
             EXPECT_TRUE(std::isnan(wanted[i]) ? std::isnan(v) : v == wanted[i]) << i << ' ' << v;
@@ -555,7 +555,7 @@ TEST_F(Stl, stepsSaySoAsTheUserSeesThem)
     STLObject bad("a.csv");
     bad.detect();
     bad.check({});
-    EXPECT_EQ(2U, bad.found().skippedLines);
+    EXPECT_EQ(2U, bad.found().losses.skippedLines);
     ASSERT_EQ(2U, bad.found().troubles.size());
     EXPECT_EQ(3U, bad.found().troubles[0].line);
     EXPECT_EQ("2016-13-17 00:00:01", bad.found().troubles[0].text);
@@ -585,7 +585,7 @@ TEST_F(Stl, headsAndTailsThatLoggersLeave)
     STLObject zeros("zeros.csv");
     zeros.detect();
     EXPECT_EQ(400U, import(zeros)->samples()) << "the power went, a line of zeros is left";
-    EXPECT_EQ(1U, zeros.found().skippedLines);
+    EXPECT_EQ(1U, zeros.found().losses.skippedLines);
 }
 
 TEST_F(Stl, passIsRunAgainOnlyWhereItFindsSomethingElse)
@@ -602,7 +602,7 @@ TEST_F(Stl, passIsRunAgainOnlyWhereItFindsSomethingElse)
     log.format().columns[1].take = false;
     EXPECT_FALSE(log.isRead());
     log.check({});
-    EXPECT_EQ(0U, log.found().missingCells);
+    EXPECT_EQ(0U, log.found().losses.missingCells());
     write("m.csv", "D;A;B\n2016-05-17;1;2\n2016-05-18;;4\n2016-05-19;5;6\n");
     EXPECT_FALSE(log.isRead()) << "the file has grown";
     EXPECT_THROW(importSTL(log, "out.ts", {}), STLError);
@@ -716,7 +716,7 @@ TEST_F(Stl, nothingIsReadWrongWithoutAWord)
         }
         EXPECT_EQ(form.inDoubt, log.format().orderInDoubt);
         EXPECT_EQ(form.proven, log.format().orderBySteps);
-        EXPECT_EQ(form.titles, log.found().titleLines);
+        EXPECT_EQ(form.titles, log.found().losses.titleLines);
         EXPECT_EQ(form.troubles, log.found().troubleCount);
         EXPECT_EQ(0U, log.found().clockChanges);
         EXPECT_EQ(std::string("years above") == form.what, log.format().namesInDoubt);

@@ -256,7 +256,7 @@ TEST(TsTableView, SelectionExtendsFromTheCurrentCellHoweverItWasReached)
             edit.press(row.key, Qt::ShiftModifier);
             ASSERT_EQ(view.selectedBlocks().size(), 1U) << row.label;
             const CellBlock& block = view.selectedBlocks()[0];
-            const int end = row.first < 0 ? view.totalRows() : 0;
+            const int end = row.first < 0 ? view.rows().total() : 0;
             EXPECT_EQ(block.firstRow, row.first + end) << row.label << huge;
             EXPECT_EQ(block.lastRow, row.last + end) << row.label << huge;
         }
@@ -301,11 +301,11 @@ TEST(TsTableView, FileThatChangesOrVanishesIsToldAndReadAgain)
     // Also while the window stays in front.
     EXPECT_TRUE(QTest::qWaitFor([&] { return strip.text() == "test.ts has changed."; }, 5000));
     list.window().findChild<QCheckBox*>()->setChecked(true);
-    ASSERT_TRUE(list.view().isSorted());
+    ASSERT_TRUE(list.view().rows().isSorted());
     strip.findChild<QPushButton*>()->click();
     EXPECT_FALSE(strip.isVisible());
-    EXPECT_EQ(list.view().totalRows(), 3);
-    EXPECT_FALSE(list.view().isSorted());
+    EXPECT_EQ(list.view().rows().total(), 3);
+    EXPECT_FALSE(list.view().rows().isSorted());
     std::filesystem::remove("test.ts");
     activate();
     EXPECT_EQ(strip.text(), "test.ts is gone; it is shown as it was.");
@@ -319,7 +319,7 @@ TEST(TsTableView, FileThatCouldNotBeOpenedIsTriedAgainOnReload)
     makeFile({1, 2, 3});
     QMetaObject::invokeMethod(&window, "sl_reload");
     ASSERT_NE(window.findChild<SampleView*>(), nullptr);
-    EXPECT_EQ(window.findChild<SampleView*>()->totalRows(), 3);
+    EXPECT_EQ(window.findChild<SampleView*>()->rows().total(), 3);
     EXPECT_TRUE(window.isEditing());
 }
 
@@ -476,12 +476,12 @@ TEST(TsTableView, SortsOnValuesAndBack)
     auto& sorting = *edit.window().findChild<QCheckBox*>();
     sorting.setChecked(true);
     EXPECT_EQ(edit.view().model()->index(0, 0).data().toString(), "1.0000");
-    EXPECT_EQ(edit.view().sampleOfRow(2), 2U);
+    EXPECT_EQ(edit.view().rows().sampleOf(2), 2U);
     edit.view().goTo(2, 0);
     edit.enter("4");
     sorting.setChecked(false);
     EXPECT_EQ(edit.view().model()->index(1, 0).data().toString(), "4.0000");
-    EXPECT_EQ(edit.view().sampleOfRow(edit.view().currentRow()), 2U);
+    EXPECT_EQ(edit.view().rows().sampleOf(edit.view().currentRow()), 2U);
     edit.call("sl_save");
     EXPECT_EQ(valueInFile(2, 1), 4.0F);
 }
@@ -557,7 +557,7 @@ TEST(TsTableView, FileThatIsEmptiedWhileItIsEditedClosesLikeAnyOther)
     edit.enter("8");
     ASSERT_EQ(::truncate("test.ts", 0), 0);
     EXPECT_TRUE(edit.callAndAnswer("sl_save", "&Ok").startsWith("Nothing was saved: "));
-    EXPECT_EQ(edit.view().totalRows(), 3);
+    EXPECT_EQ(edit.view().rows().total(), 3);
     edit.press(Qt::Key_Down);
     edit.callAndAnswer("close", "&Discard");
     EXPECT_TRUE(edit.isGone());

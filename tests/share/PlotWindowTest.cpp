@@ -499,6 +499,15 @@ TEST(PlotWindow, changedFileIsToldAndLoadedAgain)
     EXPECT_EQ(window.canvas()->plot().variables()[0]->variable().rows(), 4000U);
     EXPECT_TRUE(window.canvas()->plot().variables()[0]->isBuilt());
     EXPECT_NEAR(window.canvas()->plot().x2(), 4.0, 1e-3);
+    // Nobody asks any more: the window notices by itself what others do, and keeps what it has.
+    makeFile("other.ts", 70);
+    std::filesystem::rename("other.ts", "test.ts");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return strip->isVisible(); }, 5000));
+    EXPECT_EQ(strip->text(), QStringLiteral("test.ts has changed."));
+    std::filesystem::remove("test.ts");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return strip->text().startsWith("test.ts is gone"); }, 5000));
+    EXPECT_TRUE(strip->findChild<QPushButton*>()->isHidden());
+    EXPECT_EQ(window.canvas()->plot().variables()[0]->variable().rows(), 4000U);
 }
 
 // Types a name into the file dialog that opens next.

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <QCloseEvent>
+#include <QFileDialog>
 #include <QLabel>
 #include <QProgressDialog>
 #include <QPushButton>
@@ -19,9 +20,10 @@
 #include "share/NumberField.h"
 #include "share/QtMessageWin.h"
 #include "share/Resources.h"
-#include "share/SaveDialog.h"
 #include "share/SourceChooser.h"
 #include "share/SubWindow.h"
+#include "share/TargetFile.h"
+#include "tests/Desk.h"
 #include "tests/core/TsFileBytes.h"
 
 using namespace veltrac;
@@ -54,11 +56,57 @@ TEST(HeaderText, BytesAreCutAtWholeCharactersAndOldTextsKeepTheirUmlauts)
     EXPECT_EQ(headerText(nullptr), QString());
 }
 
-TEST(SaveDialog, SuggestsNamesThatADialogTakesWhole)
+TEST(TargetFile, SuggestsNamesThatADialogTakesWhole)
 {
     EXPECT_EQ(saveSuggestion(QStringLiteral("3\" pipe.tsa")), QStringLiteral("3' pipe.tsa"));
     // A directory is what it is called.
     EXPECT_EQ(saveSuggestion(QStringLiteral("/a \"b\"/3\".ts")), QStringLiteral("/a \"b\"/3'.ts"));
+}
+
+// The file dialog takes the name, then each box is answered with "&No" or "Ok".
+TEST(TargetFile, EveryWindowHearsTheSameAnswerBeforeItMayReplaceAFile)
+{
+    const TestDirectory directory;
+    Desk desk;
+    desk.writer = QStringLiteral("open.ts");
+    for (const char* const name : {"open.ts", "protected.ts", "source.ts", "old.ts"})
+        std::ofstream(name) << "kept";
+    std::filesystem::permissions("protected.ts", std::filesystem::perms::owner_read);
+    std::filesystem::create_symlink("source.ts", "link.ts");
+    const struct
+    {
+        const char* typed;
+        const char* told;
+        const char* chosen;
+    } rows[] = {
+        {"open", "The file open.ts is open for writing in another window.\nClose that window first.", ""},
+        {"protected.ts", "The file protected.ts is write-protected.", ""},
+        {"link", "link.ts is the source itself.\nChoose another name.", ""},
+        {"old", "The file old.ts exists.\nDo you want to overwrite the existing file?", ""},
+        {"new.v2", "", "new.v2.ts"},
+        {"7", "", "ts0007.ts"},
+    };
+    for (const auto& row : rows) {
+        QString told;
+        QTimer boxes;
+        QObject::connect(&boxes, &QTimer::timeout, [&] {
+            QWidget* const box = QApplication::activeModalWidget();
+            if (auto* const message = qobject_cast<QMessageBox*>(box)) {
+                told = message->text();
+                message->reject();
+            } else if (auto* const files = qobject_cast<QFileDialog*>(box)) {
+                files->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))
+                    ->setText(QLatin1String(row.typed));
+                QMetaObject::invokeMethod(files, "accept", Qt::QueuedConnection);
+            }
+        });
+        boxes.start(20);
+        const QString chosen = askSaveName(
+            nullptr, {QStringLiteral("Save"), QStringLiteral("x.ts"), QString(), QStringLiteral("ts"),
+                      [](const QString& file) { return isSameFile(file, QStringLiteral("source.ts")); }});
+        EXPECT_EQ(told.toStdString(), row.told);
+        EXPECT_EQ(QFileInfo(chosen).fileName().toStdString(), row.chosen) << row.typed;
+    }
 }
 
 TEST(NumberField, PointsAndCommasAreNumbersAndEverythingElseSaysWhy)

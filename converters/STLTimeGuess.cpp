@@ -1,8 +1,10 @@
-// Guesses at the time of a smart tool log: see STLGuess.h.
+#include "converters/STLTimeGuess.h"
+
 #include <algorithm>
 #include <array>
+#include <cmath>
 
-#include "converters/STLGuess.h"
+#include "converters/WordedDates.h"
 
 namespace veltrac {
 
@@ -21,7 +23,7 @@ void findOrder(STLFormat& format, const std::vector<STLRow>& rows, int column)
 {
     bool ambiguous = false;
     for (const STLRow& row : rows) {
-        std::string_view text = row.cells[static_cast<std::size_t>(column)].text;
+        std::string_view text = unframed(row.cells[static_cast<std::size_t>(column)].text);
         const auto date = takeDate(text);
         if (!date)
             continue;
@@ -113,6 +115,165 @@ int compactTimeColumn(const STLFormat& format, const std::vector<STLRow>& data)
             return static_cast<int>(c);
     }
     return -1;
+}
+
+// Whether all cells of a column are whole numbers within these bounds.
+bool areWhole(const std::vector<STLRow>& data, std::size_t column, double least, double most)
+{
+    return !data.empty() && std::all_of(data.begin(), data.end(), [&](const STLRow& row) {
+        const STLToken& cell = row.cells[column];
+        return cell.kind == STLKind::Number && cell.value == std::floor(cell.value) && cell.value >= least &&
+               cell.value <= most;
+    });
+}
+
+// A column of times of the day that are numbers, 5 past midnight being 5 and noon 1200; -1 where there is
+// none.
+int hhmmColumn(const STLFormat& format, const std::vector<STLRow>& data)
+{
+    for (std::size_t c = 0; c < format.columns.size(); ++c) {
+        const std::string name = lowered(format.columns[c].name);
+        if ((namesClock(name) || name == "hrmn" || name == "hhmm utc") && areWhole(data, c, 0, 2400) &&
+            std::all_of(data.begin(), data.end(),
+                        [c](const STLRow& row) { return static_cast<int>(row.cells[c].value) % 100 < 60; }))
+            return static_cast<int>(c);
+    }
+    return -1;
+}
+
+// What the columns of a date's parts are called, as whole names.
+struct DatePartNames
+{
+    std::string_view names;  // each between blanks
+    double least;
+    double most;
+};
+constexpr std::array<DatePartNames, kSTLDateParts> kDateParts = {{
+    {" year yr yyyy years jahr annee anno ano year_ #yy yy ", kFirstDecimalYear, kLastDecimalYear},
+    {" quarter qtr q quartal trimester ", 1, 4},
+    {" month mon mo mm monat mois mese mes month_ ", 1, 12},
+    {" day dd dy dom mday tag jour day_of_month dayofmonth ", 1, 31},
+    {" doy yday jday day_of_year dayofyear julian ", 1, 366},
+    {" hour hours hr hrs hh h stunde heure ", 0, 24},
+    {" minute minutes min mn minuten ", 0, 59},
+    {" second seconds sec ss sek sekunde ", 0, 60},
+}};
+
+bool isMonthName(const STLToken& cell)
+{
+    return cell.kind == STLKind::Text && monthOfName(cell.text) != 0;
+}
+
+// The moment of a row by its parts as far as days; only good for telling whether rows rise.
+double dayOfParts(const STLRow& row, const std::array<int, kSTLDateParts>& parts)
+{
+    constexpr std::array<double, kSTLDateParts> kDays = {372, 93, 31, 1, 1, 1. / 24, 1. / 1440, 1. / 86400};
+    double sum = 0.0;
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+        if (parts[i] < 0)
+            continue;
+        const STLToken& cell = row.cells[static_cast<std::size_t>(parts[i])];
+        sum += kDays[i] * (isMonthName(cell) ? monthOfName(cell.text) : cell.value);
+    }
+    return sum;
+}
+
+// Columns of the year, the month, the day and so on, each called so, whose rows rise.
+void findDateParts(STLFormat& format, const std::vector<STLRow>& data)
+{
+    std::array<int, kSTLDateParts> parts;
+    parts.fill(-1);
+    for (std::size_t c = 0; c < format.columns.size(); ++c) {
+        const std::string name = ' ' + lowered(format.columns[c].name) + ' ';
+        for (std::size_t i = 0; i < parts.size(); ++i) {
+            const bool months = i == static_cast<std::size_t>(STLDatePart::Month) && !data.empty() &&
+                                std::all_of(data.begin(), data.end(),
+                                            [c](const STLRow& row) { return isMonthName(row.cells[c]); });
+            if (parts[i] < 0 && name.size() > 2 && kDateParts[i].names.find(name) != std::string_view::npos &&
+                (months || areWhole(data, c, kDateParts[i].least, kDateParts[i].most)))
+                parts[i] = static_cast<int>(c);
+        }
+    }
+    const auto has = [&](STLDatePart part) { return parts[static_cast<std::size_t>(part)] >= 0; };
+    const auto drop = [&](STLDatePart part) { parts[static_cast<std::size_t>(part)] = -1; };
+    // A part says something only below the one that it is a part of.
+    if (has(STLDatePart::Month))
+        drop(STLDatePart::Quarter);
+    if (!has(STLDatePart::Month))
+        drop(STLDatePart::Day);
+    if (has(STLDatePart::Day))
+        drop(STLDatePart::DayOfYear);
+    if (!has(STLDatePart::Day) && !has(STLDatePart::DayOfYear))
+        drop(STLDatePart::Hour);
+    if (!has(STLDatePart::Hour))
+        drop(STLDatePart::Minute);
+    if (!has(STLDatePart::Minute))
+        drop(STLDatePart::Second);
+    if (!has(STLDatePart::Year) || std::count(parts.begin(), parts.end(), -1) == kSTLDateParts - 1)
+        return;
+    for (std::size_t i = 1; i < data.size(); ++i)
+        // The places that were looked at follow each other.
+        if (!(dayOfParts(data[i], parts) > dayOfParts(data[i - 1], parts)))
+            return;
+    format.timeSource = STLTimeSource::DateParts;
+    format.partColumns = parts;
+    format.timeColumn = parts[static_cast<std::size_t>(STLDatePart::Year)];
+}
+
+// Whether a column of numbers can be years with decimals, by its name and by its numbers.
+bool areYears(const STLColumn& column, const std::vector<STLRow>& data, std::size_t c)
+{
+    const std::string name = lowered(column.name);
+    const bool years = name.find("year") != std::string::npos || name == "yr" || name == "jahr";
+    const bool times = name == "time" || name == "date";
+    if ((!years && !times) || !column.unit.empty() || courseOf(data, c) <= 0)
+        return false;
+    const auto inRange = [c](const STLRow& row) {
+        const STLToken& cell = row.cells[c];
+        return cell.kind == STLKind::Number && cell.value >= kFirstDecimalYear &&
+               cell.value < kLastDecimalYear;
+    };
+    // A clock that counts other units runs through them faster.
+    constexpr double kFewYears = 10.0;
+    return std::all_of(data.begin(), data.end(), inRange) &&
+           (years || data.size() < 2 || data[1].cells[c].value - data[0].cells[c].value <= kFewYears);
+}
+
+// Whether decimal years are firsts of months, as well as two decimals can tell them.
+bool areMonths(const std::vector<STLRow>& data, std::size_t c)
+{
+    constexpr double kNear = 0.07;  // months
+    return std::all_of(data.begin(), data.end(), [c](const STLRow& row) {
+        const double months = row.cells[c].value * 12.0;
+        return std::fabs(months - std::round(months)) < kNear;
+    });
+}
+
+// Days as spreadsheets count them, between 1954 and 2119, where a name says date.
+bool areSerialDays(const STLColumn& column, const std::vector<STLRow>& data, std::size_t c)
+{
+    const std::string name = lowered(column.name);
+    const bool dated = name.find("date") != std::string::npos || name.find("datum") != std::string::npos ||
+                       name.find("serial") != std::string::npos;
+    return dated && name.find("update") == std::string::npos && courseOf(data, c) > 0 &&
+           std::all_of(data.begin(), data.end(), [c](const STLRow& row) {
+               return row.cells[c].kind == STLKind::Number && row.cells[c].value > 20000.0 &&
+                      row.cells[c].value < 80000.0;
+           });
+}
+
+bool findNumericDate(STLFormat& format, const std::vector<STLRow>& data)
+{
+    for (std::size_t c = 0; c < format.columns.size() && !data.empty(); ++c) {
+        const bool years = areYears(format.columns[c], data, c);
+        if (!years && !areSerialDays(format.columns[c], data, c))
+            continue;
+        format.timeSource = years ? STLTimeSource::DecimalYears : STLTimeSource::SerialDays;
+        format.yearsInMonths = years && areMonths(data, c);
+        format.timeColumn = static_cast<int>(c);
+        return true;
+    }
+    return false;
 }
 
 void findNumericTime(STLFormat& format, const std::vector<STLRow>& data)
@@ -211,7 +372,11 @@ void guessTime(STLFormat& format, const std::vector<STLRow>& data)
     };
     const int stamp = firstOf(STLKind::Stamp);
     const int date = firstOf(STLKind::Date);
-    const int time = firstOf(STLKind::Time);
+    int time = firstOf(STLKind::Time);
+    if (stamp < 0 && date >= 0 && time < 0) {
+        time = hhmmColumn(format, data);
+        format.timeIsHhmm = time >= 0;
+    }
     if (stamp >= 0) {
         format.timeSource = STLTimeSource::Stamp;
         format.timeColumn = stamp;
@@ -227,18 +392,20 @@ void guessTime(STLFormat& format, const std::vector<STLRow>& data)
         format.timeColumn = time;
         startAtMidnight(format, data);
     } else {
-        findNumericTime(format, data);
+        findDateParts(format, data);
+        if (format.timeSource == STLTimeSource::Typed && !findNumericDate(format, data))
+            findNumericTime(format, data);
     }
     if (const int dated = format.dateColumn >= 0 ? format.dateColumn : format.timeColumn;
-        dated >= 0 && format.timeSource != STLTimeSource::ElapsedTime)
+        dated >= 0 &&
+        (format.timeSource == STLTimeSource::Stamp || format.timeSource == STLTimeSource::DateAndTime))
         findOrder(format, data, dated);
 
     if (format.timeColumn >= 0 && namesGreenwich(format.columns[static_cast<std::size_t>(format.timeColumn)]))
         format.greenwich = true;
 
     for (std::size_t c = 0; c < format.columns.size(); ++c)
-        format.columns[c].take =
-            format.columns[c].kind == STLKind::Number && static_cast<int>(c) != format.timeColumn;
+        format.columns[c].take = format.columns[c].kind == STLKind::Number && !tellsTime(format, c);
 }
 
 }  // namespace veltrac

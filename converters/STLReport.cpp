@@ -1,0 +1,139 @@
+#include "converters/STLReport.h"
+
+#include <array>
+#include <chrono>
+#include <cstdio>
+
+#include "converters/LengthTexts.h"
+#include "core/NumberTexts.h"
+
+namespace veltrac {
+
+namespace {
+
+// "3 April 2016"
+std::string dayInWords(Micros wall)
+{
+    static constexpr std::array<const char*, 12> kMonths = {"January",   "February", "March",    "April",
+                                                            "May",       "June",     "July",     "August",
+                                                            "September", "October",  "November", "December"};
+    using namespace std::chrono;
+    const year_month_day day{floor<days>(sys_time<microseconds>(microseconds(wall)))};
+    return std::to_string(static_cast<unsigned>(day.day())) + ' ' +
+           kMonths[static_cast<unsigned>(day.month()) - 1] + ' ' +
+           std::to_string(static_cast<int>(day.year()));
+}
+
+// Adds "12 cells missing" to a list, unless there are none.
+void addCount(std::string& list, std::uint64_t count, const char* thing, const char* what)
+{
+    if (count != 0)
+        list += (list.empty() ? " " : ", ") + counted(count, thing) + ' ' + what;
+}
+
+}  // namespace
+
+std::string summaryText(const STLCheck& found)
+{
+    std::string losses;
+    addCount(losses, found.losses.missingCells(), "cell", "missing");
+    addCount(losses, found.losses.skippedLines, "line", "skipped");
+    addCount(losses, found.losses.titleLines, "repeated line", "of names left out");
+    return counted(found.samples, "row") + ", " + counted(found.columns - found.timeColumns, "column") + '.' +
+           losses + (losses.empty() ? "" : ".");
+}
+
+std::string stepText(const STLFormat& format, const STLCheck& found)
+{
+    if (format.timeSource == STLTimeSource::Typed && !format.stepIsTold && format.typedStep == 1.0)
+        return "No time was found; 1 s is assumed.";
+    if (found.chosen < 2)
+        return "One row only.";
+    std::string notes;
+    if (found.newestFirst)
+        notes += " The newest row came first: the rows are turned round.";
+    if (found.clockChanges != 0)
+        notes += " The local clock was set " +
+                 (found.clockChanges == 1 ? "once" : counted(found.clockChanges, "time")) +
+                 " meanwhile (daylight saving time): the rows' order tells their times.";
+    if (found.equalSteps)
+        return "Step " + stepLength(found.typicalStep) + ", constant." + notes;
+    std::string line = stepRange(found.leastStep, found.greatestStep);
+    if (found.gaps > 0)
+        line += ", " + counted(found.gaps, "gap") + ", longest " + lengthText(found.longestGap);
+    if (found.leastStep < 0.0)
+        line += ", some backwards";
+    return line + '.' + notes;
+}
+
+std::string resultText(const STLCheck& found)
+{
+    const std::string step = lengthText(static_cast<double>(found.dt));
+    return found.resampled          ? "At equal steps of " + step + '.'
+           : found.timeColumns == 2 ? "With \"Time\" and \"Time32\"."
+           : found.timeColumns == 1 ? "With a column \"Time\"."
+                                    : "With a sample time of " + step + '.';
+}
+
+std::string wallInWords(Micros wall)
+{
+    static constexpr std::array<const char*, 7> kDays = {"Sunday",   "Monday", "Tuesday", "Wednesday",
+                                                         "Thursday", "Friday", "Saturday"};
+    using namespace std::chrono;
+    const auto day = floor<days>(sys_time<microseconds>(microseconds(wall)));
+    const hh_mm_ss time(microseconds(wall) - day.time_since_epoch());
+    std::array<char, 16> clock;
+    std::snprintf(clock.data(), clock.size(), "%02d:%02d:%02d", static_cast<int>(time.hours().count()),
+                  static_cast<int>(time.minutes().count()), static_cast<int>(time.seconds().count()));
+    return std::string(kDays[weekday(day).c_encoding()]) + ", " + dayInWords(wall) + ' ' + clock.data();
+}
+
+// "Please check: 2/1/85 is read as 1 February 1985. The rows run from 1 January 1985 to 1 December 1985."
+std::string orderDoubt(const STLFormat& format, const STLCheck& found)
+{
+    if (!format.orderInDoubt)
+        return {};
+    return "Please check: " + found.ambiguousText + " is read as " + dayInWords(found.ambiguousDate) +
+           ". The rows run from " + dayInWords(found.firstWall) + " to " +
+           dayInWords(found.firstWall + static_cast<Micros>(found.span * kMicrosPerSecond)) + '.';
+}
+
+std::string namesDoubt(const STLFormat& format)
+{
+    return format.namesInDoubt ? "Please check: line " + std::to_string(format.namesLine) +
+                                     ", of numbers, is taken for the names of the columns."
+                               : std::string();
+}
+
+std::string importDoubt(const STLFormat& format, const STLCheck& found)
+{
+    if (format.orderInDoubt && !format.orderBySteps)
+        return "No date tells the day from the month.\n" + orderDoubt(format, found) + "\nImport it so?";
+    const std::uint64_t troubled = found.troubledRows + found.losses.skippedLines;
+    const std::uint64_t rows = found.rows + found.losses.skippedLines;
+    if (troubled * 2 <= rows)
+        return {};
+    return "More than half of the rows have troubles: " + groupedDigits(troubled) + " of " +
+           groupedDigits(rows) + ".\nImport all the same?";
+}
+
+std::string problemText(STLProblem problem)
+{
+    switch (problem) {
+        case STLProblem::NotANumber:
+            return "no number: missing";
+        case STLProblem::TooFewCells:
+            return "too few cells: the rest is missing";
+        case STLProblem::TooManyCells:
+            return "too many cells: the rest is ignored";
+        case STLProblem::UnreadableStamp:
+            return "no readable time: line skipped";
+        case STLProblem::FarTime:
+            return "136 years or more from the first row: line skipped";
+        case STLProblem::LineTooLong:
+            return "line longer than a million bytes: skipped";
+    }
+    return {};
+}
+
+}  // namespace veltrac

@@ -16,6 +16,7 @@ namespace {
 
 constexpr std::size_t kMostColumns = 4096;
 constexpr double kSingleCellFactor = 0.7;
+constexpr double kSingleDateFactor = 0.3;
 constexpr double kCloseSecond = 0.9;
 constexpr char kSeparators[] = {'\t', ';', '|', ',', ' '};
 constexpr char kGroupings[] = {0, '.', ',', ' ', '\''};
@@ -65,6 +66,7 @@ Reading scored(const STLSample& sample, char separator, char decimal, char group
         double worth = 0.0;
         std::size_t endInSeparator = 0;
         std::size_t endInNumber = 0;
+        std::size_t dates = 0;
     };
     std::map<std::size_t, Lines> byCount;
     std::vector<std::string_view> line;
@@ -86,6 +88,7 @@ Reading scored(const STLSample& sample, char separator, char decimal, char group
             const bool number = kind == STLKind::Text &&
                                 (!unitBehind(cell, cells).empty() || !keyBefore(cell, cells).empty());
             lines.worth += worth(number ? STLKind::Number : kind);
+            lines.dates += kind == STLKind::Date || kind == STLKind::Stamp ? 1 : 0;
         }
     }
     Reading reading{separator, decimal, grouping};
@@ -94,7 +97,9 @@ Reading scored(const STLSample& sample, char separator, char decimal, char group
             continue;
         const double typed = lines.worth / static_cast<double>(lines.count * count);
         const double share = static_cast<double>(lines.count) / static_cast<double>(looked);
-        const double score = share * typed * (count == 1 ? kSingleCellFactor : 1.0);
+        // Dates alone are no values: their parts may be cells.
+        const double single = lines.dates * 2 > lines.count ? kSingleDateFactor : kSingleCellFactor;
+        const double score = share * typed * (count == 1 ? single : 1.0);
         if (score > reading.score)
             reading = {separator, decimal, grouping, count, score, share, typed};
     }

@@ -5,6 +5,20 @@ using namespace veltrac;
 namespace {
 
 // "Derivate" is wanted so in the greeting.
+constexpr CalculusKind kDerivative = {"Ts-Derivative",
+                                      ":img_Derivation",
+                                      "Welcome to Ts-Derivate",
+                                      "d(col1)/dt",
+                                      "d(%1)/dt",
+                                      "%1/%2",
+                                      "Calculate dy/dt.",
+                                      "Save",
+                                      "Computing...finished",
+                                      "Ts-Derivative info",
+                                      "derivative",
+                                      "",
+                                      true,
+                                      differentiate};
 
 }  // namespace
 

@@ -7,6 +7,7 @@
 #include "converters/STLDetect.h"
 #include "converters/STLSample.h"
 #include "converters/TsaText.h"
+#include "core/Characters.h"
 
 namespace veltrac {
 
@@ -32,8 +33,7 @@ bool isTsa(const STLSample& sample)
 
 bool isDigits(std::string_view text)
 {
-    return !text.empty() &&
-           std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
+    return !text.empty() && std::all_of(text.begin(), text.end(), isDigit);
 }
 
 // "-0,245" below each other: one column with a decimal comma, which reads as two columns of whole numbers.

@@ -4,6 +4,7 @@
 #include <array>
 #include <cctype>
 
+#include "core/Characters.h"
 #include "core/TimeUnits.h"
 #include "core/Utf8.h"
 
@@ -128,7 +129,7 @@ std::string_view unitBehind(std::string_view cell, const STLCells& cells)
     const bool apart = blank != std::string_view::npos && blank + 1 < cell.size();
     const std::size_t at = apart ? blank + 1 : digit == std::string_view::npos ? 0 : digit + 1;
     const std::string_view unit = cell.substr(std::min(at, cell.size()));
-    if (at == 0 || unit.empty() || unit.size() > kLongestUnit || (unit.front() >= '0' && unit.front() <= '9'))
+    if (at == 0 || unit.empty() || unit.size() > kLongestUnit || isDigit(unit.front()))
         return {};
     // Letters that follow the digits at once are a unit only where they mean one: "3D" is none.
     const bool sign = unit.front() == '%' || static_cast<unsigned char>(unit.front()) >= 0x80;
@@ -149,7 +150,7 @@ std::string_view remarkSign(std::string_view line, const STLFormat& format)
         return {};
     const std::string_view text = line.substr(at);
     // Most lines begin with a number, and no sign does so.
-    if (text.front() >= '0' && text.front() <= '9')
+    if (isDigit(text.front()))
         return {};
     for (const std::string& sign : format.remarks)
         if (!sign.empty() && text.starts_with(sign) &&

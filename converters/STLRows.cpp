@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 
+#include "core/Characters.h"
 #include "core/Utf8.h"
 
 namespace veltrac {
@@ -56,7 +57,7 @@ bool STLRows::next()
 bool STLRows::holdsData(std::string_view line) const
 {
     // Most lines begin with a digit.
-    if (!line.empty() && line.front() >= '0' && line.front() <= '9')
+    if (!line.empty() && isDigit(line.front()))
         return true;
     return line.find_first_not_of(" \t\r") != std::string_view::npos && !isRemark(line, m_format);
 }

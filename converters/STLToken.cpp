@@ -6,6 +6,7 @@
 
 #include "converters/TimeStamps.h"
 #include "converters/WordedDates.h"
+#include "core/Characters.h"
 #include "core/TextNumbers.h"
 
 using namespace veltrac;
@@ -19,11 +20,6 @@ constexpr char kMinusByte = '\xE2';  // the first one of U+2212
 bool isBlank(char c)
 {
     return c == ' ' || c == '\t';
-}
-
-bool isDigit(char c)
-{
-    return static_cast<unsigned char>(c - '0') < 10;
 }
 
 std::string_view withoutTail(std::string_view cell)

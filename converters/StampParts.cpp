@@ -4,16 +4,13 @@
 #include <chrono>
 #include <utility>
 
+#include "core/Characters.h"
+
 namespace veltrac {
 
 namespace {
 
-bool isDigit(char c)
-{
-    return c >= '0' && c <= '9';
-}
-
-bool isLetter(char c)
+bool isLatinLetter(char c)
 {
     return (c | 0x20) >= 'a' && (c | 0x20) <= 'z';
 }
@@ -70,7 +67,7 @@ bool applyHalfOfDay(std::string_view& text, int& hours)
         take(second, '.');
         rest = second;
     }
-    if (!rest.empty() && isLetter(rest.front()))
+    if (!rest.empty() && isLatinLetter(rest.front()))
         return true;
     if (hours < 1 || hours > 12)
         return false;
@@ -88,7 +85,7 @@ std::optional<int> takeNamedZone(std::string_view& text)
         {"cst", -360}, {"cdt", -300}, {"mst", -420}, {"mdt", -360}, {"pst", -480}, {"pdt", -420}};
     std::string_view rest = text;
     for (const auto& [name, minutes] : kZones)
-        if (takeWord(rest, name) && (rest.empty() || !isLetter(rest.front()))) {
+        if (takeWord(rest, name) && (rest.empty() || !isLatinLetter(rest.front()))) {
             text = rest;
             return minutes;
         } else {

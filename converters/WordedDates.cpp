@@ -6,14 +6,11 @@
 #include <chrono>
 #include <string>
 
+#include "core/Characters.h"
+
 namespace veltrac {
 
 namespace {
-
-bool isDigit(char c)
-{
-    return c >= '0' && c <= '9';
-}
 
 // Bytes of letters that are not ASCII count, in UTF-8 and in Windows-1252.
 bool isLetter(char c)

@@ -4,6 +4,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QFormLayout>
+#include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -51,9 +52,12 @@ PsConfigDialog::PsConfigDialog(PsParameters* parameters, QWidget* owner)
     setWindowTitle(QStringLiteral("PostScript parameters"));
     auto* const centre = new QWidget(this);
     auto* const column = new QVBoxLayout(centre);
-    column->addWidget(makeTextGroup());
-    column->addWidget(makePageGroup());
-    column->addWidget(makeGridGroup());
+    // Side by side: one below another they would be higher than a small screen.
+    auto* const groups = new QGridLayout;
+    groups->addWidget(makeTextGroup(), 0, 0);
+    groups->addWidget(makePageGroup(), 0, 1, 2, 1);
+    groups->addWidget(makeGridGroup(), 1, 0);
+    column->addLayout(groups);
     m_reason = new QLabel(centre);
     m_reason->setWordWrap(true);
     // Keeps its line, so that the dialog does not jump when a reason appears.

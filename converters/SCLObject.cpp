@@ -139,6 +139,7 @@ void SCLObject::detectAgain()
         source.skipsFirst = again.skipsFirst;
         source.inTurn = again.inTurn;
         source.unevenTimes = again.unevenTimes;
+        source.text = again.text;
         source.step = again.step;
         source.start = again.start;
     }

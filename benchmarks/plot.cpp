@@ -1,14 +1,14 @@
-// The first picture of a long column (one pass over the file) beside the bare loop of one seek and one
-// 512-byte read a block, and frames after it at 1200 pixel columns. The file stays in the page cache.
+// The first picture of a long column (one pass over the file) beside reading the same bytes in long runs, on
+// as many threads as VELTRAC_THREADS says; and frames after it at 1200 pixel columns. The file stays in the
+// page cache.
 
 #include <benchmark/benchmark.h>
-#include <fcntl.h>
-#include <unistd.h>
 
 #include <cmath>
 #include <filesystem>
 #include <vector>
 
+#include "benchmarks/LongRuns.h"
 #include "core/Plot2D.h"
 #include "core/PlotCurves.h"
 #include "core/PlotFile.h"
@@ -48,22 +48,9 @@ std::string fileOf(std::uint32_t columns)
     return path;
 }
 
-void bareBlocks(benchmark::State& state)
+void readFloor(benchmark::State& state)
 {
-    std::string path = fileOf(static_cast<std::uint32_t>(state.range(0)));
-    char block[512];
-    for (auto _ : state) {
-        const int fd = open(path.c_str(), O_RDONLY);
-        int sum = 0;
-        for (off_t offset = 1024, end = 1024 + off_t{kValues} * 4; offset < end; offset += 512) {
-            lseek(fd, offset, SEEK_SET);
-            if (read(fd, block, 512) != 512)
-                state.SkipWithError("short transfer");
-            sum += block[0];
-        }
-        benchmark::DoNotOptimize(sum);
-        close(fd);
-    }
+    longRuns(state, fileOf(static_cast<std::uint32_t>(state.range(0))), std::size_t{kValues} * 4, false);
 }
 
 Plot2D plotOf(std::uint32_t columns)
@@ -126,7 +113,7 @@ void eps(benchmark::State& state)
 }  // namespace
 
 BENCHMARK(eps)->Arg(1)->Unit(benchmark::kMillisecond);
-BENCHMARK(bareBlocks)->Arg(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(readFloor)->Arg(1)->Arg(8)->Unit(benchmark::kMillisecond);
 BENCHMARK(firstPass)->Arg(1)->Arg(8)->Unit(benchmark::kMillisecond);
 BENCHMARK(frame)
     ->ArgsProduct({{1, 8, 64}, {1, 10, 50, 200, 1000, 10000, 100000}})

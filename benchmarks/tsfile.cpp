@@ -1,5 +1,6 @@
-// Reading and writing down column 1 of a ts-file, beside the bare loop of one seek and one 512-byte
-// transfer a block under a mutex. Times are per value; the ratio to the floor of the same shape counts.
+// Reading and writing down column 1 of a ts-file: single values beside the bare loop of one seek and one
+// 512-byte transfer a block under a mutex, runs of them beside the same bytes in long runs. Times are per
+// value; the ratio to the floor of the same shape counts.
 
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
@@ -10,6 +11,7 @@
 #include <mutex>
 #include <vector>
 
+#include "benchmarks/LongRuns.h"
 #include "core/TSFILE.h"
 
 using namespace veltrac;
@@ -17,7 +19,7 @@ using namespace veltrac;
 namespace {
 
 constexpr std::uint32_t kValues = 100'000'000;
-constexpr std::size_t kRun = 4096;
+constexpr std::size_t kRun = 1 << 15;  // as the jobs of the program have it
 
 std::string fileOf(std::uint32_t columns)
 {
@@ -60,9 +62,16 @@ void bareBlocks(benchmark::State& state, bool writing)
     finish(state, samples);
 }
 
-void readFloor(benchmark::State& state)
+void readBlocksFloor(benchmark::State& state)
 {
     bareBlocks(state, false);
+}
+
+void readFloor(benchmark::State& state)
+{
+    const auto columns = static_cast<std::uint32_t>(state.range(0));
+    longRuns(state, fileOf(columns), std::size_t{kValues} * 4, false);
+    finish(state, kValues / columns);
 }
 
 // What a caller does with value(): a sum that lives in a register as long as nobody takes its address.
@@ -100,14 +109,54 @@ void readColumn(benchmark::State& state)
     finish(state, samples);
 }
 
+// All columns in one pass over the rows.
+void readAllColumns(benchmark::State& state)
+{
+    const auto columns = static_cast<std::uint32_t>(state.range(0));
+    TSFILE file(fileOf(columns).c_str(), true);
+    const std::uint32_t samples = file.samples();
+    const auto step = static_cast<std::uint32_t>(kRun);
+    std::vector<std::vector<float>> values(columns, std::vector<float>(kRun));
+    std::vector<TSFILE::ColumnRun> runs;
+    for (std::uint32_t c = 1; c <= columns; ++c)
+        runs.push_back({c, values[c - 1].data()});
+    for (auto _ : state) {
+        for (std::uint32_t s = 1; s <= samples; s += step)
+            file.readColumns(s, std::min(step, samples - s + 1), runs);
+        benchmark::DoNotOptimize(values.data());
+    }
+    finish(state, samples);
+}
+
 // Whole blocks are written without being read …
-void writeFloor(benchmark::State& state)
+void writeBlocksFloor(benchmark::State& state)
 {
     bareBlocks(state, true);
 }
 
+void writeFloor(benchmark::State& state)
+{
+    const auto columns = static_cast<std::uint32_t>(state.range(0));
+    longRuns(state, fileOf(columns), std::size_t{kValues} * 4, true);
+    std::filesystem::remove(fileOf(columns));  // its header is gone
+    finish(state, kValues / columns);
+}
+
+// A column among others: what stands between its values is read and written again.
+void rewriteFloor(benchmark::State& state)
+{
+    const auto columns = static_cast<std::uint32_t>(state.range(0));
+    const std::string path = fileOf(columns);
+    for (auto _ : state)
+        if (!moveInLongRuns(path, std::size_t{kValues} * 4, false) ||
+            !moveInLongRuns(path, std::size_t{kValues} * 4, true))
+            state.SkipWithError("short transfer");
+    std::filesystem::remove(path);
+    finish(state, kValues / columns);
+}
+
 // … and blocks of which single values are written are read first.
-void readWriteFloor(benchmark::State& state)
+void readWriteBlocksFloor(benchmark::State& state)
 {
     const auto columns = static_cast<std::uint32_t>(state.range(0));
     const std::string path = fileOf(columns);
@@ -156,13 +205,17 @@ void writeColumn(benchmark::State& state)
     finish(state, samples);
 }
 
-BENCHMARK(readFloor)->Arg(1)->Arg(8)->Unit(benchmark::kMillisecond);
+BENCHMARK(readBlocksFloor)->Arg(1)->Arg(8)->Unit(benchmark::kMillisecond);
 BENCHMARK(readValue<float>)->Arg(1)->Arg(8)->Unit(benchmark::kMillisecond);
 BENCHMARK(readValue<double>)->Arg(1)->Arg(8)->Unit(benchmark::kMillisecond);
+BENCHMARK(readFloor)->Arg(1)->Arg(8)->Unit(benchmark::kMillisecond);
 BENCHMARK(readColumn)->Arg(1)->Arg(8)->Unit(benchmark::kMillisecond);
-BENCHMARK(writeFloor)->Arg(1)->Arg(8)->Unit(benchmark::kMillisecond);
-BENCHMARK(readWriteFloor)->Arg(1)->Arg(8)->Unit(benchmark::kMillisecond);
+BENCHMARK(readAllColumns)->Arg(2)->Arg(8)->Unit(benchmark::kMillisecond);
+BENCHMARK(writeBlocksFloor)->Arg(1)->Arg(8)->Unit(benchmark::kMillisecond);
+BENCHMARK(readWriteBlocksFloor)->Arg(1)->Arg(8)->Unit(benchmark::kMillisecond);
 BENCHMARK(writeValue)->Arg(1)->Arg(8)->Unit(benchmark::kMillisecond);
+BENCHMARK(writeFloor)->Arg(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(rewriteFloor)->Arg(8)->Unit(benchmark::kMillisecond);
 BENCHMARK(writeColumn)->Arg(1)->Arg(8)->Unit(benchmark::kMillisecond);
 
 }  // namespace
@@ -171,7 +224,7 @@ int main(int argc, char** argv)
 {
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
-    for (const char* name : {"veltrac-bench-1.ts", "veltrac-bench-8.ts"})
+    for (const char* name : {"veltrac-bench-1.ts", "veltrac-bench-2.ts", "veltrac-bench-8.ts"})
         std::filesystem::remove(std::filesystem::temp_directory_path() / name);
     return 0;
 }

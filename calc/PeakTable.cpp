@@ -35,8 +35,11 @@ PeakTable::PeakTable(QWidget* parent)
 {
     m_title->setBuddy(m_table);
     m_table->setAccessibleName(QStringLiteral("Peaks"));
+    setWhatsThis(QStringLiteral("The highest lines of the spectrum, each refined between its neighbours."));
     m_table->setHorizontalHeaderLabels({QStringLiteral("Freq [Hz]"), QStringLiteral("Value")});
-    m_table->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+    // The rest is for the value, whose heading names its unit.
+    m_table->horizontalHeader()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
+    m_table->horizontalHeader()->setSectionResizeMode(1, QHeaderView::Stretch);
     const int rowHeight = m_table->fontMetrics().height() + kRowMargin;
     m_table->verticalHeader()->setDefaultSectionSize(rowHeight);
     m_table->setMinimumHeight((kLeastRows + 1) * rowHeight);

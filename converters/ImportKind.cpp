@@ -5,9 +5,9 @@
 
 #include "converters/SCLSource.h"
 #include "converters/STLDetect.h"
-#include "converters/STLGuess.h"
 #include "converters/STLSample.h"
 #include "converters/TsaText.h"
+#include "core/Characters.h"
 
 namespace veltrac {
 
@@ -33,8 +33,7 @@ bool isTsa(const STLSample& sample)
 
 bool isDigits(std::string_view text)
 {
-    return !text.empty() &&
-           std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
+    return !text.empty() && std::all_of(text.begin(), text.end(), isDigit);
 }
 
 // "-0,245" below each other: one column with a decimal comma, which reads as two columns of whole numbers.
@@ -66,10 +65,11 @@ try {
 
 ImportKind importKindOf(const std::filesystem::path& file) noexcept
 try {
-    const STLSample sample = readSample(file);
+    const PlainText text(file);
+    const STLSample sample = readSample(text.path());
     if (hasExtension(file, ".tsa") || isTsa(sample))
         return ImportKind::Tsa;
-    const STLFormat format = detectFormat(file);
+    const STLFormat format = detectFormat(text);
     const bool single =
         format.columns.size() == 1 || hasExtension(file, ".scl") || isDecimalComma(sample, format);
     return single && isSingleColumn(file) ? ImportKind::Scl : ImportKind::Stl;

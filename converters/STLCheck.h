@@ -11,11 +11,9 @@ namespace veltrac {
 
 struct STLCheck
 {
-    std::uint64_t rows = 0;          // with a readable time
-    std::uint64_t chosen = 0;        // of them, by the user's from, to and every n-th
-    std::uint64_t skippedLines = 0;  // without one
-    std::uint64_t titleLines = 0;    // names lines that stand between the rows
-    std::uint64_t missingCells = 0;
+    std::uint64_t rows = 0;    // with a readable time
+    std::uint64_t chosen = 0;  // of them, by the user's from, to and every n-th
+    STLLosses losses;
     std::uint64_t troubledRows = 0;
     std::uint64_t troubleCount = 0;
     std::vector<STLTrouble> troubles;  // the first thousand
@@ -52,6 +50,7 @@ struct STLCheck
     float dt = 1.0F;
     std::uint32_t startSeconds = 0;
     float startTime = 0.0F;
+    double coarseness = 0.0;  // seconds that the farthest time in a float column is rounded by at most
 };
 
 }  // namespace veltrac

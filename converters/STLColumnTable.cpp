@@ -15,12 +15,6 @@ enum Column { kTakeColumn, kNameColumn, kDescriptionColumn, kUnitColumn, kValues
 
 constexpr int kFirstValues = 4;
 
-bool tellsTime(const STLFormat& format, int column)
-{
-    return format.timeSource != STLTimeSource::Typed &&
-           (column == format.timeColumn || column == format.dateColumn);
-}
-
 }  // namespace
 
 STLColumnTable::STLColumnTable(QWidget* parent) : QTableWidget(0, kValuesColumn + 1, parent)
@@ -64,7 +58,7 @@ void STLColumnTable::show(const STLObject& log, const STLLines& lines)
     for (int row = 0; row < rowCount(); ++row) {
         const auto c = static_cast<std::size_t>(row);
         const STLColumn& column = format.columns[c];
-        showTake(row, column, tellsTime(format, row));
+        showTake(row, column, tellsTime(format, c));
         const std::array<std::string, 3> texts = {column.take ? names[taken++] : column.name,
                                                   log.columnDescription(c), column.unit};
         for (int i = 0; i < 3; ++i)
@@ -97,7 +91,7 @@ void STLColumnTable::read(STLObject& log) const
         if (described != log.columnDescription(c))
             column.description = described;
         column.unit = item(row, kUnitColumn)->text().toStdString();
-        column.take = !tellsTime(format, row) && item(row, kTakeColumn)->checkState() == Qt::Checked;
+        column.take = !tellsTime(format, c) && item(row, kTakeColumn)->checkState() == Qt::Checked;
         column.numberTexts = column.take && column.kind == STLKind::Text;
     }
 }

@@ -4,6 +4,7 @@
 #include <array>
 #include <cctype>
 
+#include "core/Characters.h"
 #include "core/TimeUnits.h"
 #include "core/Utf8.h"
 
@@ -40,10 +41,27 @@ bool timesAreElapsed(STLTimeSource source)
     return source == STLTimeSource::ElapsedTime || source == STLTimeSource::ElapsedSeconds;
 }
 
+bool tellsTime(const STLFormat& format, std::size_t column)
+{
+    const int c = static_cast<int>(column);
+    return format.timeSource != STLTimeSource::Typed &&
+           (c == format.timeColumn || c == format.dateColumn ||
+            (format.timeSource == STLTimeSource::DateParts &&
+             std::find(format.partColumns.begin(), format.partColumns.end(), c) != format.partColumns.end()));
+}
+
 bool datesAlone(const STLFormat& format)
 {
-    return format.timeSource == STLTimeSource::Stamp && format.timeColumn >= 0 &&
-           format.columns[static_cast<std::size_t>(format.timeColumn)].kind == STLKind::Date;
+    switch (format.timeSource) {
+        case STLTimeSource::Stamp:
+            return format.timeColumn >= 0 &&
+                   format.columns[static_cast<std::size_t>(format.timeColumn)].kind == STLKind::Date;
+        case STLTimeSource::DateParts:
+            return format.partColumns[static_cast<std::size_t>(STLDatePart::Hour)] < 0;
+        default:
+            return format.timeSource == STLTimeSource::DecimalYears ||
+                   format.timeSource == STLTimeSource::SerialDays;
+    }
 }
 
 double secondsPerUnit(const STLFormat& format)
@@ -69,14 +87,37 @@ double secondsPerUnit(const STLFormat& format)
     }
 }
 
+std::string_view bareCell(std::string_view cell, const STLColumn& column)
+{
+    if (!column.prefix.empty() && cell.starts_with(column.prefix)) {
+        cell.remove_prefix(column.prefix.size());
+        cell.remove_prefix(std::min(cell.find_first_not_of(' '), cell.size()));
+    }
+    if (!column.suffix.empty() && cell.ends_with(column.suffix)) {
+        cell.remove_suffix(column.suffix.size());
+        cell = cell.substr(0, cell.find_last_not_of(' ') + 1);
+    }
+    return cell;
+}
+
 std::optional<double> readValue(std::string_view cell, const STLColumn& column, const STLCells& cells)
 {
     if (const auto number = readNumber(cell, cells))
         return number;
-    if (column.suffix.empty() || !cell.ends_with(column.suffix))
-        return std::nullopt;
-    cell.remove_suffix(column.suffix.size());
-    return readNumber(cell.substr(0, cell.find_last_not_of(' ') + 1), cells);
+    const std::string_view bare = bareCell(cell, column);
+    return bare.size() == cell.size() ? std::nullopt : readNumber(bare, cells);
+}
+
+std::string_view keyBefore(std::string_view cell, const STLCells& cells)
+{
+    const std::size_t sign = cell.find_first_of("=:");
+    const bool word = !cell.empty() && std::isalpha(static_cast<unsigned char>(cell.front())) != 0;
+    if (!word || sign == std::string_view::npos)
+        return {};
+    std::string_view number = cell.substr(sign + 1);
+    number.remove_prefix(std::min(number.find_first_not_of(' '), number.size()));
+    const bool known = readNumber(number, cells) || !unitBehind(number, cells).empty();
+    return known ? cell.substr(0, sign + 1) : std::string_view();
 }
 
 std::string_view unitBehind(std::string_view cell, const STLCells& cells)
@@ -88,7 +129,7 @@ std::string_view unitBehind(std::string_view cell, const STLCells& cells)
     const bool apart = blank != std::string_view::npos && blank + 1 < cell.size();
     const std::size_t at = apart ? blank + 1 : digit == std::string_view::npos ? 0 : digit + 1;
     const std::string_view unit = cell.substr(std::min(at, cell.size()));
-    if (at == 0 || unit.empty() || unit.size() > kLongestUnit || (unit.front() >= '0' && unit.front() <= '9'))
+    if (at == 0 || unit.empty() || unit.size() > kLongestUnit || isDigit(unit.front()))
         return {};
     // Letters that follow the digits at once are a unit only where they mean one: "3D" is none.
     const bool sign = unit.front() == '%' || static_cast<unsigned char>(unit.front()) >= 0x80;
@@ -109,7 +150,7 @@ std::string_view remarkSign(std::string_view line, const STLFormat& format)
         return {};
     const std::string_view text = line.substr(at);
     // Most lines begin with a number, and no sign does so.
-    if (text.front() >= '0' && text.front() <= '9')
+    if (isDigit(text.front()))
         return {};
     for (const std::string& sign : format.remarks)
         if (!sign.empty() && text.starts_with(sign) &&
@@ -120,9 +161,22 @@ std::string_view remarkSign(std::string_view line, const STLFormat& format)
 
 }  // namespace
 
+bool isRule(std::string_view line)
+{
+    const bool drawn = line.find_first_not_of("+-|=: \t\r") == std::string_view::npos;
+    return drawn &&
+           (line.find("----") != std::string_view::npos || line.find("====") != std::string_view::npos ||
+            line.find("--|") != std::string_view::npos || line.find("-+-") != std::string_view::npos ||
+            line.find("|--") != std::string_view::npos || line.find("|:-") != std::string_view::npos);
+}
+
 bool isRemark(std::string_view line, const STLFormat& format)
 {
-    return !remarkSign(line, format).empty();
+    // A frame is one; a line of dashes alone may be a row of missing values.
+    const bool mayBeFrame = !line.empty() && (line.front() == '+' || line.front() == '|' ||
+                                              line.front() == ' ' || line.front() == '-');
+    return (mayBeFrame && line.find_first_of("+|") != std::string_view::npos && isRule(line)) ||
+           !remarkSign(line, format).empty();
 }
 
 std::string_view withoutRemark(std::string_view line, const STLFormat& format)
@@ -130,6 +184,14 @@ std::string_view withoutRemark(std::string_view line, const STLFormat& format)
     const std::string_view sign = remarkSign(line, format);
     return sign.empty() ? line
                         : line.substr(static_cast<std::size_t>(sign.data() + sign.size() - line.data()));
+}
+
+std::string lowered(std::string_view text)
+{
+    std::string lower(text);
+    for (char& c : lower)
+        c = c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
+    return lower;
 }
 
 std::string decoded(std::string_view bytes, STLEncoding encoding)

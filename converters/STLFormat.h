@@ -3,6 +3,7 @@
 // Texts are the file's bytes made UTF-8. Lines count from 1, columns from 0.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <stdexcept>
@@ -29,6 +30,9 @@ enum class STLTimeSource {
     Typed,           // the start and step that the user typed, or that the file's head names
     Stamp,           // one column of dates or stamps
     DateAndTime,     // a column of dates and one of times
+    DateParts,       // columns of the year, the month, the day, …
+    DecimalYears,    // a column of years with decimals: 2010.25
+    SerialDays,      // a column of days as spreadsheets count them
     ElapsedTime,     // a column of hours:minutes:seconds since the start
     ElapsedSeconds,  // a column of seconds since the start, or of the unit that it names
     UnixSeconds,
@@ -51,6 +55,7 @@ struct STLColumn
 {
     STLKind kind = STLKind::Number;
     bool take = true;
+    std::string prefix;        // before each number in its cell: the file's own bytes of "temp="
     std::string suffix;        // that each number bears in its cell: the file's own bytes of "°C" or "%"
     bool numberTexts = false;  // a column of texts becomes 1, 2, …, in the order in which they come
     std::string heading;       // the file's own bytes above the column, which may stand there again
@@ -59,6 +64,19 @@ struct STLColumn
     // The user's own words; without them they follow from the two above.
     std::string label;
     std::string description;
+};
+
+// What columns of a date's parts hold.
+enum class STLDatePart { Year, Quarter, Month, Day, DayOfYear, Hour, Minute, Second };
+inline constexpr std::size_t kSTLDateParts = 8;
+
+// What speaks for a reading.
+struct STLEvidence
+{
+    std::size_t cells = 0;  // of a line
+    double lines = 0.0;     // the share of the lines that have so many
+    double typed = 0.0;    // the share of their cells that are numbers, dates or times; missing ones are half
+    std::string firstRow;  // the cells of the first data line under it, as UTF-8
 };
 
 struct STLFormat
@@ -77,9 +95,14 @@ struct STLFormat
     STLTimeSource timeSource = STLTimeSource::Typed;
     int timeColumn = -1;  // the stamp's, the time's or the seconds' column
     int dateColumn = -1;
+    bool timeIsHhmm = false;  // times beside dates are numbers: 5 past midnight is 5, noon 1200
+    // By STLDatePart, -1 where there is none. The year's column stands in timeColumn too.
+    std::array<int, kSTLDateParts> partColumns = {-1, -1, -1, -1, -1, -1, -1, -1};
+    bool yearsInMonths = false;  // decimal years tell firsts of months, as well as their digits can
     DateOrder order = DateOrder::DayMonth;
     bool orderInDoubt = false;  // no date tells; the user is asked to check
     bool orderBySteps = false;  // but the steps between the dates do
+    bool yearMissing = false;   // days and months stand before the times of day, and no year
     bool greenwich = false;     // stamps carry a zone, or the user says that they are UTC
     Micros typedStart = 0;      // wall clock; 0 for none
     double typedStep = 1.0;     // seconds
@@ -93,9 +116,12 @@ struct STLFormat
     std::uint64_t toRow = 0;    // 0: the last
     std::uint32_t everyNth = 1;
 
-    // A second reading that scored nearly as well, or 0: its separator and decimal.
+    // Why it is read so. And a second reading that scored nearly as well, or 0: its separator and decimal,
+    // and the reason for it.
+    STLEvidence evidence;
     char otherSeparator = 0;
     char otherDecimal = 0;
+    STLEvidence otherEvidence;
 };
 
 // Whether the times are numbers: of seconds, or of another unit.
@@ -104,20 +130,31 @@ bool timesAreNumbers(STLTimeSource source);
 bool timesAreUnix(STLTimeSource source);
 // Whether they count from the log's own beginning.
 bool timesAreElapsed(STLTimeSource source);
+// Whether a column tells the time, or a part of it.
+bool tellsTime(const STLFormat& format, std::size_t column);
 // Whether they are days, without any time of the day.
 bool datesAlone(const STLFormat& format);
 // How many seconds a one in the column of times means.
 double secondsPerUnit(const STLFormat& format);
 
-// A cell's number, with or without the column's unit behind it.
+// A cell without the column's key before it and the unit behind it.
+std::string_view bareCell(std::string_view cell, const STLColumn& column);
+// A cell's number, with or without the column's key and unit.
 std::optional<double> readValue(std::string_view cell, const STLColumn& column, const STLCells& cells);
+// What stands before the number of a cell and can be its key ("temp=", "temp: "); empty where nothing does.
+std::string_view keyBefore(std::string_view cell, const STLCells& cells);
 // What stands behind the number of a cell and can be its unit; empty where none does.
 std::string_view unitBehind(std::string_view cell, const STLCells& cells);
 
+// Whether a line is only drawn: "+----+----+", "|---|---|", "---- ----".
+bool isRule(std::string_view line);
 // A line's leading remark sign, where it is one.
 bool isRemark(std::string_view line, const STLFormat& format);
 // A line without its remark sign, where it has one.
 std::string_view withoutRemark(std::string_view line, const STLFormat& format);
+
+// In small letters, as far as they are ASCII.
+std::string lowered(std::string_view text);
 
 // Text of the file as UTF-8.
 std::string decoded(std::string_view bytes, STLEncoding encoding);

@@ -27,7 +27,8 @@ bool readAlike(const STLFormat& a, const STLFormat& b)
 {
     const auto fields = [](const STLFormat& f) {
         return std::tie(f.encoding, f.cells, f.remarks, f.firstDataLine, f.timeSource, f.timeColumn,
-                        f.dateColumn, f.order, f.greenwich, f.fromRow, f.toRow, f.everyNth);
+                        f.dateColumn, f.partColumns, f.timeIsHhmm, f.yearsInMonths, f.order, f.greenwich,
+                        f.fromRow, f.toRow, f.everyNth);
     };
     return fields(a) == fields(b) && secondsPerUnit(a) == secondsPerUnit(b) &&
            std::equal(a.columns.begin(), a.columns.end(), b.columns.begin(), b.columns.end(),
@@ -58,15 +59,22 @@ private:
 
 STLObject::STLObject(std::filesystem::path file) : m_file(std::move(file)) {}
 
+const PlainText& STLObject::text()
+{
+    if (!m_text || !m_text->isCurrent())
+        m_text.emplace(m_file);
+    return *m_text;
+}
+
 void STLObject::detect()
 {
-    m_format = detectFormat(m_file);
+    m_format = detectFormat(text());
     m_readFormat.reset();
 }
 
 void STLObject::detect(char separator, char decimal)
 {
-    m_format = detectFormat(m_file, separator, decimal);
+    m_format = detectFormat(text(), separator, decimal);
     m_readFormat.reset();
 }
 
@@ -119,7 +127,8 @@ bool STLObject::isChosen(std::uint64_t row) const
 JobOutcome STLObject::readThrough(const Progress& progress, bool& wrongOrder)
 {
     m_read = STLCheck();
-    STLRows rows(m_file, m_format, STLPass::Check);
+    STLRows rows(text().path(), m_format, STLPass::Check);
+    const STLClock& clock = rows.clock();
     STLSteps steps(timesAreNumbers(m_format.timeSource));
     STLLooks looks(progress);
     Micros shift = 0;  // of the clock, at the first chosen row
@@ -133,31 +142,30 @@ JobOutcome STLObject::readThrough(const Progress& progress, bool& wrongOrder)
         if (!rows.hasRow())
             continue;
         ++m_read.rows;
-        m_read.missingCells += rows.missing();
         m_read.troubledRows += rows.troubles().empty() ? 0 : 1;
         if (!isChosen(m_read.rows))
             continue;
         if (m_read.chosen++ == 0) {
             m_read.chosenFrom = rows.seconds();
-            shift = rows.clockShift();
+            shift = clock.changes().shift();
         }
         if (m_format.timeSource != STLTimeSource::Typed)
-            steps.add(rows.seconds(), std::isfinite(rows.resolution()) ? rows.resolution() : 0.0);
+            steps.add(rows.seconds(), std::isfinite(clock.resolution()) ? clock.resolution() : 0.0);
     }
-    wrongOrder = rows.contradictsOrder();
-    if (rows.provesOrder())
+    const DateCells& dates = clock.dates();
+    wrongOrder = dates.contradictsOrder();
+    if (dates.provesOrder())
         m_format.orderInDoubt = false;
-    m_read.orderOfSteps = rows.dates().verdict();
-    m_read.ambiguousText = rows.dates().ambiguousText();
-    m_read.ambiguousDate = midnight(rows.dates().ambiguousDate(), m_format.order).value_or(0);
-    m_read.skippedLines = rows.skipped();
-    m_read.titleLines = rows.titles();
+    m_read.orderOfSteps = dates.steps().verdict();
+    m_read.ambiguousText = dates.steps().ambiguousText();
+    m_read.ambiguousDate = midnight(dates.steps().ambiguousDate(), m_format.order).value_or(0);
+    m_read.losses = rows.losses();
     m_read.texts = rows.texts();
     steps.tell(m_read);
-    m_read.zoned = rows.zoned();
-    m_read.clockChanges = rows.clockChanges();
-    m_read.firstWall = rows.firstWall() + std::llround(m_read.chosenFrom * kMicrosPerSecond) - shift;
-    m_read.firstSeconds = rows.firstSeconds() + m_read.chosenFrom;
+    m_read.zoned = clock.zoned();
+    m_read.clockChanges = clock.changes().count();
+    m_read.firstWall = clock.firstWall() + std::llround(m_read.chosenFrom * kMicrosPerSecond) - shift;
+    m_read.firstSeconds = clock.firstSeconds() + m_read.chosenFrom;
     if (m_read.newestFirst) {
         m_read.firstWall -= std::llround(m_read.span * kMicrosPerSecond);
         m_read.firstSeconds -= m_read.span;
@@ -179,7 +187,8 @@ void STLObject::settleResult()
         found.span = step * static_cast<double>(found.chosen - 1);
     }
     // A float tells a time to 2^-24 of its size.
-    const bool coarse = found.span * std::ldexp(1.0, -24) > kFinest * found.typicalStep;
+    const double typical = found.typicalStep > 0.0 ? found.typicalStep : 1.0;
+    const bool coarse = found.span * std::ldexp(1.0, -24) > kFinest * typical;
     found.timeResult =
         m_format.timeResult.value_or(found.equalSteps || found.chosen < 2 ? STLTimeResult::Constant
                                      : coarse                             ? STLTimeResult::TimeTwoColumns
@@ -188,7 +197,7 @@ void STLObject::settleResult()
     if (found.resampled && (found.leastStep < 0.0 || found.newestFirst))
         throw STLError("The times of the rows run backwards; they cannot be put at equal steps.");
 
-    double step = found.typicalStep > 0.0 ? found.typicalStep : 1.0;
+    double step = typical;
     std::uint64_t samples = found.chosen;
     if (found.resampled) {
         step = m_format.resampleStep > 0.0 ? m_format.resampleStep : step;
@@ -236,12 +245,17 @@ void STLObject::settleStart()
     const double summer = found.earliest < 0.0 && datesAlone(m_format) ? 3600.0 : 0.0;
     const double least = found.timeColumns > 0 ? first + found.earliest - summer : first;
     double start = found.timeColumns > 0 ? least : first - static_cast<double>(found.dt);
+    // What a float's rounding leaves of a start at 0.
+    if (std::fabs(start) < 1e-6 * found.dt)
+        start = 0.0;
     if (dated ? start < 0.0 || start > kLatestStart : least < 0.0) {
         found.timeColumns = 1;
         start = 0.0;
     }
     found.startSeconds = static_cast<std::uint32_t>(std::max(start, 0.0));
     found.startTime = found.timeColumns > 0 ? 0.0F : static_cast<float>(start - found.startSeconds);
+    const double farthest = std::max(std::fabs(first - start), std::fabs(first - start + found.span));
+    found.coarseness = found.timeColumns == 1 ? std::ldexp(farthest, -24) : 0.0;
     found.columns += found.timeColumns;
     requireFits(found.samples, found.columns);
 }
@@ -321,8 +335,9 @@ JobOutcome STLObject::write(TSFILE& target, const Progress& progress)
         throw changed;
     writeHeader(target);
     // Where every line is a row, and its time is not written, the times have been read for good.
-    const bool timesWanted = m_found.skippedLines != 0 || m_found.resampled || m_found.timeColumns != 0;
-    STLRows rows(m_file, m_format, timesWanted ? STLPass::Write : STLPass::WriteValues);
+    const bool timesWanted =
+        m_found.losses.skippedLines != 0 || m_found.resampled || m_found.timeColumns != 0;
+    STLRows rows(text().path(), m_format, timesWanted ? STLPass::Write : STLPass::WriteValues);
     STLWriter writer(target, m_format, m_found);
     const Progress reading = m_found.newestFirst ? partOf(progress, 0, 80) : progress;
     STLLooks looks(reading);

@@ -1,14 +1,11 @@
 // The data rows of a smart tool log, one after the other: values, time and what was not understood.
 #pragma once
 
-#include <array>
-#include <limits>
 #include <map>
-#include <optional>
 #include <string>
 #include <vector>
 
-#include "converters/DateSteps.h"
+#include "converters/STLClock.h"
 #include "converters/STLFormat.h"
 #include "core/LineReader.h"
 
@@ -25,6 +22,17 @@ struct STLTrouble
     int column;  // from 0; -1 for the whole line
     STLProblem problem;
     std::string text;  // what stands there, cut
+};
+
+// What does not come along, so far.
+struct STLLosses
+{
+    std::uint64_t skippedLines = 0;  // that are no row although data stand there
+    std::uint64_t titleLines = 0;    // names lines that stand between the rows once more
+    std::uint64_t emptyCells = 0;    // of rows: empty ones, and markers of missing values
+    std::uint64_t notNumbers = 0;    // of rows: cells with anything else
+
+    std::uint64_t missingCells() const { return emptyCells + notNumbers; }
 };
 
 // Texts of a column that is numbered, in the order in which they come.
@@ -45,32 +53,12 @@ public:
     // its time in seconds since the first row; 0 where the rows carry none.
     const std::vector<float>& values() const { return m_values; }
     double seconds() const { return m_seconds; }
-    std::uint64_t line() const { return m_lineNumber; }
-    std::size_t missing() const { return m_missing; }
     // What was not understood in the present line.
     const std::vector<STLTrouble>& troubles() const { return m_troubles; }
 
-    // Lines that are no row although data stand there.
-    std::uint64_t skipped() const { return m_skipped; }
-    // Names lines that stand between the rows once more.
-    std::uint64_t titles() const { return m_titles; }
-    // The first row's place on the wall clock, or its number of seconds (elapsed times).
-    Micros firstWall() const { return m_firstWall; }
-    double firstSeconds() const { return m_firstSeconds; }
-    // True where a date cannot be read in the format's order of day and month, but in the other one; and
-    // where one can be read in the format's order alone.
-    bool contradictsOrder() const { return m_contradictsOrder; }
-    // The dates whose order of day and month no date tells.
-    const DateSteps& dates() const { return m_dates; }
-    bool provesOrder() const { return m_provesOrder; }
-    // How finely the rows tell their time, in seconds, as far as they have been read.
-    double resolution() const { return m_resolution; }
-    // Whether a stamp has named its zone.
-    bool zoned() const { return m_zoned; }
-    // By how much the clock has been set back (or forward, below 0) since the first row, in microseconds, and
-    // how often it was set.
-    Micros clockShift() const { return m_clockShift; }
-    std::uint64_t clockChanges() const { return m_clockChanges; }
+    // What the rows so far tell of their times, and what they lack.
+    const STLClock& clock() const { return m_clock; }
+    const STLLosses& losses() const { return m_losses; }
     // Of the columns whose texts are numbered, by column.
     const std::map<std::size_t, STLTexts>& texts() const { return m_texts; }
 
@@ -82,56 +70,24 @@ private:
     bool readCells();
     bool isTitle() const;
     bool readTime();
-    std::optional<double> rowSeconds();
-    std::optional<double> sinceFirst(std::optional<Micros> wall);
-    void followClock(Micros wall);
-    std::optional<Micros> stampAt(std::string_view cell);
-    std::optional<Micros> rareStamp(std::string_view cell);
-    std::optional<double> numberAt(std::string_view cell);
-    bool timeAt(std::string_view text, Micros& micros);
-    bool isLastDate(std::string_view text) const;
-    std::optional<Micros> dateAt(std::string_view text);
-    void readValues();
+    bool readValues();
     float valueOf(std::size_t column, std::string_view cell);
+    float textNumber(std::size_t column, std::string_view cell);
     void note(STLProblem problem, int column, std::string_view text);
 
     const STLFormat& m_format;
     STLPass m_pass;
     LineReader m_reader;
+    STLClock m_clock;
     std::uint64_t m_lineNumber = 0;
-    std::vector<std::size_t> m_taken;  // columns
+    std::vector<std::size_t> m_taken;   // columns
+    std::vector<std::size_t> m_headed;  // columns of numbers with a heading
     std::vector<std::string_view> m_cells;
     std::vector<float> m_values;
-    std::size_t m_missing = 0;
     std::vector<STLTrouble> m_troubles;
-    std::uint64_t m_skipped = 0;
-    std::vector<std::size_t> m_headed;  // columns of numbers with a heading
-    std::uint64_t m_titles = 0;
-
+    STLLosses m_losses;
     bool m_hasRow = false;
-    bool m_contradictsOrder = false;
-    bool m_provesOrder = false;
-    DateSteps m_dates;
-    int m_unreadable = -1;  // the column at which a time could not be read
-    Micros m_days = 0;      // midnights that times of day have passed
-    Micros m_lastTime = 0;
     double m_seconds = 0.0;
-    bool m_hasFirst = false;
-    Micros m_firstWall = 0;
-    double m_firstSeconds = 0.0;
-    double m_firstNumber = 0.0;
-    std::optional<std::int64_t> m_firstTicks;  // of nanoseconds, where it has no decimals
-    double m_resolution = std::numeric_limits<double>::infinity();
-    bool m_zoned = false;
-    double m_secondsPerUnit = 1.0;  // of times that are numbers
-    Micros m_lastWall = 0;
-    Micros m_lastStep = 0;
-    Micros m_clockShift = 0;
-    std::uint64_t m_clockChanges = 0;
-    // Most rows bear the date of the row before.
-    std::array<char, 16> m_lastDate = {};
-    std::size_t m_lastDateSize = 0;
-    Micros m_lastMidnight = 0;
     std::map<std::size_t, STLTexts> m_texts;
 };
 

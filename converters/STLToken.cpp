@@ -5,6 +5,8 @@
 #include <cstdint>
 
 #include "converters/TimeStamps.h"
+#include "converters/WordedDates.h"
+#include "core/Characters.h"
 #include "core/TextNumbers.h"
 
 using namespace veltrac;
@@ -18,11 +20,6 @@ constexpr char kMinusByte = '\xE2';  // the first one of U+2212
 bool isBlank(char c)
 {
     return c == ' ' || c == '\t';
-}
-
-bool isDigit(char c)
-{
-    return static_cast<unsigned char>(c - '0') < 10;
 }
 
 std::string_view withoutTail(std::string_view cell)
@@ -63,6 +60,28 @@ const char* closingQuote(const char* from, const char* end, char separator)
     return nullptr;
 }
 
+// A stamp of several words that begins a text: "[2026-11-22 01:45:40]", "Sun Nov 22 01:40:30 UTC 2026". 0
+// where there is none.
+std::size_t stampOfWords(std::string_view text)
+{
+    constexpr std::size_t kShortest = 16;
+    if (text.size() < kShortest || (text.front() != '[' && text[3] != ' '))
+        return 0;
+    if (text.front() == '[') {
+        const std::size_t length = std::min(text.find(']'), text.size() - 1) + 1;
+        return length <= kLongestDate && readStamp(text.substr(0, length)) ? length : 0;
+    }
+    std::string_view rest = text;
+    return takeCTime(rest) ? text.size() - rest.size() : 0;
+}
+
+// A number in a sentence: the comma or colon behind it is none of it.
+std::string_view withoutComma(std::string_view word)
+{
+    const bool behind = word.size() > 1 && (word.back() == ',' || word.back() == ':');
+    return behind && isDigit(word[word.size() - 2]) ? word.substr(0, word.size() - 1) : word;
+}
+
 void splitAtBlanks(std::string_view line, std::vector<std::string_view>& out)
 {
     std::size_t i = 0;
@@ -71,18 +90,34 @@ void splitAtBlanks(std::string_view line, std::vector<std::string_view>& out)
             ++i;
         if (i == line.size())
             return;
+        if (line[i] >= 'A') {
+            if (const std::size_t length = stampOfWords(line.substr(i)); length != 0) {
+                out.push_back(line.substr(i, length));
+                i += length;
+                continue;
+            }
+        }
         const char* const quote =
             line[i] == '"' ? closingQuote(line.data() + i, line.data() + line.size(), ' ') : nullptr;
         const bool quoted = quote != nullptr;
         const std::size_t end = quoted ? static_cast<std::size_t>(quote - line.data())
                                        : std::min(line.find_first_of(" \t", i), line.size());
-        const std::string_view cell = quoted ? line.substr(i + 1, end - i - 1) : line.substr(i, end - i);
+        const std::string_view cell =
+            quoted ? line.substr(i + 1, end - i - 1) : withoutComma(line.substr(i, end - i));
         if (!out.empty() && isHalfOfDay(cell, out.back()))
             out.back() = {out.back().data(), static_cast<std::size_t>(cell.data() + 2 - out.back().data())};
         else
             out.push_back(cell);
         i = quoted ? end + 1 : end;
     }
+}
+
+// "| 1 | 2 |"
+bool isFramed(std::string_view line)
+{
+    const std::size_t first = line.find_first_not_of(" \t");
+    return first != std::string_view::npos && line[first] == '|' && line.find_last_not_of(" \t\r") != first &&
+           line[line.find_last_not_of(" \t\r")] == '|';
 }
 
 // Digits and how many of them stand behind the decimal sign.
@@ -198,6 +233,9 @@ std::size_t veltrac::splitCells(std::string_view line, char separator, std::vect
         splitAtBlanks(line, out);
         return out.size();
     }
+    // A frame around a table's lines is no cell.
+    if (separator == '|' && isFramed(line))
+        line = line.substr(line.find('|') + 1);
     // Most lines have as many cells as the one before.
     std::size_t count = 0;
     const auto put = [&](std::string_view cell) {
@@ -228,9 +266,33 @@ std::size_t veltrac::splitCells(std::string_view line, char separator, std::vect
     return count;
 }
 
+std::size_t veltrac::splitCells(std::string_view line, const STLCells& cells,
+                                std::vector<std::string_view>& out)
+{
+    if (cells.edges.empty())
+        return splitCells(line, cells.separator, out);
+    if (!line.empty() && line.back() == '\r')
+        line.remove_suffix(1);
+    out.assign(cells.edges.size(), std::string_view());
+    for (std::size_t i = line.find_first_not_of(' '); i < line.size();) {
+        const std::size_t end = std::min(line.find(' ', i), line.size());
+        // A word that crosses an edge belongs where it ends: numbers stand to the right.
+        const auto edge = std::upper_bound(cells.edges.begin(), cells.edges.end(), end - 1);
+        std::string_view& cell =
+            out[static_cast<std::size_t>(std::max<std::ptrdiff_t>(edge - cells.edges.begin() - 1, 0))];
+        const char* const from = cell.empty() ? line.data() + i : cell.data();
+        cell = {from, static_cast<std::size_t>(line.data() + end - from)};
+        i = line.find_first_not_of(' ', end);
+    }
+    return out.size();
+}
+
 std::optional<double> veltrac::readNumber(std::string_view cell, const STLCells& cells)
 {
     const std::string_view digits = digitsOf(cell, cells.decimal);
+    // A comma behind a number is no decimal one.
+    if (cells.decimal == ',' && cell.ends_with(','))
+        return std::nullopt;
     std::array<char, kLongestNumber> buffer;
     if (digits.empty()) {
         // Only a minus may begin a number so.
@@ -260,7 +322,8 @@ std::optional<double> veltrac::readNumber(std::string_view cell, const STLCells&
 bool veltrac::isNumber(std::string_view cell, const STLCells& cells)
 {
     const std::string_view digits = digitsOf(cell, cells.decimal);
-    return (!digits.empty() && plainNumber(digits, cells.decimal)) || readNumber(cell, cells);
+    const bool plain = !digits.empty() && digits.back() != ',' && plainNumber(digits, cells.decimal);
+    return plain || readNumber(cell, cells);
 }
 
 bool veltrac::isMissing(std::string_view cell, const STLCells& cells)

@@ -15,8 +15,10 @@ inline constexpr int kSTLKinds = 6;
 struct STLCells
 {
     char separator = '\t';  // ' ' stands for any run of blanks and tabs
-    char decimal = '.';     // or ','
-    char grouping = 0;      // between thousands: ',', '.', '\'', ' ', or 0 for none
+    // Where each column of a table of fixed widths begins, as offsets into a line; empty for other tables.
+    std::vector<std::size_t> edges;
+    char decimal = '.';  // or ','
+    char grouping = 0;   // between thousands: ',', '.', '\'', ' ', or 0 for none
     // Compared without case; an empty cell is missing anyway.
     std::vector<std::string> missing = {"-",    "--",   "---", "nan",  "na",  "n/a",
                                         "null", "none", "ol",  "over", "err", "*"};
@@ -39,6 +41,8 @@ namespace veltrac {
 // Cuts a line at its separators; cells come without the blanks around them, and without their quotes. `out`
 // is cleared first. Returns the number of cells.
 std::size_t splitCells(std::string_view line, char separator, std::vector<std::string_view>& out);
+// The same, or at the columns of a table of fixed widths, in which cells may be empty.
+std::size_t splitCells(std::string_view line, const STLCells& cells, std::vector<std::string_view>& out);
 
 // A number: [sign] digits [decimal digits] [e [sign] digits], and nothing behind it.
 std::optional<double> readNumber(std::string_view cell, const STLCells& cells);

@@ -4,16 +4,13 @@
 #include <chrono>
 #include <utility>
 
+#include "core/Characters.h"
+
 namespace veltrac {
 
 namespace {
 
-bool isDigit(char c)
-{
-    return c >= '0' && c <= '9';
-}
-
-bool isLetter(char c)
+bool isLatinLetter(char c)
 {
     return (c | 0x20) >= 'a' && (c | 0x20) <= 'z';
 }
@@ -70,7 +67,7 @@ bool applyHalfOfDay(std::string_view& text, int& hours)
         take(second, '.');
         rest = second;
     }
-    if (!rest.empty() && isLetter(rest.front()))
+    if (!rest.empty() && isLatinLetter(rest.front()))
         return true;
     if (hours < 1 || hours > 12)
         return false;
@@ -82,15 +79,32 @@ bool applyHalfOfDay(std::string_view& text, int& hours)
 // Minutes east of Greenwich of the zones' names that mean but one.
 std::optional<int> takeNamedZone(std::string_view& text)
 {
-    static constexpr std::pair<std::string_view, int> kZones[] = {{"utc", 0},  {"gmt", 0},    {"cest", 120},
-                                                                  {"cet", 60}, {"mesz", 120}, {"mez", 60}};
+    static constexpr std::pair<std::string_view, int> kZones[] = {
+        {"utc", 0},    {"gmt", 0},    {"cest", 120}, {"cet", 60},   {"mesz", 120}, {"mez", 60},
+        {"eest", 180}, {"eet", 120},  {"west", 60},  {"wet", 0},    {"est", -300}, {"edt", -240},
+        {"cst", -360}, {"cdt", -300}, {"mst", -420}, {"mdt", -360}, {"pst", -480}, {"pdt", -420}};
+    std::string_view rest = text;
     for (const auto& [name, minutes] : kZones)
-        if (takeWord(text, name))
+        if (takeWord(rest, name) && (rest.empty() || !isLatinLetter(rest.front()))) {
+            text = rest;
             return minutes;
+        } else {
+            rest = text;
+        }
     return std::nullopt;
 }
 
 }  // namespace
+
+std::string_view unframed(std::string_view text)
+{
+    while (text.ends_with(':') || text.ends_with(','))
+        text.remove_suffix(1);
+    if (text.size() > 2 &&
+        ((text.front() == '[' && text.back() == ']') || (text.front() == '(' && text.back() == ')')))
+        text = text.substr(1, text.size() - 2);
+    return text;
+}
 
 int fullYear(int year, bool twoDigits)
 {

@@ -38,6 +38,9 @@ struct Stamp
     std::optional<int> zoneMinutes;  // east of Greenwich; 0 for "Z"
 };
 
+// A date or time without the brackets around it, and without a colon or comma behind it.
+std::string_view unframed(std::string_view text);
+
 // Each reads what stands at the beginning of `text` and takes it away; nothing where it is none.
 std::optional<DateParts> takeDate(std::string_view& text);  // yyyy-mm-dd, dd.mm.yyyy, d/m/yyyy, …
 std::optional<TimeOfDay> takeTime(std::string_view& text);  // hh:mm[:ss[.fff]] [AM|PM]

@@ -1,6 +1,8 @@
 #include "converters/TimeStamps.h"
 
 #include <algorithm>
+#include <chrono>
+#include <cmath>
 
 #include "converters/WordedDates.h"
 
@@ -14,8 +16,8 @@ std::optional<Stamp> readBehind(const DateParts& date, std::string_view text)
     Stamp stamp{date, std::nullopt, std::nullopt};
     if (text.empty())
         return stamp;
-    const bool comma = text.front() == ',';
-    if (text.front() != ' ' && text.front() != 'T' && text.front() != '_' && !comma)
+    constexpr std::string_view kBetween = " T_,:-";
+    if (kBetween.find(text.front()) == std::string_view::npos)
         return std::nullopt;
     text.remove_prefix(1);
     text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
@@ -33,6 +35,7 @@ std::optional<Stamp> readBehind(const DateParts& date, std::string_view text)
 
 std::optional<Stamp> readStamp(std::string_view text)
 {
+    text = unframed(text);
     std::string_view rest = text;
     auto date = takeDate(rest);
     if (!date)
@@ -41,7 +44,10 @@ std::optional<Stamp> readStamp(std::string_view text)
         return readBehind(*date, rest);
     if (const auto compact = readCompactStamp(text))
         return compact;
-    return readCTime(text);
+    if (const auto stamp = takeCTime(rest); stamp && rest.empty())
+        return stamp;
+    date = readPartOfYear(text);
+    return date ? std::optional(Stamp{*date, std::nullopt, std::nullopt}) : std::nullopt;
 }
 
 bool readPlainTime(std::string_view text, Micros& micros)
@@ -91,6 +97,37 @@ std::optional<DateParts> readDate(std::string_view text)
         return date;
     const auto stamp = readStamp(text);
     return stamp && !stamp->time ? std::optional(stamp->date) : std::nullopt;
+}
+
+std::optional<Micros> decimalYear(double years, bool inMonths)
+{
+    using namespace std::chrono;
+    constexpr double kMonths = 12.0;
+    if (!(years >= kFirstDecimalYear && years <= kLastDecimalYear))
+        return std::nullopt;
+    int whole = static_cast<int>(years);
+    const double part = years - whole;
+    const auto startOf = [](int y, unsigned m) {
+        return Micros{sys_days{year{y} / month{m} / 1}.time_since_epoch().count()} * kMicrosPerDay;
+    };
+    if (!inMonths) {
+        const auto length = static_cast<double>(startOf(whole + 1, 1) - startOf(whole, 1));
+        return startOf(whole, 1) + std::llround(part * length / kMicrosPerSecond) * kMicrosPerSecond;
+    }
+    int passed = static_cast<int>(std::lround(part * kMonths));
+    whole += passed / 12;
+    passed %= 12;
+    return startOf(whole, static_cast<unsigned>(passed) + 1);
+}
+
+std::optional<Micros> serialDay(double days)
+{
+    constexpr double kDaysTo1970 = 25569.0;
+    constexpr double kMost = 2958466.0;  // the end of the year 9999
+    constexpr double kMillisPerDay = 86'400'000.0;
+    if (!(days >= 1.0 && days < kMost))
+        return std::nullopt;
+    return Micros{std::llround((days - kDaysTo1970) * kMillisPerDay)} * 1000;
 }
 
 std::optional<Micros> wallClock(const Stamp& stamp, DateOrder order)

@@ -22,6 +22,13 @@ std::optional<TimeOfDay> readClock(std::string_view text);
 // "hh:mm:ss" and nothing else, as nearly all loggers write it.
 bool readPlainTime(std::string_view text, Micros& micros);
 
+// 2010.25 on the wall clock, to a second; or the first of the nearest month. Nothing beyond these years.
+inline constexpr double kFirstDecimalYear = 1500.0;
+inline constexpr double kLastDecimalYear = 2200.0;
+std::optional<Micros> decimalYear(double years, bool inMonths);
+// Days as spreadsheets count them, 1 being the last one of 1899, to a millisecond.
+std::optional<Micros> serialDay(double days);
+
 // A date's and time's place on the wall clock; with a zone, that of Greenwich.
 std::optional<Micros> wallClock(const Stamp& stamp, DateOrder order);
 

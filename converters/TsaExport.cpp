@@ -23,7 +23,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t kBatchValues = std::size_t{1} << 14;
+constexpr std::size_t kWrittenBatch = std::size_t{1} << 14;
 
 // A file that is written in blocks; every failure is thrown.
 class Output
@@ -169,7 +169,7 @@ JobOutcome writeRows(TSFILE& ts, std::uint32_t first, std::uint32_t samples, Out
 {
     const std::size_t columns = ts.columns();
     const auto batch = static_cast<std::uint32_t>(
-        std::max<std::size_t>(1, kBatchValues / std::max<std::size_t>(1, columns)));
+        std::max<std::size_t>(1, kWrittenBatch / std::max<std::size_t>(1, columns)));
     RowText text(ts, batch);
     std::vector<float> values(batch * columns);
     for (std::uint32_t done = 0; done < samples;) {

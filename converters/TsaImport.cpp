@@ -24,7 +24,7 @@ namespace fs = std::filesystem;
 constexpr std::size_t kExtensionLength = 4;  // ".tsa", whatever it reads
 constexpr int kPasses = 3;
 constexpr std::size_t kLinesBetweenReports = 4096;
-constexpr std::size_t kBatchValues = std::size_t{1} << 16;
+constexpr std::size_t kReadBatch = std::size_t{1} << 16;
 
 struct Cancelled
 {
@@ -229,7 +229,7 @@ public:
         : m_ts(ts),
           m_columns(ts.columns()),
           m_time32(ts.timeColumn() != 0 ? ts.time32Column() : 0),
-          m_batchRows(std::max<std::size_t>(1, kBatchValues / m_columns)),
+          m_batchRows(std::max<std::size_t>(1, kReadBatch / m_columns)),
           m_values(m_batchRows * m_columns)
     {
     }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 
+#include "core/Characters.h"
 #include "core/TextNumbers.h"
 
 namespace veltrac {
@@ -11,11 +12,6 @@ namespace {
 
 constexpr int kYearBase = 1900;
 constexpr int kLastYear = kYearBase + 255;  // a stamp keeps one byte of it
-
-bool isDigit(char c)
-{
-    return c >= '0' && c <= '9';
-}
 
 // "12" of a key; a spelling that no column number has ("0", "012", "1x") is none.
 std::optional<std::uint32_t> columnOf(std::string_view digits)

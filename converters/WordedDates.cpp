@@ -3,16 +3,14 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <chrono>
 #include <string>
+
+#include "core/Characters.h"
 
 namespace veltrac {
 
 namespace {
-
-bool isDigit(char c)
-{
-    return c >= '0' && c <= '9';
-}
 
 // Bytes of letters that are not ASCII count, in UTF-8 and in Windows-1252.
 bool isLetter(char c)
@@ -178,19 +176,104 @@ std::optional<DateParts> takeWordedDate(std::string_view& text)
     return date;
 }
 
-std::optional<Stamp> readCTime(std::string_view text)
+std::optional<Stamp> takeCTime(std::string_view& text)
 {
-    skipWeekday(text);
-    const int month = monthOf(takeWord(text));
-    skip(text, " ");
-    const auto day = takeDigits(text);
-    skip(text, " ");
-    const auto time = takeTime(text);
-    skip(text, " ");
-    const auto year = takeDigits(text);
-    if (month == 0 || !day || !time || !year || year->count != 4 || !text.empty())
+    std::string_view rest = text;
+    skipWeekday(rest);
+    const int month = monthOf(takeWord(rest));
+    skip(rest, " ");
+    const auto day = month == 0 ? std::nullopt : takeDigits(rest);
+    skip(rest, " ");
+    const auto time = day ? takeTime(rest) : std::nullopt;
+    if (!time)
         return std::nullopt;
-    return Stamp{datedBy(year->value, month, day->value), time, std::nullopt};
+    const auto zone = takeZone(rest);
+    skip(rest, " ");
+    const auto year = takeDigits(rest);
+    if (!year || year->count != 4 || (!rest.empty() && rest.front() != ' '))
+        return std::nullopt;
+    text = rest;
+    return Stamp{datedBy(year->value, month, day->value), time, zone};
+}
+
+int monthOfName(std::string_view name)
+{
+    const int month = monthOf(takeWord(name));
+    return name.empty() || name == "." ? month : 0;
+}
+
+namespace {
+
+constexpr bool isYear(const std::optional<Digits>& digits)
+{
+    return digits && digits->count == 4 && digits->value >= 1500 && digits->value <= 2200;
+}
+
+// Monday of a week, or another day of it: the first one holds the year's first Thursday.
+DateParts dayOfWeek(int year, int week, int day)
+{
+    using namespace std::chrono;
+    const sys_days fourth = sys_days{std::chrono::year{year} / January / 4};
+    const sys_days monday = fourth - (weekday{fourth} - Monday);
+    const year_month_day date{monday + days{(week - 1) * 7 + day - 1}};
+    return datedBy(static_cast<int>(date.year()), static_cast<int>(static_cast<unsigned>(date.month())),
+                   static_cast<int>(static_cast<unsigned>(date.day())));
+}
+
+// What stands behind a year: "-01", "M01", " Q1", "-W05", "-W05-3", " Jan".
+std::optional<DateParts> behindYear(int year, std::string_view rest)
+{
+    const std::size_t before = rest.size();
+    skip(rest, "-/ ");
+    const bool apart = rest.size() != before;
+    const std::string word = takeWord(rest);
+    const auto digits = takeDigits(rest);
+    if (!digits) {
+        const int month = rest.empty() && apart ? monthOf(word) : 0;
+        return month == 0 ? std::nullopt : std::optional(datedBy(year, month, 1));
+    }
+    const int n = digits->value;
+    if (word == "w" && digits->count == 2 && n >= 1 && n <= 53) {
+        skip(rest, "-");
+        const auto day = rest.empty() ? Digits{1, 1} : takeDigits(rest).value_or(Digits{0, 0});
+        return rest.empty() && day.value >= 1 && day.value <= 7 ? std::optional(dayOfWeek(year, n, day.value))
+                                                                : std::nullopt;
+    }
+    if (!rest.empty())
+        return std::nullopt;
+    if (word == "q" && digits->count == 1 && n >= 1 && n <= 4)
+        return datedBy(year, n * 3 - 2, 1);
+    const bool month = word == "m" || (word.empty() && apart && digits->count == 2);
+    return month && n >= 1 && n <= 12 ? std::optional(datedBy(year, n, 1)) : std::nullopt;
+}
+
+}  // namespace
+
+std::optional<DateParts> readPartOfYear(std::string_view text)
+{
+    if (text.empty())
+        return std::nullopt;
+    std::string_view rest = text;
+    if (isDigit(text.front())) {
+        const auto first = takeDigits(rest);
+        if (isYear(first))
+            return behindYear(first->value, rest);
+        const bool month = first && first->count <= 2 && first->value >= 1 && first->value <= 12;
+        if (!month || !rest.starts_with('/'))
+            return std::nullopt;
+        rest.remove_prefix(1);
+        const auto year = takeDigits(rest);
+        return isYear(year) && rest.empty() ? std::optional(datedBy(year->value, first->value, 1))
+                                            : std::nullopt;
+    }
+    const std::string word = takeWord(rest);
+    const auto quarter = word == "q" ? takeDigits(rest) : std::nullopt;
+    const int month = quarter ? quarter->value * 3 - 2 : monthOf(word);
+    skip(rest, "-/., ");
+    const auto year = takeDigits(rest);
+    return isYear(year) && rest.empty() && month >= 1 && month <= 12
+               ? std::optional(datedBy(year->value, month, 1))
+               : std::nullopt;
 }
 
 std::optional<Stamp> readCompactStamp(std::string_view text)

@@ -1,4 +1,4 @@
-// Dates whose month is a word, and stamps of digits alone: what readStamp() tries last.
+// Dates whose month is a word, parts of years, and stamps of digits alone: what readStamp() tries last.
 #pragma once
 
 #include <optional>
@@ -13,8 +13,16 @@ namespace veltrac {
 // and takes it away, nothing where it is none. The parts come as year, month, day.
 std::optional<DateParts> takeWordedDate(std::string_view& text);
 
-// The whole text as "Tue Mar 12 09:58:00 2024", as C's asctime() writes it.
-std::optional<Stamp> readCTime(std::string_view text);
+// "Tue Mar 12 09:58:00 2024" as C's asctime() writes it, perhaps with a zone before the year; read like
+// takeWordedDate().
+std::optional<Stamp> takeCTime(std::string_view& text);
+
+// The whole text as the beginning of a month, a quarter or a week: "2010-01", "01/2010", "Jan 2010", "2010
+// Q1", "2010-W05", "2010-W05-3".
+std::optional<DateParts> readPartOfYear(std::string_view text);
+
+// 1 to 12 of a month's name, whole or cut to three letters or more; 0 of any other word.
+int monthOfName(std::string_view name);
 
 // The whole text as "20240312T095800Z", "20240312 0958", "20240312095800", "202403120958", "2024031209" or
 // "20240312"; nothing for a day or time that there is not.

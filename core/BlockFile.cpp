@@ -195,6 +195,38 @@ std::size_t BlockFile::readBlocks(std::uint64_t offset, std::span<float> values)
     return readBlocksLocked(offset, values);
 }
 
+std::optional<std::size_t> BlockFile::copyRun(const BlockFile& from, std::uint64_t offset,
+                                              std::size_t count) noexcept
+{
+#ifdef __linux__
+    auto source = static_cast<off_t>(offset);
+    auto target = static_cast<off_t>(offset);
+    const ssize_t moved = ::copy_file_range(from.m_descriptor, &source, m_descriptor, &target, count, 0);
+    if (moved >= 0)
+        return static_cast<std::size_t>(moved);
+#else
+    (void)from, (void)offset, (void)count;
+#endif
+    return std::nullopt;
+}
+
+bool BlockFile::reserve(std::uint64_t offset, std::uint64_t end) noexcept
+{
+#ifdef __linux__
+    if (m_readOnly || offset >= end)
+        return false;
+    // Not posix_fallocate(), which on file systems that cannot do it writes a byte into each block.
+    for (;;) {
+        if (::fallocate(m_descriptor, 0, static_cast<off_t>(offset), static_cast<off_t>(end - offset)) == 0)
+            return true;
+        if (errno != EINTR)
+            return false;
+    }
+#else
+    return offset > end;
+#endif
+}
+
 std::uint64_t BlockFile::size() const noexcept
 {
 #ifdef _WIN32

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <mutex>
+#include <optional>
 #include <span>
 
 #include "core/TsHeader.h"
@@ -45,6 +46,17 @@ public:
     std::size_t writeBlocks(std::uint64_t offset, std::span<const float> values);
     // Takes the lock itself.
     std::size_t readBlocks(std::uint64_t offset, std::span<float> values) const;
+
+    // Copies up to `count` bytes of another file to the same offset of this one, inside the platform. Returns
+    // the bytes copied, 0 at the other's end; nothing where the platform does not do that between the two, or
+    // fails: readRun() and writeRun() do it then, or fail the same. The caller holds lock().
+    std::optional<std::size_t> copyRun(const BlockFile& from, std::uint64_t offset,
+                                       std::size_t count) noexcept;
+
+    // Makes the file reach from `offset` to `end` with zeros that the disk has room for. False, with nothing
+    // promised, where the platform does not do that or there is no room: they are to be written then, which
+    // tells where it ends.
+    bool reserve(std::uint64_t offset, std::uint64_t end) noexcept;
 
     // The file's present size in bytes, 0 where the platform does not tell.
     std::uint64_t size() const noexcept;

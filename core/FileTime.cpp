@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstdio>
 
+#include "core/Characters.h"
 #include "core/TimeUnits.h"
 #include "core/Variable.h"
 #include "core/WallClock.h"
@@ -47,7 +48,7 @@ double secondsOf(std::string_view unit)
 int takeDigits(std::string_view& text, std::size_t least, std::size_t most)
 {
     std::size_t count = 0;
-    while (count < text.size() && count < most && text[count] >= '0' && text[count] <= '9')
+    while (count < text.size() && count < most && isDigit(text[count]))
         ++count;
     int number = -1;
     if (count < least || std::from_chars(text.data(), text.data() + count, number).ec != std::errc())
@@ -78,8 +79,7 @@ std::optional<double> clockTime(std::string_view text)
         const std::string_view rest = text;
         const int whole = takeDigits(text, 2, 2);
         const bool fraction = take(text, '.') || take(text, ',');
-        if (whole < 0 || whole > 59 ||
-            !std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; }) ||
+        if (whole < 0 || whole > 59 || !std::all_of(text.begin(), text.end(), isDigit) ||
             (!fraction && !text.empty()))
             return std::nullopt;
         seconds =

@@ -7,12 +7,16 @@
 #include <vector>
 
 #include "core/TsExceptions.h"
+#include "core/WorkerPool.h"
 
 using namespace veltrac;
 
 namespace {
 
-constexpr std::size_t kChunkFloats = 1U << 15;
+constexpr std::size_t kPieceFloats = 1U << 16;
+// Rows so wide that a bucket of them holds more are summed up one after the other: pieces of whole buckets
+// would take too much memory.
+constexpr std::size_t kMostPieceFloats = 1U << 20;
 constexpr const char* kNoMemory = "not enough memory";
 
 }  // namespace
@@ -34,24 +38,22 @@ public:
 
     JobOutcome run(std::uint64_t before, std::uint64_t total, const Progress& progress)
     {
-        const std::uint32_t columns = std::max<std::uint32_t>(1, m_source.columns());
-        const auto chunk = static_cast<std::uint32_t>(std::max<std::size_t>(1, kChunkFloats / columns));
-        std::vector<float> rows(std::size_t{std::min(chunk, m_source.rows())} * columns);
-        bool learning = !m_source.timesAreKnown();
-        for (std::uint32_t done = 0; done < m_source.rows();) {
-            const std::uint32_t count = std::min(chunk, m_source.rows() - done);
-            m_source.readRows(done + 1, count, rows.data());
-            learning = learning && m_source.learnTimes(done + 1, count, rows.data());
-            for (std::size_t v = 0; v < m_variables.size(); ++v)
-                add(v, rows.data(), columns, count);
-            done += count;
-            if (!goesOn(progress, before + std::uint64_t{done} * columns, total))
-                return JobOutcome::Cancelled;
-        }
+        WorkerPool& pool = WorkerPool::shared();
+        m_pieces.resize(pool.slots());
+        m_learning = !m_source.timesAreKnown();
+        for (Pyramid& pyramid : m_pyramids)
+            pyramid.reserve(m_source.rows() / m_source.bucketRows() + 1);
+        const WorkerPool::Stages stages{[this](std::size_t slot) { return take(m_pieces[slot]); },
+                                        [this](std::size_t slot) { sumUp(m_pieces[slot]); },
+                                        [this](std::size_t slot) { give(m_pieces[slot]); }};
+        const JobOutcome outcome = pool.run(
+            stages, [&] { return goesOn(progress, before + std::uint64_t{m_given} * width(), total); });
+        if (outcome == JobOutcome::Cancelled)
+            return outcome;
         m_source.timesAreComplete();
         for (std::size_t v = 0; v < m_variables.size(); ++v)
             hand(v);
-        return JobOutcome::Done;
+        return outcome;
     }
 
     void fail(const std::string& text)
@@ -61,19 +63,74 @@ public:
     }
 
 private:
-    void add(std::size_t v, const float* rows, std::uint32_t columns, std::uint32_t count)
+    // Rows on their way into the pyramids.
+    struct Piece
     {
-        const float* values = rows + m_variables[v]->m_variable.column() - 1;
-        if (!m_variables[v]->usesPositive()) {
-            m_pyramids[v].add(values, columns, count);
-            return;
+        std::uint32_t count = 0;
+        std::vector<float> rows;
+        std::vector<float> positive;
+        std::vector<std::vector<Summary>> buckets;  // of each variable
+    };
+
+    std::uint32_t width() const { return std::max<std::uint32_t>(1, m_source.columns()); }
+    // Whether pieces are made of whole buckets, which can be summed up at the same time.
+    bool inBuckets() const { return std::size_t{m_source.bucketRows()} * width() <= kMostPieceFloats; }
+
+    bool take(Piece& piece)
+    {
+        if (m_taken == m_source.rows())
+            return false;
+        auto rows = static_cast<std::uint32_t>(std::max<std::size_t>(1, kPieceFloats / width()));
+        if (inBuckets())
+            rows = std::max(rows - rows % m_source.bucketRows(), m_source.bucketRows());
+        piece.count = std::min(rows, m_source.rows() - m_taken);
+        piece.rows.resize(std::size_t{piece.count} * width());
+        m_source.readRows(m_taken + 1, piece.count, piece.rows.data());
+        m_learning = m_learning && m_source.learnTimes(m_taken + 1, piece.count, piece.rows.data());
+        m_taken += piece.count;
+        return true;
+    }
+
+    void sumUp(Piece& piece) const
+    {
+        piece.buckets.resize(m_variables.size());
+        for (std::size_t v = 0; v < m_variables.size() && inBuckets(); ++v) {
+            const Values values = valuesOf(v, piece);
+            piece.buckets[v].clear();
+            summariesOf(values.first, values.stride, piece.count, m_source.bucketRows(), piece.buckets[v]);
         }
-        m_positive.resize(count);
-        for (std::size_t i = 0; i < count; ++i) {
-            const float raw = values[i * columns];
-            m_positive[i] = m_variables[v]->counts(raw) ? raw : std::numeric_limits<float>::quiet_NaN();
+    }
+
+    void give(Piece& piece)
+    {
+        for (std::size_t v = 0; v < m_variables.size(); ++v) {
+            if (inBuckets()) {
+                m_pyramids[v].add(piece.buckets[v]);
+            } else {
+                const Values values = valuesOf(v, piece);
+                m_pyramids[v].add(values.first, values.stride, piece.count);
+            }
         }
-        m_pyramids[v].add(m_positive.data(), 1, count);
+        m_given += piece.count;
+    }
+
+    // A variable's values among those of a piece.
+    struct Values
+    {
+        const float* first;
+        std::size_t stride;
+    };
+    Values valuesOf(std::size_t v, Piece& piece) const
+    {
+        const float* const values = piece.rows.data() + m_variables[v]->m_variable.column() - 1;
+        if (!m_variables[v]->usesPositive())
+            return {values, width()};
+        piece.positive.resize(piece.count);
+        for (std::size_t i = 0; i < piece.count; ++i) {
+            const float raw = values[i * width()];
+            piece.positive[i] = m_variables[v]->counts(raw) ? raw : std::numeric_limits<float>::quiet_NaN();
+        }
+        return {piece.positive.data(), 1};
     }
 
     void hand(std::size_t v)
@@ -90,7 +147,10 @@ private:
     PlotSource& m_source;
     std::vector<HsVariable*> m_variables;
     std::vector<Pyramid> m_pyramids;
-    std::vector<float> m_positive;
+    std::vector<Piece> m_pieces;
+    std::uint32_t m_taken = 0;  // rows
+    std::uint32_t m_given = 0;
+    bool m_learning = false;
 };
 
 JobOutcome HsVariable::build(const Progress& progress)

@@ -1,7 +1,10 @@
 #include "core/Pyramid.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+
+#include "core/Vectors.h"
 
 namespace veltrac {
 
@@ -31,52 +34,91 @@ void Summary::widen(const Summary& other)
 
 namespace {
 
-// Four chains each, so that one addition or comparison does not wait for the one before.
+// Four sums and extremes each; what does not fill them goes to the first one.
 constexpr std::size_t kChains = 4;
 
-// All values finite, side by side.
-Summary summaryOfFinite(const float* values, std::size_t n, double sum)
+// The summaries of `Buckets` runs of n values (at most a bucket's), one behind the other, if all values are
+// finite: floats cannot overflow a sum of doubles, so that tells. The runs are summed up side by side, or the
+// processor would wait for each addition.
+template <std::size_t Buckets>
+class FiniteRuns
 {
-    Summary s;
-    s.count = static_cast<std::uint32_t>(n);
-    s.mean = sum / static_cast<double>(n);
-    double squares[kChains] = {};
-    float least[kChains];
-    float greatest[kChains];
-    std::fill_n(least, kChains, s.least);
-    std::fill_n(greatest, kChains, s.greatest);
-    const auto take = [&](std::size_t i, std::size_t chain) {
-        const float v = values[i];
-        const double d = static_cast<double>(v) - s.mean;
-        squares[chain] += d * d;
-        least[chain] = v < least[chain] ? v : least[chain];
-        greatest[chain] = v > greatest[chain] ? v : greatest[chain];
-    };
-    std::size_t i = 0;
-    for (; i + kChains <= n; i += kChains)
-        for (std::size_t chain = 0; chain < kChains; ++chain)
-            take(i + chain, chain);
-    for (; i < n; ++i)
-        take(i, 0);
-    for (std::size_t chain = 0; chain < kChains; ++chain) {
-        s.squares += squares[chain];
-        s.least = std::min(s.least, least[chain]);
-        s.greatest = std::max(s.greatest, greatest[chain]);
-    }
-    return s;
-}
+public:
+    FiniteRuns(const float* values, std::size_t n) : m_values(values), m_count(n) {}
 
-double sumOf(const float* values, std::size_t n)
-{
-    double sums[kChains] = {};
-    std::size_t i = 0;
-    for (; i + kChains <= n; i += kChains)
-        for (std::size_t chain = 0; chain < kChains; ++chain)
-            sums[chain] += static_cast<double>(values[i + chain]);
-    for (; i < n; ++i)
-        sums[0] += static_cast<double>(values[i]);
-    return (sums[0] + sums[1]) + (sums[2] + sums[3]);
-}
+    bool sumUp(Summary* out)
+    {
+        const std::array<Sums, Buckets> sums = summed([](auto v, std::size_t) { return v; });
+        for (std::size_t b = 0; b < Buckets; ++b) {
+            const double sum = (sums[b][0][0] + sums[b][0][1]) + (sums[b][1][0] + sums[b][1][1]);
+            if (!std::isfinite(sum))
+                return false;
+            out[b] = {};
+            out[b].count = static_cast<std::uint32_t>(m_count);
+            out[b].mean = sum / static_cast<double>(m_count);
+        }
+        double mean[Buckets];
+        for (std::size_t b = 0; b < Buckets; ++b)
+            mean[b] = out[b].mean;
+        const std::array<Sums, Buckets> squares = summed([&mean](auto v, std::size_t b) {
+            const auto d = v - mean[b];
+            return d * d;
+        });
+        for (std::size_t b = 0; b < Buckets; ++b)
+            out[b].squares = squares[b][0][0] + squares[b][0][1] + squares[b][1][0] + squares[b][1][1];
+        takeExtremes(out);
+        return true;
+    }
+
+private:
+    using Sums = std::array<TwoDoubles, 2>;
+
+    // The four sums of step(v) for all values of each run.
+    template <typename Step>
+    std::array<Sums, Buckets> summed(Step step) const
+    {
+        std::array<Sums, Buckets> sums{};
+        std::size_t i = 0;
+        for (; i + kChains <= m_count; i += kChains)
+            for (std::size_t b = 0; b < Buckets; ++b) {
+                const auto v = vectorAt<FourFloats>(m_values + b * m_count + i);
+                sums[b][0] += step(lowDoubles(v), b);
+                sums[b][1] += step(highDoubles(v), b);
+            }
+        for (; i < m_count; ++i)
+            for (std::size_t b = 0; b < Buckets; ++b)
+                sums[b][0][0] += step(static_cast<double>(m_values[b * m_count + i]), b);
+        return sums;
+    }
+
+    void takeExtremes(Summary* out) const
+    {
+        std::array<FourFloats, Buckets> least;
+        std::array<FourFloats, Buckets> greatest;
+        least.fill(FourFloats{} + Summary().least);
+        greatest.fill(FourFloats{} + Summary().greatest);
+        std::size_t i = 0;
+        for (; i + kChains <= m_count; i += kChains)
+            for (std::size_t b = 0; b < Buckets; ++b) {
+                const auto v = vectorAt<FourFloats>(m_values + b * m_count + i);
+                least[b] = v < least[b] ? v : least[b];
+                greatest[b] = v > greatest[b] ? v : greatest[b];
+            }
+        for (std::size_t b = 0; b < Buckets; ++b) {
+            for (std::size_t rest = i; rest < m_count; ++rest) {
+                least[b][0] = std::min(least[b][0], m_values[b * m_count + rest]);
+                greatest[b][0] = std::max(greatest[b][0], m_values[b * m_count + rest]);
+            }
+            for (std::size_t chain = 0; chain < kChains; ++chain) {
+                out[b].least = std::min(out[b].least, least[b][chain]);
+                out[b].greatest = std::max(out[b].greatest, greatest[b][chain]);
+            }
+        }
+    }
+
+    const float* m_values;
+    std::size_t m_count;
+};
 
 }  // namespace
 
@@ -91,12 +133,9 @@ Summary summaryOf(const float* values, std::size_t stride, std::size_t n)
             gathered[i] = values[i * stride];
         return summaryOf(gathered, 1, n);
     }
-    if (stride == 1) {
-        // Floats cannot overflow a sum of doubles: it is finite where all of them are.
-        const double sum = sumOf(values, n);
-        if (std::isfinite(sum))
-            return summaryOfFinite(values, n, sum);
-    }
+    if (Summary finite;
+        stride == 1 && n <= Pyramid::kLargestBucket && FiniteRuns<1>(values, n).sumUp(&finite))
+        return finite;
     Summary s;
     double sum = 0.0;
     for (std::size_t i = 0; i < n; ++i) {
@@ -117,6 +156,43 @@ Summary summaryOf(const float* values, std::size_t stride, std::size_t n)
             s.squares += (static_cast<double>(v) - s.mean) * (static_cast<double>(v) - s.mean);
     }
     return s;
+}
+
+void summariesOf(const float* values, std::size_t stride, std::size_t n, std::size_t bucket,
+                 std::vector<Summary>& out)
+{
+    constexpr std::size_t kAtOnce = 4;
+    std::size_t i = 0;
+    float gathered[kAtOnce * Pyramid::kLargestBucket];
+    for (; i + kAtOnce * bucket <= n; i += kAtOnce * bucket) {
+        const float* run = values + i * stride;
+        if (stride != 1) {
+            for (std::size_t k = 0; k < kAtOnce * bucket; ++k)
+                gathered[k] = run[k * stride];
+            run = gathered;
+        }
+        Summary finite[kAtOnce];
+        if (!FiniteRuns<kAtOnce>(run, bucket).sumUp(finite))
+            for (std::size_t b = 0; b < kAtOnce; ++b)
+                finite[b] = summaryOf(run + b * bucket, 1, bucket);
+        out.insert(out.end(), finite, finite + kAtOnce);
+    }
+    for (; i < n; i += bucket)
+        out.push_back(summaryOf(values + i * stride, stride, std::min(bucket, n - i)));
+}
+
+void Pyramid::reserve(std::size_t buckets)
+{
+    if (m_levels.empty())
+        m_levels.emplace_back();
+    m_levels.front().reserve(buckets);
+}
+
+void Pyramid::add(std::span<const Summary> buckets)
+{
+    if (m_levels.empty())
+        m_levels.emplace_back();
+    m_levels.front().insert(m_levels.front().end(), buckets.begin(), buckets.end());
 }
 
 void Pyramid::add(const float* values, std::size_t stride, std::size_t n)

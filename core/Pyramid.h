@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <span>
 #include <vector>
 
 namespace veltrac {
@@ -30,6 +31,10 @@ struct Summary
 // The summary of n values that stand `stride` apart.
 Summary summaryOf(const float* values, std::size_t stride, std::size_t n);
 
+// Appends the summaries of the buckets of n samples, which stand `stride` apart; the last one may be short.
+void summariesOf(const float* values, std::size_t stride, std::size_t n, std::size_t bucket,
+                 std::vector<Summary>& out);
+
 class Pyramid
 {
 public:
@@ -40,6 +45,11 @@ public:
 
     // Takes the next n samples, which stand `stride` apart.
     void add(const float* values, std::size_t stride, std::size_t n);
+    // Takes whole buckets that were summed up elsewhere; only the last one of all may be short. Either way
+    // comes to the same bits, but one pyramid is made in one of them.
+    void add(std::span<const Summary> buckets);
+    // Makes room for this many buckets in all.
+    void reserve(std::size_t buckets);
     // After the last sample.
     void finish();
     void clear();

@@ -13,7 +13,7 @@ namespace veltrac {
 
 namespace {
 
-constexpr std::uint32_t kRunBytes = 1U << 20;
+constexpr std::uint32_t kRebuiltBytes = 1U << 20;
 constexpr std::uint32_t kOfARead = 100000;  // what marks the byte counts of a read, see TS::IO_ERROR
 
 // Counts that the file does not hold would be copied as far as they go, through a buffer of their size.
@@ -62,7 +62,7 @@ JobOutcome copyValues(TSFILE& from, TSFILE& to, const Progress& progress)
         return JobOutcome::Done;
 
     const std::uint32_t widest = std::max(oldColumns, newColumns);
-    const std::uint32_t run = std::max<std::uint32_t>(1, kRunBytes / sizeof(float) / widest);
+    const std::uint32_t run = std::max<std::uint32_t>(1, kRebuiltBytes / sizeof(float) / widest);
     std::vector<float> in(std::size_t{run} * oldColumns);
     std::vector<float> out(std::size_t{run} * newColumns, 0.0F);
     for (std::uint32_t done = 0; done < samples;) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <mutex>
 #include <vector>
 
 #include "core/TSFILE.h"
@@ -75,9 +76,25 @@ void TSFILE::resize(std::uint32_t newCount)
 
 void TSFILE::writeZeros(std::uint64_t from, std::uint64_t to)
 {
-    const Block zeros{};
-    for (std::uint64_t offset = from; offset < to; offset += kBlockBytes)
-        m_file.write(offset, zeros);
+    // What the file does not reach yet is zeros as soon as the platform has room for it.
+    const std::uint64_t reached = std::max(from, std::min(to, m_file.size()));
+    const std::uint64_t end = m_file.reserve(reached, to) ? reached : to;
+    static constexpr float kZeros[DataRuns::kRunFloats] = {};
+    for (std::uint64_t offset = from; offset < end;) {
+        const std::size_t count =
+            std::min<std::uint64_t>(DataRuns::kRunFloats, (end - offset) / sizeof(float));
+        std::size_t done = 0;
+        if (!readOnly()) {
+            const std::lock_guard guard(BlockFile::lock());
+            done = m_file.writeBlocks(offset, {kZeros, count});
+        }
+        offset += done * kBlockBytes;
+        // The block at which it came short says why.
+        if (done * kBlockFloats < count) {
+            m_file.write(offset, Block{});
+            offset += kBlockBytes;
+        }
+    }
 }
 
 // Moves the data section up, last block first, and clears the room that it leaves.

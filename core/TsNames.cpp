@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <string_view>
 
+#include "core/Characters.h"
 #include "core/TsExceptions.h"
 
 namespace veltrac {
@@ -51,7 +52,6 @@ std::unique_ptr<TSFILE> createTsFile(const std::string& fileName, std::uint32_t 
 
 std::string newTsFileName(const std::string& typed)
 {
-    const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
     if (!typed.empty() && std::all_of(typed.begin(), typed.end(), isDigit))
         return TSFILE::tsFileName(typed.c_str());
     return typed.ends_with(kExtension) ? typed : typed + std::string(kExtension);

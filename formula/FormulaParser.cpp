@@ -9,6 +9,7 @@
 #include <string_view>
 #include <utility>
 
+#include "core/Characters.h"
 #include "core/TSFILE.h"
 #include "formula/FormulaEvaluation.h"
 #include "formula/FormulaFunctions.h"
@@ -55,11 +56,6 @@ constexpr std::int32_t kMostNodes = 10000;
 bool isBlank(char c)
 {
     return std::isspace(static_cast<unsigned char>(c)) != 0;
-}
-
-bool isDigit(char c)
-{
-    return c >= '0' && c <= '9';
 }
 
 bool endsWord(char c)

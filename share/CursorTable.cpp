@@ -26,7 +26,7 @@ CursorTable::CursorTable(PlotCanvas* canvas, QWidget* parent)
       m_times(new QLabel),
       m_table(new QTableWidget(0, intervalHeadings().size()))
 {
-    // A long text is cut off rather than that the window grows with it; the tool tip has all of it.
+    // A long text is shortened rather than that the window grows with it; the tool tip has all of it.
     m_times->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
     m_times->setTextInteractionFlags(Qt::TextSelectableByMouse);
     m_table->setHorizontalHeaderLabels(intervalHeadings());
@@ -36,6 +36,9 @@ CursorTable::CursorTable(PlotCanvas* canvas, QWidget* parent)
     m_table->verticalHeader()->hide();
     m_table->verticalHeader()->setDefaultSectionSize(m_table->fontMetrics().height() + kRowMargin);
     m_table->setMinimumHeight(3 * m_table->verticalHeader()->defaultSectionSize());
+    setWhatsThis(
+        tr("The values at the cursors A and B, and the statistics between them; without cursors those "
+           "of what is in view."));
     m_table->setAccessibleName(tr("Values at the cursors and between them"));
     auto* const column = new QVBoxLayout(this);
     column->setContentsMargins(4, 2, 4, 2);
@@ -82,7 +85,7 @@ void CursorTable::fill()
     if (isView)
         text += (times.isEmpty() ? QString() : QStringLiteral("     ")) +
                 tr("In view: %1 to %2").arg(xText(plot, interval.x1), xText(plot, interval.x2));
-    m_times->setText(text);
+    m_times->setText(m_times->fontMetrics().elidedText(text, Qt::ElideRight, m_times->width()));
     m_times->setToolTip(text);
 
     const QVector<IntervalRow> rows = intervalRows(plot);

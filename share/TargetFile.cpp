@@ -94,8 +94,7 @@ QString askSaveName(QWidget* window, const SaveRequest& request)
     if (typed.isEmpty())
         return {};
     const QString file = withSuffix(typed, request.suffix);
-    const bool isWanted =
-        !isRefused(window, request, file) && mayOverwrite(window, request.title, file);
+    const bool isWanted = !isRefused(window, request, file) && mayOverwrite(window, request.title, file);
     return isWanted ? file : QString();
 }
 

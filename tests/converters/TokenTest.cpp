@@ -5,7 +5,7 @@
 #include <ctime>
 
 #include "converters/ColumnTexts.h"
-#include "converters/STLGuess.h"
+#include "converters/STLHead.h"
 #include "converters/STLToken.h"
 #include "converters/TimeStamps.h"
 
@@ -66,6 +66,7 @@ TEST(StlTokens, numbersAreWholeOrNone)
         {"1234.567", ',', '.', {}},
         {"1'234'567", '.', '\'', 1234567.0},
         {"12", ',', '.', 12.0},
+        {"12,", ',', 0, {}},
         {"", '.', 0, {}},
         {"--5", '.', 0, {}},
         {"-", '.', 0, {}},
@@ -124,7 +125,22 @@ TEST(TimeStamps, stampsMeanWhatIsWritten)
         {"2016-05-17 13:45:30 UTC-05:30", DateOrder::DayMonth, kNoon + 19800},
         {"20160517", DateOrder::DayMonth, 1463443200.0},
         {"20160230", DateOrder::DayMonth, {}},
-        {"May 2016", DateOrder::DayMonth, {}},
+        {"22/May/2016:01:45:40 +0200", DateOrder::DayMonth, 1463874340.0},
+        {"[2016-05-17 13:45:30.886]", DateOrder::DayMonth, kNoon + 0.886},
+        {"Tue May 17 13:45:30 UTC 2016", DateOrder::DayMonth, kNoon},
+        {"Tue May 17 09:45:30 EDT 2016", DateOrder::DayMonth, kNoon},
+        {"Tue May 17 13:45:30 XYZ 2016", DateOrder::DayMonth, {}},
+        {"2016-05-17-13:45:30:", DateOrder::DayMonth, kNoon},
+        {"May 2016", DateOrder::DayMonth, 1462060800.0},
+        {"2016-05", DateOrder::DayMonth, 1462060800.0},
+        {"05/2016", DateOrder::DayMonth, 1462060800.0},
+        {"2016-13", DateOrder::DayMonth, {}},
+        {"2016 Q2", DateOrder::DayMonth, 1459468800.0},
+        {"Q2-2016", DateOrder::DayMonth, 1459468800.0},
+        {"2016-W20", DateOrder::DayMonth, 1463356800.0},
+        {"2016W20-2", DateOrder::DayMonth, 1463443200.0},
+        {"2015-W01", DateOrder::DayMonth, 1419811200.0},
+        {"2016-W54", DateOrder::DayMonth, {}},
         {"Marble 3 2016", DateOrder::DayMonth, {}},
         {"17 May 2016 13:45:30 Alarm", DateOrder::DayMonth, {}},
     };

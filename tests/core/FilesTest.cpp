@@ -1,11 +1,15 @@
 // Scratch files, literal names, rebuilding, and old values that come back.
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cmath>
 #include <fstream>
+#include <system_error>
 
 #include "core/ColumnBackup.h"
+#include "core/CopyFile.h"
 #include "core/Rebuild.h"
 #include "core/ScratchFile.h"
 #include "core/TsExceptions.h"
@@ -64,6 +68,41 @@ TEST(ScratchFile, NeverTakesAnExistingNameAndIsGoneUnlessPutInPlace)
     EXPECT_EQ(std::filesystem::status("old.ts").permissions(), std::filesystem::perms(0640));
     EXPECT_EQ(directory.fileCount(), 2U);
     EXPECT_THROW(ScratchFile("no/such", "tmp", ".ts"), std::system_error);
+}
+
+TEST(CopyFile, CopyIsWholeOrLeavesTheTargetAsItWas)
+{
+    const TestDirectory directory;
+    std::string text(20'000'000, 'a');
+    for (std::size_t i = 0; i < text.size(); i += 4099)
+        text[i] = static_cast<char>('b' + i % 17);
+    std::ofstream("from.ts", std::ios::binary) << text;
+    std::ofstream("to.ts") << "older";
+    const int from = open("from.ts", O_RDONLY);
+    const auto older = bytesOf("to.ts");
+    const auto copy = [&](const Progress& progress) { return copyWholeFile(from, "to.ts", progress); };
+    std::vector<std::uint64_t> told;
+    EXPECT_EQ(copy([&](std::uint64_t done, std::uint64_t total) {
+                  told.push_back(done);
+                  return 2 * done < total;
+              }),
+              JobOutcome::Cancelled);
+    EXPECT_GE(told.size(), 2U);
+    EXPECT_EQ(bytesOf("to.ts"), older);
+    {
+        const FileSizeLimit full(15'000'000);
+        try {
+            copy({});
+            ADD_FAILURE() << "the disk was full";
+        } catch (const std::system_error& e) {
+            EXPECT_EQ(e.code().value(), EFBIG);
+        }
+    }
+    EXPECT_EQ(bytesOf("to.ts"), older);
+    EXPECT_EQ(directory.fileCount(), 2U);
+    EXPECT_EQ(copy({}), JobOutcome::Done);
+    EXPECT_EQ(bytesOf("to.ts"), bytesOf("from.ts"));
+    close(from);
 }
 
 TEST(TsNames, FilesOpenAndArriveUnderTheNameThatTheDirectoryShows)

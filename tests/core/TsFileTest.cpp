@@ -6,7 +6,10 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cmath>
+#include <filesystem>
+#include <fstream>
 #include <functional>
 #include <limits>
 #include <random>
@@ -317,6 +320,25 @@ TEST(TsFile, FullDiskLeavesNothingOfACreation)
     });
     expectPayload(failure, 4096, 200000, 1);
     EXPECT_EQ(directory.fileCount(), 0U);
+}
+
+TEST(TsFile, GrowingClearsWhatStoodBehindTheValuesAndCountsOnlyWhenThereIsRoom)
+{
+    const TestDirectory directory;
+    TSFILE("a", 100, 1, 0).setValue(1, 1, 3.0F);
+    std::ofstream("a.ts", std::ios::binary | std::ios::app) << std::string(3000, 'x');
+    TSFILE file("a", false);
+    {
+        const FileSizeLimit full(512 * 300 + 100);
+        expectPayload(failureOf<TS::IO_ERROR>([&] { file.resize(200'000); }), 512 * 300, 200'100, 1);
+        EXPECT_EQ(file.samples(), 100U);
+    }
+    file.resize(200'000);
+    std::vector<float> all(200'000);
+    file.readColumn(1, 1, all);
+    EXPECT_EQ(all[0], 3.0F);
+    EXPECT_EQ(std::count(all.begin(), all.end(), 0.0F), 199'999);
+    EXPECT_EQ(std::filesystem::file_size("a.ts"), 1024 + dataBytes(200'000, 1));
 }
 
 TEST(TsFile, RunsEqualSingleValuesInBothOrders)

@@ -319,7 +319,7 @@ TEST(TsTableView, FileThatCouldNotBeOpenedIsTriedAgainOnReload)
     makeFile({1, 2, 3});
     QMetaObject::invokeMethod(&window, "sl_reload");
     ASSERT_NE(window.findChild<SampleView*>(), nullptr);
-    EXPECT_EQ(window.findChild<SampleView*>()->totalRows(), 3);
+    EXPECT_EQ(window.findChild<SampleView*>()->rows().total(), 3);
     EXPECT_TRUE(window.isEditing());
 }
 

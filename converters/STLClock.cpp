@@ -1,0 +1,314 @@
+#include "converters/STLClock.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstring>
+
+#include "converters/WordedDates.h"
+
+namespace veltrac {
+
+namespace {
+
+constexpr Micros kClockSetBack = 2 * 3600 * kMicrosPerSecond;
+constexpr double kMostSeconds = 4e12;  // whose microseconds fit into 64 bits
+constexpr Micros kMicrosPerHour = 3600 * kMicrosPerSecond;
+
+constexpr std::array<double, 7> kFine = {1.0, 1e-1, 1e-2, 1e-3, 1e-4, 1e-5, 1e-6};
+
+// How fine a written time is: its last digit, or the minute where it has no seconds.
+double resolutionOf(const TimeOfDay& time)
+{
+    return time.hasSeconds ? kFine[static_cast<std::size_t>(std::min(time.fractionDigits, 6))] : 60.0;
+}
+
+// How fine a written number is; 0 where its digits do not tell.
+double resolutionOf(std::string_view number, char decimal)
+{
+    const std::size_t mark = number.find(decimal);
+    const std::size_t digits = mark == std::string_view::npos ? 0 : number.size() - mark - 1;
+    return digits >= kFine.size() || number.find_first_of("eE") != std::string_view::npos ? 0.0
+                                                                                          : kFine[digits];
+}
+
+// Of two of them the difference fits, too.
+std::optional<std::int64_t> wholeNumber(std::string_view text)
+{
+    constexpr std::int64_t kMost = std::numeric_limits<std::int64_t>::max() / 2;
+    std::int64_t number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    const bool fits =
+        error == std::errc() && end == text.data() + text.size() && number >= -kMost && number <= kMost;
+    return fits ? std::optional(number) : std::nullopt;
+}
+
+// A cell's number without decimals, within these bounds.
+std::optional<int> wholeAt(std::string_view cell, const STLCells& cells, int least, int most)
+{
+    const auto number = readNumber(cell, cells);
+    const bool whole = number && *number == std::floor(*number) && *number >= least && *number <= most;
+    return whole ? std::optional(static_cast<int>(*number)) : std::nullopt;
+}
+
+}  // namespace
+
+// -- Dates --
+
+// Two comparisons of eight bytes, which overlap.
+bool DateCells::isLast(std::string_view text) const
+{
+    constexpr std::size_t kWord = 8;
+    return text.size() == m_lastSize && m_lastSize >= kWord &&
+           std::memcmp(text.data(), m_last.data(), kWord) == 0 &&
+           std::memcmp(text.data() + text.size() - kWord, m_last.data() + text.size() - kWord, kWord) == 0;
+}
+
+std::optional<Micros> DateCells::midnightOf(const DateParts& date, std::string_view text)
+{
+    const auto day = midnight(date, m_order);
+    if (!date.yearFirst && !date.dayFirst) {
+        m_steps.add(date, text);
+        const DateOrder other = m_order == DateOrder::DayMonth ? DateOrder::MonthDay : DateOrder::DayMonth;
+        const bool readsOtherwise = midnight(date, other).has_value();
+        m_contradictsOrder = m_contradictsOrder || (!day && readsOtherwise);
+        m_provesOrder = m_provesOrder || (day && !readsOtherwise);
+    }
+    return day;
+}
+
+std::optional<Micros> DateCells::midnightOf(std::string_view cell)
+{
+    if (isLast(cell))
+        return m_lastMidnight;
+    const auto date = readDate(cell);
+    const auto day = date ? midnightOf(*date, cell) : std::nullopt;
+    if (day && cell.size() <= m_last.size()) {
+        m_lastSize = cell.copy(m_last.data(), m_last.size());
+        m_lastMidnight = *day;
+    }
+    return day;
+}
+
+// -- Clocks that are set --
+
+void ClockChanges::follow(Micros wall, bool mayBeSet)
+{
+    if (const Micros step = wall - m_last; step != m_lastStep) {
+        const Micros before = m_shift;
+        if (mayBeSet)
+            judge(wall);
+        m_lastStep = step + m_shift - before;
+    }
+    m_last = wall;
+}
+
+void ClockChanges::judge(Micros wall)
+{
+    const Micros step = wall - m_last;
+    // Months and the like differ by more than the clock is set.
+    const Micros near = std::min(m_lastStep / 2, kMicrosPerHour / 4);
+    const auto isLast = [&](Micros other) {
+        return other >= m_lastStep - near && other <= m_lastStep + near;
+    };
+    const bool back =
+        step > -kMicrosPerHour && (step < 0 || (m_lastStep > 0 && isLast(step + kMicrosPerHour)));
+    const bool forward = m_lastStep > 0 && isLast(step - kMicrosPerHour);
+    if (!back && !forward)
+        return;
+    const auto from = localInstants(m_last);
+    const auto to = localInstants(wall);
+    const Micros set = back ? kMicrosPerHour : -kMicrosPerHour;
+    if ((back ? to.last : to.first) - from.first != step + set)
+        return;
+    m_shift += set;
+    ++m_count;
+}
+
+// -- Times --
+
+STLClock::STLClock(const STLFormat& format)
+    : m_format(format), m_secondsPerUnit(secondsPerUnit(format)), m_dates(format.order)
+{
+}
+
+std::optional<double> STLClock::read(const std::vector<std::string_view>& cells)
+{
+    m_unreadable = m_format.timeColumn;
+    const std::optional<double> seconds = secondsOf(cells);
+    m_hasFirst = m_hasFirst || seconds;
+    return seconds;
+}
+
+std::optional<double> STLClock::secondsOf(const std::vector<std::string_view>& cells)
+{
+    const std::string_view cell = cells[static_cast<std::size_t>(m_format.timeColumn)];
+    Micros time = 0;
+    switch (m_format.timeSource) {
+        case STLTimeSource::Stamp:
+            return sinceFirst(stampAt(cell));
+        case STLTimeSource::DateAndTime: {
+            const auto day = m_dates.midnightOf(cells[static_cast<std::size_t>(m_format.dateColumn)]);
+            if (!day)
+                m_unreadable = m_format.dateColumn;
+            if (!day || !timeAt(cell, time))
+                return std::nullopt;
+            return sinceFirst(*day + time);
+        }
+        case STLTimeSource::ElapsedTime:
+            if (!timeAt(cell, time))
+                return std::nullopt;
+            // A time of day begins anew at midnight; clocks that are set back go back by less than this, and
+            // hours that go on above 24 never do.
+            if (m_hasFirst && time < kMicrosPerDay && time + kClockSetBack < m_lastTime)
+                m_days += kMicrosPerDay;
+            m_lastTime = time;
+            return sinceFirst(time + m_days);
+        case STLTimeSource::DateParts:
+            return sinceFirst(partsOf(cells));
+        case STLTimeSource::DecimalYears:
+        case STLTimeSource::SerialDays:
+            return sinceFirst(dayAt(cell));
+        default:
+            return numberAt(cell);
+    }
+}
+
+std::optional<Micros> STLClock::stampAt(std::string_view cell)
+{
+    const std::size_t end = std::min(cell.find_first_of(" T_"), cell.size());
+    const std::optional<Micros> day = m_dates.midnightOf(cell.substr(0, end));
+    if (day && end == cell.size())
+        return day;
+    std::string_view rest = cell.substr(std::min(end + 1, cell.size()));
+    rest.remove_prefix(std::min(rest.find_first_not_of(' '), rest.size()));
+    const auto time = takeTime(rest);
+    const auto zone = takeZone(rest);
+    if (!day || !time || !rest.empty())
+        return rareStamp(cell, day);
+    m_resolution = std::min(m_resolution, resolutionOf(*time));
+    m_zoned = m_zoned || zone;
+    return *day + time->micros - Micros{zone.value_or(0)} * 60 * kMicrosPerSecond;
+}
+
+// One that is not a date, a blank or "T", and a time; perhaps its day is known already.
+std::optional<Micros> STLClock::rareStamp(std::string_view cell, std::optional<Micros> day)
+{
+    const std::optional<Stamp> stamp = readStamp(cell);
+    if (stamp && !day)
+        day = m_dates.midnightOf(stamp->date, cell);
+    if (!stamp || !day)
+        return std::nullopt;
+    if (stamp->time)
+        m_resolution = std::min(m_resolution, resolutionOf(*stamp->time));
+    m_zoned = m_zoned || stamp->zoneMinutes;
+    return *day + (stamp->time ? stamp->time->micros : 0) -
+           Micros{stamp->zoneMinutes.value_or(0)} * 60 * kMicrosPerSecond;
+}
+
+std::optional<double> STLClock::numberAt(std::string_view cell)
+{
+    cell = bareCell(cell, m_format.columns[static_cast<std::size_t>(m_format.timeColumn)]);
+    const auto number = readNumber(cell, m_format.cells);
+    if (!number || std::fabs(*number * m_secondsPerUnit) > kMostSeconds)
+        return std::nullopt;
+    // Nanoseconds since 1970 have more digits than a double: those since the first row are exact.
+    const std::optional<std::int64_t> ticks =
+        m_format.timeSource == STLTimeSource::UnixNanoseconds ? wholeNumber(cell) : std::nullopt;
+    // Divided where the unit is a part of a second, which rounds once.
+    const auto inSeconds = [this](double n) {
+        return m_secondsPerUnit < 1.0 ? n / std::round(1.0 / m_secondsPerUnit) : n * m_secondsPerUnit;
+    };
+    m_resolution = std::min(m_resolution, resolutionOf(cell, m_format.cells.decimal) * m_secondsPerUnit);
+    if (!m_hasFirst) {
+        m_firstNumber = *number;
+        m_firstTicks = ticks;
+        m_firstSeconds = inSeconds(*number);
+        if (m_format.timeSource != STLTimeSource::ElapsedSeconds)
+            m_firstWall = static_cast<Micros>(std::llround(m_firstSeconds * kMicrosPerSecond));
+    }
+    return inSeconds(ticks && m_firstTicks ? static_cast<double>(*ticks - *m_firstTicks)
+                                           : *number - m_firstNumber);
+}
+
+bool STLClock::timeAt(std::string_view text, Micros& micros)
+{
+    if (m_format.timeIsHhmm) {
+        const auto digits = wholeAt(text, m_format.cells, 0, 2400);
+        if (!digits || *digits % 100 > 59)
+            return false;
+        m_resolution = std::min(m_resolution, 60.0);
+        micros = (*digits / 100 * 60 + *digits % 100) * 60 * kMicrosPerSecond;
+        return true;
+    }
+    if (readPlainTime(text, micros)) {
+        m_resolution = std::min(m_resolution, 1.0);
+        return true;
+    }
+    const auto time = readClock(text);
+    if (!time)
+        return false;
+    m_resolution = std::min(m_resolution, resolutionOf(*time));
+    micros = time->micros;
+    return true;
+}
+
+std::optional<Micros> STLClock::dayAt(std::string_view cell)
+{
+    const auto number = readNumber(cell, m_format.cells);
+    if (!number)
+        return std::nullopt;
+    return m_format.timeSource == STLTimeSource::SerialDays ? serialDay(*number)
+                                                            : decimalYear(*number, m_format.yearsInMonths);
+}
+
+std::optional<Micros> STLClock::partsOf(const std::vector<std::string_view>& cells)
+{
+    const auto part = [&](STLDatePart which, int least, int most, int otherwise) -> std::optional<int> {
+        const int column = m_format.partColumns[static_cast<std::size_t>(which)];
+        if (column < 0)
+            return otherwise;
+        const std::string_view cell = cells[static_cast<std::size_t>(column)];
+        const auto number = wholeAt(cell, m_format.cells, least, most);
+        if (!number && which == STLDatePart::Month)
+            if (const int month = monthOfName(cell))
+                return month;
+        if (!number)
+            m_unreadable = column;
+        return number;
+    };
+    const auto year =
+        part(STLDatePart::Year, static_cast<int>(kFirstDecimalYear), static_cast<int>(kLastDecimalYear), 0);
+    const auto quarter = part(STLDatePart::Quarter, 1, 4, 1);
+    const auto month = part(STLDatePart::Month, 1, 12, quarter.value_or(1) * 3 - 2);
+    const auto day = part(STLDatePart::Day, 1, 31, 1);
+    const auto dayOfYear = part(STLDatePart::DayOfYear, 1, 366, 1);
+    const auto hour = part(STLDatePart::Hour, 0, 24, 0);
+    const auto minute = part(STLDatePart::Minute, 0, 59, 0);
+    const auto second = part(STLDatePart::Second, 0, 60, 0);
+    if (!year || !quarter || !month || !day || !dayOfYear || !hour || !minute || !second)
+        return std::nullopt;
+    const auto midnightThen = midnight({*year, *month, *day, true, false}, m_format.order);
+    if (!midnightThen)
+        return std::nullopt;
+    return *midnightThen + (*dayOfYear - 1) * kMicrosPerDay + *hour * kMicrosPerHour +
+           (*minute * 60 + *second) * kMicrosPerSecond;
+}
+
+std::optional<double> STLClock::sinceFirst(std::optional<Micros> wall)
+{
+    if (!wall)
+        return std::nullopt;
+    if (!m_hasFirst) {
+        m_firstWall = *wall;
+        m_firstSeconds = static_cast<double>(*wall) / kMicrosPerSecond;
+        m_changes.begin(*wall);
+    } else {
+        // Dates alone show no clock.
+        m_changes.follow(*wall, !m_format.greenwich && !m_zoned && !datesAlone(m_format) &&
+                                    m_format.timeSource != STLTimeSource::ElapsedTime);
+    }
+    return static_cast<double>(*wall + m_changes.shift() - m_firstWall) / kMicrosPerSecond;
+}
+
+}  // namespace veltrac

@@ -1,0 +1,115 @@
+// The times of a smart tool log's rows, as its cells tell them.
+#pragma once
+
+#include <array>
+#include <limits>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "converters/DateSteps.h"
+#include "converters/STLFormat.h"
+
+namespace veltrac {
+
+// The cells of a column of dates. Most rows bear the date of the row before.
+class DateCells
+{
+public:
+    explicit DateCells(DateOrder order) : m_order(order) {}
+
+    // Midnight of a cell's date; nothing where it is none.
+    std::optional<Micros> midnightOf(std::string_view cell);
+    // The same of a date that has been read from this text.
+    std::optional<Micros> midnightOf(const DateParts& date, std::string_view text);
+
+    // True where a date cannot be read in this order of day and month, but in the other one; and where one
+    // can be read in this order alone.
+    bool contradictsOrder() const { return m_contradictsOrder; }
+    bool provesOrder() const { return m_provesOrder; }
+    // The dates whose order of day and month no date tells.
+    const DateSteps& steps() const { return m_steps; }
+
+private:
+    bool isLast(std::string_view text) const;
+
+    DateOrder m_order;
+    bool m_contradictsOrder = false;
+    bool m_provesOrder = false;
+    DateSteps m_steps;
+    std::array<char, 16> m_last = {};
+    std::size_t m_lastSize = 0;
+    Micros m_lastMidnight = 0;
+};
+
+// Follows a local clock that is set within a log. In autumn it is set back, and the log shows an hour twice;
+// in spring an hour is left out. Where the rows run back by less than an hour, or step by an hour more or
+// less than before, and the zone's clock was set just then, their order tells the time.
+class ClockChanges
+{
+public:
+    void begin(Micros wall) { m_last = wall; }
+    // The next row's time on the wall clock.
+    void follow(Micros wall, bool mayBeSet);
+
+    // By how much the clock has been set back (or forward, below 0) since the first row, and how often.
+    Micros shift() const { return m_shift; }
+    std::uint64_t count() const { return m_count; }
+
+private:
+    void judge(Micros wall);
+
+    Micros m_last = 0;
+    Micros m_lastStep = 0;
+    Micros m_shift = 0;
+    std::uint64_t m_count = 0;
+};
+
+class STLClock
+{
+public:
+    // Borrows the format.
+    explicit STLClock(const STLFormat& format);
+
+    // Seconds of a row since the first one; nothing where its time cannot be read.
+    std::optional<double> read(const std::vector<std::string_view>& cells);
+    // The column at which it could not be read.
+    int unreadable() const { return m_unreadable; }
+
+    // The first row's place on the wall clock, or its number of seconds (elapsed times).
+    Micros firstWall() const { return m_firstWall; }
+    double firstSeconds() const { return m_firstSeconds; }
+    // How finely the rows tell their time, in seconds, as far as they have been read.
+    double resolution() const { return m_resolution; }
+    // Whether a stamp has named its zone.
+    bool zoned() const { return m_zoned; }
+    const DateCells& dates() const { return m_dates; }
+    const ClockChanges& changes() const { return m_changes; }
+
+private:
+    std::optional<double> secondsOf(const std::vector<std::string_view>& cells);
+    std::optional<double> sinceFirst(std::optional<Micros> wall);
+    std::optional<Micros> stampAt(std::string_view cell);
+    std::optional<Micros> rareStamp(std::string_view cell, std::optional<Micros> day);
+    std::optional<Micros> dayAt(std::string_view cell);
+    std::optional<Micros> partsOf(const std::vector<std::string_view>& cells);
+    std::optional<double> numberAt(std::string_view cell);
+    bool timeAt(std::string_view text, Micros& micros);
+
+    const STLFormat& m_format;
+    double m_secondsPerUnit;  // of times that are numbers
+    DateCells m_dates;
+    ClockChanges m_changes;
+    int m_unreadable = -1;
+    Micros m_days = 0;  // midnights that times of day have passed
+    Micros m_lastTime = 0;
+    bool m_hasFirst = false;
+    Micros m_firstWall = 0;
+    double m_firstSeconds = 0.0;
+    double m_firstNumber = 0.0;
+    std::optional<std::int64_t> m_firstTicks;  // of nanoseconds, where it has no decimals
+    double m_resolution = std::numeric_limits<double>::infinity();
+    bool m_zoned = false;
+};
+
+}  // namespace veltrac

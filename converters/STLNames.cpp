@@ -1,0 +1,354 @@
+#include "converters/STLNames.h"
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+
+#include "converters/STLHead.h"
+#include "core/TimeUnits.h"
+
+namespace veltrac {
+
+namespace {
+
+bool isMostlyText(const STLRow& row)
+{
+    std::size_t texts = 0;
+    std::size_t filled = 0;
+    for (const STLToken& token : row.cells) {
+        texts += token.kind == STLKind::Text ? 1 : 0;
+        filled += token.text.empty() ? 0 : 1;
+    }
+    return filled > 0 && texts * 2 > filled;
+}
+
+std::size_t filledCells(const STLRow& row)
+{
+    return static_cast<std::size_t>(
+        std::count_if(row.cells.begin(), row.cells.end(), [](const STLToken& t) { return !t.text.empty(); }));
+}
+
+bool looksLikeUnits(const STLRow& row)
+{
+    static const std::vector<std::string_view> known = {
+        "s",     "ms",   "min",     "h",      "hz",      "khz", "v",   "mv",  "a",   "ma",   "w",
+        "kw",    "c",    "f",       "k",      "m",       "mm",  "cm",  "km",  "m/s", "m/s2", "g",
+        "kg",    "n",    "kn",      "nm",     "pa",      "kpa", "mpa", "hpa", "bar", "mbar", "%",
+        "ppm",   "rpm",  "deg",     "rad",    "db",      "l",   "l/s", "j",   "-",   "sec",  "volts",
+        "deg c", "degc", "celsius", "kelvin", "degrees", "ts",  "rn"};
+    std::size_t units = 0;
+    std::size_t filled = 0;
+    bool empties = false;
+    for (const STLToken& token : row.cells) {
+        if (token.text.empty()) {
+            empties = true;
+            continue;
+        }
+        ++filled;
+        const std::string lower = lowered(token.text);
+        const bool sign = lower.find_first_of("%/[(\xB0\xB5\xC2") != std::string::npos && lower.size() <= 10;
+        units += sign || std::find(known.begin(), known.end(), lower) != known.end() ? 1 : 0;
+    }
+    return units > 0 && (units * 2 >= filled || (empties && units * 3 >= filled));
+}
+
+// Whether a word is a unit, perhaps with an SI prefix.
+bool isUnitWord(std::string_view word)
+{
+    static constexpr std::string_view kUnits =
+        " m g s a k c f v w n j l h t b d mol cd hz pa ohm ohms wb lm lx bq gy sv bar db dbm dbv dba dbfs "
+        "ppm ppb "
+        "rpm deg rad sr min hr hrs day days week year years yr in ft mi mph lb lbs psi kn kt knot knots cal "
+        "wh ah "
+        "va var ev bit bits byte bytes bps cps px pct percent count counts inch inches feet degc degf "
+        "celsius "
+        "kelvin fahrenheit volt volts amp amps ampere watt watts newton pascal joule mmhg inhg mg au ph pas "
+        "gal "
+        "sec secs meter meters metre metres gram grams liter litre usd eur nu pu rms pp ";
+    const auto known = [](std::string_view text) {
+        return !text.empty() && kUnits.find(' ' + std::string(text) + ' ') != std::string_view::npos;
+    };
+    constexpr std::string_view kPrefixes = "kmunpgthcd";
+    return known(word) || (word.size() > 1 && kPrefixes.find(word.front()) != std::string_view::npos &&
+                           known(word.substr(1)));
+}
+
+// "kN", "m/s2", "°C", "1/min", "kWh/m^2", "deg C".
+bool isUnit(const std::string& text)
+{
+    constexpr std::size_t kLongest = 16;
+    const std::string lower = lowered(text);
+    if (lower.empty() || lower.size() > kLongest)
+        return false;
+    if (secondsOfUnit(lower) > 0.0 || lower.find_first_of("%\xB0\xB5\xC2\xCE\xE2") != std::string::npos)
+        return true;
+    constexpr std::string_view kBetween = "/*^.-+ 0123456789()";
+    bool any = false;
+    for (std::size_t at = 0; at < lower.size();) {
+        const std::size_t from = lower.find_first_not_of(kBetween, at);
+        if (from == std::string::npos)
+            break;
+        at = std::min(lower.find_first_of(kBetween, from), lower.size());
+        if (!isUnitWord(std::string_view(lower).substr(from, at - from)))
+            return false;
+        any = true;
+    }
+    return any;
+}
+
+// "v(in)" and "i(r1)" are whole names, as circuit simulators write them.
+bool namesNode(const std::string& name, std::size_t bracket)
+{
+    const char letter = static_cast<char>(name.front() | 0x20);
+    return (letter == 'v' || letter == 'i') && bracket <= 3 && name[bracket] == '(' &&
+           name[bracket - 1] != ' ';
+}
+
+// "Force [kN]" and "Force (kN)" into name and unit, where that is one.
+void splitUnit(STLColumn& column)
+{
+    for (const auto& [open, close] : {std::pair('[', ']'), std::pair('(', ')')}) {
+        const std::size_t from = column.name.rfind(open);
+        if (!column.name.ends_with(close) || from == std::string::npos || from == 0)
+            continue;
+        const std::string unit = column.name.substr(from + 1, column.name.size() - from - 2);
+        const bool index = unit.find_first_not_of("0123456789:, ") == std::string::npos;
+        if (open == '[' ? index : namesNode(column.name, from) || !isUnit(unit))
+            return;
+        if (column.unit.empty())
+            column.unit = unit;
+        column.name.resize(column.name.find_last_not_of(' ', from - 1) + 1);
+        return;
+    }
+}
+
+std::string withoutBrackets(std::string unit)
+{
+    const bool bracketed = unit.size() >= 2 && ((unit.front() == '[' && unit.back() == ']') ||
+                                                (unit.front() == '(' && unit.back() == ')'));
+    return bracketed ? unit.substr(1, unit.size() - 2) : unit;
+}
+
+// Whether the numbers of a row are rising years, or three and more whole ones in equal steps.
+bool looksLikeNumericNames(const STLRow& row)
+{
+    constexpr double kFirstYear = 1500.0;
+    constexpr double kLastYear = 2200.0;
+    std::vector<double> numbers;
+    for (const STLToken& token : row.cells) {
+        if (token.kind != STLKind::Number && token.kind != STLKind::Text && !token.text.empty())
+            return false;
+        if (token.kind == STLKind::Number)
+            numbers.push_back(token.value);
+    }
+    if (numbers.size() < 2)
+        return false;
+    const double step = numbers[1] - numbers[0];
+    bool equal = numbers.size() > 2;
+    for (std::size_t i = 0; i < numbers.size(); ++i) {
+        if (numbers[i] != std::floor(numbers[i]) || (i > 0 && !(numbers[i] > numbers[i - 1])))
+            return false;
+        equal = equal && (i == 0 || numbers[i] - numbers[i - 1] == step);
+    }
+    return equal || (numbers.front() >= kFirstYear && numbers.back() <= kLastYear);
+}
+
+}  // namespace
+
+void guessNames(STLFormat& format, const std::vector<STLRow>& rows, std::size_t firstData)
+{
+    const STLRow* names = nullptr;
+    const STLRow* units = nullptr;
+    for (std::size_t i = firstData; i-- > 0;) {
+        if (!isMostlyText(rows[i]) || tellsKey(rows[i].line->text))
+            continue;
+        // Names stand above lines of units, and above those that tell how each value was made.
+        if (names != nullptr && !looksLikeUnits(*names) && filledCells(*names) >= filledCells(rows[i]))
+            break;
+        if (names != nullptr)
+            units = names;
+        names = &rows[i];
+    }
+    if (names == nullptr)
+        return;
+    format.namesLine = names->line->number;
+    format.unitsLine = units == nullptr ? 0 : units->line->number;
+    for (std::size_t c = 0; c < format.columns.size(); ++c) {
+        format.columns[c].heading = names->cells[c].text;
+        format.columns[c].name = cellText(names->cells[c].text, format.encoding);
+        if (units != nullptr)
+            format.columns[c].unit = cellText(units->cells[c].text, format.encoding);
+    }
+    splitUnits(format);
+}
+
+void guessNumericNames(STLFormat& format, const std::vector<STLRow>& rows, std::size_t firstData)
+{
+    if (format.namesLine != 0 || firstData + 2 >= rows.size() ||
+        rows[firstData].line->number != format.firstDataLine || !looksLikeNumericNames(rows[firstData]))
+        return;
+    const auto alike = static_cast<std::size_t>(std::count_if(
+        rows.begin() + static_cast<std::ptrdiff_t>(firstData) + 1, rows.end(), looksLikeNumericNames));
+    if (alike * 4 > rows.size() - firstData - 1)
+        return;
+    const STLRow& names = rows[firstData];
+    format.namesLine = names.line->number;
+    format.firstDataLine = format.namesLine + 1;
+    format.namesInDoubt = true;
+    for (std::size_t c = 0; c < format.columns.size(); ++c)
+        format.columns[c].name = cellText(names.cells[c].text, format.encoding);
+}
+
+namespace {
+
+// Whether the data's first column only counts or names its rows.
+bool namesRows(const STLFormat& format, const std::vector<STLRow>& data)
+{
+    if (format.columns.front().kind != STLKind::Number)
+        return format.columns.front().kind == STLKind::Text;
+    for (std::size_t i = 1; i < std::min<std::size_t>(data.size(), 5); ++i)
+        if (data[i].cells[0].value != data[i - 1].cells[0].value + 1.0)
+            return false;
+    return data.size() > 1;
+}
+
+std::vector<std::string_view> wordsBetween(std::string_view line, std::string_view signs)
+{
+    std::vector<std::string_view> words;
+    for (std::size_t from = line.find_first_not_of(signs); from != std::string_view::npos;) {
+        const std::size_t end = std::min(line.find_first_of(signs, from), line.size());
+        words.push_back(line.substr(from, end - from));
+        from = line.find_first_not_of(signs, end);
+    }
+    return words;
+}
+
+// Puts the cells of a line over the columns; false where they cannot be matched.
+bool matchNames(std::vector<std::string_view>& cells, std::string_view line, const STLFormat& format,
+                const std::vector<STLRow>& data)
+{
+    const std::size_t columns = format.columns.size();
+    const bool blanks = format.cells.separator == ' ';
+    // "face |bytes packets|" above a table of blanks, and blanks above one of tabs.
+    if (cells.size() != columns && !line.empty() && (blanks || cells.size() == 1)) {
+        std::vector<std::string_view> words = wordsBetween(line, blanks ? " \t\r|" : " \r");
+        if (words.size() == columns)
+            cells = std::move(words);
+    }
+    // "Data: y x"
+    if (cells.size() == columns + 1 && cells.front().ends_with(':') && blanks)
+        cells.erase(cells.begin());
+    // "KB/s in  KB/s out": two words each.
+    if (cells.size() == 2 * columns && blanks && isUnit(std::string(cells[0]))) {
+        for (std::size_t c = 0; c < columns; ++c)
+            cells[c] = {cells[2 * c].data(),
+                        static_cast<std::size_t>(cells[2 * c + 1].data() + cells[2 * c + 1].size() -
+                                                 cells[2 * c].data())};
+        cells.resize(columns);
+    }
+    if (cells.size() + 1 == columns && columns > 1) {
+        // One stands above a date and its time, or the first column has none.
+        std::size_t empty = 0;
+        for (std::size_t c = 0; c + 1 < columns; ++c)
+            if (format.columns[c].kind == STLKind::Date && format.columns[c + 1].kind == STLKind::Time)
+                empty = c + 1;
+        if (empty == 0 && columns == 2 && !namesRows(format, data))
+            return false;
+        cells.insert(cells.begin() + static_cast<std::ptrdiff_t>(empty), std::string_view());
+    }
+    return cells.size() == columns || (cells.size() > columns && !blanks);
+}
+
+}  // namespace
+
+void guessNamesAbove(STLFormat& format, const STLSample& sample, const std::vector<STLRow>& data)
+{
+    const std::size_t columns = format.columns.size();
+    std::vector<STLRow> rows;
+    std::vector<std::string_view> cells;
+    bool remark = false;
+    for (std::size_t i = std::min<std::size_t>(format.firstDataLine - 1, sample.head.size());
+         i-- > 0 && !remark;) {
+        const STLLine& line = sample.head[i];
+        const std::string_view text = withoutRemark(line.text, format);
+        if (isEmptyLine(text) || isRule(line.text))
+            continue;
+        remark = isRemark(line.text, format);
+        splitCells(text, format.cells, cells);
+        while (!cells.empty() && cells.back().empty())
+            cells.pop_back();
+        if (!remark && cells.size() == columns)
+            break;
+        if ((remark && !rows.empty()) || !matchNames(cells, text, format, data) ||
+            (remark && cells.size() != columns))
+            break;
+        STLRow row{&line, {}};
+        for (std::size_t c = 0; c < columns; ++c)
+            row.cells.push_back(readToken(cells[c], format.cells));
+        rows.insert(rows.begin(), std::move(row));
+    }
+    // A remark is taken for names only where nothing else is; a word or two are prose.
+    const std::size_t fewest = format.cells.separator == ' ' ? 3 : 2;
+    if (std::none_of(rows.begin(), rows.end(), isMostlyText) ||
+        (remark && (format.namesLine != 0 || columns < fewest)))
+        return;
+    for (STLColumn& column : format.columns)
+        column.heading = column.name = column.unit = std::string();
+    guessNames(format, rows, rows.size());
+}
+
+void splitUnits(STLFormat& format)
+{
+    for (STLColumn& column : format.columns) {
+        column.unit = withoutBrackets(column.unit);
+        splitUnit(column);
+    }
+}
+
+namespace {
+
+// The text that most cells of a column bear, as `part` tells it; empty where they differ.
+template <typename Part>
+std::string commonPart(const std::vector<STLRow>& data, std::size_t column, Part part)
+{
+    std::map<std::string_view, std::size_t> votes;
+    std::size_t filled = 0;
+    for (const STLRow& row : data) {
+        filled += row.cells[column].kind == STLKind::Missing ? 0 : 1;
+        if (const std::string_view text = part(row.cells[column].text); !text.empty())
+            ++votes[text];
+    }
+    const auto best = std::max_element(votes.begin(), votes.end(),
+                                       [](const auto& a, const auto& b) { return a.second < b.second; });
+    return best == votes.end() || best->second * 2 <= filled ? std::string() : std::string(best->first);
+}
+
+// "temp=" and "Temp: " as a name.
+std::string nameOfKey(std::string_view key, STLEncoding encoding)
+{
+    return cellText(key.substr(0, key.find_last_not_of(" :=") + 1), encoding);
+}
+
+}  // namespace
+
+void findSuffixes(STLFormat& format, std::vector<STLRow>& data)
+{
+    for (std::size_t c = 0; c < format.columns.size(); ++c) {
+        STLColumn& column = format.columns[c];
+        if (column.kind != STLKind::Text)
+            continue;
+        column.prefix =
+            commonPart(data, c, [&](std::string_view cell) { return keyBefore(cell, format.cells); });
+        column.suffix = commonPart(
+            data, c, [&](std::string_view cell) { return unitBehind(bareCell(cell, column), format.cells); });
+        if (column.prefix.empty() && column.suffix.empty())
+            continue;
+        column.kind = STLKind::Number;
+        if (column.name.empty())
+            column.name = nameOfKey(column.prefix, format.encoding);
+        for (STLRow& row : data)
+            row.cells[c] = readToken(bareCell(row.cells[c].text, column), format.cells);
+    }
+}
+
+}  // namespace veltrac

@@ -1,0 +1,443 @@
+#include "converters/STLTimeGuess.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+#include "converters/WordedDates.h"
+
+namespace veltrac {
+
+namespace {
+
+bool countsToTwelve(const STLFormat& format, const std::vector<STLRow>& rows)
+{
+    const std::string text =
+        rows.empty() ? std::string()
+                     : lowered(rows.front().cells[static_cast<std::size_t>(format.timeColumn)].text);
+    return text.find(':') != std::string::npos &&
+           text.find_first_of("ap", text.find(':')) != std::string::npos;
+}
+
+void findOrder(STLFormat& format, const std::vector<STLRow>& rows, int column)
+{
+    bool ambiguous = false;
+    for (const STLRow& row : rows) {
+        std::string_view text = unframed(row.cells[static_cast<std::size_t>(column)].text);
+        const auto date = takeDate(text);
+        if (!date)
+            continue;
+        if (const auto stamp = readStamp(row.cells[static_cast<std::size_t>(column)].text);
+            stamp && stamp->zoneMinutes)
+            format.greenwich = true;
+        if (date->yearFirst || date->dayFirst)
+            continue;
+        ambiguous = true;
+        if (date->first > 12 || date->second > 12) {
+            format.order = date->first > 12 ? DateOrder::DayMonth : DateOrder::MonthDay;
+            return;
+        }
+    }
+    format.orderInDoubt = ambiguous;
+    // Where neither is proven: those who count the hours to 12 mostly put the month first.
+    if (ambiguous && countsToTwelve(format, rows))
+        format.order = DateOrder::MonthDay;
+}
+
+// Whether a whole column of digits reads so.
+bool allRead(const std::vector<STLRow>& data, std::size_t column, bool (*reads)(std::string_view))
+{
+    return !data.empty() && std::all_of(data.begin(), data.end(), [&](const STLRow& row) {
+        return row.cells[column].kind == STLKind::Number && reads(row.cells[column].text);
+    });
+}
+
+bool namesTime(const std::string& name)
+{
+    const std::string lower = lowered(name);
+    return lower == "t" || lower == "s" || lower.starts_with("time") || lower.starts_with("zeit") ||
+           lower.starts_with("elapsed") || lower.starts_with("sec") || lower.starts_with("unix") ||
+           lower.starts_with("epoch") || lower.starts_with("timestamp");
+}
+
+// Whether a column of numbers goes one way: 1 it rises, -1 it falls, 0 it does neither.
+int courseOf(const std::vector<STLRow>& rows, std::size_t column)
+{
+    // The three places that were looked at may overlap; within a place the column has to keep its way.
+    std::size_t risen = 0;
+    std::size_t fallen = 0;
+    std::size_t pairs = 0;
+    for (std::size_t i = 1; i < rows.size(); ++i) {
+        const STLToken& before = rows[i - 1].cells[column];
+        const STLToken& now = rows[i].cells[column];
+        if (before.kind != STLKind::Number || now.kind != STLKind::Number)
+            continue;
+        ++pairs;
+        risen += now.value > before.value ? 1 : 0;
+        fallen += now.value < before.value ? 1 : 0;
+    }
+    if (pairs > 0 && pairs - risen <= 2 && risen >= fallen)
+        return 1;
+    return pairs > 0 && pairs - fallen <= 2 ? -1 : 0;
+}
+
+bool neverFalls(const std::vector<STLRow>& rows, std::size_t column)
+{
+    bool risen = false;
+    for (std::size_t i = 1; i < rows.size(); ++i) {
+        const STLToken& before = rows[i - 1].cells[column];
+        const STLToken& now = rows[i].cells[column];
+        if (before.kind != STLKind::Number || now.kind != STLKind::Number || now.value < before.value)
+            return false;
+        risen = risen || now.value > before.value;
+    }
+    return risen;
+}
+
+// "Time (UTC)"; what stands behind a sign there is another zone.
+bool namesGreenwich(const STLColumn& column)
+{
+    for (const std::string& text : {lowered(column.name), lowered(column.unit)})
+        for (const std::string_view zone : {"utc", "gmt"})
+            if (const std::size_t at = text.find(zone);
+                at != std::string::npos && text.find_first_of("+-0123456789", at) == std::string::npos &&
+                (at == 0 || text.find_first_of(" _(,[/") != std::string::npos))
+                return true;
+    return false;
+}
+
+bool namesClock(const std::string& name)
+{
+    const std::string lower = lowered(name);
+    return lower.starts_with("time") || lower.starts_with("uhrzeit") || lower.starts_with("zeit") ||
+           lower.starts_with("hour") || lower.starts_with("stunde") || lower == "hh" || lower == "hhmm" ||
+           lower == "hhmmss" || lower == "hr" || lower == "h";
+}
+
+// The times of the day beside a column of days; -1 where there is none.
+int compactTimeColumn(const STLFormat& format, const std::vector<STLRow>& data)
+{
+    for (std::size_t c = 0; c < format.columns.size(); ++c) {
+        const std::size_t length = data.front().cells[c].text.size();
+        const bool alike = std::all_of(data.begin(), data.end(), [&](const STLRow& row) {
+            const std::size_t size = row.cells[c].text.size();
+            return size == length || (size <= 2 && length <= 2);
+        });
+        if (alike && namesClock(format.columns[c].name) &&
+            allRead(data, c, [](std::string_view text) { return readTime(text).has_value(); }))
+            return static_cast<int>(c);
+    }
+    return -1;
+}
+
+// Whether all cells of a column are whole numbers within these bounds.
+bool areWhole(const std::vector<STLRow>& data, std::size_t column, double least, double most)
+{
+    return !data.empty() && std::all_of(data.begin(), data.end(), [&](const STLRow& row) {
+        const STLToken& cell = row.cells[column];
+        return cell.kind == STLKind::Number && cell.value == std::floor(cell.value) && cell.value >= least &&
+               cell.value <= most;
+    });
+}
+
+// A column of times of the day that are numbers, 5 past midnight being 5 and noon 1200; -1 where there is
+// none.
+int hhmmColumn(const STLFormat& format, const std::vector<STLRow>& data)
+{
+    for (std::size_t c = 0; c < format.columns.size(); ++c) {
+        const std::string name = lowered(format.columns[c].name);
+        if ((namesClock(name) || name == "hrmn" || name == "hhmm utc") && areWhole(data, c, 0, 2400) &&
+            std::all_of(data.begin(), data.end(),
+                        [c](const STLRow& row) { return static_cast<int>(row.cells[c].value) % 100 < 60; }))
+            return static_cast<int>(c);
+    }
+    return -1;
+}
+
+// What the columns of a date's parts are called, as whole names.
+struct DatePartNames
+{
+    std::string_view names;  // each between blanks
+    double least;
+    double most;
+};
+constexpr std::array<DatePartNames, kSTLDateParts> kDateParts = {{
+    {" year yr yyyy years jahr annee anno ano year_ #yy yy ", kFirstDecimalYear, kLastDecimalYear},
+    {" quarter qtr q quartal trimester ", 1, 4},
+    {" month mon mo mm monat mois mese mes month_ ", 1, 12},
+    {" day dd dy dom mday tag jour day_of_month dayofmonth ", 1, 31},
+    {" doy yday jday day_of_year dayofyear julian ", 1, 366},
+    {" hour hours hr hrs hh h stunde heure ", 0, 24},
+    {" minute minutes min mn minuten ", 0, 59},
+    {" second seconds sec ss sek sekunde ", 0, 60},
+}};
+
+bool isMonthName(const STLToken& cell)
+{
+    return cell.kind == STLKind::Text && monthOfName(cell.text) != 0;
+}
+
+// The moment of a row by its parts as far as days; only good for telling whether rows rise.
+double dayOfParts(const STLRow& row, const std::array<int, kSTLDateParts>& parts)
+{
+    constexpr std::array<double, kSTLDateParts> kDays = {372, 93, 31, 1, 1, 1. / 24, 1. / 1440, 1. / 86400};
+    double sum = 0.0;
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+        if (parts[i] < 0)
+            continue;
+        const STLToken& cell = row.cells[static_cast<std::size_t>(parts[i])];
+        sum += kDays[i] * (isMonthName(cell) ? monthOfName(cell.text) : cell.value);
+    }
+    return sum;
+}
+
+// Columns of the year, the month, the day and so on, each called so, whose rows rise.
+void findDateParts(STLFormat& format, const std::vector<STLRow>& data)
+{
+    std::array<int, kSTLDateParts> parts;
+    parts.fill(-1);
+    for (std::size_t c = 0; c < format.columns.size(); ++c) {
+        const std::string name = ' ' + lowered(format.columns[c].name) + ' ';
+        for (std::size_t i = 0; i < parts.size(); ++i) {
+            const bool months = i == static_cast<std::size_t>(STLDatePart::Month) && !data.empty() &&
+                                std::all_of(data.begin(), data.end(),
+                                            [c](const STLRow& row) { return isMonthName(row.cells[c]); });
+            if (parts[i] < 0 && name.size() > 2 && kDateParts[i].names.find(name) != std::string_view::npos &&
+                (months || areWhole(data, c, kDateParts[i].least, kDateParts[i].most)))
+                parts[i] = static_cast<int>(c);
+        }
+    }
+    const auto has = [&](STLDatePart part) { return parts[static_cast<std::size_t>(part)] >= 0; };
+    const auto drop = [&](STLDatePart part) { parts[static_cast<std::size_t>(part)] = -1; };
+    // A part says something only below the one that it is a part of.
+    if (has(STLDatePart::Month))
+        drop(STLDatePart::Quarter);
+    if (!has(STLDatePart::Month))
+        drop(STLDatePart::Day);
+    if (has(STLDatePart::Day))
+        drop(STLDatePart::DayOfYear);
+    if (!has(STLDatePart::Day) && !has(STLDatePart::DayOfYear))
+        drop(STLDatePart::Hour);
+    if (!has(STLDatePart::Hour))
+        drop(STLDatePart::Minute);
+    if (!has(STLDatePart::Minute))
+        drop(STLDatePart::Second);
+    if (!has(STLDatePart::Year) || std::count(parts.begin(), parts.end(), -1) == kSTLDateParts - 1)
+        return;
+    for (std::size_t i = 1; i < data.size(); ++i)
+        // The places that were looked at follow each other.
+        if (!(dayOfParts(data[i], parts) > dayOfParts(data[i - 1], parts)))
+            return;
+    format.timeSource = STLTimeSource::DateParts;
+    format.partColumns = parts;
+    format.timeColumn = parts[static_cast<std::size_t>(STLDatePart::Year)];
+}
+
+// Whether a column of numbers can be years with decimals, by its name and by its numbers.
+bool areYears(const STLColumn& column, const std::vector<STLRow>& data, std::size_t c)
+{
+    const std::string name = lowered(column.name);
+    const bool years = name.find("year") != std::string::npos || name == "yr" || name == "jahr";
+    const bool times = name == "time" || name == "date";
+    if ((!years && !times) || !column.unit.empty() || courseOf(data, c) <= 0)
+        return false;
+    const auto inRange = [c](const STLRow& row) {
+        const STLToken& cell = row.cells[c];
+        return cell.kind == STLKind::Number && cell.value >= kFirstDecimalYear &&
+               cell.value < kLastDecimalYear;
+    };
+    // A clock that counts other units runs through them faster. More than these a ts-file cannot count.
+    constexpr double kFewYears = 10.0;
+    constexpr double kMostYears = 136.0;
+    return std::all_of(data.begin(), data.end(), inRange) &&
+           data.back().cells[c].value - data.front().cells[c].value < kMostYears &&
+           (years || data.size() < 2 || data[1].cells[c].value - data[0].cells[c].value <= kFewYears);
+}
+
+// Whether decimal years are firsts of months, as well as two decimals can tell them.
+bool areMonths(const std::vector<STLRow>& data, std::size_t c)
+{
+    constexpr double kNear = 0.07;  // months
+    return std::all_of(data.begin(), data.end(), [c](const STLRow& row) {
+        const double months = row.cells[c].value * 12.0;
+        return std::fabs(months - std::round(months)) < kNear;
+    });
+}
+
+// Days as spreadsheets count them, between 1954 and 2119, where a name says date.
+bool areSerialDays(const STLColumn& column, const std::vector<STLRow>& data, std::size_t c)
+{
+    const std::string name = lowered(column.name);
+    const bool dated = name.find("date") != std::string::npos || name.find("datum") != std::string::npos ||
+                       name.find("serial") != std::string::npos;
+    return dated && name.find("update") == std::string::npos && courseOf(data, c) > 0 &&
+           std::all_of(data.begin(), data.end(), [c](const STLRow& row) {
+               return row.cells[c].kind == STLKind::Number && row.cells[c].value > 20000.0 &&
+                      row.cells[c].value < 80000.0;
+           });
+}
+
+bool findNumericDate(STLFormat& format, const std::vector<STLRow>& data)
+{
+    for (std::size_t c = 0; c < format.columns.size() && !data.empty(); ++c) {
+        const bool years = areYears(format.columns[c], data, c);
+        if (!years && !areSerialDays(format.columns[c], data, c))
+            continue;
+        format.timeSource = years ? STLTimeSource::DecimalYears : STLTimeSource::SerialDays;
+        format.yearsInMonths = years && areMonths(data, c);
+        format.timeColumn = static_cast<int>(c);
+        return true;
+    }
+    return false;
+}
+
+void findNumericTime(STLFormat& format, const std::vector<STLRow>& data)
+{
+    for (std::size_t c = 0; c < format.columns.size(); ++c) {
+        if (format.columns[c].kind != STLKind::Number || data.empty())
+            continue;
+        const int course = courseOf(data, c);
+        const double first = data.front().cells[c].value;
+        constexpr double kYear1990 = 631152000.0;
+        constexpr double kYear2100 = 4102444800.0;
+        struct Unix
+        {
+            STLTimeSource source;
+            double perSecond;
+        };
+        static constexpr std::array<Unix, 4> kUnix = {{{STLTimeSource::UnixSeconds, 1},
+                                                       {STLTimeSource::UnixMilliseconds, 1e3},
+                                                       {STLTimeSource::UnixMicroseconds, 1e6},
+                                                       {STLTimeSource::UnixNanoseconds, 1e9}}};
+        const auto* const found = std::find_if(kUnix.begin(), kUnix.end(), [first](const Unix& u) {
+            return first > kYear1990 * u.perSecond && first < kYear2100 * u.perSecond;
+        });
+        // Several rows may bear the same second.
+        const bool goes = course != 0 || neverFalls(data, c);
+        if (found != kUnix.end() && goes && (c == 0 || namesTime(format.columns[c].name)))
+            format.timeSource = found->source;
+        else if (course > 0 && namesTime(format.columns[c].name))
+            format.timeSource = STLTimeSource::ElapsedSeconds;
+        else
+            continue;
+        format.greenwich = format.timeSource != STLTimeSource::ElapsedSeconds;
+        format.timeColumn = static_cast<int>(c);
+        return;
+    }
+}
+
+// "Nov 22 01:40:30", in cells of their own.
+bool datesLackYear(const STLFormat& format, const std::vector<STLRow>& data)
+{
+    const auto time = static_cast<std::size_t>(format.timeColumn);
+    return time >= 2 && !data.empty() && std::all_of(data.begin(), data.end(), [&](const STLRow& row) {
+               const bool dayLast =
+                   isMonthName(row.cells[time - 2]) && row.cells[time - 1].kind == STLKind::Number;
+               const bool monthLast =
+                   isMonthName(row.cells[time - 1]) && row.cells[time - 2].kind == STLKind::Number;
+               return dayLast || monthLast;
+           });
+}
+
+// Times of day that go on from the start's own count from its midnight.
+void startAtMidnight(STLFormat& format, const std::vector<STLRow>& data)
+{
+    if (format.typedStart == 0 || data.empty())
+        return;
+    const Micros ofDay = format.typedStart % kMicrosPerDay;
+    const auto first = readTime(data.front().cells[static_cast<std::size_t>(format.timeColumn)].text);
+    constexpr Micros kNear = 3600 * kMicrosPerSecond;
+    if (ofDay > 0 && first && first->micros >= ofDay && first->micros < ofDay + kNear)
+        format.typedStart -= ofDay;
+}
+
+// Times that are written with points ("09.58.30") look like dates; beside a date they are none.
+void findDottedTimes(STLFormat& format, const std::vector<STLRow>& data)
+{
+    bool dated = false;
+    for (std::size_t c = 0; c < format.columns.size(); ++c) {
+        if (format.columns[c].kind == STLKind::Time || format.columns[c].kind == STLKind::Stamp)
+            return;
+        if (format.columns[c].kind != STLKind::Date)
+            continue;
+        const bool clock = std::all_of(data.begin(), data.end(), [&](const STLRow& row) {
+            return readClock(row.cells[c].text).has_value();
+        });
+        if (dated && clock) {
+            format.columns[c].kind = STLKind::Time;
+            return;
+        }
+        dated = true;
+    }
+}
+
+}  // namespace
+
+void findCompactDates(STLFormat& format, const std::vector<STLRow>& data)
+{
+    for (std::size_t c = 0; c < format.columns.size(); ++c) {
+        const auto reads = [](std::string_view text) {
+            return text.size() >= 8 && readStamp(text).has_value();
+        };
+        if (format.columns[c].kind != STLKind::Number || !allRead(data, c, reads))
+            continue;
+        const bool days = data.front().cells[c].text.size() == 8;
+        const int time = days ? compactTimeColumn(format, data) : -1;
+        if (time < 0 && courseOf(data, c) == 0)
+            continue;
+        format.columns[c].kind = days ? STLKind::Date : STLKind::Stamp;
+        if (time >= 0)
+            format.columns[static_cast<std::size_t>(time)].kind = STLKind::Time;
+        return;
+    }
+}
+
+void guessTime(STLFormat& format, const std::vector<STLRow>& data)
+{
+    findDottedTimes(format, data);
+    const auto firstOf = [&](STLKind kind) {
+        const auto found = std::find_if(format.columns.begin(), format.columns.end(),
+                                        [&](const STLColumn& c) { return c.kind == kind; });
+        return found == format.columns.end() ? -1 : static_cast<int>(found - format.columns.begin());
+    };
+    const int stamp = firstOf(STLKind::Stamp);
+    const int date = firstOf(STLKind::Date);
+    int time = firstOf(STLKind::Time);
+    if (stamp < 0 && date >= 0 && time < 0) {
+        time = hhmmColumn(format, data);
+        format.timeIsHhmm = time >= 0;
+    }
+    if (stamp >= 0) {
+        format.timeSource = STLTimeSource::Stamp;
+        format.timeColumn = stamp;
+    } else if (date >= 0 && time >= 0) {
+        format.timeSource = STLTimeSource::DateAndTime;
+        format.timeColumn = time;
+        format.dateColumn = date;
+    } else if (date >= 0) {
+        format.timeSource = STLTimeSource::Stamp;
+        format.timeColumn = date;
+    } else if (time >= 0) {
+        format.timeSource = STLTimeSource::ElapsedTime;
+        format.timeColumn = time;
+        format.yearMissing = datesLackYear(format, data);
+        startAtMidnight(format, data);
+    } else {
+        findDateParts(format, data);
+        if (format.timeSource == STLTimeSource::Typed && !findNumericDate(format, data))
+            findNumericTime(format, data);
+    }
+    if (const int dated = format.dateColumn >= 0 ? format.dateColumn : format.timeColumn;
+        dated >= 0 &&
+        (format.timeSource == STLTimeSource::Stamp || format.timeSource == STLTimeSource::DateAndTime))
+        findOrder(format, data, dated);
+
+    for (const int c : {format.timeColumn, format.dateColumn})
+        if (c >= 0 && namesGreenwich(format.columns[static_cast<std::size_t>(c)]))
+            format.greenwich = true;
+
+    for (std::size_t c = 0; c < format.columns.size(); ++c)
+        format.columns[c].take = format.columns[c].kind == STLKind::Number && !tellsTime(format, c);
+}
+
+}  // namespace veltrac

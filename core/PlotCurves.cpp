@@ -50,6 +50,11 @@ bool cut(Point& a, Point& b)
     return true;
 }
 
+bool isInside(const Point& p)
+{
+    return p.x >= -kOutside && p.x <= 1.0 + kOutside && p.y >= -kOutside && p.y <= 1.0 + kOutside;
+}
+
 // Joins points to runs.
 class Pen
 {
@@ -60,13 +65,16 @@ public:
     {
         if (!m_last) {
             m_last = p;
+            m_lastIsInside = isInside(p);
             m_alone = true;
             return;
         }
         Point a = *m_last;
         Point b = p;
         m_alone = false;
-        if (!cut(a, b)) {
+        // Nothing would be cut off what lies within, as most does.
+        const bool inside = isInside(p);
+        if (!(m_lastIsInside && inside) && !cut(a, b)) {
             endRun();
         } else {
             if (!m_drawing || a.x != m_last->x || a.y != m_last->y) {
@@ -79,6 +87,7 @@ public:
                 endRun();
         }
         m_last = p;
+        m_lastIsInside = inside;
     }
 
     void lift()
@@ -107,6 +116,7 @@ private:
 
     Curve& m_curve;
     std::optional<Point> m_last;
+    bool m_lastIsInside = false;
     bool m_alone = false;
     bool m_drawing = false;
 };

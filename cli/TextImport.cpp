@@ -153,7 +153,7 @@ void takeTextOptions(STLObject& log, const ImportOptions& options)
         format.unitsLine = *options.unitsLine;
     if (options.encoding || options.grouping || options.firstDataLine || options.namesLine ||
         options.unitsLine)
-        takeNames(log.file(), format);
+        takeNames(log.text(), format);
     if (options.namesLine)
         format.namesInDoubt = false;
     if (!options.remarks.empty())

@@ -158,6 +158,37 @@ Summary summaryOf(const float* values, std::size_t stride, std::size_t n)
     return s;
 }
 
+Summary extremesOf(const float* values, std::size_t stride, std::size_t n)
+{
+    Summary s;
+    FourFloats least = FourFloats{} + s.least;
+    FourFloats greatest = FourFloats{} + s.greatest;
+    FourWords count{};
+    std::size_t i = 0;
+    for (; i + kChains <= n; i += kChains) {
+        const float* const from = values + i * stride;
+        const FourFloats v{from[0], from[stride], from[2 * stride], from[3 * stride]};
+        const auto isFinite = v - v == FourFloats{};
+        const FourFloats low = isFinite ? v : least;
+        const FourFloats high = isFinite ? v : greatest;
+        least = low < least ? low : least;
+        greatest = high > greatest ? high : greatest;
+        count += isFinite ? FourWords{} + 1U : FourWords{};
+    }
+    for (; i < n; ++i)
+        if (const float v = values[i * stride]; std::isfinite(v)) {
+            s.least = std::min(s.least, v);
+            s.greatest = std::max(s.greatest, v);
+            ++s.count;
+        }
+    for (std::size_t chain = 0; chain < kChains; ++chain) {
+        s.least = std::min(s.least, least[chain]);
+        s.greatest = std::max(s.greatest, greatest[chain]);
+        s.count += count[chain];
+    }
+    return s;
+}
+
 void summariesOf(const float* values, std::size_t stride, std::size_t n, std::size_t bucket,
                  std::vector<Summary>& out)
 {

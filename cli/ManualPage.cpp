@@ -35,6 +35,18 @@ std::string upper(std::string text)
     return text;
 }
 
+// Long lists of choices may go on in the next line behind each bar.
+std::string breakable(const std::string& text)
+{
+    std::string out;
+    for (const char c : text) {
+        out += c;
+        if (c == '|')
+            out += "\\:";
+    }
+    return out;
+}
+
 bool isShown(const CLI::Option& option)
 {
     return !option.get_group().empty();
@@ -47,7 +59,7 @@ void addOptions(const CLI::App& app, std::string& out)
             continue;
         out += ".TP\n.B " + roff(option->get_name()) + '\n';
         if (option->get_items_expected_max() > 0)
-            out.insert(out.size() - 1, " " + roff(option->get_type_name()));
+            out.insert(out.size() - 1, " " + breakable(roff(option->get_type_name())));
         out += roff(option->get_description()) + ".\n";
     }
 }

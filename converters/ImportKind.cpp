@@ -65,10 +65,11 @@ try {
 
 ImportKind importKindOf(const std::filesystem::path& file) noexcept
 try {
-    const STLSample sample = readSample(file);
+    const PlainText text(file);
+    const STLSample sample = readSample(text.path());
     if (hasExtension(file, ".tsa") || isTsa(sample))
         return ImportKind::Tsa;
-    const STLFormat format = detectFormat(file);
+    const STLFormat format = detectFormat(text);
     const bool single =
         format.columns.size() == 1 || hasExtension(file, ".scl") || isDecimalComma(sample, format);
     return single && isSingleColumn(file) ? ImportKind::Scl : ImportKind::Stl;

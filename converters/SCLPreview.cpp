@@ -46,7 +46,7 @@ void SCLPreview::show(const SCLSource& source, std::uint64_t skipLines)
     QString lines;
     std::vector<float> values;
     try {
-        LineReader reader(source.file, kShownLineBytes);
+        LineReader reader(source.text->path(), kShownLineBytes);
         for (std::size_t i = 0; i < kShownLines && reader.next(); ++i)
             lines += headerText(std::string(reader.text()).c_str()) + QLatin1Char('\n');
         SCLReader read(source, skipLines);

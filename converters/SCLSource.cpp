@@ -14,7 +14,7 @@ namespace veltrac {
 
 namespace {
 
-constexpr std::size_t kLongestLine = 1U << 16;
+constexpr std::size_t kLongestSclLine = 1U << 16;
 constexpr std::size_t kLongestQuote = 40;
 constexpr double kConstantWithin = 1e-3;
 
@@ -214,9 +214,10 @@ void judgeTimes(SCLSource& source, const LineTimes& times)
 
 SCLSource detectSource(const std::filesystem::path& file, std::uint64_t skipLines)
 {
-    const STLSample sample = readSample(file);
     SCLSource source;
     source.file = file;
+    source.text = std::make_shared<const PlainText>(file);
+    const STLSample sample = readSample(source.text->path());
     source.name = file.stem().string();
     const bool utf8 = std::all_of(sample.lines.begin(), sample.lines.end(),
                                   [](const STLLine& line) { return isUtf8(line.text); });
@@ -261,7 +262,7 @@ SCLSource detectSource(const std::filesystem::path& file, std::uint64_t skipLine
 }
 
 SCLReader::SCLReader(const SCLSource& source, std::uint64_t skipLines)
-    : m_source(source), m_lines(source.file, kLongestLine), m_skipLines(skipLines)
+    : m_source(source), m_lines(source.text->path(), kLongestSclLine), m_skipLines(skipLines)
 {
 }
 

@@ -3,10 +3,12 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "converters/PlainText.h"
 #include "converters/STLToken.h"
 #include "converters/TimeStamps.h"
 #include "core/LineReader.h"
@@ -17,7 +19,8 @@ namespace veltrac {
 struct SCLSource
 {
     std::filesystem::path file;
-    std::string name;  // UTF-8
+    std::shared_ptr<const PlainText> text;  // its bytes
+    std::string name;                       // UTF-8
     std::string unit;
     std::string description;
     std::optional<double> step;   // seconds from value to value, where the file tells
@@ -27,7 +30,7 @@ struct SCLSource
     bool unevenTimes = false;     // the lines begin with clock times that no step explains
 };
 
-// Throws STLError (no number, UTF-16, binary data) and std::system_error.
+// Throws STLError (no number, binary data) and std::system_error.
 SCLSource detectSource(const std::filesystem::path& file, std::uint64_t skipLines);
 
 // The values of a source, one after the other.

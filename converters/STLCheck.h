@@ -50,6 +50,7 @@ struct STLCheck
     float dt = 1.0F;
     std::uint32_t startSeconds = 0;
     float startTime = 0.0F;
+    double coarseness = 0.0;  // seconds that the farthest time in a float column is rounded by at most
 };
 
 }  // namespace veltrac

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <map>
 
+#include "converters/STLFixedWidth.h"
 #include "converters/STLHead.h"
 #include "converters/STLNames.h"
 #include "converters/STLSample.h"
@@ -15,6 +16,7 @@ namespace {
 
 constexpr std::size_t kMostColumns = 4096;
 constexpr double kSingleCellFactor = 0.7;
+constexpr double kSingleDateFactor = 0.3;
 constexpr double kCloseSecond = 0.9;
 constexpr char kSeparators[] = {'\t', ';', '|', ',', ' '};
 constexpr char kGroupings[] = {0, '.', ',', ' ', '\''};
@@ -34,8 +36,9 @@ struct Reading
     char grouping = 0;
     std::size_t cells = 0;  // the count that scores best
     double score = 0.0;
-    double lines = 0.0;  // the shares that make it: lines with that count,
-    double typed = 0.0;  // and their cells that are no texts
+    double lines = 0.0;                   // the shares that make it: lines with that count,
+    double typed = 0.0;                   // and their cells that are no texts
+    std::vector<std::size_t> edges = {};  // of a table of fixed widths
 };
 
 // Lines of words have now this count of them, now that, and few are numbers.
@@ -63,6 +66,7 @@ Reading scored(const STLSample& sample, char separator, char decimal, char group
         double worth = 0.0;
         std::size_t endInSeparator = 0;
         std::size_t endInNumber = 0;
+        std::size_t dates = 0;
     };
     std::map<std::size_t, Lines> byCount;
     std::vector<std::string_view> line;
@@ -84,6 +88,7 @@ Reading scored(const STLSample& sample, char separator, char decimal, char group
             const bool number = kind == STLKind::Text &&
                                 (!unitBehind(cell, cells).empty() || !keyBefore(cell, cells).empty());
             lines.worth += worth(number ? STLKind::Number : kind);
+            lines.dates += kind == STLKind::Date || kind == STLKind::Stamp ? 1 : 0;
         }
     }
     Reading reading{separator, decimal, grouping};
@@ -92,7 +97,9 @@ Reading scored(const STLSample& sample, char separator, char decimal, char group
             continue;
         const double typed = lines.worth / static_cast<double>(lines.count * count);
         const double share = static_cast<double>(lines.count) / static_cast<double>(looked);
-        const double score = share * typed * (count == 1 ? kSingleCellFactor : 1.0);
+        // Dates alone are no values: their parts may be cells.
+        const double single = lines.dates * 2 > lines.count ? kSingleDateFactor : kSingleCellFactor;
+        const double score = share * typed * (count == 1 ? single : 1.0);
         if (score > reading.score)
             reading = {separator, decimal, grouping, count, score, share, typed};
     }
@@ -101,6 +108,19 @@ Reading scored(const STLSample& sample, char separator, char decimal, char group
     if (longer != byCount.end() && longer->second.endInNumber > 1 &&
         byCount[reading.cells].endInSeparator == byCount[reading.cells].count)
         ++reading.cells;
+    return reading;
+}
+
+// A table of blanks in which lines lack cells, as one of fixed widths, where that explains more lines.
+Reading inFixedWidths(const STLSample& sample, Reading reading)
+{
+    if (reading.separator != ' ' || reading.lines == 1.0)
+        return reading;
+    std::vector<std::size_t> edges = fixedEdges(sample, reading.decimal);
+    if (edges.size() < reading.cells)
+        return reading;
+    reading.cells = edges.size();
+    reading.edges = std::move(edges);
     return reading;
 }
 
@@ -119,6 +139,7 @@ std::vector<Reading> allReadings(const STLSample& sample)
     // The earlier one wins a tie, so digits are grouped only where that explains more.
     std::stable_sort(readings.begin(), readings.end(),
                      [](const Reading& a, const Reading& b) { return a.score > b.score; });
+    readings.front() = inFixedWidths(sample, std::move(readings.front()));
     return readings;
 }
 
@@ -127,12 +148,36 @@ std::string noLineOfNumbers(const std::filesystem::path& file)
     return "No line of numbers was found in " + file.filename().string() + ".";
 }
 
+// The cells of a line, told apart.
+std::string shownCells(std::string_view line, const STLCells& cells, STLEncoding encoding)
+{
+    constexpr std::size_t kLongestShown = 120;
+    std::vector<std::string_view> parts;
+    splitCells(line, cells, parts);
+    std::string text;
+    for (const std::string_view part : parts)
+        text += (text.empty() ? "" : " | ") + cellText(part, encoding);
+    return text.size() > kLongestShown ? cutTo(text, kLongestShown) + "…" : text;
+}
+
+STLEvidence evidenceOf(const Reading& reading, const STLFormat& format, const STLSample& sample)
+{
+    STLCells cells = format.cells;
+    cells.separator = reading.separator;
+    cells.edges = reading.edges;
+    const std::size_t first = static_cast<std::size_t>(format.firstDataLine) - 1;
+    return {reading.cells, reading.lines, reading.typed,
+            first < sample.head.size() ? shownCells(sample.head[first].text, cells, format.encoding)
+                                       : std::string()};
+}
+
 STLFormat formatOf(const std::filesystem::path& file, const STLSample& sample, Reading reading)
 {
     STLFormat format;
     format.cells.separator = reading.separator;
     format.cells.decimal = reading.decimal;
     format.cells.grouping = reading.grouping;
+    format.cells.edges = reading.edges;
     if (isProse(reading))
         throw STLError(noLineOfNumbers(file));
     if (reading.cells > kMostColumns)
@@ -170,16 +215,17 @@ STLFormat formatOf(const std::filesystem::path& file, const STLSample& sample, R
         format.description = file.stem().string();
     findCompactDates(format, data);
     guessTime(format, data);
+    format.evidence = evidenceOf(reading, format, sample);
     return format;
 }
 
 }  // namespace
 
-STLFormat detectFormat(const std::filesystem::path& file)
+STLFormat detectFormat(const PlainText& text)
 {
-    const STLSample sample = readSample(file);
+    const STLSample sample = readSample(text.path());
     const std::vector<Reading> readings = allReadings(sample);
-    STLFormat format = formatOf(file, sample, readings[0]);
+    STLFormat format = formatOf(text.file(), sample, readings[0]);
     const auto second = std::find_if(readings.begin() + 1, readings.end(), [&](const Reading& r) {
         const bool oneWithComma =
             r.cells == 1 && r.decimal == ',' && r.score > kCloseSecond * kSingleCellFactor;
@@ -189,19 +235,20 @@ STLFormat detectFormat(const std::filesystem::path& file)
     if (second != readings.end()) {
         format.otherSeparator = second->separator;
         format.otherDecimal = second->decimal;
+        format.otherEvidence = evidenceOf(*second, format, sample);
     }
     return format;
 }
 
-STLFormat detectFormat(const std::filesystem::path& file, char separator, char decimal)
+STLFormat detectFormat(const PlainText& text, char separator, char decimal)
 {
-    const STLSample sample = readSample(file);
-    return formatOf(file, sample, scored(sample, separator, decimal));
+    const STLSample sample = readSample(text.path());
+    return formatOf(text.file(), sample, inFixedWidths(sample, scored(sample, separator, decimal)));
 }
 
-void takeNames(const std::filesystem::path& file, STLFormat& format)
+void takeNames(const PlainText& text, STLFormat& format)
 {
-    const STLSample sample = readSample(file);
+    const STLSample sample = readSample(text.path());
     for (STLColumn& column : format.columns) {
         column.heading.clear();
         column.name.clear();

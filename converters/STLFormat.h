@@ -70,6 +70,15 @@ struct STLColumn
 enum class STLDatePart { Year, Quarter, Month, Day, DayOfYear, Hour, Minute, Second };
 inline constexpr std::size_t kSTLDateParts = 8;
 
+// What speaks for a reading.
+struct STLEvidence
+{
+    std::size_t cells = 0;  // of a line
+    double lines = 0.0;     // the share of the lines that have so many
+    double typed = 0.0;    // the share of their cells that are numbers, dates or times; missing ones are half
+    std::string firstRow;  // the cells of the first data line under it, as UTF-8
+};
+
 struct STLFormat
 {
     STLEncoding encoding = STLEncoding::Utf8;
@@ -93,6 +102,7 @@ struct STLFormat
     DateOrder order = DateOrder::DayMonth;
     bool orderInDoubt = false;  // no date tells; the user is asked to check
     bool orderBySteps = false;  // but the steps between the dates do
+    bool yearMissing = false;   // days and months stand before the times of day, and no year
     bool greenwich = false;     // stamps carry a zone, or the user says that they are UTC
     Micros typedStart = 0;      // wall clock; 0 for none
     double typedStep = 1.0;     // seconds
@@ -106,9 +116,12 @@ struct STLFormat
     std::uint64_t toRow = 0;    // 0: the last
     std::uint32_t everyNth = 1;
 
-    // A second reading that scored nearly as well, or 0: its separator and decimal.
+    // Why it is read so. And a second reading that scored nearly as well, or 0: its separator and decimal,
+    // and the reason for it.
+    STLEvidence evidence;
     char otherSeparator = 0;
     char otherDecimal = 0;
+    STLEvidence otherEvidence;
 };
 
 // Whether the times are numbers: of seconds, or of another unit.

@@ -41,6 +41,16 @@ std::optional<double> readRate(std::string_view text, const STLCells& cells)
     return number && known ? std::optional(*number * factor) : std::nullopt;
 }
 
+bool tellsKey(std::string_view line)
+{
+    const std::size_t from = line.find_first_not_of("#%/; \t");
+    const std::size_t at = line.find_first_of(":=");
+    if (from == std::string_view::npos || at == std::string_view::npos || at <= from)
+        return false;
+    const std::string_view key = line.substr(from, at - from);
+    return keyOf(std::string(key.substr(0, key.find_last_not_of(" \t\"") + 1))) != STLKey::Other;
+}
+
 STLKey keyOf(const std::string& key)
 {
     static const std::map<std::string, STLKey, std::less<>> known = {{"start", STLKey::Start},

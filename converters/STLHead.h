@@ -12,6 +12,9 @@ void guessHead(STLFormat& format, const STLSample& sample);
 enum class STLKey { Other, Start, Date, Time, Interval, Rate, Description, Tool, Name, Unit };
 STLKey keyOf(const std::string& key);
 
+// Whether a line is a known key and its value, behind a remark sign or not: "; Samplerate: 1 kHz".
+bool tellsKey(std::string_view line);
+
 // Seconds of "10 ms", "1 s", "5 min", "1 h"; a bare number is seconds.
 std::optional<double> readInterval(std::string_view text, const STLCells& cells);
 // Hertz of "360 Hz", "1 kHz", "250".

@@ -8,6 +8,7 @@
 #include <array>
 
 #include "converters/TimeStamps.h"
+#include "converters/WordedDates.h"
 #include "core/LineReader.h"
 
 using namespace veltrac;
@@ -41,11 +42,6 @@ int shownLength(std::string_view bytes, STLEncoding encoding)
     return QString::fromStdString(decoded(bytes, encoding)).size();
 }
 
-bool isTimePart(const STLFormat& format, std::size_t column)
-{
-    return static_cast<int>(column) == format.timeColumn || static_cast<int>(column) == format.dateColumn;
-}
-
 bool readsAsTime(const STLFormat& format, std::size_t column, std::string_view cell)
 {
     const auto isDate = [&](const std::optional<Stamp>& stamp) -> bool {
@@ -56,11 +52,14 @@ bool readsAsTime(const STLFormat& format, std::size_t column, std::string_view c
             return isDate(readStamp(cell));
         case STLTimeSource::DateAndTime:
             return static_cast<int>(column) == format.dateColumn ? isDate(readStamp(cell))
+                   : format.timeIsHhmm                           ? readNumber(cell, format.cells).has_value()
                                                                  : readClock(cell).has_value();
         case STLTimeSource::ElapsedTime:
             return readClock(cell).has_value();
+        case STLTimeSource::DateParts:
+            return readNumber(cell, format.cells) || monthOfName(cell) != 0;
         default:
-            return readNumber(cell, format.cells).has_value();
+            return readValue(cell, format.columns[column], format.cells).has_value();
     }
 }
 
@@ -125,33 +124,40 @@ void STLLines::explainData(Line& line)
     if (line.cut)
         cells.pop_back();
     QStringList troubles;
-    for (std::size_t c = 0; c < std::min(cells.size(), m_format.columns.size()); ++c) {
-        const QString trouble = troubleOf(c, cells[c]);
-        if (trouble.isEmpty())
-            continue;
-        troubles << trouble;
-        const std::string_view bytes = line.bytes;
-        const auto offset = static_cast<std::size_t>(cells[c].data() - bytes.data());
+    const std::string_view bytes = line.bytes;
+    const auto mark = [&](std::string_view cell, bool understood) {
+        const auto offset = static_cast<std::size_t>(cell.data() - bytes.data());
         line.marks.append({shownLength(bytes.substr(0, offset), m_format.encoding),
-                           shownLength(cells[c], m_format.encoding)});
+                           shownLength(cell, m_format.encoding), understood});
+    };
+    const std::size_t columns = m_format.columns.size();
+    for (std::size_t c = 0; c < cells.size(); ++c) {
+        if (cells[c].empty())
+            continue;
+        const QString trouble = c < columns ? troubleOf(c, cells[c]) : QString();
+        const bool leftOut = c >= columns || (!m_format.columns[c].take && !tellsTime(m_format, c));
+        if (!trouble.isEmpty())
+            troubles << trouble;
+        if (!trouble.isEmpty() || leftOut)
+            mark(cells[c], trouble.isEmpty() && c < columns);
     }
-    if (cells.size() < m_format.columns.size() && !line.cut)
-        troubles << QStringLiteral("%1 of %2 cells").arg(cells.size()).arg(m_format.columns.size());
-    if (cells.size() > m_format.columns.size() + (cells.back().empty() ? 1 : 0))
-        troubles << QStringLiteral("%1 cells instead of %2").arg(cells.size()).arg(m_format.columns.size());
+    if (cells.size() < columns && !line.cut)
+        troubles << QStringLiteral("%1 of %2 cells").arg(cells.size()).arg(columns);
+    if (cells.size() > columns + (cells.back().empty() ? 1 : 0))
+        troubles << QStringLiteral("%1 cells instead of %2").arg(cells.size()).arg(columns);
     if (troubles.isEmpty())
         return;
     line.kind = STLLineKind::Trouble;
     line.toolTip = troubles.join(QLatin1Char('\n'));
     if (line.marks.isEmpty())
-        line.marks.append({0, line.text.size()});
+        line.marks.append({0, line.text.size(), false});
 }
 
 QString STLLines::troubleOf(std::size_t column, std::string_view cell) const
 {
     const STLColumn& wanted = m_format.columns[column];
     const QString shown = QString::fromStdString(decoded(cell.substr(0, 40), m_format.encoding));
-    if (isTimePart(m_format, column))
+    if (tellsTime(m_format, column))
         return readsAsTime(m_format, column, cell)
                    ? QString()
                    : QStringLiteral("\"%1\" is no time: the line is skipped").arg(shown);

@@ -20,11 +20,12 @@ class STLLines : public QAbstractTableModel
     Q_OBJECT
 
 public:
-    // A stretch of a line's text that was not understood.
+    // A stretch of a line's text that was not understood, or of a column that is not taken.
     struct Mark
     {
         int from;
         int length;
+        bool understood;
     };
     // Data under this role: the marks of a line as a QVector<Mark>.
     static constexpr int kMarksRole = Qt::UserRole;

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <map>
 
+#include "converters/STLHead.h"
 #include "core/TimeUnits.h"
 
 namespace veltrac {
@@ -159,7 +160,7 @@ void guessNames(STLFormat& format, const std::vector<STLRow>& rows, std::size_t 
     const STLRow* names = nullptr;
     const STLRow* units = nullptr;
     for (std::size_t i = firstData; i-- > 0;) {
-        if (!isMostlyText(rows[i]))
+        if (!isMostlyText(rows[i]) || tellsKey(rows[i].line->text))
             continue;
         // Names stand above lines of units, and above those that tell how each value was made.
         if (names != nullptr && !looksLikeUnits(*names) && filledCells(*names) >= filledCells(rows[i]))
@@ -211,12 +212,29 @@ bool namesRows(const STLFormat& format, const std::vector<STLRow>& data)
     return data.size() > 1;
 }
 
+std::vector<std::string_view> wordsBetween(std::string_view line, std::string_view signs)
+{
+    std::vector<std::string_view> words;
+    for (std::size_t from = line.find_first_not_of(signs); from != std::string_view::npos;) {
+        const std::size_t end = std::min(line.find_first_of(signs, from), line.size());
+        words.push_back(line.substr(from, end - from));
+        from = line.find_first_not_of(signs, end);
+    }
+    return words;
+}
+
 // Puts the cells of a line over the columns; false where they cannot be matched.
-bool matchNames(std::vector<std::string_view>& cells, const STLFormat& format,
+bool matchNames(std::vector<std::string_view>& cells, std::string_view line, const STLFormat& format,
                 const std::vector<STLRow>& data)
 {
     const std::size_t columns = format.columns.size();
     const bool blanks = format.cells.separator == ' ';
+    // "face |bytes packets|" above a table of blanks, and blanks above one of tabs.
+    if (cells.size() != columns && !line.empty() && (blanks || cells.size() == 1)) {
+        std::vector<std::string_view> words = wordsBetween(line, blanks ? " \t\r|" : " \r");
+        if (words.size() == columns)
+            cells = std::move(words);
+    }
     // "Data: y x"
     if (cells.size() == columns + 1 && cells.front().ends_with(':') && blanks)
         cells.erase(cells.begin());
@@ -261,7 +279,7 @@ void guessNamesAbove(STLFormat& format, const STLSample& sample, const std::vect
             cells.pop_back();
         if (!remark && cells.size() == columns)
             break;
-        if ((remark && !rows.empty()) || !matchNames(cells, format, data) ||
+        if ((remark && !rows.empty()) || !matchNames(cells, text, format, data) ||
             (remark && cells.size() != columns))
             break;
         STLRow row{&line, {}};

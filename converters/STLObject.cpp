@@ -59,15 +59,22 @@ private:
 
 STLObject::STLObject(std::filesystem::path file) : m_file(std::move(file)) {}
 
+const PlainText& STLObject::text()
+{
+    if (!m_text || !m_text->isCurrent())
+        m_text.emplace(m_file);
+    return *m_text;
+}
+
 void STLObject::detect()
 {
-    m_format = detectFormat(m_file);
+    m_format = detectFormat(text());
     m_readFormat.reset();
 }
 
 void STLObject::detect(char separator, char decimal)
 {
-    m_format = detectFormat(m_file, separator, decimal);
+    m_format = detectFormat(text(), separator, decimal);
     m_readFormat.reset();
 }
 
@@ -120,7 +127,7 @@ bool STLObject::isChosen(std::uint64_t row) const
 JobOutcome STLObject::readThrough(const Progress& progress, bool& wrongOrder)
 {
     m_read = STLCheck();
-    STLRows rows(m_file, m_format, STLPass::Check);
+    STLRows rows(text().path(), m_format, STLPass::Check);
     const STLClock& clock = rows.clock();
     STLSteps steps(timesAreNumbers(m_format.timeSource));
     STLLooks looks(progress);
@@ -180,7 +187,8 @@ void STLObject::settleResult()
         found.span = step * static_cast<double>(found.chosen - 1);
     }
     // A float tells a time to 2^-24 of its size.
-    const bool coarse = found.span * std::ldexp(1.0, -24) > kFinest * found.typicalStep;
+    const double typical = found.typicalStep > 0.0 ? found.typicalStep : 1.0;
+    const bool coarse = found.span * std::ldexp(1.0, -24) > kFinest * typical;
     found.timeResult =
         m_format.timeResult.value_or(found.equalSteps || found.chosen < 2 ? STLTimeResult::Constant
                                      : coarse                             ? STLTimeResult::TimeTwoColumns
@@ -189,7 +197,7 @@ void STLObject::settleResult()
     if (found.resampled && (found.leastStep < 0.0 || found.newestFirst))
         throw STLError("The times of the rows run backwards; they cannot be put at equal steps.");
 
-    double step = found.typicalStep > 0.0 ? found.typicalStep : 1.0;
+    double step = typical;
     std::uint64_t samples = found.chosen;
     if (found.resampled) {
         step = m_format.resampleStep > 0.0 ? m_format.resampleStep : step;
@@ -237,12 +245,17 @@ void STLObject::settleStart()
     const double summer = found.earliest < 0.0 && datesAlone(m_format) ? 3600.0 : 0.0;
     const double least = found.timeColumns > 0 ? first + found.earliest - summer : first;
     double start = found.timeColumns > 0 ? least : first - static_cast<double>(found.dt);
+    // What a float's rounding leaves of a start at 0.
+    if (std::fabs(start) < 1e-6 * found.dt)
+        start = 0.0;
     if (dated ? start < 0.0 || start > kLatestStart : least < 0.0) {
         found.timeColumns = 1;
         start = 0.0;
     }
     found.startSeconds = static_cast<std::uint32_t>(std::max(start, 0.0));
     found.startTime = found.timeColumns > 0 ? 0.0F : static_cast<float>(start - found.startSeconds);
+    const double farthest = std::max(std::fabs(first - start), std::fabs(first - start + found.span));
+    found.coarseness = found.timeColumns == 1 ? std::ldexp(farthest, -24) : 0.0;
     found.columns += found.timeColumns;
     requireFits(found.samples, found.columns);
 }
@@ -324,7 +337,7 @@ JobOutcome STLObject::write(TSFILE& target, const Progress& progress)
     // Where every line is a row, and its time is not written, the times have been read for good.
     const bool timesWanted =
         m_found.losses.skippedLines != 0 || m_found.resampled || m_found.timeColumns != 0;
-    STLRows rows(m_file, m_format, timesWanted ? STLPass::Write : STLPass::WriteValues);
+    STLRows rows(text().path(), m_format, timesWanted ? STLPass::Write : STLPass::WriteValues);
     STLWriter writer(target, m_format, m_found);
     const Progress reading = m_found.newestFirst ? partOf(progress, 0, 80) : progress;
     STLLooks looks(reading);

@@ -20,6 +20,8 @@ public:
     explicit STLObject(std::filesystem::path file);
 
     const std::filesystem::path& file() const { return m_file; }
+    // Its plain bytes, unpacked when they are asked for first. Throws as PlainText does.
+    const veltrac::PlainText& text();
     // What detection found and the user changed.
     veltrac::STLFormat& format() { return m_format; }
     const veltrac::STLFormat& format() const { return m_format; }
@@ -56,6 +58,7 @@ private:
     void writeHeader(TSFILE& target) const;
 
     std::filesystem::path m_file;
+    std::optional<veltrac::PlainText> m_text;
     veltrac::STLFormat m_format;
     std::optional<veltrac::STLFormat> m_readFormat;  // of the last whole pass
     veltrac::FileState m_readState;

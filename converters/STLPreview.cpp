@@ -13,6 +13,7 @@ namespace veltrac {
 namespace {
 
 constexpr QRgb kTroubleColour = 0xFFF4A09A;
+constexpr QRgb kLeftOutColour = 0xFFDCDCDC;
 
 // Paints a line with its marks.
 class MarkedLine : public QStyledItemDelegate
@@ -42,7 +43,7 @@ public:
             const QString text = shown.text.mid(mark.from, mark.length);
             const QRect box(area.left() + left, area.top(), std::max(metrics.horizontalAdvance(text), 4),
                             area.height());
-            painter->fillRect(box, QColor(kTroubleColour));
+            painter->fillRect(box, QColor(mark.understood ? kLeftOutColour : kTroubleColour));
             painter->setPen(Qt::black);
             painter->drawText(box, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine, text);
         }

@@ -31,6 +31,22 @@ void addCount(std::string& list, std::uint64_t count, const char* thing, const c
         list += (list.empty() ? " " : ", ") + counted(count, thing) + ' ' + what;
 }
 
+const char* nameOfSeparator(char separator)
+{
+    switch (separator) {
+        case '\t':
+            return "cells between tabs";
+        case ';':
+            return "cells between semicolons";
+        case '|':
+            return "cells between bars";
+        case ',':
+            return "cells between commas";
+        default:
+            return "cells between blanks";
+    }
+}
+
 }  // namespace
 
 std::string summaryText(const STLCheck& found)
@@ -41,6 +57,95 @@ std::string summaryText(const STLCheck& found)
     addCount(losses, found.losses.titleLines, "repeated line", "of names left out");
     return counted(found.samples, "row") + ", " + counted(found.columns - found.timeColumns, "column") + '.' +
            losses + (losses.empty() ? "" : ".");
+}
+
+std::string evidenceText(const STLFormat& format)
+{
+    const auto percent = [](double share) { return fixedNumber(share * 100.0, 0) + " %"; };
+    const auto reasons = [&](const STLEvidence& evidence) {
+        return percent(evidence.lines) + " of the lines have " + counted(evidence.cells, "cell") + ", and " +
+               percent(evidence.typed) + " of these are numbers, dates or times.";
+    };
+    std::string text = "Read as " +
+                       std::string(format.cells.edges.empty() ? nameOfSeparator(format.cells.separator)
+                                                              : "columns of fixed widths") +
+                       (format.cells.decimal == ',' ? " with a decimal comma: " : " with a decimal point: ") +
+                       reasons(format.evidence);
+    text += format.namesLine == 0 ? " No line gives names."
+                                  : " Line " + std::to_string(format.namesLine) + " gives the names.";
+    if (format.otherDecimal != 0)
+        text += "\nFirst row so: " + format.evidence.firstRow + "\nAnother reading comes near, " +
+                nameOfSeparator(format.otherSeparator) +
+                (format.otherDecimal == ',' ? " with a decimal comma: " : " with a decimal point: ") +
+                reasons(format.otherEvidence) + " First row then: " + format.otherEvidence.firstRow;
+    return text;
+}
+
+std::string lossText(const STLFormat& format, const STLCheck& found)
+{
+    constexpr int kMostQuoted = 10;
+    std::string text;
+    const auto line = [&](std::uint64_t count, const char* thing, const std::string& what) {
+        if (count != 0)
+            text += (text.empty() ? "" : "\n") + counted(count, thing) + ' ' + what;
+    };
+    const auto quotes = [&](const auto& wanted) {
+        std::string list;
+        int quoted = 0;
+        std::uint64_t before = 0;
+        for (const STLTrouble& trouble : found.troubles) {
+            if (!wanted(trouble.problem) || trouble.line == before || ++quoted > kMostQuoted)
+                continue;
+            before = trouble.line;
+            list += (list.empty() ? ": line " : "; line ") + std::to_string(trouble.line) + " \"" +
+                    trouble.text + '"';
+        }
+        return list + '.';
+    };
+    line(found.losses.emptyCells, "cell", "empty or marked as missing.");
+    line(found.losses.notNumbers, "cell",
+         "no number" + quotes([](STLProblem p) { return p == STLProblem::NotANumber; }));
+    line(found.losses.skippedLines, "line", "skipped" + quotes([](STLProblem p) {
+                                                return p == STLProblem::UnreadableStamp ||
+                                                       p == STLProblem::FarTime ||
+                                                       p == STLProblem::LineTooLong;
+                                            }));
+    line(found.losses.titleLines, "repeated line", "of names left out.");
+    std::string texts;
+    std::size_t left = 0;
+    for (std::size_t c = 0; c < format.columns.size(); ++c)
+        if (!format.columns[c].take && !tellsTime(format, c) && ++left)
+            texts +=
+                (texts.empty() ? ": " : ", ") +
+                (format.columns[c].name.empty() ? "column " + std::to_string(c + 1) : format.columns[c].name);
+    line(left, "column", "not taken" + texts + '.');
+    return text;
+}
+
+std::string assumptionText(const STLFormat& format, const STLCheck& found)
+{
+    std::string text;
+    const auto line = [&](bool wanted, const std::string& what) {
+        if (wanted)
+            text += (text.empty() ? "" : "\n") + what;
+    };
+    const bool dated = format.timeSource != STLTimeSource::Typed && !timesAreElapsed(format.timeSource);
+    line(format.timeSource == STLTimeSource::Typed && !format.stepIsTold,
+         "No time was found: steps of " + lengthText(format.typedStep) + " are assumed.");
+    line(dated && !format.greenwich && !found.zoned, "No zone is named: the times are taken as local ones.");
+    line(format.timeSource == STLTimeSource::ElapsedTime && format.typedStart == 0,
+         "No date was found: the times count from midnight.");
+    line(format.timeSource == STLTimeSource::DateParts,
+         "The date is put together from columns of its parts.");
+    line(format.timeSource == STLTimeSource::DecimalYears,
+         std::string("Numbers are taken for years with decimals") +
+             (format.yearsInMonths ? ", as firsts of months." : "."));
+    line(format.timeSource == STLTimeSource::SerialDays,
+         "Numbers are taken for days as spreadsheets count them.");
+    line(format.orderBySteps, "The order of day and month is the one that makes equal steps.");
+    line(found.coarseness >= 0.5,
+         "A column \"Time\" tells these times to " + lengthText(found.coarseness) + '.');
+    return text;
 }
 
 std::string stepText(const STLFormat& format, const STLCheck& found)
@@ -107,6 +212,9 @@ std::string namesDoubt(const STLFormat& format)
 
 std::string importDoubt(const STLFormat& format, const STLCheck& found)
 {
+    if (format.yearMissing)
+        return "A day and a month stand before the times, but no year: only the time of day is read.\nImport "
+               "it so?";
     if (format.orderInDoubt && !format.orderBySteps)
         return "No date tells the day from the month.\n" + orderDoubt(format, found) + "\nImport it so?";
     const std::uint64_t troubled = found.troubledRows + found.losses.skippedLines;

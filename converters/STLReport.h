@@ -19,6 +19,14 @@ std::string resultText(const STLCheck& found);
 // "Sunday, 3 April 2016 13:30:00"
 std::string wallInWords(Micros wall);
 
+// "Read as cells between commas with a decimal point: 100 % of the lines have 3 cells, …"; with the first row
+// of a second reading that comes near.
+std::string evidenceText(const STLFormat& format);
+// What does not come along, each with its count and the first texts, a line each; empty where all does.
+std::string lossText(const STLFormat& format, const STLCheck& found);
+// What the text does not say and the import has to assume, a line each.
+std::string assumptionText(const STLFormat& format, const STLCheck& found);
+
 // What the user is asked to check, a line each; empty where nothing is in doubt.
 std::string orderDoubt(const STLFormat& format, const STLCheck& found);
 std::string namesDoubt(const STLFormat& format);

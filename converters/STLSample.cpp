@@ -10,7 +10,7 @@ namespace veltrac {
 namespace {
 
 constexpr std::size_t kLinesAPlace = 200;
-constexpr std::size_t kLongestLine = 1U << 20;
+constexpr std::size_t kLongestSampledLine = 1U << 20;
 constexpr std::size_t kMostHeadLines = 1000;
 constexpr std::size_t kMostHeadBytes = 1U << 22;
 constexpr int kRunOfDataLines = 5;
@@ -59,9 +59,6 @@ void refuseBinary(const STLSample& sample)
 {
     if (sample.lines.empty())
         throw STLError("The file is empty.");
-    const std::string& first = sample.lines.front().text;
-    if (first.starts_with("\xFF\xFE") || first.starts_with("\xFE\xFF"))
-        throw STLError("The file is written in UTF-16. Save it as UTF-8 or plain text and import it again.");
     std::size_t wide = 0;
     std::size_t binary = 0;
     for (const STLLine& line : sample.lines) {
@@ -70,22 +67,27 @@ void refuseBinary(const STLSample& sample)
         wide += zeros * 4 > line.text.size() ? 1 : 0;
     }
     if (wide * 2 > sample.lines.size())
-        throw STLError("The file is written in UTF-16. Save it as UTF-8 or plain text and import it again.");
+        throw STLError(
+            "The file is written in UTF-16 without a byte order mark. Save it as UTF-8 or plain text and "
+            "import it again.");
     // A logger that lost its power leaves a stretch of zeros, which is one line that is skipped.
     if (binary * kFewLines > sample.lines.size())
         throw STLError("The file holds binary data; it is no text file.");
 }
 
-// Whether texts stand in all columns of numbers, as in a line of names.
+// Whether texts stand in all columns of numbers, as in a line of names. Where that is but one column, a time
+// beside it tells a row.
 bool isTitle(const STLRow& row, const std::vector<STLKind>& kinds)
 {
-    bool any = false;
+    std::size_t numbers = 0;
+    bool timed = false;
     for (std::size_t c = 0; c < kinds.size(); ++c) {
         if (kinds[c] == STLKind::Number && row.cells[c].kind != STLKind::Text)
             return false;
-        any = any || kinds[c] == STLKind::Number;
+        numbers += kinds[c] == STLKind::Number ? 1 : 0;
+        timed = timed || (row.cells[c].kind != STLKind::Text && row.cells[c].kind != STLKind::Missing);
     }
-    return any;
+    return numbers > 1 || (numbers == 1 && !timed);
 }
 
 bool sameTitle(const STLRow& a, const STLRow& b, const std::vector<STLKind>& kinds)
@@ -122,7 +124,7 @@ bool beginsWithWords(const STLRow& row, const std::vector<STLKind>& kinds)
 
 STLSample readSample(const std::filesystem::path& file)
 {
-    LineReader reader(file, kLongestLine);
+    LineReader reader(file, kLongestSampledLine);
     STLSample sample;
     std::uint64_t number = 0;
     bool whole = false;

@@ -99,7 +99,9 @@ void STLSteps::tell(STLCheck& found)
     // A clock coarser than the steps reads now one tick, now the next. Where nearly all steps are the same
     // one, longer ones are gaps instead.
     const bool gapsAreTicks = !m_timesAreNumbers && static_cast<double>(m_usual) < kNearlyAll * steps;
-    const bool rounded = m_slowest <= m_fastest && (m_gaps == 0 || gapsAreTicks);
+    // Rows of one time below each other's names are several things at that time, none between two ticks.
+    const bool blocks = found.losses.titleLines != 0 && m_least <= 0.0;
+    const bool rounded = !blocks && m_slowest <= m_fastest && (m_gaps == 0 || gapsAreTicks);
     found.equalSteps = m_count > 1 && mean > 0.0 && (same || rounded);
     if (!found.equalSteps)
         return;

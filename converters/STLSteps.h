@@ -18,7 +18,7 @@ public:
 
     // The next row's time, and how finely it is told (0: exactly), both in seconds.
     void add(double seconds, double resolution);
-    // Sets what the check found of steps, gaps and span.
+    // Sets what the check found of steps, gaps and span; its losses are known.
     void tell(STLCheck& found);
 
 private:

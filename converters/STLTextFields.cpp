@@ -116,6 +116,9 @@ void STLTextFields::show(const STLFormat& format)
     m_other->setText(format.otherDecimal == ',' && format.otherSeparator != ' '
                          ? QStringLiteral("Or one column with decimal comma?")
                          : QStringLiteral("Or another separator?"));
+    m_other->setToolTip(QStringLiteral("First row so: %1\nand then: %2")
+                            .arg(QString::fromStdString(format.evidence.firstRow),
+                                 QString::fromStdString(format.otherEvidence.firstRow)));
 }
 
 void STLTextFields::readLines(STLFormat& format) const

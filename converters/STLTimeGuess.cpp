@@ -81,6 +81,19 @@ int courseOf(const std::vector<STLRow>& rows, std::size_t column)
     return pairs > 0 && pairs - fallen <= 2 ? -1 : 0;
 }
 
+bool neverFalls(const std::vector<STLRow>& rows, std::size_t column)
+{
+    bool risen = false;
+    for (std::size_t i = 1; i < rows.size(); ++i) {
+        const STLToken& before = rows[i - 1].cells[column];
+        const STLToken& now = rows[i].cells[column];
+        if (before.kind != STLKind::Number || now.kind != STLKind::Number || now.value < before.value)
+            return false;
+        risen = risen || now.value > before.value;
+    }
+    return risen;
+}
+
 // "Time (UTC)"; what stands behind a sign there is another zone.
 bool namesGreenwich(const STLColumn& column)
 {
@@ -233,9 +246,11 @@ bool areYears(const STLColumn& column, const std::vector<STLRow>& data, std::siz
         return cell.kind == STLKind::Number && cell.value >= kFirstDecimalYear &&
                cell.value < kLastDecimalYear;
     };
-    // A clock that counts other units runs through them faster.
+    // A clock that counts other units runs through them faster. More than these a ts-file cannot count.
     constexpr double kFewYears = 10.0;
+    constexpr double kMostYears = 136.0;
     return std::all_of(data.begin(), data.end(), inRange) &&
+           data.back().cells[c].value - data.front().cells[c].value < kMostYears &&
            (years || data.size() < 2 || data[1].cells[c].value - data[0].cells[c].value <= kFewYears);
 }
 
@@ -279,9 +294,9 @@ bool findNumericDate(STLFormat& format, const std::vector<STLRow>& data)
 void findNumericTime(STLFormat& format, const std::vector<STLRow>& data)
 {
     for (std::size_t c = 0; c < format.columns.size(); ++c) {
-        const int course = format.columns[c].kind == STLKind::Number && !data.empty() ? courseOf(data, c) : 0;
-        if (course == 0)
+        if (format.columns[c].kind != STLKind::Number || data.empty())
             continue;
+        const int course = courseOf(data, c);
         const double first = data.front().cells[c].value;
         constexpr double kYear1990 = 631152000.0;
         constexpr double kYear2100 = 4102444800.0;
@@ -297,7 +312,9 @@ void findNumericTime(STLFormat& format, const std::vector<STLRow>& data)
         const auto* const found = std::find_if(kUnix.begin(), kUnix.end(), [first](const Unix& u) {
             return first > kYear1990 * u.perSecond && first < kYear2100 * u.perSecond;
         });
-        if (found != kUnix.end() && (c == 0 || namesTime(format.columns[c].name)))
+        // Several rows may bear the same second.
+        const bool goes = course != 0 || neverFalls(data, c);
+        if (found != kUnix.end() && goes && (c == 0 || namesTime(format.columns[c].name)))
             format.timeSource = found->source;
         else if (course > 0 && namesTime(format.columns[c].name))
             format.timeSource = STLTimeSource::ElapsedSeconds;
@@ -307,6 +324,19 @@ void findNumericTime(STLFormat& format, const std::vector<STLRow>& data)
         format.timeColumn = static_cast<int>(c);
         return;
     }
+}
+
+// "Nov 22 01:40:30", in cells of their own.
+bool datesLackYear(const STLFormat& format, const std::vector<STLRow>& data)
+{
+    const auto time = static_cast<std::size_t>(format.timeColumn);
+    return time >= 2 && !data.empty() && std::all_of(data.begin(), data.end(), [&](const STLRow& row) {
+               const bool dayLast =
+                   isMonthName(row.cells[time - 2]) && row.cells[time - 1].kind == STLKind::Number;
+               const bool monthLast =
+                   isMonthName(row.cells[time - 1]) && row.cells[time - 2].kind == STLKind::Number;
+               return dayLast || monthLast;
+           });
 }
 
 // Times of day that go on from the start's own count from its midnight.
@@ -390,6 +420,7 @@ void guessTime(STLFormat& format, const std::vector<STLRow>& data)
     } else if (time >= 0) {
         format.timeSource = STLTimeSource::ElapsedTime;
         format.timeColumn = time;
+        format.yearMissing = datesLackYear(format, data);
         startAtMidnight(format, data);
     } else {
         findDateParts(format, data);
@@ -401,8 +432,9 @@ void guessTime(STLFormat& format, const std::vector<STLRow>& data)
         (format.timeSource == STLTimeSource::Stamp || format.timeSource == STLTimeSource::DateAndTime))
         findOrder(format, data, dated);
 
-    if (format.timeColumn >= 0 && namesGreenwich(format.columns[static_cast<std::size_t>(format.timeColumn)]))
-        format.greenwich = true;
+    for (const int c : {format.timeColumn, format.dateColumn})
+        if (c >= 0 && namesGreenwich(format.columns[static_cast<std::size_t>(c)]))
+            format.greenwich = true;
 
     for (std::size_t c = 0; c < format.columns.size(); ++c)
         format.columns[c].take = format.columns[c].kind == STLKind::Number && !tellsTime(format, c);

@@ -114,7 +114,7 @@ void STLWin::open(const QString& file)
                      qText(sizeText(static_cast<std::uint64_t>(info.size()))));
     m_result->showTarget(info.completeBaseName() + QStringLiteral(".ts"));
     m_panel->attempt([&] {
-        m_lines->load(pathOf(file));
+        m_lines->load(m_log->text().path());
         m_log->detect();
     });
     showFormat();
@@ -158,7 +158,7 @@ void STLWin::showFindings()
 
     QString line;
     if (checked)
-        line = report().summary;
+        line = foundText();
     else if (m_panel->problem().isEmpty())
         line = fieldsAreGood() ? QStringLiteral(
                                      "Only the beginning of the file has been read. \"Check only\" "
@@ -206,7 +206,7 @@ void STLWin::sl_lines_changed()
     if (!hasColumns())
         return;
     m_text->readLines(m_log->format());
-    m_panel->attempt([this] { takeNames(m_log->file(), m_log->format()); });
+    m_panel->attempt([this] { takeNames(m_log->text(), m_log->format()); });
     showFormat();
 }
 
@@ -280,6 +280,16 @@ Importer::Report STLWin::report() const
         troubles.append({QStringLiteral("Line %1").arg(trouble.line),
                          trouble.column < 0 ? QString() : QString::number(trouble.column + 1),
                          qText(problemText(trouble.problem)), qText(trouble.text)});
-    return {qText(summaryText(found) + '\n' + stepText(m_log->format(), found) + ' ' + resultText(found)),
-            troubles, found.troubleCount};
+    QString text = foundText() + QLatin1Char('\n') + qText(evidenceText(m_log->format()));
+    for (const std::string& more : {lossText(m_log->format(), found), assumptionText(m_log->format(), found)})
+        if (!more.empty())
+            text += QLatin1Char('\n') + qText(more);
+    return {text, troubles, found.troubleCount};
+}
+
+// What stands below the fields.
+QString STLWin::foundText() const
+{
+    const STLCheck& found = m_log->found();
+    return qText(summaryText(found) + '\n' + stepText(m_log->format(), found) + ' ' + resultText(found));
 }

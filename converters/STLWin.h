@@ -61,6 +61,7 @@ private:
     QWidget* buildFields();
     bool hasColumns() const;
     bool fieldsAreGood();
+    QString foundText() const;
     void showFormat();
     void enableFields();
 

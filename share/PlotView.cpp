@@ -11,6 +11,7 @@
 #include "core/TsExceptions.h"
 #include "share/AxisLimitsDialog.h"
 #include "share/JobProgress.h"
+#include "share/PlotFileNames.h"
 #include "share/PlotGoTo.h"
 #include "share/PlotVariables.h"
 

@@ -1,6 +1,8 @@
 // Smart tool logs as different loggers write them, each with what must come out.
 #include <gtest/gtest.h>
+#include <zlib.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <ctime>
@@ -9,6 +11,7 @@
 
 #include "converters/ImportKind.h"
 #include "converters/STLObject.h"
+#include "converters/STLReport.h"
 #include "core/TsNames.h"
 #include "tests/FileSizeLimit.h"
 
@@ -693,7 +696,7 @@ TEST_F(Stl, nothingIsReadWrongWithoutAWord)
          {3.5F, 3.6F, 3.7F},
          ""},
         {"numbers are no names", "1,2,3\n2,3,4\n3,4,5\n", "Col-1 Col-2 Col-3", {3, 4, 5}, ""},
-        {"blocks with heads", blocks, "rx tx", {2, 4, 2, 4, 2, 4}, "", false, false, 2},
+        {"blocks with heads", blocks, "Time rx tx", {2, 4, 2, 4, 2, 4}, "", false, false, 2},
     };
     for (const Form& form : forms) {
         SCOPED_TRACE(form.what);
@@ -721,6 +724,176 @@ TEST_F(Stl, nothingIsReadWrongWithoutAWord)
         EXPECT_EQ(0U, log.found().clockChanges);
         EXPECT_EQ(std::string("years above") == form.what, log.format().namesInDoubt);
     }
+}
+
+TEST_F(Stl, formsOfTextsAreReadInAnySpelling)
+{
+    struct Spelling
+    {
+        const char* text;
+        const char* names;
+        std::vector<float> row;  // the first one, without its time
+        double first;            // seconds since 1970, or of the log's own
+        double second;
+    };
+    constexpr double kJan2010 = 1262300400;  // in Oslo
+    constexpr double kFeb2010 = 1264978800;
+    constexpr double kMorning = 1795308300;  // 2026-11-22 01:45:00 in Oslo
+    const std::vector<Spelling> spellings = {
+        // Names above other counts of cells.
+        {"\"a\" \"b\"\n\"r1\" 1 2\n\"r2\" 3 4\n\"r3\" 5 6\n", "a b", {1, 2}, 1, 2},
+        {"      a  b\nNY  1  2\nLA  3  4\nSF  5  6\n", "a b", {1, 2}, 1, 2},
+        {"a,b\nx,1,2\ny,3,4\nz,5,6\n", "a b", {1, 2}, 1, 2},
+        {"Data: y x\n1 2\n3 4\n5 6\n", "y x", {1, 2}, 1, 2},
+        {"r  b UTC\n1 2 2026-11-22 00:45:00\n3 4 2026-11-22 00:45:01\n",
+         "r b",
+         {1, 2},
+         kMorning,
+         kMorning + 1},
+        {"KB/s in KB/s out\n1 2\n3 4\n5 6\n", "KB/s in|KB/s out", {1, 2}, 1, 2},
+        {"time  v(in)  v(out)\n0.5 1 2\n1.0 3 4\n1.5 5 6\n", "v(in) v(out)", {1, 2}, 0.5, 1},
+        {"x [mm],Level (high),F (kN)\n1,2,3\n4,5,6\n", "x|Level (high|F", {1, 2, 3}, 1, 2},
+        // Stamps.
+        {"m,v\n2010-01,1\n2010-02,2\n", "v", {1}, kJan2010, kFeb2010},
+        {"m;v\nJan 2010;1\nFeb 2010;2\n", "v", {1}, kJan2010, kFeb2010},
+        {"year,month,v\n2010,1,1\n2010,2,2\n", "v", {1}, kJan2010, kFeb2010},
+        {"YEAR MON v\n2010 Jan 1\n2010 Feb 2\n2010 Mar 3\n", "v", {1}, kJan2010, kFeb2010},
+        {"time,v\n2010,1\n2010.08333,2\n2010.16667,3\n", "v", {1}, kJan2010, kFeb2010},
+        {"q,v\n2010 Q1,1\n2010 Q2,2\n", "v", {1}, kJan2010, 1270072800},
+        {"year,quarter,v\n2010,1,1\n2010,2,2\n", "v", {1}, kJan2010, 1270072800},
+        {"Sun Nov 22 01:45:00 CET 2026 7\nSun Nov 22 01:45:01 CET 2026 8\n",
+         "Col-2",
+         {7},
+         kMorning,
+         kMorning + 1},
+        {"[2026-11-22 01:45:00.000] 7\n[2026-11-22 01:45:00.500] 8\n",
+         "Col-2",
+         {7},
+         kMorning,
+         kMorning + 0.5},
+        {"a [22/Nov/2026:00:45:00 +0000] 7\nb [22/Nov/2026:00:45:01 +0000] 8\n",
+         "Col-3",
+         {7},
+         kMorning,
+         kMorning + 1},
+        {"1795308300: 7\n1795308301: 8\n1795308302: 9\n", "Col-2", {7}, kMorning, kMorning + 1},
+        {"date,HHMM,v\n2026-11-22,145,7\n2026-11-22,150,8\n", "v", {7}, kMorning, kMorning + 300},
+        {"Date;v\n46348,072916667;7\n46348,083333333;8\n", "v", {7}, kMorning, kMorning + 900},
+        // Heads, keys, frames and empty cells.
+        {"; Sample Rate 8\n1 2\n3 4\n", "Col-1|Col-2", {1, 2}, 0.125, 0.25},
+        {"; Samplerate: 1 kHz\na;b\n1;2\n3;4\n", "a b", {1, 2}, 0.001, 0.002},
+        {"# fs=48k\n1 2\n3 4\n", "Col-1|Col-2", {1, 2}, 1 / 48e3, 2 / 48e3},
+        {"# dt = 0.5 ms\n1 2\n3 4\n", "Col-1|Col-2", {1, 2}, 0.0005, 0.001},
+        {"# rate: 2 MHz\n1 2\n3 4\n", "Col-1|Col-2", {1, 2}, 5e-7, 1e-6},
+        {"t=0.5 x=1 y=2\nt=1.0 x=3 y=4\n", "x y", {1, 2}, 0.5, 1},
+        {"2026-11-22 01:45:00,temp: 20.5 C,hum=7\n2026-11-22 01:45:01,temp: 20.6 C,hum=8\n",
+         "temp hum",
+         {20.5F, 7},
+         kMorning,
+         kMorning + 1},
+        {"+---+---+\n| a | b |\n+---+---+\n| 1 | 2 |\n| 3 | 4 |\n+---+---+\n", "a b", {1, 2}, 1, 2},
+        {"| a | b |\n|--:|:--|\n| 1 | 2 |\n| 3 | 4 |\n", "a b", {1, 2}, 1, 2},
+        {" a | b\n---+---\n 1 | 2\n 3 | 4\n", "a b", {1, 2}, 1, 2},
+        {"  a    b    c\n  1         3\n  4    5    6\n  7    8\n 10   11   12\n",
+         "a b c",
+         {1, kNone, 3},
+         1,
+         2},
+        {"name       a    b\nNew York   1    2\nRome       3    4\nSt Ives    5    6\nOslo       7    8\n",
+         "a b",
+         {1, 2},
+         1,
+         2},
+        {"a, b\n1, 2,\n3, 4,\n5, 6,\n", "a b", {1, 2}, 1, 2},
+    };
+    for (const Spelling& spelling : spellings) {
+        SCOPED_TRACE(spelling.text);
+        write("form.txt", spelling.text);
+        STLObject log("form.txt");
+        log.detect();
+        const auto ts = import(log);
+        std::string names;
+        const std::uint32_t times = ts->timeMode() == 0 ? 0 : 1;
+        for (std::uint32_t c = times + 1; c <= ts->columns(); ++c)
+            names += (names.empty() ? "" : "|") + std::string(ts->columnName(c));
+        std::string wanted = spelling.names;
+        if (wanted.find('|') == std::string::npos)
+            std::replace(wanted.begin(), wanted.end(), ' ', '|');
+        EXPECT_EQ(wanted, names);
+        ASSERT_EQ(spelling.row.size() + times, ts->columns());
+        for (std::uint32_t c = 0; c < spelling.row.size(); ++c) {
+            const float v = ts->value(1, c + times + 1);
+            EXPECT_TRUE(std::isnan(spelling.row[c]) ? std::isnan(v) : v == spelling.row[c]) << c << ' ' << v;
+        }
+        EXPECT_NEAR(spelling.first, timeOf(*ts, 1), 1e-3 * (spelling.second - spelling.first));
+        EXPECT_NEAR(spelling.second, timeOf(*ts, 2), 1e-3 * (spelling.second - spelling.first));
+        EXPECT_EQ(0U, log.found().losses.notNumbers + log.found().losses.skippedLines);
+    }
+}
+
+TEST_F(Stl, packedTextsAreUnpacked)
+{
+    // "T;V\n1;2,5\n2;3,5\n" by gzip, by UTF-16 of either byte order, and by both.
+    const std::string plain = "T;V\n1;2,5\n2;\xC3\xB8\n3;4,5\n";
+    std::string little = "\xFF\xFE";
+    std::string big = "\xFE\xFF";
+    for (const char16_t c : std::u16string(u"T;V\n1;2,5\n2;\u00F8\n3;4,5\n")) {
+        little += {static_cast<char>(c & 0xFF), static_cast<char>(c >> 8)};
+        big += {static_cast<char>(c >> 8), static_cast<char>(c & 0xFF)};
+    }
+    const auto pack = [](const char* file, const std::string& bytes) {
+        const gzFile out = gzopen(file, "wb");
+        gzwrite(out, bytes.data(), static_cast<unsigned>(bytes.size()));
+        gzclose(out);
+    };
+    write("little.csv", little);
+    write("big.csv", big);
+    pack("plain.gz", plain);
+    pack("both.gz", little);
+    for (const char* const file : {"little.csv", "big.csv", "plain.gz", "both.gz"}) {
+        SCOPED_TRACE(file);
+        STLObject log(file);
+        log.detect();
+        const auto ts = import(log);
+        EXPECT_EQ(3U, ts->samples());
+        EXPECT_STREQ("V", ts->columnName(1));
+        EXPECT_EQ(4.5F, ts->value(3, 1));
+        ASSERT_EQ(1U, log.found().troubles.size());
+        EXPECT_EQ("\xC3\xB8", log.found().troubles[0].text);
+        EXPECT_EQ(ImportKind::Stl, importKindOf(file));
+    }
+}
+
+TEST_F(Stl, reportTellsEvidenceLossesAndAssumptions)
+{
+    std::string text = "time,name,v\n";
+    for (int i = 0; i < 12; ++i)
+        text += "10:00:" + std::to_string(10 + i) + ",a," +
+                (i == 3   ? "-"
+                 : i == 4 ? "x1"
+                          : std::to_string(i)) +
+                '\n';
+    write("r.csv", text + "Average:,a,5\n");
+    STLObject log("r.csv");
+    log.detect();
+    log.check({});
+    EXPECT_EQ(
+        "1 cell empty or marked as missing.\n1 cell no number: line 6 \"x1\".\n1 line skipped: line 14 "
+        "\"Average:\".\n1 column not taken: name.",
+        lossText(log.format(), log.found()));
+    EXPECT_EQ("No date was found: the times count from midnight.", assumptionText(log.format(), log.found()));
+    EXPECT_EQ(
+        0U, evidenceText(log.format())
+                .find("Read as cells between commas with a decimal point: 100 % of the lines have 3 cells"));
+
+    write("s.txt", "Nov 22 01:40:00 a 1\nNov 22 01:40:01 b 2\nNov 22 01:40:02 c 3\n");
+    STLObject dated("s.txt");
+    dated.detect();
+    dated.check({});
+    EXPECT_NE(std::string::npos, importDoubt(dated.format(), dated.found()).find("but no year"));
+    STLObject second(kData / "one-column.stl");
+    second.detect();
+    EXPECT_NE(std::string::npos, evidenceText(second.format()).find("Another reading comes near"));
 }
 
 TEST_F(Stl, importerIsChosenByContent)
@@ -779,8 +952,11 @@ TEST_F(Stl, hopelessFilesSayWhy)
         wide += "1;2;3\xC3\xB8;";
     wide.resize(900'000);
     write("wide.csv", wide + '\n' + wide + '\n');
+    write("wide-bytes.csv", std::string("1\0;\0002\0\n\0003\0;\0004\0\n\000", 16));
+    write("cut.gz", std::string("\x1F\x8B\x08\0\0\0\0\0\0\x03\x4B", 11));
     const std::vector<std::pair<fs::path, const char*>> cases = {
-        {kData / "utf16.stl", "UTF-16"},
+        {"wide-bytes.csv", "UTF-16"},
+        {"cut.gz", "damaged"},
         {kData / "words.stl", "No line of numbers was found in words.stl."},
         {kData / "empty.stl", "empty"},
         {kData / "binary.stl", "binary"},

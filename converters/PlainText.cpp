@@ -1,0 +1,178 @@
+#include "converters/PlainText.h"
+
+#include <zlib.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <system_error>
+#include <vector>
+
+#include "converters/STLFormat.h"
+
+namespace veltrac {
+
+namespace {
+
+enum class Packing { None, Gzip, Utf16Little, Utf16Big };
+
+constexpr std::size_t kPiece = 1U << 16;
+
+struct CloseFile
+{
+    void operator()(std::FILE* file) const noexcept { std::fclose(file); }
+};
+using FileHandle = std::unique_ptr<std::FILE, CloseFile>;
+
+FileHandle openFile(const std::filesystem::path& path, const char* mode)
+{
+    FileHandle file(std::fopen(path.c_str(), mode));
+    if (!file)
+        throw std::system_error(errno, std::generic_category(), path.string());
+    return file;
+}
+
+Packing packingOf(const std::filesystem::path& path)
+{
+    std::error_code unknown;
+    // What is no file, or cannot be read, is told where it is read.
+    FileHandle file(std::filesystem::is_regular_file(path, unknown) ? std::fopen(path.c_str(), "rb")
+                                                                    : nullptr);
+    std::array<unsigned char, 2> mark = {};
+    if (!file || std::fread(mark.data(), 1, mark.size(), file.get()) != mark.size())
+        return Packing::None;
+    return mark[0] == 0x1F && mark[1] == 0x8B   ? Packing::Gzip
+           : mark[0] == 0xFF && mark[1] == 0xFE ? Packing::Utf16Little
+           : mark[0] == 0xFE && mark[1] == 0xFF ? Packing::Utf16Big
+                                                : Packing::None;
+}
+
+class PieceWriter
+{
+public:
+    explicit PieceWriter(const std::filesystem::path& path) : m_path(path), m_file(openFile(path, "wb")) {}
+
+    void write(std::string_view bytes)
+    {
+        if (std::fwrite(bytes.data(), 1, bytes.size(), m_file.get()) != bytes.size())
+            fail();
+    }
+
+    void close()
+    {
+        if (std::fclose(m_file.release()) != 0)
+            fail();
+    }
+
+private:
+    [[noreturn]] void fail() const
+    {
+        throw std::system_error(errno, std::generic_category(), m_path.string());
+    }
+
+    std::filesystem::path m_path;
+    FileHandle m_file;
+};
+
+void unpackGzip(const std::filesystem::path& file, PieceWriter& out)
+{
+    struct Close
+    {
+        void operator()(gzFile_s* packed) const noexcept { gzclose(packed); }
+    };
+    const std::unique_ptr<gzFile_s, Close> packed(gzopen(file.c_str(), "rb"));
+    if (!packed)
+        throw std::system_error(errno, std::generic_category(), file.string());
+    std::vector<char> piece(kPiece);
+    int count = 0;
+    while ((count = gzread(packed.get(), piece.data(), static_cast<unsigned>(piece.size()))) > 0)
+        out.write({piece.data(), static_cast<std::size_t>(count)});
+    int error = Z_OK;
+    gzerror(packed.get(), &error);
+    // A file that ends too early tells so only here.
+    if (count < 0 || (error != Z_OK && error != Z_STREAM_END))
+        throw STLError("The packed file is damaged; it cannot be unpacked.");
+}
+
+void appendUtf8(std::string& out, std::uint32_t code)
+{
+    const auto put = [&out](std::uint32_t byte) { out.push_back(static_cast<char>(byte)); };
+    const auto rest = [&](unsigned shift) { put(0x80 | ((code >> shift) & 0x3F)); };
+    if (code < 0x80) {
+        put(code);
+    } else if (code < 0x800) {
+        put(0xC0 | (code >> 6));
+        rest(0);
+    } else if (code < 0x10000) {
+        put(0xE0 | (code >> 12));
+        rest(6);
+        rest(0);
+    } else {
+        put(0xF0 | (code >> 18));
+        rest(12);
+        rest(6);
+        rest(0);
+    }
+}
+
+// Half a pair becomes U+FFFD, as a text says that a character is lost.
+void unpackUtf16(const std::filesystem::path& file, bool little, PieceWriter& out)
+{
+    constexpr std::uint32_t kLost = 0xFFFD;
+    const FileHandle in = openFile(file, "rb");
+    std::vector<unsigned char> piece(kPiece);
+    std::string text;
+    std::uint32_t high = 0;
+    bool first = true;
+    for (std::size_t count = 0; (count = std::fread(piece.data(), 1, piece.size(), in.get())) > 0;) {
+        text.clear();
+        for (std::size_t i = 0; i + 1 < count; i += 2) {
+            const std::uint32_t unit = little ? piece[i] | static_cast<std::uint32_t>(piece[i + 1]) << 8
+                                              : piece[i + 1] | static_cast<std::uint32_t>(piece[i]) << 8;
+            const bool low = unit >= 0xDC00 && unit < 0xE000;
+            if (high != 0 && !low)
+                appendUtf8(text, kLost);
+            if (unit >= 0xD800 && unit < 0xDC00) {
+                high = unit;
+                continue;
+            }
+            if (low)
+                appendUtf8(text, high == 0 ? kLost : 0x10000 + ((high - 0xD800) << 10) + (unit - 0xDC00));
+            else if (!first)
+                appendUtf8(text, unit);
+            high = 0;
+            first = false;
+        }
+        out.write(text);
+    }
+    if (std::ferror(in.get()) != 0)
+        throw std::system_error(errno, std::generic_category(), file.string());
+}
+
+}  // namespace
+
+PlainText::PlainText(std::filesystem::path file) : m_file(std::move(file))
+{
+    const Packing packing = packingOf(m_file);
+    if (packing == Packing::None)
+        return;
+    m_state = stateOf(m_file);
+    m_scratch = std::make_unique<ScratchFile>(scratchDirectory(), "veltrac-text", ".tmp");
+    PieceWriter out(m_scratch->path());
+    if (packing == Packing::Gzip)
+        unpackGzip(m_file, out);
+    else
+        unpackUtf16(m_file, packing == Packing::Utf16Little, out);
+    out.close();
+    // A packed text may be one of UTF-16.
+    if (packing == Packing::Gzip && packingOf(m_scratch->path()) != Packing::None) {
+        const PlainText inner(m_scratch->path());
+        std::filesystem::copy_file(inner.path(), m_scratch->path(),
+                                   std::filesystem::copy_options::overwrite_existing);
+    }
+}
+
+}  // namespace veltrac

@@ -5,6 +5,7 @@
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QLineEdit>
 
 #include <algorithm>
 #include <cmath>
@@ -73,6 +74,7 @@ void SpectrumFields::createChoices()
     m_segment = boxOf(segments);
     m_segment->setEditable(true);
     m_segment->setInsertPolicy(QComboBox::NoInsert);
+    m_segment->lineEdit()->setAccessibleName(QStringLiteral("Segment length"));
     m_segment->setCurrentText(QStringLiteral("4096"));
     m_overlap = boxOf(overlaps);
     m_length = boxOf({QStringLiteral("Shorten"), QStringLiteral("Pad with zeros")});

@@ -96,7 +96,7 @@ void FilterFields::showType(int type)
         row.label->setEnabled(chosen.uses(row.use));
         if (row.use != FilterField::Order)
             continue;
-        row.label->setText(points ? QStringLiteral("No &of points:") : QStringLiteral("Filter &order:"));
+        row.label->setText(points ? QStringLiteral("No of poi&nts:") : QStringLiteral("Filter &order:"));
         row.field->setAccessibleName(spoken(row.label->text()));
         if (points != m_showsPoints) {
             const QString text = row.field->text();

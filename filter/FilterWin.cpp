@@ -88,7 +88,7 @@ void FilterWin::createActions()
     m_execute = made[Execute];
     m_plotChar = made[PlotChar];
 
-    QMenu* const file = menuBar()->addMenu(QStringLiteral("&File actions"));
+    QMenu* const file = menuBar()->addMenu(QStringLiteral("File &actions"));
     file->addActions({made[Save], made[Refresh], made[Help]});
     addWhatsThis(file);
     file->addSeparator();

@@ -61,6 +61,7 @@ SaveResultsDialog::SaveResultsDialog(const QString& sourceFile, const QString& s
     layout->addStretch(1);
     layout->addWidget(buttons);
 
+    m_file->setAccessibleName(QStringLiteral("File"));
     connect(m_method, SIGNAL(activated(int)), this, SLOT(sl_methodSelected(int)));
     connect(m_output, SIGNAL(activated(int)), this, SLOT(sl_cbResultColActivated(int)));
     connect(m_input, qOverload<int>(&QComboBox::activated), this, [this] { showState(); });

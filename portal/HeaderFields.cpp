@@ -118,7 +118,7 @@ void HeaderFields::layOut()
         {"Sample &time", m_sampleTime, 2, kLeft, "The time from one sample to the next, above 0."},
         {"Sta&rt time:", m_startTime, 3, kLeft,
          "The time at which the series starts; sample 1 lies one sample time after it."},
-        {"Starts &on:", m_startDate, 4, kBoth, ""},
+        {"Starts o&n:", m_startDate, 4, kBoth, ""},
         {"No of &samples:", m_samples, 2, kRight, "Another number rebuilds the file; new samples are 0."},
         {"Colu&mns:", m_columns, 3, kRight, "Another number rebuilds the file; new columns are 0."},
     };

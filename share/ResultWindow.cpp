@@ -74,6 +74,7 @@ ResultWindow::ResultWindow(const QString& title, const QString& icon, int panelW
     m_scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_scroll->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Preferred);
     m_scroll->setWidget(panel);
+    m_scroll->setFocusPolicy(Qt::NoFocus);  // it follows the field that has the focus
     layout->addWidget(m_scroll);
     layout->addWidget(plot, 1);
     setCentralWidget(centre);

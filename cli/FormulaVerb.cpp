@@ -115,7 +115,7 @@ private:
         TSFILE* used = nullptr;
         std::uint32_t column = 0;
     };
-    Bound bind(TSFILE& target, std::size_t k, const std::string& own) const
+    Bound bind(TSFILE& target, std::size_t k, const std::string& own, std::uint32_t ownColumns) const
     {
         Bound bound;
         std::string column = m_sources[k];
@@ -135,7 +135,7 @@ private:
         bound.used = bound.file ? bound.file.get() : &target;
         if (!column.empty())
             bound.column = columnMeant(*bound.used, column);
-        else if (k < bound.used->columns())
+        else if (k < (bound.file ? bound.file->columns() : ownColumns))
             bound.column = static_cast<std::uint32_t>(k + 1);
         return bound;
     }
@@ -143,6 +143,8 @@ private:
     void compute(VerbJob& job, TSFILE& target, std::uint32_t column,
                  const std::function<TSFILE&()>& reopen) const
     {
+        // A column that is being added is none of the file's.
+        const std::uint32_t ownColumns = m_target.inPlace().empty() ? column - 1 : target.columns();
         const auto used = usedRows(m_formula, kMostSources, 0);
         FormulaParser parser(m_formula.c_str());
         parser.setTarget(&target);
@@ -151,10 +153,10 @@ private:
         for (std::size_t k = 0; k < used.size(); ++k) {
             if (!used[k])
                 continue;
-            sources[k] = bind(target, k, job.source.string());
+            sources[k] = bind(target, k, job.source.string(), ownColumns);
             if (sources[k].column == 0)
                 throw JobError("x" + std::to_string(k + 1) + ": the file has only " +
-                               counted(target.columns(), "column"));
+                               counted(ownColumns, "column"));
             parser.SetSource(sources[k].used, static_cast<std::int32_t>(sources[k].column),
                              static_cast<int>(k + 1));
             bounds.push_back(timesOf(*sources[k].used));

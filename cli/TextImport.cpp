@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <exception>
 #include <iterator>
 
 #include "cli/ImportOptions.h"
@@ -9,6 +10,7 @@
 #include "converters/STLReport.h"
 #include "converters/TimeStamps.h"
 #include "converters/TsaImport.h"
+#include "core/FailureText.h"
 #include "core/NumberTexts.h"
 #include "core/TsHeader.h"
 #include "core/Utf8.h"
@@ -39,7 +41,8 @@ public:
     bool isOpenForWriting(const std::string& /*file*/) override { return false; }
     void warn(const std::string& /*title*/, const std::string& text) override
     {
-        m_failure = text;
+        // What was caught tells more than the window's words for it.
+        m_failure = std::current_exception() ? reasonOfFailure() : text;
         std::replace(m_failure.begin(), m_failure.end(), '\n', ' ');
     }
 
@@ -150,7 +153,7 @@ void takeTextOptions(STLObject& log, const ImportOptions& options)
         format.unitsLine = *options.unitsLine;
     if (options.encoding || options.grouping || options.firstDataLine || options.namesLine ||
         options.unitsLine)
-        takeNames(log.file(), format);
+        takeNames(log.text(), format);
     if (options.namesLine)
         format.namesInDoubt = false;
     if (!options.remarks.empty())

@@ -152,7 +152,7 @@ TEST_F(CliFaults, WhatAFileCannotServeIsToldWithWhatThereIs)
         {"filter --freq 1 -o x.ts b.ts", "b.ts: Freq0 must be below half of the sampling frequency, 1 Hz\n"},
         {"integral --from 2 --new-column b.ts",
          "b.ts: the results begin with sample 2; a file of their own takes them (-o)\n"},
-        {"formula --formula x4 -o x.ts b.ts", "b.ts: x4: the file has only 4 columns\n"},
+        {"formula --formula x4 -o x.ts b.ts", "b.ts: x4: the file has only 3 columns\n"},
         {"join -o x.ts a.ts b.ts", "x.ts: a.ts: its sample time is not above 0\n"},
         {"plot -o x.png b.ts", "b.ts: x.png: a picture ends in .svg or .eps\n"},
         {"info scratch", "scratch: it is a directory\n"},

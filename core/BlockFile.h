@@ -1,4 +1,5 @@
-// The one place where the program's ts-files meet the platform: a descriptor that moves 512-byte blocks.
+// The one place where the program's ts-files meet the platform: a descriptor that moves 512-byte blocks
+// and long runs of them.
 //
 // Every transfer passes one process-wide lock, so that file objects on different threads may share a
 // process. Offsets are bytes from the file's start.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <optional>
 
 #include "core/TsExceptions.h"
@@ -149,8 +150,13 @@ public:
     }
 
     bool isMany() const noexcept { return m_many; }
-    // How much of x a bucket of the pyramid takes.
-    double bucketWidth() const { return m_variable.source()->bucketRows() * m_variable.source()->step(); }
+    // How much of x a bucket of the pyramid takes; no bound is known where each row has its own time.
+    double bucketWidth() const
+    {
+        const PlotSource& source = *m_variable.source();
+        return source.timeKind() == PlotSource::TimeKind::EachRow ? std::numeric_limits<double>::infinity()
+                                                                  : source.bucketRows() * source.step();
+    }
 
     // The samples up to the right edge of a pixel column, whose middle is at `middle` of the width.
     void column(double middle, double edge, double tolerance, bool isLast)

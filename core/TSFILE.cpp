@@ -397,7 +397,7 @@ std::uint32_t TSFILE::columnAmong(std::uint32_t count, const char* name)
 
 const char* TSFILE::columnName(std::uint32_t col, const char* newName)
 {
-    static char text[kColumnName.width + 1];
+    static thread_local char text[kColumnName.width + 1];
     if (newName != nullptr)
         changeColumn(col, [&](unsigned char* record) { storeText(record, kColumnName, newName); });
     loadText(columnRecord(col), kColumnName, text);
@@ -412,7 +412,7 @@ const char* TSFILE::columnNameOrNull(std::uint32_t col)
 
 const char* TSFILE::columnDescription(std::uint32_t col, const char* newText)
 {
-    static char text[kColumnDescription.width + 1];
+    static thread_local char text[kColumnDescription.width + 1];
     if (newText != nullptr)
         changeColumn(col, [&](unsigned char* record) { storeText(record, kColumnDescription, newText); });
     loadText(columnRecord(col), kColumnDescription, text);
@@ -488,7 +488,7 @@ void TSFILE::makeTimeColumns(std::uint32_t col, std::uint32_t col32)
 const char* TSFILE::tsFileName(const char* text)
 {
     // What stands behind a lone blank is the rest of the result before: callers print it, and rely on it.
-    static char buffer[kNameBytes] = {};
+    static thread_local char buffer[kNameBytes] = {};
     static constexpr char kExtension[] = ".ts";
 
     const int number = text == nullptr ? 0 : leadingNumber(text);
@@ -516,7 +516,7 @@ const char* TSFILE::tsFileName(const char* text)
 
 const char* TSFILE::formatTime(double seconds, bool utc, const char* format)
 {
-    static char text[128];
+    static thread_local char text[128];
     const auto whole = static_cast<std::time_t>(wholePart(seconds));
     const std::tm* const calendar = utc ? std::gmtime(&whole) : std::localtime(&whole);
     if (calendar == nullptr || std::strftime(text, sizeof text, format, calendar) == 0)

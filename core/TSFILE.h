@@ -40,7 +40,7 @@ public:
     virtual std::uint32_t lastSample();  // ring files: the highest sample number written
 
     // The column's name; with newName, at most 12 bytes of it are stored first. The text stands in one
-    // buffer shared by all objects: copy it before the next call. Throws TS::ILL_COLUMN.
+    // buffer shared by all objects of a thread: copy it before the next call. Throws TS::ILL_COLUMN.
     virtual const char* columnName(std::uint32_t col, const char* newName = nullptr);
 
     // The name as it was given when the file was opened, or null.
@@ -191,7 +191,7 @@ public:
     // there already becomes "_Time". Throws TS::ILL_COLUMN.
     void makeTimeColumns(std::uint32_t col, std::uint32_t col32);
 
-    // -- Static helpers; their texts stand in static buffers --
+    // -- Static helpers; their texts stand in buffers of the calling thread --
 
     // The file name that a name given to the constructors means: a number from 1 to 9998 at its beginning
     // gives ts%04d.ts, else the extension becomes ".ts".

@@ -38,42 +38,73 @@ private:
     std::vector<double> m_steps;
 };
 
+// Whole rows of the work file: what would be read between the values of one column anyway is written back
+// with them.
+class WorkRows
+{
+public:
+    explicit WorkRows(TSFILE& work) : m_work(work), m_columns(work.columns()), m_samples(work.samples()) {}
+
+    // Reads `count` rows from sample `first` on, and the one behind them where there is one.
+    void read(std::uint32_t first, std::size_t count)
+    {
+        m_count = static_cast<std::uint32_t>(count);
+        const std::uint32_t rows = std::min(m_count + 1, m_samples - first + 1);
+        m_hasNext = rows > m_count;
+        m_values.resize(std::size_t{rows} * m_columns);
+        m_work.readRows(first, rows, m_values.data());
+    }
+    bool hasNext() const noexcept { return m_hasNext; }
+    float source(std::size_t i) const { return m_values[i * m_columns]; }
+    float& result(std::size_t i) { return m_values[i * m_columns + 1]; }
+    void write(std::uint32_t first) { m_work.writeRows(first, m_count, m_values.data()); }
+
+private:
+    TSFILE& m_work;
+    std::size_t m_columns;
+    std::uint32_t m_samples;
+    std::uint32_t m_count = 0;
+    bool m_hasNext = false;
+    std::vector<float> m_values;
+};
+
 }  // namespace
 
 JobOutcome differentiate(const SourceColumn& source, TSFILE& work, Steps steps, const Progress& progress)
 {
-    const std::uint32_t samples = work.samples();
     StepReader reader(source, steps);
-    std::vector<float> ahead(kRunSamples + 1);
+    WorkRows rows(work);
     float last = 0.0F;
-    return walkRuns(samples, progress, [&](std::uint32_t first, std::span<float> run) {
-        // One sample more than the run has, as long as there is one.
-        const auto count = std::min<std::size_t>(run.size() + 1, samples - first + 1);
-        work.readColumn(1, first, std::span(ahead).first(count));
+    return walkRuns(work.samples(), progress, [&](std::uint32_t first, std::span<float> run) {
+        rows.read(first, run.size());
         const std::span<const double> step = reader.behind(first, run.size());
-        for (std::size_t i = 0; i + 1 < count; ++i) {
-            const double difference = static_cast<double>(ahead[i + 1]) - ahead[i];
-            run[i] = last = step[i] > 0.0 ? static_cast<float>(difference / step[i])
-                                          : std::numeric_limits<float>::quiet_NaN();
+        const std::size_t count = rows.hasNext() ? run.size() : run.size() - 1;
+        for (std::size_t i = 0; i < count; ++i) {
+            const double difference = static_cast<double>(rows.source(i + 1)) - rows.source(i);
+            rows.result(i) = step[i] > 0.0 ? static_cast<float>(difference / step[i])
+                                           : std::numeric_limits<float>::quiet_NaN();
         }
-        if (count == run.size())
-            run.back() = last;
-        work.writeColumn(2, first, run);
+        if (count > 0)
+            last = rows.result(count - 1);
+        if (count < run.size())
+            rows.result(count) = last;
+        rows.write(first);
     });
 }
 
 JobOutcome integrate(const SourceColumn& source, TSFILE& work, Steps steps, const Progress& progress)
 {
     StepReader reader(source, steps);
+    WorkRows rows(work);
     double sum = 0.0;
     double lost = 0.0;  // what the sum has rounded away
     float before = 0.0F;
     double step = 0.0;  // from the sample before
     return walkRuns(work.samples(), progress, [&](std::uint32_t first, std::span<float> run) {
-        work.readColumn(1, first, run);
+        rows.read(first, run.size());
         const std::span<const double> behind = reader.behind(first, run.size());
         for (std::size_t i = 0; i < run.size(); ++i) {
-            const float x = run[i];
+            const float x = rows.source(i);
             if (first + i > 1) {
                 const double area = (static_cast<double>(before) + x) * 0.5 * step;
                 const double next = sum + area;
@@ -84,9 +115,9 @@ JobOutcome integrate(const SourceColumn& source, TSFILE& work, Steps steps, cons
             }
             before = x;
             step = behind[i];
-            run[i] = static_cast<float>(sum + lost);
+            rows.result(i) = static_cast<float>(sum + lost);
         }
-        work.writeColumn(2, first, run);
+        rows.write(first);
     });
 }
 

@@ -33,6 +33,17 @@ JobOutcome integrate(const SourceColumn& source, TSFILE& work, Steps steps, cons
 JobOutcome takeSource(const SourceColumn& source, TSFILE& work, const char* resultName,
                       const char* resultText, const char* resultUnit, const Progress& progress);
 
+// What a result is called: its column, its description with the source's name in it, its unit with those of
+// source and time.
+struct CalculusNames
+{
+    const char* column;
+    const char* text;
+    const char* unit;
+};
+inline constexpr CalculusNames kDerivativeNames = {"d(col1)/dt", "d(%1)/dt", "%1/%2"};
+inline constexpr CalculusNames kIntegralNames = {"Int(col1)/dt", "Int(%1)", "%1·%2"};
+
 // What became of a save.
 struct CalculusSave
 {

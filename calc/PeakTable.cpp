@@ -35,6 +35,7 @@ PeakTable::PeakTable(QWidget* parent)
 {
     m_title->setBuddy(m_table);
     m_table->setAccessibleName(QStringLiteral("Peaks"));
+    setWhatsThis(QStringLiteral("The highest lines of the spectrum, each refined between its neighbours."));
     m_table->setHorizontalHeaderLabels({QStringLiteral("Freq [Hz]"), QStringLiteral("Value")});
     // The rest is for the value, whose heading names its unit.
     m_table->horizontalHeader()->setSectionResizeMode(0, QHeaderView::ResizeToContents);

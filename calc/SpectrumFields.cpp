@@ -87,22 +87,38 @@ void SpectrumFields::addRows(QFormLayout& form)
         QWidget* field;
         const char* besideLabel;  // of a second field in the row; may be empty
         QWidget* beside;
+        const char* whatsThis;
     };
     const Row rows[] = {
-        {"&Remove:", m_trend, "", nullptr},  {"&Window:", m_window, "", nullptr},
-        {"&Method:", m_method, "", nullptr}, {"Se&gment length:", m_segment, "&Overlap:", m_overlap},
-        {"&Length:", m_length, "", nullptr}, {"R&esult:", m_result, "", m_decibel},
+        {"&Remove:", m_trend, "", nullptr,
+         "What is taken away before the transform, so that it does not cover the low frequencies."},
+        {"&Window:", m_window, "", nullptr,
+         "The weights of the samples. Hann serves most work; Flat top reads the amplitude of a tone, "
+         "Blackman-Harris shows weak tones beside strong ones."},
+        {"&Method:", m_method, "", nullptr,
+         "The whole range at once shows every line as finely as the range allows; averaged segments show "
+         "noise "
+         "smoothly and need little memory."},
+        {"Se&gment length:", m_segment, "&Overlap:", m_overlap,
+         "How many samples a segment has, and how much of it the next one shares."},
+        {"&Length:", m_length, "", nullptr,
+         "What is done where the transform has no length of that many samples: leave out a few at the end, "
+         "or "
+         "add zeros."},
+        {"R&esult:", m_result, "", m_decibel, "What is shown of each frequency; in decibels, if wanted."},
     };
     const auto named = [](QWidget& field, const char* label) {
         field.setAccessibleName(QString::fromLatin1(label).remove(QLatin1Char('&')).remove(QLatin1Char(':')));
     };
     for (const Row& row : rows) {
         named(*row.field, row.label);
+        row.field->setWhatsThis(QLatin1String(row.whatsThis));
         if (row.beside == nullptr) {
             form.addRow(QLatin1String(row.label), row.field);
             continue;
         }
         named(*row.beside, *row.besideLabel == '\0' ? "dB" : row.besideLabel);
+        row.beside->setWhatsThis(QLatin1String(row.whatsThis));
         auto* const both = new QHBoxLayout;
         both->addWidget(row.field, 1);
         if (*row.besideLabel != '\0') {

@@ -10,7 +10,7 @@ namespace veltrac {
 namespace {
 
 constexpr std::size_t kLinesAPlace = 200;
-constexpr std::size_t kLongestLine = 1U << 20;
+constexpr std::size_t kLongestSampledLine = 1U << 20;
 constexpr std::size_t kMostHeadLines = 1000;
 constexpr std::size_t kMostHeadBytes = 1U << 22;
 constexpr int kRunOfDataLines = 5;
@@ -124,7 +124,7 @@ bool beginsWithWords(const STLRow& row, const std::vector<STLKind>& kinds)
 
 STLSample readSample(const std::filesystem::path& file)
 {
-    LineReader reader(file, kLongestLine);
+    LineReader reader(file, kLongestSampledLine);
     STLSample sample;
     std::uint64_t number = 0;
     bool whole = false;

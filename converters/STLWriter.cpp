@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::size_t kBufferedValues = 1U << 16;
 constexpr float kMissing = std::numeric_limits<float>::quiet_NaN();
-constexpr double kGap = 1.5;  // typical steps
+constexpr double kGapSteps = 1.5;  // typical steps
 
 }  // namespace
 
@@ -48,7 +48,7 @@ void STLWriter::addResampled(double seconds, const std::vector<float>& values)
 {
     const double step = m_found.dt;
     const double width = seconds - m_beforeSeconds;
-    const bool gap = width > kGap * std::max(step, m_found.typicalStep);
+    const bool gap = width > kGapSteps * std::max(step, m_found.typicalStep);
     std::vector<float> point(values.size());
     while (m_written < m_found.samples && static_cast<double>(m_written) * step <= seconds + step * 1e-6) {
         const double at = static_cast<double>(m_written) * step;

@@ -343,7 +343,9 @@ try {
                                        " columns do not fit into a ts-file, which holds less than 2 GB.");
         return -1;
     }
-    const fs::path path = chooseTarget(baseName(tsaFile), questions, report.oldFileKept);
+    const fs::path path = target.wanted.empty()
+                              ? chooseTarget(baseName(tsaFile), questions, report.oldFileKept)
+                              : target.wanted;
     report.tsFile = path.string();
     try {
         target.file = std::make_unique<PendingFile>(path, ".veltrac-new", ".ts");

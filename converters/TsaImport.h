@@ -52,6 +52,8 @@ struct TsaImportReport
 // What ReadASCIIHeader() has made, for the data to be filled in.
 struct TsaTarget
 {
+    std::filesystem::path
+        wanted{};  // the file to make, which may be replaced; empty: of the text's base name
     std::unique_ptr<veltrac::PendingFile> file;
     TsaImportReport report;
 };

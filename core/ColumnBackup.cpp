@@ -17,7 +17,7 @@ namespace {
 constexpr std::uint32_t kBackupRun = 1U << 16;  // samples a step
 constexpr std::string_view kFirstLine = "Veltrac old values 1";
 
-[[noreturn]] void fail(const std::filesystem::path& path)
+[[noreturn]] void failToKeep(const std::filesystem::path& path)
 {
     throw std::system_error(errno != 0 ? errno : EIO, std::generic_category(), path.string());
 }
@@ -46,7 +46,7 @@ void readKept(std::istream& in, std::uint64_t offset, std::span<float> out)
     const auto bytes = std::as_writable_bytes(out);
     in.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
     if (!in)
-        fail("the old values");
+        failToKeep("the old values");
     turnForFile(out);
 }
 
@@ -135,7 +135,7 @@ void ColumnBackup::append(std::string_view head, std::ostream& out)
     out.write(head.data(), static_cast<std::streamsize>(head.size()));
     out.flush();
     if (!out)
-        fail(m_path);
+        failToKeep(m_path);
     m_bytes += head.size();
 }
 
@@ -155,7 +155,7 @@ JobOutcome ColumnBackup::save(std::uint32_t col, std::uint32_t first, std::uint3
         const auto bytes = std::as_bytes(run);
         out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
         if (!out)
-            fail(m_path);
+            failToKeep(m_path);
         done += static_cast<std::uint32_t>(run.size());
         if (!goesOn(progress, done, count))
             return JobOutcome::Cancelled;
@@ -163,7 +163,7 @@ JobOutcome ColumnBackup::save(std::uint32_t col, std::uint32_t first, std::uint3
     out.put('\n');
     out.close();
     if (!out)
-        fail(m_path);
+        failToKeep(m_path);
     syncToDisk(m_path);
     m_kept.ranges.push_back({col, first, count, m_bytes});
     m_bytes += std::uint64_t{count} * sizeof(float) + 1;
@@ -216,7 +216,7 @@ KeptValues readOldValues(const std::filesystem::path& scratch)
 {
     std::ifstream in(scratch, std::ios::binary);
     if (!in)
-        fail(scratch);
+        failToKeep(scratch);
     KeptValues kept;
     std::string word;
     if (!std::getline(in, word) || word != kFirstLine || !(in >> word) || word != "file")

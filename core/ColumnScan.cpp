@@ -2,17 +2,21 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <numeric>
 #include <vector>
 
 #include "core/TSFILE.h"
+#include "core/Vectors.h"
+#include "core/WorkerPool.h"
 
 namespace veltrac {
 
 namespace {
 
-constexpr std::uint32_t kRun = 8192;  // samples a step
+constexpr std::uint32_t kRun = 8192;  // samples a step, and of a sum within the sum
+constexpr std::uint32_t kReadAtOnce = 8 * kRun;
 
 bool meets(const SearchCondition& condition, float before, float v)
 {
@@ -65,33 +69,119 @@ struct RunSummary
     std::uint32_t missing;
 };
 
-// Eight lanes side by side, which the compiler turns into vector instructions. A comparison with a missing
-// value is false, so it is never taken as an extreme.
+// Eight lanes side by side. A comparison with a missing value is false, so it is never taken as an extreme.
+class ScanLanes
+{
+public:
+    // Where Missing is not set, a missing value spoils the sum.
+    template <bool Missing>
+    void take(std::span<const float> values)
+    {
+        std::size_t i = 0;
+        for (; i + kLanes <= values.size(); i += kLanes)
+            for (std::size_t k = 0; k < kVectors; ++k) {
+                const auto v = vectorAt<FourFloats>(&values[i + 4 * k]);
+                m_least[k] = v < m_least[k] ? v : m_least[k];
+                m_greatest[k] = v > m_greatest[k] ? v : m_greatest[k];
+                const FourFloats present = Missing ? (v == v ? v : FourFloats{}) : v;
+                m_sum[2 * k] += lowDoubles(present);
+                m_sum[2 * k + 1] += highDoubles(present);
+                if constexpr (Missing)
+                    m_missing[k] += v == v ? FourWords{} : FourWords{} + 1U;
+            }
+        for (std::size_t lane = 0; i < values.size(); ++i, ++lane)
+            takeOne(values[i], lane);
+    }
+
+    RunSummary summary() const
+    {
+        float least[kLanes];
+        float greatest[kLanes];
+        double sum[kLanes];
+        std::uint32_t missing[kLanes];
+        std::memcpy(least, m_least, sizeof least);
+        std::memcpy(greatest, m_greatest, sizeof greatest);
+        std::memcpy(sum, m_sum, sizeof sum);
+        std::memcpy(missing, m_missing, sizeof missing);
+        return {*std::min_element(least, least + kLanes), *std::max_element(greatest, greatest + kLanes),
+                std::accumulate(sum, sum + kLanes, 0.0), std::accumulate(missing, missing + kLanes, 0U)};
+    }
+
+private:
+    static constexpr std::size_t kLanes = 8;
+    static constexpr std::size_t kVectors = kLanes / 4;
+    static constexpr float kInfinity = std::numeric_limits<float>::infinity();
+
+    void takeOne(float v, std::size_t lane)
+    {
+        FourFloats& least = m_least[lane / 4];
+        FourFloats& greatest = m_greatest[lane / 4];
+        least[lane % 4] = v < least[lane % 4] ? v : least[lane % 4];
+        greatest[lane % 4] = v > greatest[lane % 4] ? v : greatest[lane % 4];
+        m_sum[lane / 2][lane % 2] += static_cast<double>(v == v ? v : 0.0F);
+        m_missing[lane / 4][lane % 4] += v == v ? 0U : 1U;
+    }
+
+    FourFloats m_least[kVectors] = {FourFloats{} + kInfinity, FourFloats{} + kInfinity};
+    FourFloats m_greatest[kVectors] = {FourFloats{} - kInfinity, FourFloats{} - kInfinity};
+    TwoDoubles m_sum[2 * kVectors] = {};
+    FourWords m_missing[kVectors] = {};
+};
+
 RunSummary summaryOf(std::span<const float> values)
 {
-    constexpr std::size_t kLanes = 8;
-    constexpr float kInfinity = std::numeric_limits<float>::infinity();
-    float least[kLanes];
-    float greatest[kLanes];
-    double sum[kLanes] = {};
-    std::uint32_t missing[kLanes] = {};
-    std::fill_n(least, kLanes, kInfinity);
-    std::fill_n(greatest, kLanes, -kInfinity);
-    const auto take = [&](float v, std::size_t lane) {
-        least[lane] = v < least[lane] ? v : least[lane];
-        greatest[lane] = v > greatest[lane] ? v : greatest[lane];
-        sum[lane] += static_cast<double>(v == v ? v : 0.0F);
-        missing[lane] += v == v ? 0U : 1U;
-    };
-    std::size_t i = 0;
-    for (; i + kLanes <= values.size(); i += kLanes)
-        for (std::size_t lane = 0; lane < kLanes; ++lane)
-            take(values[i + lane], lane);
-    for (std::size_t lane = 0; i < values.size(); ++i, ++lane)
-        take(values[i], lane);
-    return {*std::min_element(least, least + kLanes), *std::max_element(greatest, greatest + kLanes),
-            std::accumulate(sum, sum + kLanes, 0.0), std::accumulate(missing, missing + kLanes, 0U)};
+    ScanLanes all;
+    all.take<false>(values);
+    const RunSummary summary = all.summary();
+    if (!std::isnan(summary.sum))
+        return summary;
+    ScanLanes present;
+    present.take<true>(values);
+    return present.summary();
 }
+
+std::span<const float> runAt(std::span<const float> values, std::size_t begin)
+{
+    return values.subspan(begin, std::min<std::size_t>(kRun, values.size() - begin));
+}
+
+// The extremes and the sum of a column so far.
+class ColumnTotal
+{
+public:
+    // The run begins at sample `first`.
+    void take(std::uint64_t first, std::span<const float> run, const RunSummary& summary)
+    {
+        m_sum += summary.sum;
+        m_scan.missing += summary.missing;
+        const auto sampleOf = [&](float v) {
+            const auto place = std::find(run.begin(), run.end(), v) - run.begin();
+            return static_cast<std::uint32_t>(first + static_cast<std::uint64_t>(place));
+        };
+        if (m_scan.minimum > summary.least) {
+            m_scan.minimum = summary.least;
+            m_scan.minimumSample = sampleOf(summary.least);
+        }
+        if (summary.greatest > m_scan.maximum) {
+            m_scan.maximum = summary.greatest;
+            m_scan.maximumSample = sampleOf(summary.greatest);
+        }
+    }
+
+    ColumnExtremes of(std::uint32_t samples) const
+    {
+        ColumnExtremes scan = m_scan;
+        const std::uint32_t present = samples - scan.missing;
+        const double nan = std::numeric_limits<double>::quiet_NaN();
+        scan.averagePresent = present == 0 ? nan : m_sum / present;
+        scan.average = scan.missing == 0 ? scan.averagePresent : nan;
+        return scan;
+    }
+
+private:
+    ColumnExtremes m_scan;
+    double m_sum = 0.0;
+};
 
 }  // namespace
 
@@ -100,41 +190,43 @@ ColumnReader columnReader(TSFILE& file, std::uint32_t col)
     return [&file, col](std::uint32_t first, std::span<float> out) { file.readColumn(col, first, out); };
 }
 
-JobOutcome scanColumn(const ColumnReader& read, std::uint32_t samples, const Progress& progress,
+JobOutcome scanColumn(const ColumnReader& reader, std::uint32_t samples, const Progress& progress,
                       ColumnExtremes& out)
 {
-    ColumnExtremes scan;
-    double sum = 0.0;
-    std::vector<float> values(std::min(kRun, samples));
-    for (std::uint64_t done = 0; done < samples;) {
-        const std::size_t count = std::min<std::uint64_t>(kRun, samples - done);
-        const std::span<float> run = std::span(values).first(count);
-        read(static_cast<std::uint32_t>(done + 1), run);
-        const RunSummary summary = summaryOf(run);
-        sum += summary.sum;
-        scan.missing += summary.missing;
-        const auto sampleOf = [&](float v) {
-            const auto place = std::find(run.begin(), run.end(), v) - run.begin();
-            return static_cast<std::uint32_t>(done + 1 + static_cast<std::uint64_t>(place));
-        };
-        if (scan.minimum > summary.least) {
-            scan.minimum = summary.least;
-            scan.minimumSample = sampleOf(summary.least);
-        }
-        if (summary.greatest > scan.maximum) {
-            scan.maximum = summary.greatest;
-            scan.maximumSample = sampleOf(summary.greatest);
-        }
-        done += count;
-        if (!goesOn(progress, done, samples))
-            return JobOutcome::Cancelled;
-    }
-    const std::uint32_t present = samples - scan.missing;
-    const double nan = std::numeric_limits<double>::quiet_NaN();
-    scan.averagePresent = present == 0 ? nan : sum / present;
-    scan.average = scan.missing == 0 ? scan.averagePresent : nan;
-    out = scan;
-    return JobOutcome::Done;
+    struct Piece
+    {
+        std::vector<float> values;
+        std::vector<RunSummary> runs;
+    };
+    ColumnTotal total;
+    std::uint64_t read = 0;
+    std::uint64_t done = 0;
+    WorkerPool& pool = WorkerPool::shared();
+    std::vector<Piece> pieces(pool.slots());
+    const auto take = [&](std::size_t slot) {
+        Piece& piece = pieces[slot];
+        piece.values.resize(std::min<std::uint64_t>(kReadAtOnce, samples - read));
+        if (!piece.values.empty())
+            reader(static_cast<std::uint32_t>(read + 1), piece.values);
+        read += piece.values.size();
+        return !piece.values.empty();
+    };
+    const auto sumUp = [&](std::size_t slot) {
+        Piece& piece = pieces[slot];
+        piece.runs.clear();
+        for (std::size_t i = 0; i < piece.values.size(); i += kRun)
+            piece.runs.push_back(summaryOf(runAt(piece.values, i)));
+    };
+    const auto give = [&](std::size_t slot) {
+        const Piece& piece = pieces[slot];
+        for (std::size_t k = 0; k < piece.runs.size(); ++k)
+            total.take(done + k * kRun + 1, runAt(piece.values, k * kRun), piece.runs[k]);
+        done += piece.values.size();
+    };
+    const JobOutcome outcome = pool.run({take, sumUp, give}, [&] { return goesOn(progress, done, samples); });
+    if (outcome == JobOutcome::Done)
+        out = total.of(samples);
+    return outcome;
 }
 
 JobOutcome searchColumn(const ColumnReader& read, std::uint32_t samples, const SearchCondition& condition,

@@ -35,7 +35,7 @@ struct ColumnExtremes
 
 // Scans samples 1 to `samples`. The first sample of equal extremes wins; a missing value is no extreme.
 // `out` is only changed by a scan that was done.
-JobOutcome scanColumn(const ColumnReader& read, std::uint32_t samples, const Progress& progress,
+JobOutcome scanColumn(const ColumnReader& reader, std::uint32_t samples, const Progress& progress,
                       ColumnExtremes& out);
 
 enum class Looking { Equal, Above, Below, Missing, JumpAbove };

@@ -233,13 +233,14 @@ bool HsVariable::counts(float raw) const
 
 // -- Answering --
 
-Summary HsVariable::looseEnd(bool positiveOnly, std::uint32_t bucket, std::uint32_t from,
+Summary HsVariable::looseEnd(const Wanted& wanted, std::uint32_t bucket, std::uint32_t from,
                              std::uint32_t to) const
 {
     const PlotSource::Run run = m_variable.source()->run(bucket, m_variable.column());
     const float* const values = run.values + from * run.stride;
-    if (!positiveOnly)
-        return summaryOf(values, run.stride, to - from);
+    if (!wanted.positiveOnly)
+        return wanted.moments ? summaryOf(values, run.stride, to - from)
+                              : extremesOf(values, run.stride, to - from);
     float kept[Pyramid::kLargestBucket];
     std::size_t n = 0;
     for (std::size_t i = 0; i < to - from; ++i)
@@ -269,14 +270,14 @@ Summary HsVariable::collectFrom(const Pyramid& pyramid, bool positiveOnly, std::
     const std::uint32_t endWhole =
         end == m_variable.rows() ? static_cast<std::uint32_t>(pyramid.buckets()) : end / bucket;
     if (firstWhole > endWhole || (firstWhole == endWhole && begin / bucket == (end - 1) / bucket)) {
-        take(looseEnd(positiveOnly, begin / bucket, begin % bucket, (end - 1) % bucket + 1));
+        take(looseEnd({positiveOnly, moments}, begin / bucket, begin % bucket, (end - 1) % bucket + 1));
         return all;
     }
     if (begin % bucket != 0)
-        take(looseEnd(positiveOnly, firstWhole - 1, begin % bucket, bucket));
+        take(looseEnd({positiveOnly, moments}, firstWhole - 1, begin % bucket, bucket));
     pyramid.collect(firstWhole, endWhole, moments, all);
     if (end != m_variable.rows() && end % bucket != 0)
-        take(looseEnd(positiveOnly, endWhole, 0, end % bucket));
+        take(looseEnd({positiveOnly, moments}, endWhole, 0, end % bucket));
     return all;
 }
 

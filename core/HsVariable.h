@@ -76,7 +76,13 @@ private:
 
     bool needsPositive() const;
     bool counts(float raw) const;
-    veltrac::Summary looseEnd(bool positiveOnly, std::uint32_t bucket, std::uint32_t from,
+    // Which values count, and whether more than their extremes is wanted.
+    struct Wanted
+    {
+        bool positiveOnly;
+        bool moments;
+    };
+    veltrac::Summary looseEnd(const Wanted& wanted, std::uint32_t bucket, std::uint32_t from,
                               std::uint32_t to) const;
     veltrac::Summary collect(std::uint32_t first, std::uint32_t last, bool moments) const;
     veltrac::Summary collectFrom(const veltrac::Pyramid& pyramid, bool positiveOnly, std::uint32_t first,

@@ -11,7 +11,7 @@ namespace {
 constexpr std::size_t kReadBytes = std::size_t{1} << 18;
 constexpr std::string_view kMark = "\xEF\xBB\xBF";
 
-[[noreturn]] void fail(const std::filesystem::path& file)
+[[noreturn]] void failToRead(const std::filesystem::path& file)
 {
     throw std::system_error(errno, std::generic_category(), file.string());
 }
@@ -22,7 +22,7 @@ LineReader::LineReader(const std::filesystem::path& file, std::size_t longest)
     : m_longest(longest), m_file(std::fopen(file.c_str(), "rb")), m_buffer(longest + kReadBytes)
 {
     if (!m_file)
-        fail(file);
+        failToRead(file);
     // The buffer here is the only one.
     std::setvbuf(m_file.get(), nullptr, _IONBF, 0);
     std::error_code unknown;
@@ -44,7 +44,7 @@ bool LineReader::fill()
     m_begin = 0;
     const std::size_t read = std::fread(m_buffer.data() + m_end, 1, m_buffer.size() - m_end, m_file.get());
     if (read == 0 && std::ferror(m_file.get()) != 0)
-        fail("read");
+        failToRead("read");
     m_end += read;
     return read != 0;
 }
@@ -102,7 +102,7 @@ bool LineReader::takeLongLine()
     for (;;) {
         const std::size_t read = std::fread(space, 1, room, m_file.get());
         if (read == 0 && std::ferror(m_file.get()) != 0)
-            fail("read");
+            failToRead("read");
         const void* const found = read == 0 ? nullptr : std::memchr(space, m_newLine, read);
         const std::size_t ofLine =
             found == nullptr ? read : static_cast<std::size_t>(static_cast<const char*>(found) - space);
@@ -123,7 +123,7 @@ void LineReader::seek(std::uint64_t offset)
     // One byte before: where that is a new line, the offset itself begins a line.
     const std::uint64_t from = offset == 0 ? 0 : offset - 1;
     if (::fseeko(m_file.get(), static_cast<off_t>(from), SEEK_SET) != 0)
-        fail("seek");
+        failToRead("seek");
     m_bufferOffset = from;
     m_begin = m_end = 0;
     fill();

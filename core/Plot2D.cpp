@@ -13,6 +13,17 @@ constexpr double kMostOfExtent = 1.1;   // the widest view, in widths of the dat
 constexpr double kFinestStep = 1e-3;    // the narrowest, in steps of the samples …
 constexpr double kFinestDigit = 1e-13;  // … and in digits of the numbers
 
+double leastWidth(const Plot2D& plot)
+{
+    const Plot2D::Extent all = plot.extent();
+    const double digits = std::max(std::abs(all.x1), std::abs(all.x2)) * kFinestDigit;
+    if (plot.axis().logarithmic)
+        return kFinestStep;
+    const auto ref = plot.reference();
+    const double step = !ref || plot.axis().mode == XMode::Sample ? 1.0 : ref->variable().source()->step();
+    return std::max(step * kFinestStep, digits);
+}
+
 }  // namespace
 
 Group::Variables Plot2D::variables() const
@@ -181,17 +192,6 @@ Plot2D::Extent Plot2D::extent() const
     return {from, to};
 }
 
-double Plot2D::leastWidth() const
-{
-    const Extent all = extent();
-    const double digits = std::max(std::abs(all.x1), std::abs(all.x2)) * kFinestDigit;
-    if (m_axis.logarithmic)
-        return kFinestStep;
-    const auto ref = reference();
-    const double step = !ref || m_axis.mode == XMode::Sample ? 1.0 : ref->variable().source()->step();
-    return std::max(step * kFinestStep, digits);
-}
-
 // Limits in distances along the axis.
 void Plot2D::setScale(double from, double to)
 {
@@ -202,10 +202,10 @@ void Plot2D::setScale(double from, double to)
     const Extent all = extent();
     const double low = m_axis.toScale(all.x1);
     const double high = m_axis.toScale(all.x2);
-    double width = std::max(to - from, leastWidth());
+    double width = std::max(to - from, leastWidth(*this));
     double middle = from + (to - from) / 2.0;
     if (width > (high - low) * kMostOfExtent) {
-        width = std::max((high - low) * kMostOfExtent, leastWidth());
+        width = std::max((high - low) * kMostOfExtent, leastWidth(*this));
         middle = low + (high - low) / 2.0;
     }
     middle = std::clamp(middle, low, high);
@@ -265,7 +265,7 @@ void Plot2D::zoomX(double factor, double about)
     const double from = m_axis.toScale(m_view.x1);
     const double to = m_axis.toScale(m_view.x2);
     // At the least width the view stands still instead of creeping.
-    factor = std::min(factor, std::max(1.0, (to - from) / leastWidth()));
+    factor = std::min(factor, std::max(1.0, (to - from) / leastWidth(*this)));
     setScale(fixed - (fixed - from) / factor, fixed + (to - fixed) / factor);
 }
 

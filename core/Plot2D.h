@@ -125,7 +125,6 @@ private:
     View present() const;
     void show(const View& view);
     void setScale(double from, double to);
-    double leastWidth() const;
     void followY();
 
     std::vector<Group> m_groups;

@@ -11,6 +11,7 @@ namespace veltrac {
 namespace {
 
 constexpr int kSamplesAColumn = 2;    // up to so many are joined as they are
+constexpr int kColumnsTogether = 64;  // pixel columns of a variable that are walked at once
 constexpr double kOutside = 0.5;      // how far lines go beyond the square
 constexpr double kTolerance = 0.125;  // of a pixel, for the edge between two of them
 
@@ -50,6 +51,11 @@ bool cut(Point& a, Point& b)
     return true;
 }
 
+bool isInside(const Point& p)
+{
+    return p.x >= -kOutside && p.x <= 1.0 + kOutside && p.y >= -kOutside && p.y <= 1.0 + kOutside;
+}
+
 // Joins points to runs.
 class Pen
 {
@@ -60,13 +66,16 @@ public:
     {
         if (!m_last) {
             m_last = p;
+            m_lastIsInside = isInside(p);
             m_alone = true;
             return;
         }
         Point a = *m_last;
         Point b = p;
         m_alone = false;
-        if (!cut(a, b)) {
+        // Nothing would be cut off what lies within, as most does.
+        const bool inside = isInside(p);
+        if (!(m_lastIsInside && inside) && !cut(a, b)) {
             endRun();
         } else {
             if (!m_drawing || a.x != m_last->x || a.y != m_last->y) {
@@ -79,6 +88,7 @@ public:
                 endRun();
         }
         m_last = p;
+        m_lastIsInside = inside;
     }
 
     void lift()
@@ -107,6 +117,7 @@ private:
 
     Curve& m_curve;
     std::optional<Point> m_last;
+    bool m_lastIsInside = false;
     bool m_alone = false;
     bool m_drawing = false;
 };
@@ -138,6 +149,8 @@ public:
     }
 
     bool isMany() const noexcept { return m_many; }
+    // How much of x a bucket of the pyramid takes.
+    double bucketWidth() const { return m_variable.source()->bucketRows() * m_variable.source()->step(); }
 
     // The samples up to the right edge of a pixel column, whose middle is at `middle` of the width.
     void column(double middle, double edge, double tolerance, bool isLast)
@@ -272,18 +285,28 @@ std::vector<Curve> curvesOf(const Plot2D& plot, int columns, int markerGap)
                 jobs.push_back({&curve, tracer});
         });
     }
+    std::vector<double> edges{plot.x1()};
+    edges.reserve(static_cast<std::size_t>(columns) + 1);
+    for (int c = 0; c < columns; ++c)
+        edges.push_back(plot.xAtFraction((c + 1.0) / columns));
+    const auto traceColumn = [&](Job& job, int c) {
+        const auto at = static_cast<std::size_t>(c);
+        job.tracer.column((c + 0.5) / columns, edges[at + 1], (edges[at + 1] - edges[at]) * kTolerance,
+                          c + 1 == columns);
+    };
     // Pixel column by pixel column over all variables: those of one file share what is read at the edges.
-    double edge = plot.x1();
-    for (int c = 0; c < columns && !jobs.empty(); ++c) {
-        const double left = edge;
-        edge = plot.xAtFraction((c + 1.0) / columns);
+    // Where nothing is, a variable's pyramid is walked a while before the next one's.
+    const bool reads = std::any_of(jobs.begin(), jobs.end(), [&](const Job& job) {
+        return job.tracer.bucketWidth() > (edges[1] - edges[0]) * kTolerance;
+    });
+    const int together = reads ? 1 : kColumnsTogether;
+    for (int begin = 0; begin < columns; begin += together)
         for (Job& job : jobs)
             if (job.curve->failure.empty())
                 guarded(*job.curve, [&] {
-                    job.tracer.column((c + 0.5) / columns, edge, (edge - left) * kTolerance,
-                                      c + 1 == columns);
+                    for (int c = begin; c < std::min(columns, begin + together); ++c)
+                        traceColumn(job, c);
                 });
-    }
     for (Job& job : jobs)
         if (job.curve->failure.empty())
             job.tracer.finish();

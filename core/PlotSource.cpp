@@ -13,6 +13,7 @@ constexpr std::uint32_t kWide = 1024;
 constexpr std::size_t kCacheFloats = 1U << 20;
 constexpr std::size_t kFewestRuns = 4;
 constexpr std::size_t kMostRuns = 64;
+constexpr std::uint32_t kNoBucket = std::numeric_limits<std::uint32_t>::max();
 
 }  // namespace
 
@@ -142,27 +143,28 @@ const PlotSource::Kept& PlotSource::keep(std::uint32_t bucket, std::uint32_t col
             return m_runs[i];
         }
     }
-    Kept fresh;
-    fresh.bucket = bucket;
-    fresh.column = column;
     const std::uint32_t count = rowsOf(bucket);
-    if (column == 0) {
-        fresh.values.resize(std::size_t{count} * m_columns);
-        readRows(bucket * m_bucketRows + 1, count, fresh.values.data());
-    } else {
-        for (std::uint32_t i = 0; i < count; ++i)
-            fresh.values.push_back(readValue(bucket * m_bucketRows + 1 + i, column));
-    }
+    const std::size_t floats = std::size_t{count} * (column == 0 ? m_columns : 1);
     const std::size_t most =
-        std::clamp(kCacheFloats / std::max<std::size_t>(1, fresh.values.size()), kFewestRuns, kMostRuns);
+        std::clamp(kCacheFloats / std::max<std::size_t>(1, floats), kFewestRuns, kMostRuns);
     if (m_runs.size() < most) {
-        m_runs.push_back(std::move(fresh));
-        m_latest = m_runs.size() - 1;
+        m_latest = m_runs.size();
+        m_runs.emplace_back();
     } else {
         m_latest = m_nextVictim++ % m_runs.size();
-        m_runs[m_latest] = std::move(fresh);
     }
-    return m_runs[m_latest];
+    // Stands for no bucket until it is read.
+    Kept& fresh = m_runs[m_latest];
+    fresh.bucket = kNoBucket;
+    fresh.values.resize(floats);
+    if (column == 0)
+        readRows(bucket * m_bucketRows + 1, count, fresh.values.data());
+    else
+        for (std::uint32_t i = 0; i < count; ++i)
+            fresh.values[i] = readValue(bucket * m_bucketRows + 1 + i, column);
+    fresh.bucket = bucket;
+    fresh.column = column;
+    return fresh;
 }
 
 const float* PlotSource::rowsInMemory(std::uint32_t /*bucket*/) const

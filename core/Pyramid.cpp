@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstring>
+
+#include "core/Vectors.h"
 
 namespace veltrac {
 
@@ -33,20 +34,8 @@ void Summary::widen(const Summary& other)
 
 namespace {
 
-// Four sums and extremes each, so that one does not wait for the one before, in vectors of 16 bytes as every
-// x86-64 has them: left to find them, the compiler gives up between floats and doubles. What does not fill
-// them goes to the first sum.
+// Four sums and extremes each; what does not fill them goes to the first one.
 constexpr std::size_t kChains = 4;
-using FourFloats = float __attribute__((vector_size(16)));
-using TwoDoubles = double __attribute__((vector_size(16)));
-
-template <typename Vector, typename Value>
-Vector vectorAt(const Value* values)
-{
-    Vector v;
-    std::memcpy(&v, values, sizeof v);
-    return v;
-}
 
 // The summaries of `Buckets` runs of n values (at most a bucket's), one behind the other, if all values are
 // finite: floats cannot overflow a sum of doubles, so that tells. The runs are summed up side by side, or the
@@ -55,11 +44,7 @@ template <std::size_t Buckets>
 class FiniteRuns
 {
 public:
-    FiniteRuns(const float* values, std::size_t n) : m_floats(values), m_count(n)
-    {
-        for (std::size_t i = 0; i < Buckets * n; ++i)
-            m_values[i] = static_cast<double>(values[i]);
-    }
+    FiniteRuns(const float* values, std::size_t n) : m_values(values), m_count(n) {}
 
     bool sumUp(Summary* out)
     {
@@ -96,13 +81,13 @@ private:
         std::size_t i = 0;
         for (; i + kChains <= m_count; i += kChains)
             for (std::size_t b = 0; b < Buckets; ++b) {
-                const double* const from = m_values + b * m_count + i;
-                sums[b][0] += step(vectorAt<TwoDoubles>(from), b);
-                sums[b][1] += step(vectorAt<TwoDoubles>(from + 2), b);
+                const auto v = vectorAt<FourFloats>(m_values + b * m_count + i);
+                sums[b][0] += step(lowDoubles(v), b);
+                sums[b][1] += step(highDoubles(v), b);
             }
         for (; i < m_count; ++i)
             for (std::size_t b = 0; b < Buckets; ++b)
-                sums[b][0][0] += step(m_values[b * m_count + i], b);
+                sums[b][0][0] += step(static_cast<double>(m_values[b * m_count + i]), b);
         return sums;
     }
 
@@ -115,14 +100,14 @@ private:
         std::size_t i = 0;
         for (; i + kChains <= m_count; i += kChains)
             for (std::size_t b = 0; b < Buckets; ++b) {
-                const auto v = vectorAt<FourFloats>(m_floats + b * m_count + i);
+                const auto v = vectorAt<FourFloats>(m_values + b * m_count + i);
                 least[b] = v < least[b] ? v : least[b];
                 greatest[b] = v > greatest[b] ? v : greatest[b];
             }
         for (std::size_t b = 0; b < Buckets; ++b) {
             for (std::size_t rest = i; rest < m_count; ++rest) {
-                least[b][0] = std::min(least[b][0], m_floats[b * m_count + rest]);
-                greatest[b][0] = std::max(greatest[b][0], m_floats[b * m_count + rest]);
+                least[b][0] = std::min(least[b][0], m_values[b * m_count + rest]);
+                greatest[b][0] = std::max(greatest[b][0], m_values[b * m_count + rest]);
             }
             for (std::size_t chain = 0; chain < kChains; ++chain) {
                 out[b].least = std::min(out[b].least, least[b][chain]);
@@ -131,9 +116,8 @@ private:
         }
     }
 
-    const float* m_floats;
+    const float* m_values;
     std::size_t m_count;
-    double m_values[Buckets * Pyramid::kLargestBucket];
 };
 
 }  // namespace
@@ -170,6 +154,37 @@ Summary summaryOf(const float* values, std::size_t stride, std::size_t n)
         const float v = values[i * stride];
         if (std::isfinite(v))
             s.squares += (static_cast<double>(v) - s.mean) * (static_cast<double>(v) - s.mean);
+    }
+    return s;
+}
+
+Summary extremesOf(const float* values, std::size_t stride, std::size_t n)
+{
+    Summary s;
+    FourFloats least = FourFloats{} + s.least;
+    FourFloats greatest = FourFloats{} + s.greatest;
+    FourWords count{};
+    std::size_t i = 0;
+    for (; i + kChains <= n; i += kChains) {
+        const float* const from = values + i * stride;
+        const FourFloats v{from[0], from[stride], from[2 * stride], from[3 * stride]};
+        const auto isFinite = v - v == FourFloats{};
+        const FourFloats low = isFinite ? v : least;
+        const FourFloats high = isFinite ? v : greatest;
+        least = low < least ? low : least;
+        greatest = high > greatest ? high : greatest;
+        count += isFinite ? FourWords{} + 1U : FourWords{};
+    }
+    for (; i < n; ++i)
+        if (const float v = values[i * stride]; std::isfinite(v)) {
+            s.least = std::min(s.least, v);
+            s.greatest = std::max(s.greatest, v);
+            ++s.count;
+        }
+    for (std::size_t chain = 0; chain < kChains; ++chain) {
+        s.least = std::min(s.least, least[chain]);
+        s.greatest = std::max(s.greatest, greatest[chain]);
+        s.count += count[chain];
     }
     return s;
 }

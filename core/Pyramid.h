@@ -31,6 +31,9 @@ struct Summary
 // The summary of n values that stand `stride` apart.
 Summary summaryOf(const float* values, std::size_t stride, std::size_t n);
 
+// Count, least and greatest of them alone.
+Summary extremesOf(const float* values, std::size_t stride, std::size_t n);
+
 // Appends the summaries of the buckets of n samples, which stand `stride` apart; the last one may be short.
 void summariesOf(const float* values, std::size_t stride, std::size_t n, std::size_t bucket,
                  std::vector<Summary>& out);

@@ -13,7 +13,7 @@ namespace veltrac {
 
 namespace {
 
-constexpr std::uint32_t kRunBytes = 1U << 20;
+constexpr std::uint32_t kRebuiltBytes = 1U << 20;
 constexpr std::uint32_t kOfARead = 100000;  // what marks the byte counts of a read, see TS::IO_ERROR
 
 // Counts that the file does not hold would be copied as far as they go, through a buffer of their size.
@@ -62,7 +62,7 @@ JobOutcome copyValues(TSFILE& from, TSFILE& to, const Progress& progress)
         return JobOutcome::Done;
 
     const std::uint32_t widest = std::max(oldColumns, newColumns);
-    const std::uint32_t run = std::max<std::uint32_t>(1, kRunBytes / sizeof(float) / widest);
+    const std::uint32_t run = std::max<std::uint32_t>(1, kRebuiltBytes / sizeof(float) / widest);
     std::vector<float> in(std::size_t{run} * oldColumns);
     std::vector<float> out(std::size_t{run} * newColumns, 0.0F);
     for (std::uint32_t done = 0; done < samples;) {
@@ -98,6 +98,13 @@ JobOutcome rebuildTsFile(const std::filesystem::path& file, std::uint32_t newSam
                          std::uint32_t newColumns, const Progress& progress,
                          const std::function<JobOutcome(TSFILE& made)>& fill)
 {
+    return rebuildTsFileAs(file, file, newSamples, newColumns, progress, fill);
+}
+
+JobOutcome rebuildTsFileAs(const std::filesystem::path& file, const std::filesystem::path& target,
+                           std::uint32_t newSamples, std::uint32_t newColumns, const Progress& progress,
+                           const std::function<JobOutcome(TSFILE& made)>& fill)
+{
     const std::unique_ptr<TSFILE> from = openTsFile(file.string(), true);
     if (from->ringStart() != 0)
         throw TS::READONLY_VIOLATION(file.string());
@@ -106,7 +113,7 @@ JobOutcome rebuildTsFile(const std::filesystem::path& file, std::uint32_t newSam
     if (tsFileBytes(newSamples, newColumns) >= kFileLimit)
         throw TS::IO_ERROR(0, static_cast<std::uint32_t>(kFileLimit), 1);
 
-    PendingFile pending(file, "tmp", ".ts");
+    PendingFile pending(target, "tmp", ".ts");
     {
         const std::unique_ptr<TSFILE> made =
             createInOrderOf(image, pending.path().string(), newSamples, newColumns);

@@ -29,6 +29,11 @@ JobOutcome rebuildTsFile(const std::filesystem::path& file, std::uint32_t newSam
                          std::uint32_t newColumns, const Progress& progress,
                          const std::function<JobOutcome(TSFILE& made)>& fill = {});
 
+// The same into another file, which is made or replaced; `file` stays as it is.
+JobOutcome rebuildTsFileAs(const std::filesystem::path& file, const std::filesystem::path& target,
+                           std::uint32_t newSamples, std::uint32_t newColumns, const Progress& progress,
+                           const std::function<JobOutcome(TSFILE& made)>& fill = {});
+
 // Copies name and description of a column, and its stamp where its time is positive; else stamps it now.
 void copyColumnInfo(TSFILE& from, std::uint32_t fromCol, TSFILE& to, std::uint32_t toCol);
 

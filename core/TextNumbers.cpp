@@ -10,6 +10,8 @@
 
 #include <locale.h>
 
+#include "core/Characters.h"
+
 namespace veltrac {
 
 namespace {
@@ -23,11 +25,6 @@ constexpr std::array<double, 23> kExactTens = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5
                                                1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 constexpr std::uint64_t kExactMantissa = std::uint64_t{1} << 53;
 constexpr int kMostDigits = 19;  // that fit into 64 bits, whatever they are
-
-bool isDigit(char c)
-{
-    return static_cast<unsigned char>(c - '0') < 10;
-}
 
 // The C routine, for what the quick ways leave: hexadecimal, leading white space, results out of range.
 ParsedNumber parseByLibrary(const char* first, const std::string& text)

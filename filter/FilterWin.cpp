@@ -30,7 +30,7 @@ using namespace veltrac;
 
 namespace {
 
-const QString kTitle = QStringLiteral("Ts-Filt");
+const QString kFilterTitle = QStringLiteral("Ts-Filt");
 const QString kNoPlot = QStringLiteral("Frequency plot of the moving average filter is not available.");
 constexpr int kFinishedMs = 5000;
 constexpr int kFilterPanelWidth = 330;
@@ -53,7 +53,7 @@ constexpr ActionRow<FilterAction> kActions[] = {
 }  // namespace
 
 FilterWin::FilterWin(const QString& file, unsigned column, QWidget* parent)
-    : ResultWindow(kTitle, QStringLiteral(":img_Filter"), kFilterPanelWidth, parent)
+    : ResultWindow(kFilterTitle, QStringLiteral(":img_Filter"), kFilterPanelWidth, parent)
 {
     createPanel();
     createActions();
@@ -354,7 +354,7 @@ void FilterWin::sl_plotFiltWin()
 {
     const FilterRequest asked = m_fields->request();
     if (asked.isMovingAverage()) {
-        showBox(QMessageBox::Information, this, kTitle, kNoPlot);
+        showBox(QMessageBox::Information, this, kFilterTitle, kNoPlot);
         return;
     }
     if (!requireSource() || !openAnew() || !validate(asked))

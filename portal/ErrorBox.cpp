@@ -12,7 +12,7 @@ namespace veltrac {
 
 namespace {
 
-const QString kTitle = QStringLiteral("Veltrac error");
+const QString kBoxTitle = QStringLiteral("Veltrac error");
 
 bool isRunTimeText(const QString& text)
 {
@@ -36,11 +36,11 @@ void ErrorBox::show(QWidget* otherwise, const QString& text)
         return;
     QWidget* const parent = inFront(otherwise);
     if (!isRunTime) {
-        showBox(QMessageBox::Warning, parent, kTitle, text);
+        showBox(QMessageBox::Warning, parent, kBoxTitle, text);
         return;
     }
 
-    QMessageBox box(QMessageBox::Warning, kTitle, text, QMessageBox::NoButton, parent);
+    QMessageBox box(QMessageBox::Warning, kBoxTitle, text, QMessageBox::NoButton, parent);
     box.setTextFormat(Qt::PlainText);
     box.setEscapeButton(box.addButton(QStringLiteral("Ok"), QMessageBox::AcceptRole));
     // The box owns the check box.

@@ -21,11 +21,11 @@ std::string pathOf(const QString& file)
     return QFile::encodeName(file).toStdString();
 }
 
-const QString kTitle = QStringLiteral("Veltrac");
+const QString kProgram = QStringLiteral("Veltrac");
 
 void showWarningBox(QWidget* window, const QString& text)
 {
-    showBox(QMessageBox::Warning, window, kTitle, text);
+    showBox(QMessageBox::Warning, window, kProgram, text);
 }
 
 // The name of a new file, or an empty one where the user gives up or the name is taken.
@@ -66,7 +66,7 @@ QString copyTsFile(QWidget* window, const QString& file)
 
 QString renameTsFile(QWidget* window, const QString& file)
 {
-    if (!mayMove(window, kTitle, file))
+    if (!mayMove(window, kProgram, file))
         return {};
     QString name = askFreeName(window, QStringLiteral("Rename %1").arg(file), file);
     if (name.isEmpty())

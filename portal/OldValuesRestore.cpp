@@ -18,7 +18,7 @@ namespace veltrac {
 namespace {
 
 constexpr std::size_t kMostRangesTold = 5;
-const QString kTitle = QStringLiteral("Ts-Edit");
+const QString kRestoreTitle = QStringLiteral("Ts-Edit");
 
 QString rangesText(const KeptValues& kept)
 {
@@ -54,18 +54,18 @@ bool askAndRestoreOldValues(QWidget* parent, const QString& path)
     const QString chosen = QFileDialog::getOpenFileName(
         parent, QStringLiteral("Restore old values"), QFile::decodeName(scratchDirectory().c_str()),
         QStringLiteral("Old values (veltrac-old-values*.bin);;All files (*)"));
-    if (chosen.isEmpty() || !mayWrite(parent, kTitle, path))
+    if (chosen.isEmpty() || !mayWrite(parent, kRestoreTitle, path))
         return false;
     try {
         const std::filesystem::path scratch = QFile::encodeName(chosen).toStdString();
-        if (!askYesNo(QMessageBox::Question, parent, kTitle, question(readOldValues(scratch), path)))
+        if (!askYesNo(QMessageBox::Question, parent, kRestoreTitle, question(readOldValues(scratch), path)))
             return false;
         const auto file = openTsFile(path.toLocal8Bit().toStdString(), false);
         JobProgress progress(parent, QStringLiteral("Restoring old values"));
         restoreOldValues(scratch, *file, progress.callback());
         return true;
     } catch (...) {
-        showBox(QMessageBox::Warning, parent, kTitle,
+        showBox(QMessageBox::Warning, parent, kRestoreTitle,
                 QStringLiteral("The old values were not put back: %1.")
                     .arg(QString::fromStdString(reasonOfFailure())),
                 QStringLiteral("&Ok"));

@@ -8,7 +8,7 @@ namespace veltrac {
 
 namespace {
 
-constexpr std::uint64_t kStep = 4096;  // samples
+constexpr std::uint64_t kStep = 1U << 15;  // samples
 
 }  // namespace
 

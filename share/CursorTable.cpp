@@ -36,6 +36,9 @@ CursorTable::CursorTable(PlotCanvas* canvas, QWidget* parent)
     m_table->verticalHeader()->hide();
     m_table->verticalHeader()->setDefaultSectionSize(m_table->fontMetrics().height() + kRowMargin);
     m_table->setMinimumHeight(3 * m_table->verticalHeader()->defaultSectionSize());
+    setWhatsThis(
+        tr("The values at the cursors A and B, and the statistics between them; without cursors those "
+           "of what is in view."));
     m_table->setAccessibleName(tr("Values at the cursors and between them"));
     auto* const column = new QVBoxLayout(this);
     column->setContentsMargins(4, 2, 4, 2);

@@ -1,4 +1,4 @@
-// Hard copies: PostScript files that replace an older one only when they are whole.
+// Hard copies: PostScript and SVG files that replace an older one only when they are whole.
 #pragma once
 
 #include <filesystem>
@@ -7,6 +7,7 @@
 #include "share/PsParameters.h"
 
 class PostscriptDriver;
+class SvgDriver;
 
 namespace veltrac {
 
@@ -15,5 +16,8 @@ namespace veltrac {
 // what `draw` throws; in both cases an older target is as it was and nothing is left behind.
 void writeEps(const std::filesystem::path& target, const PsParameters& parameters,
               const std::function<void(PostscriptDriver&)>& draw);
+// The same picture as SVG.
+void writeSvg(const std::filesystem::path& target, const PsParameters& parameters,
+              const std::function<void(SvgDriver&)>& draw);
 
 }  // namespace veltrac

@@ -10,9 +10,19 @@
 #include "share/Boxes.h"
 #include "share/EpsFile.h"
 #include "share/PostscriptDriver.h"
+#include "share/SvgDriver.h"
 #include "share/TargetFile.h"
 
 namespace veltrac {
+
+namespace {
+
+bool isSvg(const QString& fileName)
+{
+    return fileName.endsWith(QLatin1String(".svg"), Qt::CaseInsensitive);
+}
+
+}  // namespace
 
 QString writeHardCopy(const QString& fileName, const PsParameters& parameters,
                       const std::function<void(BasicDriver&)>& draw)
@@ -20,8 +30,11 @@ QString writeHardCopy(const QString& fileName, const PsParameters& parameters,
     const QString bareName = QFileInfo(fileName).fileName();
     QString reason;
     try {
-        writeEps(QFile::encodeName(fileName).toStdString(), parameters,
-                 [&draw](PostscriptDriver& driver) { draw(driver); });
+        const std::string file = QFile::encodeName(fileName).toStdString();
+        if (isSvg(fileName))
+            writeSvg(file, parameters, [&draw](SvgDriver& driver) { draw(driver); });
+        else
+            writeEps(file, parameters, [&draw](PostscriptDriver& driver) { draw(driver); });
         return {};
     } catch (const std::runtime_error& error) {
         reason = dynamic_cast<const std::system_error*>(&error) == nullptr
@@ -37,8 +50,11 @@ QString hardCopy(QWidget* window, const QString& suggestion, const PsParameters&
                  const std::function<void(BasicDriver&)>& draw)
 {
     QString fileName =
-        askSaveName(window, {QStringLiteral("Hard copy"), suggestion,
-                             QStringLiteral("PostScript files (*.eps)"), QStringLiteral("eps")});
+        isSvg(suggestion)
+            ? askSaveName(window, {QStringLiteral("Save picture"), suggestion,
+                                   QStringLiteral("SVG pictures (*.svg)"), QStringLiteral("svg")})
+            : askSaveName(window, {QStringLiteral("Hard copy"), suggestion,
+                                   QStringLiteral("PostScript files (*.eps)"), QStringLiteral("eps")});
     if (fileName.isEmpty())
         return {};
     const QString failure = writeHardCopy(fileName, parameters, draw);

@@ -15,6 +15,7 @@
 #include "share/Boxes.h"
 #include "share/JobProgress.h"
 #include "share/PlotCanvas.h"
+#include "share/PlotFileNames.h"
 #include "share/PlotVariables.h"
 #include "share/TargetFile.h"
 
@@ -22,7 +23,7 @@ namespace veltrac {
 
 namespace {
 
-const QString kTitle = QStringLiteral("Save interval");
+const QString kIntervalTitle = QStringLiteral("Save interval");
 
 QString samplesText(std::uint32_t count)
 {
@@ -60,7 +61,7 @@ Part choosePart(QWidget* window, const Plot2D& plot)
         return {files.front(), {}, {}};
     bool isChosen = false;
     const QString name =
-        QInputDialog::getItem(window, kTitle, QObject::tr("Of which file?"), names, 0, false, &isChosen);
+        QInputDialog::getItem(window, kIntervalTitle, QObject::tr("Of which file?"), names, 0, false, &isChosen);
     return isChosen ? Part{files[static_cast<std::size_t>(names.indexOf(name))], {}, {}} : Part{};
 }
 
@@ -70,7 +71,7 @@ bool isRead(QWidget* window, const Plot2D& plot, const std::shared_ptr<PlotFile>
     for (const auto& v : plot.variables()) {
         if (v->variable().source() != file || !v->variable().visible || v->isBuilt())
             continue;
-        showBox(QMessageBox::Warning, window, kTitle,
+        showBox(QMessageBox::Warning, window, kIntervalTitle,
                 QObject::tr("Nothing was saved: the column %1 of %2 could not be read.")
                     .arg(QString::fromStdString(v->variable().label), fileNameOf(*file)));
         return false;
@@ -115,7 +116,7 @@ IntervalOutcome saveIntervalAsTs(QWidget* window, PlotCanvas& canvas)
         return false;
     };
     const QString target = askSaveName(
-        window, {kTitle, source.dir().filePath(source.completeBaseName() + QStringLiteral("_part.ts")),
+        window, {kIntervalTitle, source.dir().filePath(source.completeBaseName() + QStringLiteral("_part.ts")),
                  QObject::tr("Ts-files (*.ts)"), QStringLiteral("ts"), isShown});
     if (target.isEmpty())
         return {};
@@ -131,7 +132,7 @@ IntervalOutcome saveIntervalAsTs(QWidget* window, PlotCanvas& canvas)
                 true};
     } catch (...) {
         showBox(
-            QMessageBox::Warning, window, kTitle,
+            QMessageBox::Warning, window, kIntervalTitle,
             QObject::tr("%1 could not be saved: %2.").arg(name, QString::fromStdString(reasonOfFailure())));
         return {};
     }

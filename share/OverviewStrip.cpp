@@ -46,6 +46,7 @@ OverviewStrip::OverviewStrip(PlotCanvas* canvas, QWidget* parent)
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     setMouseTracking(true);
     setAccessibleName(tr("Overview of the whole series"));
+    setWhatsThis(tr("The whole series, with a frame around what the plot shows of it."));
     setToolTip(tr("The whole series. Drag the frame to move the view, its edges to stretch it."));
     connect(canvas, &PlotCanvas::x_plot_changed, this, &OverviewStrip::forgetPicture);
     connect(canvas, &PlotCanvas::x_view_changed, this, [this] { update(); });

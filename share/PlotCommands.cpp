@@ -41,6 +41,7 @@ const PlotCommand kCommands[] = {
     {"Hard copy &with cursors…", &C::sl_hardCopyWithCursors, Part::Output, 0, 0, false},
     {"Postscript para&meters…", &C::sl_psParameters, Part::Output, 0, 0, false},
     {"&Save picture (PNG)…", &C::sl_savePicture, Part::Output, 0, 0, false},
+    {"Save picture (S&VG)…", &C::sl_saveSvg, Part::Output, 0, 0, false},
     {"P&rint…", &C::sl_print, Part::Output, kControl | Qt::Key_P, 0, false},
 };
 

@@ -113,6 +113,13 @@ QString plotHardCopy(QWidget* window, const QString& name, const PsParameters& p
                     painter(parameters, plot, colors, withCursors));
 }
 
+QString saveSvgPicture(QWidget* window, const QString& name, const PsParameters& parameters,
+                       const Plot2D& plot, const std::vector<QColor>& colors)
+{
+    return hardCopy(window, name + QStringLiteral(".svg"), parameters,
+                    painter(parameters, plot, colors, true));
+}
+
 QString writePlotEps(const QString& fileName, const PsParameters& parameters, const Plot2D& plot,
                      const std::vector<QColor>& colors, bool withCursors)
 {

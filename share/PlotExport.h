@@ -22,7 +22,11 @@ namespace veltrac {
 // file's name, empty where nothing was written.
 QString plotHardCopy(QWidget* window, const QString& name, const PsParameters& parameters, const Plot2D& plot,
                      const std::vector<QColor>& colors, bool withCursors);
-// The same without a question; returns the failure's text, empty when the file is whole.
+// The picture as SVG, cursors included, else as above.
+QString saveSvgPicture(QWidget* window, const QString& name, const PsParameters& parameters,
+                       const Plot2D& plot, const std::vector<QColor>& colors);
+// The hard copy without a question, as SVG where the name ends so; returns the failure's text, empty when the
+// file is whole.
 QString writePlotEps(const QString& fileName, const PsParameters& parameters, const Plot2D& plot,
                      const std::vector<QColor>& colors, bool withCursors);
 

@@ -1,11 +1,23 @@
 #include "share/PlotLook.h"
 
+#include <cmath>
+
 namespace veltrac {
 
 namespace {
 
 constexpr int kColumnsAPoint = 4;
 constexpr double kScreenPixelsAPoint = 96.0 / 72.0;
+
+// A colour of the screen has 16 bits a component: pictures that never saw one are to have the very same.
+std::vector<PlotColor> asOnScreen(std::vector<PlotColor> colors)
+{
+    constexpr double kMost = 65535.0;
+    for (PlotColor& color : colors)
+        for (float* const c : {&color.r, &color.g, &color.b})
+            *c = static_cast<float>(std::round(static_cast<double>(*c) * kMost) / kMost);
+    return colors;
+}
 
 }  // namespace
 
@@ -26,10 +38,18 @@ GridStyle gridStyleOf(PlotGrid grid)
 
 const std::vector<PlotColor>& defaultPlotColors()
 {
-    static const std::vector<PlotColor> colors = {
-        {0.00F, 0.27F, 0.68F}, {0.84F, 0.30F, 0.04F}, {0.10F, 0.55F, 0.24F}, {0.55F, 0.18F, 0.66F},
-        {0.80F, 0.60F, 0.00F}, {0.00F, 0.58F, 0.65F}, {0.45F, 0.09F, 0.13F}, {0.91F, 0.42F, 0.62F},
-        {0.36F, 0.40F, 0.45F}, {0.45F, 0.62F, 0.10F}, {0.15F, 0.15F, 0.40F}, {0.55F, 0.70F, 0.95F}};
+    static const std::vector<PlotColor> colors = asOnScreen({{0.00F, 0.27F, 0.68F},
+                                                             {0.84F, 0.30F, 0.04F},
+                                                             {0.10F, 0.55F, 0.24F},
+                                                             {0.55F, 0.18F, 0.66F},
+                                                             {0.80F, 0.60F, 0.00F},
+                                                             {0.00F, 0.58F, 0.65F},
+                                                             {0.45F, 0.09F, 0.13F},
+                                                             {0.91F, 0.42F, 0.62F},
+                                                             {0.36F, 0.40F, 0.45F},
+                                                             {0.45F, 0.62F, 0.10F},
+                                                             {0.15F, 0.15F, 0.40F},
+                                                             {0.55F, 0.70F, 0.95F}});
     return colors;
 }
 

@@ -65,6 +65,13 @@ void PlotOutput::sl_savePicture()
         emit x_told(tr("Saved %1").arg(file));
 }
 
+void PlotOutput::sl_saveSvg()
+{
+    const QString file = saveSvgPicture(window(), m_suggestedName, m_psParameters, plot(), colors());
+    if (!file.isEmpty())
+        emit x_told(tr("Saved %1").arg(file));
+}
+
 void PlotOutput::sl_print()
 {
     if (printPlot(window(), m_suggestedName, plot(), colors()))

@@ -29,6 +29,7 @@ public slots:
     void sl_hardCopy();
     void sl_hardCopyWithCursors();
     void sl_savePicture();
+    void sl_saveSvg();
     void sl_print();
     void sl_psParameters();
 

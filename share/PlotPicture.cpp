@@ -53,6 +53,9 @@ PlotPicture::PlotPicture(QWidget* parent) : QFrame(parent), m_colors(defaultColo
     setMouseTracking(true);
     setFocusPolicy(Qt::StrongFocus);
     setAccessibleName(tr("Plot"));
+    setWhatsThis(
+        tr("The wheel zooms, dragging with the left button marks what to zoom to, a click sets cursor A and "
+           "Shift with a click cursor B. The right button shows everything else."));
 }
 
 void PlotPicture::setPlot(Plot2D plot)

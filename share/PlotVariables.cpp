@@ -4,32 +4,36 @@
 #include <set>
 
 #include "core/FileTime.h"
+#include "core/HeaderTexts.h"
 #include "core/TimeUnits.h"
 #include "share/BasicDriver.h"
-#include "share/HeaderText.h"
 
 namespace veltrac {
 
 namespace {
 
-std::string utf8(const QString& text)
+std::string trimmedText(const std::string& text)
 {
-    return text.toUtf8().toStdString();
+    const std::size_t first = text.find_first_not_of(" \t");
+    return first == std::string::npos ? std::string()
+                                      : text.substr(first, text.find_last_not_of(" \t") - first + 1);
 }
 
 bool countsInSeconds(const PlotFile& file)
 {
-    const QString unit = QString::fromStdString(bareTimeUnit(utf8(headerText(file.timeUnit().c_str()))));
-    return secondsOfUnit(utf8(unit.toLower())) == 1.0;
+    std::string unit = bareTimeUnit(headerUtf8(file.timeUnit().c_str()));
+    std::transform(unit.begin(), unit.end(), unit.begin(),
+                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+    return secondsOfUnit(unit) == 1.0;
 }
 
 // "Frequency[Hz]" is a title already, "ms" the unit of time.
 std::string titleOf(const PlotFile& file)
 {
-    const QString unit = headerText(file.timeUnit().c_str()).trimmed();
-    if (unit.isEmpty())
+    const std::string unit = trimmedText(headerUtf8(file.timeUnit().c_str()));
+    if (unit.empty())
         return "Time [s]";
-    return utf8(unit.contains(QLatin1Char('[')) ? unit : QStringLiteral("Time [%1]").arg(unit));
+    return unit.find('[') != std::string::npos ? unit : "Time [" + unit + "]";
 }
 
 }  // namespace
@@ -37,10 +41,9 @@ std::string titleOf(const PlotFile& file)
 std::shared_ptr<HsVariable> makeVariable(const std::shared_ptr<PlotFile>& file, std::uint32_t column)
 {
     Variable v(file, column);
-    const QString name = headerText(file->columnName(column).c_str()).trimmed();
-    v.label = utf8(name.isEmpty() ? QStringLiteral("Column %1").arg(column) : name);
-    const std::string description = utf8(headerText(file->columnDescription(column).c_str()));
-    v.unit = utf8(QString::fromStdString(std::string(unitIn(description))).trimmed());
+    const std::string name = trimmedText(headerUtf8(file->columnName(column).c_str()));
+    v.label = name.empty() ? "Column " + std::to_string(column) : name;
+    v.unit = trimmedText(std::string(unitIn(headerUtf8(file->columnDescription(column).c_str()))));
     return std::make_shared<HsVariable>(std::move(v));
 }
 
@@ -87,17 +90,6 @@ void addAlone(Plot2D& plot, const std::shared_ptr<HsVariable>& variable)
 std::shared_ptr<PlotFile> plotFileOf(const Variable& variable)
 {
     return std::dynamic_pointer_cast<PlotFile>(variable.source());
-}
-
-QString fileNameOf(const Variable& variable)
-{
-    const auto file = plotFileOf(variable);
-    return file ? fileNameOf(*file) : QString();
-}
-
-QString fileNameOf(const PlotFile& file)
-{
-    return QString::fromLocal8Bit(file.name().c_str());
 }
 
 std::shared_ptr<HsVariable> backwardsVariable(const Plot2D& plot)

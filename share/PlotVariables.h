@@ -1,8 +1,6 @@
 // Makes plot variables of the columns of files, with the names and units that their headers tell.
 #pragma once
 
-#include <QString>
-
 #include <memory>
 #include <vector>
 
@@ -26,9 +24,6 @@ void addAlone(Plot2D& plot, const std::shared_ptr<HsVariable>& variable);
 // The lowest colour index that no variable of the plot has.
 int nextColorIndex(const Plot2D& plot);
 
-// What a variable's file is called; empty for values in memory.
-QString fileNameOf(const Variable& variable);
-QString fileNameOf(const PlotFile& file);
 // The file behind a variable; null for values in memory.
 std::shared_ptr<PlotFile> plotFileOf(const Variable& variable);
 

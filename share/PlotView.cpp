@@ -11,6 +11,7 @@
 #include "core/TsExceptions.h"
 #include "share/AxisLimitsDialog.h"
 #include "share/JobProgress.h"
+#include "share/PlotFileNames.h"
 #include "share/PlotGoTo.h"
 #include "share/PlotVariables.h"
 
@@ -22,6 +23,59 @@ constexpr double kKeyZoom = 1.25;
 constexpr double kPanStep = 0.1;
 constexpr int kKeyZoomGesture = -3;
 constexpr int kKeyPanGesture = -4;
+
+// What a progress bar says: "Reading test.ts".
+QString whatIsMissing(const Plot2D& plot)
+{
+    QStringList names;
+    for (const auto& v : plot.variables())
+        if (v->variable().visible && !v->isBuilt())
+            names.append(fileNameOf(v->variable()));
+    names.removeDuplicates();
+    return QObject::tr("Reading %1").arg(names.join(QStringLiteral(", ")));
+}
+
+// The group under the mouse, else the first one.
+int activeGroup(const PlotView& view)
+{
+    const int under = view.groupAt(view.mouse());
+    return under >= 0 || view.pictureLayout().groupOf.empty()
+               ? under
+               : static_cast<int>(view.pictureLayout().groupOf.front());
+}
+
+// What stays in its place when a key zooms: the last cursor where it is in view, else the middle.
+double zoomCentre(const Plot2D& plot, Plot2D::Cursor active)
+{
+    const std::optional<double>& cursor = plot.cursor(active);
+    return cursor && *cursor >= plot.x1() && *cursor <= plot.x2() ? *cursor : plot.xAtFraction(0.5);
+}
+
+void toExtreme(PlotView& view, bool greatest)
+{
+    const int group = activeGroup(view);
+    if (group < 0)
+        return;
+    try {
+        for (const auto& v : view.plot().groups()[static_cast<std::size_t>(group)].variables()) {
+            if (!v->variable().visible || !v->isBuilt())
+                continue;
+            const std::uint32_t first = view.plot().axis().rowFrom(v->variable(), view.plot().x1());
+            const std::uint32_t last = view.plot().axis().rowAt(v->variable(), view.plot().x2());
+            const std::uint32_t row = first <= last ? v->rowOfExtreme(first, last, greatest) : 0;
+            if (row == 0)
+                return;
+            view.placeCursor(view.activeCursor(), view.plot().axis().xOf(v->variable(), row));
+            emit view.x_told((greatest ? QObject::tr("Greatest in view: %1, sample %2")
+                                       : QObject::tr("Least in view: %1, sample %2"))
+                                 .arg(valueWithUnit(*v, v->variable().value(row)))
+                                 .arg(v->variable().source()->sampleOf(row)));
+            return;
+        }
+    } catch (const TS::Failure&) {
+        emit view.x_told(QObject::tr("The file cannot be read."));
+    }
+}
 
 }  // namespace
 
@@ -39,7 +93,7 @@ bool PlotView::refresh(bool fit)
     const QScopedValueRollback<bool> reading(m_reading, true);
     bool whole = true;
     try {
-        JobProgress progress(window(), whatIsMissing());
+        JobProgress progress(window(), whatIsMissing(plot()));
         whole = plot().buildMissing(progress.callback()) == JobOutcome::Done;
         // The times are known now.
         if (backwardsVariable(plot()))
@@ -53,17 +107,6 @@ bool PlotView::refresh(bool fit)
     viewChanged();
     emit x_plot_changed();
     return whole;
-}
-
-// What a progress bar says: "Reading test.ts".
-QString PlotView::whatIsMissing() const
-{
-    QStringList names;
-    for (const auto& v : plot().variables())
-        if (v->variable().visible && !v->isBuilt())
-            names.append(fileNameOf(v->variable()));
-    names.removeDuplicates();
-    return tr("Reading %1").arg(names.join(QStringLiteral(", ")));
 }
 
 void PlotView::viewChanged()
@@ -162,17 +205,17 @@ void PlotView::sl_fitY()
 
 void PlotView::sl_zoomIn()
 {
-    changeView(kKeyZoomGesture, [this] { plot().zoomX(kKeyZoom, zoomCentre()); });
+    changeView(kKeyZoomGesture, [this] { plot().zoomX(kKeyZoom, zoomCentre(plot(), activeCursor())); });
 }
 
 void PlotView::sl_zoomOut()
 {
-    changeView(kKeyZoomGesture, [this] { plot().zoomX(1.0 / kKeyZoom, zoomCentre()); });
+    changeView(kKeyZoomGesture, [this] { plot().zoomX(1.0 / kKeyZoom, zoomCentre(plot(), activeCursor())); });
 }
 
 void PlotView::sl_zoomInY()
 {
-    const int group = activeGroup();
+    const int group = activeGroup(*this);
     if (group < 0)
         return;
     const double middle = yAt(group, groupArea(group).center().y());
@@ -181,7 +224,7 @@ void PlotView::sl_zoomInY()
 
 void PlotView::sl_zoomOutY()
 {
-    const int group = activeGroup();
+    const int group = activeGroup(*this);
     if (group < 0)
         return;
     const double middle = yAt(group, groupArea(group).center().y());
@@ -294,27 +337,12 @@ void PlotView::sl_clearCursors()
 
 void PlotView::sl_toGreatest()
 {
-    toExtreme(true);
+    toExtreme(*this, true);
 }
 
 void PlotView::sl_toLeast()
 {
-    toExtreme(false);
-}
-
-// The group under the mouse, else the first one.
-int PlotView::activeGroup() const
-{
-    const int under = groupAt(m_mouse);
-    return under >= 0 || pictureLayout().groupOf.empty() ? under
-                                                         : static_cast<int>(pictureLayout().groupOf.front());
-}
-
-// What stays in its place when a key zooms: the last cursor where it is in view, else the middle.
-double PlotView::zoomCentre() const
-{
-    const std::optional<double>& cursor = plot().cursor(activeCursor());
-    return cursor && *cursor >= plot().x1() && *cursor <= plot().x2() ? *cursor : plot().xAtFraction(0.5);
+    toExtreme(*this, false);
 }
 
 void PlotView::placeCursor(Plot2D::Cursor which, double x)
@@ -346,32 +374,6 @@ void PlotView::moveCursor(std::int64_t samples)
     }
     update();
     emit x_cursors_changed();
-}
-
-void PlotView::toExtreme(bool greatest)
-{
-    const int group = activeGroup();
-    if (group < 0)
-        return;
-    try {
-        for (const auto& v : plot().groups()[static_cast<std::size_t>(group)].variables()) {
-            if (!v->variable().visible || !v->isBuilt())
-                continue;
-            const std::uint32_t first = plot().axis().rowFrom(v->variable(), plot().x1());
-            const std::uint32_t last = plot().axis().rowAt(v->variable(), plot().x2());
-            const std::uint32_t row = first <= last ? v->rowOfExtreme(first, last, greatest) : 0;
-            if (row == 0)
-                return;
-            placeCursor(activeCursor(), plot().axis().xOf(v->variable(), row));
-            emit x_told(
-                (greatest ? tr("Greatest in view: %1, sample %2") : tr("Least in view: %1, sample %2"))
-                    .arg(valueWithUnit(*v, v->variable().value(row)))
-                    .arg(v->variable().source()->sampleOf(row)));
-            return;
-        }
-    } catch (const TS::Failure&) {
-        emit x_told(tr("The file cannot be read."));
-    }
 }
 
 void PlotView::setMouse(const QPoint& pixel)

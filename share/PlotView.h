@@ -84,13 +84,9 @@ protected:
     void setSources(Plot2D plot, FileArray files);
 
 private:
-    QString whatIsMissing() const;
     void viewChanged();
     void showHover();
     void showHoverAgain();
-    int activeGroup() const;
-    double zoomCentre() const;
-    void toExtreme(bool greatest);
 
     FileArray m_files;
     QPoint m_mouse{-1, -1};

@@ -20,6 +20,7 @@
 #include "share/NoticeStrip.h"
 #include "share/OverviewStrip.h"
 #include "share/PlotCanvas.h"
+#include "share/PlotFileNames.h"
 #include "share/PlotVariables.h"
 #include "share/QtMessageWin.h"
 #include "share/VariableDock.h"

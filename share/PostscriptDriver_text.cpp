@@ -5,14 +5,13 @@
 #include <cstring>
 
 #include "share/PostscriptDriver.h"
+#include "share/PsFonts.h"
 #include "share/PsLines.h"
 #include "share/Transliteration.h"
 
 using namespace veltrac;
 
 namespace {
-
-constexpr float kTextWidthFactor = 0.6F;  // Courier's width; digits of the other families are narrower
 
 const char* fontNameOf(int family, bool bold)
 {
@@ -26,43 +25,17 @@ const char* fontNameOf(int family, bool bold)
     }
 }
 
-int familyOf(const char* fontName)
-{
-    switch (*fontName) {
-        case 'T':
-            return kFontTimes;
-        case 'C':
-            return kFontCourier;
-        default:
-            return kFontHelvetica;
-    }
-}
-
 }  // namespace
 
 void PostscriptDriver::FontControl(float size, int flags)
 {
-    int family = flags & kFontFamilyMask;
-    bool bold = (flags & kFontBold) != 0;
-    if (family == 0) {
-        family = familyOf(m_parameters.fontName);
-        bold = false;
-    }
-    constexpr int kSizeUnit = kFontSizeInMetres | kFontSizeInPoints;
-    double points = static_cast<double>(size) * m_parameters.baseFontSize;
-    if ((flags & kSizeUnit) == kFontSizeInPoints)
-        points = static_cast<double>(size);
-    else if ((flags & kSizeUnit) == kFontSizeInMetres)
-        points = 1000.0 * static_cast<double>(size) * kPointsPerMm;
-    if (points == 0.0 || !std::isfinite(points))
-        points = m_parameters.baseFontSize;
-    const auto height = static_cast<float>(points);
-    if (m_fontKnown && family == m_family && bold == m_bold && height == m_characterHeight)
+    const PsFont font = psFontOf(m_parameters, size, flags);
+    if (m_fontKnown && font.family == m_family && font.bold == m_bold && font.points == m_characterHeight)
         return;
     stroke();
-    m_family = family;
-    m_bold = bold;
-    m_characterHeight = height;
+    m_family = font.family;
+    m_bold = font.bold;
+    m_characterHeight = font.points;
     writeFont();
 }
 
@@ -113,10 +86,10 @@ void PostscriptDriver::TextExtent(const char* string, float* width, float* heigh
     const float points =
         m_characterHeight > 0.0F ? m_characterHeight : static_cast<float>(m_parameters.baseFontSize);
     if (width != nullptr)
-        *width = static_cast<float>(standardText(string).size()) * points * kTextWidthFactor /
+        *width = static_cast<float>(standardText(string).size()) * points * kPsTextWidthFactor /
                  (m_deviceXMax - m_deviceXMin);
     if (height != nullptr)
-        *height = points * kTextWidthFactor / (m_deviceYMax - m_deviceYMin);
+        *height = points * kPsTextWidthFactor / (m_deviceYMax - m_deviceYMin);
 }
 
 void PostscriptDriver::DrawStamp(int id, const char* text)

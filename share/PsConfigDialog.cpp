@@ -91,6 +91,7 @@ NumberField* PsConfigDialog::addField(QFormLayout* form, const QString& label, c
 QWidget* PsConfigDialog::makeTextGroup()
 {
     auto* const group = new QGroupBox(QStringLiteral("Text and lines"), this);
+    group->setWhatsThis(QStringLiteral("The font of all texts, and how thick lines are on paper."));
     auto* const form = new QFormLayout(group);
     m_font = new QComboBox(group);
     for (const char* const font : kFonts)
@@ -109,6 +110,9 @@ QWidget* PsConfigDialog::makeTextGroup()
 QWidget* PsConfigDialog::makePageGroup()
 {
     auto* const group = new QGroupBox(QStringLiteral("Page"), this);
+    group->setWhatsThis(
+        QStringLiteral("Where the plot stands on the paper. An EPSF file is a picture to be placed "
+                       "in a text and has no page of its own."));
     auto* const form = new QFormLayout(group);
     m_margins.resize(std::size(m_parameters->margins));
     for (const MarginRow& row : kMarginRows) {
@@ -138,6 +142,8 @@ QWidget* PsConfigDialog::makePageGroup()
 QWidget* PsConfigDialog::makeGridGroup()
 {
     auto* const group = new QGroupBox(QStringLiteral("Relative grid line thickness:"), this);
+    group->setWhatsThis(
+        QStringLiteral("How thick the lines of each kind of grid are, beside those of the axes."));
     auto* const form = new QFormLayout(group);
     const auto add = [&](const char* label, double thickness) {
         return addField(form, QString::fromLatin1(label), QString::number(thickness, 'g', 6), 0.0, 100.0,

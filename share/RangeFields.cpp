@@ -31,6 +31,8 @@ RangeFields::RangeFields(QWidget* parent)
     grid->addWidget(m_remark, 1, 1, 1, 3);
     m_remark->setWordWrap(true);
     m_remark->hide();
+    setWhatsThis(
+        QStringLiteral("The part of the file that is used: samples, times or shares, both ends included."));
     m_first->setAccessibleName(QStringLiteral("From sample"));
     m_last->setAccessibleName(QStringLiteral("To sample"));
     for (QLineEdit* const field : {m_first, m_last}) {

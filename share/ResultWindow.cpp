@@ -235,7 +235,7 @@ bool ResultWindow::calculate(const QString& title, const QString& busy, const Jo
             return false;  // the wait cursor stays on purpose until the next calculation
         if (outcome == JobOutcome::Done) {
             made->finish();
-            m_seconds = progress.seconds();
+            m_result.seconds = progress.seconds();
             keep(std::move(made));
         }
     } catch (const Refusal& refused) {
@@ -263,29 +263,29 @@ bool ResultWindow::calculate(const QString& title, const QString& busy, const Jo
 // The new result takes the place, and where it can the name, of the one before.
 void ResultWindow::keep(std::unique_ptr<ResultFile> made)
 {
-    if (!m_result || !m_result->takeContentsOf(*made))
-        m_result = std::move(made);
-    m_resultSource = QFileInfo(m_source->file()).absoluteFilePath();
-    m_resultFirst = m_range->from();
-    m_isSaved = false;
+    if (!m_result.file || !m_result.file->takeContentsOf(*made))
+        m_result.file = std::move(made);
+    m_result.source = QFileInfo(m_source->file()).absoluteFilePath();
+    m_result.first = m_range->from();
+    m_result.isSaved = false;
     showCursorTable();
 }
 
 void ResultWindow::dropResult()
 {
     m_canvas->showText(QString());
-    m_result.reset();
+    m_result.file.reset();
     showCursorTable();
 }
 
 bool ResultWindow::isResultHere() const
 {
-    return m_result && m_result->path().parent_path() == std::filesystem::current_path();
+    return m_result.file && m_result.file->path().parent_path() == std::filesystem::current_path();
 }
 
 QString ResultWindow::resultFile() const
 {
-    return QFile::decodeName(m_result->path().c_str());
+    return QFile::decodeName(m_result.file->path().c_str());
 }
 
 void ResultWindow::showEvent(QShowEvent* event)
@@ -311,7 +311,7 @@ void ResultWindow::showEvent(QShowEvent* event)
 
 bool ResultWindow::mayClose()
 {
-    if (!hasResult() || m_isSaved)
+    if (!hasResult() || m_result.isSaved)
         return true;
     if (!askYesNo(QMessageBox::Question, this, windowTitle(),
                   QStringLiteral("Do you want to save the results?"))) {
@@ -320,7 +320,7 @@ bool ResultWindow::mayClose()
     }
     sl_saveResults();
     // What could not be saved is not thrown away.
-    return m_isSaved;
+    return m_result.isSaved;
 }
 
 }  // namespace veltrac

@@ -93,15 +93,15 @@ protected:
     bool calculate(const QString& title, const QString& busy, const Job& job);
 
     // The result's file, its source (an absolute path) and the seconds that it took.
-    bool hasResult() const noexcept { return m_result != nullptr; }
-    const std::filesystem::path& resultPath() const { return m_result->path(); }
+    bool hasResult() const noexcept { return m_result.file != nullptr; }
+    const std::filesystem::path& resultPath() const { return m_result.file->path(); }
     QString resultFile() const;
     bool isResultHere() const;  // in the working directory
-    const QString& resultSource() const noexcept { return m_resultSource; }
+    const QString& resultSource() const noexcept { return m_result.source; }
     // The sample of the source that it begins with.
-    std::uint32_t resultFirst() const noexcept { return m_resultFirst; }
-    double seconds() const noexcept { return m_seconds; }
-    void resultSaved() noexcept { m_isSaved = true; }
+    std::uint32_t resultFirst() const noexcept { return m_result.first; }
+    double seconds() const noexcept { return m_result.seconds; }
+    void resultSaved() noexcept { m_result.isSaved = true; }
     void dropResult();
 
     // What the result is saved as; empty until the user has chosen.
@@ -126,12 +126,16 @@ private:
     QScrollArea* m_scroll;
     RangeFields* m_range;
     QString m_shownSource;  // whose range the fields hold
+    struct Result
+    {
+        std::unique_ptr<ResultFile> file;
+        QString source;
+        std::uint32_t first = 1;
+        double seconds = 0.0;
+        bool isSaved = false;
+    };
+    Result m_result;
     QString m_resultName;
-    std::unique_ptr<ResultFile> m_result;
-    QString m_resultSource;
-    std::uint32_t m_resultFirst = 1;
-    double m_seconds = 0.0;
-    bool m_isSaved = false;
     std::optional<WaitCursor> m_cursor;
 };
 

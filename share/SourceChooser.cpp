@@ -130,6 +130,7 @@ SourceChooser::SourceChooser(bool withTime, QWidget* parent)
     form->setContentsMargins(0, 0, 0, 0);
     form->addRow(QStringLiteral("Source f&ile:"), m_files);
     form->addRow(QStringLiteral("Source &column:"), m_columns);
+    setWhatsThis(QStringLiteral("The ts-file of this directory, and its column, that is the source."));
     m_files->setAccessibleName(QStringLiteral("Source file"));
     m_columns->setAccessibleName(QStringLiteral("Source column"));
     connect(m_files, qOverload<int>(&QComboBox::currentIndexChanged), this, [this] { showColumns(); });

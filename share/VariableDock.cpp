@@ -77,6 +77,9 @@ VariableDock::VariableDock(PlotCanvas* canvas, QWidget* parent)
     m_filter->setPlaceholderText(tr("Filter"));
     m_filter->setClearButtonEnabled(true);
     m_filter->setAccessibleName(tr("Filter of the columns"));
+    setWhatsThis(tr(
+        "The files of this plot and their columns. A check mark shows a column; the right button changes its "
+        "looks, its axis and its scale, or opens it in another window."));
     m_tree->setColumnCount(kTreeColumns);
     m_tree->setHeaderLabels({tr("Column"), tr("Unit"), tr("Axis")});
     m_tree->header()->setSectionResizeMode(kName, QHeaderView::Stretch);

@@ -22,6 +22,7 @@
 #include "filter/SaveResultsDialog.h"
 #include "share/NumberField.h"
 #include "share/PlotCanvas.h"
+#include "share/PlotReadout.h"
 #include "tests/BoxAnswer.h"
 #include "tests/core/TsFileBytes.h"
 
@@ -341,6 +342,13 @@ TEST_F(FilterWinTest, CharacteristicOpensAndSwitchesItsAxes)
             action->toggle();
     }
     EXPECT_FALSE(shown->grab().isNull());
+    // Its points stand at unequal distances: extremes can be read off, a plain mean would be wrong.
+    const Plot2D& plot = shown->findChild<PlotCanvas*>()->plot();
+    const QVector<IntervalRow> rows = intervalRows(plot);
+    ASSERT_FALSE(rows.isEmpty());
+    const QStringList fields = intervalFields(plot, rows[0]);
+    for (int c = 5; c < 10; ++c)
+        EXPECT_EQ(fields[c].isEmpty(), c > 6) << intervalHeadings()[c].toStdString();
     shown->close();
     choose(0);
     BoxAnswer answer(QStringLiteral("Ok"));

@@ -11,11 +11,14 @@
 #include <QTemporaryDir>
 
 #include <cmath>
+#include <fstream>
 #include <functional>
+#include <iterator>
 
 #include "share/EpsFile.h"
 #include "share/PostscriptDriver.h"
 #include "share/QtDriver.h"
+#include "share/SvgDriver.h"
 
 using namespace veltrac;
 
@@ -52,6 +55,23 @@ QImage paperPicture(const Draw& draw)
     process.start(QStringLiteral("gs"),
                   {"-q", "-dNOPAUSE", "-dBATCH", "-dSAFER", "-dEPSCrop", "-sDEVICE=png16m", "-r75",
                    QStringLiteral("-g%1x%2").arg(kWidth).arg(kHeight), "-sOutputFile=" + png, eps});
+    EXPECT_TRUE(process.waitForFinished(60000));
+    EXPECT_EQ(process.exitCode(), 0);
+    EXPECT_EQ(process.readAll().toStdString(), "");
+    return QImage(png);
+}
+
+// Renders SVG by librsvg, which must have nothing to say.
+QImage svgPicture(const Draw& draw)
+{
+    const QTemporaryDir directory;
+    const QString svg = directory.filePath(QStringLiteral("plot.svg"));
+    const QString png = directory.filePath(QStringLiteral("plot.png"));
+    writeSvg(svg.toStdString(), PsParameters(), draw);
+    QProcess process;
+    process.setProcessChannelMode(QProcess::MergedChannels);
+    process.start(QStringLiteral("rsvg-convert"),
+                  {"-w", QString::number(kWidth), "-h", QString::number(kHeight), "-o", png, svg});
     EXPECT_TRUE(process.waitForFinished(60000));
     EXPECT_EQ(process.exitCode(), 0);
     EXPECT_EQ(process.readAll().toStdString(), "");
@@ -122,6 +142,51 @@ TEST(DrawingPicture, PaperAndScreenHaveTheSameLinesInTheSamePlaces)
     EXPECT_EQ(strayInk(screen, paper, 2), 0);
     EXPECT_EQ(strayInk(paper, screen, 2), 0);
     EXPECT_GT(strayInk(screen, QImage(paper.mirrored()), 2), 1000);  // the measure can fail
+}
+
+TEST(DrawingPicture, SvgAndPaperHaveTheSameLinesAndTextsInTheSamePlaces)
+{
+    const auto draw = [](BasicDriver& driver) { drawCurves(driver, kPaperWidthFactor, false); };
+    const QImage svg = svgPicture(draw);
+    const QImage paper = paperPicture(draw);
+    ASSERT_EQ(paper.size(), svg.size());
+    EXPECT_EQ(strayInk(svg, paper, 2), 0);
+    EXPECT_EQ(strayInk(paper, svg, 2), 0);
+    EXPECT_GT(strayInk(svg, QImage(paper.mirrored()), 2), 1000);
+
+    // Fonts differ a little; a text that is turned, shifted or left out is seen all the same.
+    const auto write = [](BasicDriver& driver) {
+        driver.SetColor(0, 0, 0);
+        for (const float angle : {0.0F, 90.0F, 33.0F}) {
+            for (const float h : {0.0F, 0.5F, 1.4F}) {
+                driver.DeviceMoveTo(300.0F + 4.0F * angle, 200.0F + 150.0F * h);
+                driver.SetTextJustification(h, 1.0F - h);
+                driver.Text("Force", 0, angle, kFontHelvetica | kFontBold);
+            }
+        }
+    };
+    const QImage svgTexts = svgPicture(write);
+    const QImage paperTexts = paperPicture(write);
+    EXPECT_LT(strayInk(svgTexts, paperTexts, 4), 20);
+    EXPECT_LT(strayInk(paperTexts, svgTexts, 4), 20);
+}
+
+TEST(DrawingPicture, SvgKeepsTextsAsTextsWhateverStandsInThem)
+{
+    const QTemporaryDir directory;
+    const std::string file = directory.filePath(QStringLiteral("t.svg")).toStdString();
+    writeSvg(file, PsParameters(), [](BasicDriver& driver) {
+        driver.MoveTo(0.5F, 0.5F);
+        driver.Text("<Größe> & \x01 \xB5m", 0, 0.0F, 0);  // the last one in Windows-1252
+        driver.DeviceMoveTo(std::nanf(""), 1.0F);
+        driver.DeviceLineTo(5.0F, 5.0F);
+        driver.Text("nowhere", 0, std::nanf(""), 0);
+    });
+    std::ifstream in(file);
+    const std::string svg{std::istreambuf_iterator<char>(in), {}};
+    EXPECT_NE(svg.find(">&lt;Größe&gt; &amp;   µm</text>"), std::string::npos) << svg;
+    EXPECT_EQ(svg.find("nan"), std::string::npos);
+    EXPECT_EQ(svg.find("nowhere"), std::string::npos);
 }
 
 TEST(DrawingPicture, GhostscriptHasNothingToSayOfAnything)

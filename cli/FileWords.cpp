@@ -1,0 +1,154 @@
+#include "cli/FileWords.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+#include <ctime>
+
+#include "cli/Options.h"
+#include "cli/Verb.h"
+#include "core/FileTime.h"
+#include "core/HeaderTexts.h"
+#include "core/Utf8.h"
+#include "core/WallClock.h"
+
+namespace veltrac {
+
+namespace {
+
+template <typename Number>
+std::string shortest(Number number)
+{
+    char text[40];
+    return {text, std::to_chars(text, text + sizeof text, number).ptr};
+}
+
+constexpr std::uint32_t kMostListed = 30;
+constexpr int kYearBase = 1900;
+
+}  // namespace
+
+std::string numberText(double number)
+{
+    return std::isnan(number) ? "nan" : shortest(number);
+}
+
+std::string numberText(float number)
+{
+    return std::isnan(number) ? "nan" : shortest(number);
+}
+
+std::string isoTime(double secondsSinceEpoch)
+{
+    if (!std::isfinite(secondsSinceEpoch) || std::fabs(secondsSinceEpoch) > 1e12)
+        return {};
+    auto micros = static_cast<std::int64_t>(std::llround(secondsSinceEpoch * 1e6));
+    const std::int64_t fraction = (micros % kMicrosPerSecond + kMicrosPerSecond) % kMicrosPerSecond;
+    const auto seconds = static_cast<std::time_t>((micros - fraction) / kMicrosPerSecond);
+    std::tm local = {};
+    if (localtime_r(&seconds, &local) == nullptr)
+        return {};
+    char text[64];
+    std::string out(text, std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", &local));
+    if (fraction != 0) {
+        std::snprintf(text, sizeof text, ".%06d", static_cast<int>(fraction));
+        out += text;
+        out.erase(out.find_last_not_of('0') + 1);
+    }
+    const long minutes = local.tm_gmtoff / 60;
+    std::snprintf(text, sizeof text, "%c%02ld:%02ld", minutes < 0 ? '-' : '+', std::labs(minutes) / 60,
+                  std::labs(minutes) % 60);
+    return out + text;
+}
+
+std::string isoStamp(const int stamp[7])
+{
+    if (stamp[4] < 1 || stamp[4] > 31 || stamp[5] < 1 || stamp[5] > 12)
+        return {};
+    // Files of old, and texts without a stamp, count the year from 1900.
+    const int year = stamp[6] < kYearBase ? stamp[6] + kYearBase : stamp[6];
+    char text[96];
+    std::snprintf(text, sizeof text, "%04d-%02d-%02dT%02d:%02d:%02d", year, stamp[5], stamp[4], stamp[3],
+                  stamp[2], stamp[1]);
+    return text;
+}
+
+std::string columnLabel(TSFILE& file, std::uint32_t column)
+{
+    std::string name = headerUtf8(file.columnName(column));
+    return name.empty() ? "Column " + std::to_string(column) : name;
+}
+
+std::uint32_t columnMeant(TSFILE& file, const std::string& text)
+{
+    std::uint32_t number = 0;
+    const char* const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, number);
+    if (error == std::errc() && stop == end && number >= 1 && number <= file.columns())
+        return number;
+    if (const std::uint32_t column = file.columnNumber(text.c_str()); column != 0 && !text.empty())
+        return column;
+    std::string list;
+    for (std::uint32_t c = 1; c <= std::min(file.columns(), kMostListed); ++c) {
+        // Texts of the user's are UTF-8, those of the file may be Windows-1252.
+        if (columnLabel(file, c) == text)
+            return c;
+        list += (c > 1 ? ", " : "") + std::to_string(c) + " " + columnLabel(file, c);
+    }
+    throw JobError("there is no column \"" + text + "\"; there are " + list +
+                   (file.columns() > kMostListed ? ", …" : ""));
+}
+
+std::vector<std::uint32_t> columnsMeant(TSFILE& file, const std::vector<std::string>& texts)
+{
+    std::vector<std::uint32_t> columns;
+    columns.reserve(texts.size());
+    for (const std::string& text : texts)
+        columns.push_back(columnMeant(file, text));
+    return columns;
+}
+
+void PlaceOptions::addTo(Options& options)
+{
+    options.text("--from", from, "PLACE",
+                 "First sample: its number (250000), a time (\"12.5 s\", 13:45:30, 2016-10-30T13:45) or a "
+                 "share (50%)");
+    options.text("--to", to, "PLACE", "Last sample, likewise");
+}
+
+namespace {
+
+// The place of a row from the oldest one on.
+std::uint32_t placeMeant(TSFILE& file, const std::string& text, const char* option,
+                         std::vector<std::string>& notes)
+{
+    const MeantRow meant = meantRow(text, file);
+    if (!meant.note.empty())
+        notes.push_back(meant.note);
+    if (!meant.row)
+        throw JobError(std::string(option) + " " + text + ": " + meant.reason);
+    const FileTime time(file);
+    const std::uint32_t sample = time.sampleIn(*meant.row);
+    if (sample < time.firstSample() || sample > time.lastSample())
+        throw JobError(std::string(option) + " " + text + ": nobody has written that row yet");
+    return sample - time.firstSample() + 1;
+}
+
+}  // namespace
+
+SampleRange PlaceOptions::rangeIn(TSFILE& file, std::vector<std::string>& notes) const
+{
+    SampleRange range{1, FileTime(file).rows()};
+    if (range.last == 0)
+        throw JobError("it has no samples");
+    if (!from.empty())
+        range.first = placeMeant(file, from, "--from", notes);
+    if (!to.empty())
+        range.last = placeMeant(file, to, "--to", notes);
+    if (range.first > range.last)
+        throw JobError("--from lies behind --to");
+    return range;
+}
+
+}  // namespace veltrac

@@ -1,0 +1,267 @@
+#include "cli/Workers.h"
+
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstdint>
+#include <cstring>
+#include <map>
+#include <optional>
+#include <system_error>
+#include <vector>
+
+#include "cli/StopSignals.h"
+
+namespace veltrac {
+
+namespace {
+
+constexpr std::uint64_t kNoMore = UINT64_MAX;
+constexpr int kLookMs = 100;
+
+// False where the other side is gone.
+bool sendAll(int descriptor, const void* bytes, std::size_t count)
+{
+    const char* at = static_cast<const char*>(bytes);
+    while (count > 0) {
+        const ssize_t moved = send(descriptor, at, count, MSG_NOSIGNAL);
+        if (moved < 0 && errno == EINTR)
+            continue;
+        if (moved <= 0)
+            return false;
+        at += moved;
+        count -= static_cast<std::size_t>(moved);
+    }
+    return true;
+}
+
+bool receiveAll(int descriptor, void* bytes, std::size_t count)
+{
+    char* at = static_cast<char*>(bytes);
+    while (count > 0) {
+        const ssize_t moved = recv(descriptor, at, count, 0);
+        if (moved < 0 && errno == EINTR)
+            continue;
+        if (moved <= 0)
+            return false;
+        at += moved;
+        count -= static_cast<std::size_t>(moved);
+    }
+    return true;
+}
+
+bool sendText(int descriptor, const std::string& text)
+{
+    const std::uint64_t size = text.size();
+    return sendAll(descriptor, &size, sizeof size) && sendAll(descriptor, text.data(), text.size());
+}
+
+bool receiveText(int descriptor, std::string& text)
+{
+    std::uint64_t size = 0;
+    if (!receiveAll(descriptor, &size, sizeof size))
+        return false;
+    text.resize(size);
+    return receiveAll(descriptor, text.data(), size);
+}
+
+bool receiveOutcome(int descriptor, TaskOutcome& outcome)
+{
+    return receiveAll(descriptor, &outcome.state, sizeof outcome.state) &&
+           receiveText(descriptor, outcome.out) && receiveText(descriptor, outcome.notes) &&
+           receiveText(descriptor, outcome.report);
+}
+
+[[noreturn]] void work(int descriptor, const std::function<TaskOutcome(std::size_t)>& task)
+{
+    std::uint64_t number = 0;
+    while (receiveAll(descriptor, &number, sizeof number) && number != kNoMore) {
+        const TaskOutcome outcome = task(number);
+        if (!sendAll(descriptor, &outcome.state, sizeof outcome.state) ||
+            !sendText(descriptor, outcome.out) || !sendText(descriptor, outcome.notes) ||
+            !sendText(descriptor, outcome.report))
+            break;
+    }
+    _exit(0);  // what stands in the parent's buffers is the parent's
+}
+
+// The processes, and which of them does what.
+class Pool
+{
+public:
+    Pool(std::size_t count, const std::function<TaskOutcome(std::size_t)>& task)
+        : m_count(count), m_task(task)
+    {
+    }
+    ~Pool()
+    {
+        for (Worker& worker : m_workers)
+            end(worker);
+    }
+    Pool(const Pool&) = delete;
+    Pool& operator=(const Pool&) = delete;
+
+    void start(unsigned workers)
+    {
+        for (unsigned i = 0; i < workers; ++i) {
+            m_workers.emplace_back();
+            fork(m_workers.back());
+        }
+    }
+
+    // Waits for the next outcome; nothing where all have come.
+    std::optional<std::pair<std::size_t, TaskOutcome>> next()
+    {
+        for (;;) {
+            if (stopAsked())
+                passStopOn();
+            std::vector<pollfd> polled;
+            for (const Worker& worker : m_workers)
+                polled.push_back({worker.number ? worker.descriptor : -1, POLLIN, 0});
+            if (!isBusy())
+                return std::nullopt;
+            // A stop that comes right before is seen a little later.
+            if (poll(polled.data(), polled.size(), kLookMs) <= 0)
+                continue;
+            for (std::size_t i = 0; i < polled.size(); ++i)
+                if (polled[i].revents != 0)
+                    return outcomeOf(m_workers[i]);
+        }
+    }
+
+private:
+    struct Worker
+    {
+        pid_t process = -1;
+        int descriptor = -1;
+        std::optional<std::size_t> number{};
+    };
+
+    bool isBusy() const
+    {
+        for (const Worker& worker : m_workers)
+            if (worker.number)
+                return true;
+        return false;
+    }
+
+    void fork(Worker& worker)
+    {
+        int pair[2];
+        if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, pair) != 0)
+            throw std::system_error(errno, std::generic_category());
+        worker.process = ::fork();
+        if (worker.process < 0) {
+            const int reason = errno;
+            close(pair[0]);
+            close(pair[1]);
+            throw std::system_error(reason, std::generic_category());
+        }
+        if (worker.process == 0) {
+            // Else a sibling that dies would not be noticed.
+            for (const Worker& other : m_workers)
+                if (other.descriptor >= 0)
+                    close(other.descriptor);
+            close(pair[0]);
+            work(pair[1], m_task);
+        }
+        close(pair[1]);
+        worker.descriptor = pair[0];
+        give(worker);
+    }
+
+    void give(Worker& worker)
+    {
+        worker.number.reset();
+        std::uint64_t number = kNoMore;
+        if (m_next < m_count && !stopAsked()) {
+            worker.number = m_next;
+            number = m_next++;
+        }
+        sendAll(worker.descriptor, &number, sizeof number);
+    }
+
+    std::pair<std::size_t, TaskOutcome> outcomeOf(Worker& worker)
+    {
+        std::pair<std::size_t, TaskOutcome> made(*worker.number, {});
+        if (receiveOutcome(worker.descriptor, made.second)) {
+            give(worker);
+            return made;
+        }
+        made.second = {TaskOutcome::State::Died, {}, "its worker " + end(worker)};
+        if (m_next < m_count && !stopAsked())
+            fork(worker);
+        return made;
+    }
+
+    // How the process ended.
+    static std::string end(Worker& worker)
+    {
+        if (worker.process < 0)
+            return {};
+        close(worker.descriptor);
+        int status = 0;
+        while (waitpid(worker.process, &status, 0) < 0 && errno == EINTR)
+            continue;
+        worker = {};
+        return WIFSIGNALED(status)
+                   ? "was ended by signal " + std::to_string(WTERMSIG(status)) +
+                         (WTERMSIG(status) == SIGKILL ? " (was there too little memory?)" : "")
+                   : "has ended";
+    }
+
+    // Ctrl+C reaches the workers by itself, SIGTERM does not. Once is enough: the second one would kill.
+    void passStopOn()
+    {
+        if (m_stopPassedOn)
+            return;
+        m_stopPassedOn = true;
+        for (const Worker& worker : m_workers)
+            if (worker.process > 0)
+                kill(worker.process, kStopWorker);
+    }
+
+    std::size_t m_count;
+    const std::function<TaskOutcome(std::size_t)>& m_task;
+    std::vector<Worker> m_workers;
+    std::size_t m_next = 0;
+    bool m_stopPassedOn = false;
+};
+
+}  // namespace
+
+void runTasks(std::size_t count, unsigned workers, const std::function<TaskOutcome(std::size_t)>& task,
+              const std::function<void(std::size_t, const TaskOutcome&)>& take,
+              const std::function<void(std::size_t)>& advanced)
+{
+    if (workers <= 1 || count <= 1) {
+        for (std::size_t i = 0; i < count && !stopAsked(); ++i) {
+            take(i, task(i));
+            advanced(i + 1);
+        }
+        return;
+    }
+    Pool pool(count, task);
+    pool.start(static_cast<unsigned>(std::min<std::size_t>(workers, count)));
+    std::map<std::size_t, TaskOutcome> early;
+    std::size_t told = 0;
+    std::size_t done = 0;
+    while (auto outcome = pool.next()) {
+        advanced(++done);
+        early.insert(std::move(*outcome));
+        for (auto at = early.find(told); at != early.end(); at = early.find(told)) {
+            take(told++, at->second);
+            early.erase(at);
+        }
+    }
+    // After a stop some are missing between them.
+    for (const auto& [number, outcome] : early)
+        take(number, outcome);
+}
+
+}  // namespace veltrac

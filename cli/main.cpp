@@ -1,0 +1,6 @@
+#include "cli/CommandLine.h"
+
+int main(int count, char** words)
+{
+    return veltrac::runCommandLine(count, words);
+}

@@ -1,0 +1,230 @@
+// What veltrac-cli makes, beside closed forms and plain loops.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <vector>
+
+#include "cli/ColumnStatistics.h"
+#include "core/FileTime.h"
+#include "core/TSFILE.h"
+#include "tests/cli/Shell.h"
+#include "tests/core/TsFileBytes.h"
+
+using namespace veltrac;
+
+namespace {
+
+constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+
+// wave.ts: 4000 samples at 100 Hz from 2016-05-17 10:00:00 UTC; "slow" (2 Hz) and "both" (with 40 Hz), in V.
+class CliResults : public testing::Test
+{
+protected:
+    CliResults()
+    {
+        setenv("TZ", "UTC", 1);
+        TSFILE file("wave.ts", 4000, 2, 0);
+        file.dt(0.01F);
+        file.startSeconds(kStart);
+        file.columnName(1, "slow");
+        file.columnName(2, "both");
+        file.columnDescription(2, "Sum [V]");
+        for (std::uint32_t s = 1; s <= 4000; ++s) {
+            file.setValue(s, 1, slow(s));
+            file.setValue(s, 2,
+                          slow(s) + static_cast<float>(std::sin(2.0 * 3.14159265358979 * 40.0 * s * 0.01)));
+        }
+    }
+    static float slow(std::uint32_t s)
+    {
+        return static_cast<float>(1.0 + std::sin(2.0 * 3.14159265358979 * 2.0 * s * 0.01));
+    }
+
+    static constexpr std::uint32_t kStart = 1463479200;
+    const TestDirectory m_directory;
+};
+
+TEST(CliStatistics, AreThoseOfAPlainLoopAlsoFarFromZeroAndWithMissingValues)
+{
+    const TestDirectory directory;
+    constexpr std::uint32_t kSamples = 200'003;  // several runs and a rest
+    std::vector<double> kept;
+    {
+        TSFILE file("s.ts", kSamples, 3, 0);
+        for (std::uint32_t s = 1; s <= kSamples; ++s) {
+            const float v = s % 1000 == 7 ? kNaN : 1e6F + static_cast<float>((s * 7919) % 1001) / 8.0F;
+            file.setValue(s, 2, v);
+            file.setValue(s, 3, kNaN);
+            if (!std::isnan(v))
+                kept.push_back(static_cast<double>(v));
+        }
+        file.setValue(5000, 2, -std::numeric_limits<float>::infinity());
+        kept.erase(kept.begin() + 4999 - 5);
+    }
+    long double mean = 0.0L, squares = 0.0L, power = 0.0L;
+    for (const double v : kept)
+        mean += v / static_cast<long double>(kept.size());
+    for (const double v : kept) {
+        squares += (v - mean) * (v - mean);
+        power += static_cast<long double>(v) * v / static_cast<long double>(kept.size());
+    }
+    std::vector<ColumnStatistics> all;
+    ASSERT_EQ(readStatistics(PlotFile("s.ts"), {}, all), JobOutcome::Done);
+    const ColumnStatistics& s = all[1];
+    EXPECT_EQ(s.count, kept.size());
+    EXPECT_EQ(s.missing, kSamples - kept.size());
+    EXPECT_EQ(s.least, *std::min_element(kept.begin(), kept.end()));
+    EXPECT_EQ(TSFILE("s.ts", true).value(s.greatestRow, 2), static_cast<float>(s.greatest));
+    EXPECT_NEAR(s.mean, static_cast<double>(mean), 2e-9);
+    EXPECT_NEAR(s.rms, static_cast<double>(std::sqrt(power)), 2e-9);
+    EXPECT_NEAR(s.deviation,
+                static_cast<double>(std::sqrt(squares / (static_cast<long double>(kept.size()) - 1.0L))),
+                1e-9);
+    EXPECT_EQ(all[2].count, 0U);
+    EXPECT_EQ(all[0].deviation, 0.0);
+}
+
+TEST_F(CliResults, CutKeepsEachSamplesTimeAndTakesOffWhatFewerSamplesCannotShow)
+{
+    ASSERT_EQ(cli("cut --from 2016-05-17T10:00:05.01 --to \"30 s\" --every 5 --columns both -o c.ts wave.ts")
+                  .status,
+              0);
+    TSFILE cut("c.ts", true);
+    EXPECT_EQ(cut.columns(), 1U);
+    EXPECT_STREQ(cut.columnDescription(1), "Sum [V]");
+    EXPECT_FLOAT_EQ(cut.dt(), 0.05F);
+    ASSERT_EQ(cut.samples(), 500U);
+    // Row 1 is sample 501; 40 Hz would lie at 0 of the new 20 Hz.
+    for (std::uint32_t i = 1; i <= 500; ++i)
+        EXPECT_NEAR(cut.value(i, 1), slow(501 + 5 * (i - 1)), 0.01) << i;
+    EXPECT_NEAR(FileTime(cut).moment(1), kStart + 5.01, 1e-4);
+    EXPECT_NEAR(FileTime(cut).moment(500), kStart + 29.96, 1e-4);
+
+    ASSERT_EQ(cli("cut --every 5 --raw --columns 2,slow -o r.ts wave.ts").status, 0);
+    EXPECT_EQ(TSFILE("r.ts", true).value(3, 2), slow(11));
+    ASSERT_EQ(cli("cut --from 11 --to 20 -o w.ts wave.ts").status, 0);
+    TSFILE whole("w.ts", true);
+    EXPECT_EQ(whole.value(2, 1), slow(12));
+    EXPECT_NEAR(FileTime(whole).moment(2), kStart + 0.12, 1e-4);
+}
+
+TEST_F(CliResults, JoinLinesUpClocksAndLeavesMissingWhatIsOutside)
+{
+    ASSERT_EQ(cli("cut --from 101 --to 300 --columns slow -o late.ts wave.ts").status, 0);
+    ASSERT_EQ(cli("join -o j.ts late.ts wave.ts").status, 0);
+    TSFILE joined("j.ts", true);
+    EXPECT_EQ(joined.samples(), 4000U);
+    ASSERT_EQ(joined.columns(), 3U);
+    EXPECT_EQ(joined.startSeconds(), kStart);
+    EXPECT_STREQ(joined.columnName(2), "slow~2");
+    EXPECT_TRUE(std::isnan(joined.value(100, 1)));
+    EXPECT_TRUE(std::isnan(joined.value(301, 1)));
+    for (const std::uint32_t s : {101U, 300U})
+        EXPECT_EQ(joined.value(s, 1), joined.value(s, 2));
+    ASSERT_EQ(cli("join --align first --columns slow -o f.ts late.ts wave.ts").status, 0);
+    TSFILE first("f.ts", true);
+    EXPECT_EQ(first.value(1, 1), slow(101));
+    EXPECT_EQ(first.value(1, 2), slow(1));
+    EXPECT_TRUE(std::isnan(first.value(201, 1)));
+}
+
+TEST_F(CliResults, TextsArraysAndSoundsComeBackAsTheyWere)
+{
+    {
+        TSFILE file("wave.ts", false);
+        file.setValue(2, 2, kNaN);
+        file.setValue(3, 2, 1.17549435e-38F);
+    }
+    ASSERT_EQ(cli("export --csv -o w.csv wave.ts").status, 0);
+    EXPECT_EQ(textOf("w.csv").substr(0, 60),
+              "Time [s],slow,both [V]\n0.01,1.1253332,1.7131184\n0.02,1.24868");
+    ASSERT_EQ(cli("import -o csv.ts w.csv").status, 0);
+    ASSERT_EQ(cli("export --wav --columns both,slow -o w.wav wave.ts").status, 0);
+    ASSERT_EQ(cli("import -o wav.ts w.wav").status, 0);
+    TSFILE wave("wave.ts", true), csv("csv.ts", true), wav("wav.ts", true);
+    ASSERT_EQ(csv.samples(), 4000U);
+    EXPECT_FLOAT_EQ(wav.dt(), 0.01F);
+    EXPECT_STREQ(wav.columnName(2), "Right");
+    EXPECT_EQ(wav.value(2, 1), 0.0F);
+    for (std::uint32_t s = 1; s <= 4000; ++s) {
+        EXPECT_EQ(csv.value(s, 1), wave.value(s, 1));
+        EXPECT_EQ(wav.value(s, 2), wave.value(s, 1));
+        EXPECT_TRUE(s == 2 || csv.value(s, 2) == wave.value(s, 2)) << s;
+    }
+    EXPECT_TRUE(std::isnan(csv.value(2, 2)));
+
+    ASSERT_EQ(cli("export --npy --columns both --from 3 --to 5 -o a.npy wave.ts").status, 0);
+    const std::string npy = textOf("a.npy");
+    EXPECT_EQ(npy.substr(0, 10), std::string("\x93NUMPY\x01\x00\x76\x00", 10));
+    EXPECT_EQ(npy.substr(10, 61), "{'descr': '<f4', 'fortran_order': False, 'shape': (3, 1), }  ");
+    ASSERT_EQ(npy.size(), 128U + 12U);
+    float third = 0.0F;
+    std::memcpy(&third, npy.data() + 128 + 8, sizeof third);
+    EXPECT_EQ(third, wave.value(5, 2));
+    EXPECT_NE(textOf("a.npy.txt").find("[:, 0]  both  Sum [V]\n"), std::string::npos);
+}
+
+TEST_F(CliResults, ResultsGoToNewColumnsAndOverOldOnesAndNothingElseChanges)
+{
+    ASSERT_EQ(cli("formula --formula \"x2-x1\" --name fast --unit V --new-column wave.ts").status, 0);
+    ASSERT_EQ(cli("integral --column fast --new-column wave.ts").status, 0);
+    ASSERT_EQ(
+        cli("formula --formula \"2*x1\" --x1 wave.ts:both --from 11 --to 20 --in-place slow wave.ts").status,
+        0);
+    TSFILE wave("wave.ts", true);
+    ASSERT_EQ(wave.columns(), 4U);
+    EXPECT_STREQ(wave.columnName(3), "fast");
+    EXPECT_STREQ(wave.columnDescription(3), "x2-x1 [V]");
+    EXPECT_EQ(wave.value(10, 1), slow(10));
+    EXPECT_EQ(wave.value(11, 1), 2.0F * wave.value(11, 2));
+    EXPECT_EQ(wave.value(21, 1), slow(21));
+    EXPECT_NEAR(wave.value(7, 3), std::sin(2.0 * 3.14159265358979 * 40.0 * 0.07), 1e-6);
+    EXPECT_NEAR(wave.value(2, 4), 0.005 * static_cast<double>(wave.value(1, 3) + wave.value(2, 3)), 1e-6);
+}
+
+TEST_F(CliResults, HeadersAreSetAndTheRestStays)
+{
+    ASSERT_EQ(cli("header --description \"Run 7\" --rate 50 --start 2016-10-30T02:30:00.5 --name both=Force "
+                  "--text 1=Position --unit 1=mm --unit 2=kN wave.ts")
+                  .status,
+              0);
+    TSFILE wave("wave.ts", true);
+    EXPECT_STREQ(wave.description(), "Run 7");
+    EXPECT_FLOAT_EQ(wave.dt(), 0.02F);
+    EXPECT_EQ(wave.startSeconds(), 1477794600U);
+    EXPECT_FLOAT_EQ(wave.startTime(), 0.5F);
+    EXPECT_STREQ(wave.columnName(2), "Force");
+    EXPECT_STREQ(wave.columnDescription(2), "Sum [kN]");
+    EXPECT_STREQ(wave.columnDescription(1), "Position [mm]");
+    EXPECT_EQ(wave.value(4000, 1), slow(4000));
+    const ShellOutcome told = cli("info wave.ts");
+    EXPECT_NE(told.out.find("  start        2016-10-30T02:30:00.5+00:00\n"), std::string::npos) << told.out;
+}
+
+TEST_F(CliResults, PeaksAndStreamsGoToStandardOutput)
+{
+    const ShellOutcome peaks = cli("spectrum --quiet --column both --remove mean --peaks 2 -o s.ts wave.ts");
+    EXPECT_EQ(peaks.notes, "");
+    EXPECT_TRUE(peaks.out == "40 Hz  1 V\n2 Hz  1 V\n" || peaks.out == "2 Hz  1 V\n40 Hz  1 V\n")
+        << peaks.out;
+    const ShellOutcome stream =
+        cli("export --csv --quiet --clock --from 2 --to 3 --columns slow -o - wave.ts");
+    EXPECT_EQ(stream.out.substr(0, 71),
+              "Time,slow\n2016-05-17T10:00:00.02+00:00,1.2486899\n2016-05-17T10:00:00.03");
+    const ShellOutcome ts = cli("cut --to 3 -o - wave.ts");
+    EXPECT_EQ(ts.out.size(), 1024U + 512U);
+}
+
+TEST_F(CliResults, NumbersHaveAPointInEveryLocale)
+{
+    const std::string german = "LC_ALL=de_DE.UTF-8 LANG=de_DE.UTF-8";
+    EXPECT_EQ(cli("info --stats --json wave.ts", german).out, cli("info --stats --json wave.ts").out);
+    ASSERT_EQ(cli("filter --type moving-average --points 3 -o f.ts wave.ts", german).status, 0);
+    ASSERT_EQ(cli("plot -o p.eps wave.ts", german).status, 0);
+    EXPECT_EQ(textOf("p.eps").find("0,"), std::string::npos);
+}
+
+}  // namespace

@@ -20,7 +20,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t kMostListed = 1000;
 constexpr std::uint64_t kLookEvery = 16384;
 constexpr double kSameRate = 1e-6;
 constexpr double kSameSample = 1e-3;  // of a step, that starts may differ
@@ -198,7 +197,7 @@ JobOutcome SCLObject::readAll(const Progress& progress)
         while (reader.next()) {
             ++count;
             m_found.missing += std::isnan(reader.value()) ? 1 : 0;
-            if (!reader.trouble().empty() && ++m_found.troubleCount <= kMostListed)
+            if (!reader.trouble().empty() && ++m_found.troubleCount <= kMostTroubles)
                 m_found.troubles.push_back({i, reader.line(), reader.trouble()});
             if (count % kLookEvery == 0 && !goesOn(progress, i * reader.fileBytes() + reader.position(),
                                                    sources.size() * reader.fileBytes()))

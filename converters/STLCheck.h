@@ -9,6 +9,11 @@
 
 namespace veltrac {
 
+// Troubles that are kept, of all that are counted.
+inline constexpr std::size_t kMostTroubles = 1000;
+// A step of more than so many typical ones is a gap.
+inline constexpr double kGapSteps = 1.5;
+
 struct STLCheck
 {
     std::uint64_t rows = 0;    // with a readable time

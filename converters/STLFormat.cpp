@@ -64,6 +64,26 @@ bool datesAlone(const STLFormat& format)
     }
 }
 
+namespace {
+
+// What the file or the user calls the unit of a column of times; else the name's last word ("time_ms"). 0 for
+// none.
+double namedUnit(const STLFormat& format)
+{
+    const auto column = static_cast<std::size_t>(format.timeColumn);
+    if (format.timeColumn < 0 || column >= format.columns.size())
+        return 0.0;
+    const double unit = secondsOfUnit(lastWord(format.columns[column].unit));
+    return unit > 0.0 ? unit : secondsOfUnit(lastWord(format.columns[column].name));
+}
+
+}  // namespace
+
+bool secondsAreAssumed(const STLFormat& format)
+{
+    return namedUnit(format) <= 0.0;
+}
+
 double secondsPerUnit(const STLFormat& format)
 {
     switch (format.timeSource) {
@@ -73,15 +93,8 @@ double secondsPerUnit(const STLFormat& format)
             return 1e-6;
         case STLTimeSource::UnixNanoseconds:
             return 1e-9;
-        case STLTimeSource::ElapsedSeconds: {
-            const auto column = static_cast<std::size_t>(format.timeColumn);
-            if (format.timeColumn < 0 || column >= format.columns.size())
-                return 1.0;
-            // What the file or the user calls the unit; else the name's last word ("time_ms").
-            const double unit = secondsOfUnit(lastWord(format.columns[column].unit));
-            const double named = unit > 0.0 ? unit : secondsOfUnit(lastWord(format.columns[column].name));
-            return named > 0.0 ? named : 1.0;
-        }
+        case STLTimeSource::ElapsedSeconds:
+            return secondsAreAssumed(format) ? 1.0 : namedUnit(format);
         default:
             return 1.0;
     }

@@ -137,6 +137,9 @@ bool datesAlone(const STLFormat& format);
 // How many seconds a one in the column of times means.
 double secondsPerUnit(const STLFormat& format);
 
+// Whether that column names no unit of time, so that seconds are assumed.
+bool secondsAreAssumed(const STLFormat& format);
+
 // A cell without the column's key before it and the unit behind it.
 std::string_view bareCell(std::string_view cell, const STLColumn& column);
 // A cell's number, with or without the column's key and unit.

@@ -212,6 +212,16 @@ bool namesRows(const STLFormat& format, const std::vector<STLRow>& data)
     return data.size() > 1;
 }
 
+// Whether a name above a column of dates or times says so.
+bool namesTimes(std::string_view name, STLKind kind)
+{
+    if (kind != STLKind::Date && kind != STLKind::Time && kind != STLKind::Stamp)
+        return false;
+    const std::string lower = lowered(name);
+    return lower.find("date") != std::string::npos || lower.find("time") != std::string::npos ||
+           lower.find("datum") != std::string::npos || lower.find("zeit") != std::string::npos;
+}
+
 std::vector<std::string_view> wordsBetween(std::string_view line, std::string_view signs)
 {
     std::vector<std::string_view> words;
@@ -223,6 +233,15 @@ std::vector<std::string_view> wordsBetween(std::string_view line, std::string_vi
     return words;
 }
 
+// Numbers and dates in a remark are told, and name nothing.
+bool anyIsTyped(const std::vector<std::string_view>& cells, const STLCells& how)
+{
+    return std::any_of(cells.begin(), cells.end(), [&](std::string_view cell) {
+        const STLKind kind = readToken(cell, how).kind;
+        return kind != STLKind::Text && kind != STLKind::Missing;
+    });
+}
+
 // Puts the cells of a line over the columns; false where they cannot be matched.
 bool matchNames(std::vector<std::string_view>& cells, std::string_view line, const STLFormat& format,
                 const std::vector<STLRow>& data)
@@ -230,7 +249,7 @@ bool matchNames(std::vector<std::string_view>& cells, std::string_view line, con
     const std::size_t columns = format.columns.size();
     const bool blanks = format.cells.separator == ' ';
     // "face |bytes packets|" above a table of blanks, and blanks above one of tabs.
-    if (cells.size() != columns && !line.empty() && (blanks || cells.size() == 1)) {
+    if (cells.size() != columns && (blanks || cells.size() == 1)) {
         std::vector<std::string_view> words = wordsBetween(line, blanks ? " \t\r|" : " \r");
         if (words.size() == columns)
             cells = std::move(words);
@@ -246,7 +265,11 @@ bool matchNames(std::vector<std::string_view>& cells, std::string_view line, con
                                                  cells[2 * c].data())};
         cells.resize(columns);
     }
-    if (cells.size() + 1 == columns && columns > 1) {
+    if (cells.size() < columns && namesTimes(cells.front(), format.columns.front().kind) &&
+        (cells.size() + 1 < columns || format.columns[1].kind != STLKind::Time)) {
+        // They begin with the first column, and the last ones have none.
+        cells.resize(columns);
+    } else if (cells.size() + 1 == columns && columns > 1) {
         // One stands above a date and its time, or the first column has none.
         std::size_t empty = 0;
         for (std::size_t c = 0; c + 1 < columns; ++c)
@@ -279,8 +302,8 @@ void guessNamesAbove(STLFormat& format, const STLSample& sample, const std::vect
             cells.pop_back();
         if (!remark && cells.size() == columns)
             break;
-        if ((remark && !rows.empty()) || !matchNames(cells, text, format, data) ||
-            (remark && cells.size() != columns))
+        if (remark ? !rows.empty() || cells.size() != columns || anyIsTyped(cells, format.cells)
+                   : cells.empty() || !matchNames(cells, text, format, data))
             break;
         STLRow row{&line, {}};
         for (std::size_t c = 0; c < columns; ++c)

@@ -17,7 +17,6 @@ using namespace veltrac;
 
 namespace {
 
-constexpr std::size_t kMostTroubles = 1000;
 constexpr std::uint64_t kLookBytes = 1U << 15;
 constexpr double kFinest = 0.001;  // of the step, that a column of times has to tell
 constexpr double kLatestStart = 4294967295.0;

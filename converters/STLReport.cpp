@@ -142,6 +142,8 @@ std::string assumptionText(const STLFormat& format, const STLCheck& found)
              (format.yearsInMonths ? ", as firsts of months." : "."));
     line(format.timeSource == STLTimeSource::SerialDays,
          "Numbers are taken for days as spreadsheets count them.");
+    line(format.timeSource == STLTimeSource::ElapsedSeconds && secondsAreAssumed(format),
+         "The column of times names no unit: seconds are assumed.");
     line(format.orderBySteps, "The order of day and month is the one that makes equal steps.");
     line(found.coarseness >= 0.5,
          "A column \"Time\" tells these times to " + lengthText(found.coarseness) + '.');

@@ -8,7 +8,6 @@ namespace veltrac {
 namespace {
 
 constexpr double kEqualWithin = 0.001;  // of the step
-constexpr double kGap = 1.5;            // typical steps
 constexpr double kNearlyAll = 0.9;
 constexpr std::size_t kFirstSteps = 10000;
 
@@ -69,7 +68,7 @@ void STLSteps::judge(double step)
     const bool none = m_judged++ == 0;
     m_usual += std::fabs(step - m_typical) <= kEqualWithin * m_typical ? 1 : 0;
     m_least = none ? step : std::min(m_least, step);
-    if (m_typical > 0.0 && step > kGap * m_typical) {
+    if (m_typical > 0.0 && step > kGapSteps * m_typical) {
         ++m_gaps;
         m_longestGap = std::max(m_longestGap, step);
     } else {

@@ -246,11 +246,9 @@ bool areYears(const STLColumn& column, const std::vector<STLRow>& data, std::siz
         return cell.kind == STLKind::Number && cell.value >= kFirstDecimalYear &&
                cell.value < kLastDecimalYear;
     };
-    // A clock that counts other units runs through them faster. More than these a ts-file cannot count.
+    // A clock that counts other units runs through them faster.
     constexpr double kFewYears = 10.0;
-    constexpr double kMostYears = 136.0;
     return std::all_of(data.begin(), data.end(), inRange) &&
-           data.back().cells[c].value - data.front().cells[c].value < kMostYears &&
            (years || data.size() < 2 || data[1].cells[c].value - data[0].cells[c].value <= kFewYears);
 }
 
@@ -283,6 +281,10 @@ bool findNumericDate(STLFormat& format, const std::vector<STLRow>& data)
         const bool years = areYears(format.columns[c], data, c);
         if (!years && !areSerialDays(format.columns[c], data, c))
             continue;
+        // More years than these a ts-file cannot count: they stay numbers, and no seconds either.
+        constexpr double kMostYears = 136.0;
+        if (years && data.back().cells[c].value - data.front().cells[c].value >= kMostYears)
+            return true;
         format.timeSource = years ? STLTimeSource::DecimalYears : STLTimeSource::SerialDays;
         format.yearsInMonths = years && areMonths(data, c);
         format.timeColumn = static_cast<int>(c);

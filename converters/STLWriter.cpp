@@ -10,8 +10,7 @@ namespace veltrac {
 namespace {
 
 constexpr std::size_t kBufferedValues = 1U << 16;
-constexpr float kMissing = std::numeric_limits<float>::quiet_NaN();
-constexpr double kGapSteps = 1.5;  // typical steps
+constexpr float kMissingValue = std::numeric_limits<float>::quiet_NaN();
 
 }  // namespace
 
@@ -20,7 +19,7 @@ STLWriter::STLWriter(TSFILE& target, const STLFormat& format, const STLCheck& fo
       m_format(format),
       m_found(found),
       m_timeColumns(found.timeColumns),
-      m_last(found.columns, kMissing),
+      m_last(found.columns, kMissingValue),
       m_lastRow(found.columns, 0)
 {
     m_rows.reserve(kBufferedValues + found.columns);
@@ -56,7 +55,7 @@ void STLWriter::addResampled(double seconds, const std::vector<float>& values)
         const bool onRow = share > 1.0 - 1e-6;
         for (std::size_t c = 0; c < point.size(); ++c)
             point[c] = onRow ? values[c]
-                       : gap ? kMissing
+                       : gap ? kMissingValue
                              : static_cast<float>(m_before[c] +
                                                   share * (static_cast<double>(values[c]) - m_before[c]));
         addRow(at, point);

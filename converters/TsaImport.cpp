@@ -75,7 +75,7 @@ std::string fitted(std::string_view text, std::size_t width)
     return isUtf8(whole) ? std::string(whole) : cutTo(utf8OfWindows1252(text), width);
 }
 
-bool isBlank(std::string_view text)
+bool holdsOnlyBlanks(std::string_view text)
 {
     return text.find_first_not_of(' ') == std::string_view::npos;
 }
@@ -175,7 +175,7 @@ void applyFileKey(TSFILE& ts, const TsaKey& key)
     const std::string_view text = tsaText(key.value);
     if (key.key == 'U') {
         ts.timeUnit(fitted(text, kTimeUnit.width - 1).c_str());
-    } else if (key.key == 'I' && !isBlank(text)) {
+    } else if (key.key == 'I' && !holdsOnlyBlanks(text)) {
         ts.description(fitted(text, kFileDescription.width - 1).c_str());
     } else if (key.key == 'D') {
         const auto dt = static_cast<float>(tsaNumber(key.value));
@@ -189,9 +189,9 @@ void applyColumnKey(TSFILE& ts, const TsaKey& key)
     if (key.number > ts.columns())
         return;
     const std::string_view text = tsaText(key.value);
-    if (key.key == 'N' && !isBlank(text))
+    if (key.key == 'N' && !holdsOnlyBlanks(text))
         ts.columnName(key.number, fitted(text, kColumnName.width).c_str());
-    else if (key.key == 'I' && !isBlank(text))
+    else if (key.key == 'I' && !holdsOnlyBlanks(text))
         ts.columnDescription(key.number, fitted(text, kColumnDescription.width).c_str());
     else if (const auto stamp = key.key == 'T' ? tsaStamp(key.value) : std::nullopt)
         ts.setColumnStamp(key.number, stamp->data());

@@ -93,8 +93,8 @@ private:
 
     void takeExtremes(Summary* out) const
     {
-        std::array<FourFloats, Buckets> least;
-        std::array<FourFloats, Buckets> greatest;
+        std::array<FourFloats, Buckets> least{};
+        std::array<FourFloats, Buckets> greatest{};
         least.fill(FourFloats{} + Summary().least);
         greatest.fill(FourFloats{} + Summary().greatest);
         std::size_t i = 0;

@@ -93,8 +93,8 @@ private:
 
     void takeExtremes(Summary* out) const
     {
-        std::array<FourFloats, Buckets> least;
-        std::array<FourFloats, Buckets> greatest;
+        std::array<FourFloats, Buckets> least{};
+        std::array<FourFloats, Buckets> greatest{};
         least.fill(FourFloats{} + Summary().least);
         greatest.fill(FourFloats{} + Summary().greatest);
         std::size_t i = 0;
@@ -194,7 +194,7 @@ void summariesOf(const float* values, std::size_t stride, std::size_t n, std::si
 {
     constexpr std::size_t kAtOnce = 4;
     std::size_t i = 0;
-    float gathered[kAtOnce * Pyramid::kLargestBucket];
+    float gathered[kAtOnce * Pyramid::kLargestBucket] = {};
     for (; i + kAtOnce * bucket <= n; i += kAtOnce * bucket) {
         const float* run = values + i * stride;
         if (stride != 1) {

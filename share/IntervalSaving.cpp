@@ -60,8 +60,8 @@ Part choosePart(QWidget* window, const Plot2D& plot)
     if (files.size() == 1)
         return {files.front(), {}, {}};
     bool isChosen = false;
-    const QString name =
-        QInputDialog::getItem(window, kIntervalTitle, QObject::tr("Of which file?"), names, 0, false, &isChosen);
+    const QString name = QInputDialog::getItem(window, kIntervalTitle, QObject::tr("Of which file?"), names,
+                                               0, false, &isChosen);
     return isChosen ? Part{files[static_cast<std::size_t>(names.indexOf(name))], {}, {}} : Part{};
 }
 
@@ -115,9 +115,10 @@ IntervalOutcome saveIntervalAsTs(QWidget* window, PlotCanvas& canvas)
                 return true;
         return false;
     };
-    const QString target = askSaveName(
-        window, {kIntervalTitle, source.dir().filePath(source.completeBaseName() + QStringLiteral("_part.ts")),
-                 QObject::tr("Ts-files (*.ts)"), QStringLiteral("ts"), isShown});
+    const QString target =
+        askSaveName(window, {kIntervalTitle,
+                             source.dir().filePath(source.completeBaseName() + QStringLiteral("_part.ts")),
+                             QObject::tr("Ts-files (*.ts)"), QStringLiteral("ts"), isShown});
     if (target.isEmpty())
         return {};
     const QString name = QFileInfo(target).fileName();

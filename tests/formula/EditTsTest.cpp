@@ -253,7 +253,8 @@ TEST(EditTsWin, CalculationIsUndoneToTheLastBit)
     {
         const BoxAnswer box(QStringLiteral("Ok"));
         pressUndo();
-        EXPECT_TRUE(box.text().startsWith(QStringLiteral("The file a.ts is open for writing in another window")));
+        EXPECT_TRUE(
+            box.text().startsWith(QStringLiteral("The file a.ts is open for writing in another window")));
     }
     desk.writer.clear();
     pressUndo();

@@ -103,7 +103,11 @@ std::string bashCompletion(const CLI::App& app, const std::vector<std::unique_pt
         for (const CLI::Option* const option : app.get_subcommand(name)->get_options())
             if (isShown(*option) && !option->get_lnames().empty() && option->get_lnames().front() != "help")
                 options += " --" + option->get_lnames().front();
-        cases += "        " + name + ")\n            options=\"" + options + "\" ;;\n";
+        cases.append("        ")
+            .append(name)
+            .append(")\n            options=\"")
+            .append(options)
+            .append("\" ;;\n");
     }
     return "# Completion of veltrac-cli for bash.\n_veltrac_cli()\n{\n"
            "    local word=${COMP_WORDS[COMP_CWORD]} options=\n    COMPREPLY=()\n"

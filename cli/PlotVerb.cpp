@@ -113,6 +113,7 @@ private:
     static std::vector<std::string> paperNames()
     {
         std::vector<std::string> names;
+        names.reserve(std::size(kPapers));
         for (const Paper& paper : kPapers)
             names.emplace_back(paper.name);
         return names;

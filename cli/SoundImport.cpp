@@ -81,8 +81,8 @@ ImportTold importSoundInto(const VerbJob& job, const ImportOptions& options)
     const auto samples = static_cast<std::uint32_t>(info.frames);
     const auto columns = static_cast<std::uint32_t>(info.channels);
     requireFits(samples, columns);
-    const ImportTold told{counted(samples, "sample") + ", " + counted(columns, "column") + ", " +
-                          std::to_string(info.samplerate) + " Hz."};
+    ImportTold told{counted(samples, "sample") + ", " + counted(columns, "column") + ", " +
+                    std::to_string(info.samplerate) + " Hz."};
     if (job.target.empty())
         return told;
 

@@ -37,9 +37,11 @@ public:
     void addOptions(Options& options) override
     {
         std::vector<std::string> windows;
+        windows.reserve(kSpectrumWindows);
         for (int w = 0; w < kSpectrumWindows; ++w)
             windows.emplace_back(spectrumWindowName(static_cast<SpectrumWindow>(w)));
         std::vector<std::string> results;
+        results.reserve(kSpectrumResults);
         for (int r = 0; r < kSpectrumResults; ++r)
             results.emplace_back(spectrumResultName(static_cast<SpectrumResult>(r)));
         m_source.addTo(options);

@@ -1,5 +1,7 @@
 #include "cli/StopSignals.h"
 
+#include <time.h>
+
 #include <csignal>
 #include <cstdlib>
 #include <initializer_list>
@@ -8,11 +10,25 @@ namespace veltrac {
 
 namespace {
 
-volatile std::sig_atomic_t g_stopSignal = 0;
+constexpr std::sig_atomic_t kImpatience = 1;  // seconds
 
+volatile std::sig_atomic_t g_stopSignal = 0;
+volatile std::sig_atomic_t g_stopSecond = 0;  // when it came
+
+// Schedulers and timeout(1) send the same signal twice in a row, to the process and to its group; one that
+// comes later is a user who does not want to wait.
 extern "C" void noteStop(int signal)
 {
-    g_stopSignal = signal;
+    timespec now = {};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    const auto second = static_cast<std::sig_atomic_t>(now.tv_sec);
+    if (g_stopSignal == 0) {
+        g_stopSignal = signal;
+        g_stopSecond = second;
+    } else if (second - g_stopSecond > kImpatience && signal != kStopWorker) {
+        std::signal(signal, SIG_DFL);
+        std::raise(signal);
+    }
 }
 
 }  // namespace
@@ -21,8 +37,6 @@ void noteStopSignals()
 {
     struct sigaction action = {};
     action.sa_handler = noteStop;
-    // The second one finds the default again.
-    action.sa_flags = SA_RESETHAND;
     sigemptyset(&action.sa_mask);
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
         struct sigaction before = {};
@@ -30,7 +44,6 @@ void noteStopSignals()
         if (sigaction(signal, nullptr, &before) == 0 && before.sa_handler != SIG_IGN)
             sigaction(signal, &action, nullptr);
     }
-    action.sa_flags = 0;
     sigaction(kStopWorker, &action, nullptr);
     // A file that grows too large is an error of the write, told like any other.
     std::signal(SIGXFSZ, SIG_IGN);

@@ -8,7 +8,7 @@ namespace veltrac {
 // What a worker is told to stop by, as often as may be.
 inline constexpr int kStopWorker = SIGUSR1;
 
-// From here on SIGINT, SIGTERM and SIGHUP are noted; a second one kills as ever.
+// From here on SIGINT, SIGTERM and SIGHUP are noted; another one, some seconds later, kills.
 void noteStopSignals();
 bool stopAsked() noexcept;
 // Ends the process by the signal that was noted, so that whoever started it sees it.

@@ -75,7 +75,7 @@ void STLResultFields::show(const STLFormat& format)
     m_description->setText(QString::fromStdString(format.description));
     QStringList head;
     for (const auto& [key, value] : format.head)
-        head << QString::fromStdString(key + ": " + value);
+        head << QStringLiteral("%1: %2").arg(QString::fromStdString(key), QString::fromStdString(value));
     m_head->setText(head.isEmpty() ? QString()
                                    : QStringLiteral("The file's head says:\n") +
                                          head.mid(0, kShownHeadLines).join(QLatin1Char('\n')));

@@ -40,7 +40,7 @@ std::size_t countBefore(const Elements& elements, std::uint64_t block)
     const std::uint64_t end = block * kBlockFloats;
     if (end <= elements.first)
         return 0;
-    const std::uint64_t before = (end - elements.first - 1) / elements.stride + 1;
+    const std::uint64_t before = (end - elements.first - 1) / std::max<std::uint64_t>(1, elements.stride) + 1;
     return static_cast<std::size_t>(std::min<std::uint64_t>(before, elements.count));
 }
 

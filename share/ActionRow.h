@@ -14,7 +14,7 @@ namespace veltrac {
 
 // Texts are UTF-8. `Id` is the window's own enumeration of its actions.
 template <typename Id>
-struct ActionRow  // NOLINT(clang-analyzer-optin.performance.Padding): in the order in which a row reads
+struct ActionRow
 {
     Id id;
     const char* image;     // ":/img_" + image; empty for none

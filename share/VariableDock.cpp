@@ -23,7 +23,7 @@ namespace veltrac {
 
 namespace {
 
-enum TreeColumn { kName, kUnit, kAxis, kTreeColumns };
+enum TreeColumn { kTreeName, kUnit, kAxis, kTreeColumns };
 constexpr int kFileRole = Qt::UserRole;
 constexpr int kColumnRole = Qt::UserRole + 1;    // 0 for a file
 constexpr int kVariableRole = Qt::UserRole + 2;  // number in the plot's variables, -1 for none
@@ -54,7 +54,7 @@ protected:
 // The file that an item stands for or belongs to.
 QString pathOf(const QTreeWidgetItem* item)
 {
-    return (item->parent() == nullptr ? item : item->parent())->toolTip(kName);
+    return (item->parent() == nullptr ? item : item->parent())->toolTip(kTreeName);
 }
 
 QIcon swatch(const QColor& color)
@@ -82,7 +82,7 @@ VariableDock::VariableDock(PlotCanvas* canvas, QWidget* parent)
         "looks, its axis and its scale, or opens it in another window."));
     m_tree->setColumnCount(kTreeColumns);
     m_tree->setHeaderLabels({tr("Column"), tr("Unit"), tr("Axis")});
-    m_tree->header()->setSectionResizeMode(kName, QHeaderView::Stretch);
+    m_tree->header()->setSectionResizeMode(kTreeName, QHeaderView::Stretch);
     m_tree->header()->setSectionResizeMode(kUnit, QHeaderView::ResizeToContents);
     m_tree->header()->setSectionResizeMode(kAxis, QHeaderView::ResizeToContents);
     m_tree->header()->setStretchLastSection(false);
@@ -172,8 +172,8 @@ void VariableDock::addFileItem(int file)
 {
     const auto source = m_canvas->files().file(static_cast<std::size_t>(file));
     auto* const top = new QTreeWidgetItem(m_tree);
-    top->setText(kName, QString::fromLocal8Bit(source->name().c_str()));
-    top->setToolTip(kName, QString::fromLocal8Bit(source->path().c_str()));
+    top->setText(kTreeName, QString::fromLocal8Bit(source->name().c_str()));
+    top->setToolTip(kTreeName, QString::fromLocal8Bit(source->path().c_str()));
     top->setData(0, kFileRole, file);
     top->setData(0, kColumnRole, 0U);
     top->setData(0, kVariableRole, -1);
@@ -185,9 +185,9 @@ void VariableDock::addFileItem(int file)
             item->setData(0, kColumnRole, column);
             const std::shared_ptr<HsVariable> known = m_canvas->plot().find(*source, column);
             const std::shared_ptr<HsVariable> v = known ? known : makeVariable(source, column);
-            item->setText(kName, QString::fromStdString(v->variable().label));
+            item->setText(kTreeName, QString::fromStdString(v->variable().label));
             item->setText(kUnit, QString::fromStdString(v->variable().unit));
-            item->setToolTip(kName, headerText(source->columnDescription(column).c_str()));
+            item->setToolTip(kTreeName, headerText(source->columnDescription(column).c_str()));
             dress(item, known.get());
         }
     } catch (const TS::Failure&) {
@@ -202,8 +202,8 @@ void VariableDock::dress(QTreeWidgetItem* item, const HsVariable* variable)
     if (shown)
         flags |= Qt::ItemIsDragEnabled;
     item->setFlags(flags);
-    item->setCheckState(kName, shown ? Qt::Checked : Qt::Unchecked);
-    item->setIcon(kName, swatch(shown ? m_canvas->colorOf(variable->variable()) : Qt::transparent));
+    item->setCheckState(kTreeName, shown ? Qt::Checked : Qt::Unchecked);
+    item->setIcon(kTreeName, swatch(shown ? m_canvas->colorOf(variable->variable()) : Qt::transparent));
     item->setText(kAxis, shown ? QString::number(groupNumberOf(*variable)) : QString());
     int number = -1;
     if (shown) {
@@ -222,8 +222,9 @@ void VariableDock::applyFilter()
         QTreeWidgetItem* const file = m_tree->topLevelItem(f);
         for (int c = 0; c < file->childCount(); ++c) {
             QTreeWidgetItem* const item = file->child(c);
-            item->setHidden(!wanted.isEmpty() && !item->text(kName).contains(wanted, Qt::CaseInsensitive) &&
-                            !item->toolTip(kName).contains(wanted, Qt::CaseInsensitive));
+            item->setHidden(!wanted.isEmpty() &&
+                            !item->text(kTreeName).contains(wanted, Qt::CaseInsensitive) &&
+                            !item->toolTip(kTreeName).contains(wanted, Qt::CaseInsensitive));
         }
     }
 }
@@ -238,7 +239,7 @@ void VariableDock::itemChanged(QTreeWidgetItem* item)
         return;
     try {
         setShown(m_canvas->files().file(static_cast<std::size_t>(file)), column,
-                 item->checkState(kName) == Qt::Checked);
+                 item->checkState(kTreeName) == Qt::Checked);
     } catch (const TS::Failure&) {
         return;
     }
@@ -253,7 +254,7 @@ void VariableDock::contextMenu(const QPoint& position)
     const QPoint place = m_tree->viewport()->mapToGlobal(position);
     const int file = item->data(0, kFileRole).toInt();
     const unsigned column = item->data(0, kColumnRole).toUInt();
-    if (column != 0 && item->checkState(kName) == Qt::Checked) {
+    if (column != 0 && item->checkState(kTreeName) == Qt::Checked) {
         emit x_menu(file, column, place);
         return;
     }
@@ -261,7 +262,7 @@ void VariableDock::contextMenu(const QPoint& position)
     if (column != 0) {
         const QAction* const show = menu.addAction(tr("&Show"));
         if (menu.exec(place) == show)
-            item->setCheckState(kName, Qt::Checked);
+            item->setCheckState(kTreeName, Qt::Checked);
         return;
     }
     if (item->parent() != nullptr)

@@ -119,7 +119,7 @@ private:
         const std::string end = endOf([&] { runs(*m_runs, ofRuns); });
         EXPECT_EQ(end, endOf([&] { single(*m_single, ofSingle); }));
         // Of a refused run nobody looks at the values.
-        if (end.empty()) {
+        if (end.empty() && values > 0) {
             EXPECT_EQ(std::memcmp(ofRuns.data(), ofSingle.data(), values * sizeof(float)), 0);
         }
     }

@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <map>
 #include <optional>
@@ -24,35 +25,33 @@ namespace {
 constexpr std::uint64_t kNoMore = UINT64_MAX;
 constexpr int kLookMs = 100;
 
-// False where the other side is gone.
-bool sendAll(int descriptor, const void* bytes, std::size_t count)
+// Until all bytes are moved, by transfer(bytes already moved); false where the other side is gone.
+template <typename Transfer>
+bool moveAll(std::size_t count, Transfer transfer)
 {
-    const char* at = static_cast<const char*>(bytes);
-    while (count > 0) {
-        const ssize_t moved = send(descriptor, at, count, MSG_NOSIGNAL);
+    for (std::size_t done = 0; done < count;) {
+        const ssize_t moved = transfer(done);
         if (moved < 0 && errno == EINTR)
             continue;
         if (moved <= 0)
             return false;
-        at += moved;
-        count -= static_cast<std::size_t>(moved);
+        done += static_cast<std::size_t>(moved);
     }
     return true;
 }
 
+bool sendAll(int descriptor, const void* bytes, std::size_t count)
+{
+    return moveAll(count, [&](std::size_t done) {
+        return send(descriptor, static_cast<const char*>(bytes) + done, count - done, MSG_NOSIGNAL);
+    });
+}
+
 bool receiveAll(int descriptor, void* bytes, std::size_t count)
 {
-    char* at = static_cast<char*>(bytes);
-    while (count > 0) {
-        const ssize_t moved = recv(descriptor, at, count, 0);
-        if (moved < 0 && errno == EINTR)
-            continue;
-        if (moved <= 0)
-            return false;
-        at += moved;
-        count -= static_cast<std::size_t>(moved);
-    }
-    return true;
+    return moveAll(count, [&](std::size_t done) {
+        return recv(descriptor, static_cast<char*>(bytes) + done, count - done, 0);
+    });
 }
 
 bool sendText(int descriptor, const std::string& text)
@@ -168,6 +167,8 @@ private:
                 if (other.descriptor >= 0)
                     close(other.descriptor);
             close(pair[0]);
+            // The files share the cores; a thread for each core in each process would only crowd them.
+            setenv("VELTRAC_THREADS", "1", 0);
             work(pair[1], m_task);
         }
         close(pair[1]);

@@ -19,7 +19,7 @@ using namespace veltrac;
 namespace {
 
 const QString kColumnFilter =
-    QStringLiteral("Text files (*.scl *.txt *.dat *.csv *.log *.asc);;SCL files (*.scl);;All files (*)");
+    QStringLiteral("Text files (*.scl *.txt *.dat *.csv *.log *.asc *.gz);;SCL files (*.scl);;All files (*)");
 constexpr QSize kColumnWindowSize(1000, 700);
 
 }  // namespace

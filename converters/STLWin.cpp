@@ -26,7 +26,7 @@ using namespace veltrac;
 namespace {
 
 const QString kLogFilter = QStringLiteral(
-    "Text files (*.stl *.csv *.txt *.dat *.log *.asc *.tsv *.prn);;STL files (*.stl);;All files (*)");
+    "Text files (*.stl *.csv *.txt *.dat *.log *.asc *.tsv *.prn *.gz);;STL files (*.stl);;All files (*)");
 constexpr QSize kLogWindowSize(1180, 760);
 
 QString qText(const std::string& utf8)

@@ -23,10 +23,6 @@ constexpr std::size_t kInsideBytes = 8 * 1024 * 1024;
     throw std::system_error(errno != 0 ? errno : EIO, std::generic_category());
 }
 
-}  // namespace
-
-namespace {
-
 // Copies what follows each other from an offset on; fewer bytes than asked for where the file ends.
 class FileCopier
 {

@@ -53,7 +53,9 @@ Part choosePart(QWidget* window, const Plot2D& plot)
         if (!v->variable().visible || !file || std::find(files.begin(), files.end(), file) != files.end())
             continue;
         files.push_back(file);
-        names.append(fileNameOf(*file));
+        // Files of one name, from two directories, are told apart.
+        const QString name = fileNameOf(*file);
+        names.append(names.contains(name) ? localName(*file) : name);
     }
     if (files.empty())
         return {{}, {}, QObject::tr("No variable is shown.")};

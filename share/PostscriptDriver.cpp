@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "share/DashPatterns.h"
+#include "share/MarkerPath.h"
 #include "share/PsLines.h"
 #include "share/Transliteration.h"
 
@@ -232,15 +233,9 @@ void PostscriptDriver::DrawMarker(float x, float y, int marker, int size)
     const int style = m_lineStyle;
     SetLineStyle(0);
     stroke();
-    const float unit = static_cast<float>(size) / 4.0F;
-    for (const MarkerStroke* s = MarkerStrokes(marker); s->code != MarkerStroke::End; ++s) {
-        if (s->code == MarkerStroke::Move)
-            DeviceMoveTo(centreX + s->x * unit, centreY + s->y * unit);
-        else if (s->code == MarkerStroke::Draw)
-            DeviceLineTo(centreX + s->x * unit, centreY + s->y * unit);
-        else
-            endPath("closepath gsave fill grestore _s");  // as wide as the glyphs that are only stroked
-    }
+    // As wide as the glyphs that are only stroked.
+    drawMarkerPath(*this, centreX, centreY, marker, size,
+                   [this] { endPath("closepath gsave fill grestore _s"); });
     stroke();
     SetLineStyle(style);
 }

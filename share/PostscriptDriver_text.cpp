@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
+#include <string_view>
 
 #include "share/PostscriptDriver.h"
 #include "share/PsFonts.h"
@@ -48,10 +48,7 @@ void PostscriptDriver::writeFont()
 
 void PostscriptDriver::Text(const char* string, int length, float angle, int flags)
 {
-    std::string_view text(
-        string, length > 0 ? strnlen(string, static_cast<std::size_t>(length)) : std::strlen(string));
-    while (!text.empty() && static_cast<unsigned char>(text.back()) <= ' ')
-        text.remove_suffix(1);
+    const std::string_view text = textToSet(string, length);
     if (text.empty() || !areFinite({m_x, m_y, angle, m_hJustification, m_vJustification}))
         return;
     stroke();
@@ -86,8 +83,7 @@ void PostscriptDriver::TextExtent(const char* string, float* width, float* heigh
     const float points =
         m_characterHeight > 0.0F ? m_characterHeight : static_cast<float>(m_parameters.baseFontSize);
     if (width != nullptr)
-        *width = static_cast<float>(standardText(string).size()) * points * kPsTextWidthFactor /
-                 (m_deviceXMax - m_deviceXMin);
+        *width = psTextWidth(string, points) / (m_deviceXMax - m_deviceXMin);
     if (height != nullptr)
         *height = points * kPsTextWidthFactor / (m_deviceYMax - m_deviceYMin);
 }

@@ -2,9 +2,12 @@
 #pragma once
 
 #include <cmath>
+#include <cstring>
+#include <string_view>
 
 #include "share/BasicDriver.h"
 #include "share/PsParameters.h"
+#include "share/Transliteration.h"
 
 namespace veltrac {
 
@@ -49,6 +52,22 @@ inline PsFont psFontOf(const PsParameters& parameters, float size, int flags)
         points = parameters.baseFontSize;
     font.points = static_cast<float>(points);
     return font;
+}
+
+// What is set of a text of BasicDriver::Text(): as far as its length or its end, without blanks there.
+inline std::string_view textToSet(const char* string, int length)
+{
+    std::string_view text(
+        string, length > 0 ? strnlen(string, static_cast<std::size_t>(length)) : std::strlen(string));
+    while (!text.empty() && static_cast<unsigned char>(text.back()) <= ' ')
+        text.remove_suffix(1);
+    return text;
+}
+
+// How wide a text is reckoned, in points: all of its letters as wide as Courier's.
+inline float psTextWidth(const char* string, float points)
+{
+    return static_cast<float>(standardText(string).size()) * points * kPsTextWidthFactor;
 }
 
 }  // namespace veltrac

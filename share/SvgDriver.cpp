@@ -2,12 +2,12 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <numbers>
 #include <string_view>
 
 #include "core/Utf8.h"
 #include "share/DashPatterns.h"
+#include "share/MarkerPath.h"
 #include "share/PsFonts.h"
 #include "share/PsLines.h"
 #include "share/Transliteration.h"
@@ -18,6 +18,7 @@ namespace {
 
 constexpr int kMostSvgSegments = 1000;
 constexpr int kLandscapeSheet = 1;
+constexpr double kThinnestLine = 0.05;  // points
 
 // At most two decimals, with a point whatever the locale, none that are zeros.
 std::string decimal(double number)
@@ -78,7 +79,8 @@ std::string colorText(float r, float g, float b)
     std::string text = "#";
     for (const float component : {r, g, b}) {
         static constexpr char kDigits[] = "0123456789abcdef";
-        const auto level = static_cast<unsigned>(std::lround(std::clamp(component, 0.0F, 1.0F) * 255.0F));
+        const auto level = static_cast<unsigned>(
+            std::lround((component >= 0.0F ? std::min(component, 1.0F) : 0.0F) * 255.0F));
         text += kDigits[level / 16];
         text += kDigits[level % 16];
     }
@@ -150,10 +152,16 @@ std::string SvgDriver::point(float x, float y) const
     return decimal(x) + " " + decimal(m_deviceYMax - y);
 }
 
+std::string SvgDriver::fillAttribute() const
+{
+    return " fill=\"" + colorText(m_color.r, m_color.g, m_color.b) + "\"";
+}
+
 std::string SvgDriver::strokeAttributes() const
 {
-    // No line is thinner than what a screen can show of it.
-    const double width = 5.0 * static_cast<double>(m_lineWidth) * m_parameters.lineWidthScale * kPointsPerMm;
+    // A width of 0 is the thinnest line on paper, and no line at all here.
+    const double width = std::max(
+        kThinnestLine, 5.0 * static_cast<double>(m_lineWidth) * m_parameters.lineWidthScale * kPointsPerMm);
     std::string text = " stroke=\"" + colorText(m_color.r, m_color.g, m_color.b) + "\" stroke-width=\"" +
                        decimal(width) + "\"";
     std::string dashes;
@@ -270,17 +278,10 @@ void SvgDriver::DrawMarker(float x, float y, int marker, int size)
     const int style = m_lineStyle;
     SetLineStyle(0);
     stroke();
-    const float unit = static_cast<float>(size) / 4.0F;
-    for (const MarkerStroke* s = MarkerStrokes(marker); s->code != MarkerStroke::End; ++s) {
-        if (s->code == MarkerStroke::Move) {
-            DeviceMoveTo(centreX + s->x * unit, centreY + s->y * unit);
-        } else if (s->code == MarkerStroke::Draw) {
-            DeviceLineTo(centreX + s->x * unit, centreY + s->y * unit);
-        } else {
-            m_path += " Z";
-            endPath(" fill=\"" + colorText(m_color.r, m_color.g, m_color.b) + "\"" + strokeAttributes());
-        }
-    }
+    drawMarkerPath(*this, centreX, centreY, marker, size, [this] {
+        m_path += " Z";
+        endPath(fillAttribute() + strokeAttributes());
+    });
     stroke();
     SetLineStyle(style);
 }
@@ -315,9 +316,7 @@ void SvgDriver::Arc(float x, float y, float radius, float startAngle, float endA
     const std::string round = " A" + decimal(points) + " " + decimal(points) + " 0 0 0 ";
     const std::string data =
         "M" + at(startAngle) + round + at(startAngle + span / 2.0F) + round + at(startAngle + span);
-    emitLine("<path d=\"" + data + "\"" +
-             (fill ? " fill=\"" + colorText(m_color.r, m_color.g, m_color.b) + "\"" : strokeAttributes()) +
-             "/>");
+    emitLine("<path d=\"" + data + "\"" + (fill ? fillAttribute() : strokeAttributes()) + "/>");
 }
 
 void SvgDriver::Polyline(const float* points, int count, bool closed, bool fill)
@@ -333,10 +332,8 @@ void SvgDriver::Polyline(const float* points, int count, bool closed, bool fill)
             data += (data.empty() ? "M" : " L") + point(x, y);
     }
     if (!data.empty())
-        emitLine(
-            "<path d=\"" + data + (closed || fill ? " Z\"" : "\"") +
-            (fill ? " fill=\"" + colorText(m_color.r, m_color.g, m_color.b) + "\"" : strokeAttributes()) +
-            "/>");
+        emitLine("<path d=\"" + data + (closed || fill ? " Z\"" : "\"") +
+                 (fill ? fillAttribute() : strokeAttributes()) + "/>");
     MoveTo(points[2 * (count - 1)], points[2 * (count - 1) + 1]);
 }
 
@@ -352,10 +349,7 @@ void SvgDriver::FontControl(float size, int flags)
 
 void SvgDriver::Text(const char* string, int length, float angle, int flags)
 {
-    std::string_view text(
-        string, length > 0 ? strnlen(string, static_cast<std::size_t>(length)) : std::strlen(string));
-    while (!text.empty() && static_cast<unsigned char>(text.back()) <= ' ')
-        text.remove_suffix(1);
+    const std::string_view text = textToSet(string, length);
     if (text.empty() || !areFinite({m_x, m_y, angle, m_hJustification, m_vJustification}))
         return;
     stroke();
@@ -376,8 +370,7 @@ void SvgDriver::Text(const char* string, int length, float angle, int flags)
             decimal(m_characterHeight) + "\" text-anchor=\"" + anchor + "\"";
     if (m_bold)
         line += " font-weight=\"bold\"";
-    emitLine(line + " fill=\"" + colorText(m_color.r, m_color.g, m_color.b) + "\">" +
-             xmlText(utf8OfBytes(text)) + "</text>");
+    emitLine(line + fillAttribute() + ">" + xmlText(utf8OfBytes(text)) + "</text>");
     m_movePending = true;
 }
 
@@ -386,8 +379,7 @@ void SvgDriver::TextExtent(const char* string, float* width, float* height)
     const float points =
         m_characterHeight > 0.0F ? m_characterHeight : static_cast<float>(m_parameters.baseFontSize);
     if (width != nullptr)
-        *width = static_cast<float>(standardText(string).size()) * points * kPsTextWidthFactor /
-                 (m_deviceXMax - m_deviceXMin);
+        *width = psTextWidth(string, points) / (m_deviceXMax - m_deviceXMin);
     if (height != nullptr)
         *height = points * kPsTextWidthFactor / (m_deviceYMax - m_deviceYMin);
 }

@@ -43,6 +43,7 @@ public:
 private:
     std::string point(float x, float y) const;
     std::string viewportBox() const;
+    std::string fillAttribute() const;
     std::string strokeAttributes() const;
     void stroke();
     // Writes the path that was begun, with these attributes.

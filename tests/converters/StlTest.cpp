@@ -457,6 +457,20 @@ TEST_F(Stl, timeBecomesWhatTheUserWants)
     EXPECT_EQ(10.0F, ts->value(1, 3));
 }
 
+bool isSame(float wanted, float v)
+{
+    return std::isnan(wanted) ? std::isnan(v) : v == wanted;
+}
+
+// Of the columns from one on.
+std::string namesOf(TSFILE& ts, std::uint32_t first, char between)
+{
+    std::string names;
+    for (std::uint32_t c = first; c <= ts.columns(); ++c)
+        names += (c == first ? "" : std::string(1, between)) + ts.columnName(c);
+    return names;
+}
+
 // Times of samples, whichever way the ts-file tells them.
 double timeOf(TSFILE& ts, std::uint32_t sample)
 {
@@ -704,15 +718,12 @@ TEST_F(Stl, nothingIsReadWrongWithoutAWord)
         STLObject log("form.txt");
         log.detect();
         const auto ts = import(log);
-        std::string names;
-        for (std::uint32_t c = 1; c <= ts->columns(); ++c)
-            names += (c == 1 ? "" : " ") + std::string(ts->columnName(c));
-        EXPECT_EQ(form.names, names);
+        EXPECT_EQ(form.names, namesOf(*ts, 1, ' '));
         ASSERT_EQ(form.column.size(), ts->samples());
         for (std::uint32_t row = 1; row <= ts->samples(); ++row) {
             const float v = ts->value(row, ts->columns());
             const float wanted = form.column[row - 1];
-            EXPECT_TRUE(std::isnan(wanted) ? std::isnan(v) : v == wanted) << row << ' ' << v;
+            EXPECT_TRUE(isSame(wanted, v)) << row << ' ' << v;
         }
         if (!form.last.empty()) {
             EXPECT_EQ(form.last, clockOf(*ts, ts->samples()));
@@ -812,18 +823,15 @@ TEST_F(Stl, formsOfTextsAreReadInAnySpelling)
         STLObject log("form.txt");
         log.detect();
         const auto ts = import(log);
-        std::string names;
         const std::uint32_t times = ts->timeMode() == 0 ? 0 : 1;
-        for (std::uint32_t c = times + 1; c <= ts->columns(); ++c)
-            names += (names.empty() ? "" : "|") + std::string(ts->columnName(c));
         std::string wanted = spelling.names;
         if (wanted.find('|') == std::string::npos)
             std::replace(wanted.begin(), wanted.end(), ' ', '|');
-        EXPECT_EQ(wanted, names);
+        EXPECT_EQ(wanted, namesOf(*ts, times + 1, '|'));
         ASSERT_EQ(spelling.row.size() + times, ts->columns());
         for (std::uint32_t c = 0; c < spelling.row.size(); ++c) {
             const float v = ts->value(1, c + times + 1);
-            EXPECT_TRUE(std::isnan(spelling.row[c]) ? std::isnan(v) : v == spelling.row[c]) << c << ' ' << v;
+            EXPECT_TRUE(isSame(spelling.row[c], v)) << c << ' ' << v;
         }
         EXPECT_NEAR(spelling.first, timeOf(*ts, 1), 1e-3 * (spelling.second - spelling.first));
         EXPECT_NEAR(spelling.second, timeOf(*ts, 2), 1e-3 * (spelling.second - spelling.first));

@@ -43,41 +43,44 @@ QImage screenPicture(const Draw& draw)
     return picture;
 }
 
-// Renders with Ghostscript, which must have nothing to say.
-QImage paperPicture(const Draw& draw)
+// What a program makes of a picture; it must have nothing to say.
+QImage rendered(const char* program, const QStringList& arguments, const QString& png)
 {
-    const QTemporaryDir directory;
-    const QString eps = directory.filePath(QStringLiteral("plot.eps"));
-    const QString png = directory.filePath(QStringLiteral("plot.png"));
-    writeEps(eps.toStdString(), PsParameters(), draw);
     QProcess process;
     process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(QStringLiteral("gs"),
-                  {"-q", "-dNOPAUSE", "-dBATCH", "-dSAFER", "-dEPSCrop", "-sDEVICE=png16m", "-r75",
-                   QStringLiteral("-g%1x%2").arg(kWidth).arg(kHeight), "-sOutputFile=" + png, eps});
+    process.start(QString::fromLatin1(program), arguments);
     EXPECT_TRUE(process.waitForFinished(60000));
     EXPECT_EQ(process.exitCode(), 0);
     EXPECT_EQ(process.readAll().toStdString(), "");
     return QImage(png);
 }
 
-// Renders SVG by librsvg, which must have nothing to say.
+// Renders with Ghostscript.
+QImage paperPicture(const Draw& draw)
+{
+    const QTemporaryDir directory;
+    const QString eps = directory.filePath(QStringLiteral("plot.eps"));
+    const QString png = directory.filePath(QStringLiteral("plot.png"));
+    writeEps(eps.toStdString(), PsParameters(), draw);
+    return rendered("gs",
+                    {"-q", "-dNOPAUSE", "-dBATCH", "-dSAFER", "-dEPSCrop", "-sDEVICE=png16m", "-r75",
+                     QStringLiteral("-g%1x%2").arg(kWidth).arg(kHeight), "-sOutputFile=" + png, eps},
+                    png);
+}
+
+// Renders SVG by librsvg.
 QImage svgPicture(const Draw& draw)
 {
     const QTemporaryDir directory;
     const QString svg = directory.filePath(QStringLiteral("plot.svg"));
     const QString png = directory.filePath(QStringLiteral("plot.png"));
     writeSvg(svg.toStdString(), PsParameters(), draw);
-    QProcess process;
-    process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(QStringLiteral("rsvg-convert"),
-                  {"-w", QString::number(kWidth), "-h", QString::number(kHeight), "-o", png, svg});
-    EXPECT_TRUE(process.waitForFinished(60000));
-    EXPECT_EQ(process.exitCode(), 0);
-    EXPECT_EQ(process.readAll().toStdString(), "");
     // It smooths: a line that is narrower than a pixel is pale.
     constexpr int kPale = 200;
-    QImage picture = QImage(png).convertToFormat(QImage::Format_RGB32);
+    QImage picture =
+        rendered("rsvg-convert",
+                 {"-w", QString::number(kWidth), "-h", QString::number(kHeight), "-o", png, svg}, png)
+            .convertToFormat(QImage::Format_RGB32);
     for (int y = 0; y < picture.height(); ++y)
         for (int x = 0; x < picture.width(); ++x) {
             const QRgb pixel = picture.pixel(x, y);

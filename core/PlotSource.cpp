@@ -21,10 +21,11 @@ double PlotSource::step() const
 {
     if (m_timeKind == TimeKind::Steps)
         return m_dt;
-    if (m_timeKind == TimeKind::RowNumbers || m_rows < 2)
+    if (m_timeKind == TimeKind::RowNumbers || m_rows <= m_firstRow)
         return 1.0;
-    const double span = timeOf(m_rows) - timeOf(1);
-    return span > 0.0 ? span / (m_rows - 1.0) : 1.0;
+    const double steps = m_rows - m_firstRow;
+    const double span = timeOf(m_rows) - timeOf(m_firstRow);
+    return span > 0.0 ? span / steps : 1.0;
 }
 
 double PlotSource::timeOf(std::uint32_t row) const
@@ -50,7 +51,8 @@ std::uint32_t PlotSource::rowAt(double t) const
 {
     if (m_rows == 0 || std::isnan(t))
         return 0;
-    return m_timeKind == TimeKind::EachRow ? rowByTimes(t) : rowInSteps(t);
+    const std::uint32_t row = m_timeKind == TimeKind::EachRow ? rowByTimes(t) : rowInSteps(t);
+    return row < m_firstRow ? 0 : row;
 }
 
 std::uint32_t PlotSource::rowInSteps(double t) const
@@ -98,6 +100,12 @@ std::uint32_t PlotSource::rowNear(double t, double tolerance) const
 {
     if (m_rows == 0 || std::isnan(t))
         return 0;
+    const std::uint32_t row = nearRow(t, tolerance);
+    return row < m_firstRow ? 0 : row;
+}
+
+std::uint32_t PlotSource::nearRow(double t, double tolerance) const
+{
     if (m_timeKind != TimeKind::EachRow) {
         const std::uint32_t row = rowInSteps(t);
         const double width = m_bucketRows * (m_timeKind == TimeKind::Steps ? m_dt : 1.0);
@@ -170,6 +178,28 @@ const PlotSource::Kept& PlotSource::keep(std::uint32_t bucket, std::uint32_t col
 const float* PlotSource::rowsInMemory(std::uint32_t /*bucket*/) const
 {
     return nullptr;
+}
+
+void PlotSource::rowsCame(std::uint32_t rows)
+{
+    const std::uint32_t lastBucket = m_rows / m_bucketRows;
+    m_rows = rows;
+    // The ones that stay keep their places, which the next reader of them may count on.
+    for (Kept& kept : m_runs)
+        if (kept.bucket == lastBucket)
+            kept.bucket = kNoBucket;
+}
+
+void PlotSource::forgetBuckets(std::uint32_t buckets)
+{
+    const std::uint32_t rows = buckets * m_bucketRows;
+    m_rows -= rows;
+    m_firstRow -= rows;
+    m_firstSample += rows;
+    m_base += rows * m_dt;
+    if (m_bucketTimes.size() >= buckets)
+        m_bucketTimes.erase(m_bucketTimes.begin(), m_bucketTimes.begin() + buckets);
+    m_runs.clear();
 }
 
 bool PlotSource::learnTimes(std::uint32_t first, std::uint32_t count, const float* rows)

@@ -7,6 +7,7 @@
 #include "core/CopyFile.h"
 #include "core/FileTime.h"
 #include "core/Interval.h"
+#include "core/NumberTexts.h"
 #include "core/PlotFile.h"
 #include "core/SafeChange.h"
 #include "core/TsHeader.h"
@@ -78,6 +79,14 @@ JobOutcome unfoldRing(const fs::path& ring, const fs::path& target, const Progre
 {
     const PlotFile from(ring.string());
     return from.rows() == 0 ? JobOutcome::Cancelled : saveInterval(from, 1, from.rows(), target, progress);
+}
+
+std::string ringText(TSFILE& file)
+{
+    if (file.ringStart() == 0)
+        return {};
+    return file.lastSample() < file.ringStart() ? "ring, no samples yet"
+                                                : "ring, oldest sample " + groupedDigits(file.ringStart());
 }
 
 bool isFineTime(double time, double step)

@@ -38,6 +38,9 @@ void makeRingFile(const std::filesystem::path& file, const RingShape& shape);
 JobOutcome unfoldRing(const std::filesystem::path& ring, const std::filesystem::path& target,
                       const Progress& progress);
 
+// "ring, oldest sample 123 457", "ring, no samples yet"; empty for an ordinary file.
+std::string ringText(TSFILE& file);
+
 // Whether floats of a column "Time" that have come to `time` tell moments finer than a hundredth of `step`.
 bool isFineTime(double time, double step);
 

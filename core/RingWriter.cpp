@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -13,6 +12,7 @@
 #include <mutex>
 #include <system_error>
 
+#include "core/FileIdentity.h"
 #include "core/TsExceptions.h"
 
 namespace veltrac {
@@ -93,12 +93,10 @@ void RingWriter::sync() const
 // Rows written into a file that bears another name by now, or none, would be lost without a word.
 void RingWriter::requireInPlace() const
 {
-    struct stat named = {};
-    struct stat open = {};
-    if (::stat(m_path.c_str(), &named) != 0)
+    const auto named = identityOf(m_path);
+    if (!named)
         throw RingRefusal("it was removed while rows were recorded");
-    if (::fstat(m_file.descriptor(), &open) == 0 &&
-        (named.st_ino != open.st_ino || named.st_dev != open.st_dev))
+    if (*named != identityOf(m_file.descriptor()))
         throw RingRefusal("another file has taken its place while rows were recorded");
 }
 

@@ -321,15 +321,30 @@ QStringList intervalFields(const Plot2D& plot, const IntervalRow& row)
             QString::number(s.missing)};
 }
 
+// Nothing is known any more of what a ring has overwritten.
+QString cursorAt(const Plot2D& plot, double x)
+{
+    const auto ref = plot.reference();
+    const QString text = xText(plot, x);
+    if (!ref || ref->variable().firstRow() == 1)
+        return text;
+    try {
+        const bool isGone = x < plot.axis().xOf(ref->variable(), ref->variable().firstRow());
+        return isGone ? text + QStringLiteral(" (has left the ring)") : text;
+    } catch (const TS::Failure&) {
+        return text;
+    }
+}
+
 QString cursorText(const Plot2D& plot)
 {
     const auto& a = plot.cursor(Plot2D::A);
     const auto& b = plot.cursor(Plot2D::B);
     QStringList parts;
     if (a)
-        parts.append(QStringLiteral("A: ") + xText(plot, *a));
+        parts.append(QStringLiteral("A: ") + cursorAt(plot, *a));
     if (b)
-        parts.append(QStringLiteral("B: ") + xText(plot, *b));
+        parts.append(QStringLiteral("B: ") + cursorAt(plot, *b));
     if (a && b) {
         parts.append(QStringLiteral("Δt: ") + distanceText(plot, *b - *a));
         parts.append(QStringLiteral("1/Δt: ") + inverseText(plot, *b - *a));

@@ -18,6 +18,7 @@
 
 #include "core/FailureText.h"
 #include "core/FileTime.h"
+#include "core/NumberTexts.h"
 #include "core/RingWriter.h"
 #include "core/TsNames.h"
 
@@ -31,6 +32,7 @@ using Seconds = std::chrono::duration<double>;
 constexpr std::size_t kMostWaiting = std::size_t{4} << 20;  // floats, twice: what waits and what is written
 constexpr std::size_t kTimeFloats = sizeof(double) / sizeof(float);
 constexpr double kSurelyEpoch = 1e8;  // seconds; no measurement has run for so long
+constexpr int kGapDigits = 3;
 constexpr std::uint32_t kFewNumbers = 1U << 28;
 
 double nowSeconds()
@@ -373,8 +375,14 @@ void Recording::fillGap()
     const double step = static_cast<double>(ring.dt());
     const double expected = ring.start() + (ring.lastSample() + 1.0) * step;
     const double behind = std::floor((nowSeconds() - expected) / step);
-    if (!(behind >= 1.0 && behind < ring.numbersLeft() / 2.0))
+    if (!(behind >= 1.0))
         return;
+    // Missing rows must not push out what was measured.
+    if (behind > ring.samples() / 2.0)
+        throw RingRefusal(
+            "nothing was recorded for a time of " + generalNumber(behind, kGapDigits) +
+            " samples, more than half of its room: --no-gap goes on all the same, with times that "
+            "are too early, or record into another file");
     m_report.gapRows = static_cast<std::uint64_t>(behind);
     ring.writeMissing(static_cast<std::uint32_t>(behind));
 }

@@ -74,7 +74,7 @@ std::uint32_t PlotSource::rowInSteps(double t) const
 
 std::uint32_t PlotSource::rowByTimes(double t) const
 {
-    std::uint32_t low = 1;
+    std::uint32_t low = m_firstRow;
     std::uint32_t high = m_rows;
     if (m_timesKnown) {
         const auto after = std::upper_bound(m_bucketTimes.begin(), m_bucketTimes.end(), t);
@@ -83,7 +83,10 @@ std::uint32_t PlotSource::rowByTimes(double t) const
         const auto bucket = static_cast<std::uint32_t>(after - m_bucketTimes.begin() - 1);
         low = bucket * m_bucketRows + 1;
         high = low + rowsOf(bucket) - 1;
-    } else if (timeOf(1) > t) {
+        low = std::max(low, m_firstRow);
+        if (low > high || timeOf(low) > t)
+            return low - 1;
+    } else if (timeOf(m_firstRow) > t) {
         return 0;
     }
     while (low < high) {

@@ -25,6 +25,10 @@ constexpr std::uint64_t kStartSecondsAt = 132;
 constexpr std::uint64_t kRingStartAt = 140;
 constexpr std::uint64_t kLastSampleAt = 144;
 
+// No more than this share of a ring gives way before rows that come are there.
+constexpr std::uint32_t kParts = 8;
+constexpr std::size_t kRowsWorthASync = 1024;
+
 [[noreturn]] void failWith(int error, const std::filesystem::path& file)
 {
     throw std::system_error(error, std::generic_category(), file.string());
@@ -123,41 +127,40 @@ void RingWriter::putRows(std::uint32_t row, std::span<const float> rows)
 
 void RingWriter::write(std::span<const float> rows)
 {
-    const std::uint64_t width = m_header.columns;
-    const std::uint64_t count = rows.size() / width;
-    if (count == 0)
-        return;
+    const std::size_t width = m_header.columns;
     requireInPlace();
-    if (count > numbersLeft())
+    if (rows.size() / width > numbersLeft())
         throw RingRefusal("its samples have used up all numbers");
-    const auto last = static_cast<std::uint32_t>(m_header.lastSample + count);
-    const std::uint32_t capacity = m_header.samples;
-    const std::uint32_t start =
-        std::max(m_header.ringStart, last > capacity ? last - capacity + 1 : std::uint32_t{1});
-    moveStart(start);
-    const std::uint64_t kept = std::min<std::uint64_t>(count, capacity);
-    rows = rows.subspan((count - kept) * width);
-    const auto row = static_cast<std::uint32_t>((last - kept) % capacity);
-    const std::uint64_t beforeSeam = std::min<std::uint64_t>(kept, capacity - row);
-    putRows(row, rows.first(beforeSeam * width));
-    if (beforeSeam < kept)
-        putRows(0, rows.subspan(beforeSeam * width));
+    const std::size_t part = std::max<std::size_t>(1, m_header.samples / kParts);
+    m_syncsParts = part >= kRowsWorthASync;
+    while (!rows.empty()) {
+        const std::size_t taken = std::min(part * width, rows.size());
+        writePart(rows.first(taken));
+        rows = rows.subspan(taken);
+    }
     sync();
+}
+
+// Rows for at most a part of the ring.
+void RingWriter::writePart(std::span<const float> rows)
+{
+    const std::size_t width = m_header.columns;
+    const auto count = static_cast<std::uint32_t>(rows.size() / width);
+    const std::uint32_t capacity = m_header.samples;
+    const std::uint32_t last = m_header.lastSample + count;
+    moveStart(std::max(m_header.ringStart, last > capacity ? last - capacity + 1 : std::uint32_t{1}));
+    const std::uint32_t row = m_header.lastSample % capacity;
+    const std::size_t beforeSeam = std::min(count, capacity - row) * width;
+    putRows(row, rows.first(beforeSeam));
+    if (beforeSeam < rows.size())
+        putRows(0, rows.subspan(beforeSeam));
+    if (m_syncsParts)
+        sync();
     moveEnd(last);
 }
 
 void RingWriter::writeMissing(std::uint32_t count)
 {
-    requireInPlace();
-    if (count > numbersLeft())
-        throw RingRefusal("its samples have used up all numbers");
-    if (count > m_header.samples) {
-        // Nothing that the ring holds stays.
-        const std::uint32_t passed = m_header.lastSample + (count - m_header.samples);
-        moveStart(passed + 1);
-        moveEnd(passed);
-        count = m_header.samples;
-    }
     constexpr std::size_t kRunFloats = std::size_t{1} << 16;
     const auto run = static_cast<std::uint32_t>(std::max<std::size_t>(1, kRunFloats / m_header.columns));
     const std::vector<float> missing(std::size_t{std::min(run, count)} * m_header.columns,
@@ -171,14 +174,14 @@ void RingWriter::moveStart(std::uint32_t sample)
     if (sample == m_header.ringStart)
         return;
     putWord(kRingStartAt, sample);
-    sync();
+    if (m_syncsParts)
+        sync();
     m_header.ringStart = sample;
 }
 
 void RingWriter::moveEnd(std::uint32_t sample)
 {
     putWord(kLastSampleAt, sample);
-    sync();
     m_header.lastSample = sample;
 }
 

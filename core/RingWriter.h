@@ -1,12 +1,16 @@
 // Writes rows into a ring file while others read it, so that whatever stops the writer leaves a ring of which
 // every sample that the header names is there.
 //
-// A row of a full ring takes the place of the oldest one. So each write goes in three steps, each of them on
-// the disk before the next one begins:
+// A row of a full ring takes the place of the oldest one. So rows are written in parts of at most an eighth
+// of the ring, each in three steps, of which each is on the disk before the next one begins:
 //
 //     1. ringStart goes past the samples whose rows will be overwritten
 //     2. the rows
 //     3. lastSample goes to the last one of them
+//
+// A kill in between leaves a ring that holds up to an eighth less than it has room for. In rings of fewer
+// than 8 192 rows, where a part is not worth three waits for the disk, only the whole of a write is waited
+// for: they outlast a kill all the same, but not any cut of the power.
 //
 // Each of the header's changes is one aligned word, so that no reader sees half of it, and the texts that a
 // header editor writes meanwhile stay. A reader that reads a row and finds afterwards that ringStart is still
@@ -51,9 +55,8 @@ public:
 
     // Of a file that holds no rows yet.
     void setStart(std::uint32_t seconds, float rest);
-    // Appends rows of columns() values each; on return they are on the disk. Of more rows than the ring has
-    // room for only the last ones are written, the others count. Throws std::system_error, and RingRefusal
-    // where the file has been replaced or removed: what was written before stands.
+    // Appends rows of columns() values each; on return they are on the disk. Throws std::system_error, and
+    // RingRefusal where the file has been replaced or removed: what was written before stands.
     void write(std::span<const float> rows);
     // Appends so many rows of missing values. Throws as write().
     void writeMissing(std::uint32_t count);
@@ -62,6 +65,7 @@ public:
 
 private:
     void requireInPlace() const;
+    void writePart(std::span<const float> rows);
     void moveStart(std::uint32_t sample);
     void moveEnd(std::uint32_t sample);
     void putWord(std::uint64_t offset, std::uint32_t value);
@@ -73,6 +77,7 @@ private:
     BlockFile m_file;
     ByteOrder m_order = ByteOrder::Unknown;
     TsHeader m_header;
+    bool m_syncsParts = true;
     std::vector<float> m_swapped;
 };
 

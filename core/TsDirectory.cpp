@@ -1,8 +1,9 @@
 #include "core/TsDirectory.h"
 
+#include <sys/stat.h>
+
 #include <system_error>
 
-#include "core/FileIdentity.h"
 #include "core/FileTime.h"
 #include "core/TsNames.h"
 
@@ -72,13 +73,10 @@ std::vector<TsFileRecord> scanTsFiles(const std::vector<std::string>& names,
 
 TsFileList::State TsFileList::stateOf(const std::string& name)
 {
-    std::error_code gone;
-    State state;
-    state.size = std::filesystem::file_size(name, gone);
-    state.time = std::filesystem::last_write_time(name, gone);
-    if (const auto identity = identityOf(std::filesystem::path(name)))
-        state.number = identity->number;
-    return state;
+    struct stat file = {};
+    if (::stat(name.c_str(), &file) != 0)
+        return {};
+    return {file.st_ino, file.st_size, file.st_mtim.tv_sec, file.st_mtim.tv_nsec};
 }
 
 bool TsFileList::look(const std::vector<std::string>& names,

@@ -53,11 +53,13 @@ public:
     const std::vector<TsFileRecord>& records() const noexcept { return m_records; }
 
 private:
+    // Of a file on the disk: another one, or one that was written, has another.
     struct State
     {
-        std::uintmax_t size = 0;
-        std::filesystem::file_time_type time;
         std::uint64_t number = 0;
+        std::int64_t size = -1;
+        std::int64_t seconds = 0;
+        std::int64_t nanoseconds = 0;
         bool operator==(const State&) const = default;
     };
     struct Known

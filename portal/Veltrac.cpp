@@ -148,7 +148,8 @@ void VeltracWin::showNews()
         showInStatusBar(
             QStringLiteral("Not listed: %1 is a corrupt ts-file.").arg(QFile::decodeName(bytes.c_str())));
     });
-    if (!hasNews)
+    // What was listed of a window's own files goes, too.
+    if (!hasNews && m_files.size() == m_list.records().size())
         return;
     m_files = m_list.records();
     m_foreignNames = foreign;

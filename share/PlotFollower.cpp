@@ -63,6 +63,7 @@ void PlotFollower::look()
     // A job reads the files now.
     if (JobProgress::isRunning())
         return;
+    const QScopedValueRollback<bool> moving(m_moving, true);
     Came most = Came::Nothing;
     for (std::size_t i = 0; i < m_canvas->files().size(); ++i) {
         const auto file = m_canvas->files().file(i);

@@ -171,7 +171,7 @@ void PlotFollower::viewChanged()
         m_paused = true;
     }
     if (m_paused)
-        m_pausedAt = xText(plot, plot.x2());
+        m_pausedAt = QString::fromStdString(xText(plot, plot.x2()));
     tell();
 }
 

@@ -101,7 +101,8 @@ TEST(Record, GoesOnOverTheSeamAndKeepsItsClock)
     // As if it had ended a second and a half ago: two rows of the time in between are missing.
     {
         TSFILE ts("r.ts", false);
-        const double start = static_cast<double>(std::time(nullptr)) - 9 * 0.5 - 1.5;
+        const std::chrono::duration<double> now = std::chrono::system_clock::now().time_since_epoch();
+        const double start = now.count() - 9 * 0.5 - 1.5;
         ts.setStart(static_cast<std::uint32_t>(start), static_cast<float>(start - std::floor(start)));
     }
     const ShellOutcome outcome = record("10 100\n", "");
@@ -131,7 +132,7 @@ TEST(Record, RefusesWhatDoesNotFit)
         {"r.ts --dt 3", 1, "another sample time"},
         {"r.ts --time", 1, "tells its time in another way"},
         {"plain.ts", 1, "no ring file"},
-        {"text.ts", 1, "ts-file"},
+        {"text.ts", 1, "cut short"},
         {"new.ts", 1, "--columns is needed"},
         {"new.ts --columns a --samples 999999999", 1, "--samples 536870"},
         {"r.ts other.ts", 2, "one file"},

@@ -1,9 +1,6 @@
 // Recording: what becomes of rows of all kinds, and of the file when the recorder is killed while others
 // read.
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <atomic>
 #include <chrono>
@@ -16,6 +13,7 @@
 #include "core/RingFile.h"
 #include "core/TSFILE.h"
 #include "core/TsExceptions.h"
+#include "tests/cli/Recorder.h"
 #include "tests/cli/Shell.h"
 #include "tests/core/TsFileBytes.h"
 
@@ -83,8 +81,8 @@ TEST(Record, TextIsReadAsTheImportersReadIt)
 TEST(Record, DatesBecomeAClockOfMicroseconds)
 {
     const TestDirectory directory;
-    const ShellOutcome outcome = record("2016-10-30T02:30:00.000125 1\n2016-10-30T02:30:01.5 2\n",
-                                        "--time32 --columns a --samples 3");
+    const ShellOutcome outcome =
+        record("2016-10-30T02:30:00.000125 1\n2016-10-30T02:30:01.5 2\n", "--time32 --columns a --samples 3");
     ASSERT_EQ(outcome.status, 0) << outcome.notes;
     TSFILE ts("r.ts", true);
     const FileTime time(ts);
@@ -194,67 +192,6 @@ TEST(Record, SampleNumbersBeginAnewBeforeTheyEnd)
 
 namespace {
 
-// A recorder process and a thread that feeds it rows of three values: the sample's number, that modulo 977,
-// and minus it.
-class Recorder
-{
-public:
-    explicit Recorder(std::uint32_t next, const std::vector<std::string>& options)
-    {
-        int ends[2];
-        if (pipe2(ends, O_CLOEXEC) != 0)
-            return;
-        m_pid = fork();
-        if (m_pid == 0) {
-            dup2(ends[0], 0);
-            const int null = open("notes", O_WRONLY | O_CREAT | O_TRUNC, 0666);
-            dup2(null, 2);
-            std::vector<const char*> words = {VELTRAC_CLI, "record", "r.ts", "--f32"};
-            for (const std::string& option : options)
-                words.push_back(option.c_str());
-            words.push_back(nullptr);
-            execv(VELTRAC_CLI, const_cast<char**>(words.data()));
-            _exit(127);
-        }
-        close(ends[0]);
-        m_feeder = std::thread([this, next, out = ends[1]] { feed(next, out); });
-    }
-    ~Recorder() { end(SIGKILL); }
-
-    int end(int signal)
-    {
-        if (m_pid <= 0)
-            return m_status;
-        kill(m_pid, signal);
-        waitpid(m_pid, &m_status, 0);
-        m_pid = 0;
-        m_feeder.join();
-        return m_status;
-    }
-
-private:
-    void feed(std::uint32_t next, int out) const
-    {
-        constexpr std::uint32_t kRows = 100;
-        float rows[3 * kRows];
-        for (;; next += kRows) {
-            for (std::uint32_t i = 0; i < kRows; ++i) {
-                rows[3 * i] = static_cast<float>(next + i);
-                rows[3 * i + 1] = static_cast<float>((next + i) % 977);
-                rows[3 * i + 2] = -static_cast<float>(next + i);
-            }
-            if (write(out, rows, sizeof rows) != static_cast<ssize_t>(sizeof rows))
-                break;
-            std::this_thread::sleep_for(std::chrono::microseconds(200));
-        }
-        close(out);
-    }
-
-    pid_t m_pid = 0;
-    int m_status = 0;
-    std::thread m_feeder;
-};
-
 // Samples first to last as a reader finds them: those that were overwritten while it read do not count.
 std::uint32_t wrongRows(TSFILE& ts, std::uint32_t first, std::uint32_t last)
 {
@@ -271,9 +208,6 @@ std::uint32_t wrongRows(TSFILE& ts, std::uint32_t first, std::uint32_t last)
     return wrong;
 }
 
-const std::vector<std::string> kRing = {"--columns", "n,m,k", "--samples", "9000",
-                                        "--flush",   "0.002", "--no-gap"};
-
 }  // namespace
 
 // A short form runs with all tests; VELTRAC_KILLS=500 is the whole trial.
@@ -283,7 +217,7 @@ TEST(Record, KilledAtAnyMomentItLosesOnlyWhatWasNotFlushed)
     const TestDirectory directory;
     const char* const asked = std::getenv("VELTRAC_KILLS");
     const int kills = asked != nullptr ? std::atoi(asked) : 25;
-    makeRingFile("r.ts", {.samples = 9000, .columns = {{"n", ""}, {"m", ""}, {"k", ""}}});
+    makeRingFile("r.ts", {.samples = kRecordedRoom, .columns = {{"n", ""}, {"m", ""}, {"k", ""}}});
     std::atomic<bool> goesOn = true;
     std::atomic<std::uint32_t> seen = 0;  // the highest sample that a reader has found
     std::atomic<std::uint64_t> wrong = 0;
@@ -303,7 +237,7 @@ TEST(Record, KilledAtAnyMomentItLosesOnlyWhatWasNotFlushed)
     std::mt19937 dice(7);
     std::uint32_t last = 0;
     for (int i = 0; i < kills; ++i) {
-        Recorder recorder(last + 1, kRing);
+        Recorder recorder(last + 1);
         std::this_thread::sleep_for(std::chrono::microseconds(3000 + dice() % 60000));
         recorder.end(SIGKILL);
         TSFILE ts("r.ts", true);
@@ -313,12 +247,12 @@ TEST(Record, KilledAtAnyMomentItLosesOnlyWhatWasNotFlushed)
         last = ts.lastSample();
         EXPECT_EQ(wrongRows(ts, oldest, last), 0U) << "kill " << i;
         // What a part of the ring had made room for may be gone, no more.
-        EXPECT_GE(last + 1 - oldest, std::min(last, 9000U - 9000U / 8)) << "kill " << i;
+        EXPECT_GE(last + 1 - oldest, std::min(last, kRecordedRoom - kRecordedRoom / 8)) << "kill " << i;
     }
     goesOn = false;
     reader.join();
     EXPECT_EQ(wrong, 0U);
-    EXPECT_GT(last, 9000U) << "the ring has come round";
+    EXPECT_GT(last, kRecordedRoom) << "the ring has come round";
     EXPECT_GT(looks, static_cast<std::uint64_t>(kills));
     EXPECT_EQ(directory.fileCount(), 2U) << "the ring and the notes";
 }
@@ -329,7 +263,7 @@ TEST(Record, SignalsEndItWithAReport)
     for (const int stop : {SIGINT, SIGTERM}) {
         const TestDirectory directory;
         {
-            Recorder recorder(1, kRing);
+            Recorder recorder(1);
             std::this_thread::sleep_for(std::chrono::milliseconds(200));
             const int status = recorder.end(stop);
             EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
@@ -345,7 +279,7 @@ TEST(Record, OneRecorderAFileAndNoneIntoAFileThatIsGone)
 {
     signal(SIGPIPE, SIG_IGN);
     const TestDirectory directory;
-    Recorder recorder(1, kRing);
+    Recorder recorder(1);
     std::this_thread::sleep_for(std::chrono::milliseconds(200));
     const ShellOutcome second = cli("record r.ts --f32");
     EXPECT_EQ(second.status, 1);

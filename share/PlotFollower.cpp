@@ -88,8 +88,12 @@ void PlotFollower::look()
 PlotFollower::Came PlotFollower::takeNews(PlotFile& file)
 {
     Watched& watched = m_watched[&file];
-    if (!watched.sinceNews.isValid())
+    const auto noteNews = [&watched] {
         watched.sinceNews.start();
+        watched.lastNews = QTime::currentTime();
+    };
+    if (!watched.sinceNews.isValid())
+        noteNews();
     const std::uint32_t before = file.rows();
     const Group::Variables variables = m_canvas->plot().variables();
     switch (file.follow()) {
@@ -121,7 +125,7 @@ PlotFollower::Came PlotFollower::takeNews(PlotFile& file)
     const bool goesOn = file.rows() > 0 && before > 0 && file.rows() != before;
     if (goesOn)
         watched.longestGap = std::max(watched.longestGap, watched.sinceNews.elapsed());
-    watched.sinceNews.start();
+    noteNews();
     watched.trouble.clear();
     watched.isStalled = false;
     const bool allBuilt = std::all_of(variables.begin(), variables.end(), [&](const auto& v) {
@@ -190,9 +194,9 @@ void PlotFollower::tell()
         if (!watched->second.trouble.isEmpty())
             news << watched->second.trouble;
         else if (watched->second.isStalled)
-            news << tr("No new samples of %1 for %2 s")
-                        .arg(fileNameOf(*file))
-                        .arg(watched->second.sinceNews.elapsed() / 1000);
+            news << tr("No new samples of %1 since %2")
+                        .arg(fileNameOf(*file),
+                             watched->second.lastNews.toString(QStringLiteral("HH:mm:ss")));
     }
     const QString text = news.join(QStringLiteral("   "));
     if (text.isEmpty())

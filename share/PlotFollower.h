@@ -8,6 +8,7 @@
 
 #include <QElapsedTimer>
 #include <QObject>
+#include <QTime>
 #include <QTimer>
 
 #include <map>
@@ -46,6 +47,7 @@ private:
     struct Watched
     {
         QElapsedTimer sinceNews;
+        QTime lastNews;
         qint64 longestGap = 0;  // milliseconds
         QString trouble;        // in the user's words; empty where all is well
         bool isStalled = false;

@@ -18,9 +18,9 @@ namespace {
 
 constexpr int kLookMs = 50;
 constexpr int kOverviewMs = 1000;
-// A writer is late after three times the longest it has been quiet so far, but not sooner.
+// A writer is late after three sample times, but not sooner than this.
 constexpr qint64 kLateMs = 3000;
-constexpr int kLateGaps = 3;
+constexpr int kLateSteps = 3;
 constexpr double kAtEdge = 1e-3;  // of the view's width
 
 }  // namespace
@@ -102,12 +102,15 @@ PlotFollower::Came PlotFollower::takeNews(PlotFile& file)
         case PlotFile::News::Cut:
             return noteTrouble(file,
                                tr("%1 was cut short; what was read of it is shown.").arg(fileNameOf(file)));
-        case PlotFile::News::None: {
-            watched.trouble.clear();
-            const qint64 usual = std::max(watched.longestGap, static_cast<qint64>(file.step() * 1000.0));
-            watched.isStalled = watched.sinceNews.elapsed() > std::max(kLateMs, kLateGaps * usual);
+        case PlotFile::News::None:
+            // After a failure what is there is read anew.
+            if (!watched.trouble.isEmpty()) {
+                forget(file);
+                break;
+            }
+            watched.isStalled = watched.sinceNews.elapsed() >
+                                std::max(kLateMs, kLateSteps * static_cast<qint64>(file.step() * 1000.0));
             return Came::Nothing;
-        }
         case PlotFile::News::Rows:
             try {
                 HsVariable::extendAll(variables, file, before);
@@ -122,9 +125,6 @@ PlotFollower::Came PlotFollower::takeNews(PlotFile& file)
             forget(file);
             break;
     }
-    const bool goesOn = file.rows() > 0 && before > 0 && file.rows() != before;
-    if (goesOn)
-        watched.longestGap = std::max(watched.longestGap, watched.sinceNews.elapsed());
     noteNews();
     watched.trouble.clear();
     watched.isStalled = false;

@@ -48,8 +48,7 @@ private:
     {
         QElapsedTimer sinceNews;
         QTime lastNews;
-        qint64 longestGap = 0;  // milliseconds
-        QString trouble;        // in the user's words; empty where all is well
+        QString trouble;  // in the user's words; empty where all is well
         bool isStalled = false;
     };
     enum class Came { Nothing, Rows, Other };

@@ -134,7 +134,7 @@ void PlotFile::readRows(std::uint32_t first, std::uint32_t count, float* out) co
     m_file->readRows(sampleOf(first), count, out);
 }
 
-float PlotFile::readValue(std::uint32_t row, std::uint32_t column) const
+float PlotFile::readValue(std::uint32_t column, std::uint32_t row) const
 {
     return m_file->value(sampleOf(row), column);
 }

@@ -138,8 +138,8 @@ QVariant TsTableModel::editingData(const QModelIndex& index, int role) const
         return v ? QString::number(static_cast<double>(*v), 'g', 9) : QString();
     }
     if (role == Qt::BackgroundRole &&
-        m_edited->edits().isUnsaved(static_cast<std::uint32_t>(index.row()) + 1,
-                                    static_cast<std::uint32_t>(index.column()) + 1))
+        m_edited->edits().isUnsaved(static_cast<std::uint32_t>(index.column()) + 1,
+                                    static_cast<std::uint32_t>(index.row()) + 1))
         return kChangedTint;
     return QVariant();
 }

@@ -190,8 +190,8 @@ void STLObject::settleResult()
     const bool coarse = found.steps.span * std::ldexp(1.0, -24) > kFinest * typical;
     found.target.timeResult =
         m_format.timeResult.value_or(found.steps.areEqual || found.chosen < 2 ? STLTimeResult::Constant
-                                     : coarse                             ? STLTimeResult::TimeTwoColumns
-                                                                          : STLTimeResult::TimeColumn);
+                                     : coarse                                 ? STLTimeResult::TimeTwoColumns
+                                                                              : STLTimeResult::TimeColumn);
     found.target.resampled = found.target.timeResult == STLTimeResult::Resampled;
     if (found.target.resampled && (found.steps.least < 0.0 || found.steps.newestFirst))
         throw STLError("The times of the rows run backwards; they cannot be put at equal steps.");
@@ -237,8 +237,8 @@ void STLObject::settleStart()
     found.firstSeconds = first;
 
     found.target.timeColumns = found.target.timeResult == STLTimeResult::TimeColumn       ? 1
-                        : found.target.timeResult == STLTimeResult::TimeTwoColumns ? 2
-                                                                            : 0;
+                               : found.target.timeResult == STLTimeResult::TimeTwoColumns ? 2
+                                                                                          : 0;
     // Whole seconds are unsigned: times that run back behind the first one must not be negative.
     // Summer begins a day an hour earlier than it lies on the wall clock.
     const double summer = found.steps.earliest < 0.0 && datesAlone(m_format) ? 3600.0 : 0.0;
@@ -252,7 +252,8 @@ void STLObject::settleStart()
         start = 0.0;
     }
     found.target.startSeconds = static_cast<std::uint32_t>(std::max(start, 0.0));
-    found.target.startTime = found.target.timeColumns > 0 ? 0.0F : static_cast<float>(start - found.target.startSeconds);
+    found.target.startTime =
+        found.target.timeColumns > 0 ? 0.0F : static_cast<float>(start - found.target.startSeconds);
     const double farthest = std::max(std::fabs(first - start), std::fabs(first - start + found.steps.span));
     found.target.coarseness = found.target.timeColumns == 1 ? std::ldexp(farthest, -24) : 0.0;
     found.target.columns += found.target.timeColumns;
@@ -321,7 +322,8 @@ void STLObject::writeHeader(TSFILE& target) const
 // Days that are no equal steps apart begin at their own midnights, in summer as in winter.
 double STLObject::instantOf(double sinceFirst) const
 {
-    if (m_found.target.timeColumns == 0 || m_found.target.resampled || m_format.greenwich || !datesAlone(m_format))
+    if (m_found.target.timeColumns == 0 || m_found.target.resampled || m_format.greenwich ||
+        !datesAlone(m_format))
         return sinceFirst;
     const Micros wall = m_found.firstWall + std::llround(sinceFirst * kMicrosPerSecond);
     return static_cast<double>(localSeconds(wall) - localSeconds(m_found.firstWall));
@@ -364,7 +366,8 @@ JobOutcome veltrac::importSTL(STLObject& log, const std::filesystem::path& targe
 {
     PendingFile pending(target, ".veltrac-new", ".ts");
     {
-        const auto file = createTsFile(pending.path().string(), log.found().target.samples, log.found().target.columns);
+        const auto file =
+            createTsFile(pending.path().string(), log.found().target.samples, log.found().target.columns);
         if (log.write(*file, progress) == JobOutcome::Cancelled)
             return JobOutcome::Cancelled;
     }

@@ -55,8 +55,9 @@ std::string summaryText(const STLCheck& found)
     addCount(losses, found.losses.missingCells(), "cell", "missing");
     addCount(losses, found.losses.skippedLines, "line", "skipped");
     addCount(losses, found.losses.titleLines, "repeated line", "of names left out");
-    return counted(found.target.samples, "row") + ", " + counted(found.target.columns - found.target.timeColumns, "column") + '.' +
-           losses + (losses.empty() ? "" : ".");
+    return counted(found.target.samples, "row") + ", " +
+           counted(found.target.columns - found.target.timeColumns, "column") + '.' + losses +
+           (losses.empty() ? "" : ".");
 }
 
 std::string evidenceText(const STLFormat& format)
@@ -179,7 +180,7 @@ std::string resultText(const STLCheck& found)
     return found.target.resampled          ? "At equal steps of " + step + '.'
            : found.target.timeColumns == 2 ? "With \"Time\" and \"Time32\"."
            : found.target.timeColumns == 1 ? "With a column \"Time\"."
-                                    : "With a sample time of " + step + '.';
+                                           : "With a sample time of " + step + '.';
 }
 
 std::string wallInWords(Micros wall)

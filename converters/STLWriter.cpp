@@ -49,7 +49,8 @@ void STLWriter::addResampled(double seconds, const std::vector<float>& values)
     const double width = seconds - m_beforeSeconds;
     const bool gap = width > kGapSteps * std::max(step, m_found.steps.typical);
     std::vector<float> point(values.size());
-    while (m_written < m_found.target.samples && static_cast<double>(m_written) * step <= seconds + step * 1e-6) {
+    while (m_written < m_found.target.samples &&
+           static_cast<double>(m_written) * step <= seconds + step * 1e-6) {
         const double at = static_cast<double>(m_written) * step;
         const double share = m_before.empty() || width <= 0 ? 1.0 : (at - m_beforeSeconds) / width;
         const bool onRow = share > 1.0 - 1e-6;

@@ -133,6 +133,13 @@ double between(const std::vector<double>& values, double place)
     return sum;
 }
 
+}  // namespace
+
+const char* correlationScaleName(CorrelationScale scale)
+{
+    return kCorrelationRows[static_cast<std::size_t>(scale)].name;
+}
+
 SpectrumRequest secondRequest(const CorrelationRequest& request)
 {
     SpectrumRequest second = request.first;
@@ -143,13 +150,6 @@ SpectrumRequest secondRequest(const CorrelationRequest& request)
     second.to = request.secondFrom + (request.first.to - request.first.from);
     second.interpolate = request.interpolateSecond;
     return second;
-}
-
-}  // namespace
-
-const char* correlationScaleName(CorrelationScale scale)
-{
-    return kCorrelationRows[static_cast<std::size_t>(scale)].name;
 }
 
 std::uint64_t correlationBytes(std::uint32_t mostLag)

@@ -35,6 +35,9 @@ struct CorrelationRequest
     std::uint32_t mostLag = 1000;  // samples, below the number of samples in the range
 };
 
+// The request of the second one's samples.
+SpectrumRequest secondRequest(const CorrelationRequest& request);
+
 // The bytes of memory that a greatest lag takes.
 std::uint64_t correlationBytes(std::uint32_t mostLag);
 // The greatest lag that there may be: what a transform can hold.

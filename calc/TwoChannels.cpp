@@ -66,15 +66,21 @@ double unwrapped(double phase, double& before)
     return std::isfinite(phase) ? before : phase;
 }
 
+// As a factor of another unit.
+std::string bracketed(std::string_view unit)
+{
+    return unit.find('/') == std::string_view::npos ? std::string(unit) : "(" + std::string(unit) + ")";
+}
+
 std::string twoChannelUnit(const TwoChannelRequest& request, std::string_view in, std::string_view out)
 {
     if (request.result == TwoChannelResult::Coherence)
         return "";
     std::string unit;
     if (request.result == TwoChannelResult::CrossDensity)
-        unit = in.empty() || out.empty() ? "" : std::string(in) + "·" + std::string(out) + "/Hz";
+        unit = in.empty() || out.empty() ? "" : bracketed(in) + "·" + bracketed(out) + "/Hz";
     else if (in != out && !in.empty() && !out.empty())
-        unit = std::string(out) + "/" + std::string(in);
+        unit = bracketed(out) + "/" + bracketed(in);
     if (!hasDecibels(request))
         return unit;
     return unit.empty() ? "dB" : "dB re 1 " + unit;

@@ -133,7 +133,10 @@ QString valueWithUnit(const HsVariable& variable, double value)
 QString xUnit(const Plot2D& plot)
 {
     const std::string_view unit = unitIn(plot.xTitle);
-    return unit.empty() ? QStringLiteral("s") : QString::fromStdString(std::string(unit));
+    if (!unit.empty())
+        return QString::fromStdString(std::string(unit));
+    // "Real part" is a number.
+    return plot.xTitle.empty() || plot.xTitle.starts_with("Time") ? QStringLiteral("s") : QString();
 }
 
 QString xText(const Plot2D& plot, double x)
@@ -146,14 +149,14 @@ QString xText(const Plot2D& plot, double x)
         case XMode::Elapsed:
             break;
     }
-    return numberText(plot, x) + QLatin1Char(' ') + xUnit(plot);
+    return (numberText(plot, x) + QLatin1Char(' ') + xUnit(plot)).trimmed();
 }
 
 QString distanceText(const Plot2D& plot, double dx)
 {
     if (plot.axis().mode == XMode::Sample)
         return numberText(plot, dx) + QStringLiteral(" samples");
-    const QString text = numberText(plot, dx) + QLatin1Char(' ') + xUnit(plot);
+    const QString text = (numberText(plot, dx) + QLatin1Char(' ') + xUnit(plot)).trimmed();
     constexpr double kMinute = 60.0;
     // Between dates nobody counts in seconds alone.
     return plot.axis().mode == XMode::Clock && std::abs(dx) >= kMinute && std::abs(dx) < 1e14

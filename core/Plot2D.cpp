@@ -68,6 +68,27 @@ void Plot2D::moveToGroup(const std::shared_ptr<HsVariable>& variable, std::size_
     std::erase_if(m_groups, [](const Group& g) { return g.variables().empty(); });
 }
 
+void Plot2D::setVisible(HsVariable& variable, bool on)
+{
+    variable.variable().visible = on;
+}
+
+void Plot2D::showOnly(HsVariable& variable)
+{
+    for (const auto& v : variables())
+        setVisible(*v, v.get() == &variable);
+}
+
+void Plot2D::setYMode(std::size_t group, YMode mode)
+{
+    Group& g = m_groups[group];
+    g.mode = mode;
+    if (mode == YMode::Whole)
+        g.fitY();
+    else if (mode == YMode::View)
+        g.fitY(m_axis, x1(), x2());
+}
+
 void Plot2D::setLogarithmicY(std::size_t group, bool on)
 {
     if (group >= m_groups.size())

@@ -365,14 +365,15 @@ TEST_F(CalcWindows, LevelsInDecibelStandOnALinearAxisAndHaveNoMeans)
     window.sl_execute();
     EXPECT_FALSE(plot.groups().front().isLogarithmic());
     EXPECT_TRUE(plot.axis().logarithmic);
-    const QVector<IntervalRow> rows = intervalRows(plot);
+    const std::vector<IntervalRow> rows = intervalRows(plot);
     ASSERT_EQ(rows.size(), 1);
     EXPECT_EQ(rows[0].variable->variable().unit, "dB re 1 V");
-    const QStringList fields = intervalFields(plot, rows[0]);
+    const IntervalFields fields = intervalFields(plot, rows[0]);
     for (const char* const name : {"mean", "RMS", "deviation"})
-        for (int c = 0; c < fields.size(); ++c)
-            EXPECT_TRUE(!intervalHeadings()[c].contains(QLatin1String(name), Qt::CaseInsensitive) ||
-                        fields[c].isEmpty())
+        for (std::size_t c = 0; c < fields.size(); ++c)
+            EXPECT_TRUE(
+                !QString::fromUtf8(kIntervalHeadings[c]).contains(QLatin1String(name), Qt::CaseInsensitive) ||
+                fields[c].empty())
                 << name;
 }
 

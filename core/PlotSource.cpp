@@ -21,10 +21,11 @@ double PlotSource::step() const
 {
     if (m_timeKind == TimeKind::Steps)
         return m_dt;
-    if (m_timeKind == TimeKind::RowNumbers || m_rows < 2)
+    if (m_timeKind == TimeKind::RowNumbers || m_rows <= m_firstRow)
         return 1.0;
-    const double span = timeOf(m_rows) - timeOf(1);
-    return span > 0.0 ? span / (m_rows - 1.0) : 1.0;
+    const double steps = m_rows - m_firstRow;
+    const double span = timeOf(m_rows) - timeOf(m_firstRow);
+    return span > 0.0 ? span / steps : 1.0;
 }
 
 double PlotSource::timeOf(std::uint32_t row) const
@@ -50,7 +51,8 @@ std::uint32_t PlotSource::rowAt(double t) const
 {
     if (m_rows == 0 || std::isnan(t))
         return 0;
-    return m_timeKind == TimeKind::EachRow ? rowByTimes(t) : rowInSteps(t);
+    const std::uint32_t row = m_timeKind == TimeKind::EachRow ? rowByTimes(t) : rowInSteps(t);
+    return row < m_firstRow ? 0 : row;
 }
 
 std::uint32_t PlotSource::rowInSteps(double t) const
@@ -72,7 +74,7 @@ std::uint32_t PlotSource::rowInSteps(double t) const
 
 std::uint32_t PlotSource::rowByTimes(double t) const
 {
-    std::uint32_t low = 1;
+    std::uint32_t low = m_firstRow;
     std::uint32_t high = m_rows;
     if (m_timesKnown) {
         const auto after = std::upper_bound(m_bucketTimes.begin(), m_bucketTimes.end(), t);
@@ -81,7 +83,10 @@ std::uint32_t PlotSource::rowByTimes(double t) const
         const auto bucket = static_cast<std::uint32_t>(after - m_bucketTimes.begin() - 1);
         low = bucket * m_bucketRows + 1;
         high = low + rowsOf(bucket) - 1;
-    } else if (timeOf(1) > t) {
+        low = std::max(low, m_firstRow);
+        if (low > high || timeOf(low) > t)
+            return low - 1;
+    } else if (timeOf(m_firstRow) > t) {
         return 0;
     }
     while (low < high) {
@@ -98,6 +103,12 @@ std::uint32_t PlotSource::rowNear(double t, double tolerance) const
 {
     if (m_rows == 0 || std::isnan(t))
         return 0;
+    const std::uint32_t row = nearRow(t, tolerance);
+    return row < m_firstRow ? 0 : row;
+}
+
+std::uint32_t PlotSource::nearRow(double t, double tolerance) const
+{
     if (m_timeKind != TimeKind::EachRow) {
         const std::uint32_t row = rowInSteps(t);
         const double width = m_bucketRows * (m_timeKind == TimeKind::Steps ? m_dt : 1.0);
@@ -156,6 +167,13 @@ PlotSource::Kept& PlotSource::KeptRuns::place(std::size_t most)
     return m_runs[m_latest];
 }
 
+void PlotSource::KeptRuns::forget(std::uint32_t bucket)
+{
+    for (Kept& run : m_runs)
+        if (run.bucket == bucket)
+            run.bucket = kNoBucket;
+}
+
 const PlotSource::Kept& PlotSource::kept(std::uint32_t column, std::uint32_t bucket) const
 {
     if (const Kept* const known = m_runs.find(column, bucket))
@@ -181,6 +199,25 @@ const PlotSource::Kept& PlotSource::kept(std::uint32_t column, std::uint32_t buc
 const float* PlotSource::rowsInMemory(std::uint32_t /*bucket*/) const
 {
     return nullptr;
+}
+
+void PlotSource::rowsCame(std::uint32_t rows)
+{
+    const std::uint32_t lastBucket = m_rows / m_bucketRows;
+    m_rows = rows;
+    m_runs.forget(lastBucket);
+}
+
+void PlotSource::forgetBuckets(std::uint32_t buckets)
+{
+    const std::uint32_t rows = buckets * m_bucketRows;
+    m_rows -= rows;
+    m_firstRow -= rows;
+    m_firstSample += rows;
+    m_base += rows * m_dt;
+    if (m_bucketTimes.size() >= buckets)
+        m_bucketTimes.erase(m_bucketTimes.begin(), m_bucketTimes.begin() + buckets);
+    m_runs.clear();
 }
 
 bool PlotSource::learnTimes(std::uint32_t first, std::uint32_t count, const float* rows)

@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
+#include <mutex>
+#include <set>
 #include <system_error>
 
 #include "core/Utf8.h"
@@ -35,6 +37,44 @@ void syncPath(const fs::path& path, int flags)
         errno = error;
         fail(path.string());
     }
+}
+
+// The scratch files that there are, by their absolute names.
+class Registry
+{
+public:
+    void add(const fs::path& path)
+    {
+        const std::lock_guard guard(m_lock);
+        m_paths.insert(named(path));
+    }
+    void remove(const fs::path& path)
+    {
+        const std::lock_guard guard(m_lock);
+        m_paths.erase(named(path));
+    }
+    bool has(const fs::path& path) const
+    {
+        const std::lock_guard guard(m_lock);
+        return m_paths.count(named(path)) != 0;
+    }
+
+private:
+    static fs::path named(const fs::path& path)
+    {
+        std::error_code none;
+        return fs::absolute(path, none).lexically_normal();
+    }
+
+    mutable std::mutex m_lock;
+    std::set<fs::path> m_paths;
+};
+
+// Never destroyed: a scratch file may outlive the static objects of main.
+Registry& scratchFiles()
+{
+    static auto* const files = new Registry;
+    return *files;
 }
 
 // The stem loses its end, at a whole character, where the name would be too long for a directory.
@@ -97,6 +137,7 @@ ScratchFile::ScratchFile(const fs::path& directory, const std::string& stem, con
         if (descriptor >= 0) {
             ::close(descriptor);
             m_path = candidate;
+            scratchFiles().add(m_path);
         } else if (errno != EEXIST) {
             fail(candidate.string());
         }
@@ -109,12 +150,24 @@ ScratchFile::~ScratchFile()
         return;
     std::error_code ignored;
     fs::remove(m_path, ignored);
+    scratchFiles().remove(m_path);
+}
+
+void ScratchFile::keep() noexcept
+{
+    scratchFiles().remove(m_path);
+    m_path.clear();
+}
+
+bool isScratchFile(const fs::path& path)
+{
+    return scratchFiles().has(path);
 }
 
 void ScratchFile::putInPlace(const fs::path& target)
 {
     veltrac::putInPlace(m_path, target);
-    m_path.clear();
+    keep();
 }
 
 }  // namespace veltrac

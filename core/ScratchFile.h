@@ -20,6 +20,9 @@ void putInPlace(const std::filesystem::path& finished, const std::filesystem::pa
 // Writes what the system still holds of a file to the disk. Throws std::system_error.
 void syncToDisk(const std::filesystem::path& file);
 
+// Whether a path is one of the scratch files that this process is working on.
+bool isScratchFile(const std::filesystem::path& path);
+
 // A scratch file that is gone when the object is, unless it was put in its place.
 //
 // The constructor makes an empty file under the first free name, so no other window or process can take
@@ -38,7 +41,7 @@ public:
     // As the function above; afterwards the file is no scratch file any more.
     void putInPlace(const std::filesystem::path& target);
     // Leaves the file where it is when the object goes.
-    void keep() noexcept { m_path.clear(); }
+    void keep() noexcept;
 
 private:
     std::filesystem::path m_path;

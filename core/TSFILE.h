@@ -119,7 +119,11 @@ public:
     // On: makes it a ring file. Off: rotates the data so that the oldest sample is row 1.
     void setRingMode(bool on);
     // Reads the header again, waiting for a writer in another process; true where lastSample() has changed.
+    // On failure the header that was held stays.
     bool refresh();
+    // ringStart() as it stands in the file now, while the header that is held stays: what a writer has
+    // overwritten since it was read lies before it.
+    std::uint32_t ringStartOnDisk();
 
     // -- Data --
 

@@ -46,6 +46,25 @@ void TsTableModel::takeFile(TSFILE* file)
     m_columns = static_cast<int>(std::min<std::uint32_t>(file->columns(), kMostColumns));
 }
 
+bool TsTableModel::takeNewRows()
+{
+    const bool hasMoved = m_file->refresh();
+    if (!isAsTheFile())
+        return true;
+    if (!hasMoved)
+        return false;
+    m_time.emplace(*m_file);
+    if (rowCount() > 0 && columnCount() > 0)
+        emit dataChanged(index(0, 0), index(rowCount() - 1, columnCount() - 1));
+    return true;
+}
+
+bool TsTableModel::isAsTheFile() const
+{
+    return m_file->samples() == m_samples &&
+           static_cast<int>(std::min<std::uint32_t>(m_file->columns(), kMostColumns)) == m_columns;
+}
+
 void TsTableModel::makeEditable(const std::filesystem::path& path)
 {
     m_edited = std::make_unique<EditedFile>(*m_file, path);

@@ -17,9 +17,6 @@ std::filesystem::path freeName(const std::filesystem::path& directory, const std
 // file bears the name. Throws std::system_error, the finished file and the old target untouched.
 void putInPlace(const std::filesystem::path& finished, const std::filesystem::path& target);
 
-// Writes what the system still holds of a file to the disk. Throws std::system_error.
-void syncToDisk(const std::filesystem::path& file);
-
 // A scratch file that is gone when the object is, unless it was put in its place.
 //
 // The constructor makes an empty file under the first free name, so no other window or process can take

@@ -339,6 +339,5 @@ JobOutcome veltrac::importSCL(SCLObject& logs, const fs::path& target, const Pro
         if (logs.write(*file, progress) == JobOutcome::Cancelled)
             return JobOutcome::Cancelled;
     }
-    pending.commit();
-    return JobOutcome::Done;
+    return pending.commit(progress);
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <ctime>
+#include <functional>
 #include <tuple>
 
 #include "converters/ColumnTexts.h"
@@ -17,7 +18,6 @@ using namespace veltrac;
 
 namespace {
 
-constexpr std::uint64_t kLookBytes = 1U << 15;
 constexpr double kFinest = 0.001;  // of the step, that a column of times has to tell
 constexpr double kLatestStart = 4294967295.0;
 
@@ -36,23 +36,10 @@ bool readAlike(const STLFormat& a, const STLFormat& b)
                       });
 }
 
-// Tells a progress how far a file has been read, every few hundred lines.
-class STLLooks
+std::function<bool()> lookAt(const STLRows& rows, const Progress& progress)
 {
-public:
-    explicit STLLooks(const Progress& progress) : m_progress(progress) {}
-    bool goesOn(const STLRows& rows)
-    {
-        if (rows.position() < m_next)
-            return true;
-        m_next = rows.position() + kLookBytes;
-        return veltrac::goesOn(m_progress, rows.position(), rows.fileBytes());
-    }
-
-private:
-    const Progress& m_progress;
-    std::uint64_t m_next = kLookBytes;
-};
+    return [&rows, &progress] { return goesOn(progress, rows.position(), rows.fileBytes()); };
+}
 
 }  // namespace
 
@@ -129,28 +116,27 @@ JobOutcome STLObject::readThrough(const Progress& progress, bool& wrongOrder)
     STLRows rows(text().path(), m_format, STLPass::Check);
     const STLClock& clock = rows.clock();
     STLSteps steps(timesAreNumbers(m_format.timeSource));
-    STLLooks looks(progress);
     Micros shift = 0;  // of the clock, at the first chosen row
-    while (rows.next()) {
-        if (!looks.goesOn(rows))
-            return JobOutcome::Cancelled;
+    const auto onLine = [&] {
         m_read.troubleCount += rows.troubles().size();
         for (const STLTrouble& trouble : rows.troubles())
             if (m_read.troubles.size() < kMostTroubles)
                 m_read.troubles.push_back(trouble);
         if (!rows.hasRow())
-            continue;
+            return;
         ++m_read.rows;
         m_read.troubledRows += rows.troubles().empty() ? 0 : 1;
         if (!isChosen(m_read.rows))
-            continue;
+            return;
         if (m_read.chosen++ == 0) {
             m_read.chosenFrom = rows.seconds();
             shift = clock.changes().shift();
         }
         if (m_format.timeSource != STLTimeSource::Typed)
             steps.add(rows.seconds(), std::isfinite(clock.resolution()) ? clock.resolution() : 0.0);
-    }
+    };
+    if (rows.walk(onLine, lookAt(rows, progress)) == JobOutcome::Cancelled)
+        return JobOutcome::Cancelled;
     const DateCells& dates = clock.dates();
     wrongOrder = dates.contradictsOrder();
     if (dates.provesOrder())
@@ -341,22 +327,21 @@ JobOutcome STLObject::write(TSFILE& target, const Progress& progress)
     STLRows rows(text().path(), m_format, timesWanted ? STLPass::Write : STLPass::WriteValues);
     STLWriter writer(target, m_format, m_found);
     const Progress reading = m_found.steps.newestFirst ? partOf(progress, 0, 80) : progress;
-    STLLooks looks(reading);
     const double step = m_found.steps.typical;
     const double from = m_found.chosenFrom - (m_found.steps.newestFirst ? m_found.steps.span : 0.0);
     std::uint64_t row = 0;
     std::uint64_t chosen = 0;
-    while (rows.next()) {
-        if (!looks.goesOn(rows))
-            return JobOutcome::Cancelled;
+    const auto onLine = [&] {
         if (!rows.hasRow() || !isChosen(++row))
-            continue;
+            return;
         if (++chosen > m_found.chosen)
             throw changed;
         writer.add(m_format.timeSource == STLTimeSource::Typed ? step * static_cast<double>(chosen - 1)
                                                                : instantOf(rows.seconds() - from),
                    rows.values());
-    }
+    };
+    if (rows.walk(onLine, lookAt(rows, reading)) == JobOutcome::Cancelled)
+        return JobOutcome::Cancelled;
     if (row != m_found.rows || writer.written() != m_found.target.samples)
         throw changed;
     return writer.finish(partOf(progress, 80, 100));
@@ -371,6 +356,5 @@ JobOutcome veltrac::importSTL(STLObject& log, const std::filesystem::path& targe
         if (log.write(*file, progress) == JobOutcome::Cancelled)
             return JobOutcome::Cancelled;
     }
-    pending.commit();
-    return JobOutcome::Done;
+    return pending.commit(progress);
 }

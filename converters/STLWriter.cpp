@@ -25,7 +25,7 @@ STLWriter::STLWriter(TSFILE& target, const STLFormat& format, const STLCheck& fo
     m_rows.reserve(kBufferedValues + found.target.columns);
 }
 
-void STLWriter::add(double seconds, const std::vector<float>& values)
+void STLWriter::add(double seconds, std::span<const float> values)
 {
     if (m_found.target.resampled)
         addResampled(seconds, values);
@@ -43,7 +43,7 @@ JobOutcome STLWriter::finish(const Progress& progress)
 }
 
 // Every point of the grid between the row before and this one is interpolated, unless a gap lies there.
-void STLWriter::addResampled(double seconds, const std::vector<float>& values)
+void STLWriter::addResampled(double seconds, std::span<const float> values)
 {
     const double step = m_found.target.dt;
     const double width = seconds - m_beforeSeconds;
@@ -61,11 +61,11 @@ void STLWriter::addResampled(double seconds, const std::vector<float>& values)
                                                   share * (static_cast<double>(values[c]) - m_before[c]));
         addRow(at, point);
     }
-    m_before = values;
+    m_before.assign(values.begin(), values.end());
     m_beforeSeconds = seconds;
 }
 
-void STLWriter::addRow(double seconds, const std::vector<float>& values)
+void STLWriter::addRow(double seconds, std::span<const float> values)
 {
     ++m_written;
     if (m_timeColumns > 0) {

@@ -130,8 +130,7 @@ JobOutcome rebuildTsFileAs(const std::filesystem::path& file, const std::filesys
             return JobOutcome::Cancelled;
         to.flush(true);
     }
-    pending.commit();
-    return JobOutcome::Done;
+    return pending.commit(progress);
 }
 
 }  // namespace veltrac

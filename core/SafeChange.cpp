@@ -8,6 +8,8 @@
 #include <system_error>
 #include <vector>
 
+#include "core/DiskSync.h"
+
 namespace veltrac {
 
 namespace {
@@ -90,6 +92,14 @@ void PendingFile::commit()
     m_scratch.putInPlace(m_real);
 }
 
+JobOutcome PendingFile::commit(const Progress& progress)
+{
+    if (progress && syncToDisk(path(), [&progress] { return progress(1, 1); }) == JobOutcome::Cancelled)
+        return JobOutcome::Cancelled;
+    commit();
+    return JobOutcome::Done;
+}
+
 JobOutcome changeInPlace(const InPlaceChange& change, const Progress& progress, OldValues& old)
 {
     std::uint64_t total = 0;
@@ -115,12 +125,12 @@ JobOutcome changeInPlace(const InPlaceChange& change, const Progress& progress, 
     try {
         if (change.write(change.file, writing) == JobOutcome::Done) {
             change.file.flush(true);
-            if (::fsync(change.file.descriptor()) != 0 && errno != EINVAL)
-                throw std::system_error(errno, std::generic_category());
-            return JobOutcome::Done;
+            if (syncToDisk(change.file.descriptor(), [&progress] { return goesOn(progress, 1, 1); }) ==
+                JobOutcome::Done)
+                return JobOutcome::Done;
         }
         old.lost = old.backup->path();
-        old.backup->restore();
+        old.backup->restore(change.file, progress);
     } catch (...) {
         const std::exception_ptr failure = std::current_exception();
         old.lost = old.backup->path();

@@ -11,6 +11,7 @@
 #include <set>
 #include <system_error>
 
+#include "core/DiskSync.h"
 #include "core/Utf8.h"
 
 namespace veltrac {
@@ -22,21 +23,6 @@ namespace fs = std::filesystem;
 [[noreturn]] void fail(const std::string& what)
 {
     throw std::system_error(errno, std::generic_category(), what);
-}
-
-void syncPath(const fs::path& path, int flags)
-{
-    const int descriptor = ::open(path.c_str(), flags | O_CLOEXEC);
-    if (descriptor < 0)
-        fail(path.string());
-    const int outcome = ::fsync(descriptor);
-    const int error = errno;
-    ::close(descriptor);
-    // Some file systems cannot sync a directory; they say so, and nothing more can be done there.
-    if (outcome != 0 && error != EINVAL) {
-        errno = error;
-        fail(path.string());
-    }
 }
 
 // The scratch files that there are, by their absolute names.
@@ -103,11 +89,6 @@ fs::path freeName(const fs::path& directory, const std::string& stem, const std:
     }
 }
 
-void syncToDisk(const fs::path& file)
-{
-    syncPath(file, O_RDONLY);
-}
-
 void putInPlace(const fs::path& finished, const fs::path& target)
 {
     // The new file keeps the rights that the user gave the old one.
@@ -125,8 +106,7 @@ void putInPlace(const fs::path& finished, const fs::path& target)
     std::error_code notALink;
     const fs::path real = fs::is_symlink(target, notALink) ? fs::canonical(target, notALink) : target;
     fs::rename(finished, real.empty() ? target : real);
-    const fs::path directory = target.parent_path();
-    syncPath(directory.empty() ? "." : directory, O_RDONLY | O_DIRECTORY);
+    syncDirectory(target.parent_path());
 }
 
 ScratchFile::ScratchFile(const fs::path& directory, const std::string& stem, const std::string& extension)

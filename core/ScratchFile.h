@@ -17,9 +17,6 @@ std::filesystem::path freeName(const std::filesystem::path& directory, const std
 // file bears the name. Throws std::system_error, the finished file and the old target untouched.
 void putInPlace(const std::filesystem::path& finished, const std::filesystem::path& target);
 
-// Writes what the system still holds of a file to the disk. Throws std::system_error.
-void syncToDisk(const std::filesystem::path& file);
-
 // Whether a path is one of the scratch files that this process is working on.
 bool isScratchFile(const std::filesystem::path& path);
 

@@ -10,6 +10,7 @@
 #include <system_error>
 
 #include "core/DiskSync.h"
+#include "core/LateRelease.h"
 #include "core/Utf8.h"
 
 namespace veltrac {
@@ -51,6 +52,11 @@ fs::path freeName(const fs::path& directory, const std::string& stem, const std:
 
 void putInPlace(const fs::path& finished, const fs::path& target)
 {
+    putInPlace(finished, target, {});
+}
+
+JobOutcome putInPlace(const fs::path& finished, const fs::path& target, const GoesOn& goesOn)
+{
     // The new file keeps the rights that the user gave the old one.
     struct stat old = {};
     const bool exists = ::stat(target.c_str(), &old) == 0;
@@ -61,12 +67,18 @@ void putInPlace(const fs::path& finished, const fs::path& target)
     }
     if (exists && ::chmod(finished.c_str(), old.st_mode & 07777) != 0)
         fail(finished.string());
-    syncToDisk(finished);
+    if (syncToDisk(finished, goesOn) == JobOutcome::Cancelled)
+        return JobOutcome::Cancelled;
     // A link stays a link: what it points to is replaced.
     std::error_code notALink;
     const fs::path real = fs::is_symlink(target, notALink) ? fs::canonical(target, notALink) : target;
-    fs::rename(finished, real.empty() ? target : real);
-    syncDirectory(target.parent_path());
+    {
+        const LateRelease oldContents(target);
+        fs::rename(finished, real.empty() ? target : real);
+    }
+    // It is too late for a cancel.
+    syncDirectory(target.parent_path(), goesOn ? [&goesOn] { return goesOn(), true; } : GoesOn());
+    return JobOutcome::Done;
 }
 
 ScratchFile::ScratchFile(const fs::path& directory, const std::string& stem, const std::string& extension)
@@ -87,14 +99,17 @@ ScratchFile::~ScratchFile()
 {
     if (m_path.empty())
         return;
+    const LateRelease contents(m_path);
     std::error_code ignored;
     fs::remove(m_path, ignored);
 }
 
-void ScratchFile::putInPlace(const fs::path& target)
+JobOutcome ScratchFile::putInPlace(const fs::path& target, const GoesOn& goesOn)
 {
-    veltrac::putInPlace(m_path, target);
-    m_path.clear();
+    const JobOutcome outcome = veltrac::putInPlace(m_path, target, goesOn);
+    if (outcome == JobOutcome::Done)
+        m_path.clear();
+    return outcome;
 }
 
 }  // namespace veltrac

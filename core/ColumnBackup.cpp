@@ -18,6 +18,7 @@ namespace {
 
 constexpr std::uint32_t kBackupRun = 1U << 16;  // samples a step
 constexpr std::string_view kFirstLine = "Veltrac old values 1";
+constexpr std::string_view kDoneLine = "done\n";
 
 [[noreturn]] void failToKeep(const std::filesystem::path& path)
 {
@@ -98,6 +99,15 @@ void restoreAll(TSFILE& file, const KeptValues& kept, std::istream& in, const Pr
     file.flush(true);
 }
 
+bool holdsValuesOfADoneJob(const std::filesystem::path& scratch)
+{
+    std::ifstream in(scratch, std::ios::binary);
+    in.seekg(-static_cast<std::streamoff>(kDoneLine.size()), std::ios::end);
+    std::string end(kDoneLine.size(), '\0');
+    in.read(end.data(), static_cast<std::streamsize>(end.size()));
+    return in && end == kDoneLine;
+}
+
 // A text in one line, so that the file's lines stay lines: length, blank, bytes.
 std::string counted(const std::string& text)
 {
@@ -118,7 +128,9 @@ std::string takeCounted(std::istream& in)
 }  // namespace
 
 ColumnBackup::ColumnBackup(TSFILE& file)
-    : m_file(file), m_scratch(scratchDirectory(), "veltrac-old-values", ".bin"), m_path(m_scratch.path())
+    : m_file(file),
+      m_scratch(scratchDirectory(), "veltrac-old-values", ".bin", &holdsValuesOfADoneJob),
+      m_path(m_scratch.path())
 {
     const char* const name = file.fileName();
     if (name != nullptr)
@@ -128,6 +140,8 @@ ColumnBackup::ColumnBackup(TSFILE& file)
     append(
         std::string(kFirstLine) + "\nfile " + counted(m_kept.file.string()) + "\nwhen " + m_kept.when + '\n',
         out);
+    // Its name, too, has to be on the disk before the first value is overwritten.
+    syncToDisk(m_path.parent_path());
 }
 
 void ColumnBackup::append(std::string_view head, std::ostream& out)
@@ -186,9 +200,30 @@ void ColumnBackup::saveInfo(std::uint32_t col)
     m_kept.infos.push_back(std::move(info));
 }
 
+void ColumnBackup::markDone() noexcept
+{
+    try {
+        std::ofstream out(m_path, std::ios::binary | std::ios::app);
+        out << kDoneLine;
+        out.close();
+        m_isDone = !out.fail();
+    } catch (...) {
+        m_isDone = false;  // without the mark the file merely stays longer
+    }
+}
+
+// A kill while values come back leaves some of them here alone.
+void ColumnBackup::unmark()
+{
+    if (m_isDone)
+        std::filesystem::resize_file(m_path, std::filesystem::file_size(m_path) - kDoneLine.size());
+    m_isDone = false;
+}
+
 void ColumnBackup::restore(TSFILE& file, const Progress& progress)
 {
     try {
+        unmark();
         std::ifstream in(m_path, std::ios::binary);
         restoreAll(file, m_kept, in, progress);
     } catch (...) {
@@ -242,7 +277,7 @@ KeptValues readOldValues(const std::filesystem::path& scratch)
                 break;  // it was still being written
             kept.ranges.push_back(range);
             in.seekg(static_cast<std::streamoff>(end));
-        } else {
+        } else if (word != "done") {
             throw std::runtime_error("it holds no old values");
         }
     }

@@ -116,8 +116,11 @@ private:
     std::thread m_thread;
 };
 
+enum class Cancel { Leaves, Waits };
+
 // Takes the descriptor over.
-JobOutcome syncBeside(int descriptor, const std::string& what, const GoesOn& goesOn)
+JobOutcome syncBeside(int descriptor, const std::string& what, const GoesOn& goesOn,
+                      Cancel cancel = Cancel::Leaves)
 {
     const auto sync = std::make_shared<Sync>(descriptor, what);
     if (!goesOn) {
@@ -127,11 +130,15 @@ JobOutcome syncBeside(int descriptor, const std::string& what, const GoesOn& goe
     if (!goesOn())
         return JobOutcome::Cancelled;
     SyncThread thread(sync);
-    while (!thread.isDone())
-        if (!goesOn())
+    while (!thread.isDone()) {
+        if (goesOn())
+            continue;
+        sync->isWanted = false;
+        if (cancel == Cancel::Leaves)
             return JobOutcome::Cancelled;
+    }
     thread.finish();
-    return JobOutcome::Done;
+    return sync->isWanted ? JobOutcome::Done : JobOutcome::Cancelled;
 }
 
 }  // namespace
@@ -148,7 +155,8 @@ JobOutcome syncToDisk(const fs::path& file, const GoesOn& goesOn)
 
 JobOutcome syncToDisk(int descriptor, const GoesOn& goesOn)
 {
-    return syncBeside(BlockFile::duplicate(descriptor), "sync", goesOn);
+    // What is left of the wait would hold the locks of a file that is still in use.
+    return syncBeside(BlockFile::duplicate(descriptor), "sync", goesOn, Cancel::Waits);
 }
 
 void syncDirectory(const fs::path& directory, const GoesOn& goesOn)

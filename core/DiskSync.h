@@ -15,7 +15,7 @@ using GoesOn = std::function<bool()>;
 // the caller's; once it says no, the thread is left to end by itself, and the file is not safely on the disk.
 void syncToDisk(const std::filesystem::path& file);
 JobOutcome syncToDisk(const std::filesystem::path& file, const GoesOn& goesOn);
-// Of an open file.
+// Of an open file, which stays in use: after a cancel the next megabytes are waited for.
 JobOutcome syncToDisk(int descriptor, const GoesOn& goesOn);
 
 // The names in it. A file system that cannot sync directories is not waited for.

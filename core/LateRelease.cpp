@@ -25,13 +25,22 @@ LateRelease::LateRelease(const std::filesystem::path& file) noexcept : m_descrip
 
 LateRelease::~LateRelease()
 {
-    if (m_descriptor < 0)
-        return;
-    try {
-        std::thread([descriptor = m_descriptor] { ::close(descriptor); }).detach();
-    } catch (const std::system_error&) {
-        ::close(m_descriptor);  // there are too many threads
+    if (m_descriptor >= 0)
+        closeLate(m_descriptor);
+}
+
+void closeLate(int descriptor) noexcept
+{
+    struct stat state = {};
+    if (::fstat(descriptor, &state) == 0 && state.st_nlink == 0 && state.st_size >= kLarge) {
+        try {
+            std::thread([descriptor] { ::close(descriptor); }).detach();
+            return;
+        } catch (const std::system_error&) {
+            // There are too many threads.
+        }
     }
+    ::close(descriptor);
 }
 
 }  // namespace veltrac

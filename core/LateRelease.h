@@ -20,4 +20,7 @@ private:
     int m_descriptor;
 };
 
+// Lets go of an open file in the same way.
+void closeLate(int descriptor) noexcept;
+
 }  // namespace veltrac

@@ -8,7 +8,11 @@
 #include <system_error>
 #include <vector>
 
+#include "core/BlockFile.h"
 #include "core/DiskSync.h"
+#include "core/FileLock.h"
+#include "core/TsExceptions.h"
+#include "core/TsNames.h"
 
 namespace veltrac {
 
@@ -97,11 +101,62 @@ JobOutcome PendingFile::commit(const Progress& progress)
     return m_scratch.putInPlace(m_real, progress ? [&progress] { return progress(1, 1); } : GoesOn());
 }
 
+void changeHeader(const fs::path& file, const std::function<void(TSFILE& copy)>& change)
+{
+    const auto whole = openTsFile(file.string(), false);
+    const FileLock lock(whole->descriptor());
+    const std::uint64_t bytes = dataOffset(whole->columns());
+    BlockFile target(BlockFile::duplicate(whole->descriptor()), false);
+    std::vector<unsigned char> before(std::min(bytes, target.size()));
+    const auto transfer = [](std::size_t moved, std::size_t wanted) {
+        if (moved != wanted)
+            throw TS::IO_ERROR(static_cast<std::uint32_t>(moved), 100000, 1);
+    };
+    {
+        const std::lock_guard guard(BlockFile::lock());
+        transfer(target.readRun(0, before), before.size());
+    }
+    const ScratchFile scratch(scratchDirectory(), "veltrac-header", ".ts");
+    std::vector<unsigned char> after(before.size());
+    {
+        BlockFile copied(BlockFile::open(scratch.path().c_str(), false), false);
+        const std::unique_lock guard(BlockFile::lock());
+        errno = 0;
+        if (copied.writeRun(0, before) != before.size())
+            refuse(errno != 0 ? errno : EIO, scratch.path());
+    }
+    {
+        const auto copy = openTsFile(scratch.path().string(), false);
+        change(*copy);
+        copy->flush(true);
+        const BlockFile copied(BlockFile::duplicate(copy->descriptor()), true);
+        const std::lock_guard guard(BlockFile::lock());
+        transfer(copied.readRun(0, after), after.size());
+    }
+    const auto [was, is] = std::mismatch(before.begin(), before.end(), after.begin());
+    if (is == after.end())
+        return;
+    const auto first = static_cast<std::size_t>(is - after.begin());
+    std::size_t last = after.size();
+    while (after[last - 1] == before[last - 1])
+        --last;
+    const std::lock_guard guard(BlockFile::lock());
+    errno = 0;
+    if (target.writeRun(first, std::span(after).subspan(first, last - first)) != last - first) {
+        const int error = errno != 0 ? errno : EIO;
+        target.writeRun(first, std::span(before).subspan(first, last - first));
+        refuse(error, file);
+    }
+    if (::fsync(target.descriptor()) != 0 && errno != EINVAL)
+        refuse(errno, file);
+}
+
 JobOutcome changeInPlace(const InPlaceChange& change, const Progress& progress, OldValues& old)
 {
     std::uint64_t total = 0;
     for (const ColumnRange& range : change.ranges)
         total += range.count;
+    FileLock lock(change.file.descriptor());
     old.backup = std::make_unique<ColumnBackup>(change.file);
     keepOldValues(*old.backup, change.ranges);
     std::uint64_t kept = 0;
@@ -123,13 +178,17 @@ JobOutcome changeInPlace(const InPlaceChange& change, const Progress& progress, 
         if (change.write(change.file, writing) == JobOutcome::Done) {
             change.file.flush(true);
             if (syncToDisk(change.file.descriptor(), [&progress] { return goesOn(progress, 1, 1); }) ==
-                JobOutcome::Done)
+                JobOutcome::Done) {
+                lock.requireNamed();
+                old.backup->markDone();
                 return JobOutcome::Done;
+            }
         }
         old.lost = old.backup->path();
         old.backup->restore(change.file, progress);
     } catch (...) {
         const std::exception_ptr failure = std::current_exception();
+        lock.release();
         old.lost = old.backup->path();
         old.backup->restore(change.reopen());
         old.lost.clear();

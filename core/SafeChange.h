@@ -85,4 +85,9 @@ struct OldValues
 // exceptions, std::system_error, or what `write` throws.
 JobOutcome changeInPlace(const InPlaceChange& change, const Progress& progress, OldValues& old);
 
+// Changes the header and the columns' texts of a file, and nothing else of it: `change` sets them in a copy,
+// from which they come into the file with one write, synced. Throws what `change` throws, the TS exceptions
+// and std::system_error; the file then is as it was.
+void changeHeader(const std::filesystem::path& file, const std::function<void(TSFILE& copy)>& change);
+
 }  // namespace veltrac

@@ -1,13 +1,19 @@
 #include "core/ScratchFile.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
+#include <ctime>
+#include <mutex>
+#include <set>
 #include <system_error>
+#include <utility>
 
 #include "core/DiskSync.h"
 #include "core/LateRelease.h"
@@ -19,9 +25,50 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// What tells a scratch file from one of the user's that has its name.
+constexpr const char* kMark = "user.veltrac.scratch";
+
 [[noreturn]] void fail(const std::string& what)
 {
     throw std::system_error(errno, std::generic_category(), what);
+}
+
+// The scratch files that there are, by their absolute names.
+class Registry
+{
+public:
+    void add(const fs::path& path)
+    {
+        const std::lock_guard guard(m_lock);
+        m_paths.insert(named(path));
+    }
+    void remove(const fs::path& path)
+    {
+        const std::lock_guard guard(m_lock);
+        m_paths.erase(named(path));
+    }
+    bool has(const fs::path& path) const
+    {
+        const std::lock_guard guard(m_lock);
+        return m_paths.count(named(path)) != 0;
+    }
+
+private:
+    static fs::path named(const fs::path& path)
+    {
+        std::error_code none;
+        return fs::absolute(path, none).lexically_normal();
+    }
+
+    mutable std::mutex m_lock;
+    std::set<fs::path> m_paths;
+};
+
+// Never destroyed: a scratch file may outlive the static objects of main.
+Registry& scratchFiles()
+{
+    static auto* const files = new Registry;
+    return *files;
 }
 
 // The stem loses its end, at a whole character, where the name would be too long for a directory.
@@ -81,35 +128,107 @@ JobOutcome putInPlace(const fs::path& finished, const fs::path& target, const Go
     return JobOutcome::Done;
 }
 
-ScratchFile::ScratchFile(const fs::path& directory, const std::string& stem, const std::string& extension)
+void lockAsOwner(int descriptor) noexcept
 {
-    for (int number = 0; m_path.empty(); ++number) {
+    // Without locks nobody removes the file, which is all that they are for.
+    ::flock(descriptor, LOCK_EX | LOCK_NB);
+}
+
+bool removeIfStale(const fs::path& file) noexcept
+{
+    constexpr std::time_t kStaleSeconds = 3600;
+    const int descriptor = ::open(file.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    if (descriptor < 0)
+        return false;
+    struct stat open = {};
+    struct stat named = {};
+    // Who holds the lock is the only one to remove it: the name still leads to the file that was looked at.
+    const bool goes = ::fstat(descriptor, &open) == 0 && S_ISREG(open.st_mode) &&
+                      open.st_uid == ::geteuid() && std::time(nullptr) - open.st_mtime > kStaleSeconds &&
+                      ::flock(descriptor, LOCK_EX | LOCK_NB) == 0 && ::lstat(file.c_str(), &named) == 0 &&
+                      named.st_dev == open.st_dev && named.st_ino == open.st_ino &&
+                      ::unlink(file.c_str()) == 0;
+    ::close(descriptor);
+    return goes;
+}
+
+ScratchFile::ScratchFile(const fs::path& directory, const std::string& stem, const std::string& extension,
+                         IsDone isDone)
+    : m_isMarked(!stem.starts_with("veltrac-") && !stem.starts_with(".veltrac-"))
+{
+    int number = 0;
+    while (m_path.empty()) {
         const fs::path candidate = numbered(directory, stem, extension, number);
-        const int descriptor = ::open(candidate.c_str(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, 0666);
-        if (descriptor >= 0) {
-            ::close(descriptor);
-            m_path = candidate;
-        } else if (errno != EEXIST) {
-            fail(candidate.string());
-        }
+        make(candidate);
+        if (m_path.empty() && !removeLeft(candidate, isDone))
+            ++number;
     }
+    // Several jobs at once may have been killed.
+    constexpr int kLookedAt = 16;
+    for (int next = number + 1; next <= number + kLookedAt; ++next)
+        removeLeft(numbered(directory, stem, extension, next), isDone);
+}
+
+// Leaves the path empty where the name is taken.
+void ScratchFile::make(const fs::path& file)
+{
+    const int descriptor = ::open(file.c_str(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, 0666);
+    if (descriptor < 0 && errno != EEXIST)
+        fail(file.string());
+    if (descriptor < 0)
+        return;
+    lockAsOwner(descriptor);
+    if (m_isMarked)
+        ::fsetxattr(descriptor, kMark, "", 0, 0);
+    m_owner = descriptor;
+    m_path = file;
+    scratchFiles().add(m_path);
+}
+
+bool ScratchFile::removeLeft(const fs::path& file, IsDone isDone) const
+{
+    return (!m_isMarked || ::lgetxattr(file.c_str(), kMark, nullptr, 0) >= 0) &&
+           (isDone == nullptr || isDone(file)) && removeIfStale(file);
 }
 
 ScratchFile::~ScratchFile()
 {
-    if (m_path.empty())
-        return;
-    const LateRelease contents(m_path);
     std::error_code ignored;
-    fs::remove(m_path, ignored);
+    if (!m_path.empty()) {
+        fs::remove(m_path, ignored);
+        scratchFiles().remove(m_path);
+    }
+    if (m_owner >= 0)
+        closeLate(m_owner);
+}
+
+void ScratchFile::keep() noexcept
+{
+    scratchFiles().remove(m_path);
+    m_path.clear();
+}
+
+bool isScratchFile(const fs::path& path)
+{
+    return scratchFiles().has(path);
 }
 
 JobOutcome ScratchFile::putInPlace(const fs::path& target, const GoesOn& goesOn)
 {
+    // A file of the user's must not be taken for a scratch file.
+    if (m_isMarked && ::fremovexattr(m_owner, kMark) != 0 && errno != ENODATA && errno != ENOTSUP)
+        fail(m_path.string());
     const JobOutcome outcome = veltrac::putInPlace(m_path, target, goesOn);
     if (outcome == JobOutcome::Done)
-        m_path.clear();
+        keep();
     return outcome;
+}
+
+void ScratchFile::takePlaceOf(ScratchFile& older)
+{
+    fs::rename(m_path, older.m_path);
+    keep();
+    std::swap(m_owner, older.m_owner);
 }
 
 }  // namespace veltrac

@@ -98,10 +98,7 @@ void PendingFile::commit()
 
 JobOutcome PendingFile::commit(const Progress& progress)
 {
-    if (progress && syncToDisk(path(), [&progress] { return progress(1, 1); }) == JobOutcome::Cancelled)
-        return JobOutcome::Cancelled;
-    commit();
-    return JobOutcome::Done;
+    return m_scratch.putInPlace(m_real, progress ? [&progress] { return progress(1, 1); } : GoesOn());
 }
 
 void changeHeader(const fs::path& file, const std::function<void(TSFILE& copy)>& change)

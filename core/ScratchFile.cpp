@@ -53,6 +53,23 @@ fs::path numbered(const fs::path& directory, const std::string& stem, const std:
     return directory / (cutTo(stem, kLongestName - std::min(kLongestName, ending.size())) + ending);
 }
 
+// A file that gets its name when it bears the mark already: a kill leaves none without it. Returns the
+// descriptor; below 0 where the name is taken, or the file system does not do that.
+int makeMarked(const fs::path& file)
+{
+    const fs::path directory = file.parent_path();
+    const int descriptor =
+        ::open(directory.empty() ? "." : directory.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0666);
+    if (descriptor < 0)
+        return descriptor;
+    const std::string unnamed = "/proc/self/fd/" + std::to_string(descriptor);
+    if (::fsetxattr(descriptor, kMark, "", 0, 0) == 0 &&
+        ::linkat(AT_FDCWD, unnamed.c_str(), AT_FDCWD, file.c_str(), AT_SYMLINK_FOLLOW) == 0)
+        return descriptor;
+    ::close(descriptor);
+    return -1;
+}
+
 }  // namespace
 
 fs::path scratchDirectory()
@@ -140,14 +157,14 @@ ScratchFile::ScratchFile(const fs::path& directory, const std::string& stem, con
 // Leaves the path empty where the name is taken.
 void ScratchFile::make(const fs::path& file)
 {
-    const int descriptor = ::open(file.c_str(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, 0666);
+    int descriptor = m_isMarked ? makeMarked(file) : -1;
+    if (descriptor < 0)
+        descriptor = ::open(file.c_str(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, 0666);
     if (descriptor < 0 && errno != EEXIST)
         fail(file.string());
     if (descriptor < 0)
         return;
     lockAsOwner(descriptor);
-    if (m_isMarked)
-        ::fsetxattr(descriptor, kMark, "", 0, 0);
     m_owner = descriptor;
     m_path = file;
 }

@@ -9,14 +9,18 @@
 #include <QToolBar>
 #include <QVBoxLayout>
 
+#include <cmath>
 #include <exception>
 
+#include "calc/AnalysisPlot.h"
 #include "calc/PeakTable.h"
+#include "calc/SecondColumnFields.h"
 #include "calc/Spectrum.h"
 #include "calc/SpectrumDoubts.h"
 #include "calc/SpectrumFields.h"
 #include "calc/SpectrumTexts.h"
 #include "core/CopyFile.h"
+#include "core/NumberTexts.h"
 #include "core/TsExceptions.h"
 #include "core/TsNames.h"
 #include "share/ActionRow.h"
@@ -35,6 +39,7 @@ using namespace veltrac;
 namespace {
 
 constexpr int kSpectrumPanelWidth = 300;
+constexpr double kLagParts = 1000.0;  // of a sample, finer than a greatest is found
 
 bool askToGoOn(QWidget* window, const QString& text, const QString& yes)
 {
@@ -152,7 +157,7 @@ void DFTWin::sourceChanged(TSFILE* file)
 void DFTWin::rangeChanged()
 {
     if (range()->reason().isEmpty())
-        m_fields->setSource(source()->column(), range()->from(), range()->to(), m_dt);
+        m_fields->setSource(source()->file(), source()->column(), range()->from(), range()->to(), m_dt);
     else
         m_fields->refuseSource(range()->reason());
 }
@@ -169,30 +174,43 @@ void DFTWin::sl_execute()
     if (!file)
         return;
     SpectrumRequest request = m_fields->request();
-    const bool averaged = request.averaged;
-    bool isAgreed = false;
-    try {
-        isAgreed = clearDoubts(*file, request);
-    } catch (const TS::Failure&) {
-        warnInBox(QStringLiteral("%1 could not be read to its end.").arg(sourceName()));
-    }
-    if (!isAgreed) {
-        statusBar()->showMessage(QStringLiteral("Nothing was computed"));
+    if (m_fields->method() == SpectrumMethod::Correlation) {
+        computeCorrelation(*file, request);
         return;
     }
+    if (m_fields->second().hasTwoChannels()) {
+        computeTwoChannels(*file, request);
+        return;
+    }
+    const bool averaged = request.averaged;
+    if (!clearDoubts(*file, source()->file(), request))
+        return;
     if (request.averaged != averaged)
         m_fields->useSegments();
     if (m_fields->reason().isEmpty())
         compute(*file, request);
 }
 
-bool DFTWin::clearDoubts(TSFILE& file, SpectrumRequest& request)
+bool DFTWin::clearDoubts(TSFILE& file, const QString& name, SpectrumRequest& request)
+{
+    bool isAgreed = false;
+    try {
+        isAgreed = askDoubts(file, name, request);
+    } catch (const TS::Failure&) {
+        warnInBox(QStringLiteral("%1 could not be read to its end.").arg(QFileInfo(name).fileName()));
+    }
+    if (!isAgreed)
+        statusBar()->showMessage(QStringLiteral("Nothing was computed"));
+    return isAgreed;
+}
+
+bool DFTWin::askDoubts(TSFILE& file, const QString& name, SpectrumRequest& request)
 {
     for (const SpectrumCheck& check : spectrumChecks()) {
         SpectrumDoubt doubt;
         {
             JobProgress progress(this, QString::fromLatin1(check.title));
-            doubt = check.look(file, source()->file().toStdString(), request, progress.callback());
+            doubt = check.look(file, name.toStdString(), request, progress.callback());
         }
         const QString text = QString::fromStdString(doubt.text);
         if (doubt.kind == SpectrumDoubt::Kind::Impossible)
@@ -222,12 +240,95 @@ void DFTWin::compute(TSFILE& file, const SpectrumRequest& request)
         return;
     m_mean = mean;
     m_isDecibel = request.decibel;
-    m_save->setEnabled(true);
-    statusBar()->showMessage(QStringLiteral("%1, mean %2, in %3 s")
-                                 .arg(QString::fromStdString(planText(request)))
-                                 .arg(m_mean, 0, 'g', 6)
-                                 .arg(seconds(), 0, 'f', 1));
+    tellResult(
+        QStringLiteral("%1, mean %2").arg(QString::fromStdString(planText(request))).arg(m_mean, 0, 'g', 6));
     showResult(request);
+}
+
+void DFTWin::tellResult(const QString& what)
+{
+    m_save->setEnabled(true);
+    readout()->showLine(QString());
+    statusBar()->showMessage(QStringLiteral("%1, in %2 s").arg(what).arg(seconds(), 0, 'f', 1));
+}
+
+// -- Two channels --
+
+std::unique_ptr<TSFILE> DFTWin::openSecond()
+{
+    const QString name = m_fields->second().file();
+    try {
+        return openTsFile(QFile::encodeName(name).toStdString(), true);
+    } catch (const TS::Failure&) {
+        statusBar()->showMessage(QStringLiteral("%1 could not be opened").arg(QFileInfo(name).fileName()));
+        return nullptr;
+    }
+}
+
+void DFTWin::computeTwoChannels(TSFILE& file, const SpectrumRequest& request)
+{
+    const std::unique_ptr<TSFILE> second = openSecond();
+    if (!second)
+        return;
+    TwoChannelRequest both = m_fields->second().twoChannels(request);
+    SpectrumRequest output = outputRequest(both);
+    if (!clearDoubts(file, source()->file(), both.input) ||
+        !clearDoubts(*second, m_fields->second().file(), output))
+        return;
+    both.interpolateOutput = output.interpolate;
+    const auto job = [&](const Progress& progress, std::unique_ptr<ResultFile>& made) {
+        made = std::make_unique<ResultFile>("tempDFT", planSpectrum(both.input).bins,
+                                            twoChannelColumns(both.result));
+        describeTwoChannels(file, *second, both, made->file());
+        return veltrac::computeTwoChannels(file, *second, both, made->file(), progress);
+    };
+    if (!calculate(
+            QStringLiteral("%1 of %2").arg(QLatin1String(twoChannelResultName(both.result)), sourceName()),
+            QStringLiteral("Computing..."), job))
+        return;
+    m_isDecibel = true;
+    m_peaks->hide();
+    tellResult(m_fields->planText());
+    if (!showTwoChannels(*canvas(), resultFile(), twoChannelColumns(both.result)))
+        return;
+    canvas()->setSuggestedName(QFileInfo(resultSource()).completeBaseName() + QStringLiteral("_fft"));
+    applyAxes();
+}
+
+void DFTWin::computeCorrelation(TSFILE& file, const SpectrumRequest& request)
+{
+    const std::unique_ptr<TSFILE> second = openSecond();
+    if (!second)
+        return;
+    CorrelationRequest lags = m_fields->second().correlation(request);
+    SpectrumRequest later = secondRequest(lags);
+    if (!clearDoubts(file, source()->file(), lags.first) ||
+        (lags.secondColumn != 0 && !clearDoubts(*second, m_fields->second().file(), later)))
+        return;
+    lags.interpolateSecond = later.interpolate;
+    CorrelationTop top;
+    const auto job = [&](const Progress& progress, std::unique_ptr<ResultFile>& made) {
+        made = std::make_unique<ResultFile>("tempDFT", 2 * lags.mostLag + 1, 2);
+        describeCorrelation(file, *second, lags, made->file());
+        return veltrac::computeCorrelation(file, *second, lags, made->file(), top, progress);
+    };
+    if (!calculate(QStringLiteral("Correlation of %1").arg(sourceName()), QStringLiteral("Computing..."),
+                   job))
+        return;
+    m_isDecibel = true;  // it may be negative: there is no logarithm of it
+    m_peaks->hide();
+    tellResult(m_fields->planText());
+    if (!canvas()->showColumns(resultFile(), {2}))
+        return;
+    canvas()->setSuggestedName(QFileInfo(resultSource()).completeBaseName() + QStringLiteral("_corr"));
+    if (!top.isThere)
+        return;
+    const double lag = std::round(top.lag * kLagParts) / kLagParts;
+    canvas()->placeCursor(Plot2D::A, lag * lags.first.dt);
+    readout()->showLine(QStringLiteral("Greatest %1 at a lag of %2 s (%3 samples)")
+                            .arg(top.value, 0, 'g', 4)
+                            .arg(lag * lags.first.dt, 0, 'g', 6)
+                            .arg(lag, 0, 'f', 2));
 }
 
 void DFTWin::showResult(const SpectrumRequest& request)
@@ -235,7 +336,7 @@ void DFTWin::showResult(const SpectrumRequest& request)
     QVector<unsigned> columns{2};
     if (request.result == SpectrumResult::RealImaginary)
         columns << 3;
-    readout()->showLine(QString());
+    m_peaks->show();
     if (!canvas()->showColumns(resultFile(), columns))
         return;
     canvas()->setSuggestedName(QFileInfo(resultSource()).completeBaseName() + QStringLiteral("_fft"));

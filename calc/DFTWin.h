@@ -36,9 +36,15 @@ private:
     void createAxesMenu();
     // Asks about what the spectrum would have to assume; false where the user gives it up, or there is
     // nothing to compute from.
-    bool clearDoubts(TSFILE& file, veltrac::SpectrumRequest& request);
+    bool clearDoubts(TSFILE& file, const QString& name, veltrac::SpectrumRequest& request);
+    bool askDoubts(TSFILE& file, const QString& name, veltrac::SpectrumRequest& request);
     void compute(TSFILE& file, const veltrac::SpectrumRequest& request);
+    // The same with a second column, and of lags.
+    void computeTwoChannels(TSFILE& file, const veltrac::SpectrumRequest& request);
+    void computeCorrelation(TSFILE& file, const veltrac::SpectrumRequest& request);
+    std::unique_ptr<TSFILE> openSecond();
     void showResult(const veltrac::SpectrumRequest& request);
+    void tellResult(const QString& what);
     void applyAxes();
     void saveAs(const QString& name);
 
@@ -50,6 +56,6 @@ private:
     QAction* m_logValues = nullptr;
 
     double m_dt = 0.0;         // of the source
-    bool m_isDecibel = false;  // the result
+    bool m_isDecibel = false;  // the result, or a phase beside it
     double m_mean = 0.0;
 };

@@ -10,6 +10,8 @@
 #include <stdexcept>
 #include <system_error>
 
+#include "core/DiskSync.h"
+
 namespace veltrac {
 
 namespace {
@@ -51,7 +53,7 @@ void readKept(std::istream& in, std::uint64_t offset, std::span<float> out)
     turnForFile(out);
 }
 
-void restoreRange(TSFILE& file, const KeptValues::Range& range, std::istream& in)
+void restoreRange(TSFILE& file, const KeptValues::Range& range, std::istream& in, const Progress& progress)
 {
     std::vector<float> old(std::min(kBackupRun, range.count));
     std::vector<float> now(old.size());
@@ -71,6 +73,7 @@ void restoreRange(TSFILE& file, const KeptValues::Range& range, std::istream& in
         file.writeColumn(range.column, range.first + done + static_cast<std::uint32_t>(from),
                          std::span(old).subspan(from, to - from));
         done += static_cast<std::uint32_t>(count);
+        goesOn(progress, done, range.count);
     }
 }
 
@@ -89,11 +92,8 @@ void restoreInfo(TSFILE& file, const KeptValues::Info& info)
 // The newest first, so that the oldest values win where ranges overlap.
 void restoreAll(TSFILE& file, const KeptValues& kept, std::istream& in, const Progress& progress = {})
 {
-    std::uint64_t done = 0;
-    for (auto range = kept.ranges.rbegin(); range != kept.ranges.rend(); ++range) {
-        restoreRange(file, *range, in);
-        goesOn(progress, ++done, kept.ranges.size());
-    }
+    for (auto range = kept.ranges.rbegin(); range != kept.ranges.rend(); ++range)
+        restoreRange(file, *range, in, progress);
     std::for_each(kept.infos.rbegin(), kept.infos.rend(),
                   [&](const KeptValues::Info& info) { restoreInfo(file, info); });
     file.flush(true);
@@ -141,7 +141,7 @@ ColumnBackup::ColumnBackup(TSFILE& file)
         std::string(kFirstLine) + "\nfile " + counted(m_kept.file.string()) + "\nwhen " + m_kept.when + '\n',
         out);
     // Its name, too, has to be on the disk before the first value is overwritten.
-    syncToDisk(m_path.parent_path());
+    syncDirectory(m_path.parent_path());
 }
 
 void ColumnBackup::append(std::string_view head, std::ostream& out)
@@ -178,7 +178,8 @@ JobOutcome ColumnBackup::save(std::uint32_t col, std::uint32_t first, std::uint3
     out.close();
     if (!out)
         failToKeep(m_path);
-    syncToDisk(m_path);
+    if (syncToDisk(m_path, [&] { return goesOn(progress, count, count); }) == JobOutcome::Cancelled)
+        return JobOutcome::Cancelled;
     m_kept.ranges.push_back({col, first, count, m_bytes});
     m_bytes += std::uint64_t{count} * sizeof(float) + 1;
     return JobOutcome::Done;

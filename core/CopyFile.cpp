@@ -85,8 +85,7 @@ JobOutcome copyWholeFile(int descriptor, const std::filesystem::path& target, co
     PendingFile pending(target, ".veltrac-new", ".ts");
     if (copyBytes(descriptor, pending.path(), progress) == JobOutcome::Cancelled)
         return JobOutcome::Cancelled;
-    pending.commit();
-    return JobOutcome::Done;
+    return pending.commit(progress);
 }
 
 }  // namespace veltrac

@@ -1,13 +1,11 @@
 #include "core/FileTime.h"
 
 #include <algorithm>
-#include <array>
 #include <bit>
 #include <cctype>
 #include <charconv>
 #include <chrono>
 #include <cmath>
-#include <cstdio>
 
 #include "core/Characters.h"
 #include "core/TimeUnits.h"
@@ -168,22 +166,6 @@ std::optional<SeriesPlace> elapsedPlace(std::string_view text)
     if (seconds > 0.0)
         return SeriesPlace{SeriesPlace::Kind::Elapsed, *number * seconds};
     return SeriesPlace{SeriesPlace::Kind::Elapsed, *number, std::string(unit)};
-}
-
-// A wall clock time in words: "2016-10-30 02:30:00".
-std::string wallText(Micros wall)
-{
-    using namespace std::chrono;
-    const sys_time<microseconds> point{microseconds{wall}};
-    const auto day = floor<days>(point);
-    const year_month_day date{day};
-    const hh_mm_ss time{floor<seconds>(point - day)};
-    std::array<char, 40> text{};
-    std::snprintf(text.data(), text.size(), "%04d-%02u-%02u %02d:%02d:%02d", static_cast<int>(date.year()),
-                  static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
-                  static_cast<int>(time.hours().count()), static_cast<int>(time.minutes().count()),
-                  static_cast<int>(time.seconds().count()));
-    return text.data();
 }
 
 MeantMoment momentAtWall(double wallSeconds)

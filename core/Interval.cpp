@@ -58,8 +58,7 @@ JobOutcome saveInterval(const PlotFile& from, std::uint32_t first, std::uint32_t
             return JobOutcome::Cancelled;
         to.flush(true);
     }
-    pending.commit();
-    return JobOutcome::Done;
+    return pending.commit(progress);
 }
 
 }  // namespace veltrac

@@ -33,6 +33,13 @@ public:
     // Puts a variable into another group, or into a new one below the last where there is no group of that
     // number; a group that is left empty goes. The variable may have to be built again.
     void moveToGroup(const std::shared_ptr<HsVariable>& variable, std::size_t group);
+    // A hidden variable keeps its place, its looks and what was read of it; one that is shown may have to be
+    // built first.
+    void setVisible(HsVariable& variable, bool on);
+    // Shows this variable alone.
+    void showOnly(HsVariable& variable);
+    // Fits the limits at once where the mode fits them. Throws the TS exceptions.
+    void setYMode(std::size_t group, YMode mode);
     // The limits fit themselves then; variables may have to be built again.
     void setLogarithmicY(std::size_t group, bool on);
 

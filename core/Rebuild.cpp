@@ -134,8 +134,7 @@ JobOutcome rebuildTsFileAs(const std::filesystem::path& file, const std::filesys
         to.flush(true);
     }
     lock.requireNamed();
-    pending.commit();
-    return JobOutcome::Done;
+    return pending.commit(progress);
 }
 
 }  // namespace veltrac

@@ -39,6 +39,9 @@ public:
     // and syncs the directory: at every moment a whole file bears the name. Throws std::system_error, the old
     // target untouched.
     void commit();
+    // The same, `progress` being told that all is done while the disk is waited for. Cancelled: the file has
+    // not taken the target's place, and goes with this object.
+    JobOutcome commit(const Progress& progress);
 
 private:
     std::filesystem::path m_real;

@@ -10,9 +10,12 @@
 #include <cerrno>
 #include <cstdlib>
 #include <ctime>
+#include <mutex>
+#include <set>
 #include <system_error>
 #include <utility>
 
+#include "core/DiskSync.h"
 #include "core/Utf8.h"
 
 namespace veltrac {
@@ -29,19 +32,42 @@ constexpr const char* kMark = "user.veltrac.scratch";
     throw std::system_error(errno, std::generic_category(), what);
 }
 
-void syncPath(const fs::path& path, int flags)
+// The scratch files that there are, by their absolute names.
+class Registry
 {
-    const int descriptor = ::open(path.c_str(), flags | O_CLOEXEC);
-    if (descriptor < 0)
-        fail(path.string());
-    const int outcome = ::fsync(descriptor);
-    const int error = errno;
-    ::close(descriptor);
-    // Some file systems cannot sync a directory; they say so, and nothing more can be done there.
-    if (outcome != 0 && error != EINVAL) {
-        errno = error;
-        fail(path.string());
+public:
+    void add(const fs::path& path)
+    {
+        const std::lock_guard guard(m_lock);
+        m_paths.insert(named(path));
     }
+    void remove(const fs::path& path)
+    {
+        const std::lock_guard guard(m_lock);
+        m_paths.erase(named(path));
+    }
+    bool has(const fs::path& path) const
+    {
+        const std::lock_guard guard(m_lock);
+        return m_paths.count(named(path)) != 0;
+    }
+
+private:
+    static fs::path named(const fs::path& path)
+    {
+        std::error_code none;
+        return fs::absolute(path, none).lexically_normal();
+    }
+
+    mutable std::mutex m_lock;
+    std::set<fs::path> m_paths;
+};
+
+// Never destroyed: a scratch file may outlive the static objects of main.
+Registry& scratchFiles()
+{
+    static auto* const files = new Registry;
+    return *files;
 }
 
 // The stem loses its end, at a whole character, where the name would be too long for a directory.
@@ -87,11 +113,6 @@ fs::path freeName(const fs::path& directory, const std::string& stem, const std:
     }
 }
 
-void syncToDisk(const fs::path& file)
-{
-    syncPath(file, O_RDONLY);
-}
-
 void putInPlace(const fs::path& finished, const fs::path& target)
 {
     // The new file keeps the rights that the user gave the old one.
@@ -109,8 +130,7 @@ void putInPlace(const fs::path& finished, const fs::path& target)
     std::error_code notALink;
     const fs::path real = fs::is_symlink(target, notALink) ? fs::canonical(target, notALink) : target;
     fs::rename(finished, real.empty() ? target : real);
-    const fs::path directory = target.parent_path();
-    syncPath(directory.empty() ? "." : directory, O_RDONLY | O_DIRECTORY);
+    syncDirectory(target.parent_path());
 }
 
 void lockAsOwner(int descriptor) noexcept
@@ -167,6 +187,7 @@ void ScratchFile::make(const fs::path& file)
     lockAsOwner(descriptor);
     m_owner = descriptor;
     m_path = file;
+    scratchFiles().add(m_path);
 }
 
 bool ScratchFile::removeLeft(const fs::path& file, IsDone isDone) const
@@ -178,10 +199,23 @@ bool ScratchFile::removeLeft(const fs::path& file, IsDone isDone) const
 ScratchFile::~ScratchFile()
 {
     std::error_code ignored;
-    if (!m_path.empty())
+    if (!m_path.empty()) {
         fs::remove(m_path, ignored);
+        scratchFiles().remove(m_path);
+    }
     if (m_owner >= 0)
         ::close(m_owner);
+}
+
+void ScratchFile::keep() noexcept
+{
+    scratchFiles().remove(m_path);
+    m_path.clear();
+}
+
+bool isScratchFile(const fs::path& path)
+{
+    return scratchFiles().has(path);
 }
 
 void ScratchFile::putInPlace(const fs::path& target)
@@ -190,13 +224,13 @@ void ScratchFile::putInPlace(const fs::path& target)
     if (m_isMarked && ::fremovexattr(m_owner, kMark) != 0 && errno != ENODATA && errno != ENOTSUP)
         fail(m_path.string());
     veltrac::putInPlace(m_path, target);
-    m_path.clear();
+    keep();
 }
 
 void ScratchFile::takePlaceOf(ScratchFile& older)
 {
     fs::rename(m_path, older.m_path);
-    m_path.clear();
+    keep();
     std::swap(m_owner, older.m_owner);
 }
 

@@ -17,8 +17,8 @@ std::filesystem::path freeName(const std::filesystem::path& directory, const std
 // file bears the name. Throws std::system_error, the finished file and the old target untouched.
 void putInPlace(const std::filesystem::path& finished, const std::filesystem::path& target);
 
-// Writes what the system still holds of a file to the disk. Throws std::system_error.
-void syncToDisk(const std::filesystem::path& file);
+// Whether a path is one of the scratch files that this process is working on.
+bool isScratchFile(const std::filesystem::path& path);
 
 // Says by an advisory lock on an open descriptor that the scratch file behind it is needed. The system lets
 // go of it when the process ends, however it ends.
@@ -54,7 +54,7 @@ public:
     // Comes under the name of another scratch file, whose contents go; it stays one.
     void takePlaceOf(ScratchFile& older);
     // Leaves the file where it is when the object goes.
-    void keep() noexcept { m_path.clear(); }
+    void keep() noexcept;
 
 private:
     void make(const std::filesystem::path& file);

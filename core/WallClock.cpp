@@ -1,6 +1,8 @@
 #include "core/WallClock.h"
 
+#include <array>
 #include <chrono>
+#include <cstdio>
 #include <ctime>
 
 namespace veltrac {
@@ -57,6 +59,21 @@ bool isSkipped(Micros wall)
 {
     const Micros fraction = fractionOf(wall);
     return wallAt(localSeconds(wall - fraction)) != wall - fraction;
+}
+
+std::string wallText(Micros wall)
+{
+    using namespace std::chrono;
+    const sys_time<microseconds> point{microseconds{wall}};
+    const auto day = floor<days>(point);
+    const year_month_day date{day};
+    const hh_mm_ss time{floor<seconds>(point - day)};
+    std::array<char, 40> text{};
+    std::snprintf(text.data(), text.size(), "%04d-%02u-%02u %02d:%02d:%02d", static_cast<int>(date.year()),
+                  static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
+                  static_cast<int>(time.hours().count()), static_cast<int>(time.minutes().count()),
+                  static_cast<int>(time.seconds().count()));
+    return text.data();
 }
 
 }  // namespace veltrac

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 namespace veltrac {
 
@@ -28,5 +29,8 @@ LocalInstants localInstants(Micros wall);
 
 // Whether the local clock was set forward over that time and so never showed it.
 bool isSkipped(Micros wall);
+
+// Its whole seconds in words: "2016-10-30 02:30:00".
+std::string wallText(Micros wall);
 
 }  // namespace veltrac

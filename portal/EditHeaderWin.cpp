@@ -18,6 +18,7 @@
 
 #include "core/FailureText.h"
 #include "core/Rebuild.h"
+#include "core/RingFile.h"
 #include "core/SafeChange.h"
 #include "core/TSFILE.h"
 #include "core/TsExceptions.h"
@@ -192,6 +193,7 @@ void EditHeaderWin::takeCounts(TSFILE& file)
     if (file.columns() != m_columns)
         m_columns = m_enteredColumns = file.columns();
     m_isRing = file.ringStart() != 0;
+    m_fields->setKind(QString::fromStdString(ringText(file)));
     m_fields->setCounts(m_samples, m_columns);
 }
 

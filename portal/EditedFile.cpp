@@ -291,8 +291,7 @@ JobOutcome EditedFile::saveAs(const fs::path& target, const Progress& progress)
                 return JobOutcome::Cancelled;
             copy->flush(true);
         }
-        pending.commit();
-        return JobOutcome::Done;
+        return pending.commit(progress);
     } catch (...) {
         throw SaveFailed{"The new file was not made: " + reasonOfFailure() + "."};
     }

@@ -48,6 +48,25 @@ void TsTableModel::takeFile(TSFILE* file)
     m_columns = static_cast<int>(std::min<std::uint32_t>(file->columns(), kMostColumns));
 }
 
+bool TsTableModel::takeNewRows()
+{
+    const bool hasMoved = m_file->refresh();
+    if (!isAsTheFile())
+        return true;
+    if (!hasMoved)
+        return false;
+    m_time.emplace(*m_file);
+    if (rowCount() > 0 && columnCount() > 0)
+        emit dataChanged(index(0, 0), index(rowCount() - 1, columnCount() - 1));
+    return true;
+}
+
+bool TsTableModel::isAsTheFile() const
+{
+    return m_file->samples() == m_samples &&
+           static_cast<int>(std::min<std::uint32_t>(m_file->columns(), kMostColumns)) == m_columns;
+}
+
 void TsTableModel::makeEditable(const std::filesystem::path& path)
 {
     m_edited = std::make_unique<EditedFile>(*m_file, path);
@@ -140,8 +159,8 @@ QVariant TsTableModel::editingData(const QModelIndex& index, int role) const
         return v ? QString::number(static_cast<double>(*v), 'g', 9) : QString();
     }
     if (role == Qt::BackgroundRole &&
-        m_edited->edits().isUnsaved(static_cast<std::uint32_t>(index.row()) + 1,
-                                    static_cast<std::uint32_t>(index.column()) + 1))
+        m_edited->edits().isUnsaved(static_cast<std::uint32_t>(index.column()) + 1,
+                                    static_cast<std::uint32_t>(index.row()) + 1))
         return kChangedTint;
     return QVariant();
 }

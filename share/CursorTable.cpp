@@ -24,12 +24,15 @@ CursorTable::CursorTable(PlotCanvas* canvas, QWidget* parent)
     : QWidget(parent),
       m_canvas(canvas),
       m_times(new QLabel),
-      m_table(new QTableWidget(0, intervalHeadings().size()))
+      m_table(new QTableWidget(0, static_cast<int>(kIntervalHeadings.size())))
 {
     // A long text is shortened rather than that the window grows with it; the tool tip has all of it.
     m_times->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
     m_times->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    m_table->setHorizontalHeaderLabels(intervalHeadings());
+    QStringList headings;
+    for (const char* const heading : kIntervalHeadings)
+        headings.append(QString::fromUtf8(heading));
+    m_table->setHorizontalHeaderLabels(headings);
     m_table->setEditTriggers(QAbstractItemView::NoEditTriggers);
     m_table->setSelectionBehavior(QAbstractItemView::SelectRows);
     m_table->setTabKeyNavigation(false);  // Tab leaves the table, the arrows walk in it
@@ -78,26 +81,29 @@ void CursorTable::fill()
     if (!isVisible())
         return;
     const Plot2D& plot = m_canvas->plot();
-    const QString times = cursorText(plot);
+    const QString times = QString::fromStdString(cursorText(plot));
     const Plot2D::Extent interval = plot.interval();
     const bool isView = !plot.cursor(Plot2D::A) || !plot.cursor(Plot2D::B);
     QString text = times;
     if (isView)
         text += (times.isEmpty() ? QString() : QStringLiteral("     ")) +
-                tr("In view: %1 to %2").arg(xText(plot, interval.x1), xText(plot, interval.x2));
+                tr("In view: %1 to %2")
+                    .arg(QString::fromStdString(xText(plot, interval.x1)),
+                         QString::fromStdString(xText(plot, interval.x2)));
     m_times->setText(m_times->fontMetrics().elidedText(text, Qt::ElideRight, m_times->width()));
     m_times->setToolTip(text);
 
-    const QVector<IntervalRow> rows = intervalRows(plot);
-    m_table->setRowCount(rows.size());
-    for (int r = 0; r < rows.size(); ++r)
-        fillRow(r, intervalFields(plot, rows[r]), m_canvas->colorOf(rows[r].variable->variable()));
+    const std::vector<IntervalRow> rows = intervalRows(plot);
+    m_table->setRowCount(static_cast<int>(rows.size()));
+    int r = 0;
+    for (const IntervalRow& row : rows)
+        fillRow(r++, intervalFields(plot, row), m_canvas->colorOf(row.variable->variable()));
     fitColumns();
 }
 
-void CursorTable::fillRow(int row, const QStringList& fields, const QColor& color)
+void CursorTable::fillRow(int row, const IntervalFields& fields, const QColor& color)
 {
-    for (int c = 0; c < fields.size(); ++c) {
+    for (int c = 0; c < m_table->columnCount(); ++c) {
         QTableWidgetItem* item = m_table->item(row, c);
         if (item == nullptr) {
             item = new QTableWidgetItem;
@@ -105,7 +111,7 @@ void CursorTable::fillRow(int row, const QStringList& fields, const QColor& colo
                 item->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
             m_table->setItem(row, c, item);
         }
-        item->setText(fields[c]);
+        item->setText(QString::fromStdString(fields[static_cast<std::size_t>(c)]));
         if (c == 0)
             item->setForeground(color);
     }
@@ -116,7 +122,8 @@ void CursorTable::fitColumns()
 {
     const QFontMetrics metrics = m_table->fontMetrics();
     for (int c = 0; c < m_table->columnCount(); ++c) {
-        int width = m_sized ? m_table->columnWidth(c) : metrics.horizontalAdvance(intervalHeadings()[c]);
+        int width = m_sized ? m_table->columnWidth(c)
+                            : metrics.horizontalAdvance(m_table->horizontalHeaderItem(c)->text());
         for (int r = 0; r < m_table->rowCount(); ++r)
             width = std::max(width, metrics.horizontalAdvance(m_table->item(r, c)->text()) + kCellMargin);
         m_table->setColumnWidth(c, std::max(width, m_table->horizontalHeader()->sectionSizeHint(c)));

@@ -5,6 +5,8 @@
 #include <QTimer>
 #include <QWidget>
 
+#include "share/PlotReadout.h"
+
 class PlotCanvas;
 class QLabel;
 class QTableWidget;
@@ -27,7 +29,7 @@ protected:
 
 private:
     void fill();
-    void fillRow(int row, const QStringList& fields, const QColor& color);
+    void fillRow(int row, const IntervalFields& fields, const QColor& color);
     void fitColumns();
 
     PlotCanvas* m_canvas;

@@ -20,7 +20,7 @@
 // For anything else change plot(): groups, variables, labels, colours, fixed limits; then call refresh(), or
 // replot() where no sample has to be read. The read-out at a pixel, as signal x_cursor_moved() gives it:
 //
-//     m_label->setText(readoutTable(m_canvas->readoutAt(x)));    // share/PlotReadout.h
+//     m_label->setText(readoutTable(m_canvas->readoutAt(x)));    // share/ReadoutLabel.h
 //
 // Painting never throws and reads at most what a frame needs; only refresh() and its kin walk over files.
 #pragma once

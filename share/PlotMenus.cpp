@@ -104,14 +104,7 @@ void addGroupEntries(PlotOutput& canvas, QMenu& menu, int group)
                                           {YMode::View, "Fit what is in &view"},
                                           {YMode::Fixed, "&Fixed"}};
     addChoices(*y, modes, canvas.plot().groups()[index].mode, [&canvas, index](YMode mode) {
-        canvas.changeView(0, [&] {
-            Group& g = canvas.plot().groups()[index];
-            g.mode = mode;
-            if (mode == YMode::Whole)
-                g.fitY();
-            else if (mode == YMode::View)
-                g.fitY(canvas.plot().axis(), canvas.plot().x1(), canvas.plot().x2());
-        });
+        canvas.changeView(0, [&] { canvas.plot().setYMode(index, mode); });
     });
     y->addSeparator();
     QAction* const logarithmic = y->addAction(QObject::tr("&Logarithmic"));

@@ -20,7 +20,7 @@ PlotOutput::PlotOutput(QWidget* parent) : PlotView(parent)
 
 void PlotOutput::sl_copyReadout()
 {
-    QApplication::clipboard()->setText(intervalText(plot()));
+    QApplication::clipboard()->setText(QString::fromStdString(intervalText(plot())));
     emit x_told(tr("The read-out is in the clipboard."));
 }
 

@@ -467,7 +467,7 @@ private:
     static std::uint32_t notAboveZero(const HsVariable& v)
     {
         const bool readable = v.isBuilt() && v.failure().empty() && v.variable().rows() > 0;
-        return readable ? v.notPositive(1, v.variable().rows()) : 0;
+        return readable ? v.notPositive(v.variable().firstRow(), v.variable().rows()) : 0;
     }
 
     static std::string legendText(const HsVariable& v)
@@ -477,6 +477,9 @@ private:
         return low == 0 ? text : text.append(" (").append(std::to_string(low)).append(" not above 0)");
     }
 
+    // The second half of a mark has no label.
+    static bool hasLegend(const Variable& v) { return v.visible && !(v.isMark && v.label.empty()); }
+
     // A row above the frame; what finds no room is counted.
     void drawLegend(std::size_t i)
     {
@@ -485,10 +488,10 @@ private:
         const float base = f.y2 + 0.35F * m_charHeight;
         float x = f.x1;
         int left = static_cast<int>(std::count_if(group(i).variables().begin(), group(i).variables().end(),
-                                                  [](const auto& v) { return v->variable().visible; }));
+                                                  [](const auto& v) { return hasLegend(v->variable()); }));
         m_driver.SetTextJustification(0.0F, 0.0F);
         for (const auto& v : group(i).variables()) {
-            if (!v->variable().visible)
+            if (!hasLegend(v->variable()))
                 continue;
             const std::string text = legendText(*v);
             float width = 0.0F;

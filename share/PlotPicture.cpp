@@ -140,7 +140,7 @@ void PlotPicture::drawPicture()
     look.penUnits *= static_cast<float>(ratio);
     m_layout = drawPlot(m_plot, driver, m_picture.width(), look);
     driver.EndPage();
-    setAccessibleDescription(plotDescription(m_plot));
+    setAccessibleDescription(QString::fromStdString(plotDescription(m_plot)));
 }
 
 void PlotPicture::paintEvent(QPaintEvent* event)

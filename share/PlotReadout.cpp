@@ -1,16 +1,18 @@
 #include "share/PlotReadout.h"
 
-#include <QDateTime>
-#include <QStringList>
-
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <cmath>
+#include <cstdint>
+#include <cstdio>
 #include <limits>
 #include <optional>
+#include <string_view>
+#include <utility>
 
+#include "core/NumberTexts.h"
 #include "core/TsExceptions.h"
+#include "core/WallClock.h"
 #include "share/AxisTicks.h"
 #include "share/PlotVariables.h"
 
@@ -21,11 +23,7 @@ namespace {
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 constexpr int kFloatDigits = 7;
 constexpr int kTimeDigits = 12;
-
-QString label(const HsVariable& v)
-{
-    return QString::fromStdString(v.variable().label);
-}
+constexpr double kMostClockSeconds = 2e11;  // some 6,000 years
 
 // As many decimals as tell neighbouring samples apart: the 32-bit dt behind them has no more to say. Nothing
 // where the step is not known.
@@ -47,37 +45,40 @@ std::optional<int> decimalsOf(const Plot2D& plot)
     return std::clamp(2 - static_cast<int>(std::floor(std::log10(step) + kFloatSlack)), 0, kMostDecimals);
 }
 
-QString withoutTrailingZeros(QString number)
+std::string withoutTrailingZeros(std::string number)
 {
-    if (number.contains(QLatin1Char('.'))) {
-        while (number.endsWith(QLatin1Char('0')))
-            number.chop(1);
-        if (number.endsWith(QLatin1Char('.')))
-            number.chop(1);
+    if (number.find('.') != std::string::npos) {
+        number.erase(number.find_last_not_of('0') + 1);
+        if (number.back() == '.')
+            number.pop_back();
     }
     return number;
 }
 
-QString numberText(const Plot2D& plot, double x)
+// The place of a number's first digit before the point: 2 of 123, -1 of 0.5.
+int decadeOf(double number)
+{
+    return static_cast<int>(std::floor(std::log10(std::abs(number))));
+}
+
+std::string numberText(const Plot2D& plot, double x)
 {
     const std::optional<int> decimals = decimalsOf(plot);
     if (!decimals || std::abs(x) >= 1e15)
-        return QString::number(x, 'g', kTimeDigits);
+        return generalNumber(x, kTimeDigits);
     // Behind its seventh digit a multiple of a 32-bit dt is noise: 300 s and not 300.00001 s. Neighbours are
     // told apart all the same.
-    const int told =
-        x == 0.0 ? *decimals : kFloatDigits - 1 - static_cast<int>(std::floor(std::log10(std::abs(x))));
+    const int told = x == 0.0 ? *decimals : kFloatDigits - 1 - decadeOf(x);
     const int used = std::clamp(told, std::max(0, *decimals - 2), *decimals);
     // Nobody counts the zeros of 0.00000144477.
     constexpr double kSmall = 1e-4;
     if (x != 0.0 && std::abs(x) < kSmall)
-        return QString::number(x, 'g',
-                               std::max(1, used + 1 + static_cast<int>(std::floor(std::log10(std::abs(x))))));
-    const QString text = withoutTrailingZeros(QString::number(x, 'f', used));
-    return text == QLatin1String("-0") ? QStringLiteral("0") : text;
+        return generalNumber(x, std::max(1, used + 1 + decadeOf(x)));
+    std::string text = withoutTrailingZeros(fixedNumber(x, used));
+    return text == "-0" ? "0" : text;
 }
 
-QString clockText(const Plot2D& plot, double x)
+std::string clockText(const Plot2D& plot, double x)
 {
     // What a double holds of the seconds of our days.
     constexpr int kMostDecimals = 6;
@@ -85,91 +86,109 @@ QString clockText(const Plot2D& plot, double x)
     const double unit = std::pow(10.0, -decimals);
     const double seconds = std::round((x + plot.axis().origin) / unit) * unit;
     // What a date cannot hold is told as a number.
-    if (!(std::abs(seconds) < 1e14))
-        return QString::number(seconds);
+    if (!(std::abs(seconds) < kMostClockSeconds))
+        return generalNumber(seconds, 6);
     const double whole = std::floor(seconds + unit / 2.0);
-    const QDateTime time = QDateTime::fromSecsSinceEpoch(static_cast<qint64>(whole));
-    const QString fraction =
-        withoutTrailingZeros(QString::number(std::max(0.0, seconds - whole), 'f', decimals));
-    return time.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")) + fraction.mid(1);
+    const std::string fraction = withoutTrailingZeros(fixedNumber(std::max(0.0, seconds - whole), decimals));
+    return wallText(wallAt(static_cast<std::int64_t>(whole))) + fraction.substr(1);
 }
 
 // "73 d 06:00:00"
-QString durationText(double seconds)
+std::string durationText(double seconds)
 {
-    constexpr qint64 kMinute = 60, kHour = 3600, kDay = 86400;
-    const auto whole = static_cast<qint64>(std::llround(seconds));
-    const QString time = QStringLiteral("%1:%2:%3")
-                             .arg(whole % kDay / kHour, 2, 10, QLatin1Char('0'))
-                             .arg(whole % kHour / kMinute, 2, 10, QLatin1Char('0'))
-                             .arg(whole % kMinute, 2, 10, QLatin1Char('0'));
-    return whole < kDay ? time : QStringLiteral("%1 d ").arg(whole / kDay) + time;
+    constexpr long long kMinute = 60, kHour = 3600, kDay = 86400;
+    const long long whole = std::llround(seconds);
+    std::array<char, 16> time{};
+    std::snprintf(time.data(), time.size(), "%02d:%02d:%02d", static_cast<int>(whole % kDay / kHour),
+                  static_cast<int>(whole % kHour / kMinute), static_cast<int>(whole % kMinute));
+    return (whole < kDay ? std::string() : std::to_string(whole / kDay) + " d ") + time.data();
 }
 
 }  // namespace
 
-QString valueText(double value)
+namespace {
+
+bool isTextOf(const std::string& text, float value)
+{
+    float read = 0.0F;
+    std::from_chars(text.data(), text.data() + text.size(), read);
+    return read == value;
+}
+
+}  // namespace
+
+std::string valueText(double value)
 {
     if (std::isnan(value))
-        return QStringLiteral("missing");
+        return "missing";
     // What a 32-bit float holds needs seven digits as a rule and nine at most; sums of them are not told
     // finer.
     const auto single = static_cast<float>(value);
-    QString text = QString::number(value, 'g', kFloatDigits);
+    std::string text = generalNumber(value, kFloatDigits);
     constexpr int kMostFloatDigits = 9;
     if (static_cast<double>(single) == value)
-        for (int digits = kFloatDigits + 1; digits <= kMostFloatDigits && text.toFloat() != single; ++digits)
-            text = QString::number(value, 'g', digits);
+        for (int digits = kFloatDigits + 1; digits <= kMostFloatDigits && !isTextOf(text, single); ++digits)
+            text = generalNumber(value, digits);
     return text;
 }
 
-QString valueWithUnit(const HsVariable& variable, double value)
+std::string valueWithUnit(const HsVariable& variable, double value)
 {
-    const QString unit = QString::fromStdString(variable.variable().unit);
-    return std::isnan(value) || unit.isEmpty() ? valueText(value)
-                                               : valueText(value) + QLatin1Char(' ') + unit;
+    const std::string& unit = variable.variable().unit;
+    return std::isnan(value) || unit.empty() ? valueText(value) : valueText(value) + ' ' + unit;
 }
 
-QString xUnit(const Plot2D& plot)
+std::string xUnit(const Plot2D& plot)
 {
     const std::string_view unit = unitIn(plot.xTitle);
-    return unit.empty() ? QStringLiteral("s") : QString::fromStdString(std::string(unit));
+    if (!unit.empty())
+        return std::string(unit);
+    // "Real part" is a number.
+    return plot.xTitle.empty() || plot.xTitle.starts_with("Time") ? "s" : "";
 }
 
-QString xText(const Plot2D& plot, double x)
+namespace {
+
+std::string withUnit(const Plot2D& plot, double x)
+{
+    const std::string unit = xUnit(plot);
+    return numberText(plot, x) + (unit.empty() ? "" : ' ' + unit);
+}
+
+}  // namespace
+
+std::string xText(const Plot2D& plot, double x)
 {
     switch (plot.axis().mode) {
         case XMode::Sample:
-            return QStringLiteral("sample ") + numberText(plot, x);
+            return "sample " + numberText(plot, x);
         case XMode::Clock:
             return clockText(plot, x);
         case XMode::Elapsed:
             break;
     }
-    return numberText(plot, x) + QLatin1Char(' ') + xUnit(plot);
+    return withUnit(plot, x);
 }
 
-QString distanceText(const Plot2D& plot, double dx)
+std::string distanceText(const Plot2D& plot, double dx)
 {
     if (plot.axis().mode == XMode::Sample)
-        return numberText(plot, dx) + QStringLiteral(" samples");
-    const QString text = numberText(plot, dx) + QLatin1Char(' ') + xUnit(plot);
+        return numberText(plot, dx) + " samples";
+    std::string text = withUnit(plot, dx);
     constexpr double kMinute = 60.0;
     // Between dates nobody counts in seconds alone.
-    return plot.axis().mode == XMode::Clock && std::abs(dx) >= kMinute && std::abs(dx) < 1e14
-               ? text + QStringLiteral(" (%1)").arg(durationText(std::abs(dx)))
-               : text;
+    if (plot.axis().mode == XMode::Clock && std::abs(dx) >= kMinute && std::abs(dx) < kMostClockSeconds)
+        text += " (" + durationText(std::abs(dx)) + ')';
+    return text;
 }
 
-QString inverseText(const Plot2D& plot, double dx)
+std::string inverseText(const Plot2D& plot, double dx)
 {
     if (dx == 0.0 || plot.axis().mode == XMode::Sample)
-        return QStringLiteral("–");
-    const QString unit = xUnit(plot);
-    const QString inverse = unit == QLatin1String("s")    ? QStringLiteral("Hz")
-                            : unit == QLatin1String("Hz") ? QStringLiteral("s")
-                                                          : QStringLiteral("1/") + unit;
-    return QStringLiteral("%1 %2").arg(1.0 / std::abs(dx), 0, 'g', kFloatDigits).arg(inverse);
+        return "–";
+    const std::string unit = xUnit(plot);
+    const std::string inverse = unit == "s" ? "Hz" : unit == "Hz" ? "s" : "1/" + unit;
+    return generalNumber(1.0 / std::abs(dx), kFloatDigits) + ' ' + inverse;
 }
 
 namespace {
@@ -190,20 +209,19 @@ double asWritten(double value)
 
 }  // namespace
 
-QString differenceText(double from, double to)
+std::string differenceText(double from, double to)
 {
     return valueText(asWritten(to) - asWritten(from));
 }
 
-QString plotDescription(const Plot2D& plot)
+std::string plotDescription(const Plot2D& plot)
 {
-    QStringList parts;
+    std::string text;
     for (const Group& group : plot.groups())
         if (group.hasVisible())
-            parts.append(QStringLiteral("%1, %2 to %3, %4 to %5")
-                             .arg(QString::fromStdString(group.axisTitle()), xText(plot, plot.x1()),
-                                  xText(plot, plot.x2()), valueText(group.y1()), valueText(group.y2())));
-    return parts.join(QStringLiteral("; "));
+            text += (text.empty() ? "" : "; ") + group.axisTitle() + ", " + xText(plot, plot.x1()) + " to " +
+                    xText(plot, plot.x2()) + ", " + valueText(group.y1()) + " to " + valueText(group.y2());
+    return text;
 }
 
 double valueAt(const Plot2D& plot, const HsVariable& variable, double x)
@@ -223,35 +241,25 @@ Readout readoutAt(const Plot2D& plot, double x)
 {
     Readout rows;
     const double at = plot.snapped(x);
-    const auto ref = plot.reference();
-    if (ref) {
+    if (const auto ref = plot.reference()) {
         const std::uint32_t row = plot.axis().nearestRow(ref->variable(), at);
-        rows.append({QStringLiteral("Sample"), QString::number(ref->variable().source()->sampleOf(row))});
+        rows.push_back({"Sample", std::to_string(ref->variable().source()->sampleOf(row))});
     }
     if (plot.axis().mode != XMode::Sample) {
-        const QString title = QString::fromStdString(plot.xTitle);
-        const bool isTime = title.isEmpty() || title.startsWith(QLatin1String("Time"));
-        rows.append({isTime ? QStringLiteral("Time") : title.section(QLatin1Char('['), 0, 0).trimmed(),
-                     xText(plot, at)});
+        // "Frequency [Hz]" without its unit.
+        std::string title = plot.xTitle.substr(0, plot.xTitle.find('['));
+        title.erase(title.find_last_not_of(' ') + 1);
+        rows.push_back({title.empty() || title.starts_with("Time") ? "Time" : title, xText(plot, at)});
     }
     for (const auto& v : plot.variables())
         if (v->variable().visible && !v->variable().isMark)
-            rows.append({label(*v), valueWithUnit(*v, valueAt(plot, *v, at))});
+            rows.push_back({v->variable().label, valueWithUnit(*v, valueAt(plot, *v, at))});
     return rows;
 }
 
-QString readoutTable(const Readout& rows)
+std::vector<IntervalRow> intervalRows(const Plot2D& plot)
 {
-    QString html = QStringLiteral("<table  BGCOLOR=#ffffe0>");
-    for (const auto& row : rows)
-        html += QStringLiteral("<tr><td><b>%1</b></td><td>=</td><td>%2</td></tr>\n")
-                    .arg(row.first.toHtmlEscaped(), row.second.toHtmlEscaped());
-    return html + QStringLiteral("</table>");
-}
-
-QVector<IntervalRow> intervalRows(const Plot2D& plot)
-{
-    QVector<IntervalRow> rows;
+    std::vector<IntervalRow> rows;
     const Plot2D::Extent interval = plot.interval();
     for (const auto& h : plot.variables()) {
         const Variable& v = h->variable();
@@ -270,19 +278,9 @@ QVector<IntervalRow> intervalRows(const Plot2D& plot)
         } catch (const TS::Failure&) {
             continue;
         }
-        rows.append(row);
+        rows.push_back(std::move(row));
     }
     return rows;
-}
-
-const QStringList& intervalHeadings()
-{
-    static const QStringList headings = {
-        QStringLiteral("Variable"),  QStringLiteral("Unit"),   QStringLiteral("At A"),
-        QStringLiteral("At B"),      QStringLiteral("B − A"),  QStringLiteral("Least"),
-        QStringLiteral("Greatest"),  QStringLiteral("Mean"),   QStringLiteral("RMS"),
-        QStringLiteral("Std. dev."), QStringLiteral("Missing")};
-    return headings;
 }
 
 namespace {
@@ -291,67 +289,88 @@ namespace {
 // distances: a mean over either says nothing.
 bool hasMeans(const Variable& variable)
 {
-    return !QString::fromStdString(variable.unit).startsWith(QLatin1String("dB")) &&
-           variable.source()->isEvenlySpaced();
+    return !variable.unit.starts_with("dB") && variable.source()->isEvenlySpaced();
 }
 
 }  // namespace
 
-QStringList intervalFields(const Plot2D& plot, const IntervalRow& row)
+IntervalFields intervalFields(const Plot2D& plot, const IntervalRow& row)
 {
     const auto atCursor = [&](Plot2D::Cursor which, double value) {
-        return plot.cursor(which) ? valueText(value) : QString();
+        return plot.cursor(which) ? valueText(value) : std::string();
     };
     const HsVariable::Statistics& s = row.statistics;
-    const auto ofValues = [&](double value) { return s.count == 0 ? QStringLiteral("–") : valueText(value); };
+    const auto ofValues = [&](double value) { return s.count == 0 ? "–" : valueText(value); };
     const auto ofMeans = [&, means = hasMeans(row.variable->variable())](double value) {
-        return means ? ofValues(value) : QString();
+        return means ? ofValues(value) : std::string();
     };
     const bool both = plot.cursor(Plot2D::A) && plot.cursor(Plot2D::B);
-    return {label(*row.variable),
-            QString::fromStdString(row.variable->variable().unit),
+    return {row.variable->variable().label,
+            row.variable->variable().unit,
             atCursor(Plot2D::A, row.atA),
             atCursor(Plot2D::B, row.atB),
-            both ? differenceText(row.atA, row.atB) : QString(),
+            both ? differenceText(row.atA, row.atB) : std::string(),
             ofValues(s.least),
             ofValues(s.greatest),
             ofMeans(s.mean),
             ofMeans(s.rms),
             ofMeans(s.deviation),
-            QString::number(s.missing)};
+            std::to_string(s.missing)};
 }
 
-QString cursorText(const Plot2D& plot)
+// Nothing is known any more of what a ring has overwritten.
+std::string cursorAt(const Plot2D& plot, double x)
+{
+    const auto ref = plot.reference();
+    std::string text = xText(plot, x);
+    if (!ref || ref->variable().firstRow() == 1)
+        return text;
+    try {
+        if (x < plot.axis().xOf(ref->variable(), ref->variable().firstRow()))
+            text += " (has left the ring)";
+    } catch (const TS::Failure&) {
+        // The picture tells it.
+    }
+    return text;
+}
+
+std::string cursorText(const Plot2D& plot)
 {
     const auto& a = plot.cursor(Plot2D::A);
     const auto& b = plot.cursor(Plot2D::B);
-    QStringList parts;
+    constexpr std::string_view kBetween = "     ";
+    std::string text;
     if (a)
-        parts.append(QStringLiteral("A: ") + xText(plot, *a));
+        text = "A: " + cursorAt(plot, *a);
     if (b)
-        parts.append(QStringLiteral("B: ") + xText(plot, *b));
-    if (a && b) {
-        parts.append(QStringLiteral("Δt: ") + distanceText(plot, *b - *a));
-        parts.append(QStringLiteral("1/Δt: ") + inverseText(plot, *b - *a));
-    }
-    return parts.join(QStringLiteral("     "));
+        text.append(a ? kBetween : "").append("B: " + cursorAt(plot, *b));
+    if (a && b)
+        text.append(kBetween)
+            .append("Δt: " + distanceText(plot, *b - *a))
+            .append(kBetween)
+            .append("1/Δt: " + inverseText(plot, *b - *a));
+    return text;
 }
 
-QString intervalText(const Plot2D& plot)
+std::string intervalText(const Plot2D& plot)
 {
-    QString text;
-    for (const Plot2D::Cursor which : {Plot2D::A, Plot2D::B})
-        if (plot.cursor(which))
-            text += QStringLiteral("%1\t%2\n")
-                        .arg(which == Plot2D::A ? QLatin1String("A") : QLatin1String("B"))
-                        .arg(xText(plot, *plot.cursor(which)));
-    if (plot.cursor(Plot2D::A) && plot.cursor(Plot2D::B)) {
-        const double dx = *plot.cursor(Plot2D::B) - *plot.cursor(Plot2D::A);
-        text += QStringLiteral("Δt\t%1\n1/Δt\t%2\n").arg(distanceText(plot, dx), inverseText(plot, dx));
-    }
-    text += intervalHeadings().join(QLatin1Char('\t')) + QLatin1Char('\n');
+    const auto& a = plot.cursor(Plot2D::A);
+    const auto& b = plot.cursor(Plot2D::B);
+    std::string text;
+    if (a)
+        text += "A\t" + xText(plot, *a) + '\n';
+    if (b)
+        text += "B\t" + xText(plot, *b) + '\n';
+    if (a && b)
+        text += "Δt\t" + distanceText(plot, *b - *a) + "\n1/Δt\t" + inverseText(plot, *b - *a) + '\n';
+    const auto addLine = [&text](const auto& fields) {
+        for (std::size_t i = 0; i < fields.size(); ++i)
+            text.append(i == 0 ? "" : "\t").append(fields[i]);
+        text += '\n';
+    };
+    addLine(kIntervalHeadings);
     for (const IntervalRow& row : intervalRows(plot))
-        text += intervalFields(plot, row).join(QLatin1Char('\t')) + QLatin1Char('\n');
+        addLine(intervalFields(plot, row));
     return text;
 }
 

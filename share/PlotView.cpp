@@ -68,7 +68,7 @@ void toExtreme(PlotView& view, bool greatest)
             view.placeCursor(view.activeCursor(), view.plot().axis().xOf(v->variable(), row));
             emit view.x_told((greatest ? QObject::tr("Greatest in view: %1, sample %2")
                                        : QObject::tr("Least in view: %1, sample %2"))
-                                 .arg(valueWithUnit(*v, v->variable().value(row)))
+                                 .arg(QString::fromStdString(valueWithUnit(*v, v->variable().value(row))))
                                  .arg(v->variable().source()->sampleOf(row)));
             return;
         }
@@ -107,6 +107,27 @@ bool PlotView::refresh(bool fit)
     viewChanged();
     emit x_plot_changed();
     return whole;
+}
+
+void PlotView::showNewRows(bool moves, bool withOverview)
+{
+    try {
+        if (backwardsVariable(plot()))
+            plot().setMode(XMode::Sample);
+        if (moves && plot().reference()) {
+            const double newest = plot().extent().x2;
+            plot().setX(
+                plot().axis().fromScale(plot().axis().toScale(newest) - (plot().axis().toScale(plot().x2()) -
+                                                                         plot().axis().toScale(plot().x1()))),
+                newest);
+        }
+        plot().refitY();
+    } catch (const TS::Failure&) {
+        // The next picture tells which file it is.
+    }
+    viewChanged();
+    if (withOverview)
+        emit x_plot_changed();
 }
 
 void PlotView::viewChanged()
@@ -396,7 +417,7 @@ void PlotView::showHover()
             tr("sample %1")
                 .arg(ref->variable().source()->sampleOf(plot().axis().nearestRow(ref->variable(), x))));
     if (plot().axis().mode != XMode::Sample)
-        parts.append(xText(plot(), x));
+        parts.append(QString::fromStdString(xText(plot(), x)));
     constexpr int kMostValues = 8;
     for (const auto& v : plot().groups()[static_cast<std::size_t>(place.group)].variables()) {
         if (!v->variable().visible || v->variable().isMark)
@@ -405,8 +426,8 @@ void PlotView::showHover()
             parts.append(QStringLiteral("…"));
             break;
         }
-        parts.append(QStringLiteral("%1 = %2").arg(QString::fromStdString(v->variable().label),
-                                                   valueWithUnit(*v, valueAt(plot(), *v, x))));
+        parts.append(
+            QString::fromStdString(v->variable().label + " = " + valueWithUnit(*v, valueAt(plot(), *v, x))));
     }
     emit x_hovered(parts.join(QStringLiteral(",  ")));
 }

@@ -82,9 +82,8 @@ void QtPlotColWin::showColumn(int index)
         return;
     const bool isFirst = canvas()->plot().variables().empty();
     try {
-        for (const auto& v : canvas()->plot().variables())
-            v->variable().visible = false;
-        variableDock()->setShown(m_file, m_columns->itemData(index).toUInt(), true);
+        canvas()->plot().showOnly(
+            *variableDock()->setShown(m_file, m_columns->itemData(index).toUInt(), true));
     } catch (const TS::Failure&) {
         showStatus(tr("The column cannot be read."));
         return;

@@ -9,6 +9,16 @@ constexpr int kLineMargin = 2;
 
 }  // namespace
 
+QString readoutTable(const Readout& rows)
+{
+    QString html = QStringLiteral("<table  BGCOLOR=#ffffe0>");
+    for (const ReadoutRow& row : rows)
+        html += QStringLiteral("<tr><td><b>%1</b></td><td>=</td><td>%2</td></tr>\n")
+                    .arg(QString::fromStdString(row.name).toHtmlEscaped(),
+                         QString::fromStdString(row.value).toHtmlEscaped());
+    return html + QStringLiteral("</table>");
+}
+
 ReadoutLabel::ReadoutLabel(QWidget* parent) : QLabel(parent)
 {
     setAlignment(Qt::AlignTop | Qt::AlignLeft);

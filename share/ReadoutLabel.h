@@ -7,6 +7,9 @@
 
 namespace veltrac {
 
+// The HTML table that cursor read-outs are shown as.
+QString readoutTable(const Readout& rows);
+
 class ReadoutLabel : public QLabel
 {
     Q_OBJECT

@@ -12,7 +12,7 @@
 #include "share/PsLines.h"
 #include "share/Transliteration.h"
 
-using namespace veltrac;
+namespace veltrac {
 
 namespace {
 
@@ -410,3 +410,5 @@ void SvgDriver::emitLine(std::string line)
     line += '\n';
     WriteBytes(line.data(), static_cast<int>(line.size()));
 }
+
+}  // namespace veltrac

@@ -9,6 +9,8 @@
 #include "share/BasicDriver.h"
 #include "share/PsParameters.h"
 
+namespace veltrac {
+
 class SvgDriver : public BasicDriver
 {
 public:
@@ -61,3 +63,5 @@ private:
     bool m_finished = false;
     bool m_whole = false;
 };
+
+}  // namespace veltrac

@@ -134,7 +134,7 @@ std::shared_ptr<HsVariable> VariableDock::setShown(const std::shared_ptr<PlotFil
         addByUnit(m_canvas->plot(), v);
     }
     if (v)
-        v->variable().visible = shown;
+        m_canvas->plot().setVisible(*v, shown);
     return v;
 }
 

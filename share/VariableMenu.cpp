@@ -130,7 +130,7 @@ void VariableMenu::popUp(const std::shared_ptr<HsVariable>& variable, const QPoi
     menu.addAction(tr("&Gain, offset, time shift…"), this, [=, this] { editScaling(variable); });
     addAxes(menu, variable);
     menu.addAction(tr("&Hide"), this, [=, this] {
-        variable->variable().visible = false;
+        m_canvas->plot().setVisible(*variable, false);
         changed();
     });
     menu.addSeparator();
@@ -225,7 +225,7 @@ void VariableMenu::editScaling(const std::shared_ptr<HsVariable>& variable)
 {
     Variable& v = variable->variable();
     Scaling scaling{QString::fromStdString(v.label), v.gain, v.offset, v.timeShift};
-    if (!askScaling(m_window, xUnit(m_canvas->plot()), scaling))
+    if (!askScaling(m_window, QString::fromStdString(xUnit(m_canvas->plot())), scaling))
         return;
     v.label = scaling.label.toUtf8().toStdString();
     v.gain = scaling.gain;

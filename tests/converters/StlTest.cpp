@@ -299,7 +299,7 @@ TEST_F(Stl, newestRowFirstIsTurnedRound)
     STLObject log("a.csv");
     log.detect();
     const auto expectOrder = [&](TSFILE& ts, STLFill fill) {
-        EXPECT_TRUE(log.found().newestFirst);
+        EXPECT_TRUE(log.found().steps.newestFirst);
         ASSERT_EQ(static_cast<std::uint32_t>(kRows), ts.samples());
         for (const std::uint32_t s : {1U, 2U, 32768U, 50000U, 50001U, 50002U, 100000U, 100001U})
             EXPECT_EQ(static_cast<float>(s), ts.value(s, ts.columns())) << s;
@@ -311,7 +311,7 @@ TEST_F(Stl, newestRowFirstIsTurnedRound)
     for (const STLFill fill : {STLFill::NaN, STLFill::Previous, STLFill::Interpolated}) {
         log.format().fill = fill;
         expectOrder(*import(log), fill);
-        EXPECT_TRUE(log.found().equalSteps);
+        EXPECT_TRUE(log.found().steps.areEqual);
     }
     log.format().timeResult = STLTimeResult::TimeTwoColumns;
     const auto ts = import(log);
@@ -325,8 +325,8 @@ TEST_F(Stl, newestRowFirstIsTurnedRound)
     STLObject mixed("a.csv");
     mixed.detect();
     const auto asItCame = import(mixed);
-    EXPECT_FALSE(mixed.found().newestFirst);
-    EXPECT_EQ(-1.0, mixed.found().leastStep);
+    EXPECT_FALSE(mixed.found().steps.newestFirst);
+    EXPECT_EQ(-1.0, mixed.found().steps.least);
     EXPECT_EQ(4.0F, asItCame->value(4, 2));
 }
 
@@ -354,7 +354,7 @@ TEST_F(Stl, clockThatIsSetWithinTheLogIsFollowed)
         EXPECT_EQ(start - step, ts->startSeconds());
         log.format().greenwich = true;
         log.check({});
-        EXPECT_FALSE(log.found().equalSteps) << "in UTC no clock is set";
+        EXPECT_FALSE(log.found().steps.areEqual) << "in UTC no clock is set";
     }
 }
 
@@ -380,7 +380,7 @@ TEST_F(Stl, publishedSeriesComeOutAsTheyAre)
     EXPECT_EQ(0U, ts->startSeconds());
     EXPECT_EQ(-373593600.0F, ts->value(1, 1)) << "1958-03-01";
     EXPECT_EQ(315.70F, ts->value(1, 2));
-    EXPECT_GT(carbon.found().gaps, 0U) << "months are missing in the sixties";
+    EXPECT_GT(carbon.found().steps.gaps, 0U) << "months are missing in the sixties";
 }
 
 TEST_F(Stl, datesInDoubtAreSaidToBe)
@@ -434,9 +434,9 @@ TEST_F(Stl, timeBecomesWhatTheUserWants)
     STLObject log(kData / "gaps.stl");
     log.detect();
     log.check({});
-    EXPECT_EQ(1U, log.found().gaps);
-    EXPECT_EQ(13.0, log.found().longestGap);
-    EXPECT_EQ(STLTimeResult::TimeColumn, log.found().timeResult);
+    EXPECT_EQ(1U, log.found().steps.gaps);
+    EXPECT_EQ(13.0, log.found().steps.longestGap);
+    EXPECT_EQ(STLTimeResult::TimeColumn, log.found().target.timeResult);
 
     log.format().timeResult = STLTimeResult::Resampled;
     auto ts = import(log);
@@ -566,7 +566,7 @@ TEST_F(Stl, stepsSaySoAsTheUserSeesThem)
     log.detect();
     log.format().greenwich = false;
     log.check({});
-    EXPECT_EQ(1459040340U - 60, log.found().startSeconds) << "stamps with a zone are in no other one";
+    EXPECT_EQ(1459040340U - 60, log.found().target.startSeconds) << "stamps with a zone are in no other one";
 
     write("a.csv", "D;A\n2016-05-17 00:00:00;1\n2016-13-17 00:00:01;2\n2016-05-17 99;3\n");
     STLObject bad("a.csv");
@@ -615,7 +615,7 @@ TEST_F(Stl, passIsRunAgainOnlyWhereItFindsSomethingElse)
     log.format().timeResult = STLTimeResult::TimeColumn;
     EXPECT_TRUE(log.isRead());
     log.check([](auto, auto) { return false; });
-    EXPECT_EQ(1U, log.found().timeColumns);
+    EXPECT_EQ(1U, log.found().target.timeColumns);
     log.format().columns[1].take = false;
     EXPECT_FALSE(log.isRead());
     log.check({});

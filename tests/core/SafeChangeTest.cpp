@@ -96,6 +96,8 @@ TEST_F(SafeChange, APendingFileTakesTheNameWhenItIsWhole)
     }
     {
         PendingFile dropped("a.ts");
+        std::ofstream(dropped.path()) << "third";
+        EXPECT_EQ(dropped.commit([](std::uint64_t, std::uint64_t) { return false; }), JobOutcome::Cancelled);
     }
     EXPECT_EQ(bytesOf("a.ts"), m_before);
     EXPECT_EQ(m_directory.fileCount(), 3U);

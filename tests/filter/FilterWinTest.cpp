@@ -344,11 +344,11 @@ TEST_F(FilterWinTest, CharacteristicOpensAndSwitchesItsAxes)
     EXPECT_FALSE(shown->grab().isNull());
     // Its points stand at unequal distances: extremes can be read off, a plain mean would be wrong.
     const Plot2D& plot = shown->findChild<PlotCanvas*>()->plot();
-    const QVector<IntervalRow> rows = intervalRows(plot);
-    ASSERT_FALSE(rows.isEmpty());
-    const QStringList fields = intervalFields(plot, rows[0]);
-    for (int c = 5; c < 10; ++c)
-        EXPECT_EQ(fields[c].isEmpty(), c > 6) << intervalHeadings()[c].toStdString();
+    const std::vector<IntervalRow> rows = intervalRows(plot);
+    ASSERT_FALSE(rows.empty());
+    const IntervalFields fields = intervalFields(plot, rows[0]);
+    for (std::size_t c = 5; c < 10; ++c)
+        EXPECT_EQ(fields[c].empty(), c > 6) << kIntervalHeadings[c];
     shown->close();
     choose(0);
     BoxAnswer answer(QStringLiteral("Ok"));

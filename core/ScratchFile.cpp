@@ -24,8 +24,23 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// What tells a scratch file from one of the user's that has its name.
+// What tells a scratch file from one of the user's that has its name: it holds that name, so that a file that
+// has got another one is none any more.
 constexpr const char* kMark = "user.veltrac.scratch";
+
+bool setMark(int descriptor, const fs::path& file)
+{
+    const std::string name = file.filename().string();
+    return ::fsetxattr(descriptor, kMark, name.data(), name.size(), 0) == 0;
+}
+
+bool bearsMark(const fs::path& file)
+{
+    const std::string name = file.filename().string();
+    std::string mark(name.size(), '\0');
+    const ssize_t length = ::lgetxattr(file.c_str(), kMark, mark.data(), mark.size());
+    return length == static_cast<ssize_t>(name.size()) && mark == name;
+}
 
 [[noreturn]] void fail(const std::string& what)
 {
@@ -89,7 +104,7 @@ int makeMarked(const fs::path& file)
     if (descriptor < 0)
         return descriptor;
     const std::string unnamed = "/proc/self/fd/" + std::to_string(descriptor);
-    if (::fsetxattr(descriptor, kMark, "", 0, 0) == 0 &&
+    if (setMark(descriptor, file) &&
         ::linkat(AT_FDCWD, unnamed.c_str(), AT_FDCWD, file.c_str(), AT_SYMLINK_FOLLOW) == 0)
         return descriptor;
     ::close(descriptor);
@@ -192,8 +207,7 @@ void ScratchFile::make(const fs::path& file)
 
 bool ScratchFile::removeLeft(const fs::path& file, IsDone isDone) const
 {
-    return (!m_isMarked || ::lgetxattr(file.c_str(), kMark, nullptr, 0) >= 0) &&
-           (isDone == nullptr || isDone(file)) && removeIfStale(file);
+    return (!m_isMarked || bearsMark(file)) && (isDone == nullptr || isDone(file)) && removeIfStale(file);
 }
 
 ScratchFile::~ScratchFile()
@@ -220,16 +234,17 @@ bool isScratchFile(const fs::path& path)
 
 void ScratchFile::putInPlace(const fs::path& target)
 {
-    // A file of the user's must not be taken for a scratch file.
-    if (m_isMarked && ::fremovexattr(m_owner, kMark) != 0 && errno != ENODATA && errno != ENOTSUP)
-        fail(m_path.string());
     veltrac::putInPlace(m_path, target);
+    if (m_isMarked)
+        ::fremovexattr(m_owner, kMark);
     keep();
 }
 
 void ScratchFile::takePlaceOf(ScratchFile& older)
 {
     fs::rename(m_path, older.m_path);
+    if (older.m_isMarked)
+        setMark(m_owner, older.m_path);
     keep();
     std::swap(m_owner, older.m_owner);
 }

@@ -166,7 +166,7 @@ TEST_F(SafeChange, OnlyOldScratchFilesWithoutAnOwnerAreRemovedAndNothingOfTheUse
         {".veltrac-new.tmp", 70, false, false, false},  {".veltrac-new_3.tmp", 70, false, false, false},
         {".veltrac-new_1.tmp", 50, false, false, true}, {".veltrac-new_2.tmp", 70, true, false, true},
         {".veltrac-newer.tmp", 70, false, false, true}, {"tmp.ts", 70, false, false, true},
-        {"tmp_1.ts", 70, false, true, false},
+        {"tmp_1.ts", 70, false, true, false},           {"tmp_2.ts", 70, false, true, true},
     };
     std::vector<int> descriptors;
     for (const auto& row : rows) {
@@ -174,7 +174,7 @@ TEST_F(SafeChange, OnlyOldScratchFilesWithoutAnOwnerAreRemovedAndNothingOfTheUse
         descriptors.push_back(::open(row.name, O_RDONLY));
         if (row.owned)
             lockAsOwner(descriptors.back());
-        if (row.marked && ::setxattr(row.name, "user.veltrac.scratch", "", 0, 0) != 0)
+        if (row.marked && ::setxattr(row.name, "user.veltrac.scratch", "tmp_1.ts", 8, 0) != 0)
             GTEST_SKIP() << "this file system takes no marks";
         fs::last_write_time(row.name, fs::file_time_type::clock::now() - std::chrono::minutes(row.minutes));
     }

@@ -448,6 +448,20 @@ int rename(const char* from, const char* to)
     return renameat2(AT_FDCWD, from, AT_FDCWD, to, 0);
 }
 
+// A file that was made without a name gets one.
+int linkat(int fromAt, const char* from, int toAt, const char* to, int flags)
+{
+    if (!isPathBelow(to))
+        return (int)syscall(SYS_linkat, fromAt, from, toAt, to, flags);
+    if (judge(kRename) != kGo)
+        return -1;
+    const int done = (int)syscall(SYS_linkat, fromAt, from, toAt, to, flags);
+    struct stat made = {0};
+    if (done == 0 && stat(to, &made) == 0)
+        note('c', made.st_ino, 0, to, strlen(to));
+    return done;
+}
+
 int unlinkat(int at, const char* path, int flags)
 {
     if (!isPathBelow(path))

@@ -10,6 +10,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "calc/SecondColumnFields.h"
+#include "calc/Spectrogram.h"
 #include "calc/Spectrum.h"
 #include "calc/SpectrumTexts.h"
 #include "calc/WindowShape.h"
@@ -23,7 +25,6 @@ constexpr std::uint32_t kLeastSegment = 256;
 constexpr std::uint32_t kMostSegment = 1048576;
 constexpr int kOverlaps[] = {50, 0, 67, 75};  // percent
 const char* const kTrends[] = {"Mean", "Straight line", "Nothing"};
-enum Method { WholeRange, AveragedSegments };
 enum Length { Shorten, Pad };
 
 QComboBox* boxOf(const QStringList& entries)
@@ -36,12 +37,16 @@ QComboBox* boxOf(const QStringList& entries)
 }  // namespace
 
 SpectrumFields::SpectrumFields(QWidget* parent)
-    : QWidget(parent), m_decibel(new QCheckBox(QStringLiteral("&dB"))), m_plan(new QLabel)
+    : QWidget(parent),
+      m_decibel(new QCheckBox(QStringLiteral("&dB"))),
+      m_second(new SecondColumnFields),
+      m_plan(new QLabel)
 {
     createChoices();
     auto* const form = new QFormLayout(this);
     form->setContentsMargins(0, 0, 0, 0);
     addRows(*form);
+    form->addRow(m_second);
     m_plan->setWordWrap(true);
     m_plan->setTextFormat(Qt::PlainText);
     constexpr int kLines = 3;  // whatever it says, the fields stay where they are
@@ -70,7 +75,8 @@ void SpectrumFields::createChoices()
         segments << QString::number(n);
     m_trend = boxOf(trends);
     m_window = boxOf(windows);
-    m_method = boxOf({QStringLiteral("Whole range"), QStringLiteral("Averaged segments")});
+    m_method = boxOf({QStringLiteral("Whole range"), QStringLiteral("Averaged segments"),
+                      QStringLiteral("Correlation"), QStringLiteral("Spectrogram")});
     m_segment = boxOf(segments);
     m_segment->setEditable(true);
     m_segment->setInsertPolicy(QComboBox::NoInsert);
@@ -100,7 +106,10 @@ void SpectrumFields::addRows(QFormLayout& form)
         {"&Method:", m_method, "", nullptr,
          "The whole range at once shows every line as finely as the range allows; averaged segments show "
          "noise "
-         "smoothly and need little memory."},
+         "smoothly and need little memory; a spectrogram shows them one after another over time; a "
+         "correlation tells how alike the column is to itself, or to a "
+         "second "
+         "one, after a while."},
         {"Se&gment length:", m_segment, "&Overlap:", m_overlap,
          "How many samples a segment has, and how much of it the next one shares."},
         {"&Length:", m_length, "", nullptr,
@@ -142,16 +151,18 @@ void SpectrumFields::connectFields()
         connect(box, qOverload<int>(&QComboBox::currentIndexChanged), this, &SpectrumFields::check);
     connect(m_segment, &QComboBox::currentTextChanged, this, &SpectrumFields::check);
     connect(m_decibel, &QCheckBox::toggled, this, &SpectrumFields::check);
+    connect(m_second, &SecondColumnFields::x_changed, this, &SpectrumFields::check);
 }
 
-void SpectrumFields::setSource(unsigned column, std::uint32_t from, std::uint32_t to, double dt)
+void SpectrumFields::setSource(const QString& file, unsigned column, std::uint32_t from, std::uint32_t to,
+                               double dt)
 {
     m_refusal.clear();
     m_source.column = column;
     m_source.from = from;
     m_source.to = to;
     m_source.dt = dt;
-    check();
+    m_second->setSource(file, m_source);  // which has this checked
 }
 
 void SpectrumFields::refuseSource(const QString& why)
@@ -162,7 +173,12 @@ void SpectrumFields::refuseSource(const QString& why)
 
 void SpectrumFields::useSegments()
 {
-    m_method->setCurrentIndex(AveragedSegments);
+    m_method->setCurrentIndex(static_cast<int>(SpectrumMethod::AveragedSegments));
+}
+
+SpectrumMethod SpectrumFields::method() const
+{
+    return static_cast<SpectrumMethod>(m_method->currentIndex());
 }
 
 SpectrumRequest SpectrumFields::request() const
@@ -170,12 +186,13 @@ SpectrumRequest SpectrumFields::request() const
     SpectrumRequest request = m_source;
     request.trend = static_cast<SpectrumTrend>(m_trend->currentIndex());
     request.window = static_cast<SpectrumWindow>(m_window->currentIndex());
-    request.averaged = m_method->currentIndex() == AveragedSegments;
+    request.averaged =
+        method() == SpectrumMethod::AveragedSegments || method() == SpectrumMethod::Spectrogram;
     request.segment = m_segment->currentText().trimmed().toUInt();
     request.overlapPercent = kOverlaps[m_overlap->currentIndex()];
     request.pad = m_length->currentIndex() == Pad;
     request.result = static_cast<SpectrumResult>(m_result->currentIndex());
-    request.decibel = m_decibel->isChecked() && request.result != SpectrumResult::RealImaginary;
+    request.decibel = m_decibel->isChecked() && m_decibel->isEnabled();
     return request;
 }
 
@@ -194,6 +211,11 @@ QString SpectrumFields::findReason(QWidget*& field) const
         return QStringLiteral("A segment has 256 to 1 048 576 samples.");
     if (planSpectrum(wanted).segments == 0)
         return QStringLiteral("The range is shorter than one segment.");
+    if (method() == SpectrumMethod::Spectrogram)
+        return m_second->isOn() ? QStringLiteral("A spectrogram is one of a single column.")
+                                : QString::fromStdString(spectrogramComplaint(wanted));
+    if (m_second->isOn() || method() == SpectrumMethod::Correlation)
+        return m_second->findReason(wanted, field);
     field = m_result;
     if (wanted.averaged && wanted.result == SpectrumResult::RealImaginary)
         return QStringLiteral(
@@ -202,19 +224,38 @@ QString SpectrumFields::findReason(QWidget*& field) const
     return QString();
 }
 
-void SpectrumFields::check()
+QString SpectrumFields::planText() const
 {
-    const bool averaged = m_method->currentIndex() == AveragedSegments;
+    return m_second->isOn() || method() == SpectrumMethod::Correlation
+               ? m_second->planText(request())
+               : QString::fromStdString(veltrac::planText(request()));
+}
+
+void SpectrumFields::enableFields()
+{
+    const bool averaged = request().averaged;
+    const bool correlates = method() == SpectrumMethod::Correlation;
     m_segment->setEnabled(averaged);
     m_overlap->setEnabled(averaged);
-    m_decibel->setEnabled(m_result->currentIndex() != static_cast<int>(SpectrumResult::RealImaginary));
+    for (QComboBox* const box : {m_window, m_length})
+        box->setEnabled(!correlates);
+    m_result->setEnabled(!correlates && !m_second->isOn());
+    m_decibel->setEnabled(
+        !correlates &&
+        (m_second->isOn() || m_result->currentIndex() != static_cast<int>(SpectrumResult::RealImaginary)));
+    m_second->setMethod(method());
+}
+
+void SpectrumFields::check()
+{
+    enableFields();
     QWidget* wrong = nullptr;
     m_reason = findReason(wrong);
     for (QComboBox* const box : {m_segment, m_result})
         markField(*box, true);
     if (wrong != nullptr)
         markField(*wrong, false);
-    m_plan->setText(m_reason.isEmpty() ? QString::fromStdString(planText(request())) : m_reason);
+    m_plan->setText(m_reason.isEmpty() ? planText() : m_reason);
     emit x_changed();
 }
 

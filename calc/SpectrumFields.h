@@ -4,6 +4,7 @@
 
 #include <QWidget>
 
+#include "calc/SpectrumMethod.h"
 #include "calc/SpectrumRequest.h"
 
 class QCheckBox;
@@ -13,6 +14,8 @@ class QLabel;
 
 namespace veltrac {
 
+class SecondColumnFields;
+
 class SpectrumFields : public QWidget
 {
     Q_OBJECT
@@ -20,12 +23,16 @@ class SpectrumFields : public QWidget
 public:
     explicit SpectrumFields(QWidget* parent = nullptr);
 
-    // The range of a column that is transformed, in samples that are `dt` seconds apart.
-    void setSource(unsigned column, std::uint32_t from, std::uint32_t to, double dt);
+    // The range of a column of a file that is transformed, in samples that are `dt` seconds apart.
+    void setSource(const QString& file, unsigned column, std::uint32_t from, std::uint32_t to, double dt);
     // A file, column or range that cannot be transformed, and why.
     void refuseSource(const QString& why);
 
+    SpectrumMethod method() const;
     SpectrumRequest request() const;
+    const SecondColumnFields& second() const { return *m_second; }
+    // What will be computed, in words.
+    QString planText() const;
     // Why that cannot be executed; empty where it can.
     const QString& reason() const { return m_reason; }
     // Chooses the method "Averaged segments".
@@ -40,6 +47,7 @@ private:
     void connectFields();
     // The first thing that is wrong, and the field to be marked; none where it is the source.
     QString findReason(QWidget*& field) const;
+    void enableFields();
     void check();
 
     QComboBox* m_trend = nullptr;
@@ -50,6 +58,7 @@ private:
     QComboBox* m_length = nullptr;
     QComboBox* m_result = nullptr;
     QCheckBox* m_decibel = nullptr;
+    SecondColumnFields* m_second = nullptr;
     QLabel* m_plan = nullptr;
 
     SpectrumRequest m_source;  // its column, range and step

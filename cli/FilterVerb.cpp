@@ -41,12 +41,19 @@ public:
         options.number("--freq2", m_request.freq1, "HZ", "The upper frequency of a band");
         options.number("--ripple", m_request.rippleDb, "DB", "Of a Chebyshev filter, below 0");
         options.count("--points", m_points, 1, "Of the moving average");
+        options.flag("--zero-phase", m_zeroPhase, "Forward and back: no delay, and the gain squared");
+        options.flag("--start-settled", m_settled, "Begins in the steady state of the first value");
         m_source.addTo(options);
         m_target.addTo(options);
     }
     void check(CommonOptions& common) override
     {
         m_target.check(common);
+        if (m_request.isMovingAverage() && (m_zeroPhase || m_settled))
+            throw UsageError("a moving average delays nothing and has no state to settle");
+        m_request.pass = m_zeroPhase ? FilterPass::ZeroPhase
+                         : m_settled ? FilterPass::Settled
+                                     : FilterPass::FromZero;
         m_request.order = static_cast<int>(m_request.isMovingAverage() ? m_points : m_order);
         // What no sampling frequency can heal is wrong usage.
         if (const std::string complaint = filterComplaint(m_request, HUGE_VAL); !complaint.empty())
@@ -65,14 +72,13 @@ public:
             if (!filter)
                 throw JobError(reports.text());
         }
-        const std::string words =
-            filter ? filterSpec(m_request) : "Moving average over " + std::to_string(m_request.order);
+        const std::string words = filterWords(m_request);
         const SampleRange range = m_source.places.rangeIn(*file, job.notes);
         const SourceColumn column(*file, m_source.columnIn(*file), range.first, range.last);
         FilterOutcome outcome;
         m_target.save(job, column, range.first, [&](TSFILE& work, const Progress& progress) {
             describeWork(column, work, words);
-            outcome = filter ? runFilter(column, work, filter.get(), progress)
+            outcome = filter ? runFilter(column, work, filter.get(), progress, m_request.pass)
                              : runMovingAverage(column, work, static_cast<std::uint32_t>(m_request.order),
                                                 progress);
             return outcome.outcome;
@@ -91,6 +97,8 @@ private:
     FilterRequest m_request{kButterworthLowPass};
     std::uint32_t m_order = 1;
     std::uint32_t m_points = 1;
+    bool m_zeroPhase = false;
+    bool m_settled = false;
     SourceOptions m_source;
     ResultTarget m_target;
 };

@@ -289,7 +289,7 @@ bool HsVariable::counts(float raw) const
 Summary HsVariable::looseEnd(const Wanted& wanted, std::uint32_t bucket, std::uint32_t from,
                              std::uint32_t to) const
 {
-    const PlotSource::Run run = m_variable.source()->run(bucket, m_variable.column());
+    const PlotSource::Run run = m_variable.source()->run(m_variable.column(), bucket);
     const float* const values = run.values + from * run.stride;
     if (!wanted.positiveOnly)
         return wanted.moments ? summaryOf(values, run.stride, to - from)
@@ -389,7 +389,7 @@ std::uint32_t HsVariable::rowOfExtreme(std::uint32_t first, std::uint32_t last, 
             first = middle + 1;
     }
     for (std::uint32_t row = first; row <= last; ++row)
-        if (m_variable.source()->value(row, m_variable.column()) == target)
+        if (m_variable.source()->value(m_variable.column(), row) == target)
             return row;
     return 0;
 }

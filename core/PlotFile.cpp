@@ -212,7 +212,7 @@ void PlotFile::readRows(std::uint32_t first, std::uint32_t count, float* out) co
     hideOverwritten(first, count, out);
 }
 
-float PlotFile::readValue(std::uint32_t row, std::uint32_t column) const
+float PlotFile::readValue(std::uint32_t column, std::uint32_t row) const
 {
     const float v = m_file->value(sampleOf(row), column);
     const bool isGone = isRing() && m_file->ringStartOnDisk() > sampleOf(row);

@@ -44,7 +44,7 @@ double PlotSource::timeOf(std::uint32_t row) const
         readRows(row, 1, values.data());
         return timeInRow(row, values.data());
     }
-    return timeInRow(row, run(bucket, 1).values + std::size_t{(row - 1) % m_bucketRows} * m_columns);
+    return timeInRow(row, run(1, bucket).values + std::size_t{(row - 1) % m_bucketRows} * m_columns);
 }
 
 std::uint32_t PlotSource::rowAt(double t) const
@@ -123,9 +123,9 @@ std::uint32_t PlotSource::nearRow(double t, double tolerance) const
     return static_cast<std::uint32_t>(after - m_bucketTimes.begin() - 1) * m_bucketRows;
 }
 
-float PlotSource::value(std::uint32_t row, std::uint32_t column) const
+float PlotSource::value(std::uint32_t column, std::uint32_t row) const
 {
-    const Run r = run((row - 1) / m_bucketRows, column);
+    const Run r = run(column, (row - 1) / m_bucketRows);
     return r.values[(row - 1) % m_bucketRows * r.stride];
 }
 
@@ -134,45 +134,63 @@ std::uint32_t PlotSource::rowsOf(std::uint32_t bucket) const
     return std::min(m_bucketRows, m_rows - bucket * m_bucketRows);
 }
 
-PlotSource::Run PlotSource::run(std::uint32_t bucket, std::uint32_t column) const
+PlotSource::Run PlotSource::run(std::uint32_t column, std::uint32_t bucket) const
 {
     const std::size_t count = rowsOf(bucket);
     if (const float* const all = rowsInMemory(bucket))
         return {all + column - 1, m_columns, count};
-    const std::uint32_t wanted = m_columns > kWide ? column : 0;
-    if (m_latest >= m_runs.size() || m_runs[m_latest].bucket != bucket || m_runs[m_latest].column != wanted)
-        keep(bucket, wanted);
-    const float* const values = m_runs[m_latest].values.data();
-    return wanted == 0 ? Run{values + column - 1, m_columns, count} : Run{values, 1, count};
+    if (m_columns > kWide)
+        return {kept(column, bucket).values.data(), 1, count};
+    return {kept(0, bucket).values.data() + column - 1, m_columns, count};
 }
 
-const PlotSource::Kept& PlotSource::keep(std::uint32_t bucket, std::uint32_t column) const
+const PlotSource::Kept* PlotSource::KeptRuns::find(std::uint32_t column, std::uint32_t bucket)
 {
-    for (std::size_t i = 0; i < m_runs.size(); ++i) {
-        if (m_runs[i].bucket == bucket && m_runs[i].column == column) {
-            m_latest = i;
-            return m_runs[i];
-        }
+    const auto isWanted = [&](const Kept& run) { return run.bucket == bucket && run.column == column; };
+    if (m_latest >= m_runs.size() || !isWanted(m_runs[m_latest])) {
+        const auto found = std::find_if(m_runs.begin(), m_runs.end(), isWanted);
+        if (found == m_runs.end())
+            return nullptr;
+        m_latest = static_cast<std::size_t>(found - m_runs.begin());
     }
-    const std::uint32_t count = rowsOf(bucket);
-    const std::size_t floats = std::size_t{count} * (column == 0 ? m_columns : 1);
-    const std::size_t most =
-        std::clamp(kCacheFloats / std::max<std::size_t>(1, floats), kFewestRuns, kMostRuns);
+    return &m_runs[m_latest];
+}
+
+PlotSource::Kept& PlotSource::KeptRuns::place(std::size_t most)
+{
     if (m_runs.size() < most) {
         m_latest = m_runs.size();
         m_runs.emplace_back();
     } else {
         m_latest = m_nextVictim++ % m_runs.size();
     }
+    return m_runs[m_latest];
+}
+
+void PlotSource::KeptRuns::forget(std::uint32_t bucket)
+{
+    for (Kept& run : m_runs)
+        if (run.bucket == bucket)
+            run.bucket = kNoBucket;
+}
+
+const PlotSource::Kept& PlotSource::kept(std::uint32_t column, std::uint32_t bucket) const
+{
+    if (const Kept* const known = m_runs.find(column, bucket))
+        return *known;
+    const std::uint32_t count = rowsOf(bucket);
+    const std::size_t floats = std::size_t{count} * (column == 0 ? m_columns : 1);
+    const std::size_t most =
+        std::clamp(kCacheFloats / std::max<std::size_t>(1, floats), kFewestRuns, kMostRuns);
     // Stands for no bucket until it is read.
-    Kept& fresh = m_runs[m_latest];
+    Kept& fresh = m_runs.place(most);
     fresh.bucket = kNoBucket;
     fresh.values.resize(floats);
     if (column == 0)
         readRows(bucket * m_bucketRows + 1, count, fresh.values.data());
     else
         for (std::uint32_t i = 0; i < count; ++i)
-            fresh.values[i] = readValue(bucket * m_bucketRows + 1 + i, column);
+            fresh.values[i] = readValue(column, bucket * m_bucketRows + 1 + i);
     fresh.bucket = bucket;
     fresh.column = column;
     return fresh;
@@ -187,10 +205,7 @@ void PlotSource::rowsCame(std::uint32_t rows)
 {
     const std::uint32_t lastBucket = m_rows / m_bucketRows;
     m_rows = rows;
-    // The ones that stay keep their places, which the next reader of them may count on.
-    for (Kept& kept : m_runs)
-        if (kept.bucket == lastBucket)
-            kept.bucket = kNoBucket;
+    m_runs.forget(lastBucket);
 }
 
 void PlotSource::forgetBuckets(std::uint32_t buckets)

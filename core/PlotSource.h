@@ -52,7 +52,7 @@ public:
     // end of a bucket of rows where there is such a one, which saves reading them.
     std::uint32_t rowNear(double t, double tolerance) const;
 
-    float value(std::uint32_t row, std::uint32_t column) const;
+    float value(std::uint32_t column, std::uint32_t row) const;
 
     // The values of a column in one bucket of rows: bucket * bucketRows() + 1 and the following ones.
     struct Run
@@ -61,7 +61,7 @@ public:
         std::size_t stride = 0;
         std::size_t count = 0;
     };
-    Run run(std::uint32_t bucket, std::uint32_t column) const;
+    Run run(std::uint32_t column, std::uint32_t bucket) const;
 
     // `count` rows from row `first`, columns() values each.
     virtual void readRows(std::uint32_t first, std::uint32_t count, float* out) const = 0;
@@ -82,7 +82,7 @@ protected:
 
     // The time that stands in a row's values; only asked where timeKind() is EachRow.
     virtual double timeInRow(std::uint32_t row, const float* values) const = 0;
-    virtual float readValue(std::uint32_t row, std::uint32_t column) const = 0;
+    virtual float readValue(std::uint32_t column, std::uint32_t row) const = 0;
     // All rows of a bucket side by side where the source has them in memory; else null.
     virtual const float* rowsInMemory(std::uint32_t bucket) const;
 
@@ -117,15 +117,30 @@ private:
         std::uint32_t column = 0;  // 0: all of them
         std::vector<float> values;
     };
-    const Kept& keep(std::uint32_t bucket, std::uint32_t column) const;
+    // The few runs that were read last.
+    class KeptRuns
+    {
+    public:
+        // Null where it is not kept.
+        const Kept* find(std::uint32_t column, std::uint32_t bucket);
+        // A place for another one, instead of an old one where there are `most` already.
+        Kept& place(std::size_t most);
+        // The others stay where they are, which their readers count on.
+        void forget(std::uint32_t bucket);
+        void clear() { m_runs.clear(); }
+
+    private:
+        std::vector<Kept> m_runs;
+        std::size_t m_latest = 0;
+        std::size_t m_nextVictim = 0;
+    };
+    const Kept& kept(std::uint32_t column, std::uint32_t bucket) const;
     std::uint32_t rowsOf(std::uint32_t bucket) const;
     std::uint32_t rowInSteps(double t) const;
     std::uint32_t rowByTimes(double t) const;
     std::uint32_t nearRow(double t, double tolerance) const;
 
-    mutable std::vector<Kept> m_runs;
-    mutable std::size_t m_latest = 0;
-    mutable std::size_t m_nextVictim = 0;
+    mutable KeptRuns m_runs;
     std::vector<double> m_bucketTimes;  // of the first row of each bucket
     double m_lastTime = 0.0;
     bool m_timesKnown = false;

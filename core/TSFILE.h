@@ -133,7 +133,7 @@ public:
     {
         std::uint64_t element = std::uint64_t{sample - 1U} * m_header.columns + (col - 1U);
         if (sample > m_plainSamples) [[unlikely]]
-            element = elementAnywhere(sample, col);
+            element = elementAnywhere(col, sample);
         return native(m_data.at(element));
     }
 
@@ -141,8 +141,8 @@ public:
     void setValue(std::uint32_t sample, std::uint32_t col, float v)
     {
         if (sample - 1U >= m_plainSamples || col - 1U >= m_header.columns) [[unlikely]]
-            sample = requireWritable(sample, col);
-        m_data.forWriting(m_data.elementIndex(sample, col)) = native(v);
+            sample = requireWritable(col, sample);
+        m_data.forWriting(m_data.elementIndex(col, sample)) = native(v);
     }
 
     // Runs of samples, moved many blocks at once. They do what value() and setValue() do for each of them,
@@ -239,9 +239,9 @@ private:
         return m_order == veltrac::ByteOrder::Swapped ? veltrac::swapBytes(v) : v;
     }
     // Throws nothing itself: the slot of an element that there is not does.
-    std::uint64_t elementAnywhere(std::uint32_t sample, std::uint32_t col) noexcept;
+    std::uint64_t elementAnywhere(std::uint32_t col, std::uint32_t sample) noexcept;
     void requireSample(std::uint32_t& sample);
-    std::uint32_t requireWritable(std::uint32_t sample, std::uint32_t col);
+    std::uint32_t requireWritable(std::uint32_t col, std::uint32_t sample);
 
     void addColumnRecords(std::uint32_t newCount);
     void moveData(std::uint64_t bytes, std::uint64_t shift);

@@ -38,7 +38,7 @@ public:
 
     double shown(float raw) const noexcept { return gain * static_cast<double>(raw) + offset; }
     // Row firstRow() to rows(); throw the TS exceptions.
-    double value(std::uint32_t row) const { return shown(m_source->value(row, m_column)); }
+    double value(std::uint32_t row) const { return shown(m_source->value(m_column, row)); }
     double timeAt(std::uint32_t row) const { return m_source->timeOf(row) + timeShift; }
     // The last row at or before t; 0 where there is none.
     std::uint32_t sampleAt(double t) const { return m_source->rowAt(t - timeShift); }

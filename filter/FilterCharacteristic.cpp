@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 #include <numbers>
+#include <utility>
 
 namespace veltrac {
 
@@ -31,59 +32,81 @@ std::vector<double> grid()
     return points;
 }
 
-// Between two neighbours, one above half power and one not.
-double crossing(const FidFilter* filter, double low, double high)
+class Points
 {
-    const bool above = fid_response(filter, low) > kHalfPower;
-    for (int i = 0; i < 60; ++i) {
-        const double middle = (low + high) / 2;
-        ((fid_response(filter, middle) > kHalfPower) == above ? low : high) = middle;
+public:
+    Points(const FidFilter* filter, double samplingHz, bool zeroPhase)
+        : m_filter(filter), m_samplingHz(samplingHz), m_zeroPhase(zeroPhase)
+    {
     }
-    return (low + high) / 2;
-}
 
-void add(FilterCharacteristic& c, const FidFilter* filter, double fraction, double samplingHz)
+    bool isAbove(double fraction) const { return gain(fid_response(m_filter, fraction)) > kHalfPower; }
+    // Between two neighbours, one above half power and one not.
+    double crossing(double low, double high) const
+    {
+        const bool above = isAbove(low);
+        for (int i = 0; i < 60; ++i) {
+            const double middle = (low + high) / 2;
+            (isAbove(middle) == above ? low : high) = middle;
+        }
+        return (low + high) / 2;
+    }
+    void add(double fraction);
+    // Two points at one frequency make the stroke; a third, missing in the marks, ends it.
+    void addMark(double fraction);
+
+    FilterCharacteristic made;
+
+private:
+    double gain(double once) const { return m_zeroPhase ? once * once : once; }
+
+    const FidFilter* m_filter;
+    double m_samplingHz;
+    bool m_zeroPhase;
+};
+
+void Points::add(double fraction)
 {
     double phase = 0.0;
-    const double gain = fid_response_pha(filter, fraction, &phase);
-    c.frequencies.push_back(fraction * samplingHz);
-    c.gain.push_back(static_cast<float>(gain));
-    c.gainDb.push_back(static_cast<float>(decibels(gain)));
+    const double height = gain(fid_response_pha(m_filter, fraction, &phase));
+    made.frequencies.push_back(fraction * m_samplingHz);
+    made.gain.push_back(static_cast<float>(height));
+    made.gainDb.push_back(static_cast<float>(decibels(height)));
     // where nothing passes there is no phase
-    c.phase.push_back(gain > 0.0 ? static_cast<float>(phase) : std::numeric_limits<float>::quiet_NaN());
-    c.marks.push_back(std::numeric_limits<float>::quiet_NaN());
-    c.marksDb.push_back(std::numeric_limits<float>::quiet_NaN());
+    made.phase.push_back(height > 0.0 ? static_cast<float>(m_zeroPhase ? 0.0 : phase)
+                                      : std::numeric_limits<float>::quiet_NaN());
+    made.marks.push_back(std::numeric_limits<float>::quiet_NaN());
+    made.marksDb.push_back(std::numeric_limits<float>::quiet_NaN());
 }
 
-// Two points at one frequency make the stroke; a third, missing in the marks, ends it.
-void addMark(FilterCharacteristic& c, const FidFilter* filter, double fraction, double samplingHz)
+void Points::addMark(double fraction)
 {
-    c.halfPower.push_back(fraction * samplingHz);
+    made.halfPower.push_back(fraction * m_samplingHz);
     for (int i = 0; i < 3; ++i)
-        add(c, filter, fraction, samplingHz);
-    const std::size_t last = c.marks.size() - 1;
-    c.marks[last - 2] = 0.0F;
-    c.marksDb[last - 2] = static_cast<float>(kLeastDb);
-    c.marks[last - 1] = c.gain[last];
-    c.marksDb[last - 1] = c.gainDb[last];
+        add(fraction);
+    const std::size_t last = made.marks.size() - 1;
+    made.marks[last - 2] = 0.0F;
+    made.marksDb[last - 2] = static_cast<float>(kLeastDb);
+    made.marks[last - 1] = made.gain[last];
+    made.marksDb[last - 1] = made.gainDb[last];
 }
 
 }  // namespace
 
-FilterCharacteristic characteristicOf(const FidFilter* filter, double samplingHz)
+FilterCharacteristic characteristicOf(const FidFilter* filter, double samplingHz, bool zeroPhase)
 {
-    FilterCharacteristic c;
+    Points points(filter, samplingHz, zeroPhase);
     double before = 0.0;
-    bool wasAbove = fid_response(filter, before) > kHalfPower;
+    bool wasAbove = points.isAbove(before);
     for (const double fraction : grid()) {
-        const bool isAbove = fid_response(filter, fraction) > kHalfPower;
+        const bool isAbove = points.isAbove(fraction);
         if (isAbove != wasAbove)
-            addMark(c, filter, crossing(filter, before, fraction), samplingHz);
-        add(c, filter, fraction, samplingHz);
+            points.addMark(points.crossing(before, fraction));
+        points.add(fraction);
         before = fraction;
         wasAbove = isAbove;
     }
-    return c;
+    return std::move(points.made);
 }
 
 }  // namespace veltrac

@@ -21,7 +21,8 @@ struct FilterCharacteristic
 };
 
 // Evaluated at more than 4000 frequencies, one half evenly spaced and the other by equal factors, so that
-// neither a linear nor a logarithmic axis shows corners; and at those of half power.
-FilterCharacteristic characteristicOf(const FidFilter* filter, double samplingHz);
+// neither a linear nor a logarithmic axis shows corners; and at those of half power. Of a filter that is run
+// forward and back the gain is squared, and there is no phase: zero.
+FilterCharacteristic characteristicOf(const FidFilter* filter, double samplingHz, bool zeroPhase = false);
 
 }  // namespace veltrac

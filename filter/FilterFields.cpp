@@ -1,5 +1,6 @@
 #include "filter/FilterFields.h"
 
+#include <QCheckBox>
 #include <QComboBox>
 #include <QGridLayout>
 #include <QLabel>
@@ -42,7 +43,11 @@ QString spoken(QString label)
 }  // namespace
 
 FilterFields::FilterFields(QWidget* parent)
-    : QWidget(parent), m_rate(new QLabel(this)), m_types(new QComboBox(this))
+    : QWidget(parent),
+      m_rate(new QLabel(this)),
+      m_types(new QComboBox(this)),
+      m_zeroPhase(new QCheckBox(QStringLiteral("&Zero phase"), this)),
+      m_settled(new QCheckBox(QStringLiteral("Start s&ettled"), this))
 {
     // A grid gives the rows of hidden reasons no room, as a form would.
     auto* const grid = new QGridLayout(this);
@@ -77,7 +82,32 @@ FilterFields::FilterFields(QWidget* parent)
         connect(field, &NumberField::x_validated, this, &FilterFields::showReasons);
     }
     field(FilterField::Order)->setWhole(-kMostPoints, kMostPoints);
+    addPasses(*grid);
     showReasons();
+}
+
+void FilterFields::addPasses(QGridLayout& grid)
+{
+    m_zeroPhase->setToolTip(QStringLiteral("Forward and back: no delay, and the gain squared."));
+    m_settled->setToolTip(QStringLiteral("Begin in the steady state of the first value, without ringing."));
+    const int row = grid.rowCount();
+    grid.addWidget(m_zeroPhase, row, 0);
+    grid.addWidget(m_settled, row, 1);
+    for (QCheckBox* const box : {m_zeroPhase, m_settled}) {
+        box->setWhatsThis(box->toolTip());
+        connect(box, &QCheckBox::toggled, this, [this] {
+            enablePasses();
+            emit x_passChanged();
+        });
+    }
+    enablePasses();
+}
+
+void FilterFields::enablePasses()
+{
+    m_zeroPhase->setEnabled(!m_showsPoints);
+    // The way there and the way back begin settled in any case.
+    m_settled->setEnabled(!m_showsPoints && !m_zeroPhase->isChecked());
 }
 
 NumberField* FilterFields::field(FilterField use) const
@@ -105,6 +135,7 @@ void FilterFields::showType(int type)
         }
     }
     m_showsPoints = points;
+    enablePasses();
     showReasons();
 }
 
@@ -157,6 +188,10 @@ FilterRequest FilterFields::request() const
     asked.rippleDb = field(FilterField::Ripple)->number();
     asked.order =
         static_cast<int>(std::clamp(field(FilterField::Order)->number(), -kMostPoints, kMostPoints));
+    if (!asked.isMovingAverage())
+        asked.pass = m_zeroPhase->isChecked() ? FilterPass::ZeroPhase
+                     : m_settled->isChecked() ? FilterPass::Settled
+                                              : FilterPass::FromZero;
     return asked;
 }
 

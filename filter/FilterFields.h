@@ -7,7 +7,9 @@
 
 #include "filter/FilterTypes.h"
 
+class QCheckBox;
 class QComboBox;
+class QGridLayout;
 class QLabel;
 
 namespace veltrac {
@@ -34,6 +36,9 @@ public:
     bool isValid() const;
     FilterRequest request() const;
 
+signals:
+    void x_passChanged();
+
 private:
     struct Row
     {
@@ -44,9 +49,13 @@ private:
         QString suggested;  // what stands in the field until the user types
     };
     void showReasons();
+    void addPasses(QGridLayout& grid);
+    void enablePasses();
 
     QLabel* m_rate;
     QComboBox* m_types;
+    QCheckBox* m_zeroPhase;
+    QCheckBox* m_settled;
     QVector<Row> m_rows;
     QString m_otherText = QStringLiteral("11");  // of the one that does not have the shared field now
     bool m_showsPoints = false;

@@ -13,7 +13,9 @@
 #include "core/Rebuild.h"
 #include "core/Utf8.h"
 #include "core/Variable.h"
+#include "filter/FidRunner.h"
 #include "filter/MovingAverage.h"
+#include "filter/ZeroPhase.h"
 
 namespace veltrac {
 
@@ -48,29 +50,6 @@ std::string inWords(const std::string& report)
                      [&](const ReportWords& words) { return report.starts_with(words.report); });
     return std::string(row->words) + "\n(" + report + ")";
 }
-
-// What fid_run_new() and fid_run_newbuf() hand out.
-class Runner
-{
-public:
-    explicit Runner(const FidFilter* filter)
-        : m_run(fid_run_new(filter, nullptr)), m_buffer(fid_run_newbuf(m_run))
-    {
-    }
-    ~Runner()
-    {
-        fid_run_freebuf(m_buffer);
-        fid_run_free(m_run);
-    }
-    Runner(const Runner&) = delete;
-    Runner& operator=(const Runner&) = delete;
-
-    void run(std::vector<double>& samples) { fid_run_block(m_run, m_buffer, samples.data(), samples.size()); }
-
-private:
-    void* m_run;
-    void* m_buffer;
-};
 
 }  // namespace
 
@@ -126,13 +105,21 @@ void describeWork(const SourceColumn& source, TSFILE& work, const std::string& f
 }
 
 FilterOutcome runFilter(const SourceColumn& source, TSFILE& work, const FidFilter* filter,
-                        const Progress& progress)
+                        const Progress& progress, FilterPass pass)
 {
-    Runner runner(filter);
     FilterOutcome result;
+    if (pass == FilterPass::ZeroPhase) {
+        result.outcome = runZeroPhase(source, work, filter, result.missing, progress);
+        return result;
+    }
+    FidRunner runner(filter);
     std::vector<double> wide;
     std::vector<float> rows;
     float last = 0.0F;
+    if (pass == FilterPass::Settled) {
+        last = firstFinite(source);
+        runner.settle(static_cast<double>(last));
+    }
     result.outcome = walkRuns(work.samples(), progress, [&](std::uint32_t first, std::span<float> run) {
         source.read(first, run);
         wide.resize(run.size());

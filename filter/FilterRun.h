@@ -54,10 +54,11 @@ struct FilterOutcome
 // Both fill the work file, which has as many samples as the source: column 1 with the source, column 2 with
 // what becomes of it. Each row is written once.
 
-// Through the filter, from a state of zeros on. Where a sample is missing or infinite the filter, which would
-// never recover from it, is fed the one before it, and the output is missing there.
+// Through the filter. Where a sample is missing or infinite the filter, which would never recover from it, is
+// fed the one before it (but from zero: or the first one there is), and the output is missing there. For zero
+// phase see filter/ZeroPhase.h.
 FilterOutcome runFilter(const SourceColumn& source, TSFILE& work, const FidFilter* filter,
-                        const Progress& progress);
+                        const Progress& progress, FilterPass pass = FilterPass::FromZero);
 
 // The mean of `points` samples, centred (with an even number one more comes after the sample than before
 // it). At both ends those that exist are averaged.

@@ -123,6 +123,14 @@ std::string filterSpec(const FilterRequest& request)
     return text;
 }
 
+std::string filterWords(const FilterRequest& request)
+{
+    if (request.isMovingAverage())
+        return "Moving average over " + std::to_string(request.order);
+    const char* const passes[] = {"", ", start settled", ", zero phase"};
+    return filterSpec(request) + passes[static_cast<std::size_t>(request.pass)];
+}
+
 std::string filterComplaint(const FilterRequest& request, double samplingHz)
 {
     const FilterType& type = filterTypes()[static_cast<std::size_t>(request.type)];

@@ -6,6 +6,10 @@
 
 namespace veltrac {
 
+// How a filter is run over a range: from a state of zeros on; from the steady state of the first value on, so
+// that a high offset does not ring; or forward and back, which delays nothing and squares the gain.
+enum class FilterPass { FromZero, Settled, ZeroPhase };
+
 // What the fields of the filter window hold.
 struct FilterRequest
 {
@@ -14,6 +18,7 @@ struct FilterRequest
     double freq1 = 0.0;
     int order = 1;  // the number of points for the moving average
     double rippleDb = 0.0;
+    FilterPass pass = FilterPass::FromZero;
 
     bool isMovingAverage() const { return type == 0; }
 };
@@ -36,6 +41,8 @@ const std::vector<FilterType>& filterTypes();
 
 // The spec-string of a request for types 1 and up.
 std::string filterSpec(const FilterRequest& request);
+// What is done, for descriptions: "LpBu4/10, zero phase", "Moving average over 5".
+std::string filterWords(const FilterRequest& request);
 
 // Why a request cannot be designed at a sampling frequency (0: there is none), in the window's words; empty
 // where it can.

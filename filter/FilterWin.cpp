@@ -114,6 +114,7 @@ void FilterWin::connectFields()
     };
     for (const auto& [use, slot] : fields)
         connect(m_fields->field(use), SIGNAL(textChanged(QString)), this, slot);
+    connect(m_fields, &FilterFields::x_passChanged, this, &FilterWin::fieldChanged);
     connect(m_preview, &PlotCanvas::x_told, this,
             [this](const QString& text) { statusBar()->showMessage(text); });
     connect(this, &SubWindow::windowGone, this, [this] {
@@ -238,14 +239,13 @@ void FilterWin::sl_execute()
             return;
         }
     }
-    const std::string words =
-        filter ? filterSpec(asked) : "Moving average over " + std::to_string(asked.order);
+    const std::string words = filterWords(asked);
     FilterOutcome outcome;
     const auto job = [&](const Progress& progress, std::unique_ptr<ResultFile>& made) {
         const SourceColumn column(*file, source()->column(), range()->from(), range()->to());
         made = std::make_unique<ResultFile>(isResultHere() ? "temp1" : "temp", column.samples(), 2);
         describeWork(column, made->file(), words);
-        outcome = filter ? runFilter(column, made->file(), filter.get(), progress)
+        outcome = filter ? runFilter(column, made->file(), filter.get(), progress, asked.pass)
                          : runMovingAverage(column, made->file(), static_cast<std::uint32_t>(asked.order),
                                             progress);
         return outcome.outcome;
@@ -345,7 +345,9 @@ void FilterWin::showPreview()
     if (text.isEmpty())
         filter = designFilter(asked, m_samplingHz);
     if (filter)
-        showCharacteristic(*m_preview, characteristicOf(filter.get(), m_samplingHz), {true, true, false});
+        showCharacteristic(*m_preview,
+                           characteristicOf(filter.get(), m_samplingHz, asked.pass == FilterPass::ZeroPhase),
+                           {true, true, false});
     else
         m_preview->showText(text.isEmpty() ? QString::fromStdString(reports.text()) : text);
 }
@@ -365,8 +367,8 @@ void FilterWin::sl_plotFiltWin()
         warnOfReports(QString::fromStdString(reports.text()));
         return;
     }
-    auto* const window = new FilterCharWin(characteristicOf(filter.get(), m_samplingHz),
-                                           QString::fromStdString(filterSpec(asked)));
+    auto* const window =
+        new FilterCharWin(filter.get(), m_samplingHz, asked.pass, QString::fromStdString(filterWords(asked)));
     connect(window, SIGNAL(windowGone(subWindow)), this, SLOT(sl_subwindowGone(subWindow)));
     m_subWindows.append(window);
     window->show();

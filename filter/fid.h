@@ -97,5 +97,9 @@ void fid_run_initbuf(void* buffer, void* run);
 // Steps over many samples in place, with the very outputs of the step function and less time: the history of
 // a cascade stays in registers. Blocks and single steps of one buffer may take turns.
 void fid_run_block(void* run, void* buffer, double* samples, std::size_t count);
+// Puts a buffer into the state that a constant input has led to after long enough, so that a run which begins
+// with that value begins without ringing. A filter that never comes to rest (a pole at z = 1) stays in its
+// zero state.
+void fid_run_settle(void* run, void* buffer, double input);
 void fid_run_freebuf(void* buffer);
 void fid_run_free(void* run);

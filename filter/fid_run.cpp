@@ -28,11 +28,13 @@ namespace {
 
 constexpr std::uint32_t kMagic = 0x64966325;
 
-// How a kind of filter is run: a sample at a time, or (null: by the same step) many in place.
+// How a kind of filter is run: a sample at a time, or (null: by the same step) many in place; and how its
+// history becomes that of a constant input.
 struct Way
 {
     FidFunc* step = nullptr;
     void (*block)(void* buffer, double* samples, std::size_t count) = nullptr;
+    void (*settle)(const double* coefficients, double* history, double input) = nullptr;
 };
 
 struct Run
@@ -188,10 +190,67 @@ double stepStages(void* buffer, double x)
     return x;
 }
 
+// -- Histories of a constant input --
+
+// y of a constant x, where a section comes to rest.
+double restOf(double x, double forward, double feedback)
+{
+    return feedback == 0.0 ? 0.0 : x * forward / feedback;
+}
+
+double settleSections(const double* c, double* past, std::size_t count, double x)
+{
+    for (std::size_t i = 0; i < count; ++i, c += 5, past += 2) {
+        const double y = restOf(x, c[0] + c[1] + c[2], 1.0 + c[3] + c[4]);
+        past[0] = y - c[0] * x;
+        past[1] = c[2] * x - c[4] * y;
+        x = y;
+    }
+    return x;
+}
+
+template <std::size_t Count>
+void settleCascade(const double* c, double* history, double x)
+{
+    settleSections(c, history, Count, x);
+}
+
+void settleLongCascade(const double* c, double* history, double x)
+{
+    settleSections(c + 1, history, static_cast<std::size_t>(c[0]), x);
+}
+
+void settleWindow(const double* c, double* history, double x)
+{
+    std::fill_n(history + 1, 2 * static_cast<std::size_t>(c[0]), x);
+}
+
+void settleStages(const double* c, double* past, double x)
+{
+    const auto stages = static_cast<std::size_t>(*c++);
+    for (std::size_t s = 0; s < stages; ++s) {
+        const auto order = static_cast<std::size_t>(*c++);
+        const double* const b = c;
+        const double* const a = b + order + 1;  // negative
+        double forward = b[0];
+        double feedback = 1.0;
+        for (std::size_t k = 0; k < order; ++k) {
+            forward += b[k + 1];
+            feedback -= a[k];
+        }
+        const double y = restOf(x, forward, feedback);
+        for (std::size_t k = order; k-- > 0;)
+            past[k] = b[k + 1] * x + a[k] * y + (k + 1 < order ? past[k + 1] : 0.0);
+        c = a + order;
+        past += order;
+        x = y;
+    }
+}
+
 template <std::size_t... Index>
 constexpr std::array<Way, sizeof...(Index)> cascadeWays(std::index_sequence<Index...>)
 {
-    return {Way{&stepCascade<Index + 1>, &blockCascade<Index + 1>}...};
+    return {Way{&stepCascade<Index + 1>, &blockCascade<Index + 1>, &settleCascade<Index + 1>}...};
 }
 constexpr auto kCascadeWays = cascadeWays(std::make_index_sequence<8>());
 
@@ -245,7 +304,7 @@ Plan planCascade(const FidCascade& stages)
     if (stages.size() <= kCascadeWays.size()) {
         plan.way = kCascadeWays[stages.size() - 1];
     } else {
-        plan.way.step = stepLongCascade;
+        plan.way = {stepLongCascade, nullptr, settleLongCascade};
         plan.coefficients.push_back(static_cast<double>(stages.size()));
     }
     const auto at = [](const std::vector<double>& c, std::size_t i) { return i < c.size() ? c[i] : 0.0; };
@@ -261,14 +320,15 @@ Plan planCascade(const FidCascade& stages)
 
 Plan planWindow(const FidSection& stage)
 {
-    Plan plan{{stepWindow}, 2 * stage.b.size() + 1, {static_cast<double>(stage.b.size())}};
+    Plan plan{
+        {stepWindow, nullptr, settleWindow}, 2 * stage.b.size() + 1, {static_cast<double>(stage.b.size())}};
     plan.coefficients.insert(plan.coefficients.end(), stage.b.begin(), stage.b.end());
     return plan;
 }
 
 Plan planStages(const FidCascade& stages)
 {
-    Plan plan{{stepStages}, 0, {static_cast<double>(stages.size())}};
+    Plan plan{{stepStages, nullptr, settleStages}, 0, {static_cast<double>(stages.size())}};
     for (const FidSection& stage : stages) {
         const std::size_t order = std::max(stage.a.size(), stage.b.size()) - 1;
         plan.historyCount += order;
@@ -381,6 +441,12 @@ void fid_run_block(void* run, void* buffer, double* samples, std::size_t count)
     }
     for (std::size_t t = 0; t < count; ++t)
         samples[t] = checked->way.step(buffer, samples[t]);
+}
+
+void fid_run_settle(void* run, void* buffer, double input)
+{
+    if (const Run* const checked = checkedRun(run, "fid_run_settle"))
+        checked->way.settle(checked->coefficients, static_cast<Buffer*>(buffer)->history, input);
 }
 
 void fid_run_freebuf(void* buffer)

@@ -88,7 +88,7 @@ void TsTableView::createFrame()
     m_notes->setAutoFillBackground(true);
     m_notes->hide();
     m_changed = new NoticeStrip;
-    connect(m_changed, &NoticeStrip::x_pressed, this, &TsTableView::sl_reload);
+    connect(m_changed, &NoticeStrip::x_pressed, this, &TsTableView::answerNotice);
     connect(&m_watch, &FileWatch::x_changed, this, &TsTableView::showFileState);
     auto* const centre = new QWidget;
     auto* const column = new QVBoxLayout(centre);
@@ -392,17 +392,27 @@ void TsTableView::showFileState()
             m_changed->hide();
             break;
         case FileWatch::State::Gone:
-            m_changed->showNotice(QStringLiteral("%1 is gone; it is shown as it was.").arg(m_name));
+            m_changed->showNotice(QStringLiteral("%1 is gone; it is shown as it was.").arg(m_name),
+                                  isEditing() ? QStringLiteral("Save as new file…") : QString());
             break;
         case FileWatch::State::Changed:
-            m_changed->showNotice(QStringLiteral("%1 has changed.").arg(m_name),
-                                  isEditing() ? QString() : QStringLiteral("&Reload"));
+            m_changed->showNotice(QStringLiteral("%1 has changed.").arg(m_name), QStringLiteral("&Reload"));
             break;
     }
 }
 
+void TsTableView::answerNotice()
+{
+    if (isEditing() && m_watch.state(m_path) == FileWatch::State::Gone)
+        m_editor->sl_saveAs();
+    else
+        sl_reload();
+}
+
 void TsTableView::sl_reload()
 {
+    if (m_editor != nullptr && !m_editor->mayClose())
+        return;
     if (m_table == nullptr) {
         if (TSFILE* const file = openQuietly(m_path))
             showFile(file, m_mode);

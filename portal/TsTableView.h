@@ -96,6 +96,7 @@ private:
     void showOutcome(const QString& text);
     void showFailure(const QString& text);
     void showFileState();
+    void answerNotice();
     void readAgain();
 
     QString m_name;  // as it is shown

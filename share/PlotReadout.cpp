@@ -141,8 +141,21 @@ std::string valueWithUnit(const HsVariable& variable, double value)
 std::string xUnit(const Plot2D& plot)
 {
     const std::string_view unit = unitIn(plot.xTitle);
-    return unit.empty() ? "s" : std::string(unit);
+    if (!unit.empty())
+        return std::string(unit);
+    // "Real part" is a number.
+    return plot.xTitle.empty() || plot.xTitle.starts_with("Time") ? "s" : "";
 }
+
+namespace {
+
+std::string withUnit(const Plot2D& plot, double x)
+{
+    const std::string unit = xUnit(plot);
+    return numberText(plot, x) + (unit.empty() ? "" : ' ' + unit);
+}
+
+}  // namespace
 
 std::string xText(const Plot2D& plot, double x)
 {
@@ -154,14 +167,14 @@ std::string xText(const Plot2D& plot, double x)
         case XMode::Elapsed:
             break;
     }
-    return numberText(plot, x) + ' ' + xUnit(plot);
+    return withUnit(plot, x);
 }
 
 std::string distanceText(const Plot2D& plot, double dx)
 {
     if (plot.axis().mode == XMode::Sample)
         return numberText(plot, dx) + " samples";
-    std::string text = numberText(plot, dx) + ' ' + xUnit(plot);
+    std::string text = withUnit(plot, dx);
     constexpr double kMinute = 60.0;
     // Between dates nobody counts in seconds alone.
     if (plot.axis().mode == XMode::Clock && std::abs(dx) >= kMinute && std::abs(dx) < kMostClockSeconds)

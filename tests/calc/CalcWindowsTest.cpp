@@ -376,3 +376,44 @@ TEST_F(CalcWindows, LevelsInDecibelStandOnALinearAxisAndHaveNoMeans)
                 fields[c].empty())
                 << name;
 }
+
+TEST_F(CalcWindows, SecondColumnIsRefusedOverOneSegmentAndComparedOverMore)
+{
+    DFTWin window(QStringLiteral("a.ts"), 2);
+    window.show();
+    const auto box = [&](const char* name) -> QComboBox& {
+        for (QComboBox* const combo : window.findChildren<QComboBox*>())
+            if (combo->accessibleName() == QLatin1String(name))
+                return *combo;
+        throw std::logic_error(name);
+    };
+    const auto told = [&](const char* text) {
+        const QList<QLabel*> labels = window.findChildren<QLabel*>();
+        return std::any_of(labels.begin(), labels.end(), [&](const QLabel* label) {
+            return label->isVisible() && label->text().contains(QLatin1String(text));
+        });
+    };
+    const QList<QCheckBox*> checks = window.findChildren<QCheckBox*>();
+    (*std::find_if(checks.begin(), checks.end(), [](const QCheckBox* check) {
+        return check->text() == QLatin1String("Second colu&mn");
+    }))->setChecked(true);
+    EXPECT_TRUE(told("over a single one, every coherence is 1"));
+    window.sl_execute();
+    EXPECT_TRUE(window.findChild<PlotCanvas*>()->plot().variables().empty());
+
+    box("Method").setCurrentText(QStringLiteral("Averaged segments"));
+    box("Segment length").setCurrentText(QStringLiteral("500"));
+    box("Second column").setCurrentIndex(1);  // the tone with itself
+    window.sl_execute();
+    const auto& groups = window.findChild<PlotCanvas*>()->plot().groups();
+    ASSERT_EQ(groups.size(), 3U);  // gain with its band, phase with its band, coherence
+    EXPECT_EQ(groups[0].variables().size(), 3U);
+    EXPECT_NEAR(groups[0].variables()[0]->variable().value(25), 1.0, 1e-6);  // 5 Hz
+    EXPECT_NEAR(groups[2].variables()[0]->variable().value(25), 1.0, 1e-6);
+
+    box("Method").setCurrentText(QStringLiteral("Correlation"));
+    fieldOf(window, "Lags up to [s]").setText(QStringLiteral("0,25"));
+    window.sl_execute();
+    EXPECT_EQ(window.findChild<PlotCanvas*>()->plot().variables().at(0)->variable().rows(), 51U);
+    EXPECT_TRUE(told("at a lag of 0 s"));
+}

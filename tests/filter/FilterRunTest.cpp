@@ -2,11 +2,15 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <complex>
 #include <numbers>
 
 #include "core/ScratchFile.h"
 #include "core/TsNames.h"
 #include "filter/FilterCharacteristic.h"
+#include "filter/FilterNumbers.h"
+#include "filter/FilterResponse.h"
+#include "filter/FilterRoots.h"
 #include "filter/FilterRun.h"
 #include "filter/SaveResults.h"
 #include "tests/FileSizeLimit.h"
@@ -234,6 +238,95 @@ TEST(SaveResults, columnsAreReplacedOrAddedAndTheOthersStay)
     EXPECT_TRUE(backup.empty());
     ASSERT_EQ(saveToAddedColumn(*work, "target.ts", 300, {}), JobOutcome::Done);
     EXPECT_STREQ(openTsFile("target.ts", true)->columnName(4), "Force_f~2") << "names tell columns apart";
+}
+
+TEST(FilterRun, settledStartOfEveryTypeKeepsAConstantWhereItsGainAtZeroPutsIt)
+{
+    const TestDirectory directory;
+    const auto file = makeFile("f", 2001, 1);
+    const auto work = makeFile("w", 2000, 2);
+    for (std::uint32_t s = 1; s <= 2001; ++s)
+        file->setValue(s, 1, s < 4 ? std::nanf("") : 50.0F);
+    for (int type = 1; type < static_cast<int>(filterTypes().size()); ++type) {
+        const FilterRequest request{type, 5.0, 40.0, type < 9 ? 3 : 10, -0.1, FilterPass::Settled};
+        const FidFilterPtr filter = designFilter(request, 360.0);
+        const double rest = 50.0 * fid_response(filter.get(), 0.0);
+        runFilter(SourceColumn(*file, 1, 2), *work, filter.get(), {}, request.pass);
+        EXPECT_TRUE(std::isnan(work->value(1, 2)));
+        for (const std::uint32_t s : {3U, 4U, 100U, 1998U})
+            EXPECT_NEAR(work->value(s, 2), rest, 1e-4) << filterWords(request) << ' ' << s;
+    }
+    const FidFilterPtr flat(fid_flatten(designFilter({5, 5.0, 0.0, 3}, 360.0).get()));
+    runFilter(SourceColumn(*file, 1, 2), *work, flat.get(), {}, FilterPass::Settled);
+    EXPECT_NEAR(work->value(3, 2), 50.0, 1e-4);
+}
+
+TEST(FilterRun, zeroPhaseDelaysNothingSquaresTheGainAndBridgesWhatIsMissing)
+{
+    const TestDirectory directory;
+    TSFILE file("w", kSamples, 2, 0);
+    // Neither the first row nor the whole file; tones on both sides of the corner and an offset.
+    const auto slow = [](double s) { return 1000.0 + 3.0 * std::sin(0.12 * s); };
+    for (std::uint32_t s = 1; s <= kSamples; ++s)
+        file.setValue(s, 1, static_cast<float>(slow(s) + std::sin(0.9 * s)));
+    file.setValue(40000, 1, INFINITY);
+    const FidFilterPtr filter = designFilter({5, 10.0, 0.0, 4}, 360.0);
+    TSFILE work("z", kSamples - 6, 2, 0);
+    const FilterOutcome outcome =
+        runFilter(SourceColumn(file, 1, 7), work, filter.get(), {}, FilterPass::ZeroPhase);
+    EXPECT_EQ(outcome.missing, 1U);
+    EXPECT_TRUE(std::isnan(work.value(40000 - 6, 2)));
+    const double kept = std::pow(fid_response(filter.get(), 0.12 / (2.0 * std::numbers::pi)), 2.0);
+    EXPECT_LT(kept, 0.99);
+    for (const std::uint32_t s : {500U, 32768U, 32769U, 60000U, kSamples - 500})
+        EXPECT_NEAR(work.value(s - 6, 2), 1000.0 + kept * (slow(s) - 1000.0), 2e-4) << s;
+    // The reflected ends hold the level: no ringing at either of them.
+    EXPECT_NEAR(work.value(1, 2), slow(7), 1.5);
+    EXPECT_NEAR(work.value(kSamples - 6, 2), slow(kSamples), 1.5);
+    EXPECT_EQ(
+        runFilter(SourceColumn(file, 1, 7), work, filter.get(), stopsPastHalf, FilterPass::ZeroPhase).outcome,
+        JobOutcome::Cancelled);
+}
+
+TEST(FilterCharacteristic, pagesAgreeWithOneAnotherAndZeroPhaseSquares)
+{
+    const FidFilterPtr filter = designFilter({5, 10.0, 0.0, 4}, 360.0);
+    const FilterCharacteristic both = characteristicOf(filter.get(), 360.0, true);
+    ASSERT_EQ(both.halfPower.size(), 1U);
+    EXPECT_NEAR(std::pow(fid_response(filter.get(), both.halfPower[0] / 360.0), 4.0), 0.5, 1e-9);
+    EXPECT_EQ(both.phase[100], 0.0F);
+    // The delay is minus the slope of the phase, the step's end the gain at 0.
+    double here = 0.0;
+    double there = 0.0;
+    fid_response_pha(filter.get(), 0.0199999, &here);
+    fid_response_pha(filter.get(), 0.0200001, &there);
+    EXPECT_NEAR(groupDelay(filter.get(), 0.02), (here - there) / 2e-7, 1e-5);
+    const FilterResponses responses = responsesOf(filter.get(), 360.0, FilterPass::FromZero);
+    EXPECT_NEAR(responses.step.back(), 1.0, 1e-5);
+    const FilterResponses mirrored = responsesOf(filter.get(), 360.0, FilterPass::ZeroPhase);
+    const std::size_t middle = mirrored.impulse.size() / 2;
+    EXPECT_EQ(mirrored.seconds[middle], 0.0);
+    EXPECT_NEAR(mirrored.impulse[middle - 9], mirrored.impulse[middle + 9], 1e-7);
+    // A filter of its roots has its gain: also one of a long window.
+    for (const int type : {5, 12, 13}) {
+        const FidFilterPtr other = designFilter({type, 20.0, 40.0, 5, -0.5}, 360.0);
+        const FilterRoots roots = rootsOf(other.get());
+        ASSERT_TRUE(roots.isComplete);
+        const auto product = [&](double fraction) {
+            const std::complex<double> z = std::polar(1.0, 2.0 * std::numbers::pi * fraction);
+            double gain = 1.0;
+            for (const auto& zero : roots.zeros)
+                gain *= std::abs(z - zero);
+            for (const auto& pole : roots.poles)
+                gain /= std::abs(z - pole);
+            return gain;
+        };
+        EXPECT_NEAR(product(0.05) / product(0.03),
+                    fid_response(other.get(), 0.05) / fid_response(other.get(), 0.03), 1e-6)
+            << type;
+    }
+    const auto rows = filterNumbers(both, groupDelays(filter.get(), both.frequencies, 360.0), responses);
+    EXPECT_EQ(rows.front().first, "\u22123.01 dB");
 }
 
 }  // namespace

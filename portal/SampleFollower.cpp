@@ -40,7 +40,10 @@ void SampleFollower::look()
     if (JobProgress::isRunning())
         return;
     const SampleView& view = m_table.view();
-    if (view.currentRow() != m_row || view.sampleBar()->value() != m_top) {
+    // A row that the layout has moved a little is still the one at the end.
+    const int top = view.sampleBar()->value();
+    const bool isInView = m_row >= top && m_row <= top + view.sampleBar()->pageStep();
+    if (view.currentRow() != m_row || !isInView) {
         setOn(false);
         emit x_stopped();
         return;
@@ -81,7 +84,6 @@ void SampleFollower::toNewest()
     if (const std::uint32_t newest = m_table.model().newestRow(); newest > 0)
         view.goToSample(newest, view.currentColumn());
     m_row = view.currentRow();
-    m_top = view.sampleBar()->value();
 }
 
 void SampleFollower::tellTrouble(const QString& text)

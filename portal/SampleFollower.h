@@ -42,7 +42,6 @@ private:
     QString m_path;
     QTimer m_timer;
     int m_row = 0;  // where the last look has left the table
-    int m_top = 0;
     QString m_trouble;
 };
 

@@ -14,6 +14,7 @@
 #include "core/TsNames.h"
 #include "core/Variable.h"
 #include "share/HeaderText.h"
+#include "share/JobProgress.h"
 
 namespace veltrac {
 
@@ -67,7 +68,10 @@ void PeakTable::showSpectrum(const std::filesystem::path& spectrum, const Spectr
                              double mean)
 {
     const auto file = openTsFile(spectrum.string(), true);
-    m_peaks = findPeaks(*file, request, kPeaks);
+    {
+        JobProgress progress(window(), QStringLiteral("Looking for the peaks"));
+        m_peaks = findPeaks(*file, request, kPeaks, progress.callback());
+    }
     const QString unit = QString::fromStdString(
         std::string(unitIn(headerText(file->columnDescription(kColumn)).toStdString())));
     m_table->horizontalHeaderItem(1)->setText(

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <memory>
 #include <numbers>
 
 #include "calc/RealTransform.h"
@@ -113,15 +114,27 @@ private:
 // Samples of one transform and its outcome: 16 bytes a sample, 24 where their number is odd.
 struct Transform
 {
-    explicit Transform(std::uint32_t length)
-        : x(length), re(realFftRoom(static_cast<int>(length))), im(re.size())
+    // Nothing is written yet: the system takes a second to hand out the memory of a long range, which must
+    // not come at once.
+    explicit Transform(std::uint32_t samples)
+        : length(samples),
+          x(std::make_unique_for_overwrite<double[]>(samples)),
+          re(std::make_unique_for_overwrite<double[]>(realFftRoom(static_cast<int>(samples)))),
+          im(std::make_unique_for_overwrite<double[]>(realFftRoom(static_cast<int>(samples))))
     {
     }
-    std::vector<double> x, re, im;
+    std::uint32_t length;
+    std::unique_ptr<double[]> x, re, im;
 
+    // The first `used` samples, for which all others are 0.
+    std::span<double> samples(std::uint32_t used)
+    {
+        std::fill(x.get() + used, x.get() + length, 0.0);
+        return {x.get(), used};
+    }
     bool run(const Progress& progress)
     {
-        return realFft(static_cast<int>(x.size()), x.data(), re.data(), im.data(), progress);
+        return realFft(static_cast<int>(length), x.get(), re.get(), im.get(), progress);
     }
     double power(std::size_t bin) const { return re[bin] * re[bin] + im[bin] * im[bin]; }
 };
@@ -130,10 +143,10 @@ struct Transform
 JobOutcome loadRange(TSFILE& source, const SpectrumRequest& request, std::span<double> samples,
                      WindowShape& window, double& mean, const Progress& progress)
 {
-    if (SampleReader(source, request).read(request.from, samples, partOf(progress, 0, 80)) ==
-        JobOutcome::Cancelled)
+    if (SampleReader(source, request).read(request.from, samples, partOf(progress, 0, 60)) ==
+            JobOutcome::Cancelled ||
+        removeTrend(samples, request.trend, mean, partOf(progress, 60, 80)) == JobOutcome::Cancelled)
         return JobOutcome::Cancelled;
-    mean = removeTrend(samples, request.trend);
     std::vector<double> weights(std::min<std::size_t>(kRunSamples, samples.size()));
     for (std::size_t done = 0; done < samples.size();) {
         const std::size_t count = std::min(weights.size(), samples.size() - done);
@@ -152,10 +165,12 @@ JobOutcome wholeRange(TSFILE& source, const SpectrumRequest& request, const Spec
 {
     Transform transform(plan.length);
     WindowShape window(request.window, plan.used);
-    if (loadRange(source, request, std::span(transform.x).first(plan.used), window, mean,
-                  partOf(progress, 0, 35)) == JobOutcome::Cancelled ||
+    if (loadRange(source, request, transform.samples(plan.used), window, mean, partOf(progress, 0, 35)) ==
+            JobOutcome::Cancelled ||
         !transform.run(partOf(progress, 35, 70)))
         return JobOutcome::Cancelled;
+    // Giving so much memory back takes its time, too: not all at once.
+    transform.x.reset();
 
     const Scale scale = scaleOf(request, window);
     RowWriter rows(target, plan.resolution);
@@ -186,12 +201,14 @@ JobOutcome segments(TSFILE& source, const SpectrumRequest& request, const Spectr
     window.fill(0, weights);
     std::vector<double> power(plan.bins + 1, 0.0);
     double sum = 0.0;
+    const std::span<double> samples = transform.samples(plan.used);
     const std::uint32_t hop = segmentHop(plan.used, request.overlapPercent);
     for (std::uint32_t s = 0; s < plan.segments; ++s) {
-        const std::span<double> samples = std::span(transform.x).first(plan.used);
         const auto first = static_cast<std::uint32_t>(request.from + std::uint64_t{s} * hop);
         reader.read(first, samples, {});
-        sum += removeTrend(samples, request.trend);
+        double segmentMean = 0.0;
+        removeTrend(samples, request.trend, segmentMean, {});
+        sum += segmentMean;
         for (std::uint32_t i = 0; i < plan.used; ++i)
             samples[i] *= weights[i];
         if (!transform.run({}) || !goesOn(progress, s + 1, plan.segments))

@@ -147,7 +147,8 @@ bool isHigher(const SpectrumPeak& a, const SpectrumPeak& b)
 
 }  // namespace
 
-std::vector<SpectrumPeak> findPeaks(TSFILE& spectrum, const SpectrumRequest& request, std::size_t count)
+std::vector<SpectrumPeak> findPeaks(TSFILE& spectrum, const SpectrumRequest& request, std::size_t count,
+                                    const Progress& progress)
 {
     Bins bins(spectrum, request);
     // A heap of the highest so far, the lowest of them on top.
@@ -176,6 +177,8 @@ std::vector<SpectrumPeak> findPeaks(TSFILE& spectrum, const SpectrumRequest& req
             at = level;
             ++done;
         }
+        if (!goesOn(progress, done, bins.count()))
+            return {};
     }
     if (isFlat)
         return {};

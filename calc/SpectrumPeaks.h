@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "calc/SpectrumRequest.h"
+#include "core/Progress.h"
 #include "core/TSFILE.h"
 
 namespace veltrac {
@@ -20,9 +21,10 @@ struct SpectrumPeak
     std::uint32_t bin = 0;
 };
 
-// The `count` highest, highest first, of a spectrum that was computed by the request. Throw the TS
-// exceptions.
-std::vector<SpectrumPeak> findPeaks(TSFILE& spectrum, const SpectrumRequest& request, std::size_t count);
+// The `count` highest, highest first, of a spectrum that was computed by the request; none where the user
+// cancels. Throw the TS exceptions.
+std::vector<SpectrumPeak> findPeaks(TSFILE& spectrum, const SpectrumRequest& request, std::size_t count,
+                                    const Progress& progress = {});
 // The highest bin beside each multiple 1, 2, … of a frequency, up to the end of the spectrum.
 std::vector<SpectrumPeak> findHarmonics(TSFILE& spectrum, const SpectrumRequest& request, double frequency,
                                         std::size_t count);

@@ -35,14 +35,18 @@ JobOutcome SampleReader::read(std::uint32_t first, std::span<double> out, const 
         if (!goesOn(progress, done, out.size()))
             return JobOutcome::Cancelled;
     }
-    if (m_interpolate)
-        bridgeMissing(first, out);
-    return JobOutcome::Done;
+    return m_interpolate ? bridgeMissing(first, out, progress) : JobOutcome::Done;
 }
 
-void SampleReader::bridgeMissing(std::uint32_t first, std::span<double> out)
+JobOutcome SampleReader::bridgeMissing(std::uint32_t first, std::span<double> out, const Progress& progress)
 {
+    std::size_t nextLook = kRunSamples;
     for (std::size_t i = 0; i < out.size(); ++i) {
+        if (i >= nextLook) {
+            nextLook = i + kRunSamples;
+            if (!goesOn(progress, i, out.size()))
+                return JobOutcome::Cancelled;
+        }
         if (std::isfinite(out[i]))
             continue;
         const std::size_t begin = i;
@@ -64,6 +68,7 @@ void SampleReader::bridgeMissing(std::uint32_t first, std::span<double> out)
         for (std::size_t k = begin; k < i; ++k)
             out[k] = left + (right - left) * static_cast<double>(at(k) - gap.first + 1) / width;
     }
+    return JobOutcome::Done;
 }
 
 // A gap can be longer than many segments, so the one found last is kept.
@@ -99,26 +104,38 @@ SampleReader::Known SampleReader::nearest(std::int64_t sample, bool forward)
     return {forward ? end : 0, 0.0, false};
 }
 
-double removeTrend(std::span<double> samples, SpectrumTrend trend)
+JobOutcome removeTrend(std::span<double> samples, SpectrumTrend trend, double& mean, const Progress& progress)
 {
     const auto n = static_cast<double>(samples.size());
-    double sum = 0.0;
-    for (const double x : samples)
-        sum += x;
-    const double mean = sum / n;
-    if (trend == SpectrumTrend::Nothing)
-        return mean;
-    double slope = 0.0;
     const double centre = (n - 1.0) / 2.0;
-    if (trend == SpectrumTrend::Line && samples.size() > 1) {
-        double product = 0.0;
-        for (std::size_t i = 0; i < samples.size(); ++i)
-            product += (static_cast<double>(i) - centre) * (samples[i] - mean);
-        slope = product / (n * (n * n - 1.0) / 12.0);
-    }
-    for (std::size_t i = 0; i < samples.size(); ++i)
-        samples[i] -= mean + slope * (static_cast<double>(i) - centre);
-    return mean;
+    const bool isLine = trend == SpectrumTrend::Line && samples.size() > 1;
+    const std::uint64_t passes = trend == SpectrumTrend::Nothing ? 1 : isLine ? 3 : 2;
+    std::uint64_t pass = 0;
+    // Calls step(i) for all samples in order.
+    const auto walked = [&](auto step) {
+        for (std::size_t i = 0; i < samples.size();) {
+            for (const std::size_t end = std::min<std::size_t>(i + kRunSamples, samples.size()); i < end; ++i)
+                step(i);
+            if (!goesOn(progress, pass * samples.size() + i, passes * samples.size()))
+                return false;
+        }
+        ++pass;
+        return true;
+    };
+    double sum = 0.0;
+    if (!walked([&](std::size_t i) { sum += samples[i]; }))
+        return JobOutcome::Cancelled;
+    mean = sum / n;
+    if (trend == SpectrumTrend::Nothing)
+        return JobOutcome::Done;
+    double product = 0.0;
+    if (isLine &&
+        !walked([&](std::size_t i) { product += (static_cast<double>(i) - centre) * (samples[i] - mean); }))
+        return JobOutcome::Cancelled;
+    const double slope = isLine ? product / (n * (n * n - 1.0) / 12.0) : 0.0;
+    return walked([&](std::size_t i) { samples[i] -= mean + slope * (static_cast<double>(i) - centre); })
+               ? JobOutcome::Done
+               : JobOutcome::Cancelled;
 }
 
 JobOutcome countMissing(TSFILE& file, const SpectrumRequest& request, std::uint64_t& missing,

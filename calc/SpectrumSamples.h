@@ -41,7 +41,7 @@ private:
         Known after;
     };
 
-    void bridgeMissing(std::uint32_t first, std::span<double> out);
+    JobOutcome bridgeMissing(std::uint32_t first, std::span<double> out, const Progress& progress);
     const Gap& gapAround(std::int64_t sample);
     Known nearest(std::int64_t sample, bool forward);
 
@@ -53,8 +53,9 @@ private:
     std::vector<float> m_run;
 };
 
-// Subtracts the mean or the straight line of least squares; returns the mean.
-double removeTrend(std::span<double> samples, SpectrumTrend trend);
+// Subtracts the mean or the straight line of least squares, and tells the mean.
+JobOutcome removeTrend(std::span<double> samples, SpectrumTrend trend, double& mean,
+                       const Progress& progress);
 
 // How many samples of the range are missing (NaN or infinite).
 JobOutcome countMissing(TSFILE& file, const SpectrumRequest& request, std::uint64_t& missing,

@@ -3,6 +3,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <numbers>
 
 namespace veltrac {
 
@@ -11,11 +12,10 @@ struct FftRoot
 {
     FftRoot(std::int64_t turns, std::int64_t whole)
     {
-        constexpr double kPi = 3.141592653589793;
         turns %= whole;
         if (2 * turns > whole)
             turns -= whole;  // the cosine and sine of a small angle are the more exact ones
-        const double angle = 2.0 * kPi * static_cast<double>(turns) / static_cast<double>(whole);
+        const double angle = 2.0 * std::numbers::pi * static_cast<double>(turns) / static_cast<double>(whole);
         re = std::cos(angle);
         im = -std::sin(angle);
     }

@@ -41,9 +41,12 @@ void writeWhole(const std::string& file, const std::string& text)
 
 void addCommonOptions(CLI::App& app, const Verb& verb, CommonOptions& common)
 {
-    app.add_option("files", common.files, "The files to work on; - is standard input")->type_name("FILE");
-    Options options(app);
     const VerbTarget kind = verb.targetKind();
+    app.add_option("files", common.files,
+                   kind == VerbTarget::Stream ? "The file to record into"
+                                              : "The files to work on; - is standard input")
+        ->type_name("FILE");
+    Options options(app);
     if (kind == VerbTarget::FileEach)
         options.text(
             "-o,--output", common.output, "FILE|DIR",
@@ -55,7 +58,8 @@ void addCommonOptions(CLI::App& app, const Verb& verb, CommonOptions& common)
         options.flag("--skip-done", common.skipDone,
                      "Pass over files whose target is there, whole and not older than the source");
     }
-    options.count("--jobs", common.jobs, 1, "Files worked on at once (default: as many as cores)");
+    if (kind != VerbTarget::Stream)
+        options.count("--jobs", common.jobs, 1, "Files worked on at once (default: as many as cores)");
     options.flag("--quiet", common.quiet, "No progress line and no notes; errors are told all the same");
     options.flag("--json", common.json,
                  "Tell on standard output what was done: an object of JSON on a line for each file");
@@ -100,7 +104,7 @@ public:
             std::fputs("standard output: it took no more\n", stderr);
             return kSomeFailed;
         }
-        if (stopAsked())
+        if (stopAsked() && m_verb.targetKind() != VerbTarget::Stream)
             endBySignal();
         return m_failed == 0 ? kAllDone : kSomeFailed;
     }

@@ -103,7 +103,7 @@ public:
         }
         const std::vector<std::uint32_t> columns = columnsOf(file);
         const std::uint32_t samples = (range.count() - 1) / m_every + 1;
-        PendingFile pending(job.target, "interval", ".ts");
+        PendingFile pending(job.target, ".veltrac-new", ".ts");
         {
             const auto made =
                 createTsFile(pending.path().string(), samples, static_cast<std::uint32_t>(columns.size()));

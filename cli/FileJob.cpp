@@ -244,7 +244,8 @@ TaskOutcome runFileJob(Verb& verb, const CommonOptions& common, const PlannedFil
                 job.sources.push_back(held->path());
                 continue;
             }
-            requireReadable(source);
+            if (verb.targetKind() != VerbTarget::Stream)
+                requireReadable(source);
             job.sources.emplace_back(source);
         }
         job.source = job.sources.front();

@@ -6,6 +6,7 @@
 #include "cli/Verbs.h"
 #include "converters/TimeStamps.h"
 #include "core/HeaderTexts.h"
+#include "core/SafeChange.h"
 #include "core/TsHeader.h"
 #include "core/TsNames.h"
 #include "core/Utf8.h"
@@ -67,31 +68,33 @@ public:
     }
     void perform(VerbJob& job) override
     {
-        const auto file = openTsFile(job.source.string(), false);
-        // All is looked at before the first change.
-        const auto names = columnsAndTexts(*file, m_names, kNameBytes);
-        const auto texts = columnsAndTexts(*file, m_texts, kColumnDescription.width - 1);
-        const auto units = columnsAndTexts(*file, m_units, kColumnDescription.width - 1);
-        for (const std::string& text : m_description)
-            file->description(text.c_str());
-        for (const std::string& text : m_timeUnit)
-            file->timeUnit(text.c_str());
-        if (m_step)
-            file->dt(static_cast<float>(*m_step));
-        if (m_startSeconds)
-            file->setStart(*m_startSeconds, m_startRest);
-        for (const auto& [column, text] : names)
-            file->columnName(column, text.c_str());
-        for (const auto& [column, text] : texts)
-            file->columnDescription(column, text.c_str());
-        for (const auto& [column, unit] : units)
-            file->columnDescription(column,
-                                    withUnit(headerUtf8(file->columnDescription(column)), unit).c_str());
-        file->flush(true);
+        changeHeader(job.source, [this](TSFILE& file) { apply(file); });
     }
 
 private:
     using ColumnText = std::pair<std::uint32_t, std::string>;
+
+    void apply(TSFILE& file) const
+    {
+        const auto names = columnsAndTexts(file, m_names, kNameBytes);
+        const auto texts = columnsAndTexts(file, m_texts, kColumnDescription.width - 1);
+        const auto units = columnsAndTexts(file, m_units, kColumnDescription.width - 1);
+        for (const std::string& text : m_description)
+            file.description(text.c_str());
+        for (const std::string& text : m_timeUnit)
+            file.timeUnit(text.c_str());
+        if (m_step)
+            file.dt(static_cast<float>(*m_step));
+        if (m_startSeconds)
+            file.setStart(*m_startSeconds, m_startRest);
+        for (const auto& [column, text] : names)
+            file.columnName(column, text.c_str());
+        for (const auto& [column, text] : texts)
+            file.columnDescription(column, text.c_str());
+        for (const auto& [column, unit] : units)
+            file.columnDescription(column,
+                                   withUnit(headerUtf8(file.columnDescription(column)), unit).c_str());
+    }
 
     static void requireFitting(const std::string& text, std::size_t most)
     {

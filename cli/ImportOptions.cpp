@@ -25,43 +25,47 @@ std::string signOf(const std::string& text, const char* option)
 
 void ImportOptions::addTo(Options& options)
 {
-    options.choice("--encoding", encoding, {"utf-8", "windows-1252"}, "How letters beyond ASCII are written");
-    options.text("--separator", separator, "SIGN", "Between the cells of a line: a sign, tab or blank");
-    options.text("--decimal", decimal, "SIGN", "The decimal sign, a point or a comma");
-    options.choice("--grouping", grouping, {"none", "point", "comma", "blank", "apostrophe"},
+    options.choice("--encoding", text.encoding, {"utf-8", "windows-1252"},
+                   "How letters beyond ASCII are written");
+    options.text("--separator", text.separator, "SIGN", "Between the cells of a line: a sign, tab or blank");
+    options.text("--decimal", text.decimal, "SIGN", "The decimal sign, a point or a comma");
+    options.choice("--grouping", text.grouping, {"none", "point", "comma", "blank", "apostrophe"},
                    "What stands between thousands");
-    options.count("--first-data-line", firstDataLine, 1, "The line in which the data begin");
-    options.count("--names-line", namesLine, 0, "The line with the names of the columns; 0: none");
-    options.count("--units-line", unitsLine, 0, "The line with their units; 0: none");
-    options.texts("--remarks", remarks, "SIGN,...", "Lines that begin with one of these are passed over");
-    options.texts("--missing-markers", missingMarkers, "WORD,...", "Cells with one of these are missing");
-    options.count("--skip-lines", skipLines, 0, "First lines of a single column log to pass over");
-    options.choice("--time-from", timeFrom,
+    options.count("--first-data-line", text.firstDataLine, 1, "The line in which the data begin");
+    options.count("--names-line", text.namesLine, 0, "The line with the names of the columns; 0: none");
+    options.count("--units-line", text.unitsLine, 0, "The line with their units; 0: none");
+    options.texts("--remarks", text.remarks, "SIGN,...",
+                  "Lines that begin with one of these are passed over");
+    options.texts("--missing-markers", text.missingMarkers, "WORD,...",
+                  "Cells with one of these are missing");
+    options.count("--skip-lines", text.skipLines, 0, "First lines of a single column log to pass over");
+    options.choice("--time-from", time.from,
                    {"step", "stamp", "date-and-time", "elapsed-time", "elapsed-seconds", "unix-seconds",
                     "unix-milliseconds", "unix-microseconds", "unix-nanoseconds"},
                    "Where the time of a row comes from");
-    options.text("--date-column", dateColumn, "COLUMN", "The column of dates");
-    options.text("--time-column", timeColumn, "COLUMN", "The column of stamps, times or seconds");
-    options.choice("--order", order, {"day-month", "month-day"}, "How 3/4/2016 is meant");
-    options.choice("--zone", zone, {"local", "utc"}, "The zone of stamps that name none");
-    options.text("--start", start, "TIME",
+    options.text("--date-column", time.dateColumn, "COLUMN", "The column of dates");
+    options.text("--time-column", time.timeColumn, "COLUMN", "The column of stamps, times or seconds");
+    options.choice("--order", time.order, {"day-month", "month-day"}, "How 3/4/2016 is meant");
+    options.choice("--zone", time.zone, {"local", "utc"}, "The zone of stamps that name none");
+    options.text("--start", time.start, "TIME",
                  "When the series begins (2016-10-30T02:30:00); the first sample lies one step later");
-    options.number("--step", step, "SECONDS", "From sample to sample");
-    options.number("--rate", rate, "HZ", "Samples a second, instead of --step");
+    options.number("--step", time.step, "SECONDS", "From sample to sample");
+    options.number("--rate", time.rate, "HZ", "Samples a second, instead of --step");
     options.choice(
-        "--becomes", becomes, {"constant", "time", "time32", "equal-steps"},
+        "--becomes", time.becomes, {"constant", "time", "time32", "equal-steps"},
         "How the ts-file tells the time: a sample time, a column \"Time\", the same with \"Time32\", "
         "or values interpolated at equal steps");
-    options.number("--equal-step", equalStep, "SECONDS", "The step of --becomes equal-steps");
-    options.text("--description", description, "TEXT", "The description of the ts-file");
-    options.texts("--columns", columns, "COLUMN,...", "Columns to take, by name or number");
-    options.wholeTexts("--name", names, "COLUMN=NAME",
+    options.number("--equal-step", time.equalStep, "SECONDS", "The step of --becomes equal-steps");
+    options.text("--description", result.description, "TEXT", "The description of the ts-file");
+    options.texts("--columns", result.columns, "COLUMN,...", "Columns to take, by name or number");
+    options.wholeTexts("--name", result.names, "COLUMN=NAME",
                        "Another name for a column; may be given several times");
-    options.wholeTexts("--unit", units, "COLUMN=UNIT", "The unit of a column; may be given several times");
-    options.count("--rows-from", fromRow, 1, "The first data row to take");
-    options.count("--rows-to", toRow, 0, "The last data row to take; 0 takes all");
-    options.count("--every", everyNth, 1, "Takes every n-th row");
-    options.choice("--missing-become", missingBecome, {"nan", "zero", "previous", "interpolated"},
+    options.wholeTexts("--unit", result.units, "COLUMN=UNIT",
+                       "The unit of a column; may be given several times");
+    options.count("--rows-from", result.fromRow, 1, "The first data row to take");
+    options.count("--rows-to", result.toRow, 0, "The last data row to take; 0 takes all");
+    options.count("--every", result.everyNth, 1, "Takes every n-th row");
+    options.choice("--missing-become", result.missingBecome, {"nan", "zero", "previous", "interpolated"},
                    "What stands in the ts-file for a missing value");
     options.count("--tsa-samples", tsaSamples, 0, "The samples of a tsa text whose header does not say");
     options.count("--tsa-columns", tsaColumns, 0, "The columns of a tsa text whose header does not say");
@@ -72,27 +76,27 @@ void ImportOptions::addTo(Options& options)
 
 void ImportOptions::check()
 {
-    separator = signOf(separator, "--separator");
-    decimal = signOf(decimal, "--decimal");
-    if (!decimal.empty() && decimal != "." && decimal != ",")
+    text.separator = signOf(text.separator, "--separator");
+    text.decimal = signOf(text.decimal, "--decimal");
+    if (!text.decimal.empty() && text.decimal != "." && text.decimal != ",")
         throw UsageError("--decimal is a point or a comma");
-    if (!separator.empty() && separator == decimal)
+    if (!text.separator.empty() && text.separator == text.decimal)
         throw UsageError("--separator and --decimal are the same sign");
-    if (step && rate)
+    if (time.step && time.rate)
         throw UsageError("--step and --rate say the same: one of them");
-    if (rate) {
-        if (!(*rate > 0.0))
+    if (time.rate) {
+        if (!(*time.rate > 0.0))
             throw UsageError("--rate must be above 0");
-        step = 1.0 / *rate;
+        time.step = 1.0 / *time.rate;
     }
-    if ((step && !(*step > 0.0)) || (equalStep && !(*equalStep > 0.0)))
+    if ((time.step && !(*time.step > 0.0)) || (time.equalStep && !(*time.equalStep > 0.0)))
         throw UsageError("a step must be above 0");
-    if (!start.empty() && !readStamp(start))
-        throw UsageError("--start: \"" + start + "\" is no time; 2016-10-30T02:30:00 is one");
-    for (const auto* const list : {&names, &units})
-        for (const std::string& text : *list)
-            if (text.find('=') == std::string::npos)
-                throw UsageError("\"" + text + "\": COLUMN=TEXT is meant");
+    if (!time.start.empty() && !readStamp(time.start))
+        throw UsageError("--start: \"" + time.start + "\" is no time; 2016-10-30T02:30:00 is one");
+    for (const auto* const list : {&result.names, &result.units})
+        for (const std::string& pair : *list)
+            if (pair.find('=') == std::string::npos)
+                throw UsageError("\"" + pair + "\": COLUMN=TEXT is meant");
 }
 
 }  // namespace veltrac

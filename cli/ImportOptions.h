@@ -14,10 +14,9 @@ namespace veltrac {
 
 class Options;
 
-// Without a choice, what detection finds.
-struct ImportOptions
+// How a text is read.
+struct TextChoices
 {
-    // Reading a text.
     std::optional<int> encoding{};
     std::string separator{};
     std::string decimal{};
@@ -28,8 +27,12 @@ struct ImportOptions
     std::vector<std::string> remarks{};
     std::vector<std::string> missingMarkers{};
     std::uint32_t skipLines = 0;
-    // Its time.
-    std::optional<int> timeFrom{};
+};
+
+// Where its rows' times come from, and what they become.
+struct TimeChoices
+{
+    std::optional<int> from{};
     std::string dateColumn{};
     std::string timeColumn{};
     std::optional<int> order{};
@@ -39,7 +42,11 @@ struct ImportOptions
     std::optional<double> rate{};
     std::optional<int> becomes{};
     std::optional<double> equalStep{};
-    // Its result.
+};
+
+// What comes along of it.
+struct ResultChoices
+{
     std::string description{};
     std::vector<std::string> columns{};
     std::vector<std::string> names{};  // OLD=NEW
@@ -48,6 +55,14 @@ struct ImportOptions
     std::uint32_t toRow = 0;
     std::uint32_t everyNth = 1;
     std::optional<int> missingBecome{};
+};
+
+// Without a choice, what detection finds.
+struct ImportOptions
+{
+    TextChoices text;
+    TimeChoices time;
+    ResultChoices result;
     // What a header of tsa text lacks.
     std::optional<std::uint32_t> tsaSamples{};
     std::optional<std::uint32_t> tsaColumns{};

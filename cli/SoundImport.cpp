@@ -40,12 +40,12 @@ void describeSound(const VerbJob& job, const ImportOptions& options, const SF_IN
                    TSFILE& made)
 {
     const char* const title = sf_get_string(sound, SF_STR_TITLE);
-    const std::string description = !options.description.empty() ? options.description
-                                    : title != nullptr           ? utf8OfBytes(title)
-                                                                 : job.name;
+    const std::string description = !options.result.description.empty() ? options.result.description
+                                    : title != nullptr                  ? utf8OfBytes(title)
+                                                                        : job.name;
     made.description(cutTo(description, kFileDescription.width - 1).c_str());
     made.timeUnit("Time[s]");
-    made.dt(static_cast<float>(options.step.value_or(1.0 / info.samplerate)));
+    made.dt(static_cast<float>(options.time.step.value_or(1.0 / info.samplerate)));
     for (int c = 1; c <= info.channels; ++c) {
         const auto column = static_cast<std::uint32_t>(c);
         made.columnName(column, channelName(c, info.channels).c_str());

@@ -17,7 +17,7 @@ volatile std::sig_atomic_t g_stopSecond = 0;  // when it came
 
 // Schedulers and timeout(1) send the same signal twice in a row, to the process and to its group; one that
 // comes later is a user who does not want to wait.
-extern "C" void noteStop(int signal)
+void noteStop(int signal)
 {
     timespec now = {};
     clock_gettime(CLOCK_MONOTONIC, &now);

@@ -8,8 +8,10 @@
 #include <charconv>
 #include <cmath>
 #include <cstdio>
+#include <fstream>
 #include <memory>
 #include <system_error>
+#include <utility>
 
 #include "cli/FileWords.h"
 #include "cli/Verb.h"
@@ -263,9 +265,66 @@ JobOutcome writeNpy(const PlotFile& file, const ExportRequest& request, const fs
 
 namespace {
 
-struct CloseSound
+// The library tells of no write that failed while it closes a file: what it moves passes here.
+class SoundFile
 {
-    void operator()(SNDFILE* file) const noexcept { sf_close(file); }
+public:
+    SoundFile(const fs::path& file, SF_INFO& info) : m_stream(file, kBothWays)
+    {
+        SF_VIRTUAL_IO calls = {&length, &seek, &read, &write, &tell};
+        m_sound = sf_open_virtual(&calls, SFM_WRITE, &info, this);
+        if (m_sound == nullptr)
+            throw JobError(sf_strerror(nullptr));
+    }
+    ~SoundFile()
+    {
+        if (m_sound != nullptr)
+            sf_close(m_sound);
+    }
+    SoundFile(const SoundFile&) = delete;
+    SoundFile& operator=(const SoundFile&) = delete;
+
+    SNDFILE* get() const noexcept { return m_sound; }
+    // Throws std::system_error where any of the file was not written.
+    void close()
+    {
+        errno = 0;
+        sf_close(std::exchange(m_sound, nullptr));
+        m_stream.close();
+        if (!m_stream)
+            throw std::system_error(errno != 0 ? errno : ENOSPC, std::generic_category());
+    }
+
+private:
+    static constexpr auto kBothWays = std::ios::in | std::ios::out | std::ios::binary | std::ios::trunc;
+
+    static std::fstream& streamOf(void* file) { return static_cast<SoundFile*>(file)->m_stream; }
+    static sf_count_t tell(void* file) { return streamOf(file).tellp(); }
+    static sf_count_t seek(sf_count_t offset, int whence, void* file)
+    {
+        streamOf(file).seekp(offset, whence == SEEK_SET   ? std::ios::beg
+                                     : whence == SEEK_CUR ? std::ios::cur
+                                                          : std::ios::end);
+        return tell(file);
+    }
+    static sf_count_t length(void* file)
+    {
+        const sf_count_t at = tell(file);
+        const sf_count_t end = seek(0, SEEK_END, file);
+        seek(at, SEEK_SET, file);
+        return end;
+    }
+    static sf_count_t read(void* to, sf_count_t count, void* file)
+    {
+        return streamOf(file).read(static_cast<char*>(to), count).gcount();
+    }
+    static sf_count_t write(const void* from, sf_count_t count, void* file)
+    {
+        return streamOf(file).write(static_cast<const char*>(from), count) ? count : 0;
+    }
+
+    std::fstream m_stream;
+    SNDFILE* m_sound = nullptr;
 };
 
 int wholeRate(TSFILE& ts, std::vector<std::string>& notes)
@@ -314,9 +373,7 @@ JobOutcome writeWav(const PlotFile& file, const ExportRequest& request, const fs
         if (const double most = greatestMagnitude(file, request, progress); most > 0.0)
             factor = static_cast<float>(1.0 / most);
     PendingFile pending(target);
-    std::unique_ptr<SNDFILE, CloseSound> sound(sf_open(pending.path().c_str(), SFM_WRITE, &info));
-    if (!sound)
-        throw JobError(sf_strerror(nullptr));
+    SoundFile sound(pending.path(), info);
     // A note of the peak would carry the time of day: the same samples make the same file.
     sf_command(sound.get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
     std::uint64_t missing = 0;
@@ -336,8 +393,7 @@ JobOutcome writeWav(const PlotFile& file, const ExportRequest& request, const fs
         });
     if (outcome == JobOutcome::Cancelled)
         return outcome;
-    if (sf_close(sound.release()) != 0)
-        throw std::system_error(ENOSPC, std::generic_category());
+    sound.close();
     if (missing > 0)
         notes.push_back(counted(missing, "missing value") + " became 0: a sound has none");
     if (factor != 1.0F)

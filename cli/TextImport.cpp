@@ -126,50 +126,49 @@ std::pair<STLColumn*, std::string> columnAndText(STLFormat& format, const std::s
             text.substr(at + 1)};
 }
 
-void detectFormat(STLObject& log, const ImportOptions& options)
+void detectFormat(STLObject& log, const TextChoices& text)
 {
     log.detect();
-    if (options.separator.empty() && options.decimal.empty())
+    if (text.separator.empty() && text.decimal.empty())
         return;
     const STLCells found = log.format().cells;
-    const char separator = options.separator.empty() ? found.separator : options.separator.front();
-    const char decimal = options.decimal.empty() ? found.decimal : options.decimal.front();
+    const char separator = text.separator.empty() ? found.separator : text.separator.front();
+    const char decimal = text.decimal.empty() ? found.decimal : text.decimal.front();
     log.detect(separator, separator == decimal ? '.' : decimal);
 }
 
-void takeTextOptions(STLObject& log, const ImportOptions& options)
+void takeTextOptions(STLObject& log, const TextChoices& text)
 {
     static constexpr char kGroupings[] = {0, '.', ',', ' ', '\''};
     STLFormat& format = log.format();
-    if (options.encoding)
-        format.encoding = static_cast<STLEncoding>(*options.encoding);
-    if (options.grouping)
-        format.cells.grouping = kGroupings[*options.grouping];
-    if (options.firstDataLine)
-        format.firstDataLine = *options.firstDataLine;
-    if (options.namesLine)
-        format.namesLine = *options.namesLine;
-    if (options.unitsLine)
-        format.unitsLine = *options.unitsLine;
-    if (options.encoding || options.grouping || options.firstDataLine || options.namesLine ||
-        options.unitsLine)
+    if (text.encoding)
+        format.encoding = static_cast<STLEncoding>(*text.encoding);
+    if (text.grouping)
+        format.cells.grouping = kGroupings[*text.grouping];
+    if (text.firstDataLine)
+        format.firstDataLine = *text.firstDataLine;
+    if (text.namesLine)
+        format.namesLine = *text.namesLine;
+    if (text.unitsLine)
+        format.unitsLine = *text.unitsLine;
+    if (text.encoding || text.grouping || text.firstDataLine || text.namesLine || text.unitsLine)
         takeNames(log.text(), format);
-    if (options.namesLine)
+    if (text.namesLine)
         format.namesInDoubt = false;
-    if (!options.remarks.empty())
-        format.remarks = options.remarks;
-    if (!options.missingMarkers.empty())
-        format.cells.missing = options.missingMarkers;
+    if (!text.remarks.empty())
+        format.remarks = text.remarks;
+    if (!text.missingMarkers.empty())
+        format.cells.missing = text.missingMarkers;
 }
 
-void takeTimeOptions(STLFormat& format, const ImportOptions& options)
+void takeTimeOptions(STLFormat& format, const TimeChoices& time)
 {
-    if (options.timeFrom)
-        format.timeSource = static_cast<STLTimeSource>(*options.timeFrom);
-    if (!options.timeColumn.empty())
-        format.timeColumn = columnOf(format, options.timeColumn);
-    if (!options.dateColumn.empty())
-        format.dateColumn = columnOf(format, options.dateColumn);
+    if (time.from)
+        format.timeSource = static_cast<STLTimeSource>(*time.from);
+    if (!time.timeColumn.empty())
+        format.timeColumn = columnOf(format, time.timeColumn);
+    if (!time.dateColumn.empty())
+        format.dateColumn = columnOf(format, time.dateColumn);
     if (format.timeSource == STLTimeSource::Typed)
         format.timeColumn = -1;
     else if (format.timeColumn < 0)
@@ -178,34 +177,34 @@ void takeTimeOptions(STLFormat& format, const ImportOptions& options)
         format.dateColumn = -1;
     else if (format.dateColumn < 0)
         throw JobError("--date-column is needed: the column with the dates");
-    if (options.order) {
-        format.order = static_cast<DateOrder>(*options.order);
+    if (time.order) {
+        format.order = static_cast<DateOrder>(*time.order);
         format.orderInDoubt = false;
     }
-    if (options.zone)
-        format.greenwich = *options.zone == 1;
-    if (!options.start.empty()) {
-        const auto stamp = readStamp(options.start);
+    if (time.zone)
+        format.greenwich = *time.zone == 1;
+    if (!time.start.empty()) {
+        const auto stamp = readStamp(time.start);
         const auto wall =
             format.greenwich ? wallClock(*stamp, format.order) : localWallClock(*stamp, format.order);
         format.typedStart = wall.value_or(0);
     }
-    if (options.step) {
-        format.typedStep = *options.step;
+    if (time.step) {
+        format.typedStep = *time.step;
         format.stepIsTold = true;
     }
-    if (options.becomes)
-        format.timeResult = static_cast<STLTimeResult>(*options.becomes);
-    format.resampleStep = options.equalStep.value_or(0.0);
+    if (time.becomes)
+        format.timeResult = static_cast<STLTimeResult>(*time.becomes);
+    format.resampleStep = time.equalStep.value_or(0.0);
 }
 
-void takeColumnOptions(STLFormat& format, const ImportOptions& options)
+void takeColumnOptions(STLFormat& format, const ResultChoices& result)
 {
-    if (!options.columns.empty()) {
+    if (!result.columns.empty()) {
         for (STLColumn& column : format.columns)
             column.take = false;
-        for (const std::string& text : options.columns)
-            format.columns[static_cast<std::size_t>(columnOf(format, text))].take = true;
+        for (const std::string& told : result.columns)
+            format.columns[static_cast<std::size_t>(columnOf(format, told))].take = true;
     }
     for (std::size_t c = 0; c < format.columns.size(); ++c) {
         STLColumn& column = format.columns[c];
@@ -213,21 +212,21 @@ void takeColumnOptions(STLFormat& format, const ImportOptions& options)
         column.take = column.take && index != format.timeColumn && index != format.dateColumn;
         column.numberTexts = column.take && column.kind == STLKind::Text;
     }
-    for (const std::string& text : options.units) {
-        const auto [column, unit] = columnAndText(format, text);
+    for (const std::string& told : result.units) {
+        const auto [column, unit] = columnAndText(format, told);
         column->unit = unit;
     }
-    for (const std::string& text : options.names) {
-        const auto [column, name] = columnAndText(format, text);
+    for (const std::string& told : result.names) {
+        const auto [column, name] = columnAndText(format, told);
         column->label = name;
     }
-    if (!options.description.empty())
-        format.description = options.description;
-    format.fromRow = options.fromRow;
-    format.toRow = options.toRow;
-    format.everyNth = options.everyNth;
-    if (options.missingBecome)
-        format.fill = static_cast<STLFill>(*options.missingBecome);
+    if (!result.description.empty())
+        format.description = result.description;
+    format.fromRow = result.fromRow;
+    format.toRow = result.toRow;
+    format.everyNth = result.everyNth;
+    if (result.missingBecome)
+        format.fill = static_cast<STLFill>(*result.missingBecome);
 }
 
 // A question without its last line, which asks.
@@ -244,10 +243,10 @@ std::string withoutQuestion(std::string text)
 ImportTold importStlInto(const VerbJob& job, const ImportOptions& options)
 {
     STLObject log(job.source);
-    detectFormat(log, options);
-    takeTextOptions(log, options);
-    takeTimeOptions(log.format(), options);
-    takeColumnOptions(log.format(), options);
+    detectFormat(log, options.text);
+    takeTextOptions(log, options.text);
+    takeTimeOptions(log.format(), options.time);
+    takeColumnOptions(log.format(), options.result);
     requireDone(log.check(job.progress));
     const STLCheck& found = log.found();
     if (const std::string doubt = importDoubt(log.format(), found); !doubt.empty() && !options.accept)
@@ -285,27 +284,28 @@ SCLSource& sourceOf(SCLObject& logs, const std::string& text)
 ImportTold importSclInto(const VerbJob& job, const ImportOptions& options)
 {
     SCLObject logs;
-    logs.skipLines = options.skipLines;
+    logs.skipLines = options.text.skipLines;
     for (const std::filesystem::path& file : job.sources)
         logs.add(file);
-    if (options.step)
-        logs.step = *options.step;
-    if (!options.start.empty())
-        logs.start = localWallClock(*readStamp(options.start), DateOrder::DayMonth).value_or(0);
-    if (options.missingBecome)
-        logs.fill = static_cast<STLFill>(*options.missingBecome);
-    if (!options.description.empty())
-        logs.description = options.description;
-    for (const std::string& text : options.names)
+    if (options.time.step)
+        logs.step = *options.time.step;
+    if (!options.time.start.empty())
+        logs.start = localWallClock(*readStamp(options.time.start), DateOrder::DayMonth).value_or(0);
+    if (options.result.missingBecome)
+        logs.fill = static_cast<STLFill>(*options.result.missingBecome);
+    if (!options.result.description.empty())
+        logs.description = options.result.description;
+    for (const std::string& text : options.result.names)
         sourceOf(logs, text.substr(0, text.find('='))).name = text.substr(text.find('=') + 1);
-    for (const std::string& text : options.units)
+    for (const std::string& text : options.result.units)
         sourceOf(logs, text.substr(0, text.find('='))).unit = text.substr(text.find('=') + 1);
     requireDone(logs.check(job.progress));
     const STLCheck result = logs.result();
     if (!job.target.empty())
         requireDone(importSCL(logs, job.target, job.progress));
-    ImportTold told{counted(result.samples, "sample") + ", " + counted(result.columns, "column") +
-                    ", sample time " + generalNumber(static_cast<double>(result.dt), 7) + " s."};
+    ImportTold told{counted(result.target.samples, "sample") + ", " +
+                    counted(result.target.columns, "column") + ", sample time " +
+                    generalNumber(static_cast<double>(result.target.dt), 7) + " s."};
     for (const std::string& notice : logs.notices())
         told.summary += ' ' + notice;
     for (const SCLTrouble& trouble : logs.found().troubles)

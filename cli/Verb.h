@@ -75,6 +75,7 @@ enum class VerbTarget {
     Nowhere,   // it only tells
     FileEach,  // a file for each source
     InSource,  // into the source itself
+    Stream,    // standard input goes into the source, which may have to be made; a stop ends it well
     OneFile    // one file of all sources
 };
 

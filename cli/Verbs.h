@@ -19,5 +19,6 @@ std::unique_ptr<Verb> makeIntegralVerb();
 std::unique_ptr<Verb> makeFilterVerb();
 std::unique_ptr<Verb> makeSpectrumVerb();
 std::unique_ptr<Verb> makePlotVerb();
+std::unique_ptr<Verb> makeRecordVerb();
 
 }  // namespace veltrac

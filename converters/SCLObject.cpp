@@ -172,7 +172,7 @@ JobOutcome SCLObject::check(const Progress& progress)
         return JobOutcome::Cancelled;
     if (std::all_of(m_found.values.begin(), m_found.values.end(), [](std::uint64_t n) { return n == 0; }))
         throw STLError("No line of numbers was found in " + bareName(sources.front()) + ".");
-    requireFits(sampleCount(), result().columns);
+    requireFits(sampleCount(), result().target.columns);
     return JobOutcome::Done;
 }
 
@@ -248,10 +248,10 @@ std::vector<std::string> SCLObject::notices() const
 STLCheck SCLObject::result() const
 {
     STLCheck made;
-    made.samples = static_cast<std::uint32_t>(std::min<std::uint64_t>(sampleCount(), UINT32_MAX));
-    made.rows = made.samples;
-    made.dt = static_cast<float>(step);
-    made.typicalStep = step;
+    made.target.samples = static_cast<std::uint32_t>(std::min<std::uint64_t>(sampleCount(), UINT32_MAX));
+    made.rows = made.target.samples;
+    made.target.dt = static_cast<float>(step);
+    made.steps.typical = step;
     double seconds = 0.0;
     if (start != 0) {
         const Micros second = (start % kMicrosPerSecond + kMicrosPerSecond) % kMicrosPerSecond;
@@ -259,12 +259,12 @@ STLCheck SCLObject::result() const
                   static_cast<double>(second) / kMicrosPerSecond;
     }
     // Before 1970 there is no start: the times stand in a column of their own.
-    made.timeColumns = seconds < 0.0 ? 1 : 0;
+    made.target.timeColumns = seconds < 0.0 ? 1 : 0;
     made.firstSeconds = seconds + step;
-    made.columns = static_cast<std::uint32_t>(sources.size()) + made.timeColumns;
+    made.target.columns = static_cast<std::uint32_t>(sources.size()) + made.target.timeColumns;
     if (seconds > 0.0 && seconds < 4294967295.0) {
-        made.startSeconds = static_cast<std::uint32_t>(seconds);
-        made.startTime = static_cast<float>(seconds - made.startSeconds);
+        made.target.startSeconds = static_cast<std::uint32_t>(seconds);
+        made.target.startTime = static_cast<float>(seconds - made.target.startSeconds);
     }
     return made;
 }
@@ -282,16 +282,16 @@ void SCLObject::writeHeader(TSFILE& target) const
     const STLCheck made = result();
     target.description(cutTo(description, kFileDescription.width - 1).c_str());
     target.timeUnit("Time[s]");
-    target.dt(made.dt);
-    target.setStart(made.startSeconds, made.startTime);
-    if (made.timeColumns > 0)
+    target.dt(made.target.dt);
+    target.setStart(made.target.startSeconds, made.target.startTime);
+    if (made.target.timeColumns > 0)
         target.makeTimeColumns(1, 0);
     const auto stamp = static_cast<std::time_t>(std::max(start == 0 ? 0.0 : made.firstSeconds - step, 0.0));
     const std::vector<std::string> names = columnNames();
     for (std::uint32_t col = 1; col <= target.columns(); ++col)
         target.stampColumn(col, stamp);
     for (std::size_t i = 0; i < sources.size(); ++i) {
-        const auto col = static_cast<std::uint32_t>(i) + made.timeColumns + 1;
+        const auto col = static_cast<std::uint32_t>(i) + made.target.timeColumns + 1;
         const std::string& text = sources[i].description.empty() ? sources[i].name : sources[i].description;
         target.columnName(col, names[i].c_str());
         target.columnDescription(col, nameWithUnit(text, sources[i].unit).c_str());
@@ -315,7 +315,7 @@ JobOutcome SCLObject::write(TSFILE& target, const Progress& progress)
         readers.push_back(std::make_unique<SCLReader>(source, skipLines));
     }
     std::vector<float> row(sources.size());
-    for (std::uint32_t sample = 0; sample < made.samples; ++sample) {
+    for (std::uint32_t sample = 0; sample < made.target.samples; ++sample) {
         for (std::size_t i = 0; i < readers.size(); ++i) {
             const std::uint64_t first = firsts[i];
             const bool has = sample >= first && sample - first < m_found.values[i];
@@ -324,7 +324,7 @@ JobOutcome SCLObject::write(TSFILE& target, const Progress& progress)
             row[i] = has ? readers[i]->value() : std::numeric_limits<float>::quiet_NaN();
         }
         writer.add(step * sample, row);
-        if (sample % kLookEvery == 0 && !goesOn(progress, sample, made.samples))
+        if (sample % kLookEvery == 0 && !goesOn(progress, sample, made.target.samples))
             return JobOutcome::Cancelled;
     }
     return writer.finish(progress);
@@ -335,10 +335,9 @@ JobOutcome veltrac::importSCL(SCLObject& logs, const fs::path& target, const Pro
     PendingFile pending(target, ".veltrac-new", ".ts");
     {
         const STLCheck made = logs.result();
-        const auto file = createTsFile(pending.path().string(), made.samples, made.columns);
+        const auto file = createTsFile(pending.path().string(), made.target.samples, made.target.columns);
         if (logs.write(*file, progress) == JobOutcome::Cancelled)
             return JobOutcome::Cancelled;
     }
-    pending.commit();
-    return JobOutcome::Done;
+    return pending.commit(progress);
 }

@@ -204,11 +204,13 @@ void SCLWin::showFindings()
 QString SCLWin::summary() const
 {
     const STLCheck made = m_logs.result();
-    std::string text = counted(made.samples, "row") + ", " + counted(m_logs.sources.size(), "column") + '.';
+    std::string text =
+        counted(made.target.samples, "row") + ", " + counted(m_logs.sources.size(), "column") + '.';
     if (m_logs.found().missing != 0)
         text += ' ' + counted(m_logs.found().missing, "value") + " missing.";
-    text += "\nA sample time of " + lengthText(m_logs.step) + ", " + lengthText(m_logs.step * made.samples) +
-            " in all, " + sizeText(tsFileBytes(made.samples, made.columns)) + '.';
+    text += "\nA sample time of " + lengthText(m_logs.step) + ", " +
+            lengthText(m_logs.step * made.target.samples) + " in all, " +
+            sizeText(tsFileBytes(made.target.samples, made.target.columns)) + '.';
     for (const std::string& notice : m_logs.notices())
         text += ' ' + notice;
     return QString::fromStdString(text);

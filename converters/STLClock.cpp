@@ -132,7 +132,7 @@ STLClock::STLClock(const STLFormat& format)
 {
 }
 
-std::optional<double> STLClock::read(const std::vector<std::string_view>& cells)
+std::optional<double> STLClock::read(std::span<const std::string_view> cells)
 {
     m_unreadable = m_format.timeColumn;
     const std::optional<double> seconds = secondsOf(cells);
@@ -140,7 +140,7 @@ std::optional<double> STLClock::read(const std::vector<std::string_view>& cells)
     return seconds;
 }
 
-std::optional<double> STLClock::secondsOf(const std::vector<std::string_view>& cells)
+std::optional<double> STLClock::secondsOf(std::span<const std::string_view> cells)
 {
     const std::string_view cell = cells[static_cast<std::size_t>(m_format.timeColumn)];
     Micros time = 0;
@@ -262,7 +262,7 @@ std::optional<Micros> STLClock::dayAt(std::string_view cell)
                                                             : decimalYear(*number, m_format.yearsInMonths);
 }
 
-std::optional<Micros> STLClock::partsOf(const std::vector<std::string_view>& cells)
+std::optional<Micros> STLClock::partsOf(std::span<const std::string_view> cells)
 {
     const auto part = [&](STLDatePart which, int least, int most, int otherwise) -> std::optional<int> {
         const int column = m_format.partColumns[static_cast<std::size_t>(which)];

@@ -4,6 +4,7 @@
 #include <array>
 #include <limits>
 #include <optional>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -72,7 +73,7 @@ public:
     explicit STLClock(const STLFormat& format);
 
     // Seconds of a row since the first one; nothing where its time cannot be read.
-    std::optional<double> read(const std::vector<std::string_view>& cells);
+    std::optional<double> read(std::span<const std::string_view> cells);
     // The column at which it could not be read.
     int unreadable() const { return m_unreadable; }
 
@@ -87,12 +88,12 @@ public:
     const ClockChanges& changes() const { return m_changes; }
 
 private:
-    std::optional<double> secondsOf(const std::vector<std::string_view>& cells);
+    std::optional<double> secondsOf(std::span<const std::string_view> cells);
     std::optional<double> sinceFirst(std::optional<Micros> wall);
     std::optional<Micros> stampAt(std::string_view cell);
     std::optional<Micros> rareStamp(std::string_view cell, std::optional<Micros> day);
     std::optional<Micros> dayAt(std::string_view cell);
-    std::optional<Micros> partsOf(const std::vector<std::string_view>& cells);
+    std::optional<Micros> partsOf(std::span<const std::string_view> cells);
     std::optional<double> numberAt(std::string_view cell);
     bool timeAt(std::string_view text, Micros& micros);
 

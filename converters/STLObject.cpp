@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <ctime>
+#include <functional>
 #include <tuple>
 
 #include "converters/ColumnTexts.h"
@@ -17,7 +18,6 @@ using namespace veltrac;
 
 namespace {
 
-constexpr std::uint64_t kLookBytes = 1U << 15;
 constexpr double kFinest = 0.001;  // of the step, that a column of times has to tell
 constexpr double kLatestStart = 4294967295.0;
 
@@ -36,23 +36,10 @@ bool readAlike(const STLFormat& a, const STLFormat& b)
                       });
 }
 
-// Tells a progress how far a file has been read, every few hundred lines.
-class STLLooks
+std::function<bool()> lookAt(const STLRows& rows, const Progress& progress)
 {
-public:
-    explicit STLLooks(const Progress& progress) : m_progress(progress) {}
-    bool goesOn(const STLRows& rows)
-    {
-        if (rows.position() < m_next)
-            return true;
-        m_next = rows.position() + kLookBytes;
-        return veltrac::goesOn(m_progress, rows.position(), rows.fileBytes());
-    }
-
-private:
-    const Progress& m_progress;
-    std::uint64_t m_next = kLookBytes;
-};
+    return [&rows, &progress] { return goesOn(progress, rows.position(), rows.fileBytes()); };
+}
 
 }  // namespace
 
@@ -102,16 +89,16 @@ JobOutcome STLObject::readAll(const Progress& progress)
     if (readThrough(progress, wrongOrder) == JobOutcome::Cancelled)
         return JobOutcome::Cancelled;
     // A date further down tells what those in the sample left open; else the steps between all dates may.
-    const bool bySteps = m_format.orderInDoubt && !wrongOrder && m_read.orderOfSteps &&
-                         m_read.orderOfSteps->order != m_format.order;
+    const bool bySteps = m_format.orderInDoubt && !wrongOrder && m_read.order.bySteps &&
+                         m_read.order.bySteps->order != m_format.order;
     if (m_format.orderInDoubt && (wrongOrder || bySteps)) {
         m_format.order = m_format.order == DateOrder::DayMonth ? DateOrder::MonthDay : DateOrder::DayMonth;
         m_format.orderInDoubt = bySteps;
         if (readThrough(progress, wrongOrder) == JobOutcome::Cancelled)
             return JobOutcome::Cancelled;
     }
-    m_format.orderInDoubt = m_format.orderInDoubt && !m_read.ambiguousText.empty();
-    m_format.orderBySteps = m_read.orderOfSteps && m_read.orderOfSteps->proven;
+    m_format.orderInDoubt = m_format.orderInDoubt && !m_read.order.text.empty();
+    m_format.orderBySteps = m_read.order.bySteps && m_read.order.bySteps->proven;
     m_readFormat = m_format;
     return JobOutcome::Done;
 }
@@ -129,45 +116,44 @@ JobOutcome STLObject::readThrough(const Progress& progress, bool& wrongOrder)
     STLRows rows(text().path(), m_format, STLPass::Check);
     const STLClock& clock = rows.clock();
     STLSteps steps(timesAreNumbers(m_format.timeSource));
-    STLLooks looks(progress);
     Micros shift = 0;  // of the clock, at the first chosen row
-    while (rows.next()) {
-        if (!looks.goesOn(rows))
-            return JobOutcome::Cancelled;
+    const auto onLine = [&] {
         m_read.troubleCount += rows.troubles().size();
         for (const STLTrouble& trouble : rows.troubles())
             if (m_read.troubles.size() < kMostTroubles)
                 m_read.troubles.push_back(trouble);
         if (!rows.hasRow())
-            continue;
+            return;
         ++m_read.rows;
         m_read.troubledRows += rows.troubles().empty() ? 0 : 1;
         if (!isChosen(m_read.rows))
-            continue;
+            return;
         if (m_read.chosen++ == 0) {
             m_read.chosenFrom = rows.seconds();
             shift = clock.changes().shift();
         }
         if (m_format.timeSource != STLTimeSource::Typed)
             steps.add(rows.seconds(), std::isfinite(clock.resolution()) ? clock.resolution() : 0.0);
-    }
+    };
+    if (rows.walk(onLine, lookAt(rows, progress)) == JobOutcome::Cancelled)
+        return JobOutcome::Cancelled;
     const DateCells& dates = clock.dates();
     wrongOrder = dates.contradictsOrder();
     if (dates.provesOrder())
         m_format.orderInDoubt = false;
-    m_read.orderOfSteps = dates.steps().verdict();
-    m_read.ambiguousText = dates.steps().ambiguousText();
-    m_read.ambiguousDate = midnight(dates.steps().ambiguousDate(), m_format.order).value_or(0);
+    m_read.order.bySteps = dates.steps().verdict();
+    m_read.order.text = dates.steps().ambiguousText();
+    m_read.order.date = midnight(dates.steps().ambiguousDate(), m_format.order).value_or(0);
     m_read.losses = rows.losses();
     m_read.texts = rows.texts();
-    steps.tell(m_read);
+    m_read.steps = steps.findings(m_read.losses.titleLines != 0);
     m_read.zoned = clock.zoned();
     m_read.clockChanges = clock.changes().count();
     m_read.firstWall = clock.firstWall() + std::llround(m_read.chosenFrom * kMicrosPerSecond) - shift;
     m_read.firstSeconds = clock.firstSeconds() + m_read.chosenFrom;
-    if (m_read.newestFirst) {
-        m_read.firstWall -= std::llround(m_read.span * kMicrosPerSecond);
-        m_read.firstSeconds -= m_read.span;
+    if (m_read.steps.newestFirst) {
+        m_read.firstWall -= std::llround(m_read.steps.span * kMicrosPerSecond);
+        m_read.firstSeconds -= m_read.steps.span;
     }
     return JobOutcome::Done;
 }
@@ -181,37 +167,37 @@ void STLObject::settleResult()
         throw STLError("No row is chosen.");
     if (m_format.timeSource == STLTimeSource::Typed) {
         const double step = m_format.typedStep * std::max(m_format.everyNth, 1U);
-        found.equalSteps = true;
-        found.typicalStep = found.leastStep = found.greatestStep = step;
-        found.span = step * static_cast<double>(found.chosen - 1);
+        found.steps.areEqual = true;
+        found.steps.typical = found.steps.least = found.steps.greatest = step;
+        found.steps.span = step * static_cast<double>(found.chosen - 1);
     }
     // A float tells a time to 2^-24 of its size.
-    const double typical = found.typicalStep > 0.0 ? found.typicalStep : 1.0;
-    const bool coarse = found.span * std::ldexp(1.0, -24) > kFinest * typical;
-    found.timeResult =
-        m_format.timeResult.value_or(found.equalSteps || found.chosen < 2 ? STLTimeResult::Constant
-                                     : coarse                             ? STLTimeResult::TimeTwoColumns
-                                                                          : STLTimeResult::TimeColumn);
-    found.resampled = found.timeResult == STLTimeResult::Resampled;
-    if (found.resampled && (found.leastStep < 0.0 || found.newestFirst))
+    const double typical = found.steps.typical > 0.0 ? found.steps.typical : 1.0;
+    const bool coarse = found.steps.span * std::ldexp(1.0, -24) > kFinest * typical;
+    found.target.timeResult =
+        m_format.timeResult.value_or(found.steps.areEqual || found.chosen < 2 ? STLTimeResult::Constant
+                                     : coarse                                 ? STLTimeResult::TimeTwoColumns
+                                                                              : STLTimeResult::TimeColumn);
+    found.target.resampled = found.target.timeResult == STLTimeResult::Resampled;
+    if (found.target.resampled && (found.steps.least < 0.0 || found.steps.newestFirst))
         throw STLError("The times of the rows run backwards; they cannot be put at equal steps.");
 
     double step = typical;
     std::uint64_t samples = found.chosen;
-    if (found.resampled) {
+    if (found.target.resampled) {
         step = m_format.resampleStep > 0.0 ? m_format.resampleStep : step;
-        samples = static_cast<std::uint64_t>(std::min(found.span / step + 1e-6, 4e9)) + 1;
+        samples = static_cast<std::uint64_t>(std::min(found.steps.span / step + 1e-6, 4e9)) + 1;
     }
-    found.dt = static_cast<float>(step);
-    if (!(found.dt > 0.0F) || !std::isfinite(found.dt))
+    found.target.dt = static_cast<float>(step);
+    if (!(found.target.dt > 0.0F) || !std::isfinite(found.target.dt))
         throw STLError("A ts-file cannot tell steps of this size.");
 
     const auto taken = std::count_if(m_format.columns.begin(), m_format.columns.end(),
                                      [](const STLColumn& column) { return column.take; });
     if (taken == 0)
         throw STLError("No column of numbers is chosen.");
-    found.columns = static_cast<std::uint32_t>(taken);
-    found.samples = static_cast<std::uint32_t>(std::min<std::uint64_t>(samples, UINT32_MAX));
+    found.target.columns = static_cast<std::uint32_t>(taken);
+    found.target.samples = static_cast<std::uint32_t>(std::min<std::uint64_t>(samples, UINT32_MAX));
 }
 
 // The start is told so that the first sample lies one step behind it. Before 1970 there is no start: such a
@@ -236,27 +222,28 @@ void STLObject::settleStart()
     }
     found.firstSeconds = first;
 
-    found.timeColumns = found.timeResult == STLTimeResult::TimeColumn       ? 1
-                        : found.timeResult == STLTimeResult::TimeTwoColumns ? 2
-                                                                            : 0;
+    found.target.timeColumns = found.target.timeResult == STLTimeResult::TimeColumn       ? 1
+                               : found.target.timeResult == STLTimeResult::TimeTwoColumns ? 2
+                                                                                          : 0;
     // Whole seconds are unsigned: times that run back behind the first one must not be negative.
     // Summer begins a day an hour earlier than it lies on the wall clock.
-    const double summer = found.earliest < 0.0 && datesAlone(m_format) ? 3600.0 : 0.0;
-    const double least = found.timeColumns > 0 ? first + found.earliest - summer : first;
-    double start = found.timeColumns > 0 ? least : first - static_cast<double>(found.dt);
+    const double summer = found.steps.earliest < 0.0 && datesAlone(m_format) ? 3600.0 : 0.0;
+    const double least = found.target.timeColumns > 0 ? first + found.steps.earliest - summer : first;
+    double start = found.target.timeColumns > 0 ? least : first - static_cast<double>(found.target.dt);
     // What a float's rounding leaves of a start at 0.
-    if (std::fabs(start) < 1e-6 * found.dt)
+    if (std::fabs(start) < 1e-6 * found.target.dt)
         start = 0.0;
     if (dated ? start < 0.0 || start > kLatestStart : least < 0.0) {
-        found.timeColumns = 1;
+        found.target.timeColumns = 1;
         start = 0.0;
     }
-    found.startSeconds = static_cast<std::uint32_t>(std::max(start, 0.0));
-    found.startTime = found.timeColumns > 0 ? 0.0F : static_cast<float>(start - found.startSeconds);
-    const double farthest = std::max(std::fabs(first - start), std::fabs(first - start + found.span));
-    found.coarseness = found.timeColumns == 1 ? std::ldexp(farthest, -24) : 0.0;
-    found.columns += found.timeColumns;
-    requireFits(found.samples, found.columns);
+    found.target.startSeconds = static_cast<std::uint32_t>(std::max(start, 0.0));
+    found.target.startTime =
+        found.target.timeColumns > 0 ? 0.0F : static_cast<float>(start - found.target.startSeconds);
+    const double farthest = std::max(std::fabs(first - start), std::fabs(first - start + found.steps.span));
+    found.target.coarseness = found.target.timeColumns == 1 ? std::ldexp(farthest, -24) : 0.0;
+    found.target.columns += found.target.timeColumns;
+    requireFits(found.target.samples, found.target.columns);
 }
 
 // -- Names --
@@ -298,15 +285,15 @@ void STLObject::writeHeader(TSFILE& target) const
 {
     target.description(cutTo(m_format.description, kFileDescription.width - 1).c_str());
     target.timeUnit("Time[s]");
-    target.dt(m_found.dt);
-    target.setStart(m_found.startSeconds, m_found.startTime);
+    target.dt(m_found.target.dt);
+    target.setStart(m_found.target.startSeconds, m_found.target.startTime);
     // 0 stamps a column with the time of the import: there is no other.
     const auto stamp = static_cast<std::time_t>(std::max(m_found.firstSeconds, 0.0));
-    if (m_found.timeColumns > 0)
-        target.makeTimeColumns(1, m_found.timeColumns == 2 ? 2 : 0);
-    for (std::uint32_t c = 1; c <= m_found.timeColumns; ++c)
+    if (m_found.target.timeColumns > 0)
+        target.makeTimeColumns(1, m_found.target.timeColumns == 2 ? 2 : 0);
+    for (std::uint32_t c = 1; c <= m_found.target.timeColumns; ++c)
         target.stampColumn(c, stamp);
-    std::uint32_t column = m_found.timeColumns;
+    std::uint32_t column = m_found.target.timeColumns;
     const std::vector<std::string> names = columnNames();
     std::size_t taken = 0;
     for (std::size_t c = 0; c < m_format.columns.size(); ++c) {
@@ -321,7 +308,8 @@ void STLObject::writeHeader(TSFILE& target) const
 // Days that are no equal steps apart begin at their own midnights, in summer as in winter.
 double STLObject::instantOf(double sinceFirst) const
 {
-    if (m_found.timeColumns == 0 || m_found.resampled || m_format.greenwich || !datesAlone(m_format))
+    if (m_found.target.timeColumns == 0 || m_found.target.resampled || m_format.greenwich ||
+        !datesAlone(m_format))
         return sinceFirst;
     const Micros wall = m_found.firstWall + std::llround(sinceFirst * kMicrosPerSecond);
     return static_cast<double>(localSeconds(wall) - localSeconds(m_found.firstWall));
@@ -335,27 +323,26 @@ JobOutcome STLObject::write(TSFILE& target, const Progress& progress)
     writeHeader(target);
     // Where every line is a row, and its time is not written, the times have been read for good.
     const bool timesWanted =
-        m_found.losses.skippedLines != 0 || m_found.resampled || m_found.timeColumns != 0;
+        m_found.losses.skippedLines != 0 || m_found.target.resampled || m_found.target.timeColumns != 0;
     STLRows rows(text().path(), m_format, timesWanted ? STLPass::Write : STLPass::WriteValues);
     STLWriter writer(target, m_format, m_found);
-    const Progress reading = m_found.newestFirst ? partOf(progress, 0, 80) : progress;
-    STLLooks looks(reading);
-    const double step = m_found.typicalStep;
-    const double from = m_found.chosenFrom - (m_found.newestFirst ? m_found.span : 0.0);
+    const Progress reading = m_found.steps.newestFirst ? partOf(progress, 0, 80) : progress;
+    const double step = m_found.steps.typical;
+    const double from = m_found.chosenFrom - (m_found.steps.newestFirst ? m_found.steps.span : 0.0);
     std::uint64_t row = 0;
     std::uint64_t chosen = 0;
-    while (rows.next()) {
-        if (!looks.goesOn(rows))
-            return JobOutcome::Cancelled;
+    const auto onLine = [&] {
         if (!rows.hasRow() || !isChosen(++row))
-            continue;
+            return;
         if (++chosen > m_found.chosen)
             throw changed;
         writer.add(m_format.timeSource == STLTimeSource::Typed ? step * static_cast<double>(chosen - 1)
                                                                : instantOf(rows.seconds() - from),
                    rows.values());
-    }
-    if (row != m_found.rows || writer.written() != m_found.samples)
+    };
+    if (rows.walk(onLine, lookAt(rows, reading)) == JobOutcome::Cancelled)
+        return JobOutcome::Cancelled;
+    if (row != m_found.rows || writer.written() != m_found.target.samples)
         throw changed;
     return writer.finish(partOf(progress, 80, 100));
 }
@@ -364,10 +351,10 @@ JobOutcome veltrac::importSTL(STLObject& log, const std::filesystem::path& targe
 {
     PendingFile pending(target, ".veltrac-new", ".ts");
     {
-        const auto file = createTsFile(pending.path().string(), log.found().samples, log.found().columns);
+        const auto file =
+            createTsFile(pending.path().string(), log.found().target.samples, log.found().target.columns);
         if (log.write(*file, progress) == JobOutcome::Cancelled)
             return JobOutcome::Cancelled;
     }
-    pending.commit();
-    return JobOutcome::Done;
+    return pending.commit(progress);
 }

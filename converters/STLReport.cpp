@@ -55,8 +55,9 @@ std::string summaryText(const STLCheck& found)
     addCount(losses, found.losses.missingCells(), "cell", "missing");
     addCount(losses, found.losses.skippedLines, "line", "skipped");
     addCount(losses, found.losses.titleLines, "repeated line", "of names left out");
-    return counted(found.samples, "row") + ", " + counted(found.columns - found.timeColumns, "column") + '.' +
-           losses + (losses.empty() ? "" : ".");
+    return counted(found.target.samples, "row") + ", " +
+           counted(found.target.columns - found.target.timeColumns, "column") + '.' + losses +
+           (losses.empty() ? "" : ".");
 }
 
 std::string evidenceText(const STLFormat& format)
@@ -145,8 +146,8 @@ std::string assumptionText(const STLFormat& format, const STLCheck& found)
     line(format.timeSource == STLTimeSource::ElapsedSeconds && secondsAreAssumed(format),
          "The column of times names no unit: seconds are assumed.");
     line(format.orderBySteps, "The order of day and month is the one that makes equal steps.");
-    line(found.coarseness >= 0.5,
-         "A column \"Time\" tells these times to " + lengthText(found.coarseness) + '.');
+    line(found.target.coarseness >= 0.5,
+         "A column \"Time\" tells these times to " + lengthText(found.target.coarseness) + '.');
     return text;
 }
 
@@ -157,29 +158,29 @@ std::string stepText(const STLFormat& format, const STLCheck& found)
     if (found.chosen < 2)
         return "One row only.";
     std::string notes;
-    if (found.newestFirst)
+    if (found.steps.newestFirst)
         notes += " The newest row came first: the rows are turned round.";
     if (found.clockChanges != 0)
         notes += " The local clock was set " +
                  (found.clockChanges == 1 ? "once" : counted(found.clockChanges, "time")) +
                  " meanwhile (daylight saving time): the rows' order tells their times.";
-    if (found.equalSteps)
-        return "Step " + stepLength(found.typicalStep) + ", constant." + notes;
-    std::string line = stepRange(found.leastStep, found.greatestStep);
-    if (found.gaps > 0)
-        line += ", " + counted(found.gaps, "gap") + ", longest " + lengthText(found.longestGap);
-    if (found.leastStep < 0.0)
+    if (found.steps.areEqual)
+        return "Step " + stepLength(found.steps.typical) + ", constant." + notes;
+    std::string line = stepRange(found.steps.least, found.steps.greatest);
+    if (found.steps.gaps > 0)
+        line += ", " + counted(found.steps.gaps, "gap") + ", longest " + lengthText(found.steps.longestGap);
+    if (found.steps.least < 0.0)
         line += ", some backwards";
     return line + '.' + notes;
 }
 
 std::string resultText(const STLCheck& found)
 {
-    const std::string step = lengthText(static_cast<double>(found.dt));
-    return found.resampled          ? "At equal steps of " + step + '.'
-           : found.timeColumns == 2 ? "With \"Time\" and \"Time32\"."
-           : found.timeColumns == 1 ? "With a column \"Time\"."
-                                    : "With a sample time of " + step + '.';
+    const std::string step = lengthText(static_cast<double>(found.target.dt));
+    return found.target.resampled          ? "At equal steps of " + step + '.'
+           : found.target.timeColumns == 2 ? "With \"Time\" and \"Time32\"."
+           : found.target.timeColumns == 1 ? "With a column \"Time\"."
+                                           : "With a sample time of " + step + '.';
 }
 
 std::string wallInWords(Micros wall)
@@ -200,9 +201,9 @@ std::string orderDoubt(const STLFormat& format, const STLCheck& found)
 {
     if (!format.orderInDoubt)
         return {};
-    return "Please check: " + found.ambiguousText + " is read as " + dayInWords(found.ambiguousDate) +
+    return "Please check: " + found.order.text + " is read as " + dayInWords(found.order.date) +
            ". The rows run from " + dayInWords(found.firstWall) + " to " +
-           dayInWords(found.firstWall + static_cast<Micros>(found.span * kMicrosPerSecond)) + '.';
+           dayInWords(found.firstWall + static_cast<Micros>(found.steps.span * kMicrosPerSecond)) + '.';
 }
 
 std::string namesDoubt(const STLFormat& format)

@@ -6,16 +6,28 @@
 
 #include "core/Characters.h"
 #include "core/Utf8.h"
+#include "core/WorkerPool.h"
 
 namespace veltrac {
 
 namespace {
 
 constexpr std::size_t kLongestRow = 1U << 20;
+constexpr std::size_t kPieceBytes = 1U << 16;
+constexpr std::size_t kMostPieceCells = 1U << 18;
 constexpr std::size_t kLongestTrouble = 40;
 constexpr std::size_t kMostTexts = 10000;
 constexpr double kFarthest = 4294967295.0;  // seconds that a time column can count: 136 years
 constexpr float kNoValue = std::numeric_limits<float>::quiet_NaN();
+
+// 1, 2, … by the order in which the texts of a column come; 0 where there are too many.
+float textNumber(STLTexts& texts, std::string_view cell)
+{
+    auto known = texts.find(cell);
+    if (known == texts.end() && texts.size() < kMostTexts)
+        known = texts.emplace(cell, static_cast<int>(texts.size()) + 1).first;
+    return known == texts.end() ? 0.0F : static_cast<float>(known->second);
+}
 
 }  // namespace
 
@@ -25,32 +37,100 @@ STLRows::STLRows(const std::filesystem::path& file, const STLFormat& format, STL
     for (std::size_t c = 0; c < format.columns.size(); ++c) {
         const STLColumn& column = format.columns[c];
         if (column.take)
-            m_taken.push_back(c);
+            m_takenColumns.push_back(c);
+        m_numbersTexts = m_numbersTexts || (column.take && column.numberTexts);
         if (column.kind == STLKind::Number && !column.heading.empty() &&
             !readNumber(column.heading, format.cells))
             m_headed.push_back(c);
     }
-    m_values.resize(m_taken.size());
 }
 
-bool STLRows::next()
+JobOutcome STLRows::walk(const std::function<void()>& onLine, const std::function<bool()>& goesOn)
 {
-    m_troubles.clear();
-    m_hasRow = false;
-    if (!m_reader.next())
-        return false;
-    ++m_lineNumber;
-    if (m_lineNumber < m_format.firstDataLine || !holdsData(m_reader.text()))
-        return true;
-    const bool hasCells = readCells();
-    if (hasCells && isTitle()) {
-        m_troubles.clear();
-        ++m_losses.titleLines;
-        return true;
+    WorkerPool& pool = WorkerPool::shared();
+    std::vector<Piece> pieces(pool.slots());
+    const WorkerPool::Stages stages{[&](std::size_t slot) { return take(pieces[slot]); },
+                                    [&](std::size_t slot) { read(pieces[slot]); },
+                                    [&](std::size_t slot) {
+                                        for (std::size_t i = 0; i < pieces[slot].lines.size(); ++i) {
+                                            show(pieces[slot], i);
+                                            onLine();
+                                        }
+                                    }};
+    return pool.run(stages, goesOn);
+}
+
+// -- A piece --
+
+bool STLRows::take(Piece& piece)
+{
+    piece.firstNumber = m_taken + 1;
+    piece.text.clear();
+    piece.lines.clear();
+    const std::size_t most =
+        std::max<std::size_t>(1, kMostPieceCells / std::max<std::size_t>(1, m_format.columns.size()));
+    while (piece.text.size() < kPieceBytes && piece.lines.size() < most && m_reader.next()) {
+        piece.text += m_reader.text();
+        Line line;
+        line.end = piece.text.size();
+        line.isCut = m_reader.isCut();
+        piece.lines.push_back(line);
+        ++m_taken;
     }
-    m_hasRow = hasCells && readTime() && readValues();
-    m_losses.skippedLines += m_hasRow ? 0 : 1;
-    return true;
+    return !piece.lines.empty();
+}
+
+void STLRows::read(Piece& piece) const
+{
+    piece.cells.clear();
+    piece.values.clear();
+    piece.troubles.clear();
+    std::vector<std::string_view> cells;
+    std::uint64_t number = piece.firstNumber;
+    std::size_t begin = 0;
+    std::size_t rows = 0;
+    for (Line& line : piece.lines) {
+        const std::string_view text = std::string_view(piece.text).substr(begin, line.end - begin);
+        begin = line.end;
+        Found found{piece.troubles, {}};
+        line.kind = readCells(line, text, number, cells, found);
+        line.cellTroubles = line.valueTroubles = piece.troubles.size();
+        if (line.kind == Kind::Cells) {
+            line.row = rows++;
+            piece.cells.insert(piece.cells.end(), cells.begin(),
+                               cells.begin() + static_cast<std::ptrdiff_t>(m_format.columns.size()));
+            piece.values.resize(rows * m_takenColumns.size());
+            if (!m_numbersTexts) {
+                readValues(cells, number, valuesOf(piece, line), found, nullptr);
+                line.valueTroubles = piece.troubles.size();
+                line.losses = found.losses;
+            }
+        }
+        ++number;
+    }
+}
+
+STLRows::Kind STLRows::readCells(const Line& line, std::string_view text, std::uint64_t number,
+                                 std::vector<std::string_view>& cells, Found& found) const
+{
+    if (number < m_format.firstDataLine || !holdsData(text))
+        return Kind::NoData;
+    if (line.isCut) {
+        found.troubles.push_back(trouble(number, STLProblem::LineTooLong, -1, text));
+        return Kind::NoCells;
+    }
+    const std::size_t columns = m_format.columns.size();
+    splitCells(text, m_format.cells, cells);
+    const std::size_t there = cells.size();
+    // A separator at the end of the line is no cell too many.
+    const bool tooMany = there > columns && !(there == columns + 1 && cells.back().empty());
+    cells.resize(std::max(there, columns));
+    if (isTitle(cells))
+        return Kind::Title;
+    if (there < columns || tooMany)
+        found.troubles.push_back(
+            trouble(number, tooMany ? STLProblem::TooManyCells : STLProblem::TooFewCells, -1, text));
+    return Kind::Cells;
 }
 
 // Whether a line is neither empty nor a remark.
@@ -62,42 +142,55 @@ bool STLRows::holdsData(std::string_view line) const
     return line.find_first_not_of(" \t\r") != std::string_view::npos && !isRemark(line, m_format);
 }
 
-bool STLRows::readCells()
-{
-    const std::string_view line = m_reader.text();
-    if (m_reader.isCut()) {
-        note(STLProblem::LineTooLong, -1, line);
-        return false;
-    }
-    const std::size_t columns = m_format.columns.size();
-    splitCells(line, m_format.cells, m_cells);
-    if (m_cells.size() < columns) {
-        note(STLProblem::TooFewCells, -1, line);
-        m_cells.resize(columns);
-    } else if (m_cells.size() > columns && !(m_cells.size() == columns + 1 && m_cells.back().empty())) {
-        // A separator at the end of the line is no cell too many.
-        note(STLProblem::TooManyCells, -1, line);
-    }
-    return true;
-}
-
 // Whether the names of the columns stand there again, as above each block of some tools' output.
-bool STLRows::isTitle() const
+bool STLRows::isTitle(std::span<const std::string_view> cells) const
 {
-    return !m_headed.empty() && std::all_of(m_headed.begin(), m_headed.end(), [this](std::size_t c) {
-        return m_cells[c] == m_format.columns[c].heading;
+    return !m_headed.empty() && std::all_of(m_headed.begin(), m_headed.end(), [&](std::size_t c) {
+        return cells[c] == m_format.columns[c].heading;
     });
 }
 
-bool STLRows::readTime()
+std::span<const std::string_view> STLRows::cellsOf(const Piece& piece, const Line& line) const
+{
+    const std::size_t columns = m_format.columns.size();
+    return std::span(piece.cells).subspan(line.row * columns, columns);
+}
+
+std::span<float> STLRows::valuesOf(Piece& piece, const Line& line) const
+{
+    return std::span(piece.values).subspan(line.row * m_takenColumns.size(), m_takenColumns.size());
+}
+
+// -- The present line --
+
+void STLRows::show(Piece& piece, std::size_t index)
+{
+    const Line& line = piece.lines[index];
+    m_lineNumber = piece.firstNumber + index;
+    const std::size_t begin = index == 0 ? 0 : piece.lines[index - 1].valueTroubles;
+    m_troubles.assign(piece.troubles.begin() + static_cast<std::ptrdiff_t>(begin),
+                      piece.troubles.begin() + static_cast<std::ptrdiff_t>(line.cellTroubles));
+    m_hasRow = false;
+    if (line.kind == Kind::NoData)
+        return;
+    if (line.kind == Kind::Title) {
+        ++m_losses.titleLines;
+        return;
+    }
+    m_hasRow = line.kind == Kind::Cells && readTime(cellsOf(piece, line)) && takeValues(piece, index);
+    m_losses.skippedLines += m_hasRow ? 0 : 1;
+}
+
+bool STLRows::readTime(std::span<const std::string_view> cells)
 {
     if (m_format.timeSource == STLTimeSource::Typed || m_pass == STLPass::WriteValues)
         return true;
-    const std::optional<double> seconds = m_clock.read(m_cells);
+    const std::optional<double> seconds = m_clock.read(cells);
     const int column = seconds ? m_format.timeColumn : m_clock.unreadable();
     if (!seconds || std::fabs(*seconds) > kFarthest) {
-        note(seconds ? STLProblem::FarTime : STLProblem::UnreadableStamp, column,
-             m_cells[static_cast<std::size_t>(column)]);
+        m_troubles.push_back(trouble(m_lineNumber,
+                                     seconds ? STLProblem::FarTime : STLProblem::UnreadableStamp, column,
+                                     cells[static_cast<std::size_t>(column)]));
         return false;
     }
     m_seconds = *seconds;
@@ -105,56 +198,65 @@ bool STLRows::readTime()
 }
 
 // False where the line is no row: without a time of its own, one without any number.
-bool STLRows::readValues()
+bool STLRows::takeValues(Piece& piece, std::size_t index)
 {
-    const STLLosses before = m_losses;
-    for (std::size_t i = 0; i < m_taken.size(); ++i)
-        m_values[i] = valueOf(m_taken[i], m_cells[m_taken[i]]);
-    if (m_format.timeSource != STLTimeSource::Typed || m_troubles.empty() ||
-        m_losses.missingCells() - before.missingCells() != m_values.size())
-        return true;
-    m_losses = before;
-    return false;
+    const Line& line = piece.lines[index];
+    m_values = valuesOf(piece, line);
+    Found found{m_troubles, line.losses};
+    if (m_numbersTexts)
+        readValues(cellsOf(piece, line), m_lineNumber, valuesOf(piece, line), found, &m_texts);
+    else
+        m_troubles.insert(m_troubles.end(),
+                          piece.troubles.begin() + static_cast<std::ptrdiff_t>(line.cellTroubles),
+                          piece.troubles.begin() + static_cast<std::ptrdiff_t>(line.valueTroubles));
+    if (m_format.timeSource == STLTimeSource::Typed && !m_troubles.empty() &&
+        found.losses.missingCells() == m_values.size())
+        return false;
+    m_losses.emptyCells += found.losses.emptyCells;
+    m_losses.notNumbers += found.losses.notNumbers;
+    return true;
 }
 
-float STLRows::valueOf(std::size_t column, std::string_view cell)
+// -- Values --
+
+// `texts` is where texts are numbered; without it none of the columns has any that are.
+void STLRows::readValues(std::span<const std::string_view> cells, std::uint64_t number,
+                         std::span<float> values, Found& found, std::map<std::size_t, STLTexts>* texts) const
+{
+    for (std::size_t i = 0; i < values.size(); ++i)
+        values[i] = valueOf(m_takenColumns[i], cells[m_takenColumns[i]], number, found, texts);
+}
+
+float STLRows::valueOf(std::size_t column, std::string_view cell, std::uint64_t number, Found& found,
+                       std::map<std::size_t, STLTexts>* texts) const
 {
     const STLColumn& wanted = m_format.columns[column];
     if (!wanted.numberTexts) {
         if (m_pass == STLPass::Check && isNumber(cell, m_format.cells))
             return 0.0F;
-        if (const auto number = readValue(cell, wanted, m_format.cells))
-            return static_cast<float>(*number);
+        if (const auto value = readValue(cell, wanted, m_format.cells))
+            return static_cast<float>(*value);
         if (wanted.kind == STLKind::Time)
             if (const auto time = veltrac::readTime(cell))
                 return static_cast<float>(static_cast<double>(time->micros) / kMicrosPerSecond);
     }
     if (isMissing(cell, m_format.cells)) {
-        ++m_losses.emptyCells;
+        ++found.losses.emptyCells;
         return kNoValue;
     }
-    if (const float number = wanted.numberTexts ? textNumber(column, cell) : 0.0F; number > 0.0F)
-        return number;
-    ++m_losses.notNumbers;
-    note(STLProblem::NotANumber, static_cast<int>(column), cell);
+    if (wanted.numberTexts && texts != nullptr)
+        if (const float value = textNumber((*texts)[column], cell); value > 0.0F)
+            return value;
+    ++found.losses.notNumbers;
+    found.troubles.push_back(trouble(number, STLProblem::NotANumber, static_cast<int>(column), cell));
     return kNoValue;
 }
 
-// 1, 2, … by the order in which the texts of a column come; 0 where there are too many.
-float STLRows::textNumber(std::size_t column, std::string_view cell)
-{
-    STLTexts& texts = m_texts[column];
-    auto known = texts.find(cell);
-    if (known == texts.end() && texts.size() < kMostTexts)
-        known = texts.emplace(cell, static_cast<int>(texts.size()) + 1).first;
-    return known == texts.end() ? 0.0F : static_cast<float>(known->second);
-}
-
-void STLRows::note(STLProblem problem, int column, std::string_view text)
+STLTrouble STLRows::trouble(std::uint64_t number, STLProblem problem, int column, std::string_view text) const
 {
     const std::string quote = decoded(text.substr(0, kLongestTrouble), m_format.encoding);
-    m_troubles.push_back({m_lineNumber, column, problem,
-                          text.size() > kLongestTrouble ? cutTo(quote, kLongestTrouble - 1) + "…" : quote});
+    return {number, column, problem,
+            text.size() > kLongestTrouble ? cutTo(quote, kLongestTrouble - 1) + "…" : quote};
 }
 
 }  // namespace veltrac

@@ -1,13 +1,16 @@
 // The data rows of a smart tool log, one after the other: values, time and what was not understood.
 #pragma once
 
+#include <functional>
 #include <map>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "converters/STLClock.h"
 #include "converters/STLFormat.h"
 #include "core/LineReader.h"
+#include "core/Progress.h"
 
 namespace veltrac {
 
@@ -44,14 +47,16 @@ public:
     // Borrows the format. Throws std::system_error where the file cannot be opened.
     STLRows(const std::filesystem::path& file, const STLFormat& format, STLPass pass);
 
-    // Goes to the next line; false at the end.
-    bool next();
-    // Whether it is a row, with a readable time.
-    bool hasRow() const { return m_hasRow; }
+    // Goes through all lines in order and calls onLine() for each, on the caller's thread; cells are read on
+    // the program's others too. `goesOn` (may be empty) is asked every few hundred lines. Once for an object.
+    // Throws std::system_error and what onLine() throws.
+    JobOutcome walk(const std::function<void()>& onLine, const std::function<bool()>& goesOn);
 
+    // Whether the present line is a row, with a readable time.
+    bool hasRow() const { return m_hasRow; }
     // Of the present row: a value for each taken column (NaN where it is missing; nothing in a check), and
     // its time in seconds since the first row; 0 where the rows carry none.
-    const std::vector<float>& values() const { return m_values; }
+    std::span<const float> values() const { return m_values; }
     double seconds() const { return m_seconds; }
     // What was not understood in the present line.
     const std::vector<STLTrouble>& troubles() const { return m_troubles; }
@@ -62,28 +67,69 @@ public:
     // Of the columns whose texts are numbered, by column.
     const std::map<std::size_t, STLTexts>& texts() const { return m_texts; }
 
+    // Behind what has been read.
     std::uint64_t position() const { return m_reader.position(); }
     std::uint64_t fileBytes() const { return m_reader.fileBytes(); }
 
 private:
+    // What a line is without its time.
+    enum class Kind { NoData, Title, NoCells, Cells };
+    // Empty cells, other texts and what is told of them.
+    struct Found
+    {
+        std::vector<STLTrouble>& troubles;
+        STLLosses losses;
+    };
+    struct Line
+    {
+        std::size_t end = 0;  // in the text of its piece
+        bool isCut = false;
+        Kind kind = Kind::NoData;
+        std::size_t row = 0;  // among those of the piece with cells
+        // Behind its troubles among those of the piece: those of its cells' number, then those of its values.
+        std::size_t cellTroubles = 0;
+        std::size_t valueTroubles = 0;
+        STLLosses losses;  // of its values
+    };
+    // Lines that are read at once.
+    struct Piece
+    {
+        std::uint64_t firstNumber = 0;
+        std::string text;
+        std::vector<Line> lines;
+        std::vector<std::string_view> cells;  // of each row with cells as many as columns
+        std::vector<float> values;            // and as many as are taken
+        std::vector<STLTrouble> troubles;
+    };
+
+    bool take(Piece& piece);
+    void read(Piece& piece) const;
+    Kind readCells(const Line& line, std::string_view text, std::uint64_t number,
+                   std::vector<std::string_view>& cells, Found& found) const;
     bool holdsData(std::string_view line) const;
-    bool readCells();
-    bool isTitle() const;
-    bool readTime();
-    bool readValues();
-    float valueOf(std::size_t column, std::string_view cell);
-    float textNumber(std::size_t column, std::string_view cell);
-    void note(STLProblem problem, int column, std::string_view text);
+    bool isTitle(std::span<const std::string_view> cells) const;
+    // Gives the next line of a piece to the clock, and where it is a row, its values.
+    void show(Piece& piece, std::size_t line);
+    bool readTime(std::span<const std::string_view> cells);
+    bool takeValues(Piece& piece, std::size_t line);
+    std::span<const std::string_view> cellsOf(const Piece& piece, const Line& line) const;
+    std::span<float> valuesOf(Piece& piece, const Line& line) const;
+    void readValues(std::span<const std::string_view> cells, std::uint64_t number, std::span<float> values,
+                    Found& found, std::map<std::size_t, STLTexts>* texts) const;
+    float valueOf(std::size_t column, std::string_view cell, std::uint64_t number, Found& found,
+                  std::map<std::size_t, STLTexts>* texts) const;
+    STLTrouble trouble(std::uint64_t number, STLProblem problem, int column, std::string_view text) const;
 
     const STLFormat& m_format;
     STLPass m_pass;
     LineReader m_reader;
     STLClock m_clock;
-    std::uint64_t m_lineNumber = 0;
-    std::vector<std::size_t> m_taken;   // columns
+    std::uint64_t m_taken = 0;  // lines
+    std::vector<std::size_t> m_takenColumns;
     std::vector<std::size_t> m_headed;  // columns of numbers with a heading
-    std::vector<std::string_view> m_cells;
-    std::vector<float> m_values;
+    bool m_numbersTexts = false;        // so values are read in the order of the rows
+    std::uint64_t m_lineNumber = 0;
+    std::span<const float> m_values;
     std::vector<STLTrouble> m_troubles;
     STLLosses m_losses;
     bool m_hasRow = false;

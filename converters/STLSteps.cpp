@@ -43,7 +43,7 @@ void STLSteps::narrow(double sinceFirst, double resolution)
 
 void STLSteps::addStep(double step)
 {
-    if (m_typical == 0.0 && m_first.size() < kFirstSteps) {
+    if (m_steps.typical == 0.0 && m_first.size() < kFirstSteps) {
         m_first.push_back(step);
         return;
     }
@@ -58,7 +58,7 @@ void STLSteps::settle()
     std::vector<double> sorted = m_first;
     const auto middle = sorted.begin() + static_cast<std::ptrdiff_t>(sorted.size() / 2);
     std::nth_element(sorted.begin(), middle, sorted.end());
-    m_typical = *middle;
+    m_steps.typical = *middle;
     for (const double step : m_first)
         judge(step);
 }
@@ -66,60 +66,58 @@ void STLSteps::settle()
 void STLSteps::judge(double step)
 {
     const bool none = m_judged++ == 0;
-    m_usual += std::fabs(step - m_typical) <= kEqualWithin * m_typical ? 1 : 0;
-    m_least = none ? step : std::min(m_least, step);
-    if (m_typical > 0.0 && step > kGapSteps * m_typical) {
-        ++m_gaps;
-        m_longestGap = std::max(m_longestGap, step);
+    m_usual += std::fabs(step - m_steps.typical) <= kEqualWithin * m_steps.typical ? 1 : 0;
+    m_steps.least = none ? step : std::min(m_steps.least, step);
+    if (m_steps.typical > 0.0 && step > kGapSteps * m_steps.typical) {
+        ++m_steps.gaps;
+        m_steps.longestGap = std::max(m_steps.longestGap, step);
     } else {
-        m_greatest = none ? step : std::max(m_greatest, step);
+        m_steps.greatest = none ? step : std::max(m_steps.greatest, step);
     }
 }
 
-void STLSteps::tell(STLCheck& found)
+STLStepFindings STLSteps::findings(bool inBlocks)
 {
     settle();
-    found.newestFirst = m_direction < 0.0 && m_least >= 0.0 && m_latest > 0.0;
-    if (m_direction < 0.0 && !found.newestFirst) {
-        tellForward(found);
-        return;
-    }
+    STLStepFindings found = m_steps;
+    found.newestFirst = m_direction < 0.0 && found.least >= 0.0 && m_latest > 0.0;
+    if (m_direction < 0.0 && !found.newestFirst)
+        return forwardFindings();
     found.earliest = m_earliest;
-    found.leastStep = m_least;
-    found.greatestStep = std::max(m_greatest, m_least);
-    found.typicalStep = m_typical;
-    found.gaps = m_gaps;
-    found.longestGap = m_longestGap;
+    found.greatest = std::max(found.greatest, found.least);
     found.span = m_count > 1 ? m_direction * (m_before - m_start) : 0.0;
     const double steps = m_count > 1 ? static_cast<double>(m_count - 1) : 1.0;
     const double mean = found.span / steps;
-    const bool same = m_gaps == 0 && m_greatest - m_typical <= kEqualWithin * m_typical &&
-                      m_typical - m_least <= kEqualWithin * m_typical;
+    const bool same = found.gaps == 0 && m_steps.greatest - found.typical <= kEqualWithin * found.typical &&
+                      found.typical - found.least <= kEqualWithin * found.typical;
     // A clock coarser than the steps reads now one tick, now the next. Where nearly all steps are the same
     // one, longer ones are gaps instead.
     const bool gapsAreTicks = !m_timesAreNumbers && static_cast<double>(m_usual) < kNearlyAll * steps;
     // Rows of one time below each other's names are several things at that time, none between two ticks.
-    const bool blocks = found.losses.titleLines != 0 && m_least <= 0.0;
-    const bool rounded = !blocks && m_slowest <= m_fastest && (m_gaps == 0 || gapsAreTicks);
-    found.equalSteps = m_count > 1 && mean > 0.0 && (same || rounded);
-    if (!found.equalSteps)
-        return;
+    const bool areBlocks = inBlocks && found.least <= 0.0;
+    const bool rounded = !areBlocks && m_slowest <= m_fastest && (found.gaps == 0 || gapsAreTicks);
+    found.areEqual = m_count > 1 && mean > 0.0 && (same || rounded);
+    if (!found.areEqual)
+        return found;
     found.gaps = 0;
     found.longestGap = 0.0;
     if (!same)
-        found.typicalStep = std::clamp(mean, m_slowest, m_fastest);
-    else if (m_least != m_greatest)
-        found.typicalStep = mean;
+        found.typical = std::clamp(mean, m_slowest, m_fastest);
+    else if (found.least != m_steps.greatest)
+        found.typical = mean;
+    return found;
 }
 
 // Of rows that only began to run back: as they come.
-void STLSteps::tellForward(STLCheck& found) const
+STLStepFindings STLSteps::forwardFindings() const
 {
+    STLStepFindings found;
     found.earliest = -m_latest;
-    found.leastStep = -std::max(m_greatest, m_longestGap);
-    found.greatestStep = -m_least;
-    found.typicalStep = -m_typical;
+    found.least = -std::max(m_steps.greatest, m_steps.longestGap);
+    found.greatest = -m_steps.least;
+    found.typical = -m_steps.typical;
     found.span = m_before - m_start;
+    return found;
 }
 
 }  // namespace veltrac

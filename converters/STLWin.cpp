@@ -154,7 +154,8 @@ void STLWin::showFindings()
     m_time->showFinding(
         (checked ? qText(stepText(format, found)) : QString()) +
         (dated ? QStringLiteral("\nFirst row: ") + qText(wallInWords(found.firstWall)) : QString()));
-    m_result->showSize(checked ? qText(sizeText(tsFileBytes(found.samples, found.columns))) : QString());
+    m_result->showSize(checked ? qText(sizeText(tsFileBytes(found.target.samples, found.target.columns)))
+                               : QString());
 
     QString line;
     if (checked)

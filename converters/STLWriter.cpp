@@ -18,16 +18,16 @@ STLWriter::STLWriter(TSFILE& target, const STLFormat& format, const STLCheck& fo
     : m_target(target),
       m_format(format),
       m_found(found),
-      m_timeColumns(found.timeColumns),
-      m_last(found.columns, kMissingValue),
-      m_lastRow(found.columns, 0)
+      m_timeColumns(found.target.timeColumns),
+      m_last(found.target.columns, kMissingValue),
+      m_lastRow(found.target.columns, 0)
 {
-    m_rows.reserve(kBufferedValues + found.columns);
+    m_rows.reserve(kBufferedValues + found.target.columns);
 }
 
-void STLWriter::add(double seconds, const std::vector<float>& values)
+void STLWriter::add(double seconds, std::span<const float> values)
 {
-    if (m_found.resampled)
+    if (m_found.target.resampled)
         addResampled(seconds, values);
     else
         addRow(seconds, values);
@@ -36,20 +36,21 @@ void STLWriter::add(double seconds, const std::vector<float>& values)
 JobOutcome STLWriter::finish(const Progress& progress)
 {
     flushRows();
-    if (m_found.newestFirst && turnRound(progress) == JobOutcome::Cancelled)
+    if (m_found.steps.newestFirst && turnRound(progress) == JobOutcome::Cancelled)
         return JobOutcome::Cancelled;
     m_target.flush(true);
     return JobOutcome::Done;
 }
 
 // Every point of the grid between the row before and this one is interpolated, unless a gap lies there.
-void STLWriter::addResampled(double seconds, const std::vector<float>& values)
+void STLWriter::addResampled(double seconds, std::span<const float> values)
 {
-    const double step = m_found.dt;
+    const double step = m_found.target.dt;
     const double width = seconds - m_beforeSeconds;
-    const bool gap = width > kGapSteps * std::max(step, m_found.typicalStep);
+    const bool gap = width > kGapSteps * std::max(step, m_found.steps.typical);
     std::vector<float> point(values.size());
-    while (m_written < m_found.samples && static_cast<double>(m_written) * step <= seconds + step * 1e-6) {
+    while (m_written < m_found.target.samples &&
+           static_cast<double>(m_written) * step <= seconds + step * 1e-6) {
         const double at = static_cast<double>(m_written) * step;
         const double share = m_before.empty() || width <= 0 ? 1.0 : (at - m_beforeSeconds) / width;
         const bool onRow = share > 1.0 - 1e-6;
@@ -60,15 +61,15 @@ void STLWriter::addResampled(double seconds, const std::vector<float>& values)
                                                   share * (static_cast<double>(values[c]) - m_before[c]));
         addRow(at, point);
     }
-    m_before = values;
+    m_before.assign(values.begin(), values.end());
     m_beforeSeconds = seconds;
 }
 
-void STLWriter::addRow(double seconds, const std::vector<float>& values)
+void STLWriter::addRow(double seconds, std::span<const float> values)
 {
     ++m_written;
     if (m_timeColumns > 0) {
-        const double start = m_found.startSeconds + static_cast<double>(m_found.startTime);
+        const double start = m_found.target.startSeconds + static_cast<double>(m_found.target.startTime);
         double relative = seconds + m_found.firstSeconds - start;
         if (m_timeColumns == 2) {
             const double whole = std::floor(relative);
@@ -87,7 +88,7 @@ void STLWriter::addRow(double seconds, const std::vector<float>& values)
 float STLWriter::filled(std::size_t column, float value)
 {
     // Of rows that will be turned round, what is previous in time comes later.
-    const bool previousIsToCome = m_format.fill == STLFill::Previous && m_found.newestFirst;
+    const bool previousIsToCome = m_format.fill == STLFill::Previous && m_found.steps.newestFirst;
     if (std::isnan(value)) {
         switch (m_format.fill) {
             case STLFill::Zero:
@@ -114,7 +115,7 @@ void STLWriter::fillGap(std::size_t column, double before, double behind)
 {
     const std::uint64_t first = m_lastRow[column];
     const double width = static_cast<double>(m_written - first);
-    const std::size_t columns = m_found.columns;
+    const std::size_t columns = m_found.target.columns;
     const std::size_t buffered = m_rows.size() / columns;
     const std::uint64_t inFile = m_written - 1 - buffered;
     for (std::uint64_t row = first + 1; row < m_written; ++row) {
@@ -130,7 +131,7 @@ void STLWriter::fillGap(std::size_t column, double before, double behind)
 
 void STLWriter::flushRows()
 {
-    const std::size_t rows = m_rows.size() / m_found.columns;
+    const std::size_t rows = m_rows.size() / m_found.target.columns;
     if (rows == 0)
         return;
     m_target.writeRows(static_cast<std::uint32_t>(m_written - rows + 1), static_cast<std::uint32_t>(rows),
@@ -141,9 +142,9 @@ void STLWriter::flushRows()
 // Exchanges runs of rows from both ends inwards.
 JobOutcome STLWriter::turnRound(const Progress& progress)
 {
-    const std::size_t columns = m_found.columns;
+    const std::size_t columns = m_found.target.columns;
     const auto longest = static_cast<std::uint32_t>(std::max<std::size_t>(kBufferedValues / columns, 1));
-    const std::uint32_t half = m_found.samples / 2;
+    const std::uint32_t half = m_found.target.samples / 2;
     std::vector<float> front;
     std::vector<float> back;
     const auto turn = [columns](std::vector<float>& rows) {
@@ -152,7 +153,7 @@ JobOutcome STLWriter::turnRound(const Progress& progress)
     };
     for (std::uint32_t done = 0; done < half;) {
         const std::uint32_t count = std::min(longest, half - done);
-        const std::uint32_t last = m_found.samples - done - count + 1;
+        const std::uint32_t last = m_found.target.samples - done - count + 1;
         front.resize(count * columns);
         back.resize(count * columns);
         m_target.readRows(done + 1, count, front.data());

@@ -2,6 +2,7 @@
 // at equal steps; the oldest row first.
 #pragma once
 
+#include <span>
 #include <vector>
 
 #include "converters/STLCheck.h"
@@ -17,7 +18,7 @@ public:
     STLWriter(TSFILE& target, const STLFormat& format, const STLCheck& found);
 
     // Takes the next row of the log; `seconds` since the first one, of turned rows since the last one.
-    void add(double seconds, const std::vector<float>& values);
+    void add(double seconds, std::span<const float> values);
     // Writes what is left, and turns the rows round where the newest came first. Throws the TS exceptions, as
     // add() does.
     JobOutcome finish(const Progress& progress);
@@ -25,8 +26,8 @@ public:
     std::uint64_t written() const { return m_written; }
 
 private:
-    void addResampled(double seconds, const std::vector<float>& values);
-    void addRow(double seconds, const std::vector<float>& values);
+    void addResampled(double seconds, std::span<const float> values);
+    void addRow(double seconds, std::span<const float> values);
     float filled(std::size_t column, float value);
     void fillGap(std::size_t column, double before, double behind);
     void flushRows();

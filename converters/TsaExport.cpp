@@ -16,6 +16,7 @@
 #include "core/SafeChange.h"
 #include "core/TextNumbers.h"
 #include "core/Utf8.h"
+#include "core/WorkerPool.h"
 
 using namespace veltrac;
 
@@ -127,60 +128,84 @@ std::string headerLines(TSFILE& ts, const fs::path& target, std::uint32_t sample
     return lines + '\n';
 }
 
-// Writes rows as text; a row ends with two blanks like each of its values.
+// Rows on their way into the text; each ends with two blanks like each of its values.
 class RowText
 {
 public:
-    RowText(TSFILE& ts, std::size_t rows)
-        : m_columns(ts.columns()),
-          m_time32(ts.timeColumn() != 0 ? ts.time32Column() : 0),
-          m_text(rows * (m_columns * (kNumberRoom + 2) + 1))
+    void read(TSFILE& ts, std::uint32_t first, std::uint32_t count)
     {
+        m_count = count;
+        m_values.resize(std::size_t{count} * ts.columns());
+        ts.readRows(first, count, m_values.data());
     }
 
-    void put(const float* rows, std::size_t count, Output& out, TsaExportReport& report)
+    // `time32`: the column of whole seconds, which stand in their cells as integers, bit for bit; 0 for none.
+    void put(std::size_t columns, std::size_t time32)
     {
+        m_text.resize(m_count * (columns * (kNumberRoom + 2) + 1));
+        m_tooLong = 0;
+        m_isRounded = false;
         char* p = m_text.data();
-        for (std::size_t row = 0; row < count; ++row) {
+        const float* value = m_values.data();
+        for (std::size_t row = 0; row < m_count; ++row) {
             const char* const begin = p;
-            for (std::size_t col = 1; col <= m_columns; ++col) {
-                const float v = *rows++;
-                // Whole seconds stand in their cell as an integer, bit for bit.
-                report.valuesRounded = report.valuesRounded || (col != m_time32 && isRounded(v));
-                p = col == m_time32 ? formatUnsigned(std::bit_cast<std::uint32_t>(v), p)
-                                    : formatSixDigits(v, p);
+            for (std::size_t col = 1; col <= columns; ++col) {
+                const float v = *value++;
+                m_isRounded = m_isRounded || (col != time32 && isRounded(v));
+                p = col == time32 ? formatUnsigned(std::bit_cast<std::uint32_t>(v), p)
+                                  : formatSixDigits(v, p);
                 *p++ = ' ';
                 *p++ = ' ';
             }
-            report.rowsTooLong += p - begin > static_cast<std::ptrdiff_t>(kTsaDataWidth) ? 1 : 0;
+            m_tooLong += p - begin > static_cast<std::ptrdiff_t>(kTsaDataWidth) ? 1 : 0;
             *p++ = '\n';
         }
-        out.write(m_text.data(), static_cast<std::size_t>(p - m_text.data()));
+        m_length = static_cast<std::size_t>(p - m_text.data());
     }
 
+    void write(Output& out, TsaExportReport& report) const
+    {
+        out.write(m_text.data(), m_length);
+        report.rowsTooLong += m_tooLong;
+        report.valuesRounded = report.valuesRounded || m_isRounded;
+    }
+
+    std::uint32_t rows() const { return m_count; }
+
 private:
-    std::size_t m_columns;
-    std::size_t m_time32;  // 0: the file has none
+    std::uint32_t m_count = 0;
+    std::vector<float> m_values;
     std::vector<char> m_text;
+    std::size_t m_length = 0;
+    std::uint64_t m_tooLong = 0;
+    bool m_isRounded = false;
 };
 
 JobOutcome writeRows(TSFILE& ts, std::uint32_t first, std::uint32_t samples, Output& out,
                      const Progress& progress, TsaExportReport& report)
 {
     const std::size_t columns = ts.columns();
+    const std::size_t time32 = ts.timeColumn() != 0 ? ts.time32Column() : 0;
     const auto batch = static_cast<std::uint32_t>(
         std::max<std::size_t>(1, kWrittenBatch / std::max<std::size_t>(1, columns)));
-    RowText text(ts, batch);
-    std::vector<float> values(batch * columns);
-    for (std::uint32_t done = 0; done < samples;) {
-        if (!goesOn(progress, done, samples))
-            return JobOutcome::Cancelled;
-        const std::uint32_t count = std::min(batch, samples - done);
-        ts.readRows(first + done, count, values.data());
-        text.put(values.data(), count, out, report);
-        done += count;
-    }
-    return JobOutcome::Done;
+    WorkerPool& pool = WorkerPool::shared();
+    std::vector<RowText> pieces(pool.slots());
+    std::uint32_t taken = 0;
+    std::uint32_t done = 0;
+    const WorkerPool::Stages stages{[&](std::size_t slot) {
+                                        if (taken == samples)
+                                            return false;
+                                        const std::uint32_t count = std::min(batch, samples - taken);
+                                        pieces[slot].read(ts, first + taken, count);
+                                        taken += count;
+                                        return true;
+                                    },
+                                    [&](std::size_t slot) { pieces[slot].put(columns, time32); },
+                                    [&](std::size_t slot) {
+                                        pieces[slot].write(out, report);
+                                        done += pieces[slot].rows();
+                                    }};
+    return pool.run(stages, [&] { return goesOn(progress, done, samples); });
 }
 
 }  // namespace
@@ -201,6 +226,5 @@ JobOutcome veltrac::exportTsaText(TSFILE& ts, const fs::path& target, std::uint3
     if (writeRows(ts, first, report.samples, out, progress, report) == JobOutcome::Cancelled)
         return JobOutcome::Cancelled;
     out.close();
-    pending.commit();
-    return JobOutcome::Done;
+    return pending.commit(progress);
 }

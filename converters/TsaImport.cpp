@@ -14,6 +14,7 @@
 #include "core/TsExceptions.h"
 #include "core/TsNames.h"
 #include "core/Utf8.h"
+#include "core/WorkerPool.h"
 
 using namespace veltrac;
 
@@ -221,23 +222,70 @@ float wholeSeconds(double number)
     return std::bit_cast<float>(static_cast<std::uint32_t>(held));
 }
 
-// Collects rows and writes them a batch at a time.
-class RowWriter
+// Some lines of the text, one behind the other, and what they hold.
+struct TsaLines
+{
+    struct Line
+    {
+        std::size_t end;  // in the text
+        bool isCut;
+    };
+
+    std::string text;
+    std::vector<Line> lines;
+    std::vector<float> rows;
+    TsaImportReport found;  // of these lines alone
+};
+
+class TsaRows
 {
 public:
-    explicit RowWriter(TSFILE& ts)
-        : m_ts(ts),
-          m_columns(ts.columns()),
-          m_time32(ts.timeColumn() != 0 ? ts.time32Column() : 0),
-          m_batchRows(std::max<std::size_t>(1, kReadBatch / m_columns)),
-          m_values(m_batchRows * m_columns)
+    explicit TsaRows(TSFILE& ts)
+        : m_columns(ts.columns()), m_time32(ts.timeColumn() != 0 ? ts.time32Column() : 0)
     {
     }
 
-    // Reads one line into the next row: a missing value is 0.
-    void add(std::string_view line, TsaImportReport& report)
+    // Of as many lines as are read at once; false at the end of the text.
+    bool take(Pass& pass, TsaLines& into) const
     {
-        float* const row = m_values.data() + m_rows * m_columns;
+        into.text.clear();
+        into.lines.clear();
+        const std::size_t most = std::max<std::size_t>(1, kReadBatch / m_columns);
+        while (into.lines.size() < most && into.text.size() < kReadBatch && pass.next()) {
+            into.text += pass.text();
+            into.lines.push_back({into.text.size(), pass.isCut()});
+        }
+        return !into.lines.empty();
+    }
+
+    // At most `room` rows.
+    void read(TsaLines& from, std::uint32_t room) const
+    {
+        TsaImportReport& found = from.found = {};
+        from.rows.resize(std::min<std::size_t>(from.lines.size(), room) * m_columns);
+        std::size_t begin = 0;
+        for (const TsaLines::Line& line : from.lines) {
+            const std::string_view text = std::string_view(from.text).substr(begin, line.end - begin);
+            begin = line.end;
+            const TsaLine kind = tsaLineKind(text);
+            if (kind == TsaLine::Tabbed)
+                ++found.linesTabbed;
+            if (kind != TsaLine::Data)
+                continue;
+            if (found.rowsRead == room) {
+                ++found.linesLeftOver;
+                continue;
+            }
+            found.linesCut += line.isCut ? 1 : 0;
+            readRow(text, from.rows.data() + found.rowsRead * m_columns, found);
+            ++found.rowsRead;
+        }
+    }
+
+private:
+    // A missing value is 0.
+    void readRow(std::string_view line, float* row, TsaImportReport& found) const
+    {
         std::size_t col = 0;
         const char* p = line.data();
         const char* const end = p + line.size();
@@ -247,7 +295,7 @@ public:
             if (p == end)
                 break;
             if (col == m_columns) {
-                report.valuesLeftOver += wordsIn(p, end);
+                found.valuesLeftOver += wordsIn(p, end);
                 break;
             }
             const ParsedNumber number = parseNumber(p, end, DecimalMark::Both);
@@ -255,27 +303,17 @@ public:
             if (p == end || isTsaSeparator(*p)) [[likely]] {
                 row[col++] = static_cast<float>(number.value);
             } else {
-                ++report.notNumbers;
+                ++found.notNumbers;
                 row[col++] = static_cast<float>(number.value);
                 p = std::find_if(p, end, isTsaSeparator);
             }
             if (col == m_time32)
                 row[col - 1] = wholeSeconds(number.value);
         }
-        report.valuesMissing += m_columns - col;
+        found.valuesMissing += m_columns - col;
         std::fill(row + col, row + m_columns, 0.0F);
-        if (++m_rows == m_batchRows)
-            write();
     }
 
-    void write()
-    {
-        m_ts.writeRows(m_next, static_cast<std::uint32_t>(m_rows), m_values.data());
-        m_next += static_cast<std::uint32_t>(m_rows);
-        m_rows = 0;
-    }
-
-private:
     static std::uint64_t wordsIn(const char* p, const char* end)
     {
         std::uint64_t words = 0;
@@ -286,14 +324,20 @@ private:
         return words;
     }
 
-    TSFILE& m_ts;
     std::size_t m_columns;
     std::size_t m_time32;  // 0: the file has none
-    std::size_t m_batchRows;
-    std::vector<float> m_values;
-    std::size_t m_rows = 0;
-    std::uint32_t m_next = 1;
 };
+
+void addTo(TsaImportReport& report, const TsaImportReport& found)
+{
+    report.rowsRead += found.rowsRead;
+    report.linesCut += found.linesCut;
+    report.linesTabbed += found.linesTabbed;
+    report.notNumbers += found.notNumbers;
+    report.valuesMissing += found.valuesMissing;
+    report.valuesLeftOver += found.valuesLeftOver;
+    report.linesLeftOver += found.linesLeftOver;
+}
 
 std::unique_ptr<TSFILE> reopen(const TsaTarget& target)
 {
@@ -375,23 +419,25 @@ JobOutcome veltrac::readTsaData(const fs::path& tsaFile, const Progress& progres
 try {
     TsaImportReport& report = target.report;
     const std::unique_ptr<TSFILE> ts = reopen(target);
-    RowWriter rows(*ts);
+    const TsaRows rows(*ts);
     Pass pass(tsaFile, kTsaDataWidth, 2, progress);
-    while (pass.next()) {
-        const TsaLine kind = tsaLineKind(pass.text());
-        if (kind == TsaLine::Tabbed)
-            ++report.linesTabbed;
-        if (kind != TsaLine::Data)
-            continue;
-        if (report.rowsRead == report.samples) {
-            ++report.linesLeftOver;
-            continue;
-        }
-        report.linesCut += pass.isCut() ? 1 : 0;
-        rows.add(pass.text(), report);
-        ++report.rowsRead;
-    }
-    rows.write();
+    WorkerPool& pool = WorkerPool::shared();
+    std::vector<TsaLines> pieces(pool.slots());
+    const WorkerPool::Stages stages{
+        [&](std::size_t slot) { return rows.take(pass, pieces[slot]); },
+        [&](std::size_t slot) { rows.read(pieces[slot], UINT32_MAX); },
+        [&](std::size_t slot) {
+            TsaLines& piece = pieces[slot];
+            // Where the file ends among these lines, the troubles of those behind it do not count.
+            if (const std::uint32_t room = report.samples - report.rowsRead; piece.found.rowsRead > room)
+                rows.read(piece, room);
+            ts->writeRows(report.rowsRead + 1, piece.found.rowsRead, piece.rows.data());
+            addTo(report, piece.found);
+        }};
+    pool.run(stages, [&pass] {
+        pass.report();
+        return true;
+    });
     ts->flush(true);
     return JobOutcome::Done;
 } catch (const Cancelled&) {
@@ -407,7 +453,8 @@ int veltrac::importTsaText(const fs::path& tsaFile, TsaQuestions& questions, con
         return made;
     if (readTsaData(tsaFile, progress, target) == JobOutcome::Cancelled)
         return 0;
-    target.file->commit();
+    if (target.file->commit(progress) == JobOutcome::Cancelled)
+        return 0;
     report = target.report;
     return 1;
 }

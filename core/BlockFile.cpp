@@ -2,15 +2,10 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <limits>
-
-#ifdef _WIN32
-#include <io.h>
-#else
-#include <unistd.h>
-#endif
 
 #include "core/TsExceptions.h"
 
@@ -23,26 +18,6 @@ constexpr std::uint32_t kShortWrite = 200000;
 constexpr long long kSeekFailed = -1;
 
 // What one positioned transfer came to: the bytes moved, or kSeekFailed.
-#ifdef _WIN32
-
-long long readAt(int fd, std::uint64_t offset, void* to, std::size_t count)
-{
-    if (_lseek(fd, static_cast<long>(offset), SEEK_SET) < 0)
-        return kSeekFailed;
-    const int moved = _read(fd, to, static_cast<unsigned>(count));
-    return moved < 0 ? 0 : moved;
-}
-
-long long writeAt(int fd, std::uint64_t offset, const void* from, std::size_t count)
-{
-    if (_lseek(fd, static_cast<long>(offset), SEEK_SET) < 0)
-        return kSeekFailed;
-    const int moved = _write(fd, from, static_cast<unsigned>(count));
-    return moved < 0 ? 0 : moved;
-}
-
-#else
-
 // pread and pwrite are the seek and the transfer in one call, which halves the cost of a block.
 template <typename Transfer>
 long long retried(Transfer transfer)
@@ -67,8 +42,6 @@ long long writeAt(int fd, std::uint64_t offset, const void* from, std::size_t co
     return retried([&] { return ::pwrite(fd, from, count, static_cast<off_t>(offset)); });
 }
 
-#endif
-
 TS::IO_ERROR seekError(int descriptor, std::uint64_t offset)
 {
     return {static_cast<std::uint32_t>(descriptor), static_cast<std::uint32_t>(offset), 1};
@@ -79,30 +52,6 @@ TS::IO_ERROR seekError(int descriptor, std::uint64_t offset)
 BlockFile::BlockFile(int descriptor, bool readOnly) noexcept : m_descriptor(descriptor), m_readOnly(readOnly)
 {
 }
-
-#ifdef _WIN32
-
-BlockFile::~BlockFile()
-{
-    _close(m_descriptor);
-}
-
-int BlockFile::create(const char* name) noexcept
-{
-    return _open(name, _O_RDWR | _O_CREAT | _O_TRUNC | _O_BINARY, 0666);
-}
-
-int BlockFile::open(const char* name, bool readOnly) noexcept
-{
-    return readOnly ? _open(name, _O_RDONLY | _O_BINARY, 0444) : _open(name, _O_RDWR | _O_BINARY, 0666);
-}
-
-int BlockFile::duplicate(int descriptor) noexcept
-{
-    return _dup(descriptor);
-}
-
-#else
 
 BlockFile::~BlockFile()
 {
@@ -123,8 +72,6 @@ int BlockFile::duplicate(int descriptor) noexcept
 {
     return ::fcntl(descriptor, F_DUPFD_CLOEXEC, 0);
 }
-
-#endif
 
 void BlockFile::read(std::uint64_t offset, Block& block) const
 {
@@ -229,13 +176,8 @@ bool BlockFile::reserve(std::uint64_t offset, std::uint64_t end) noexcept
 
 std::uint64_t BlockFile::size() const noexcept
 {
-#ifdef _WIN32
-    struct _stat64 status = {};
-    return _fstat64(m_descriptor, &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
-#else
     struct stat status = {};
     return ::fstat(m_descriptor, &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
-#endif
 }
 
 std::mutex& BlockFile::lock()

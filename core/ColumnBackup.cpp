@@ -10,12 +10,15 @@
 #include <stdexcept>
 #include <system_error>
 
+#include "core/DiskSync.h"
+
 namespace veltrac {
 
 namespace {
 
 constexpr std::uint32_t kBackupRun = 1U << 16;  // samples a step
 constexpr std::string_view kFirstLine = "Veltrac old values 1";
+constexpr std::string_view kDoneLine = "done\n";
 
 [[noreturn]] void failToKeep(const std::filesystem::path& path)
 {
@@ -50,7 +53,7 @@ void readKept(std::istream& in, std::uint64_t offset, std::span<float> out)
     turnForFile(out);
 }
 
-void restoreRange(TSFILE& file, const KeptValues::Range& range, std::istream& in)
+void restoreRange(TSFILE& file, const KeptValues::Range& range, std::istream& in, const Progress& progress)
 {
     std::vector<float> old(std::min(kBackupRun, range.count));
     std::vector<float> now(old.size());
@@ -70,6 +73,7 @@ void restoreRange(TSFILE& file, const KeptValues::Range& range, std::istream& in
         file.writeColumn(range.column, range.first + done + static_cast<std::uint32_t>(from),
                          std::span(old).subspan(from, to - from));
         done += static_cast<std::uint32_t>(count);
+        goesOn(progress, done, range.count);
     }
 }
 
@@ -88,14 +92,20 @@ void restoreInfo(TSFILE& file, const KeptValues::Info& info)
 // The newest first, so that the oldest values win where ranges overlap.
 void restoreAll(TSFILE& file, const KeptValues& kept, std::istream& in, const Progress& progress = {})
 {
-    std::uint64_t done = 0;
-    for (auto range = kept.ranges.rbegin(); range != kept.ranges.rend(); ++range) {
-        restoreRange(file, *range, in);
-        goesOn(progress, ++done, kept.ranges.size());
-    }
+    for (auto range = kept.ranges.rbegin(); range != kept.ranges.rend(); ++range)
+        restoreRange(file, *range, in, progress);
     std::for_each(kept.infos.rbegin(), kept.infos.rend(),
                   [&](const KeptValues::Info& info) { restoreInfo(file, info); });
     file.flush(true);
+}
+
+bool holdsValuesOfADoneJob(const std::filesystem::path& scratch)
+{
+    std::ifstream in(scratch, std::ios::binary);
+    in.seekg(-static_cast<std::streamoff>(kDoneLine.size()), std::ios::end);
+    std::string end(kDoneLine.size(), '\0');
+    in.read(end.data(), static_cast<std::streamsize>(end.size()));
+    return in && end == kDoneLine;
 }
 
 // A text in one line, so that the file's lines stay lines: length, blank, bytes.
@@ -118,7 +128,9 @@ std::string takeCounted(std::istream& in)
 }  // namespace
 
 ColumnBackup::ColumnBackup(TSFILE& file)
-    : m_file(file), m_scratch(scratchDirectory(), "veltrac-old-values", ".bin"), m_path(m_scratch.path())
+    : m_file(file),
+      m_scratch(scratchDirectory(), "veltrac-old-values", ".bin", &holdsValuesOfADoneJob),
+      m_path(m_scratch.path())
 {
     const char* const name = file.fileName();
     if (name != nullptr)
@@ -128,6 +140,8 @@ ColumnBackup::ColumnBackup(TSFILE& file)
     append(
         std::string(kFirstLine) + "\nfile " + counted(m_kept.file.string()) + "\nwhen " + m_kept.when + '\n',
         out);
+    // Its name, too, has to be on the disk before the first value is overwritten.
+    syncDirectory(m_path.parent_path(), {});
 }
 
 void ColumnBackup::append(std::string_view head, std::ostream& out)
@@ -164,7 +178,8 @@ JobOutcome ColumnBackup::save(std::uint32_t col, std::uint32_t first, std::uint3
     out.close();
     if (!out)
         failToKeep(m_path);
-    syncToDisk(m_path);
+    if (syncToDisk(m_path, [&] { return goesOn(progress, count, count); }) == JobOutcome::Cancelled)
+        return JobOutcome::Cancelled;
     m_kept.ranges.push_back({col, first, count, m_bytes});
     m_bytes += std::uint64_t{count} * sizeof(float) + 1;
     return JobOutcome::Done;
@@ -185,11 +200,36 @@ void ColumnBackup::saveInfo(std::uint32_t col)
     m_kept.infos.push_back(std::move(info));
 }
 
+void ColumnBackup::markDone() noexcept
+{
+    try {
+        std::ofstream out(m_path, std::ios::binary | std::ios::app);
+        out << kDoneLine;
+        out.close();
+        m_isDone = !out.fail();
+    } catch (...) {
+        m_isDone = false;  // without the mark the file merely stays longer
+    }
+}
+
+// A kill while values come back leaves some of them here alone.
+void ColumnBackup::unmark()
+{
+    if (!m_isDone)
+        return;
+    std::filesystem::resize_file(m_path, std::filesystem::file_size(m_path) - kDoneLine.size());
+    syncToDisk(m_path);
+    m_isDone = false;
+}
+
 void ColumnBackup::restore(TSFILE& file, const Progress& progress)
 {
     try {
+        unmark();
         std::ifstream in(m_path, std::ios::binary);
         restoreAll(file, m_kept, in, progress);
+        // Before the values go that a power cut would ask for.
+        syncToDisk(file.descriptor(), {});
     } catch (...) {
         m_scratch.keep();
         throw;
@@ -241,7 +281,7 @@ KeptValues readOldValues(const std::filesystem::path& scratch)
                 break;  // it was still being written
             kept.ranges.push_back(range);
             in.seekg(static_cast<std::streamoff>(end));
-        } else {
+        } else if (word != "done") {
             throw std::runtime_error("it holds no old values");
         }
     }

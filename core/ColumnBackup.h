@@ -57,6 +57,10 @@ public:
     // Keeps a column's name, description and stamp.
     void saveInfo(std::uint32_t col);
 
+    // The job is done: nobody needs the values any more who does not undo it in this process. What a kill
+    // then leaves of them is removed by a later job, which without this mark nobody does.
+    void markDone() noexcept;
+
     // Puts everything back and flushes the file. Values that are still the old ones are not written, so a
     // disk that took no more is not asked again. Throws the TS exceptions or std::system_error; then the
     // scratch file stays for good.
@@ -74,12 +78,14 @@ public:
 
 private:
     void append(std::string_view head, std::ostream& out);
+    void unmark();
 
     TSFILE& m_file;
     ScratchFile m_scratch;
     std::filesystem::path m_path;
     std::uint64_t m_bytes = 0;
     KeptValues m_kept;
+    bool m_isDone = false;
 };
 
 // What a file of old values holds. Throws std::system_error where it cannot be read, std::runtime_error

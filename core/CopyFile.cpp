@@ -82,11 +82,10 @@ JobOutcome copyBytes(int descriptor, const std::filesystem::path& to, const Prog
 
 JobOutcome copyWholeFile(int descriptor, const std::filesystem::path& target, const Progress& progress)
 {
-    PendingFile pending(target, "copy", ".ts");
+    PendingFile pending(target, ".veltrac-new", ".ts");
     if (copyBytes(descriptor, pending.path(), progress) == JobOutcome::Cancelled)
         return JobOutcome::Cancelled;
-    pending.commit();
-    return JobOutcome::Done;
+    return pending.commit(progress);
 }
 
 }  // namespace veltrac

@@ -35,7 +35,7 @@ public:
 
     // The number of an element in the data section, counted from 0, in 64 bits. Neither number is
     // checked: a wild one ends in a block that cannot be read. A ring file of no samples has no element.
-    std::uint64_t elementIndex(std::uint32_t sample, std::uint32_t column) const noexcept
+    std::uint64_t elementIndex(std::uint32_t column, std::uint32_t sample) const noexcept
     {
         if (m_layout.ring && m_layout.samples != 0)
             sample = (sample - 1) % m_layout.samples + 1;

@@ -30,6 +30,10 @@ std::string textOf(const std::error_code& code)
             return "a directory has that name";
         case EINVAL:
             return "that name is not one of an ordinary file";
+        case EWOULDBLOCK:
+            return "another program is writing the file";
+        case ESTALE:
+            return "another program has replaced the file";
         case ENAMETOOLONG:
             return "the name is too long";
         default:

@@ -82,7 +82,7 @@ void Group::fitY()
     }
     Limits limits{std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity()};
     for (const auto& v : m_variables)
-        widen(limits, *v, 1, v->variable().rows());
+        widen(limits, *v, v->variable().firstRow(), v->variable().rows());
     take(limits);
 }
 

@@ -201,6 +201,59 @@ JobOutcome HsVariable::buildAll(std::span<const std::shared_ptr<HsVariable>> var
     return JobOutcome::Done;
 }
 
+void HsVariable::extendAll(std::span<const std::shared_ptr<HsVariable>> variables, PlotSource& source,
+                           std::uint32_t before)
+{
+    const std::uint32_t width = std::max<std::uint32_t>(1, source.columns());
+    const std::uint32_t bucket = source.bucketRows();
+    const std::uint32_t atOnce =
+        std::max<std::uint32_t>(1, static_cast<std::uint32_t>(kPieceFloats) / width / bucket) * bucket;
+    std::vector<float> rows;
+    for (std::uint32_t done = before - before % bucket; done < source.rows();) {
+        const std::uint32_t count = std::min(atOnce, source.rows() - done);
+        rows.resize(std::size_t{count} * width);
+        source.readRows(done + 1, count, rows.data());
+        // Of the first piece some rows are known.
+        const std::uint32_t known = before > done ? before - done : 0;
+        source.learnTimes(done + known + 1, count - known, &rows[std::size_t{known} * width]);
+        for (const std::shared_ptr<HsVariable>& v : variables)
+            if (v->m_variable.source().get() == &source)
+                v->extend(done / bucket, rows.data() + v->m_variable.column() - 1, width, count);
+        done += count;
+    }
+}
+
+void HsVariable::extend(std::uint32_t firstBucket, const float* values, std::size_t stride, std::size_t rows)
+{
+    const std::uint32_t bucket = m_variable.source()->bucketRows();
+    std::vector<Summary> buckets;
+    if (m_madeAll.built) {
+        summariesOf(values, stride, rows, bucket, buckets);
+        m_all.replaceEnd(firstBucket, buckets);
+    }
+    if (m_madePositive.built) {
+        std::vector<float> positive(rows);
+        for (std::size_t i = 0; i < rows; ++i)
+            positive[i] =
+                counts(values[i * stride]) ? values[i * stride] : std::numeric_limits<float>::quiet_NaN();
+        buckets.clear();
+        summariesOf(positive.data(), 1, rows, bucket, buckets);
+        m_positive.replaceEnd(firstBucket, buckets);
+    }
+}
+
+void HsVariable::forgetBuckets(std::span<const std::shared_ptr<HsVariable>> variables, PlotSource& source,
+                               std::uint32_t buckets)
+{
+    source.forgetBuckets(buckets);
+    for (const std::shared_ptr<HsVariable>& v : variables) {
+        if (v->m_variable.source().get() != &source)
+            continue;
+        v->m_all.dropFront(buckets);
+        v->m_positive.dropFront(buckets);
+    }
+}
+
 bool HsVariable::isBuilt() const
 {
     if (!m_madeAll.built || !m_variable.source()->timesAreKnown())
@@ -236,7 +289,7 @@ bool HsVariable::counts(float raw) const
 Summary HsVariable::looseEnd(const Wanted& wanted, std::uint32_t bucket, std::uint32_t from,
                              std::uint32_t to) const
 {
-    const PlotSource::Run run = m_variable.source()->run(bucket, m_variable.column());
+    const PlotSource::Run run = m_variable.source()->run(m_variable.column(), bucket);
     const float* const values = run.values + from * run.stride;
     if (!wanted.positiveOnly)
         return wanted.moments ? summaryOf(values, run.stride, to - from)
@@ -336,7 +389,7 @@ std::uint32_t HsVariable::rowOfExtreme(std::uint32_t first, std::uint32_t last, 
             first = middle + 1;
     }
     for (std::uint32_t row = first; row <= last; ++row)
-        if (m_variable.source()->value(row, m_variable.column()) == target)
+        if (m_variable.source()->value(m_variable.column(), row) == target)
             return row;
     return 0;
 }

@@ -24,6 +24,14 @@ public:
     // The same for many variables in one pass a source, row by row.
     static veltrac::JobOutcome buildAll(std::span<const std::shared_ptr<HsVariable>> variables,
                                         const veltrac::Progress& progress);
+    // The source has got rows behind row `before`, which the variables on it that are built take in: only
+    // those rows are read, and what stands before them in their bucket. Throws the TS exceptions; the
+    // variables have to be forgotten then.
+    static void extendAll(std::span<const std::shared_ptr<HsVariable>> variables, veltrac::PlotSource& source,
+                          std::uint32_t before);
+    // Forgets buckets of a source at its beginning, whose rows are gone, here and in the source.
+    static void forgetBuckets(std::span<const std::shared_ptr<HsVariable>> variables,
+                              veltrac::PlotSource& source, std::uint32_t buckets);
     // False until build(), and again after forget() or when a log axis needs the values above 0 alone.
     bool isBuilt() const;
     // The source was loaded again.
@@ -74,6 +82,7 @@ private:
     };
     class Pass;
 
+    void extend(std::uint32_t firstBucket, const float* values, std::size_t stride, std::size_t rows);
     bool needsPositive() const;
     bool counts(float raw) const;
     // Which values count, and whether more than their extremes is wanted.

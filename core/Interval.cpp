@@ -50,7 +50,7 @@ JobOutcome copyRows(const PlotFile& from, std::uint32_t first, std::uint32_t las
 JobOutcome saveInterval(const PlotFile& from, std::uint32_t first, std::uint32_t last,
                         const std::filesystem::path& target, const Progress& progress)
 {
-    PendingFile pending(target, "interval", ".ts");
+    PendingFile pending(target, ".veltrac-new", ".ts");
     {
         TSFILE to(literalTsName(pending.path().string()).c_str(), last - first + 1, from.columns(), 0);
         copyHeader(from, first, to);
@@ -58,8 +58,7 @@ JobOutcome saveInterval(const PlotFile& from, std::uint32_t first, std::uint32_t
             return JobOutcome::Cancelled;
         to.flush(true);
     }
-    pending.commit();
-    return JobOutcome::Done;
+    return pending.commit(progress);
 }
 
 }  // namespace veltrac

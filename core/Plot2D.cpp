@@ -131,9 +131,9 @@ void Plot2D::setMode(XMode mode)
     // Between two samples the steps are taken as equal.
     const Variable& v = ref->variable();
     const auto convert = [&](double x) {
-        const std::uint32_t row = std::max<std::uint32_t>(1, std::min(m_axis.rowAt(v, x), v.rows() - 1));
-        if (v.rows() < 2)
-            return next.xOf(v, 1) + (x - m_axis.xOf(v, 1));
+        const std::uint32_t row = std::max(v.firstRow(), std::min(m_axis.rowAt(v, x), v.rows() - 1));
+        if (v.rows() <= v.firstRow())
+            return next.xOf(v, v.rows()) + (x - m_axis.xOf(v, v.rows()));
         const double left = m_axis.xOf(v, row);
         const double step = m_axis.xOf(v, row + 1) - left;
         const double nextLeft = next.xOf(v, row);
@@ -197,7 +197,7 @@ Plot2D::Extent Plot2D::extent() const
         const Variable& v = h->variable();
         if (!v.visible || v.rows() == 0 || !h->failure().empty())
             continue;
-        std::uint32_t first = 1;
+        std::uint32_t first = v.firstRow();
         if (m_axis.logarithmic)
             first = m_axis.rowFrom(v, std::numeric_limits<double>::min());
         if (first > v.rows())
@@ -433,7 +433,8 @@ void Plot2D::moveCursor(Cursor which, std::int64_t samples)
         return;
     const Variable& v = ref->variable();
     const std::int64_t row = m_axis.nearestRow(v, *m_cursors[which]) + samples;
-    m_cursors[which] = m_axis.xOf(v, static_cast<std::uint32_t>(std::clamp<std::int64_t>(row, 1, v.rows())));
+    m_cursors[which] =
+        m_axis.xOf(v, static_cast<std::uint32_t>(std::clamp<std::int64_t>(row, v.firstRow(), v.rows())));
 }
 
 Plot2D::Extent Plot2D::interval() const

@@ -188,7 +188,7 @@ private:
     void joinSamples(std::uint32_t first, bool withMarkers)
     {
         // One more on either side, so that the line leaves the view.
-        const std::uint32_t from = first > 1 ? first - 1 : 1;
+        const std::uint32_t from = first > m_variable.firstRow() ? first - 1 : m_variable.firstRow();
         const std::uint32_t to = std::min(m_last + 1, m_variable.rows());
         for (std::uint32_t row = from; row <= to; ++row) {
             const double x = m_plot.axis().xOf(m_variable, row);
@@ -244,7 +244,7 @@ std::string reasonForNothing(const HsVariable& v, bool logarithmic)
     if (v.variable().rows() == 0)
         return "no samples";
     // Of the whole series nothing has to be read.
-    if (!v.isBuilt() || !v.range(1, v.variable().rows()).empty)
+    if (!v.isBuilt() || !v.range(v.variable().firstRow(), v.variable().rows()).empty)
         return {};
     return logarithmic ? "no values above 0" : "no values";
 }

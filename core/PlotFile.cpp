@@ -1,8 +1,11 @@
 #include "core/PlotFile.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <limits>
 #include <system_error>
 
 #include "core/FileTime.h"
@@ -48,7 +51,81 @@ void PlotFile::reload()
     const Stamp stamp = stampOf(m_path);
     m_file = openTsFile(m_path, true);
     m_stamp = stamp;
+    m_identity = identityOf(m_file->descriptor());
     look();
+    m_shape = shape();
+    m_wasCut = false;
+}
+
+PlotFile::Shape PlotFile::shape() const
+{
+    return {isRing() ? m_file->samples() : 0, m_file->columns(), m_file->startSeconds(), m_file->startTime(),
+            m_file->dt()};
+}
+
+std::uint32_t PlotFile::newestSample() const
+{
+    return isRing() ? m_file->lastSample() : m_file->samples();
+}
+
+PlotFile::News PlotFile::follow()
+{
+    struct stat named = {};
+    if (::stat(m_path.c_str(), &named) != 0)
+        return News::Gone;
+    const bool isSame = m_identity == FileIdentity{named.st_dev, named.st_ino};
+    if (isSame && static_cast<std::uintmax_t>(named.st_size) < m_stamp.size) {
+        m_wasCut = true;
+        return News::Cut;
+    }
+    if (!isSame || m_wasCut) {
+        reload();
+        return News::Loaded;
+    }
+    if (m_missingRows > 0 && !changedOnDisk())
+        return News::None;
+    const bool wasRing = isRing();
+    m_file->refresh();
+    const std::uint32_t newest = newestSample();
+    const std::uint32_t known = sampleOf(m_rows);
+    const std::uint32_t oldest = std::max<std::uint32_t>(1, m_file->ringStart());
+    const bool isAsItWas = wasRing == isRing() && shape() == m_shape;
+    if (isAsItWas && newest == known && (m_rows == 0 || oldest == sampleOf(m_firstRow)))
+        return News::None;
+    // What came and went between two looks cannot be told from what never was: the ring is read anew.
+    if (!isAsItWas || newest < known || oldest > known || m_rows == 0 || m_missingRows > 0 ||
+        !timesAreKnown()) {
+        reload();
+        return News::Loaded;
+    }
+    m_firstRow = std::max(m_firstRow, oldest - m_firstSample + 1);
+    if (newest == known)
+        return News::None;
+    m_stamp = stampOf(m_path);
+    rowsCame(newest - m_firstSample + 1);
+    return News::Rows;
+}
+
+std::uint32_t PlotFile::bucketsToForget() const
+{
+    const std::uint32_t gone = m_firstRow - 1;
+    return gone > m_file->samples() ? gone / m_bucketRows : 0;
+}
+
+// A writer may have come round meanwhile: then newer samples stand in these rows.
+void PlotFile::hideOverwritten(std::uint32_t first, std::uint32_t count, float* rows) const
+{
+    if (!isRing())
+        return;
+    const std::uint32_t oldest = m_file->ringStartOnDisk();
+    const std::uint32_t sample = sampleOf(first);
+    if (oldest <= sample)
+        return;
+    const std::uint32_t gone = std::min(count, oldest - sample);
+    for (std::size_t i = 0; i < gone; ++i)
+        for (std::uint32_t c = 1; c <= m_columns; ++c)
+            if (isPlottable(c))
+                rows[i * m_columns + c - 1] = std::numeric_limits<float>::quiet_NaN();
 }
 
 void PlotFile::look()
@@ -132,11 +209,14 @@ bool PlotFile::isPlottable(std::uint32_t column) const
 void PlotFile::readRows(std::uint32_t first, std::uint32_t count, float* out) const
 {
     m_file->readRows(sampleOf(first), count, out);
+    hideOverwritten(first, count, out);
 }
 
-float PlotFile::readValue(std::uint32_t row, std::uint32_t column) const
+float PlotFile::readValue(std::uint32_t column, std::uint32_t row) const
 {
-    return m_file->value(sampleOf(row), column);
+    const float v = m_file->value(sampleOf(row), column);
+    const bool isGone = isRing() && m_file->ringStartOnDisk() > sampleOf(row);
+    return isGone ? std::numeric_limits<float>::quiet_NaN() : v;
 }
 
 double PlotFile::timeInRow(std::uint32_t /*row*/, const float* values) const

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "core/FileIdentity.h"
 #include "core/PlotSource.h"
 #include "core/TSFILE.h"
 
@@ -26,6 +27,16 @@ public:
     // is then as it was.
     void reload();
 
+    // Looks what has become of a file that another program writes. Rows that were appended come behind the
+    // others, which keep their numbers; variables over it take them in with HsVariable::extendAll(). A file
+    // that is another one now, or was changed otherwise, is loaded again. Throws as reload(); then, and where
+    // it is gone, all is as it was.
+    enum class News { None, Rows, Loaded, Gone, Cut };
+    News follow();
+    bool isRing() const { return m_file->ringStart() != 0; }
+    // Rows of a followed ring that are gone and may be forgotten, in whole buckets; 0 until they are many.
+    std::uint32_t bucketsToForget() const;
+
     // Header texts as the file has them (bytes of whatever encoding).
     std::string columnName(std::uint32_t column) const;
     std::string columnDescription(std::uint32_t column) const;
@@ -45,9 +56,23 @@ public:
 
 protected:
     double timeInRow(std::uint32_t row, const float* values) const override;
-    float readValue(std::uint32_t row, std::uint32_t column) const override;
+    float readValue(std::uint32_t column, std::uint32_t row) const override;
 
 private:
+    // What rows count on.
+    struct Shape
+    {
+        std::uint32_t samples = 0;  // of an ordinary file 0: it may grow
+        std::uint32_t columns = 0;
+        std::uint32_t startSeconds = 0;
+        float startTime = 0.0F;
+        float dt = 0.0F;
+        bool operator==(const Shape&) const = default;
+    };
+    Shape shape() const;
+    void hideOverwritten(std::uint32_t first, std::uint32_t count, float* rows) const;
+    std::uint32_t newestSample() const;
+
     struct Stamp
     {
         std::uintmax_t size = 0;
@@ -60,6 +85,9 @@ private:
     std::string m_path;
     std::unique_ptr<TSFILE> m_file;
     Stamp m_stamp;
+    FileIdentity m_identity;
+    Shape m_shape;
+    bool m_wasCut = false;
     std::uint32_t m_missingRows = 0;
 };
 

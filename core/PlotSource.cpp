@@ -21,10 +21,11 @@ double PlotSource::step() const
 {
     if (m_timeKind == TimeKind::Steps)
         return m_dt;
-    if (m_timeKind == TimeKind::RowNumbers || m_rows < 2)
+    if (m_timeKind == TimeKind::RowNumbers || m_rows <= m_firstRow)
         return 1.0;
-    const double span = timeOf(m_rows) - timeOf(1);
-    return span > 0.0 ? span / (m_rows - 1.0) : 1.0;
+    const double steps = m_rows - m_firstRow;
+    const double span = timeOf(m_rows) - timeOf(m_firstRow);
+    return span > 0.0 ? span / steps : 1.0;
 }
 
 double PlotSource::timeOf(std::uint32_t row) const
@@ -43,14 +44,15 @@ double PlotSource::timeOf(std::uint32_t row) const
         readRows(row, 1, values.data());
         return timeInRow(row, values.data());
     }
-    return timeInRow(row, run(bucket, 1).values + std::size_t{(row - 1) % m_bucketRows} * m_columns);
+    return timeInRow(row, run(1, bucket).values + std::size_t{(row - 1) % m_bucketRows} * m_columns);
 }
 
 std::uint32_t PlotSource::rowAt(double t) const
 {
     if (m_rows == 0 || std::isnan(t))
         return 0;
-    return m_timeKind == TimeKind::EachRow ? rowByTimes(t) : rowInSteps(t);
+    const std::uint32_t row = m_timeKind == TimeKind::EachRow ? rowByTimes(t) : rowInSteps(t);
+    return row < m_firstRow ? 0 : row;
 }
 
 std::uint32_t PlotSource::rowInSteps(double t) const
@@ -72,7 +74,7 @@ std::uint32_t PlotSource::rowInSteps(double t) const
 
 std::uint32_t PlotSource::rowByTimes(double t) const
 {
-    std::uint32_t low = 1;
+    std::uint32_t low = m_firstRow;
     std::uint32_t high = m_rows;
     if (m_timesKnown) {
         const auto after = std::upper_bound(m_bucketTimes.begin(), m_bucketTimes.end(), t);
@@ -81,7 +83,10 @@ std::uint32_t PlotSource::rowByTimes(double t) const
         const auto bucket = static_cast<std::uint32_t>(after - m_bucketTimes.begin() - 1);
         low = bucket * m_bucketRows + 1;
         high = low + rowsOf(bucket) - 1;
-    } else if (timeOf(1) > t) {
+        low = std::max(low, m_firstRow);
+        if (low > high || timeOf(low) > t)
+            return low - 1;
+    } else if (timeOf(m_firstRow) > t) {
         return 0;
     }
     while (low < high) {
@@ -98,6 +103,12 @@ std::uint32_t PlotSource::rowNear(double t, double tolerance) const
 {
     if (m_rows == 0 || std::isnan(t))
         return 0;
+    const std::uint32_t row = nearRow(t, tolerance);
+    return row < m_firstRow ? 0 : row;
+}
+
+std::uint32_t PlotSource::nearRow(double t, double tolerance) const
+{
     if (m_timeKind != TimeKind::EachRow) {
         const std::uint32_t row = rowInSteps(t);
         const double width = m_bucketRows * (m_timeKind == TimeKind::Steps ? m_dt : 1.0);
@@ -112,9 +123,9 @@ std::uint32_t PlotSource::rowNear(double t, double tolerance) const
     return static_cast<std::uint32_t>(after - m_bucketTimes.begin() - 1) * m_bucketRows;
 }
 
-float PlotSource::value(std::uint32_t row, std::uint32_t column) const
+float PlotSource::value(std::uint32_t column, std::uint32_t row) const
 {
-    const Run r = run((row - 1) / m_bucketRows, column);
+    const Run r = run(column, (row - 1) / m_bucketRows);
     return r.values[(row - 1) % m_bucketRows * r.stride];
 }
 
@@ -123,45 +134,63 @@ std::uint32_t PlotSource::rowsOf(std::uint32_t bucket) const
     return std::min(m_bucketRows, m_rows - bucket * m_bucketRows);
 }
 
-PlotSource::Run PlotSource::run(std::uint32_t bucket, std::uint32_t column) const
+PlotSource::Run PlotSource::run(std::uint32_t column, std::uint32_t bucket) const
 {
     const std::size_t count = rowsOf(bucket);
     if (const float* const all = rowsInMemory(bucket))
         return {all + column - 1, m_columns, count};
-    const std::uint32_t wanted = m_columns > kWide ? column : 0;
-    if (m_latest >= m_runs.size() || m_runs[m_latest].bucket != bucket || m_runs[m_latest].column != wanted)
-        keep(bucket, wanted);
-    const float* const values = m_runs[m_latest].values.data();
-    return wanted == 0 ? Run{values + column - 1, m_columns, count} : Run{values, 1, count};
+    if (m_columns > kWide)
+        return {kept(column, bucket).values.data(), 1, count};
+    return {kept(0, bucket).values.data() + column - 1, m_columns, count};
 }
 
-const PlotSource::Kept& PlotSource::keep(std::uint32_t bucket, std::uint32_t column) const
+const PlotSource::Kept* PlotSource::KeptRuns::find(std::uint32_t column, std::uint32_t bucket)
 {
-    for (std::size_t i = 0; i < m_runs.size(); ++i) {
-        if (m_runs[i].bucket == bucket && m_runs[i].column == column) {
-            m_latest = i;
-            return m_runs[i];
-        }
+    const auto isWanted = [&](const Kept& run) { return run.bucket == bucket && run.column == column; };
+    if (m_latest >= m_runs.size() || !isWanted(m_runs[m_latest])) {
+        const auto found = std::find_if(m_runs.begin(), m_runs.end(), isWanted);
+        if (found == m_runs.end())
+            return nullptr;
+        m_latest = static_cast<std::size_t>(found - m_runs.begin());
     }
-    const std::uint32_t count = rowsOf(bucket);
-    const std::size_t floats = std::size_t{count} * (column == 0 ? m_columns : 1);
-    const std::size_t most =
-        std::clamp(kCacheFloats / std::max<std::size_t>(1, floats), kFewestRuns, kMostRuns);
+    return &m_runs[m_latest];
+}
+
+PlotSource::Kept& PlotSource::KeptRuns::place(std::size_t most)
+{
     if (m_runs.size() < most) {
         m_latest = m_runs.size();
         m_runs.emplace_back();
     } else {
         m_latest = m_nextVictim++ % m_runs.size();
     }
+    return m_runs[m_latest];
+}
+
+void PlotSource::KeptRuns::forget(std::uint32_t bucket)
+{
+    for (Kept& run : m_runs)
+        if (run.bucket == bucket)
+            run.bucket = kNoBucket;
+}
+
+const PlotSource::Kept& PlotSource::kept(std::uint32_t column, std::uint32_t bucket) const
+{
+    if (const Kept* const known = m_runs.find(column, bucket))
+        return *known;
+    const std::uint32_t count = rowsOf(bucket);
+    const std::size_t floats = std::size_t{count} * (column == 0 ? m_columns : 1);
+    const std::size_t most =
+        std::clamp(kCacheFloats / std::max<std::size_t>(1, floats), kFewestRuns, kMostRuns);
     // Stands for no bucket until it is read.
-    Kept& fresh = m_runs[m_latest];
+    Kept& fresh = m_runs.place(most);
     fresh.bucket = kNoBucket;
     fresh.values.resize(floats);
     if (column == 0)
         readRows(bucket * m_bucketRows + 1, count, fresh.values.data());
     else
         for (std::uint32_t i = 0; i < count; ++i)
-            fresh.values[i] = readValue(bucket * m_bucketRows + 1 + i, column);
+            fresh.values[i] = readValue(column, bucket * m_bucketRows + 1 + i);
     fresh.bucket = bucket;
     fresh.column = column;
     return fresh;
@@ -170,6 +199,25 @@ const PlotSource::Kept& PlotSource::keep(std::uint32_t bucket, std::uint32_t col
 const float* PlotSource::rowsInMemory(std::uint32_t /*bucket*/) const
 {
     return nullptr;
+}
+
+void PlotSource::rowsCame(std::uint32_t rows)
+{
+    const std::uint32_t lastBucket = m_rows / m_bucketRows;
+    m_rows = rows;
+    m_runs.forget(lastBucket);
+}
+
+void PlotSource::forgetBuckets(std::uint32_t buckets)
+{
+    const std::uint32_t rows = buckets * m_bucketRows;
+    m_rows -= rows;
+    m_firstRow -= rows;
+    m_firstSample += rows;
+    m_base += rows * m_dt;
+    if (m_bucketTimes.size() >= buckets)
+        m_bucketTimes.erase(m_bucketTimes.begin(), m_bucketTimes.begin() + buckets);
+    m_runs.clear();
 }
 
 bool PlotSource::learnTimes(std::uint32_t first, std::uint32_t count, const float* rows)

@@ -26,7 +26,10 @@ public:
     PlotSource(const PlotSource&) = delete;
     PlotSource& operator=(const PlotSource&) = delete;
 
+    // The rows are firstRow() to rows(). Of a source that is followed the oldest ones may have gone, and the
+    // others keep their numbers.
     std::uint32_t rows() const noexcept { return m_rows; }
+    std::uint32_t firstRow() const noexcept { return m_firstRow; }
     std::uint32_t columns() const noexcept { return m_columns; }
     // Rows a bucket: fewer where rows are wide, so that the ends of a run stay cheap to read.
     std::uint32_t bucketRows() const noexcept { return m_bucketRows; }
@@ -41,7 +44,7 @@ public:
     // Whether a sample stands for as much of x as any other; of others a mean means nothing.
     bool isEvenlySpaced() const noexcept { return m_evenlySpaced; }
 
-    // Row 1 to rows(). Throws the TS exceptions, as everything below that reads.
+    // Row firstRow() to rows(). Throws the TS exceptions, as everything below that reads.
     double timeOf(std::uint32_t row) const;
     // The last row whose time is at or before t; 0 where there is none.
     std::uint32_t rowAt(double t) const;
@@ -49,7 +52,7 @@ public:
     // end of a bucket of rows where there is such a one, which saves reading them.
     std::uint32_t rowNear(double t, double tolerance) const;
 
-    float value(std::uint32_t row, std::uint32_t column) const;
+    float value(std::uint32_t column, std::uint32_t row) const;
 
     // The values of a column in one bucket of rows: bucket * bucketRows() + 1 and the following ones.
     struct Run
@@ -58,7 +61,7 @@ public:
         std::size_t stride = 0;
         std::size_t count = 0;
     };
-    Run run(std::uint32_t bucket, std::uint32_t column) const;
+    Run run(std::uint32_t column, std::uint32_t bucket) const;
 
     // `count` rows from row `first`, columns() values each.
     virtual void readRows(std::uint32_t first, std::uint32_t count, float* out) const = 0;
@@ -70,12 +73,16 @@ public:
     bool timesAreKnown() const noexcept { return m_timeKind != TimeKind::EachRow || m_timesKnown; }
     void timesAreComplete() noexcept { m_timesKnown = true; }
 
+    // So many buckets at the beginning, whose rows are all gone, are forgotten: the rows that are left get
+    // lower numbers. Only where times are known.
+    virtual void forgetBuckets(std::uint32_t buckets);
+
 protected:
     PlotSource() = default;
 
     // The time that stands in a row's values; only asked where timeKind() is EachRow.
     virtual double timeInRow(std::uint32_t row, const float* values) const = 0;
-    virtual float readValue(std::uint32_t row, std::uint32_t column) const = 0;
+    virtual float readValue(std::uint32_t column, std::uint32_t row) const = 0;
     // All rows of a bucket side by side where the source has them in memory; else null.
     virtual const float* rowsInMemory(std::uint32_t bucket) const;
 
@@ -85,9 +92,14 @@ protected:
         m_runs.clear();
         m_bucketTimes.clear();
         m_timesKnown = false;
+        m_firstRow = 1;
     }
 
+    // There are more rows than there were: what is kept of a bucket that was short is not all of it.
+    void rowsCame(std::uint32_t rows);
+
     std::uint32_t m_rows = 0;
+    std::uint32_t m_firstRow = 1;
     std::uint32_t m_columns = 0;
     std::uint32_t m_bucketRows = Pyramid::kLargestBucket;
     std::uint32_t m_startSeconds = 0;
@@ -105,14 +117,30 @@ private:
         std::uint32_t column = 0;  // 0: all of them
         std::vector<float> values;
     };
-    const Kept& keep(std::uint32_t bucket, std::uint32_t column) const;
+    // The few runs that were read last.
+    class KeptRuns
+    {
+    public:
+        // Null where it is not kept.
+        const Kept* find(std::uint32_t column, std::uint32_t bucket);
+        // A place for another one, instead of an old one where there are `most` already.
+        Kept& place(std::size_t most);
+        // The others stay where they are, which their readers count on.
+        void forget(std::uint32_t bucket);
+        void clear() { m_runs.clear(); }
+
+    private:
+        std::vector<Kept> m_runs;
+        std::size_t m_latest = 0;
+        std::size_t m_nextVictim = 0;
+    };
+    const Kept& kept(std::uint32_t column, std::uint32_t bucket) const;
     std::uint32_t rowsOf(std::uint32_t bucket) const;
     std::uint32_t rowInSteps(double t) const;
     std::uint32_t rowByTimes(double t) const;
+    std::uint32_t nearRow(double t, double tolerance) const;
 
-    mutable std::vector<Kept> m_runs;
-    mutable std::size_t m_latest = 0;
-    mutable std::size_t m_nextVictim = 0;
+    mutable KeptRuns m_runs;
     std::vector<double> m_bucketTimes;  // of the first row of each bucket
     double m_lastTime = 0.0;
     bool m_timesKnown = false;

@@ -35,7 +35,7 @@ double PlotValues::timeInRow(std::uint32_t row, const float* /*values*/) const
     return m_x[row - 1];
 }
 
-float PlotValues::readValue(std::uint32_t row, std::uint32_t column) const
+float PlotValues::readValue(std::uint32_t column, std::uint32_t row) const
 {
     return m_values[std::size_t{row - 1} * m_columns + column - 1];
 }

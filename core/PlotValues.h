@@ -18,7 +18,7 @@ public:
 
 protected:
     double timeInRow(std::uint32_t row, const float* values) const override;
-    float readValue(std::uint32_t row, std::uint32_t column) const override;
+    float readValue(std::uint32_t column, std::uint32_t row) const override;
     const float* rowsInMemory(std::uint32_t bucket) const override;
 
 private:

@@ -261,13 +261,45 @@ void Pyramid::finish()
     if (!m_partial.empty())
         closeBucket(m_partial.data(), 1, m_partial.size());
     m_partial = {};
-    while (!m_levels.empty() && m_levels.back().size() > kJoined) {
-        const std::vector<Summary>& below = m_levels.back();
-        std::vector<Summary> level((below.size() + kJoined - 1) / kJoined);
-        for (std::size_t i = 0; i < below.size(); ++i)
-            level[i / kJoined].join(below[i]);
-        m_levels.push_back(std::move(level));
+    if (!m_levels.empty())
+        joinUp(0);
+}
+
+// Makes the levels above the buckets anew, from those of bucket `from` on.
+void Pyramid::joinUp(std::size_t from)
+{
+    for (std::size_t level = 0; m_levels[level].size() > kJoined; ++level) {
+        if (level + 1 == m_levels.size())
+            m_levels.emplace_back();
+        const std::vector<Summary>& below = m_levels[level];
+        std::vector<Summary>& here = m_levels[level + 1];
+        from = std::min(from / kJoined, here.size());
+        here.resize(from);
+        here.resize((below.size() + kJoined - 1) / kJoined);
+        for (std::size_t i = from * kJoined; i < below.size(); ++i)
+            here[i / kJoined].join(below[i]);
     }
+}
+
+void Pyramid::replaceEnd(std::size_t from, std::span<const Summary> buckets)
+{
+    if (m_levels.empty())
+        m_levels.emplace_back();
+    std::vector<Summary>& base = m_levels.front();
+    base.resize(std::min(from, base.size()));
+    from = base.size();
+    base.insert(base.end(), buckets.begin(), buckets.end());
+    joinUp(from);
+}
+
+void Pyramid::dropFront(std::size_t buckets)
+{
+    if (m_levels.empty())
+        return;
+    std::vector<Summary>& base = m_levels.front();
+    base.erase(base.begin(), base.begin() + static_cast<std::ptrdiff_t>(std::min(buckets, base.size())));
+    m_levels.resize(1);
+    joinUp(0);
 }
 
 void Pyramid::clear()

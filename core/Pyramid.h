@@ -55,6 +55,10 @@ public:
     void reserve(std::size_t buckets);
     // After the last sample.
     void finish();
+    // After finish(), for a series that goes on: buckets `from` and the following are these now; and the
+    // first ones are no longer wanted.
+    void replaceEnd(std::size_t from, std::span<const Summary> buckets);
+    void dropFront(std::size_t buckets);
     void clear();
 
     // Joins buckets first to last - 1 into `into`, where moments are not wanted only least and greatest.
@@ -65,6 +69,7 @@ public:
 private:
     static constexpr std::size_t kJoined = 8;
 
+    void joinUp(std::size_t from);
     void closeBucket(const float* values, std::size_t stride, std::size_t n);
 
     std::uint32_t m_bucket;

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "core/FileLock.h"
 #include "core/SafeChange.h"
 #include "core/TsExceptions.h"
 #include "core/TsNames.h"
@@ -106,6 +107,8 @@ JobOutcome rebuildTsFileAs(const std::filesystem::path& file, const std::filesys
                            const std::function<JobOutcome(TSFILE& made)>& fill)
 {
     const std::unique_ptr<TSFILE> from = openTsFile(file.string(), true);
+    // Of two programs that rebuild one file the second works on the whole file of the first, or is refused.
+    const FileLock lock(from->descriptor());
     if (from->ringStart() != 0)
         throw TS::READONLY_VIOLATION(file.string());
     const BlockFile image(BlockFile::duplicate(from->descriptor()), true);
@@ -130,8 +133,8 @@ JobOutcome rebuildTsFileAs(const std::filesystem::path& file, const std::filesys
             return JobOutcome::Cancelled;
         to.flush(true);
     }
-    pending.commit();
-    return JobOutcome::Done;
+    lock.requireNamed();
+    return pending.commit(progress);
 }
 
 }  // namespace veltrac

@@ -21,7 +21,8 @@ namespace veltrac {
 // cancelled, the old file stands as it was and the scratch file is gone. Ring files are refused with
 // TS::READONLY_VIOLATION and the file's name: their rows are no plain samples. A file that ends before the
 // values that its header claims is refused with TS::IO_ERROR before anything is made, unless the new counts
-// leave those values out. Whoever has the file open must let it go before.
+// leave those values out. Whoever has the file open must let it go before; while another program writes it,
+// and where one has replaced it meanwhile, that is refused (core/FileLock.h).
 //
 // `fill`, where there is one, gets the new file when all old values are in it, and may write more: what it
 // throws or cancels counts for the whole.

@@ -5,8 +5,17 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <exception>
+#include <mutex>
+#include <optional>
 #include <system_error>
 #include <vector>
+
+#include "core/BlockFile.h"
+#include "core/DiskSync.h"
+#include "core/FileLock.h"
+#include "core/TsExceptions.h"
+#include "core/TsNames.h"
 
 namespace veltrac {
 
@@ -16,6 +25,7 @@ namespace fs = std::filesystem;
 
 // Keeping the old values is the smaller part of a change, in hundredths.
 constexpr std::uint64_t kKeepingShare = 25;
+constexpr std::uint32_t kOfARead = 100000;  // what marks the byte counts of a read, see TS::IO_ERROR
 
 [[noreturn]] void refuse(int error, const fs::path& path)
 {
@@ -90,11 +100,87 @@ void PendingFile::commit()
     m_scratch.putInPlace(m_real);
 }
 
+JobOutcome PendingFile::commit(const Progress& progress)
+{
+    return m_scratch.putInPlace(m_real, progress ? [&progress] { return progress(1, 1); } : GoesOn());
+}
+
+namespace {
+
+using HeadBytes = std::vector<unsigned char>;
+
+// The blocks in front of a file's values; fewer where the file is cut.
+HeadBytes readHead(const BlockFile& file, std::uint64_t bytes)
+{
+    HeadBytes head(std::min(bytes, file.size()));
+    const std::lock_guard guard(BlockFile::lock());
+    if (file.readRun(0, head) != head.size())
+        throw TS::IO_ERROR(static_cast<std::uint32_t>(head.size()), kOfARead, 1);
+    return head;
+}
+
+void writeHead(BlockFile& file, const HeadBytes& head, std::size_t first, std::size_t last)
+{
+    const std::lock_guard guard(BlockFile::lock());
+    errno = 0;
+    if (file.writeRun(first, std::span(head).subspan(first, last - first)) != last - first)
+        throw std::system_error(errno != 0 ? errno : EIO, std::generic_category());
+}
+
+HeadBytes changedHead(const HeadBytes& head, const std::function<void(TSFILE& copy)>& change)
+{
+    const ScratchFile scratch(scratchDirectory(), "veltrac-header", ".ts");
+    {
+        BlockFile copied(BlockFile::open(scratch.path().c_str(), false), false);
+        writeHead(copied, head, 0, head.size());
+    }
+    const auto copy = openTsFile(scratch.path().string(), false);
+    change(*copy);
+    copy->flush(true);
+    return readHead(BlockFile(BlockFile::duplicate(copy->descriptor()), true), head.size());
+}
+
+}  // namespace
+
+void changeHeader(const fs::path& file, const std::function<void(TSFILE& copy)>& change)
+{
+    const auto whole = openTsFile(file.string(), false);
+    // Who records into a ring holds it for hours, and leaves its texts to others.
+    const bool isRing = whole->ringStart() != 0;
+    std::optional<FileLock> lock;
+    if (!isRing)
+        lock.emplace(whole->descriptor());
+    BlockFile target(BlockFile::duplicate(whole->descriptor()), false);
+    const HeadBytes before = readHead(target, dataOffset(whole->columns()));
+    const HeadBytes after = changedHead(before, change);
+    const auto differs = [&](std::size_t i) { return before[i] != after[i]; };
+    for (std::size_t first = 0; first < after.size(); ++first) {
+        if (!differs(first))
+            continue;
+        // One write; but in a ring only what differs, so that its counts go on.
+        std::size_t last = isRing ? first : after.size();
+        while (isRing && last < after.size() && differs(last))
+            ++last;
+        while (!differs(last - 1))
+            --last;
+        try {
+            writeHead(target, after, first, last);
+        } catch (...) {
+            const std::exception_ptr failure = std::current_exception();
+            writeHead(target, before, first, last);
+            std::rethrow_exception(failure);
+        }
+        first = last;
+    }
+    syncToDisk(target.descriptor(), {});
+}
+
 JobOutcome changeInPlace(const InPlaceChange& change, const Progress& progress, OldValues& old)
 {
     std::uint64_t total = 0;
     for (const ColumnRange& range : change.ranges)
         total += range.count;
+    FileLock lock(change.file.descriptor());
     old.backup = std::make_unique<ColumnBackup>(change.file);
     keepOldValues(*old.backup, change.ranges);
     std::uint64_t kept = 0;
@@ -115,14 +201,18 @@ JobOutcome changeInPlace(const InPlaceChange& change, const Progress& progress, 
     try {
         if (change.write(change.file, writing) == JobOutcome::Done) {
             change.file.flush(true);
-            if (::fsync(change.file.descriptor()) != 0 && errno != EINVAL)
-                throw std::system_error(errno, std::generic_category());
-            return JobOutcome::Done;
+            if (syncToDisk(change.file.descriptor(), [&progress] { return goesOn(progress, 1, 1); }) ==
+                JobOutcome::Done) {
+                lock.requireNamed();
+                old.backup->markDone();
+                return JobOutcome::Done;
+            }
         }
         old.lost = old.backup->path();
-        old.backup->restore();
+        old.backup->restore(change.file, progress);
     } catch (...) {
         const std::exception_ptr failure = std::current_exception();
+        lock.release();
         old.lost = old.backup->path();
         old.backup->restore(change.reopen());
         old.lost.clear();

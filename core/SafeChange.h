@@ -39,6 +39,9 @@ public:
     // and syncs the directory: at every moment a whole file bears the name. Throws std::system_error, the old
     // target untouched.
     void commit();
+    // The same, `progress` being told that all is done while the disk is waited for. Cancelled: the file has
+    // not taken the target's place, and goes with this object.
+    JobOutcome commit(const Progress& progress);
 
 private:
     std::filesystem::path m_real;
@@ -81,5 +84,10 @@ struct OldValues
 // writing fails or the user cancels, the old values are put back, and the failure is thrown on: the TS
 // exceptions, std::system_error, or what `write` throws.
 JobOutcome changeInPlace(const InPlaceChange& change, const Progress& progress, OldValues& old);
+
+// Changes the header and the columns' texts of a file, and nothing else of it: `change` sets them in a copy,
+// from which they come into the file with one write, synced. Throws what `change` throws, the TS exceptions
+// and std::system_error; the file then is as it was.
+void changeHeader(const std::filesystem::path& file, const std::function<void(TSFILE& copy)>& change);
 
 }  // namespace veltrac

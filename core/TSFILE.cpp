@@ -351,6 +351,14 @@ bool TSFILE::refresh()
     return m_header.lastSample != before;
 }
 
+std::uint32_t TSFILE::ringStartOnDisk()
+{
+    Block image;
+    m_file.read(0, image);
+    ByteOrder order = m_order;
+    return decodeHeader(image, order).ringStart;
+}
+
 // -- Columns --
 
 unsigned char* TSFILE::columnRecord(std::uint32_t col)

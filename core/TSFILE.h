@@ -119,7 +119,11 @@ public:
     // On: makes it a ring file. Off: rotates the data so that the oldest sample is row 1.
     void setRingMode(bool on);
     // Reads the header again, waiting for a writer in another process; true where lastSample() has changed.
+    // On failure the header that was held stays.
     bool refresh();
+    // ringStart() as it stands in the file now, while the header that is held stays: what a writer has
+    // overwritten since it was read lies before it.
+    std::uint32_t ringStartOnDisk();
 
     // -- Data --
 
@@ -129,7 +133,7 @@ public:
     {
         std::uint64_t element = std::uint64_t{sample - 1U} * m_header.columns + (col - 1U);
         if (sample > m_plainSamples) [[unlikely]]
-            element = elementAnywhere(sample, col);
+            element = elementAnywhere(col, sample);
         return native(m_data.at(element));
     }
 
@@ -137,8 +141,8 @@ public:
     void setValue(std::uint32_t sample, std::uint32_t col, float v)
     {
         if (sample - 1U >= m_plainSamples || col - 1U >= m_header.columns) [[unlikely]]
-            sample = requireWritable(sample, col);
-        m_data.forWriting(m_data.elementIndex(sample, col)) = native(v);
+            sample = requireWritable(col, sample);
+        m_data.forWriting(m_data.elementIndex(col, sample)) = native(v);
     }
 
     // Runs of samples, moved many blocks at once. They do what value() and setValue() do for each of them,
@@ -235,9 +239,9 @@ private:
         return m_order == veltrac::ByteOrder::Swapped ? veltrac::swapBytes(v) : v;
     }
     // Throws nothing itself: the slot of an element that there is not does.
-    std::uint64_t elementAnywhere(std::uint32_t sample, std::uint32_t col) noexcept;
+    std::uint64_t elementAnywhere(std::uint32_t col, std::uint32_t sample) noexcept;
     void requireSample(std::uint32_t& sample);
-    std::uint32_t requireWritable(std::uint32_t sample, std::uint32_t col);
+    std::uint32_t requireWritable(std::uint32_t col, std::uint32_t sample);
 
     void addColumnRecords(std::uint32_t newCount);
     void moveData(std::uint64_t bytes, std::uint64_t shift);

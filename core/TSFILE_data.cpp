@@ -206,10 +206,10 @@ void TSFILE::rotate()
 
 // -- Checks behind the inlined accesses --
 
-std::uint64_t TSFILE::elementAnywhere(std::uint32_t sample, std::uint32_t col) noexcept
+std::uint64_t TSFILE::elementAnywhere(std::uint32_t col, std::uint32_t sample) noexcept
 try {
     requireSample(sample);
-    return m_data.elementIndex(sample, col);
+    return m_data.elementIndex(col, sample);
 } catch (...) {
     return m_data.refused();
 }
@@ -223,7 +223,7 @@ void TSFILE::requireSample(std::uint32_t& sample)
         throw TS::ILL_SAMPLE(sample, m_header.samples, 1);
 }
 
-std::uint32_t TSFILE::requireWritable(std::uint32_t sample, std::uint32_t col)
+std::uint32_t TSFILE::requireWritable(std::uint32_t col, std::uint32_t sample)
 {
     readHeader(0, 0);
     const bool ring = m_header.ringStart != 0;
@@ -274,14 +274,14 @@ void TSFILE::readColumn(std::uint32_t col, std::uint32_t first, std::span<float>
     const bool swapped = m_order == ByteOrder::Swapped;
     if (m_header.ringStart == 0) {
         requireRun(Direction::Read, first, out.size());
-        m_runs.read({m_data.elementIndex(first, col), m_header.columns, out.size()}, out.data(), swapped);
+        m_runs.read({m_data.elementIndex(col, first), m_header.columns, out.size()}, out.data(), swapped);
         return;
     }
     while (!out.empty()) {
         requireSample(first);
         const RingPart part = ringPart(first, out.size());
         const auto count = static_cast<std::size_t>(part.count);
-        m_runs.read({m_data.elementIndex(part.row, col), m_header.columns, count}, out.data(), swapped);
+        m_runs.read({m_data.elementIndex(col, part.row), m_header.columns, count}, out.data(), swapped);
         first += static_cast<std::uint32_t>(count);
         out = out.subspan(count);
     }
@@ -329,8 +329,8 @@ void TSFILE::writeColumn(std::uint32_t col, std::uint32_t first, std::span<const
     if (in.empty())
         return;
     requireRun(Direction::Write, first, in.size());
-    requireWritable(first, col);
-    m_runs.write({m_data.elementIndex(first, col), m_header.columns, in.size()}, in.data(),
+    requireWritable(col, first);
+    m_runs.write({m_data.elementIndex(col, first), m_header.columns, in.size()}, in.data(),
                  m_order == ByteOrder::Swapped);
 }
 
@@ -341,14 +341,14 @@ void TSFILE::readRows(std::uint32_t first, std::uint32_t count, float* out)
     const bool swapped = m_order == ByteOrder::Swapped;
     if (m_header.ringStart == 0) {
         requireRun(Direction::Read, first, count);
-        m_runs.read({m_data.elementIndex(first, 1), 1, count * columns}, out, swapped);
+        m_runs.read({m_data.elementIndex(1, first), 1, count * columns}, out, swapped);
         return;
     }
     while (count > 0) {
         requireSample(first);
         const RingPart part = ringPart(first, count);
         const auto values = static_cast<std::size_t>(part.count) * columns;
-        m_runs.read({m_data.elementIndex(part.row, 1), 1, values}, out, swapped);
+        m_runs.read({m_data.elementIndex(1, part.row), 1, values}, out, swapped);
         first += static_cast<std::uint32_t>(part.count);
         count -= static_cast<std::uint32_t>(part.count);
         out += values;
@@ -368,8 +368,8 @@ void TSFILE::writeRows(std::uint32_t first, std::uint32_t count, const float* in
         return;
     }
     requireRun(Direction::Write, first, count);
-    requireWritable(first, 1);
-    m_runs.write({m_data.elementIndex(first, 1), 1, count * columns}, in, m_order == ByteOrder::Swapped);
+    requireWritable(1, first);
+    m_runs.write({m_data.elementIndex(1, first), 1, count * columns}, in, m_order == ByteOrder::Swapped);
 }
 
 // -- Rows --
@@ -378,7 +378,7 @@ template <typename Value>
 void TSFILE::readRowOf(std::uint32_t sample, Value* out)
 {
     requireSample(sample);
-    const std::uint64_t first = m_data.elementIndex(sample, 1);
+    const std::uint64_t first = m_data.elementIndex(1, sample);
     for (std::uint64_t done = 0; done < m_header.columns;) {
         const std::span<const float> slots = m_data.run(first + done, false);
         const std::size_t count = std::min<std::uint64_t>(slots.size(), m_header.columns - done);

@@ -1,6 +1,7 @@
 #include "core/TsDirectory.h"
 
-#include <optional>
+#include <sys/stat.h>
+
 #include <system_error>
 
 #include "core/FileTime.h"
@@ -68,6 +69,48 @@ std::vector<TsFileRecord> scanTsFiles(const std::vector<std::string>& names,
         records.push_back(std::move(*record));
     }
     return records;
+}
+
+TsFileList::State TsFileList::stateOf(const std::string& name)
+{
+    struct stat file = {};
+    if (::stat(name.c_str(), &file) != 0)
+        return {};
+    return {file.st_ino, file.st_size, file.st_mtim.tv_sec, file.st_mtim.tv_nsec};
+}
+
+bool TsFileList::look(const std::vector<std::string>& names,
+                      const std::function<void(const std::string& name)>& report)
+{
+    bool hasChanged = false;
+    for (auto& [name, known] : m_known)
+        known.isThere = false;
+    for (const std::string& name : names) {
+        Known& known = m_known[name];
+        known.isThere = true;
+        const State state = stateOf(name);
+        if (!(known.state == state) || (!known.record && known.timesSeen == 0)) {
+            hasChanged = true;
+            known.state = state;
+            known.record = recordOf(name);
+            known.timesSeen = 0;
+        }
+        constexpr int kToldAt = 2;
+        if (!known.record && known.timesSeen < kToldAt && ++known.timesSeen == kToldAt)
+            report(name);
+    }
+    hasChanged =
+        std::erase_if(m_known, [](const auto& entry) { return !entry.second.isThere; }) > 0 || hasChanged;
+    if (!hasChanged)
+        return false;
+    m_records.clear();
+    m_records.reserve(names.size());
+    for (const std::string& name : names)
+        if (const std::optional<TsFileRecord>& record = m_known[name].record) {
+            m_records.push_back(*record);
+            m_records.back().index = static_cast<int>(m_records.size()) - 1;
+        }
+    return true;
 }
 
 }  // namespace veltrac

@@ -4,7 +4,9 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace veltrac {
@@ -37,5 +39,40 @@ std::vector<std::string> tsFilesIn(const std::filesystem::path& directory);
 // one that is no ts-file or cannot be opened; those are left out. Nothing is thrown, no file is changed.
 std::vector<TsFileRecord> scanTsFiles(const std::vector<std::string>& names,
                                       const std::function<void(const std::string& name)>& report);
+
+// The same files again and again: only the headers of those that have changed since are read.
+class TsFileList
+{
+public:
+    // As scanTsFiles(). `report` hears of a file that cannot be listed when it is found so for the second
+    // time in one state, and then not before that changes: a file that is being written is none that is
+    // corrupt. False where nothing has changed.
+    bool look(const std::vector<std::string>& names,
+              const std::function<void(const std::string& name)>& report);
+
+    const std::vector<TsFileRecord>& records() const noexcept { return m_records; }
+
+private:
+    // Of a file on the disk: another one, or one that was written, has another.
+    struct State
+    {
+        std::uint64_t number = 0;
+        std::int64_t size = -1;
+        std::int64_t seconds = 0;
+        std::int64_t nanoseconds = 0;
+        bool operator==(const State&) const = default;
+    };
+    struct Known
+    {
+        State state;
+        std::optional<TsFileRecord> record;
+        int timesSeen = 0;  // of one that cannot be listed
+        bool isThere = false;
+    };
+    static State stateOf(const std::string& name);
+
+    std::unordered_map<std::string, Known> m_known;
+    std::vector<TsFileRecord> m_records;
+};
 
 }  // namespace veltrac

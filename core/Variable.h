@@ -34,10 +34,11 @@ public:
     const std::shared_ptr<veltrac::PlotSource>& source() const noexcept { return m_source; }
     std::uint32_t column() const noexcept { return m_column; }
     std::uint32_t rows() const noexcept { return m_source->rows(); }
+    std::uint32_t firstRow() const noexcept { return m_source->firstRow(); }
 
     double shown(float raw) const noexcept { return gain * static_cast<double>(raw) + offset; }
-    // Row 1 to rows(); throw the TS exceptions.
-    double value(std::uint32_t row) const { return shown(m_source->value(row, m_column)); }
+    // Row firstRow() to rows(); throw the TS exceptions.
+    double value(std::uint32_t row) const { return shown(m_source->value(m_column, row)); }
     double timeAt(std::uint32_t row) const { return m_source->timeOf(row) + timeShift; }
     // The last row at or before t; 0 where there is none.
     std::uint32_t sampleAt(double t) const { return m_source->rowAt(t - timeShift); }

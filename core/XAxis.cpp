@@ -11,7 +11,7 @@ namespace {
 // Sample numbers stand for times in mode Sample, whatever the source tells.
 std::uint32_t rowOfNumber(const Variable& v, double number)
 {
-    if (!(number >= 1.0))
+    if (!(number >= v.firstRow()))
         return 0;
     return number >= v.rows() ? v.rows() : static_cast<std::uint32_t>(number);
 }
@@ -41,12 +41,14 @@ std::uint32_t XAxis::rowAt(const Variable& v, double x) const
 std::uint32_t XAxis::rowFrom(const Variable& v, double x) const
 {
     const std::uint32_t row = rowAt(v, x);
-    if (row == 0 || xOf(v, row) < x)
+    if (row == 0)
+        return v.firstRow();
+    if (xOf(v, row) < x)
         return row + 1;
-    if (row == 1 || xOf(v, row - 1) < x)
+    if (row == v.firstRow() || xOf(v, row - 1) < x)
         return row;
     // Rows share a time, maybe all of them.
-    return rowAt(v, std::nextafter(x, -std::numeric_limits<double>::infinity())) + 1;
+    return std::max(v.firstRow(), rowAt(v, std::nextafter(x, -std::numeric_limits<double>::infinity())) + 1);
 }
 
 std::uint32_t XAxis::rowNear(const Variable& v, double x, double tolerance) const
@@ -63,7 +65,7 @@ std::uint32_t XAxis::nearestRow(const Variable& v, double x) const
 {
     const std::uint32_t row = rowAt(v, x);
     if (row == 0)
-        return v.rows() == 0 ? 0 : 1;
+        return v.rows() == 0 ? 0 : v.firstRow();
     if (row == v.rows())
         return row;
     return x - xOf(v, row) <= xOf(v, row + 1) - x ? row : row + 1;

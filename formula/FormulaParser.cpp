@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <numbers>
 #include <string_view>
 #include <utility>
 
@@ -47,7 +48,6 @@ constexpr const char* kErrorTexts[] = {
     "Unknown error, most likely a misspelled math function.",
 };
 
-constexpr double kPi = 3.141592653589793;
 constexpr std::int32_t kGroupPriority = 100;
 // Beyond these a formula is no formula, and its tree would not fit on the stack.
 constexpr std::int32_t kDeepestGroup = 1000;
@@ -372,7 +372,7 @@ FormulaParser::Outcome FormulaParser::readPi(Slot& slot)
         return Outcome::Declined;
     consume(negative ? 3 : 2);
     slot = makeNode('p');
-    slot->value = negative ? -kPi : kPi;
+    slot->value = negative ? -std::numbers::pi : std::numbers::pi;
     slot->hasMinus = negative;
     m_expectOperand = false;
     return Outcome::Accepted;

@@ -18,6 +18,8 @@
 
 #include "core/FailureText.h"
 #include "core/Rebuild.h"
+#include "core/RingFile.h"
+#include "core/SafeChange.h"
 #include "core/TSFILE.h"
 #include "core/TsExceptions.h"
 #include "portal/ColumnTable.h"
@@ -191,6 +193,7 @@ void EditHeaderWin::takeCounts(TSFILE& file)
     if (file.columns() != m_columns)
         m_columns = m_enteredColumns = file.columns();
     m_isRing = file.ringStart() != 0;
+    m_fields->setKind(QString::fromStdString(ringText(file)));
     m_fields->setCounts(m_samples, m_columns);
 }
 
@@ -450,6 +453,20 @@ void EditHeaderWin::sl_finished()
         close();
 }
 
+void EditHeaderWin::setFields(TSFILE& file) const
+{
+    if (m_edits.description)
+        file.description(headerBytes(m_fields->description().text(), kFileDescriptionBytes).constData());
+    if (m_edits.timeUnit)
+        file.timeUnit(headerBytes(m_fields->timeUnit().text(), kTimeUnitBytes).constData());
+    if (m_edits.sampleTime)
+        file.dt(static_cast<float>(m_fields->sampleTime().number()));
+    if (m_edits.startDate)
+        file.startSeconds(m_fields->startSeconds());
+    if (m_edits.startTime)
+        file.setStart(file.startSeconds(), static_cast<float>(m_fields->startTime().number()));
+}
+
 // Writes what the user changed and nothing else, so that texts that could not be decoded keep their bytes.
 bool EditHeaderWin::writeFields()
 {
@@ -458,21 +475,8 @@ bool EditHeaderWin::writeFields()
     if (!mayWrite(this, QStringLiteral("Veltrac"), m_fileName))
         return false;
     try {
-        const std::unique_ptr<TSFILE> file = openFile(m_fileName, false);
-        if (!file)
-            throw TS::OPEN_ERROR(m_fileName.toLocal8Bit().toStdString());
-        if (m_edits.description)
-            file->description(headerBytes(m_fields->description().text(), kFileDescriptionBytes).constData());
-        if (m_edits.timeUnit)
-            file->timeUnit(headerBytes(m_fields->timeUnit().text(), kTimeUnitBytes).constData());
-        if (m_edits.sampleTime)
-            file->dt(static_cast<float>(m_fields->sampleTime().number()));
-        if (m_edits.startDate)
-            file->startSeconds(m_fields->startSeconds());
-        if (m_edits.startTime)
-            file->setStart(file->startSeconds(), static_cast<float>(m_fields->startTime().number()));
-        file->flush(true);
-    } catch (const TS::Failure&) {
+        changeHeader(m_fileName.toLocal8Bit().toStdString(), [this](TSFILE& file) { setFields(file); });
+    } catch (...) {
         showWarningBox(QStringLiteral("Veltrac error"),
                        QStringLiteral("The header of %1 could not be written.").arg(m_shownName));
         return false;

@@ -79,6 +79,7 @@ private:
     bool changeCounts(std::optional<unsigned> newSamples, std::optional<unsigned> newColumns);
     bool rebuild(unsigned samples, unsigned columns);
     bool writeFields();
+    void setFields(TSFILE& file) const;
     void writeCell(int row, int column);
     void updateState();
     void showInStatusBar(const QString& text);

@@ -208,7 +208,7 @@ std::vector<SampleRun> EditList::unsavedRuns() const
     return joinedRuns(std::move(runs));
 }
 
-bool EditList::isUnsaved(std::uint32_t sample, std::uint32_t column) const
+bool EditList::isUnsaved(std::uint32_t column, std::uint32_t sample) const
 {
     const SampleRun cell{column, sample, sample};
     return anyDifferent([&](const Edit& edit) { return !touching(edit, cell).empty(); });

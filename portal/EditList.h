@@ -89,7 +89,7 @@ public:
     // The runs that saving has to write, by column and sample, without overlaps.
     std::vector<SampleRun> unsavedRuns() const;
     // True for a value in one of those runs.
-    bool isUnsaved(std::uint32_t sample, std::uint32_t column) const;
+    bool isUnsaved(std::uint32_t column, std::uint32_t sample) const;
     // The file now holds what is shown.
     void markSaved();
 

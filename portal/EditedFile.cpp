@@ -3,7 +3,9 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <bit>
 #include <cerrno>
+#include <map>
 #include <set>
 #include <system_error>
 #include <utility>
@@ -23,6 +25,7 @@ namespace fs = std::filesystem;
 constexpr std::uint32_t kSavedRun = 1U << 15;      // samples a step
 constexpr std::uint32_t kKeptTogether = 1U << 16;  // runs nearer than this are kept as one
 constexpr std::uint64_t kCopyingShare = 70;        // hundredths of making a new file
+constexpr std::uint64_t kRemembered = 1U << 16;    // samples of a run that are remembered one by one
 
 // What is kept of the old values: fewer, longer ranges, since each of them is synced.
 std::vector<ColumnRange> rangesToKeep(const std::vector<SampleRun>& runs)
@@ -62,7 +65,104 @@ void stampColumns(TSFILE& file, const std::vector<SampleRun>& runs)
 
 }  // namespace
 
-EditedFile::EditedFile(TSFILE& reader, fs::path path) : m_reader(reader), m_path(std::move(path)) {}
+EditedFile::EditedFile(TSFILE& reader, fs::path path) : m_reader(reader), m_path(std::move(path))
+{
+    m_changeTime = changeTime();
+}
+
+// -- What others do to the file meanwhile --
+
+std::int64_t EditedFile::changeTime() const
+{
+    struct stat found = {};
+    constexpr std::int64_t kNanos = 1'000'000'000;
+    return ::fstat(m_reader.descriptor(), &found) == 0
+               ? std::int64_t{found.st_mtim.tv_sec} * kNanos + found.st_mtim.tv_nsec
+               : 0;
+}
+
+void EditedFile::add(Edit edit)
+{
+    for (const EditStrip& strip : edit.strips) {
+        if (strip.run.count() > kRemembered)
+            continue;
+        Seen seen{strip.run, std::vector<float>(strip.run.count())};
+        try {
+            m_reader.readColumn(seen.run.column, seen.run.first, seen.values);
+            m_seen.push_back(std::move(seen));
+        } catch (...) {
+            continue;  // cells that cannot be read are shown so; saving them fails or does not
+        }
+    }
+    m_edits.add(std::move(edit));
+}
+
+template <typename Visit>
+void EditedFile::visitChanged(TSFILE& file, const std::vector<SampleRun>& runs, Visit visit)
+{
+    std::vector<float> now;
+    for (const SampleRun& run : runs)
+        for (const Seen& seen : m_seen) {
+            const std::uint32_t first = std::max(run.first, seen.run.first);
+            const std::uint32_t last = std::min(run.last, seen.run.last);
+            if (seen.run.column != run.column || first > last)
+                continue;
+            now.resize(last - first + 1);
+            file.readColumn(run.column, first, now);
+            for (std::uint32_t i = 0; i < now.size(); ++i) {
+                const float read = seen.values[first - seen.run.first + i];
+                if (std::bit_cast<std::uint32_t>(read) != std::bit_cast<std::uint32_t>(now[i]))
+                    visit(EditConflict::Cell{run.column, first + i, read, now[i]});
+            }
+        }
+}
+
+EditConflict EditedFile::conflictWith(TSFILE& file, const std::vector<SampleRun>& runs)
+{
+    EditConflict conflict;
+    std::set<std::pair<std::uint32_t, std::uint32_t>> known;  // a cell may be seen under several edits
+    visitChanged(file, runs, [&](const EditConflict::Cell& cell) {
+        if (!known.insert({cell.column, cell.sample}).second)
+            return;
+        ++conflict.changed;
+        if (conflict.cells.size() < EditConflict::kMostCells)
+            conflict.cells.push_back(cell);
+    });
+    if (changeTime() != m_changeTime)
+        for (const SampleRun& run : runs)
+            if (run.count() > kRemembered)
+                conflict.unknown += run.count();
+    return conflict;
+}
+
+void EditedFile::takeTheirs(TSFILE& file, const std::vector<SampleRun>& runs)
+{
+    std::map<std::pair<std::uint32_t, std::uint32_t>, float> theirs;
+    visitChanged(file, runs, [&](const EditConflict::Cell& cell) {
+        theirs[{cell.column, cell.sample}] = cell.now;
+    });
+    Edit edit{"Take the file's values", {}};
+    for (const auto& [cell, value] : theirs) {
+        if (!edit.strips.empty() && edit.strips.back().run.column == cell.first &&
+            edit.strips.back().run.last + 1 == cell.second) {
+            edit.strips.back().run.last = cell.second;
+            edit.strips.back().values.push_back(value);
+        } else {
+            edit.strips.push_back(valuesStrip(cell.first, cell.second, {value}));
+        }
+    }
+    m_edits.add(std::move(edit));
+}
+
+// The file holds what is shown.
+void EditedFile::seeAnew()
+{
+    for (Seen& seen : m_seen)
+        m_reader.readColumn(seen.run.column, seen.run.first, seen.values);
+    m_changeTime = changeTime();
+}
+
+// -- Reading and writing --
 
 void EditedFile::before(const std::vector<std::unique_ptr<ColumnBackup>>& backups, TSFILE& file,
                         std::uint32_t column, std::uint32_t first, std::span<float> out)
@@ -132,7 +232,7 @@ std::unique_ptr<TSFILE> EditedFile::openForWriting() const
     return file;
 }
 
-JobOutcome EditedFile::save(const Progress& progress)
+JobOutcome EditedFile::save(const Progress& progress, const Ask& ask)
 {
     const std::vector<SampleRun> runs = m_edits.unsavedRuns();
     const std::vector<ColumnRange> kept = rangesToKeep(runs);
@@ -140,6 +240,14 @@ JobOutcome EditedFile::save(const Progress& progress)
     OldValues old;
     try {
         file = openForWriting();
+        if (const EditConflict conflict = ask ? conflictWith(*file, runs) : EditConflict();
+            !conflict.isNone()) {
+            const Choice choice = ask(conflict);
+            if (choice == Choice::Look)
+                return JobOutcome::Cancelled;
+            if (choice == Choice::Theirs)
+                takeTheirs(*file, runs);
+        }
         const auto write = [&](TSFILE& to, const Progress& part) { return writeRuns(to, runs, part); };
         const auto reopen = [&]() -> TSFILE& {
             file.reset();
@@ -153,6 +261,8 @@ JobOutcome EditedFile::save(const Progress& progress)
             m_edits.markSaved();
         }
         showAnew();
+        if (outcome == JobOutcome::Done)
+            seeAnew();
         return outcome;
     } catch (...) {
         std::string text = "Nothing was saved: " + reasonOfFailure() + ".";
@@ -181,8 +291,7 @@ JobOutcome EditedFile::saveAs(const fs::path& target, const Progress& progress)
                 return JobOutcome::Cancelled;
             copy->flush(true);
         }
-        pending.commit();
-        return JobOutcome::Done;
+        return pending.commit(progress);
     } catch (...) {
         throw SaveFailed{"The new file was not made: " + reasonOfFailure() + "."};
     }

@@ -6,7 +6,9 @@
 
 #include "core/CopyFile.h"
 #include "core/FailureText.h"
+#include "core/RingFile.h"
 #include "core/TSFILE.h"
+#include "core/TsExceptions.h"
 #include "core/TsNames.h"
 #include "share/Boxes.h"
 #include "share/JobProgress.h"
@@ -62,6 +64,34 @@ QString copyTsFile(QWidget* window, const QString& file)
                                    .arg(file, QString::fromLocal8Bit(reasonOfFailure().c_str())));
         return {};
     }
+}
+
+bool isRingFile(const QString& file)
+{
+    try {
+        return openTsFile(pathOf(file), true)->ringStart() != 0;
+    } catch (const TS::Failure&) {
+        return false;
+    }
+}
+
+QString unfoldTsFile(QWidget* window, const QString& file)
+{
+    QString name = askFreeName(window, QStringLiteral("Unfold %1 to a new file").arg(file),
+                               QFileInfo(file).completeBaseName() + QStringLiteral("_unfolded.ts"));
+    if (name.isEmpty())
+        return {};
+    try {
+        JobProgress progress(window, QStringLiteral("Unfolding %1").arg(file));
+        if (unfoldRing(pathOf(file), pathOf(name), progress.callback()) == JobOutcome::Done)
+            return name;
+        if (!progress.wasCancelled())
+            showWarningBox(window, QStringLiteral("%1 holds no samples yet.").arg(file));
+    } catch (...) {
+        showWarningBox(window, QStringLiteral("%1 was not unfolded: %2.")
+                                   .arg(file, QString::fromLocal8Bit(reasonOfFailure().c_str())));
+    }
+    return {};
 }
 
 QString renameTsFile(QWidget* window, const QString& file)

@@ -14,4 +14,11 @@ QString copyTsFile(QWidget* window, const QString& file);
 // Asks for another name; returns it, or an empty one where the file keeps its own.
 QString renameTsFile(QWidget* window, const QString& file);
 
+// Whether a file can be opened and is a ring file.
+bool isRingFile(const QString& file);
+
+// Asks for a name and writes what a ring file holds into an ordinary one, the oldest sample first; returns
+// its name, or an empty one where none was made.
+QString unfoldTsFile(QWidget* window, const QString& file);
+
 }  // namespace veltrac

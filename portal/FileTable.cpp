@@ -2,8 +2,11 @@
 
 #include <QContextMenuEvent>
 #include <QFile>
+#include <QHash>
 #include <QHeaderView>
 #include <QKeyEvent>
+#include <QScrollBar>
+#include <QSet>
 
 #include <algorithm>
 #include <array>
@@ -98,6 +101,51 @@ void FileTable::fill(const std::vector<TsFileRecord>& records, bool sorted)
         clearSelection();
 }
 
+void FileTable::removeOthers(const std::vector<TsFileRecord>& records)
+{
+    QSet<QString> names;
+    names.reserve(static_cast<int>(records.size()));
+    for (const TsFileRecord& record : records)
+        names.insert(QFile::decodeName(record.name.c_str()));
+    for (int last = rowCount() - 1; last >= 0; --last) {
+        // Neighbours go together: each removal moves all rows below.
+        int first = last;
+        while (first >= 0 && !names.contains(fileAt(first)))
+            --first;
+        if (first < last)
+            model()->removeRows(first + 1, last - first);
+        last = first;
+    }
+}
+
+void FileTable::update(const std::vector<TsFileRecord>& records, bool sorted)
+{
+    const QString top = fileAt(rowAt(0));
+    const int across = horizontalScrollBar()->value();
+    const bool isAtTop = verticalScrollBar()->value() == 0;
+    setSortingEnabled(false);
+    setUpdatesEnabled(false);
+    removeOthers(records);
+    QHash<QString, int> rows;
+    for (int row = 0; sorted && row < rowCount(); ++row)
+        rows.insert(fileAt(row), row);
+    for (std::size_t i = 0; i < records.size(); ++i) {
+        const QString name = QFile::decodeName(records[i].name.c_str());
+        // The records stand in the order of their names, and so do rows that are not sorted otherwise.
+        const int row = sorted ? rows.value(name, rowCount()) : static_cast<int>(i);
+        if (row >= rowCount() || fileAt(row) != name)
+            insertRow(row);
+        setRow(row, records[i]);
+    }
+    if (sorted)
+        setSortingEnabled(true);
+    for (int row = 0; !isAtTop && row < rowCount(); ++row)
+        if (fileAt(row) == top)
+            verticalScrollBar()->setValue(row);
+    horizontalScrollBar()->setValue(across);
+    setUpdatesEnabled(true);
+}
+
 void FileTable::fitColumns()
 {
     resizeColumnsToContents();
@@ -120,14 +168,21 @@ void FileTable::setRow(int row, const TsFileRecord& record)
         name, QString::number(record.samples), QString::number(record.columns),
         sampleTimeText(record.sampleTime), headerText(record.description.c_str())};
     for (int column = 0; column < columnCount(); ++column) {
-        auto* const item = new QTableWidgetItem(texts[static_cast<std::size_t>(column)]);
-        if (column != kNameColumn && column != kDescriptionColumn)
-            item->setTextAlignment(Qt::AlignHCenter | Qt::AlignVCenter);
+        const QString& text = texts[static_cast<std::size_t>(column)];
+        QTableWidgetItem* cell = item(row, column);
+        if (cell != nullptr && cell->text() == text && column != kSampleTimeColumn)
+            continue;
+        if (cell == nullptr) {
+            cell = new QTableWidgetItem;
+            if (column != kNameColumn && column != kDescriptionColumn)
+                cell->setTextAlignment(Qt::AlignHCenter | Qt::AlignVCenter);
+            setItem(row, column, cell);
+        }
+        cell->setText(text);
         if (column == kNameColumn && name.size() > kLongestName / 2)
-            item->setToolTip(name.toHtmlEscaped());
+            cell->setToolTip(name.toHtmlEscaped());
         if (column == kSampleTimeColumn)
-            item->setToolTip(sampleTimeTip(record).toHtmlEscaped());
-        setItem(row, column, item);
+            cell->setToolTip(sampleTimeTip(record).toHtmlEscaped());
     }
 }
 

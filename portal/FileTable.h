@@ -20,6 +20,10 @@ public:
     // The selected file stays selected if it is still there.
     void fill(const std::vector<TsFileRecord>& records, bool sorted);
 
+    // Shows the records in place of what is there, as something that goes on behind the user's back: the
+    // selection, what is scrolled to and the widths of the columns stay.
+    void update(const std::vector<TsFileRecord>& records, bool sorted);
+
     // The file of a row, or an empty text.
     QString fileAt(int row) const;
     // The file of the selected row, or an empty text.
@@ -47,6 +51,7 @@ private:
     void fitColumns();
     void makeHeader();
     void setRow(int row, const TsFileRecord& record);
+    void removeOthers(const std::vector<TsFileRecord>& records);
 };
 
 }  // namespace veltrac

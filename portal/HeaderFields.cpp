@@ -174,7 +174,8 @@ bool HeaderFields::validate()
     }
     const std::uint64_t bytes = tsFileBytes(static_cast<std::uint32_t>(m_samples->number()),
                                             static_cast<std::uint32_t>(m_columns->number()));
-    m_line->setText(QStringLiteral("The file with these counts has %1.").arg(sizeText(bytes)));
+    const QString size = QStringLiteral("The file with these counts has %1.").arg(sizeText(bytes));
+    m_line->setText(m_kind.isEmpty() ? size : size + QStringLiteral("  A ") + m_kind + QLatin1Char('.'));
     return true;
 }
 

@@ -37,6 +37,8 @@ public:
     // The counts that the file has: they are no mistake of the user's, whatever they are. A field that shows
     // the count of before shows the new one; what was typed stays.
     void setCounts(unsigned samples, unsigned columns);
+    // What is to be said of the file beside its size: "ring, oldest sample 123 457".
+    void setKind(const QString& kind) { m_kind = kind; }
     // Shows the file's counts in place of what was typed.
     void resetCounts();
     // Says anew what is wrong, or how large the file is with these counts; false where something is wrong.
@@ -61,6 +63,7 @@ private:
     NumberField* m_samples;
     NumberField* m_columns;
     QLabel* m_line;
+    QString m_kind;
     std::uint32_t m_startSeconds = 0;
     unsigned m_fileSamples = 0;
     unsigned m_fileColumns = 0;

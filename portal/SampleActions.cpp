@@ -45,6 +45,12 @@ const std::array kWindow = {
                     "Click this button/menu item to toggle the gridlines\n", true},
     SampleActionRow{AltColours, "AltColors", "", SLOT(sl_altCol()), "Alt. colors", "",
                     "Shades every other row.", true},
+    SampleActionRow{
+        Follow, "Follow", "L", SLOT(sl_follow()), "&Follow the end",
+        "Keep the newest sample in view while it is measured",
+        "Shows the samples that another program writes as they come. Going elsewhere in the table "
+        "stops it.",
+        true},
     SampleActionRow{Help, "Help", "F1", SLOT(sl_help()), "&Help", "How to use this window"},
 };
 
@@ -97,7 +103,7 @@ const std::vector<SampleMenuRow>& sampleMenus()
         {"&Edit", {Undo, Redo, {}, Copy, CopyWithNames, Paste, SelectAll}},
         {"&Go", {GoTo, PageUp, PageDown, {}, Find, FindNext, FindPrevious}},
         {"&Column", {Max, Min, Average, {}, Plot}},
-        {"V&iew", {Grid, AltColours}},
+        {"V&iew", {Follow, {}, Grid, AltColours}},
         {"&Help", {Help}},
     };
     return rows;

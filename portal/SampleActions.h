@@ -34,6 +34,7 @@ enum class SampleAct {
     Average,
     Grid,
     AltColours,
+    Follow,
     Help,
 };
 

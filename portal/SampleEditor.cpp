@@ -80,7 +80,7 @@ void SampleEditor::commitOpenEditor()
 
 void SampleEditor::addEdit(std::string name, std::vector<EditStrip> strips)
 {
-    edited().edits().add({std::move(name), std::move(strips)});
+    edited().add({std::move(name), std::move(strips)});
     m_table.model().showChanges();
 }
 
@@ -231,6 +231,45 @@ void SampleEditor::sl_saveAs()
     saveAs();
 }
 
+// Shows the first of the values in question where the user wants to look.
+EditedFile::Choice SampleEditor::askWhoWins(const EditConflict& conflict)
+{
+    QString text = QStringLiteral("Another program has changed %1 since it was read.\n").arg(m_table.name());
+    if (conflict.changed > 0)
+        text += QStringLiteral("%1 that you have edited:").arg(valuesText(conflict.changed));
+    for (const EditConflict::Cell& cell : conflict.cells)
+        text += QStringLiteral("\ncolumn %1, sample %2: was %3, is %4")
+                    .arg(cell.column)
+                    .arg(m_table.sampleText(cell.sample))
+                    .arg(static_cast<double>(cell.read), 0, 'g', 9)
+                    .arg(static_cast<double>(cell.now), 0, 'g', 9);
+    if (conflict.changed > conflict.cells.size())
+        text += QStringLiteral("\nand %1 more").arg(groupedNumber(conflict.changed - conflict.cells.size()));
+    if (conflict.unknown > 0)
+        text +=
+            QStringLiteral(
+                "\nWhether the %1 that you have edited in long blocks are among its changes is not known.")
+                .arg(valuesText(conflict.unknown));
+    QMessageBox box(QMessageBox::Question, QStringLiteral("Ts-Edit"), text, QMessageBox::NoButton, &m_table);
+    box.setTextFormat(Qt::PlainText);
+    const QAbstractButton* const mine = box.addButton(QStringLiteral("Save &mine"), QMessageBox::AcceptRole);
+    // Of a long block it is not known which values are theirs.
+    const QAbstractButton* const theirs =
+        conflict.unknown == 0 ? box.addButton(QStringLiteral("Keep &theirs"), QMessageBox::AcceptRole)
+                              : nullptr;
+    QPushButton* const looking = box.addButton(QStringLiteral("&Look first"), QMessageBox::RejectRole);
+    box.setDefaultButton(looking);
+    box.setEscapeButton(looking);
+    box.exec();
+    if (box.clickedButton() == mine)
+        return EditedFile::Choice::Mine;
+    if (theirs != nullptr && box.clickedButton() == theirs)
+        return EditedFile::Choice::Theirs;
+    if (!conflict.cells.empty())
+        m_table.goToSample(conflict.cells.front().sample);
+    return EditedFile::Choice::Look;
+}
+
 bool SampleEditor::save()
 {
     commitOpenEditor();
@@ -243,7 +282,8 @@ bool SampleEditor::save()
         // Half-written values are not shown.
         const FrozenView frozen(m_table.view());
         JobProgress progress(&m_table, QStringLiteral("Saving %1").arg(m_table.name()));
-        done = edited().save(progress.callback()) == JobOutcome::Done;
+        const auto ask = [this](const EditConflict& conflict) { return askWhoWins(conflict); };
+        done = edited().save(progress.callback(), ask) == JobOutcome::Done;
         emit x_status(done ? QStringLiteral("%1 saved in %2 s.")
                                  .arg(valuesText(cells))
                                  .arg(progress.seconds(), 0, 'f', 1)

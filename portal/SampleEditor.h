@@ -55,6 +55,7 @@ private:
     bool askNumbers(const BlockOperationRow& operation, std::uint64_t cells, std::vector<double>& numbers);
     std::vector<double> endValues(const SampleRun& run) const;
     void pasteRows(const std::vector<std::vector<float>>& rows);
+    EditedFile::Choice askWhoWins(const EditConflict& conflict);
     bool save();
     bool saveAs();
     QString askNewName();

@@ -84,7 +84,7 @@ void makeWhole(const std::string& target, unsigned samples, unsigned columns,
 {
     const auto pending = [&] {
         try {
-            return std::make_unique<PendingFile>(target, "new", ".ts");
+            return std::make_unique<PendingFile>(target, ".veltrac-new", ".ts");
         } catch (const std::system_error&) {
             throw TS::CREATE_ERROR(literalTsName(target));
         }

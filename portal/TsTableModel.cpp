@@ -33,6 +33,8 @@ void TsTableModel::setFile(TSFILE* file)
 {
     beginResetModel();
     takeFile(file);
+    if (m_edited)
+        makeEditable(std::filesystem::path(m_edited->path()));
     endResetModel();
 }
 
@@ -44,6 +46,25 @@ void TsTableModel::takeFile(TSFILE* file)
     m_samples = file->samples();
     m_rows = static_cast<int>(std::min(m_samples, kMostRows));
     m_columns = static_cast<int>(std::min<std::uint32_t>(file->columns(), kMostColumns));
+}
+
+bool TsTableModel::takeNewRows()
+{
+    const bool hasMoved = m_file->refresh();
+    if (!isAsTheFile())
+        return true;
+    if (!hasMoved)
+        return false;
+    m_time.emplace(*m_file);
+    if (rowCount() > 0 && columnCount() > 0)
+        emit dataChanged(index(0, 0), index(rowCount() - 1, columnCount() - 1));
+    return true;
+}
+
+bool TsTableModel::isAsTheFile() const
+{
+    return m_file->samples() == m_samples &&
+           static_cast<int>(std::min<std::uint32_t>(m_file->columns(), kMostColumns)) == m_columns;
 }
 
 void TsTableModel::makeEditable(const std::filesystem::path& path)
@@ -138,8 +159,8 @@ QVariant TsTableModel::editingData(const QModelIndex& index, int role) const
         return v ? QString::number(static_cast<double>(*v), 'g', 9) : QString();
     }
     if (role == Qt::BackgroundRole &&
-        m_edited->edits().isUnsaved(static_cast<std::uint32_t>(index.row()) + 1,
-                                    static_cast<std::uint32_t>(index.column()) + 1))
+        m_edited->edits().isUnsaved(static_cast<std::uint32_t>(index.column()) + 1,
+                                    static_cast<std::uint32_t>(index.row()) + 1))
         return kChangedTint;
     return QVariant();
 }
@@ -190,7 +211,7 @@ bool TsTableModel::setData(const QModelIndex& index, const QVariant& value, int 
         return false;
     const auto sample = static_cast<std::uint32_t>(index.row()) + 1;
     const SampleRun cell{static_cast<std::uint32_t>(index.column()) + 1, sample, sample};
-    m_edited->edits().add({"Set value", {setStrip(cell, static_cast<double>(*number))}});
+    m_edited->add({"Set value", {setStrip(cell, static_cast<double>(*number))}});
     emit dataChanged(index, index);
     emit x_edited();
     return true;

@@ -31,6 +31,14 @@ public:
     // Puts a file in the place of the one that is listed; takes it over. Not while it is edited.
     void setFile(TSFILE* file);
 
+    // Looks what another program has written: false where nothing is new. Throws the TS exceptions; the table
+    // stays as it is then.
+    bool takeNewRows();
+    // Whether the file still has as many samples and columns as the table.
+    bool isAsTheFile() const;
+    // The row of the newest sample, from 1; 0 where there is none.
+    std::uint32_t newestRow() const { return m_time->rows() == 0 ? 0 : m_time->rowOf(m_time->lastSample()); }
+
     // Saves go to the file of that path, the one that is listed.
     void makeEditable(const std::filesystem::path& path);
     // Null while the file is only listed.

@@ -17,6 +17,7 @@
 #include "portal/RowHeight.h"
 #include "portal/SampleActions.h"
 #include "portal/SampleEditor.h"
+#include "portal/SampleFollower.h"
 #include "portal/SampleSearch.h"
 #include "portal/SampleStatus.h"
 #include "portal/SampleTable.h"
@@ -87,7 +88,7 @@ void TsTableView::createFrame()
     m_notes->setAutoFillBackground(true);
     m_notes->hide();
     m_changed = new NoticeStrip;
-    connect(m_changed, &NoticeStrip::x_pressed, this, &TsTableView::sl_reload);
+    connect(m_changed, &NoticeStrip::x_pressed, this, &TsTableView::answerNotice);
     connect(&m_watch, &FileWatch::x_changed, this, &TsTableView::showFileState);
     auto* const centre = new QWidget;
     auto* const column = new QVBoxLayout(centre);
@@ -119,10 +120,11 @@ void TsTableView::showFile(TSFILE* file, int mode)
         auto* const column = static_cast<QVBoxLayout*>(centralWidget()->layout());
         column->setAlignment(Qt::Alignment());
         column->addWidget(m_table, 1);
-        tellRing(FileTime(*file));
-        if (file->columns() > static_cast<std::uint32_t>(TsTableModel::kMostColumns))
-            addNote(QStringLiteral("Of %1 columns the first %2 are shown.")
-                        .arg(groupedNumber(file->columns()), groupedNumber(TsTableModel::kMostColumns)));
+        tellShape(*file);
+        if (!editing) {
+            m_follower = new SampleFollower(*m_table, m_path, this);
+            connectFollower();
+        }
         m_watch.watch(m_path);
         connectTable();
         connectParts();
@@ -154,12 +156,20 @@ bool TsTableView::mayEdit()
     return true;
 }
 
+void TsTableView::tellShape(TSFILE& file)
+{
+    tellRing(FileTime(file));
+    if (file.columns() > static_cast<std::uint32_t>(TsTableModel::kMostColumns))
+        addNote(QStringLiteral("Of %1 columns the first %2 are shown.")
+                    .arg(groupedNumber(file.columns()), groupedNumber(TsTableModel::kMostColumns)));
+}
+
 void TsTableView::tellRing(const FileTime& time)
 {
     if (!time.isRing() || m_model->rowCount() == 0)
         return;
     if (time.rows() > 0)
-        addNote(QStringLiteral("A ring file: rows stand as in the file; the oldest sample, %1, is in row %2.")
+        addNote(QStringLiteral("A ring, oldest sample %1: rows stand as in the file, that one in row %2.")
                     .arg(groupedNumber(time.firstSample()), groupedNumber(time.oldestRow())));
     if (const std::uint32_t empty = m_model->emptyRows(); empty > 0)
         addNote(QStringLiteral("The ring is not full yet: nothing was written into the %1 hatched rows.")
@@ -203,6 +213,35 @@ void TsTableView::connectParts()
     });
 }
 
+void TsTableView::connectFollower()
+{
+    connect(m_follower, &SampleFollower::x_replaced, this, &TsTableView::readAgain);
+    connect(m_follower, &SampleFollower::x_rows_came, this, [this] {
+        m_notes->clear();
+        m_notes->hide();
+        tellShape(m_model->file());
+        m_status->followChanges();
+    });
+    connect(m_follower, &SampleFollower::x_trouble, this, [this](const QString& text) {
+        if (text.isEmpty())
+            m_changed->hide();
+        else
+            m_changed->showNotice(text);
+    });
+    connect(m_follower, &SampleFollower::x_stopped, this, [this] {
+        m_actions[SampleAct::Follow]->setChecked(false);
+        showStatus(QStringLiteral("No longer at the end; L follows it again."));
+        m_watch.watch(m_path);
+    });
+}
+
+void TsTableView::sl_follow()
+{
+    m_follower->setOn(m_actions[SampleAct::Follow]->isChecked());
+    m_watch.watch(m_path);
+    showFileState();
+}
+
 void TsTableView::createActions()
 {
     for (const auto& [act, action] : m_actions)
@@ -223,6 +262,8 @@ void TsTableView::createActions()
         m_actions[act]->setVisible(!isEditing());
         m_actions[act]->setEnabled(!isEditing());
     }
+    m_actions[SampleAct::Follow]->setVisible(!isEditing());
+    m_actions[SampleAct::Follow]->setEnabled(!isEditing());
     m_actions[SampleAct::Plot]->setEnabled(TsApplication::instance() != nullptr);
     m_actions[SampleAct::WriteSelected]->setVisible(TsApplication::instance() != nullptr);
 }
@@ -265,7 +306,7 @@ void TsTableView::createToolBar()
     bar->addWidget(sorting);
     bar->addSeparator();
     for (const SampleAct act : {SampleAct::Plot, SampleAct::Max, SampleAct::Min, SampleAct::Average,
-                                SampleAct::Grid, SampleAct::Quit})
+                                SampleAct::Grid, SampleAct::Follow, SampleAct::Quit})
         bar->addAction(m_actions[act]);
     height->setEnabled(m_table != nullptr);
     sorting->setEnabled(m_table != nullptr);
@@ -342,22 +383,35 @@ void TsTableView::changeEvent(QEvent* event)
 
 void TsTableView::showFileState()
 {
+    // Who follows a file sees what becomes of it.
+    if (m_follower != nullptr && m_follower->isOn())
+        return;
     switch (m_watch.state(m_path)) {
         case FileWatch::State::Same:
             m_changed->hide();
             break;
         case FileWatch::State::Gone:
-            m_changed->showNotice(QStringLiteral("%1 is gone; it is shown as it was.").arg(m_name));
+            m_changed->showNotice(QStringLiteral("%1 is gone; it is shown as it was.").arg(m_name),
+                                  isEditing() ? QStringLiteral("Save as new file…") : QString());
             break;
         case FileWatch::State::Changed:
-            m_changed->showNotice(QStringLiteral("%1 has changed.").arg(m_name),
-                                  isEditing() ? QString() : QStringLiteral("&Reload"));
+            m_changed->showNotice(QStringLiteral("%1 has changed.").arg(m_name), QStringLiteral("&Reload"));
             break;
     }
 }
 
+void TsTableView::answerNotice()
+{
+    if (isEditing() && m_watch.state(m_path) == FileWatch::State::Gone)
+        m_editor->sl_saveAs();
+    else
+        sl_reload();
+}
+
 void TsTableView::sl_reload()
 {
+    if (m_editor != nullptr && !m_editor->mayClose())
+        return;
     if (m_table == nullptr) {
         if (TSFILE* const file = openQuietly(m_path))
             showFile(file, m_mode);

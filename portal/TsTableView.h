@@ -27,6 +27,7 @@ namespace veltrac {
 enum class SampleAct;
 class NoticeStrip;
 class SampleEditor;
+class SampleFollower;
 class SampleSearch;
 class SampleStatus;
 class SampleTable;
@@ -67,6 +68,7 @@ public slots:
     void sl_writeSelected();
     void sl_restoreOldValues();
     void sl_reload();
+    void sl_follow();
 
 protected:
     bool mayClose() override;
@@ -76,6 +78,8 @@ private:
     void createFrame();
     void showFile(TSFILE* file, int mode);
     bool mayEdit();
+    void connectFollower();
+    void tellShape(TSFILE& file);
     void tellRing(const veltrac::FileTime& time);
     void connectTable();
     void connectParts();
@@ -92,6 +96,7 @@ private:
     void showOutcome(const QString& text);
     void showFailure(const QString& text);
     void showFileState();
+    void answerNotice();
     void readAgain();
 
     QString m_name;  // as it is shown
@@ -103,6 +108,7 @@ private:
     veltrac::SampleSearch* m_search = nullptr;
     veltrac::SampleEditor* m_editor = nullptr;
     veltrac::SampleStatus* m_status = nullptr;
+    veltrac::SampleFollower* m_follower = nullptr;
     QLabel* m_notes = nullptr;
     veltrac::NoticeStrip* m_changed = nullptr;
     veltrac::FileWatch m_watch;

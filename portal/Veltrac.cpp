@@ -24,6 +24,7 @@
 
 #include "converters/SCLWin.h"
 #include "converters/TsaDialogs.h"
+#include "core/ScratchFile.h"
 #include "portal/DroppedTexts.h"
 #include "portal/EmptyHint.h"
 #include "portal/FileCommands.h"
@@ -74,6 +75,7 @@ VeltracWin::VeltracWin(QWidget* parent) : QMainWindow(parent)
     m_emptyHint = makeEmptyHint(*m_actions, m_table->viewport());
     setAcceptDrops(true);
 
+    connect(&m_watch, &DirectoryWatch::x_look, this, &VeltracWin::showNews);
     m_visited = QStringList{QDir::currentPath()};
     sl_rowHeight(m_actions->rowHeight()->value());
     sl_refresh();
@@ -126,10 +128,35 @@ void VeltracWin::sl_refresh()
     if (m_refreshing)
         return;
     m_refreshing = true;
+    m_watch.watch(QDir::currentPath());
     nOOfTsFiles();
     m_refreshing = false;
     showFiles();
     reportForeignNames();
+}
+
+// What others have changed in the directory. Nobody has asked for it: no box, and nothing that a user looks
+// at moves; the files that a window is only making are left out.
+void VeltracWin::showNews()
+{
+    if (m_refreshing || JobProgress::isRunning() || QApplication::activePopupWidget() != nullptr)
+        return;
+    int foreign = 0;
+    std::vector<std::string> names = shownTsFiles(foreign);
+    std::erase_if(names, [](const std::string& name) { return isScratchFile(name); });
+    const bool hasNews = m_list.look(names, [this](const std::string& bytes) {
+        showInStatusBar(
+            QStringLiteral("Not listed: %1 is a corrupt ts-file.").arg(QFile::decodeName(bytes.c_str())));
+    });
+    // What was listed of a window's own files goes, too.
+    if (!hasNews && m_files.size() == m_list.records().size())
+        return;
+    m_files = m_list.records();
+    m_foreignNames = foreign;
+    m_table->update(m_files, m_sorted);
+    m_selected = m_table->selectedFile();
+    listInMenus();
+    showCount();
 }
 
 void VeltracWin::reportForeignNames()
@@ -151,18 +178,27 @@ void VeltracWin::showFiles()
 {
     m_table->fill(m_files, m_sorted);
     m_selected = m_table->selectedFile();
+    listInMenus();
+    showCount();
+    statusBar()->clearMessage();  // or it would stand across the directory
+}
+
+void VeltracWin::listInMenus()
+{
     std::vector<QString> names;
     names.reserve(m_files.size());
     for (const TsFileRecord& file : m_files)
         names.push_back(QFile::decodeName(file.name.c_str()));
     m_actions->setFiles(std::move(names));
-    m_emptyHint->setVisible(m_files.empty());
+}
 
+void VeltracWin::showCount()
+{
+    m_emptyHint->setVisible(m_files.empty());
     const QString path = QDir::currentPath();
     m_status->setText(QStringLiteral("Current working directory: %1 with %2 off ts-files.")
                           .arg(path, QString::number(m_files.size())));
     m_status->setToolTip(path.toHtmlEscaped());
-    statusBar()->clearMessage();  // or it would stand across the directory
     m_status->show();
 }
 
@@ -190,6 +226,8 @@ void VeltracWin::showContextMenu(int row, const QPoint& globalPosition)
         menu.addAction(actionIcon(QStringLiteral("Copy")), QStringLiteral("&Copy %1…").arg(name), this,
                        &VeltracWin::sl_copyFile);
         menu.addAction(QStringLiteral("&Rename %1…").arg(name), this, &VeltracWin::sl_renameFile);
+        if (isRingFile(m_selected))
+            menu.addAction(QStringLiteral("&Unfold to a new file…"), this, &VeltracWin::sl_unfoldFile);
     }
     menu.exec(globalPosition);
 }
@@ -546,6 +584,13 @@ void VeltracWin::sl_renameFile()
     if (fileIsSelected() && !JobProgress::isRunning())
         if (const QString name = renameTsFile(this, m_selected); !name.isEmpty())
             sl_fileMade(name);
+}
+
+void VeltracWin::sl_unfoldFile()
+{
+    if (fileIsSelected() && !JobProgress::isRunning())
+        if (const QString made = unfoldTsFile(this, m_selected); !made.isEmpty())
+            sl_fileMade(made);
 }
 
 void VeltracWin::sl_plotFile(QAction* action)

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "core/TsDirectory.h"
+#include "portal/DirectoryWatch.h"
 #include "portal/ErrorBox.h"
 #include "portal/FileTable.h"
 #include "portal/MainActions.h"
@@ -87,6 +88,8 @@ public slots:
     // Beside them: a copy of the selected file, and another name for it.
     void sl_copyFile();
     void sl_renameFile();
+    // And an ordinary file of what a ring file holds.
+    void sl_unfoldFile();
 
     // A ts-file of that name was made in the working directory: it is listed and selected.
     void sl_fileMade(const QString& name);
@@ -112,6 +115,9 @@ private:
     void showContextMenu(int row, const QPoint& globalPosition);
     void showFiles();
     void reportForeignNames();
+    void showNews();
+    void showCount();
+    void listInMenus();
     void showInStatusBar(const QString& text);
     void enterDirectory(const QString& directory);
     // A directory is entered, ts-files are listed, texts imported.
@@ -128,7 +134,9 @@ private:
     QWidget* m_emptyHint = nullptr;  // stands in the empty table
 
     std::vector<veltrac::TsFileRecord> m_files;
-    int m_foreignNames = 0;  // files that cannot be listed
+    veltrac::DirectoryWatch m_watch;
+    veltrac::TsFileList m_list;  // what the watch has seen
+    int m_foreignNames = 0;      // files that cannot be listed
     QString m_selected;
     bool m_sorted = false;
     bool m_refreshing = false;

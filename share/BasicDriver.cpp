@@ -243,6 +243,8 @@ bool BasicDriver::closeOutput()
     if (!m_output)
         return false;
     BasicDriver::Flush();
+    if (std::ferror(m_output) != 0 && m_outputError == 0)
+        m_outputError = EIO;
     if (m_output != stdout && std::fclose(m_output) != 0 && m_outputError == 0)
         m_outputError = errno;
     m_output = nullptr;

@@ -32,7 +32,7 @@ void drawPage(PendingFile& pending, const fs::path& target, Driver& driver,
 void writeEps(const fs::path& target, const PsParameters& parameters,
               const std::function<void(PostscriptDriver&)>& draw)
 {
-    PendingFile pending(target, target.stem().string() + "_part", target.extension().string());
+    PendingFile pending(target, ".veltrac-part", target.extension().string());
     PostscriptDriver driver(pending.path().c_str(), &parameters);
     drawPage(pending, target, driver, draw);
 }
@@ -40,7 +40,7 @@ void writeEps(const fs::path& target, const PsParameters& parameters,
 void writeSvg(const fs::path& target, const PsParameters& parameters,
               const std::function<void(SvgDriver&)>& draw)
 {
-    PendingFile pending(target, target.stem().string() + "_part", target.extension().string());
+    PendingFile pending(target, ".veltrac-part", target.extension().string());
     SvgDriver driver(pending.path().c_str(), parameters);
     drawPage(pending, target, driver, draw);
 }

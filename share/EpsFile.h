@@ -7,9 +7,10 @@
 #include "share/PsParameters.h"
 
 class PostscriptDriver;
-class SvgDriver;
 
 namespace veltrac {
+
+class SvgDriver;
 
 // Draws one page into a scratch file beside `target` and puts it in its place. `draw` is called between
 // BeginPage() and EndPage(). Throws std::system_error where the file cannot be written, and lets through

@@ -1,7 +1,9 @@
-// Shows how far a long job is, with a Cancel button, once it has taken half a second.
+// Shows how far a long job is, with a Cancel button, before it has taken half a second.
 //
 // Jobs run on the GUI thread; while one runs, the dialog is modal to the whole program, so no window
-// starts another one or closes under it.
+// starts another one or closes under it. Until it comes, windows are drawn but hear no key and no mouse: what
+// the user presses meanwhile reaches them when a short job is done. Of a long one, Escape cancels it and the
+// rest counts for nothing, as it does behind the dialog.
 #pragma once
 
 #include <QElapsedTimer>
@@ -25,7 +27,8 @@ public:
     JobProgress(const JobProgress&) = delete;
     JobProgress& operator=(const JobProgress&) = delete;
 
-    // False once the user has cancelled. Looks at the clock, and repaints at most twenty times a second.
+    // False once the user has cancelled. Looks at the clock, and lets windows be drawn and the dialog be
+    // used twenty times a second, for which it has to be called as often.
     bool operator()(std::uint64_t done, std::uint64_t total);
     // This object as the job takes it; it must outlive the job.
     Progress callback();
@@ -54,6 +57,7 @@ public:
 
 private:
     void show();
+    bool takeEarlyInput() const;
     qint64 elapsed() const { return m_clock.elapsed() - m_paused; }
 
     QWidget* m_parent;

@@ -72,7 +72,7 @@ QString writeWhole(const QString& fileName, const QByteArray& bytes)
 {
     try {
         const std::filesystem::path target(QFile::encodeName(fileName).toStdString());
-        PendingFile pending(target, "plot_part", target.extension().string());
+        PendingFile pending(target, ".veltrac-part", target.extension().string());
         std::ofstream out(pending.path(), std::ios::binary);
         errno = 0;
         out.write(bytes.constData(), bytes.size());

@@ -13,7 +13,7 @@ constexpr const char* kMeansNothing =
 PlaceInPlot atSample(const XAxis& axis, const Variable& v, double sample)
 {
     const PlotSource& source = *v.source();
-    if (v.rows() > 0 && sample >= source.sampleOf(1) && sample <= source.sampleOf(v.rows()))
+    if (v.rows() > 0 && sample >= source.sampleOf(source.firstRow()) && sample <= source.sampleOf(v.rows()))
         return {axis.xOf(v, static_cast<std::uint32_t>(sample) - source.sampleOf(1) + 1), {}, {}};
     return {{},
             "The samples run from " + std::to_string(source.sampleOf(1)) + " to " +

@@ -584,7 +584,7 @@ private:
     static std::uint32_t notAboveZero(const HsVariable& v)
     {
         const bool readable = v.isBuilt() && v.failure().empty() && v.variable().rows() > 0;
-        return readable ? v.notPositive(1, v.variable().rows()) : 0;
+        return readable ? v.notPositive(v.variable().firstRow(), v.variable().rows()) : 0;
     }
 
     static std::string legendText(const HsVariable& v)

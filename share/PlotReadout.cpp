@@ -318,6 +318,22 @@ IntervalFields intervalFields(const Plot2D& plot, const IntervalRow& row)
             std::to_string(s.missing)};
 }
 
+// Nothing is known any more of what a ring has overwritten.
+std::string cursorAt(const Plot2D& plot, double x)
+{
+    const auto ref = plot.reference();
+    std::string text = xText(plot, x);
+    if (!ref || ref->variable().firstRow() == 1)
+        return text;
+    try {
+        if (x < plot.axis().xOf(ref->variable(), ref->variable().firstRow()))
+            text += " (has left the ring)";
+    } catch (const TS::Failure&) {
+        // The picture tells it.
+    }
+    return text;
+}
+
 std::string cursorText(const Plot2D& plot)
 {
     const auto& a = plot.cursor(Plot2D::A);
@@ -325,9 +341,9 @@ std::string cursorText(const Plot2D& plot)
     constexpr std::string_view kBetween = "     ";
     std::string text;
     if (a)
-        text = "A: " + xText(plot, *a);
+        text = "A: " + cursorAt(plot, *a);
     if (b)
-        text.append(a ? kBetween : "").append("B: " + xText(plot, *b));
+        text.append(a ? kBetween : "").append("B: " + cursorAt(plot, *b));
     if (a && b)
         text.append(kBetween)
             .append("Δt: " + distanceText(plot, *b - *a))

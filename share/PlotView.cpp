@@ -109,6 +109,27 @@ bool PlotView::refresh(bool fit)
     return whole;
 }
 
+void PlotView::showNewRows(bool moves, bool withOverview)
+{
+    try {
+        if (backwardsVariable(plot()))
+            plot().setMode(XMode::Sample);
+        if (moves && plot().reference()) {
+            const double newest = plot().extent().x2;
+            plot().setX(
+                plot().axis().fromScale(plot().axis().toScale(newest) - (plot().axis().toScale(plot().x2()) -
+                                                                         plot().axis().toScale(plot().x1()))),
+                newest);
+        }
+        plot().refitY();
+    } catch (const TS::Failure&) {
+        // The next picture tells which file it is.
+    }
+    viewChanged();
+    if (withOverview)
+        emit x_plot_changed();
+}
+
 void PlotView::viewChanged()
 {
     replot();

@@ -24,6 +24,10 @@ public:
     // and draws. Returns false after a cancel. With `fit` the whole series comes into view.
     bool refresh(bool fit);
 
+    // Shows rows that have come, which the variables know already; with `moves` the newest one stands at the
+    // right edge, and the span stays. Who draws the whole series hears of it only where `withOverview`.
+    void showNewRows(bool moves, bool withOverview);
+
     // Brings a range of x into view. Calls with the same number (not 0) are one step for "previous view".
     void showRange(double x1, double x2, int gesture);
     // Changes the view by a step of the user's, which "previous view" takes back.

@@ -4,6 +4,7 @@
 #include <QEvent>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
@@ -13,7 +14,9 @@
 
 #include <algorithm>
 
+#include "core/RingFile.h"
 #include "core/TsExceptions.h"
+#include "share/ActionIcon.h"
 #include "share/CursorDock.h"
 #include "share/IntervalSaving.h"
 #include "share/JobProgress.h"
@@ -21,6 +24,7 @@
 #include "share/OverviewStrip.h"
 #include "share/PlotCanvas.h"
 #include "share/PlotFileNames.h"
+#include "share/PlotFollower.h"
 #include "share/PlotVariables.h"
 #include "share/QtMessageWin.h"
 #include "share/VariableDock.h"
@@ -32,6 +36,7 @@ namespace veltrac {
 namespace {
 
 constexpr std::size_t kShownAtOpening = 8;
+constexpr int kFollowPlace = 7;  // in the tool bar: behind the views
 
 QString pathOf(const PlotFile& file)
 {
@@ -46,6 +51,8 @@ PlotWindow::PlotWindow(QWidget* parent)
       m_overview(new OverviewStrip(m_canvas)),
       m_changed(new NoticeStrip),
       m_notice(new NoticeStrip),
+      m_follower(nullptr),
+      m_rings(new QLabel),
       m_variables(new VariableDock(m_canvas)),
       m_cursors(new CursorDock(m_canvas)),
       m_menu(new VariableMenu(m_canvas, this))
@@ -54,7 +61,10 @@ PlotWindow::PlotWindow(QWidget* parent)
     auto* const column = new QVBoxLayout(content);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(2);
+    auto* const following = new NoticeStrip;
+    m_follower = new PlotFollower(m_canvas, following, this);
     column->addWidget(m_changed);
+    column->addWidget(following);
     column->addWidget(m_notice);
     column->addWidget(m_canvas, 1);
     column->addWidget(m_overview);
@@ -71,9 +81,12 @@ PlotWindow::PlotWindow(QWidget* parent)
     resizeDocks({m_variables}, {260}, Qt::Horizontal);
     resizeDocks({m_cursors}, {150}, Qt::Vertical);
     m_canvas->setFocus();
-    statusBar();
+    m_rings->setTextFormat(Qt::PlainText);
+    statusBar()->addPermanentWidget(m_rings);
 
     connect(&m_watch, &FileWatch::x_changed, this, &PlotWindow::sl_checkFiles);
+    connect(m_follower, &PlotFollower::x_loaded, this, [this] { shownChanged(false); });
+    connect(m_follower, &PlotFollower::x_rows_came, this, &PlotWindow::tellRings);
 }
 
 void PlotWindow::createMenus()
@@ -96,6 +109,13 @@ void PlotWindow::createMenus()
     m_viewMenu->addAction(new HydAction(QStringLiteral("Refresh"), QKeySequence(Qt::Key_F5), this,
                                         SLOT(sl_refresh()), tr("&Refresh"),
                                         tr("Read what is not read yet, and look for changes.")));
+    // The window answers the key itself: as a shortcut it would take the letter away from an open menu.
+    m_follow = new QAction(actionIcon(QStringLiteral("Follow")), tr("Fo&llow\tL"), this);
+    m_follow->setToolTip(tr("Follow (L): keep the newest samples in view while they come"));
+    m_follow->setStatusTip(m_follow->toolTip());
+    m_follow->setCheckable(true);
+    connect(m_follow, &QAction::triggered, this, &PlotWindow::sl_follow);
+    m_viewMenu->addAction(m_follow);
     m_viewMenu->addAction(m_variables->toggleViewAction());
     m_viewMenu->addAction(m_cursors->toggleViewAction());
     QAction* const overview = m_viewMenu->addAction(tr("Overview"));
@@ -151,6 +171,7 @@ void PlotWindow::createToolBar()
                                                row.slot, QString::fromUtf8(row.text),
                                                QString::fromUtf8(row.text)));
     }
+    m_toolBar->insertAction(m_toolBar->actions().at(kFollowPlace), m_follow);
 }
 
 void PlotWindow::connectCanvas()
@@ -320,16 +341,46 @@ void PlotWindow::alignStart(bool on)
         if (on && first) {
             XAxis times = plot.axis();
             times.mode = XMode::Elapsed;
-            const double start = times.xOf(first->variable(), 1);
+            const double start = times.xOf(first->variable(), first->variable().firstRow());
             for (const auto& v : plot.variables())
                 if (v->variable().rows() > 0)
-                    v->variable().timeShift = start - times.xOf(v->variable(), 1);
+                    v->variable().timeShift = start - times.xOf(v->variable(), v->variable().firstRow());
         }
     } catch (const TS::Failure&) {
         showStatus(tr("The times cannot be read."));
     }
     m_canvas->sl_fitAll();
     emit m_canvas->x_plot_changed();
+}
+
+// -- Files that are being written --
+
+void PlotWindow::sl_follow(bool on)
+{
+    m_follow->setChecked(on);
+    m_follower->setOn(on);
+    sl_checkFiles();
+}
+
+void PlotWindow::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_L && event->modifiers() == Qt::NoModifier)
+        m_follow->trigger();
+    else
+        SubWindow::keyPressEvent(event);
+}
+
+void PlotWindow::tellRings()
+{
+    QStringList rings;
+    const FileArray& files = m_canvas->files();
+    for (std::size_t i = 0; i < files.size(); ++i) {
+        const std::string ring = ringText(files.file(i)->file());
+        if (!ring.empty())
+            rings << (files.size() == 1 ? QString() : fileNameOf(*files.file(i)) + QStringLiteral(": ")) +
+                         QString::fromStdString(ring);
+    }
+    m_rings->setText(rings.join(QStringLiteral(";  ")));
 }
 
 // -- Files that change on the disk --
@@ -345,6 +396,11 @@ void PlotWindow::sl_checkFiles()
 {
     if (JobProgress::isRunning())
         return;
+    if (m_follower->isOn()) {
+        m_changed->hide();
+        m_toldChange.clear();
+        return;
+    }
     QStringList changed;
     QStringList gone;
     FileArray& files = m_canvas->files();
@@ -428,6 +484,7 @@ bool PlotWindow::seesNothing() const
 
 void PlotWindow::tellNotices()
 {
+    tellRings();
     QStringList notes;
     if (const auto v = backwardsVariable(m_canvas->plot()))
         notes.append(

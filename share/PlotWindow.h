@@ -9,6 +9,7 @@
 #include "share/SubWindow.h"
 
 class PlotCanvas;
+class QAction;
 class QLabel;
 class QMenu;
 class QToolBar;
@@ -18,6 +19,7 @@ namespace veltrac {
 class CursorDock;
 class NoticeStrip;
 class OverviewStrip;
+class PlotFollower;
 class VariableDock;
 class VariableMenu;
 
@@ -38,6 +40,8 @@ public slots:
     void sl_help();
     // Looks whether a file has changed on the disk or is gone, and says so.
     void sl_checkFiles();
+    // Keeps the newest samples in view while they come.
+    void sl_follow(bool on);
 
 protected:
     explicit PlotWindow(QWidget* parent);
@@ -57,6 +61,7 @@ protected:
     VariableDock* variableDock() const noexcept { return m_variables; }
 
     bool event(QEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     void createMenus();
@@ -71,11 +76,15 @@ private:
     // All of the shown series lie outside of it.
     bool seesNothing() const;
     void tellNotices();
+    void tellRings();
 
     PlotCanvas* m_canvas;
     OverviewStrip* m_overview;
     NoticeStrip* m_changed;
     NoticeStrip* m_notice;
+    PlotFollower* m_follower;
+    QAction* m_follow = nullptr;
+    QLabel* m_rings;
     VariableDock* m_variables;
     CursorDock* m_cursors;
     VariableMenu* m_menu;

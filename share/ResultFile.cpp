@@ -1,9 +1,12 @@
 #include "share/ResultFile.h"
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 #include <system_error>
 
+#include "core/LateRelease.h"
 #include "core/TsNames.h"
 #include "portal/TsApplication.h"
 
@@ -16,15 +19,33 @@ ResultFile::ResultFile(const std::string& stem, std::uint32_t samples, std::uint
     m_file = createTsFile(m_path.string(), samples, columns);
 }
 
+namespace {
+
+// No dot in the name: what follows one would be taken for an extension.
+const QString kTemporaryName = QStringLiteral("veltrac-XXXXXX");
+
+// What a program that was killed has left: an empty file that held the name, and the ts-file beside it.
+void removeLeftResults(const QDir& directory)
+{
+    const QString pattern = QString(kTemporaryName).replace(QLatin1Char('X'), QLatin1Char('?'));
+    for (const QFileInfo& name : directory.entryInfoList({pattern}, QDir::Files | QDir::NoSymLinks))
+        if (name.size() == 0 && name.suffix().isEmpty() &&
+            removeIfStale(QFile::encodeName(name.filePath()).toStdString()))
+            removeIfStale(QFile::encodeName(name.filePath() + QStringLiteral(".ts")).toStdString());
+}
+
+}  // namespace
+
 std::unique_ptr<ResultFile> ResultFile::temporary(std::uint32_t samples, std::uint32_t columns)
 {
     std::unique_ptr<ResultFile> made(new ResultFile);
-    // No dot in the name: what follows one would be taken for an extension.
-    made->m_reservation = std::make_unique<QTemporaryFile>(QFile::decodeName(scratchDirectory().c_str()) +
-                                                           QStringLiteral("/veltrac-XXXXXX"));
+    const QDir directory(QFile::decodeName(scratchDirectory().c_str()));
+    removeLeftResults(directory);
+    made->m_reservation = std::make_unique<QTemporaryFile>(directory.filePath(kTemporaryName));
     TsApplication* const application = TsApplication::instance();
     if (application == nullptr || !made->m_reservation->open())
         return nullptr;
+    lockAsOwner(made->m_reservation->handle());
     const QString name = made->m_reservation->fileName();
     made->m_file.reset(application->CreateTs(name, samples, columns));
     if (!made->m_file)
@@ -36,8 +57,10 @@ std::unique_ptr<ResultFile> ResultFile::temporary(std::uint32_t samples, std::ui
 ResultFile::~ResultFile()
 {
     m_file.reset();
-    if (m_reservation && !m_path.empty())
+    if (m_reservation && !m_path.empty()) {
+        const LateRelease contents(m_path);
         QFile::remove(QFile::decodeName(m_path.c_str()));
+    }
 }
 
 void ResultFile::finish()
@@ -50,7 +73,7 @@ bool ResultFile::takeContentsOf(ResultFile& newer)
 {
     if (!m_scratch || !newer.m_scratch || m_path.parent_path() != newer.m_path.parent_path())
         return false;
-    newer.m_scratch->putInPlace(m_path);
+    newer.m_scratch->takePlaceOf(*m_scratch);
     return true;
 }
 

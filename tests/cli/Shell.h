@@ -23,10 +23,11 @@ struct ShellOutcome
 };
 
 // `before` stands in front of the program: "ulimit -f 4;".
-inline ShellOutcome cli(const std::string& arguments, const std::string& before = {})
+inline ShellOutcome cli(const std::string& arguments, const std::string& before = {},
+                        const std::string& input = "/dev/null")
 {
     const int ended =
-        std::system((before + " " VELTRAC_CLI " " + arguments + " >.out 2>.err </dev/null").c_str());
+        std::system((before + " " VELTRAC_CLI " " + arguments + " >.out 2>.err <" + input).c_str());
     ShellOutcome outcome{WIFEXITED(ended) ? WEXITSTATUS(ended) : 128 + WTERMSIG(ended), textOf(".out"),
                          textOf(".err")};
     std::remove(".out");

@@ -178,7 +178,7 @@ TEST_F(Scl, cancelledOrChangedLogsLeaveNothing)
     logs.skipLines = 2;
     EXPECT_FALSE(logs.isRead());
     logs.check({});
-    EXPECT_EQ(39998U, logs.result().samples);
+    EXPECT_EQ(39998U, logs.result().target.samples);
     write("a.scl", lines + "2\n");
     EXPECT_THROW(importSCL(logs, "out.ts", {}), STLError) << "grown";
     fs::remove("a.scl");

@@ -299,7 +299,7 @@ TEST_F(Stl, newestRowFirstIsTurnedRound)
     STLObject log("a.csv");
     log.detect();
     const auto expectOrder = [&](TSFILE& ts, STLFill fill) {
-        EXPECT_TRUE(log.found().newestFirst);
+        EXPECT_TRUE(log.found().steps.newestFirst);
         ASSERT_EQ(static_cast<std::uint32_t>(kRows), ts.samples());
         for (const std::uint32_t s : {1U, 2U, 32768U, 50000U, 50001U, 50002U, 100000U, 100001U})
             EXPECT_EQ(static_cast<float>(s), ts.value(s, ts.columns())) << s;
@@ -311,7 +311,7 @@ TEST_F(Stl, newestRowFirstIsTurnedRound)
     for (const STLFill fill : {STLFill::NaN, STLFill::Previous, STLFill::Interpolated}) {
         log.format().fill = fill;
         expectOrder(*import(log), fill);
-        EXPECT_TRUE(log.found().equalSteps);
+        EXPECT_TRUE(log.found().steps.areEqual);
     }
     log.format().timeResult = STLTimeResult::TimeTwoColumns;
     const auto ts = import(log);
@@ -325,8 +325,8 @@ TEST_F(Stl, newestRowFirstIsTurnedRound)
     STLObject mixed("a.csv");
     mixed.detect();
     const auto asItCame = import(mixed);
-    EXPECT_FALSE(mixed.found().newestFirst);
-    EXPECT_EQ(-1.0, mixed.found().leastStep);
+    EXPECT_FALSE(mixed.found().steps.newestFirst);
+    EXPECT_EQ(-1.0, mixed.found().steps.least);
     EXPECT_EQ(4.0F, asItCame->value(4, 2));
 }
 
@@ -354,7 +354,7 @@ TEST_F(Stl, clockThatIsSetWithinTheLogIsFollowed)
         EXPECT_EQ(start - step, ts->startSeconds());
         log.format().greenwich = true;
         log.check({});
-        EXPECT_FALSE(log.found().equalSteps) << "in UTC no clock is set";
+        EXPECT_FALSE(log.found().steps.areEqual) << "in UTC no clock is set";
     }
 }
 
@@ -380,7 +380,7 @@ TEST_F(Stl, publishedSeriesComeOutAsTheyAre)
     EXPECT_EQ(0U, ts->startSeconds());
     EXPECT_EQ(-373593600.0F, ts->value(1, 1)) << "1958-03-01";
     EXPECT_EQ(315.70F, ts->value(1, 2));
-    EXPECT_GT(carbon.found().gaps, 0U) << "months are missing in the sixties";
+    EXPECT_GT(carbon.found().steps.gaps, 0U) << "months are missing in the sixties";
 }
 
 TEST_F(Stl, datesInDoubtAreSaidToBe)
@@ -434,9 +434,9 @@ TEST_F(Stl, timeBecomesWhatTheUserWants)
     STLObject log(kData / "gaps.stl");
     log.detect();
     log.check({});
-    EXPECT_EQ(1U, log.found().gaps);
-    EXPECT_EQ(13.0, log.found().longestGap);
-    EXPECT_EQ(STLTimeResult::TimeColumn, log.found().timeResult);
+    EXPECT_EQ(1U, log.found().steps.gaps);
+    EXPECT_EQ(13.0, log.found().steps.longestGap);
+    EXPECT_EQ(STLTimeResult::TimeColumn, log.found().target.timeResult);
 
     log.format().timeResult = STLTimeResult::Resampled;
     auto ts = import(log);
@@ -566,7 +566,7 @@ TEST_F(Stl, stepsSaySoAsTheUserSeesThem)
     log.detect();
     log.format().greenwich = false;
     log.check({});
-    EXPECT_EQ(1459040340U - 60, log.found().startSeconds) << "stamps with a zone are in no other one";
+    EXPECT_EQ(1459040340U - 60, log.found().target.startSeconds) << "stamps with a zone are in no other one";
 
     write("a.csv", "D;A\n2016-05-17 00:00:00;1\n2016-13-17 00:00:01;2\n2016-05-17 99;3\n");
     STLObject bad("a.csv");
@@ -615,7 +615,7 @@ TEST_F(Stl, passIsRunAgainOnlyWhereItFindsSomethingElse)
     log.format().timeResult = STLTimeResult::TimeColumn;
     EXPECT_TRUE(log.isRead());
     log.check([](auto, auto) { return false; });
-    EXPECT_EQ(1U, log.found().timeColumns);
+    EXPECT_EQ(1U, log.found().target.timeColumns);
     log.format().columns[1].take = false;
     EXPECT_FALSE(log.isRead());
     log.check({});
@@ -926,6 +926,43 @@ TEST_F(Stl, importerIsChosenByContent)
     using enum ImportKind;
     EXPECT_EQ((std::vector{None, None, Tsa, Tsa, Stl, Stl, Scl, Scl, Scl, None, None}), kinds);
     EXPECT_EQ("No line of numbers was found in h.txt.", errorOf("h.txt"));
+}
+
+// Far more lines than are read at once: troubles keep their lines, texts their numbers.
+TEST_F(Stl, longLogsComeOutInTheirOrder)
+{
+    constexpr int kLines = 20000;
+    std::string text = "Date;Temp;State\n";
+    for (int i = 1; i <= kLines; ++i) {
+        char line[64];
+        std::snprintf(line, sizeof line, "2016-05-17 %02d:%02d:%02d;%s;s%d\n", i / 3600, i / 60 % 60, i % 60,
+                      i % 4999 == 0 ? "x1" : std::to_string(i).c_str(), i / 6000);
+        text += i == 15000 ? "soon;7;s2\n" : line;
+    }
+    write("long.csv", text);
+    STLObject log("long.csv");
+    log.detect();
+    for (const bool numbered : {false, true}) {
+        log.format().columns[2].take = log.format().columns[2].numberTexts = numbered;
+        const auto ts = import(log);
+        std::vector<std::uint64_t> lines;
+        for (const STLTrouble& trouble : log.found().troubles)
+            lines.push_back(trouble.line);
+        // The heading is a line, too.
+        EXPECT_EQ((std::vector<std::uint64_t>{5000, 9999, 14998, 15001, 19997}), lines);
+        EXPECT_EQ(kLines - 1U, log.found().rows);
+        EXPECT_EQ(1U, log.found().losses.skippedLines);
+        EXPECT_EQ(4U, log.found().losses.notNumbers);
+        const std::uint32_t column = ts->columns() - (numbered ? 1 : 0);
+        for (std::uint32_t i : {1U, 4998U, 14999U})
+            EXPECT_EQ(static_cast<float>(i), ts->value(i, column));
+        EXPECT_EQ(20000.0F, ts->value(19999, column)) << "one line was skipped";
+        if (numbered) {
+            EXPECT_EQ((std::vector{1.0F, 2.0F, 4.0F}),
+                      (std::vector{ts->value(1, column + 1), ts->value(6000, column + 1),
+                                   ts->value(19999, column + 1)}));
+        }
+    }
 }
 
 TEST_F(Stl, textsAreNumberedOnDemand)

@@ -46,7 +46,7 @@ TEST(Interval, rowsKeepTheirTimesValuesAndTexts)
         ASSERT_EQ(part.rows(), 300U);
         ASSERT_EQ(part.columns(), from.columns());
         for (const std::uint32_t row : {1U, 2U, 300U}) {
-            EXPECT_EQ(part.value(row, part.columns()), from.value(row + 100, from.columns()));
+            EXPECT_EQ(part.value(part.columns(), row), from.value(from.columns(), row + 100));
             EXPECT_EQ(part.startSeconds() + part.timeOf(row), from.startSeconds() + from.timeOf(row + 100));
         }
         EXPECT_EQ(part.columnDescription(part.columns()), "force [N]");

@@ -257,7 +257,7 @@ TEST(PlotFile, ringBeginsAtTheOldestSample)
     const auto file = std::make_shared<PlotFile>("ring.ts");
     ASSERT_EQ(file->rows(), 100U);
     EXPECT_EQ(file->value(1, 1), 151.0F);
-    EXPECT_EQ(file->value(100, 1), 250.0F);
+    EXPECT_EQ(file->value(1, 100), 250.0F);
     EXPECT_EQ(file->sampleOf(1), 151U);
     EXPECT_DOUBLE_EQ(file->timeOf(1), 75.5);
     EXPECT_EQ(file->rowAt(76.2), 2U);

@@ -150,7 +150,7 @@ TEST(EditList, ShowsAndSavesWhatAPlainEditorWouldThroughUndoAndRedo)
         std::size_t unsaved = 0;
         for (const SampleRun& run : list.unsavedRuns())
             for (std::uint32_t s = run.first; s <= run.last; ++s, ++unsaved) {
-                ASSERT_TRUE(list.isUnsaved(s, run.column));
+                ASSERT_TRUE(list.isUnsaved(run.column, s));
                 saved.columns[run.column - 1][s - 1] = shown.columns[run.column - 1][s - 1];
             }
         ASSERT_TRUE(saved == shown) << "step " << step << ": a save would miss values";

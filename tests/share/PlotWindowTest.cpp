@@ -532,7 +532,7 @@ TEST(PlotWindow, savesTheIntervalBetweenTheCursorsAndNeverOverItsOwnFile)
     }
     const PlotFile part("part of it.ts");
     EXPECT_EQ(part.rows(), 2000U);
-    EXPECT_EQ(part.value(1, 3), 2001.0F);
+    EXPECT_EQ(part.value(3, 1), 2001.0F);
     EXPECT_FLOAT_EQ(static_cast<float>(part.timeOf(2000)), 4.0F);
 }
 

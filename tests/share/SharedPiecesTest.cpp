@@ -5,6 +5,7 @@
 #include <QCloseEvent>
 #include <QFileDialog>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QProgressDialog>
 #include <QPushButton>
@@ -222,6 +223,28 @@ TEST(JobProgress, AppearsLateCancelsForGoodAndLetsNoWindowClose)
     EXPECT_FALSE(JobProgress::isRunning());
     EXPECT_EQ(QApplication::overrideCursor(), nullptr);
     EXPECT_TRUE(window->close());
+}
+
+TEST(JobProgress, BeforeItAppearsWindowsAreDrawnAndEscapeAloneIsHeard)
+{
+    QLineEdit field;
+    field.show();
+    int beats = 0;
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, [&beats] { ++beats; });
+    timer.start(1);
+    JobProgress job(nullptr, QStringLiteral("Working"));
+    QThread::msleep(100);
+    EXPECT_TRUE(job(1, 3));
+    EXPECT_GT(beats, 0);
+    QThread::msleep(320);
+    for (const Qt::Key key : {Qt::Key_X, Qt::Key_Escape})
+        QCoreApplication::postEvent(
+            &field, new QKeyEvent(QEvent::KeyPress, key, Qt::NoModifier, QStringLiteral("x")));
+    EXPECT_FALSE(job(2, 3));
+    EXPECT_TRUE(job.wasCancelled());
+    EXPECT_EQ(field.text(), QString());
+    EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
 }
 
 TEST(SubWindow, TellsOnceThatItIsGoneAndOnlyWhenItIs)

@@ -1,4 +1,4 @@
-# Helpers for the rooms' test and benchmark programs.
+# Helpers for test and benchmark programs.
 
 # veltrac_add_test(<name> SOURCES … LIBRARIES …): a GoogleTest program, each of its cases a ctest.
 # Windows are tested on Qt's offscreen platform.

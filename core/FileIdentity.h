@@ -1,0 +1,35 @@
+// Which file of all there are stands under a name, whatever becomes of the name.
+#pragma once
+
+#include <sys/stat.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+
+namespace veltrac {
+
+struct FileIdentity
+{
+    std::uint64_t device = 0;
+    std::uint64_t number = 0;
+    bool operator==(const FileIdentity&) const = default;
+};
+
+// Of the file behind a descriptor, and of the one that bears a name, or nothing.
+inline FileIdentity identityOf(int descriptor) noexcept
+{
+    struct stat status = {};
+    ::fstat(descriptor, &status);
+    return {status.st_dev, status.st_ino};
+}
+
+inline std::optional<FileIdentity> identityOf(const std::filesystem::path& path) noexcept
+{
+    struct stat status = {};
+    if (::stat(path.c_str(), &status) != 0)
+        return std::nullopt;
+    return FileIdentity{status.st_dev, status.st_ino};
+}
+
+}  // namespace veltrac

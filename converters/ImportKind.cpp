@@ -5,6 +5,7 @@
 
 #include "converters/SCLSource.h"
 #include "converters/STLDetect.h"
+#include "converters/STLFormat.h"
 #include "converters/STLSample.h"
 #include "converters/TsaText.h"
 #include "core/Characters.h"
@@ -57,7 +58,7 @@ bool isSingleColumn(const std::filesystem::path& file)
 try {
     const SCLSource source = detectSource(file, 0);
     return !source.inTurn;
-} catch (const std::exception&) {
+} catch (const STLError&) {
     return false;
 }
 

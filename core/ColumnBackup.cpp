@@ -141,7 +141,7 @@ ColumnBackup::ColumnBackup(TSFILE& file)
         std::string(kFirstLine) + "\nfile " + counted(m_kept.file.string()) + "\nwhen " + m_kept.when + '\n',
         out);
     // Its name, too, has to be on the disk before the first value is overwritten.
-    syncToDisk(m_path.parent_path());
+    syncDirectory(m_path.parent_path());
 }
 
 void ColumnBackup::append(std::string_view head, std::ostream& out)
@@ -215,8 +215,10 @@ void ColumnBackup::markDone() noexcept
 // A kill while values come back leaves some of them here alone.
 void ColumnBackup::unmark()
 {
-    if (m_isDone)
-        std::filesystem::resize_file(m_path, std::filesystem::file_size(m_path) - kDoneLine.size());
+    if (!m_isDone)
+        return;
+    std::filesystem::resize_file(m_path, std::filesystem::file_size(m_path) - kDoneLine.size());
+    syncToDisk(m_path);
     m_isDone = false;
 }
 
@@ -226,6 +228,8 @@ void ColumnBackup::restore(TSFILE& file, const Progress& progress)
         unmark();
         std::ifstream in(m_path, std::ios::binary);
         restoreAll(file, m_kept, in, progress);
+        // Before the values go that a power cut would ask for.
+        syncToDisk(file.descriptor(), {});
     } catch (...) {
         m_scratch.keep();
         throw;

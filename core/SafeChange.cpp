@@ -5,6 +5,9 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <exception>
+#include <mutex>
+#include <optional>
 #include <system_error>
 #include <vector>
 
@@ -101,54 +104,74 @@ JobOutcome PendingFile::commit(const Progress& progress)
     return m_scratch.putInPlace(m_real, progress ? [&progress] { return progress(1, 1); } : GoesOn());
 }
 
+namespace {
+
+using HeadBytes = std::vector<unsigned char>;
+
+// The blocks in front of a file's values; fewer where the file is cut.
+HeadBytes readHead(const BlockFile& file, std::uint64_t bytes)
+{
+    HeadBytes head(std::min(bytes, file.size()));
+    const std::lock_guard guard(BlockFile::lock());
+    if (file.readRun(0, head) != head.size())
+        throw TS::IO_ERROR(static_cast<std::uint32_t>(head.size()), kShortRead, 1);
+    return head;
+}
+
+void writeHead(BlockFile& file, const HeadBytes& head, std::size_t first, std::size_t last)
+{
+    const std::lock_guard guard(BlockFile::lock());
+    errno = 0;
+    if (file.writeRun(first, std::span(head).subspan(first, last - first)) != last - first)
+        throw std::system_error(errno != 0 ? errno : EIO, std::generic_category());
+}
+
+HeadBytes changedHead(const HeadBytes& head, const std::function<void(TSFILE& copy)>& change)
+{
+    const ScratchFile scratch(scratchDirectory(), "veltrac-header", ".ts");
+    {
+        BlockFile copied(BlockFile::open(scratch.path().c_str(), false), false);
+        writeHead(copied, head, 0, head.size());
+    }
+    const auto copy = openTsFile(scratch.path().string(), false);
+    change(*copy);
+    copy->flush(true);
+    return readHead(BlockFile(BlockFile::duplicate(copy->descriptor()), true), head.size());
+}
+
+}  // namespace
+
 void changeHeader(const fs::path& file, const std::function<void(TSFILE& copy)>& change)
 {
     const auto whole = openTsFile(file.string(), false);
-    const FileLock lock(whole->descriptor());
-    const std::uint64_t bytes = dataOffset(whole->columns());
+    // Who records into a ring holds it for hours, and leaves its texts to others.
+    const bool isRing = whole->ringStart() != 0;
+    std::optional<FileLock> lock;
+    if (!isRing)
+        lock.emplace(whole->descriptor());
     BlockFile target(BlockFile::duplicate(whole->descriptor()), false);
-    std::vector<unsigned char> before(std::min(bytes, target.size()));
-    const auto transfer = [](std::size_t moved, std::size_t wanted) {
-        if (moved != wanted)
-            throw TS::IO_ERROR(static_cast<std::uint32_t>(moved), 100000, 1);
-    };
-    {
-        const std::lock_guard guard(BlockFile::lock());
-        transfer(target.readRun(0, before), before.size());
+    const HeadBytes before = readHead(target, dataOffset(whole->columns()));
+    const HeadBytes after = changedHead(before, change);
+    const auto differs = [&](std::size_t i) { return before[i] != after[i]; };
+    for (std::size_t first = 0; first < after.size(); ++first) {
+        if (!differs(first))
+            continue;
+        // One write; but in a ring only what differs, so that its counts go on.
+        std::size_t last = isRing ? first : after.size();
+        while (isRing && last < after.size() && differs(last))
+            ++last;
+        while (!differs(last - 1))
+            --last;
+        try {
+            writeHead(target, after, first, last);
+        } catch (...) {
+            const std::exception_ptr failure = std::current_exception();
+            writeHead(target, before, first, last);
+            std::rethrow_exception(failure);
+        }
+        first = last;
     }
-    const ScratchFile scratch(scratchDirectory(), "veltrac-header", ".ts");
-    std::vector<unsigned char> after(before.size());
-    {
-        BlockFile copied(BlockFile::open(scratch.path().c_str(), false), false);
-        const std::unique_lock guard(BlockFile::lock());
-        errno = 0;
-        if (copied.writeRun(0, before) != before.size())
-            refuse(errno != 0 ? errno : EIO, scratch.path());
-    }
-    {
-        const auto copy = openTsFile(scratch.path().string(), false);
-        change(*copy);
-        copy->flush(true);
-        const BlockFile copied(BlockFile::duplicate(copy->descriptor()), true);
-        const std::lock_guard guard(BlockFile::lock());
-        transfer(copied.readRun(0, after), after.size());
-    }
-    const auto [was, is] = std::mismatch(before.begin(), before.end(), after.begin());
-    if (is == after.end())
-        return;
-    const auto first = static_cast<std::size_t>(is - after.begin());
-    std::size_t last = after.size();
-    while (after[last - 1] == before[last - 1])
-        --last;
-    const std::lock_guard guard(BlockFile::lock());
-    errno = 0;
-    if (target.writeRun(first, std::span(after).subspan(first, last - first)) != last - first) {
-        const int error = errno != 0 ? errno : EIO;
-        target.writeRun(first, std::span(before).subspan(first, last - first));
-        refuse(error, file);
-    }
-    if (::fsync(target.descriptor()) != 0 && errno != EINVAL)
-        refuse(errno, file);
+    syncToDisk(target.descriptor(), {});
 }
 
 JobOutcome changeInPlace(const InPlaceChange& change, const Progress& progress, OldValues& old)

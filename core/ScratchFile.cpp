@@ -25,8 +25,23 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// What tells a scratch file from one of the user's that has its name.
+// What tells a scratch file from one of the user's that has its name: it holds that name, so that a file that
+// has got another one is none any more.
 constexpr const char* kMark = "user.veltrac.scratch";
+
+bool setMark(int descriptor, const fs::path& file)
+{
+    const std::string name = file.filename().string();
+    return ::fsetxattr(descriptor, kMark, name.data(), name.size(), 0) == 0;
+}
+
+bool bearsMark(const fs::path& file)
+{
+    const std::string name = file.filename().string();
+    std::string mark(name.size(), '\0');
+    const ssize_t length = ::lgetxattr(file.c_str(), kMark, mark.data(), mark.size());
+    return length == static_cast<ssize_t>(name.size()) && mark == name;
+}
 
 [[noreturn]] void fail(const std::string& what)
 {
@@ -78,6 +93,23 @@ fs::path numbered(const fs::path& directory, const std::string& stem, const std:
     constexpr std::size_t kLongestName = 255;
     const std::string ending = number == 0 ? extension : '_' + std::to_string(number) + extension;
     return directory / (cutTo(stem, kLongestName - std::min(kLongestName, ending.size())) + ending);
+}
+
+// A file that gets its name when it bears the mark already: a kill leaves none without it. Returns the
+// descriptor; below 0 where the name is taken, or the file system does not do that.
+int makeMarked(const fs::path& file)
+{
+    const fs::path directory = file.parent_path();
+    const int descriptor =
+        ::open(directory.empty() ? "." : directory.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0666);
+    if (descriptor < 0)
+        return descriptor;
+    const std::string unnamed = "/proc/self/fd/" + std::to_string(descriptor);
+    if (setMark(descriptor, file) &&
+        ::linkat(AT_FDCWD, unnamed.c_str(), AT_FDCWD, file.c_str(), AT_SYMLINK_FOLLOW) == 0)
+        return descriptor;
+    ::close(descriptor);
+    return -1;
 }
 
 }  // namespace
@@ -172,14 +204,14 @@ ScratchFile::ScratchFile(const fs::path& directory, const std::string& stem, con
 // Leaves the path empty where the name is taken.
 void ScratchFile::make(const fs::path& file)
 {
-    const int descriptor = ::open(file.c_str(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, 0666);
+    int descriptor = m_isMarked ? makeMarked(file) : -1;
+    if (descriptor < 0)
+        descriptor = ::open(file.c_str(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, 0666);
     if (descriptor < 0 && errno != EEXIST)
         fail(file.string());
     if (descriptor < 0)
         return;
     lockAsOwner(descriptor);
-    if (m_isMarked)
-        ::fsetxattr(descriptor, kMark, "", 0, 0);
     m_owner = descriptor;
     m_path = file;
     scratchFiles().add(m_path);
@@ -187,8 +219,7 @@ void ScratchFile::make(const fs::path& file)
 
 bool ScratchFile::removeLeft(const fs::path& file, IsDone isDone) const
 {
-    return (!m_isMarked || ::lgetxattr(file.c_str(), kMark, nullptr, 0) >= 0) &&
-           (isDone == nullptr || isDone(file)) && removeIfStale(file);
+    return (!m_isMarked || bearsMark(file)) && (isDone == nullptr || isDone(file)) && removeIfStale(file);
 }
 
 ScratchFile::~ScratchFile()
@@ -215,18 +246,20 @@ bool isScratchFile(const fs::path& path)
 
 JobOutcome ScratchFile::putInPlace(const fs::path& target, const GoesOn& goesOn)
 {
-    // A file of the user's must not be taken for a scratch file.
-    if (m_isMarked && ::fremovexattr(m_owner, kMark) != 0 && errno != ENODATA && errno != ENOTSUP)
-        fail(m_path.string());
     const JobOutcome outcome = veltrac::putInPlace(m_path, target, goesOn);
-    if (outcome == JobOutcome::Done)
+    if (outcome == JobOutcome::Done) {
+        if (m_isMarked)
+            ::fremovexattr(m_owner, kMark);
         keep();
+    }
     return outcome;
 }
 
 void ScratchFile::takePlaceOf(ScratchFile& older)
 {
     fs::rename(m_path, older.m_path);
+    if (older.m_isMarked)
+        setMark(m_owner, older.m_path);
     keep();
     std::swap(m_owner, older.m_owner);
 }

@@ -39,8 +39,8 @@ bool removeIfStale(const std::filesystem::path& file) noexcept;
 // The constructor makes an empty file under the first free name, so no other window or process can take
 // it. What a program that was killed has left under one of its names it removes, as removeIfStale() does; it
 // never uses or removes another file that was there. A stem that does not begin with "veltrac-" or
-// ".veltrac-" could be a name of the user's: such a file bears a mark (an extended attribute) until it is put
-// in its place, and without the mark none is removed. Throws std::system_error.
+// ".veltrac-" could be a name of the user's: such a file bears a mark, an extended attribute with its
+// name, and without the mark none is removed. Throws std::system_error.
 class ScratchFile
 {
 public:

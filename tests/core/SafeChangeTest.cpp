@@ -1,12 +1,18 @@
 // Files that take their name when they are whole, changes in place that can be taken back, and old values
 // that outlive the program.
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
+#include <sys/xattr.h>
+#include <unistd.h>
 
+#include <chrono>
 #include <fstream>
 #include <stdexcept>
 
 #include "core/FailureText.h"
+#include "core/Rebuild.h"
 #include "core/SafeChange.h"
 #include "core/TsNames.h"
 #include "tests/core/TsFileBytes.h"
@@ -144,4 +150,107 @@ TEST_F(SafeChange, OldValuesComeBackFromTheirFile)
 
     restoreOldValues(scratch, *openTsFile("a.ts", false), {});
     EXPECT_EQ(bytesOf("a.ts"), m_before);
+}
+
+// The sweep of tests/faults holds that what is left does go; here is what stays.
+TEST_F(SafeChange, OnlyOldScratchFilesWithoutAnOwnerAreRemovedAndNothingOfTheUsers)
+{
+    const struct
+    {
+        const char* name;
+        int minutes;  // since it was changed
+        bool owned;
+        bool marked;
+        bool stays;
+    } rows[] = {
+        {".veltrac-new.tmp", 70, false, false, false},  {".veltrac-new_3.tmp", 70, false, false, false},
+        {".veltrac-new_1.tmp", 50, false, false, true}, {".veltrac-new_2.tmp", 70, true, false, true},
+        {".veltrac-newer.tmp", 70, false, false, true}, {"tmp.ts", 70, false, false, true},
+        {"tmp_1.ts", 70, false, true, false},           {"tmp_2.ts", 70, false, true, true},
+    };
+    std::vector<int> descriptors;
+    for (const auto& row : rows) {
+        std::ofstream(row.name) << "something";
+        descriptors.push_back(::open(row.name, O_RDONLY));
+        if (row.owned)
+            lockAsOwner(descriptors.back());
+        if (row.marked && ::setxattr(row.name, "user.veltrac.scratch", "tmp_1.ts", 8, 0) != 0)
+            GTEST_SKIP() << "this file system takes no marks";
+        fs::last_write_time(row.name, fs::file_time_type::clock::now() - std::chrono::minutes(row.minutes));
+    }
+    {
+        const ScratchFile first(".", ".veltrac-new", ".tmp");
+        const ScratchFile second(".", "tmp", ".ts");
+        EXPECT_EQ(first.path(), "./.veltrac-new.tmp");
+        EXPECT_EQ(second.path(), "./tmp_1.ts");
+        EXPECT_EQ(bytesOf("tmp_1.ts").size(), 0U);
+    }
+    for (const auto& row : rows)
+        EXPECT_EQ(fs::exists(row.name), row.stays) << row.name;
+    for (const int descriptor : descriptors)
+        ::close(descriptor);
+}
+
+TEST_F(SafeChange, OldValuesStayUntilTheJobIsDone)
+{
+    OldValues old;
+    ASSERT_EQ(zero([] { return JobOutcome::Done; }, old), JobOutcome::Done);
+    const fs::path done = old.backup->path();
+    fs::copy_file(done, "veltrac-old-values_1.bin");
+    fs::copy_file(done, "veltrac-old-values_2.bin");
+    fs::resize_file("veltrac-old-values_2.bin", fs::file_size(done) - 5);  // without its last line
+    for (const char* const name : {"veltrac-old-values_1.bin", "veltrac-old-values_2.bin"})
+        fs::last_write_time(name, fs::file_time_type::clock::now() - std::chrono::hours(2));
+    {
+        const auto file = openTsFile("a.ts", false);
+        const ColumnBackup next(*file);
+    }
+    EXPECT_FALSE(fs::exists("veltrac-old-values_1.bin"));
+    EXPECT_TRUE(fs::exists("veltrac-old-values_2.bin"));
+    // An undo that is cut leaves a file that no job removes either.
+    old.backup->restore(*openTsFile("a.ts", false));
+    EXPECT_EQ(bytesOf("a.ts"), m_before);
+    EXPECT_EQ(fs::file_size(done), fs::file_size("veltrac-old-values_2.bin"));
+}
+
+TEST_F(SafeChange, WhoWritesAFileIsLetFinish)
+{
+    const int other = ::open("a.ts", O_RDONLY);
+    OldValues old;
+    const auto change = [&] { return zero([] { return JobOutcome::Done; }, old); };
+    const auto describe = [] { changeHeader("a.ts", [](TSFILE& file) { file.description("x"); }); };
+    const auto reason = [](const auto& job) {
+        try {
+            job();
+        } catch (...) {
+            return reasonOfFailure();
+        }
+        return std::string();
+    };
+    ASSERT_EQ(::flock(other, LOCK_EX), 0);
+    const std::string busy = "another program is writing the file";
+    EXPECT_EQ(reason(change), busy);
+    EXPECT_EQ(reason(describe), busy);
+    EXPECT_EQ(reason([] { rebuildTsFile("a.ts", 50, 2, {}); }), busy);
+    EXPECT_EQ(bytesOf("a.ts"), m_before);
+    ASSERT_EQ(::flock(other, LOCK_UN), 0);
+    EXPECT_EQ(reason(describe), "");
+    EXPECT_EQ(reason(change), "");
+    EXPECT_EQ(::flock(other, LOCK_EX | LOCK_NB), 0) << "a lock was left behind";
+    ::flock(other, LOCK_UN);
+    // Who is done only when the file has been replaced hears of it.
+    const auto replaced = [&] {
+        return zero(
+            [] {
+                rebuildTsFileAs("a.ts", "b.ts", 120, 3, {});
+                fs::rename("b.ts", "a.ts");
+                return JobOutcome::Done;
+            },
+            old);
+    };
+    fs::rename("a.ts", "c.ts");
+    makeFile("a.ts");
+    EXPECT_NE(reason(replaced), "");
+    EXPECT_EQ(TSFILE("a.ts", true).value(5, 2), 52.0F);
+    ::close(other);
 }

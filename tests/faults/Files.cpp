@@ -55,7 +55,9 @@ bool same(const Files& a, const Files& b, const std::string& name)
 
 void age(const fs::path& file)
 {
-    fs::last_write_time(file, fs::file_time_type::clock::now() - std::chrono::hours(2));
+    // The same for all files and runs: imports take the time of a file for the start of its series.
+    static const auto then = fs::file_time_type::clock::now() - std::chrono::hours(2);
+    fs::last_write_time(file, then);
 }
 
 void layOver(const Files& files, const fs::path& folder)

@@ -22,12 +22,12 @@ using namespace veltrac;
 
 namespace {
 
-constexpr std::uint32_t kSamples = 3000;  // of a.ts, which has three columns; work.ts has two of as many
+constexpr std::uint32_t kSamples = 20'000;  // of a.ts, which has three columns; work.ts has two of as many
 
 // Two runs of two columns change, neither from the first row on.
 void editTwoColumns(EditedFile& edited)
 {
-    edited.edits().add({"add", {addStrip({2, 100, 2900}, 1.5)}});
+    edited.edits().add({"add", {addStrip({2, 100, 18'000}, 1.5)}});
     edited.edits().add({"set", {setStrip({3, 700, 900}, -7.0)}});
 }
 
@@ -77,7 +77,7 @@ std::string calculateColumn(bool undoes)
         return *file;
     };
     try {
-        calculate(formula, {*file, 2, {100, 2900}, 1'000'000'000, reopen}, {}, report);
+        calculate(formula, {*file, 2, {100, 19'000}, 1'000'000'000, reopen}, {}, report);
         if (undoes)
             report.old.backup->restore(*file);
         return {};

@@ -225,8 +225,13 @@ static ssize_t move(enum call call, transfer raw, int fd, void* bytes, size_t co
         count = count / 2 / kPart * kPart;
     else if (verdict == kHalf)
         count = (count + 1) / 2;
-    if (call == kWrite && room >= 0) {
-        const long long left = room - atomic_load(&written);
+    // Room is needed where the file grows.
+    struct stat now = {0};
+    fstat(fd, &now);
+    const long long from = at < 0 ? lseek64(fd, 0, SEEK_CUR) : at;
+    const long long fresh = from + (long long)count - now.st_size;
+    if (call == kWrite && room >= 0 && fresh > 0) {
+        const long long left = room - atomic_load(&written) + (long long)count - fresh;
         if (left <= 0) {
             errno = faultErrno;
             return -1;
@@ -234,8 +239,8 @@ static ssize_t move(enum call call, transfer raw, int fd, void* bytes, size_t co
         count = (long long)count < left ? count : (size_t)left;
     }
     const ssize_t done = raw(fd, bytes, count, at);
-    if (call == kWrite && done > 0)
-        atomic_fetch_add(&written, done);
+    if (call == kWrite && from + done > now.st_size)
+        atomic_fetch_add(&written, from + done - (from < now.st_size ? now.st_size : from));
     if (verdict == kHalfAndDie)
         die();
     return done;
@@ -377,6 +382,16 @@ FILE* fopen(const char* path, const char* mode)
     const cookie_io_functions_t calls = {streamRead, streamWrite, streamSeek, streamClose};
     return fd < 0 ? NULL : fopencookie((void*)(intptr_t)fd, mode, calls);
 }
+// Without a buffer such a stream would be read byte by byte.
+int setvbuf(FILE* stream, char* buffer, int mode, size_t size)
+{
+    enum { kNoWrites = 8 };  // the library's own flag of a stream that was opened for reading
+    static int (*next)(FILE*, char*, int, size_t);
+    if (next == NULL)
+        next = (int (*)(FILE*, char*, int, size_t))dlsym(RTLD_NEXT, "setvbuf");
+    return fileno(stream) < 0 && (stream->_flags & kNoWrites) != 0 ? 0 : next(stream, buffer, mode, size);
+}
+
 // The C++ library opens its streams so, and moves their bytes by the calls above itself.
 FILE* fopen64(const char* path, const char* mode)
 {
@@ -431,6 +446,20 @@ int renameat(int fromAt, const char* from, int toAt, const char* to)
 int rename(const char* from, const char* to)
 {
     return renameat2(AT_FDCWD, from, AT_FDCWD, to, 0);
+}
+
+// A file that was made without a name gets one.
+int linkat(int fromAt, const char* from, int toAt, const char* to, int flags)
+{
+    if (!isPathBelow(to))
+        return (int)syscall(SYS_linkat, fromAt, from, toAt, to, flags);
+    if (judge(kRename) != kGo)
+        return -1;
+    const int done = (int)syscall(SYS_linkat, fromAt, from, toAt, to, flags);
+    struct stat made = {0};
+    if (done == 0 && stat(to, &made) == 0)
+        note('c', made.st_ino, 0, to, strlen(to));
+    return done;
 }
 
 int unlinkat(int at, const char* path, int flags)

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cmath>
 #include <cstring>
 #include <memory>
@@ -187,4 +188,67 @@ TEST(EditedFile, FileThatIsGoneOrReplacedIsNotSavedButRescuedUnderAnyName)
                 EXPECT_TRUE(sameBits(columnOf(name, c), shown[c - 1])) << name << replaced;
         }
     }
+}
+
+TEST(EditedFile, WhatAnotherProgramHasChangedUnderTheEditsIsToldAndTheUserChooses)
+{
+    using Choice = EditedFile::Choice;
+    for (const Choice choice : {Choice::Mine, Choice::Theirs, Choice::Look}) {
+        const TestDirectory directory;
+        makeFile("a.ts", 1000, 2);
+        const auto reader = openTsFile("a.ts", true);
+        EditedFile edited(*reader, "a.ts");
+        edited.add({"set", {setStrip({2, 300, 600}, 5), setStrip({1, 7, 9}, 6)}});
+        {
+            TSFILE other("a.ts", false);
+            other.setValue(400, 2, 99.0F);
+            other.setValue(8, 2, 77.0F);  // under no edit
+        }
+        int asked = 0;
+        const auto ask = [&](const EditConflict& conflict) {
+            ++asked;
+            EXPECT_EQ(conflict.changed, 1U);
+            EXPECT_EQ(conflict.unknown, 0U);
+            const EditConflict::Cell& cell = conflict.cells.at(0);
+            EXPECT_EQ(cell.column, 2U);
+            EXPECT_EQ(cell.sample, 400U);
+            EXPECT_EQ(cell.read, 4002.0F);
+            EXPECT_EQ(cell.now, 99.0F);
+            return choice;
+        };
+        EXPECT_EQ(edited.save({}, ask), choice == Choice::Look ? JobOutcome::Cancelled : JobOutcome::Done);
+        EXPECT_EQ(asked, 1);
+        const std::vector<float> now = columnOf("a.ts", 2);
+        EXPECT_EQ(now[399], choice == Choice::Mine ? 5.0F : 99.0F);
+        EXPECT_EQ(now[400], choice == Choice::Look ? 4012.0F : 5.0F);
+        EXPECT_EQ(now[7], 77.0F);
+        EXPECT_EQ(edited.edits().isChanged(), choice == Choice::Look);
+        if (choice == Choice::Look)
+            continue;
+        // Nobody has changed it since. Mine gives back what it has overwritten, theirs is an edit like any
+        // other.
+        edited.edits().undo();
+        EXPECT_EQ(edited.save({}, ask), JobOutcome::Done);
+        EXPECT_EQ(asked, 1);
+        EXPECT_EQ(columnOf("a.ts", 2)[399], choice == Choice::Mine ? 99.0F : 5.0F);
+    }
+}
+
+TEST(EditedFile, BlocksTooLongToRememberAreAskedAboutWhereTheFileHasChangedAtAll)
+{
+    const TestDirectory directory;
+    constexpr std::uint32_t kSamples = 70'000;
+    makeFile("a.ts", kSamples, 1);
+    const auto reader = openTsFile("a.ts", true);
+    EditedFile edited(*reader, "a.ts");
+    edited.add({"add", {addStrip({1, 1, kSamples}, 1)}});
+    std::uint64_t unknown = 0;
+    const auto ask = [&](const EditConflict& conflict) {
+        unknown += conflict.unknown;
+        return EditedFile::Choice::Look;
+    };
+    std::filesystem::last_write_time("a.ts",
+                                     std::filesystem::file_time_type::clock::now() + std::chrono::hours(1));
+    EXPECT_EQ(edited.save({}, ask), JobOutcome::Cancelled);
+    EXPECT_EQ(unknown, kSamples);
 }

@@ -578,6 +578,37 @@ TEST(TsTableView, FileThatWasDeletedIsRescuedUnderItsOwnName)
     EXPECT_EQ(valueInFile(3, 1), 3.0F);
 }
 
+TEST(TsTableView, FileThatAnotherChangesUnderEditsIsToldAndTheUserChooses)
+{
+    const TestDirectory directory;
+    const Portal portal;
+    makeFile({1, 2, 3});
+    Window edit(1);
+    auto& strip = *edit.window().findChild<NoticeStrip*>();
+    edit.enter("8");
+    openTsFile("test.ts", false)->setValue(1, 1, 44.0F);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return strip.text() == "test.ts has changed."; }, 2000));
+    EXPECT_EQ(edit.callAndAnswer("sl_save", "&Look first"),
+              "Another program has changed test.ts since it was read.\n1 value that you have edited:\n"
+              "column 1, sample 1: was 1, is 44");
+    EXPECT_EQ(valueInFile(1, 1), 44.0F);
+    // A file in its place: the edits are kept until the user gives them up.
+    makeFile({5, 6, 7, 9});
+    std::filesystem::rename("test.ts", "other.ts");
+    EXPECT_TRUE(
+        QTest::qWaitFor([&] { return strip.text() == "test.ts is gone; it is shown as it was."; }, 2000));
+    EXPECT_EQ(strip.findChild<QPushButton*>()->text(), "Save as new file…");
+    std::filesystem::rename("other.ts", "test.ts");
+    edit.callAndAnswer("sl_reload", "&Cancel");
+    EXPECT_EQ(edit.view().rows().total(), 3);
+    edit.callAndAnswer("sl_reload", "&Discard");
+    EXPECT_EQ(edit.view().rows().total(), 4);
+    edit.enter("30");
+    edit.call("sl_save");
+    EXPECT_EQ(valueInFile(1, 1), 30.0F);
+    EXPECT_EQ(valueInFile(4, 1), 9.0F);
+}
+
 TEST(TsTableView, WhatCannotBeEditedIsListedAndSaysSo)
 {
     const TestDirectory directory;

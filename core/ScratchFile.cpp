@@ -250,6 +250,8 @@ JobOutcome ScratchFile::putInPlace(const fs::path& target, const GoesOn& goesOn)
     if (outcome == JobOutcome::Done) {
         if (m_isMarked)
             ::fremovexattr(m_owner, kMark);
+        // Whoever opens it next may lock it for himself, although it is closed later.
+        ::flock(m_owner, LOCK_UN);
         keep();
     }
     return outcome;

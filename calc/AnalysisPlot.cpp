@@ -2,9 +2,13 @@
 
 #include <QVector>
 
-#include <iterator>
+#include <algorithm>
+#include <cmath>
+#include <memory>
 #include <vector>
 
+#include "core/NumberTexts.h"
+#include "share/JobProgress.h"
 #include "share/PlotCanvas.h"
 
 namespace veltrac {
@@ -13,6 +17,7 @@ namespace {
 
 constexpr double kBandWidthMm = 0.1;
 constexpr int kBandStyle = 4;
+constexpr double kPictureShare = 2.5;   // of the height, beside the course
 constexpr unsigned kCoherenceOnly = 4;  // columns
 
 // Puts the two groups behind a group into it, thin and in its colour: the ends of its band.
@@ -53,6 +58,80 @@ bool showTwoChannels(PlotCanvas& canvas, const QString& file, unsigned columns)
     }
     canvas.plot().fitAll();
     canvas.replot();
+    return true;
+}
+
+bool showSpectrogram(PlotCanvas& canvas, const QString& file, double step, const std::string& unit)
+{
+    if (!canvas.showColumns(file, {1}, PlotCanvas::Axes::OneEach) || canvas.plot().groups().empty())
+        return false;
+    Group& group = canvas.plot().groups().front();
+    Variable& mark = group.variables().front()->variable();
+    mark.isMark = true;
+    mark.label.clear();
+    mark.unit.clear();
+    group.title = "Frequency [Hz]";
+    group.share = kPictureShare;
+    const auto image = std::make_shared<CellImage>(mark.source(), step, unit);
+    {
+        JobProgress progress(&canvas, QStringLiteral("Reading the spectrogram"));
+        if (image->build(progress.callback()) == JobOutcome::Cancelled) {
+            canvas.showText(QStringLiteral("The spectrogram was not read to its end."));
+            return false;
+        }
+    }
+    group.image = image;
+    canvas.plot().fitAll();
+    canvas.replot();
+    return true;
+}
+
+std::uint32_t pictureRow(const PlotCanvas& picture, double x)
+{
+    const std::vector<Group>& groups = picture.plot().groups();
+    if (groups.empty() || !groups.front().image || groups.front().variables().empty())
+        return 0;
+    const Variable& mark = groups.front().variables().front()->variable();
+    const XAxis& axis = picture.plot().axis();
+    const double first = axis.xOf(mark, 1);
+    const double step = mark.rows() > 1 ? (axis.xOf(mark, mark.rows()) - first) / (mark.rows() - 1.0) : 1.0;
+    const double row = std::round((x - first) / step) + 1.0;
+    return row >= 1.0 && row <= mark.rows() ? static_cast<std::uint32_t>(row) : 0;
+}
+
+void showCourse(PlotCanvas& canvas, double frequency)
+{
+    std::vector<Group>& groups = canvas.plot().groups();
+    if (groups.empty() || !groups.front().image)
+        return;
+    const CellImage& image = *groups.front().image;
+    const auto& mark = groups.front().variables().front()->variable();
+    const double column =
+        std::clamp(std::round(frequency / image.step()), 1.0, static_cast<double>(mark.source()->columns()));
+    Variable course(mark.source(), static_cast<std::uint32_t>(column));
+    course.label = generalNumber(column * image.step(), 6) + " Hz";
+    course.unit = image.unit();
+    groups.resize(1);
+    groups.emplace_back().variables().push_back(std::make_shared<HsVariable>(std::move(course)));
+    canvas.refresh(false);
+    canvas.plot().refitY();
+    canvas.replot();
+}
+
+bool showCut(const PlotCanvas& picture, double x, PlotCanvas& canvas)
+{
+    const std::uint32_t row = pictureRow(picture, x);
+    if (row == 0)
+        return false;
+    const CellImage& image = *picture.plot().groups().front().image;
+    std::vector<float> levels(image.source().columns());
+    image.source().readRows(row, 1, levels.data());
+    std::vector<double> frequencies;
+    frequencies.reserve(levels.size());
+    for (std::size_t k = 1; k <= levels.size(); ++k)
+        frequencies.push_back(static_cast<double>(k) * image.step());
+    canvas.showValues(frequencies, QStringLiteral("Freq[Hz]"),
+                      {{QStringLiteral("At A"), QString::fromStdString(image.unit()), levels}});
     return true;
 }
 

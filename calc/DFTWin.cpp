@@ -9,12 +9,14 @@
 #include <QToolBar>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <cmath>
 #include <exception>
 
 #include "calc/AnalysisPlot.h"
 #include "calc/PeakTable.h"
 #include "calc/SecondColumnFields.h"
+#include "calc/Spectrogram.h"
 #include "calc/Spectrum.h"
 #include "calc/SpectrumDoubts.h"
 #include "calc/SpectrumFields.h"
@@ -24,6 +26,7 @@
 #include "core/TsExceptions.h"
 #include "core/TsNames.h"
 #include "share/ActionRow.h"
+#include "share/AxisLimitsDialog.h"
 #include "share/Boxes.h"
 #include "share/JobProgress.h"
 #include "share/PlotCanvas.h"
@@ -39,6 +42,7 @@ using namespace veltrac;
 namespace {
 
 constexpr int kSpectrumPanelWidth = 300;
+constexpr int kCutHeight = 170;
 constexpr double kLagParts = 1000.0;  // of a sample, finer than a greatest is found
 
 bool askToGoOn(QWidget* window, const QString& text, const QString& yes)
@@ -63,6 +67,12 @@ DFTWin::DFTWin(const QString& file, unsigned column, QWidget* parent)
     panel()->addWidget(m_fields);
     panel()->addSpacing(6);
     panel()->addWidget(m_peaks, 1);
+    m_cut = new PlotCanvas(panel()->parentWidget());
+    m_cut->setMinimumHeight(kCutHeight);
+    m_cut->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Expanding);
+    m_cut->setAccessibleName(QStringLiteral("Spectrum at cursor A"));
+    m_cut->hide();
+    panel()->addWidget(m_cut, 1);
     panel()->addWidget(readout());
     createActions();
 
@@ -74,6 +84,9 @@ DFTWin::DFTWin(const QString& file, unsigned column, QWidget* parent)
         emit canvas()->x_cursors_changed();
     });
     connect(m_peaks, &PeakTable::x_told, this,
+            [this](const QString& text) { statusBar()->showMessage(text); });
+    connect(canvas(), &PlotCanvas::x_cursors_changed, this, &DFTWin::showCuts);
+    connect(m_cut, &PlotCanvas::x_told, this,
             [this](const QString& text) { statusBar()->showMessage(text); });
     source()->choose(file, column);
     canvas()->showText(QStringLiteral("Choose a file and a column, then execute the calculation."));
@@ -114,12 +127,27 @@ void DFTWin::createAxesMenu()
         action->setCheckable(true);
         connect(action, &QAction::triggered, this, &DFTWin::applyAxes);
     }
+    axes->addSeparator();
+    m_colorRange = axes->addAction(QStringLiteral("&Colour range..."), this, &DFTWin::sl_colorRange);
+    m_means = axes->addAction(QStringLiteral("&Mean of the cells under a pixel"));
+    m_means->setCheckable(true);
+    connect(m_means, &QAction::toggled, this, [this](bool on) {
+        if (CellImage* const image = picture()) {
+            image->showsMeans = on;
+            canvas()->replot();
+        }
+    });
     // The canvas has the same choices in its own menu.
     connect(axes, &QMenu::aboutToShow, this, [this] {
         if (!hasResult())
             return;
         const Plot2D& plot = canvas()->plot();
-        m_logFrequency->setChecked(plot.axis().logarithmic);
+        m_colorRange->setEnabled(picture() != nullptr);
+        m_means->setEnabled(picture() != nullptr);
+        m_logFrequency->setChecked(picture() != nullptr ? plot.groups().front().isLogarithmic()
+                                                        : plot.axis().logarithmic);
+        if (picture() != nullptr)
+            return;
         m_logValues->setEnabled(!m_isDecibel);
         m_logValues->setChecked(!plot.groups().empty() && plot.groups().front().isLogarithmic());
     });
@@ -127,6 +155,10 @@ void DFTWin::createAxesMenu()
 
 void DFTWin::applyAxes()
 {
+    if (picture() != nullptr) {
+        canvas()->setLogarithmicY(0, m_logFrequency->isChecked());
+        return;
+    }
     // Levels in dB are logarithms already, and most of them are below 0.
     if (m_isDecibel)
         m_logValues->setChecked(false);
@@ -176,6 +208,10 @@ void DFTWin::sl_execute()
     SpectrumRequest request = m_fields->request();
     if (m_fields->method() == SpectrumMethod::Correlation) {
         computeCorrelation(*file, request);
+        return;
+    }
+    if (m_fields->method() == SpectrumMethod::Spectrogram) {
+        computeSpectrogram(*file, request);
         return;
     }
     if (m_fields->second().hasTwoChannels()) {
@@ -288,12 +324,100 @@ void DFTWin::computeTwoChannels(TSFILE& file, const SpectrumRequest& request)
         return;
     m_isDecibel = true;
     m_peaks->hide();
+    m_cut->hide();
     tellResult(m_fields->planText());
     if (!showTwoChannels(*canvas(), resultFile(), twoChannelColumns(both.result)))
         return;
     canvas()->setSuggestedName(QFileInfo(resultSource()).completeBaseName() + QStringLiteral("_fft"));
     applyAxes();
 }
+
+// -- Over time --
+
+CellImage* DFTWin::picture() const
+{
+    const std::vector<Group>& groups = canvas()->plot().groups();
+    return groups.empty() ? nullptr : groups.front().image.get();
+}
+
+void DFTWin::computeSpectrogram(TSFILE& file, SpectrumRequest request)
+{
+    if (!clearDoubts(file, source()->file(), request))
+        return;
+    const SpectrumPlan plan = planSpectrum(request);
+    const std::string unit = spectrumUnit(file, request);
+    const auto job = [&](const Progress& progress, std::unique_ptr<ResultFile>& made) {
+        made = std::make_unique<ResultFile>("tempDFT", plan.segments, plan.bins);
+        describeSpectrogram(file, request, made->file());
+        return veltrac::computeSpectrogram(file, request, made->file(), progress);
+    };
+    if (!calculate(QStringLiteral("Spectrogram of %1").arg(sourceName()), QStringLiteral("Computing..."),
+                   job))
+        return;
+    m_isDecibel = true;  // the picture has no axis of values
+    m_peaks->hide();
+    tellResult(QStringLiteral("%1 samples of %2 columns")
+                   .arg(QString::fromStdString(groupedDigits(plan.segments)),
+                        QString::fromStdString(groupedDigits(plan.bins))));
+    if (!showSpectrogram(*canvas(), resultFile(), plan.resolution, unit))
+        return;
+    canvas()->setSuggestedName(QFileInfo(resultSource()).completeBaseName() + QStringLiteral("_spec"));
+    picture()->showsMeans = m_means->isChecked();
+    canvas()->setLogarithmicY(0, m_logFrequency->isChecked());
+    m_cut->showText(QStringLiteral("A click sets cursor A, whose spectrum stands here."));
+    m_cut->show();
+}
+
+void DFTWin::showCuts()
+{
+    if (picture() == nullptr)
+        return;
+    try {
+        if (canvas()->plot().cursor(Plot2D::A))
+            showCut(*canvas(), *canvas()->plot().cursor(Plot2D::A), *m_cut);
+        if (canvas()->groupAt(m_mouse) == 0 && canvas()->plotArea().contains(m_mouse))
+            showCourse(*canvas(), canvas()->yAt(0, m_mouse.y()));
+    } catch (const TS::Failure&) {
+        statusBar()->showMessage(QStringLiteral("The scratch file could not be read"));
+    }
+}
+
+void DFTWin::sl_cursor_moved(int x, int y, int buttons)
+{
+    m_mouse = QPoint(x, y);
+    if (picture() == nullptr || !hasResult()) {
+        ResultWindow::sl_cursor_moved(x, y, buttons);
+        return;
+    }
+    Readout rows = canvas()->readoutAt(x);
+    try {
+        if (canvas()->groupAt(m_mouse) == 0) {
+            const double frequency = canvas()->yAt(0, y);
+            const std::uint32_t row = pictureRow(*canvas(), canvas()->xAt(x));
+            const double level = picture()->valueAt(row, frequency);
+            rows.push_back({"Frequency", generalNumber(frequency, 5) + " Hz"});
+            rows.push_back({"Level", generalNumber(level, 5) + " " + picture()->unit()});
+        }
+    } catch (const TS::Failure&) {
+        statusBar()->showMessage(QStringLiteral("The scratch file could not be read"));
+    }
+    readout()->showTable(rows);
+}
+
+void DFTWin::sl_colorRange()
+{
+    CellImage* const image = picture();
+    if (image == nullptr)
+        return;
+    AxisLimits limits{image->low, image->high, false, false};
+    if (!askAxisLimits(this, QStringLiteral("Colour range"), false, limits))
+        return;
+    image->low = std::min(limits.from, limits.to);
+    image->high = std::max(limits.from, limits.to);
+    canvas()->replot();
+}
+
+// -- Lags --
 
 void DFTWin::computeCorrelation(TSFILE& file, const SpectrumRequest& request)
 {
@@ -317,6 +441,7 @@ void DFTWin::computeCorrelation(TSFILE& file, const SpectrumRequest& request)
         return;
     m_isDecibel = true;  // it may be negative: there is no logarithm of it
     m_peaks->hide();
+    m_cut->hide();
     tellResult(m_fields->planText());
     if (!canvas()->showColumns(resultFile(), {2}))
         return;
@@ -336,6 +461,7 @@ void DFTWin::showResult(const SpectrumRequest& request)
     QVector<unsigned> columns{2};
     if (request.result == SpectrumResult::RealImaginary)
         columns << 3;
+    m_cut->hide();
     m_peaks->show();
     if (!canvas()->showColumns(resultFile(), columns))
         return;

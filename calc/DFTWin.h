@@ -8,6 +8,7 @@ class QAction;
 
 namespace veltrac {
 
+class CellImage;
 class PeakTable;
 class SpectrumFields;
 
@@ -22,10 +23,13 @@ public:
     explicit DFTWin(const QString& file = QString(), unsigned column = 0, QWidget* parent = nullptr);
 
 public slots:
+    // In a picture also frequency and level.
+    void sl_cursor_moved(int x, int y, int buttons) override;
     void sl_help();
     void sl_execute() override;
     void sl_saveResults() override;
     void sl_harmonics();
+    void sl_colorRange();
 
 protected:
     void sourceChanged(TSFILE* file) override;
@@ -42,6 +46,10 @@ private:
     // The same with a second column, and of lags.
     void computeTwoChannels(TSFILE& file, const veltrac::SpectrumRequest& request);
     void computeCorrelation(TSFILE& file, const veltrac::SpectrumRequest& request);
+    void computeSpectrogram(TSFILE& file, veltrac::SpectrumRequest request);
+    // What belongs to the picture: the spectrum at cursor A, the course at the frequency of the click.
+    void showCuts();
+    veltrac::CellImage* picture() const;
     std::unique_ptr<TSFILE> openSecond();
     void showResult(const veltrac::SpectrumRequest& request);
     void tellResult(const QString& what);
@@ -54,6 +62,10 @@ private:
     QAction* m_save = nullptr;
     QAction* m_logFrequency = nullptr;
     QAction* m_logValues = nullptr;
+    QAction* m_colorRange = nullptr;
+    QAction* m_means = nullptr;
+    PlotCanvas* m_cut = nullptr;  // beneath the fields while there is a picture
+    QPoint m_mouse;               // where it was last, in the canvas
 
     double m_dt = 0.0;         // of the source
     bool m_isDecibel = false;  // the result, or a phase beside it

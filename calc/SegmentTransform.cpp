@@ -26,7 +26,8 @@ double SegmentTransform::load(std::uint32_t s)
 {
     const std::span<double> samples = std::span(m_samples).first(m_weights.size());
     m_reader.read(static_cast<std::uint32_t>(m_from + std::uint64_t{s} * m_hop), samples, {});
-    const double mean = removeTrend(samples, m_trend);
+    double mean = 0.0;
+    removeTrend(samples, m_trend, mean, {});
     for (std::size_t i = 0; i < samples.size(); ++i)
         samples[i] *= m_weights[i];
     realFft(static_cast<int>(m_samples.size()), m_samples.data(), m_re.data(), m_im.data(), {});

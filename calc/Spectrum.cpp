@@ -169,6 +169,8 @@ JobOutcome wholeRange(TSFILE& source, const SpectrumRequest& request, const Spec
             JobOutcome::Cancelled ||
         !transform.run(partOf(progress, 35, 70)))
         return JobOutcome::Cancelled;
+    // Giving so much memory back takes its time, too: not all at once.
+    transform.x.reset();
 
     const Scale scale = scaleOf(request, window);
     RowWriter rows(target, plan.resolution);

@@ -11,6 +11,7 @@
 #include <cmath>
 
 #include "calc/SecondColumnFields.h"
+#include "calc/Spectrogram.h"
 #include "calc/Spectrum.h"
 #include "calc/SpectrumTexts.h"
 #include "calc/WindowShape.h"
@@ -74,8 +75,8 @@ void SpectrumFields::createChoices()
         segments << QString::number(n);
     m_trend = boxOf(trends);
     m_window = boxOf(windows);
-    m_method = boxOf(
-        {QStringLiteral("Whole range"), QStringLiteral("Averaged segments"), QStringLiteral("Correlation")});
+    m_method = boxOf({QStringLiteral("Whole range"), QStringLiteral("Averaged segments"),
+                      QStringLiteral("Correlation"), QStringLiteral("Spectrogram")});
     m_segment = boxOf(segments);
     m_segment->setEditable(true);
     m_segment->setInsertPolicy(QComboBox::NoInsert);
@@ -105,7 +106,8 @@ void SpectrumFields::addRows(QFormLayout& form)
         {"&Method:", m_method, "", nullptr,
          "The whole range at once shows every line as finely as the range allows; averaged segments show "
          "noise "
-         "smoothly and need little memory; a correlation tells how alike the column is to itself, or to a "
+         "smoothly and need little memory; a spectrogram shows them one after another over time; a "
+         "correlation tells how alike the column is to itself, or to a "
          "second "
          "one, after a while."},
         {"Se&gment length:", m_segment, "&Overlap:", m_overlap,
@@ -184,7 +186,8 @@ SpectrumRequest SpectrumFields::request() const
     SpectrumRequest request = m_source;
     request.trend = static_cast<SpectrumTrend>(m_trend->currentIndex());
     request.window = static_cast<SpectrumWindow>(m_window->currentIndex());
-    request.averaged = method() == SpectrumMethod::AveragedSegments;
+    request.averaged =
+        method() == SpectrumMethod::AveragedSegments || method() == SpectrumMethod::Spectrogram;
     request.segment = m_segment->currentText().trimmed().toUInt();
     request.overlapPercent = kOverlaps[m_overlap->currentIndex()];
     request.pad = m_length->currentIndex() == Pad;
@@ -208,6 +211,9 @@ QString SpectrumFields::findReason(QWidget*& field) const
         return QStringLiteral("A segment has 256 to 1 048 576 samples.");
     if (planSpectrum(wanted).segments == 0)
         return QStringLiteral("The range is shorter than one segment.");
+    if (method() == SpectrumMethod::Spectrogram)
+        return m_second->isOn() ? QStringLiteral("A spectrogram is one of a single column.")
+                                : QString::fromStdString(spectrogramComplaint(wanted));
     if (m_second->isOn() || method() == SpectrumMethod::Correlation)
         return m_second->findReason(wanted, field);
     field = m_result;
@@ -227,7 +233,7 @@ QString SpectrumFields::planText() const
 
 void SpectrumFields::enableFields()
 {
-    const bool averaged = method() == SpectrumMethod::AveragedSegments;
+    const bool averaged = request().averaged;
     const bool correlates = method() == SpectrumMethod::Correlation;
     m_segment->setEnabled(averaged);
     m_overlap->setEnabled(averaged);

@@ -4,6 +4,6 @@
 namespace veltrac {
 
 // In the order of the box "Method".
-enum class SpectrumMethod { WholeRange, AveragedSegments, Correlation };
+enum class SpectrumMethod { WholeRange, AveragedSegments, Correlation, Spectrogram };
 
 }  // namespace veltrac

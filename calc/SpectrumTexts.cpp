@@ -76,13 +76,17 @@ const char* spectrumResultName(SpectrumResult result)
     return rowOf(result).name;
 }
 
+std::string spectrumUnit(TSFILE& source, const SpectrumRequest& request)
+{
+    return resultUnit(std::string(unitIn(headerUtf8(source.columnDescription(request.column)))), request);
+}
+
 void describeSpectrum(TSFILE& source, const SpectrumRequest& request, TSFILE& spectrum)
 {
     const ResultRow& row = rowOf(request.result);
     const bool parts = request.result == SpectrumResult::RealImaginary;
     const std::string column = " of " + headerUtf8(source.columnName(request.column));
-    const std::string unit =
-        resultUnit(std::string(unitIn(headerUtf8(source.columnDescription(request.column)))), request);
+    const std::string unit = spectrumUnit(source, request);
     spectrum.dt(static_cast<float>(planSpectrum(request).resolution));
     spectrum.timeUnit("Frequency[Hz]");
     spectrum.columnName(1, "Freq");

@@ -18,6 +18,9 @@ std::string planText(const SpectrumRequest& request);
 const char* spectrumResultName(SpectrumResult result);
 inline constexpr int kSpectrumResults = 5;
 
+// The unit of the result: "V²/Hz", "dB re 1 V"; UTF-8.
+std::string spectrumUnit(TSFILE& source, const SpectrumRequest& request);
+
 // Gives the file of a spectrum the names, units, descriptions and stamps of its columns, its resolution as
 // sample time, and "Frequency[Hz]" as time unit.
 void describeSpectrum(TSFILE& source, const SpectrumRequest& request, TSFILE& spectrum);

@@ -330,7 +330,7 @@ void Recording::feed(std::string_view bytes)
 
 void Recording::finish(bool whole)
 {
-    m_text ? m_text->end(whole, m_rows) : m_frames->end(m_rows);
+    m_text ? m_text->end(whole, m_rows) : m_frames->end();
     takeRows();
     m_writer->finish();
 }

@@ -199,7 +199,7 @@ void FrameRows::feed(std::string_view bytes, Rows& rows)
     rows.count += count;
 }
 
-void FrameRows::end(Rows& /*rows*/)
+void FrameRows::end()
 {
     m_counts.endsWithin = !m_rest.empty();
     m_rest.clear();

@@ -87,7 +87,8 @@ public:
     FrameRows(std::size_t columns, bool timed);
 
     void feed(std::string_view bytes, Rows& rows);
-    void end(Rows& rows);
+    // No more will come.
+    void end();
 
     const RowCounts& counts() const noexcept { return m_counts; }
 

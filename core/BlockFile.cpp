@@ -13,8 +13,6 @@ namespace veltrac {
 
 namespace {
 
-constexpr std::uint32_t kShortRead = 100000;
-constexpr std::uint32_t kShortWrite = 200000;
 constexpr long long kSeekFailed = -1;
 
 // What one positioned transfer came to: the bytes moved, or kSeekFailed.

@@ -14,6 +14,10 @@
 
 namespace veltrac {
 
+// What marks the byte counts of a transfer that fell short, see TS::IO_ERROR.
+inline constexpr std::uint32_t kShortRead = 100000;
+inline constexpr std::uint32_t kShortWrite = 200000;
+
 class BlockFile
 {
 public:

@@ -12,14 +12,13 @@ namespace veltrac {
 using GoesOn = std::function<bool()>;
 
 // Throw std::system_error. With `goesOn` the disk is waited for on a thread of its own while that is asked on
-// the caller's; once it says no, no more than the next few megabytes are waited for, and the file is not
-// safely on the disk.
+// the caller's; once it says no, the thread is left to end by itself, and the file is not safely on the disk.
 void syncToDisk(const std::filesystem::path& file);
 JobOutcome syncToDisk(const std::filesystem::path& file, const GoesOn& goesOn);
-// Of an open file.
+// Of an open file, which stays in use: after a cancel the next megabytes are waited for.
 JobOutcome syncToDisk(int descriptor, const GoesOn& goesOn);
 
-// The names in it. On a file system that cannot sync directories nothing more can be done than to try.
-void syncDirectory(const std::filesystem::path& directory);
+// The names in it. A file system that cannot sync directories is not waited for.
+void syncDirectory(const std::filesystem::path& directory, const GoesOn& goesOn);
 
 }  // namespace veltrac

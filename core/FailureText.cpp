@@ -4,13 +4,12 @@
 #include <new>
 #include <system_error>
 
+#include "core/BlockFile.h"
 #include "core/TsExceptions.h"
 
 namespace veltrac {
 
 namespace {
-
-constexpr unsigned kOfAWrite = 200000;  // byte counts from here on are those of a write, see TS::IO_ERROR
 
 std::string textOf(const std::error_code& code)
 {
@@ -48,7 +47,7 @@ std::string reasonOfFailure()
     try {
         throw;
     } catch (const TS::IO_ERROR& e) {
-        return e.value2 >= kOfAWrite ? "the disk took no more (is it full?)"
+        return e.value2 >= kShortWrite ? "the disk took no more (is it full?)"
                                      : "the file cannot be read (is it cut short?)";
     } catch (const TS::READONLY_VIOLATION&) {
         return "the file is read-only";

@@ -33,7 +33,7 @@ void Group::setLogarithmic(bool on)
 {
     m_logarithmic = on;
     for (const auto& v : m_variables)
-        v->setLogarithmic(on);
+        v->setLogarithmic(on && !image);
     if (on && m_y1 <= 0.0) {
         m_y2 = m_y2 > 0.0 ? m_y2 : 1.0;
         m_y1 = m_y2 / 1000.0;
@@ -63,6 +63,10 @@ void Group::widen(Limits& limits, const HsVariable& v, std::uint32_t first, std:
 
 void Group::fitY(const XAxis& axis, double x1, double x2)
 {
+    if (image) {
+        setLimits(image->least(), image->greatest());
+        return;
+    }
     Limits limits{std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity()};
     for (const auto& v : m_variables)
         if (v->isBuilt())
@@ -72,6 +76,10 @@ void Group::fitY(const XAxis& axis, double x1, double x2)
 
 void Group::fitY()
 {
+    if (image) {
+        setLimits(image->least(), image->greatest());
+        return;
+    }
     Limits limits{std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity()};
     for (const auto& v : m_variables)
         widen(limits, *v, v->variable().firstRow(), v->variable().rows());

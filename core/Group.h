@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "core/CellImage.h"
 #include "core/HsVariable.h"
 #include "core/XAxis.h"
 
@@ -20,6 +21,9 @@ public:
     std::string title;   // UTF-8; empty: the labels of the variables
     double share = 1.0;  // of the plot's height, relative to the other groups
     YMode mode = YMode::Whole;
+    // Drawn instead of the first variable, a mark whose rows are the picture's samples: y is the picture's
+    // own axis.
+    std::shared_ptr<veltrac::CellImage> image;
 
     Variables& variables() noexcept { return m_variables; }
     const Variables& variables() const noexcept { return m_variables; }

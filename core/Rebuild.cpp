@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "core/BlockFile.h"
 #include "core/FileLock.h"
 #include "core/SafeChange.h"
 #include "core/TsExceptions.h"
@@ -15,7 +16,6 @@ namespace veltrac {
 namespace {
 
 constexpr std::uint32_t kRebuiltBytes = 1U << 20;
-constexpr std::uint32_t kOfARead = 100000;  // what marks the byte counts of a read, see TS::IO_ERROR
 
 // Counts that the file does not hold would be copied as far as they go, through a buffer of their size.
 void requireHeld(TSFILE& from, const BlockFile& image, std::uint32_t samples)
@@ -23,7 +23,7 @@ void requireHeld(TSFILE& from, const BlockFile& image, std::uint32_t samples)
     const std::uint64_t needed = tsFileBytes(samples, from.columns());
     if (needed > image.size())
         throw TS::IO_ERROR(static_cast<std::uint32_t>(std::min<std::uint64_t>(image.size(), UINT32_MAX)),
-                           kOfARead, 1);
+                           kShortRead, 1);
 }
 
 // Makes a file of zeros in the byte order of another: a program on the machine that wrote the old one goes

@@ -25,7 +25,6 @@ namespace fs = std::filesystem;
 
 // Keeping the old values is the smaller part of a change, in hundredths.
 constexpr std::uint64_t kKeepingShare = 25;
-constexpr std::uint32_t kOfARead = 100000;  // what marks the byte counts of a read, see TS::IO_ERROR
 
 [[noreturn]] void refuse(int error, const fs::path& path)
 {
@@ -102,10 +101,7 @@ void PendingFile::commit()
 
 JobOutcome PendingFile::commit(const Progress& progress)
 {
-    if (progress && syncToDisk(path(), [&progress] { return progress(1, 1); }) == JobOutcome::Cancelled)
-        return JobOutcome::Cancelled;
-    commit();
-    return JobOutcome::Done;
+    return m_scratch.putInPlace(m_real, progress ? [&progress] { return progress(1, 1); } : GoesOn());
 }
 
 namespace {
@@ -118,7 +114,7 @@ HeadBytes readHead(const BlockFile& file, std::uint64_t bytes)
     HeadBytes head(std::min(bytes, file.size()));
     const std::lock_guard guard(BlockFile::lock());
     if (file.readRun(0, head) != head.size())
-        throw TS::IO_ERROR(static_cast<std::uint32_t>(head.size()), kOfARead, 1);
+        throw TS::IO_ERROR(static_cast<std::uint32_t>(head.size()), kShortRead, 1);
     return head;
 }
 

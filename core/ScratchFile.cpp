@@ -16,6 +16,7 @@
 #include <utility>
 
 #include "core/DiskSync.h"
+#include "core/LateRelease.h"
 #include "core/Utf8.h"
 
 namespace veltrac {
@@ -130,6 +131,11 @@ fs::path freeName(const fs::path& directory, const std::string& stem, const std:
 
 void putInPlace(const fs::path& finished, const fs::path& target)
 {
+    putInPlace(finished, target, {});
+}
+
+JobOutcome putInPlace(const fs::path& finished, const fs::path& target, const GoesOn& goesOn)
+{
     // The new file keeps the rights that the user gave the old one.
     struct stat old = {};
     const bool exists = ::stat(target.c_str(), &old) == 0;
@@ -140,12 +146,18 @@ void putInPlace(const fs::path& finished, const fs::path& target)
     }
     if (exists && ::chmod(finished.c_str(), old.st_mode & 07777) != 0)
         fail(finished.string());
-    syncToDisk(finished);
+    if (syncToDisk(finished, goesOn) == JobOutcome::Cancelled)
+        return JobOutcome::Cancelled;
     // A link stays a link: what it points to is replaced.
     std::error_code notALink;
     const fs::path real = fs::is_symlink(target, notALink) ? fs::canonical(target, notALink) : target;
-    fs::rename(finished, real.empty() ? target : real);
-    syncDirectory(target.parent_path());
+    {
+        const LateRelease oldContents(target);
+        fs::rename(finished, real.empty() ? target : real);
+    }
+    // It is too late for a cancel.
+    syncDirectory(target.parent_path(), goesOn ? [&goesOn] { return goesOn(), true; } : GoesOn());
+    return JobOutcome::Done;
 }
 
 void lockAsOwner(int descriptor) noexcept
@@ -218,7 +230,7 @@ ScratchFile::~ScratchFile()
         scratchFiles().remove(m_path);
     }
     if (m_owner >= 0)
-        ::close(m_owner);
+        closeLate(m_owner);
 }
 
 void ScratchFile::keep() noexcept
@@ -232,12 +244,15 @@ bool isScratchFile(const fs::path& path)
     return scratchFiles().has(path);
 }
 
-void ScratchFile::putInPlace(const fs::path& target)
+JobOutcome ScratchFile::putInPlace(const fs::path& target, const GoesOn& goesOn)
 {
-    veltrac::putInPlace(m_path, target);
-    if (m_isMarked)
-        ::fremovexattr(m_owner, kMark);
-    keep();
+    const JobOutcome outcome = veltrac::putInPlace(m_path, target, goesOn);
+    if (outcome == JobOutcome::Done) {
+        if (m_isMarked)
+            ::fremovexattr(m_owner, kMark);
+        keep();
+    }
+    return outcome;
 }
 
 void ScratchFile::takePlaceOf(ScratchFile& older)

@@ -4,6 +4,8 @@
 #include <filesystem>
 #include <string>
 
+#include "core/DiskSync.h"
+
 namespace veltrac {
 
 // The directory of scratch files: TMPDIR, else the system's own.
@@ -16,6 +18,10 @@ std::filesystem::path freeName(const std::filesystem::path& directory, const std
 // Syncs the file, renames it over `target` in one step, and syncs the directory: at every moment a whole
 // file bears the name. Throws std::system_error, the finished file and the old target untouched.
 void putInPlace(const std::filesystem::path& finished, const std::filesystem::path& target);
+// The same, `goesOn` being asked while the disk is waited for. Cancelled before the name is taken: both files
+// are untouched.
+JobOutcome putInPlace(const std::filesystem::path& finished, const std::filesystem::path& target,
+                      const GoesOn& goesOn);
 
 // Whether a path is one of the scratch files that this process is working on.
 bool isScratchFile(const std::filesystem::path& path);
@@ -49,8 +55,9 @@ public:
 
     const std::filesystem::path& path() const noexcept { return m_path; }
 
-    // As the function above; afterwards the file is no scratch file any more.
-    void putInPlace(const std::filesystem::path& target);
+    // As the functions above; afterwards the file is no scratch file any more, unless that was cancelled.
+    void putInPlace(const std::filesystem::path& target) { putInPlace(target, {}); }
+    JobOutcome putInPlace(const std::filesystem::path& target, const GoesOn& goesOn);
     // Comes under the name of another scratch file, whose contents go; it stays one.
     void takePlaceOf(ScratchFile& older);
     // Leaves the file where it is when the object goes.

@@ -4,13 +4,19 @@
 #include <cmath>
 #include <string>
 
+#include "core/NumberTexts.h"
 #include "core/PlotCurves.h"
 #include "share/BasicDriver.h"
+#include "share/ColorMap.h"
 #include "share/Dashes.h"
+#include "share/ImageDevice.h"
 
 using namespace veltrac;
 
 namespace {
+
+constexpr int kMostImageColumns = 1600;
+constexpr int kBarDigits = 3;
 
 constexpr float kFrameWidthMm = 0.2F;
 constexpr float kTickWidthMm = 0.2F;
@@ -26,6 +32,42 @@ constexpr float kRightChars = 3.5F;                    // behind the last label'
 constexpr float kLegendStroke = 2.5F;
 constexpr float kLegendGap = 1.2F;
 constexpr int kEdgePixels = 2;
+
+// A rendered view in colours, without the margins where no cell is; in fractions of the frame.
+struct CellPicture
+{
+    float x1 = 0.0F, y1 = 0.0F, x2 = 0.0F, y2 = 0.0F;
+    PixelImage pixels;
+};
+
+CellPicture pictureOf(const std::vector<float>& cells, int width, int height, double low, double high)
+{
+    const auto at = [&](int x, int y) { return cells[static_cast<std::size_t>(y * width + x)]; };
+    int left = width, right = -1, bottom = height, top = -1;
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+            if (!std::isnan(at(x, y))) {
+                left = std::min(left, x);
+                right = std::max(right, x);
+                bottom = std::min(bottom, y);
+                top = std::max(top, y);
+            }
+    CellPicture picture;
+    if (right < 0)
+        return picture;
+    const auto part = [](int pixel, int of) { return static_cast<float>(pixel) / static_cast<float>(of); };
+    picture = {part(left, width), part(bottom, height), part(right + 1, width), part(top + 1, height), {}};
+    picture.pixels.width = right - left + 1;
+    picture.pixels.height = top - bottom + 1;
+    picture.pixels.rgb.reserve(3 * static_cast<std::size_t>(picture.pixels.width) *
+                               static_cast<std::size_t>(picture.pixels.height));
+    for (int y = top; y >= bottom; --y)
+        for (int x = left; x <= right; ++x) {
+            const MapColor color = mappedColor(static_cast<double>(at(x, y)), low, high);
+            picture.pixels.rgb.insert(picture.pixels.rgb.end(), {color.r, color.g, color.b});
+        }
+    return picture;
+}
 
 // One drawing of one plot.
 class Sheet
@@ -104,6 +146,8 @@ private:
 
     bool hasLegend(std::size_t i) const
     {
+        if (group(i).image)
+            return true;
         if (!m_plot.legend)
             return false;
         int shown = 0;
@@ -335,8 +379,10 @@ private:
     {
         drawAxes(i);
         m_driver.SetClip(true);
+        if (group(i).image)
+            drawCells(i);
         for (const Curve& curve : m_curves)
-            if (curve.group == m_layout.groupOf[i])
+            if (curve.group == m_layout.groupOf[i] && !(group(i).image && curve.variable->variable().isMark))
                 drawCurve(curve);
         if (m_look.cursors)
             drawCursors();
@@ -346,8 +392,79 @@ private:
         m_driver.DrawFrame(0.0F, 0.0F, 1.0F, 1.0F, kFrameWidthMm * m_look.widthFactor);
         drawTitleInside(i);
         drawFailures(i);
-        if (hasLegend(i))
+        if (group(i).image)
+            drawColorBar(i);
+        else if (hasLegend(i))
             drawLegend(i);
+    }
+
+    // -- Pictures --
+
+    // Edges of the picture's pixels in samples, where 1 is the beginning of the first.
+    std::vector<double> sampleEdges(const Variable& v, int width) const
+    {
+        const XAxis& axis = m_plot.axis();
+        const double first = axis.xOf(v, 1);
+        const double step = v.rows() > 1 ? (axis.xOf(v, v.rows()) - first) / (v.rows() - 1.0) : 1.0;
+        std::vector<double> edges;
+        edges.reserve(static_cast<std::size_t>(width) + 1);
+        for (int i = 0; i <= width; ++i)
+            edges.push_back(1.5 + (m_plot.xAtFraction(static_cast<double>(i) / width) - first) / step);
+        return edges;
+    }
+
+    void drawCells(std::size_t i)
+    {
+        const Group& g = group(i);
+        if (!g.image->isBuilt() || g.variables().empty())
+            return;
+        const PlotLayout::Frame& f = m_layout.groups[i];
+        const int width = std::clamp(plotColumns(), 1, kMostImageColumns);
+        const int height =
+            std::clamp(static_cast<int>(std::lround((f.y2 - f.y1) / (f.x2 - f.x1) / deviceAspect() *
+                                                    static_cast<float>(plotColumns()))),
+                       1, kMostImageColumns);
+        setViewport(i);
+        m_driver.SetWindow(0.0F, 0.0F, 1.0F, 1.0F);
+        std::vector<double> places;
+        places.reserve(static_cast<std::size_t>(height) + 1);
+        const double low = g.toScale(g.y1());
+        for (int k = 0; k <= height; ++k)
+            places.push_back(g.fromScale(low + (g.toScale(g.y2()) - low) * k / height));
+        std::vector<float> cells;
+        g.image->render(sampleEdges(g.variables().front()->variable(), width), places, cells);
+        const CellPicture picture = pictureOf(cells, width, height, g.image->low, g.image->high);
+        drawImage(m_driver, picture.x1, picture.y1, picture.x2, picture.y2, picture.pixels);
+    }
+
+    // The colours and what they stand for, in the place of the legend.
+    void drawColorBar(std::size_t i)
+    {
+        constexpr int kColors = 128;
+        constexpr float kBarChars = 16.0F;
+        const CellImage& image = *group(i).image;
+        PixelImage bar{kColors, 1, {}};
+        for (int c = 0; c < kColors; ++c) {
+            const MapColor color = mappedColor(c, 0.0, kColors - 1.0);
+            bar.rgb.insert(bar.rgb.end(), {color.r, color.g, color.b});
+        }
+        whole();
+        const PlotLayout::Frame& f = m_layout.groups[i];
+        const float base = f.y2 + 0.35F * m_charHeight;
+        const std::string low = significantNumber(image.low, kBarDigits);
+        const std::string high =
+            significantNumber(image.high, kBarDigits) + (image.unit().empty() ? "" : " " + image.unit());
+        float width = 0.0F;
+        m_driver.TextExtent(low.c_str(), &width, nullptr);
+        m_driver.SetTextJustification(0.0F, 0.0F);
+        m_driver.MoveTo(f.x1, base);
+        m_driver.Text(low.c_str(), 0, 0.0F, 0);
+        const float left = f.x1 + width + 0.6F * m_charWidth;
+        const float right = std::min(left + kBarChars * m_charWidth, f.x2);
+        drawImage(m_driver, left, base, right, base + 0.8F * m_charHeight, bar);
+        plainPen();
+        m_driver.MoveTo(right + 0.6F * m_charWidth, base);
+        m_driver.Text(high.c_str(), 0, 0.0F, 0);
     }
 
     void penOf(const Variable& v)

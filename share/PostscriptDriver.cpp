@@ -213,6 +213,40 @@ void PostscriptDriver::outline()
     m_y = beforeY;
 }
 
+void PostscriptDriver::DrawImage(float x1, float y1, float x2, float y2, const veltrac::PixelImage& image)
+{
+    constexpr std::size_t kBytesALine = 32;
+    stroke();
+    float left = 0.0F, bottom = 0.0F, right = 0.0F, top = 0.0F;
+    WorldToDevice(x1, y1, &left, &bottom);
+    WorldToDevice(x2, y2, &right, &top);
+    if (!std::isfinite(left + bottom + right + top))
+        return;
+    const auto number = [](float value) {
+        char text[32];
+        std::snprintf(text, sizeof text, "%.2f", static_cast<double>(value));
+        return std::string(text);
+    };
+    const std::string width = std::to_string(image.width);
+    const std::string height = std::to_string(image.height);
+    emitLine("gsave " + number(left) + " " + number(bottom) + " translate " + number(right - left) + " " +
+             number(top - bottom) + " scale");
+    emitLine("/_i " + std::to_string(3 * image.width) + " string def");
+    emitLine(width + " " + height + " 8 [" + width + " 0 0 -" + height + " 0 " + height + "]");
+    emitLine("{ currentfile _i readhexstring pop } false 3 colorimage");
+    static constexpr char kDigits[] = "0123456789abcdef";
+    std::string line;
+    for (std::size_t i = 0; i < image.rgb.size(); ++i) {
+        line += kDigits[image.rgb[i] >> 4];
+        line += kDigits[image.rgb[i] & 15U];
+        if ((i + 1) % kBytesALine == 0 || i + 1 == image.rgb.size()) {
+            emitLine(line);
+            line.clear();
+        }
+    }
+    emitLine("grestore");
+}
+
 void PostscriptDriver::SetClip(bool on)
 {
     stroke();

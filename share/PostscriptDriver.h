@@ -9,9 +9,10 @@
 #include <string>
 
 #include "share/BasicDriver.h"
+#include "share/ImageDevice.h"
 #include "share/PsParameters.h"
 
-class PostscriptDriver : public BasicDriver
+class PostscriptDriver : public BasicDriver, public veltrac::ImageDevice
 {
 public:
     // Opens the file ("-": standard output) and writes the prolog. Without parameters the font is Times-Roman
@@ -39,6 +40,8 @@ public:
     void TextExtent(const char* string, float* width, float* height) override;
     void DrawStamp(int id, const char* text) override;
     void WriteBytes(const char* buffer, int count) override;
+    // In colour (colorimage, which every interpreter of today has), two hexadecimal digits a byte.
+    void DrawImage(float x1, float y1, float x2, float y2, const veltrac::PixelImage& image) override;
 
     // Slots 45 and 46: a box of the world; a marker at the size that suits the base font.
     virtual void FilledBox(float x1, float y1, float x2, float y2, bool fill);

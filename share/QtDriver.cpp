@@ -1,6 +1,7 @@
 #include "share/QtDriver.h"
 
 #include <QBrush>
+#include <QImage>
 #include <QPageLayout>
 #include <QPagedPaintDevice>
 #include <QPaintDevice>
@@ -340,6 +341,19 @@ void QtDriver::Arc(float x, float y, float radius, float startAngle, float endAn
         m_painter.fillPath(path, m_painter.brush());
     else
         m_painter.strokePath(path, m_painter.pen());
+}
+
+void QtDriver::DrawImage(float x1, float y1, float x2, float y2, const veltrac::PixelImage& image)
+{
+    drawPoints();
+    m_points.resize(0);
+    if (!m_painter.isActive())
+        return;
+    float left = 0.0F, bottom = 0.0F, right = 0.0F, top = 0.0F;
+    WorldToDevice(x1, y1, &left, &bottom);
+    WorldToDevice(x2, y2, &right, &top);
+    const QImage pixels(image.rgb.data(), image.width, image.height, 3 * image.width, QImage::Format_RGB888);
+    m_painter.drawImage(QRect(pixelOf(left, top), pixelOf(right, bottom)), pixels);
 }
 
 void QtDriver::Polyline(const float* points, int count, bool closed, bool fill)

@@ -15,11 +15,12 @@
 #include <memory>
 
 #include "share/BasicDriver.h"
+#include "share/ImageDevice.h"
 
 class QPaintDevice;
 class QWidget;
 
-class QtDriver : public BasicDriver
+class QtDriver : public BasicDriver, public veltrac::ImageDevice
 {
 public:
     // Borrowed, and not looked at before BeginPage(). Of a QFrame the contents rectangle is drawn on.
@@ -47,6 +48,7 @@ public:
     void TextExtent(const char* string, float* width, float* height) override;
     void DrawStamp(int id, const char* text) override;
     void UpdateScale() override;
+    void DrawImage(float x1, float y1, float x2, float y2, const veltrac::PixelImage& image) override;
 
     // Slots 45 and 46.
     virtual void PixelMoveTo(int x, int y);

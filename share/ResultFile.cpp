@@ -6,6 +6,7 @@
 
 #include <system_error>
 
+#include "core/LateRelease.h"
 #include "core/TsNames.h"
 #include "portal/TsApplication.h"
 
@@ -56,8 +57,10 @@ std::unique_ptr<ResultFile> ResultFile::temporary(std::uint32_t samples, std::ui
 ResultFile::~ResultFile()
 {
     m_file.reset();
-    if (m_reservation && !m_path.empty())
+    if (m_reservation && !m_path.empty()) {
+        const LateRelease contents(m_path);
         QFile::remove(QFile::decodeName(m_path.c_str()));
+    }
 }
 
 void ResultFile::finish()

@@ -44,7 +44,7 @@ public slots:
     void sl_cbSourceFileActivated(int index);
     void sl_cbSourceColActivated(int index);
     // The read-out follows the mouse while there is a result.
-    void sl_cursor_moved(int x, int y, int buttons);
+    virtual void sl_cursor_moved(int x, int y, int buttons);
     void sl_plot();
     virtual void sl_execute() = 0;
     virtual void sl_saveResults() = 0;

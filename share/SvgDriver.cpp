@@ -74,6 +74,24 @@ const char* svgFamily(int family)
     }
 }
 
+// RFC 4648.
+std::string base64(const std::vector<std::uint8_t>& bytes)
+{
+    static constexpr char kLetters[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::string text;
+    text.reserve((bytes.size() + 2) / 3 * 4);
+    for (std::size_t i = 0; i < bytes.size(); i += 3) {
+        const auto at = [&](std::size_t place) {
+            return place < bytes.size() ? std::uint32_t{bytes[place]} : 0U;
+        };
+        const std::uint32_t three = at(i) << 16 | at(i + 1) << 8 | at(i + 2);
+        for (int k = 0; k < 4; ++k)
+            text +=
+                i + static_cast<std::size_t>(k) > bytes.size() ? '=' : kLetters[three >> (18 - 6 * k) & 63U];
+    }
+    return text;
+}
+
 std::string colorText(float r, float g, float b)
 {
     std::string text = "#";
@@ -317,6 +335,21 @@ void SvgDriver::Arc(float x, float y, float radius, float startAngle, float endA
     const std::string data =
         "M" + at(startAngle) + round + at(startAngle + span / 2.0F) + round + at(startAngle + span);
     emitLine("<path d=\"" + data + "\"" + (fill ? fillAttribute() : strokeAttributes()) + "/>");
+}
+
+void SvgDriver::DrawImage(float x1, float y1, float x2, float y2, const veltrac::PixelImage& image)
+{
+    stroke();
+    float left = 0.0F, bottom = 0.0F, right = 0.0F, top = 0.0F;
+    WorldToDevice(x1, y1, &left, &bottom);
+    WorldToDevice(x2, y2, &right, &top);
+    if (!areFinite({left, bottom, right, top}))
+        return;
+    emitLine("<image x=\"" + decimal(left) + "\" y=\"" + decimal(m_deviceYMax - top) + "\" width=\"" +
+             decimal(right - left) + "\" height=\"" + decimal(top - bottom) +
+             "\" preserveAspectRatio=\"none\" xmlns:xlink=\"http://www.w3.org/1999/xlink\" "
+             "xlink:href=\"data:image/png;base64," +
+             base64(veltrac::pngBytes(image)) + "\"/>");
 }
 
 void SvgDriver::Polyline(const float* points, int count, bool closed, bool fill)

@@ -7,11 +7,12 @@
 #include <string>
 
 #include "share/BasicDriver.h"
+#include "share/ImageDevice.h"
 #include "share/PsParameters.h"
 
 namespace veltrac {
 
-class SvgDriver : public BasicDriver
+class SvgDriver : public BasicDriver, public ImageDevice
 {
 public:
     // Opens the file ("-": standard output) and writes the head.
@@ -37,6 +38,8 @@ public:
     void Text(const char* string, int length, float angle, int flags) override;
     void TextExtent(const char* string, float* width, float* height) override;
     void DrawStamp(int id, const char* text) override;
+    // As an embedded PNG.
+    void DrawImage(float x1, float y1, float x2, float y2, const veltrac::PixelImage& image) override;
 
     // Writes the end and closes the file, once. True where all of it was written; nothing can be drawn any
     // more.

@@ -1,6 +1,9 @@
 // Recording: what becomes of rows of all kinds, and of the file when the recorder is killed while others
 // read.
 #include <gtest/gtest.h>
+#include <sys/ptrace.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <chrono>
@@ -11,6 +14,7 @@
 
 #include "core/FileTime.h"
 #include "core/RingFile.h"
+#include "core/RingWriter.h"
 #include "core/TSFILE.h"
 #include "core/TsExceptions.h"
 #include "tests/cli/Recorder.h"
@@ -209,6 +213,44 @@ std::uint32_t wrongRows(TSFILE& ts, std::uint32_t first, std::uint32_t last)
 }
 
 }  // namespace
+
+// What a kill between any two calls of the system would leave, looked at after each of them.
+TEST(Record, TheRingIsRightAfterEachStepOfAWrite)
+{
+    const TestDirectory directory;
+    constexpr std::uint32_t kRoom = 40;
+    makeRingFile("r.ts", {.samples = kRoom, .columns = {{"n", ""}, {"m", ""}, {"k", ""}}});
+    const pid_t writer = fork();
+    if (writer == 0) {
+        if (ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0)
+            _exit(77);
+        raise(SIGSTOP);
+        RingWriter ring("r.ts");
+        for (std::uint32_t count = 1; count < 19; ++count) {
+            std::vector<float> rows;
+            for (std::uint32_t s = ring.lastSample() + 1; s <= ring.lastSample() + count; ++s)
+                rows.insert(rows.end(),
+                            {static_cast<float>(s), static_cast<float>(s % 977), -static_cast<float>(s)});
+            ring.write(rows);
+        }
+        _exit(0);
+    }
+    TSFILE ts("r.ts", true);
+    int status = 0;
+    std::uint32_t steps = 0;
+    for (waitpid(writer, &status, 0); WIFSTOPPED(status); waitpid(writer, &status, 0)) {
+        ts.refresh();
+        EXPECT_EQ(wrongRows(ts, ts.ringStart(), ts.lastSample()), 0U) << "step " << steps;
+        EXPECT_GE(ts.lastSample() + 1 - ts.ringStart(), std::min(ts.lastSample(), kRoom - kRoom / 8));
+        ++steps;
+        ptrace(PTRACE_SYSCALL, writer, nullptr, nullptr);
+    }
+    if (WIFEXITED(status) && WEXITSTATUS(status) == 77)
+        GTEST_SKIP() << "this system lets no process be looked at";
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(ts.lastSample(), 171U);
+    EXPECT_GT(steps, 100U);
+}
 
 // A short form runs with all tests; VELTRAC_KILLS=500 is the whole trial.
 TEST(Record, KilledAtAnyMomentItLosesOnlyWhatWasNotFlushed)

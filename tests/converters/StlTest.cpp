@@ -928,6 +928,43 @@ TEST_F(Stl, importerIsChosenByContent)
     EXPECT_EQ("No line of numbers was found in h.txt.", errorOf("h.txt"));
 }
 
+// Far more lines than are read at once: troubles keep their lines, texts their numbers.
+TEST_F(Stl, longLogsComeOutInTheirOrder)
+{
+    constexpr int kLines = 20000;
+    std::string text = "Date;Temp;State\n";
+    for (int i = 1; i <= kLines; ++i) {
+        char line[64];
+        std::snprintf(line, sizeof line, "2016-05-17 %02d:%02d:%02d;%s;s%d\n", i / 3600, i / 60 % 60, i % 60,
+                      i % 4999 == 0 ? "x1" : std::to_string(i).c_str(), i / 6000);
+        text += i == 15000 ? "soon;7;s2\n" : line;
+    }
+    write("long.csv", text);
+    STLObject log("long.csv");
+    log.detect();
+    for (const bool numbered : {false, true}) {
+        log.format().columns[2].take = log.format().columns[2].numberTexts = numbered;
+        const auto ts = import(log);
+        std::vector<std::uint64_t> lines;
+        for (const STLTrouble& trouble : log.found().troubles)
+            lines.push_back(trouble.line);
+        // The heading is a line, too.
+        EXPECT_EQ((std::vector<std::uint64_t>{5000, 9999, 14998, 15001, 19997}), lines);
+        EXPECT_EQ(kLines - 1U, log.found().rows);
+        EXPECT_EQ(1U, log.found().losses.skippedLines);
+        EXPECT_EQ(4U, log.found().losses.notNumbers);
+        const std::uint32_t column = ts->columns() - (numbered ? 1 : 0);
+        for (std::uint32_t i : {1U, 4998U, 14999U})
+            EXPECT_EQ(static_cast<float>(i), ts->value(i, column));
+        EXPECT_EQ(20000.0F, ts->value(19999, column)) << "one line was skipped";
+        if (numbered) {
+            EXPECT_EQ((std::vector{1.0F, 2.0F, 4.0F}),
+                      (std::vector{ts->value(1, column + 1), ts->value(6000, column + 1),
+                                   ts->value(19999, column + 1)}));
+        }
+    }
+}
+
 TEST_F(Stl, textsAreNumberedOnDemand)
 {
     STLObject log(kData / "quotes.stl");

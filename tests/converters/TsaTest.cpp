@@ -147,6 +147,35 @@ TEST_F(Tsa, dataLinesAreReadAsTheFormatSays)
     EXPECT_TRUE(std::isinf(values(*made())[0]) && std::isnan(values(*made())[1]));
 }
 
+// Far more lines than are read at once, troubles in all parts, and the file ends among them.
+TEST_F(Tsa, longTextsComeInAndGoOutInTheirOrder)
+{
+    constexpr std::uint32_t kLines = 40000;
+    constexpr std::uint32_t kSamples = 30011;
+    const auto hasValue = [](std::uint32_t i) { return i % 1009 != 0 && i % 1013 != 0; };
+    std::string text = "%S " + std::to_string(kSamples) + "\n%C 2\n";
+    for (std::uint32_t i = 1; i <= kLines; ++i)
+        text += (i % 997 == 0 ? "\t8 9\n" : "") + std::to_string(i) +
+                (hasValue(i)     ? " 0.3\n"
+                 : i % 1009 == 0 ? "\n"
+                                 : " word\n");
+    ASSERT_EQ(1, import(text));
+    EXPECT_EQ(kSamples, report.rowsRead);
+    EXPECT_EQ(kLines - kSamples, report.linesLeftOver);
+    EXPECT_EQ(kLines / 997, report.linesTabbed);
+    EXPECT_EQ(kSamples / 1009, report.valuesMissing);
+    EXPECT_EQ(kSamples / 1013, report.notNumbers);
+    const auto ts = made();
+    std::string wanted;
+    for (std::uint32_t i = 1; i <= kSamples; ++i)
+        wanted += std::to_string(i) + (hasValue(i) ? "  0.3  \n" : "  0  \n");
+    TsaExportReport done;
+    exportTsaText(*ts, "out.tsa", 1, kSamples, {}, done);
+    EXPECT_FALSE(done.valuesRounded);
+    const std::string out = read("out.tsa");
+    EXPECT_EQ(wanted, out.substr(out.find("\n\n") + 2));
+}
+
 TEST_F(Tsa, lineOfAHundredMegabytesIsOneCutLine)
 {
     ASSERT_EQ(1, import("%S 2\n%C 1\n4" + std::string(100'000'000, ' ') + "9\n5\n"));

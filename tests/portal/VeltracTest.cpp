@@ -16,6 +16,7 @@
 #include <QPointer>
 #include <QPushButton>
 #include <QScreen>
+#include <QScrollBar>
 #include <QSignalSpy>
 #include <QStatusBar>
 #include <QTableWidget>
@@ -26,6 +27,9 @@
 
 #include <array>
 
+#include "core/FileTime.h"
+#include "core/RingFile.h"
+#include "core/ScratchFile.h"
 #include "core/TSFILE.h"
 #include "core/TsNames.h"
 #include "portal/CreateTsWin_Veltrac.h"
@@ -662,6 +666,81 @@ TEST(VeltracTest, runTimeTextsOfFormulasCanBeSilencedUntilTheNextCalculation)
     const JobProgress second(nullptr, QStringLiteral("Calculating"));
     EXPECT_TRUE(isShown(zero));
     EXPECT_TRUE(isShown("Illegal token"));
+}
+
+// -- What others do in the directory --
+
+TEST(VeltracTest, showsByItselfWhatComesAndGoesAndNothingMovesUnderTheUser)
+{
+    const TestDirectory directory;
+    for (int i = 100; i < 200; ++i)
+        makeFile(QStringLiteral("run%1.ts").arg(i));
+    Portal portal;
+    portal.click(3);
+    portal.table().verticalScrollBar()->setValue(50);
+    const QString top = portal.table().item(portal.table().rowAt(0), 0)->text();
+    std::filesystem::remove("run101.ts");
+    std::filesystem::remove("run199.ts");
+    for (const char* const name : {"run050.ts", "run1505.ts", "zebra.ts"})
+        makeFile(QString::fromLatin1(name));
+    makeFile(QStringLiteral("run160.ts"), 2.5F);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return portal.table().rowCount() == 101; }, 8000));
+    QStringList sorted = portal.names();
+    EXPECT_EQ(sorted.first(), "run050.ts");
+    EXPECT_EQ(sorted.last(), "zebra.ts");
+    EXPECT_TRUE(sorted.contains("run1505.ts") && !sorted.contains("run101.ts"));
+    EXPECT_EQ(portal.table().item(portal.table().rowAt(0), 0)->text(), top);
+    EXPECT_EQ(portal.table().selectedItems().first()->text(), "run103.ts");
+    EXPECT_TRUE(portal.directoryLine().endsWith("with 101 off ts-files."));
+    const int changed = sorted.indexOf("run160.ts");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return portal.table().item(changed, 3)->text() == "2.500"; }, 8000));
+}
+
+TEST(VeltracTest, tellsOfCorruptFilesWithoutABoxAndOncePerStateAndLeavesOwnScratchFilesOut)
+{
+    const TestDirectory directory;
+    makeFile(QStringLiteral("good.ts"));
+    Portal portal;
+    const BoxAnswer none("Ok");
+    const ScratchFile scratch(directory.path(), "work", ".ts");
+    std::filesystem::copy_file("good.ts", scratch.path(), std::filesystem::copy_options::overwrite_existing);
+    std::ofstream("bad.ts") << "no ts-file";
+    EXPECT_TRUE(QTest::qWaitFor([&] { return portal.status().contains("bad.ts"); }, 8000));
+    EXPECT_EQ(portal.status(), "Not listed: bad.ts is a corrupt ts-file.");
+    EXPECT_EQ(portal.names(), QStringList{"good.ts"});
+    portal->statusBar()->clearMessage();
+    makeFile(QStringLiteral("other.ts"));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return portal.names().size() == 2; }, 8000));
+    QTest::qWait(2500);
+    EXPECT_EQ(portal.status(), "");
+    EXPECT_FALSE(none.wasAsked());
+}
+
+TEST(VeltracTest, unfoldsARingFileToANewOne)
+{
+    const TestDirectory directory;
+    makeRingFile("ring.ts", {.samples = 5, .columns = {{"n", ""}}, .dt = 0.5F});
+    {
+        TSFILE ring("ring.ts", false);
+        for (std::uint32_t s = 1; s <= 12; ++s) {
+            const auto value = static_cast<float>(s);
+            ring.writeRow(s, &value, true);
+        }
+    }
+    const auto before = bytesOf("ring.ts");
+    Portal portal;
+    portal.click(0);
+    const BoxAnswer name("OK");
+    portal->sl_unfoldFile();
+    EXPECT_TRUE(name.wasAsked());
+    EXPECT_EQ(portal.names(), (QStringList{"ring.ts", "ring_unfolded.ts"}));
+    TSFILE made("ring_unfolded.ts", true);
+    EXPECT_EQ(made.samples(), 5U);
+    for (std::uint32_t s = 1; s <= 5; ++s) {
+        EXPECT_EQ(made.value(s, 1), static_cast<float>(s + 7));
+        EXPECT_EQ(FileTime(made).moment(s), 0.5 * (s + 7));
+    }
+    EXPECT_EQ(bytesOf("ring.ts"), before);
 }
 
 }  // namespace

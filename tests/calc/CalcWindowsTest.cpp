@@ -8,6 +8,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
+#include <QMouseEvent>
 #include <QPointer>
 #include <QStatusBar>
 #include <QTableWidget>
@@ -439,7 +440,8 @@ TEST_F(CalcWindows, SpectrogramShowsTheSpectrumAndTheCourseWhereItIsClicked)
     const int x = area.center().x();
     EXPECT_GT(qGray(shown.pixel(x, tone)), 200);
     EXPECT_LT(qGray(shown.pixel(x, area.top() + area.height() / 4)), 100);
-    QTest::mouseMove(canvas, QPoint(x, tone));
+    QMouseEvent move(QEvent::MouseMove, QPoint(x, tone), Qt::NoButton, Qt::NoButton, Qt::NoModifier);
+    QApplication::sendEvent(canvas, &move);
     QTest::mouseClick(canvas, Qt::LeftButton, Qt::NoModifier, QPoint(x, tone));
     ASSERT_EQ(canvas->plot().groups().size(), 2U);
     EXPECT_EQ(canvas->plot().groups()[1].variables()[0]->variable().column(), 13U);  // 5.08 Hz

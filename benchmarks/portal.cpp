@@ -95,6 +95,41 @@ void scanAndFill(benchmark::State& state)
     }
 }
 
+// What the table does by itself: looking whether anything has changed, and taking in the 40 files that have
+// come since the last look, while another program writes 100 a second.
+void lookWithoutNews(benchmark::State& state)
+{
+    const Directory directory;
+    int foreign = 0;
+    TsFileList list;
+    list.look(shownTsFiles(foreign), {});
+    for (auto _ : state)
+        benchmark::DoNotOptimize(list.look(shownTsFiles(foreign), {}));
+}
+
+void lookAndUpdate(benchmark::State& state)
+{
+    const Directory directory;
+    int foreign = 0;
+    int made = 0;
+    TsFileList list;
+    FileTable table;
+    table.resize(800, 600);
+    table.show();
+    list.look(shownTsFiles(foreign), {});
+    table.fill(list.records(), false);
+    for (auto _ : state) {
+        state.PauseTiming();
+        constexpr int kCame = 40;
+        for (int i = 0; i < kCame; ++i, ++made)
+            fs::copy_file("series0.ts", "come" + std::to_string(made) + ".ts");
+        state.ResumeTiming();
+        list.look(shownTsFiles(foreign), {});
+        table.update(list.records(), false);
+        QApplication::processEvents();
+    }
+}
+
 // A list of samples that take no room on the disk.
 class HugeList
 {
@@ -157,6 +192,8 @@ void openList(benchmark::State& state)
 BENCHMARK(bareHeaders)->Unit(benchmark::kMillisecond);
 BENCHMARK(scan)->Unit(benchmark::kMillisecond);
 BENCHMARK(scanAndFill)->Unit(benchmark::kMillisecond);
+BENCHMARK(lookWithoutNews)->Unit(benchmark::kMillisecond);
+BENCHMARK(lookAndUpdate)->Unit(benchmark::kMillisecond)->Iterations(25);
 BENCHMARK(repaint)->Unit(benchmark::kMillisecond);
 BENCHMARK(jump)->Unit(benchmark::kMillisecond);
 BENCHMARK(openList)->Unit(benchmark::kMillisecond);

@@ -22,7 +22,7 @@ namespace {
 
 constexpr std::size_t kPeaks = 10;
 constexpr std::size_t kHarmonics = 40;
-constexpr std::uint32_t kColumn = 2;
+constexpr std::uint32_t kSpectrumColumn = 2;
 constexpr int kRowMargin = 6;
 constexpr int kLeastRows = 3;
 // A value is right to a thousandth; more digits would promise more.
@@ -73,10 +73,10 @@ void PeakTable::showSpectrum(const std::filesystem::path& spectrum, const Spectr
         m_peaks = findPeaks(*file, request, kPeaks, progress.callback());
     }
     const QString unit = QString::fromStdString(
-        std::string(unitIn(headerText(file->columnDescription(kColumn)).toStdString())));
+        std::string(unitIn(headerText(file->columnDescription(kSpectrumColumn)).toStdString())));
     m_table->horizontalHeaderItem(1)->setText(
         (request.result == SpectrumResult::RealImaginary ? QStringLiteral("Magnitude")
-                                                         : headerText(file->columnName(kColumn))) +
+                                                         : headerText(file->columnName(kSpectrumColumn))) +
         (unit.isEmpty() ? QString() : QStringLiteral(" [%1]").arg(unit)));
     m_spectrum = spectrum;
     m_request = request;

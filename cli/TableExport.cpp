@@ -266,23 +266,23 @@ JobOutcome writeNpy(const PlotFile& file, const ExportRequest& request, const fs
 namespace {
 
 // The library tells of no write that failed while it closes a file: what it moves passes here.
-class SoundFile
+class WrittenSound
 {
 public:
-    SoundFile(const fs::path& file, SF_INFO& info) : m_stream(file, kBothWays)
+    WrittenSound(const fs::path& file, SF_INFO& info) : m_stream(file, kBothWays)
     {
         SF_VIRTUAL_IO calls = {&length, &seek, &read, &write, &tell};
         m_sound = sf_open_virtual(&calls, SFM_WRITE, &info, this);
         if (m_sound == nullptr)
             throw JobError(sf_strerror(nullptr));
     }
-    ~SoundFile()
+    ~WrittenSound()
     {
         if (m_sound != nullptr)
             sf_close(m_sound);
     }
-    SoundFile(const SoundFile&) = delete;
-    SoundFile& operator=(const SoundFile&) = delete;
+    WrittenSound(const WrittenSound&) = delete;
+    WrittenSound& operator=(const WrittenSound&) = delete;
 
     SNDFILE* get() const noexcept { return m_sound; }
     // Throws std::system_error where any of the file was not written.
@@ -298,7 +298,7 @@ public:
 private:
     static constexpr auto kBothWays = std::ios::in | std::ios::out | std::ios::binary | std::ios::trunc;
 
-    static std::fstream& streamOf(void* file) { return static_cast<SoundFile*>(file)->m_stream; }
+    static std::fstream& streamOf(void* file) { return static_cast<WrittenSound*>(file)->m_stream; }
     static sf_count_t tell(void* file) { return streamOf(file).tellp(); }
     static sf_count_t seek(sf_count_t offset, int whence, void* file)
     {
@@ -373,7 +373,7 @@ JobOutcome writeWav(const PlotFile& file, const ExportRequest& request, const fs
         if (const double most = greatestMagnitude(file, request, progress); most > 0.0)
             factor = static_cast<float>(1.0 / most);
     PendingFile pending(target);
-    SoundFile sound(pending.path(), info);
+    WrittenSound sound(pending.path(), info);
     // A note of the peak would carry the time of day: the same samples make the same file.
     sf_command(sound.get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
     std::uint64_t missing = 0;

@@ -155,8 +155,8 @@ JobOutcome putInPlace(const fs::path& finished, const fs::path& target, const Go
         const LateRelease oldContents(target);
         fs::rename(finished, real.empty() ? target : real);
     }
-    // It is too late for a cancel.
-    syncDirectory(target.parent_path(), goesOn ? [&goesOn] { return goesOn(), true; } : GoesOn());
+    // A name or two: nobody waits for them, and nobody is asked for whom it is too late to cancel.
+    syncDirectory(target.parent_path());
     return JobOutcome::Done;
 }
 
@@ -250,6 +250,8 @@ JobOutcome ScratchFile::putInPlace(const fs::path& target, const GoesOn& goesOn)
     if (outcome == JobOutcome::Done) {
         if (m_isMarked)
             ::fremovexattr(m_owner, kMark);
+        // Whoever opens it next may lock it for himself, although it is closed later.
+        ::flock(m_owner, LOCK_UN);
         keep();
     }
     return outcome;

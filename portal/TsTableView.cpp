@@ -237,6 +237,7 @@ void TsTableView::connectFollower()
 
 void TsTableView::sl_follow()
 {
+    m_changed->hide();
     m_follower->setOn(m_actions[SampleAct::Follow]->isChecked());
     m_watch.watch(m_path);
     showFileState();

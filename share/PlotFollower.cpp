@@ -18,9 +18,9 @@ namespace {
 
 constexpr int kLookMs = 50;
 constexpr int kOverviewMs = 1000;
-// A writer is late after three times the longest it has been quiet so far, but not sooner.
+// A writer is late after three sample times, but not sooner than this.
 constexpr qint64 kLateMs = 3000;
-constexpr int kLateGaps = 3;
+constexpr int kLateSteps = 3;
 constexpr double kAtEdge = 1e-3;  // of the view's width
 
 }  // namespace
@@ -88,8 +88,12 @@ void PlotFollower::look()
 PlotFollower::Came PlotFollower::takeNews(PlotFile& file)
 {
     Watched& watched = m_watched[&file];
-    if (!watched.sinceNews.isValid())
+    const auto noteNews = [&watched] {
         watched.sinceNews.start();
+        watched.lastNews = QTime::currentTime();
+    };
+    if (!watched.sinceNews.isValid())
+        noteNews();
     const std::uint32_t before = file.rows();
     const Group::Variables variables = m_canvas->plot().variables();
     switch (file.follow()) {
@@ -98,12 +102,15 @@ PlotFollower::Came PlotFollower::takeNews(PlotFile& file)
         case PlotFile::News::Cut:
             return noteTrouble(file,
                                tr("%1 was cut short; what was read of it is shown.").arg(fileNameOf(file)));
-        case PlotFile::News::None: {
-            watched.trouble.clear();
-            const qint64 usual = std::max(watched.longestGap, static_cast<qint64>(file.step() * 1000.0));
-            watched.isStalled = watched.sinceNews.elapsed() > std::max(kLateMs, kLateGaps * usual);
+        case PlotFile::News::None:
+            // After a failure what is there is read anew.
+            if (!watched.trouble.isEmpty()) {
+                forget(file);
+                break;
+            }
+            watched.isStalled = watched.sinceNews.elapsed() >
+                                std::max(kLateMs, kLateSteps * static_cast<qint64>(file.step() * 1000.0));
             return Came::Nothing;
-        }
         case PlotFile::News::Rows:
             try {
                 HsVariable::extendAll(variables, file, before);
@@ -118,10 +125,7 @@ PlotFollower::Came PlotFollower::takeNews(PlotFile& file)
             forget(file);
             break;
     }
-    const bool goesOn = file.rows() > 0 && before > 0 && file.rows() != before;
-    if (goesOn)
-        watched.longestGap = std::max(watched.longestGap, watched.sinceNews.elapsed());
-    watched.sinceNews.start();
+    noteNews();
     watched.trouble.clear();
     watched.isStalled = false;
     const bool allBuilt = std::all_of(variables.begin(), variables.end(), [&](const auto& v) {
@@ -190,9 +194,9 @@ void PlotFollower::tell()
         if (!watched->second.trouble.isEmpty())
             news << watched->second.trouble;
         else if (watched->second.isStalled)
-            news << tr("No new samples of %1 for %2 s")
-                        .arg(fileNameOf(*file))
-                        .arg(watched->second.sinceNews.elapsed() / 1000);
+            news << tr("No new samples of %1 since %2")
+                        .arg(fileNameOf(*file),
+                             watched->second.lastNews.toString(QStringLiteral("HH:mm:ss")));
     }
     const QString text = news.join(QStringLiteral("   "));
     if (text.isEmpty())

@@ -8,6 +8,7 @@
 
 #include <QElapsedTimer>
 #include <QObject>
+#include <QTime>
 #include <QTimer>
 
 #include <map>
@@ -46,8 +47,8 @@ private:
     struct Watched
     {
         QElapsedTimer sinceNews;
-        qint64 longestGap = 0;  // milliseconds
-        QString trouble;        // in the user's words; empty where all is well
+        QTime lastNews;
+        QString trouble;  // in the user's words; empty where all is well
         bool isStalled = false;
     };
     enum class Came { Nothing, Rows, Other };

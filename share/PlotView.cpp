@@ -126,6 +126,8 @@ void PlotView::showNewRows(bool moves, bool withOverview)
         // The next picture tells which file it is.
     }
     viewChanged();
+    if (placeOf(m_mouse).zone == Zone::Plot)
+        showHover();
     if (withOverview)
         emit x_plot_changed();
 }

@@ -64,8 +64,8 @@ PlotWindow::PlotWindow(QWidget* parent)
     auto* const following = new NoticeStrip;
     m_follower = new PlotFollower(m_canvas, following, this);
     column->addWidget(m_changed);
-    column->addWidget(following);
     column->addWidget(m_notice);
+    column->addWidget(following);
     column->addWidget(m_canvas, 1);
     column->addWidget(m_overview);
     setCentralWidget(content);

@@ -1,6 +1,7 @@
 // A recorder process, and a plot and a list window that follow what it writes.
 #include <gtest/gtest.h>
 
+#include <QApplication>
 #include <QElapsedTimer>
 #include <QLabel>
 #include <QTest>
@@ -71,8 +72,10 @@ TEST(Live, TheListStaysAtTheEnd)
     makeRingFile("r.ts", {.samples = kRecordedRoom, .columns = {{"n", ""}, {"m", ""}, {"k", ""}}});
     TsTableView list(QStringLiteral("r.ts"), nullptr, 0);
     list.show();
-    QTest::keyClick(&list, Qt::Key_L);
+    QApplication::setActiveWindow(&list);
     auto& view = *list.findChild<SampleView*>();
+    view.setFocus();
+    QTest::keyClick(&view, Qt::Key_L);
     {
         Recorder recorder(1, kPause);
         QElapsedTimer clock;

@@ -66,6 +66,8 @@ void expectSamples(const Plot2D& plot, std::uint32_t first, std::uint32_t last)
     EXPECT_EQ(s.least, first);
     EXPECT_EQ(s.greatest, last);
     EXPECT_NEAR(s.mean, (first + last) / 2.0, 1e-6 * last);
+    if (last - first < 1001)
+        return;
     const auto inside = v->statistics(v->variable().firstRow() + 700, v->variable().rows() - 300);
     EXPECT_EQ(inside.least, first + 700);
     EXPECT_EQ(inside.greatest, last - 300);
@@ -90,7 +92,7 @@ TEST(Follow, RowsComeInOrderOverTheSeamAndOverRoundAfterRound)
         follower.look();
         const std::uint32_t last = ring->lastSample();
         expectSamples(canvas.plot(), ring->ringStart(), last);
-        EXPECT_NEAR(canvas.plot().x2(), last * 0.5 - ring->start() + ring->start(), 1e-6);
+        EXPECT_NEAR(canvas.plot().x2(), last * 0.5, 1e-6);
         EXPECT_NEAR(canvas.plot().x2() - canvas.plot().x1(), 250.0, 1e-6);
     }
     EXPECT_TRUE(window.statusBar()->findChild<QLabel*>()->text().contains("ring, oldest sample"));

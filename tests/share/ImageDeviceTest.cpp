@@ -5,8 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <fstream>
-#include <iterator>
+#include <limits>
 #include <string>
 
 #include "share/ColorMap.h"
@@ -21,11 +20,10 @@ namespace {
 // Two pixels wide, three high; red above left.
 const PixelImage kFlag{2, 3, {255, 0, 0, 0, 255, 0, 0, 0, 255, 1, 2, 3, 4, 5, 6, 7, 8, 9}};
 
-template <typename Driver>
-std::string drawn(const char* name)
+template <typename Driver, typename... Parameters>
+std::string drawn(const char* name, const Parameters&... parameters)
 {
-    PsParameters parameters;
-    Driver driver(name, parameters);
+    Driver driver(name, parameters...);
     driver.BeginPage(0);
     driver.SetViewport(0.0F, 0.0F, 0.5F, 0.5F);
     driver.SetWindow(0.0F, 0.0F, 2.0F, 2.0F);
@@ -48,7 +46,7 @@ TEST(ImageDevice, PostscriptAndSvgHoldThePixelsInTheirPlace)
                  "ff000000ff000000ff010203040506070809\ngrestore\n"),
         std::string::npos)
         << eps;
-    const std::string svg = drawn<SvgDriver>("a.svg");
+    const std::string svg = drawn<SvgDriver>("a.svg", PsParameters());
     EXPECT_NE(svg.find("<image x=\"0\" y=\"297.5\" width=\"421\" height=\"148.75\""), std::string::npos)
         << svg;
     EXPECT_NE(svg.find("data:image/png;base64,iVBORw0KGgoAAAANSUhEUgAAAAIAAAADCAIAAAA2iEnWAAAA"),

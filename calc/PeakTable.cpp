@@ -8,6 +8,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <cmath>
 
 #include "core/NumberTexts.h"
 #include "core/TsExceptions.h"
@@ -131,8 +132,12 @@ void PeakTable::sl_harmonics()
     const double base = m_peaks[row].frequency;
     try {
         const auto spectrum = openTsFile(m_spectrum.string(), true);
-        fill(findHarmonics(*spectrum, m_request, base, kHarmonics),
-             QStringLiteral("Harmonics of %1 Hz").arg(base, 0, 'g', 6));
+        const std::vector<SpectrumPeak> harmonics = findHarmonics(*spectrum, m_request, base, kHarmonics);
+        const double distortion = harmonicDistortion(harmonics, m_request);
+        QString title = QStringLiteral("Harmonics of %1 Hz").arg(base, 0, 'g', 6);
+        if (std::isfinite(distortion))
+            title += QStringLiteral(" (THD %1 %)").arg(100.0 * distortion, 0, 'g', 3);
+        fill(harmonics, title);
         m_showsHarmonics = true;
     } catch (const TS::Failure&) {
         emit x_told(QStringLiteral("The scratch file could not be read"));

@@ -211,6 +211,7 @@ QString SpectrumFields::findReason(QWidget*& field) const
         return QStringLiteral("A segment has 256 to 1 048 576 samples.");
     if (planSpectrum(wanted).segments == 0)
         return QStringLiteral("The range is shorter than one segment.");
+    field = nullptr;
     if (method() == SpectrumMethod::Spectrogram)
         return m_second->isOn() ? QStringLiteral("A spectrogram is one of a single column.")
                                 : QString::fromStdString(spectrogramComplaint(wanted));

@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <complex>
+#include <limits>
 #include <numbers>
 #include <span>
 
@@ -212,6 +213,23 @@ std::vector<SpectrumPeak> findHarmonics(TSFILE& spectrum, const SpectrumRequest&
         harmonics.push_back(bins.peakAt(best));
     }
     return harmonics;
+}
+
+double harmonicDistortion(const std::vector<SpectrumPeak>& harmonics, const SpectrumRequest& request)
+{
+    constexpr std::size_t kLast = 40;
+    if (harmonics.size() < 2)
+        return std::numeric_limits<double>::quiet_NaN();
+    const bool isPower = request.result == SpectrumResult::PowerDensity && !request.decibel;
+    const auto power = [&](const SpectrumPeak& peak) {
+        if (request.decibel)
+            return std::isnan(peak.value) ? 0.0 : std::pow(10.0, peak.value / 10.0);
+        return isPower ? peak.value : peak.value * peak.value;
+    };
+    double sum = 0.0;
+    for (std::size_t k = 1; k < std::min(harmonics.size(), kLast); ++k)
+        sum += power(harmonics[k]);
+    return std::sqrt(sum / power(harmonics[0]));
 }
 
 }  // namespace veltrac

@@ -29,4 +29,8 @@ std::vector<SpectrumPeak> findPeaks(TSFILE& spectrum, const SpectrumRequest& req
 std::vector<SpectrumPeak> findHarmonics(TSFILE& spectrum, const SpectrumRequest& request, double frequency,
                                         std::size_t count);
 
+// Total harmonic distortion (IEC 61000-4-7): the root of the sum of the harmonics' powers, the 2nd to the
+// 40th, over the amplitude of the first. NaN where there is no second one.
+double harmonicDistortion(const std::vector<SpectrumPeak>& harmonics, const SpectrumRequest& request);
+
 }  // namespace veltrac

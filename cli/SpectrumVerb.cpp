@@ -8,6 +8,7 @@
 #include "cli/FileWords.h"
 #include "cli/Options.h"
 #include "cli/ResultTarget.h"
+#include "cli/SpectrumAnalyses.h"
 #include "cli/Verbs.h"
 #include "core/NumberTexts.h"
 #include "core/SafeChange.h"
@@ -58,6 +59,7 @@ public:
                      "Missing values become the line between their neighbours");
         options.flag("--equal-steps", m_equalSteps, "Steps of time that differ are taken as equal");
         options.count("--peaks", m_peaks, 1, "Tells so many of the highest lines, frequency and value");
+        m_analyses.addTo(options);
     }
     void check(CommonOptions& common) override
     {
@@ -74,6 +76,9 @@ public:
             throw UsageError(
                 "real and imaginary parts are those of the whole range; segments have none in "
                 "common");
+        m_analyses.check(m_request);
+        if (m_peaks > 0 && m_analyses.isWanted())
+            throw UsageError("peaks are those of a spectrum");
         if (m_peaks > 0 && common.output == "-")
             throw UsageError("-o - and --peaks both want standard output");
     }
@@ -89,9 +94,16 @@ public:
         request.dt = static_cast<double>(file->dt());
         if (range.count() < 2)
             throw JobError("the range holds fewer than 2 samples");
+        if (m_analyses.isWanted()) {
+            m_analyses.perform(job, *file, request,
+                               [&](TSFILE& channel, const std::string& name, SpectrumRequest& agreed) {
+                                   clearDoubts(job, channel, name, agreed);
+                               });
+            return;
+        }
         if (planSpectrum(request).segments == 0)
             throw JobError("the range is shorter than one segment");
-        clearDoubts(job, *file, request);
+        clearDoubts(job, *file, job.name, request);
 
         double mean = 0.0;
         PendingFile pending(job.target, ".veltrac-new", ".ts");
@@ -111,7 +123,8 @@ public:
 
 private:
     // What the window asks about needs an option here.
-    void clearDoubts(const VerbJob& job, TSFILE& file, SpectrumRequest& request) const
+    void clearDoubts(const VerbJob& job, TSFILE& file, const std::string& name,
+                     SpectrumRequest& request) const
     {
         const struct
         {
@@ -121,7 +134,7 @@ private:
             {false, "--segment"}, {m_interpolate, "--interpolate"}, {m_equalSteps, "--equal-steps"}};
         std::size_t i = 0;
         for (const SpectrumCheck& check : spectrumChecks()) {
-            const SpectrumDoubt doubt = check.look(file, job.name, request, job.progress);
+            const SpectrumDoubt doubt = check.look(file, name, request, job.progress);
             const auto& answer = answers[i++];
             if (doubt.kind == SpectrumDoubt::Kind::Cancelled)
                 throw Interrupted{};
@@ -146,6 +159,7 @@ private:
     }
 
     SourceOptions m_source;
+    SpectrumAnalyses m_analyses;
     SpectrumRequest m_request;
     int m_trend = 0;
     int m_window = 0;

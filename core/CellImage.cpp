@@ -102,7 +102,7 @@ double CellImage::valueAt(std::uint32_t row, double place) const
     const double column = std::round(place / m_step);
     if (row < 1 || row > m_source->rows() || !(column >= 1.0 && column <= m_source->columns()))
         return kNoCell;
-    return m_source->value(row, static_cast<std::uint32_t>(column));
+    return m_source->value(static_cast<std::uint32_t>(column), row);
 }
 
 void CellImage::render(std::span<const double> rows, std::span<const double> places,

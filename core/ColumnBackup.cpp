@@ -141,7 +141,7 @@ ColumnBackup::ColumnBackup(TSFILE& file)
         std::string(kFirstLine) + "\nfile " + counted(m_kept.file.string()) + "\nwhen " + m_kept.when + '\n',
         out);
     // Its name, too, has to be on the disk before the first value is overwritten.
-    syncDirectory(m_path.parent_path(), {});
+    syncDirectory(m_path.parent_path());
 }
 
 void ColumnBackup::append(std::string_view head, std::ostream& out)

@@ -159,10 +159,10 @@ JobOutcome syncToDisk(int descriptor, const GoesOn& goesOn)
     return syncBeside(BlockFile::duplicate(descriptor), "sync", goesOn, Cancel::Waits);
 }
 
-void syncDirectory(const fs::path& directory, const GoesOn& goesOn)
+void syncDirectory(const fs::path& directory)
 {
     const fs::path named = directory.empty() ? "." : directory;
-    syncBeside(::open(named.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC), named.string(), goesOn);
+    syncBeside(::open(named.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC), named.string(), {});
 }
 
 }  // namespace veltrac

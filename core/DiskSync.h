@@ -19,6 +19,6 @@ JobOutcome syncToDisk(const std::filesystem::path& file, const GoesOn& goesOn);
 JobOutcome syncToDisk(int descriptor, const GoesOn& goesOn);
 
 // The names in it. A file system that cannot sync directories is not waited for.
-void syncDirectory(const std::filesystem::path& directory, const GoesOn& goesOn);
+void syncDirectory(const std::filesystem::path& directory);
 
 }  // namespace veltrac

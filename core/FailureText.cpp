@@ -48,7 +48,7 @@ std::string reasonOfFailure()
         throw;
     } catch (const TS::IO_ERROR& e) {
         return e.value2 >= kShortWrite ? "the disk took no more (is it full?)"
-                                     : "the file cannot be read (is it cut short?)";
+                                       : "the file cannot be read (is it cut short?)";
     } catch (const TS::READONLY_VIOLATION&) {
         return "the file is read-only";
     } catch (const TS::CREATE_ERROR&) {

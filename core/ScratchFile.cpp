@@ -155,8 +155,8 @@ JobOutcome putInPlace(const fs::path& finished, const fs::path& target, const Go
         const LateRelease oldContents(target);
         fs::rename(finished, real.empty() ? target : real);
     }
-    // It is too late for a cancel.
-    syncDirectory(target.parent_path(), goesOn ? [&goesOn] { return goesOn(), true; } : GoesOn());
+    // A name or two: nobody waits for them, and nobody is asked for whom it is too late to cancel.
+    syncDirectory(target.parent_path());
     return JobOutcome::Done;
 }
 

@@ -75,6 +75,7 @@ EditHeaderWin::EditHeaderWin(const QString& fileName, QWidget* parent)
     setCentralWidget(central);
     statusBar();  // from the start, so that its first message does not move the buttons
     connect(this, &SubWindow::windowGone, this, &EditHeaderWin::sl_subwindowGone);
+    connect(&m_watch, &FileWatch::x_changed, this, &EditHeaderWin::followFile);
     addHelpKey(this, QStringLiteral("header"), QStringLiteral("The header editor"));
 
     readHeader();
@@ -200,16 +201,26 @@ void EditHeaderWin::takeCounts(TSFILE& file)
 void EditHeaderWin::rememberFileTime()
 {
     m_fileTime = QFileInfo(m_fileName).lastModified();
+    m_watch.watch(m_fileName);
 }
 
-// Another window may have rebuilt or computed what is shown here.
 void EditHeaderWin::changeEvent(QEvent* event)
 {
     SubWindow::changeEvent(event);
-    if (event->type() != QEvent::ActivationChange || !isActiveWindow() || JobProgress::isRunning() ||
-        QFileInfo(m_fileName).lastModified() == m_fileTime)
+    if (event->type() == QEvent::ActivationChange && isActiveWindow())
+        followFile();
+}
+
+// Another window or program may have rebuilt or computed what is shown here. What the user has typed stays.
+void EditHeaderWin::followFile()
+{
+    const QFileInfo file(m_fileName);
+    if (JobProgress::isRunning() || file.lastModified() == m_fileTime)
         return;
-    if (m_edits.any())
+    showInStatusBar((file.exists() ? QStringLiteral("%1 has changed and was read again.")
+                                   : QStringLiteral("%1 is gone; what was typed is still here."))
+                        .arg(m_shownName));
+    if (m_edits.any() || !file.exists())
         rememberFileTime();
     else
         readHeader();

@@ -11,6 +11,7 @@
 
 #include <optional>
 
+#include "share/FileWatch.h"
 #include "share/SubWindow.h"
 
 class QPushButton;
@@ -68,6 +69,7 @@ private:
     void readHeader();
     void takeCounts(TSFILE& file);
     void rememberFileTime();
+    void followFile();
 
     // The user leaves the field of a count, though not to cancel.
     bool isLeftForGood() const;
@@ -96,6 +98,7 @@ private:
     bool m_isClosing = false;
     Edits m_edits;
     QDateTime m_fileTime;  // of the file as it is shown
+    veltrac::FileWatch m_watch;
 
     veltrac::HeaderFields* m_fields = nullptr;
     veltrac::ColumnTable* m_table = nullptr;

@@ -337,7 +337,7 @@ void SvgDriver::Arc(float x, float y, float radius, float startAngle, float endA
     emitLine("<path d=\"" + data + "\"" + (fill ? fillAttribute() : strokeAttributes()) + "/>");
 }
 
-void SvgDriver::DrawImage(float x1, float y1, float x2, float y2, const veltrac::PixelImage& image)
+void SvgDriver::DrawImage(float x1, float y1, float x2, float y2, const PixelImage& image)
 {
     stroke();
     float left = 0.0F, bottom = 0.0F, right = 0.0F, top = 0.0F;
@@ -349,7 +349,7 @@ void SvgDriver::DrawImage(float x1, float y1, float x2, float y2, const veltrac:
              decimal(right - left) + "\" height=\"" + decimal(top - bottom) +
              "\" preserveAspectRatio=\"none\" xmlns:xlink=\"http://www.w3.org/1999/xlink\" "
              "xlink:href=\"data:image/png;base64," +
-             base64(veltrac::pngBytes(image)) + "\"/>");
+             base64(pngBytes(image)) + "\"/>");
 }
 
 void SvgDriver::Polyline(const float* points, int count, bool closed, bool fill)

@@ -39,7 +39,7 @@ public:
     void TextExtent(const char* string, float* width, float* height) override;
     void DrawStamp(int id, const char* text) override;
     // As an embedded PNG.
-    void DrawImage(float x1, float y1, float x2, float y2, const veltrac::PixelImage& image) override;
+    void DrawImage(float x1, float y1, float x2, float y2, const PixelImage& image) override;
 
     // Writes the end and closes the file, once. True where all of it was written; nothing can be drawn any
     // more.

@@ -8,6 +8,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
+#include <QMouseEvent>
 #include <QPointer>
 #include <QStatusBar>
 #include <QTableWidget>
@@ -416,4 +417,39 @@ TEST_F(CalcWindows, SecondColumnIsRefusedOverOneSegmentAndComparedOverMore)
     window.sl_execute();
     EXPECT_EQ(window.findChild<PlotCanvas*>()->plot().variables().at(0)->variable().rows(), 51U);
     EXPECT_TRUE(told("at a lag of 0 s"));
+}
+
+TEST_F(CalcWindows, SpectrogramShowsTheSpectrumAndTheCourseWhereItIsClicked)
+{
+    DFTWin window(QStringLiteral("a.ts"), 2);
+    window.show();
+    for (QComboBox* const combo : window.findChildren<QComboBox*>()) {
+        if (combo->accessibleName() == QLatin1String("Method"))
+            combo->setCurrentText(QStringLiteral("Spectrogram"));
+        if (combo->accessibleName() == QLatin1String("Segment length"))
+            combo->setCurrentText(QStringLiteral("256"));
+    }
+    window.sl_execute();
+    auto* const canvas = window.findChild<PlotCanvas*>();
+    ASSERT_FALSE(canvas->plot().groups().empty());
+    ASSERT_TRUE(canvas->plot().groups()[0].image);
+    // A tone of 5 Hz, 100 Hz in all: a light line where it is, dark elsewhere.
+    const QImage shown = canvas->image();
+    const QRect area = canvas->groupArea(0);
+    const int tone = area.bottom() - area.height() * 5 / 50;
+    const int x = area.center().x();
+    EXPECT_GT(qGray(shown.pixel(x, tone)), 200);
+    EXPECT_LT(qGray(shown.pixel(x, area.top() + area.height() / 4)), 100);
+    QMouseEvent move(QEvent::MouseMove, QPoint(x, tone), Qt::NoButton, Qt::NoButton, Qt::NoModifier);
+    QApplication::sendEvent(canvas, &move);
+    QTest::mouseClick(canvas, Qt::LeftButton, Qt::NoModifier, QPoint(x, tone));
+    ASSERT_EQ(canvas->plot().groups().size(), 2U);
+    EXPECT_EQ(canvas->plot().groups()[1].variables()[0]->variable().column(), 13U);  // 5.08 Hz
+    const QList<PlotCanvas*> canvases = window.findChildren<PlotCanvas*>();
+    const auto cut = std::find_if(canvases.begin(), canvases.end(), [](const PlotCanvas* one) {
+        return one->accessibleName() == QLatin1String("Spectrum at cursor A");
+    });
+    ASSERT_NE(cut, canvases.end());
+    EXPECT_EQ((*cut)->plot().variables().at(0)->variable().rows(), 128U);
+    EXPECT_NEAR((*cut)->plot().variables().at(0)->variable().value(13), 2.0, 0.1);
 }

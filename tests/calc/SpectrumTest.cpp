@@ -300,3 +300,24 @@ TEST(Spectrum, PeaksAndHarmonicsStandWhereTheTonesAre)
     for (std::size_t i = 1; i < low.size(); ++i)
         EXPECT_GT(low[i].bin, low[i - 1].bin);
 }
+
+TEST(Spectrum, DistortionIsThatOfTheHarmonicsInAmplitudesLevelsAndPowers)
+{
+    const TestDirectory directory;
+    TSFILE file("a", kSamples, 1, 0);
+    fill(file, [](double i) {
+        const double turn = 2.0 * kPi * 90.0 * i / kSamples;
+        return 5.0 + 2.0 * std::sin(turn) + 0.3 * std::sin(2.0 * turn) + 0.4 * std::sin(5.0 * turn + 1.0);
+    });
+    SpectrumRequest request = requestFor(file);
+    for (const SpectrumResult result :
+         {SpectrumResult::Amplitude, SpectrumResult::PowerDensity, SpectrumResult::RealImaginary})
+        for (const bool decibel : {false, true}) {
+            request.result = result;
+            request.decibel = decibel && result != SpectrumResult::RealImaginary;
+            const auto spectrum = spectrumOf(file, request);
+            const auto harmonics = findHarmonics(*spectrum, request, 2.5, 40);
+            EXPECT_NEAR(harmonicDistortion(harmonics, request), 0.25, 1e-3);
+        }
+    EXPECT_TRUE(std::isnan(harmonicDistortion({{2.5, 2.0, 90}}, request)));
+}

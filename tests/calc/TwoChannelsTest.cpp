@@ -10,7 +10,9 @@
 #include <random>
 
 #include "calc/Correlation.h"
+#include "calc/Spectrogram.h"
 #include "calc/Spectrum.h"
+#include "core/FileTime.h"
 #include "tests/core/TsFileBytes.h"
 
 using namespace veltrac;
@@ -222,4 +224,48 @@ TEST(Correlation, DelayOfAFractionIsFoundAndThePeriodOfASeriesWithItself)
     computeCorrelation(file, file, request, target, top, {});
     EXPECT_NEAR(top.lag, 37.5, 0.05);
     EXPECT_NEAR(target.value(101, 2), 1.0, 1e-6);
+}
+
+TEST(Spectrogram, EachSampleIsTheSpectrumOfItsSegmentAtItsTime)
+{
+    const TestDirectory directory;
+    TSFILE file("a", 5000, 2, 0);
+    file.dt(0.01F);
+    file.setStart(1'000'000'000, 0.5F);
+    const std::vector<double> noise = whiteNoise(5000, 5);
+    fillColumn(file, 2, noise);
+    SpectrumRequest request;
+    request.column = 2;
+    request.from = 11;
+    request.to = 5000;
+    request.averaged = true;
+    request.segment = 500;
+    request.overlapPercent = 75;
+    request.dt = 0.01;
+    for (const SpectrumResult result : {SpectrumResult::Amplitude, SpectrumResult::RmsAmplitude,
+                                        SpectrumResult::PowerDensity, SpectrumResult::AmplitudeDensity}) {
+        request.result = result;
+        const SpectrumPlan plan = planSpectrum(request);
+        TSFILE target("s", plan.segments, plan.bins, 0);
+        ASSERT_EQ(computeSpectrogram(file, request, target, {}), JobOutcome::Done);
+        describeSpectrogram(file, request, target);
+        EXPECT_FLOAT_EQ(target.dt(), 1.25F);
+        // The third segment's middle: samples 261 to 760.
+        EXPECT_NEAR(FileTime(target).moment(3) - FileTime(file).moment(510), 0.005, 1e-5);
+        SpectrumRequest one = request;
+        one.averaged = false;
+        one.from = 261;
+        one.to = 760;
+        TSFILE spectrum("one", plan.bins, 3, 0);
+        double mean = 0.0;
+        computeSpectrum(file, one, spectrum, mean, {});
+        for (const std::uint32_t bin : {1U, 77U, plan.bins})
+            EXPECT_NEAR(target.value(3, bin), spectrum.value(bin, 2), 1e-5 * spectrum.value(bin, 2)) << bin;
+        EXPECT_STREQ(target.columnName(77), "15.4 Hz");
+    }
+    // What a file cannot hold is refused with what it can.
+    request.to = 480'000'000;
+    EXPECT_NE(spectrogramComplaint(request).find("Take an overlap of 50 %."), std::string::npos);
+    request.overlapPercent = 50;
+    EXPECT_EQ(spectrogramComplaint(request), "");
 }

@@ -564,33 +564,41 @@ extern void* __libc_calloc(size_t, size_t);
 extern void* __libc_realloc(void*, size_t);
 extern void* __libc_memalign(size_t, size_t);
 
-static int isRefused(size_t bytes)
+// What Qt asks for by itself, for the pictures of its windows, it does not survive to be refused.
+static int isQt(const void* caller)
+{
+    Dl_info from;
+    return dladdr(caller, &from) != 0 && from.dli_fname != NULL && strstr(from.dli_fname, "libQt5") != NULL;
+}
+
+static int isRefused(size_t bytes, const void* caller)
 {
     enum { kSmall = 64 * 1024 };
-    if (bytes <= kSmall || folderLength == 0 || !armed || judge(kAlloc) == kGo)
+    if (bytes <= kSmall || folderLength == 0 || !armed || isQt(caller) || judge(kAlloc) == kGo)
         return 0;
     errno = ENOMEM;
     return 1;
 }
 void* malloc(size_t bytes)
 {
-    return isRefused(bytes) ? NULL : __libc_malloc(bytes);
+    return isRefused(bytes, __builtin_return_address(0)) ? NULL : __libc_malloc(bytes);
 }
 void* calloc(size_t n, size_t bytes)
 {
-    return isRefused(n * bytes) ? NULL : __libc_calloc(n, bytes);
+    return isRefused(n * bytes, __builtin_return_address(0)) ? NULL : __libc_calloc(n, bytes);
 }
 void* realloc(void* old, size_t bytes)
 {
-    return isRefused(bytes) ? NULL : __libc_realloc(old, bytes);
+    return isRefused(bytes, __builtin_return_address(0)) ? NULL : __libc_realloc(old, bytes);
 }
 void* aligned_alloc(size_t alignment, size_t bytes)
 {
-    return isRefused(bytes) ? NULL : __libc_memalign(alignment, bytes);
+    return isRefused(bytes, __builtin_return_address(0)) ? NULL : __libc_memalign(alignment, bytes);
 }
 int posix_memalign(void** to, size_t alignment, size_t bytes)
 {
-    void* const made = isRefused(bytes) ? NULL : __libc_memalign(alignment, bytes);
+    void* const made =
+        isRefused(bytes, __builtin_return_address(0)) ? NULL : __libc_memalign(alignment, bytes);
     if (made != NULL)
         *to = made;
     return made == NULL ? ENOMEM : 0;

@@ -194,6 +194,27 @@ TEST_F(HeaderEditor, ColumnsThatAnotherWindowHasAddedAreNotCutUnasked)
     EXPECT_EQ(field(kColumns).text(), "5");
 }
 
+TEST_F(HeaderEditor, WhatAnotherProgramDoesToTheFileIsToldAndWhatWasTypedStays)
+{
+    open();
+    const auto isTold = [&](const char* text) {
+        return QTest::qWaitFor([&] { return m_window->statusBar()->currentMessage() == QLatin1String(text); },
+                               2000);
+    };
+    rebuildTsFile("a.ts", 45, 3, {});
+    EXPECT_TRUE(isTold("a.ts has changed and was read again."));
+    EXPECT_EQ(field(kSamples).text(), "45");
+    EXPECT_EQ(table().rowCount(), 3);
+    QTest::keyClicks(&field(kStartTime), QStringLiteral("7"));
+    const QString typed = field(kStartTime).text();
+    std::filesystem::rename("a.ts", "b.ts");
+    EXPECT_TRUE(isTold("a.ts is gone; what was typed is still here."));
+    EXPECT_EQ(field(kStartTime).text(), typed);
+    std::filesystem::rename("b.ts", "a.ts");
+    EXPECT_TRUE(isTold("a.ts has changed and was read again."));
+    EXPECT_EQ(field(kStartTime).text(), typed);
+}
+
 TEST_F(HeaderEditor, GrowthKeepsTheValuesAndShowsTheNewColumns)
 {
     open();

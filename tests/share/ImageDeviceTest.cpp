@@ -1,0 +1,83 @@
+// Pictures of pixels on every kind of driver, and the colours of values.
+
+#include "share/ImageDevice.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <limits>
+#include <string>
+
+#include "share/ColorMap.h"
+#include "share/PostscriptDriver.h"
+#include "share/SvgDriver.h"
+#include "tests/core/TsFileBytes.h"
+
+using namespace veltrac;
+
+namespace {
+
+// Two pixels wide, three high; red above left.
+const PixelImage kFlag{2, 3, {255, 0, 0, 0, 255, 0, 0, 0, 255, 1, 2, 3, 4, 5, 6, 7, 8, 9}};
+
+template <typename Driver, typename... Parameters>
+std::string drawn(const char* name, const Parameters&... parameters)
+{
+    Driver driver(name, parameters...);
+    driver.BeginPage(0);
+    driver.SetViewport(0.0F, 0.0F, 0.5F, 0.5F);
+    driver.SetWindow(0.0F, 0.0F, 2.0F, 2.0F);
+    drawImage(driver, 0.0F, 1.0F, 2.0F, 2.0F, kFlag);
+    driver.EndPage();
+    EXPECT_TRUE(driver.finish());
+    const std::vector<unsigned char> bytes = bytesOf(name);
+    return {bytes.begin(), bytes.end()};
+}
+
+}  // namespace
+
+TEST(ImageDevice, PostscriptAndSvgHoldThePixelsInTheirPlace)
+{
+    const TestDirectory directory;
+    const std::string eps = drawn<PostscriptDriver>("a.eps");
+    EXPECT_NE(
+        eps.find("gsave 0.00 148.75 translate 421.00 148.75 scale\n/_i 6 string def\n2 3 8 [2 0 0 -3 0 3]\n"
+                 "{ currentfile _i readhexstring pop } false 3 colorimage\n"
+                 "ff000000ff000000ff010203040506070809\ngrestore\n"),
+        std::string::npos)
+        << eps;
+    const std::string svg = drawn<SvgDriver>("a.svg", PsParameters());
+    EXPECT_NE(svg.find("<image x=\"0\" y=\"297.5\" width=\"421\" height=\"148.75\""), std::string::npos)
+        << svg;
+    EXPECT_NE(svg.find("data:image/png;base64,iVBORw0KGgoAAAANSUhEUgAAAAIAAAADCAIAAAA2iEnWAAAA"),
+              std::string::npos)
+        << svg;
+}
+
+TEST(ImageDevice, PngHoldsTheLinesAndItsSums)
+{
+    const std::vector<std::uint8_t> png = pngBytes(kFlag);
+    // Signature, size, one stored block of three lines of 1 + 6 bytes, its Adler sum.
+    const std::vector<std::uint8_t> block{0x78, 0x01, 1, 21,  0, 234, 255, 0, 255,
+                                          0,    0,    0, 255, 0, 0,   0,   0, 255};
+    const auto found = std::search(png.begin(), png.end(), block.begin(), block.end());
+    ASSERT_NE(found, png.end());
+    const std::vector<std::uint8_t> end{0, 0, 0, 0, 'I', 'E', 'N', 'D', 0xAE, 0x42, 0x60, 0x82};
+    EXPECT_TRUE(std::equal(end.rbegin(), end.rend(), png.rbegin()));
+}
+
+TEST(ColorMap, LightnessRisesEvenlyInGreyTooAndValuesBeyondTakeTheEnds)
+{
+    const auto grey = [](MapColor c) { return 0.299 * c.r + 0.587 * c.g + 0.114 * c.b; };
+    double before = -1.0;
+    for (int step = 0; step <= 16; ++step) {
+        const double now = grey(mappedColor(step, 0.0, 16.0));
+        EXPECT_GT(now, before + 4.0) << step;
+        EXPECT_LT(now, before + 40.0) << step;
+        before = now;
+    }
+    EXPECT_EQ(grey(mappedColor(-5.0, 0.0, 1.0)), grey(colorMap().front()));
+    EXPECT_EQ(grey(mappedColor(std::numeric_limits<double>::quiet_NaN(), 0.0, 1.0)),
+              grey(colorMap().front()));
+    EXPECT_EQ(grey(mappedColor(5.0, 0.0, 1.0)), grey(colorMap().back()));
+}

@@ -47,10 +47,11 @@ std::unique_ptr<ResultFile> ResultFile::temporary(std::uint32_t samples, std::ui
         return nullptr;
     lockAsOwner(made->m_reservation->handle());
     const QString name = made->m_reservation->fileName();
+    // Known before: a file that is made and cannot be opened goes, too.
+    made->m_path = QFile::encodeName(name + QStringLiteral(".ts")).toStdString();
     made->m_file.reset(application->CreateTs(name, samples, columns));
     if (!made->m_file)
         return nullptr;
-    made->m_path = QFile::encodeName(name + QStringLiteral(".ts")).toStdString();
     return made;
 }
 

@@ -88,11 +88,15 @@ bool canBeBroughtBack(const fs::path& folder, const std::string& name, const Sta
     for (const Files* const state : states)
         if (!state->contains(name) || state->at(name).size() != now.size())
             return false;
-    for (std::size_t i = 0; i + sizeof(float) <= now.size(); i += sizeof(float))
+    // Stamps and texts of a column are written apart from each other, and meet in one word.
+    constexpr std::size_t kHead = 1536;
+    for (std::size_t i = 0; i < now.size(); i += i < kHead ? 1 : sizeof(float)) {
+        const std::size_t size = i < kHead ? 1 : sizeof(float);
         if (std::none_of(states.begin(), states.end(), [&](const Files* state) {
-                return std::memcmp(&now[i], &state->at(name)[i], sizeof(float)) == 0;
+                return std::memcmp(&now[i], &state->at(name)[i], size) == 0;
             }))
             return false;
+    }
     for (const auto& entry : fs::directory_iterator(folder / "scratch"))
         if (entry.path().filename().string().starts_with("veltrac-old-values")) {
             const fs::path copy = folder.parent_path() / "copy.ts";

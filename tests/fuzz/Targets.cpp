@@ -130,7 +130,7 @@ void importStl(std::string_view bytes)
     STLObject log("in.stl");
     log.detect();
     log.check({});
-    if (log.found().samples <= kMostSamples)
+    if (log.found().target.samples <= kMostSamples)
         importSTL(log, "out.ts", {});
 }
 
@@ -140,7 +140,7 @@ void importScl(std::string_view bytes)
     SCLObject logs;
     logs.add("in.scl");
     logs.check({});
-    if (logs.result().samples <= kMostSamples)
+    if (logs.result().target.samples <= kMostSamples)
         importSCL(logs, "out.ts", {});
 }
 

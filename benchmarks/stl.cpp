@@ -74,7 +74,7 @@ void importLog(benchmark::State& state)
         object.detect();
         object.check({});
         importSTL(object, "out.ts", {});
-        if (object.found().samples != kRows || object.found().troubleCount != 0)
+        if (object.found().target.samples != kRows || object.found().troubleCount != 0)
             state.SkipWithError("the import lost something");
     }
     count(state);

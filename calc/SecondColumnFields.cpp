@@ -23,7 +23,7 @@ namespace veltrac {
 
 SecondColumnFields::SecondColumnFields(QWidget* parent)
     : QWidget(parent),
-      m_on(new QCheckBox(QStringLiteral("Second colu&mn"))),
+      m_on(new QCheckBox(QStringLiteral("Seco&nd column"))),
       m_files(new FileCombo),
       m_columns(new ColumnCombo),
       m_result(new QComboBox),

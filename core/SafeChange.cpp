@@ -179,7 +179,10 @@ JobOutcome changeInPlace(const InPlaceChange& change, const Progress& progress, 
     std::uint64_t total = 0;
     for (const ColumnRange& range : change.ranges)
         total += range.count;
-    FileLock lock(change.file.descriptor());
+    // A file that is being made is its maker's already.
+    std::optional<FileLock> lock;
+    if (const char* const name = change.file.fileName(); name == nullptr || !isScratchFile(name))
+        lock.emplace(change.file.descriptor());
     old.backup = std::make_unique<ColumnBackup>(change.file);
     keepOldValues(*old.backup, change.ranges);
     std::uint64_t kept = 0;
@@ -202,7 +205,8 @@ JobOutcome changeInPlace(const InPlaceChange& change, const Progress& progress, 
             change.file.flush(true);
             if (syncToDisk(change.file.descriptor(), [&progress] { return goesOn(progress, 1, 1); }) ==
                 JobOutcome::Done) {
-                lock.requireNamed();
+                if (lock)
+                    lock->requireNamed();
                 old.backup->markDone();
                 return JobOutcome::Done;
             }
@@ -211,7 +215,7 @@ JobOutcome changeInPlace(const InPlaceChange& change, const Progress& progress, 
         old.backup->restore(change.file, progress);
     } catch (...) {
         const std::exception_ptr failure = std::current_exception();
-        lock.release();
+        lock.reset();
         old.lost = old.backup->path();
         old.backup->restore(change.reopen());
         old.lost.clear();

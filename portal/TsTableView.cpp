@@ -429,6 +429,7 @@ void TsTableView::readAgain()
         m_changed->hide();
         m_status->stop();
         m_table->show(std::move(file));
+        m_table->view().setFocus();
     } catch (...) {
         showStatus(QStringLiteral("%1 cannot be opened any more.").arg(m_name));
         return;

@@ -103,6 +103,8 @@ public:
     // Types into the cell that is current, and leaves it by Enter.
     void enter(const QString& text)
     {
+        if (QApplication::focusWidget() == nullptr)
+            activate();
         QTest::keyClicks(QApplication::focusWidget(), text.left(1));
         QTest::keyClicks(QApplication::focusWidget(), text.mid(1));
         press(Qt::Key_Return);

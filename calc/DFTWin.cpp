@@ -69,11 +69,12 @@ DFTWin::DFTWin(const QString& file, unsigned column, QWidget* parent)
     panel()->addWidget(m_peaks, 1);
     m_cut = new PlotCanvas(panel()->parentWidget());
     m_cut->setMinimumHeight(kCutHeight);
-    m_cut->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Expanding);
+    m_cut->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Ignored);  // what the panel has left
     m_cut->setAccessibleName(QStringLiteral("Spectrum at cursor A"));
     m_cut->hide();
     panel()->addWidget(m_cut, 1);
     panel()->addWidget(readout());
+    panel()->addStretch();  // takes what the peaks leave where they are hidden
     createActions();
 
     connect(m_fields, &SpectrumFields::x_changed, this,

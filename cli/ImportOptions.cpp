@@ -7,22 +7,6 @@
 
 namespace veltrac {
 
-namespace {
-
-// "tab" and "blank" for signs that a shell does not like to carry.
-std::string signOf(const std::string& text, const char* option)
-{
-    if (text.empty() || text.size() == 1)
-        return text;
-    if (text == "tab" || text == "\\t")
-        return "\t";
-    if (text == "blank" || text == "blanks")
-        return " ";
-    throw UsageError(std::string(option) + " is one sign, \"tab\" or \"blank\"");
-}
-
-}  // namespace
-
 void ImportOptions::addTo(Options& options)
 {
     options.choice("--encoding", text.encoding, {"utf-8", "windows-1252"},
@@ -76,12 +60,7 @@ void ImportOptions::addTo(Options& options)
 
 void ImportOptions::check()
 {
-    text.separator = signOf(text.separator, "--separator");
-    text.decimal = signOf(text.decimal, "--decimal");
-    if (!text.decimal.empty() && text.decimal != "." && text.decimal != ",")
-        throw UsageError("--decimal is a point or a comma");
-    if (!text.separator.empty() && text.separator == text.decimal)
-        throw UsageError("--separator and --decimal are the same sign");
+    takeSigns(text.separator, text.decimal);
     if (time.step && time.rate)
         throw UsageError("--step and --rate say the same: one of them");
     if (time.rate) {

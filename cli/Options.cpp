@@ -96,4 +96,30 @@ void Options::choice(const char* name, std::optional<int>& value, const std::vec
     choose(name, names, help, [&value](int chosen) { value = chosen; });
 }
 
+namespace {
+
+// "tab" and "blank" for signs that a shell does not like to carry.
+std::string signOf(const std::string& text, const char* option)
+{
+    if (text.empty() || text.size() == 1)
+        return text;
+    if (text == "tab" || text == "\\t")
+        return "\t";
+    if (text == "blank" || text == "blanks")
+        return " ";
+    throw UsageError(std::string(option) + " is one sign, \"tab\" or \"blank\"");
+}
+
+}  // namespace
+
+void takeSigns(std::string& separator, std::string& decimal)
+{
+    separator = signOf(separator, "--separator");
+    decimal = signOf(decimal, "--decimal");
+    if (!decimal.empty() && decimal != "." && decimal != ",")
+        throw UsageError("--decimal is a point or a comma");
+    if (!separator.empty() && separator == decimal)
+        throw UsageError("--separator and --decimal are the same sign");
+}
+
 }  // namespace veltrac

@@ -46,4 +46,8 @@ private:
     CLI::App& m_app;
 };
 
+// A separator and a decimal sign as the user writes them, each empty where none was chosen: "tab" and "blank"
+// become the signs themselves. Throws UsageError.
+void takeSigns(std::string& separator, std::string& decimal);
+
 }  // namespace veltrac

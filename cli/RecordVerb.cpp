@@ -26,37 +26,19 @@ namespace {
 
 constexpr VerbWords kRecordWords = {
     "record", "Keep what comes on standard input in a ring file, while it is measured",
-    "Reads rows of numbers from standard input until it ends, or until Ctrl+C or SIGTERM, and writes them "
-    "into "
-    "a ring file: the newest samples take the places of the oldest ones when it is full. A file that is "
-    "there "
-    "already goes on where it ended. Rows are on the disk after the time of --flush at the latest, and at "
-    "every "
-    "moment the file is a whole one that plots, lists and the other verbs read. Lines before the first row "
-    "are "
-    "passed over, cells that are no numbers become missing values, and the report counts both. Without "
-    "--time a "
-    "row is one sample time behind the one before it; a recording that goes on gets missing rows for the "
-    "time "
-    "in which nothing was recorded.",
-    "  vmstat -n 1 | veltrac-cli record cpu.ts --columns \"user[%]=13,system[%]=14,idle[%]=15\" --samples "
-    "86400\n"
+    "Reads rows of numbers from standard input until it ends, or until Ctrl+C or SIGTERM, and writes "
+    "them into a ring file: the newest samples take the places of the oldest ones when it is full. A "
+    "file that is there already goes on where it ended. Rows are on the disk after the time of --flush "
+    "at the latest, and at every moment the file is a whole one that plots, lists and the other verbs "
+    "read. Lines before the first row are passed over, cells that are no numbers become missing values, "
+    "and the report counts both. Without --time a row is one sample time behind the one before it; a "
+    "recording that goes on gets missing rows for the time in which nothing was recorded.",
+    "  vmstat -n 1 | veltrac-cli record cpu.ts --columns \"user[%]=13,system[%]=14,idle[%]=15\"\n"
     "  ./measure --binary | veltrac-cli record force.ts --f32 --columns force[N],temp[°C] --dt 0.001"};
 
 constexpr std::uint32_t kUsualSamples = 1'000'000;
 constexpr std::size_t kReadBytes = std::size_t{1} << 18;
 constexpr int kLookForStopMs = 100;
-
-char signOf(const std::string& text, const char* option)
-{
-    if (text.size() == 1)
-        return text.front();
-    if (text == "tab" || text == "\\t")
-        return '\t';
-    if (text == "blank" || text == "blanks")
-        return ' ';
-    throw UsageError(std::string(option) + " is one sign, \"tab\" or \"blank\"");
-}
 
 class RecordVerb : public Verb
 {
@@ -153,18 +135,13 @@ private:
     void takeSigns()
     {
         TextRows::Layout& text = m_plan.text;
-        if (!m_separator.empty()) {
-            text.signs.separator = signOf(m_separator, "--separator");
-            text.knowsSeparator = true;
-        }
-        if (!m_decimal.empty()) {
-            if (m_decimal != "." && m_decimal != ",")
-                throw UsageError("--decimal is a point or a comma");
+        veltrac::takeSigns(m_separator, m_decimal);
+        text.knowsSeparator = !m_separator.empty();
+        if (text.knowsSeparator)
+            text.signs.separator = m_separator.front();
+        text.knowsDecimal = !m_decimal.empty();
+        if (text.knowsDecimal)
             text.signs.decimal = m_decimal.front();
-            text.knowsDecimal = true;
-        }
-        if (text.knowsSeparator && text.knowsDecimal && text.signs.separator == text.signs.decimal)
-            throw UsageError("--separator and --decimal are the same sign");
         static constexpr std::array<char, 5> kGroupings = {0, '.', ',', ' ', '\''};
         if (m_grouping)
             text.signs.grouping = kGroupings[static_cast<std::size_t>(*m_grouping)];

@@ -10,7 +10,7 @@ namespace veltrac {
 namespace {
 
 constexpr int kSoonMs = 200;  // a file that is being written changes many times a second
-constexpr int kPollMs = 2000;
+constexpr int kPollMs = 1000;
 
 // Where changes from another machine are not told.
 bool isRemote(const QString& path)

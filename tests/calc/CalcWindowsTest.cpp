@@ -396,7 +396,7 @@ TEST_F(CalcWindows, SecondColumnIsRefusedOverOneSegmentAndComparedOverMore)
     };
     const QList<QCheckBox*> checks = window.findChildren<QCheckBox*>();
     (*std::find_if(checks.begin(), checks.end(), [](const QCheckBox* check) {
-        return check->text() == QLatin1String("Second colu&mn");
+        return check->text() == QLatin1String("Seco&nd column");
     }))->setChecked(true);
     EXPECT_TRUE(told("over a single one, every coherence is 1"));
     window.sl_execute();

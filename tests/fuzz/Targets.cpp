@@ -152,7 +152,8 @@ void runFormula(std::string_view bytes)
             file->setValue(s, 2, static_cast<float>(s * 3 % 17));
         return file;
     }();
-    FormulaParser parser(std::string(bytes.substr(0, bytes.find('\0'))).c_str());
+    const std::string formula(bytes.substr(0, bytes.find('\0')));
+    FormulaParser parser(formula.c_str());
     parser.SetSource(source.get(), 2, 1);
     if (parser.Compile() != 0 || parser.ErrorCode() != 0)
         return;

@@ -198,8 +198,8 @@ TEST_F(HeaderEditor, WhatAnotherProgramDoesToTheFileIsToldAndWhatWasTypedStays)
 {
     open();
     const auto isTold = [&](const char* text) {
-        return QTest::qWaitFor([&] { return m_window->statusBar()->currentMessage() == QLatin1String(text); },
-                               2000);
+        return QTest::qWaitFor(
+            [&] { return m_window->statusBar()->currentMessage() == QLatin1String(text); });
     };
     rebuildTsFile("a.ts", 45, 3, {});
     EXPECT_TRUE(isTold("a.ts has changed and was read again."));

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cctype>
 
+#include "cli/Verb.h"
+
 namespace veltrac {
 
 void Options::flag(const char* name, bool& value, const char* help)

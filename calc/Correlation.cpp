@@ -244,8 +244,8 @@ CorrelationTop correlationTop(const std::vector<double>& values, bool ofItself)
     const double right = between(values, best + kStep);
     const double curvature = left - 2.0 * middle + right;
     const double offset = curvature < 0.0 ? 0.5 * (left - right) / curvature : 0.0;
-    const double half = static_cast<double>(values.size() / 2);
-    return {best + offset * kStep - half, middle - 0.25 * (left - right) * offset, true};
+    const std::size_t half = values.size() / 2;
+    return {best + offset * kStep - static_cast<double>(half), middle - 0.25 * (left - right) * offset, true};
 }
 
 JobOutcome computeCorrelation(TSFILE& first, TSFILE& second, const CorrelationRequest& request,

@@ -27,7 +27,7 @@ constexpr std::uint32_t kSpectrumColumn = 2;
 constexpr int kRowMargin = 6;
 constexpr int kLeastRows = 3;
 // A value is right to a thousandth; more digits would promise more.
-constexpr int kDigits = 4;
+constexpr int kPeakDigits = 4;
 constexpr int kDecibelDecimals = 2;
 
 }  // namespace
@@ -108,7 +108,7 @@ void PeakTable::fill(const std::vector<SpectrumPeak>& peaks, const QString& titl
         auto* const frequency = new QTableWidgetItem(QString::number(peak.frequency, 'g', 7));
         auto* const value = new QTableWidgetItem(
             QString::fromStdString(m_request.decibel ? fixedNumber(peak.value, kDecibelDecimals)
-                                                     : significantNumber(peak.value, kDigits)));
+                                                     : significantNumber(peak.value, kPeakDigits)));
         frequency->setData(Qt::UserRole, peak.frequency);
         for (QTableWidgetItem* const item : {frequency, value})
             item->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);

@@ -42,7 +42,10 @@ struct CellPicture
 
 CellPicture pictureOf(const std::vector<float>& cells, int width, int height, double low, double high)
 {
-    const auto at = [&](int x, int y) { return cells[static_cast<std::size_t>(y * width + x)]; };
+    const auto at = [&](int x, int y) {
+        return cells[static_cast<std::size_t>(y) * static_cast<std::size_t>(width) +
+                     static_cast<std::size_t>(x)];
+    };
     int left = width, right = -1, bottom = height, top = -1;
     for (int y = 0; y < height; ++y)
         for (int x = 0; x < width; ++x)

@@ -213,7 +213,8 @@ JobOutcome correlate(TSFILE& first, TSFILE& second, const CorrelationRequest& re
 
 CorrelationTop correlationTop(const std::vector<double>& values, bool ofItself)
 {
-    constexpr double kStep = 1.0 / 16;
+    constexpr int kStepsASample = 16;
+    constexpr double kStep = 1.0 / kStepsASample;
     constexpr double kAsHigh = 0.9;
     std::size_t begin = 0;
     if (ofItself) {
@@ -236,8 +237,8 @@ CorrelationTop correlationTop(const std::vector<double>& values, bool ofItself)
     }
     const auto place = static_cast<double>(top - values.begin());
     double best = place;
-    for (double at = place - 1.0; at <= place + 1.0; at += kStep)
-        if (between(values, at) > between(values, best))
+    for (int step = -kStepsASample; step <= kStepsASample; ++step)
+        if (const double at = place + step * kStep; between(values, at) > between(values, best))
             best = at;
     const double left = between(values, best - kStep);
     const double middle = between(values, best);

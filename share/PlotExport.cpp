@@ -131,7 +131,8 @@ QString writePicture(const QString& fileName, const QImage& image)
     // Composed in memory first: QImage does not notice a disk that is full.
     QByteArray bytes;
     QBuffer buffer(&bytes);
-    image.save(&buffer, "PNG");
+    if (!image.save(&buffer, "PNG"))
+        return QObject::tr("There is not enough memory for the picture.");
     return writeWhole(fileName, bytes);
 }
 

@@ -38,6 +38,8 @@ TEST(Live, EveryRowArrivesInOrder)
     std::uint32_t wrong = 0;
     QObject::connect(window.findChild<PlotFollower*>(), &PlotFollower::x_rows_came, &window, [&] {
         const auto v = plot.reference();
+        if (!v)
+            return;  // the ring was looked at before its first row
         const PlotSource& source = *v->variable().source();
         const std::uint32_t newest = source.sampleOf(v->variable().rows());
         // What was overwritten before anybody looked is gone, as it is for every reader of a ring.

@@ -21,6 +21,7 @@ namespace {
 
 // 10,000 rows a second: a ring's round takes nine tenths.
 constexpr std::chrono::milliseconds kPause(10);
+constexpr qint64 kHalfARoundMs = 450;
 
 }  // namespace
 
@@ -36,15 +37,20 @@ TEST(Live, EveryRowArrivesInOrder)
     Plot2D& plot = window.canvas()->plot();
     std::uint32_t seen = 0;
     std::uint32_t wrong = 0;
+    QElapsedTimer sinceLook;
+    sinceLook.start();
     QObject::connect(window.findChild<PlotFollower*>(), &PlotFollower::x_rows_came, &window, [&] {
         const auto v = plot.reference();
         if (!v)
             return;  // the ring was looked at before its first row
         const PlotSource& source = *v->variable().source();
         const std::uint32_t newest = source.sampleOf(v->variable().rows());
-        // What was overwritten before anybody looked is gone, as it is for every reader of a ring.
+        // What was overwritten before anybody looked is gone, as it is for every reader of a ring; on a
+        // machine with better things to do nobody may look for long.
         const std::uint32_t first = std::max(seen + 1, source.sampleOf(v->variable().firstRow()));
-        EXPECT_EQ(first, seen + 1) << "rows that nobody saw";
+        if (sinceLook.restart() < kHalfARoundMs) {
+            EXPECT_EQ(first, seen + 1) << "rows that nobody saw";
+        }
         for (std::uint32_t s = first; s <= newest; ++s)
             wrong += v->variable().value(v->variable().rows() - (newest - s)) == s ? 0 : 1;
         const auto range = v->range(v->variable().rows() - (newest - first), v->variable().rows());
@@ -60,8 +66,8 @@ TEST(Live, EveryRowArrivesInOrder)
         while (seen < before + kRecordedRoom / 2 * 3 && clock.elapsed() < 20000)
             QTest::qWait(5);
         recorder.end(run == 0 ? SIGKILL : SIGTERM);
-        QTest::qWait(120);
-        EXPECT_EQ(seen, TSFILE("r.ts", true).lastSample()) << run;
+        const std::uint32_t last = TSFILE("r.ts", true).lastSample();
+        EXPECT_TRUE(QTest::qWaitFor([&] { return seen == last; })) << run << ": " << seen << " of " << last;
     }
     EXPECT_EQ(wrong, 0U);
     EXPECT_GT(seen, 4 * kRecordedRoom);
@@ -85,10 +91,10 @@ TEST(Live, TheListStaysAtTheEnd)
             QTest::qWait(20);
         recorder.end(SIGTERM);
     }
-    QTest::qWait(300);
     TSFILE file("r.ts", true);
     const std::uint32_t newest = file.lastSample();
-    EXPECT_EQ(view.currentRow(), static_cast<int>((newest - 1) % kRecordedRoom));
+    EXPECT_TRUE(
+        QTest::qWaitFor([&] { return view.currentRow() == static_cast<int>((newest - 1) % kRecordedRoom); }));
     EXPECT_EQ(view.model()->data(view.currentIndex()).toString(), QString::number(newest) + ".0000");
     // Who goes elsewhere stays there.
     view.goTo(5, 0);

@@ -243,40 +243,39 @@ BENCHMARK(growByAFrame)->Unit(benchmark::kMicrosecond)->Iterations(500);
 
 // -- Recording: 8 columns --
 
-void recordFrames(benchmark::State& state)
+void record(benchmark::State& state, bool frames, const std::string& bytes)
 {
-    const std::string bytes(std::size_t{1} << 18, '\0');
     fs::remove(liveFile());
-    RecordPlan plan{.file = liveFile(), .shape = liveShape(1'000'000), .frames = true};
+    RecordPlan plan{.file = liveFile(), .shape = liveShape(1'000'000), .frames = frames};
     Recording recording(plan);
     for ([[maybe_unused]] auto _ : state)
         recording.feed(bytes);
     recording.finish(true);
     state.counters["rows_per_s"] =
         benchmark::Counter(static_cast<double>(recording.report().counts.rows), benchmark::Counter::kIsRate);
+}
+
+constexpr std::size_t kFedBytes = std::size_t{1} << 18;
+
+void recordFrames(benchmark::State& state)
+{
+    record(state, true, std::string(kFedBytes, '\0'));
 }
 BENCHMARK(recordFrames)->UseRealTime()->MinTime(3.0);
 
 void recordText(benchmark::State& state)
 {
     std::string bytes;
-    while (bytes.size() < (std::size_t{1} << 18))
+    while (bytes.size() < kFedBytes)
         bytes += "1.2345 -678.9 0.001 42 3.14159 2.5e-3 1000 -7.25\n";
-    fs::remove(liveFile());
-    RecordPlan plan{.file = liveFile(), .shape = liveShape(1'000'000)};
-    Recording recording(plan);
-    for ([[maybe_unused]] auto _ : state)
-        recording.feed(bytes);
-    recording.finish(true);
-    state.counters["rows_per_s"] =
-        benchmark::Counter(static_cast<double>(recording.report().counts.rows), benchmark::Counter::kIsRate);
+    record(state, false, bytes);
 }
 BENCHMARK(recordText)->UseRealTime()->MinTime(3.0);
 
 // The same bytes into a file of the ring's size, round after round.
 void bareWrite(benchmark::State& state)
 {
-    const std::string bytes(std::size_t{1} << 18, '\0');
+    const std::string bytes(kFedBytes, '\0');
     const int file = open(liveFile().c_str(), O_RDWR | O_CREAT, 0666);
     off_t at = 0;
     std::uint64_t written = 0;

@@ -1,4 +1,5 @@
-// The results of two channels on a canvas.
+// The results of Ts-FFT that are more than a curve: two channels with their bands, a spectrogram with its
+// cuts.
 #pragma once
 
 #include <QString>

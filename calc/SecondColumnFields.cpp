@@ -46,8 +46,7 @@ SecondColumnFields::SecondColumnFields(QWidget* parent)
     addRow(*form, "Second column:", m_columns, "The column of the output.");
     addRow(*form, "Of &both:", m_result,
            "How strong they are together, how the output follows from the input (H1 where the output is "
-           "noisy, H2 "
-           "where the input is), or how much of it does.");
+           "noisy, H2 where the input is), or how much of it does.");
     form->addRow(m_unwrapped);
     m_unwrapped->setWhatsThis(
         QStringLiteral("The phase goes on beyond half a turn, so that a delay is a line."));

@@ -1,13 +1,11 @@
 #include "calc/Spectrogram.h"
 
 #include <cmath>
-#include <limits>
-#include <numbers>
 #include <vector>
 
 #include "calc/SegmentTransform.h"
 #include "calc/Spectrum.h"
-#include "calc/SpectrumSamples.h"
+#include "calc/SpectrumScale.h"
 #include "calc/SpectrumTexts.h"
 #include "calc/WindowShape.h"
 #include "core/ColumnCopy.h"
@@ -31,38 +29,11 @@ bool fits(const SpectrumRequest& request)
            tsFileBytes(plan.segments, plan.bins) < kFileLimit;
 }
 
-// From the power |Y|^2 of a bin to what a cell shows: factor * power^exponent, or its level.
-struct CellScale
+// Every cell has a colour, one without any power, too.
+float cellOf(double value)
 {
-    double factor;  // of the power
-    bool isPower;
-    bool decibel;
-
-    float operator()(double power) const
-    {
-        const double value = std::max(power * factor, static_cast<double>(std::numeric_limits<float>::min()));
-        if (decibel)
-            return static_cast<float>(10.0 * std::log10(value));
-        return static_cast<float>(isPower ? power * factor : std::sqrt(power * factor));
-    }
-};
-
-// Of a bin, or the one at half the rate.
-CellScale cellScale(const SpectrumRequest& request, const SegmentTransform& transform, bool atNyquist)
-{
-    const double c = atNyquist ? 1.0 : 2.0;
-    const double density = c * request.dt / transform.weightSquares();
-    const double amplitude = c / transform.weightSum();
-    switch (request.result) {
-        case SpectrumResult::PowerDensity:
-            return {density, true, request.decibel};
-        case SpectrumResult::AmplitudeDensity:
-            return {density, false, request.decibel};
-        case SpectrumResult::RmsAmplitude:
-            return {amplitude * amplitude / (atNyquist ? 1.0 : 2.0), false, request.decibel};
-        default:
-            return {amplitude * amplitude, false, request.decibel};
-    }
+    constexpr double kNoLevel = -380.0;  // dB, below that of any float
+    return static_cast<float>(std::isnan(value) ? kNoLevel : value);
 }
 
 }  // namespace
@@ -94,8 +65,8 @@ JobOutcome computeSpectrogram(TSFILE& source, const SpectrumRequest& request, TS
 {
     const SpectrumPlan plan = planSpectrum(request);
     SegmentTransform transform(source, request);
-    const CellScale scale = cellScale(request, transform, false);
-    const CellScale last = cellScale(request, transform, plan.length % 2 == 0);
+    const SpectrumScale scale(request, transform.weightSum(), transform.weightSquares());
+    const bool endsAtNyquist = plan.length % 2 == 0;
     const auto atOnce =
         static_cast<std::uint32_t>(std::max<std::size_t>(1, kBytesAtOnce / (sizeof(float) * plan.bins)));
     std::vector<float> rows(std::size_t{atOnce} * plan.bins);
@@ -106,8 +77,9 @@ JobOutcome computeSpectrogram(TSFILE& source, const SpectrumRequest& request, TS
         const double* const im = transform.im().data();
         float* const row = &rows[std::size_t{held} * plan.bins];
         for (std::uint32_t k = 1; k < plan.bins; ++k)
-            row[k - 1] = scale(re[k] * re[k] + im[k] * im[k]);
-        row[plan.bins - 1] = last(re[plan.bins] * re[plan.bins] + im[plan.bins] * im[plan.bins]);
+            row[k - 1] = cellOf(scale(re[k] * re[k] + im[k] * im[k], false));
+        row[plan.bins - 1] =
+            cellOf(scale(re[plan.bins] * re[plan.bins] + im[plan.bins] * im[plan.bins], endsAtNyquist));
         if (++held < atOnce && s + 1 < plan.segments)
             continue;
         target.writeRows(s + 2 - held, held, rows.data());

@@ -19,8 +19,8 @@ inline constexpr std::uint64_t kMostCells = 1'000'000'000;
 std::string spectrogramComplaint(const SpectrumRequest& request);
 
 // Writes bin k of segment s into column k of sample s, k from 1, as the request scales it; segment by
-// segment, so memory does not grow with the range. A bin without any power has in dB the level of a 32-bit
-// float's smallest number, so that every cell has a colour. Throws the TS exceptions and std::bad_alloc.
+// segment, so memory does not grow with the range. A bin without any power has -380 dB, less than a float
+// has, so that every cell has a colour. Throws the TS exceptions and std::bad_alloc.
 JobOutcome computeSpectrogram(TSFILE& source, const SpectrumRequest& request, TSFILE& target,
                               const Progress& progress);
 // The sample time becomes the hop, the start such that sample 1 lies in the middle of the first segment;

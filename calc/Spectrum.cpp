@@ -7,7 +7,9 @@
 #include <numbers>
 
 #include "calc/RealTransform.h"
+#include "calc/SegmentTransform.h"
 #include "calc/SpectrumSamples.h"
+#include "calc/SpectrumScale.h"
 #include "calc/WindowShape.h"
 #include "calc/mixfft.h"
 #include "core/ColumnCopy.h"
@@ -36,47 +38,6 @@ std::uint32_t nearest235(std::uint32_t m, bool below)
                     best = std::min(best, n);
             }
     return static_cast<std::uint32_t>(best);
-}
-
-double inDecibel(double value, bool power)
-{
-    // A bin without any power has no level.
-    return value > 0.0 ? (power ? 10.0 : 20.0) * std::log10(value) : std::numeric_limits<double>::quiet_NaN();
-}
-
-// One value of the spectrum from the power |Y|^2 of a bin.
-struct Scale
-{
-    double amplitude;  // 1 / S1
-    double density;    // 1 / (fs S2)
-    SpectrumResult result;
-    bool decibel;
-
-    double operator()(double power, bool atNyquist) const
-    {
-        const double c = atNyquist ? 1.0 : 2.0;
-        double value = 0.0;
-        switch (result) {
-            case SpectrumResult::PowerDensity:
-                value = c * power * density;
-                return decibel ? inDecibel(value, true) : value;
-            case SpectrumResult::AmplitudeDensity:
-                value = std::sqrt(c * power * density);
-                break;
-            case SpectrumResult::RmsAmplitude:
-                value = c * std::sqrt(power) * amplitude / (atNyquist ? 1.0 : std::numbers::sqrt2);
-                break;
-            default:
-                value = c * std::sqrt(power) * amplitude;
-                break;
-        }
-        return decibel ? inDecibel(value, false) : value;
-    }
-};
-
-Scale scaleOf(const SpectrumRequest& request, const WindowShape& window)
-{
-    return {1.0 / window.sum(), request.dt / window.squares(), request.result, request.decibel};
 }
 
 // Rows for the target, handed over in runs.
@@ -172,14 +133,14 @@ JobOutcome wholeRange(TSFILE& source, const SpectrumRequest& request, const Spec
     // Giving so much memory back takes its time, too: not all at once.
     transform.x.reset();
 
-    const Scale scale = scaleOf(request, window);
+    const SpectrumScale scale(request, window.sum(), window.squares());
     RowWriter rows(target, plan.resolution);
     for (std::uint32_t k = 1; k <= plan.bins; ++k) {
         const bool atNyquist = 2 * std::uint64_t{k} == plan.length;
         const double re = transform.re[k];
         const double im = transform.im[k];
         if (request.result == SpectrumResult::RealImaginary) {
-            const double c = (atNyquist ? 1.0 : 2.0) * scale.amplitude;
+            const double c = (atNyquist ? 1.0 : 2.0) * scale.amplitude();
             rows.add(c * re, c * im);
         } else {
             rows.add(scale(transform.power(k), atNyquist), std::atan2(im, re) * kDegrees);
@@ -194,31 +155,21 @@ JobOutcome wholeRange(TSFILE& source, const SpectrumRequest& request, const Spec
 JobOutcome segments(TSFILE& source, const SpectrumRequest& request, const SpectrumPlan& plan, TSFILE& target,
                     double& mean, const Progress& progress)
 {
-    Transform transform(plan.length);
-    SampleReader reader(source, request);
-    WindowShape window(request.window, plan.used);
-    std::vector<double> weights(plan.used);
-    window.fill(0, weights);
+    SegmentTransform transform(source, request);
     std::vector<double> power(plan.bins + 1, 0.0);
     double sum = 0.0;
-    const std::span<double> samples = transform.samples(plan.used);
-    const std::uint32_t hop = segmentHop(plan.used, request.overlapPercent);
     for (std::uint32_t s = 0; s < plan.segments; ++s) {
-        const auto first = static_cast<std::uint32_t>(request.from + std::uint64_t{s} * hop);
-        reader.read(first, samples, {});
-        double segmentMean = 0.0;
-        removeTrend(samples, request.trend, segmentMean, {});
-        sum += segmentMean;
-        for (std::uint32_t i = 0; i < plan.used; ++i)
-            samples[i] *= weights[i];
-        if (!transform.run({}) || !goesOn(progress, s + 1, plan.segments))
+        sum += transform.load(s);
+        if (!goesOn(progress, s + 1, plan.segments))
             return JobOutcome::Cancelled;
+        const std::span<const double> re = transform.re();
+        const std::span<const double> im = transform.im();
         for (std::uint32_t k = 1; k <= plan.bins; ++k)
-            power[k] += transform.power(k);
+            power[k] += re[k] * re[k] + im[k] * im[k];
     }
     mean = sum / plan.segments;
 
-    const Scale scale = scaleOf(request, window);
+    const SpectrumScale scale(request, transform.weightSum(), transform.weightSquares());
     RowWriter rows(target, plan.resolution);
     for (std::uint32_t k = 1; k <= plan.bins; ++k)
         rows.add(scale(power[k] / plan.segments, 2 * std::uint64_t{k} == plan.length), 0.0);

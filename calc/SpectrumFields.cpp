@@ -105,17 +105,13 @@ void SpectrumFields::addRows(QFormLayout& form)
          "Blackman-Harris shows weak tones beside strong ones."},
         {"&Method:", m_method, "", nullptr,
          "The whole range at once shows every line as finely as the range allows; averaged segments show "
-         "noise "
-         "smoothly and need little memory; a spectrogram shows them one after another over time; a "
-         "correlation tells how alike the column is to itself, or to a "
-         "second "
-         "one, after a while."},
+         "noise smoothly and need little memory; a spectrogram shows them one after another over time; a "
+         "correlation tells how alike the column is to itself, or to a second one, after a while."},
         {"Se&gment length:", m_segment, "&Overlap:", m_overlap,
          "How many samples a segment has, and how much of it the next one shares."},
         {"&Length:", m_length, "", nullptr,
          "What is done where the transform has no length of that many samples: leave out a few at the end, "
-         "or "
-         "add zeros."},
+         "or add zeros."},
         {"R&esult:", m_result, "", m_decibel, "What is shown of each frequency; in decibels, if wanted."},
     };
     const auto named = [](QWidget& field, const char* label) {

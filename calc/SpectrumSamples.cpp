@@ -125,15 +125,18 @@ JobOutcome removeTrend(std::span<double> samples, SpectrumTrend trend, double& m
     double sum = 0.0;
     if (!walked([&](std::size_t i) { sum += samples[i]; }))
         return JobOutcome::Cancelled;
-    mean = sum / n;
+    // A value of its own: the compiler has to take `mean` for one of the samples.
+    const double level = sum / n;
+    mean = level;
     if (trend == SpectrumTrend::Nothing)
         return JobOutcome::Done;
+    if (!isLine)
+        return walked([=](std::size_t i) { samples[i] -= level; }) ? JobOutcome::Done : JobOutcome::Cancelled;
     double product = 0.0;
-    if (isLine &&
-        !walked([&](std::size_t i) { product += (static_cast<double>(i) - centre) * (samples[i] - mean); }))
+    if (!walked([&](std::size_t i) { product += (static_cast<double>(i) - centre) * (samples[i] - level); }))
         return JobOutcome::Cancelled;
-    const double slope = isLine ? product / (n * (n * n - 1.0) / 12.0) : 0.0;
-    return walked([&](std::size_t i) { samples[i] -= mean + slope * (static_cast<double>(i) - centre); })
+    const double slope = product / (n * (n * n - 1.0) / 12.0);
+    return walked([=](std::size_t i) { samples[i] -= level + slope * (static_cast<double>(i) - centre); })
                ? JobOutcome::Done
                : JobOutcome::Cancelled;
 }

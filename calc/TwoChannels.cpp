@@ -110,8 +110,7 @@ std::string twoChannelComplaint(const TwoChannelRequest& request)
         return "Two channels are compared over averaged segments: over a single one, every coherence is 1.";
     if (plan.segments == 1)
         return "The range holds one segment only, whose coherence is always 1. Take shorter segments or a "
-               "longer "
-               "range.";
+               "longer range.";
     return plan.segments == 0 ? "The range is shorter than one segment." : "";
 }
 

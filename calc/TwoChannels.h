@@ -4,10 +4,14 @@
 // With X and Y the transforms of a segment of the input x and the output y, and < > the mean over the
 // segments (J. S. Bendat, A. G. Piersol, "Random Data", 4th ed. 2010, chapters 6 and 9):
 //
-//     Gxx = c <|X|^2> / (fs S2), Gyy likewise, Gxy = c <conj(X) Y> / (fs S2)      densities as in
-//     calc/Spectrum.h H1 = Gxy / Gxx, right where the output is noisy; H2 = Gyy / conj(Gxy), right where the
-//     input is coherence = |Gxy|^2 / (Gxx Gyy), from 0 (nothing in common) to 1 (one is the other through a
-//     filter)
+//     Gxx = c <|X|^2> / (fs S2), Gyy likewise, Gxy = c <conj(X) Y> / (fs S2): densities as those of one
+//     channel
+//
+//     H1 = Gxy / Gxx, right where the output is noisy
+//
+//     H2 = Gyy / conj(Gxy), right where the input is
+//
+//     coherence = |Gxy|^2 / (Gxx Gyy), from 0 (nothing in common) to 1 (one is the other through a filter)
 //
 // Random errors (standard deviations over the value, their table 9.6) for n independent averages, g2 the
 // coherence: |Gxy| 1 / sqrt(g2 n); |H| sqrt(1 - g2) / sqrt(2 g2 n); g2 sqrt(2) (1 - g2) / sqrt(g2 n); a phase

@@ -1,7 +1,9 @@
 #include "share/ImageDevice.h"
 
-#include <algorithm>
+#include <zlib.h>
+
 #include <iterator>
+#include <new>
 #include <string_view>
 
 #include "share/BasicDriver.h"
@@ -16,50 +18,22 @@ void append32(std::vector<std::uint8_t>& bytes, std::uint32_t value)
         bytes.push_back(static_cast<std::uint8_t>(value >> shift));
 }
 
-std::uint32_t crcOf(const std::uint8_t* bytes, std::size_t count)
-{
-    std::uint32_t crc = 0xFFFFFFFFU;
-    for (std::size_t i = 0; i < count; ++i) {
-        crc ^= bytes[i];
-        for (int bit = 0; bit < 8; ++bit)
-            crc = (crc & 1U) != 0 ? 0xEDB88320U ^ (crc >> 1) : crc >> 1;
-    }
-    return ~crc;
-}
-
 void appendChunk(std::vector<std::uint8_t>& png, std::string_view type, const std::vector<std::uint8_t>& data)
 {
     append32(png, static_cast<std::uint32_t>(data.size()));
     const std::size_t begin = png.size();
     png.insert(png.end(), type.begin(), type.end());
     png.insert(png.end(), data.begin(), data.end());
-    append32(png, crcOf(&png[begin], png.size() - begin));
+    append32(png, static_cast<std::uint32_t>(::crc32(0, &png[begin], static_cast<uInt>(png.size() - begin))));
 }
 
-// A zlib stream (RFC 1950) of stored blocks.
-std::vector<std::uint8_t> stored(const std::vector<std::uint8_t>& raw)
+std::vector<std::uint8_t> compressed(const std::vector<std::uint8_t>& raw)
 {
-    constexpr std::size_t kMostInBlock = 65535;
-    constexpr std::uint32_t kAdler = 65521;
-    std::vector<std::uint8_t> stream{0x78, 0x01};
-    stream.reserve(raw.size() + raw.size() / kMostInBlock * 5 + 16);
-    std::uint32_t a = 1;
-    std::uint32_t b = 0;
-    for (std::size_t done = 0; done < raw.size();) {
-        const std::size_t count = std::min(kMostInBlock, raw.size() - done);
-        const auto low = static_cast<std::uint8_t>(count & 0xFFU);
-        const auto high = static_cast<std::uint8_t>(count >> 8);
-        const bool isLast = done + count == raw.size();
-        for (const int byte : {isLast ? 1 : 0, int{low}, int{high}, 255 - low, 255 - high})
-            stream.push_back(static_cast<std::uint8_t>(byte));
-        for (std::size_t i = done; i < done + count; ++i) {
-            stream.push_back(raw[i]);
-            a = (a + raw[i]) % kAdler;
-            b = (b + a) % kAdler;
-        }
-        done += count;
-    }
-    append32(stream, b << 16 | a);
+    uLongf length = ::compressBound(static_cast<uLong>(raw.size()));
+    std::vector<std::uint8_t> stream(length);
+    if (::compress(stream.data(), &length, raw.data(), static_cast<uLong>(raw.size())) != Z_OK)
+        throw std::bad_alloc();  // it fails of nothing else
+    stream.resize(length);
     return stream;
 }
 
@@ -103,7 +77,7 @@ std::vector<std::uint8_t> pngBytes(const PixelImage& image)
         const auto begin = image.rgb.begin() + static_cast<std::ptrdiff_t>(y * line);
         raw.insert(raw.end(), begin, begin + static_cast<std::ptrdiff_t>(line));
     }
-    appendChunk(png, "IDAT", stored(raw));
+    appendChunk(png, "IDAT", compressed(raw));
     appendChunk(png, "IEND", {});
     return png;
 }

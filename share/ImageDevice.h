@@ -28,7 +28,7 @@ public:
 // On any driver: one that draws no pictures gets filled boxes.
 void drawImage(BasicDriver& driver, float x1, float y1, float x2, float y2, const PixelImage& image);
 
-// The picture as a PNG file (ISO/IEC 15948), its pixels not compressed.
+// The picture as a PNG file (ISO/IEC 15948). Throws std::bad_alloc.
 std::vector<std::uint8_t> pngBytes(const PixelImage& image);
 
 }  // namespace veltrac

@@ -187,8 +187,8 @@ std::string inverseText(const Plot2D& plot, double dx)
     if (dx == 0.0 || plot.axis().mode == XMode::Sample)
         return "–";
     const std::string unit = xUnit(plot);
-    const std::string inverse = unit == "s" ? "Hz" : unit == "Hz" ? "s" : "1/" + unit;
-    return generalNumber(1.0 / std::abs(dx), kFloatDigits) + ' ' + inverse;
+    const std::string number = generalNumber(1.0 / std::abs(dx), kFloatDigits);
+    return unit.empty() ? number : number + (unit == "s" ? " Hz" : unit == "Hz" ? " s" : " 1/" + unit);
 }
 
 namespace {

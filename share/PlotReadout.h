@@ -26,7 +26,7 @@ std::string xText(const Plot2D& plot, double x);
 // ("1.25 Hz"); samples have no inverse.
 std::string distanceText(const Plot2D& plot, double dx);
 std::string inverseText(const Plot2D& plot, double dx);
-// The unit in the x axis' title, "s" where it has none.
+// The unit in the x axis' title; without one "s" of a time, and nothing of another quantity.
 std::string xUnit(const Plot2D& plot);
 
 // The value of a variable at the sample at or before x, as shown; NaN outside of its samples or where they

@@ -220,17 +220,13 @@ void PostscriptDriver::DrawImage(float x1, float y1, float x2, float y2, const v
     float left = 0.0F, bottom = 0.0F, right = 0.0F, top = 0.0F;
     WorldToDevice(x1, y1, &left, &bottom);
     WorldToDevice(x2, y2, &right, &top);
-    if (!std::isfinite(left + bottom + right + top))
+    if (!areFinite({left, bottom, right, top}))
         return;
-    const auto number = [](float value) {
-        char text[32];
-        std::snprintf(text, sizeof text, "%.2f", static_cast<double>(value));
-        return std::string(text);
-    };
     const std::string width = std::to_string(image.width);
     const std::string height = std::to_string(image.height);
-    emitLine("gsave " + number(left) + " " + number(bottom) + " translate " + number(right - left) + " " +
-             number(top - bottom) + " scale");
+    emitLine(formatted("gsave %.2f %.2f translate %.2f %.2f scale", static_cast<double>(left),
+                       static_cast<double>(bottom), static_cast<double>(right - left),
+                       static_cast<double>(top - bottom)));
     emitLine("/_i " + std::to_string(3 * image.width) + " string def");
     emitLine(width + " " + height + " 8 [" + width + " 0 0 -" + height + " 0 " + height + "]");
     emitLine("{ currentfile _i readhexstring pop } false 3 colorimage");
@@ -475,10 +471,7 @@ void PostscriptDriver::TextExtent(const char* string, float* width, float* heigh
 {
     const float points =
         m_characterHeight > 0.0F ? m_characterHeight : static_cast<float>(m_parameters.baseFontSize);
-    if (width != nullptr)
-        *width = psTextWidth(string, points) / (m_deviceXMax - m_deviceXMin);
-    if (height != nullptr)
-        *height = points * kPsTextWidthFactor / (m_deviceYMax - m_deviceYMin);
+    psTextExtent(string, points, m_deviceXMax - m_deviceXMin, m_deviceYMax - m_deviceYMin, width, height);
 }
 
 void PostscriptDriver::DrawStamp(int id, const char* text)

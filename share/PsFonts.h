@@ -64,10 +64,15 @@ inline std::string_view textToSet(const char* string, int length)
     return text;
 }
 
-// How wide a text is reckoned, in points: all of its letters as wide as Courier's.
-inline float psTextWidth(const char* string, float points)
+// What BasicDriver::TextExtent() answers for a text of a height in points, on a drawing area of so many
+// points: all letters are reckoned as wide as Courier's.
+inline void psTextExtent(const char* string, float points, float areaWidth, float areaHeight, float* width,
+                         float* height)
 {
-    return static_cast<float>(standardText(string).size()) * points * kPsTextWidthFactor;
+    if (width != nullptr)
+        *width = static_cast<float>(standardText(string).size()) * points * kPsTextWidthFactor / areaWidth;
+    if (height != nullptr)
+        *height = points * kPsTextWidthFactor / areaHeight;
 }
 
 }  // namespace veltrac

@@ -411,10 +411,7 @@ void SvgDriver::TextExtent(const char* string, float* width, float* height)
 {
     const float points =
         m_characterHeight > 0.0F ? m_characterHeight : static_cast<float>(m_parameters.baseFontSize);
-    if (width != nullptr)
-        *width = psTextWidth(string, points) / (m_deviceXMax - m_deviceXMin);
-    if (height != nullptr)
-        *height = points * kPsTextWidthFactor / (m_deviceYMax - m_deviceYMin);
+    psTextExtent(string, points, m_deviceXMax - m_deviceXMin, m_deviceYMax - m_deviceYMin, width, height);
 }
 
 void SvgDriver::DrawStamp(int id, const char* text)

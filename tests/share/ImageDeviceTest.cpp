@@ -3,6 +3,7 @@
 #include "share/ImageDevice.h"
 
 #include <gtest/gtest.h>
+#include <zlib.h>
 
 #include <algorithm>
 #include <limits>
@@ -57,11 +58,25 @@ TEST(ImageDevice, PostscriptAndSvgHoldThePixelsInTheirPlace)
 TEST(ImageDevice, PngHoldsTheLinesAndItsSums)
 {
     const std::vector<std::uint8_t> png = pngBytes(kFlag);
-    // Signature, size, one stored block of three lines of 1 + 6 bytes, its Adler sum.
-    const std::vector<std::uint8_t> block{0x78, 0x01, 1, 21,  0, 234, 255, 0, 255,
-                                          0,    0,    0, 255, 0, 0,   0,   0, 255};
-    const auto found = std::search(png.begin(), png.end(), block.begin(), block.end());
-    ASSERT_NE(found, png.end());
+    const std::string type = "IDAT";
+    const auto data = std::search(png.begin(), png.end(), type.begin(), type.end());
+    ASSERT_NE(data, png.end());
+    const std::uint8_t* const stream = &*data + type.size();
+    const std::uint32_t length = std::uint32_t{data[-2]} << 8 | data[-1];
+    EXPECT_EQ(::crc32(0, &*data, length + 4), stream[length] * 0x1000000UL + stream[length + 1] * 0x10000UL +
+                                                  stream[length + 2] * 0x100UL + stream[length + 3]);
+    // A filter of none before each line.
+    std::vector<std::uint8_t> lines(3 * 7);
+    uLongf size = lines.size();
+    ASSERT_EQ(::uncompress(lines.data(), &size, stream, length), Z_OK);
+    EXPECT_EQ(size, lines.size());
+    for (std::size_t y = 0; y < 3; ++y) {
+        EXPECT_EQ(lines[7 * y], 0);
+        EXPECT_TRUE(std::equal(kFlag.rgb.begin() + static_cast<std::ptrdiff_t>(6 * y),
+                               kFlag.rgb.begin() + static_cast<std::ptrdiff_t>(6 * y + 6),
+                               lines.begin() + static_cast<std::ptrdiff_t>(7 * y + 1)))
+            << y;
+    }
     const std::vector<std::uint8_t> end{0, 0, 0, 0, 'I', 'E', 'N', 'D', 0xAE, 0x42, 0x60, 0x82};
     EXPECT_TRUE(std::equal(end.rbegin(), end.rend(), png.rbegin()));
 }

@@ -29,8 +29,7 @@ const CalculusVerbKind kDerivativeKind = {{"derivative", "Differentiate a column
 const CalculusVerbKind kIntegralKind = {
     {"integral", "Integrate a column",
      "The integral of a column from its first sample on, by the trapezoidal rule. A new file has two "
-     "columns, "
-     "the source and the result. Behind a missing value the integral is missing.",
+     "columns, the source and the result. Behind a missing value the integral is missing.",
      "  veltrac-cli integral --column wind --new-column weather.ts"},
     kIntegralNames,
     integrate};

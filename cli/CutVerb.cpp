@@ -23,8 +23,7 @@ constexpr VerbWords kCutWords = {
     "cut", "Take an interval, some columns, every n-th sample",
     "Makes a ts-file of a part of another one. Each sample keeps its time. Before --every takes one of n "
     "samples, a low-pass takes what the fewer samples could not show (a window of 16 n samples, without "
-    "delay); "
-    "--raw leaves it out. Columns of times are always kept.",
+    "delay); --raw leaves it out. Columns of times are always kept.",
     "  veltrac-cli cut --from \"60 s\" --to \"120 s\" -o minute.ts ecg.ts\n"
     "  veltrac-cli cut --columns temp_max --every 7 -o weekly.ts weather.ts"};
 

@@ -16,9 +16,8 @@ namespace {
 constexpr VerbWords kExportWords = {
     "export", "Write ts-files as text, arrays or sound",
     "Writes each file as tsa text, which import reads back, or as --csv, --npy or --wav. Without -o the "
-    "result "
-    "goes into the working directory under the file's name. An array has a text beside it that says what its "
-    "columns are (x.npy.txt).",
+    "result goes into the working directory under the file's name. An array has a text beside it that says "
+    "what its columns are (x.npy.txt).",
     "  veltrac-cli export --csv -o ecg.csv ecg.ts\n"
     "  veltrac-cli export --npy -o arrays/ *.ts\n"
     "  veltrac-cli export --csv --from \"10 s\" --to \"20 s\" -o - ecg.ts | head"};

@@ -13,9 +13,8 @@ namespace {
 
 constexpr VerbWords kFilterWords = {
     "filter", "Filter a column",
-    "Sends a column through a filter, or takes its moving average; the types are those of the filter window. "
-    "A "
-    "new file has two columns, the input and the output.",
+    "Sends a column through a filter, or takes its moving average; the types are those of the filter "
+    "window. A new file has two columns, the input and the output.",
     "  veltrac-cli filter --type butterworth-bp --order 2 --freq 5 --freq2 25 -o beats.ts ecg.ts\n"
     "  veltrac-cli filter --type moving-average --points 7 --column temp_max --new-column weather.ts"};
 

@@ -21,10 +21,8 @@ namespace {
 constexpr VerbWords kFormulaWords = {
     "formula", "Compute a column from a formula",
     "Computes a formula such as \"sqrt(x1^2+x2^2)\" for each sample. x1 to x8 are columns 1 to 8 of the "
-    "file, "
-    "unless --x2 COLUMN or --x2 FILE:COLUMN says otherwise; t is the time in seconds. A new file is a copy "
-    "of "
-    "the source with the result as its last column.",
+    "file, unless --x2 COLUMN or --x2 FILE:COLUMN says otherwise; t is the time in seconds. A new file is "
+    "a copy of the source with the result as its last column.",
     "  veltrac-cli formula --formula \"x2-x3\" --name range --new-column weather.ts\n"
     "  veltrac-cli formula --formula \"x1-x2\" --x2 filtered.ts:2 -o rest.ts ecg.ts"};
 

@@ -14,11 +14,9 @@ namespace {
 constexpr VerbWords kImportWords = {
     "import", "Make ts-files of texts and sounds",
     "Reads tsa texts, logs of many columns (STL: csv and whatever loggers write), single column logs (SCL) "
-    "and "
-    "sounds (WAV, FLAC and others), each told by its content, and makes a ts-file of each; single column "
-    "logs "
-    "with --together become columns of one. What is not understood is told on standard error; --report keeps "
-    "all of it. Without -o the result goes into the working directory under the file's name.",
+    "and sounds (WAV, FLAC and others), each told by its content, and makes a ts-file of each; single "
+    "column logs with --together become columns of one. What is not understood is told on standard error; "
+    "--report keeps all of it. Without -o the result goes into the working directory under the file's name.",
     "  veltrac-cli import -o ecg.ts --rate 360 --unit 1=mV ecg-mlii-360hz.txt\n"
     "  veltrac-cli import -o ts/ --order day-month --report report.txt logs/*.csv"};
 

@@ -19,9 +19,8 @@ namespace {
 constexpr VerbWords kPlotWords = {
     "plot", "Draw columns as SVG or EPS",
     "Draws columns over time, the same picture as the hard copy of the plot windows. Columns of one unit "
-    "share "
-    "an axis, unless --groups says otherwise. The ending of the target tells the format. With --together all "
-    "files come into one picture.",
+    "share an axis, unless --groups says otherwise. The ending of the target tells the format. With "
+    "--together all files come into one picture.",
     "  veltrac-cli plot --from \"10 s\" --to \"20 s\" --title \"ECG\" -o ecg.svg ecg.ts\n"
     "  veltrac-cli plot --columns 2 --log-y -o spectrum.eps ecg_fft.ts"};
 

@@ -22,8 +22,8 @@ namespace {
 constexpr VerbWords kSpectrumWords = {
     "spectrum", "Compute the spectrum of a column",
     "The spectrum of a column as a ts-file whose columns are frequency, result and phase (or real and "
-    "imaginary "
-    "part); with --segment the average over segments. --peaks tells the highest lines on standard output.",
+    "imaginary part); with --segment the average over segments. --peaks tells the highest lines on "
+    "standard output.",
     "  veltrac-cli spectrum --column MLII --segment 16384 -o ecg_fft.ts ecg.ts\n"
     "  veltrac-cli spectrum --peaks 3 --column temp_max -o year.ts weather.ts"};
 

@@ -16,12 +16,17 @@ struct FileIdentity
     bool operator==(const FileIdentity&) const = default;
 };
 
+inline FileIdentity identityOf(const struct stat& status) noexcept
+{
+    return {status.st_dev, status.st_ino};
+}
+
 // Of the file behind a descriptor, and of the one that bears a name, or nothing.
 inline FileIdentity identityOf(int descriptor) noexcept
 {
     struct stat status = {};
     ::fstat(descriptor, &status);
-    return {status.st_dev, status.st_ino};
+    return identityOf(status);
 }
 
 inline std::optional<FileIdentity> identityOf(const std::filesystem::path& path) noexcept
@@ -29,7 +34,7 @@ inline std::optional<FileIdentity> identityOf(const std::filesystem::path& path)
     struct stat status = {};
     if (::stat(path.c_str(), &status) != 0)
         return std::nullopt;
-    return FileIdentity{status.st_dev, status.st_ino};
+    return identityOf(status);
 }
 
 }  // namespace veltrac

@@ -73,7 +73,7 @@ PlotFile::News PlotFile::follow()
     struct stat named = {};
     if (::stat(m_path.c_str(), &named) != 0)
         return News::Gone;
-    const bool isSame = m_identity == FileIdentity{named.st_dev, named.st_ino};
+    const bool isSame = m_identity == identityOf(named);
     if (isSame && static_cast<std::uintmax_t>(named.st_size) < m_stamp.size) {
         m_wasCut = true;
         return News::Cut;

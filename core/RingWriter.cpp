@@ -1,7 +1,6 @@
 #include "core/RingWriter.h"
 
 #include <fcntl.h>
-#include <sys/file.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -18,12 +17,6 @@
 namespace veltrac {
 
 namespace {
-
-// Where the words stand that change while rows come in.
-constexpr std::uint64_t kStartTimeAt = 24;
-constexpr std::uint64_t kStartSecondsAt = 132;
-constexpr std::uint64_t kRingStartAt = 140;
-constexpr std::uint64_t kLastSampleAt = 144;
 
 // No more than this share of a ring gives way before rows that come are there.
 constexpr std::uint32_t kParts = 8;
@@ -47,8 +40,13 @@ int openRing(const std::filesystem::path& file)
 RingWriter::RingWriter(std::filesystem::path file) : m_path(std::move(file)), m_file(openRing(m_path), false)
 {
     // Where the file system knows no locks, two recorders cannot be told from one.
-    if (::flock(m_file.descriptor(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK)
+    try {
+        m_lock.emplace(m_file.descriptor());
+    } catch (const std::system_error& e) {
+        if (e.code().value() != EWOULDBLOCK)
+            throw;
         throw RingRefusal("another program is recording into it");
+    }
     Block image;
     try {
         m_file.read(0, image);

@@ -21,12 +21,14 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <span>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "core/BlockFile.h"
+#include "core/FileLock.h"
 #include "core/TsHeader.h"
 
 namespace veltrac {
@@ -75,6 +77,7 @@ private:
 
     std::filesystem::path m_path;
     BlockFile m_file;
+    std::optional<FileLock> m_lock;
     ByteOrder m_order = ByteOrder::Unknown;
     TsHeader m_header;
     bool m_syncsParts = true;

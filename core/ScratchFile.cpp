@@ -16,6 +16,7 @@
 #include <utility>
 
 #include "core/DiskSync.h"
+#include "core/FileIdentity.h"
 #include "core/LateRelease.h"
 #include "core/Utf8.h"
 
@@ -178,8 +179,7 @@ bool removeIfStale(const fs::path& file) noexcept
     const bool goes = ::fstat(descriptor, &open) == 0 && S_ISREG(open.st_mode) &&
                       open.st_uid == ::geteuid() && std::time(nullptr) - open.st_mtime > kStaleSeconds &&
                       ::flock(descriptor, LOCK_EX | LOCK_NB) == 0 && ::lstat(file.c_str(), &named) == 0 &&
-                      named.st_dev == open.st_dev && named.st_ino == open.st_ino &&
-                      ::unlink(file.c_str()) == 0;
+                      identityOf(named) == identityOf(open) && ::unlink(file.c_str()) == 0;
     ::close(descriptor);
     return goes;
 }

@@ -21,11 +21,15 @@ struct Real
     float TsHeader::*field;
 };
 constexpr Word kWords[] = {
-    {0, &TsHeader::samples},       {4, &TsHeader::columns},     {132, &TsHeader::startSeconds},
-    {136, &TsHeader::reserved136}, {140, &TsHeader::ringStart}, {144, &TsHeader::lastSample},
+    {0, &TsHeader::samples},
+    {4, &TsHeader::columns},
+    {kStartSecondsAt, &TsHeader::startSeconds},
+    {136, &TsHeader::reserved136},
+    {kRingStartAt, &TsHeader::ringStart},
+    {kLastSampleAt, &TsHeader::lastSample},
     {508, &TsHeader::version},
 };
-constexpr Real kReals[] = {{16, &TsHeader::dt}, {24, &TsHeader::startTime}};
+constexpr Real kReals[] = {{16, &TsHeader::dt}, {kStartTimeAt, &TsHeader::startTime}};
 
 std::uint32_t loadWord(const Block& image, std::size_t offset)
 {

@@ -37,6 +37,12 @@ struct TsHeader
     std::uint32_t version = 0;
 };
 
+// Where those stand that change while rows come into a ring file; each is one aligned word.
+inline constexpr std::size_t kStartTimeAt = 24;
+inline constexpr std::size_t kStartSecondsAt = 132;
+inline constexpr std::size_t kRingStartAt = 140;
+inline constexpr std::size_t kLastSampleAt = 144;
+
 inline constexpr std::uint32_t kWrittenVersion = 3;
 inline constexpr std::uint32_t kHighestVersion = 10;
 

@@ -13,6 +13,7 @@
 #include "core/ColumnCopy.h"
 #include "core/CopyFile.h"
 #include "core/FailureText.h"
+#include "core/FileIdentity.h"
 #include "core/SafeChange.h"
 #include "core/TsNames.h"
 
@@ -39,19 +40,6 @@ std::vector<ColumnRange> rangesToKeep(const std::vector<SampleRun>& runs)
             kept.push_back({run.column, run.first, static_cast<std::uint32_t>(run.count())});
     }
     return kept;
-}
-
-struct stat statOf(int descriptor)
-{
-    struct stat found = {};
-    if (::fstat(descriptor, &found) != 0)
-        throw std::system_error(errno, std::generic_category());
-    return found;
-}
-
-bool isSameFile(const struct stat& a, const struct stat& b)
-{
-    return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
 void stampColumns(TSFILE& file, const std::vector<SampleRun>& runs)
@@ -219,15 +207,14 @@ void EditedFile::showAnew() noexcept
 
 bool EditedFile::isItself(const fs::path& path) const
 {
-    struct stat there = {};
-    return ::stat(path.c_str(), &there) == 0 && isSameFile(there, statOf(m_reader.descriptor()));
+    return identityOf(path) == identityOf(m_reader.descriptor());
 }
 
 // Refuses a file that another program has put in the place of the one that is shown.
 std::unique_ptr<TSFILE> EditedFile::openForWriting() const
 {
     auto file = openTsFile(m_path.string(), false);
-    if (!isSameFile(statOf(file->descriptor()), statOf(m_reader.descriptor())))
+    if (identityOf(file->descriptor()) != identityOf(m_reader.descriptor()))
         throw std::runtime_error("another program has replaced the file");
     return file;
 }

@@ -88,8 +88,8 @@ private:
         SampleRun run;
         std::vector<float> values;
     };
-    // Calls visit(place among the values, now) for each seen value under the runs that another program has
-    // changed.
+    // Calls visit(EditConflict::Cell) for each value under the runs that another program has changed since it
+    // was seen.
     template <typename Visit>
     void visitChanged(TSFILE& file, const std::vector<SampleRun>& runs, Visit visit);
     EditConflict conflictWith(TSFILE& file, const std::vector<SampleRun>& runs);

@@ -10,12 +10,6 @@
 
 namespace veltrac {
 
-std::uint32_t segmentHop(std::uint32_t used, int overlapPercent)
-{
-    const std::uint64_t stay = std::uint64_t{used} * static_cast<unsigned>(100 - overlapPercent);
-    return std::max<std::uint32_t>(1, static_cast<std::uint32_t>(stay / 100));
-}
-
 SampleReader::SampleReader(TSFILE& file, const SpectrumRequest& request)
     : m_file(file),
       m_column(request.column),

@@ -66,6 +66,7 @@ FilterCharWin::FilterCharWin(const FidFilter* filter, double samplingHz, FilterP
     statusBar();
     plot();
     resize(820, 700);
+    resizeDocks({m_cursors, m_numbers}, {150, 150}, Qt::Vertical);
 }
 
 void FilterCharWin::createActions()

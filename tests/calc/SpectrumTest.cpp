@@ -1,6 +1,7 @@
 // The scaling of spectra by mathematics: tones, noise, averages, trends, lengths, peaks.
 
 #include "calc/Spectrum.h"
+#include "calc/SpectrumPlan.h"
 
 #include <gtest/gtest.h>
 

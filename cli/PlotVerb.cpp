@@ -101,7 +101,8 @@ public:
     {
         const std::string end = job.target.extension().string();
         if (end != kEnds[0] && end != kEnds[1])
-            throw JobError(job.target.string() + ": a picture ends in .svg or .eps");
+            throw JobError((job.name.empty() ? "" : job.target.string() + ": ") +
+                           "a picture ends in .svg or .eps");
         Plot2D plot = m_characteristic.isWanted() ? m_characteristic.plotOf(job, m_logX) : plotOfFiles(job);
         plot.title = m_title;
         plot.legend = !m_noLegend;

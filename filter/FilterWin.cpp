@@ -345,9 +345,9 @@ void FilterWin::showPreview()
     if (text.isEmpty())
         filter = designFilter(asked, m_samplingHz);
     if (filter)
-        showCharacteristic(*m_preview,
-                           characteristicOf(filter.get(), m_samplingHz, asked.pass == FilterPass::ZeroPhase),
-                           {true, true, false});
+        m_preview->showPlot(
+            gainPlot(characteristicOf(filter.get(), m_samplingHz, asked.pass == FilterPass::ZeroPhase),
+                     {true, true, false}));
     else
         m_preview->showText(text.isEmpty() ? QString::fromStdString(reports.text()) : text);
 }

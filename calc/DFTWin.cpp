@@ -113,7 +113,7 @@ void DFTWin::createActions()
     addWhatsThis(actions);
     actions->addAction(QStringLiteral("Ha&rmonics of the chosen peak"), this, &DFTWin::sl_harmonics);
     actions->addSeparator();
-    actions->addAction(QStringLiteral("&Close"), this, &QWidget::close, QKeySequence::Close);
+    actions->addAction(QStringLiteral("&Close"), this, &QWidget::close)->setShortcut(QKeySequence::Close);
     fillSourceMenu(*menuBar()->addMenu(QStringLiteral("&Selections")));
     addCanvasMenus();
     createAxesMenu();

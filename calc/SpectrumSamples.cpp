@@ -161,11 +161,13 @@ JobOutcome readSteps(TSFILE& file, std::uint32_t from, std::uint32_t to, StepRan
     float farthest = 0.0F;
     const std::uint32_t begin = oldestRow(file) - 1 + from;
     std::vector<float> whole(file.time32Column() == 0 ? 0 : kRunSamples);
+    std::vector<TSFILE::ColumnRun> columns{{file.timeColumn(), nullptr}};
+    if (!whole.empty())
+        columns.push_back({file.time32Column(), whole.data()});
     const JobOutcome outcome =
         walkRuns(to - from + 1, progress, [&](std::uint32_t first, std::span<float> run) {
-            file.readColumn(file.timeColumn(), begin + first - 1, run);
-            if (!whole.empty())
-                file.readColumn(file.time32Column(), begin + first - 1, std::span(whole).first(run.size()));
+            columns.front().out = run.data();
+            file.readColumns(begin + first - 1, static_cast<std::uint32_t>(run.size()), columns);
             for (std::size_t i = 0; i < run.size(); ++i) {
                 const double now =
                     run[i] +

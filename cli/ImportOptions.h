@@ -79,6 +79,8 @@ struct ImportOptions
 struct ImportTold
 {
     std::string summary{};
+    std::vector<std::string> assumed{};  // what the text does not say
+    std::vector<std::string> reading{};  // how it was read and what was left out, for the report alone
     std::vector<std::string> troubles{};
     std::uint64_t troubleCount = 0;
 };

@@ -85,19 +85,22 @@ private:
     static void tell(VerbJob& job, const ImportTold& told)
     {
         job.notes.push_back(told.summary);
+        job.notes.insert(job.notes.end(), told.assumed.begin(), told.assumed.end());
         for (std::size_t i = 0; i < std::min(kToldTroubles, told.troubles.size()); ++i)
             job.notes.push_back(told.troubles[i]);
         if (told.troubles.size() > kToldTroubles)
             job.notes.push_back("and " + counted(told.troubleCount - kToldTroubles, "trouble") + " more");
         if (!job.common->report.empty()) {
             job.report = job.name + ": " + told.summary + '\n';
-            for (const std::string& trouble : told.troubles)
-                job.report += job.name + ": " + trouble + '\n';
+            for (const auto* const lines : {&told.assumed, &told.reading, &told.troubles})
+                for (const std::string& line : *lines)
+                    job.report += job.name + ": " + line + '\n';
             if (told.troubleCount > told.troubles.size() && told.troubles.size() > kToldTroubles)
                 job.report += job.name + ": and " +
                               counted(told.troubleCount - told.troubles.size(), "trouble") + " more\n";
         }
         job.json["summary"] = told.summary;
+        job.json["assumed"] = told.assumed;
         job.json["troubles"] = told.troubleCount;
     }
 

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <exception>
 #include <iterator>
+#include <sstream>
 
 #include "cli/ImportOptions.h"
 #include "converters/SCLObject.h"
@@ -241,11 +242,21 @@ std::string withoutQuestion(std::string text)
     return text;
 }
 
+std::vector<std::string> linesOf(const std::string& text)
+{
+    std::vector<std::string> lines;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);)
+        lines.push_back(utf8OfBytes(line));
+    return lines;
+}
+
 }  // namespace
 
 ImportTold importStlInto(const VerbJob& job, const ImportOptions& options)
 {
     STLObject log(job.source);
+    requireDone(log.unpack(job.progress));
     detectFormat(log, options.text);
     takeTextOptions(log, options.text);
     takeTimeOptions(log.format(), options.time);
@@ -261,6 +272,10 @@ ImportTold importStlInto(const VerbJob& job, const ImportOptions& options)
     for (const std::string& doubt : {orderDoubt(log.format(), found), namesDoubt(log.format())})
         if (!doubt.empty())
             told.summary += ' ' + doubt;
+    told.assumed = linesOf(assumptionText(log.format(), found));
+    told.reading = linesOf(evidenceText(log.format()));
+    for (const std::string& loss : linesOf(lossText(log.format(), found)))
+        told.reading.push_back(loss);
     for (const STLTrouble& trouble : found.troubles)
         told.troubles.push_back("line " + std::to_string(trouble.line) +
                                 (trouble.column < 0 ? "" : ", column " + std::to_string(trouble.column + 1)) +

@@ -14,6 +14,8 @@ namespace veltrac {
 
 namespace {
 
+constexpr std::uint64_t kTellingBytes = 1U << 24;
+
 bool hasExtension(const std::filesystem::path& file, std::string_view wanted)
 {
     return lowered(file.extension().string()) == wanted;
@@ -66,7 +68,7 @@ try {
 
 ImportKind importKindOf(const std::filesystem::path& file) noexcept
 try {
-    const PlainText text(file);
+    const PlainText text = PlainText::beginningOf(file, kTellingBytes);
     const STLSample sample = readSample(text.path());
     if (hasExtension(file, ".tsa") || isTsa(sample))
         return ImportKind::Tsa;

@@ -2,10 +2,10 @@
 
 #include <zlib.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdio>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -77,7 +77,22 @@ private:
     FileHandle m_file;
 };
 
-void unpackGzip(const std::filesystem::path& file, PieceWriter& out)
+// What a packed file is unpacked under.
+struct Unpacking
+{
+    const Progress& progress;
+    std::uint64_t packedBytes;
+    std::uint64_t mostBytes;  // of the plain text
+
+    // Whether more is wanted; tells how far it is.
+    JobOutcome lookAt(std::uint64_t at) const
+    {
+        return goesOn(progress, std::min(at, packedBytes), packedBytes) ? JobOutcome::Done
+                                                                        : JobOutcome::Cancelled;
+    }
+};
+
+JobOutcome unpackGzip(const std::filesystem::path& file, PieceWriter& out, const Unpacking& how)
 {
     struct Close
     {
@@ -88,13 +103,21 @@ void unpackGzip(const std::filesystem::path& file, PieceWriter& out)
         throw std::system_error(errno, std::generic_category(), file.string());
     std::vector<char> piece(kPiece);
     int count = 0;
-    while ((count = gzread(packed.get(), piece.data(), static_cast<unsigned>(piece.size()))) > 0)
+    std::uint64_t plain = 0;
+    while ((count = gzread(packed.get(), piece.data(), static_cast<unsigned>(piece.size()))) > 0) {
         out.write({piece.data(), static_cast<std::size_t>(count)});
+        plain += static_cast<std::uint64_t>(count);
+        if (how.lookAt(static_cast<std::uint64_t>(gzoffset(packed.get()))) == JobOutcome::Cancelled)
+            return JobOutcome::Cancelled;
+        if (plain >= how.mostBytes)
+            return JobOutcome::Done;
+    }
     int error = Z_OK;
     gzerror(packed.get(), &error);
     // A file that ends too early tells so only here.
     if (count < 0 || (error != Z_OK && error != Z_STREAM_END))
         throw STLError("The packed file is damaged; it cannot be unpacked.");
+    return JobOutcome::Done;
 }
 
 void appendUtf8(std::string& out, std::uint32_t code)
@@ -119,7 +142,7 @@ void appendUtf8(std::string& out, std::uint32_t code)
 }
 
 // Half a pair becomes U+FFFD, as a text says that a character is lost.
-void unpackUtf16(const std::filesystem::path& file, bool little, PieceWriter& out)
+JobOutcome unpackUtf16(const std::filesystem::path& file, bool little, PieceWriter& out, const Unpacking& how)
 {
     constexpr std::uint32_t kLost = 0xFFFD;
     const FileHandle in = openFile(file, "rb");
@@ -127,7 +150,9 @@ void unpackUtf16(const std::filesystem::path& file, bool little, PieceWriter& ou
     std::string text;
     std::uint32_t high = 0;
     bool first = true;
-    for (std::size_t count = 0; (count = std::fread(piece.data(), 1, piece.size(), in.get())) > 0;) {
+    std::uint64_t plain = 0;
+    for (std::size_t count = 0;
+         plain < how.mostBytes && (count = std::fread(piece.data(), 1, piece.size(), in.get())) > 0;) {
         text.clear();
         for (std::size_t i = 0; i + 1 < count; i += 2) {
             const std::uint32_t unit = little ? piece[i] | static_cast<std::uint32_t>(piece[i + 1]) << 8
@@ -147,32 +172,48 @@ void unpackUtf16(const std::filesystem::path& file, bool little, PieceWriter& ou
             first = false;
         }
         out.write(text);
+        plain += count;
+        if (how.lookAt(plain) == JobOutcome::Cancelled)
+            return JobOutcome::Cancelled;
     }
     if (std::ferror(in.get()) != 0)
         throw std::system_error(errno, std::generic_category(), file.string());
+    return JobOutcome::Done;
 }
 
 }  // namespace
 
-PlainText::PlainText(std::filesystem::path file) : m_file(std::move(file))
+PlainText::PlainText(std::filesystem::path file, const Progress& progress, std::uint64_t mostBytes)
+    : m_file(std::move(file))
 {
     const Packing packing = packingOf(m_file);
     if (packing == Packing::None)
         return;
     m_state = stateOf(m_file);
     m_scratch = std::make_unique<ScratchFile>(scratchDirectory(), "veltrac-text", ".tmp");
+    const Unpacking how{progress, std::filesystem::file_size(m_file), mostBytes};
     PieceWriter out(m_scratch->path());
-    if (packing == Packing::Gzip)
-        unpackGzip(m_file, out);
-    else
-        unpackUtf16(m_file, packing == Packing::Utf16Little, out);
+    m_outcome = packing == Packing::Gzip ? unpackGzip(m_file, out, how)
+                                         : unpackUtf16(m_file, packing == Packing::Utf16Little, out, how);
     out.close();
     // A packed text may be one of UTF-16.
-    if (packing == Packing::Gzip && packingOf(m_scratch->path()) != Packing::None) {
-        const PlainText inner(m_scratch->path());
-        std::filesystem::copy_file(inner.path(), m_scratch->path(),
-                                   std::filesystem::copy_options::overwrite_existing);
+    if (m_outcome == JobOutcome::Done && packing == Packing::Gzip &&
+        packingOf(m_scratch->path()) != Packing::None) {
+        PlainText inner(m_scratch->path(), progress, mostBytes);
+        m_outcome = inner.m_outcome;
+        m_scratch.swap(inner.m_scratch);
     }
+}
+
+std::optional<PlainText> PlainText::unpacked(const std::filesystem::path& file, const Progress& progress)
+{
+    PlainText text(file, progress, UINT64_MAX);
+    return text.m_outcome == JobOutcome::Done ? std::optional(std::move(text)) : std::nullopt;
+}
+
+PlainText PlainText::beginningOf(const std::filesystem::path& file, std::uint64_t bytes)
+{
+    return PlainText(file, {}, bytes);
 }
 
 }  // namespace veltrac

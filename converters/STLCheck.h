@@ -50,6 +50,8 @@ struct STLTarget
     float dt = 1.0F;
     std::uint32_t startSeconds = 0;
     float startTime = 0.0F;
+    bool onLocalClock =
+        false;                // rows lie where the local clock shows their times, in its hours of summer too
     double coarseness = 0.0;  // seconds that the farthest time in a float column is rounded by at most
 };
 
@@ -67,8 +69,10 @@ struct STLCheck
     double firstSeconds = 0.0;  // likewise
     bool zoned = false;         // the stamps name their zone
     STLOrderDoubt order;
-    // How often the local clock was set within the log, as the order of its rows tells.
+    // How often the local clock was set within the log, as the order of its rows tells; and how far the rows
+    // lie from it where they do not tell.
     std::uint64_t clockChanges = 0;
+    ClockLag lag;
     std::map<std::size_t, STLTexts> texts;
     STLTarget target;
 };

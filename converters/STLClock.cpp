@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 
 #include "converters/WordedDates.h"
@@ -125,6 +126,29 @@ void ClockChanges::judge(Micros wall)
     ++m_count;
 }
 
+// -- Instants --
+
+Micros LocalDays::instantOf(Micros wall, Micros expected)
+{
+    m_isSkipped = false;
+    if (wall >= m_from && wall < m_to)
+        return wall + m_offset;
+    const Micros ofDay = (wall % kMicrosPerDay + kMicrosPerDay) % kMicrosPerDay;
+    const Micros from = wall - ofDay;
+    const LocalInstants begin = localInstants(from);
+    const LocalInstants end = localInstants(from + kMicrosPerDay);
+    if (begin.first == begin.last && end.first == end.last && end.first - begin.first == kMicrosPerDay) {
+        m_from = from;
+        m_to = from + kMicrosPerDay;
+        m_offset = begin.first - from;
+        return wall + m_offset;
+    }
+    m_isSkipped = veltrac::isSkipped(wall);
+    const LocalInstants instants = localInstants(wall);
+    return std::abs(instants.first - expected) <= std::abs(instants.last - expected) ? instants.first
+                                                                                     : instants.last;
+}
+
 // -- Times --
 
 STLClock::STLClock(const STLFormat& format)
@@ -142,7 +166,8 @@ std::optional<double> STLClock::read(std::span<const std::string_view> cells)
 
 std::optional<double> STLClock::secondsOf(std::span<const std::string_view> cells)
 {
-    const std::string_view cell = cells[static_cast<std::size_t>(m_format.timeColumn)];
+    const std::string_view cell = bareCell(cells[static_cast<std::size_t>(m_format.timeColumn)],
+                                           m_format.columns[static_cast<std::size_t>(m_format.timeColumn)]);
     Micros time = 0;
     switch (m_format.timeSource) {
         case STLTimeSource::Stamp:
@@ -151,6 +176,10 @@ std::optional<double> STLClock::secondsOf(std::span<const std::string_view> cell
             const auto day = m_dates.midnightOf(cells[static_cast<std::size_t>(m_format.dateColumn)]);
             if (!day)
                 m_unreadable = m_format.dateColumn;
+            if (clockIsInParts(m_format)) {
+                const auto clock = day ? clockOf(cells) : std::nullopt;
+                return clock ? sinceFirst(*day + *clock) : std::nullopt;
+            }
             if (!day || !timeAt(cell, time))
                 return std::nullopt;
             return sinceFirst(*day + time);
@@ -208,7 +237,6 @@ std::optional<Micros> STLClock::rareStamp(std::string_view cell, std::optional<M
 
 std::optional<double> STLClock::numberAt(std::string_view cell)
 {
-    cell = bareCell(cell, m_format.columns[static_cast<std::size_t>(m_format.timeColumn)]);
     const auto number = readNumber(cell, m_format.cells);
     if (!number || std::fabs(*number * m_secondsPerUnit) > kMostSeconds)
         return std::nullopt;
@@ -262,20 +290,37 @@ std::optional<Micros> STLClock::dayAt(std::string_view cell)
                                                             : decimalYear(*number, m_format.yearsInMonths);
 }
 
+// A part of a date or time, or `otherwise` where no column tells it.
+std::optional<int> STLClock::partAt(std::span<const std::string_view> cells, STLDatePart which, int least,
+                                    int most, int otherwise)
+{
+    const int column = m_format.partColumns[static_cast<std::size_t>(which)];
+    if (column < 0)
+        return otherwise;
+    const std::string_view cell = cells[static_cast<std::size_t>(column)];
+    const auto number = wholeAt(cell, m_format.cells, least, most);
+    if (!number && which == STLDatePart::Month)
+        if (const int month = monthOfName(cell))
+            return month;
+    if (!number)
+        m_unreadable = column;
+    return number;
+}
+
+std::optional<Micros> STLClock::clockOf(std::span<const std::string_view> cells)
+{
+    const auto hour = partAt(cells, STLDatePart::Hour, 0, 24, 0);
+    const auto minute = partAt(cells, STLDatePart::Minute, 0, 59, 0);
+    const auto second = partAt(cells, STLDatePart::Second, 0, 60, 0);
+    if (!hour || !minute || !second)
+        return std::nullopt;
+    return *hour * kMicrosPerHour + (*minute * 60 + *second) * kMicrosPerSecond;
+}
+
 std::optional<Micros> STLClock::partsOf(std::span<const std::string_view> cells)
 {
-    const auto part = [&](STLDatePart which, int least, int most, int otherwise) -> std::optional<int> {
-        const int column = m_format.partColumns[static_cast<std::size_t>(which)];
-        if (column < 0)
-            return otherwise;
-        const std::string_view cell = cells[static_cast<std::size_t>(column)];
-        const auto number = wholeAt(cell, m_format.cells, least, most);
-        if (!number && which == STLDatePart::Month)
-            if (const int month = monthOfName(cell))
-                return month;
-        if (!number)
-            m_unreadable = column;
-        return number;
+    const auto part = [&](STLDatePart which, int least, int most, int otherwise) {
+        return partAt(cells, which, least, most, otherwise);
     };
     const auto year =
         part(STLDatePart::Year, static_cast<int>(kFirstDecimalYear), static_cast<int>(kLastDecimalYear), 0);
@@ -283,32 +328,36 @@ std::optional<Micros> STLClock::partsOf(std::span<const std::string_view> cells)
     const auto month = part(STLDatePart::Month, 1, 12, quarter.value_or(1) * 3 - 2);
     const auto day = part(STLDatePart::Day, 1, 31, 1);
     const auto dayOfYear = part(STLDatePart::DayOfYear, 1, 366, 1);
-    const auto hour = part(STLDatePart::Hour, 0, 24, 0);
-    const auto minute = part(STLDatePart::Minute, 0, 59, 0);
-    const auto second = part(STLDatePart::Second, 0, 60, 0);
-    if (!year || !quarter || !month || !day || !dayOfYear || !hour || !minute || !second)
+    const auto clock = clockOf(cells);
+    if (!year || !quarter || !month || !day || !dayOfYear || !clock)
         return std::nullopt;
     const auto midnightThen = midnight({*year, *month, *day, true, false}, m_format.order);
     if (!midnightThen)
         return std::nullopt;
-    return *midnightThen + (*dayOfYear - 1) * kMicrosPerDay + *hour * kMicrosPerHour +
-           (*minute * 60 + *second) * kMicrosPerSecond;
+    return *midnightThen + (*dayOfYear - 1) * kMicrosPerDay + *clock;
 }
 
 std::optional<double> STLClock::sinceFirst(std::optional<Micros> wall)
 {
     if (!wall)
         return std::nullopt;
+    const bool local = !m_format.greenwich && !m_zoned && m_format.timeSource != STLTimeSource::ElapsedTime;
     if (!m_hasFirst) {
         m_firstWall = *wall;
         m_firstSeconds = static_cast<double>(*wall) / kMicrosPerSecond;
         m_changes.begin(*wall);
+        const Micros fraction = (*wall % kMicrosPerSecond + kMicrosPerSecond) % kMicrosPerSecond;
+        m_firstInstant = local ? localSeconds(*wall) * kMicrosPerSecond + fraction : 0;
     } else {
         // Dates alone show no clock.
-        m_changes.follow(*wall, !m_format.greenwich && !m_zoned && !datesAlone(m_format) &&
-                                    m_format.timeSource != STLTimeSource::ElapsedTime);
+        m_changes.follow(*wall, local && !datesAlone(m_format));
     }
-    return static_cast<double>(*wall + m_changes.shift() - m_firstWall) / kMicrosPerSecond;
+    const Micros since = *wall + m_changes.shift() - m_firstWall;
+    if (local && m_hasFirst) {
+        const Micros even = m_firstInstant + since;
+        m_lag = static_cast<double>(m_local.instantOf(*wall, even) - even) / kMicrosPerSecond;
+    }
+    return static_cast<double>(since) / kMicrosPerSecond;
 }
 
 }  // namespace veltrac

@@ -66,6 +66,31 @@ private:
     std::uint64_t m_count = 0;
 };
 
+// How far rows on the local clock lie from equal steps where it is set and they do not show it, in seconds.
+struct ClockLag
+{
+    double first = 0.0;  // of the first row in time
+    double least = 0.0;
+    double most = 0.0;
+    bool ranOn = false;  // rows lie in an hour that the local clock left out: theirs is another one
+};
+
+// Instants of the local clock. It is asked once a day, since on most days it is not set.
+class LocalDays
+{
+public:
+    // When the clock shows that, in microseconds since the epoch; of two instants the nearer to `expected`.
+    Micros instantOf(Micros wall, Micros expected);
+    // Whether the clock never showed what was asked for last.
+    bool isSkipped() const { return m_isSkipped; }
+
+private:
+    Micros m_from = 0;  // a day on which it is not set
+    Micros m_to = 0;
+    Micros m_offset = 0;
+    bool m_isSkipped = false;
+};
+
 class STLClock
 {
 public:
@@ -82,6 +107,10 @@ public:
     double firstSeconds() const { return m_firstSeconds; }
     // How finely the rows tell their time, in seconds, as far as they have been read.
     double resolution() const { return m_resolution; }
+    // How far the present row lies behind the local clock's instant, in seconds; and whether that clock never
+    // showed its time.
+    double lag() const { return m_lag; }
+    bool isSkipped() const { return m_local.isSkipped(); }
     // Whether a stamp has named its zone.
     bool zoned() const { return m_zoned; }
     const DateCells& dates() const { return m_dates; }
@@ -96,6 +125,9 @@ private:
     std::optional<Micros> partsOf(std::span<const std::string_view> cells);
     std::optional<double> numberAt(std::string_view cell);
     bool timeAt(std::string_view text, Micros& micros);
+    std::optional<int> partAt(std::span<const std::string_view> cells, STLDatePart which, int least, int most,
+                              int otherwise);
+    std::optional<Micros> clockOf(std::span<const std::string_view> cells);
 
     const STLFormat& m_format;
     double m_secondsPerUnit;  // of times that are numbers
@@ -111,6 +143,9 @@ private:
     std::optional<std::int64_t> m_firstTicks;  // of nanoseconds, where it has no decimals
     double m_resolution = std::numeric_limits<double>::infinity();
     bool m_zoned = false;
+    LocalDays m_local;
+    Micros m_firstInstant = 0;
+    double m_lag = 0.0;
 };
 
 }  // namespace veltrac

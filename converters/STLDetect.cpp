@@ -1,11 +1,11 @@
 #include "converters/STLDetect.h"
 
 #include <algorithm>
-#include <map>
 
-#include "converters/STLFixedWidth.h"
+#include "converters/STLClock.h"
 #include "converters/STLHead.h"
 #include "converters/STLNames.h"
+#include "converters/STLReading.h"
 #include "converters/STLSample.h"
 #include "converters/STLTimeGuess.h"
 #include "core/Utf8.h"
@@ -15,133 +15,7 @@ namespace veltrac {
 namespace {
 
 constexpr std::size_t kMostColumns = 4096;
-constexpr double kSingleCellFactor = 0.7;
-constexpr double kSingleDateFactor = 0.3;
-constexpr double kCloseSecond = 0.9;
-constexpr char kSeparators[] = {'\t', ';', '|', ',', ' '};
-constexpr char kGroupings[] = {0, '.', ',', ' ', '\''};
-
-bool startsWithRemark(std::string_view line, char separator)
-{
-    const std::size_t at = line.find_first_not_of(" \t");
-    const std::string_view text = at == std::string_view::npos ? std::string_view() : line.substr(at);
-    return text.starts_with('#') || text.starts_with('%') || text.starts_with("//") ||
-           (separator != ';' && text.starts_with(';'));
-}
-
-struct Reading
-{
-    char separator;
-    char decimal;
-    char grouping = 0;
-    std::size_t cells = 0;  // the count that scores best
-    double score = 0.0;
-    double lines = 0.0;                   // the shares that make it: lines with that count,
-    double typed = 0.0;                   // and their cells that are no texts
-    std::vector<std::size_t> edges = {};  // of a table of fixed widths
-};
-
-// Lines of words have now this count of them, now that, and few are numbers.
-bool isProse(const Reading& reading)
-{
-    constexpr double kFewLines = 0.8;
-    constexpr double kFewCells = 0.3;
-    return reading.score <= 0.0 || (reading.lines < kFewLines && reading.typed < kFewCells);
-}
-
-double worth(STLKind kind)
-{
-    return kind == STLKind::Text ? 0.0 : kind == STLKind::Missing ? 0.5 : 1.0;
-}
-
-Reading scored(const STLSample& sample, char separator, char decimal, char grouping = 0)
-{
-    STLCells cells;
-    cells.separator = separator;
-    cells.decimal = decimal;
-    cells.grouping = grouping;
-    struct Lines
-    {
-        std::size_t count = 0;
-        double worth = 0.0;
-        std::size_t endInSeparator = 0;
-        std::size_t endInNumber = 0;
-        std::size_t dates = 0;
-    };
-    std::map<std::size_t, Lines> byCount;
-    std::vector<std::string_view> line;
-    std::size_t looked = 0;
-    for (const STLLine& text : sample.lines) {
-        if (startsWithRemark(text.text, separator) || isRule(text.text))
-            continue;
-        ++looked;
-        // A separator at the end of a line makes no cell of its own.
-        const bool endsInSeparator = splitCells(text.text, separator, line) > 1 && line.back().empty();
-        if (endsInSeparator)
-            line.pop_back();
-        Lines& lines = byCount[line.size()];
-        ++lines.count;
-        lines.endInSeparator += endsInSeparator ? 1 : 0;
-        lines.endInNumber += !line.empty() && readToken(line.back(), cells).kind == STLKind::Number ? 1 : 0;
-        for (const std::string_view cell : line) {
-            const STLKind kind = readToken(cell, cells).kind;
-            const bool number = kind == STLKind::Text &&
-                                (!unitBehind(cell, cells).empty() || !keyBefore(cell, cells).empty());
-            lines.worth += worth(number ? STLKind::Number : kind);
-            lines.dates += kind == STLKind::Date || kind == STLKind::Stamp ? 1 : 0;
-        }
-    }
-    Reading reading{separator, decimal, grouping};
-    for (const auto& [count, lines] : byCount) {
-        if (count == 0)
-            continue;
-        const double typed = lines.worth / static_cast<double>(lines.count * count);
-        const double share = static_cast<double>(lines.count) / static_cast<double>(looked);
-        // Dates alone are no values: their parts may be cells.
-        const double single = lines.dates * 2 > lines.count ? kSingleDateFactor : kSingleCellFactor;
-        const double score = share * typed * (count == 1 ? single : 1.0);
-        if (score > reading.score)
-            reading = {separator, decimal, grouping, count, score, share, typed};
-    }
-    // Unless it is the cell of a last column that is mostly empty.
-    const auto longer = byCount.find(reading.cells + 1);
-    if (longer != byCount.end() && longer->second.endInNumber > 1 &&
-        byCount[reading.cells].endInSeparator == byCount[reading.cells].count)
-        ++reading.cells;
-    return reading;
-}
-
-// A table of blanks in which lines lack cells, as one of fixed widths, where that explains more lines.
-Reading inFixedWidths(const STLSample& sample, Reading reading)
-{
-    if (reading.separator != ' ' || reading.lines == 1.0)
-        return reading;
-    std::vector<std::size_t> edges = fixedEdges(sample, reading.decimal);
-    if (edges.size() < reading.cells)
-        return reading;
-    reading.cells = edges.size();
-    reading.edges = std::move(edges);
-    return reading;
-}
-
-std::vector<Reading> allReadings(const STLSample& sample)
-{
-    // Only a cell in quotes can hold its separator, as its decimal sign or between thousands.
-    const bool quoted = std::any_of(sample.lines.begin(), sample.lines.end(), [](const STLLine& line) {
-        return line.text.find('"') != std::string::npos;
-    });
-    std::vector<Reading> readings;
-    for (const char grouping : kGroupings)
-        for (const char separator : kSeparators)
-            for (const char decimal : {'.', ','})
-                if (grouping != decimal && (quoted || (separator != decimal && grouping != separator)))
-                    readings.push_back(scored(sample, separator, decimal, grouping));
-    // The earlier one wins a tie, so digits are grouped only where that explains more.
-    std::stable_sort(readings.begin(), readings.end(),
-                     [](const Reading& a, const Reading& b) { return a.score > b.score; });
-    readings.front() = inFixedWidths(sample, std::move(readings.front()));
-    return readings;
-}
+constexpr std::size_t kMostWholeReadings = 4;
 
 std::string noLineOfNumbers(const std::filesystem::path& file)
 {
@@ -160,18 +34,64 @@ std::string shownCells(std::string_view line, const STLCells& cells, STLEncoding
     return text.size() > kLongestShown ? cutTo(text, kLongestShown) + "…" : text;
 }
 
-STLEvidence evidenceOf(const Reading& reading, const STLFormat& format, const STLSample& sample)
+// Whether a column tells the times of the rows that were looked at, and they go one way.
+void weighTimes(STLEvidence& evidence, const STLFormat& format, const std::vector<STLRow>& data)
 {
-    STLCells cells = format.cells;
-    cells.separator = reading.separator;
-    cells.edges = reading.edges;
-    const std::size_t first = static_cast<std::size_t>(format.firstDataLine) - 1;
-    return {reading.cells, reading.lines, reading.typed,
-            first < sample.head.size() ? shownCells(sample.head[first].text, cells, format.encoding)
-                                       : std::string()};
+    if (format.timeSource == STLTimeSource::Typed)
+        return;
+    constexpr std::size_t kMostTurns = 2;  // between the places that were looked at
+    STLClock clock(format);
+    std::vector<std::string_view> cells;
+    std::size_t risen = 0;
+    std::size_t fallen = 0;
+    std::size_t read = 0;
+    double before = 0.0;
+    for (const STLRow& row : data) {
+        cells.clear();
+        for (const STLToken& token : row.cells)
+            cells.push_back(token.text);
+        const auto seconds = clock.read(cells);
+        if (!seconds)
+            continue;
+        risen += read > 0 && *seconds > before ? 1 : 0;
+        fallen += read > 0 && *seconds < before ? 1 : 0;
+        before = *seconds;
+        ++read;
+    }
+    evidence.timeColumn = format.timeColumn;
+    evidence.times = data.empty() ? 0.0 : static_cast<double>(read) / static_cast<double>(data.size());
+    evidence.timesGoOneWay = risen + fallen > 0 && std::min(risen, fallen) <= kMostTurns;
 }
 
-STLFormat formatOf(const std::filesystem::path& file, const STLSample& sample, Reading reading)
+STLEvidence evidenceOf(const STLReading& reading, const STLFormat& format, const STLSample& sample,
+                       const std::vector<STLRow>& data)
+{
+    STLEvidence evidence{reading.cells, reading.lines, reading.typed};
+    const std::size_t first = static_cast<std::size_t>(format.firstDataLine) - 1;
+    if (first < sample.head.size())
+        evidence.firstRow = shownCells(sample.head[first].text, format.cells, format.encoding);
+    evidence.namesLine = format.namesLine;
+    evidence.namesMatch = format.namesLine != 0 && !format.namesInDoubt &&
+                          (format.unmatchedLine == 0 || format.unmatchedLine == format.namesLine);
+    weighTimes(evidence, format, data);
+    return evidence;
+}
+
+// A reading with its names and times. What is found only in part speaks against it more than what is not
+// there at all.
+double scoreOf(const STLReading& reading, const STLFormat& format)
+{
+    constexpr double kNone = 0.95;
+    constexpr double kInPart = 0.85;
+    const STLEvidence& evidence = format.evidence;
+    const double names = evidence.namesMatch                                ? 1.0
+                         : format.namesInDoubt || format.unmatchedLine != 0 ? kInPart
+                                                                            : kNone;
+    const double times = evidence.timeColumn < 0 ? kNone : evidence.timesGoOneWay ? evidence.times : kInPart;
+    return reading.score * names * times;
+}
+
+STLFormat formatOf(const std::filesystem::path& file, const STLSample& sample, STLReading reading)
 {
     STLFormat format;
     format.cells.separator = reading.separator;
@@ -207,6 +127,9 @@ STLFormat formatOf(const std::filesystem::path& file, const STLSample& sample, R
     guessNamesAbove(format, sample, data);
     findSuffixes(format, data);
     guessNumericNames(format, head, firstData);
+    findBlockTitle(format, sample);
+    if (!data.empty() && data.front().line->number == format.namesLine && format.namesLine != 0)
+        data.erase(data.begin());
     for (STLColumn& column : format.columns)
         if (column.unit.empty())
             column.unit = decoded(column.suffix, format.encoding);
@@ -215,8 +138,42 @@ STLFormat formatOf(const std::filesystem::path& file, const STLSample& sample, R
         format.description = file.stem().string();
     findCompactDates(format, data);
     guessTime(format, data);
-    format.evidence = evidenceOf(reading, format, sample);
+    format.evidence = evidenceOf(reading, format, sample, data);
     return format;
+}
+
+struct WholeReading
+{
+    STLFormat format;
+    double score;
+};
+
+// The best reading of the cells and those that come near to it and find other cells, each with its names and
+// times; the best one first.
+std::vector<WholeReading> wholeReadings(const std::filesystem::path& file, const STLSample& sample)
+{
+    const std::vector<STLReading> readings = allReadings(sample);
+    const STLReading& best = readings.front();
+    std::vector<WholeReading> wholes;
+    wholes.push_back({formatOf(file, sample, best), 0.0});
+    wholes.front().score = scoreOf(best, wholes.front().format);
+    for (auto r = readings.begin() + 1; r != readings.end() && wholes.size() < kMostWholeReadings; ++r) {
+        const bool oneWithComma =
+            r->cells == 1 && r->decimal == ',' && r->score > kNearReading * kSingleCellFactor;
+        if (r->grouping != 0 || r->cells == best.cells ||
+            (r->score <= kNearReading * best.score && !oneWithComma))
+            continue;
+        try {
+            STLFormat format = formatOf(file, sample, *r);
+            const double score = scoreOf(*r, format);
+            wholes.push_back({std::move(format), score});
+        } catch (const STLError&) {
+            // Its cells are alike, but no rows come of them.
+        }
+    }
+    std::stable_sort(wholes.begin(), wholes.end(),
+                     [](const WholeReading& a, const WholeReading& b) { return a.score > b.score; });
+    return wholes;
 }
 
 }  // namespace
@@ -224,18 +181,13 @@ STLFormat formatOf(const std::filesystem::path& file, const STLSample& sample, R
 STLFormat detectFormat(const PlainText& text)
 {
     const STLSample sample = readSample(text.path());
-    const std::vector<Reading> readings = allReadings(sample);
-    STLFormat format = formatOf(text.file(), sample, readings[0]);
-    const auto second = std::find_if(readings.begin() + 1, readings.end(), [&](const Reading& r) {
-        const bool oneWithComma =
-            r.cells == 1 && r.decimal == ',' && r.score > kCloseSecond * kSingleCellFactor;
-        return r.grouping == 0 && r.cells != readings[0].cells &&
-               (r.score > kCloseSecond * readings[0].score || oneWithComma);
-    });
-    if (second != readings.end()) {
-        format.otherSeparator = second->separator;
-        format.otherDecimal = second->decimal;
-        format.otherEvidence = evidenceOf(*second, format, sample);
+    std::vector<WholeReading> wholes = wholeReadings(text.file(), sample);
+    STLFormat format = std::move(wholes.front().format);
+    if (wholes.size() > 1) {
+        const STLFormat& second = wholes[1].format;
+        format.otherSeparator = second.cells.separator;
+        format.otherDecimal = second.cells.decimal;
+        format.otherEvidence = second.evidence;
     }
     return format;
 }
@@ -243,7 +195,7 @@ STLFormat detectFormat(const PlainText& text)
 STLFormat detectFormat(const PlainText& text, char separator, char decimal)
 {
     const STLSample sample = readSample(text.path());
-    return formatOf(text.file(), sample, inFixedWidths(sample, scored(sample, separator, decimal)));
+    return formatOf(text.file(), sample, scoredReading(sample, separator, decimal));
 }
 
 void takeNames(const PlainText& text, STLFormat& format)

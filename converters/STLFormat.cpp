@@ -44,10 +44,17 @@ bool timesAreElapsed(STLTimeSource source)
 bool tellsTime(const STLFormat& format, std::size_t column)
 {
     const int c = static_cast<int>(column);
+    const bool hasParts = format.timeSource == STLTimeSource::DateParts || clockIsInParts(format);
     return format.timeSource != STLTimeSource::Typed &&
            (c == format.timeColumn || c == format.dateColumn ||
-            (format.timeSource == STLTimeSource::DateParts &&
+            (hasParts &&
              std::find(format.partColumns.begin(), format.partColumns.end(), c) != format.partColumns.end()));
+}
+
+bool clockIsInParts(const STLFormat& format)
+{
+    return format.timeSource == STLTimeSource::DateAndTime && format.timeColumn >= 0 &&
+           format.timeColumn == format.partColumns[static_cast<std::size_t>(STLDatePart::Hour)];
 }
 
 bool datesAlone(const STLFormat& format)
@@ -127,9 +134,11 @@ std::string_view keyBefore(std::string_view cell, const STLCells& cells)
     const bool word = !cell.empty() && std::isalpha(static_cast<unsigned char>(cell.front())) != 0;
     if (!word || sign == std::string_view::npos)
         return {};
-    std::string_view number = cell.substr(sign + 1);
-    number.remove_prefix(std::min(number.find_first_not_of(' '), number.size()));
-    const bool known = readNumber(number, cells) || !unitBehind(number, cells).empty();
+    std::string_view value = cell.substr(sign + 1);
+    value.remove_prefix(std::min(value.find_first_not_of(' '), value.size()));
+    // The first colon of a stamp stands within its time.
+    const bool stamped = cell[sign] == '=' && (readStamp(value) || readTime(value));
+    const bool known = stamped || readNumber(value, cells) || !unitBehind(value, cells).empty();
     return known ? cell.substr(0, sign + 1) : std::string_view();
 }
 
@@ -173,6 +182,11 @@ std::string_view remarkSign(std::string_view line, const STLFormat& format)
 }
 
 }  // namespace
+
+bool isEmptyLine(std::string_view line)
+{
+    return line.find_first_not_of(" \t\r") == std::string_view::npos;
+}
 
 bool isRule(std::string_view line)
 {

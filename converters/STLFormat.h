@@ -75,8 +75,13 @@ struct STLEvidence
 {
     std::size_t cells = 0;  // of a line
     double lines = 0.0;     // the share of the lines that have so many
-    double typed = 0.0;    // the share of their cells that are numbers, dates or times; missing ones are half
-    std::string firstRow;  // the cells of the first data line under it, as UTF-8
+    double typed = 0.0;  // the share of their cells that are numbers, dates or times; missing ones are half
+    std::string firstRow = {};  // the cells of the first data line under it, as UTF-8
+    std::uint64_t namesLine = 0;
+    bool namesMatch = false;  // as many words as columns
+    int timeColumn = -1;
+    double times = 0.0;  // the share of the rows looked at whose time can be read
+    bool timesGoOneWay = false;
 };
 
 struct STLFormat
@@ -87,7 +92,12 @@ struct STLFormat
     std::uint64_t firstDataLine = 1;
     std::uint64_t namesLine = 0;  // 0: none
     std::uint64_t unitsLine = 0;
-    bool namesInDoubt = false;  // they are numbers
+    bool namesInDoubt = false;  // they are numbers, or the first data line may be names
+    // The line right above the data whose words are more or fewer than the columns, and how many.
+    std::uint64_t unmatchedLine = 0;
+    std::size_t unmatchedWords = 0;
+    // A title above the names, with any digits in it, which may stand above each block of rows.
+    std::string blockTitle;
     std::vector<STLColumn> columns;
     // What the file's head says, key and value as they stand.
     std::vector<std::pair<std::string, std::string>> head;
@@ -96,7 +106,8 @@ struct STLFormat
     int timeColumn = -1;  // the stamp's, the time's or the seconds' column
     int dateColumn = -1;
     bool timeIsHhmm = false;  // times beside dates are numbers: 5 past midnight is 5, noon 1200
-    // By STLDatePart, -1 where there is none. The year's column stands in timeColumn too.
+    // By STLDatePart, -1 where there is none. The year's column stands in timeColumn too; beside dates there
+    // may be hours, minutes and seconds, and the hours' column stands there.
     std::array<int, kSTLDateParts> partColumns = {-1, -1, -1, -1, -1, -1, -1, -1};
     bool yearsInMonths = false;  // decimal years tell firsts of months, as well as their digits can
     DateOrder order = DateOrder::DayMonth;
@@ -132,6 +143,8 @@ bool timesAreUnix(STLTimeSource source);
 bool timesAreElapsed(STLTimeSource source);
 // Whether a column tells the time, or a part of it.
 bool tellsTime(const STLFormat& format, std::size_t column);
+// Whether times of the day beside dates stand in columns of hours, and perhaps minutes and seconds.
+bool clockIsInParts(const STLFormat& format);
 // Whether they are days, without any time of the day.
 bool datesAlone(const STLFormat& format);
 // How many seconds a one in the column of times means.
@@ -149,6 +162,7 @@ std::string_view keyBefore(std::string_view cell, const STLCells& cells);
 // What stands behind the number of a cell and can be its unit; empty where none does.
 std::string_view unitBehind(std::string_view cell, const STLCells& cells);
 
+bool isEmptyLine(std::string_view line);
 // Whether a line is only drawn: "+----+----+", "|---|---|", "---- ----".
 bool isRule(std::string_view line);
 // A line's leading remark sign, where it is one.

@@ -41,6 +41,27 @@ std::optional<double> readRate(std::string_view text, const STLCells& cells)
     return number && known ? std::optional(*number * factor) : std::nullopt;
 }
 
+namespace {
+
+// "Sample Interval [ms]" without the unit, and the unit.
+std::string withoutUnit(const std::string& key)
+{
+    const std::size_t bracket = key.find_first_of("[(");
+    if (bracket == std::string::npos || bracket == 0 || (key.back() != ']' && key.back() != ')'))
+        return key;
+    return key.substr(0, key.find_last_not_of(' ', bracket - 1) + 1);
+}
+
+std::string unitOf(const std::string& key)
+{
+    const std::size_t bracket = withoutUnit(key).size();
+    const std::size_t from = key.find_first_of("[(", bracket);
+    return from == std::string::npos || bracket == key.size() ? std::string()
+                                                              : key.substr(from + 1, key.size() - from - 2);
+}
+
+}  // namespace
+
 bool tellsKey(std::string_view line)
 {
     const std::size_t from = line.find_first_not_of("#%/; \t");
@@ -64,6 +85,9 @@ STLKey keyOf(const std::string& key)
                                                                      {"sample time", STLKey::Interval},
                                                                      {"dt", STLKey::Interval},
                                                                      {"delta_x", STLKey::Interval},
+                                                                     {"delta_t", STLKey::Interval},
+                                                                     {"deltat", STLKey::Interval},
+                                                                     {"tstep", STLKey::Interval},
                                                                      {"sampletime", STLKey::Interval},
                                                                      {"sample period", STLKey::Interval},
                                                                      {"sampling period", STLKey::Interval},
@@ -86,7 +110,7 @@ STLKey keyOf(const std::string& key)
                                                                      {"tool", STLKey::Tool},
                                                                      {"name", STLKey::Name},
                                                                      {"unit", STLKey::Unit}};
-    const auto found = known.find(lowered(key));
+    const auto found = known.find(lowered(withoutUnit(key)));
     return found == known.end() ? STLKey::Other : found->second;
 }
 
@@ -135,9 +159,11 @@ void useHead(STLFormat& format)
     std::optional<DateParts> date;
     std::optional<TimeOfDay> time;
     const STLCells& cells = format.cells;
-    // Some tell it for each channel.
-    const auto first = [&cells](const std::string& value) {
-        return value.substr(0, cells.separator == ' ' ? value.npos : value.find(cells.separator));
+    // Some tell it for each channel, some the unit behind the key.
+    const auto first = [&cells](const std::string& key, const std::string& value) {
+        const std::string text =
+            value.substr(0, cells.separator == ' ' ? value.npos : value.find(cells.separator));
+        return readNumber(text, cells) ? text + ' ' + unitOf(key) : text;
     };
     for (const auto& [key, value] : format.head) {
         switch (keyOf(key)) {
@@ -152,11 +178,11 @@ void useHead(STLFormat& format)
                 time = time ? time : readTime(value);
                 break;
             case STLKey::Interval:
-                if (const auto step = readInterval(first(value), cells); step && *step > 0)
+                if (const auto step = readInterval(first(key, value), cells); step && *step > 0)
                     setStep(format, *step);
                 break;
             case STLKey::Rate:
-                if (const auto hertz = readRate(first(value), cells); hertz && *hertz > 0)
+                if (const auto hertz = readRate(first(key, value), cells); hertz && *hertz > 0)
                     setStep(format, 1.0 / *hertz);
                 break;
             case STLKey::Description:

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 
+#include "converters/STLTitles.h"
 #include "converters/TimeStamps.h"
 #include "converters/WordedDates.h"
 #include "core/LineReader.h"
@@ -24,11 +25,12 @@ struct Look
     const char* name;
     QRgb colour;
 };
-constexpr std::array<Look, 7> kLooks = {{{"an empty line", 0},
+constexpr std::array<Look, 8> kLooks = {{{"an empty line", 0},
                                          {"a remark", 0xFFE4E4E4},
                                          {"head, above the data", 0xFFF3EBC8},
                                          {"the names of the columns", 0xFFC5DDF5},
                                          {"the units of the columns", 0xFFCDEBCB},
+                                         {"names or a title once more: left out", 0xFFE4E4E4},
                                          {"data", 0},
                                          {"data with troubles", 0}}};
 
@@ -44,6 +46,7 @@ int shownLength(std::string_view bytes, STLEncoding encoding)
 
 bool readsAsTime(const STLFormat& format, std::size_t column, std::string_view cell)
 {
+    cell = bareCell(cell, format.columns[column]);
     const auto isDate = [&](const std::optional<Stamp>& stamp) -> bool {
         return stamp && midnight(stamp->date, format.order).has_value();
     };
@@ -52,7 +55,7 @@ bool readsAsTime(const STLFormat& format, std::size_t column, std::string_view c
             return isDate(readStamp(cell));
         case STLTimeSource::DateAndTime:
             return static_cast<int>(column) == format.dateColumn ? isDate(readStamp(cell))
-                   : format.timeIsHhmm                           ? readNumber(cell, format.cells).has_value()
+                   : format.timeIsHhmm || clockIsInParts(format) ? readNumber(cell, format.cells).has_value()
                                                                  : readClock(cell).has_value();
         case STLTimeSource::ElapsedTime:
             return readClock(cell).has_value();
@@ -131,6 +134,12 @@ void STLLines::explainData(Line& line)
                            shownLength(cell, m_format.encoding), understood});
     };
     const std::size_t columns = m_format.columns.size();
+    std::vector<std::string_view> row = cells;
+    row.resize(std::max(row.size(), columns));
+    if (STLTitles(m_format).has(line.bytes, row)) {
+        line.kind = STLLineKind::Title;
+        return;
+    }
     for (std::size_t c = 0; c < cells.size(); ++c) {
         if (cells[c].empty())
             continue;

@@ -13,7 +13,7 @@
 
 namespace veltrac {
 
-enum class STLLineKind { Empty, Remark, Head, Names, Units, Data, Trouble };
+enum class STLLineKind { Empty, Remark, Head, Names, Units, Title, Data, Trouble };
 
 class STLLines : public QAbstractTableModel
 {

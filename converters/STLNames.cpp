@@ -5,6 +5,7 @@
 #include <map>
 
 #include "converters/STLHead.h"
+#include "converters/STLTitles.h"
 #include "core/TimeUnits.h"
 
 namespace veltrac {
@@ -129,28 +130,66 @@ std::string withoutBrackets(std::string unit)
     return bracketed ? unit.substr(1, unit.size() - 2) : unit;
 }
 
-// Whether the numbers of a row are rising years, or three and more whole ones in equal steps.
-bool looksLikeNumericNames(const STLRow& row)
+// How like names the numbers of a row are: each sort is of the ones before it, too.
+enum class NumericNames { None, Rising, Equal, Years };  // whole and rising, in equal steps, years
+
+NumericNames numericNames(const STLRow& row)
 {
     constexpr double kFirstYear = 1500.0;
     constexpr double kLastYear = 2200.0;
     std::vector<double> numbers;
     for (const STLToken& token : row.cells) {
         if (token.kind != STLKind::Number && token.kind != STLKind::Text && !token.text.empty())
-            return false;
+            return NumericNames::None;
         if (token.kind == STLKind::Number)
             numbers.push_back(token.value);
     }
-    if (numbers.size() < 2)
-        return false;
-    const double step = numbers[1] - numbers[0];
     bool equal = numbers.size() > 2;
     for (std::size_t i = 0; i < numbers.size(); ++i) {
         if (numbers[i] != std::floor(numbers[i]) || (i > 0 && !(numbers[i] > numbers[i - 1])))
-            return false;
-        equal = equal && (i == 0 || numbers[i] - numbers[i - 1] == step);
+            return NumericNames::None;
+        equal = equal && (i == 0 || numbers[i] - numbers[i - 1] == numbers[1] - numbers[0]);
     }
-    return equal || (numbers.front() >= kFirstYear && numbers.back() <= kLastYear);
+    return numbers.size() > 1 && numbers.front() >= kFirstYear && numbers.back() <= kLastYear
+               ? NumericNames::Years
+           : equal           ? NumericNames::Equal
+           : numbers.empty() ? NumericNames::None
+                             : NumericNames::Rising;
+}
+
+// Whether a text stands in a column of numbers: what differs so from the rows below is no row.
+bool hasTextAboveNumbers(const STLRow& row, const STLFormat& format)
+{
+    for (std::size_t c = 0; c < format.columns.size(); ++c)
+        if (format.columns[c].kind == STLKind::Number && row.cells[c].kind == STLKind::Text)
+            return true;
+    return false;
+}
+
+// "Data: y" above the first column.
+std::string_view withoutLabel(std::string_view name)
+{
+    const std::size_t colon = name.find(": ");
+    if (colon == std::string_view::npos)
+        return name;
+    const std::string label = lowered(name.substr(0, colon));
+    const bool known = label == "data" || label == "fields" || label == "columns" || label == "names" ||
+                       label == "header" || label == "variables" || label == "format";
+    return known ? name.substr(name.find_first_not_of(' ', colon + 1)) : name;
+}
+
+void putNames(STLFormat& format, const STLRow& names, const STLRow* units)
+{
+    format.namesLine = names.line->number;
+    format.unitsLine = units == nullptr ? 0 : units->line->number;
+    for (std::size_t c = 0; c < format.columns.size(); ++c) {
+        format.columns[c].heading = names.cells[c].text;
+        format.columns[c].name =
+            cellText(c == 0 ? withoutLabel(names.cells[c].text) : names.cells[c].text, format.encoding);
+        if (units != nullptr)
+            format.columns[c].unit = cellText(units->cells[c].text, format.encoding);
+    }
+    splitUnits(format);
 }
 
 }  // namespace
@@ -169,32 +208,34 @@ void guessNames(STLFormat& format, const std::vector<STLRow>& rows, std::size_t 
             units = names;
         names = &rows[i];
     }
-    if (names == nullptr)
-        return;
-    format.namesLine = names->line->number;
-    format.unitsLine = units == nullptr ? 0 : units->line->number;
-    for (std::size_t c = 0; c < format.columns.size(); ++c) {
-        format.columns[c].heading = names->cells[c].text;
-        format.columns[c].name = cellText(names->cells[c].text, format.encoding);
-        if (units != nullptr)
-            format.columns[c].unit = cellText(units->cells[c].text, format.encoding);
-    }
-    splitUnits(format);
+    if (names != nullptr)
+        putNames(format, *names, units);
 }
 
 void guessNumericNames(STLFormat& format, const std::vector<STLRow>& rows, std::size_t firstData)
 {
     if (format.namesLine != 0 || firstData + 2 >= rows.size() ||
-        rows[firstData].line->number != format.firstDataLine || !looksLikeNumericNames(rows[firstData]))
-        return;
-    const auto alike = static_cast<std::size_t>(std::count_if(
-        rows.begin() + static_cast<std::ptrdiff_t>(firstData) + 1, rows.end(), looksLikeNumericNames));
-    if (alike * 4 > rows.size() - firstData - 1)
+        rows[firstData].line->number != format.firstDataLine)
         return;
     const STLRow& names = rows[firstData];
+    const NumericNames sort = numericNames(names);
+    const bool differs = hasTextAboveNumbers(names, format);
+    const bool named = format.unmatchedLine != 0;  // though nobody knows which
+    if (sort == NumericNames::None ||
+        (!differs && sort <= (named ? NumericNames::Equal : NumericNames::Rising)))
+        return;
+    const std::size_t below = rows.size() - firstData - 1;
+    const auto alike = static_cast<std::size_t>(
+        std::count_if(rows.begin() + static_cast<std::ptrdiff_t>(firstData) + 1, rows.end(),
+                      [sort](const STLRow& row) { return numericNames(row) >= sort; }));
+    if (!differs && alike * 2 > below)
+        return;
+    // Where some of the rows are like it, they all are taken for rows.
+    format.namesInDoubt = !differs;
+    if (!differs && alike * 4 > below)
+        return;
     format.namesLine = names.line->number;
     format.firstDataLine = format.namesLine + 1;
-    format.namesInDoubt = true;
     for (std::size_t c = 0; c < format.columns.size(); ++c)
         format.columns[c].name = cellText(names.cells[c].text, format.encoding);
 }
@@ -242,6 +283,41 @@ bool anyIsTyped(const std::vector<std::string_view>& cells, const STLCells& how)
     });
 }
 
+// "Data: y x"
+void dropLabel(std::vector<std::string_view>& cells, std::size_t columns)
+{
+    if (cells.size() == columns + 1 && cells.front().ends_with(':'))
+        cells.erase(cells.begin());
+}
+
+// Every other word is a unit such as "KB/s".
+bool areUnitsAndWords(const std::vector<std::string_view>& cells)
+{
+    for (std::size_t c = 0; c + 1 < cells.size(); c += 2)
+        if (cells[c].find('/') == std::string_view::npos || !isUnit(std::string(cells[c])))
+            return false;
+    return true;
+}
+
+// Whether most cells are words.
+bool areWords(const std::vector<std::string_view>& cells, const STLCells& how)
+{
+    const auto texts = std::count_if(cells.begin(), cells.end(), [&](std::string_view cell) {
+        return readToken(cell, how).kind == STLKind::Text;
+    });
+    return static_cast<std::size_t>(texts) * 2 > cells.size();
+}
+
+// Whether a line of remarks holds units, so that one above it may hold the names: half of its words are, and
+// of more than a letter.
+bool areUnitsBelow(const STLRow& row)
+{
+    const auto units = std::count_if(row.cells.begin(), row.cells.end(), [](const STLToken& token) {
+        return token.text.size() > 1 && isUnit(std::string(token.text));
+    });
+    return static_cast<std::size_t>(units) * 2 >= row.cells.size();
+}
+
 // Puts the cells of a line over the columns; false where they cannot be matched.
 bool matchNames(std::vector<std::string_view>& cells, std::string_view line, const STLFormat& format,
                 const std::vector<STLRow>& data)
@@ -254,11 +330,9 @@ bool matchNames(std::vector<std::string_view>& cells, std::string_view line, con
         if (words.size() == columns)
             cells = std::move(words);
     }
-    // "Data: y x"
-    if (cells.size() == columns + 1 && cells.front().ends_with(':') && blanks)
-        cells.erase(cells.begin());
+    dropLabel(cells, columns);
     // "KB/s in  KB/s out": two words each.
-    if (cells.size() == 2 * columns && blanks && isUnit(std::string(cells[0]))) {
+    if (cells.size() == 2 * columns && blanks && areUnitsAndWords(cells)) {
         for (std::size_t c = 0; c < columns; ++c)
             cells[c] = {cells[2 * c].data(),
                         static_cast<std::size_t>(cells[2 * c + 1].data() + cells[2 * c + 1].size() -
@@ -290,20 +364,31 @@ void guessNamesAbove(STLFormat& format, const STLSample& sample, const std::vect
     std::vector<STLRow> rows;
     std::vector<std::string_view> cells;
     bool remark = false;
-    for (std::size_t i = std::min<std::size_t>(format.firstDataLine - 1, sample.head.size());
-         i-- > 0 && !remark;) {
+    for (std::size_t i = std::min<std::size_t>(format.firstDataLine - 1, sample.head.size()); i-- > 0;) {
         const STLLine& line = sample.head[i];
         const std::string_view text = withoutRemark(line.text, format);
         if (isEmptyLine(text) || isRule(line.text))
             continue;
+        const bool isFirst = rows.empty();
+        if (remark && (!isRemark(line.text, format) || rows.size() > 1 || !areUnitsBelow(rows.front())))
+            break;
         remark = isRemark(line.text, format);
         splitCells(text, format.cells, cells);
         while (!cells.empty() && cells.back().empty())
             cells.pop_back();
         if (!remark && cells.size() == columns)
             break;
-        if (remark ? !rows.empty() || cells.size() != columns || anyIsTyped(cells, format.cells)
-                   : cells.empty() || !matchNames(cells, text, format, data))
+        if (remark)
+            dropLabel(cells, columns);
+        const std::size_t words = cells.size();
+        const bool fits = remark ? (isFirst || isRemark(rows.front().line->text, format)) &&
+                                       words == columns && !anyIsTyped(cells, format.cells)
+                                 : !cells.empty() && matchNames(cells, text, format, data);
+        if (isFirst && !remark && words > 1 && (!fits || words > columns) && areWords(cells, format.cells)) {
+            format.unmatchedLine = line.number;
+            format.unmatchedWords = words;
+        }
+        if (!fits)
             break;
         STLRow row{&line, {}};
         for (std::size_t c = 0; c < columns; ++c)
@@ -312,12 +397,26 @@ void guessNamesAbove(STLFormat& format, const STLSample& sample, const std::vect
     }
     // A remark is taken for names only where nothing else is; a word or two are prose.
     const std::size_t fewest = format.cells.separator == ' ' ? 3 : 2;
+    const bool allRemarks = !rows.empty() && isRemark(rows.back().line->text, format);
     if (std::none_of(rows.begin(), rows.end(), isMostlyText) ||
-        (remark && (format.namesLine != 0 || columns < fewest)))
+        (allRemarks && (format.namesLine != 0 || columns < fewest)))
         return;
     for (STLColumn& column : format.columns)
         column.heading = column.name = column.unit = std::string();
-    guessNames(format, rows, rows.size());
+    if (allRemarks)
+        putNames(format, rows.front(), rows.size() > 1 ? &rows.back() : nullptr);
+    else
+        guessNames(format, rows, rows.size());
+}
+
+void findBlockTitle(STLFormat& format, const STLSample& sample)
+{
+    if (format.namesLine < 2 || format.namesLine > sample.head.size())
+        return;
+    const std::string& above = sample.head[format.namesLine - 2].text;
+    if (!isRemark(above, format) && areAlikeButDigits(above, above) &&
+        above.find_first_of("0123456789") != std::string::npos)
+        format.blockTitle = above;
 }
 
 void splitUnits(STLFormat& format)
@@ -366,11 +465,17 @@ void findSuffixes(STLFormat& format, std::vector<STLRow>& data)
             data, c, [&](std::string_view cell) { return unitBehind(bareCell(cell, column), format.cells); });
         if (column.prefix.empty() && column.suffix.empty())
             continue;
-        column.kind = STLKind::Number;
         if (column.name.empty())
             column.name = nameOfKey(column.prefix, format.encoding);
-        for (STLRow& row : data)
+        std::map<STLKind, std::size_t> kinds;
+        for (STLRow& row : data) {
             row.cells[c] = readToken(bareCell(row.cells[c].text, column), format.cells);
+            ++kinds[row.cells[c].kind];
+        }
+        kinds.erase(STLKind::Missing);
+        column.kind = std::max_element(kinds.begin(), kinds.end(), [](const auto& a, const auto& b) {
+                          return a.second < b.second;
+                      })->first;
     }
 }
 

@@ -17,6 +17,9 @@ void guessNumericNames(STLFormat& format, const std::vector<STLRow>& rows, std::
 // matched are none.
 void guessNamesAbove(STLFormat& format, const STLSample& sample, const std::vector<STLRow>& data);
 
+// A title with a number right above the names ("Block 1"), which may stand above each block of rows.
+void findBlockTitle(STLFormat& format, const STLSample& sample);
+
 // Units in brackets, behind names or alone, without their brackets.
 void splitUnits(STLFormat& format);
 

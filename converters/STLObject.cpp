@@ -45,6 +45,12 @@ std::function<bool()> lookAt(const STLRows& rows, const Progress& progress)
 
 STLObject::STLObject(std::filesystem::path file) : m_file(std::move(file)) {}
 
+JobOutcome STLObject::unpack(const Progress& progress)
+{
+    m_text = PlainText::unpacked(m_file, progress);
+    return m_text ? JobOutcome::Done : JobOutcome::Cancelled;
+}
+
 const PlainText& STLObject::text()
 {
     if (!m_text || !m_text->isCurrent())
@@ -117,6 +123,7 @@ JobOutcome STLObject::readThrough(const Progress& progress, bool& wrongOrder)
     const STLClock& clock = rows.clock();
     STLSteps steps(timesAreNumbers(m_format.timeSource));
     Micros shift = 0;  // of the clock, at the first chosen row
+    double lastLag = 0.0;
     const auto onLine = [&] {
         m_read.troubleCount += rows.troubles().size();
         for (const STLTrouble& trouble : rows.troubles())
@@ -128,10 +135,16 @@ JobOutcome STLObject::readThrough(const Progress& progress, bool& wrongOrder)
         m_read.troubledRows += rows.troubles().empty() ? 0 : 1;
         if (!isChosen(m_read.rows))
             return;
+        ClockLag& lag = m_read.lag;
         if (m_read.chosen++ == 0) {
             m_read.chosenFrom = rows.seconds();
             shift = clock.changes().shift();
+            lag.first = lag.least = lag.most = clock.lag();
         }
+        lag.least = std::min(lag.least, clock.lag());
+        lag.most = std::max(lag.most, clock.lag());
+        lag.ranOn = lag.ranOn || clock.isSkipped();
+        lastLag = clock.lag();
         if (m_format.timeSource != STLTimeSource::Typed)
             steps.add(rows.seconds(), std::isfinite(clock.resolution()) ? clock.resolution() : 0.0);
     };
@@ -152,6 +165,7 @@ JobOutcome STLObject::readThrough(const Progress& progress, bool& wrongOrder)
     m_read.firstWall = clock.firstWall() + std::llround(m_read.chosenFrom * kMicrosPerSecond) - shift;
     m_read.firstSeconds = clock.firstSeconds() + m_read.chosenFrom;
     if (m_read.steps.newestFirst) {
+        m_read.lag.first = lastLag;
         m_read.firstWall -= std::llround(m_read.steps.span * kMicrosPerSecond);
         m_read.firstSeconds -= m_read.steps.span;
     }
@@ -225,9 +239,14 @@ void STLObject::settleStart()
     found.target.timeColumns = found.target.timeResult == STLTimeResult::TimeColumn       ? 1
                                : found.target.timeResult == STLTimeResult::TimeTwoColumns ? 2
                                                                                           : 0;
-    // Whole seconds are unsigned: times that run back behind the first one must not be negative.
-    // Summer begins a day an hour earlier than it lies on the wall clock.
-    const double summer = found.steps.earliest < 0.0 && datesAlone(m_format) ? 3600.0 : 0.0;
+    // Rows at equal steps are taken as they count, others by what the local clock shows.
+    const auto followsClock = [&found] {
+        return found.target.timeColumns > 0 && !found.target.resampled && !found.lag.ranOn;
+    };
+    // Whole seconds are unsigned: times that run back behind the first one must not be negative. In summer
+    // they lie an hour earlier than the wall clock counts.
+    const double summer =
+        found.steps.earliest < 0.0 && followsClock() ? found.lag.first - found.lag.least : 0.0;
     const double least = found.target.timeColumns > 0 ? first + found.steps.earliest - summer : first;
     double start = found.target.timeColumns > 0 ? least : first - static_cast<double>(found.target.dt);
     // What a float's rounding leaves of a start at 0.
@@ -237,6 +256,7 @@ void STLObject::settleStart()
         found.target.timeColumns = 1;
         start = 0.0;
     }
+    found.target.onLocalClock = followsClock();
     found.target.startSeconds = static_cast<std::uint32_t>(std::max(start, 0.0));
     found.target.startTime =
         found.target.timeColumns > 0 ? 0.0F : static_cast<float>(start - found.target.startSeconds);
@@ -305,16 +325,6 @@ void STLObject::writeHeader(TSFILE& target) const
     }
 }
 
-// Days that are no equal steps apart begin at their own midnights, in summer as in winter.
-double STLObject::instantOf(double sinceFirst) const
-{
-    if (m_found.target.timeColumns == 0 || m_found.target.resampled || m_format.greenwich ||
-        !datesAlone(m_format))
-        return sinceFirst;
-    const Micros wall = m_found.firstWall + std::llround(sinceFirst * kMicrosPerSecond);
-    return static_cast<double>(localSeconds(wall) - localSeconds(m_found.firstWall));
-}
-
 JobOutcome STLObject::write(TSFILE& target, const Progress& progress)
 {
     const STLError changed(m_file.filename().string() + " has changed while it was read. Import it again.");
@@ -336,8 +346,9 @@ JobOutcome STLObject::write(TSFILE& target, const Progress& progress)
             return;
         if (++chosen > m_found.chosen)
             throw changed;
+        const double lag = m_found.target.onLocalClock ? rows.clock().lag() - m_found.lag.first : 0.0;
         writer.add(m_format.timeSource == STLTimeSource::Typed ? step * static_cast<double>(chosen - 1)
-                                                               : instantOf(rows.seconds() - from),
+                                                               : rows.seconds() - from + lag,
                    rows.values());
     };
     if (rows.walk(onLine, lookAt(rows, reading)) == JobOutcome::Cancelled)

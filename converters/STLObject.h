@@ -20,7 +20,9 @@ public:
     explicit STLObject(std::filesystem::path file);
 
     const std::filesystem::path& file() const { return m_file; }
-    // Its plain bytes, unpacked when they are asked for first. Throws as PlainText does.
+    // Unpacks it where it is packed. Throws as PlainText does.
+    veltrac::JobOutcome unpack(const veltrac::Progress& progress);
+    // Its plain bytes, unpacked when they are asked for first. Throws likewise.
     const veltrac::PlainText& text();
     // What detection found and the user changed.
     veltrac::STLFormat& format() { return m_format; }
@@ -54,7 +56,6 @@ private:
     bool isChosen(std::uint64_t row) const;
     void settleResult();
     void settleStart();
-    double instantOf(double sinceFirst) const;
     void writeHeader(TSFILE& target) const;
 
     std::filesystem::path m_file;

@@ -47,6 +47,13 @@ const char* nameOfSeparator(char separator)
     }
 }
 
+// " \"t\"" for the column of times; empty where it has no name.
+std::string inQuotes(const STLFormat& format)
+{
+    const std::string& name = format.columns[static_cast<std::size_t>(format.timeColumn)].name;
+    return name.empty() ? std::string() : " \"" + name + '"';
+}
+
 }  // namespace
 
 std::string summaryText(const STLCheck& found)
@@ -63,22 +70,29 @@ std::string summaryText(const STLCheck& found)
 std::string evidenceText(const STLFormat& format)
 {
     const auto percent = [](double share) { return fixedNumber(share * 100.0, 0) + " %"; };
-    const auto reasons = [&](const STLEvidence& evidence) {
-        return percent(evidence.lines) + " of the lines have " + counted(evidence.cells, "cell") + ", and " +
-               percent(evidence.typed) + " of these are numbers, dates or times.";
+    const auto reasons = [&](const STLEvidence& evidence, std::uint64_t namesLine) {
+        std::string words = percent(evidence.lines) + " of the lines have " +
+                            counted(evidence.cells, "cell") + ", and " + percent(evidence.typed) +
+                            " of these are numbers, dates or times.";
+        words += namesLine == 0 ? " No line gives names."
+                                : " Line " + std::to_string(namesLine) + " gives the names.";
+        if (evidence.timeColumn < 0)
+            return words + " No column tells the time.";
+        return words + " Column " + std::to_string(evidence.timeColumn + 1) +
+               " tells the time: " + percent(evidence.times) + " of the rows looked at have one, and they " +
+               (evidence.timesGoOneWay ? "go one way." : "do not go one way.");
     };
     std::string text = "Read as " +
                        std::string(format.cells.edges.empty() ? nameOfSeparator(format.cells.separator)
                                                               : "columns of fixed widths") +
                        (format.cells.decimal == ',' ? " with a decimal comma: " : " with a decimal point: ") +
-                       reasons(format.evidence);
-    text += format.namesLine == 0 ? " No line gives names."
-                                  : " Line " + std::to_string(format.namesLine) + " gives the names.";
+                       reasons(format.evidence, format.namesLine);
     if (format.otherDecimal != 0)
         text += "\nFirst row so: " + format.evidence.firstRow + "\nAnother reading comes near, " +
                 nameOfSeparator(format.otherSeparator) +
                 (format.otherDecimal == ',' ? " with a decimal comma: " : " with a decimal point: ") +
-                reasons(format.otherEvidence) + " First row then: " + format.otherEvidence.firstRow;
+                reasons(format.otherEvidence, format.otherEvidence.namesLine) +
+                " First row then: " + format.otherEvidence.firstRow;
     return text;
 }
 
@@ -106,9 +120,14 @@ std::string lossText(const STLFormat& format, const STLCheck& found)
     line(found.losses.emptyCells, "cell", "empty or marked as missing.");
     line(found.losses.notNumbers, "cell",
          "no number" + quotes([](STLProblem p) { return p == STLProblem::NotANumber; }));
+    line(found.losses.shortRows, "row",
+         "with too few cells" + quotes([](STLProblem p) { return p == STLProblem::TooFewCells; }));
+    line(found.losses.longRows, "row",
+         "with too many cells" + quotes([](STLProblem p) { return p == STLProblem::TooManyCells; }));
     line(found.losses.skippedLines, "line", "skipped" + quotes([](STLProblem p) {
                                                 return p == STLProblem::UnreadableStamp ||
                                                        p == STLProblem::FarTime ||
+                                                       p == STLProblem::NoNumber ||
                                                        p == STLProblem::LineTooLong;
                                             }));
     line(found.losses.titleLines, "repeated line", "of names left out.");
@@ -144,8 +163,24 @@ std::string assumptionText(const STLFormat& format, const STLCheck& found)
     line(format.timeSource == STLTimeSource::SerialDays,
          "Numbers are taken for days as spreadsheets count them.");
     line(format.timeSource == STLTimeSource::ElapsedSeconds && secondsAreAssumed(format),
-         "The column of times names no unit: seconds are assumed.");
+         "The column of times" + inQuotes(format) + " names no unit: seconds are assumed.");
     line(format.orderBySteps, "The order of day and month is the one that makes equal steps.");
+    line(format.timeIsHhmm,
+         "Numbers beside the dates are taken for times of the day: 930 is half past nine.");
+    line(clockIsInParts(format), "Numbers beside the dates are taken for hours.");
+    line(found.lag.ranOn,
+         "Rows lie in an hour that the local clock left out: their clock is taken for one that was not set.");
+    line(
+        !found.lag.ranOn && !found.target.onLocalClock && found.lag.least != found.lag.most,
+        "The local clock was set between these rows, which tell nothing of it: at equal steps they lie up to "
+        "an hour beside it.");
+    if (format.unmatchedLine != 0) {
+        const std::string words = counted(format.unmatchedWords, "word");
+        const std::string columns = counted(format.columns.size(), "column");
+        const bool named = format.unmatchedLine == format.namesLine;
+        line(true, "Line " + std::to_string(format.unmatchedLine) + " has " + words + " for " + columns +
+                       (named ? ": the first ones are taken for names." : ": they are taken for no names."));
+    }
     line(found.target.coarseness >= 0.5,
          "A column \"Time\" tells these times to " + lengthText(found.target.coarseness) + '.');
     return text;
@@ -208,9 +243,12 @@ std::string orderDoubt(const STLFormat& format, const STLCheck& found)
 
 std::string namesDoubt(const STLFormat& format)
 {
-    return format.namesInDoubt ? "Please check: line " + std::to_string(format.namesLine) +
-                                     ", of numbers, is taken for the names of the columns."
-                               : std::string();
+    if (!format.namesInDoubt)
+        return {};
+    return format.namesLine != 0 ? "Please check: line " + std::to_string(format.namesLine) +
+                                       ", of numbers, is taken for the names of the columns."
+                                 : "Please check: line " + std::to_string(format.firstDataLine) +
+                                       ", of rising numbers, is taken for a row, not for names.";
 }
 
 std::string importDoubt(const STLFormat& format, const STLCheck& found)
@@ -241,6 +279,8 @@ std::string problemText(STLProblem problem)
             return "no readable time: line skipped";
         case STLProblem::FarTime:
             return "136 years or more from the first row: line skipped";
+        case STLProblem::NoNumber:
+            return "no number in the line: skipped";
         case STLProblem::LineTooLong:
             return "line longer than a million bytes: skipped";
     }

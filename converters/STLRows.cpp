@@ -32,16 +32,13 @@ float textNumber(STLTexts& texts, std::string_view cell)
 }  // namespace
 
 STLRows::STLRows(const std::filesystem::path& file, const STLFormat& format, STLPass pass)
-    : m_format(format), m_pass(pass), m_reader(file, kLongestRow), m_clock(format)
+    : m_format(format), m_pass(pass), m_reader(file, kLongestRow), m_clock(format), m_titles(format)
 {
     for (std::size_t c = 0; c < format.columns.size(); ++c) {
         const STLColumn& column = format.columns[c];
         if (column.take)
             m_takenColumns.push_back(c);
         m_numbersTexts = m_numbersTexts || (column.take && column.numberTexts);
-        if (column.kind == STLKind::Number && !column.heading.empty() &&
-            !readNumber(column.heading, format.cells))
-            m_headed.push_back(c);
     }
 }
 
@@ -125,7 +122,7 @@ STLRows::Kind STLRows::readCells(const Line& line, std::string_view text, std::u
     // A separator at the end of the line is no cell too many.
     const bool tooMany = there > columns && !(there == columns + 1 && cells.back().empty());
     cells.resize(std::max(there, columns));
-    if (isTitle(cells))
+    if (m_titles.has(text, cells))
         return Kind::Title;
     if (there < columns || tooMany)
         found.troubles.push_back(
@@ -140,14 +137,6 @@ bool STLRows::holdsData(std::string_view line) const
     if (!line.empty() && isDigit(line.front()))
         return true;
     return line.find_first_not_of(" \t\r") != std::string_view::npos && !isRemark(line, m_format);
-}
-
-// Whether the names of the columns stand there again, as above each block of some tools' output.
-bool STLRows::isTitle(std::span<const std::string_view> cells) const
-{
-    return !m_headed.empty() && std::all_of(m_headed.begin(), m_headed.end(), [&](std::size_t c) {
-        return cells[c] == m_format.columns[c].heading;
-    });
 }
 
 std::span<const std::string_view> STLRows::cellsOf(const Piece& piece, const Line& line) const
@@ -210,8 +199,16 @@ bool STLRows::takeValues(Piece& piece, std::size_t index)
                           piece.troubles.begin() + static_cast<std::ptrdiff_t>(line.cellTroubles),
                           piece.troubles.begin() + static_cast<std::ptrdiff_t>(line.valueTroubles));
     if (m_format.timeSource == STLTimeSource::Typed && !m_troubles.empty() &&
-        found.losses.missingCells() == m_values.size())
+        found.losses.missingCells() == m_values.size()) {
+        const std::size_t begin = index == 0 ? 0 : piece.lines[index - 1].end;
+        m_troubles.assign(1, trouble(m_lineNumber, STLProblem::NoNumber, -1,
+                                     std::string_view(piece.text).substr(begin, line.end - begin)));
         return false;
+    }
+    for (const STLTrouble& trouble : m_troubles) {
+        m_losses.shortRows += trouble.problem == STLProblem::TooFewCells ? 1 : 0;
+        m_losses.longRows += trouble.problem == STLProblem::TooManyCells ? 1 : 0;
+    }
     m_losses.emptyCells += found.losses.emptyCells;
     m_losses.notNumbers += found.losses.notNumbers;
     return true;

@@ -9,6 +9,7 @@
 
 #include "converters/STLClock.h"
 #include "converters/STLFormat.h"
+#include "converters/STLTitles.h"
 #include "core/LineReader.h"
 #include "core/Progress.h"
 
@@ -17,7 +18,15 @@ namespace veltrac {
 // The first pass only asks whether cells are numbers, the second one wants the numbers, and perhaps no times.
 enum class STLPass { Check, Write, WriteValues };
 
-enum class STLProblem { NotANumber, TooFewCells, TooManyCells, UnreadableStamp, FarTime, LineTooLong };
+enum class STLProblem {
+    NotANumber,
+    TooFewCells,
+    TooManyCells,
+    UnreadableStamp,
+    FarTime,
+    NoNumber,
+    LineTooLong
+};
 
 struct STLTrouble
 {
@@ -31,7 +40,9 @@ struct STLTrouble
 struct STLLosses
 {
     std::uint64_t skippedLines = 0;  // that are no row although data stand there
-    std::uint64_t titleLines = 0;    // names lines that stand between the rows once more
+    std::uint64_t titleLines = 0;    // names lines and titles that stand between the rows once more
+    std::uint64_t shortRows = 0;     // with too few cells
+    std::uint64_t longRows = 0;      // and with too many
     std::uint64_t emptyCells = 0;    // of rows: empty ones, and markers of missing values
     std::uint64_t notNumbers = 0;    // of rows: cells with anything else
 
@@ -107,7 +118,6 @@ private:
     Kind readCells(const Line& line, std::string_view text, std::uint64_t number,
                    std::vector<std::string_view>& cells, Found& found) const;
     bool holdsData(std::string_view line) const;
-    bool isTitle(std::span<const std::string_view> cells) const;
     // Gives the next line of a piece to the clock, and where it is a row, its values.
     void show(Piece& piece, std::size_t line);
     bool readTime(std::span<const std::string_view> cells);
@@ -124,10 +134,10 @@ private:
     STLPass m_pass;
     LineReader m_reader;
     STLClock m_clock;
+    STLTitles m_titles;
     std::uint64_t m_taken = 0;  // lines
     std::vector<std::size_t> m_takenColumns;
-    std::vector<std::size_t> m_headed;  // columns of numbers with a heading
-    bool m_numbersTexts = false;        // so values are read in the order of the rows
+    bool m_numbersTexts = false;  // so values are read in the order of the rows
     std::uint64_t m_lineNumber = 0;
     std::span<const float> m_values;
     std::vector<STLTrouble> m_troubles;

@@ -145,11 +145,6 @@ STLSample readSample(const std::filesystem::path& file)
     return sample;
 }
 
-bool isEmptyLine(std::string_view line)
-{
-    return line.find_first_not_of(" \t\r") == std::string_view::npos;
-}
-
 std::vector<STLRow> rowsOf(const std::vector<STLLine>& lines, const STLFormat& format, std::size_t count)
 {
     std::vector<STLRow> rows;

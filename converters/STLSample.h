@@ -31,8 +31,6 @@ struct STLRow
 // Throws STLError where the file holds no text, std::system_error where it cannot be read.
 STLSample readSample(const std::filesystem::path& file);
 
-bool isEmptyLine(std::string_view line);
-
 // The lines that have this many cells and are neither empty nor remarks.
 std::vector<STLRow> rowsOf(const std::vector<STLLine>& lines, const STLFormat& format, std::size_t count);
 

@@ -60,38 +60,36 @@ bool namesTime(const std::string& name)
            lower.starts_with("epoch") || lower.starts_with("timestamp");
 }
 
-// Whether a column of numbers goes one way: 1 it rises, -1 it falls, 0 it does neither.
-int courseOf(const std::vector<STLRow>& rows, std::size_t column)
+// Each of the three places that are looked at may begin before the end of the one before.
+constexpr std::size_t kPlaceRows = 200;
+constexpr std::size_t kMostBreaks = 2;
+
+// How a column of numbers goes from row to row.
+struct Course
 {
-    // The three places that were looked at may overlap; within a place the column has to keep its way.
     std::size_t risen = 0;
     std::size_t fallen = 0;
     std::size_t pairs = 0;
+
+    std::size_t breaks() const { return pairs >= kPlaceRows ? kMostBreaks : 0; }
+    bool neverFalls() const { return risen > 0 && fallen <= breaks(); }
+    bool alwaysRises() const { return pairs > 0 && pairs - risen <= breaks(); }
+    bool alwaysFalls() const { return pairs > 0 && pairs - fallen <= breaks(); }
+};
+
+Course courseOf(const std::vector<STLRow>& rows, std::size_t column)
+{
+    Course course;
     for (std::size_t i = 1; i < rows.size(); ++i) {
         const STLToken& before = rows[i - 1].cells[column];
         const STLToken& now = rows[i].cells[column];
         if (before.kind != STLKind::Number || now.kind != STLKind::Number)
             continue;
-        ++pairs;
-        risen += now.value > before.value ? 1 : 0;
-        fallen += now.value < before.value ? 1 : 0;
+        ++course.pairs;
+        course.risen += now.value > before.value ? 1 : 0;
+        course.fallen += now.value < before.value ? 1 : 0;
     }
-    if (pairs > 0 && pairs - risen <= 2 && risen >= fallen)
-        return 1;
-    return pairs > 0 && pairs - fallen <= 2 ? -1 : 0;
-}
-
-bool neverFalls(const std::vector<STLRow>& rows, std::size_t column)
-{
-    bool risen = false;
-    for (std::size_t i = 1; i < rows.size(); ++i) {
-        const STLToken& before = rows[i - 1].cells[column];
-        const STLToken& now = rows[i].cells[column];
-        if (before.kind != STLKind::Number || now.kind != STLKind::Number || now.value < before.value)
-            return false;
-        risen = risen || now.value > before.value;
-    }
-    return risen;
+    return course;
 }
 
 // "Time (UTC)"; what stands behind a sign there is another zone.
@@ -140,6 +138,19 @@ bool areWhole(const std::vector<STLRow>& data, std::size_t column, double least,
     });
 }
 
+// Whether a column counts hours: it says so, or it begins again below 25.
+bool countsHours(const STLColumn& column, const std::vector<STLRow>& data, std::size_t c)
+{
+    const std::string name = lowered(column.name);
+    const bool hours = (name.starts_with("hour") || name.starts_with("hr") || name.starts_with("stunde") ||
+                        name == "h" || name == "hh") &&
+                       !name.ends_with("mm") && !name.ends_with("mn");
+    if (!areWhole(data, c, 0, 24) || (!hours && !namesClock(column.name)))
+        return false;
+    const Course course = courseOf(data, c);
+    return hours || (course.fallen > course.breaks() && course.risen > course.fallen);
+}
+
 // A column of times of the day that are numbers, 5 past midnight being 5 and noon 1200; -1 where there is
 // none.
 int hhmmColumn(const STLFormat& format, const std::vector<STLRow>& data)
@@ -177,6 +188,47 @@ bool isMonthName(const STLToken& cell)
     return cell.kind == STLKind::Text && monthOfName(cell.text) != 0;
 }
 
+bool areMonthNames(const std::vector<STLRow>& data, std::size_t column)
+{
+    return !data.empty() && std::all_of(data.begin(), data.end(), [column](const STLRow& row) {
+        return isMonthName(row.cells[column]);
+    });
+}
+
+// The first column that is called so, within the part's bounds; -1 where there is none.
+int partColumn(const STLFormat& format, const std::vector<STLRow>& data, STLDatePart part)
+{
+    const DatePartNames& wanted = kDateParts[static_cast<std::size_t>(part)];
+    for (std::size_t c = 0; c < format.columns.size(); ++c) {
+        const std::string name = ' ' + lowered(format.columns[c].name) + ' ';
+        if (name.size() > 2 && wanted.names.find(name) != std::string_view::npos &&
+            (areWhole(data, c, wanted.least, wanted.most) ||
+             (part == STLDatePart::Month && areMonthNames(data, c))))
+            return static_cast<int>(c);
+    }
+    return -1;
+}
+
+// The times of the day beside dates, as numbers: hours, perhaps with minutes and seconds in columns of their
+// own, or both in one number. The column, or -1.
+int findNumericClock(STLFormat& format, const std::vector<STLRow>& data)
+{
+    const auto put = [&](STLDatePart part, int column) {
+        return format.partColumns[static_cast<std::size_t>(part)] = column;
+    };
+    for (std::size_t c = 0; c < format.columns.size(); ++c) {
+        if (!countsHours(format.columns[c], data, c))
+            continue;
+        put(STLDatePart::Hour, static_cast<int>(c));
+        if (put(STLDatePart::Minute, partColumn(format, data, STLDatePart::Minute)) >= 0)
+            put(STLDatePart::Second, partColumn(format, data, STLDatePart::Second));
+        return static_cast<int>(c);
+    }
+    const int column = hhmmColumn(format, data);
+    format.timeIsHhmm = column >= 0;
+    return column;
+}
+
 // The moment of a row by its parts as far as days; only good for telling whether rows rise.
 double dayOfParts(const STLRow& row, const std::array<int, kSTLDateParts>& parts)
 {
@@ -191,22 +243,28 @@ double dayOfParts(const STLRow& row, const std::array<int, kSTLDateParts>& parts
     return sum;
 }
 
+// "Jan 2010" in cells of their own, which no name has to tell.
+void findUnnamedMonths(const STLFormat& format, const std::vector<STLRow>& data,
+                       std::array<int, kSTLDateParts>& parts)
+{
+    int& year = parts[static_cast<std::size_t>(STLDatePart::Year)];
+    int& month = parts[static_cast<std::size_t>(STLDatePart::Month)];
+    for (std::size_t c = 0; c + 1 < format.columns.size() && year < 0 && month < 0; ++c)
+        for (const auto& [y, m] : {std::pair(c, c + 1), std::pair(c + 1, c)})
+            if (areMonthNames(data, m) && areWhole(data, y, kFirstDecimalYear, kLastDecimalYear)) {
+                year = static_cast<int>(y);
+                month = static_cast<int>(m);
+            }
+}
+
 // Columns of the year, the month, the day and so on, each called so, whose rows rise.
 void findDateParts(STLFormat& format, const std::vector<STLRow>& data)
 {
     std::array<int, kSTLDateParts> parts;
     parts.fill(-1);
-    for (std::size_t c = 0; c < format.columns.size(); ++c) {
-        const std::string name = ' ' + lowered(format.columns[c].name) + ' ';
-        for (std::size_t i = 0; i < parts.size(); ++i) {
-            const bool months = i == static_cast<std::size_t>(STLDatePart::Month) && !data.empty() &&
-                                std::all_of(data.begin(), data.end(),
-                                            [c](const STLRow& row) { return isMonthName(row.cells[c]); });
-            if (parts[i] < 0 && name.size() > 2 && kDateParts[i].names.find(name) != std::string_view::npos &&
-                (months || areWhole(data, c, kDateParts[i].least, kDateParts[i].most)))
-                parts[i] = static_cast<int>(c);
-        }
-    }
+    for (std::size_t i = 0; i < parts.size(); ++i)
+        parts[i] = partColumn(format, data, static_cast<STLDatePart>(i));
+    findUnnamedMonths(format, data, parts);
     const auto has = [&](STLDatePart part) { return parts[static_cast<std::size_t>(part)] >= 0; };
     const auto drop = [&](STLDatePart part) { parts[static_cast<std::size_t>(part)] = -1; };
     // A part says something only below the one that it is a part of.
@@ -224,13 +282,24 @@ void findDateParts(STLFormat& format, const std::vector<STLRow>& data)
         drop(STLDatePart::Second);
     if (!has(STLDatePart::Year) || std::count(parts.begin(), parts.end(), -1) == kSTLDateParts - 1)
         return;
-    for (std::size_t i = 1; i < data.size(); ++i)
-        // The places that were looked at follow each other.
-        if (!(dayOfParts(data[i], parts) > dayOfParts(data[i - 1], parts)))
-            return;
+    Course course;
+    for (std::size_t i = 1; i < data.size(); ++i) {
+        const double step = dayOfParts(data[i], parts) - dayOfParts(data[i - 1], parts);
+        ++course.pairs;
+        course.risen += step > 0.0 ? 1 : 0;
+        course.fallen += step < 0.0 ? 1 : 0;
+    }
+    if (!course.alwaysRises() && !course.alwaysFalls())
+        return;
     format.timeSource = STLTimeSource::DateParts;
     format.partColumns = parts;
     format.timeColumn = parts[static_cast<std::size_t>(STLDatePart::Year)];
+}
+
+bool saysDate(const std::string& name)
+{
+    return (name.find("date") != std::string::npos && name.find("update") == std::string::npos) ||
+           name.find("datum") != std::string::npos;
 }
 
 // Whether a column of numbers can be years with decimals, by its name and by its numbers.
@@ -238,8 +307,8 @@ bool areYears(const STLColumn& column, const std::vector<STLRow>& data, std::siz
 {
     const std::string name = lowered(column.name);
     const bool years = name.find("year") != std::string::npos || name == "yr" || name == "jahr";
-    const bool times = name == "time" || name == "date";
-    if ((!years && !times) || !column.unit.empty() || courseOf(data, c) <= 0)
+    const bool times = name == "time" || saysDate(name);
+    if ((!years && !times) || !column.unit.empty() || !courseOf(data, c).alwaysRises())
         return false;
     const auto inRange = [c](const STLRow& row) {
         const STLToken& cell = row.cells[c];
@@ -266,9 +335,8 @@ bool areMonths(const std::vector<STLRow>& data, std::size_t c)
 bool areSerialDays(const STLColumn& column, const std::vector<STLRow>& data, std::size_t c)
 {
     const std::string name = lowered(column.name);
-    const bool dated = name.find("date") != std::string::npos || name.find("datum") != std::string::npos ||
-                       name.find("serial") != std::string::npos;
-    return dated && name.find("update") == std::string::npos && courseOf(data, c) > 0 &&
+    const bool dated = saysDate(name) || name.find("serial") != std::string::npos;
+    return dated && courseOf(data, c).alwaysRises() &&
            std::all_of(data.begin(), data.end(), [c](const STLRow& row) {
                return row.cells[c].kind == STLKind::Number && row.cells[c].value > 20000.0 &&
                       row.cells[c].value < 80000.0;
@@ -293,12 +361,20 @@ bool findNumericDate(STLFormat& format, const std::vector<STLRow>& data)
     return false;
 }
 
+// Whether a column that is called so counts seconds: a row or two may stand still, one may run back.
+bool goesOnAsTime(const STLColumn& column, const Course& course)
+{
+    const std::size_t mostFalls = std::max<std::size_t>(course.breaks(), column.prefix.empty() ? 1 : 0);
+    return namesTime(column.name) && course.risen >= course.fallen && course.risen > 0 &&
+           course.fallen <= mostFalls && course.pairs - course.risen <= kMostBreaks;
+}
+
 void findNumericTime(STLFormat& format, const std::vector<STLRow>& data)
 {
     for (std::size_t c = 0; c < format.columns.size(); ++c) {
         if (format.columns[c].kind != STLKind::Number || data.empty())
             continue;
-        const int course = courseOf(data, c);
+        const Course course = courseOf(data, c);
         const double first = data.front().cells[c].value;
         constexpr double kYear1990 = 631152000.0;
         constexpr double kYear2100 = 4102444800.0;
@@ -315,10 +391,10 @@ void findNumericTime(STLFormat& format, const std::vector<STLRow>& data)
             return first > kYear1990 * u.perSecond && first < kYear2100 * u.perSecond;
         });
         // Several rows may bear the same second.
-        const bool goes = course != 0 || neverFalls(data, c);
-        if (found != kUnix.end() && goes && (c == 0 || namesTime(format.columns[c].name)))
+        if (found != kUnix.end() && (course.neverFalls() || course.alwaysFalls()) &&
+            (c == 0 || namesTime(format.columns[c].name)))
             format.timeSource = found->source;
-        else if (course > 0 && namesTime(format.columns[c].name))
+        else if (goesOnAsTime(format.columns[c], course))
             format.timeSource = STLTimeSource::ElapsedSeconds;
         else
             continue;
@@ -353,6 +429,15 @@ void startAtMidnight(STLFormat& format, const std::vector<STLRow>& data)
         format.typedStart -= ofDay;
 }
 
+// Whether a column of times tells the same one in each row: how long something has run, no clock.
+bool standsStill(const std::vector<STLRow>& data, std::size_t column)
+{
+    constexpr std::size_t kFewRows = 3;
+    return data.size() >= kFewRows && std::all_of(data.begin(), data.end(), [&](const STLRow& row) {
+               return row.cells[column].text == data.front().cells[column].text;
+           });
+}
+
 // Times that are written with points ("09.58.30") look like dates; beside a date they are none.
 void findDottedTimes(STLFormat& format, const std::vector<STLRow>& data)
 {
@@ -385,7 +470,8 @@ void findCompactDates(STLFormat& format, const std::vector<STLRow>& data)
             continue;
         const bool days = data.front().cells[c].text.size() == 8;
         const int time = days ? compactTimeColumn(format, data) : -1;
-        if (time < 0 && courseOf(data, c) == 0)
+        const Course course = courseOf(data, c);
+        if (time < 0 && !course.neverFalls() && !course.alwaysFalls())
             continue;
         format.columns[c].kind = days ? STLKind::Date : STLKind::Stamp;
         if (time >= 0)
@@ -405,10 +491,10 @@ void guessTime(STLFormat& format, const std::vector<STLRow>& data)
     const int stamp = firstOf(STLKind::Stamp);
     const int date = firstOf(STLKind::Date);
     int time = firstOf(STLKind::Time);
-    if (stamp < 0 && date >= 0 && time < 0) {
-        time = hhmmColumn(format, data);
-        format.timeIsHhmm = time >= 0;
-    }
+    if (time > 0 && date < 0 && standsStill(data, static_cast<std::size_t>(time)))
+        time = -1;
+    if (stamp < 0 && date >= 0 && time < 0)
+        time = findNumericClock(format, data);
     if (stamp >= 0) {
         format.timeSource = STLTimeSource::Stamp;
         format.timeColumn = stamp;

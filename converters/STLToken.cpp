@@ -60,19 +60,46 @@ const char* closingQuote(const char* from, const char* end, char separator)
     return nullptr;
 }
 
-// A stamp of several words that begins a text: "[2026-11-22 01:45:40]", "Sun Nov 22 01:40:30 UTC 2026". 0
-// where there is none.
+// Whether a text can begin with a stamp of several words: with a bracket, a word, or a day before a month's
+// name.
+bool mayBeStamp(std::string_view text)
+{
+    constexpr std::size_t kShortest = 12;
+    if (text.size() < kShortest)
+        return false;
+    if (isDigit(text.front())) {
+        std::size_t at = isDigit(text[1]) ? 2 : 1;
+        at += text[at] == '.' ? 1 : 0;
+        if (text[at++] != ' ' || text[at] < 'A')
+            return false;
+    } else if (text.front() < 'A') {
+        return false;
+    }
+    return text.substr(0, kLongestDate).find(':') != std::string_view::npos;
+}
+
+// A stamp of several words that begins a text: "[2026-11-22 01:45:40]", "Sun Nov 22 01:40:30 UTC 2026", "22
+// Nov 2026 01:40:30 AM". 0 where there is none.
 std::size_t stampOfWords(std::string_view text)
 {
-    constexpr std::size_t kShortest = 16;
-    if (text.size() < kShortest || (text.front() != '[' && text[3] != ' '))
-        return 0;
     if (text.front() == '[') {
         const std::size_t length = std::min(text.find(']'), text.size() - 1) + 1;
         return length <= kLongestDate && readStamp(text.substr(0, length)) ? length : 0;
     }
     std::string_view rest = text;
-    return takeCTime(rest) ? text.size() - rest.size() : 0;
+    if (!takeCTime(rest) && !takeWordedStamp(rest))
+        return 0;
+    const bool ends = rest.empty() || isBlank(rest.front()) || rest.front() == ',' || rest.front() == ':';
+    return ends ? text.size() - rest.size() : 0;
+}
+
+// "[1700000160.123456]" without its brackets: seconds since 1970, unlike a number that only counts.
+std::string_view withoutBrackets(std::string_view word)
+{
+    constexpr std::size_t kShortest = 12;
+    const bool framed = word.size() >= kShortest && word.front() == '[' && word.back() == ']';
+    const std::string_view inside = framed ? word.substr(1, word.size() - 2) : word;
+    return inside.find_first_not_of("0123456789.") == std::string_view::npos ? inside : word;
 }
 
 // A number in a sentence: the comma or colon behind it is none of it.
@@ -90,7 +117,7 @@ void splitAtBlanks(std::string_view line, std::vector<std::string_view>& out)
             ++i;
         if (i == line.size())
             return;
-        if (line[i] >= 'A') {
+        if (mayBeStamp(line.substr(i))) {
             if (const std::size_t length = stampOfWords(line.substr(i)); length != 0) {
                 out.push_back(line.substr(i, length));
                 i += length;
@@ -103,7 +130,7 @@ void splitAtBlanks(std::string_view line, std::vector<std::string_view>& out)
         const std::size_t end = quoted ? static_cast<std::size_t>(quote - line.data())
                                        : std::min(line.find_first_of(" \t", i), line.size());
         const std::string_view cell =
-            quoted ? line.substr(i + 1, end - i - 1) : withoutComma(line.substr(i, end - i));
+            quoted ? line.substr(i + 1, end - i - 1) : withoutBrackets(withoutComma(line.substr(i, end - i)));
         if (!out.empty() && isHalfOfDay(cell, out.back()))
             out.back() = {out.back().data(), static_cast<std::size_t>(cell.data() + 2 - out.back().data())};
         else

@@ -19,6 +19,7 @@
 #include "converters/STLTextFields.h"
 #include "converters/STLTimeFields.h"
 #include "core/TsNames.h"
+#include "share/JobProgress.h"
 #include "share/Resources.h"
 
 using namespace veltrac;
@@ -114,6 +115,9 @@ void STLWin::open(const QString& file)
                      qText(sizeText(static_cast<std::uint64_t>(info.size()))));
     m_result->showTarget(info.completeBaseName() + QStringLiteral(".ts"));
     m_panel->attempt([&] {
+        JobProgress progress(this, QStringLiteral("Unpacking %1 …").arg(info.fileName()));
+        if (m_log->unpack(progress.callback()) == JobOutcome::Cancelled)
+            throw STLError("The file was not unpacked.");
         m_lines->load(m_log->text().path());
         m_log->detect();
     });

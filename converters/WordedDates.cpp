@@ -180,11 +180,14 @@ std::optional<Stamp> takeCTime(std::string_view& text)
 {
     std::string_view rest = text;
     skipWeekday(rest);
+    auto day = takeDigits(rest);  // "So 22. Nov 01:40:30 CET 2026"
+    skip(rest, ". ");
     const int month = monthOf(takeWord(rest));
     skip(rest, " ");
-    const auto day = month == 0 ? std::nullopt : takeDigits(rest);
+    if (!day && month != 0)
+        day = takeDigits(rest);
     skip(rest, " ");
-    const auto time = day ? takeTime(rest) : std::nullopt;
+    const auto time = day && month != 0 ? takeTime(rest) : std::nullopt;
     if (!time)
         return std::nullopt;
     const auto zone = takeZone(rest);
@@ -194,6 +197,19 @@ std::optional<Stamp> takeCTime(std::string_view& text)
         return std::nullopt;
     text = rest;
     return Stamp{datedBy(year->value, month, day->value), time, zone};
+}
+
+std::optional<Stamp> takeWordedStamp(std::string_view& text)
+{
+    std::string_view rest = text;
+    const auto date = takeWordedDate(rest);
+    skip(rest, ", ");
+    const auto time = date ? takeTime(rest) : std::nullopt;
+    if (!time)
+        return std::nullopt;
+    const auto zone = takeZone(rest);
+    text = rest;
+    return Stamp{*date, time, zone};
 }
 
 int monthOfName(std::string_view name)

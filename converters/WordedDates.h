@@ -17,6 +17,9 @@ std::optional<DateParts> takeWordedDate(std::string_view& text);
 // takeWordedDate().
 std::optional<Stamp> takeCTime(std::string_view& text);
 
+// A worded date and a time behind it, perhaps with a zone: "22 Nov 2026 01:40:30 AM UTC", read likewise.
+std::optional<Stamp> takeWordedStamp(std::string_view& text);
+
 // The whole text as the beginning of a month, a quarter or a week: "2010-01", "01/2010", "Jan 2010", "2010
 // Q1", "2010-W05", "2010-W05-3".
 std::optional<DateParts> readPartOfYear(std::string_view text);

@@ -112,14 +112,14 @@ void VeltracWin::createTable()
 
 int VeltracWin::nOOfTsFiles()
 {
-    m_files = scanTsFiles(shownTsFiles(m_foreignNames), [this](const std::string& bytes) {
+    m_files.shown = scanTsFiles(shownTsFiles(m_files.foreignNames), [this](const std::string& bytes) {
         const QString name = QFile::decodeName(bytes.c_str());
         // It may be a sub-window's work that has the directory read again: that window stays in front.
         showBox(
             QMessageBox::Warning, m_errorBox.inFront(this), QStringLiteral("Veltrac error, nOOfTsFiles()"),
             QStringLiteral("Found a corrupt ts-file: ") + name + QStringLiteral(".\nThe file is ignored"));
     });
-    return static_cast<int>(m_files.size());
+    return static_cast<int>(m_files.shown.size());
 }
 
 void VeltracWin::sl_refresh()
@@ -144,16 +144,16 @@ void VeltracWin::showNews()
     int foreign = 0;
     std::vector<std::string> names = shownTsFiles(foreign);
     std::erase_if(names, [](const std::string& name) { return isScratchFile(name); });
-    const bool hasNews = m_list.look(names, [this](const std::string& bytes) {
+    const bool hasNews = m_files.seen.look(names, [this](const std::string& bytes) {
         showInStatusBar(
             QStringLiteral("Not listed: %1 is a corrupt ts-file.").arg(QFile::decodeName(bytes.c_str())));
     });
     // What was listed of a window's own files goes, too.
-    if (!hasNews && m_files.size() == m_list.records().size())
+    if (!hasNews && m_files.shown.size() == m_files.seen.records().size())
         return;
-    m_files = m_list.records();
-    m_foreignNames = foreign;
-    m_table->update(m_files, m_sorted);
+    m_files.shown = m_files.seen.records();
+    m_files.foreignNames = foreign;
+    m_table->update(m_files.shown, m_sorted);
     m_selected = m_table->selectedFile();
     listInMenus();
     showCount();
@@ -161,7 +161,7 @@ void VeltracWin::showNews()
 
 void VeltracWin::reportForeignNames()
 {
-    const int count = m_foreignNames;
+    const int count = m_files.foreignNames;
     if (count == 0)
         return;
     const QString text =
@@ -176,7 +176,7 @@ void VeltracWin::reportForeignNames()
 
 void VeltracWin::showFiles()
 {
-    m_table->fill(m_files, m_sorted);
+    m_table->fill(m_files.shown, m_sorted);
     m_selected = m_table->selectedFile();
     listInMenus();
     showCount();
@@ -186,18 +186,18 @@ void VeltracWin::showFiles()
 void VeltracWin::listInMenus()
 {
     std::vector<QString> names;
-    names.reserve(m_files.size());
-    for (const TsFileRecord& file : m_files)
+    names.reserve(m_files.shown.size());
+    for (const TsFileRecord& file : m_files.shown)
         names.push_back(QFile::decodeName(file.name.c_str()));
     m_actions->setFiles(std::move(names));
 }
 
 void VeltracWin::showCount()
 {
-    m_emptyHint->setVisible(m_files.empty());
+    m_emptyHint->setVisible(m_files.shown.empty());
     const QString path = QDir::currentPath();
     m_status->setText(QStringLiteral("Current working directory: %1 with %2 off ts-files.")
-                          .arg(path, QString::number(m_files.size())));
+                          .arg(path, QString::number(m_files.shown.size())));
     m_status->setToolTip(path.toHtmlEscaped());
     m_status->show();
 }

@@ -133,10 +133,15 @@ private:
     QLabel* m_status = nullptr;
     QWidget* m_emptyHint = nullptr;  // stands in the empty table
 
-    std::vector<veltrac::TsFileRecord> m_files;
+    // The working directory's ts-files.
+    struct Listing
+    {
+        std::vector<veltrac::TsFileRecord> shown;
+        int foreignNames = 0;      // files that cannot be listed
+        veltrac::TsFileList seen;  // what the watch has seen
+    };
+    Listing m_files;
     veltrac::DirectoryWatch m_watch;
-    veltrac::TsFileList m_list;  // what the watch has seen
-    int m_foreignNames = 0;      // files that cannot be listed
     QString m_selected;
     bool m_sorted = false;
     bool m_refreshing = false;

@@ -1,0 +1,132 @@
+#include "converters/STLReading.h"
+
+#include <algorithm>
+#include <map>
+
+#include "converters/STLFixedWidth.h"
+
+namespace veltrac {
+
+namespace {
+
+constexpr double kSingleDateFactor = 0.3;
+constexpr char kSeparators[] = {'\t', ';', '|', ',', ' '};
+constexpr char kGroupings[] = {0, '.', ',', ' ', '\''};
+
+bool startsWithRemark(std::string_view line, char separator)
+{
+    const std::size_t at = line.find_first_not_of(" \t");
+    const std::string_view text = at == std::string_view::npos ? std::string_view() : line.substr(at);
+    return text.starts_with('#') || text.starts_with('%') || text.starts_with("//") ||
+           (separator != ';' && text.starts_with(';'));
+}
+
+double worth(STLKind kind)
+{
+    return kind == STLKind::Text ? 0.0 : kind == STLKind::Missing ? 0.5 : 1.0;
+}
+
+STLReading scored(const STLSample& sample, char separator, char decimal, char grouping = 0)
+{
+    STLCells cells;
+    cells.separator = separator;
+    cells.decimal = decimal;
+    cells.grouping = grouping;
+    struct Lines
+    {
+        std::size_t count = 0;
+        double worth = 0.0;
+        std::size_t endInSeparator = 0;
+        std::size_t endInNumber = 0;
+        std::size_t dates = 0;
+    };
+    std::map<std::size_t, Lines> byCount;
+    std::vector<std::string_view> line;
+    std::size_t looked = 0;
+    for (const STLLine& text : sample.lines) {
+        if (startsWithRemark(text.text, separator) || isRule(text.text))
+            continue;
+        ++looked;
+        // A separator at the end of a line makes no cell of its own.
+        const bool endsInSeparator = splitCells(text.text, separator, line) > 1 && line.back().empty();
+        if (endsInSeparator)
+            line.pop_back();
+        Lines& lines = byCount[line.size()];
+        ++lines.count;
+        lines.endInSeparator += endsInSeparator ? 1 : 0;
+        lines.endInNumber += !line.empty() && readToken(line.back(), cells).kind == STLKind::Number ? 1 : 0;
+        for (const std::string_view cell : line) {
+            const STLKind kind = readToken(cell, cells).kind;
+            const bool number = kind == STLKind::Text &&
+                                (!unitBehind(cell, cells).empty() || !keyBefore(cell, cells).empty());
+            lines.worth += worth(number ? STLKind::Number : kind);
+            lines.dates += kind == STLKind::Date || kind == STLKind::Stamp ? 1 : 0;
+        }
+    }
+    STLReading reading{separator, decimal, grouping};
+    for (const auto& [count, lines] : byCount) {
+        if (count == 0)
+            continue;
+        const double typed = lines.worth / static_cast<double>(lines.count * count);
+        const double share = static_cast<double>(lines.count) / static_cast<double>(looked);
+        // Dates alone are no values: their parts may be cells.
+        const double single = lines.dates * 2 > lines.count ? kSingleDateFactor : kSingleCellFactor;
+        const double score = share * typed * (count == 1 ? single : 1.0);
+        if (score > reading.score)
+            reading = {separator, decimal, grouping, count, score, share, typed};
+    }
+    // Unless it is the cell of a last column that is mostly empty.
+    const auto longer = byCount.find(reading.cells + 1);
+    if (longer != byCount.end() && longer->second.endInNumber > 1 &&
+        byCount[reading.cells].endInSeparator == byCount[reading.cells].count)
+        ++reading.cells;
+    return reading;
+}
+
+// A table of blanks in which lines lack cells, as one of fixed widths, where that explains more lines.
+STLReading inFixedWidths(const STLSample& sample, STLReading reading)
+{
+    if (reading.separator != ' ' || reading.lines == 1.0)
+        return reading;
+    std::vector<std::size_t> edges = fixedEdges(sample, reading.decimal);
+    if (edges.size() < reading.cells)
+        return reading;
+    reading.cells = edges.size();
+    reading.edges = std::move(edges);
+    return reading;
+}
+
+}  // namespace
+
+STLReading scoredReading(const STLSample& sample, char separator, char decimal)
+{
+    return inFixedWidths(sample, scored(sample, separator, decimal));
+}
+
+std::vector<STLReading> allReadings(const STLSample& sample)
+{
+    // Only a cell in quotes can hold its separator, as its decimal sign or between thousands.
+    const bool quoted = std::any_of(sample.lines.begin(), sample.lines.end(), [](const STLLine& line) {
+        return line.text.find('"') != std::string::npos;
+    });
+    std::vector<STLReading> readings;
+    for (const char grouping : kGroupings)
+        for (const char separator : kSeparators)
+            for (const char decimal : {'.', ','})
+                if (grouping != decimal && (quoted || (separator != decimal && grouping != separator)))
+                    readings.push_back(scored(sample, separator, decimal, grouping));
+    // The earlier one wins a tie, so digits are grouped only where that explains more.
+    std::stable_sort(readings.begin(), readings.end(),
+                     [](const STLReading& a, const STLReading& b) { return a.score > b.score; });
+    readings.front() = inFixedWidths(sample, std::move(readings.front()));
+    return readings;
+}
+
+bool isProse(const STLReading& reading)
+{
+    constexpr double kFewLines = 0.8;
+    constexpr double kFewCells = 0.3;
+    return reading.score <= 0.0 || (reading.lines < kFewLines && reading.typed < kFewCells);
+}
+
+}  // namespace veltrac

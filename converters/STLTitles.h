@@ -1,0 +1,29 @@
+// Lines that stand again between the rows of a log: the names of its columns, and a title above them.
+#pragma once
+
+#include <span>
+#include <string_view>
+#include <vector>
+
+#include "converters/STLFormat.h"
+
+namespace veltrac {
+
+class STLTitles
+{
+public:
+    // Borrows the format.
+    explicit STLTitles(const STLFormat& format);
+
+    // Whether a line is one of them; `cells` are at least as many as the columns.
+    bool has(std::string_view line, std::span<const std::string_view> cells) const;
+
+private:
+    const STLFormat& m_format;
+    std::vector<std::size_t> m_headed;  // columns of numbers with a heading
+};
+
+// Whether two lines differ in nothing but their digits, and hold letters.
+bool areAlikeButDigits(std::string_view a, std::string_view b);
+
+}  // namespace veltrac

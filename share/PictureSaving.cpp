@@ -215,8 +215,7 @@ QString writePlotPicture(const QString& fileName, const PictureRequest& request,
 {
     switch (request.format) {
         case PictureRequest::Format::Svg:
-            return writePlotEps(fileName, parameters, picture.plot(), picture.colors(), false,
-                                request.hasCursors);
+            return writePlotEps(fileName, parameters, picture.plot(), picture.colors(), request.hasCursors);
         case PictureRequest::Format::Pdf:
             return writePlotPdf(
                 fileName,

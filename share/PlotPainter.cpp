@@ -746,15 +746,30 @@ private:
                 m_driver.DrawMarker(curve.markers[p], curve.markers[p + 1], v.marker, m_look.markerSize);
     }
 
+    // Over the dark colours of a picture a line has a light seam.
+    void drawCursorLine(const Group& g, float x1, float y1, float x2, float y2, int style)
+    {
+        constexpr float kSeam = 3.0F;
+        for (const bool isSeam : {true, false}) {
+            if (isSeam && !g.image)
+                continue;
+            plainPen();
+            if (isSeam)
+                m_driver.SetColor(1.0F, 1.0F, 1.0F);
+            else
+                m_driver.SetLineStyle(style);
+            m_driver.SetLineWidth((isSeam ? kSeam : 1.0F) * kCursorWidthMm * m_look.widthFactor);
+            m_driver.MoveTo(x1, y1);
+            m_driver.LineTo(x2, y2);
+            m_driver.Flush();
+        }
+    }
+
     void drawCursors(const Group& g)
     {
-        plainPen();
-        m_driver.SetLineWidth(kCursorWidthMm * m_look.widthFactor);
         if (g.level) {
             const auto y = static_cast<float>(placeY(g, *g.level));
-            m_driver.MoveTo(0.0F, y);
-            m_driver.LineTo(1.0F, y);
-            m_driver.Flush();
+            drawCursorLine(g, 0.0F, y, 1.0F, y, 0);
         }
         for (const Plot2D::Cursor which : {Plot2D::A, Plot2D::B}) {
             if (!m_plot.cursor(which))
@@ -762,10 +777,7 @@ private:
             const auto x = static_cast<float>(m_plot.fractionOf(*m_plot.cursor(which)));
             if (!(x >= 0.0F && x <= 1.0F))
                 continue;
-            m_driver.SetLineStyle(which == Plot2D::A ? 0 : 9);
-            m_driver.MoveTo(x, 0.0F);
-            m_driver.LineTo(x, 1.0F);
-            m_driver.Flush();
+            drawCursorLine(g, x, 0.0F, x, 1.0F, which == Plot2D::A ? 0 : 9);
             m_driver.SetTextJustification(-0.3F, 1.2F);
             m_driver.MoveTo(x, 1.0F);
             m_driver.Text(which == Plot2D::A ? "A" : "B", 0, 0.0F, 0);

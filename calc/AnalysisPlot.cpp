@@ -8,6 +8,9 @@
 #include <vector>
 
 #include "core/NumberTexts.h"
+#include "core/PlotValues.h"
+#include "core/TsExceptions.h"
+#include "share/BasicDriver.h"
 #include "share/JobProgress.h"
 #include "share/PlotCanvas.h"
 #include "share/PlotVariables.h"
@@ -18,6 +21,8 @@ namespace {
 
 constexpr double kBandWidthMm = 0.1;
 constexpr int kBandStyle = 4;
+constexpr int kLineMarker = 3;
+constexpr int kBandMarker = 4;
 constexpr double kPictureShare = 2.5;   // of the height, beside the course
 constexpr unsigned kCoherenceOnly = 4;  // columns
 
@@ -62,6 +67,65 @@ bool showTwoChannels(PlotCanvas& canvas, const QString& file, unsigned columns)
     return true;
 }
 
+bool showBands(PlotCanvas& canvas, const QString& file)
+{
+    constexpr unsigned kValue = 2;
+    constexpr std::uint32_t kFrom = 3;
+    constexpr std::uint32_t kTo = 4;
+    if (!canvas.showColumns(file, {kValue}) || canvas.plot().groups().empty())
+        return false;
+    Group& group = canvas.plot().groups().front();
+    Variable& values = group.variables().front()->variable();
+    values.lineStyle = -1;
+    values.marker = kBandMarker;
+    std::vector<double> x;
+    std::vector<float> y;
+    x.reserve(2 * std::size_t{values.rows()});
+    y.reserve(2 * std::size_t{values.rows()});
+    for (std::uint32_t band = 1; band <= values.rows(); ++band)
+        for (const std::uint32_t edge : {kFrom, kTo}) {
+            x.push_back(static_cast<double>(values.source()->value(edge, band)));
+            y.push_back(values.source()->value(kValue, band));
+        }
+    Variable stairs(std::make_shared<PlotValues>(x, std::vector<std::vector<float>>{y}), 1);
+    stairs.isMark = true;
+    stairs.unit = values.unit;
+    stairs.colorIndex = values.colorIndex;
+    group.title = group.axisTitle();  // the stairs have no name
+    group.variables().push_back(std::make_shared<HsVariable>(std::move(stairs)));
+    canvas.plot().setLogarithmicX(true);
+    return canvas.refresh(true);
+}
+
+std::shared_ptr<HsVariable> markLines(PlotCanvas& canvas, const std::vector<SpectrumPeak>& lines,
+                                      const QString& label)
+{
+    std::vector<double> x;
+    std::vector<float> y;
+    x.reserve(lines.size());
+    y.reserve(lines.size());
+    for (const SpectrumPeak& line : lines) {
+        x.push_back(line.frequency);
+        y.push_back(static_cast<float>(line.value));
+    }
+    Group& group = canvas.plot().groups().front();
+    Variable marks(std::make_shared<PlotValues>(x, std::vector<std::vector<float>>{y}), 1);
+    marks.label = label.toStdString();
+    marks.unit = group.variables().front()->variable().unit;
+    marks.isMark = true;
+    marks.lineStyle = -1;
+    marks.marker = kLineMarker;
+    marks.colorIndex = kTextColor;
+    if (group.title.empty())
+        group.title = group.axisTitle();  // that of the curves alone
+    const auto variable = std::make_shared<HsVariable>(std::move(marks));
+    variable->setLogarithmic(group.isLogarithmic());
+    variable->build({});
+    group.variables().push_back(variable);
+    canvas.replot();
+    return variable;
+}
+
 bool showSpectrogram(PlotCanvas& canvas, const QString& file, double step, const std::string& unit)
 {
     if (!canvas.showColumns(file, {1}, PlotCanvas::Axes::OneEach) || canvas.plot().groups().empty())
@@ -100,6 +164,12 @@ std::uint32_t pictureRow(const PlotCanvas& picture, double x)
     return row >= 1.0 && row <= mark.rows() ? static_cast<std::uint32_t>(row) : 0;
 }
 
+std::uint32_t courseColumn(const CellImage& image, double frequency)
+{
+    return static_cast<std::uint32_t>(
+        std::clamp(std::round(frequency / image.step()), 1.0, static_cast<double>(image.source().columns())));
+}
+
 void showCourse(PlotCanvas& canvas, double frequency)
 {
     std::vector<Group>& groups = canvas.plot().groups();
@@ -107,9 +177,10 @@ void showCourse(PlotCanvas& canvas, double frequency)
         return;
     const CellImage& image = *groups.front().image;
     const auto& mark = groups.front().variables().front()->variable();
-    const double column =
-        std::clamp(std::round(frequency / image.step()), 1.0, static_cast<double>(mark.source()->columns()));
-    Variable course(mark.source(), static_cast<std::uint32_t>(column));
+    const std::uint32_t column = courseColumn(image, frequency);
+    if (groups.size() > 1 && groups[1].variables().front()->variable().column() == column)
+        return;
+    Variable course(mark.source(), column);
     course.label = generalNumber(column * image.step(), 6) + " Hz";
     course.unit = image.unit();
     groups.resize(1);

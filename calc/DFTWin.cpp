@@ -3,8 +3,11 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QInputDialog>
+#include <QKeyEvent>
 #include <QMenuBar>
 #include <QPushButton>
+#include <QScopedValueRollback>
 #include <QStatusBar>
 #include <QToolBar>
 #include <QVBoxLayout>
@@ -14,9 +17,11 @@
 #include <exception>
 
 #include "calc/AnalysisPlot.h"
+#include "calc/OctaveBands.h"
 #include "calc/PeakTable.h"
 #include "calc/SecondColumnFields.h"
 #include "calc/Spectrogram.h"
+#include "calc/SpectrogramCuts.h"
 #include "calc/Spectrum.h"
 #include "calc/SpectrumDoubts.h"
 #include "calc/SpectrumFields.h"
@@ -24,13 +29,18 @@
 #include "calc/SpectrumTexts.h"
 #include "core/CopyFile.h"
 #include "core/NumberTexts.h"
+#include "core/SafeChange.h"
 #include "core/TsExceptions.h"
 #include "core/TsNames.h"
+#include "core/Variable.h"
 #include "share/ActionRow.h"
 #include "share/AxisLimitsDialog.h"
+#include "share/BasicDriver.h"
 #include "share/Boxes.h"
+#include "share/HeaderText.h"
 #include "share/JobProgress.h"
 #include "share/PlotCanvas.h"
+#include "share/PlotVariables.h"
 #include "share/QtMessageWin.h"
 #include "share/RangeFields.h"
 #include "share/ReadoutLabel.h"
@@ -80,20 +90,27 @@ DFTWin::DFTWin(const QString& file, unsigned column, QWidget* parent)
 
     connect(m_fields, &SpectrumFields::x_changed, this,
             [this] { m_execute->setEnabled(m_fields->reason().isEmpty()); });
-    connect(m_peaks, &PeakTable::x_chosen, this, [this](double frequency) {
-        canvas()->plot().setCursor(Plot2D::A, frequency);
-        canvas()->replot();
-        emit canvas()->x_cursors_changed();
-    });
-    connect(m_peaks, &PeakTable::x_told, this,
-            [this](const QString& text) { statusBar()->showMessage(text); });
+    connectPeaks();
     connect(canvas(), &PlotCanvas::x_cursors_changed, this, &DFTWin::showCuts);
+    connect(canvas(), &PlotCanvas::x_cursors_changed, this, &DFTWin::showLines);
     connect(m_cut, &PlotCanvas::x_told, this,
             [this](const QString& text) { statusBar()->showMessage(text); });
     source()->choose(file, column);
     canvas()->showText(QStringLiteral("Choose a file and a column, then execute the calculation."));
     statusBar()->showMessage(QStringLiteral("Welcome to Ts-FFT"));
     resize(1080, 700);
+}
+
+void DFTWin::connectPeaks()
+{
+    connect(m_peaks, &PeakTable::x_chosen, this, [this](double frequency) {
+        const QScopedValueRollback<bool> choosing(m_choosesLine, true);
+        canvas()->placeCursor(Plot2D::A, frequency);
+    });
+    connect(m_peaks, &PeakTable::x_harmonics_wanted, this, &DFTWin::sl_harmonics);
+    connect(m_peaks, &PeakTable::x_peaks_shown, this, &DFTWin::markHarmonics);
+    connect(m_peaks, &PeakTable::x_told, this,
+            [this](const QString& text) { statusBar()->showMessage(text); });
 }
 
 void DFTWin::createActions()
@@ -111,7 +128,15 @@ void DFTWin::createActions()
     QMenu* const actions = menuBar()->addMenu(QStringLiteral("&Actions"));
     actions->addActions({m_execute, m_save, help});
     addWhatsThis(actions);
-    actions->addAction(QStringLiteral("Ha&rmonics of the chosen peak"), this, &DFTWin::sl_harmonics);
+    // The window answers the letter itself: as a shortcut it would take it away from an open menu.
+    actions->addAction(QStringLiteral("Ha&rmonics of cursor A\tH"), this, &DFTWin::sl_harmonics);
+    actions->addSeparator();
+    actions->addAction(QStringLiteral("Save the spectrum at &A..."), this, &DFTWin::sl_saveSpectrumAt);
+    actions->addAction(QStringLiteral("Save the c&ourse..."), this, &DFTWin::sl_saveCourse);
+    actions->addSeparator();
+    actions->addAction(QStringLiteral("&Keep this spectrum..."), this, &DFTWin::sl_keep,
+                       QKeySequence(QStringLiteral("Ctrl+K")));
+    actions->addAction(QStringLiteral("Remove the kep&t spectra"), this, &DFTWin::sl_dropKept);
     actions->addSeparator();
     actions->addAction(QStringLiteral("&Close"), this, &QWidget::close)->setShortcut(QKeySequence::Close);
     fillSourceMenu(*menuBar()->addMenu(QStringLiteral("&Selections")));
@@ -267,7 +292,7 @@ void DFTWin::compute(TSFILE& file, const SpectrumRequest& request)
     double mean = 0.0;
     const auto job = [&](const Progress& progress, std::unique_ptr<ResultFile>& made) {
         // Only ever a file that this window makes: a tempDFT.ts that is there already keeps its name.
-        made = std::make_unique<ResultFile>("tempDFT", planSpectrum(request).bins, spectrumColumns(request));
+        made = std::make_unique<ResultFile>("tempDFT", spectrumRows(request), spectrumColumns(request));
         describeSpectrum(file, request, made->file());
         const JobOutcome outcome = computeSpectrum(file, request, made->file(), mean, progress);
         if (outcome == JobOutcome::Done)
@@ -280,7 +305,7 @@ void DFTWin::compute(TSFILE& file, const SpectrumRequest& request)
     m_isDecibel = request.decibel;
     tellResult(
         QStringLiteral("%1, mean %2").arg(QString::fromStdString(planText(request))).arg(m_mean, 0, 'g', 6));
-    showResult(request);
+    showResult(request, headerText(file.columnDescription(request.column)).toStdString());
 }
 
 void DFTWin::tellResult(const QString& what)
@@ -377,11 +402,69 @@ void DFTWin::showCuts()
     try {
         if (canvas()->plot().cursor(Plot2D::A))
             showCut(*canvas(), *canvas()->plot().cursor(Plot2D::A), *m_cut);
-        if (canvas()->groupAt(m_mouse) == 0 && canvas()->plotArea().contains(m_mouse))
-            showCourse(*canvas(), canvas()->yAt(0, m_mouse.y()));
+        if (canvas()->plot().groups().front().level)
+            showCourse(*canvas(), *canvas()->plot().groups().front().level);
     } catch (const TS::Failure&) {
         statusBar()->showMessage(QStringLiteral("The scratch file could not be read"));
     }
+}
+
+void DFTWin::sl_saveSpectrumAt()
+{
+    const auto& a = canvas()->plot().cursor(Plot2D::A);
+    const std::uint32_t row = hasResult() && picture() != nullptr && a ? pictureRow(*canvas(), *a) : 0;
+    if (row == 0) {
+        statusBar()->showMessage(
+            QStringLiteral("A click into a spectrogram chooses the spectrum to be saved"));
+        return;
+    }
+    const double step = picture()->step();
+    const std::string when = xText(canvas()->plot(), *a);
+    saveCut(QStringLiteral("Save the spectrum at cursor A."), QStringLiteral("_at"),
+            [&](TSFILE& whole, const std::string& file, const Progress& /*progress*/) {
+                const auto made = createTsFile(file, whole.columns(), 2);
+                writeSpectrumAt(whole, row, step, when, *made);
+                made->flush(true);
+                return JobOutcome::Done;
+            });
+}
+
+void DFTWin::sl_saveCourse()
+{
+    if (!hasResult() || picture() == nullptr || !canvas()->plot().groups().front().level) {
+        statusBar()->showMessage(QStringLiteral("A click into a spectrogram chooses the course to be saved"));
+        return;
+    }
+    const std::uint32_t column = courseColumn(*picture(), *canvas()->plot().groups().front().level);
+    saveCut(QStringLiteral("Save the course at the frequency."), QStringLiteral("_course"),
+            [&](TSFILE& whole, const std::string& file, const Progress& progress) {
+                const auto made = createTsFile(file, whole.samples(), 1);
+                const JobOutcome outcome = writeCourse(whole, column, *made, progress);
+                made->flush(true);
+                return outcome;
+            });
+}
+
+void DFTWin::saveCut(const QString& title, const QString& ending, const CutJob& job)
+{
+    const QFileInfo computed(resultSource());
+    const QString name =
+        askSaveName(this, {title,
+                           computed.absolutePath() + QLatin1Char('/') + computed.completeBaseName() + ending +
+                               QStringLiteral(".ts"),
+                           QStringLiteral("*.ts, *.Ts, *.TS, *.tS"), QStringLiteral("ts"),
+                           [this](const QString& file) { return isSameFile(file, resultSource()); }});
+    if (name.isEmpty()) {
+        statusBar()->showMessage(QStringLiteral("Saving aborted"), kSavedMs);
+        return;
+    }
+    writeNamed(name, [&](const Progress& progress) {
+        PendingFile pending(QFile::encodeName(name).toStdString(), ".veltrac-new", ".ts");
+        const auto whole = openTsFile(resultPath().string(), true);
+        if (job(*whole, pending.path().string(), progress) == JobOutcome::Cancelled)
+            return JobOutcome::Cancelled;
+        return pending.commit(progress);
+    });
 }
 
 void DFTWin::sl_cursor_moved(int x, int y, int buttons)
@@ -458,28 +541,159 @@ void DFTWin::computeCorrelation(TSFILE& file, const SpectrumRequest& request)
                             .arg(lag, 0, 'f', 2));
 }
 
-void DFTWin::showResult(const SpectrumRequest& request)
+void DFTWin::showResult(const SpectrumRequest& request, const std::string& description)
 {
-    QVector<unsigned> columns{2};
-    if (request.result == SpectrumResult::RealImaginary)
-        columns << 3;
+    m_harmonics.reset();
+    m_peaks->clear();
     m_cut->hide();
     m_peaks->show();
-    if (!canvas()->showColumns(resultFile(), columns))
+    m_resolution = planSpectrum(request).resolution;
+    m_hasParts = request.result == SpectrumResult::RealImaginary;
+    QVector<unsigned> columns{2};
+    if (m_hasParts)
+        columns << 3;
+    const bool isShown = hasBands(request.result) ? showBands(*canvas(), resultFile())
+                                                  : canvas()->showColumns(resultFile(), columns);
+    if (!isShown)
         return;
     canvas()->setSuggestedName(QFileInfo(resultSource()).completeBaseName() + QStringLiteral("_fft"));
-    applyAxes();
+    if (!hasBands(request.result))
+        applyAxes();
+    showKept();
     try {
-        m_peaks->showSpectrum(resultPath(), request, m_mean);
+        m_peaks->showSpectrum(resultPath(), request, m_mean, std::string(unitIn(description)));
     } catch (const TS::Failure&) {
         m_peaks->clear();
         statusBar()->showMessage(QStringLiteral("The scratch file could not be read"));
     }
 }
 
+// -- Lines --
+
+// Where the axis shows sample numbers, those are of bins.
+double DFTWin::frequencyAt(const std::optional<double>& cursor) const
+{
+    const double x = cursor.value_or(0.0);
+    return canvas()->plot().axis().mode == XMode::Sample ? x * m_resolution : x;
+}
+
 void DFTWin::sl_harmonics()
 {
-    m_peaks->sl_harmonics();
+    if (m_peaks->showsHarmonics()) {
+        m_peaks->showPeaks();
+        return;
+    }
+    const auto& a = canvas()->plot().cursor(Plot2D::A);
+    const std::optional<double> base = a ? frequencyAt(a) : m_peaks->chosenFrequency();
+    if (!hasResult() || m_peaks->isHidden() || !base) {
+        statusBar()->showMessage(
+            QStringLiteral("Harmonics are those of a spectrum at cursor A, or of one of its peaks"));
+        return;
+    }
+    m_peaks->showHarmonics(*base);
+    markHarmonics();
+}
+
+void DFTWin::markHarmonics()
+{
+    if (m_harmonics) {
+        canvas()->plot().remove(*m_harmonics);
+        m_harmonics.reset();
+    }
+    const Plot2D& plot = canvas()->plot();
+    if (m_peaks->showsHarmonics() && !m_hasParts && !plot.groups().empty() &&
+        plot.axis().mode != XMode::Sample)
+        m_harmonics = markLines(*canvas(), m_peaks->harmonics(), m_peaks->title());
+    else
+        canvas()->replot();
+}
+
+void DFTWin::showLines()
+{
+    if (!hasResult() || m_peaks->isHidden())
+        return;
+    const auto& a = canvas()->plot().cursor(Plot2D::A);
+    const auto& b = canvas()->plot().cursor(Plot2D::B);
+    if (a && b)
+        m_peaks->showPowerBetween(frequencyAt(a), frequencyAt(b));
+    else
+        m_peaks->showPowerBetween(std::nullopt, std::nullopt);
+    // The harmonics follow the cursor, unless it is one of them that it stands at.
+    if (a && m_peaks->showsHarmonics() && !m_choosesLine) {
+        m_peaks->showHarmonics(frequencyAt(a));
+        markHarmonics();
+    }
+}
+
+void DFTWin::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_H && event->modifiers() == Qt::NoModifier)
+        sl_harmonics();
+    else
+        ResultWindow::keyPressEvent(event);
+}
+
+// -- Spectra that stay --
+
+void DFTWin::sl_keep()
+{
+    std::vector<Group>& groups = canvas()->plot().groups();
+    if (!hasResult() || m_peaks->isHidden() || groups.empty()) {
+        statusBar()->showMessage(QStringLiteral("There is no spectrum to be kept"));
+        return;
+    }
+    const std::shared_ptr<HsVariable> shown = groups.front().variables().front();
+    if (std::find(m_kept.begin(), m_kept.end(), shown) != m_kept.end()) {
+        statusBar()->showMessage(QStringLiteral("It is kept already"));
+        return;
+    }
+    bool ok = false;
+    const QString name =
+        QInputDialog::getText(
+            this, QStringLiteral("Keep this spectrum"),
+            QStringLiteral("It stays in the plot while others are computed, under the name:"),
+            QLineEdit::Normal, QFileInfo(resultSource()).completeBaseName(), &ok)
+            .trimmed();
+    if (!ok || name.isEmpty())
+        return;
+    // The next result has the first colour. What was computed stays in its file, though its name goes.
+    shown->variable().label = name.toStdString();
+    int color = kFirstVariableColor;
+    for (const auto& kept : m_kept)
+        color = std::max(color, kept->variable().colorIndex);
+    shown->variable().colorIndex = color + 1;
+    shown->variable().lineStyle = std::max(0, shown->variable().lineStyle);  // bands are marks between stairs
+    m_kept.push_back(shown);
+    canvas()->replot();
+    emit canvas()->x_plot_changed();
+    statusBar()->showMessage(QStringLiteral("%1 stays in the plot").arg(name));
+}
+
+void DFTWin::sl_dropKept()
+{
+    const bool isShown = !m_peaks->isHidden() && hasResult();
+    const auto current = isShown && !canvas()->plot().groups().empty()
+                             ? canvas()->plot().groups().front().variables().front()
+                             : nullptr;
+    for (const auto& kept : m_kept)
+        if (kept != current)
+            canvas()->plot().remove(*kept);
+    m_kept.clear();
+    canvas()->replot();
+    emit canvas()->x_plot_changed();
+    statusBar()->showMessage(QStringLiteral("Only the last result is shown"));
+}
+
+void DFTWin::showKept()
+{
+    if (m_kept.empty())
+        return;
+    for (const auto& kept : m_kept) {
+        const int color = kept->variable().colorIndex;
+        addByUnit(canvas()->plot(), kept);
+        kept->variable().colorIndex = color;
+    }
+    canvas()->refresh(true);
 }
 
 // -- Saving --
@@ -507,14 +721,23 @@ void DFTWin::sl_saveResults()
 
 void DFTWin::saveAs(const QString& name)
 {
+    const bool isSaved = writeNamed(name, [&](const Progress& progress) {
+        const auto spectrum = openTsFile(resultPath().string(), true);
+        return copyWholeFile(spectrum->descriptor(), QFile::encodeName(name).toStdString(), progress);
+    });
+    if (isSaved)
+        resultSaved();
+}
+
+// Writes a file of that name and tells how that ended.
+bool DFTWin::writeNamed(const QString& name, const std::function<JobOutcome(const Progress&)>& write)
+{
     QString failure;
     try {
         JobProgress progress(this, QStringLiteral("Saving %1").arg(name));
-        const auto spectrum = openTsFile(resultPath().string(), true);
-        if (copyWholeFile(spectrum->descriptor(), QFile::encodeName(name).toStdString(),
-                          progress.callback()) == JobOutcome::Cancelled) {
+        if (write(progress.callback()) == JobOutcome::Cancelled) {
             statusBar()->showMessage(QStringLiteral("Saving aborted"), kSavedMs);
-            return;
+            return false;
         }
     } catch (const TS::Failure&) {
         failure = QStringLiteral("The scratch file could not be read.");
@@ -524,10 +747,10 @@ void DFTWin::saveAs(const QString& name)
     if (!failure.isEmpty()) {
         statusBar()->showMessage(QStringLiteral("Nothing was saved"), kSavedMs);
         warnInBox(QStringLiteral("Saving file %1 failed").arg(name) + QLatin1Char('\n') + failure);
-        return;
+        return false;
     }
-    resultSaved();
     statusBar()->showMessage(QStringLiteral("File %1 saved").arg(name), kSavedMs);
     if (QFileInfo(name).absolutePath() == QDir::currentPath())
         emit x_file_made(QFileInfo(name).fileName());
+    return true;
 }

@@ -1,9 +1,16 @@
 // Ts-FFT: the spectrum of a column of a ts-file, in a scratch file, on a canvas, with its peaks, and saving.
 #pragma once
 
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
 #include "calc/SpectrumRequest.h"
 #include "share/ResultWindow.h"
 
+class HsVariable;
 class QAction;
 
 namespace veltrac {
@@ -28,15 +35,24 @@ public slots:
     void sl_help();
     void sl_execute() override;
     void sl_saveResults() override;
+    // Of cursor A, else of the chosen peak; again: the peaks.
     void sl_harmonics();
+    // Leaves the spectrum in the plot, under a name, while others are computed.
+    void sl_keep();
+    void sl_dropKept();
     void sl_colorRange();
+    // Of a spectrogram: what stands beneath the fields and beneath the picture, as files.
+    void sl_saveSpectrumAt();
+    void sl_saveCourse();
 
 protected:
     void sourceChanged(TSFILE* file) override;
     void rangeChanged() override;
+    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     void createActions();
+    void connectPeaks();
     void createAxesMenu();
     // Asks about what the spectrum would have to assume; false where the user gives it up, or there is
     // nothing to compute from.
@@ -47,11 +63,22 @@ private:
     void computeTwoChannels(TSFILE& file, const veltrac::SpectrumRequest& request);
     void computeCorrelation(TSFILE& file, const veltrac::SpectrumRequest& request);
     void computeSpectrogram(TSFILE& file, veltrac::SpectrumRequest request);
-    // What belongs to the picture: the spectrum at cursor A, the course at the frequency of the click.
+    // Writes a file of a part of the picture's.
+    using CutJob = std::function<veltrac::JobOutcome(TSFILE& whole, const std::string& file,
+                                                     const veltrac::Progress& progress)>;
+    void saveCut(const QString& title, const QString& ending, const CutJob& job);
+    bool writeNamed(const QString& name,
+                    const std::function<veltrac::JobOutcome(const veltrac::Progress&)>& write);
+    // What belongs to the picture: the spectrum at cursor A, the course at the horizontal cursor.
     void showCuts();
     veltrac::CellImage* picture() const;
     std::unique_ptr<TSFILE> openSecond();
-    void showResult(const veltrac::SpectrumRequest& request);
+    void showResult(const veltrac::SpectrumRequest& request, const std::string& description);
+    void showKept();
+    // What stands at the cursors in the table of peaks, and marks of harmonics.
+    void showLines();
+    void markHarmonics();
+    double frequencyAt(const std::optional<double>& cursor) const;
     void tellResult(const QString& what);
     void applyAxes();
     void saveAs(const QString& name);
@@ -70,4 +97,9 @@ private:
     double m_dt = 0.0;         // of the source
     bool m_isDecibel = false;  // the result, or a phase beside it
     double m_mean = 0.0;
+    double m_resolution = 1.0;
+    bool m_hasParts = false;     // real and imaginary part: neither is as high as a line
+    bool m_choosesLine = false;  // the table moves cursor A
+    std::shared_ptr<HsVariable> m_harmonics;
+    std::vector<std::shared_ptr<HsVariable>> m_kept;
 };

@@ -44,6 +44,8 @@ std::string spectrogramComplaint(const SpectrumRequest& request)
     if (request.result == SpectrumResult::RealImaginary)
         return "A spectrogram shows how strong a frequency is; real and imaginary parts are those of the "
                "whole range.";
+    if (hasBands(request.result))
+        return "Bands are those of the whole range or of averaged segments.";
     if (plan.segments == 0)
         return "The range is shorter than one segment.";
     if (fits(request))

@@ -6,6 +6,7 @@
 #include <memory>
 #include <numbers>
 
+#include "calc/OctaveBands.h"
 #include "calc/RealTransform.h"
 #include "calc/SegmentTransform.h"
 #include "calc/SpectrumSamples.h"
@@ -101,8 +102,10 @@ JobOutcome loadRange(TSFILE& source, const SpectrumRequest& request, std::span<d
     return JobOutcome::Done;
 }
 
-JobOutcome wholeRange(TSFILE& source, const SpectrumRequest& request, const SpectrumPlan& plan,
-                      TSFILE& target, double& mean, const Progress& progress)
+// Both of these hand the bins to `rows` in turn.
+template <typename Rows>
+JobOutcome wholeRange(TSFILE& source, const SpectrumRequest& request, const SpectrumPlan& plan, Rows& rows,
+                      double& mean, const Progress& progress)
 {
     Transform transform(plan.length);
     WindowShape window(request.window, plan.used);
@@ -114,7 +117,6 @@ JobOutcome wholeRange(TSFILE& source, const SpectrumRequest& request, const Spec
     transform.x.reset();
 
     const SpectrumScale scale(request, window.sum(), window.squares());
-    RowWriter rows(target, plan.resolution);
     for (std::uint32_t k = 1; k <= plan.bins; ++k) {
         const bool atNyquist = 2 * std::uint64_t{k} == plan.length;
         const double re = transform.re[k];
@@ -132,7 +134,8 @@ JobOutcome wholeRange(TSFILE& source, const SpectrumRequest& request, const Spec
     return JobOutcome::Done;
 }
 
-JobOutcome segments(TSFILE& source, const SpectrumRequest& request, const SpectrumPlan& plan, TSFILE& target,
+template <typename Rows>
+JobOutcome segments(TSFILE& source, const SpectrumRequest& request, const SpectrumPlan& plan, Rows& rows,
                     double& mean, const Progress& progress)
 {
     SegmentTransform transform(source, request);
@@ -150,11 +153,19 @@ JobOutcome segments(TSFILE& source, const SpectrumRequest& request, const Spectr
     mean = sum / plan.segments;
 
     const SpectrumScale scale(request, transform.weightSum(), transform.weightSquares());
-    RowWriter rows(target, plan.resolution);
     for (std::uint32_t k = 1; k <= plan.bins; ++k)
         rows.add(scale(power[k] / plan.segments, 2 * std::uint64_t{k} == plan.length), 0.0);
     rows.flush();
     return JobOutcome::Done;
+}
+
+template <typename Rows>
+JobOutcome transformInto(Rows& rows, TSFILE& source, const SpectrumRequest& request, double& mean,
+                         const Progress& progress)
+{
+    const SpectrumPlan plan = planSpectrum(request);
+    return request.averaged ? segments(source, request, plan, rows, mean, progress)
+                            : wholeRange(source, request, plan, rows, mean, progress);
 }
 
 }  // namespace
@@ -162,9 +173,15 @@ JobOutcome segments(TSFILE& source, const SpectrumRequest& request, const Spectr
 JobOutcome computeSpectrum(TSFILE& source, const SpectrumRequest& request, TSFILE& target, double& mean,
                            const Progress& progress)
 {
-    const SpectrumPlan plan = planSpectrum(request);
-    return request.averaged ? segments(source, request, plan, target, mean, progress)
-                            : wholeRange(source, request, plan, target, mean, progress);
+    if (!hasBands(request.result)) {
+        RowWriter rows(target, planSpectrum(request).resolution);
+        return transformInto(rows, source, request, mean, progress);
+    }
+    OctaveSums bands(target, request);
+    SpectrumRequest density = request;
+    density.result = SpectrumResult::PowerDensity;
+    density.decibel = false;
+    return transformInto(bands, source, density, mean, progress);
 }
 
 }  // namespace veltrac

@@ -15,7 +15,8 @@
 namespace veltrac {
 
 // Computes the spectrum and writes it into `target`: plan.bins samples of three columns, "Freq" in Hz, the
-// result, and the phase in degrees (or "Re" and "Im"); averages have two columns. Holds plan.bytes
+// result, and the phase in degrees (or "Re" and "Im"); averages have two columns. Of bands the rows are those
+// of calc/OctaveBands.h. Holds plan.bytes
 // and little more: the samples and bins of one transform, and of averages the weights and sums of one
 // segment. `mean` gets the mean of the samples that took part. Throws the TS exceptions and std::bad_alloc.
 JobOutcome computeSpectrum(TSFILE& source, const SpectrumRequest& request, TSFILE& target, double& mean,

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "calc/OctaveBands.h"
 #include "calc/SecondColumnFields.h"
 #include "calc/Spectrogram.h"
 #include "calc/SpectrumPlan.h"
@@ -214,6 +215,8 @@ QString SpectrumFields::findReason(QWidget*& field) const
     if (m_second->isOn() || method() == SpectrumMethod::Correlation)
         return m_second->findReason(wanted, field);
     field = m_result;
+    if (hasBands(wanted.result) && spectrumRows(wanted) == 0)
+        return QStringLiteral("No band has the three bins that it needs; take a longer range or segment.");
     if (wanted.averaged && wanted.result == SpectrumResult::RealImaginary)
         return QStringLiteral(
             "Real and imaginary parts are those of the whole range; segments have none in common.");

@@ -8,6 +8,7 @@
 #include <numbers>
 #include <span>
 
+#include "calc/PeakSearch.h"
 #include "calc/SpectrumPlan.h"
 #include "calc/WindowShape.h"
 
@@ -53,6 +54,11 @@ public:
                        : amplitudeOf(m_spectrum.value(bin, 2));
     }
     SpectrumPeak peakAt(std::uint32_t bin);
+    // The bin as it stands in the file.
+    SpectrumPeak lineOf(std::uint32_t bin)
+    {
+        return {bin * m_plan.resolution, valueOf(amplitude(bin)), bin, phaseOf(line(bin))};
+    }
 
 private:
     double amplitudeOf(double value) const
@@ -68,6 +74,11 @@ private:
         return m_request.result == SpectrumResult::PowerDensity ? amplitude * amplitude : amplitude;
     }
     bool hasPhase() const { return !m_request.averaged; }
+    double phaseOf(const Complex& tone) const
+    {
+        return hasPhase() ? std::arg(tone) * 180.0 / std::numbers::pi
+                          : std::numeric_limits<double>::quiet_NaN();
+    }
     Complex line(std::uint32_t bin)
     {
         if (m_parts)
@@ -108,7 +119,8 @@ SpectrumPeak Bins::vertex(std::uint32_t bin, const std::array<Complex, 3>& lines
     const double right = std::abs(lines[2]);
     const double curvature = left - 2.0 * at + right;
     const double offset = curvature < 0.0 ? 0.5 * (left - right) / curvature : 0.0;
-    return {(bin + offset) * m_plan.resolution, valueOf(at - 0.25 * (left - right) * offset), bin};
+    return {(bin + offset) * m_plan.resolution, valueOf(at - 0.25 * (left - right) * offset), bin,
+            phaseOf(lines[1])};
 }
 
 SpectrumPeak Bins::peakAt(std::uint32_t bin)
@@ -116,7 +128,7 @@ SpectrumPeak Bins::peakAt(std::uint32_t bin)
     constexpr int kRounds = 8;
     constexpr double kLikeATone = 0.1;  // of its amplitude
     if (bin < 2 || bin >= count())
-        return {bin * m_plan.resolution, valueOf(amplitude(bin)), bin};
+        return lineOf(bin);
     const std::array<Complex, 3> lines{line(bin - 1), line(bin), line(bin + 1)};
     std::array<Complex, 3> own = lines;
     double offset = 0.0;
@@ -138,56 +150,122 @@ SpectrumPeak Bins::peakAt(std::uint32_t bin)
     if (!(std::fabs(third - amplitude * std::abs(window(m_spacing + std::fabs(offset)))) <
           kLikeATone * amplitude))
         return vertex(bin, lines);
-    return {(bin + offset / m_spacing) * m_plan.resolution, valueOf(amplitude), bin};
+    return {(bin + offset / m_spacing) * m_plan.resolution, valueOf(amplitude), bin, phaseOf(tone)};
 }
 
-bool isHigher(const SpectrumPeak& a, const SpectrumPeak& b)
+bool isHigher(const CurvePeak& a, const CurvePeak& b)
 {
-    return a.value > b.value;
+    return a.height > b.height;
 }
+
+// The highest of the peaks that lie far enough from those that are chosen already.
+class Candidates
+{
+public:
+    Candidates(const PeakChoice& choice, double resolution)
+        : m_choice(choice), m_reach(choice.leastDistance / resolution - kRounding)
+    {
+        m_most = std::max(choice.count, kCandidates);
+    }
+
+    // Reads the whole curve; false after a cancel.
+    bool collect(Bins& bins, const Progress& progress)
+    {
+        m_peaks.clear();
+        m_isFull = false;
+        PeakSearch search([this](const CurvePeak& peak) { consider(peak); });
+        std::vector<float> run(kRun);
+        for (std::uint32_t done = 0; done < bins.count();) {
+            const std::span<float> part(run.data(), std::min(kRun, bins.count() - done));
+            bins.levels(done + 1, part);
+            for (const float level : part)
+                search.add(level);
+            done += static_cast<std::uint32_t>(part.size());
+            if (!goesOn(progress, done, bins.count()))
+                return false;
+        }
+        search.finish();
+        std::sort(m_peaks.begin(), m_peaks.end(), isHigher);
+        return true;
+    }
+    // From the highest on, as many as are wanted.
+    void choose()
+    {
+        for (const CurvePeak& peak : m_peaks)
+            if (m_chosen.size() < m_choice.count && isFar(peak))
+                m_chosen.push_back(peak);
+    }
+    // Lower ones were left out that may be wanted now.
+    bool wantsMore() const { return m_isFull && m_chosen.size() < m_choice.count; }
+    const std::vector<CurvePeak>& chosen() const { return m_chosen; }
+
+private:
+    static constexpr std::size_t kCandidates = 4096;
+    static constexpr double kRounding = 1e-6;  // of a bin
+
+    bool isFar(const CurvePeak& peak) const
+    {
+        return std::none_of(m_chosen.begin(), m_chosen.end(), [&](const CurvePeak& other) {
+            return std::fabs(static_cast<double>(peak.place) - other.place) < m_reach;
+        });
+    }
+    // A heap, the lowest on top.
+    void consider(const CurvePeak& peak)
+    {
+        if (!(static_cast<double>(peak.prominence) >= m_choice.leastProminence) || !isFar(peak))
+            return;
+        m_peaks.push_back(peak);
+        std::push_heap(m_peaks.begin(), m_peaks.end(), isHigher);
+        if (m_peaks.size() <= m_most)
+            return;
+        std::pop_heap(m_peaks.begin(), m_peaks.end(), isHigher);
+        m_peaks.pop_back();
+        m_isFull = true;
+    }
+
+    const PeakChoice& m_choice;
+    double m_reach;  // bins
+    std::size_t m_most;
+    std::vector<CurvePeak> m_peaks;
+    bool m_isFull = false;
+    std::vector<CurvePeak> m_chosen;
+};
 
 }  // namespace
 
-std::vector<SpectrumPeak> findPeaks(TSFILE& spectrum, const SpectrumRequest& request, std::size_t count,
-                                    const Progress& progress)
+std::vector<SpectrumPeak> findPeaks(TSFILE& spectrum, const SpectrumRequest& request,
+                                    const PeakChoice& choice, const Progress& progress)
 {
     Bins bins(spectrum, request);
-    // A heap of the highest so far, the lowest of them on top.
-    std::vector<SpectrumPeak> peaks;
-    std::vector<float> run(kRun);
-    float before = -INFINITY;
-    float at = -INFINITY;
-    bool isFlat = true;
-    const auto consider = [&](std::uint32_t bin, float after) {
-        if (bin == 0 || !(at >= before && at > after))
-            return;
-        peaks.push_back({0.0, at, bin});
-        std::push_heap(peaks.begin(), peaks.end(), isHigher);
-        if (peaks.size() > count) {
-            std::pop_heap(peaks.begin(), peaks.end(), isHigher);
-            peaks.pop_back();
-        }
-    };
-    for (std::uint32_t done = 0; done < bins.count();) {
-        const std::span<float> part(run.data(), std::min(kRun, bins.count() - done));
-        bins.levels(done + 1, part);
-        for (const float level : part) {
-            isFlat = isFlat && (done == 0 || level == at);
-            consider(done, level);
-            before = at;
-            at = level;
-            ++done;
-        }
-        if (!goesOn(progress, done, bins.count()))
+    Candidates candidates(choice, bins.resolution());
+    do {
+        if (!candidates.collect(bins, progress))
             return {};
+        candidates.choose();
+    } while (candidates.wantsMore());
+    std::vector<SpectrumPeak> peaks;
+    peaks.reserve(candidates.chosen().size());
+    for (const CurvePeak& found : candidates.chosen()) {
+        peaks.push_back(bins.peakAt(found.place));
+        peaks.back().prominence = static_cast<double>(found.prominence);
     }
-    if (isFlat)
-        return {};
-    consider(bins.count(), -INFINITY);
-    for (SpectrumPeak& peak : peaks)
-        peak = bins.peakAt(peak.bin);
-    std::sort(peaks.begin(), peaks.end(), isHigher);
+    std::sort(peaks.begin(), peaks.end(),
+              [](const SpectrumPeak& a, const SpectrumPeak& b) { return a.value > b.value; });
     return peaks;
+}
+
+SpectrumPeak lineAt(TSFILE& spectrum, const SpectrumRequest& request, double frequency)
+{
+    Bins bins(spectrum, request);
+    const auto bin = static_cast<std::uint32_t>(
+        std::clamp<double>(std::round(frequency / bins.resolution()), 1.0, bins.count()));
+    std::uint32_t best = bin;
+    for (const std::uint32_t other : {bin - 1, bin + 1})
+        if (other >= 1 && other <= bins.count() && bins.amplitude(other) > bins.amplitude(best))
+            best = other;
+    const bool isPeak = best > 1 && best < bins.count() && bins.amplitude(best - 1) <= bins.amplitude(best) &&
+                        bins.amplitude(best + 1) <= bins.amplitude(best);
+    return isPeak ? bins.peakAt(best) : bins.lineOf(bin);
 }
 
 std::vector<SpectrumPeak> findHarmonics(TSFILE& spectrum, const SpectrumRequest& request, double frequency,

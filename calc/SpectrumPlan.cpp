@@ -81,6 +81,8 @@ SpectrumPlan planSpectrum(const SpectrumRequest& request)
 
 std::uint32_t spectrumColumns(const SpectrumRequest& request)
 {
+    if (hasBands(request.result))
+        return 5;
     return request.averaged ? 2 : 3;
 }
 

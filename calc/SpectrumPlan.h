@@ -29,7 +29,7 @@ SpectrumPlan planSpectrum(const SpectrumRequest& request);
 // From the first sample of a segment of `used` samples to the next one's.
 std::uint32_t segmentHop(std::uint32_t used, int overlapPercent);
 
-// Columns of the target: 2 or 3.
+// Columns of the target: 2, 3 with a phase, 5 of bands.
 std::uint32_t spectrumColumns(const SpectrumRequest& request);
 
 }  // namespace veltrac

@@ -9,7 +9,21 @@ namespace veltrac {
 // 66 (1978), in their periodic form; the flat top is Heinzel's HFT95, off by 0.0044 dB between two bins.
 enum class SpectrumWindow { Hann, Rectangular, Hamming, Blackman, BlackmanHarris, FlatTop, Bartlett };
 enum class SpectrumTrend { Mean, Line, Nothing };
-enum class SpectrumResult { Amplitude, RmsAmplitude, PowerDensity, AmplitudeDensity, RealImaginary };
+enum class SpectrumResult {
+    Amplitude,
+    RmsAmplitude,
+    PowerDensity,
+    AmplitudeDensity,
+    RealImaginary,
+    OctaveBands,
+    ThirdOctaveBands
+};
+
+// A value for each band instead of one for each bin.
+constexpr bool hasBands(SpectrumResult result)
+{
+    return result == SpectrumResult::OctaveBands || result == SpectrumResult::ThirdOctaveBands;
+}
 
 inline constexpr int kSpectrumWindows = 7;
 

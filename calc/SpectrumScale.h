@@ -47,12 +47,13 @@ public:
         return m_decibel ? level(value, 20.0) : value;
     }
 
-private:
+    // So many times the logarithm; NaN where there is none.
     static double level(double value, double ofTen)
     {
         return value > 0.0 ? ofTen * std::log10(value) : std::numeric_limits<double>::quiet_NaN();
     }
 
+private:
     double m_amplitude;
     double m_density;  // 1 / (fs S2)
     SpectrumResult m_result;

@@ -2,7 +2,9 @@
 
 #include <iterator>
 #include <utility>
+#include <vector>
 
+#include "calc/OctaveBands.h"
 #include "calc/SpectrumPlan.h"
 #include "calc/WindowShape.h"
 #include "core/HeaderTexts.h"
@@ -27,6 +29,8 @@ constexpr ResultRow kResults[] = {
     {SpectrumResult::PowerDensity, "Power density", "PSD", "²/Hz"},
     {SpectrumResult::AmplitudeDensity, "Amplitude density", "ASD", "/√Hz"},
     {SpectrumResult::RealImaginary, "Real and imaginary", "Re", ""},
+    {SpectrumResult::OctaveBands, "Octave bands", "RMS", ""},
+    {SpectrumResult::ThirdOctaveBands, "Third-octave bands", "RMS", ""},
 };
 static_assert(std::size(kResults) == kSpectrumResults);
 
@@ -35,16 +39,22 @@ const ResultRow& rowOf(SpectrumResult result)
     return kResults[static_cast<std::size_t>(result)];
 }
 
+// "m/s" in parentheses, "V" as it is.
+std::string inParentheses(const std::string& unit)
+{
+    const bool isCompound = unit.find_first_of("/*^ ") != std::string::npos ||
+                            unit.find("·") != std::string::npos || unit.find("²") != std::string::npos;
+    return isCompound ? "(" + unit + ")" : unit;
+}
+
 // "V²/Hz", "(m/s)²/Hz", "dB re 1 V".
 std::string resultUnit(std::string source, const SpectrumRequest& request)
 {
     const ResultRow& row = rowOf(request.result);
-    const bool isCompound = source.find_first_of("/*^ ") != std::string::npos ||
-                            source.find("·") != std::string::npos || source.find("²") != std::string::npos;
     if (source.empty())
         return request.decibel ? "dB" : "";
-    if (*row.unit != '\0' && isCompound)
-        source = "(" + source + ")";
+    if (*row.unit != '\0')
+        source = inParentheses(source);
     return (request.decibel ? "dB re 1 " : "") + source + row.unit;
 }
 
@@ -63,12 +73,21 @@ std::string memoryText(std::uint64_t bytes)
 std::string planText(const SpectrumRequest& request)
 {
     const SpectrumPlan plan = planSpectrum(request);
-    const std::string reach = "resolution " + generalNumber(plan.resolution, 4) + " Hz, up to " +
-                              generalNumber(plan.highest, 6) + " Hz, " + memoryText(plan.bytes);
+    std::string reach = "resolution " + generalNumber(plan.resolution, 4) + " Hz, up to " +
+                        generalNumber(plan.highest, 6) + " Hz, " + memoryText(plan.bytes);
+    const std::vector<OctaveBand> bands = octaveBands(request);
+    if (!bands.empty())
+        reach = counted(bands.size(), "band") + " of " + generalNumber(bands.front().nominal, 4) + " to " +
+                generalNumber(bands.back().nominal, 6) + " Hz, " + reach;
     if (request.averaged)
         return counted(plan.segments, "segment") + " of " + groupedDigits(plan.used) + " samples, " + reach;
     return groupedDigits(plan.used) + " of " + groupedDigits(request.to - request.from + 1) + " samples, " +
            reach;
+}
+
+std::string powerUnit(const std::string& unit)
+{
+    return unit.empty() ? unit : inParentheses(unit) + "²";
 }
 
 const char* spectrumResultName(SpectrumResult result)
@@ -81,8 +100,41 @@ std::string spectrumUnit(TSFILE& source, const SpectrumRequest& request)
     return resultUnit(std::string(unitIn(headerUtf8(source.columnDescription(request.column)))), request);
 }
 
+namespace {
+
+void describeBands(TSFILE& source, const SpectrumRequest& request, TSFILE& bands)
+{
+    const std::string text =
+        std::string(rowOf(request.result).name) + " of " + headerUtf8(source.columnName(request.column));
+    const struct
+    {
+        const char* name;
+        std::string text;
+    } columns[] = {{"Time", "Middle of the band [Hz]"},
+                   {request.decibel ? "Level" : rowOf(request.result).column,
+                    fittingDescription(text, spectrumUnit(source, request))},
+                   {"From", "Lower edge [Hz]"},
+                   {"To", "Upper edge [Hz]"},
+                   {"Nominal", "Name of the band [Hz]"}};
+    bands.dt(1.0F);
+    bands.timeUnit("Frequency[Hz]");
+    bands.makeTimeColumns(1, 0);
+    std::uint32_t c = 0;
+    for (const auto& column : columns) {
+        bands.columnName(++c, column.name);
+        bands.columnDescription(c, column.text.c_str());
+        bands.stampColumn(c);
+    }
+}
+
+}  // namespace
+
 void describeSpectrum(TSFILE& source, const SpectrumRequest& request, TSFILE& spectrum)
 {
+    if (hasBands(request.result)) {
+        describeBands(source, request, spectrum);
+        return;
+    }
     const ResultRow& row = rowOf(request.result);
     const bool parts = request.result == SpectrumResult::RealImaginary;
     const std::string column = " of " + headerUtf8(source.columnName(request.column));

@@ -1,5 +1,6 @@
 #include <cmath>
 
+#include "calc/OctaveBands.h"
 #include "calc/Spectrum.h"
 #include "calc/SpectrumDoubts.h"
 #include "calc/SpectrumPeaks.h"
@@ -80,7 +81,7 @@ public:
                 "real and imaginary parts are those of the whole range; segments have none in "
                 "common");
         m_analyses.check(m_request);
-        if (m_peaks > 0 && m_analyses.isWanted())
+        if (m_peaks > 0 && (m_analyses.isWanted() || hasBands(m_request.result)))
             throw UsageError("peaks are those of a spectrum");
         if (m_peaks > 0 && common.output == "-")
             throw UsageError("-o - and --peaks both want standard output");
@@ -106,13 +107,15 @@ public:
         }
         if (planSpectrum(request).segments == 0)
             throw JobError("the range is shorter than one segment");
+        if (spectrumRows(request) == 0)
+            throw JobError("no band has the three bins that it needs; take a longer range or segment");
         clearDoubts(job, *file, job.name, request);
 
         double mean = 0.0;
         PendingFile pending(job.target, ".veltrac-new", ".ts");
         {
             const auto made =
-                createTsFile(pending.path().string(), planSpectrum(request).bins, spectrumColumns(request));
+                createTsFile(pending.path().string(), spectrumRows(request), spectrumColumns(request));
             describeSpectrum(*file, request, *made);
             requireDone(computeSpectrum(*file, request, *made, mean, job.progress));
             describeMean(*file, request, mean, *made);
@@ -167,7 +170,7 @@ private:
             return;
         const std::string unit(unitIn(spectrum.columnDescription(2)));
         job.json["peaks"] = Json::array();
-        for (const SpectrumPeak& peak : findPeaks(spectrum, request, m_peaks)) {
+        for (const SpectrumPeak& peak : findPeaks(spectrum, request, {m_peaks})) {
             job.json["peaks"].push_back({{"frequency", peak.frequency}, {"value", peak.value}});
             job.text += generalNumber(peak.frequency, 7) + " Hz  " + generalNumber(peak.value, 5) +
                         (unit.empty() ? "" : " " + unit) + '\n';

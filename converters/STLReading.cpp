@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <map>
+#include <string>
+#include <string_view>
 
 #include "converters/STLFixedWidth.h"
+#include "core/Characters.h"
 
 namespace veltrac {
 
@@ -19,6 +22,15 @@ bool startsWithRemark(std::string_view line, char separator)
     const std::string_view text = at == std::string_view::npos ? std::string_view() : line.substr(at);
     return text.starts_with('#') || text.starts_with('%') || text.starts_with("//") ||
            (separator != ';' && text.starts_with(';'));
+}
+
+// Whether a line has digits on both sides of the sign.
+bool mayGroup(std::string_view line, char grouping)
+{
+    for (std::size_t at = line.find(grouping); at != std::string_view::npos; at = line.find(grouping, at + 1))
+        if (at > 0 && at + 1 < line.size() && isDigit(line[at - 1]) && isDigit(line[at + 1]))
+            return true;
+    return false;
 }
 
 double worth(STLKind kind)
@@ -105,16 +117,35 @@ STLReading scoredReading(const STLSample& sample, char separator, char decimal)
 
 std::vector<STLReading> allReadings(const STLSample& sample)
 {
+    const auto anyLine = [&sample](auto holds) {
+        return std::any_of(sample.lines.begin(), sample.lines.end(), holds);
+    };
+    const auto has = [&anyLine](char c) {
+        return anyLine([c](const STLLine& line) { return line.text.find(c) != std::string::npos; });
+    };
     // Only a cell in quotes can hold its separator, as its decimal sign or between thousands.
-    const bool quoted = std::any_of(sample.lines.begin(), sample.lines.end(), [](const STLLine& line) {
-        return line.text.find('"') != std::string::npos;
-    });
+    const bool quoted = has('"');
+    const bool hasComma = has(',');
+    // What stands nowhere separates nothing: one such separator is as good as all.
+    std::string separators;
+    bool hasAbsent = false;
+    for (const char separator : kSeparators) {
+        const bool isThere = has(separator);
+        if (isThere || !hasAbsent)
+            separators += separator;
+        hasAbsent = hasAbsent || !isThere;
+    }
     std::vector<STLReading> readings;
-    for (const char grouping : kGroupings)
-        for (const char separator : kSeparators)
+    for (const char grouping : kGroupings) {
+        if (grouping != 0 &&
+            !anyLine([grouping](const STLLine& line) { return mayGroup(line.text, grouping); }))
+            continue;
+        for (const char separator : separators)
             for (const char decimal : {'.', ','})
-                if (grouping != decimal && (quoted || (separator != decimal && grouping != separator)))
+                if ((decimal == '.' || hasComma) && grouping != decimal &&
+                    (quoted || (separator != decimal && grouping != separator)))
                     readings.push_back(scored(sample, separator, decimal, grouping));
+    }
     // The earlier one wins a tie, so digits are grouped only where that explains more.
     std::stable_sort(readings.begin(), readings.end(),
                      [](const STLReading& a, const STLReading& b) { return a.score > b.score; });

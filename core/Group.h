@@ -2,12 +2,14 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "core/CellImage.h"
 #include "core/HsVariable.h"
 #include "core/XAxis.h"
+#include "core/XyPath.h"
 
 // Whole: the limits of the whole series, so that panning keeps the scale. View: those of what is in view,
 // found anew with each view. Fixed: as they were set.
@@ -24,6 +26,10 @@ public:
     // Drawn instead of the first variable, a mark whose rows are the picture's samples: y is the picture's
     // own axis.
     std::shared_ptr<veltrac::CellImage> image;
+    // A horizontal cursor at a place of the y axis.
+    std::optional<double> level;
+    // Drawn instead of the first variable, a mark that reaches as far as the path; x is the x axis.
+    std::shared_ptr<veltrac::XyPath> path;
 
     Variables& variables() noexcept { return m_variables; }
     const Variables& variables() const noexcept { return m_variables; }

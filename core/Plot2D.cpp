@@ -145,6 +145,8 @@ void Plot2D::setMode(XMode mode)
     for (std::optional<double>& cursor : m_cursors)
         if (cursor)
             cursor = convert(*cursor);
+    for (PlotNote& note : notes)
+        note.x = convert(note.x);
     m_axis = next;
     m_past.clear();
     m_future.clear();

@@ -17,6 +17,13 @@
 
 enum class PlotGrid { None, Gray, Dotted, Black };
 
+// A text at a place of the x axis.
+struct PlotNote
+{
+    double x = 0.0;
+    std::string text;  // UTF-8
+};
+
 class Plot2D
 {
 public:
@@ -116,6 +123,7 @@ public:
     PlotGrid grid = PlotGrid::Gray;
     bool legend = true;
     std::string title;  // UTF-8; above the plot
+    std::vector<PlotNote> notes;
 
 private:
     struct YLimits

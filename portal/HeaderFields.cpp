@@ -102,13 +102,13 @@ void HeaderFields::addChecks()
 
 void HeaderFields::layOut()
 {
-    enum Place { kLeft, kRight, kBoth };
+    enum Side { kLeft, kRight, kBoth };
     struct Field
     {
         const char* label;
         QWidget* field;
         int row;
-        Place place;
+        Side place;
         const char* help;
     };
     const Field rows[] = {

@@ -50,11 +50,8 @@ QString hardCopy(QWidget* window, const QString& suggestion, const PsParameters&
                  const std::function<void(BasicDriver&)>& draw)
 {
     QString fileName =
-        isSvg(suggestion)
-            ? askSaveName(window, {QStringLiteral("Save picture"), suggestion,
-                                   QStringLiteral("SVG pictures (*.svg)"), QStringLiteral("svg")})
-            : askSaveName(window, {QStringLiteral("Hard copy"), suggestion,
-                                   QStringLiteral("PostScript files (*.eps)"), QStringLiteral("eps")});
+        askSaveName(window, {QStringLiteral("Hard copy"), suggestion,
+                             QStringLiteral("PostScript files (*.eps)"), QStringLiteral("eps")});
     if (fileName.isEmpty())
         return {};
     const QString failure = writeHardCopy(fileName, parameters, draw);

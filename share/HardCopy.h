@@ -12,9 +12,9 @@ class QWidget;
 
 namespace veltrac {
 
-// Asks for a file name ("*.eps", or "*.svg" where the suggestion ends so, `suggestion` first; an older file
-// is asked about) and writes what `draw` draws, between BeginPage() and EndPage(). A failure is told in a
-// box. Returns the file's name, empty where the user cancelled or it failed.
+// Asks for a file name ("*.eps", `suggestion` first; an older file is asked about) and writes what `draw`
+// draws, between BeginPage() and EndPage(). A failure is told in a box. Returns the file's name, empty where
+// the user cancelled or it failed.
 QString hardCopy(QWidget* window, const QString& suggestion, const PsParameters& parameters,
                  const std::function<void(BasicDriver&)>& draw);
 

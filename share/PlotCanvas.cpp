@@ -94,12 +94,31 @@ void PlotCanvas::dropEvent(QDropEvent* event)
 
 // -- Keys --
 
+// Up and down step the horizontal cursor of a picture.
+bool PlotCanvas::moveLevel(const QKeyEvent& event)
+{
+    const int steps = event.key() == Qt::Key_Up ? 1 : event.key() == Qt::Key_Down ? -1 : 0;
+    if (steps == 0 || (event.modifiers() & ~Qt::KeypadModifier) != Qt::NoModifier)
+        return false;
+    for (std::size_t g = 0; g < plot().groups().size(); ++g) {
+        const Group& group = plot().groups()[g];
+        if (!group.image)
+            continue;
+        const double at = group.level.value_or((group.y1() + group.y2()) / 2.0) + steps * group.image->step();
+        placeLevel(static_cast<int>(g), std::clamp(at, group.image->step(), group.image->greatest()));
+        return true;
+    }
+    return false;
+}
+
 bool PlotCanvas::handleKey(const QKeyEvent& event)
 {
     if (const int step = cursorStep(event); step != 0) {
         moveCursor(step);
         return true;
     }
+    if (moveLevel(event))
+        return true;
     const PlotCommand* const command = plotCommandOf(event);
     if (command == nullptr)
         return false;

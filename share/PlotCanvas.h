@@ -84,6 +84,7 @@ protected:
 private:
     void replacePlot(Plot2D fresh);
     bool handleKey(const QKeyEvent& event);
+    bool moveLevel(const QKeyEvent& event);
 
     veltrac::PlotGestures m_gestures;
 };

@@ -35,13 +35,13 @@ const PlotCommand kCommands[] = {
     {"To the &greatest in view", &C::sl_toGreatest, Part::Cursors, Qt::Key_M, 0, false},
     {"To the &least in view", &C::sl_toLeast, Part::Cursors, kShift | Qt::Key_M, 0, false},
     {"&Remove the cursors", &C::sl_clearCursors, Part::Cursors, Qt::Key_Escape, 0, false},
+    {"&Note at the cursor…", &C::sl_note, Part::Cursors, Qt::Key_N, 0, false},
     {"Copy read-&out", &C::sl_copyReadout, Part::Output, kControl | Qt::Key_C, 0, false},
     {"Copy &picture", &C::sl_copyPicture, Part::Output, kControl | kShift | Qt::Key_C, 0, true},
     {"&Hard copy (EPS)…", &C::sl_hardCopy, Part::Output, kControl | Qt::Key_E, 0, false},
     {"Hard copy &with cursors…", &C::sl_hardCopyWithCursors, Part::Output, 0, 0, false},
     {"Postscript para&meters…", &C::sl_psParameters, Part::Output, 0, 0, false},
-    {"&Save picture (PNG)…", &C::sl_savePicture, Part::Output, 0, 0, false},
-    {"Save picture (S&VG)…", &C::sl_saveSvg, Part::Output, 0, 0, false},
+    {"&Save picture…", &C::sl_savePicture, Part::Output, 0, 0, false},
     {"P&rint…", &C::sl_print, Part::Output, kControl | Qt::Key_P, 0, false},
 };
 

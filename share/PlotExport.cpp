@@ -24,6 +24,16 @@
 
 namespace veltrac {
 
+QString unreadText(const PlotLayout& layout)
+{
+    QStringList columns;
+    for (const std::string& column : layout.unread)
+        columns.append(QString::fromStdString(column));
+    return columns.isEmpty() ? QString()
+                             : QObject::tr("%1. Hide what cannot be read, or read it again (F5)")
+                                   .arg(columns.join(QStringLiteral("; ")));
+}
+
 namespace {
 
 std::vector<PlotColor> plotColors(const std::vector<QColor>& colors)
@@ -41,17 +51,6 @@ std::vector<QColor> grayOf(std::vector<QColor> colors)
     for (QColor& c : colors)
         c.setRgb(qRgb(qGray(c.rgb()), qGray(c.rgb()), qGray(c.rgb())));
     return colors;
-}
-
-// Why a picture is not worth keeping; empty where it is.
-QString unreadText(const PlotLayout& layout)
-{
-    QStringList columns;
-    for (const std::string& column : layout.unread)
-        columns.append(QString::fromStdString(column));
-    return columns.isEmpty() ? QString()
-                             : QObject::tr("%1. Hide what cannot be read, or read it again (F5)")
-                                   .arg(columns.join(QStringLiteral("; ")));
 }
 
 auto painter(const PsParameters& parameters, const Plot2D& plot, const std::vector<QColor>& colors,
@@ -113,13 +112,6 @@ QString plotHardCopy(QWidget* window, const QString& name, const PsParameters& p
                     painter(parameters, plot, colors, withCursors));
 }
 
-QString saveSvgPicture(QWidget* window, const QString& name, const PsParameters& parameters,
-                       const Plot2D& plot, const std::vector<QColor>& colors)
-{
-    return hardCopy(window, name + QStringLiteral(".svg"), parameters,
-                    painter(parameters, plot, colors, true));
-}
-
 QString writePlotEps(const QString& fileName, const PsParameters& parameters, const Plot2D& plot,
                      const std::vector<QColor>& colors, bool withCursors)
 {
@@ -136,26 +128,8 @@ QString writePicture(const QString& fileName, const QImage& image)
     return writeWhole(fileName, bytes);
 }
 
-QString savePicture(QWidget* window, const QString& name, const PlotLayout& layout, const QImage& image)
-{
-    const QString title = QObject::tr("Save picture");
-    if (const QString unread = unreadText(layout); !unread.isEmpty()) {
-        showBox(QMessageBox::Warning, window, title, QObject::tr("No picture was saved: %1").arg(unread));
-        return {};
-    }
-    QString file = askSaveName(window, {title, name + QStringLiteral(".png"), QObject::tr("Pictures (*.png)"),
-                                        QStringLiteral("png")});
-    if (file.isEmpty())
-        return {};
-    const QString failure = writePicture(file, image);
-    if (failure.isEmpty())
-        return file;
-    showBox(QMessageBox::Warning, window, title, failure);
-    return {};
-}
-
 QString writePlotPdf(const QString& fileName, const QPageLayout& page, const Plot2D& plot,
-                     const std::vector<QColor>& colors, bool isGray)
+                     const std::vector<QColor>& colors, bool isGray, bool withCursors)
 {
     // In memory first, too: a printer that prints to a file tells of no write that failed.
     QByteArray bytes;
@@ -169,6 +143,7 @@ QString writePlotPdf(const QString& fileName, const QPageLayout& page, const Plo
     PlotLook look;
     look.colors = plotColors(isGray ? grayOf(colors) : colors);
     look.dashes = isGray;
+    look.cursors = withCursors;
     QtDriver driver(&pdf);
     if (const QString failure = paintPage(driver, plot, look); !failure.isEmpty())
         return QObject::tr("%1 was not written: %2").arg(QFileInfo(fileName).fileName(), failure);

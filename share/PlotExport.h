@@ -22,9 +22,6 @@ namespace veltrac {
 // file's name, empty where nothing was written.
 QString plotHardCopy(QWidget* window, const QString& name, const PsParameters& parameters, const Plot2D& plot,
                      const std::vector<QColor>& colors, bool withCursors);
-// The picture as SVG, cursors included, else as above.
-QString saveSvgPicture(QWidget* window, const QString& name, const PsParameters& parameters,
-                       const Plot2D& plot, const std::vector<QColor>& colors);
 // The hard copy without a question, as SVG where the name ends so; returns the failure's text, empty when the
 // file is whole.
 QString writePlotEps(const QString& fileName, const PsParameters& parameters, const Plot2D& plot,
@@ -33,14 +30,13 @@ QString writePlotEps(const QString& fileName, const PsParameters& parameters, co
 // Writes a PNG file; an older one is replaced only by a whole one. Returns the failure's text, empty where
 // the file is whole.
 QString writePicture(const QString& fileName, const QImage& image);
-// The same after asking for a file name; the image shows a plot that came to lie as `layout` tells. Returns
-// the file's name, empty where the user cancelled or it failed.
-QString savePicture(QWidget* window, const QString& name, const PlotLayout& layout, const QImage& image);
+// Why a picture that came to lie as `layout` tells is not worth keeping; empty where it is.
+QString unreadText(const PlotLayout& layout);
 
-// Writes a page of PDF; an older file is replaced only by a whole one. Without colours, dash patterns tell the
-// lines apart. Returns the failure's text, empty where the file is whole.
+// Writes a page of PDF; an older file is replaced only by a whole one. Without colours, dash patterns tell
+// the lines apart. Returns the failure's text, empty where the file is whole.
 QString writePlotPdf(const QString& fileName, const QPageLayout& page, const Plot2D& plot,
-                     const std::vector<QColor>& colors, bool isGray = false);
+                     const std::vector<QColor>& colors, bool isGray = false, bool withCursors = false);
 
 // Asks for a printer to print `name` on; failures are told in a box. False where nothing was printed.
 bool printPlot(QWidget* window, const QString& name, const Plot2D& plot, const std::vector<QColor>& colors);

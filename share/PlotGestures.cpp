@@ -44,17 +44,48 @@ std::optional<Plot2D::Cursor> PlotGestures::cursorNear(const QPoint& pixel) cons
     return std::nullopt;
 }
 
+int PlotGestures::levelNear(const QPoint& pixel) const
+{
+    const PlotView::Place place = m_view.placeOf(pixel);
+    if (place.zone != PlotView::Zone::Plot)
+        return -1;
+    const std::optional<double>& level = m_view.plot().groups()[static_cast<std::size_t>(place.group)].level;
+    return level && std::abs(m_view.pixelOfY(place.group, *level) - pixel.y()) <= kGrabDistance ? place.group
+                                                                                                : -1;
+}
+
+// The end of the range that was taken hold of goes with the mouse: all of the bar is the range once more.
+void PlotGestures::dragColors(int pixels)
+{
+    constexpr double kLeastSpan = 1e-6;  // of what it was
+    CellImage* const image = m_view.plot().groups()[static_cast<std::size_t>(m_dragGroup)].image.get();
+    const int width = m_view.colorBarArea(m_dragGroup).width();
+    if (image == nullptr || width < 2)
+        return;
+    const double span = image->high - image->low;
+    const double by = span * pixels / width;
+    if (m_drag == Drag::LowColor)
+        image->low = std::min(image->low + by, image->high - kLeastSpan * span);
+    else
+        image->high = std::max(image->high + by, image->low + kLeastSpan * span);
+    m_view.replot();
+}
+
 void PlotGestures::updateShape(const QPoint& pixel)
 {
     const PlotView::Place place = m_view.placeOf(pixel);
     if (m_spaceHeld && place.zone == PlotView::Zone::Plot)
         m_view.setCursor(m_drag == Drag::Pan ? Qt::ClosedHandCursor : Qt::OpenHandCursor);
     else if (place.zone == PlotView::Zone::Plot)
-        m_view.setCursor(cursorNear(pixel) ? Qt::SplitHCursor : Qt::CrossCursor);
-    else if (place.zone == PlotView::Zone::XAxis)
+        m_view.setCursor(cursorNear(pixel)       ? Qt::SplitHCursor
+                         : levelNear(pixel) >= 0 ? Qt::SplitVCursor
+                                                 : Qt::CrossCursor);
+    else if (place.zone == PlotView::Zone::XAxis || place.zone == PlotView::Zone::ColorBar)
         m_view.setCursor(Qt::SizeHorCursor);
     else if (place.zone == PlotView::Zone::YAxis)
         m_view.setCursor(Qt::SizeVerCursor);
+    else if (place.zone == PlotView::Zone::Margin)
+        m_view.setCursor(Qt::IBeamCursor);
     else
         m_view.unsetCursor();
 }
@@ -68,7 +99,9 @@ void PlotGestures::press(const QMouseEvent& event)
     const PlotView::Place place = m_view.placeOf(mousePlace(event));
     m_dragGroup = place.group;
     ++m_gesture;
-    if (event.button() == Qt::MiddleButton && place.zone != PlotView::Zone::None) {
+    const bool isBeside = place.zone == PlotView::Zone::None || place.zone == PlotView::Zone::Margin ||
+                          place.zone == PlotView::Zone::ColorBar;
+    if (event.button() == Qt::MiddleButton && !isBeside) {
         m_drag = Drag::Pan;
         m_view.setCursor(Qt::ClosedHandCursor);
         return;
@@ -79,12 +112,17 @@ void PlotGestures::press(const QMouseEvent& event)
         m_drag = Drag::Pan;
     } else if (place.zone == PlotView::Zone::YAxis) {
         m_drag = Drag::PanY;
+    } else if (place.zone == PlotView::Zone::ColorBar) {
+        const bool isLow = mousePlace(event).x() < m_view.colorBarArea(place.group).center().x();
+        m_drag = isLow ? Drag::LowColor : Drag::HighColor;
     } else if (place.zone == PlotView::Zone::Plot) {
         const std::optional<Plot2D::Cursor> cursor = cursorNear(mousePlace(event));
         if (m_spaceHeld)
             m_drag = Drag::Pan;
         else if (cursor && !m_shiftHeld)
             m_drag = *cursor == Plot2D::A ? Drag::CursorA : Drag::CursorB;
+        else if (levelNear(mousePlace(event)) >= 0)
+            m_drag = Drag::Level;
         else
             m_drag = Drag::Band;
     }
@@ -134,6 +172,16 @@ void PlotGestures::dragTo(const QPoint& pixel)
             break;
         case Drag::CursorB:
             m_view.placeCursor(Plot2D::B, m_view.xAt(std::clamp(pixel.x(), area.left(), area.right())));
+            break;
+        case Drag::Level: {
+            const QRect frame = m_view.groupArea(m_dragGroup);
+            m_view.placeLevel(m_dragGroup,
+                              m_view.yAt(m_dragGroup, std::clamp(pixel.y(), frame.top(), frame.bottom())));
+            break;
+        }
+        case Drag::LowColor:
+        case Drag::HighColor:
+            dragColors(moved.x());
             break;
         case Drag::None:
             break;
@@ -193,6 +241,10 @@ void PlotGestures::clickAt(const QPoint& pixel, bool shift)
 {
     for (const Plot2D::Cursor which : {Plot2D::A, Plot2D::B})
         m_cursorsBeforeClick[which] = m_view.plot().cursor(which);
+    const int group = m_view.groupAt(pixel);
+    const bool hasPicture = group >= 0 && m_view.plot().groups()[static_cast<std::size_t>(group)].image;
+    if (hasPicture && !shift)
+        m_view.plot().groups()[static_cast<std::size_t>(group)].level = m_view.yAt(group, pixel.y());
     m_view.placeCursor(shift ? Plot2D::B : Plot2D::A, m_view.xAt(pixel.x()));
 }
 
@@ -203,6 +255,10 @@ void PlotGestures::doubleClick(const QMouseEvent& event)
         return;
     if (place.zone == PlotView::Zone::XAxis || place.zone == PlotView::Zone::YAxis) {
         m_view.editLimits(place);
+        return;
+    }
+    if (place.zone == PlotView::Zone::Margin) {
+        m_view.editNote(m_view.xAt(mousePlace(event).x()));
         return;
     }
     if (place.zone != PlotView::Zone::Plot)
@@ -225,7 +281,8 @@ void PlotGestures::wheel(QWheelEvent& event)
     const double notches = (turned.y() != 0 ? turned.y() : turned.x()) / static_cast<double>(kNotch);
     const QPoint pixel = mousePlace(event);
     const PlotView::Place place = m_view.placeOf(pixel);
-    if (notches == 0.0 || place.zone == PlotView::Zone::None) {
+    if (notches == 0.0 || place.zone == PlotView::Zone::None || place.zone == PlotView::Zone::Margin ||
+        place.zone == PlotView::Zone::ColorBar) {
         event.ignore();
         return;
     }

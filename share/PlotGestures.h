@@ -34,9 +34,12 @@ public:
     void cancel();
 
 private:
-    enum class Drag { None, Band, Pan, PanY, CursorA, CursorB };
+    enum class Drag { None, Band, Pan, PanY, CursorA, CursorB, Level, LowColor, HighColor };
 
     std::optional<Plot2D::Cursor> cursorNear(const QPoint& pixel) const;
+    // The group whose horizontal cursor is there; -1 where none is.
+    int levelNear(const QPoint& pixel) const;
+    void dragColors(int pixels);
     void updateShape(const QPoint& pixel);
     QRect bandArea() const;
     void finishBand();

@@ -59,17 +59,16 @@ void PlotOutput::sl_psParameters()
 
 void PlotOutput::sl_savePicture()
 {
-    const QImage picture = image();
-    const QString file = savePicture(window(), m_suggestedName, pictureLayout(), picture);
-    if (!file.isEmpty())
-        emit x_told(tr("Saved %1").arg(file));
-}
-
-void PlotOutput::sl_saveSvg()
-{
-    const QString file = saveSvgPicture(window(), m_suggestedName, m_psParameters, plot(), colors());
-    if (!file.isEmpty())
-        emit x_told(tr("Saved %1").arg(file));
+    PictureRequest request = m_pictureRequest;
+    if (request.widthMm == 0.0) {
+        request.widthMm = millimetresOf(contentsRect().width());
+        request.heightMm = millimetresOf(contentsRect().height());
+    }
+    const QString file = savePlotPicture(window(), m_suggestedName, request, *this, m_psParameters);
+    if (file.isEmpty())
+        return;
+    m_pictureRequest = request;
+    emit x_told(tr("Saved %1").arg(file));
 }
 
 void PlotOutput::sl_print()

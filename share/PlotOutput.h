@@ -4,6 +4,7 @@
 #include <QPointer>
 #include <QString>
 
+#include "share/PictureSaving.h"
 #include "share/PlotView.h"
 #include "share/PsParameters.h"
 
@@ -29,7 +30,6 @@ public slots:
     void sl_hardCopy();
     void sl_hardCopyWithCursors();
     void sl_savePicture();
-    void sl_saveSvg();
     void sl_print();
     void sl_psParameters();
 
@@ -38,6 +38,7 @@ private:
 
     PsParameters m_psParameters;
     QPointer<PsConfigDialog> m_psDialog;  // while it is open
+    PictureRequest m_pictureRequest;      // as the dialog was left; without a size before it was open
     QString m_suggestedName = QStringLiteral("plot");
 };
 

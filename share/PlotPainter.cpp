@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <span>
 #include <string>
 
 #include "core/NumberTexts.h"
@@ -10,6 +11,7 @@
 #include "share/ColorMap.h"
 #include "share/Dashes.h"
 #include "share/ImageDevice.h"
+#include "share/SmoothDevice.h"
 
 using namespace veltrac;
 
@@ -32,6 +34,8 @@ constexpr float kRightChars = 3.5F;                    // behind the last label'
 constexpr float kLegendStroke = 2.5F;
 constexpr float kLegendGap = 1.2F;
 constexpr int kEdgePixels = 2;
+constexpr int kNoteStyle = 4;                      // dots
+constexpr std::size_t kMostSmoothPoints = 20'000;  // of all curves: more would cost the frame
 
 // A rendered view in colours, without the margins where no cell is; in fractions of the frame.
 struct CellPicture
@@ -90,8 +94,13 @@ public:
         }
         placeGroups();
         m_curves = curvesOf(m_plot, plotColumns(), m_look.markerGap);
+        std::size_t points = 0;
+        for (const Curve& curve : m_curves)
+            points += curve.points.size() / 2;
+        m_isSmooth = m_look.smooth && points <= kMostSmoothPoints;
         for (std::size_t i = 0; i < m_layout.groups.size(); ++i)
             drawGroup(i);
+        drawNotes();
         drawTitle();
         for (const Curve& curve : m_curves)
             if (curve.unread)
@@ -384,11 +393,14 @@ private:
         m_driver.SetClip(true);
         if (group(i).image)
             drawCells(i);
+        if (group(i).path)
+            drawPath(i);
         for (const Curve& curve : m_curves)
-            if (curve.group == m_layout.groupOf[i] && !(group(i).image && curve.variable->variable().isMark))
+            if (curve.group == m_layout.groupOf[i] &&
+                !((group(i).image || group(i).path) && curve.variable->variable().isMark))
                 drawCurve(curve);
         if (m_look.cursors)
-            drawCursors();
+            drawCursors(group(i));
         m_driver.SetClip(false);
         plainPen();
         m_driver.FontControl(m_look.textScale, 0);
@@ -399,6 +411,184 @@ private:
             drawColorBar(i);
         else if (hasLegend(i))
             drawLegend(i);
+    }
+
+    // -- Paths --
+
+    // Where a value lies in the frame, from 0 to 1; NaN where a logarithmic axis has no place for it.
+    double placeX(double x) const { return m_plot.fractionOf(x); }
+    static double placeY(const Group& g, double y)
+    {
+        const double low = g.toScale(g.y1());
+        return (g.toScale(y) - low) / (g.toScale(g.y2()) - low);
+    }
+
+    void drawPath(std::size_t i)
+    {
+        const Group& g = group(i);
+        if (g.variables().empty())
+            return;
+        penOf(g.variables().front()->variable());
+        if (g.path->isCloud()) {
+            drawCloud(g);
+            return;
+        }
+        const std::vector<double>& points = g.path->points();
+        setSmooth(m_driver, m_look.smooth && points.size() / 2 <= kMostSmoothPoints);
+        std::size_t begin = 0;
+        for (const std::size_t end : g.path->runEnds()) {
+            drawPathRun(g, std::span(points).subspan(2 * begin, 2 * (end - begin)));
+            begin = end;
+        }
+        setSmooth(m_driver, false);
+    }
+
+    // What lies far outside is cut off before the driver's pixels have no numbers for it.
+    void drawPathRun(const Group& g, std::span<const double> points)
+    {
+        std::vector<float> line;
+        const auto flush = [&] {
+            if (line.size() == 2)
+                m_driver.Dot(line[0], line[1]);
+            else if (line.size() > 2)
+                m_driver.Polyline(line.data(), static_cast<int>(line.size() / 2), false, false);
+            line.clear();
+        };
+        Place before;
+        bool hasBefore = false;
+        for (std::size_t p = 0; p < points.size(); p += 2) {
+            const Place at{placeX(points[p]), placeY(g, points[p + 1])};
+            const bool isThere = std::isfinite(at.x) && std::isfinite(at.y);
+            Place from = hasBefore ? before : at;
+            Place to = at;
+            const bool isSeen = isThere && cutToFrame(from, to);
+            if (!isSeen || from.x != before.x || from.y != before.y)
+                flush();
+            if (isSeen && line.empty())
+                line.insert(line.end(), {static_cast<float>(from.x), static_cast<float>(from.y)});
+            if (isSeen && hasBefore)
+                line.insert(line.end(), {static_cast<float>(to.x), static_cast<float>(to.y)});
+            before = at;
+            hasBefore = isThere;
+        }
+        flush();
+    }
+
+    struct Place
+    {
+        double x = 0.0, y = 0.0;
+    };
+    // The part of a stroke that lies in the frame or a little beside it (Y.-D. Liang, B. A. Barsky, ACM
+    // Trans. Graphics 3 (1984)); false where there is none.
+    static bool cutToFrame(Place& from, Place& to)
+    {
+        constexpr double kBeside = 0.1;
+        const Place step{to.x - from.x, to.y - from.y};
+        double first = 0.0;
+        double last = 1.0;
+        const auto cut = [&](double along, double room) {
+            if (along == 0.0)
+                return room >= 0.0;
+            const double part = room / along;
+            if (along > 0.0)
+                last = std::min(last, part);
+            else
+                first = std::max(first, part);
+            return first <= last;
+        };
+        if (!cut(-step.x, from.x + kBeside) || !cut(step.x, 1.0 + kBeside - from.x) ||
+            !cut(-step.y, from.y + kBeside) || !cut(step.y, 1.0 + kBeside - from.y))
+            return false;
+        if (last < 1.0)
+            to = {from.x + last * step.x, from.y + last * step.y};
+        if (first > 0.0)
+            from = {from.x + first * step.x, from.y + first * step.y};
+        return true;
+    }
+
+    // How many cells of a side of a cloud are drawn as one: they need not be finer than pixels.
+    std::uint32_t cellsTogether(const XyPath::Rectangle& seen) const
+    {
+        constexpr double kFinest = 1024.0;
+        const double part = placeX(seen.x2) - placeX(seen.x1);
+        const double wanted = std::min(kFinest, part * plotColumns());
+        std::uint32_t together = 1;
+        while (together < XyPath::kCloudCells && XyPath::kCloudCells / static_cast<double>(together) > wanted)
+            together *= 2;
+        return together;
+    }
+
+    // Rows of cells as filled strips.
+    void drawCloud(const Group& g)
+    {
+        const XyPath::Rectangle& seen = g.path->seen();
+        const std::uint32_t together = cellsTogether(seen);
+        const std::uint32_t cells = XyPath::kCloudCells / together;
+        std::vector<bool> filled(std::size_t{cells} * cells);
+        for (const XyPath::CloudRun& run : g.path->cloudRuns())
+            for (std::uint32_t c = run.first / together; c <= run.last / together; ++c)
+                filled[std::size_t{run.row / together} * cells + c] = true;
+        const auto x = [&](std::uint32_t cell) {
+            return static_cast<float>(placeX(seen.x1 + (seen.x2 - seen.x1) * cell / cells));
+        };
+        const auto y = [&](std::uint32_t cell) {
+            return static_cast<float>(placeY(g, seen.y1 + (seen.y2 - seen.y1) * cell / cells));
+        };
+        for (std::uint32_t row = 0; row < cells; ++row)
+            for (std::uint32_t first = 0; first < cells; ++first) {
+                std::uint32_t end = first;
+                while (end < cells && filled[std::size_t{row} * cells + end])
+                    ++end;
+                if (end == first)
+                    continue;
+                const float strip[8] = {x(first), y(row),     x(end),   y(row),
+                                        x(end),   y(row + 1), x(first), y(row + 1)};
+                m_driver.Polyline(strip, 4, true, true);
+                first = end;
+            }
+    }
+
+    // -- Notes --
+
+    // A dotted line through all frames, its text at the top, below those that it would run into.
+    void drawNotes()
+    {
+        constexpr float kFirstRow = 1.4F;  // lines; above it cursors have their letters
+        constexpr float kGap = 0.5F;       // characters
+        std::vector<float> rowEnds;
+        std::vector<PlotNote> notes = m_plot.notes;
+        std::sort(notes.begin(), notes.end(), [](const auto& a, const auto& b) { return a.x < b.x; });
+        for (const PlotNote& note : notes) {
+            const auto at = static_cast<float>(m_plot.fractionOf(note.x));
+            if (!(at >= 0.0F && at <= 1.0F))
+                continue;
+            plainPen();
+            m_driver.SetLineStyle(kNoteStyle);
+            for (std::size_t i = 0; i < m_layout.groups.size(); ++i) {
+                setViewport(i);
+                m_driver.SetWindow(0.0F, 0.0F, 1.0F, 1.0F);
+                m_driver.MoveTo(at, 0.0F);
+                m_driver.LineTo(at, 1.0F);
+                m_driver.Flush();
+            }
+            whole();
+            plainPen();
+            float width = 0.0F;
+            m_driver.TextExtent(note.text.c_str(), &width, nullptr);
+            const float x = m_x1 + at * (m_x2 - m_x1);
+            const bool isLeft = x + kGap * m_charWidth + width > m_x2;
+            const float begin = isLeft ? x - width : x;
+            std::size_t row = 0;
+            while (row < rowEnds.size() && begin < rowEnds[row])
+                ++row;
+            rowEnds.resize(std::max(rowEnds.size(), row + 1));
+            rowEnds[row] = begin + width + 2.0F * kGap * m_charWidth;
+            m_driver.SetTextJustification(isLeft ? 1.0F : 0.0F, 1.0F);
+            m_driver.MoveTo(
+                x + (isLeft ? -kGap : kGap) * m_charWidth,
+                m_layout.groups.front().y2 - (kFirstRow + static_cast<float>(row)) * m_charHeight);
+            m_driver.Text(note.text.c_str(), 0, 0.0F, 0);
+        }
     }
 
     // -- Pictures --
@@ -464,7 +654,9 @@ private:
         m_driver.Text(low.c_str(), 0, 0.0F, 0);
         const float left = f.x1 + width + 0.6F * m_charWidth;
         const float right = std::min(left + kBarChars * m_charWidth, f.x2);
-        drawImage(m_driver, left, base, right, base + 0.8F * m_charHeight, bar);
+        const float top = base + 0.8F * m_charHeight;
+        drawImage(m_driver, left, base, right, top, bar);
+        m_layout.colorBars.push_back({m_layout.groupOf[i], {left, base, right, top}});
         plainPen();
         m_driver.MoveTo(right + 0.6F * m_charWidth, base);
         m_driver.Text(high.c_str(), 0, 0.0F, 0);
@@ -526,6 +718,13 @@ private:
             m_driver.DrawMarker(point[0], point[1], kFullSquare, m_look.markerSize / 2);
     }
 
+    void drawCurveLine(const Variable& v, const float* points, std::size_t count)
+    {
+        setSmooth(m_driver, m_isSmooth);
+        drawLine(v, points, count);
+        setSmooth(m_driver, false);
+    }
+
     void drawCurve(const Curve& curve)
     {
         const Variable& v = curve.variable->variable();
@@ -537,7 +736,7 @@ private:
                 if (end - begin == 1)
                     drawLoneSample(curve, points);
                 else
-                    drawLine(v, points, end - begin);
+                    drawCurveLine(v, points, end - begin);
                 begin = end;
             }
         }
@@ -547,20 +746,38 @@ private:
                 m_driver.DrawMarker(curve.markers[p], curve.markers[p + 1], v.marker, m_look.markerSize);
     }
 
-    void drawCursors()
+    // Over the dark colours of a picture a line has a light seam.
+    void drawCursorLine(const Group& g, float x1, float y1, float x2, float y2, int style)
     {
-        plainPen();
-        m_driver.SetLineWidth(kCursorWidthMm * m_look.widthFactor);
+        constexpr float kSeam = 3.0F;
+        for (const bool isSeam : {true, false}) {
+            if (isSeam && !g.image)
+                continue;
+            plainPen();
+            if (isSeam)
+                m_driver.SetColor(1.0F, 1.0F, 1.0F);
+            else
+                m_driver.SetLineStyle(style);
+            m_driver.SetLineWidth((isSeam ? kSeam : 1.0F) * kCursorWidthMm * m_look.widthFactor);
+            m_driver.MoveTo(x1, y1);
+            m_driver.LineTo(x2, y2);
+            m_driver.Flush();
+        }
+    }
+
+    void drawCursors(const Group& g)
+    {
+        if (g.level) {
+            const auto y = static_cast<float>(placeY(g, *g.level));
+            drawCursorLine(g, 0.0F, y, 1.0F, y, 0);
+        }
         for (const Plot2D::Cursor which : {Plot2D::A, Plot2D::B}) {
             if (!m_plot.cursor(which))
                 continue;
             const auto x = static_cast<float>(m_plot.fractionOf(*m_plot.cursor(which)));
             if (!(x >= 0.0F && x <= 1.0F))
                 continue;
-            m_driver.SetLineStyle(which == Plot2D::A ? 0 : 9);
-            m_driver.MoveTo(x, 0.0F);
-            m_driver.LineTo(x, 1.0F);
-            m_driver.Flush();
+            drawCursorLine(g, x, 0.0F, x, 1.0F, which == Plot2D::A ? 0 : 9);
             m_driver.SetTextJustification(-0.3F, 1.2F);
             m_driver.MoveTo(x, 1.0F);
             m_driver.Text(which == Plot2D::A ? "A" : "B", 0, 0.0F, 0);
@@ -666,6 +883,7 @@ private:
     std::vector<AxisTicks> m_yTicks;
     std::vector<AxisTitle> m_titles;
     float m_axisWidth = 0.0F;  // of the widest y axis
+    bool m_isSmooth = false;
     float m_charWidth = 0.01F;
     float m_charHeight = 0.02F;
     float m_x1 = 0.0F;

@@ -19,6 +19,13 @@ struct PlotLayout
     };
     std::vector<Frame> groups;  // the viewports of the groups with visible variables, from top to bottom
     std::vector<std::size_t> groupOf;  // which group each of them is
+    // The colour bar of each picture, and its group.
+    struct ColorBar
+    {
+        std::size_t group = 0;
+        Frame frame;
+    };
+    std::vector<ColorBar> colorBars;
     // "Force: cannot be read any more" of each shown variable that the picture lacks; UTF-8.
     std::vector<std::string> unread;
 };

@@ -118,9 +118,19 @@ bool PlotPicture::isDarkGround() const
 PlotLook PlotPicture::screenLook() const
 {
     PlotLook look;
+    look.smooth = true;
     look.text = plotColor(palette().color(QPalette::Text));
     for (const QColor& c : m_colors)
         look.colors.push_back(isDarkGround() ? onDarkGround(plotColor(c)) : plotColor(c));
+    return look;
+}
+
+PlotLook PlotPicture::lightLook() const
+{
+    PlotLook look;
+    look.smooth = true;
+    for (const QColor& c : m_colors)
+        look.colors.push_back(plotColor(c));
     return look;
 }
 
@@ -167,6 +177,7 @@ void PlotPicture::paintEvent(QPaintEvent* event)
     }
     for (const Plot2D::Cursor which : {Plot2D::A, Plot2D::B})
         drawCursor(painter, which);
+    drawLevels(painter);
     if (m_band)
         drawBand(painter, *m_band);
 }
@@ -194,6 +205,25 @@ void PlotPicture::drawCursor(QPainter& painter, Plot2D::Cursor which)
     painter.drawRect(flag.adjusted(0, 0, -1, -1));
     painter.setPen(isActive ? palette().color(QPalette::Base) : color);
     painter.drawText(flag, Qt::AlignCenter, letter);
+}
+
+// The horizontal cursors.
+void PlotPicture::drawLevels(QPainter& painter)
+{
+    for (std::size_t g = 0; g < m_plot.groups().size(); ++g) {
+        const Group& group = m_plot.groups()[g];
+        const QRect area = groupArea(static_cast<int>(g));
+        if (!group.level || area.isEmpty())
+            continue;
+        const int y = pixelOfY(static_cast<int>(g), *group.level);
+        if (y < area.top() || y > area.bottom())
+            continue;
+        // Seen on light and dark colours of a picture.
+        painter.setPen(wholePen(Qt::black, devicePixelRatioF()));
+        painter.drawLine(area.left(), y + 1, area.right(), y + 1);
+        painter.setPen(wholePen(Qt::white, devicePixelRatioF()));
+        painter.drawLine(area.left(), y, area.right(), y);
+    }
 }
 
 void PlotPicture::drawBand(QPainter& painter, const QRect& band)
@@ -289,11 +319,40 @@ double PlotPicture::yAt(int group, int pixel) const
     return g.fromScale(low + part * (g.toScale(g.y2()) - low));
 }
 
+int PlotPicture::pixelOfY(int group, double y) const
+{
+    const QRect area = groupArea(group);
+    const Group& g = m_plot.groups()[static_cast<std::size_t>(group)];
+    const double low = g.toScale(g.y1());
+    const double part = (g.toScale(y) - low) / (g.toScale(g.y2()) - low);
+    return std::isfinite(part) && std::fabs(part) < 1e6
+               ? area.bottom() - static_cast<int>(std::lround(part * (area.height() - 1.0)))
+               : -1;
+}
+
+QRect PlotPicture::colorBarArea(int group) const
+{
+    const QRect area = contentsRect();
+    for (const PlotLayout::ColorBar& bar : m_layout.colorBars)
+        if (static_cast<int>(bar.group) == group)
+            return QRect(
+                QPoint(
+                    area.left() + static_cast<int>(bar.frame.x1 * static_cast<float>(area.width())),
+                    area.top() + static_cast<int>((1.0F - bar.frame.y2) * static_cast<float>(area.height()))),
+                QPoint(area.left() + static_cast<int>(bar.frame.x2 * static_cast<float>(area.width())),
+                       area.top() +
+                           static_cast<int>((1.0F - bar.frame.y1) * static_cast<float>(area.height()))));
+    return {};
+}
+
 PlotPicture::Place PlotPicture::placeOf(const QPoint& pixel) const
 {
     const QRect area = plotArea();
     if (area.isEmpty() || !m_text.isEmpty())
         return {};
+    for (const PlotLayout::ColorBar& bar : m_layout.colorBars)
+        if (bar.group < m_plot.groups().size() && colorBarArea(static_cast<int>(bar.group)).contains(pixel))
+            return {Zone::ColorBar, static_cast<int>(bar.group)};
     const int group = groupAt(pixel);
     const bool inWidth = pixel.x() >= area.left() && pixel.x() <= area.right();
     if (group >= 0 && inWidth)
@@ -302,6 +361,8 @@ PlotPicture::Place PlotPicture::placeOf(const QPoint& pixel) const
         return {Zone::YAxis, group};
     if (pixel.y() > area.bottom() && inWidth)
         return {Zone::XAxis, -1};
+    if (pixel.y() < area.top() && inWidth)
+        return {Zone::Margin, -1};
     return {};
 }
 

@@ -37,6 +37,9 @@ public:
     std::vector<QColor>& colors() noexcept { return m_colors; }
     const std::vector<QColor>& colors() const noexcept { return m_colors; }
     static std::vector<QColor> defaultColors();
+    // What the present picture is drawn with; and what it would be on a light ground.
+    PlotLook screenLook() const;
+    PlotLook lightLook() const;
     // As it is on this ground.
     QColor colorOf(const Variable& variable) const;
 
@@ -56,7 +59,11 @@ public:
     // The group (of plot().groups()) at a pixel, axis included; -1 where there is none.
     int groupAt(const QPoint& pixel) const;
     double yAt(int group, int pixel) const;
-    enum class Zone { None, Plot, XAxis, YAxis };
+    int pixelOfY(int group, double y) const;
+    // The colour bar of a group's picture; empty where there is none.
+    QRect colorBarArea(int group) const;
+    // The margin lies above the frames.
+    enum class Zone { None, Plot, XAxis, YAxis, Margin, ColorBar };
     struct Place
     {
         Zone zone = Zone::None;
@@ -83,9 +90,9 @@ protected:
 private:
     void drawPicture();
     void drawCursor(QPainter& painter, Plot2D::Cursor which);
+    void drawLevels(QPainter& painter);
     void drawBand(QPainter& painter, const QRect& band);
     bool isDarkGround() const;
-    PlotLook screenLook() const;
 
     Plot2D m_plot;
     std::vector<QColor> m_colors;

@@ -354,8 +354,40 @@ void PlotView::sl_clearCursors()
 {
     plot().clearCursor(Plot2D::A);
     plot().clearCursor(Plot2D::B);
+    for (Group& group : plot().groups())
+        group.level.reset();
     update();
     emit x_cursors_changed();
+}
+
+void PlotView::sl_note()
+{
+    editNote(plot().cursor(activeCursor()).value_or(plot().xAtFraction(0.5)));
+}
+
+void PlotView::editNote(double x)
+{
+    constexpr int kNear = 5;  // pixels
+    std::vector<PlotNote>& notes = plot().notes;
+    const auto old = std::find_if(notes.begin(), notes.end(), [&](const PlotNote& note) {
+        return std::abs(pixelOf(note.x) - pixelOf(x)) <= kNear;
+    });
+    bool ok = false;
+    const QString before = old == notes.end() ? QString() : QString::fromStdString(old->text);
+    const double at = old == notes.end() ? plot().snapped(x) : old->x;
+    const QString text =
+        QInputDialog::getText(
+            this, tr("Note"),
+            tr("Text at %1 (none removes the note):").arg(QString::fromStdString(xText(plot(), at))),
+            QLineEdit::Normal, before, &ok)
+            .trimmed();
+    if (!ok)
+        return;
+    if (old != notes.end())
+        notes.erase(old);
+    if (!text.isEmpty())
+        notes.push_back({at, text.toStdString()});
+    replot();
 }
 
 void PlotView::sl_toGreatest()
@@ -395,6 +427,13 @@ void PlotView::moveCursor(std::int64_t samples)
     } catch (const TS::Failure&) {
         return;
     }
+    update();
+    emit x_cursors_changed();
+}
+
+void PlotView::placeLevel(int group, double y)
+{
+    plot().groups()[static_cast<std::size_t>(group)].level = y;
     update();
     emit x_cursors_changed();
 }

@@ -38,9 +38,14 @@ public:
     // Asks for the limits of the axis at a place.
     void editLimits(const Place& place);
 
+    // Asks for the text of a note at x, or of the one that is there already; without a text it goes.
+    void editNote(double x);
+
     // Sets a cursor to the sample nearest to x, which then is the active one; moves the active one.
     void placeCursor(Plot2D::Cursor which, double x);
     void moveCursor(std::int64_t samples);
+    // The horizontal cursor of a group.
+    void placeLevel(int group, double y);
 
     // Sample, time and values at a pixel.
     Readout readoutAt(int pixel) const { return veltrac::readoutAt(plot(), xAt(pixel)); }
@@ -80,6 +85,8 @@ public slots:
     void sl_cursorA();
     void sl_cursorB();
     void sl_clearCursors();
+    // At the last cursor, else in the middle.
+    void sl_note();
     void sl_toGreatest();
     void sl_toLeast();
 

@@ -27,6 +27,7 @@
 #include "share/PlotFollower.h"
 #include "share/PlotVariables.h"
 #include "share/QtMessageWin.h"
+#include "share/ValuePlots.h"
 #include "share/VariableDock.h"
 #include "share/VariableMenu.h"
 #include "share/hydaction.h"
@@ -129,6 +130,8 @@ void PlotWindow::createMenus()
         plot->clear();
         m_canvas->fillAxesMenu(*plot);
         plot->addSeparator();
+        addHistogramMenu(*plot, *this, *m_canvas);
+        addXyMenus(*plot, *this, *m_canvas);
         plot->addAction(tr("&Colors…"), m_menu, &VariableMenu::editColors);
     });
     m_canvas->fillOutputMenu(*m_fileMenu);
@@ -160,7 +163,7 @@ void PlotWindow::createToolBar()
                                {"GoTo", SLOT(sl_goTo()), "Go to… (Ctrl+G)"},
                                {"", "", ""},
                                {"HardCopy", SLOT(sl_hardCopy()), "Hard copy (EPS)… (Ctrl+E)"},
-                               {"SavePicture", SLOT(sl_savePicture()), "Save picture (PNG)…"},
+                               {"SavePicture", SLOT(sl_savePicture()), "Save picture…"},
                                {"Copy", SLOT(sl_copyReadout()), "Copy read-out (Ctrl+C)"}};
     m_toolBar = addToolBar(tr("Plot"));
     m_toolBar->setObjectName(QStringLiteral("plotTools"));

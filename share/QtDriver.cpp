@@ -29,13 +29,19 @@ constexpr int kCharacterUnit = 11;
 constexpr int kLineUnit = 13;
 constexpr int kReservedPoints = 1000;
 
+// Far outside of any device, and within what the raster engine clips exactly.
+constexpr float kFarPixels = 30000.0F;
+
 int truncated(float pixels)
 {
-    // Far outside of any device, and within what the raster engine clips exactly.
-    constexpr float kFar = 30000.0F;
-    if (!(pixels > -kFar))
-        return -static_cast<int>(kFar);
-    return static_cast<int>(std::min(pixels, kFar));
+    if (!(pixels > -kFarPixels))
+        return -static_cast<int>(kFarPixels);
+    return static_cast<int>(std::min(pixels, kFarPixels));
+}
+
+qreal within(float pixels)
+{
+    return static_cast<qreal>(pixels > -kFarPixels ? std::min(pixels, kFarPixels) : -kFarPixels);
 }
 
 int component(float part)
@@ -62,6 +68,8 @@ void QtDriver::BeginPage(int flags)
     if (m_painter.isActive())
         m_painter.end();
     m_points.clear();
+    m_smoothPoints.clear();
+    m_isSmooth = false;
     m_pixelRatio = 1.0F;
     if (m_target != nullptr)
         m_painter.begin(m_target);
@@ -176,6 +184,22 @@ QPoint QtDriver::pixelOf(float deviceX, float deviceY) const
             m_deviceRectangle.top() + truncated((1.0F - ny) * m_deviceYMax)};
 }
 
+QPointF QtDriver::placeOf(float deviceX, float deviceY) const
+{
+    return {m_deviceRectangle.left() + within(deviceX),
+            m_deviceRectangle.top() + within(m_deviceYMax - deviceY)};
+}
+
+void QtDriver::setSmooth(bool on)
+{
+    if (on == m_isSmooth)
+        return;
+    Flush();
+    m_isSmooth = on;
+    if (m_painter.isActive())
+        m_painter.setRenderHint(QPainter::Antialiasing, on);
+}
+
 void QtDriver::SetClip(bool on)
 {
     Flush();
@@ -249,6 +273,11 @@ void QtDriver::applyPen()
 
 void QtDriver::drawPoints()
 {
+    if (m_smoothPoints.size() > 1) {
+        if (m_painter.isActive())
+            m_painter.drawPolyline(m_smoothPoints);
+        m_smoothPoints.remove(0, m_smoothPoints.size() - 1);
+    }
     if (m_points.size() < 2)
         return;
     if (m_painter.isActive())
@@ -277,12 +306,19 @@ void QtDriver::DeviceMoveTo(float x, float y)
     m_y = y;
     const QPoint pixel = pixelOf(x, y);
     PixelMoveTo(pixel.x(), pixel.y());
+    m_smoothPoints.clear();
+    if (m_isSmooth)
+        m_smoothPoints.append(placeOf(x, y));
 }
 
 void QtDriver::DeviceLineTo(float x, float y)
 {
     m_x = x;
     m_y = y;
+    if (m_isSmooth) {
+        m_smoothPoints.append(placeOf(x, y));
+        return;
+    }
     const QPoint pixel = pixelOf(x, y);
     PixelLineTo(pixel.x(), pixel.y());
 }
@@ -373,10 +409,14 @@ void QtDriver::Polyline(const float* points, int count, bool closed, bool fill)
     if (m_painter.isActive()) {
         const QPen before = m_painter.pen();
         m_painter.setPen(Qt::NoPen);
-        m_painter.drawPolygon(m_points);
+        if (m_isSmooth)
+            m_painter.drawPolygon(m_smoothPoints);
+        else
+            m_painter.drawPolygon(m_points);
         m_painter.setPen(before);
     }
     m_points.resize(0);
+    m_smoothPoints.clear();
 }
 
 void QtDriver::FontControl(float size, int flags)

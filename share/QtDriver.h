@@ -1,26 +1,28 @@
 // Paints on a widget (inside its paint event), on a picture or on a printer.
 //
-// Lines are drawn between whole pixels: pixel x = left + trunc(width · nx), pixel y = top + trunc((1 − ny) ·
-// height). The screen counts as 75 dots per inch, whatever its real resolution. On a picture with a device
-// pixel ratio pixels are those that it is made of, and widths, texts and glyphs grow with the ratio; on such
-// a widget pixels are logical ones.
+// Lines are drawn between whole pixels, unless smooth ones are asked for: pixel x = left + trunc(width · nx),
+// pixel y = top + trunc((1 − ny) · height). The screen counts as 75 dots per inch, whatever its real
+// resolution. On a picture with a device pixel ratio pixels are those that it is made of, and widths, texts
+// and glyphs grow with the ratio; on such a widget pixels are logical ones.
 #pragma once
 
 #include <QFont>
 #include <QFontMetrics>
 #include <QPainter>
 #include <QPolygon>
+#include <QPolygonF>
 #include <QRect>
 
 #include <memory>
 
 #include "share/BasicDriver.h"
 #include "share/ImageDevice.h"
+#include "share/SmoothDevice.h"
 
 class QPaintDevice;
 class QWidget;
 
-class QtDriver : public BasicDriver, public veltrac::ImageDevice
+class QtDriver : public BasicDriver, public veltrac::ImageDevice, public veltrac::SmoothDevice
 {
 public:
     // Borrowed, and not looked at before BeginPage(). Of a QFrame the contents rectangle is drawn on.
@@ -50,6 +52,8 @@ public:
     void UpdateScale() override;
     void DrawImage(float x1, float y1, float x2, float y2, const veltrac::PixelImage& image) override;
 
+    void setSmooth(bool on) override;
+
     // Slots 45 and 46.
     virtual void PixelMoveTo(int x, int y);
     virtual void PixelLineTo(int x, int y);
@@ -72,6 +76,7 @@ private:
     void drawPoints();
     void applyPen();
     QPoint pixelOf(float deviceX, float deviceY) const;
+    QPointF placeOf(float deviceX, float deviceY) const;
 
     QPainter m_painter;
     QWidget* m_target = nullptr;
@@ -87,5 +92,7 @@ private:
     float m_fontSize = 1.0F;
     QPolygon m_points;
     QPoint m_start;  // of the polyline that the point buffer will hold
+    bool m_isSmooth = false;
+    QPolygonF m_smoothPoints;  // instead of the others while lines are smooth
     int m_penWidth = 1;
 };

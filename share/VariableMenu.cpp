@@ -21,6 +21,7 @@
 #include "share/PlotCanvas.h"
 #include "share/PlotVariables.h"
 #include "share/SubWindow.h"
+#include "share/ValuePlots.h"
 
 namespace veltrac {
 
@@ -134,6 +135,8 @@ void VariableMenu::popUp(const std::shared_ptr<HsVariable>& variable, const QPoi
         changed();
     });
     menu.addSeparator();
+    menu.addAction(tr("Hi&stogram…"), this, [=, this] { openHistogram(*m_window, *m_canvas, variable); });
+    addXyMenu(*menu.addMenu(tr("X-&Y plot")), *m_window, *m_canvas, variable);
     addSubPrograms(menu, variable);
     menu.exec(globalPosition);
 }

@@ -185,7 +185,9 @@ TEST_F(CalcWindows, SpectrumStandsInAScratchFileOfItsOwnAndIsSavedWhole)
     auto* const peaks = window->findChild<PeakTable*>()->findChild<QTableWidget*>();
     ASSERT_GE(peaks->rowCount(), 1);
     EXPECT_NEAR(peaks->item(0, 0)->text().toDouble(), 5.0, 1e-3);
-    EXPECT_NEAR(peaks->item(0, 1)->text().toDouble(), 2.0, 1e-3);
+    EXPECT_NEAR(peaks->item(0, 1)->text().toDouble(), 0.2, 1e-4);  // s
+    EXPECT_NEAR(peaks->item(0, 2)->text().toDouble(), 2.0, 1e-3);
+    EXPECT_NEAR(peaks->item(0, 3)->text().toDouble(), -72.0, 0.1);  // a sine, a sample before its period
     {
         const BoxAnswer save(QStringLiteral("&Save"), [](QWidget& dialog) { typeName(dialog, "a_fft.ts"); });
         window->sl_saveResults();
@@ -445,6 +447,37 @@ TEST_F(CalcWindows, SpectrogramShowsTheSpectrumAndTheCourseWhereItIsClicked)
     QTest::mouseClick(canvas, Qt::LeftButton, Qt::NoModifier, QPoint(x, tone));
     ASSERT_EQ(canvas->plot().groups().size(), 2U);
     EXPECT_EQ(canvas->plot().groups()[1].variables()[0]->variable().column(), 13U);  // 5.08 Hz
+    QTest::keyClick(canvas, Qt::Key_Up);
+    EXPECT_EQ(canvas->plot().groups()[1].variables()[0]->variable().column(), 14U);
+    QTest::keyClick(canvas, Qt::Key_Down);
+    const CellImage& cells = *canvas->plot().groups()[0].image;
+    {
+        const BoxAnswer save(QStringLiteral("&Save"), [](QWidget& dialog) { typeName(dialog, "course.ts"); });
+        window.sl_saveCourse();
+        TSFILE course("course", true);
+        EXPECT_EQ(course.samples(), cells.source().rows());
+        EXPECT_NEAR(course.value(3, 1), 2.0, 0.1);
+        EXPECT_FLOAT_EQ(course.dt(), 1.28F);
+    }
+    {
+        const BoxAnswer save(QStringLiteral("&Save"), [](QWidget& dialog) { typeName(dialog, "at.ts"); });
+        window.sl_saveSpectrumAt();
+        TSFILE at("at", true);
+        EXPECT_EQ(at.samples(), 128U);
+        EXPECT_FLOAT_EQ(at.value(13, 1), 13.0F / 2.56F);
+        EXPECT_NEAR(at.value(13, 2), 2.0, 0.1);
+    }
+    // The right end of the colour bar, dragged by half of it.
+    canvas->image();
+    const QRect bar = canvas->colorBarArea(0);
+    const double high = cells.high;
+    const QPoint from(bar.right() - 2, bar.center().y());
+    QTest::mousePress(canvas, Qt::LeftButton, Qt::NoModifier, from);
+    QMouseEvent drag(QEvent::MouseMove, from - QPoint(bar.width() / 2, 0), Qt::LeftButton, Qt::LeftButton,
+                     {});
+    QApplication::sendEvent(canvas, &drag);
+    QTest::mouseRelease(canvas, Qt::LeftButton, Qt::NoModifier, from - QPoint(bar.width() / 2, 0));
+    EXPECT_NEAR(cells.high - cells.low, 0.5 * (high - cells.low), 0.05 * high);
     const QList<PlotCanvas*> canvases = window.findChildren<PlotCanvas*>();
     const auto cut = std::find_if(canvases.begin(), canvases.end(), [](const PlotCanvas* one) {
         return one->accessibleName() == QLatin1String("Spectrum at cursor A");
@@ -452,4 +485,62 @@ TEST_F(CalcWindows, SpectrogramShowsTheSpectrumAndTheCourseWhereItIsClicked)
     ASSERT_NE(cut, canvases.end());
     EXPECT_EQ((*cut)->plot().variables().at(0)->variable().rows(), 128U);
     EXPECT_NEAR((*cut)->plot().variables().at(0)->variable().value(13), 2.0, 0.1);
+}
+
+TEST_F(CalcWindows, HarmonicsOfTheCursorAreMarkedAndAKeptSpectrumStaysWhileTheNextIsComputed)
+{
+    DFTWin window(QStringLiteral("a.ts"), 2);
+    window.show();
+    window.sl_execute();
+    auto* const canvas = window.findChild<PlotCanvas*>();
+    const auto shown = [&]() -> const Group::Variables& { return canvas->plot().groups().at(0).variables(); };
+    canvas->placeCursor(Plot2D::A, 5.05);  // beside the line
+    QTest::keyClick(canvas, Qt::Key_H);
+    ASSERT_EQ(shown().size(), 2U);
+    EXPECT_NEAR(shown()[1]->variable().timeAt(1), 5.0, 1e-4);
+    EXPECT_NEAR(shown()[1]->variable().value(1), 2.0, 1e-3);
+    EXPECT_NEAR(shown()[1]->variable().timeAt(3), 15.0, 0.11);
+    canvas->placeCursor(Plot2D::A, 20.0);
+    EXPECT_NEAR(shown()[1]->variable().timeAt(1), 20.0, 0.11) << "they follow the cursor";
+    QTest::keyClick(canvas, Qt::Key_H);
+    EXPECT_EQ(shown().size(), 1U);
+
+    {
+        const BoxAnswer name(QString(), [](QWidget& dialog) {
+            dialog.findChild<QLineEdit*>()->setText(QStringLiteral("before"));
+            static_cast<QDialog&>(dialog).accept();
+        });
+        window.sl_keep();
+    }
+    fieldOf(window, "To sample").setText(QStringLiteral("1000"));
+    for (QComboBox* const combo : window.findChildren<QComboBox*>())
+        if (combo->accessibleName() == QLatin1String("Result"))
+            combo->setCurrentText(QStringLiteral("RMS amplitude"));
+    window.sl_execute();
+    ASSERT_EQ(shown().size(), 2U);
+    EXPECT_EQ(shown()[0]->variable().rows(), 500U);
+    EXPECT_EQ(shown()[1]->variable().label, "before");
+    EXPECT_EQ(shown()[1]->variable().rows(), 1000U);
+    EXPECT_NEAR(shown()[1]->variable().value(100), 2.0, 1e-3);
+    EXPECT_NE(shown()[0]->variable().colorIndex, shown()[1]->variable().colorIndex);
+    window.sl_dropKept();
+    EXPECT_EQ(shown().size(), 1U);
+
+    for (QComboBox* const combo : window.findChildren<QComboBox*>())
+        if (combo->accessibleName() == QLatin1String("Result"))
+            combo->setCurrentText(QStringLiteral("Power density"));
+    window.sl_execute();
+    canvas->placeCursor(Plot2D::A, 4.5);
+    canvas->placeCursor(Plot2D::B, 5.5);
+    const QList<QLabel*> labels = window.findChildren<QLabel*>();
+    EXPECT_TRUE(std::any_of(labels.begin(), labels.end(), [](const QLabel* label) {
+        return label->text() == QString::fromUtf8("4.5 to 5.5 Hz: power 2 V², RMS 1.414 V (11 bins)");
+    }));
+    for (QComboBox* const combo : window.findChildren<QComboBox*>())
+        if (combo->accessibleName() == QLatin1String("Result"))
+            combo->setCurrentText(QStringLiteral("Third-octave bands"));
+    window.sl_execute();
+    EXPECT_TRUE(canvas->plot().axis().logarithmic);
+    EXPECT_EQ(window.findChild<PeakTable*>()->findChild<QTableWidget*>()->rowCount(),
+              static_cast<int>(shown()[0]->variable().rows()));
 }

@@ -5,10 +5,15 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <map>
 #include <numbers>
 #include <random>
 
+#include "calc/BandPower.h"
+#include "calc/OctaveBands.h"
+#include "calc/PeakSearch.h"
 #include "calc/SpectrumPeaks.h"
 #include "calc/SpectrumSamples.h"
 #include "calc/WindowShape.h"
@@ -92,7 +97,7 @@ TEST(Spectrum, PeakOfAToneIsRightAnywhereInABinWithEveryWindowInDecibelOrNot)
             SCOPED_TRACE(std::string(spectrumWindowName(request.window)) + " at " + std::to_string(bin) +
                          (request.decibel ? " dB" : "") + (request.pad ? " padded" : ""));
             const auto spectrum = spectrumOf(file, request);
-            const SpectrumPeak peak = findPeaks(*spectrum, request, 1).at(0);
+            const SpectrumPeak peak = findPeaks(*spectrum, request, {1}).at(0);
             const double value = request.decibel ? std::pow(10.0, peak.value / 20.0) : peak.value;
             EXPECT_NEAR(value, kAmplitude, 0.001 * kAmplitude);
             EXPECT_NEAR(peak.frequency, bin / (kSamples * kDt), 0.01 / (kSamples * kDt));
@@ -103,7 +108,7 @@ TEST(Spectrum, PeakOfAToneIsRightAnywhereInABinWithEveryWindowInDecibelOrNot)
     request.averaged = true;
     request.segment = 900;
     const auto averaged = spectrumOf(file, request);
-    EXPECT_NEAR(findPeaks(*averaged, request, 1).at(0).value, kAmplitude, 0.001 * kAmplitude);
+    EXPECT_NEAR(findPeaks(*averaged, request, {1}).at(0).value, kAmplitude, 0.001 * kAmplitude);
 }
 
 TEST(Spectrum, SumOfTheDensityIsTheVarianceAlsoAveragedPaddedAndAtNyquist)
@@ -293,7 +298,7 @@ TEST(Spectrum, PeaksAndHarmonicsStandWhereTheTonesAre)
     const SpectrumRequest request = requestFor(file);
     const auto spectrum = spectrumOf(file, request);
     const double resolution = 1.0 / (kSamples * kDt);
-    const auto peaks = findPeaks(*spectrum, request, 3);
+    const auto peaks = findPeaks(*spectrum, request, {3});
     ASSERT_EQ(peaks.size(), 3U);
     const double multiples[] = {1.0, 2.0, 5.0};
     for (std::size_t i = 0; i < 3; ++i)
@@ -304,6 +309,166 @@ TEST(Spectrum, PeaksAndHarmonicsStandWhereTheTonesAre)
     const auto low = findHarmonics(*spectrum, request, 2.0 * resolution, 40);
     for (std::size_t i = 1; i < low.size(); ++i)
         EXPECT_GT(low[i].bin, low[i - 1].bin);
+}
+
+TEST(Spectrum, ProminenceIsTheHeightAboveTheWayToHigherGround)
+{
+    struct Case
+    {
+        std::vector<float> heights;
+        std::vector<std::pair<std::uint32_t, float>> peaks;  // place and prominence
+    };
+    const Case cases[] = {
+        {{0, 3, 1, 4, 2, 6, 5, 5.5F, 1, 2, 0}, {{2, 2}, {4, 2}, {6, 6}, {8, 0.5F}, {10, 1}}},
+        {{1, 5, 2, 5, 0, 5, 1}, {{2, 4}, {4, 4}, {6, 4}}},  // none of equal ones bounds another
+        {{0, 2, 2, 1, 1, 0}, {{3, 2}}},                     // a flat top, and a step that is no top
+        {{4, 1, 3, 2, 7}, {{1, 3}, {3, 1}, {5, 6}}},        // at the ends
+        {{2, 2, 2}, {}},
+        {{-INFINITY, -3, -INFINITY, -INFINITY}, {{2, INFINITY}}},
+    };
+    for (const Case& one : cases) {
+        std::map<std::uint32_t, float> found;
+        PeakSearch search([&](const CurvePeak& peak) {
+            EXPECT_EQ(peak.height, one.heights[peak.place - 1]);
+            found[peak.place] = peak.prominence;
+        });
+        for (const float height : one.heights)
+            search.add(height);
+        search.finish();
+        EXPECT_EQ(found, (std::map<std::uint32_t, float>(one.peaks.begin(), one.peaks.end())));
+    }
+    // As scipy.signal.peak_prominences has it of a curve that is as good as random.
+    std::uint64_t count = 0;
+    double sum = 0.0;
+    double weighed = 0.0;
+    PeakSearch search([&](const CurvePeak& peak) {
+        ++count;
+        sum += static_cast<double>(peak.prominence);
+        weighed += static_cast<double>(peak.prominence) * peak.place;
+    });
+    for (std::uint64_t i = 1; i <= 5000; ++i)
+        search.add(i == 1 || i == 5000 ? 0.0F : static_cast<float>((i * i * 7919 + i * 104729) % 10007));
+    search.finish();
+    EXPECT_EQ(count, 1837U);
+    EXPECT_EQ(sum, 8341904.0);
+    EXPECT_EQ(weighed, 20735458535.0);
+}
+
+TEST(Spectrum, PeaksAreChosenByProminenceAndDistanceWhateverTheirNumber)
+{
+    // Teeth of falling height, 3 bins apart, more of them than are held at once; some of the first stand out.
+    const TestDirectory directory;
+    SpectrumRequest request;
+    request.to = 120000;
+    request.dt = 1.0 / 120000;  // a bin is 1 Hz
+    request.averaged = true;
+    request.segment = 120000;
+    TSFILE spectrum("teeth", 60000, 2, 0);
+    for (std::uint32_t k = 1; k <= 60000; ++k)
+        spectrum.setValue(
+            k, 2, k % 3 != 0 ? 0.0F : static_cast<float>(1e-5 * (60000 - k) + (k % 300 == 0 && k <= 3000)));
+    const auto bins = [&](const PeakChoice& choice) {
+        std::vector<std::uint32_t> out;
+        for (const SpectrumPeak& peak : findPeaks(spectrum, request, choice))
+            out.push_back(peak.bin);
+        return out;
+    };
+    EXPECT_EQ(bins({3}), (std::vector<std::uint32_t>{300, 600, 900}));
+    EXPECT_EQ(bins({3, 0.0, 1000.0}), (std::vector<std::uint32_t>{300, 1500, 2700}));
+    EXPECT_EQ(bins({1000, 1.0}).size(), 10U);
+    // Far more candidates than are held lie near the first: later ones are found all the same.
+    EXPECT_EQ(bins({10, 0.0, 20000.0}), (std::vector<std::uint32_t>{300, 20301, 40302}));
+}
+
+TEST(Spectrum, PhaseOfAPeakIsThatOfTheToneBetweenTheBins)
+{
+    const TestDirectory directory;
+    TSFILE file("a", kSamples, 1, 0);
+    fill(file, [](double i) { return 3.0 * std::cos(2.0 * kPi * 90.3 * i / kSamples + 0.5); });
+    SpectrumRequest request = requestFor(file);
+    const auto spectrum = spectrumOf(file, request);
+    EXPECT_NEAR(findPeaks(*spectrum, request, {1}).at(0).phase, 0.5 * 180.0 / kPi, 0.1);
+    // A line is found from beside it, and where there is none the bin is told as it is.
+    EXPECT_NEAR(lineAt(*spectrum, request, 89.0 / 36.0).frequency, 90.3 / 36.0, 1e-4);
+    EXPECT_EQ(lineAt(*spectrum, request, 94.0 / 36.0).bin, 94U);
+    request.averaged = true;
+    request.segment = 900;
+    EXPECT_TRUE(std::isnan(findPeaks(*spectrumOf(file, request), request, {1}).at(0).phase));
+}
+
+TEST(Spectrum, PowerBetweenTwoFrequenciesIsThatOfTheTonesThere)
+{
+    const TestDirectory directory;
+    TSFILE file("a", 3 * 8192, 1, 0);
+    fill(file, [](double i) {
+        return 3.0 * std::sin(2.0 * kPi * 0.125 * i) + 1.0 * std::sin(2.0 * kPi * 0.4375 * i);
+    });
+    for (const SpectrumResult result : {SpectrumResult::PowerDensity, SpectrumResult::AmplitudeDensity})
+        for (const bool decibel : {false, true}) {
+            SpectrumRequest request = requestFor(file);
+            request.result = result;
+            request.decibel = decibel;
+            const auto spectrum = spectrumOf(file, request);
+            BandPower sums;
+            ASSERT_EQ(sums.build(*spectrum, request, {}), JobOutcome::Done);
+            const BandPower::Sum one = sums.between(*spectrum, 12.6, 12.4);
+            EXPECT_NEAR(one.power, 4.5, 1e-5);
+            EXPECT_EQ(one.bins, 49U);
+            EXPECT_NEAR(sums.between(*spectrum, 12.45, 50.0).power, 5.0, 1e-5);  // over whole runs of bins
+            EXPECT_NEAR(sums.between(*spectrum, 12.55, 40.0).power, 0.0, 1e-5);
+            EXPECT_EQ(sums.between(*spectrum, 60.0, 70.0).bins, 0U);
+        }
+}
+
+TEST(Spectrum, BandsHaveTheEdgesOfTheStandardAndTheirPartOfThePower)
+{
+    const auto thirds = octaveBands(3, 1.0, 20000.0);
+    EXPECT_EQ(thirds.front().nominal, 16.0);  // 3.67 Hz wide; that of 12.5 Hz has 2.9 bins
+    EXPECT_EQ(thirds.back().nominal, 16000.0);
+    const auto at1000 = std::find_if(thirds.begin(), thirds.end(),
+                                     [](const OctaveBand& band) { return band.nominal == 1000.0; });
+    ASSERT_NE(at1000, thirds.end());
+    EXPECT_NEAR(at1000->from, 891.2509, 1e-4);
+    EXPECT_NEAR(at1000->to, 1122.0185, 1e-4);
+    const auto octaves = octaveBands(1, 1.0, 1412.5376);
+    EXPECT_EQ(octaves.front().nominal, 8.0);
+    EXPECT_NEAR(octaves.front().middle, 7.943282, 1e-6);
+    EXPECT_EQ(octaves.back().nominal, 1000.0);
+    EXPECT_NEAR(octaves.back().from, 707.9458, 1e-4);
+
+    const TestDirectory directory;
+    TSFILE file("a", 40000, 1, 0);
+    std::mt19937 random(5);
+    std::normal_distribution<double> noise(0.0, 1.0);
+    // 100 Hz; a tone of power 2 in the band of 10 Hz over noise of density 2 / 100 Hz.
+    fill(file, [&](double i) { return noise(random) + 2.0 * std::sin(2.0 * kPi * 0.1013 * i); });
+    for (const bool averaged : {false, true}) {
+        SpectrumRequest request = requestFor(file);
+        request.result = SpectrumResult::ThirdOctaveBands;
+        request.averaged = averaged;
+        const auto bands = octaveBands(request);
+        TSFILE target("bands", spectrumRows(request), spectrumColumns(request), 0);
+        double mean = 0.0;
+        ASSERT_EQ(computeSpectrum(file, request, target, mean, {}), JobOutcome::Done);
+        ASSERT_EQ(bands.back().nominal, 40.0);
+        for (std::uint32_t b = 1; b <= bands.size(); ++b) {
+            const double width = bands[b - 1].to - bands[b - 1].from;
+            const bool hasTone = bands[b - 1].nominal == 10.0;
+            const double power = 0.02 * width + (hasTone ? 2.0 : 0.0);
+            EXPECT_EQ(target.value(b, 1), static_cast<float>(bands[b - 1].middle));
+            // The deviation of a band's noise is 1 by the root of width times duration.
+            EXPECT_NEAR(std::pow(target.value(b, 2), 2.0), power,
+                        4.5 * 0.02 * width / std::sqrt(width * 400.0) * (averaged ? 1.2 : 1.5) +
+                            (hasTone ? 0.1 : 1e-3));
+            EXPECT_NEAR(target.value(b, 4) / target.value(b, 3), std::pow(10.0, 0.1), 1e-6);
+        }
+        if (averaged)
+            continue;
+        request.decibel = true;
+        TSFILE levels("levels", spectrumRows(request), spectrumColumns(request), 0);
+        computeSpectrum(file, request, levels, mean, {});
+        EXPECT_NEAR(levels.value(9, 2), 20.0 * std::log10(target.value(9, 2)), 1e-4);
+    }
 }
 
 TEST(Spectrum, DistortionIsThatOfTheHarmonicsInAmplitudesLevelsAndPowers)

@@ -2,9 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <QAction>
 #include <QComboBox>
 #include <QLineEdit>
-#include <QPushButton>
 #include <QTabBar>
 
 #include "calc/DFTWin.h"

@@ -4,7 +4,9 @@
 #include <cmath>
 #include <complex>
 #include <numbers>
+#include <random>
 
+#include "calc/TwoChannels.h"
 #include "core/ScratchFile.h"
 #include "core/TsNames.h"
 #include "filter/FilterCharacteristic.h"
@@ -49,6 +51,60 @@ TEST(FilterRequest, everyTypeMakesASpecThatDesigns)
     }
     EXPECT_EQ(filterSpec({11, 0.5, 40.0, 3, -0.1}), "BpCh3/-0.1/0.5-40");
     EXPECT_EQ(filterSpec({13, 12.25, 0, 0, 0}), "LpBl/12.25");
+}
+
+// White noise through each filter, and some noise of the sensor's own at its end.
+TEST(FilterRequest, measuredTransferFunctionLiesOnTheCharacteristicWithinItsErrorBand)
+{
+    constexpr std::uint32_t kCount = 200'000;
+    constexpr double kRate = 1000.0;
+    constexpr double kLeastGain = 0.05;  // below, the sensor's noise is most of it
+    const TestDirectory directory;
+    std::mt19937 random(3);
+    std::normal_distribution<double> noise(0.0, 1.0);
+    {
+        TSFILE source("source", kCount, 3, 0);
+        source.dt(static_cast<float>(1.0 / kRate));
+        for (std::uint32_t s = 1; s <= kCount; ++s)
+            source.setValue(s, 2, static_cast<float>(noise(random)));
+    }
+    TSFILE source("source", true);
+    for (const FilterRequest& asked :
+         {FilterRequest{5, 60.0, 0.0, 4, 0.0}, FilterRequest{7, 40.0, 120.0, 3, 0.0}}) {
+        SCOPED_TRACE(filterSpec(asked));
+        const FidFilterPtr filter = designFilter(asked, kRate);
+        ASSERT_TRUE(filter);
+        TSFILE work("work", kCount, 2, 0);
+        ASSERT_EQ(runFilter(SourceColumn(source, 2), work, filter.get(), {}).outcome, JobOutcome::Done);
+        for (std::uint32_t s = 1; s <= kCount; ++s)
+            work.setValue(s, 2, work.value(s, 2) + 0.2F * static_cast<float>(noise(random)));
+        TwoChannelRequest request;
+        request.input.from = 1001;  // the filter has settled
+        request.input.to = kCount;
+        request.input.averaged = true;
+        request.input.segment = 2000;
+        request.input.dt = 1.0 / kRate;
+        request.column = 2;
+        request.from = 1001;
+        TwoChannelMeans means;
+        ASSERT_EQ(averageTwoChannels(work, work, request, means, {}), JobOutcome::Done);
+        int compared = 0;
+        int gains = 0;
+        int phases = 0;
+        for (std::size_t k = 1; k < 1000; ++k) {
+            double turns = 0.0;
+            const double gain = fid_response_pha(filter.get(), static_cast<double>(k) / 2000.0, &turns);
+            if (gain < kLeastGain)
+                continue;
+            const TwoChannelBin bin = twoChannelBin(means, k, TwoChannelResult::H1);
+            ++compared;
+            gains += bin.low <= gain && gain <= bin.high ? 1 : 0;
+            phases += std::fabs(std::remainder(bin.phase - 360.0 * turns, 360.0)) <= bin.phaseError ? 1 : 0;
+        }
+        EXPECT_GT(compared, 150);
+        EXPECT_GE(gains, 0.92 * compared);  // of 95 %
+        EXPECT_GE(phases, 0.92 * compared);
+    }
 }
 
 TEST(FilterRequest, complaintsComeInTheirOrder)

@@ -10,8 +10,10 @@
 #include <sstream>
 
 #include "core/PlotValues.h"
+#include "core/XyPath.h"
 #include "share/AxisTicks.h"
 #include "share/EpsFile.h"
+#include "share/Histogram.h"
 #include "share/PlotPainter.h"
 #include "share/PostscriptDriver.h"
 #include "tests/core/TsFileBytes.h"
@@ -161,6 +163,107 @@ TEST(PlotPainter, longCurvesStaySmallOnPaper)
     const std::string eps = epsOf(plotOf({noise(3'000'000)}));
     EXPECT_LT(eps.size(), 130'000U);
     EXPECT_GT(eps.size(), 30'000U);
+}
+
+// The numbers are those of numpy.histogram(bins="fd"), whose outliers leave the quartiles few cells.
+TEST(PlotPainter, histogramHasTheBinsOfFreedmanAndDiaconisAndCountsEveryValue)
+{
+    std::vector<float> values;
+    values.reserve(40000);
+    for (std::uint64_t i = 1; i <= 40000; ++i)
+        values.push_back(static_cast<float>((i * i * 7919 + i * 104729) % 10007 + i * 31 % 101 +
+                                            (i % 1000 == 0 ? 200'000 : 0)));
+    std::vector<float> other(values.size(), 3.0F);
+    values[50] = std::numeric_limits<float>::quiet_NaN();
+    Plot2D plot = plotOf({other, values});
+    const HsVariable& v = *plot.variables()[1];
+    Histogram histogram;
+    ASSERT_EQ(makeHistogram(v, {{101, 30001}}, histogram, {}), JobOutcome::Done);
+    ASSERT_EQ(histogram.counts.size(), 650U);
+    EXPECT_EQ(histogram.counts[0], 790U);
+    EXPECT_EQ(histogram.counts[2], 1015U);
+    EXPECT_EQ(histogram.counts[649], 2U);
+    EXPECT_EQ(histogram.from, 4.0);
+    EXPECT_NEAR(histogram.from + 650 * histogram.width, 209817.0, 1e-6);
+    makeHistogram(v, {{101, 30001}, 7}, histogram, {});
+    EXPECT_EQ(histogram.counts, (std::vector<std::uint64_t>{29871, 0, 0, 0, 0, 0, 30}));
+    EXPECT_EQ(histogram.total, 29901U);
+    // All of the range of a missing value, of equal values, of none.
+    makeHistogram(v, {{1, 100}, 3}, histogram, {});
+    EXPECT_EQ(histogram.missing, 1U);
+    EXPECT_EQ(histogram.total, 99U);
+    makeHistogram(*plot.variables()[0], {{1, 100}}, histogram, {});
+    EXPECT_EQ(histogram.counts, (std::vector<std::uint64_t>{100}));
+    EXPECT_EQ(histogram.from, 2.5);
+    makeHistogram(v, {{51, 51}}, histogram, {});
+    EXPECT_TRUE(histogram.counts.empty());
+    EXPECT_EQ(makeHistogram(v, {{1, 40000}}, histogram, [](auto...) { return false; }),
+              JobOutcome::Cancelled);
+}
+
+TEST(PlotPainter, pathOfTwoVariablesKeepsItsOrderItsGapsAndItsExtremesWhateverItsLength)
+{
+    const TestDirectory directory;
+    // A spiral of a million samples, a gap in it, and one sample far out.
+    constexpr std::size_t kCount = 1'000'000;
+    std::vector<float> x(kCount), y(kCount);
+    for (std::size_t i = 0; i < kCount; ++i) {
+        const double turn = static_cast<double>(i) * 1e-4;
+        x[i] = static_cast<float>(turn * std::cos(turn));
+        y[i] = static_cast<float>(turn * std::sin(turn));
+    }
+    y[500'000] = std::numeric_limits<float>::quiet_NaN();
+    x[700'001] = 400.0F;
+    Plot2D plot = plotOf({x, y});
+    XyPath path(plot.variables()[0]->variable(), plot.variables()[1]->variable(), {11, kCount});
+    ASSERT_EQ(path.build({-100.0, -100.0, 400.0, 100.0}, {}), JobOutcome::Done);
+    EXPECT_FALSE(path.isCloud());
+    EXPECT_EQ(path.pairs(), kCount - 11);
+    EXPECT_LE(path.points().size(), 2 * XyPath::kAllSamples);
+    ASSERT_EQ(path.runEnds().size(), 2U);
+    EXPECT_EQ(path.runEnds().back(), path.points().size() / 2);
+    double before = 0.0;
+    bool hasOutlier = false;
+    for (std::size_t p = 0; p < path.points().size(); p += 2) {
+        const double radius = std::hypot(path.points()[p], path.points()[p + 1]);
+        hasOutlier = hasOutlier || path.points()[p] == 400.0;
+        if (radius > 100.0)
+            continue;
+        EXPECT_GE(radius, before);  // in their order, and no step passes over more than two cells
+        EXPECT_LT(radius - before, 500.0 / 4096);
+        before = radius;
+    }
+    EXPECT_TRUE(hasOutlier);
+    EXPECT_NEAR(before, 99.9999, 0.01);
+
+    // What jumps about is no line: its places are told, row by row.
+    std::vector<float> half = noise(1'000'001);
+    half.erase(half.begin());
+    Plot2D jumps = plotOf({noise(1'000'000), half});
+    XyPath cloud(jumps.variables()[0]->variable(), jumps.variables()[1]->variable(), {1, 1'000'000});
+    const double most = 16777216.0;
+    ASSERT_EQ(cloud.build({0.0, 0.0, 2.0 * most, most}, {}), JobOutcome::Done);
+    EXPECT_TRUE(cloud.isCloud());
+    for (const XyPath::CloudRun& run : cloud.cloudRuns())
+        EXPECT_LE(run.last, XyPath::kCloudCells / 2);
+    Group& group = jumps.groups()[0];
+    group.path = std::make_shared<XyPath>(cloud);
+    EXPECT_FALSE(epsOf(jumps).empty());
+}
+
+TEST(PlotPainter, notesStandAtTheirTimesInAllGroupsAndBelowOneAnother)
+{
+    const TestDirectory directory;
+    Plot2D plot = plotOf({noise(100), noise(100)});
+    const std::string without = epsOf(plot);
+    plot.notes = {{0.52, "pump on"}, {0.5, "valve"}, {7.0, "later"}};
+    const std::string eps = epsOf(plot);
+    EXPECT_NE(eps.find("pump on"), std::string::npos);
+    EXPECT_EQ(eps.find("later"), std::string::npos);
+    EXPECT_LT(eps.find("valve"), eps.find("pump on"));  // from left to right
+    EXPECT_GT(eps.size(), without.size());
+    plot.setMode(XMode::Sample);
+    EXPECT_NEAR(plot.notes[0].x, 52.0, 1e-9);
 }
 
 TEST(PlotPainter, groupsShareTheirSidesAndDoNotOverlap)

@@ -28,6 +28,7 @@
 #include "core/TSFILE.h"
 #include "portal/TsApplication.h"
 #include "share/ColorConfigDialog.h"
+#include "share/HistogramWin.h"
 #include "share/NoticeStrip.h"
 #include "share/OverviewStrip.h"
 #include "share/PlotCanvas.h"
@@ -37,7 +38,9 @@
 #include "share/QtPlotColWin.h"
 #include "share/QtPlotWin1.h"
 #include "share/ReadoutLabel.h"
+#include "share/ValuePlots.h"
 #include "share/VariableMenu.h"
+#include "share/XyWin.h"
 #include "tests/BoxAnswer.h"
 #include "tests/core/TsFileBytes.h"
 
@@ -396,6 +399,68 @@ TEST_F(PlotCanvasTest, keysZoomAboutTheCursorAndTheReadOutFollowsTheView)
     EXPECT_TRUE(m_canvas.accessibleDescription().contains(QStringLiteral(" [N], ")));
 }
 
+TEST_F(PlotCanvasTest, notesAreWrittenChangedAndRemovedInTheMarginAndByTheKeyboard)
+{
+    makeFile("a.ts", 1000);
+    m_canvas.showColumns("a.ts", {1, 2});
+    m_canvas.grab();
+    const auto write = [&](const char* text, const std::function<void()>& open) {
+        const BoxAnswer answer(QString(), [&](QWidget& dialog) {
+            dialog.findChild<QLineEdit*>()->setText(QLatin1String(text));
+            static_cast<QDialog&>(dialog).accept();
+        });
+        open();
+    };
+    const QPoint margin(m_canvas.plotArea().center().x(), m_canvas.plotArea().top() - 3);
+    const auto doubleClick = [&] { QTest::mouseDClick(&m_canvas, Qt::LeftButton, {}, margin); };
+    write("pump on", doubleClick);
+    ASSERT_EQ(plot().notes.size(), 1U);
+    EXPECT_NEAR(m_canvas.pixelOf(plot().notes[0].x), margin.x(), 1);
+    const QImage with = m_canvas.image();
+    write("pump off", doubleClick);
+    ASSERT_EQ(plot().notes.size(), 1U);
+    EXPECT_EQ(plot().notes[0].text, "pump off");
+    m_canvas.placeCursor(Plot2D::A, plot().xAtFraction(0.25));
+    write("valve", [&] { QTest::keyClick(&m_canvas, Qt::Key_N); });
+    ASSERT_EQ(plot().notes.size(), 2U);
+    EXPECT_EQ(plot().notes[1].x, *plot().cursor(Plot2D::A));
+    write("", doubleClick);
+    ASSERT_EQ(plot().notes.size(), 1U);
+    EXPECT_EQ(plot().notes[0].text, "valve");
+    EXPECT_NE(m_canvas.image(), with);
+}
+
+TEST_F(PlotCanvasTest, pictureHasTheSizeTheResolutionAndTheGroundThatWereAskedFor)
+{
+    makeFile("a.ts", 1000);
+    m_canvas.showColumns("a.ts", {1});
+    QPalette dark = m_canvas.palette();
+    dark.setColor(QPalette::Base, Qt::black);
+    dark.setColor(QPalette::Text, Qt::white);
+    m_canvas.setPalette(dark);
+    PictureRequest request;
+    request.widthMm = 101.6;
+    request.heightMm = 50.8;
+    request.dotsPerInch = 300;
+    for (const bool asOnScreen : {true, false}) {
+        request.isAsOnScreen = asOnScreen;
+        ASSERT_EQ(writePlotPicture("plot.png", request, m_canvas, m_canvas.psParameters()), "");
+        const QImage image("plot.png");
+        EXPECT_EQ(image.size(), QSize(1200, 600));
+        EXPECT_NEAR(image.dotsPerMeterX(), 300 / 0.0254, 1.0);
+        EXPECT_EQ(image.pixelColor(1, 1), QColor(asOnScreen ? Qt::black : Qt::white));
+    }
+    EXPECT_EQ(pixelsOf(millimetresOf(901), 96), 901);
+    request.format = PictureRequest::Format::Pdf;
+    EXPECT_EQ(writePlotPicture("plot.pdf", request, m_canvas, m_canvas.psParameters()), "");
+    const std::vector<unsigned char> page = bytesOf("plot.pdf");
+    EXPECT_NE(std::string(page.begin(), page.end()).find("/MediaBox [0 0 288"), std::string::npos);
+    request.format = PictureRequest::Format::Png;
+    request.dotsPerInch = 1200;
+    request.widthMm = 500.0;
+    EXPECT_NE(pictureComplaint(request), "");
+}
+
 TEST_F(PlotCanvasTest, fileThatShrinksUnderThePlotIsToldInThePicture)
 {
     makeFile("long.ts", 200'000);
@@ -413,9 +478,9 @@ TEST_F(PlotCanvasTest, fileThatShrinksUnderThePlotIsToldInThePicture)
         const QString file = QString::fromLatin1(name);
         QString failure;
         if (file == QLatin1String("plot.png")) {
-            const BoxAnswer answer(QStringLiteral("&Ok"));
-            m_canvas.sl_savePicture();
-            failure = answer.text();
+            PictureRequest request;
+            request.widthMm = request.heightMm = 100.0;
+            failure = writePlotPicture(file, request, m_canvas, m_canvas.psParameters());
         } else if (!file.endsWith(QLatin1String("pdf"))) {
             failure = writePlotEps(file, m_canvas.psParameters(), plot(), m_canvas.colors(), true);
         } else {
@@ -465,6 +530,46 @@ TEST(PlotWindow, showsEightColumnsAndFollowsTheCheckBoxes)
     QObject::connect(window, &SubWindow::windowGone, [&] { ++gone; });
     window->close();
     EXPECT_EQ(gone, 1);
+}
+
+TEST(PlotWindow, histogramAndXyPlotAreThoseOfTheIntervalAndCloseWithTheirWindow)
+{
+    const TestDirectory directory;
+    makeFile("a.ts");
+    QPointer<QtPlotWin> window = new QtPlotWin(QStringLiteral("a.ts"));
+    window->show();
+    PlotCanvas& canvas = *window->canvas();
+    canvas.placeCursor(Plot2D::A, 1.001);
+    canvas.placeCursor(Plot2D::B, 9.0);
+    const Group::Variables all = canvas.plot().variables();
+    openHistogram(*window, canvas, all[2]);
+    openXyPlot(*window, canvas, all[0], all[1]);
+    QPointer<HistogramWin> histogram;
+    QPointer<XyWin> xy;
+    for (QWidget* const top : QApplication::topLevelWidgets()) {
+        if (auto* const one = qobject_cast<HistogramWin*>(top))
+            histogram = one;
+        if (auto* const one = qobject_cast<XyWin*>(top))
+            xy = one;
+    }
+    ASSERT_TRUE(histogram && xy);
+    EXPECT_EQ(histogram->histogram().total, 8000U);
+    EXPECT_EQ(histogram->histogram().from, 1001.0);
+    auto* const bins = histogram->findChild<QLineEdit*>();
+    bins->setText(QStringLiteral("8"));
+    histogram->sl_count();
+    EXPECT_EQ(histogram->histogram().counts, (std::vector<std::uint64_t>(8, 1000)));
+    bins->setText(QStringLiteral("8.5"));
+    histogram->sl_count();
+    EXPECT_EQ(histogram->histogram().counts.size(), 8U);
+    EXPECT_EQ(xy->path().pairs(), 8000U);
+    EXPECT_FALSE(xy->path().isThinned());
+    for (QWidget* const opened : {static_cast<QWidget*>(histogram), static_cast<QWidget*>(xy)})
+        EXPECT_FALSE(opened->grab().isNull());
+    window->close();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_TRUE(histogram.isNull());
+    EXPECT_TRUE(xy.isNull());
 }
 
 TEST(PlotWindow, lettersAreTheMenusWhileTheyHaveTheFocus)

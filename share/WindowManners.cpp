@@ -23,7 +23,9 @@ std::vector<QWidget*> asRead(const QWidget& part)
                      [](const QWidget* a, const QWidget* b) { return a->y() < b->y(); });
     std::vector<QWidget*> order;
     while (!left.empty()) {
-        const int bottom = left.front()->geometry().bottom();
+        // What has no height lies above its own middle: it begins its row all the same.
+        const QRect first = left.front()->geometry();
+        const int bottom = std::max(first.bottom(), first.center().y());
         const auto rest = std::stable_partition(left.begin(), left.end(), [bottom](const QWidget* w) {
             return w->geometry().center().y() <= bottom;
         });

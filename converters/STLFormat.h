@@ -143,6 +143,8 @@ bool timesAreUnix(STLTimeSource source);
 bool timesAreElapsed(STLTimeSource source);
 // Whether a column tells the time, or a part of it.
 bool tellsTime(const STLFormat& format, std::size_t column);
+// Whether rows between blanks begin with a name, which may be several words.
+bool hasRowNames(const STLFormat& format);
 // Whether times of the day beside dates stand in columns of hours, and perhaps minutes and seconds.
 bool clockIsInParts(const STLFormat& format);
 // Whether they are days, without any time of the day.

@@ -384,7 +384,8 @@ void guessNamesAbove(STLFormat& format, const STLSample& sample, const std::vect
         const bool fits = remark ? (isFirst || isRemark(rows.front().line->text, format)) &&
                                        words == columns && !anyIsTyped(cells, format.cells)
                                  : !cells.empty() && matchNames(cells, text, format, data);
-        if (isFirst && !remark && words > 1 && (!fits || words > columns) && areWords(cells, format.cells)) {
+        if (isFirst && !remark && words > 1 && (!fits || cells.size() > columns) &&
+            areWords(cells, format.cells)) {
             format.unmatchedLine = line.number;
             format.unmatchedWords = words;
         }
@@ -473,9 +474,9 @@ void findSuffixes(STLFormat& format, std::vector<STLRow>& data)
             ++kinds[row.cells[c].kind];
         }
         kinds.erase(STLKind::Missing);
-        column.kind = std::max_element(kinds.begin(), kinds.end(), [](const auto& a, const auto& b) {
-                          return a.second < b.second;
-                      })->first;
+        const auto most = std::max_element(kinds.begin(), kinds.end(),
+                                           [](const auto& a, const auto& b) { return a.second < b.second; });
+        column.kind = most == kinds.end() ? STLKind::Number : most->first;
     }
 }
 

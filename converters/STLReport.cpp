@@ -50,8 +50,10 @@ const char* nameOfSeparator(char separator)
 // " \"t\"" for the column of times; empty where it has no name.
 std::string inQuotes(const STLFormat& format)
 {
-    const std::string& name = format.columns[static_cast<std::size_t>(format.timeColumn)].name;
-    return name.empty() ? std::string() : " \"" + name + '"';
+    const auto column = static_cast<std::size_t>(format.timeColumn);
+    return format.timeColumn < 0 || format.columns[column].name.empty()
+               ? std::string()
+               : " \"" + format.columns[column].name + '"';
 }
 
 }  // namespace
@@ -150,7 +152,8 @@ std::string assumptionText(const STLFormat& format, const STLCheck& found)
             text += (text.empty() ? "" : "\n") + what;
     };
     const bool dated = format.timeSource != STLTimeSource::Typed && !timesAreElapsed(format.timeSource);
-    line(format.timeSource == STLTimeSource::Typed && !format.stepIsTold,
+    // One second is what stepText() tells of.
+    line(format.timeSource == STLTimeSource::Typed && !format.stepIsTold && format.typedStep != 1.0,
          "No time was found: steps of " + lengthText(format.typedStep) + " are assumed.");
     line(dated && !format.greenwich && !found.zoned, "No zone is named: the times are taken as local ones.");
     line(format.timeSource == STLTimeSource::ElapsedTime && format.typedStart == 0,
@@ -165,9 +168,11 @@ std::string assumptionText(const STLFormat& format, const STLCheck& found)
     line(format.timeSource == STLTimeSource::ElapsedSeconds && secondsAreAssumed(format),
          "The column of times" + inQuotes(format) + " names no unit: seconds are assumed.");
     line(format.orderBySteps, "The order of day and month is the one that makes equal steps.");
-    line(format.timeIsHhmm,
-         "Numbers beside the dates are taken for times of the day: 930 is half past nine.");
+    line(format.timeIsHhmm, "Numbers are taken for times of the day: 930 is half past nine.");
     line(clockIsInParts(format), "Numbers beside the dates are taken for hours.");
+    line(found.losses.joinedRows != 0,
+         "Several words before the first number are taken for the name of the row, in " +
+             counted(found.losses.joinedRows, "row") + '.');
     line(found.lag.ranOn,
          "Rows lie in an hour that the local clock left out: their clock is taken for one that was not set.");
     line(

@@ -32,7 +32,12 @@ float textNumber(STLTexts& texts, std::string_view cell)
 }  // namespace
 
 STLRows::STLRows(const std::filesystem::path& file, const STLFormat& format, STLPass pass)
-    : m_format(format), m_pass(pass), m_reader(file, kLongestRow), m_clock(format), m_titles(format)
+    : m_format(format),
+      m_pass(pass),
+      m_reader(file, kLongestRow),
+      m_clock(format),
+      m_titles(format),
+      m_hasRowNames(hasRowNames(format))
 {
     for (std::size_t c = 0; c < format.columns.size(); ++c) {
         const STLColumn& column = format.columns[c];
@@ -92,6 +97,7 @@ void STLRows::read(Piece& piece) const
         Found found{piece.troubles, {}};
         line.kind = readCells(line, text, number, cells, found);
         line.cellTroubles = line.valueTroubles = piece.troubles.size();
+        line.losses = found.losses;
         if (line.kind == Kind::Cells) {
             line.row = rows++;
             piece.cells.insert(piece.cells.end(), cells.begin(),
@@ -118,6 +124,8 @@ STLRows::Kind STLRows::readCells(const Line& line, std::string_view text, std::u
     }
     const std::size_t columns = m_format.columns.size();
     splitCells(text, m_format.cells, cells);
+    if (cells.size() > columns && m_hasRowNames && joinRowName(cells, columns, m_format.cells))
+        ++found.losses.joinedRows;
     const std::size_t there = cells.size();
     // A separator at the end of the line is no cell too many.
     const bool tooMany = there > columns && !(there == columns + 1 && cells.back().empty());
@@ -172,7 +180,7 @@ void STLRows::show(Piece& piece, std::size_t index)
 
 bool STLRows::readTime(std::span<const std::string_view> cells)
 {
-    if (m_format.timeSource == STLTimeSource::Typed || m_pass == STLPass::WriteValues)
+    if (m_format.timeSource == STLTimeSource::Typed || m_pass == STLPass::WithoutTimes)
         return true;
     const std::optional<double> seconds = m_clock.read(cells);
     const int column = seconds ? m_format.timeColumn : m_clock.unreadable();
@@ -211,6 +219,7 @@ bool STLRows::takeValues(Piece& piece, std::size_t index)
     }
     m_losses.emptyCells += found.losses.emptyCells;
     m_losses.notNumbers += found.losses.notNumbers;
+    m_losses.joinedRows += found.losses.joinedRows;
     return true;
 }
 
@@ -229,8 +238,6 @@ float STLRows::valueOf(std::size_t column, std::string_view cell, std::uint64_t 
 {
     const STLColumn& wanted = m_format.columns[column];
     if (!wanted.numberTexts) {
-        if (m_pass == STLPass::Check && isNumber(cell, m_format.cells))
-            return 0.0F;
         if (const auto value = readValue(cell, wanted, m_format.cells))
             return static_cast<float>(*value);
         if (wanted.kind == STLKind::Time)

@@ -15,8 +15,8 @@
 
 namespace veltrac {
 
-// The first pass only asks whether cells are numbers, the second one wants the numbers, and perhaps no times.
-enum class STLPass { Check, Write, WriteValues };
+// A second pass may do without the times.
+enum class STLPass { Whole, WithoutTimes };
 
 enum class STLProblem {
     NotANumber,
@@ -43,6 +43,7 @@ struct STLLosses
     std::uint64_t titleLines = 0;    // names lines and titles that stand between the rows once more
     std::uint64_t shortRows = 0;     // with too few cells
     std::uint64_t longRows = 0;      // and with too many
+    std::uint64_t joinedRows = 0;    // whose names are several words
     std::uint64_t emptyCells = 0;    // of rows: empty ones, and markers of missing values
     std::uint64_t notNumbers = 0;    // of rows: cells with anything else
 
@@ -65,8 +66,10 @@ public:
 
     // Whether the present line is a row, with a readable time.
     bool hasRow() const { return m_hasRow; }
-    // Of the present row: a value for each taken column (NaN where it is missing; nothing in a check), and
-    // its time in seconds since the first row; 0 where the rows carry none.
+    // Values of a row.
+    std::size_t columns() const { return m_takenColumns.size(); }
+    // Of the present row: a value for each taken column (NaN where it is missing), and its time in seconds
+    // since the first row; 0 where the rows carry none.
     std::span<const float> values() const { return m_values; }
     double seconds() const { return m_seconds; }
     // What was not understood in the present line.
@@ -135,6 +138,7 @@ private:
     LineReader m_reader;
     STLClock m_clock;
     STLTitles m_titles;
+    bool m_hasRowNames;
     std::uint64_t m_taken = 0;  // lines
     std::vector<std::size_t> m_takenColumns;
     bool m_numbersTexts = false;  // so values are read in the order of the rows

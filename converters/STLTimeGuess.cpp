@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <map>
 
 #include "converters/WordedDates.h"
 
@@ -128,6 +129,12 @@ int compactTimeColumn(const STLFormat& format, const std::vector<STLRow>& data)
     return -1;
 }
 
+bool saysDate(const std::string& name)
+{
+    return (name.find("date") != std::string::npos && name.find("update") == std::string::npos) ||
+           name.find("datum") != std::string::npos;
+}
+
 // Whether all cells of a column are whole numbers within these bounds.
 bool areWhole(const std::vector<STLRow>& data, std::size_t column, double least, double most)
 {
@@ -179,7 +186,7 @@ constexpr std::array<DatePartNames, kSTLDateParts> kDateParts = {{
     {" day dd dy dom mday tag jour day_of_month dayofmonth ", 1, 31},
     {" doy yday jday day_of_year dayofyear julian ", 1, 366},
     {" hour hours hr hrs hh h stunde heure ", 0, 24},
-    {" minute minutes min mn minuten ", 0, 59},
+    {" minute minutes min mn mi mm minuten ", 0, 59},
     {" second seconds sec ss sek sekunde ", 0, 60},
 }};
 
@@ -195,11 +202,11 @@ bool areMonthNames(const std::vector<STLRow>& data, std::size_t column)
     });
 }
 
-// The first column that is called so, within the part's bounds; -1 where there is none.
-int partColumn(const STLFormat& format, const std::vector<STLRow>& data, STLDatePart part)
+// The first column from `from` on that is called so, within the part's bounds; -1 where there is none.
+int partColumn(const STLFormat& format, const std::vector<STLRow>& data, STLDatePart part, int from = 0)
 {
     const DatePartNames& wanted = kDateParts[static_cast<std::size_t>(part)];
-    for (std::size_t c = 0; c < format.columns.size(); ++c) {
+    for (std::size_t c = static_cast<std::size_t>(from); c < format.columns.size(); ++c) {
         const std::string name = ' ' + lowered(format.columns[c].name) + ' ';
         if (name.size() > 2 && wanted.names.find(name) != std::string_view::npos &&
             (areWhole(data, c, wanted.least, wanted.most) ||
@@ -207,6 +214,12 @@ int partColumn(const STLFormat& format, const std::vector<STLRow>& data, STLDate
             return static_cast<int>(c);
     }
     return -1;
+}
+
+// "mm" is the month, and behind the hours the minutes.
+int minuteColumn(const STLFormat& format, const std::vector<STLRow>& data, int hours)
+{
+    return hours < 0 ? -1 : partColumn(format, data, STLDatePart::Minute, hours + 1);
 }
 
 // The times of the day beside dates, as numbers: hours, perhaps with minutes and seconds in columns of their
@@ -220,7 +233,7 @@ int findNumericClock(STLFormat& format, const std::vector<STLRow>& data)
         if (!countsHours(format.columns[c], data, c))
             continue;
         put(STLDatePart::Hour, static_cast<int>(c));
-        if (put(STLDatePart::Minute, partColumn(format, data, STLDatePart::Minute)) >= 0)
+        if (put(STLDatePart::Minute, minuteColumn(format, data, static_cast<int>(c))) >= 0)
             put(STLDatePart::Second, partColumn(format, data, STLDatePart::Second));
         return static_cast<int>(c);
     }
@@ -264,6 +277,8 @@ void findDateParts(STLFormat& format, const std::vector<STLRow>& data)
     parts.fill(-1);
     for (std::size_t i = 0; i < parts.size(); ++i)
         parts[i] = partColumn(format, data, static_cast<STLDatePart>(i));
+    parts[static_cast<std::size_t>(STLDatePart::Minute)] =
+        minuteColumn(format, data, parts[static_cast<std::size_t>(STLDatePart::Hour)]);
     findUnnamedMonths(format, data, parts);
     const auto has = [&](STLDatePart part) { return parts[static_cast<std::size_t>(part)] >= 0; };
     const auto drop = [&](STLDatePart part) { parts[static_cast<std::size_t>(part)] = -1; };
@@ -294,12 +309,6 @@ void findDateParts(STLFormat& format, const std::vector<STLRow>& data)
     format.timeSource = STLTimeSource::DateParts;
     format.partColumns = parts;
     format.timeColumn = parts[static_cast<std::size_t>(STLDatePart::Year)];
-}
-
-bool saysDate(const std::string& name)
-{
-    return (name.find("date") != std::string::npos && name.find("update") == std::string::npos) ||
-           name.find("datum") != std::string::npos;
 }
 
 // Whether a column of numbers can be years with decimals, by its name and by its numbers.
@@ -369,8 +378,45 @@ bool goesOnAsTime(const STLColumn& column, const Course& course)
            course.fallen <= mostFalls && course.pairs - course.risen <= kMostBreaks;
 }
 
+// The share of the steps between the rows that are the commonest one.
+template <typename Value>
+double regularity(const std::vector<STLRow>& data, Value valueOf)
+{
+    std::map<double, std::size_t> steps;
+    std::size_t most = 0;
+    for (std::size_t i = 1; i < data.size(); ++i)
+        most = std::max(most, ++steps[valueOf(data[i]) - valueOf(data[i - 1])]);
+    return data.size() < 2 ? 0.0 : static_cast<double>(most) / static_cast<double>(data.size() - 1);
+}
+
+// Whether the numbers of a column called time are a clock's, "930" being half past nine: so their steps are
+// alike, as numbers they are not.
+bool areClockNumbers(const STLFormat& format, const std::vector<STLRow>& data, std::size_t c)
+{
+    constexpr double kClearly = 0.05;
+    constexpr std::size_t kFewRows = 10;
+    if (!namesClock(format.columns[c].name) || !format.columns[c].unit.empty() || data.size() < kFewRows ||
+        !areWhole(data, c, 0, 2400) || std::any_of(data.begin(), data.end(), [c](const STLRow& row) {
+            return static_cast<int>(row.cells[c].value) % 100 > 59;
+        }))
+        return false;
+    const auto number = [c](const STLRow& row) { return row.cells[c].value; };
+    const auto minutes = [c](const STLRow& row) {
+        const int digits = static_cast<int>(row.cells[c].value);
+        return static_cast<double>(digits / 100 * 60 + digits % 100);
+    };
+    return regularity(data, minutes) > regularity(data, number) + kClearly;
+}
+
 void findNumericTime(STLFormat& format, const std::vector<STLRow>& data)
 {
+    for (std::size_t c = 0; c < format.columns.size(); ++c)
+        if (areClockNumbers(format, data, c)) {
+            format.timeSource = STLTimeSource::ElapsedTime;
+            format.timeColumn = static_cast<int>(c);
+            format.timeIsHhmm = true;
+            return;
+        }
     for (std::size_t c = 0; c < format.columns.size(); ++c) {
         if (format.columns[c].kind != STLKind::Number || data.empty())
             continue;
@@ -471,7 +517,8 @@ void findCompactDates(STLFormat& format, const std::vector<STLRow>& data)
         const bool days = data.front().cells[c].text.size() == 8;
         const int time = days ? compactTimeColumn(format, data) : -1;
         const Course course = courseOf(data, c);
-        if (time < 0 && !course.neverFalls() && !course.alwaysFalls())
+        const bool named = saysDate(lowered(format.columns[c].name)) && course.fallen <= course.breaks();
+        if (time < 0 && !named && !course.neverFalls() && !course.alwaysFalls())
             continue;
         format.columns[c].kind = days ? STLKind::Date : STLKind::Stamp;
         if (time >= 0)

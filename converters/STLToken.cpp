@@ -314,6 +314,19 @@ std::size_t veltrac::splitCells(std::string_view line, const STLCells& cells,
     return out.size();
 }
 
+bool veltrac::joinRowName(std::vector<std::string_view>& row, std::size_t count, const STLCells& cells)
+{
+    if (row.size() <= count || count == 0)
+        return false;
+    const std::size_t extra = row.size() - count;
+    for (std::size_t i = 1; i <= extra; ++i)
+        if (readToken(row[i], cells).kind != STLKind::Text)
+            return false;
+    row[0] = {row[0].data(), static_cast<std::size_t>(row[extra].data() + row[extra].size() - row[0].data())};
+    row.erase(row.begin() + 1, row.begin() + 1 + static_cast<std::ptrdiff_t>(extra));
+    return true;
+}
+
 std::optional<double> veltrac::readNumber(std::string_view cell, const STLCells& cells)
 {
     const std::string_view digits = digitsOf(cell, cells.decimal);

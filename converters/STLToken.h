@@ -44,6 +44,10 @@ std::size_t splitCells(std::string_view line, char separator, std::vector<std::s
 // The same, or at the columns of a table of fixed widths, in which cells may be empty.
 std::size_t splitCells(std::string_view line, const STLCells& cells, std::vector<std::string_view>& out);
 
+// Where rows begin with a name, joins the words before the first number to it, so that `count` cells are
+// left. False where there are fewer such words than cells too many.
+bool joinRowName(std::vector<std::string_view>& row, std::size_t count, const STLCells& cells);
+
 // A number: [sign] digits [decimal digits] [e [sign] digits], and nothing behind it.
 std::optional<double> readNumber(std::string_view cell, const STLCells& cells);
 

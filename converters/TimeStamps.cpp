@@ -38,12 +38,15 @@ std::optional<Stamp> readStamp(std::string_view text)
     text = unframed(text);
     std::string_view rest = text;
     auto date = takeDate(rest);
-    if (!date)
-        date = takeWordedDate(rest);
     if (date)
         return readBehind(*date, rest);
+    date = takeWordedDate(rest);
+    // "22. Nov 01:40" only looks like the year 2001.
+    if (const auto stamp = date ? readBehind(*date, rest) : std::nullopt)
+        return stamp;
     if (const auto compact = readCompactStamp(text))
         return compact;
+    rest = text;
     if (const auto stamp = takeCTime(rest); stamp && rest.empty())
         return stamp;
     date = readPartOfYear(text);

@@ -39,7 +39,7 @@ constexpr int kFirstType = 5;  // a Butterworth low-pass is what most come for
 
 enum class FilterAction { Help, Refresh, Execute, PlotChar, Save };
 
-constexpr ActionRow<FilterAction> kActions[] = {
+const ActionRow<FilterAction> kActions[] = {
     {FilterAction::Execute, "Execute", "Ctrl+Return", SLOT(sl_execute()), "Execute calculation...",
      "Calculate the target acc. to the present algorithm."},
     {FilterAction::PlotChar, "PlotFilter", "Ctrl+F", SLOT(sl_plotFiltWin()), "Plot filter char...",

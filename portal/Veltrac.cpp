@@ -6,7 +6,6 @@
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
-#include <QFontDatabase>
 #include <QFontDialog>
 #include <QFontInfo>
 #include <QHeaderView>
@@ -27,6 +26,7 @@
 #include "core/ScratchFile.h"
 #include "portal/DroppedTexts.h"
 #include "portal/EmptyHint.h"
+#include "portal/Examples.h"
 #include "portal/FileCommands.h"
 #include "portal/SubPrograms.h"
 #include "portal/TsFileTexts.h"
@@ -34,11 +34,13 @@
 #include "share/Boxes.h"
 #include "share/JobProgress.h"
 #include "share/PsConfigDialog.h"
+#include "share/QtCompat.h"
 #include "share/QtMessageWin.h"
 #include "share/Resources.h"
 #include "share/SubWindow.h"
 #include "share/TargetFile.h"
 #include "share/WaitCursor.h"
+#include "share/WindowManners.h"
 
 using namespace veltrac;
 
@@ -79,6 +81,7 @@ VeltracWin::VeltracWin(QWidget* parent) : QMainWindow(parent)
     m_visited = QStringList{QDir::currentPath()};
     sl_rowHeight(m_actions->rowHeight()->value());
     sl_refresh();
+    selectAskedFile();
     m_table->setFocus();
 }
 
@@ -157,6 +160,15 @@ void VeltracWin::showNews()
     m_selected = m_table->selectedFile();
     listInMenus();
     showCount();
+}
+
+// The launcher names the file that was double-clicked: the program takes no arguments. Its row is scrolled to
+// when the window has its size.
+void VeltracWin::selectAskedFile()
+{
+    const QString name = QFile::decodeName(qgetenv("VELTRAC_SELECT"));
+    if (!name.isEmpty())
+        QTimer::singleShot(0, this, [this, name] { m_table->select(name); });
 }
 
 void VeltracWin::reportForeignNames()
@@ -291,8 +303,10 @@ void VeltracWin::closeEvent(QCloseEvent* event)
 
 void VeltracWin::setVisible(bool visible)
 {
-    if (visible && !isVisible())
+    if (visible && !isVisible()) {
         fitToScreen(*this);
+        explainByTips(*this);
+    }
     QMainWindow::setVisible(visible);
 }
 
@@ -645,7 +659,7 @@ void VeltracWin::sl_config_font()
     // Where the family is missing, the dialog would offer the first one of all: it starts with the stand-in.
     QFont current = QApplication::font();
     const QFontInfo used(current);
-    if (!QFontDatabase().hasFamily(current.family())) {
+    if (!hasFontFamily(current.family())) {
         current.setFamily(used.family());
         current.setStyleName(used.styleName());
     }
@@ -668,6 +682,17 @@ void VeltracWin::sl_asciihelp()
 void VeltracWin::sl_stlhelp()
 {
     showHelp(this, QStringLiteral("stl"), QStringLiteral("Veltrac, STL format"), kHelpWidth, kHelpHeight);
+}
+
+void VeltracWin::sl_examples()
+{
+    const ExampleCopies copies = copyExamples(this);
+    if (copies.directory.isEmpty())
+        return;
+    enterDirectory(copies.directory);
+    const QString kept =
+        copies.kept == 0 ? QString() : QStringLiteral(", %1 were there already").arg(copies.kept);
+    showInStatusBar(QStringLiteral("Examples: %1 files copied%2.").arg(copies.copied).arg(kept));
 }
 
 void VeltracWin::sl_about()

@@ -48,6 +48,8 @@ public slots:
     void sl_about();
     void sl_asciihelp();
     void sl_stlhelp();
+    // Copies the examples to a folder of the user's and goes there.
+    void sl_examples();
 
     void sl_createFile();
     void sl_readASCIIFile();
@@ -112,6 +114,7 @@ protected:
 private:
     bool othersMayClose();
     void createTable();
+    void selectAskedFile();
     void showContextMenu(int row, const QPoint& globalPosition);
     void showFiles();
     void reportForeignNames();

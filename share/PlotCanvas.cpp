@@ -13,6 +13,7 @@
 #include "share/PlotCommands.h"
 #include "share/PlotMenus.h"
 #include "share/PlotVariables.h"
+#include "share/QtCompat.h"
 
 using namespace veltrac;
 
@@ -79,7 +80,7 @@ void PlotCanvas::dropEvent(QDropEvent* event)
     const QMimeData& mime = *event->mimeData();
     if (mime.hasFormat(QLatin1String(variableMimeType()))) {
         const int variable = mime.data(QLatin1String(variableMimeType())).toInt();
-        emit x_variable_dropped(variable, groupAt(event->pos()));
+        emit x_variable_dropped(variable, groupAt(mousePlace(*event)));
     } else {
         QStringList files;
         for (const QUrl& url : mime.urls())

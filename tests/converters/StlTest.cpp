@@ -678,6 +678,9 @@ TEST_F(Stl, nothingIsReadWrongWithoutAWord)
         const std::string clock = "10:00:0" + std::to_string(i);
         blocks += clock + " IFACE rx tx\n" + clock + " lo 1 2\n" + clock + " eth0 3 4\n\n";
     }
+    std::string noons = "date,v\n";
+    for (int m = 1; m <= 12; ++m)
+        noons += "2015-" + std::string(m < 10 ? "0" : "") + std::to_string(m) + "-01 12:00,1\n";
     const std::vector<float> ones12(12, 1.0F);
     const std::vector<float> ones14(14, 1.0F);
     const std::vector<float> ones16(16, 1.0F);
@@ -719,7 +722,27 @@ TEST_F(Stl, nothingIsReadWrongWithoutAWord)
          "1990 2010",
          {3.5F, 3.6F, 3.7F},
          ""},
+        {"years above whole numbers",
+         "Country,1990,2000,2010\nA,1.5,2.5,3.5\nB,1.6,2.5,3.6\nC,2,3,4\n",
+         "1990 2000 2010",
+         {3.5F, 3.6F, 4},
+         ""},
+        {"a text above numbers",
+         "time\t10\t50\n0.5\t1.5\t3.5\n1.0\t1.6\t3.6\n1.5\t1.7\t3.7\n",
+         "10 50",
+         {3.5F, 3.6F, 3.7F},
+         ""},
         {"numbers are no names", "1,2,3\n2,3,4\n3,4,5\n", "Col-1 Col-2 Col-3", {3, 4, 5}, ""},
+        {"titled blocks",
+         "Block 1\nx y\n1 2\n3 4\nBlock 12\nx y\n5 6\n7 8\n",
+         "x y",
+         {2, 4, 6, 8},
+         "",
+         false,
+         false,
+         2},
+        {"weeks of a year", "year,week,v\n2010,5,1\n2010,6,2\n2010,7,3\n", "year week v", {1, 2, 3}, ""},
+        {"months at noon", noons, "Time v", ones12, "2015-12-01 12:00"},
         {"blocks with heads", blocks, "Time rx tx", {2, 4, 2, 4, 2, 4}, "", false, false, 2},
     };
     for (const Form& form : forms) {
@@ -743,7 +766,7 @@ TEST_F(Stl, nothingIsReadWrongWithoutAWord)
         EXPECT_EQ(form.titles, log.found().losses.titleLines);
         EXPECT_EQ(form.troubles, log.found().troubleCount);
         EXPECT_EQ(0U, log.found().clockChanges);
-        EXPECT_EQ(std::string("years above") == form.what, log.format().namesInDoubt);
+        EXPECT_EQ(std::string(form.what).starts_with("years above"), log.format().namesInDoubt);
     }
 }
 
@@ -774,10 +797,22 @@ TEST_F(Stl, formsOfTextsAreReadInAnySpelling)
         {"KB/s in KB/s out\n1 2\n3 4\n5 6\n", "KB/s in|KB/s out", {1, 2}, 1, 2},
         {"time  v(in)  v(out)\n0.5 1 2\n1.0 3 4\n1.5 5 6\n", "v(in) v(out)", {1, 2}, 0.5, 1},
         {"x [mm],Level (high),F (kN)\n1,2,3\n4,5,6\n", "x|Level (high|F", {1, 2, 3}, 1, 2},
+        {"Columns:\ty\tx\n1\t2\n3\t4\n5\t6\n", "y x", {1, 2}, 1, 2},
+        {"Fields: y, x\n1, 2\n3, 4\n5, 6\n", "y x", {1, 2}, 1, 2},
+        {"# Data: z y x\n1 2 3\n3 4 5\n5 6 7\n", "z y x", {1, 2, 3}, 1, 2},
+        {"#YY MM DD hh mm WDIR WSPD\n#yr mo dy hr mn degT m/s\n2010 01 01 00 00 3 4\n2010 02 01 00 00 5 6\n",
+         "WDIR WSPD",
+         {3, 4},
+         kJan2010,
+         kFeb2010},
+        {"name a b\nRome 1 2\nNew York 3 4\nOslo 5 6\nSao Paulo do Sul 7 8\nBonn 9 9\n", "a b", {1, 2}, 1, 2},
+        {"a b c d e f\n1 2 3\n3 4 5\n5 6 7\n", "Col-1 Col-2 Col-3", {1, 2, 3}, 1, 2},
         // Stamps.
         {"m,v\n2010-01,1\n2010-02,2\n", "v", {1}, kJan2010, kFeb2010},
         {"m;v\nJan 2010;1\nFeb 2010;2\n", "v", {1}, kJan2010, kFeb2010},
         {"year,month,v\n2010,1,1\n2010,2,2\n", "v", {1}, kJan2010, kFeb2010},
+        {"year,month,v\n2010,3,3\n2010,2,2\n2010,1,1\n", "v", {1}, kJan2010, kFeb2010},
+        {"Jan 2010 1\nFeb 2010 2\nMar 2010 3\n", "Col-3", {1}, kJan2010, kFeb2010},
         {"YEAR MON v\n2010 Jan 1\n2010 Feb 2\n2010 Mar 3\n", "v", {1}, kJan2010, kFeb2010},
         {"time,v\n2010,1\n2010.08333,2\n2010.16667,3\n", "v", {1}, kJan2010, kFeb2010},
         {"q,v\n2010 Q1,1\n2010 Q2,2\n", "v", {1}, kJan2010, 1270072800},
@@ -798,7 +833,31 @@ TEST_F(Stl, formsOfTextsAreReadInAnySpelling)
          kMorning,
          kMorning + 1},
         {"1795308300: 7\n1795308301: 8\n1795308302: 9\n", "Col-2", {7}, kMorning, kMorning + 1},
+        {"So 22. Nov 01:45:00 CET 2026;7\nSo 22. Nov 01:45:01 CET 2026;8\n",
+         "Col-2",
+         {7},
+         kMorning,
+         kMorning + 1},
+        {"Sun, 22 Nov 2026 00:45:00 +0000 7\nSun, 22 Nov 2026 00:45:01 +0000 8\n",
+         "Col-2",
+         {7},
+         kMorning,
+         kMorning + 1},
+        {"22 Nov 2026 01:45:00 AM 7\n22 Nov 2026 01:45:01 AM 8\n", "Col-2", {7}, kMorning, kMorning + 1},
+        {"[1795308300.500000] x time=3 ms\n[1795308301.500000] x time=4 ms\n[1795308302.500000] x time=3 "
+         "ms\n",
+         "time",
+         {3},
+         kMorning + 0.5,
+         kMorning + 1.5},
+        {"time=2026-11-22T00:45:00Z l=a v=7\ntime=2026-11-22T00:45:01Z l=b v=8\n",
+         "v",
+         {7},
+         kMorning,
+         kMorning + 1},
         {"date,HHMM,v\n2026-11-22,145,7\n2026-11-22,150,8\n", "v", {7}, kMorning, kMorning + 300},
+        {"date,hour,minute,v\n2026-11-22,1,45,7\n2026-11-22,2,15,8\n", "v", {7}, kMorning, kMorning + 1800},
+        {"Date;Hour;v\n22.11.2026;1;7\n22.11.2026;2;8\n", "v", {7}, kMorning - 2700, kMorning + 900},
         {"Date;v\n46348,072916667;7\n46348,083333333;8\n", "v", {7}, kMorning, kMorning + 900},
         // Heads, keys, frames and empty cells.
         {"; Sample Rate 8\n1 2\n3 4\n", "Col-1|Col-2", {1, 2}, 0.125, 0.25},
@@ -806,6 +865,8 @@ TEST_F(Stl, formsOfTextsAreReadInAnySpelling)
         {"# fs=48k\n1 2\n3 4\n", "Col-1|Col-2", {1, 2}, 1 / 48e3, 2 / 48e3},
         {"# dt = 0.5 ms\n1 2\n3 4\n", "Col-1|Col-2", {1, 2}, 0.0005, 0.001},
         {"# rate: 2 MHz\n1 2\n3 4\n", "Col-1|Col-2", {1, 2}, 5e-7, 1e-6},
+        {"% sampling frequency (Hz): 8\n1 2\n3 4\n", "Col-1|Col-2", {1, 2}, 0.125, 0.25},
+        {"Sampling interval [ms]; 125\na;b\n1;2\n3;4\n", "a b", {1, 2}, 0.125, 0.25},
         {"t=0.5 x=1 y=2\nt=1.0 x=3 y=4\n", "x y", {1, 2}, 0.5, 1},
         {"2026-11-22 01:45:00,temp: 20.5 C,hum=7\n2026-11-22 01:45:01,temp: 20.6 C,hum=8\n",
          "temp hum",
@@ -880,6 +941,13 @@ TEST_F(Stl, packedTextsAreUnpacked)
         EXPECT_EQ("\xC3\xB8", log.found().troubles[0].text);
         EXPECT_EQ(ImportKind::Stl, importKindOf(file));
     }
+    std::uint64_t told = 0;
+    STLObject cancelled("both.gz");
+    EXPECT_EQ(JobOutcome::Cancelled, cancelled.unpack([&told](std::uint64_t done, std::uint64_t total) {
+        told = total;
+        return done > total;
+    }));
+    EXPECT_EQ(fs::file_size("both.gz"), told);
 }
 
 TEST_F(Stl, reportTellsEvidenceLossesAndAssumptions)
@@ -903,6 +971,27 @@ TEST_F(Stl, reportTellsEvidenceLossesAndAssumptions)
     EXPECT_EQ(
         0U, evidenceText(log.format())
                 .find("Read as cells between commas with a decimal point: 100 % of the lines have 3 cells"));
+
+    // Told apart: short rows, a line without numbers, words that are no names, a clock that runs on.
+    write("l.csv", "a b c d\n2015-03-28 08:00,1,2\n2015-03-29 08:00,3\n2015-03-30 08:00,4,5\n");
+    STLObject loose("l.csv");
+    loose.detect();
+    loose.check({});
+    EXPECT_EQ("1 cell empty or marked as missing.\n1 row with too few cells: line 3 \"2015-03-29 08:00,3\".",
+              lossText(loose.format(), loose.found()));
+    EXPECT_NE(
+        std::string::npos,
+        assumptionText(loose.format(), loose.found()).find("The local clock was set between these rows"));
+    EXPECT_NE(std::string::npos, evidenceText(loose.format())
+                                     .find("No line gives names. Column 1 tells the time: 100 % of the rows "
+                                           "looked at have one, and they go one way."));
+    write("w.txt", "a b c d e\n1 2 3\n4 5 6\nend of data\n7 8 9\n");
+    STLObject words("w.txt");
+    words.detect();
+    words.check({});
+    EXPECT_EQ("1 line skipped: line 4 \"end of data\".", lossText(words.format(), words.found()));
+    EXPECT_EQ("Line 1 has 5 words for 3 columns: they are taken for no names.",
+              assumptionText(words.format(), words.found()));
 
     write("s.txt", "Nov 22 01:40:00 a 1\nNov 22 01:40:01 b 2\nNov 22 01:40:02 c 3\n");
     STLObject dated("s.txt");

@@ -60,7 +60,17 @@ void PlotOutput::sl_psParameters()
 void PlotOutput::sl_savePicture()
 {
     const QImage picture = image();
-    const QString file = savePicture(window(), m_suggestedName, pictureLayout(), picture);
+    PlotLayout layout = pictureLayout();
+    // What shows a text in place of a plot is no picture of it.
+    if (layout.groups.empty()) {
+        QString reason = text();
+        if (reason.isEmpty())
+            reason = plot().reference() ? tr("The plot cannot be drawn") : tr("Nothing is shown");
+        if (reason.endsWith(QLatin1Char('.')))
+            reason.chop(1);
+        layout.unread.push_back(reason.toUtf8().toStdString());
+    }
+    const QString file = savePicture(window(), m_suggestedName, layout, picture);
     if (!file.isEmpty())
         emit x_told(tr("Saved %1").arg(file));
 }

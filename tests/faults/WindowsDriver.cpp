@@ -208,12 +208,15 @@ std::string savePictureAs(const QString& name)
     window.show();
     PlotCanvas& canvas = *window.canvas();
     canvas.grab();
-    QString failure;
-    if (name.endsWith(QLatin1String("png")))
-        failure = writePicture(name, canvas.grab().toImage());
-    else
-        failure = writePlotEps(name, canvas.psParameters(), canvas.plot(), canvas.colors(), false);
-    return failure.toStdString();
+    if (!name.endsWith(QLatin1String("png")))
+        return writePlotEps(name, canvas.psParameters(), canvas.plot(), canvas.colors(), false).toStdString();
+    const Person person(name);
+    QString saved;
+    QObject::connect(&canvas, &PlotCanvas::x_told, [&saved](const QString& text) { saved = text; });
+    canvas.sl_savePicture();
+    return saved.startsWith(QLatin1String("Saved"))
+               ? std::string()
+               : (person.told() + QLatin1String("not saved")).toStdString();
 }
 
 const FaultJobs kJobsInWindows = {

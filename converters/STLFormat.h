@@ -96,6 +96,10 @@ struct STLFormat
     // The line right above the data whose words are more or fewer than the columns, and how many.
     std::uint64_t unmatchedLine = 0;
     std::size_t unmatchedWords = 0;
+    // Lines above the data that give neither names nor units: how many, and the first ones with their
+    // numbers.
+    std::size_t titleCount = 0;
+    std::vector<std::pair<std::uint64_t, std::string>> titles;
     // A title above the names, with any digits in it, which may stand above each block of rows.
     std::string blockTitle;
     std::vector<STLColumn> columns;
@@ -111,13 +115,14 @@ struct STLFormat
     std::array<int, kSTLDateParts> partColumns = {-1, -1, -1, -1, -1, -1, -1, -1};
     bool yearsInMonths = false;  // decimal years tell firsts of months, as well as their digits can
     DateOrder order = DateOrder::DayMonth;
-    bool orderInDoubt = false;  // no date tells; the user is asked to check
-    bool orderBySteps = false;  // but the steps between the dates do
-    bool yearMissing = false;   // days and months stand before the times of day, and no year
-    bool greenwich = false;     // stamps carry a zone, or the user says that they are UTC
-    Micros typedStart = 0;      // wall clock; 0 for none
-    double typedStep = 1.0;     // seconds
-    bool stepIsTold = false;    // by the file's head
+    bool orderInDoubt = false;     // no date tells; the user is asked to check
+    bool orderBySteps = false;     // but the steps between the dates do
+    bool rowsAreLabelled = false;  // rows of one time are told apart by a text: several things at that time
+    bool yearMissing = false;      // days and months stand before the times of day, and no year
+    bool greenwich = false;        // stamps carry a zone, or the user says that they are UTC
+    Micros typedStart = 0;         // wall clock; 0 for none
+    double typedStep = 1.0;        // seconds
+    bool stepIsTold = false;       // by the file's head
 
     std::optional<STLTimeResult> timeResult;  // the user's choice; without it the check chooses
     double resampleStep = 0.0;                // seconds; 0 for the typical step
@@ -143,8 +148,6 @@ bool timesAreUnix(STLTimeSource source);
 bool timesAreElapsed(STLTimeSource source);
 // Whether a column tells the time, or a part of it.
 bool tellsTime(const STLFormat& format, std::size_t column);
-// Whether rows between blanks begin with a name, which may be several words.
-bool hasRowNames(const STLFormat& format);
 // Whether times of the day beside dates stand in columns of hours, and perhaps minutes and seconds.
 bool clockIsInParts(const STLFormat& format);
 // Whether they are days, without any time of the day.

@@ -46,9 +46,14 @@ std::string fileOf(std::uint32_t columns)
     return path;
 }
 
-void scanFloor(benchmark::State& state)
+void scanTransfers(benchmark::State& state)
 {
     longRuns(state, fileOf(1), kColumnBytes, false);
+}
+
+void scanFloor(benchmark::State& state)
+{
+    summaryFloor(state, fileOf(1), kColumnBytes);
 }
 
 // The list window's maximum, minimum and average.
@@ -180,6 +185,7 @@ void create(benchmark::State& state)
     }
 }
 
+BENCHMARK(scanTransfers)->Unit(benchmark::kMillisecond);
 BENCHMARK(scanFloor)->Unit(benchmark::kMillisecond);
 BENCHMARK(scan)->Unit(benchmark::kMillisecond);
 BENCHMARK(calculusFloor)->Unit(benchmark::kMillisecond);

@@ -53,6 +53,11 @@ void readFloor(benchmark::State& state)
     longRuns(state, fileOf(static_cast<std::uint32_t>(state.range(0))), std::size_t{kValues} * 4, false);
 }
 
+void passFloor(benchmark::State& state)
+{
+    summaryFloor(state, fileOf(static_cast<std::uint32_t>(state.range(0))), std::size_t{kValues} * 4);
+}
+
 Plot2D plotOf(std::uint32_t columns)
 {
     const auto file = std::make_shared<PlotFile>(fileOf(columns));
@@ -114,6 +119,7 @@ void eps(benchmark::State& state)
 
 BENCHMARK(eps)->Arg(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(readFloor)->Arg(1)->Arg(8)->Unit(benchmark::kMillisecond);
+BENCHMARK(passFloor)->Arg(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(firstPass)->Arg(1)->Arg(8)->Unit(benchmark::kMillisecond);
 BENCHMARK(frame)
     ->ArgsProduct({{1, 8, 64}, {1, 10, 50, 200, 1000, 10000, 100000}})

@@ -11,6 +11,7 @@
 
 #include "calc/Spectrogram.h"
 #include "calc/Spectrum.h"
+#include "calc/SpectrumPlan.h"
 #include "core/TSFILE.h"
 
 using namespace veltrac;

@@ -10,6 +10,7 @@
 #include "core/NumberTexts.h"
 #include "share/JobProgress.h"
 #include "share/PlotCanvas.h"
+#include "share/PlotVariables.h"
 
 namespace veltrac {
 
@@ -130,8 +131,7 @@ bool showCut(const PlotCanvas& picture, double x, PlotCanvas& canvas)
     frequencies.reserve(levels.size());
     for (std::size_t k = 1; k <= levels.size(); ++k)
         frequencies.push_back(static_cast<double>(k) * image.step());
-    canvas.showValues(frequencies, QStringLiteral("Freq[Hz]"),
-                      {{QStringLiteral("At A"), QString::fromStdString(image.unit()), levels}});
+    canvas.showPlot(plotOfValues(frequencies, "Freq[Hz]", {{"At A", image.unit(), levels}}));
     return true;
 }
 

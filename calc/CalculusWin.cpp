@@ -89,7 +89,7 @@ void CalculusWin::createActions()
     actions->addActions({m_execute, save, help});
     addWhatsThis(actions);
     actions->addSeparator();
-    actions->addAction(QStringLiteral("&Close"), this, &QWidget::close, QKeySequence::Close);
+    actions->addAction(QStringLiteral("&Close"), this, &QWidget::close)->setShortcut(QKeySequence::Close);
     if (m_kind.hasSelections)
         fillSourceMenu(*menuBar()->addMenu(QStringLiteral("&Selections")));
     addCanvasMenus();

@@ -7,7 +7,7 @@
 #include <span>
 
 #include "calc/RealTransform.h"
-#include "calc/Spectrum.h"
+#include "calc/SpectrumPlan.h"
 #include "calc/SpectrumSamples.h"
 #include "core/ColumnCopy.h"
 #include "core/HeaderTexts.h"

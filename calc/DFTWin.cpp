@@ -20,6 +20,7 @@
 #include "calc/Spectrum.h"
 #include "calc/SpectrumDoubts.h"
 #include "calc/SpectrumFields.h"
+#include "calc/SpectrumPlan.h"
 #include "calc/SpectrumTexts.h"
 #include "core/CopyFile.h"
 #include "core/NumberTexts.h"

@@ -11,7 +11,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "calc/Spectrum.h"
+#include "calc/SpectrumPlan.h"
 #include "calc/SpectrumTexts.h"
 #include "core/NumberTexts.h"
 #include "core/TsExceptions.h"

@@ -1,7 +1,7 @@
 #include "calc/SegmentTransform.h"
 
 #include "calc/RealTransform.h"
-#include "calc/Spectrum.h"
+#include "calc/SpectrumPlan.h"
 #include "calc/WindowShape.h"
 
 namespace veltrac {

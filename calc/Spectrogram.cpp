@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "calc/SegmentTransform.h"
-#include "calc/Spectrum.h"
+#include "calc/SpectrumPlan.h"
 #include "calc/SpectrumScale.h"
 #include "calc/SpectrumTexts.h"
 #include "calc/WindowShape.h"

@@ -11,7 +11,6 @@
 #include "calc/SpectrumSamples.h"
 #include "calc/SpectrumScale.h"
 #include "calc/WindowShape.h"
-#include "calc/mixfft.h"
 #include "core/ColumnCopy.h"
 
 namespace veltrac {
@@ -20,25 +19,6 @@ namespace {
 
 constexpr double kPi = std::numbers::pi;
 constexpr double kDegrees = 180.0 / kPi;
-constexpr double kDropsLittle = 0.999;  // of the samples stay
-constexpr std::uint32_t kLongestTransform = std::numeric_limits<int>::max();
-
-// The greatest (or least) product of 2, 3 and 5 that is not above (not below) m; both by going through the
-// few hundred products there are.
-std::uint32_t nearest235(std::uint32_t m, bool below)
-{
-    constexpr std::uint64_t kLimit = UINT32_MAX;
-    std::uint64_t best = below ? 1 : kLimit;
-    for (std::uint64_t fives = 1; fives <= kLimit; fives *= 5)
-        for (std::uint64_t threes = fives; threes <= kLimit; threes *= 3)
-            for (std::uint64_t n = threes; n <= kLimit; n *= 2) {
-                if (below && n <= m)
-                    best = std::max(best, n);
-                if (!below && n >= m)
-                    best = std::min(best, n);
-            }
-    return static_cast<std::uint32_t>(best);
-}
 
 // Rows for the target, handed over in runs.
 class RowWriter
@@ -178,52 +158,6 @@ JobOutcome segments(TSFILE& source, const SpectrumRequest& request, const Spectr
 }
 
 }  // namespace
-
-std::uint32_t shortenedLength(std::uint32_t m)
-{
-    m = std::min(m, kLongestTransform);
-    const std::uint32_t fast = nearest235(m, true);
-    if (fast >= kDropsLittle * m)
-        return fast;
-    std::uint32_t any = m;
-    while (any > 1 && !isTransformLength(static_cast<int>(any)))
-        --any;
-    return any;
-}
-
-std::uint32_t paddedLength(std::uint32_t m)
-{
-    const std::uint32_t fast = nearest235(std::max(m, 1U), false);
-    // There is nothing to pad to beyond the longest transform.
-    return fast > kLongestTransform ? shortenedLength(m) : fast;
-}
-
-SpectrumPlan planSpectrum(const SpectrumRequest& request)
-{
-    SpectrumPlan plan;
-    const std::uint32_t range = request.to < request.from ? 0 : request.to - request.from + 1;
-    if (range < 2 || !(request.dt > 0.0))
-        return plan;
-    const std::uint32_t wanted = request.averaged ? request.segment : range;
-    plan.length = request.pad ? paddedLength(wanted) : shortenedLength(wanted);
-    plan.used = std::min(wanted, plan.length);
-    plan.bins = plan.length / 2;
-    if (request.averaged)
-        plan.segments =
-            range < plan.used ? 0 : (range - plan.used) / segmentHop(plan.used, request.overlapPercent) + 1;
-    plan.resolution = 1.0 / (plan.length * request.dt);
-    plan.highest = plan.bins * plan.resolution;
-    plan.bytes =
-        (plan.length + 2 * std::uint64_t{realFftRoom(static_cast<int>(plan.length))}) * sizeof(double);
-    if (request.averaged)
-        plan.bytes += (std::uint64_t{plan.used} + plan.bins) * sizeof(double);  // weights and sums of power
-    return plan;
-}
-
-std::uint32_t spectrumColumns(const SpectrumRequest& request)
-{
-    return request.averaged ? 2 : 3;
-}
 
 JobOutcome computeSpectrum(TSFILE& source, const SpectrumRequest& request, TSFILE& target, double& mean,
                            const Progress& progress)

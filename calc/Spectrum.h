@@ -7,32 +7,12 @@
 // of Fast Fourier Transform for the estimation of power spectra", IEEE Trans. AU-15 (1967).
 #pragma once
 
-#include <cstdint>
-
+#include "calc/SpectrumPlan.h"
 #include "calc/SpectrumRequest.h"
 #include "core/Progress.h"
 #include "core/TSFILE.h"
 
 namespace veltrac {
-
-// What a request comes to.
-struct SpectrumPlan
-{
-    std::uint32_t used = 0;      // samples of the range that take part (of one segment where averaged)
-    std::uint32_t length = 0;    // of the transform
-    std::uint32_t bins = 0;      // length / 2: bin k stands in sample k, bin 0 in none
-    std::uint32_t segments = 1;  // 0 where the range is shorter than one
-    double resolution = 0.0;     // Hz
-    double highest = 0.0;        // Hz
-    std::uint64_t bytes = 0;     // of memory
-};
-
-// The greatest length up to m of factors 2, 3 and 5 if it drops at most a thousandth, else the greatest
-// without a prime factor above 37; the least of 2, 3 and 5 from m on.
-std::uint32_t shortenedLength(std::uint32_t m);
-std::uint32_t paddedLength(std::uint32_t m);
-
-SpectrumPlan planSpectrum(const SpectrumRequest& request);
 
 // Computes the spectrum and writes it into `target`: plan.bins samples of three columns, "Freq" in Hz, the
 // result, and the phase in degrees (or "Re" and "Im"); averages have two columns. Holds plan.bytes
@@ -40,8 +20,5 @@ SpectrumPlan planSpectrum(const SpectrumRequest& request);
 // segment. `mean` gets the mean of the samples that took part. Throws the TS exceptions and std::bad_alloc.
 JobOutcome computeSpectrum(TSFILE& source, const SpectrumRequest& request, TSFILE& target, double& mean,
                            const Progress& progress);
-
-// Columns of the target: 2 or 3.
-std::uint32_t spectrumColumns(const SpectrumRequest& request);
 
 }  // namespace veltrac

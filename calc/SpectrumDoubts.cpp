@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "calc/Spectrum.h"
+#include "calc/SpectrumPlan.h"
 #include "calc/SpectrumSamples.h"
 #include "calc/SpectrumTexts.h"
 #include "core/HeaderTexts.h"

@@ -12,7 +12,7 @@
 
 #include "calc/SecondColumnFields.h"
 #include "calc/Spectrogram.h"
-#include "calc/Spectrum.h"
+#include "calc/SpectrumPlan.h"
 #include "calc/SpectrumTexts.h"
 #include "calc/WindowShape.h"
 #include "share/NumberField.h"

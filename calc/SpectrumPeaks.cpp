@@ -8,7 +8,7 @@
 #include <numbers>
 #include <span>
 
-#include "calc/Spectrum.h"
+#include "calc/SpectrumPlan.h"
 #include "calc/WindowShape.h"
 
 namespace veltrac {

@@ -10,12 +10,6 @@
 
 namespace veltrac {
 
-std::uint32_t segmentHop(std::uint32_t used, int overlapPercent)
-{
-    const std::uint64_t stay = std::uint64_t{used} * static_cast<unsigned>(100 - overlapPercent);
-    return std::max<std::uint32_t>(1, static_cast<std::uint32_t>(stay / 100));
-}
-
 SampleReader::SampleReader(TSFILE& file, const SpectrumRequest& request)
     : m_file(file),
       m_column(request.column),
@@ -167,11 +161,13 @@ JobOutcome readSteps(TSFILE& file, std::uint32_t from, std::uint32_t to, StepRan
     float farthest = 0.0F;
     const std::uint32_t begin = oldestRow(file) - 1 + from;
     std::vector<float> whole(file.time32Column() == 0 ? 0 : kRunSamples);
+    std::vector<TSFILE::ColumnRun> columns{{file.timeColumn(), nullptr}};
+    if (!whole.empty())
+        columns.push_back({file.time32Column(), whole.data()});
     const JobOutcome outcome =
         walkRuns(to - from + 1, progress, [&](std::uint32_t first, std::span<float> run) {
-            file.readColumn(file.timeColumn(), begin + first - 1, run);
-            if (!whole.empty())
-                file.readColumn(file.time32Column(), begin + first - 1, std::span(whole).first(run.size()));
+            columns.front().out = run.data();
+            file.readColumns(begin + first - 1, static_cast<std::uint32_t>(run.size()), columns);
             for (std::size_t i = 0; i < run.size(); ++i) {
                 const double now =
                     run[i] +

@@ -10,9 +10,6 @@
 
 namespace veltrac {
 
-// From the first sample of a segment of `used` samples to the next one's.
-std::uint32_t segmentHop(std::uint32_t used, int overlapPercent);
-
 // Reads the samples of a request, segment by segment. With `interpolate` missing ones become the line between
 // the nearest values on both sides, also where those lie beyond the segment or the range; the nearest value
 // before the first and behind the last of the file, and 0 where there is none at all.

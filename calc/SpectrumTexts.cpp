@@ -3,7 +3,7 @@
 #include <iterator>
 #include <utility>
 
-#include "calc/Spectrum.h"
+#include "calc/SpectrumPlan.h"
 #include "calc/WindowShape.h"
 #include "core/HeaderTexts.h"
 #include "core/NumberTexts.h"

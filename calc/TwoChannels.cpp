@@ -7,7 +7,7 @@
 #include <numbers>
 
 #include "calc/SegmentTransform.h"
-#include "calc/Spectrum.h"
+#include "calc/SpectrumPlan.h"
 #include "calc/SpectrumSamples.h"
 #include "calc/SpectrumTexts.h"
 #include "calc/WindowShape.h"

@@ -64,7 +64,7 @@ fs::path targetOf(const Verb& verb, const CommonOptions& common, const std::stri
 
 std::vector<PlannedFile> planFiles(const Verb& verb, const CommonOptions& common)
 {
-    if (common.files.empty())
+    if (common.files.empty() && verb.needsFiles())
         throw UsageError("no files are named");
     const VerbTarget kind = verb.targetKind();
     const bool makes = kind == VerbTarget::FileEach || kind == VerbTarget::OneFile;
@@ -74,6 +74,10 @@ std::vector<PlannedFile> planFiles(const Verb& verb, const CommonOptions& common
         throw UsageError("-o - and --json both want standard output");
     if (kind == VerbTarget::FileEach && common.output == kStream && common.files.size() > 1)
         throw UsageError("-o - takes the result of one file");
+    if (kind == VerbTarget::OneFile) {
+        const std::string source = common.files.empty() ? std::string() : common.files.front();
+        return {{source, targetOf(verb, common, source)}};
+    }
     std::vector<PlannedFile> planned;
     std::map<fs::path, std::string> taken;
     for (const std::string& source : common.files) {
@@ -89,8 +93,6 @@ std::vector<PlannedFile> planFiles(const Verb& verb, const CommonOptions& common
                                  file.target.string());
         }
         planned.push_back(std::move(file));
-        if (kind == VerbTarget::OneFile)
-            break;
     }
     return planned;
 }
@@ -210,7 +212,8 @@ std::string told(const VerbJob& job)
     if (!job.common->json)
         return job.text;
     Json all = Json::object();
-    all["file"] = utf8OfBytes(job.name);
+    if (!job.name.empty())
+        all["file"] = utf8OfBytes(job.name);
     if (!job.target.empty())
         all["target"] = utf8OfBytes(job.target.string());
     all.update(job.json);
@@ -248,7 +251,8 @@ TaskOutcome runFileJob(Verb& verb, const CommonOptions& common, const PlannedFil
                 requireReadable(source);
             job.sources.emplace_back(source);
         }
-        job.source = job.sources.front();
+        if (!job.sources.empty())
+            job.source = job.sources.front();
         if (takesAll)
             named = planned.target.string();
         TaskOutcome outcome{performInto(verb, job)};
@@ -258,7 +262,7 @@ TaskOutcome runFileJob(Verb& verb, const CommonOptions& common, const PlannedFil
         outcome.report = job.report;
         if (!common.quiet)
             for (const std::string& note : job.notes)
-                outcome.notes += planned.source + ": " + note + '\n';
+                outcome.notes += (planned.source.empty() ? named : planned.source) + ": " + note + '\n';
         return outcome;
     } catch (const Interrupted&) {
         return {TaskOutcome::State::Interrupted, {}, {}};

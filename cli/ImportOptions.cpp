@@ -1,11 +1,39 @@
 #include "cli/ImportOptions.h"
 
-#include <array>
+#include <iterator>
 
 #include "cli/Options.h"
 #include "converters/TimeStamps.h"
 
 namespace veltrac {
+
+namespace {
+
+struct TimeSourceWord
+{
+    const char* word;
+    STLTimeSource source;
+};
+
+constexpr TimeSourceWord kTimeSources[] = {{"step", STLTimeSource::Typed},
+                                           {"stamp", STLTimeSource::Stamp},
+                                           {"date-and-time", STLTimeSource::DateAndTime},
+                                           {"date-parts", STLTimeSource::DateParts},
+                                           {"decimal-years", STLTimeSource::DecimalYears},
+                                           {"serial-days", STLTimeSource::SerialDays},
+                                           {"elapsed-time", STLTimeSource::ElapsedTime},
+                                           {"elapsed-seconds", STLTimeSource::ElapsedSeconds},
+                                           {"unix-seconds", STLTimeSource::UnixSeconds},
+                                           {"unix-milliseconds", STLTimeSource::UnixMilliseconds},
+                                           {"unix-microseconds", STLTimeSource::UnixMicroseconds},
+                                           {"unix-nanoseconds", STLTimeSource::UnixNanoseconds}};
+
+}  // namespace
+
+STLTimeSource TimeChoices::source() const
+{
+    return kTimeSources[*from].source;
+}
 
 void ImportOptions::addTo(Options& options)
 {
@@ -23,10 +51,11 @@ void ImportOptions::addTo(Options& options)
     options.texts("--missing-markers", text.missingMarkers, "WORD,...",
                   "Cells with one of these are missing");
     options.count("--skip-lines", text.skipLines, 0, "First lines of a single column log to pass over");
-    options.choice("--time-from", time.from,
-                   {"step", "stamp", "date-and-time", "elapsed-time", "elapsed-seconds", "unix-seconds",
-                    "unix-milliseconds", "unix-microseconds", "unix-nanoseconds"},
-                   "Where the time of a row comes from");
+    std::vector<std::string> sources;
+    sources.reserve(std::size(kTimeSources));
+    for (const TimeSourceWord& row : kTimeSources)
+        sources.emplace_back(row.word);
+    options.choice("--time-from", time.from, sources, "Where the time of a row comes from");
     options.text("--date-column", time.dateColumn, "COLUMN", "The column of dates");
     options.text("--time-column", time.timeColumn, "COLUMN", "The column of stamps, times or seconds");
     options.choice("--order", time.order, {"day-month", "month-day"}, "How 3/4/2016 is meant");

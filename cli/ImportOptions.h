@@ -32,7 +32,7 @@ struct TextChoices
 // Where its rows' times come from, and what they become.
 struct TimeChoices
 {
-    std::optional<int> from{};
+    std::optional<int> from{};  // source() where there is one
     std::string dateColumn{};
     std::string timeColumn{};
     std::optional<int> order{};
@@ -42,6 +42,8 @@ struct TimeChoices
     std::optional<double> rate{};
     std::optional<int> becomes{};
     std::optional<double> equalStep{};
+
+    STLTimeSource source() const;
 };
 
 // What comes along of it.

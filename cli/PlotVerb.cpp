@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "cli/CharacteristicPicture.h"
 #include "cli/FileWords.h"
 #include "cli/Options.h"
 #include "cli/Verbs.h"
@@ -20,9 +21,12 @@ constexpr VerbWords kPlotWords = {
     "plot", "Draw columns as SVG or EPS",
     "Draws columns over time, the same picture as the hard copy of the plot windows. Columns of one unit "
     "share an axis, unless --groups says otherwise. The ending of the target tells the format. With "
-    "--together all files come into one picture.",
+    "--together all files come into one picture. --characteristic draws what a filter does, with the options "
+    "of "
+    "filter: gain and phase, group delay, the answers to an impulse and a step, or poles and zeros.",
     "  veltrac-cli plot --from \"10 s\" --to \"20 s\" --title \"ECG\" -o ecg.svg ecg.ts\n"
-    "  veltrac-cli plot --columns 2 --log-y -o spectrum.eps ecg_fft.ts"};
+    "  veltrac-cli plot --columns 2 --log-y -o spectrum.eps ecg_fft.ts\n"
+    "  veltrac-cli plot --characteristic gain-and-phase --db --freq 40 --order 4 -o lowpass.svg ecg.ts"};
 
 constexpr std::size_t kMostAtOnce = 8;  // as the windows show at first
 constexpr const char* kEnds[] = {".svg", ".eps"};
@@ -44,7 +48,11 @@ class PlotVerb : public Verb
 {
 public:
     const VerbWords& words() const override { return kPlotWords; }
-    VerbTarget targetKind() const override { return m_together ? VerbTarget::OneFile : VerbTarget::FileEach; }
+    VerbTarget targetKind() const override
+    {
+        return m_together || m_characteristic.needsNoFile() ? VerbTarget::OneFile : VerbTarget::FileEach;
+    }
+    bool needsFiles() const override { return !m_characteristic.needsNoFile(); }
     std::string extension() const override { return kEnds[m_format]; }
     void addOptions(Options& options) override
     {
@@ -69,9 +77,16 @@ public:
         options.flag("--log-x", m_logX, "A logarithmic x axis");
         options.flag("--log-y", m_logY, "Logarithmic y axes");
         options.flag("--no-legend", m_noLegend, "Without the names of the columns");
+        m_characteristic.addTo(options);
     }
-    void check(CommonOptions& /*common*/) override
+    void check(CommonOptions& common) override
     {
+        m_characteristic.check(!common.files.empty());
+        if (m_characteristic.isWanted() &&
+            (m_together || !m_columns.empty() || !m_groups.empty() || m_xMode || m_logY))
+            throw UsageError(
+                "--characteristic draws no columns: --together, --columns, --groups, --x and --log-y have "
+                "nothing to say");
         if (m_cursors.size() > 2)
             throw UsageError("--cursors: there are two, A and B");
         if (!m_columns.empty() && !m_groups.empty())
@@ -86,13 +101,15 @@ public:
     {
         const std::string end = job.target.extension().string();
         if (end != kEnds[0] && end != kEnds[1])
-            throw JobError(job.target.string() + ": a picture ends in .svg or .eps");
-        Plot2D plot;
-        for (const std::filesystem::path& source : m_together ? job.sources : std::vector{job.source})
-            addFile(plot, std::make_shared<PlotFile>(source.string()));
-        if (plot.variables().empty())
-            throw JobError("it has no column that can be plotted");
-        arrange(job, plot);
+            throw JobError((job.name.empty() ? "" : job.target.string() + ": ") +
+                           "a picture ends in .svg or .eps");
+        Plot2D plot = m_characteristic.isWanted() ? m_characteristic.plotOf(job, m_logX) : plotOfFiles(job);
+        plot.title = m_title;
+        plot.legend = !m_noLegend;
+        if (m_grid)
+            plot.grid = static_cast<PlotGrid>(*m_grid);
+        m_characteristic.fitTo(plot, m_parameters);
+        bringIntoView(plot);
         const auto draw = [&](BasicDriver& driver) {
             PlotLook look = paperLook(m_parameters, plot.grid);
             look.colors = defaultPlotColors();
@@ -153,12 +170,13 @@ private:
         }
     }
 
-    void arrange(const VerbJob& job, Plot2D& plot) const
+    Plot2D plotOfFiles(const VerbJob& job) const
     {
-        plot.title = m_title;
-        plot.legend = !m_noLegend;
-        if (m_grid)
-            plot.grid = static_cast<PlotGrid>(*m_grid);
+        Plot2D plot;
+        for (const std::filesystem::path& source : m_together ? job.sources : std::vector{job.source})
+            addFile(plot, std::make_shared<PlotFile>(source.string()));
+        if (plot.variables().empty())
+            throw JobError("it has no column that can be plotted");
         for (std::size_t g = 0; g < plot.groups().size() && m_logY; ++g)
             plot.setLogarithmicY(g, true);
         requireDone(plot.buildMissing(job.progress));
@@ -170,6 +188,11 @@ private:
             plot.setLogarithmicX(true);
             plot.fitAll();
         }
+        return plot;
+    }
+
+    void bringIntoView(Plot2D& plot) const
+    {
         const Plot2D::Extent all{plot.x1(), plot.x2()};
         if (!m_from.empty() || !m_to.empty())
             plot.setX(m_from.empty() ? all.x1 : place(plot, m_from, "--from"),
@@ -186,6 +209,7 @@ private:
         return *meant.x;
     }
 
+    CharacteristicPicture m_characteristic;
     bool m_together = false;
     int m_format = 0;
     std::vector<std::string> m_columns;

@@ -7,7 +7,7 @@
 
 #include "calc/Correlation.h"
 #include "calc/Spectrogram.h"
-#include "calc/Spectrum.h"
+#include "calc/SpectrumPlan.h"
 #include "calc/SpectrumTexts.h"
 #include "calc/TwoChannels.h"
 #include "cli/FileWords.h"

@@ -3,6 +3,7 @@
 #include "calc/Spectrum.h"
 #include "calc/SpectrumDoubts.h"
 #include "calc/SpectrumPeaks.h"
+#include "calc/SpectrumPlan.h"
 #include "calc/SpectrumTexts.h"
 #include "calc/WindowShape.h"
 #include "cli/FileWords.h"
@@ -10,8 +11,10 @@
 #include "cli/ResultTarget.h"
 #include "cli/SpectrumAnalyses.h"
 #include "cli/Verbs.h"
+#include "core/FailureText.h"
 #include "core/NumberTexts.h"
 #include "core/SafeChange.h"
+#include "core/TsExceptions.h"
 #include "core/TsNames.h"
 #include "core/Variable.h"
 
@@ -134,7 +137,7 @@ private:
             {false, "--segment"}, {m_interpolate, "--interpolate"}, {m_equalSteps, "--equal-steps"}};
         std::size_t i = 0;
         for (const SpectrumCheck& check : spectrumChecks()) {
-            const SpectrumDoubt doubt = check.look(file, name, request, job.progress);
+            const SpectrumDoubt doubt = look(check, file, name, request, job);
             const auto& answer = answers[i++];
             if (doubt.kind == SpectrumDoubt::Kind::Cancelled)
                 throw Interrupted{};
@@ -142,6 +145,19 @@ private:
                 throw JobError(doubt.text);
             if (doubt.kind == SpectrumDoubt::Kind::Question && !answer.agreed)
                 throw JobError(doubt.text + " (" + answer.option + " goes on)");
+        }
+    }
+
+    // A second file that cannot be read is told by its own name.
+    static SpectrumDoubt look(const SpectrumCheck& check, TSFILE& file, const std::string& name,
+                              SpectrumRequest& request, const VerbJob& job)
+    {
+        try {
+            return check.look(file, name, request, job.progress);
+        } catch (const TS::Failure&) {
+            if (name == job.name)
+                throw;
+            throw JobError(name + ": " + reasonOfFailure());
         }
     }
 

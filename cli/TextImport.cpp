@@ -165,7 +165,7 @@ void takeTextOptions(STLObject& log, const TextChoices& text)
 void takeTimeOptions(STLFormat& format, const TimeChoices& time)
 {
     if (time.from)
-        format.timeSource = static_cast<STLTimeSource>(*time.from);
+        format.timeSource = time.source();
     if (!time.timeColumn.empty())
         format.timeColumn = columnOf(format, time.timeColumn);
     if (!time.dateColumn.empty())
@@ -174,6 +174,9 @@ void takeTimeOptions(STLFormat& format, const TimeChoices& time)
         format.timeColumn = -1;
     else if (format.timeColumn < 0)
         throw JobError("--time-column is needed: the column with the times");
+    if (format.timeSource == STLTimeSource::DateParts &&
+        format.partColumns[static_cast<std::size_t>(STLDatePart::Year)] < 0)
+        throw JobError("no columns of the year, the month and the day were found in it");
     if (format.timeSource != STLTimeSource::DateAndTime)
         format.dateColumn = -1;
     else if (format.dateColumn < 0)

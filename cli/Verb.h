@@ -102,6 +102,8 @@ public:
     virtual VerbTarget targetKind() const { return VerbTarget::FileEach; }
     // Of targets whose name comes from that of their source, with its point.
     virtual std::string extension() const { return ".ts"; }
+    // Whether there is nothing to do without a file. Of VerbTarget::OneFile alone may it be otherwise.
+    virtual bool needsFiles() const { return true; }
     // Where nothing is said of a target: whether it goes into the working directory under the name of its
     // source.
     virtual bool hasDefaultTarget() const { return false; }

@@ -1,5 +1,8 @@
 # Helpers for test and benchmark programs.
 
+# Builds the test programs that show windows, whose cases bear the label "windows": what another Qt can change.
+add_custom_target(veltrac_window_tests)
+
 # veltrac_add_test(<name> SOURCES … LIBRARIES …): a GoogleTest program, each of its cases a ctest.
 # Windows are tested on Qt's offscreen platform.
 function(veltrac_add_test name)
@@ -7,8 +10,13 @@ function(veltrac_add_test name)
   add_executable(${name} ${arg_SOURCES})
   target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} veltrac_warnings GTest::gtest)
   set_target_properties(${name} PROPERTIES UNITY_BUILD OFF)  # their helpers share short names
+  set(labels "")
+  if("veltrac_gui" IN_LIST arg_LIBRARIES)
+    set(labels LABELS windows)
+    add_dependencies(veltrac_window_tests ${name})
+  endif()
   gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST
-    PROPERTIES TIMEOUT 300 ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8")
+    PROPERTIES ${labels} TIMEOUT 300 ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8")
 endfunction()
 
 # veltrac_add_benchmark(<name> SOURCES … LIBRARIES …): a Google Benchmark program.

@@ -34,7 +34,7 @@ double resolutionOf(std::string_view number, char decimal)
 }
 
 // Of two of them the difference fits, too.
-std::optional<std::int64_t> wholeNumber(std::string_view text)
+std::optional<std::int64_t> nanosecondsIn(std::string_view text)
 {
     constexpr std::int64_t kMost = std::numeric_limits<std::int64_t>::max() / 2;
     std::int64_t number = 0;
@@ -242,7 +242,7 @@ std::optional<double> STLClock::numberAt(std::string_view cell)
         return std::nullopt;
     // Nanoseconds since 1970 have more digits than a double: those since the first row are exact.
     const std::optional<std::int64_t> ticks =
-        m_format.timeSource == STLTimeSource::UnixNanoseconds ? wholeNumber(cell) : std::nullopt;
+        m_format.timeSource == STLTimeSource::UnixNanoseconds ? nanosecondsIn(cell) : std::nullopt;
     // Divided where the unit is a part of a second, which rounds once.
     const auto inSeconds = [this](double n) {
         return m_secondsPerUnit < 1.0 ? n / std::round(1.0 / m_secondsPerUnit) : n * m_secondsPerUnit;

@@ -119,7 +119,9 @@ bool STLObject::isChosen(std::uint64_t row) const
 JobOutcome STLObject::readThrough(const Progress& progress, bool& wrongOrder)
 {
     m_read = STLCheck();
-    STLRows rows(text().path(), m_format, STLPass::Check);
+    STLRows rows(text().path(), m_format, STLPass::Whole);
+    auto kept = std::make_unique<STLKeptRows>(rows.columns());
+    m_kept.reset();
     const STLClock& clock = rows.clock();
     STLSteps steps(timesAreNumbers(m_format.timeSource));
     Micros shift = 0;  // of the clock, at the first chosen row
@@ -145,11 +147,14 @@ JobOutcome STLObject::readThrough(const Progress& progress, bool& wrongOrder)
         lag.most = std::max(lag.most, clock.lag());
         lag.ranOn = lag.ranOn || clock.isSkipped();
         lastLag = clock.lag();
+        kept->add(rows.seconds(), lastLag, rows.values());
         if (m_format.timeSource != STLTimeSource::Typed)
             steps.add(rows.seconds(), std::isfinite(clock.resolution()) ? clock.resolution() : 0.0);
     };
     if (rows.walk(onLine, lookAt(rows, progress)) == JobOutcome::Cancelled)
         return JobOutcome::Cancelled;
+    if (kept->isWhole())
+        m_kept = std::move(kept);
     const DateCells& dates = clock.dates();
     wrongOrder = dates.contradictsOrder();
     if (dates.provesOrder())
@@ -327,35 +332,64 @@ void STLObject::writeHeader(TSFILE& target) const
 
 JobOutcome STLObject::write(TSFILE& target, const Progress& progress)
 {
-    const STLError changed(m_file.filename().string() + " has changed while it was read. Import it again.");
     if (stateOf(m_file) != m_readState)
-        throw changed;
+        throw changed();
     writeHeader(target);
+    STLWriter writer(target, m_format, m_found);
+    const Progress reading = m_found.steps.newestFirst ? partOf(progress, 0, 80) : progress;
+    if ((m_kept ? writeKept(writer, reading) : writeFromText(writer, reading)) == JobOutcome::Cancelled)
+        return JobOutcome::Cancelled;
+    if (writer.written() != m_found.target.samples)
+        throw changed();
+    m_kept.reset();
+    return writer.finish(partOf(progress, 80, 100));
+}
+
+STLError STLObject::changed() const
+{
+    return STLError(m_file.filename().string() + " has changed while it was read. Import it again.");
+}
+
+double STLObject::writtenTime(double seconds, double lag, std::uint64_t chosen) const
+{
+    if (m_format.timeSource == STLTimeSource::Typed)
+        return m_found.steps.typical * static_cast<double>(chosen);
+    const double from = m_found.chosenFrom - (m_found.steps.newestFirst ? m_found.steps.span : 0.0);
+    return seconds - from + (m_found.target.onLocalClock ? lag - m_found.lag.first : 0.0);
+}
+
+JobOutcome STLObject::writeKept(STLWriter& writer, const Progress& progress)
+{
+    constexpr std::size_t kRowsALook = 1024;
+    for (std::size_t i = 0; i < m_kept->size(); ++i) {
+        const STLKeptRows::Row row = m_kept->row(i);
+        writer.add(writtenTime(row.seconds, row.lag, i), row.values);
+        if (i % kRowsALook == 0 && !goesOn(progress, i, m_kept->size()))
+            return JobOutcome::Cancelled;
+    }
+    return JobOutcome::Done;
+}
+
+JobOutcome STLObject::writeFromText(STLWriter& writer, const Progress& progress)
+{
     // Where every line is a row, and its time is not written, the times have been read for good.
     const bool timesWanted =
         m_found.losses.skippedLines != 0 || m_found.target.resampled || m_found.target.timeColumns != 0;
-    STLRows rows(text().path(), m_format, timesWanted ? STLPass::Write : STLPass::WriteValues);
-    STLWriter writer(target, m_format, m_found);
-    const Progress reading = m_found.steps.newestFirst ? partOf(progress, 0, 80) : progress;
-    const double step = m_found.steps.typical;
-    const double from = m_found.chosenFrom - (m_found.steps.newestFirst ? m_found.steps.span : 0.0);
+    STLRows rows(text().path(), m_format, timesWanted ? STLPass::Whole : STLPass::WithoutTimes);
     std::uint64_t row = 0;
     std::uint64_t chosen = 0;
     const auto onLine = [&] {
         if (!rows.hasRow() || !isChosen(++row))
             return;
-        if (++chosen > m_found.chosen)
-            throw changed;
-        const double lag = m_found.target.onLocalClock ? rows.clock().lag() - m_found.lag.first : 0.0;
-        writer.add(m_format.timeSource == STLTimeSource::Typed ? step * static_cast<double>(chosen - 1)
-                                                               : rows.seconds() - from + lag,
-                   rows.values());
+        if (chosen == m_found.chosen)
+            throw changed();
+        writer.add(writtenTime(rows.seconds(), rows.clock().lag(), chosen++), rows.values());
     };
-    if (rows.walk(onLine, lookAt(rows, reading)) == JobOutcome::Cancelled)
+    if (rows.walk(onLine, lookAt(rows, progress)) == JobOutcome::Cancelled)
         return JobOutcome::Cancelled;
-    if (row != m_found.rows || writer.written() != m_found.target.samples)
-        throw changed;
-    return writer.finish(partOf(progress, 80, 100));
+    if (row != m_found.rows)
+        throw changed();
+    return JobOutcome::Done;
 }
 
 JobOutcome veltrac::importSTL(STLObject& log, const std::filesystem::path& target, const Progress& progress)

@@ -1,9 +1,10 @@
 // A smart tool log on its way to a ts-file: detect how it is written, check what it holds, write it.
 //
-// The file is read twice, line by line; memory does not grow with it.
+// The file is read line by line, a long one twice: memory does not grow with it beyond what STLKeptRows keeps.
 #pragma once
 
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -11,8 +12,15 @@
 #include "converters/FileState.h"
 #include "converters/STLCheck.h"
 #include "converters/STLDetect.h"
+#include "converters/STLKeptRows.h"
 #include "core/Progress.h"
 #include "core/TSFILE.h"
+
+namespace veltrac {
+
+class STLWriter;
+
+}  // namespace veltrac
 
 class STLObject
 {
@@ -40,9 +48,9 @@ public:
     // time then.
     bool isRead() const;
 
-    // The second pass, after a check: writes header and rows into a file of found().samples and
-    // found().columns. Throws STLError where the file has changed since the check, the TS exceptions,
-    // std::system_error.
+    // After a check: writes header and rows into a file of found().samples and found().columns. Reads the
+    // text a second time where it is long or was written before. Throws STLError where the file has changed
+    // since the check, the TS exceptions, std::system_error.
     veltrac::JobOutcome write(TSFILE& target, const veltrac::Progress& progress);
 
     // Names that the taken columns get: at most 11 bytes, each one once, none that means time.
@@ -53,6 +61,12 @@ public:
 private:
     veltrac::JobOutcome readAll(const veltrac::Progress& progress);
     veltrac::JobOutcome readThrough(const veltrac::Progress& progress, bool& wrongOrder);
+    // Both hand the chosen rows to a writer: as the check has kept them, and from the text again.
+    veltrac::JobOutcome writeKept(veltrac::STLWriter& writer, const veltrac::Progress& progress);
+    veltrac::JobOutcome writeFromText(veltrac::STLWriter& writer, const veltrac::Progress& progress);
+    // The time that the writer is given for a row.
+    double writtenTime(double seconds, double lag, std::uint64_t chosen) const;
+    veltrac::STLError changed() const;
     bool isChosen(std::uint64_t row) const;
     void settleResult();
     void settleStart();
@@ -63,8 +77,9 @@ private:
     veltrac::STLFormat m_format;
     std::optional<veltrac::STLFormat> m_readFormat;  // of the last whole pass
     veltrac::FileState m_readState;
-    veltrac::STLCheck m_read;   // what it found
-    veltrac::STLCheck m_found;  // the same, with what becomes of it
+    veltrac::STLCheck m_read;                      // what it found
+    std::unique_ptr<veltrac::STLKeptRows> m_kept;  // the chosen rows of it, until they were written
+    veltrac::STLCheck m_found;                     // the same, with what becomes of it
 };
 
 namespace veltrac {

@@ -174,7 +174,7 @@ void STLRows::show(Piece& piece, std::size_t index)
 
 bool STLRows::readTime(std::span<const std::string_view> cells)
 {
-    if (m_format.timeSource == STLTimeSource::Typed || m_pass == STLPass::WriteValues)
+    if (m_format.timeSource == STLTimeSource::Typed || m_pass == STLPass::WithoutTimes)
         return true;
     const std::optional<double> seconds = m_clock.read(cells);
     const int column = seconds ? m_format.timeColumn : m_clock.unreadable();
@@ -231,8 +231,6 @@ float STLRows::valueOf(std::size_t column, std::string_view cell, std::uint64_t 
 {
     const STLColumn& wanted = m_format.columns[column];
     if (!wanted.numberTexts) {
-        if (m_pass == STLPass::Check && isNumber(cell, m_format.cells))
-            return 0.0F;
         if (const auto value = readValue(cell, wanted, m_format.cells))
             return static_cast<float>(*value);
         if (wanted.kind == STLKind::Time)

@@ -15,8 +15,8 @@
 
 namespace veltrac {
 
-// The first pass only asks whether cells are numbers, the second one wants the numbers, and perhaps no times.
-enum class STLPass { Check, Write, WriteValues };
+// A second pass may do without the times.
+enum class STLPass { Whole, WithoutTimes };
 
 enum class STLProblem {
     NotANumber,
@@ -65,8 +65,10 @@ public:
 
     // Whether the present line is a row, with a readable time.
     bool hasRow() const { return m_hasRow; }
-    // Of the present row: a value for each taken column (NaN where it is missing; nothing in a check), and
-    // its time in seconds since the first row; 0 where the rows carry none.
+    // Values of a row.
+    std::size_t columns() const { return m_takenColumns.size(); }
+    // Of the present row: a value for each taken column (NaN where it is missing), and its time in seconds
+    // since the first row; 0 where the rows carry none.
     std::span<const float> values() const { return m_values; }
     double seconds() const { return m_seconds; }
     // What was not understood in the present line.

@@ -7,12 +7,14 @@
 #include <cstdio>
 #include <ctime>
 #include <memory>
+#include <optional>
 #include <string>
 #include <system_error>
 #include <vector>
 
 #include "converters/TsaText.h"
 #include "core/ColumnCopy.h"
+#include "core/LocalTime.h"
 #include "core/SafeChange.h"
 #include "core/TextNumbers.h"
 #include "core/Utf8.h"
@@ -76,8 +78,8 @@ std::string lineText(const char* bytes)
 std::string stampText(TSFILE& ts, std::uint32_t col)
 {
     const std::time_t start = ts.columnTime(col);
-    const std::tm* const local = start > 0 ? std::localtime(&start) : nullptr;
-    if (local == nullptr)
+    const std::optional<std::tm> local = start > 0 ? localCalendar(start) : std::nullopt;
+    if (!local)
         return std::string();
     // Start times that were stored as years since 1900 are mended here.
     constexpr int kYearBase = 1900;

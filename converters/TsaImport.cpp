@@ -9,6 +9,7 @@
 
 #include "converters/TsaText.h"
 #include "core/LineReader.h"
+#include "core/LocalTime.h"
 #include "core/TSFILE.h"
 #include "core/TextNumbers.h"
 #include "core/TsExceptions.h"
@@ -154,11 +155,10 @@ fs::path chooseTarget(const std::string& base, TsaQuestions& questions, bool& ol
 
 void setDefaults(TSFILE& ts, const Pass& pass)
 {
-    const std::time_t now = std::time(nullptr);
-    const std::tm* const local = std::localtime(&now);
+    const std::tm local = localCalendar(std::time(nullptr)).value_or(std::tm{});
     // The year counts from 1900 here, and is stored so: readers of the stamp put the 1900 back.
     const int stamp[7] = {
-        0, local->tm_sec, local->tm_min, local->tm_hour, local->tm_mday, local->tm_mon + 1, local->tm_year};
+        0, local.tm_sec, local.tm_min, local.tm_hour, local.tm_mday, local.tm_mon + 1, local.tm_year};
     for (std::uint32_t col = 1; col <= ts.columns(); ++col) {
         ts.setColumnStamp(col, stamp);
         ts.columnName(col, ("Col-" + std::to_string(col)).c_str());

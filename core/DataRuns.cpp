@@ -103,10 +103,10 @@ std::size_t DataRuns::blocksFor(const Elements& elements, bool writing) const
     return static_cast<std::size_t>(std::min({wanted, there, std::uint64_t{kMostBlocks}}));
 }
 
-float* DataRuns::buffer(std::size_t blocks)
+float* DataRuns::room(std::size_t floats)
 {
-    if (m_buffer.size() < blocks * kBlockFloats)
-        m_buffer.resize(blocks * kBlockFloats);
+    if (m_buffer.size() < floats)
+        m_buffer.resize(floats);
     return m_buffer.data();
 }
 
@@ -122,7 +122,7 @@ std::size_t DataRuns::readLong(const Elements& elements, float* out, bool swappe
         return readWholeBlocks(elements, blocks, out, swapped);
 
     const std::uint64_t first = blockOf(elements.first);
-    float* const values = buffer(blocks);
+    float* const values = room(blocks * kBlockFloats);
     const std::size_t came = m_file.readBlocks(m_data.offsetOf(first), {values, blocks * kBlockFloats});
     const std::size_t moved = countBefore(elements, first + came);
     if (moved == 0)
@@ -163,7 +163,7 @@ std::size_t DataRuns::writeWholeBlocks(const Elements& elements, std::size_t blo
     const std::uint64_t first = blockOf(elements.first);
     const float* values = in;
     if (swapped) {
-        float* const turned = buffer(blocks);
+        float* const turned = room(blocks * kBlockFloats);
         swapAll(in, turned, blocks * kBlockFloats);
         values = turned;
     }
@@ -188,7 +188,7 @@ std::size_t DataRuns::writeAmongOthers(const Elements& elements, std::size_t blo
 {
     const std::uint64_t first = blockOf(elements.first);
     const std::uint64_t offset = m_data.offsetOf(first);
-    float* const values = buffer(blocks);
+    float* const values = room(blocks * kBlockFloats);
     const std::unique_lock guard(BlockFile::lock());
     const std::size_t came = m_file.readBlocksLocked(offset, {values, blocks * kBlockFloats});
     const std::size_t moved = countBefore(elements, first + came);

@@ -34,6 +34,9 @@ public:
     void read(Elements elements, float* out, bool swapped);
     void write(Elements elements, const float* in, bool swapped);
 
+    // Memory of its own for so many values, until the next call that needs some: reading neighbours does not.
+    float* room(std::size_t floats);
+
     // Values that are moved at once.
     static constexpr std::size_t kRunFloats = std::size_t{1} << 16;
 
@@ -46,7 +49,6 @@ private:
     std::size_t writeLong(const Elements& elements, const float* in, bool swapped);
     std::size_t writeWholeBlocks(const Elements& elements, std::size_t blocks, const float* in, bool swapped);
     std::size_t writeAmongOthers(const Elements& elements, std::size_t blocks, const float* in, bool swapped);
-    float* buffer(std::size_t blocks);
 
     BlockFile& m_file;
     DataBlock& m_data;

@@ -274,9 +274,9 @@ bool HsVariable::needsPositive() const
 {
     if (!m_madeAll.built)
         return false;
-    Summary s;
-    m_all.collect(0, m_all.buckets(), false, s);
-    return s.count > 0 && std::min(m_variable.shown(s.least), m_variable.shown(s.greatest)) <= 0.0;
+    Extremes s;
+    m_all.collect(0, m_all.buckets(), s);
+    return !s.isEmpty() && std::min(m_variable.shown(s.least), m_variable.shown(s.greatest)) <= 0.0;
 }
 
 bool HsVariable::counts(float raw) const
@@ -286,35 +286,47 @@ bool HsVariable::counts(float raw) const
 
 // -- Answering --
 
-Summary HsVariable::looseEnd(const Wanted& wanted, std::uint32_t bucket, std::uint32_t from,
-                             std::uint32_t to) const
+Summary HsVariable::positiveOf(const PlotSource::Run& run, const Piece& piece) const
 {
-    const PlotSource::Run run = m_variable.source()->run(m_variable.column(), bucket);
-    const float* const values = run.values + from * run.stride;
-    if (!wanted.positiveOnly)
-        return wanted.moments ? summaryOf(values, run.stride, to - from)
-                              : extremesOf(values, run.stride, to - from);
     float kept[Pyramid::kLargestBucket];
     std::size_t n = 0;
-    for (std::size_t i = 0; i < to - from; ++i)
-        if (const float raw = values[i * run.stride]; counts(raw))
+    for (std::size_t i = piece.from; i < piece.to; ++i)
+        if (const float raw = run.values[i * run.stride]; counts(raw))
             kept[n++] = raw;
     return summaryOf(kept, 1, n);
 }
 
-Summary HsVariable::collect(std::uint32_t first, std::uint32_t last, bool moments) const
+void HsVariable::takeLooseEnd(const Piece& piece, bool positiveOnly, Extremes& into) const
 {
-    const bool positiveOnly = usesPositive();
-    return collectFrom(positiveOnly ? m_positive : m_all, positiveOnly, first, last, moments);
+    const PlotSource& source = *m_variable.source();
+    const std::uint32_t column = m_variable.column();
+    into.widen(positiveOnly ? positiveOf(source.run(column, piece.bucket), piece)
+                            : source.extremes(column, piece.bucket, piece.from, piece.to));
 }
 
-Summary HsVariable::collectFrom(const Pyramid& pyramid, bool positiveOnly, std::uint32_t first,
-                                std::uint32_t last, bool moments) const
+void HsVariable::takeLooseEnd(const Piece& piece, bool positiveOnly, Summary& into) const
 {
-    Summary all;
+    const PlotSource::Run run = m_variable.source()->run(m_variable.column(), piece.bucket);
+    const Summary end =
+        positiveOnly ? positiveOf(run, piece)
+                     : summaryOf(run.values + piece.from * run.stride, run.stride, piece.to - piece.from);
+    into.join(end, end);
+}
+
+template <typename Wanted>
+Wanted HsVariable::collect(std::uint32_t first, std::uint32_t last) const
+{
+    const bool positiveOnly = usesPositive();
+    return collectFrom<Wanted>(positiveOnly ? m_positive : m_all, positiveOnly, first, last);
+}
+
+template <typename Wanted>
+Wanted HsVariable::collectFrom(const Pyramid& pyramid, bool positiveOnly, std::uint32_t first,
+                               std::uint32_t last) const
+{
+    Wanted all;
     if (first > last)
         return all;
-    const auto take = [&](const Summary& s) { moments ? all.join(s) : all.widen(s); };
     const std::uint32_t bucket = m_variable.source()->bucketRows();
     const std::uint32_t begin = first - 1;
     const std::uint32_t end = last;
@@ -323,21 +335,21 @@ Summary HsVariable::collectFrom(const Pyramid& pyramid, bool positiveOnly, std::
     const std::uint32_t endWhole =
         end == m_variable.rows() ? static_cast<std::uint32_t>(pyramid.buckets()) : end / bucket;
     if (firstWhole > endWhole || (firstWhole == endWhole && begin / bucket == (end - 1) / bucket)) {
-        take(looseEnd({positiveOnly, moments}, begin / bucket, begin % bucket, (end - 1) % bucket + 1));
+        takeLooseEnd({begin / bucket, begin % bucket, (end - 1) % bucket + 1}, positiveOnly, all);
         return all;
     }
     if (begin % bucket != 0)
-        take(looseEnd({positiveOnly, moments}, firstWhole - 1, begin % bucket, bucket));
-    pyramid.collect(firstWhole, endWhole, moments, all);
+        takeLooseEnd({firstWhole - 1, begin % bucket, bucket}, positiveOnly, all);
+    pyramid.collect(firstWhole, endWhole, all);
     if (end != m_variable.rows() && end % bucket != 0)
-        take(looseEnd({positiveOnly, moments}, endWhole, 0, end % bucket));
+        takeLooseEnd({endWhole, 0, end % bucket}, positiveOnly, all);
     return all;
 }
 
 HsVariable::Range HsVariable::range(std::uint32_t first, std::uint32_t last) const
 {
-    const Summary s = collect(first, last, false);
-    if (s.count == 0)
+    const auto s = collect<Extremes>(first, last);
+    if (s.isEmpty())
         return {};
     const double a = m_variable.shown(s.least);
     const double b = m_variable.shown(s.greatest);
@@ -347,7 +359,7 @@ HsVariable::Range HsVariable::range(std::uint32_t first, std::uint32_t last) con
 HsVariable::Statistics HsVariable::statistics(std::uint32_t first, std::uint32_t last) const
 {
     Statistics out;
-    const Summary s = collect(first, last, true);
+    const auto s = collect<Summary>(first, last);
     out.count = s.count;
     out.missing = first > last ? 0 : last - first + 1 - s.count;
     if (s.count == 0)
@@ -367,23 +379,23 @@ std::uint32_t HsVariable::notPositive(std::uint32_t first, std::uint32_t last) c
 {
     if (!usesPositive())
         return 0;
-    const std::uint32_t finite = collectFrom(m_all, false, first, last, false).count;
-    const std::uint32_t positive = collectFrom(m_positive, true, first, last, false).count;
+    const std::uint32_t finite = collectFrom<Summary>(m_all, false, first, last).count;
+    const std::uint32_t positive = collectFrom<Summary>(m_positive, true, first, last).count;
     return finite - positive;
 }
 
 std::uint32_t HsVariable::rowOfExtreme(std::uint32_t first, std::uint32_t last, bool greatest) const
 {
     const bool wantGreatest = greatest == (m_variable.gain >= 0.0);
-    const Summary all = collect(first, last, false);
-    if (all.count == 0)
+    const auto all = collect<Extremes>(first, last);
+    if (all.isEmpty())
         return 0;
     const float target = wantGreatest ? all.greatest : all.least;
     // Halve the run towards the half that holds it, down to a bucket's length.
     while (last - first >= Pyramid::kLargestBucket) {
         const std::uint32_t middle = first + (last - first) / 2;
-        const Summary left = collect(first, middle, false);
-        if (left.count > 0 && (wantGreatest ? left.greatest : left.least) == target)
+        const auto left = collect<Extremes>(first, middle);
+        if (!left.isEmpty() && (wantGreatest ? left.greatest : left.least) == target)
             last = middle;
         else
             first = middle + 1;

@@ -85,17 +85,23 @@ private:
     void extend(std::uint32_t firstBucket, const float* values, std::size_t stride, std::size_t rows);
     bool needsPositive() const;
     bool counts(float raw) const;
-    // Which values count, and whether more than their extremes is wanted.
-    struct Wanted
+    // Rows within a bucket, counted from its first one, 0; `to` is the one behind the last.
+    struct Piece
     {
-        bool positiveOnly;
-        bool moments;
+        std::uint32_t bucket;
+        std::uint32_t from;
+        std::uint32_t to;
     };
-    veltrac::Summary looseEnd(const Wanted& wanted, std::uint32_t bucket, std::uint32_t from,
-                              std::uint32_t to) const;
-    veltrac::Summary collect(std::uint32_t first, std::uint32_t last, bool moments) const;
-    veltrac::Summary collectFrom(const veltrac::Pyramid& pyramid, bool positiveOnly, std::uint32_t first,
-                                 std::uint32_t last, bool moments) const;
+    void takeLooseEnd(const Piece& piece, bool positiveOnly, veltrac::Extremes& into) const;
+    void takeLooseEnd(const Piece& piece, bool positiveOnly, veltrac::Summary& into) const;
+    // The values above 0 among those of a piece.
+    veltrac::Summary positiveOf(const veltrac::PlotSource::Run& run, const Piece& piece) const;
+    // What is wanted of rows first to last: Extremes or a Summary.
+    template <typename Wanted>
+    Wanted collect(std::uint32_t first, std::uint32_t last) const;
+    template <typename Wanted>
+    Wanted collectFrom(const veltrac::Pyramid& pyramid, bool positiveOnly, std::uint32_t first,
+                       std::uint32_t last) const;
     bool usesPositive() const { return m_logarithmic && needsPositive(); }
 
     Variable m_variable;

@@ -144,6 +144,33 @@ PlotSource::Run PlotSource::run(std::uint32_t column, std::uint32_t bucket) cons
     return {kept(0, bucket).values.data() + column - 1, m_columns, count};
 }
 
+Extremes PlotSource::extremes(std::uint32_t column, std::uint32_t bucket, std::uint32_t from,
+                              std::uint32_t to) const
+{
+    const Asked rows{bucket, from, to};
+    const auto known = std::find_if(m_extremes.begin(), m_extremes.end(),
+                                    [&rows](const KeptExtremes& kept) { return kept.rows == rows; });
+    if (known != m_extremes.end() && !known->columns.empty())
+        return known->columns[column - 1];
+    const Run wanted = run(column, bucket);
+    const float* const values = wanted.values + from * wanted.stride;
+    if (wanted.stride == 1)
+        return extremesOf(values, 1, to - from);
+    if (known == m_extremes.end()) {
+        m_extremes[m_oldestExtremes++ % m_extremes.size()] = {rows, {}};
+        return extremesOf(values, wanted.stride, to - from);
+    }
+    known->columns.resize(wanted.stride);
+    extremesOfColumns(values - (column - 1), to - from, known->columns);
+    return known->columns[column - 1];
+}
+
+void PlotSource::forgetRuns()
+{
+    m_runs.clear();
+    m_extremes = {};
+}
+
 const PlotSource::Kept* PlotSource::KeptRuns::find(std::uint32_t column, std::uint32_t bucket)
 {
     const auto isWanted = [&](const Kept& run) { return run.bucket == bucket && run.column == column; };
@@ -206,6 +233,7 @@ void PlotSource::rowsCame(std::uint32_t rows)
     const std::uint32_t lastBucket = m_rows / m_bucketRows;
     m_rows = rows;
     m_runs.forget(lastBucket);
+    m_extremes = {};
 }
 
 void PlotSource::forgetBuckets(std::uint32_t buckets)
@@ -217,7 +245,7 @@ void PlotSource::forgetBuckets(std::uint32_t buckets)
     m_base += rows * m_dt;
     if (m_bucketTimes.size() >= buckets)
         m_bucketTimes.erase(m_bucketTimes.begin(), m_bucketTimes.begin() + buckets);
-    m_runs.clear();
+    forgetRuns();
 }
 
 bool PlotSource::learnTimes(std::uint32_t first, std::uint32_t count, const float* rows)

@@ -5,6 +5,7 @@
 // a pixel's run, cost one read.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -62,6 +63,9 @@ public:
         std::size_t count = 0;
     };
     Run run(std::uint32_t column, std::uint32_t bucket) const;
+    // The extremes of its values `from` to `to` - 1 (counted from 0). Where several columns are asked for the
+    // same rows one after the other, as a picture does, those of all columns are found at once.
+    Extremes extremes(std::uint32_t column, std::uint32_t bucket, std::uint32_t from, std::uint32_t to) const;
 
     // `count` rows from row `first`, columns() values each.
     virtual void readRows(std::uint32_t first, std::uint32_t count, float* out) const = 0;
@@ -89,7 +93,7 @@ protected:
     // The source is not what it was.
     void forgetContents()
     {
-        m_runs.clear();
+        forgetRuns();
         m_bucketTimes.clear();
         m_timesKnown = false;
         m_firstRow = 1;
@@ -134,13 +138,30 @@ private:
         std::size_t m_latest = 0;
         std::size_t m_nextVictim = 0;
     };
+    // The rows that were asked for last.
+    struct Asked
+    {
+        std::uint32_t bucket = 0;
+        std::uint32_t from = 0;
+        std::uint32_t to = 0;
+        bool operator==(const Asked&) const = default;
+    };
+    struct KeptExtremes
+    {
+        Asked rows;
+        std::vector<Extremes> columns;  // none as long as only one was asked for
+    };
     const Kept& kept(std::uint32_t column, std::uint32_t bucket) const;
     std::uint32_t rowsOf(std::uint32_t bucket) const;
+    void forgetRuns();
     std::uint32_t rowInSteps(double t) const;
     std::uint32_t rowByTimes(double t) const;
     std::uint32_t nearRow(double t, double tolerance) const;
 
     mutable KeptRuns m_runs;
+    // The beginning and the end of a pixel's rows are asked for in turn.
+    mutable std::array<KeptExtremes, 2> m_extremes;
+    mutable std::size_t m_oldestExtremes = 0;
     std::vector<double> m_bucketTimes;  // of the first row of each bucket
     double m_lastTime = 0.0;
     bool m_timesKnown = false;

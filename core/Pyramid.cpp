@@ -8,7 +8,7 @@
 
 namespace veltrac {
 
-void Summary::join(const Summary& other)
+void Moments::join(const Moments& other)
 {
     if (other.count == 0)
         return;
@@ -21,15 +21,6 @@ void Summary::join(const Summary& other)
     mean += delta * other.count / total;
     squares += other.squares + delta * delta * (static_cast<double>(count) * other.count / total);
     count += other.count;
-    least = std::min(least, other.least);
-    greatest = std::max(greatest, other.greatest);
-}
-
-void Summary::widen(const Summary& other)
-{
-    count += other.count;
-    least = std::min(least, other.least);
-    greatest = std::max(greatest, other.greatest);
 }
 
 namespace {
@@ -120,6 +111,25 @@ private:
     std::size_t m_count;
 };
 
+// Of four runs of values side by side, those that are finite.
+class FiniteExtremes
+{
+public:
+    void take(FourFloats v)
+    {
+        const auto isFinite = v - v == FourFloats{};
+        const FourFloats low = isFinite ? v : m_least;
+        const FourFloats high = isFinite ? v : m_greatest;
+        m_least = low < m_least ? low : m_least;
+        m_greatest = high > m_greatest ? high : m_greatest;
+    }
+    Extremes lane(std::size_t k) const { return {m_least[k], m_greatest[k]}; }
+
+private:
+    FourFloats m_least = FourFloats{} + Extremes().least;
+    FourFloats m_greatest = FourFloats{} + Extremes().greatest;
+};
+
 }  // namespace
 
 Summary summaryOf(const float* values, std::size_t stride, std::size_t n)
@@ -158,35 +168,38 @@ Summary summaryOf(const float* values, std::size_t stride, std::size_t n)
     return s;
 }
 
-Summary extremesOf(const float* values, std::size_t stride, std::size_t n)
+Extremes extremesOf(const float* values, std::size_t stride, std::size_t n)
 {
-    Summary s;
-    FourFloats least = FourFloats{} + s.least;
-    FourFloats greatest = FourFloats{} + s.greatest;
-    FourWords count{};
+    FiniteExtremes all;
     std::size_t i = 0;
     for (; i + kChains <= n; i += kChains) {
         const float* const from = values + i * stride;
-        const FourFloats v{from[0], from[stride], from[2 * stride], from[3 * stride]};
-        const auto isFinite = v - v == FourFloats{};
-        const FourFloats low = isFinite ? v : least;
-        const FourFloats high = isFinite ? v : greatest;
-        least = low < least ? low : least;
-        greatest = high > greatest ? high : greatest;
-        count += isFinite ? FourWords{} + 1U : FourWords{};
+        all.take(FourFloats{from[0], from[stride], from[2 * stride], from[3 * stride]});
     }
+    Extremes out;
     for (; i < n; ++i)
-        if (const float v = values[i * stride]; std::isfinite(v)) {
-            s.least = std::min(s.least, v);
-            s.greatest = std::max(s.greatest, v);
-            ++s.count;
-        }
-    for (std::size_t chain = 0; chain < kChains; ++chain) {
-        s.least = std::min(s.least, least[chain]);
-        s.greatest = std::max(s.greatest, greatest[chain]);
-        s.count += count[chain];
+        if (const float v = values[i * stride]; std::isfinite(v))
+            out.widen({v, v});
+    for (std::size_t chain = 0; chain < kChains; ++chain)
+        out.widen(all.lane(chain));
+    return out;
+}
+
+void extremesOfColumns(const float* rows, std::size_t n, std::span<Extremes> columns)
+{
+    constexpr std::size_t kTogether = 4 * kChains;
+    const std::size_t stride = columns.size();
+    std::size_t c = 0;
+    for (; c + kTogether <= stride; c += kTogether) {
+        FiniteExtremes all[4];
+        for (const float* row = rows + c; row < rows + n * stride; row += stride)
+            for (std::size_t k = 0; k < 4; ++k)
+                all[k].take(vectorAt<FourFloats>(row + k * kChains));
+        for (std::size_t k = 0; k < kTogether; ++k)
+            columns[c + k] = all[k / kChains].lane(k % kChains);
     }
-    return s;
+    for (; c < stride; ++c)
+        columns[c] = extremesOf(rows + c, stride, n);
 }
 
 void summariesOf(const float* values, std::size_t stride, std::size_t n, std::size_t bucket,
@@ -212,18 +225,28 @@ void summariesOf(const float* values, std::size_t stride, std::size_t n, std::si
         out.push_back(summaryOf(values + i * stride, stride, std::min(bucket, n - i)));
 }
 
-void Pyramid::reserve(std::size_t buckets)
+void Pyramid::Level::append(std::span<const Summary> summaries)
+{
+    extremes.insert(extremes.end(), summaries.begin(), summaries.end());
+    moments.insert(moments.end(), summaries.begin(), summaries.end());
+}
+
+Pyramid::Level& Pyramid::base()
 {
     if (m_levels.empty())
         m_levels.emplace_back();
-    m_levels.front().reserve(buckets);
+    return m_levels.front();
+}
+
+void Pyramid::reserve(std::size_t buckets)
+{
+    base().extremes.reserve(buckets);
+    base().moments.reserve(buckets);
 }
 
 void Pyramid::add(std::span<const Summary> buckets)
 {
-    if (m_levels.empty())
-        m_levels.emplace_back();
-    m_levels.front().insert(m_levels.front().end(), buckets.begin(), buckets.end());
+    base().append(buckets);
 }
 
 void Pyramid::add(const float* values, std::size_t stride, std::size_t n)
@@ -251,9 +274,8 @@ void Pyramid::add(const float* values, std::size_t stride, std::size_t n)
 
 void Pyramid::closeBucket(const float* values, std::size_t stride, std::size_t n)
 {
-    if (m_levels.empty())
-        m_levels.emplace_back();
-    m_levels.front().push_back(summaryOf(values, stride, n));
+    const Summary bucket = summaryOf(values, stride, n);
+    base().append({&bucket, 1});
 }
 
 void Pyramid::finish()
@@ -271,24 +293,23 @@ void Pyramid::joinUp(std::size_t from)
     for (std::size_t level = 0; m_levels[level].size() > kJoined; ++level) {
         if (level + 1 == m_levels.size())
             m_levels.emplace_back();
-        const std::vector<Summary>& below = m_levels[level];
-        std::vector<Summary>& here = m_levels[level + 1];
+        const Level& below = m_levels[level];
+        Level& here = m_levels[level + 1];
         from = std::min(from / kJoined, here.size());
         here.resize(from);
         here.resize((below.size() + kJoined - 1) / kJoined);
-        for (std::size_t i = from * kJoined; i < below.size(); ++i)
-            here[i / kJoined].join(below[i]);
+        for (std::size_t i = from * kJoined; i < below.size(); ++i) {
+            here.extremes[i / kJoined].widen(below.extremes[i]);
+            here.moments[i / kJoined].join(below.moments[i]);
+        }
     }
 }
 
 void Pyramid::replaceEnd(std::size_t from, std::span<const Summary> buckets)
 {
-    if (m_levels.empty())
-        m_levels.emplace_back();
-    std::vector<Summary>& base = m_levels.front();
-    base.resize(std::min(from, base.size()));
-    from = base.size();
-    base.insert(base.end(), buckets.begin(), buckets.end());
+    from = std::min(from, base().size());
+    base().resize(from);
+    base().append(buckets);
     joinUp(from);
 }
 
@@ -296,8 +317,9 @@ void Pyramid::dropFront(std::size_t buckets)
 {
     if (m_levels.empty())
         return;
-    std::vector<Summary>& base = m_levels.front();
-    base.erase(base.begin(), base.begin() + static_cast<std::ptrdiff_t>(std::min(buckets, base.size())));
+    const auto gone = static_cast<std::ptrdiff_t>(std::min(buckets, base().size()));
+    base().extremes.erase(base().extremes.begin(), base().extremes.begin() + gone);
+    base().moments.erase(base().moments.begin(), base().moments.begin() + gone);
     m_levels.resize(1);
     joinUp(0);
 }
@@ -308,19 +330,39 @@ void Pyramid::clear()
     m_partial.clear();
 }
 
-void Pyramid::collect(std::size_t first, std::size_t last, bool moments, Summary& into) const
+// Calls take(level, from, to) for runs of each level that together make up the buckets.
+template <typename Take>
+void Pyramid::walk(std::size_t first, std::size_t last, Take take) const
 {
-    const auto take = [&](const Summary& s) { moments ? into.join(s) : into.widen(s); };
     for (std::size_t level = 0; first < last; ++level) {
-        const std::vector<Summary>& here = m_levels[level];
         const bool top = level + 1 == m_levels.size();
-        while (first < last && (top || first % kJoined != 0))
-            take(here[first++]);
-        while (first < last && last % kJoined != 0)
-            take(here[--last]);
-        first /= kJoined;
-        last /= kJoined;
+        const std::size_t up = (first + kJoined - 1) / kJoined;
+        const std::size_t down = last / kJoined;
+        if (top || up >= down) {
+            take(m_levels[level], first, last);
+            return;
+        }
+        take(m_levels[level], first, up * kJoined);
+        take(m_levels[level], down * kJoined, last);
+        first = up;
+        last = down;
     }
+}
+
+void Pyramid::collect(std::size_t first, std::size_t last, Summary& into) const
+{
+    walk(first, last, [&into](const Level& level, std::size_t from, std::size_t to) {
+        for (std::size_t i = from; i < to; ++i)
+            into.join(level.extremes[i], level.moments[i]);
+    });
+}
+
+void Pyramid::collect(std::size_t first, std::size_t last, Extremes& into) const
+{
+    walk(first, last, [&into](const Level& level, std::size_t from, std::size_t to) {
+        for (std::size_t i = from; i < to; ++i)
+            into.widen(level.extremes[i]);
+    });
 }
 
 }  // namespace veltrac

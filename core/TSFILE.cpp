@@ -7,9 +7,12 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
+#include <optional>
 #include <string_view>
 #include <thread>
 
+#include "core/LocalTime.h"
 #include "core/TsExceptions.h"
 
 using namespace veltrac;
@@ -444,8 +447,8 @@ void TSFILE::setColumnStamp(std::uint32_t col, const int in[7])
 void TSFILE::stampColumn(std::uint32_t col, std::time_t t)
 {
     const std::time_t when = t == 0 ? std::time(nullptr) : t;
-    const std::tm* const local = std::localtime(&when);
-    if (local == nullptr)
+    const std::optional<std::tm> local = localCalendar(when);
+    if (!local)
         return;
     const int stamp[7] = {0,
                           local->tm_sec,
@@ -526,8 +529,8 @@ const char* TSFILE::formatTime(double seconds, bool utc, const char* format)
 {
     static thread_local char text[128];
     const auto whole = static_cast<std::time_t>(wholePart(seconds));
-    const std::tm* const calendar = utc ? std::gmtime(&whole) : std::localtime(&whole);
-    if (calendar == nullptr || std::strftime(text, sizeof text, format, calendar) == 0)
+    const std::optional<std::tm> calendar = utc ? utcCalendar(whole) : localCalendar(whole);
+    if (!calendar || std::strftime(text, sizeof text, format, &*calendar) == 0)
         text[0] = '\0';
     return text;
 }

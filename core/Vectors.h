@@ -7,6 +7,7 @@
 #include <emmintrin.h>
 #endif
 
+#include <array>
 #include <cstdint>
 #include <cstring>
 
@@ -22,6 +23,19 @@ Vector vectorAt(const Value* values)
     Vector v;
     std::memcpy(&v, values, sizeof v);
     return v;
+}
+
+// Lane k of vector i becomes lane i of vector k.
+inline std::array<FourFloats, 4> transposed(const FourFloats (&v)[4])
+{
+    const FourFloats low01 = __builtin_shufflevector(v[0], v[1], 0, 4, 1, 5);
+    const FourFloats low23 = __builtin_shufflevector(v[2], v[3], 0, 4, 1, 5);
+    const FourFloats high01 = __builtin_shufflevector(v[0], v[1], 2, 6, 3, 7);
+    const FourFloats high23 = __builtin_shufflevector(v[2], v[3], 2, 6, 3, 7);
+    return {__builtin_shufflevector(low01, low23, 0, 1, 4, 5),
+            __builtin_shufflevector(low01, low23, 2, 3, 6, 7),
+            __builtin_shufflevector(high01, high23, 0, 1, 4, 5),
+            __builtin_shufflevector(high01, high23, 2, 3, 6, 7)};
 }
 
 #ifdef __SSE2__

@@ -3,11 +3,14 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <memory>
 #include <numbers>
+#include <string>
 
+#include "core/NumberTexts.h"
 #include "core/PlotValues.h"
 #include "share/BasicDriver.h"
-#include "share/PlotCanvas.h"
+#include "share/PlotVariables.h"
 
 namespace veltrac {
 
@@ -15,38 +18,37 @@ namespace {
 
 constexpr double kLeastShownDb = -100.0;
 
-QString frequenciesText(const std::vector<double>& frequencies)
+std::string frequenciesText(const std::vector<double>& frequencies)
 {
-    QStringList texts;
+    std::string texts;
     for (const double hz : frequencies)
-        texts << QString::number(hz, 'g', 5);
-    return texts.join(QStringLiteral(", "));
+        texts += (texts.empty() ? "" : ", ") + generalNumber(hz, 5);
+    return texts;
 }
 
 // A stop band of -200 dB would press the pass band flat.
-void fitDecibels(PlotCanvas& canvas, const std::vector<float>& gainDb)
+void fitDecibels(Plot2D& plot, const std::vector<float>& gainDb)
 {
     const auto [least, greatest] = std::minmax_element(gainDb.begin(), gainDb.end());
     const double low = std::max<double>(*least, kLeastShownDb);
-    canvas.plot().setY(0, low - 2, static_cast<double>(*greatest) + 5);
+    plot.setY(0, low - 2, static_cast<double>(*greatest) + 5);
 }
 
 }  // namespace
 
-void showCharacteristic(PlotCanvas& canvas, const FilterCharacteristic& c, const CharacteristicLook& look)
+Plot2D gainPlot(const FilterCharacteristic& c, const CharacteristicLook& look)
 {
-    const QString unit = look.decibels ? QStringLiteral("dB") : QString();
-    std::vector<PlotCanvas::Values> columns = {
-        {QStringLiteral("Gain"), unit, look.decibels ? c.gainDb : c.gain}};
+    const std::string unit = look.decibels ? "dB" : "";
+    std::vector<PlottedValues> columns = {{"Gain", unit, look.decibels ? c.gainDb : c.gain}};
     if (!c.halfPower.empty())
-        columns.push_back({QStringLiteral("-3.01 dB @ %1 Hz").arg(frequenciesText(c.halfPower)), unit,
+        columns.push_back({"-3.01 dB @ " + frequenciesText(c.halfPower) + " Hz", unit,
                            look.decibels ? c.marksDb : c.marks});
     if (look.phase)
-        columns.push_back({QStringLiteral("Phase, 0-1 for 0-2pi"), QString(), c.phase});
-    canvas.showValues(c.frequencies, QStringLiteral("Freq[Hz]"), columns);
+        columns.push_back({"Phase, 0-1 for 0-2pi", "", c.phase});
+    Plot2D plot = plotOfValues(c.frequencies, "Freq[Hz]", columns);
 
     // The marks belong on the axis of the gain.
-    std::vector<Group>& groups = canvas.plot().groups();
+    std::vector<Group>& groups = plot.groups();
     if (!c.halfPower.empty()) {
         groups[0].variables().push_back(groups[1].variables().front());
         groups[0].variables().back()->variable().lineStyle = 1;
@@ -54,28 +56,25 @@ void showCharacteristic(PlotCanvas& canvas, const FilterCharacteristic& c, const
         groups.erase(groups.begin() + 1);
     }
     groups[0].title = look.decibels ? "Gain [dB]" : "Gain";
-    canvas.setLogarithmicX(look.logarithmic);
-    canvas.plot().fitAll();
+    plot.setLogarithmicX(look.logarithmic);
+    plot.fitAll();
     if (look.decibels)
-        fitDecibels(canvas, c.gainDb);
-    canvas.replot();
+        fitDecibels(plot, c.gainDb);
+    return plot;
 }
 
-void showDelays(PlotCanvas& canvas, const std::vector<double>& frequencies, const std::vector<float>& delays,
-                bool logarithmic)
+Plot2D delayPlot(const std::vector<double>& frequencies, const std::vector<float>& delays, bool logarithmic)
 {
-    canvas.showValues(frequencies, QStringLiteral("Freq[Hz]"),
-                      {{QStringLiteral("Group delay"), QStringLiteral("s"), delays}});
-    canvas.setLogarithmicX(logarithmic);
-    canvas.plot().fitAll();
-    canvas.replot();
+    Plot2D plot = plotOfValues(frequencies, "Freq[Hz]", {{"Group delay", "s", delays}});
+    plot.setLogarithmicX(logarithmic);
+    plot.fitAll();
+    return plot;
 }
 
-void showResponses(PlotCanvas& canvas, const FilterResponses& responses)
+Plot2D responsePlot(const FilterResponses& responses)
 {
-    canvas.showValues(responses.seconds, QStringLiteral("Time[s]"),
-                      {{QStringLiteral("Impulse response"), QString(), responses.impulse},
-                       {QStringLiteral("Step response"), QString(), responses.step}});
+    return plotOfValues(responses.seconds, "Time[s]",
+                        {{"Impulse response", "", responses.impulse}, {"Step response", "", responses.step}});
 }
 
 namespace {
@@ -105,28 +104,28 @@ std::shared_ptr<HsVariable> rootMarks(std::vector<std::complex<double>> points, 
 
 }  // namespace
 
-void showRoots(PlotCanvas& canvas, const FilterRoots& roots)
+Plot2D rootPlot(const FilterRoots& roots)
 {
     std::vector<double> x;
-    PlotCanvas::Values upper{QStringLiteral("Unit circle"), QString(), {}};
-    PlotCanvas::Values lower = upper;
+    PlottedValues upper{"Unit circle", "", {}};
+    PlottedValues lower = upper;
     for (int i = 0; i < kUnitCirclePoints; ++i) {
         const double angle = std::numbers::pi * (1.0 - static_cast<double>(i) / (kUnitCirclePoints - 1));
         x.push_back(std::cos(angle));
         upper.y.push_back(static_cast<float>(std::sin(angle)));
         lower.y.push_back(-upper.y.back());
     }
-    // Room beside the circle, for a canvas that is wider than high.
+    // Room beside the circle, for a frame that is wider than high.
     constexpr double kRoom = 20.0;
     x.insert(x.begin(), -kRoom);
     x.push_back(kRoom);
-    for (PlotCanvas::Values* const half : {&upper, &lower}) {
+    for (PlottedValues* const half : {&upper, &lower}) {
         half->y.insert(half->y.begin(), std::numeric_limits<float>::quiet_NaN());
         half->y.push_back(std::numeric_limits<float>::quiet_NaN());
     }
     lower.label.clear();
-    canvas.showValues(x, QStringLiteral("Real part"), {upper, lower}, PlotCanvas::Axes::ByUnit);
-    Group& group = canvas.plot().groups().front();
+    Plot2D plot = plotOfValues(x, "Real part", {upper, lower}, true);
+    Group& group = plot.groups().front();
     group.title = "Imaginary part";
     for (const auto& half : group.variables()) {
         half->variable().colorIndex = kTextColor;
@@ -137,16 +136,14 @@ void showRoots(PlotCanvas& canvas, const FilterRoots& roots)
         group.variables().push_back(rootMarks(roots.zeros, "Zeros", kCircleMarker, kFirstVariableColor));
     if (!roots.poles.empty())
         group.variables().push_back(rootMarks(roots.poles, "Poles", kCrossMarker, kFirstVariableColor + 2));
-    canvas.refresh(true);
-    canvas.image();  // lays the axes out
-    squareRoots(canvas);
+    plot.buildMissing({});
+    plot.fitAll();
+    return plot;
 }
 
-void squareRoots(PlotCanvas& canvas)
+void squareRoots(Plot2D& plot, double width, double height)
 {
-    Plot2D& plot = canvas.plot();
-    const QRect area = canvas.plotArea();
-    if (plot.groups().empty() || area.height() < 2 || area.width() < 2)
+    if (plot.groups().empty() || width < 2.0 || height < 2.0)
         return;
     constexpr double kMargin = 1.15;
     double high = 1.0;
@@ -158,10 +155,9 @@ void squareRoots(PlotCanvas& canvas)
         if (!v.isMark)
             wide = std::max({wide, std::fabs(v.timeAt(1)), std::fabs(v.timeAt(v.rows()))});
     }
-    const double pixel = kMargin * std::max(2.0 * wide / area.width(), 2.0 * high / area.height());
-    plot.setX(-pixel * area.width() / 2.0, pixel * area.width() / 2.0);
-    plot.setY(0, -pixel * area.height() / 2.0, pixel * area.height() / 2.0);
-    canvas.replot();
+    const double unit = kMargin * std::max(2.0 * wide / width, 2.0 * high / height);
+    plot.setX(-unit * width / 2.0, unit * width / 2.0);
+    plot.setY(0, -unit * height / 2.0, unit * height / 2.0);
 }
 
 }  // namespace veltrac

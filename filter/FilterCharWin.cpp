@@ -55,7 +55,7 @@ FilterCharWin::FilterCharWin(const FidFilter* filter, double samplingHz, FilterP
     connect(m_pages, &QTabBar::currentChanged, this, &FilterCharWin::plot);
     connect(m_canvas, &PlotCanvas::x_got_resize_event, this, [this] {
         if (m_pages->currentIndex() == PolesAndZeros)
-            squareRoots(*m_canvas);
+            fitRoots();
     });
     connect(m_canvas, &PlotCanvas::x_hovered, this,
             [this](const QString& text) { statusBar()->showMessage(text); });
@@ -66,6 +66,7 @@ FilterCharWin::FilterCharWin(const FidFilter* filter, double samplingHz, FilterP
     statusBar();
     plot();
     resize(820, 700);
+    resizeDocks({m_cursors, m_numbers}, {150, 150}, Qt::Vertical);
 }
 
 void FilterCharWin::createActions()
@@ -115,17 +116,28 @@ void FilterCharWin::plot()
     m_decibels->setEnabled(page == GainAndPhase);
     m_logarithmic->setEnabled(page == GainAndPhase || page == GroupDelay);
     if (page == GainAndPhase)
-        showCharacteristic(*m_canvas, m_characteristic, {m_decibels->isChecked(), logarithmic, m_hasPhase});
+        m_canvas->showPlot(gainPlot(m_characteristic, {m_decibels->isChecked(), logarithmic, m_hasPhase}));
     else if (page == GroupDelay)
-        showDelays(*m_canvas, m_characteristic.frequencies, m_delays, logarithmic);
+        m_canvas->showPlot(delayPlot(m_characteristic.frequencies, m_delays, logarithmic));
     else if (page == Responses)
-        showResponses(*m_canvas, m_responses);
+        m_canvas->showPlot(responsePlot(m_responses));
     else
-        showRoots(*m_canvas, m_roots);
+        m_canvas->showPlot(rootPlot(m_roots));
+    if (page == PolesAndZeros) {
+        m_canvas->image();  // lays the axes out
+        fitRoots();
+    }
     if (page == PolesAndZeros && !m_roots.isComplete)
         statusBar()->showMessage(
             QStringLiteral("Windows of more than %1 points have too many zeros to be found.")
                 .arg(kMostRoots));
+}
+
+void FilterCharWin::fitRoots()
+{
+    const QRect area = m_canvas->plotArea();
+    squareRoots(m_canvas->plot(), area.width(), area.height());
+    m_canvas->replot();
 }
 
 QDockWidget* FilterCharWin::createNumbers()

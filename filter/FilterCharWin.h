@@ -35,6 +35,7 @@ private:
     void createActions();
     QDockWidget* createNumbers();
     void plot();
+    void fitRoots();
 
     FilterCharacteristic m_characteristic;
     std::vector<float> m_delays;

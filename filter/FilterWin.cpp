@@ -39,7 +39,7 @@ constexpr int kFirstType = 5;  // a Butterworth low-pass is what most come for
 
 enum class FilterAction { Help, Refresh, Execute, PlotChar, Save };
 
-constexpr ActionRow<FilterAction> kActions[] = {
+const ActionRow<FilterAction> kActions[] = {
     {FilterAction::Execute, "Execute", "Ctrl+Return", SLOT(sl_execute()), "Execute calculation...",
      "Calculate the target acc. to the present algorithm."},
     {FilterAction::PlotChar, "PlotFilter", "Ctrl+F", SLOT(sl_plotFiltWin()), "Plot filter char...",
@@ -345,9 +345,9 @@ void FilterWin::showPreview()
     if (text.isEmpty())
         filter = designFilter(asked, m_samplingHz);
     if (filter)
-        showCharacteristic(*m_preview,
-                           characteristicOf(filter.get(), m_samplingHz, asked.pass == FilterPass::ZeroPhase),
-                           {true, true, false});
+        m_preview->showPlot(
+            gainPlot(characteristicOf(filter.get(), m_samplingHz, asked.pass == FilterPass::ZeroPhase),
+                     {true, true, false}));
     else
         m_preview->showText(text.isEmpty() ? QString::fromStdString(reports.text()) : text);
 }

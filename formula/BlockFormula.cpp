@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <span>
 
 #include "core/TSFILE.h"
 #include "formula/FormulaOperations.h"
@@ -205,13 +206,32 @@ const BlockFormula::Row* BlockFormula::addStep(BlockStep::Kernel kernel, const F
 void BlockFormula::load(std::uint32_t first, std::size_t count)
 {
     for (Source& source : m_sources)
-        loadSource(source, first, count);
+        placeRun(source, first, count);
+    // Neighbours of one file come in one pass over its rows.
+    std::vector<TSFILE::ColumnRun> together;
+    for (std::size_t i = 0; i < m_sources.size(); ++i) {
+        const auto isAlike = [&first = m_sources[i]](const Source& other) {
+            return other.node->source == first.node->source && other.begin == first.begin &&
+                   other.run.size() == first.run.size();
+        };
+        if (std::any_of(m_sources.begin(), m_sources.begin() + static_cast<std::ptrdiff_t>(i), isAlike))
+            continue;
+        together.clear();
+        for (Source& source : std::span(m_sources).subspan(i))
+            if (isAlike(source))
+                together.push_back({static_cast<std::uint32_t>(source.node->column), source.run.data()});
+        Source& source = m_sources[i];
+        const std::uint32_t begin = source.node->lookup.first + source.begin;
+        if (together.size() > 1)
+            source.node->source->readColumns(begin, static_cast<std::uint32_t>(source.run.size()), together);
+        else
+            source.node->source->readColumn(together.front().column, begin, source.run);
+    }
 }
 
-void BlockFormula::loadSource(Source& source, std::uint32_t first, std::size_t count) const
+void BlockFormula::placeRun(Source& source, std::uint32_t first, std::size_t count) const
 {
     const SourceLookup& lookup = source.node->lookup;
-    const auto column = static_cast<std::uint32_t>(source.node->column);
     const auto last = static_cast<std::uint32_t>(first + count - 1);
     std::uint32_t begin = first - lookup.first;
     std::uint32_t end = begin + static_cast<std::uint32_t>(count);
@@ -226,7 +246,6 @@ void BlockFormula::loadSource(Source& source, std::uint32_t first, std::size_t c
     }
     source.begin = begin;
     source.run.resize(end - begin);
-    source.node->source->readColumn(column, lookup.first + begin, source.run);
 }
 
 void BlockFormula::fill(const Source& source, std::uint32_t first, std::size_t count) const

@@ -67,7 +67,7 @@ private:
     const Row* addStep(BlockStep::Kernel kernel, const FormulaNode& node, const Row* left, const Row* right);
 
     double timeOf(std::uint32_t sample) const noexcept { return (sample - 1U) * m_dt; }
-    void loadSource(Source& source, std::uint32_t first, std::size_t count) const;
+    void placeRun(Source& source, std::uint32_t first, std::size_t count) const;
     void fill(const Source& source, std::uint32_t first, std::size_t count) const;
 
     double m_dt;

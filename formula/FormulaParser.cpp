@@ -67,7 +67,7 @@ bool endsWord(char c)
 
 const char* veltrac::errorText(std::int32_t code, std::int32_t position)
 {
-    static char buffer[128];
+    static thread_local char buffer[128];
     const bool known = code > 0 && code < static_cast<std::int32_t>(std::size(kErrorTexts));
     if (!known || std::strchr(kErrorTexts[code], '%') == nullptr)
         return known ? kErrorTexts[code] : "";

@@ -42,6 +42,10 @@ const std::array kActions = {
         true},
     Row{TsaHelp, "TsaASCII", "Ctrl+A", SLOT(sl_asciihelp()), "&ASCII...", "", ""},
     Row{StlHelp, "StlASCII", "Ctrl+S", SLOT(sl_stlhelp()), "&STL...", "", ""},
+    Row{Examples, "Open", "", SLOT(sl_examples()), "&Examples…", "Copy the example series and go there.",
+        "<b>Examples.</b> Copies the series that help and guide work on into a folder of yours and makes it "
+        "the "
+        "working directory. What is there already stays as it is."},
     Row{Plot, "PlotTs", "Ctrl+Z", SLOT(sl_plotFile()), "&Plot...", "Invoke the plot window.", ""},
     Row{WriteTsa, "WriteASCII", "Ctrl+W", SLOT(sl_writeASCII()), "&Write to ASCII...",
         "Write a ts-file to a ASCII file.", ""},
@@ -68,10 +72,12 @@ const std::array kFileActions = {
 const std::array<BarItem, 10> kFileMenu = {
     Create,         ReadTsa,        Gap::Importers, Gap::Separator, Gap::FileMenus,
     Gap::Separator, OtherDirectory, Refresh,        Gap::Separator, Quit};
-const std::array<BarItem, 5> kDirectoryItems = {Create, ReadTsa, Gap::Importers, OtherDirectory, Refresh};
+const std::array<BarItem, 6> kDirectoryItems = {Create,         ReadTsa, Gap::Importers,
+                                                OtherDirectory, Refresh, Examples};
 const std::array<BarItem, 3> kConfigureMenu = {ConfigurePostscript, ConfigureFont, Sorting};
 const std::array<BarItem, 1> kCommandMenu = {Gap::Computing};
-const std::array<BarItem, 6> kHelpMenu = {Help, TsaHelp, StlHelp, Gap::WhatsThis, Gap::Separator, About};
+const std::array<BarItem, 8> kHelpMenu = {Help,           TsaHelp, StlHelp,        Gap::WhatsThis,
+                                          Gap::Separator, About,   Gap::Separator, Examples};
 
 const std::array kMenus = {
     BarRow{"&File", kFileMenu},

@@ -23,6 +23,7 @@ enum class ActionId {
     Sorting,
     TsaHelp,
     StlHelp,
+    Examples,
     Plot,
     WriteTsa,
     EditHeader,

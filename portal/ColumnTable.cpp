@@ -6,8 +6,10 @@
 
 #include <algorithm>
 #include <ctime>
+#include <optional>
 #include <utility>
 
+#include "core/LocalTime.h"
 #include "core/TSFILE.h"
 #include "core/TsExceptions.h"
 #include "share/HeaderText.h"
@@ -22,8 +24,8 @@ constexpr int kYearBase = 1900;
 
 std::pair<QString, QString> dateAndTime(std::time_t stamp)
 {
-    const std::tm* const local = stamp < 0 ? nullptr : std::localtime(&stamp);
-    if (local == nullptr)
+    const std::optional<std::tm> local = stamp < 0 ? std::nullopt : localCalendar(stamp);
+    if (!local)
         return {QStringLiteral("Not used"), QStringLiteral("Not used")};
     const int year = local->tm_year < kYearBase ? local->tm_year + kYearBase : local->tm_year;
     return {QString::asprintf("%04i.%02i.%02i", year, local->tm_mon + 1, local->tm_mday),

@@ -4,6 +4,8 @@
 #include <QMouseEvent>
 #include <QWidget>
 
+#include "share/QtCompat.h"
+
 namespace veltrac {
 
 namespace {
@@ -32,11 +34,11 @@ bool DragSelection::eventFilter(QObject* /*watched*/, QEvent* event)
     const auto* const mouse = static_cast<QMouseEvent*>(event);
     if (!m_isDragging || (mouse->buttons() & Qt::LeftButton) == 0)
         return false;
-    if (m_viewport->rect().contains(mouse->pos()))
+    if (m_viewport->rect().contains(mousePlace(*mouse)))
         m_timer.stop();
     else if (!m_timer.isActive())
         m_timer.start(kDragMs, this);
-    emit x_dragged(mouse->pos());
+    emit x_dragged(mousePlace(*mouse));
     return true;
 }
 

@@ -169,20 +169,20 @@ void FileTable::setRow(int row, const TsFileRecord& record)
         sampleTimeText(record.sampleTime), headerText(record.description.c_str())};
     for (int column = 0; column < columnCount(); ++column) {
         const QString& text = texts[static_cast<std::size_t>(column)];
-        QTableWidgetItem* cell = item(row, column);
-        if (cell != nullptr && cell->text() == text && column != kSampleTimeColumn)
+        QTableWidgetItem* const there = item(row, column);
+        if (there != nullptr && there->text() == text && column != kSampleTimeColumn)
             continue;
-        if (cell == nullptr) {
-            cell = new QTableWidgetItem;
-            if (column != kNameColumn && column != kDescriptionColumn)
-                cell->setTextAlignment(Qt::AlignHCenter | Qt::AlignVCenter);
-            setItem(row, column, cell);
-        }
+        // What stands in the table already tells of each change: a new cell comes whole.
+        QTableWidgetItem* const cell = there == nullptr ? new QTableWidgetItem : there;
         cell->setText(text);
+        if (there == nullptr && column != kNameColumn && column != kDescriptionColumn)
+            cell->setTextAlignment(Qt::AlignHCenter | Qt::AlignVCenter);
         if (column == kNameColumn && name.size() > kLongestName / 2)
             cell->setToolTip(name.toHtmlEscaped());
         if (column == kSampleTimeColumn)
             cell->setToolTip(sampleTimeTip(record).toHtmlEscaped());
+        if (there == nullptr)
+            setItem(row, column, cell);
     }
 }
 

@@ -1,26 +1,17 @@
 #include "portal/MyApplication.h"
 
 #include <QErrorMessage>
-#include <QTextCodec>
 
 #include <clocale>
 
 #include "core/TsExceptionTexts.h"
 #include "portal/QuitSignals.h"
 #include "portal/Veltrac.h"
+#include "share/QtCompat.h"
 
 using namespace veltrac;
 
 namespace {
-
-constexpr int kMibOfAscii = 3;
-
-// In the plain "C" locale names with umlauts would be cut to question marks. File systems hold UTF-8.
-void useUnicodeNames()
-{
-    if (QTextCodec::codecForLocale()->mibEnum() == kMibOfAscii)
-        QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
-}
 
 // The blanks and line breaks are wanted; READONLY_VIOLATION counts as unknown here.
 constexpr TsExceptionTexts kTexts = {

@@ -12,6 +12,7 @@
 
 #include "portal/ColumnFit.h"
 #include "portal/DragSelection.h"
+#include "share/QtCompat.h"
 
 namespace veltrac {
 
@@ -325,7 +326,7 @@ void SampleView::keyPressEvent(QKeyEvent* event)
 
 void SampleView::mousePressEvent(QMouseEvent* event)
 {
-    const QModelIndex index = indexAt(event->pos());
+    const QModelIndex index = indexAt(mousePlace(*event));
     if (event->button() == Qt::LeftButton && (event->modifiers() & Qt::ShiftModifier) != 0 &&
         index.isValid()) {
         extendTo(index.row() + m_rows.offset(), index.column());

@@ -55,6 +55,21 @@ bool isWritable(const QString& path)
     return info.isWritable() && (info.permissions() & some) != 0;
 }
 
+// What a user has to know of a ring file's rows; nothing of another file.
+QStringList ringNotes(const FileTime& time, const TsTableModel& model)
+{
+    QStringList notes;
+    if (!time.isRing() || model.rowCount() == 0)
+        return notes;
+    if (time.rows() > 0)
+        notes += QStringLiteral("A ring, oldest sample %1: rows stand as in the file, that one in row %2.")
+                     .arg(groupedNumber(time.firstSample()), groupedNumber(time.oldestRow()));
+    if (const std::uint32_t empty = model.emptyRows(); empty > 0)
+        notes += QStringLiteral("The ring is not full yet: nothing was written into the %1 hatched rows.")
+                     .arg(groupedNumber(empty));
+    return notes;
+}
+
 }  // namespace
 
 TsTableView::TsTableView(const QString& file, QWidget* mainWindow, int mode)
@@ -158,22 +173,11 @@ bool TsTableView::mayEdit()
 
 void TsTableView::tellShape(TSFILE& file)
 {
-    tellRing(FileTime(file));
+    for (const QString& note : ringNotes(FileTime(file), *m_model))
+        addNote(note);
     if (file.columns() > static_cast<std::uint32_t>(TsTableModel::kMostColumns))
         addNote(QStringLiteral("Of %1 columns the first %2 are shown.")
                     .arg(groupedNumber(file.columns()), groupedNumber(TsTableModel::kMostColumns)));
-}
-
-void TsTableView::tellRing(const FileTime& time)
-{
-    if (!time.isRing() || m_model->rowCount() == 0)
-        return;
-    if (time.rows() > 0)
-        addNote(QStringLiteral("A ring, oldest sample %1: rows stand as in the file, that one in row %2.")
-                    .arg(groupedNumber(time.firstSample()), groupedNumber(time.oldestRow())));
-    if (const std::uint32_t empty = m_model->emptyRows(); empty > 0)
-        addNote(QStringLiteral("The ring is not full yet: nothing was written into the %1 hatched rows.")
-                    .arg(groupedNumber(empty)));
 }
 
 void TsTableView::connectTable()

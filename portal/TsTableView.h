@@ -80,7 +80,6 @@ private:
     bool mayEdit();
     void connectFollower();
     void tellShape(TSFILE& file);
-    void tellRing(const veltrac::FileTime& time);
     void connectTable();
     void connectParts();
     void createActions();

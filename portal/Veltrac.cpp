@@ -6,7 +6,6 @@
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
-#include <QFontDatabase>
 #include <QFontDialog>
 #include <QFontInfo>
 #include <QHeaderView>
@@ -27,6 +26,7 @@
 #include "core/ScratchFile.h"
 #include "portal/DroppedTexts.h"
 #include "portal/EmptyHint.h"
+#include "portal/Examples.h"
 #include "portal/FileCommands.h"
 #include "portal/SubPrograms.h"
 #include "portal/TsFileTexts.h"
@@ -34,11 +34,13 @@
 #include "share/Boxes.h"
 #include "share/JobProgress.h"
 #include "share/PsConfigDialog.h"
+#include "share/QtCompat.h"
 #include "share/QtMessageWin.h"
 #include "share/Resources.h"
 #include "share/SubWindow.h"
 #include "share/TargetFile.h"
 #include "share/WaitCursor.h"
+#include "share/WindowManners.h"
 
 using namespace veltrac;
 
@@ -79,6 +81,7 @@ VeltracWin::VeltracWin(QWidget* parent) : QMainWindow(parent)
     m_visited = QStringList{QDir::currentPath()};
     sl_rowHeight(m_actions->rowHeight()->value());
     sl_refresh();
+    selectAskedFile();
     m_table->setFocus();
 }
 
@@ -112,14 +115,14 @@ void VeltracWin::createTable()
 
 int VeltracWin::nOOfTsFiles()
 {
-    m_files = scanTsFiles(shownTsFiles(m_foreignNames), [this](const std::string& bytes) {
+    m_files.shown = scanTsFiles(shownTsFiles(m_files.foreignNames), [this](const std::string& bytes) {
         const QString name = QFile::decodeName(bytes.c_str());
         // It may be a sub-window's work that has the directory read again: that window stays in front.
         showBox(
             QMessageBox::Warning, m_errorBox.inFront(this), QStringLiteral("Veltrac error, nOOfTsFiles()"),
             QStringLiteral("Found a corrupt ts-file: ") + name + QStringLiteral(".\nThe file is ignored"));
     });
-    return static_cast<int>(m_files.size());
+    return static_cast<int>(m_files.shown.size());
 }
 
 void VeltracWin::sl_refresh()
@@ -144,24 +147,33 @@ void VeltracWin::showNews()
     int foreign = 0;
     std::vector<std::string> names = shownTsFiles(foreign);
     std::erase_if(names, [](const std::string& name) { return isScratchFile(name); });
-    const bool hasNews = m_list.look(names, [this](const std::string& bytes) {
+    const bool hasNews = m_files.seen.look(names, [this](const std::string& bytes) {
         showInStatusBar(
             QStringLiteral("Not listed: %1 is a corrupt ts-file.").arg(QFile::decodeName(bytes.c_str())));
     });
     // What was listed of a window's own files goes, too.
-    if (!hasNews && m_files.size() == m_list.records().size())
+    if (!hasNews && m_files.shown.size() == m_files.seen.records().size())
         return;
-    m_files = m_list.records();
-    m_foreignNames = foreign;
-    m_table->update(m_files, m_sorted);
+    m_files.shown = m_files.seen.records();
+    m_files.foreignNames = foreign;
+    m_table->update(m_files.shown, m_sorted);
     m_selected = m_table->selectedFile();
     listInMenus();
     showCount();
 }
 
+// The launcher names the file that was double-clicked: the program takes no arguments. Its row is scrolled to
+// when the window has its size.
+void VeltracWin::selectAskedFile()
+{
+    const QString name = QFile::decodeName(qgetenv("VELTRAC_SELECT"));
+    if (!name.isEmpty())
+        QTimer::singleShot(0, this, [this, name] { m_table->select(name); });
+}
+
 void VeltracWin::reportForeignNames()
 {
-    const int count = m_foreignNames;
+    const int count = m_files.foreignNames;
     if (count == 0)
         return;
     const QString text =
@@ -176,7 +188,7 @@ void VeltracWin::reportForeignNames()
 
 void VeltracWin::showFiles()
 {
-    m_table->fill(m_files, m_sorted);
+    m_table->fill(m_files.shown, m_sorted);
     m_selected = m_table->selectedFile();
     listInMenus();
     showCount();
@@ -186,18 +198,18 @@ void VeltracWin::showFiles()
 void VeltracWin::listInMenus()
 {
     std::vector<QString> names;
-    names.reserve(m_files.size());
-    for (const TsFileRecord& file : m_files)
+    names.reserve(m_files.shown.size());
+    for (const TsFileRecord& file : m_files.shown)
         names.push_back(QFile::decodeName(file.name.c_str()));
     m_actions->setFiles(std::move(names));
 }
 
 void VeltracWin::showCount()
 {
-    m_emptyHint->setVisible(m_files.empty());
+    m_emptyHint->setVisible(m_files.shown.empty());
     const QString path = QDir::currentPath();
     m_status->setText(QStringLiteral("Current working directory: %1 with %2 off ts-files.")
-                          .arg(path, QString::number(m_files.size())));
+                          .arg(path, QString::number(m_files.shown.size())));
     m_status->setToolTip(path.toHtmlEscaped());
     m_status->show();
 }
@@ -291,8 +303,10 @@ void VeltracWin::closeEvent(QCloseEvent* event)
 
 void VeltracWin::setVisible(bool visible)
 {
-    if (visible && !isVisible())
+    if (visible && !isVisible()) {
         fitToScreen(*this);
+        explainByTips(*this);
+    }
     QMainWindow::setVisible(visible);
 }
 
@@ -645,7 +659,7 @@ void VeltracWin::sl_config_font()
     // Where the family is missing, the dialog would offer the first one of all: it starts with the stand-in.
     QFont current = QApplication::font();
     const QFontInfo used(current);
-    if (!QFontDatabase().hasFamily(current.family())) {
+    if (!hasFontFamily(current.family())) {
         current.setFamily(used.family());
         current.setStyleName(used.styleName());
     }
@@ -668,6 +682,17 @@ void VeltracWin::sl_asciihelp()
 void VeltracWin::sl_stlhelp()
 {
     showHelp(this, QStringLiteral("stl"), QStringLiteral("Veltrac, STL format"), kHelpWidth, kHelpHeight);
+}
+
+void VeltracWin::sl_examples()
+{
+    const ExampleCopies copies = copyExamples(this);
+    if (copies.directory.isEmpty())
+        return;
+    enterDirectory(copies.directory);
+    const QString kept =
+        copies.kept == 0 ? QString() : QStringLiteral(", %1 were there already").arg(copies.kept);
+    showInStatusBar(QStringLiteral("Examples: %1 files copied%2.").arg(copies.copied).arg(kept));
 }
 
 void VeltracWin::sl_about()

@@ -48,6 +48,8 @@ public slots:
     void sl_about();
     void sl_asciihelp();
     void sl_stlhelp();
+    // Copies the examples to a folder of the user's and goes there.
+    void sl_examples();
 
     void sl_createFile();
     void sl_readASCIIFile();
@@ -112,6 +114,7 @@ protected:
 private:
     bool othersMayClose();
     void createTable();
+    void selectAskedFile();
     void showContextMenu(int row, const QPoint& globalPosition);
     void showFiles();
     void reportForeignNames();
@@ -133,10 +136,15 @@ private:
     QLabel* m_status = nullptr;
     QWidget* m_emptyHint = nullptr;  // stands in the empty table
 
-    std::vector<veltrac::TsFileRecord> m_files;
+    // The working directory's ts-files.
+    struct Listing
+    {
+        std::vector<veltrac::TsFileRecord> shown;
+        int foreignNames = 0;      // files that cannot be listed
+        veltrac::TsFileList seen;  // what the watch has seen
+    };
+    Listing m_files;
     veltrac::DirectoryWatch m_watch;
-    veltrac::TsFileList m_list;  // what the watch has seen
-    int m_foreignNames = 0;      // files that cannot be listed
     QString m_selected;
     bool m_sorted = false;
     bool m_refreshing = false;

@@ -33,6 +33,7 @@ ColorConfigDialog::ColorConfigDialog(std::vector<QColor>* colors, std::vector<QC
     auto* const scroll = new QScrollArea(centre);
     scroll->setFrameShape(QFrame::NoFrame);
     scroll->setWidgetResizable(true);
+    scroll->setFocusPolicy(Qt::NoFocus);  // it follows the button that has the focus
     scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     QWidget* const rows = makeRows(names);
     scroll->setWidget(rows);

@@ -11,6 +11,7 @@
 #include "core/TsExceptions.h"
 #include "share/PlotCanvas.h"
 #include "share/PlotGestures.h"
+#include "share/QtCompat.h"
 
 namespace veltrac {
 
@@ -190,10 +191,10 @@ void OverviewStrip::mousePressEvent(QMouseEvent* event)
     const Plot2D& plot = m_canvas->plot();
     const double from = plot.axis().toScale(plot.x1());
     m_width = plot.axis().toScale(plot.x2()) - from;
-    m_dragged = partAt(event->x());
+    m_dragged = partAt(mousePlace(*event).x());
     m_dragging = true;
     ++m_gesture;
-    m_offset = scaleAt(event->x()) - from;
+    m_offset = scaleAt(mousePlace(*event).x()) - from;
     if (m_dragged == Part::Outside) {
         // The view comes to where one presses, and follows from there.
         m_offset = m_width / 2.0;
@@ -206,7 +207,7 @@ void OverviewStrip::mouseMoveEvent(QMouseEvent* event)
 {
     const Plot2D& plot = m_canvas->plot();
     if (!m_dragging) {
-        const Part part = partAt(event->x());
+        const Part part = partAt(mousePlace(*event).x());
         setCursor(part == Part::Left || part == Part::Right ? Qt::SizeHorCursor
                   : part == Part::Inside                    ? Qt::OpenHandCursor
                                                             : Qt::ArrowCursor);
@@ -214,7 +215,7 @@ void OverviewStrip::mouseMoveEvent(QMouseEvent* event)
     }
     double from = plot.axis().toScale(plot.x1());
     double to = plot.axis().toScale(plot.x2());
-    const double at = scaleAt(event->x());
+    const double at = scaleAt(mousePlace(*event).x());
     if (m_dragged == Part::Left) {
         from = std::min(at, to);
     } else if (m_dragged == Part::Right) {

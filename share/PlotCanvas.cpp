@@ -9,20 +9,15 @@
 
 #include <algorithm>
 
-#include "core/PlotValues.h"
 #include "core/TsExceptions.h"
 #include "share/PlotCommands.h"
 #include "share/PlotMenus.h"
 #include "share/PlotVariables.h"
+#include "share/QtCompat.h"
 
 using namespace veltrac;
 
 namespace {
-
-std::string utf8(const QString& text)
-{
-    return text.toUtf8().toStdString();
-}
 
 // Steps of the last cursor: comma and full stop, and what they turn into with Shift on various keyboards.
 int cursorStep(const QKeyEvent& event)
@@ -42,10 +37,9 @@ int cursorStep(const QKeyEvent& event)
 
 PlotCanvas::PlotCanvas(QWidget* parent) : PlotOutput(parent), m_gestures(*this) {}
 
-// A plot without variables that keeps the user's looks.
-void PlotCanvas::clear()
+// A plot in place of the present one, whose looks are the user's.
+void PlotCanvas::replacePlot(Plot2D fresh)
 {
-    Plot2D fresh;
     fresh.grid = plot().grid;
     fresh.legend = plot().legend;
     setSources(std::move(fresh), FileArray());
@@ -53,7 +47,7 @@ void PlotCanvas::clear()
 
 bool PlotCanvas::showColumns(const QString& file, const QVector<unsigned>& columns, Axes axes)
 {
-    clear();
+    replacePlot({});
     try {
         const auto source = files().add(file.toLocal8Bit().toStdString());
         for (const unsigned column : columns) {
@@ -62,31 +56,17 @@ bool PlotCanvas::showColumns(const QString& file, const QVector<unsigned>& colum
         }
         chooseXAxis(plot());
     } catch (const TS::Failure&) {
-        clear();
+        replacePlot({});
         showText(tr("%1 cannot be read.").arg(file));
         return false;
     }
     return refresh(true);
 }
 
-void PlotCanvas::showValues(const std::vector<double>& x, const QString& xTitle,
-                            const std::vector<Values>& columns, Axes axes)
+void PlotCanvas::showPlot(Plot2D fresh)
 {
-    clear();
-    std::vector<std::vector<float>> values;
-    values.reserve(columns.size());
-    for (const Values& column : columns)
-        values.push_back(column.y);
-    const auto source = std::make_shared<PlotValues>(x, values);
-    for (std::size_t c = 0; c < columns.size(); ++c) {
-        Variable v(source, static_cast<std::uint32_t>(c + 1));
-        v.label = utf8(columns[c].label);
-        v.unit = utf8(columns[c].unit);
-        const auto variable = std::make_shared<HsVariable>(std::move(v));
-        axes == Axes::OneEach ? addAlone(plot(), variable) : addByUnit(plot(), variable);
-    }
-    plot().xTitle = utf8(xTitle);
-    refresh(true);
+    replacePlot(std::move(fresh));
+    refresh(false);
 }
 
 void PlotCanvas::dragEnterEvent(QDragEnterEvent* event)
@@ -100,7 +80,7 @@ void PlotCanvas::dropEvent(QDropEvent* event)
     const QMimeData& mime = *event->mimeData();
     if (mime.hasFormat(QLatin1String(variableMimeType()))) {
         const int variable = mime.data(QLatin1String(variableMimeType())).toInt();
-        emit x_variable_dropped(variable, groupAt(event->pos()));
+        emit x_variable_dropped(variable, groupAt(mousePlace(*event)));
     } else {
         QStringList files;
         for (const QUrl& url : mime.urls())

@@ -12,10 +12,9 @@
 //     m_canvas->setLogarithmicX(true);
 //     m_canvas->setLogarithmicY(0, true);                   // group 0, the topmost
 //
-// Values that are no file, a filter's characteristic say (x must not fall):
+// A plot that is made elsewhere, of values that are no file say:
 //
-//     m_canvas->showValues(frequencies, "Freq[Hz]", {{"Gain", "", gains}, {"Phase, 0-1 for 0-2pi", "",
-//     phases}});
+//     m_canvas->showPlot(gainPlot(characteristic, look));   // filter/CharacteristicPlot.h
 //
 // For anything else change plot(): groups, variables, labels, colours, fixed limits; then call refresh(), or
 // replot() where no sample has to be read. The read-out at a pixel, as signal x_cursor_moved() gives it:
@@ -47,15 +46,8 @@ public:
     // cannot be opened or the user cancelled the reading: the canvas tells it then.
     bool showColumns(const QString& file, const QVector<unsigned>& columns, Axes axes = Axes::ByUnit);
 
-    struct Values
-    {
-        QString label;
-        QString unit;
-        std::vector<float> y;
-    };
-    // Shows values in memory, each column on an axis of its own, or all on one.
-    void showValues(const std::vector<double>& x, const QString& xTitle, const std::vector<Values>& columns,
-                    Axes axes = Axes::OneEach);
+    // Shows another plot, with the grid and the legend that the user has chosen; its view stays as it is.
+    void showPlot(Plot2D fresh);
 
     // The canvas takes files of the file manager and variables of the dock; off by default.
     void setTakesDrops(bool on) { setAcceptDrops(on); }
@@ -90,7 +82,7 @@ protected:
     void dropEvent(QDropEvent* event) override;
 
 private:
-    void clear();
+    void replacePlot(Plot2D fresh);
     bool handleKey(const QKeyEvent& event);
 
     veltrac::PlotGestures m_gestures;

@@ -155,7 +155,7 @@ QString savePicture(QWidget* window, const QString& name, const PlotLayout& layo
 }
 
 QString writePlotPdf(const QString& fileName, const QPageLayout& page, const Plot2D& plot,
-                     const std::vector<QColor>& colors)
+                     const std::vector<QColor>& colors, bool isGray)
 {
     // In memory first, too: a printer that prints to a file tells of no write that failed.
     QByteArray bytes;
@@ -167,7 +167,8 @@ QString writePlotPdf(const QString& fileName, const QPageLayout& page, const Plo
     pdf.setResolution(kDotsPerInch);
     pdf.setPageLayout(page);
     PlotLook look;
-    look.colors = plotColors(colors);
+    look.colors = plotColors(isGray ? grayOf(colors) : colors);
+    look.dashes = isGray;
     QtDriver driver(&pdf);
     if (const QString failure = paintPage(driver, plot, look); !failure.isEmpty())
         return QObject::tr("%1 was not written: %2").arg(QFileInfo(fileName).fileName(), failure);
@@ -189,11 +190,11 @@ bool printPlot(QWidget* window, const QString& name, const Plot2D& plot, const s
     const bool isGray = printer.colorMode() == QPrinter::GrayScale;
     QString failure;
     if (!printer.outputFileName().isEmpty() && printer.outputFormat() == QPrinter::PdfFormat) {
-        failure = writePlotPdf(printer.outputFileName(), printer.pageLayout(), plot,
-                               isGray ? grayOf(colors) : colors);
+        failure = writePlotPdf(printer.outputFileName(), printer.pageLayout(), plot, colors, isGray);
     } else {
         PlotLook look;
         look.colors = plotColors(colors);
+        look.dashes = isGray;
         QtDriver driver(&printer);
         failure = paintPage(driver, plot, look);
         if (printer.printerState() == QPrinter::Error)

@@ -37,10 +37,10 @@ QString writePicture(const QString& fileName, const QImage& image);
 // the file's name, empty where the user cancelled or it failed.
 QString savePicture(QWidget* window, const QString& name, const PlotLayout& layout, const QImage& image);
 
-// Writes a page of PDF; an older file is replaced only by a whole one. Returns the failure's text, empty
-// where the file is whole.
+// Writes a page of PDF; an older file is replaced only by a whole one. Without colours, dash patterns tell the
+// lines apart. Returns the failure's text, empty where the file is whole.
 QString writePlotPdf(const QString& fileName, const QPageLayout& page, const Plot2D& plot,
-                     const std::vector<QColor>& colors);
+                     const std::vector<QColor>& colors, bool isGray = false);
 
 // Asks for a printer to print `name` on; failures are told in a box. False where nothing was printed.
 bool printPlot(QWidget* window, const QString& name, const Plot2D& plot, const std::vector<QColor>& colors);

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "share/QtCompat.h"
+
 namespace veltrac {
 
 namespace {
@@ -59,11 +61,11 @@ void PlotGestures::updateShape(const QPoint& pixel)
 
 void PlotGestures::press(const QMouseEvent& event)
 {
-    m_pressed = m_last = event.pos();
+    m_pressed = m_last = mousePlace(event);
     m_dragged = false;
     m_shiftHeld = (event.modifiers() & Qt::ShiftModifier) != 0;
     m_drag = Drag::None;
-    const PlotView::Place place = m_view.placeOf(event.pos());
+    const PlotView::Place place = m_view.placeOf(mousePlace(event));
     m_dragGroup = place.group;
     ++m_gesture;
     if (event.button() == Qt::MiddleButton && place.zone != PlotView::Zone::None) {
@@ -78,7 +80,7 @@ void PlotGestures::press(const QMouseEvent& event)
     } else if (place.zone == PlotView::Zone::YAxis) {
         m_drag = Drag::PanY;
     } else if (place.zone == PlotView::Zone::Plot) {
-        const std::optional<Plot2D::Cursor> cursor = cursorNear(event.pos());
+        const std::optional<Plot2D::Cursor> cursor = cursorNear(mousePlace(event));
         if (m_spaceHeld)
             m_drag = Drag::Pan;
         else if (cursor && !m_shiftHeld)
@@ -86,22 +88,23 @@ void PlotGestures::press(const QMouseEvent& event)
         else
             m_drag = Drag::Band;
     }
-    updateShape(event.pos());
+    updateShape(mousePlace(event));
 }
 
 void PlotGestures::move(const QMouseEvent& event)
 {
-    emit m_view.x_cursor_moved(event.x(), event.y(), static_cast<int>(event.buttons()));
-    m_view.setMouse(event.pos());
+    const QPoint pixel = mousePlace(event);
+    emit m_view.x_cursor_moved(pixel.x(), pixel.y(), static_cast<int>(event.buttons()));
+    m_view.setMouse(pixel);
     if (m_drag == Drag::None || event.buttons() == Qt::NoButton) {
         m_drag = Drag::None;
-        updateShape(event.pos());
+        updateShape(pixel);
         return;
     }
-    if ((event.pos() - m_pressed).manhattanLength() >= kSmallestBand)
+    if ((pixel - m_pressed).manhattanLength() >= kSmallestBand)
         m_dragged = true;
     if (m_dragged)
-        dragTo(event.pos());
+        dragTo(pixel);
 }
 
 void PlotGestures::dragTo(const QPoint& pixel)
@@ -141,15 +144,15 @@ void PlotGestures::dragTo(const QPoint& pixel)
 void PlotGestures::release(const QMouseEvent& event)
 {
     const Drag drag = m_drag;
-    m_last = event.pos();
+    m_last = mousePlace(event);
     if (drag == Drag::Band && m_dragged)
         finishBand();
     else if (drag != Drag::None && !m_dragged && event.button() == Qt::LeftButton &&
-             m_view.placeOf(event.pos()).zone == PlotView::Zone::Plot)
-        clickAt(event.pos(), m_shiftHeld);
+             m_view.placeOf(mousePlace(event)).zone == PlotView::Zone::Plot)
+        clickAt(mousePlace(event), m_shiftHeld);
     m_drag = Drag::None;
     m_dragged = false;
-    updateShape(event.pos());
+    updateShape(mousePlace(event));
     m_view.setBand(std::nullopt);
 }
 
@@ -195,7 +198,7 @@ void PlotGestures::clickAt(const QPoint& pixel, bool shift)
 
 void PlotGestures::doubleClick(const QMouseEvent& event)
 {
-    const PlotView::Place place = m_view.placeOf(event.pos());
+    const PlotView::Place place = m_view.placeOf(mousePlace(event));
     if (event.button() != Qt::LeftButton)
         return;
     if (place.zone == PlotView::Zone::XAxis || place.zone == PlotView::Zone::YAxis) {
@@ -220,7 +223,7 @@ void PlotGestures::wheel(QWheelEvent& event)
     // With Alt held Qt turns the wheel's axis.
     const QPoint turned = event.angleDelta();
     const double notches = (turned.y() != 0 ? turned.y() : turned.x()) / static_cast<double>(kNotch);
-    const QPoint pixel = event.position().toPoint();
+    const QPoint pixel = mousePlace(event);
     const PlotView::Place place = m_view.placeOf(pixel);
     if (notches == 0.0 || place.zone == PlotView::Zone::None) {
         event.ignore();

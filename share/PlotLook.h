@@ -29,6 +29,7 @@ struct PlotLook
     int markerGap = 6;                // columns; samples closer than this have no markers
     float gridWidthMm = 0.1F;         // before widthFactor
     bool cursors = false;             // draw them as part of the picture
+    bool dashes = false;              // solid lines get patterns in turn, for paper without colours
     float penUnits = 75.0F / 25.4F;   // device units that a line width of 1 mm has
     float textWidth = 1.0F;           // what texts take of the extent that the driver tells
 

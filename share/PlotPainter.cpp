@@ -473,7 +473,7 @@ private:
     void penOf(const Variable& v)
     {
         m_driver.SelectColor(v.colorIndex);
-        m_driver.SetLineStyle(cutsDashes(v) ? 0 : std::max(v.lineStyle, 0));
+        m_driver.SetLineStyle(cutsDashes(v) ? 0 : std::max(styleOf(v), 0));
         m_driver.SetLineWidth(static_cast<float>(v.widthMm) * m_look.widthFactor);
     }
 
@@ -484,10 +484,17 @@ private:
         m_driver.SetLineWidth(kMarkerWidthMm * m_look.widthFactor);
     }
 
+    int styleOf(const Variable& v) const
+    {
+        constexpr int kStyles = 10;
+        return m_look.dashes && v.lineStyle == 0 ? std::max(v.colorIndex - kFirstVariableColor, 0) % kStyles
+                                                 : v.lineStyle;
+    }
+
     // The drivers' patterns have one length for all widths: on a thick line their gaps close.
     bool cutsDashes(const Variable& v) const
     {
-        return v.lineStyle > 0 && penWidth(v) > 1.5F * m_look.screenPixel();
+        return styleOf(v) > 0 && penWidth(v) > 1.5F * m_look.screenPixel();
     }
     float penWidth(const Variable& v) const
     {
@@ -505,7 +512,7 @@ private:
         for (std::size_t p = 0; p < count; ++p)
             m_driver.WorldToDevice(points[2 * p], points[2 * p + 1], &device[2 * p], &device[2 * p + 1]);
         const float width = penWidth(v);
-        drawDashes(device, dashLengths(v.lineStyle, m_look.screenPixel(), width), m_driver);
+        drawDashes(device, dashLengths(styleOf(v), m_look.screenPixel(), width), m_driver);
         m_driver.Flush();
     }
 

@@ -5,6 +5,7 @@
 
 #include "core/FileTime.h"
 #include "core/HeaderTexts.h"
+#include "core/PlotValues.h"
 #include "core/TimeUnits.h"
 #include "share/BasicDriver.h"
 
@@ -90,6 +91,28 @@ void addAlone(Plot2D& plot, const std::shared_ptr<HsVariable>& variable)
 std::shared_ptr<PlotFile> plotFileOf(const Variable& variable)
 {
     return std::dynamic_pointer_cast<PlotFile>(variable.source());
+}
+
+Plot2D plotOfValues(const std::vector<double>& x, const char* xTitle,
+                    const std::vector<PlottedValues>& columns, bool byUnit)
+{
+    std::vector<std::vector<float>> values;
+    values.reserve(columns.size());
+    for (const PlottedValues& column : columns)
+        values.push_back(column.y);
+    const auto source = std::make_shared<PlotValues>(x, values);
+    Plot2D plot;
+    for (std::size_t c = 0; c < columns.size(); ++c) {
+        Variable v(source, static_cast<std::uint32_t>(c + 1));
+        v.label = columns[c].label;
+        v.unit = columns[c].unit;
+        const auto variable = std::make_shared<HsVariable>(std::move(v));
+        byUnit ? addByUnit(plot, variable) : addAlone(plot, variable);
+    }
+    plot.xTitle = xTitle;
+    plot.buildMissing({});
+    plot.fitAll();
+    return plot;
 }
 
 std::shared_ptr<HsVariable> backwardsVariable(const Plot2D& plot)

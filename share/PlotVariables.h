@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "core/FileArray.h"
@@ -26,6 +27,17 @@ int nextColorIndex(const Plot2D& plot);
 
 // The file behind a variable; null for values in memory.
 std::shared_ptr<PlotFile> plotFileOf(const Variable& variable);
+
+struct PlottedValues
+{
+    std::string label;  // UTF-8
+    std::string unit;
+    std::vector<float> y;
+};
+// A plot of values in memory, read and all in view: each column is as long as x, which must not fall, and has
+// an axis of its own, or all of one unit share theirs.
+Plot2D plotOfValues(const std::vector<double>& x, const char* xTitle,
+                    const std::vector<PlottedValues>& columns, bool byUnit = false);
 
 // Sets origin, title and mode of the x axis as the plot's first source wants them: a clock where the source
 // has one and counts in seconds, row numbers where its times run backwards.

@@ -134,7 +134,8 @@ void PlotWindow::createMenus()
     m_canvas->fillOutputMenu(*m_fileMenu);
     PlotCanvas::holdInWindow(*m_fileMenu);
     m_fileMenu->addSeparator();
-    m_fileMenu->addAction(tr("C&lose"), this, &QWidget::close, QKeySequence(QStringLiteral("Ctrl+W")));
+    m_fileMenu->addAction(tr("C&lose"), this, &QWidget::close)
+        ->setShortcut(QKeySequence(QStringLiteral("Ctrl+W")));
 
     QMenu* const help = menuBar()->addMenu(tr("&Help"));
     help->addAction(new HydAction(QStringLiteral("Help"), QKeySequence(Qt::Key_F1), this, SLOT(sl_help()),

@@ -18,6 +18,7 @@
 
 #include "share/DashPatterns.h"
 #include "share/HeaderText.h"
+#include "share/QtCompat.h"
 
 using namespace veltrac;
 
@@ -87,7 +88,7 @@ void QtDriver::EndPage()
     BasicDriver::EndPage();
     if (!m_painter.isActive())
         return;
-    if (m_painter.paintEngine()->type() == QPaintEngine::PostScript)
+    if (m_painter.paintEngine()->type() == kPostScriptEngine)
         if (auto* const pages = dynamic_cast<QPagedPaintDevice*>(m_painter.device()))
             pages->newPage();
     m_painter.end();
@@ -106,7 +107,7 @@ bool QtDriver::isPageEngine() const
     if (!m_painter.isActive())
         return false;
     const QPaintEngine::Type type = m_painter.paintEngine()->type();
-    return type == QPaintEngine::PostScript || type == QPaintEngine::Pdf;
+    return type == kPostScriptEngine || type == QPaintEngine::Pdf;
 }
 
 void QtDriver::findDeviceRectangle()
@@ -125,7 +126,7 @@ void QtDriver::findDeviceRectangle()
             m_pixelRatio = static_cast<float>(ratio);
         }
     }
-    if (m_painter.isActive() && m_painter.paintEngine()->type() == QPaintEngine::PostScript)
+    if (m_painter.isActive() && m_painter.paintEngine()->type() == kPostScriptEngine)
         subtractPageMargins();
     m_deviceXMin = 0.0F;
     m_deviceYMin = 0.0F;

@@ -96,8 +96,10 @@ QAction* ResultWindow::fillSourceMenu(QMenu& menu)
 {
     menu.addAction(QStringLiteral("Source &file"), this, [this] { m_source->files()->showPopup(); });
     menu.addAction(QStringLiteral("Source &column"), this, [this] { m_source->columns()->showPopup(); });
-    return menu.addAction(QStringLiteral("&Read the directory again"), m_source, &SourceChooser::refresh,
-                          QKeySequence::Refresh);
+    QAction* const again =
+        menu.addAction(QStringLiteral("&Read the directory again"), m_source, &SourceChooser::refresh);
+    again->setShortcut(QKeySequence::Refresh);
+    return again;
 }
 
 void ResultWindow::addCanvasMenus()

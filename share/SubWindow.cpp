@@ -5,6 +5,7 @@
 #include <QScreen>
 
 #include "share/JobProgress.h"
+#include "share/WindowManners.h"
 
 namespace veltrac {
 
@@ -33,8 +34,11 @@ bool SubWindow::askToClose()
 
 void SubWindow::setVisible(bool visible)
 {
-    if (visible && !m_wasShown)
+    if (visible && !m_wasShown) {
         fitToScreen(*this);
+        tabAsRead(*this);
+        explainByTips(*this);
+    }
     m_wasShown = m_wasShown || visible;
     QMainWindow::setVisible(visible);
 }

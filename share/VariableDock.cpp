@@ -18,6 +18,7 @@
 #include "share/HeaderText.h"
 #include "share/PlotCanvas.h"
 #include "share/PlotVariables.h"
+#include "share/QtCompat.h"
 
 namespace veltrac {
 
@@ -40,7 +41,7 @@ public:
 
 protected:
     QStringList mimeTypes() const override { return {QLatin1String(PlotCanvas::variableMimeType())}; }
-    QMimeData* mimeData(const QList<QTreeWidgetItem*> items) const override
+    QMimeData* mimeData(DraggedItems items) const override
     {
         const int variable = items.isEmpty() ? -1 : items.first()->data(0, kVariableRole).toInt();
         if (variable < 0)

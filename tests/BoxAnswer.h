@@ -4,6 +4,7 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QMessageBox>
+#include <QProgressDialog>
 #include <QTimer>
 
 #include <functional>
@@ -29,7 +30,8 @@ private:
     void look()
     {
         QWidget* const box = QApplication::activeModalWidget();
-        if (box == nullptr)
+        // How far a job is, is no question: on a busy machine a bar comes that elsewhere nobody sees.
+        if (box == nullptr || qobject_cast<QProgressDialog*>(box) != nullptr)
             return;
         m_timer.stop();
         m_asked = true;

@@ -1,6 +1,7 @@
 // The scaling of spectra by mathematics: tones, noise, averages, trends, lengths, peaks.
 
 #include "calc/Spectrum.h"
+#include "calc/SpectrumPlan.h"
 
 #include <gtest/gtest.h>
 
@@ -108,13 +109,14 @@ TEST(Spectrum, PeakOfAToneIsRightAnywhereInABinWithEveryWindowInDecibelOrNot)
 TEST(Spectrum, SumOfTheDensityIsTheVarianceAlsoAveragedPaddedAndAtNyquist)
 {
     const TestDirectory directory;
-    TSFILE file("a", 65536, 1, 0);
+    constexpr std::uint32_t kLong = 100'000;  // its spectrum has more rows than are written at once
+    TSFILE file("a", kLong, 1, 0);
     std::mt19937 random(7);
     std::normal_distribution<double> noise(1.0, 2.0);
     double variance = 0.0;
     fill(file, [&](double) {
         const double x = noise(random);
-        variance += (x - 1.0) * (x - 1.0) / 65536;
+        variance += (x - 1.0) * (x - 1.0) / kLong;
         return x;
     });
     for (const bool averaged : {false, true})
@@ -134,7 +136,10 @@ TEST(Spectrum, SumOfTheDensityIsTheVarianceAlsoAveragedPaddedAndAtNyquist)
             EXPECT_NEAR(sum, variance, averaged ? 0.03 * variance : 2e-3 * variance);
         }
     fill(file, [](double i) { return std::fmod(i, 2.0) * 4.0 - 2.0; });  // amplitude 2 at half the rate
-    EXPECT_NEAR(spectrumOf(file, requestFor(file))->value(32768, 2), 2.0, 1e-6);
+    const auto square = spectrumOf(file, requestFor(file));
+    EXPECT_NEAR(square->value(kLong / 2, 2), 2.0, 1e-6);
+    for (const std::uint32_t row : {1U, 32'769U, 40'000U, kLong / 2})
+        EXPECT_FLOAT_EQ(square->value(row, 1), static_cast<float>(row / (kLong * kDt))) << row;
 }
 
 TEST(Spectrum, AverageIsTheMeanPowerOfItsSegments)

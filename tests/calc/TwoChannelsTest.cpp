@@ -12,6 +12,7 @@
 #include "calc/Correlation.h"
 #include "calc/Spectrogram.h"
 #include "calc/Spectrum.h"
+#include "calc/SpectrumPlan.h"
 #include "core/FileTime.h"
 #include "tests/core/TsFileBytes.h"
 

@@ -123,6 +123,11 @@ TEST_F(CliFaults, WrongUsageDoesNothingAndSaysWhy)
         {"header --new-column -", "--new-column"},
         {"derivative --in-place 1 --new-column a.ts", "not both"},
         {"import --step 1 --rate 1 a.ts", "one of them"},
+        {"plot --characteristic group-delay --type moving-average --rate 9 -o x.svg", "is not available"},
+        {"plot --characteristic group-delay --freq 1 -o x.svg", "no files are named"},
+        {"plot --characteristic group-delay --freq 1 --rate 9 -o x.svg a.ts", "not both"},
+        {"plot --characteristic group-delay --freq 1 --columns 1 -o x.svg a.ts", "draws no columns"},
+        {"plot --freq 1 -o x.svg a.ts", "belong to a --characteristic"},
     };
     for (const auto& row : rows) {
         const ShellOutcome run = cli(row.arguments);

@@ -167,6 +167,38 @@ TEST_F(CliResults, TextsArraysAndSoundsComeBackAsTheyWere)
     EXPECT_NE(textOf("a.npy.txt").find("[:, 0]  both  Sum [V]\n"), std::string::npos);
 }
 
+TEST_F(CliResults, TimesAreReadAsTheOptionSays)
+{
+    const struct
+    {
+        const char* from;
+        const char* rows;
+        float dt;
+        double first;  // seconds since 1970 of the first row
+    } cases[] = {
+        {"step --step 3 --start 1970-01-02T00:00:00", "7;1\n8;2\n9;3\n", 3.0F, 86403.0},
+        {"stamp", "1970-01-02 00:00:05;1\n1970-01-02 00:00:07;2\n1970-01-02 00:00:09;3\n", 2.0F, 86405.0},
+        {"serial-days", "25570.5;1\n25571;2\n25571.5;3\n", 43200.0F, 129600.0},
+        {"decimal-years", "1973;1\n1974;2\n1975;3\n", 31536000.0F, 94694400.0},
+        {"elapsed-time --start 1970-01-02T00:00:00", "0:10;1\n0:15;2\n0:20;3\n", 300.0F, 87000.0},
+        {"elapsed-seconds --start 1970-01-02T00:00:00", "10;1\n14;2\n18;3\n", 4.0F, 86410.0},
+        {"unix-seconds", "86500;1\n86560;2\n86620;3\n", 60.0F, 86500.0},
+        {"unix-milliseconds", "86500500;1\n86501000;2\n86501500;3\n", 0.5F, 86500.5},
+        {"unix-microseconds", "86500500000;1\n86500750000;2\n86501000000;3\n", 0.25F, 86500.5},
+        {"unix-nanoseconds", "86500500000000;1\n86500625000000;2\n86500750000000;3\n", 0.125F, 86500.5}};
+    for (const auto& c : cases) {
+        std::ofstream("log.csv") << "t;v\n" << c.rows;
+        const ShellOutcome run =
+            cli("import --force --as stl --becomes constant --time-column 1 -o l.ts log.csv --time-from " +
+                std::string(c.from));
+        ASSERT_EQ(run.status, 0) << c.from << ": " << run.notes;
+        TSFILE made("l.ts", true);
+        EXPECT_EQ(made.columns(), 1U) << c.from;
+        EXPECT_FLOAT_EQ(made.dt(), c.dt) << c.from;
+        EXPECT_NEAR(FileTime(made).moment(1), c.first, 0.01) << c.from;
+    }
+}
+
 TEST_F(CliResults, ResultsGoToNewColumnsAndOverOldOnesAndNothingElseChanges)
 {
     ASSERT_EQ(cli("formula --formula \"x2-x1\" --name fast --unit V --new-column wave.ts").status, 0);

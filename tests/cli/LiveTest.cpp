@@ -99,7 +99,7 @@ TEST(Live, TheListStaysAtTheEnd)
     // Who goes elsewhere stays there.
     view.goTo(5, 0);
     Recorder recorder(newest + 1, kPause);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return file.refresh(); }, 20000));
     QTest::qWait(300);
-    EXPECT_TRUE(file.refresh());
     EXPECT_EQ(view.currentRow(), 5);
 }

@@ -444,8 +444,18 @@ TEST_F(Stl, timeBecomesWhatTheUserWants)
     EXPECT_EQ(70.0F, ts->value(8, 1));
     EXPECT_TRUE(std::isnan(ts->value(9, 1)));
     EXPECT_EQ(200.0F, ts->value(21, 1));
-    log.format().resampleStep = 0.5;
-    EXPECT_EQ(5.0F, import(log)->value(2, 1)) << "half-way between 0 and 10";
+    for (const double step : {0.4, 1.6}) {
+        log.format().resampleStep = step;
+        ts = import(log);
+        ASSERT_EQ(static_cast<std::uint32_t>(21.0 / step) + 1, ts->samples());
+        for (std::uint32_t s = 1; s <= ts->samples(); ++s) {
+            const double t = step * (s - 1.0);
+            if (t > 7.0 && t < 20.0)
+                EXPECT_TRUE(std::isnan(ts->value(s, 1))) << "in the gap: " << t;
+            else
+                EXPECT_NEAR(10.0 * t, ts->value(s, 1), 1e-4) << t;
+        }
+    }
 
     log.format().timeResult = STLTimeResult::TimeTwoColumns;
     log.format().fromRow = 2;

@@ -4,6 +4,9 @@
 
 #include <cmath>
 #include <functional>
+#include <string>
+#include <thread>
+#include <vector>
 
 #include "core/TSFILE.h"
 #include "core/TsExceptions.h"
@@ -150,4 +153,30 @@ TEST(SampleTime, LyingCountsEndTheWalksSoon)
     file.adjustTime(true, 1.0F);
     EXPECT_EQ(file.startSeconds(), 20U);
     EXPECT_EQ(file.sampleTime(4), 40.0);
+}
+
+// Each of them hands out a buffer that lives on behind the call.
+TEST(Threads, TextsOfFilesThatAreReadAtOnceDoNotMeet)
+{
+    const TestDirectory directory;
+    std::vector<int> wrong(4);
+    std::vector<std::thread> readers;
+    for (int id = 0; id < 4; ++id) {
+        readers.emplace_back([id, &wrong] {
+            const std::string own = "n" + std::to_string(id);
+            TSFILE file(own.c_str(), 10, 3, 0);
+            file.columnName(2, own.c_str());
+            file.columnDescription(2, own.c_str());
+            for (int i = 0; i < 300; ++i) {
+                const std::string day = "197" + std::to_string(id);
+                wrong[static_cast<std::size_t>(id)] +=
+                    file.columnName(2) != own || file.columnDescription(2) != own ||
+                    TSFILE::tsFileName(own.c_str()) != own + ".ts" ||
+                    TSFILE::formatTime(31557600.0 * id + 8e6, i % 2 == 0, "%Y") != day;
+            }
+        });
+    }
+    for (std::thread& reader : readers)
+        reader.join();
+    EXPECT_EQ(wrong, std::vector<int>(4));
 }

@@ -82,6 +82,8 @@ constexpr Job kSweptJobs[] = {
     {kCliProgram, "cli header", "header --description swept --sample-time 0.25 --name 2=two a.ts"},
     {kCliProgram, "cli plot svg", "plot --force -o x.svg a.ts"},
     {kCliProgram, "cli plot eps", "plot --force -o x.eps a.ts"},
+    {kCliProgram, "cli plot filter", "plot --force --characteristic group-delay --freq 1 --rate 9 -o x.svg"},
+    {kCliProgram, "cli spectrogram", "spectrum --force --segment 256 --spectrogram -o x.ts a.ts"},
     {kCliProgram, "cli stdout", "cut --columns 2 -o - a.ts"},
     {kWindowsProgram, "create", ""},
     {kWindowsProgram, "create-over", ""},

@@ -2,8 +2,8 @@
 // loop, memory that has nothing to do with the input, and an exception of no kind that a window or a verb
 // tells.
 //
-// The first line of an input names its target, so that one corpus and one program serve all:
-//   build/fuzz/tests/fuzz/veltrac_fuzz -close_fd_mask=3 -max_len=100000 -timeout=5 corpus/
+// The first line of an input names its target, so that one corpus and one program serve all; tools/fuzz runs
+// one after the other.
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -21,6 +21,7 @@
 #include <vector>
 
 #include "cli/CommandLine.h"
+#include "converters/Recording.h"
 #include "converters/SCLObject.h"
 #include "converters/STLFormat.h"
 #include "converters/STLObject.h"
@@ -32,6 +33,7 @@
 #include "core/FileTime.h"
 #include "core/Interval.h"
 #include "core/Rebuild.h"
+#include "core/RingFile.h"
 #include "core/TsExceptions.h"
 #include "core/TsNames.h"
 #include "filter/fid.h"
@@ -201,6 +203,39 @@ void runVerb(std::string_view bytes)
     runCommandLine(static_cast<int>(arguments.size()), arguments.data());
 }
 
+// What comes into a recorder: a sign of how, one of the pieces' length, and where the file is there already
+// its first blocks.
+void recordRows(std::string_view bytes)
+{
+    if (bytes.size() < 2)
+        return;
+    const auto how = static_cast<unsigned char>(bytes[0]);
+    const std::size_t piece = 1U + 7U * static_cast<unsigned char>(bytes[1]);
+    bytes.remove_prefix(2);
+    RecordPlan plan;
+    plan.file = "ring.ts";
+    plan.shape.samples = 50;
+    plan.shape.columns = {{"a", "a [V]"}, {"b", ""}};
+    plan.shape.dt = 0.5F;
+    plan.frames = how % 2 != 0;
+    plan.time = static_cast<RecordTime>(how / 2 % 3);
+    plan.givesTime = how / 2 % 4 != 3;
+    plan.text.cells = {how / 8U % 4, 0};
+    plan.fillsGap = how % 64 < 32;
+    std::error_code none;
+    fs::remove(plan.file, none);
+    if (how >= 128) {
+        constexpr std::size_t kHead = 1536;  // a header, a block of columns, a block of rows
+        writeInput("ring.ts", bytes.substr(0, kHead));
+        bytes.remove_prefix(std::min(kHead, bytes.size()));
+    }
+    Recording recording(plan);
+    for (std::size_t at = 0; at < bytes.size(); at += piece)
+        recording.feed(bytes.substr(at, piece));
+    recording.finish(how % 128 < 64);
+    unfoldRing(plan.file, "out.ts", {});
+}
+
 void drawText(std::string_view bytes)
 {
     const std::string text(bytes);
@@ -222,9 +257,9 @@ void bringBack(std::string_view bytes)
 }
 
 const std::map<std::string_view, std::function<void(std::string_view)>> kTargets = {
-    {"ts", readTsFile}, {"tsa", importTsa},      {"stl", importStl},
-    {"scl", importScl}, {"formula", runFormula}, {"filter", designFilter},
-    {"cli", runVerb},   {"text", drawText},      {"old-values", bringBack},
+    {"ts", readTsFile},        {"tsa", importTsa},       {"stl", importStl}, {"scl", importScl},
+    {"formula", runFormula},   {"filter", designFilter}, {"cli", runVerb},   {"text", drawText},
+    {"old-values", bringBack}, {"record", recordRows},
 };
 
 }  // namespace

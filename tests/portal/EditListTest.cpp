@@ -194,6 +194,44 @@ TEST(BlockOperation, InterpolationBridgesGapsAndHoldsAtTheEnds)
     EXPECT_EQ(outcome(BlockOperation::Interpolate, {1, 1, 1})[0], 2.0F);
 }
 
+TEST(BlockOperation, EachWorksOnAllRunsOfTheSelection)
+{
+    const Values column = {1, 2, NAN, 4, 5, 6};
+    const ReaderOfColumn readerOf = [&](std::uint32_t) -> ColumnReader {
+        return [&](std::uint32_t first, std::span<float> out) {
+            std::copy_n(column.begin() + first - 1, out.size(), out.begin());
+        };
+    };
+    const struct
+    {
+        BlockOperation operation;
+        Values second, first;  // columns: samples 2 to 4 of the second, 5 to 6 of the first
+    } rows[] = {{BlockOperation::Set, {1, 3, 3, 3, 5, 6}, {1, 2, NAN, 4, 3, 3}},
+                {BlockOperation::SetMissing, {1, NAN, NAN, NAN, 5, 6}, {1, 2, NAN, 4, NAN, NAN}},
+                {BlockOperation::Ramp, {1, 3, 4, 5, 5, 6}, {1, 2, NAN, 4, 3, 5}},
+                {BlockOperation::Interpolate, {1, 2, 3, 4, 5, 6}, {1, 2, NAN, 4, 4, 4}},
+                {BlockOperation::InterpolateMissing, {1, 2, 3, 4, 5, 6}, column},
+                {BlockOperation::Add, {1, 5, NAN, 7, 5, 6}, {1, 2, NAN, 4, 8, 9}},
+                {BlockOperation::Multiply, {1, 6, NAN, 12, 5, 6}, {1, 2, NAN, 4, 15, 18}},
+                {BlockOperation::ReplaceOutside, {1, 9, NAN, 4, 5, 6}, {1, 2, NAN, 4, 5, 9}}};
+    for (const auto& row : rows) {
+        std::vector<EditStrip> strips;
+        ASSERT_EQ(makeStrips(row.operation, {{2, 2, 4}, {1, 5, 6}}, std::vector{3.0, 5.0, 9.0}, 6, readerOf,
+                             {}, strips),
+                  JobOutcome::Done);
+        EditList list;
+        list.add({"edit", strips});
+        for (const std::uint32_t c : {1U, 2U}) {
+            const Values out = applied(list, c, 1, column);
+            const Values& wanted = c == 1 ? row.first : row.second;
+            for (std::size_t i = 0; i < out.size(); ++i)
+                EXPECT_TRUE(out[i] == wanted[i] || (std::isnan(out[i]) && std::isnan(wanted[i])))
+                    << rowOf(row.operation).name << ", column " << c << ", sample " << i + 1 << ": "
+                    << out[i];
+        }
+    }
+}
+
 TEST(BlockOperation, PasteTakesCommasAndGapsAndRefusesWords)
 {
     const PastedTable table = parsePasted("1,5\t\t-2e3\r\nnan\t+4\r\n");

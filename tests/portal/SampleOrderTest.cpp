@@ -23,6 +23,17 @@ TEST(SampleOrder, MissingValuesStandLastAndEqualOnesKeepTheirOrder)
     EXPECT_EQ(samples, (std::vector<std::uint32_t>{3, 7, 5, 1, 4, 2, 6}));
     sortSamples(read, 2, 5, SortOrder::Descending, {}, samples);
     EXPECT_EQ(samples, (std::vector<std::uint32_t>{4, 5, 3, 2}));
+    // More than two steps of reading, not from the first sample on.
+    constexpr std::uint32_t kLast = 20'000;
+    const ColumnReader scattered = [](std::uint32_t first, std::span<float> out) {
+        for (std::size_t i = 0; i < out.size(); ++i)
+            out[i] = static_cast<float>((first + i) * 7919 % 20011);
+    };
+    std::vector<std::uint32_t> many;
+    sortSamples(scattered, 3, kLast, SortOrder::Ascending, {}, many);
+    ASSERT_EQ(many.size(), kLast - 2U);
+    for (std::size_t i = 1; i < many.size(); ++i)
+        ASSERT_LT(many[i - 1] * 7919ULL % 20011, many[i] * 7919ULL % 20011) << i;
     const SampleOrder order(samples);
     for (int row = 0; row < 4; ++row)
         EXPECT_EQ(order.row(order.sample(row)), row);

@@ -218,6 +218,48 @@ TEST(VeltracTest, directoriesOfAnyNameAreEnteredAndACancelledDialogChangesNothin
                                           QStringLiteral(" with 1 off ts-files."));
 }
 
+TEST(VeltracTest, theFileThatTheLauncherNamesIsTheSelectedRow)
+{
+    const TestDirectory directory;
+    for (const char* const name : {"a.ts", "50% \"Öl\".ts", "z.ts"})
+        makeFile(QString::fromUtf8(name));
+    for (const char* const asked : {"50% \"Öl\".ts", "z.ts", "gone.ts"}) {
+        qputenv("VELTRAC_SELECT", asked);
+        Portal portal;
+        qunsetenv("VELTRAC_SELECT");
+        const QList<QTableWidgetItem*> cells = portal.table().selectedItems();
+        EXPECT_EQ(cells.isEmpty() ? "gone.ts" : cells.first()->text().toStdString(), asked);
+    }
+}
+
+TEST(VeltracTest, examplesAreCopiedWhereTheUserSaysAndWhatWasChangedThereStays)
+{
+    const TestDirectory directory;
+    std::filesystem::create_directories("share/doc/veltrac");
+    std::filesystem::create_directory_symlink(VELTRAC_EXAMPLES, "share/doc/veltrac/examples");
+    const QString home = QDir::currentPath();
+    QDir().mkdir(QStringLiteral("my own"));
+    QDir().mkpath(QStringLiteral("my own/Veltrac examples"));
+    std::ofstream("my own/Veltrac examples/co2.ts") << "mine";
+    const QByteArray before = qgetenv("XDG_DATA_DIRS");
+    qputenv("XDG_DATA_DIRS", QFile::encodeName(home + QStringLiteral("/share")));
+    const BoxAnswer corrupt(QStringLiteral("Ok"));
+    Portal portal;
+    {
+        const BoxAnswer choose(QStringLiteral("&Choose"), [&](QWidget& dialog) {
+            qobject_cast<QFileDialog*>(&dialog)->setDirectory(home + QStringLiteral("/my own"));
+        });
+        portal->sl_examples();
+    }
+    qputenv("XDG_DATA_DIRS", before);
+    EXPECT_EQ(QDir::currentPath(), home + QStringLiteral("/my own/Veltrac examples"));
+    EXPECT_EQ(bytesOf("co2.ts").size(), 4U);
+    EXPECT_EQ(bytesOf("ecg.ts"), bytesOf(VELTRAC_EXAMPLES "/ecg.ts"));
+    EXPECT_FALSE(QFile::exists(QStringLiteral("python")));
+    EXPECT_EQ(portal.status(), QStringLiteral("Examples: 4 files copied, 1 were there already."));
+    EXPECT_EQ(portal.names(), (QStringList{QStringLiteral("ecg.ts"), QStringLiteral("weather.ts")}));
+}
+
 TEST(VeltracTest, keysThatActionsShareRunNoneOfThem)
 {
     const TestDirectory directory;

@@ -17,6 +17,7 @@
 
 #include "share/EpsFile.h"
 #include "share/PostscriptDriver.h"
+#include "share/QtCompat.h"
 #include "share/QtDriver.h"
 #include "share/SvgDriver.h"
 
@@ -344,7 +345,7 @@ public:
     bool end() override { return true; }
     void updateState(const QPaintEngineState&) override {}
     void drawPixmap(const QRectF&, const QPixmap&, const QRectF&) override {}
-    Type type() const override { return PostScript; }
+    Type type() const override { return kPostScriptEngine; }
 };
 
 class OldPrinter : public QPdfWriter

@@ -1,0 +1,23 @@
+// Calendars of moments, on any thread: those of the standard library share one buffer.
+#pragma once
+
+#include <ctime>
+#include <optional>
+
+namespace veltrac {
+
+// Nothing for a moment that no calendar holds.
+inline std::optional<std::tm> localCalendar(std::time_t when)
+{
+    std::tm calendar = {};
+    ::tzset();  // the user may have moved
+    return ::localtime_r(&when, &calendar) == nullptr ? std::nullopt : std::optional(calendar);
+}
+
+inline std::optional<std::tm> utcCalendar(std::time_t when)
+{
+    std::tm calendar = {};
+    return ::gmtime_r(&when, &calendar) == nullptr ? std::nullopt : std::optional(calendar);
+}
+
+}  // namespace veltrac

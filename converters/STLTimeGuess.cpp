@@ -404,7 +404,8 @@ bool areClockNumbers(const STLFormat& format, const std::vector<STLRow>& data, s
     const auto number = [c](const STLRow& row) { return row.cells[c].value; };
     const auto minutes = [c](const STLRow& row) {
         const int digits = static_cast<int>(row.cells[c].value);
-        return static_cast<double>(digits / 100 * 60 + digits % 100);
+        const int sum = digits / 100 * 60 + digits % 100;
+        return static_cast<double>(sum);
     };
     return regularity(data, minutes) > regularity(data, number) + kClearly;
 }

@@ -138,7 +138,7 @@ void DFTWin::createActions()
                        QKeySequence(QStringLiteral("Ctrl+K")));
     actions->addAction(QStringLiteral("Remove the kep&t spectra"), this, &DFTWin::sl_dropKept);
     actions->addSeparator();
-    actions->addAction(QStringLiteral("&Close"), this, &QWidget::close, QKeySequence::Close);
+    actions->addAction(QStringLiteral("&Close"), this, &QWidget::close)->setShortcut(QKeySequence::Close);
     fillSourceMenu(*menuBar()->addMenu(QStringLiteral("&Selections")));
     addCanvasMenus();
     createAxesMenu();

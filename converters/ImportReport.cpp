@@ -21,7 +21,7 @@ constexpr QSize kPlain(420, 130);
 
 QTableWidget* troubleTable(const QVector<ImportTrouble>& troubles)
 {
-    auto* const table = new QTableWidget(troubles.size(), 4);
+    auto* const table = new QTableWidget(static_cast<int>(troubles.size()), 4);
     table->setHorizontalHeaderLabels({QStringLiteral("Place"), QStringLiteral("Column"),
                                       QStringLiteral("Trouble"), QStringLiteral("What stands there")});
     table->setEditTriggers(QAbstractItemView::NoEditTriggers);

@@ -41,7 +41,7 @@ const Look& lookOf(STLLineKind kind)
 
 int shownLength(std::string_view bytes, STLEncoding encoding)
 {
-    return QString::fromStdString(decoded(bytes, encoding)).size();
+    return static_cast<int>(QString::fromStdString(decoded(bytes, encoding)).size());
 }
 
 bool readsAsTime(const STLFormat& format, std::size_t column, std::string_view cell)
@@ -159,7 +159,7 @@ void STLLines::explainData(Line& line)
     line.kind = STLLineKind::Trouble;
     line.toolTip = troubles.join(QLatin1Char('\n'));
     if (line.marks.isEmpty())
-        line.marks.append({0, line.text.size(), false});
+        line.marks.append({0, static_cast<int>(line.text.size()), false});
 }
 
 QString STLLines::troubleOf(std::size_t column, std::string_view cell) const

@@ -95,7 +95,7 @@ void FilterCharWin::createActions()
     m_canvas->fillOutputMenu(*output);
     PlotCanvas::holdInWindow(*output);
     output->addSeparator();
-    output->addAction(QStringLiteral("C&lose"), this, &QWidget::close, QKeySequence::Close);
+    output->addAction(QStringLiteral("C&lose"), this, &QWidget::close)->setShortcut(QKeySequence::Close);
     addToolBar(QStringLiteral("Axes"))->addActions({m_decibels, m_logarithmic});
 }
 

@@ -92,7 +92,7 @@ void FilterWin::createActions()
     file->addActions({made[Save], made[Refresh], made[Help]});
     addWhatsThis(file);
     file->addSeparator();
-    file->addAction(QStringLiteral("&Close"), this, &QWidget::close, QKeySequence::Close);
+    file->addAction(QStringLiteral("&Close"), this, &QWidget::close)->setShortcut(QKeySequence::Close);
     // F5 does more here than to read the directory.
     fillSourceMenu(*menuBar()->addMenu(QStringLiteral("&Source actions")))->setShortcut(QKeySequence());
     QMenu* const filter = menuBar()->addMenu(QStringLiteral("Fi&lter actions"));

@@ -124,7 +124,7 @@ void EditTsWin::createActions()
     m_undo->setEnabled(false);
     addWhatsThis(menu);
     menu->addSeparator();
-    menu->addAction(QStringLiteral("Cl&ose"), this, &QWidget::close, QKeySequence::Close);
+    menu->addAction(QStringLiteral("Cl&ose"), this, &QWidget::close)->setShortcut(QKeySequence::Close);
 }
 
 QWidget* EditTsWin::createFormula()

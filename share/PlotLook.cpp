@@ -38,18 +38,20 @@ GridStyle gridStyleOf(PlotGrid grid)
 
 const std::vector<PlotColor>& defaultPlotColors()
 {
-    static const std::vector<PlotColor> colors = asOnScreen({{0.00F, 0.27F, 0.68F},
-                                                             {0.84F, 0.30F, 0.04F},
-                                                             {0.10F, 0.55F, 0.24F},
-                                                             {0.55F, 0.18F, 0.66F},
-                                                             {0.80F, 0.60F, 0.00F},
-                                                             {0.00F, 0.58F, 0.65F},
-                                                             {0.45F, 0.09F, 0.13F},
-                                                             {0.91F, 0.42F, 0.62F},
-                                                             {0.36F, 0.40F, 0.45F},
-                                                             {0.45F, 0.62F, 0.10F},
-                                                             {0.15F, 0.15F, 0.40F},
-                                                             {0.55F, 0.70F, 0.95F}});
+    // Found by search: three times as dark as white and, lightened, as bright as a dark ground, and apart for
+    // every eye, the first of them most.
+    static const std::vector<PlotColor> colors = asOnScreen({{0.17F, 0.07F, 0.61F},
+                                                             {0.69F, 0.07F, 0.00F},
+                                                             {0.17F, 0.51F, 0.36F},
+                                                             {0.80F, 0.39F, 1.00F},
+                                                             {0.79F, 0.47F, 0.12F},
+                                                             {0.16F, 0.62F, 0.75F},
+                                                             {0.35F, 0.12F, 0.28F},
+                                                             {0.83F, 0.33F, 0.63F},
+                                                             {0.47F, 0.35F, 0.45F},
+                                                             {0.59F, 0.58F, 0.33F},
+                                                             {0.59F, 0.10F, 0.46F},
+                                                             {0.62F, 0.47F, 0.86F}});
     return colors;
 }
 

@@ -13,8 +13,9 @@ struct PlotColor
     float r = 0.0F, g = 0.0F, b = 0.0F;
 };
 
-// The colours that variables have in turn; they differ in lightness as well as in hue. On a dark ground
-// they are lightened.
+// The colours that variables have in turn: readable on white, and told apart by eyes that lack one kind of
+// cones (Machado, Oliveira and Fernandes, A Physiologically-based Model for Simulation of Color Vision
+// Deficiency, IEEE Trans. Vis. Comput. Graph. 15(6), 2009). On a dark ground they are lightened.
 const std::vector<PlotColor>& defaultPlotColors();
 PlotColor onDarkGround(PlotColor color);
 

@@ -9,6 +9,7 @@
 
 #include "core/TsExceptions.h"
 #include "share/PlotReadout.h"
+#include "share/QtCompat.h"
 #include "share/QtDriver.h"
 
 namespace veltrac {
@@ -24,7 +25,7 @@ PlotColor plotColor(const QColor& c)
 
 QColor qColor(const PlotColor& c)
 {
-    return QColor::fromRgbF(static_cast<qreal>(c.r), static_cast<qreal>(c.g), static_cast<qreal>(c.b));
+    return QColor::fromRgbF(ColorPart{c.r}, ColorPart{c.g}, ColorPart{c.b});
 }
 
 // The place nearest to a point that begins a pixel of the device: between two of them (a frame of one pixel

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QApplication>
+#include <QColor>
 #include <QFontDatabase>
 #include <QList>
 #include <QPaintEngine>
@@ -23,6 +24,9 @@ QPoint mousePlace(const Event& event)
     else
         return event.pos();
 }
+
+// What the parts of a colour are counted in.
+using ColorPart = decltype(QColor().redF());
 
 #if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
 

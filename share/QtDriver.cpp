@@ -501,7 +501,7 @@ void QtDriver::DrawStamp(int id, const char* text)
     font.setBold(true);
     font.setPixelSize(std::max(1, m_characterUnit * 2 / 3));
     m_painter.setFont(font);
-    m_painter.setPen(QColor::fromRgbF(0.0, 0.0, 0.3));
+    m_painter.setPen(QColor::fromRgbF(0, 0, static_cast<ColorPart>(0.3)));
     const QString stamp = headerText(text);
     const int inset = m_characterUnit / 2;
     const QPoint at(m_deviceRectangle.left() + inset, m_deviceRectangle.bottom() - inset);

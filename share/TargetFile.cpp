@@ -80,7 +80,7 @@ bool mayOverwrite(QWidget* window, const QString& title, const QString& file)
 QString saveSuggestion(const QString& name)
 {
     // A directory is there already, under whatever name.
-    const int begin = name.lastIndexOf(QLatin1Char('/')) + 1;
+    const auto begin = name.lastIndexOf(QLatin1Char('/')) + 1;
     QString file = name.mid(begin);
     file.replace(QLatin1Char('"'), QLatin1Char('\''));
     return name.left(begin) + file;

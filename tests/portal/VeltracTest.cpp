@@ -240,10 +240,9 @@ TEST(VeltracTest, examplesAreCopiedWhereTheUserSaysAndWhatWasChangedThereStays)
     const QString home = QDir::currentPath();
     QDir().mkdir(QStringLiteral("my own"));
     QDir().mkpath(QStringLiteral("my own/Veltrac examples"));
-    std::ofstream("my own/Veltrac examples/co2.ts") << "mine";
+    std::ofstream("my own/Veltrac examples/README.md") << "mine";
     const QByteArray before = qgetenv("XDG_DATA_DIRS");
     qputenv("XDG_DATA_DIRS", QFile::encodeName(home + QStringLiteral("/share")));
-    const BoxAnswer corrupt(QStringLiteral("Ok"));
     Portal portal;
     {
         const BoxAnswer choose(QStringLiteral("&Choose"), [&](QWidget& dialog) {
@@ -253,11 +252,12 @@ TEST(VeltracTest, examplesAreCopiedWhereTheUserSaysAndWhatWasChangedThereStays)
     }
     qputenv("XDG_DATA_DIRS", before);
     EXPECT_EQ(QDir::currentPath(), home + QStringLiteral("/my own/Veltrac examples"));
-    EXPECT_EQ(bytesOf("co2.ts").size(), 4U);
+    EXPECT_EQ(bytesOf("README.md").size(), 4U);
     EXPECT_EQ(bytesOf("ecg.ts"), bytesOf(VELTRAC_EXAMPLES "/ecg.ts"));
     EXPECT_FALSE(QFile::exists(QStringLiteral("python")));
     EXPECT_EQ(portal.status(), QStringLiteral("Examples: 4 files copied, 1 were there already."));
-    EXPECT_EQ(portal.names(), (QStringList{QStringLiteral("ecg.ts"), QStringLiteral("weather.ts")}));
+    EXPECT_EQ(portal.names(), (QStringList{QStringLiteral("co2.ts"), QStringLiteral("ecg.ts"),
+                                           QStringLiteral("weather.ts")}));
 }
 
 TEST(VeltracTest, keysThatActionsShareRunNoneOfThem)

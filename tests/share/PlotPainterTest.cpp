@@ -1,9 +1,12 @@
 // The same plot through the PostScript driver, by its lines.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <fstream>
 #include <limits>
+#include <set>
 #include <sstream>
 
 #include "core/PlotValues.h"
@@ -37,11 +40,12 @@ Plot2D plotOf(const std::vector<std::vector<float>>& columns)
     return plot;
 }
 
-std::string epsOf(const Plot2D& plot, PlotLayout* layout = nullptr, bool cursors = false)
+std::string epsOf(const Plot2D& plot, PlotLayout* layout = nullptr, bool cursors = false, bool dashes = false)
 {
     const PsParameters parameters;
     PlotLook look = paperLook(parameters, plot.grid);
     look.cursors = cursors;
+    look.dashes = dashes;
     writeEps("plot.eps", parameters, [&](PostscriptDriver& driver) {
         const PlotLayout drawn = drawPlot(plot, driver, paperColumns(parameters), look);
         if (layout != nullptr)
@@ -62,6 +66,95 @@ std::vector<float> noise(std::size_t n)
         v = static_cast<float>(state >> 8);
     }
     return values;
+}
+
+using Triple = std::array<double, 3>;
+using Matrix = std::array<Triple, 3>;
+
+Triple times(const Matrix& m, const Triple& v)
+{
+    Triple out{};
+    for (std::size_t i = 0; i < 3; ++i)
+        out[i] = m[i][0] * v[0] + m[i][1] * v[1] + m[i][2] * v[2];
+    return out;
+}
+
+// sRGB without its gamma.
+Triple linear(const PlotColor& color)
+{
+    Triple out{color.r, color.g, color.b};
+    for (double& c : out)
+        c = c <= 0.04045 ? c / 12.92 : std::pow((c + 0.055) / 1.055, 2.4);
+    return out;
+}
+
+constexpr Matrix kToXyz{{{0.4124, 0.3576, 0.1805}, {0.2126, 0.7152, 0.0722}, {0.0193, 0.1192, 0.9505}}};
+// Machado et al. 2009, table 1, severity 1.
+constexpr Matrix kEyes[] = {
+    {{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}},
+    {{{0.152286, 1.052583, -0.204868}, {0.114503, 0.786281, 0.099216}, {-0.003882, -0.048116, 1.051998}}},
+    {{{0.367322, 0.860646, -0.227968}, {0.280085, 0.672501, 0.047413}, {-0.011820, 0.042940, 0.968881}}},
+    {{{1.255528, -0.076749, -0.178779}, {-0.078411, 0.930809, 0.147602}, {0.004733, 0.691367, 0.303900}}}};
+
+// CIE 1976 L*a*b* of what an eye sees.
+Triple lab(const Matrix& eye, const PlotColor& color)
+{
+    Triple seen = times(eye, linear(color));
+    for (double& c : seen)
+        c = std::clamp(c, 0.0, 1.0);
+    const Triple white = times(kToXyz, {1, 1, 1});
+    Triple f = times(kToXyz, seen);
+    for (std::size_t i = 0; i < 3; ++i)
+        f[i] = f[i] / white[i] > 0.008856 ? std::cbrt(f[i] / white[i]) : 7.787 * f[i] / white[i] + 16.0 / 116;
+    return {116 * f[1] - 16, 500 * (f[0] - f[1]), 200 * (f[1] - f[2])};
+}
+
+// As the guidelines for the accessibility of web contents have it.
+double contrast(const PlotColor& a, const PlotColor& b)
+{
+    const auto [least, greatest] =
+        std::minmax({times(kToXyz, linear(a))[1] + 0.05, times(kToXyz, linear(b))[1] + 0.05});
+    return greatest / least;
+}
+
+TEST(PlotLook, LinesAreReadableOnBothGroundsAndApartForEveryEye)
+{
+    const std::vector<PlotColor>& colors = defaultPlotColors();
+    ASSERT_EQ(colors.size(), 12U);
+    for (const bool isDark : {false, true}) {
+        const auto shown = [&](std::size_t i) { return isDark ? onDarkGround(colors[i]) : colors[i]; };
+        const PlotColor ground = isDark ? PlotColor{0.14F, 0.15F, 0.16F} : PlotColor{1, 1, 1};
+        for (std::size_t i = 0; i < colors.size(); ++i) {
+            EXPECT_GE(contrast(shown(i), ground), 3.0) << i << isDark;
+            for (std::size_t j = 0; j < i; ++j)
+                for (const Matrix& eye : kEyes) {
+                    const Triple a = lab(eye, shown(i));
+                    const Triple b = lab(eye, shown(j));
+                    EXPECT_GE(std::hypot(a[0] - b[0], a[1] - b[1], a[2] - b[2]), i < 4   ? 18.0
+                                                                                 : i < 8 ? 9.5
+                                                                                         : 7.0)
+                        << i << " and " << j << ", eye " << &eye - kEyes;
+                }
+        }
+    }
+}
+
+TEST(PlotPainter, withoutColoursEachSolidLineHasAPatternOfItsOwn)
+{
+    const TestDirectory directory;
+    Plot2D plot = plotOf({noise(50), noise(50), noise(50), noise(50)});
+    plot.variables()[2]->variable().lineStyle = 5;
+    std::size_t patterns[2];
+    for (const bool dashes : {false, true}) {
+        std::set<std::string> all;
+        std::istringstream lines(epsOf(plot, nullptr, false, dashes));
+        for (std::string line; std::getline(lines, line);)
+            if (line.ends_with("] 0 _P"))
+                all.insert(line);
+        patterns[dashes ? 1 : 0] = all.size();
+    }
+    // The third line has the pattern that it was given, the first stays solid.
+    EXPECT_EQ(patterns[1], patterns[0] + 2);
 }
 
 TEST(PlotPainter, longCurvesStaySmallOnPaper)

@@ -210,6 +210,18 @@ void judgeTimes(SCLSource& source, const LineTimes& times)
             static_cast<Micros>(std::llround((*times.first - source.step.value_or(1.0)) * kMicrosPerSecond));
 }
 
+// A word above the values is their name, as a column's is; several are prose.
+std::string nameIn(std::string_view line, const std::string& otherwise)
+{
+    const std::size_t from = line.find_first_not_of(" \t\"");
+    const std::size_t to = line.find_last_not_of(" \t\r\"");
+    if (from == std::string_view::npos || to == std::string_view::npos || to < from)
+        return otherwise;
+    const std::string_view word = line.substr(from, to - from + 1);
+    return word.find_first_of(" \t") == std::string_view::npos && isUtf8(word) ? std::string(word)
+                                                                               : otherwise;
+}
+
 }  // namespace
 
 SCLSource detectSource(const std::filesystem::path& file, std::uint64_t skipLines)
@@ -224,6 +236,7 @@ SCLSource detectSource(const std::filesystem::path& file, std::uint64_t skipLine
     std::vector<std::vector<double>> lines;
     LineTimes times;
     bool anyNumber = false;
+    bool isNamed = false;
     std::vector<STLToken> tokens;
     for (const STLLine& line : sample.head) {
         if (line.number <= skipLines || isEmptyLine(line.text))
@@ -234,6 +247,7 @@ SCLSource detectSource(const std::filesystem::path& file, std::uint64_t skipLine
             time ? std::nullopt : headLine(line.text, utf8 ? STLEncoding::Utf8 : STLEncoding::Windows1252);
         if (head)
             useHead(source, *head);
+        isNamed = isNamed || (head && keyOf(head->key) == STLKey::Name);
         if (head || isRemarkLine(line.text))
             continue;
         readWords(line.text, tokens);
@@ -243,8 +257,11 @@ SCLSource detectSource(const std::filesystem::path& file, std::uint64_t skipLine
                 numbers.push_back(token.value);
                 anyNumber = anyNumber || token.kind == STLKind::Number;
             }
-        if (numbers.empty())
+        if (numbers.empty()) {
+            if (lines.empty() && !isNamed)
+                source.name = nameIn(line.text, source.name);
             continue;
+        }
         lines.push_back(numbers);
         const auto seconds = time ? secondsOf(*time) : std::nullopt;
         times.complete = times.complete && seconds;

@@ -98,6 +98,7 @@ STLFormat formatOf(const std::filesystem::path& file, const STLSample& sample, S
     format.cells.decimal = reading.decimal;
     format.cells.grouping = reading.grouping;
     format.cells.edges = reading.edges;
+    format.cells.rowNames = reading.rowNames;
     if (isProse(reading))
         throw STLError(noLineOfNumbers(file));
     if (reading.cells > kMostColumns)
@@ -115,7 +116,7 @@ STLFormat formatOf(const std::filesystem::path& file, const STLSample& sample, S
     if (firstData == head.size())
         throw STLError(noLineOfNumbers(file));
 
-    format.firstDataLine = firstRaggedLine(sample, format, head[firstData].line->number);
+    format.firstDataLine = firstRaggedLine(sample, format, kinds, head[firstData].line->number);
     std::vector<STLRow> data;
     for (const STLRow& row : all)
         if (row.line->number == 0 || row.line->number >= format.firstDataLine)
@@ -133,6 +134,7 @@ STLFormat formatOf(const std::filesystem::path& file, const STLSample& sample, S
     for (STLColumn& column : format.columns)
         if (column.unit.empty())
             column.unit = decoded(column.suffix, format.encoding);
+    listTitles(format, sample);
     guessHead(format, sample);
     if (format.description.empty())
         format.description = file.stem().string();

@@ -51,12 +51,6 @@ bool tellsTime(const STLFormat& format, std::size_t column)
              std::find(format.partColumns.begin(), format.partColumns.end(), c) != format.partColumns.end()));
 }
 
-bool hasRowNames(const STLFormat& format)
-{
-    return format.cells.separator == ' ' && format.cells.edges.empty() && format.columns.size() > 1 &&
-           format.columns.front().kind == STLKind::Text && !format.columns.front().take;
-}
-
 bool clockIsInParts(const STLFormat& format)
 {
     return format.timeSource == STLTimeSource::DateAndTime && format.timeColumn >= 0 &&

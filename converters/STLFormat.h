@@ -92,10 +92,13 @@ struct STLFormat
     std::uint64_t firstDataLine = 1;
     std::uint64_t namesLine = 0;  // 0: none
     std::uint64_t unitsLine = 0;
-    bool namesInDoubt = false;  // they are numbers, or the first data line may be names
     // The line right above the data whose words are more or fewer than the columns, and how many.
     std::uint64_t unmatchedLine = 0;
     std::size_t unmatchedWords = 0;
+    // Lines above the data that give neither names nor units: how many, and the first ones with their
+    // numbers.
+    std::size_t titleCount = 0;
+    std::vector<std::pair<std::uint64_t, std::string>> titles;
     // A title above the names, with any digits in it, which may stand above each block of rows.
     std::string blockTitle;
     std::vector<STLColumn> columns;
@@ -105,27 +108,29 @@ struct STLFormat
     STLTimeSource timeSource = STLTimeSource::Typed;
     int timeColumn = -1;  // the stamp's, the time's or the seconds' column
     int dateColumn = -1;
-    bool timeIsHhmm = false;  // times beside dates are numbers: 5 past midnight is 5, noon 1200
     // By STLDatePart, -1 where there is none. The year's column stands in timeColumn too; beside dates there
     // may be hours, minutes and seconds, and the hours' column stands there.
     std::array<int, kSTLDateParts> partColumns = {-1, -1, -1, -1, -1, -1, -1, -1};
-    bool yearsInMonths = false;  // decimal years tell firsts of months, as well as their digits can
     DateOrder order = DateOrder::DayMonth;
-    bool orderInDoubt = false;  // no date tells; the user is asked to check
-    bool orderBySteps = false;  // but the steps between the dates do
-    bool yearMissing = false;   // days and months stand before the times of day, and no year
-    bool greenwich = false;     // stamps carry a zone, or the user says that they are UTC
-    Micros typedStart = 0;      // wall clock; 0 for none
-    double typedStep = 1.0;     // seconds
-    bool stepIsTold = false;    // by the file's head
+    bool namesInDoubt = false;     // they are numbers, or the first data line may be names
+    bool timeIsHhmm = false;       // times are numbers: 5 past midnight is 5, noon 1200
+    bool yearsInMonths = false;    // decimal years tell firsts of months, as well as their digits can
+    bool orderInDoubt = false;     // no date tells; the user is asked to check
+    bool orderBySteps = false;     // but the steps between the dates do
+    bool rowsAreLabelled = false;  // rows of one time are told apart by a text: several things at that time
+    bool yearMissing = false;      // days and months stand before the times of day, and no year
+    bool greenwich = false;        // stamps carry a zone, or the user says that they are UTC
+    bool stepIsTold = false;       // the step below, by the file's head
+    Micros typedStart = 0;         // wall clock; 0 for none
+    double typedStep = 1.0;        // seconds
 
     std::optional<STLTimeResult> timeResult;  // the user's choice; without it the check chooses
     double resampleStep = 0.0;                // seconds; 0 for the typical step
-    STLFill fill = STLFill::NaN;
     std::string description;
     std::uint64_t fromRow = 1;  // of the data rows
     std::uint64_t toRow = 0;    // 0: the last
     std::uint32_t everyNth = 1;
+    STLFill fill = STLFill::NaN;
 
     // Why it is read so. And a second reading that scored nearly as well, or 0: its separator and decimal,
     // and the reason for it.
@@ -143,8 +148,6 @@ bool timesAreUnix(STLTimeSource source);
 bool timesAreElapsed(STLTimeSource source);
 // Whether a column tells the time, or a part of it.
 bool tellsTime(const STLFormat& format, std::size_t column);
-// Whether rows between blanks begin with a name, which may be several words.
-bool hasRowNames(const STLFormat& format);
 // Whether times of the day beside dates stand in columns of hours, and perhaps minutes and seconds.
 bool clockIsInParts(const STLFormat& format);
 // Whether they are days, without any time of the day.

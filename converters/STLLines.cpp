@@ -134,8 +134,6 @@ void STLLines::explainData(Line& line)
                            shownLength(cell, m_format.encoding), understood});
     };
     const std::size_t columns = m_format.columns.size();
-    if (hasRowNames(m_format))
-        joinRowName(cells, columns, m_format.cells);
     std::vector<std::string_view> row = cells;
     row.resize(std::max(row.size(), columns));
     if (STLTitles(m_format).has(line.bytes, row)) {

@@ -7,6 +7,7 @@
 #include "converters/STLHead.h"
 #include "converters/STLTitles.h"
 #include "core/TimeUnits.h"
+#include "core/Utf8.h"
 
 namespace veltrac {
 
@@ -399,6 +400,12 @@ void guessNamesAbove(STLFormat& format, const STLSample& sample, const std::vect
     // A remark is taken for names only where nothing else is; a word or two are prose.
     const std::size_t fewest = format.cells.separator == ' ' ? 3 : 2;
     const bool allRemarks = !rows.empty() && isRemark(rows.back().line->text, format);
+    if (!rows.empty() && !allRemarks && format.namesLine == 0 && !isMostlyText(rows.back()) &&
+        numericNames(rows.back()) >= NumericNames::Equal) {
+        putNames(format, rows.back(), nullptr);
+        format.namesInDoubt = true;
+        return;
+    }
     if (std::none_of(rows.begin(), rows.end(), isMostlyText) ||
         (allRemarks && (format.namesLine != 0 || columns < fewest)))
         return;
@@ -412,12 +419,35 @@ void guessNamesAbove(STLFormat& format, const STLSample& sample, const std::vect
 
 void findBlockTitle(STLFormat& format, const STLSample& sample)
 {
-    if (format.namesLine < 2 || format.namesLine > sample.head.size())
+    if (format.namesLine == 0 || format.namesLine > sample.head.size())
+        return;
+    // Names in a remark stand above each block as a remark.
+    const std::string& names = sample.head[format.namesLine - 1].text;
+    if (isRemark(names, format)) {
+        format.blockTitle = names;
+        return;
+    }
+    if (format.namesLine < 2)
         return;
     const std::string& above = sample.head[format.namesLine - 2].text;
     if (!isRemark(above, format) && areAlikeButDigits(above, above) &&
         above.find_first_of("0123456789") != std::string::npos)
         format.blockTitle = above;
+}
+
+void listTitles(STLFormat& format, const STLSample& sample)
+{
+    constexpr std::size_t kMostListed = 10;
+    constexpr std::size_t kLongest = 40;
+    for (const STLLine& line : sample.head) {
+        if (line.number >= format.firstDataLine)
+            return;
+        if (isEmptyLine(line.text) || isRemark(line.text, format) || isRule(line.text) ||
+            tellsKey(line.text) || line.number == format.namesLine || line.number == format.unitsLine)
+            continue;
+        if (++format.titleCount <= kMostListed)
+            format.titles.emplace_back(line.number, cutTo(decoded(line.text, format.encoding), kLongest));
+    }
 }
 
 void splitUnits(STLFormat& format)

@@ -20,6 +20,9 @@ void guessNamesAbove(STLFormat& format, const STLSample& sample, const std::vect
 // A title with a number right above the names ("Block 1"), which may stand above each block of rows.
 void findBlockTitle(STLFormat& format, const STLSample& sample);
 
+// The lines above the data that give neither names nor units, and are no remarks.
+void listTitles(STLFormat& format, const STLSample& sample);
+
 // Units in brackets, behind names or alone, without their brackets.
 void splitUnits(STLFormat& format);
 

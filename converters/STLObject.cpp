@@ -164,7 +164,7 @@ JobOutcome STLObject::readThrough(const Progress& progress, bool& wrongOrder)
     m_read.order.date = midnight(dates.steps().ambiguousDate(), m_format.order).value_or(0);
     m_read.losses = rows.losses();
     m_read.texts = rows.texts();
-    m_read.steps = steps.findings(m_read.losses.titleLines != 0);
+    m_read.steps = steps.findings(m_read.losses.titleLines != 0 || m_format.rowsAreLabelled);
     m_read.zoned = clock.zoned();
     m_read.clockChanges = clock.changes().count();
     m_read.firstWall = clock.firstWall() + std::llround(m_read.chosenFrom * kMicrosPerSecond) - shift;

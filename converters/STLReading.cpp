@@ -13,6 +13,7 @@ namespace veltrac {
 namespace {
 
 constexpr double kSingleDateFactor = 0.3;
+constexpr double kNearlyAllKnown = 0.95;
 constexpr char kSeparators[] = {'\t', ';', '|', ',', ' '};
 constexpr char kGroupings[] = {0, '.', ',', ' ', '\''};
 
@@ -38,12 +39,17 @@ double worth(STLKind kind)
     return kind == STLKind::Text ? 0.0 : kind == STLKind::Missing ? 0.5 : 1.0;
 }
 
-STLReading scored(const STLSample& sample, char separator, char decimal, char grouping = 0)
+STLCells cellsOf(char separator, char decimal, char grouping)
 {
     STLCells cells;
     cells.separator = separator;
     cells.decimal = decimal;
     cells.grouping = grouping;
+    return cells;
+}
+
+STLReading scored(const STLSample& sample, const STLCells& cells)
+{
     struct Lines
     {
         std::size_t count = 0;
@@ -51,32 +57,39 @@ STLReading scored(const STLSample& sample, char separator, char decimal, char gr
         std::size_t endInSeparator = 0;
         std::size_t endInNumber = 0;
         std::size_t dates = 0;
+        std::size_t named = 0;  // begin with a text
+        std::size_t known = 0;
     };
     std::map<std::size_t, Lines> byCount;
     std::vector<std::string_view> line;
     std::size_t looked = 0;
     for (const STLLine& text : sample.lines) {
-        if (startsWithRemark(text.text, separator) || isRule(text.text))
+        if (startsWithRemark(text.text, cells.separator) || isRule(text.text))
             continue;
         ++looked;
         // A separator at the end of a line makes no cell of its own.
-        const bool endsInSeparator = splitCells(text.text, separator, line) > 1 && line.back().empty();
+        const bool endsInSeparator =
+            splitCells(text.text, cells, line) > 1 && cells.edges.empty() && line.back().empty();
         if (endsInSeparator)
             line.pop_back();
         Lines& lines = byCount[line.size()];
         ++lines.count;
         lines.endInSeparator += endsInSeparator ? 1 : 0;
+        lines.named += !line.empty() && readToken(line.front(), cells).kind == STLKind::Text ? 1 : 0;
         lines.endInNumber += !line.empty() && readToken(line.back(), cells).kind == STLKind::Number ? 1 : 0;
         for (const std::string_view cell : line) {
             const STLKind kind = readToken(cell, cells).kind;
             const bool number = kind == STLKind::Text &&
                                 (!unitBehind(cell, cells).empty() || !keyBefore(cell, cells).empty());
             lines.worth += worth(number ? STLKind::Number : kind);
+            lines.known += kind != STLKind::Text && kind != STLKind::Missing ? 1 : 0;
             lines.dates += kind == STLKind::Date || kind == STLKind::Stamp ? 1 : 0;
         }
     }
-    STLReading reading{separator, decimal, grouping};
+    STLReading reading{cells.separator, cells.decimal, cells.grouping};
+    std::size_t known = 0;
     for (const auto& [count, lines] : byCount) {
+        known += lines.known;
         if (count == 0)
             continue;
         const double typed = lines.worth / static_cast<double>(lines.count * count);
@@ -85,8 +98,10 @@ STLReading scored(const STLSample& sample, char separator, char decimal, char gr
         const double single = lines.dates * 2 > lines.count ? kSingleDateFactor : kSingleCellFactor;
         const double score = share * typed * (count == 1 ? single : 1.0);
         if (score > reading.score)
-            reading = {separator, decimal, grouping, count, score, share, typed};
+            reading = {cells.separator, cells.decimal, cells.grouping, count, score, share, typed};
     }
+    reading.rowNames = cells.rowNames && byCount[reading.cells].named * 2 > byCount[reading.cells].count;
+    reading.known = known;
     // Unless it is the cell of a last column that is mostly empty.
     const auto longer = byCount.find(reading.cells + 1);
     if (longer != byCount.end() && longer->second.endInNumber > 1 &&
@@ -95,24 +110,48 @@ STLReading scored(const STLSample& sample, char separator, char decimal, char gr
     return reading;
 }
 
-// A table of blanks in which lines lack cells, as one of fixed widths, where that explains more lines.
-STLReading inFixedWidths(const STLSample& sample, STLReading reading)
+// A table of blanks in which lines lack cells, or have too many, as one of fixed widths or with names of rows
+// in several words, where that explains more lines.
+STLReading inWords(const STLSample& sample, STLReading reading)
 {
-    if (reading.separator != ' ' || reading.lines == 1.0)
+    if (reading.separator != ' ' || reading.lines == 1.0 || isProse(reading))
         return reading;
-    std::vector<std::size_t> edges = fixedEdges(sample, reading.decimal);
-    if (edges.size() < reading.cells)
-        return reading;
-    reading.cells = edges.size();
-    reading.edges = std::move(edges);
-    return reading;
+    STLCells cells = cellsOf(' ', reading.decimal, reading.grouping);
+    cells.edges = fixedEdges(sample, reading.decimal);
+    if (cells.edges.size() >= reading.cells) {
+        STLReading fixed = scored(sample, cells);
+        fixed.edges = cells.edges;
+        // Edges that cut through words lose numbers.
+        if (static_cast<double>(fixed.known) >= kNearlyAllKnown * static_cast<double>(reading.known))
+            return fixed;
+    }
+    cells.edges.clear();
+    cells.rowNames = true;
+    const STLReading named = scored(sample, cells);
+    return named.rowNames && named.cells > 1 && named.lines > reading.lines ? named : reading;
+}
+
+// Blanks cut lines at tabs too. Where all lines have as many tabs, blanks stand within the cells.
+void preferTabs(std::vector<STLReading>& readings)
+{
+    constexpr double kWithin = 0.85;
+    constexpr double kNearlyAsMuch = 0.6;
+    const auto tabs =
+        std::max_element(readings.begin(), readings.end(), [](const STLReading& a, const STLReading& b) {
+            return (a.separator == '\t' ? a.typed : -1.0) < (b.separator == '\t' ? b.typed : -1.0);
+        });
+    if (tabs->lines < 1.0 || tabs->cells < 2)
+        return;
+    for (STLReading& reading : readings)
+        if (reading.separator == ' ' && tabs->typed >= kNearlyAsMuch * reading.typed)
+            reading.score *= kWithin;
 }
 
 }  // namespace
 
 STLReading scoredReading(const STLSample& sample, char separator, char decimal)
 {
-    return inFixedWidths(sample, scored(sample, separator, decimal));
+    return inWords(sample, scored(sample, cellsOf(separator, decimal, 0)));
 }
 
 std::vector<STLReading> allReadings(const STLSample& sample)
@@ -144,12 +183,13 @@ std::vector<STLReading> allReadings(const STLSample& sample)
             for (const char decimal : {'.', ','})
                 if ((decimal == '.' || hasComma) && grouping != decimal &&
                     (quoted || (separator != decimal && grouping != separator)))
-                    readings.push_back(scored(sample, separator, decimal, grouping));
+                    readings.push_back(scored(sample, cellsOf(separator, decimal, grouping)));
     }
+    preferTabs(readings);
     // The earlier one wins a tie, so digits are grouped only where that explains more.
     std::stable_sort(readings.begin(), readings.end(),
                      [](const STLReading& a, const STLReading& b) { return a.score > b.score; });
-    readings.front() = inFixedWidths(sample, std::move(readings.front()));
+    readings.front() = inWords(sample, std::move(readings.front()));
     return readings;
 }
 

@@ -16,7 +16,9 @@ struct STLReading
     double score = 0.0;
     double lines = 0.0;                   // the shares that make it: lines with that count,
     double typed = 0.0;                   // and their cells that are no texts
+    std::size_t known = 0;                // cells of all lines that are numbers, dates or times
     std::vector<std::size_t> edges = {};  // of a table of fixed widths
+    bool rowNames = false;                // which may be several words
 };
 
 // A reading that scores more than this share of the best one's comes near to it.

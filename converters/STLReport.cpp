@@ -119,6 +119,10 @@ std::string lossText(const STLFormat& format, const STLCheck& found)
         }
         return list + '.';
     };
+    std::string titles;
+    for (const auto& [number, title] : format.titles)
+        titles += (titles.empty() ? ": line " : "; line ") + std::to_string(number) + " \"" + title + '"';
+    line(format.titleCount, "line", "above the data left out as titles" + titles + '.');
     line(found.losses.emptyCells, "cell", "empty or marked as missing.");
     line(found.losses.notNumbers, "cell",
          "no number" + quotes([](STLProblem p) { return p == STLProblem::NotANumber; }));
@@ -170,9 +174,10 @@ std::string assumptionText(const STLFormat& format, const STLCheck& found)
     line(format.orderBySteps, "The order of day and month is the one that makes equal steps.");
     line(format.timeIsHhmm, "Numbers are taken for times of the day: 930 is half past nine.");
     line(clockIsInParts(format), "Numbers beside the dates are taken for hours.");
-    line(found.losses.joinedRows != 0,
-         "Several words before the first number are taken for the name of the row, in " +
-             counted(found.losses.joinedRows, "row") + '.');
+    line(format.cells.rowNames, "The words before the first number of a row are taken for its name.");
+    line(found.steps.areEqual && found.steps.least <= 0.0 && format.timeSource != STLTimeSource::Typed,
+         "Several rows bear the same time: they are taken to lie between two ticks of a clock, at equal "
+         "steps.");
     line(found.lag.ranOn,
          "Rows lie in an hour that the local clock left out: their clock is taken for one that was not set.");
     line(

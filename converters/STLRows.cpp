@@ -32,12 +32,7 @@ float textNumber(STLTexts& texts, std::string_view cell)
 }  // namespace
 
 STLRows::STLRows(const std::filesystem::path& file, const STLFormat& format, STLPass pass)
-    : m_format(format),
-      m_pass(pass),
-      m_reader(file, kLongestRow),
-      m_clock(format),
-      m_titles(format),
-      m_hasRowNames(hasRowNames(format))
+    : m_format(format), m_pass(pass), m_reader(file, kLongestRow), m_clock(format), m_titles(format)
 {
     for (std::size_t c = 0; c < format.columns.size(); ++c) {
         const STLColumn& column = format.columns[c];
@@ -97,7 +92,6 @@ void STLRows::read(Piece& piece) const
         Found found{piece.troubles, {}};
         line.kind = readCells(line, text, number, cells, found);
         line.cellTroubles = line.valueTroubles = piece.troubles.size();
-        line.losses = found.losses;
         if (line.kind == Kind::Cells) {
             line.row = rows++;
             piece.cells.insert(piece.cells.end(), cells.begin(),
@@ -116,16 +110,16 @@ void STLRows::read(Piece& piece) const
 STLRows::Kind STLRows::readCells(const Line& line, std::string_view text, std::uint64_t number,
                                  std::vector<std::string_view>& cells, Found& found) const
 {
-    if (number < m_format.firstDataLine || !holdsData(text))
+    if (number < m_format.firstDataLine)
         return Kind::NoData;
+    if (!holdsData(text))
+        return m_titles.isTitle(text) ? Kind::Title : Kind::NoData;
     if (line.isCut) {
         found.troubles.push_back(trouble(number, STLProblem::LineTooLong, -1, text));
         return Kind::NoCells;
     }
     const std::size_t columns = m_format.columns.size();
     splitCells(text, m_format.cells, cells);
-    if (cells.size() > columns && m_hasRowNames && joinRowName(cells, columns, m_format.cells))
-        ++found.losses.joinedRows;
     const std::size_t there = cells.size();
     // A separator at the end of the line is no cell too many.
     const bool tooMany = there > columns && !(there == columns + 1 && cells.back().empty());
@@ -219,7 +213,6 @@ bool STLRows::takeValues(Piece& piece, std::size_t index)
     }
     m_losses.emptyCells += found.losses.emptyCells;
     m_losses.notNumbers += found.losses.notNumbers;
-    m_losses.joinedRows += found.losses.joinedRows;
     return true;
 }
 

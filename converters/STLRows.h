@@ -43,7 +43,6 @@ struct STLLosses
     std::uint64_t titleLines = 0;    // names lines and titles that stand between the rows once more
     std::uint64_t shortRows = 0;     // with too few cells
     std::uint64_t longRows = 0;      // and with too many
-    std::uint64_t joinedRows = 0;    // whose names are several words
     std::uint64_t emptyCells = 0;    // of rows: empty ones, and markers of missing values
     std::uint64_t notNumbers = 0;    // of rows: cells with anything else
 
@@ -138,7 +137,6 @@ private:
     LineReader m_reader;
     STLClock m_clock;
     STLTitles m_titles;
-    bool m_hasRowNames;
     std::uint64_t m_taken = 0;  // lines
     std::vector<std::size_t> m_takenColumns;
     bool m_numbersTexts = false;  // so values are read in the order of the rows

@@ -192,16 +192,42 @@ bool isTyped(const STLToken& token)
 
 }  // namespace
 
-std::uint64_t firstRaggedLine(const STLSample& sample, const STLFormat& format, std::uint64_t dataLine)
+namespace {
+
+// Empty rows may stand between the names and the first row with a number.
+std::uint64_t firstEmptyRow(const STLSample& sample, const STLFormat& format, std::size_t columns,
+                            std::uint64_t dataLine)
+{
+    for (std::uint64_t first = dataLine; first > 1; --first) {
+        const std::vector<STLToken> tokens = tokensOf(sample.head[first - 2], format);
+        if (std::any_of(tokens.begin(), tokens.end(), isText))
+            return tokens.size() == columns ? first : dataLine;
+        if (tokens.size() + 1 < columns || std::any_of(tokens.begin(), tokens.end(), isTyped))
+            break;
+    }
+    return dataLine;
+}
+
+}  // namespace
+
+std::uint64_t firstRaggedLine(const STLSample& sample, const STLFormat& format,
+                              const std::vector<STLKind>& kinds, std::uint64_t dataLine)
 {
     for (; dataLine > 1; --dataLine) {
         const STLLine& above = sample.head[dataLine - 2];
         const std::vector<STLToken> tokens = tokensOf(above, format);
-        if (isRemark(above.text, format) || std::any_of(tokens.begin(), tokens.end(), isText) ||
-            std::none_of(tokens.begin(), tokens.end(), isTyped))
+        bool typed = false;
+        bool row = !isRemark(above.text, format);
+        for (std::size_t c = 0; c < tokens.size(); ++c) {
+            row = row && (!isText(tokens[c]) || (tokens.size() < kinds.size() && kinds[c] == STLKind::Text));
+            typed = typed || isTyped(tokens[c]);
+        }
+        if (!row || !typed)
             break;
     }
-    return dataLine;
+    return format.cells.separator == ' ' || kinds.size() < 2
+               ? dataLine
+               : firstEmptyRow(sample, format, kinds.size(), dataLine);
 }
 
 std::size_t namedColumns(const STLSample& sample, const STLFormat& format, std::size_t usual)
@@ -246,10 +272,37 @@ std::vector<STLKind> kindsOf(const std::vector<STLRow>& rows, std::size_t count)
     return kinds;
 }
 
+namespace {
+
+// Whether a row of texts beside a time is a line of names, as some tools write: no cell of it stands in the
+// rows below, and numbers do.
+bool isTimedTitle(const std::vector<STLRow>& rows, std::size_t row, const std::vector<STLKind>& kinds)
+{
+    const std::size_t last = std::min(rows.size(), row + 1 + static_cast<std::size_t>(kRunOfDataLines));
+    std::size_t texts = 0;
+    bool numbers = false;
+    for (std::size_t c = 0; c < kinds.size(); ++c) {
+        const STLToken& cell = rows[row].cells[c];
+        if (kinds[c] == STLKind::Number && !isText(cell))
+            return false;
+        numbers = numbers || kinds[c] == STLKind::Number;
+        if (!isText(cell))
+            continue;
+        ++texts;
+        for (std::size_t i = row + 1; i < last; ++i)
+            if (rows[i].cells[c].text == cell.text ||
+                (kinds[c] == STLKind::Number && isText(rows[i].cells[c])))
+                return false;
+    }
+    return numbers && texts > 1 && last > row + 1;
+}
+
+}  // namespace
+
 std::size_t firstDataRow(const std::vector<STLRow>& rows, const std::vector<STLKind>& kinds)
 {
     for (std::size_t first = 0; first < rows.size(); ++first) {
-        bool all = !beginsWithWords(rows[first], kinds);
+        bool all = !beginsWithWords(rows[first], kinds) && !isTimedTitle(rows, first, kinds);
         // Blocks may be shorter than the run: the names above the first one stand above each.
         int run = 0;
         for (std::size_t i = first; all && i < rows.size() && run < kRunOfDataLines; ++i) {

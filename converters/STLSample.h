@@ -34,8 +34,10 @@ STLSample readSample(const std::filesystem::path& file);
 // The lines that have this many cells and are neither empty nor remarks.
 std::vector<STLRow> rowsOf(const std::vector<STLLine>& lines, const STLFormat& format, std::size_t count);
 
-// The first of the lines right above a data line that are rows too, with more or fewer cells.
-std::uint64_t firstRaggedLine(const STLSample& sample, const STLFormat& format, std::uint64_t dataLine);
+// The first of the lines right above a data line that are rows too, with more or fewer cells: short ones may
+// hold texts in columns of texts.
+std::uint64_t firstRaggedLine(const STLSample& sample, const STLFormat& format,
+                              const std::vector<STLKind>& kinds, std::uint64_t dataLine);
 
 // How many columns the names above the first rows tell, where some line fills more of them than most do; else
 // 0.

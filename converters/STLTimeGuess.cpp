@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <map>
+#include <set>
 
 #include "converters/WordedDates.h"
 
@@ -403,7 +404,8 @@ bool areClockNumbers(const STLFormat& format, const std::vector<STLRow>& data, s
     const auto number = [c](const STLRow& row) { return row.cells[c].value; };
     const auto minutes = [c](const STLRow& row) {
         const int digits = static_cast<int>(row.cells[c].value);
-        return static_cast<double>(digits / 100 * 60 + digits % 100);
+        const int sum = digits / 100 * 60 + digits % 100;
+        return static_cast<double>(sum);
     };
     return regularity(data, minutes) > regularity(data, number) + kClearly;
 }
@@ -504,6 +506,33 @@ void findDottedTimes(STLFormat& format, const std::vector<STLRow>& data)
     }
 }
 
+// Whether a column of texts tells rows of one time apart, with the same texts at other times.
+bool areLabelled(const STLFormat& format, const std::vector<STLRow>& data)
+{
+    if (format.timeColumn < 0)
+        return false;
+    const auto time = static_cast<std::size_t>(format.timeColumn);
+    const auto labels = [&](std::size_t c) {
+        std::set<std::string_view> texts;
+        bool again = false;
+        std::size_t pairs = 0;
+        for (std::size_t i = 0; i < data.size(); ++i) {
+            const std::string_view text = data[i].cells[c].text;
+            again = !texts.insert(text).second || again;
+            if (i == 0 || data[i].cells[time].text != data[i - 1].cells[time].text)
+                continue;
+            ++pairs;
+            if (text == data[i - 1].cells[c].text)
+                return false;
+        }
+        return again && pairs > 1;
+    };
+    for (std::size_t c = 0; c < format.columns.size(); ++c)
+        if (format.columns[c].kind == STLKind::Text && labels(c))
+            return true;
+    return false;
+}
+
 }  // namespace
 
 void findCompactDates(STLFormat& format, const std::vector<STLRow>& data)
@@ -571,6 +600,7 @@ void guessTime(STLFormat& format, const std::vector<STLRow>& data)
         if (c >= 0 && namesGreenwich(format.columns[static_cast<std::size_t>(c)]))
             format.greenwich = true;
 
+    format.rowsAreLabelled = areLabelled(format, data);
     for (std::size_t c = 0; c < format.columns.size(); ++c)
         format.columns[c].take = format.columns[c].kind == STLKind::Number && !tellsTime(format, c);
 }

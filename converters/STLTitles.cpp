@@ -17,13 +17,18 @@ STLTitles::STLTitles(const STLFormat& format) : m_format(format)
     }
 }
 
+bool STLTitles::isTitle(std::string_view line) const
+{
+    return !m_format.blockTitle.empty() && !line.empty() && line.front() == m_format.blockTitle.front() &&
+           areAlikeButDigits(line, m_format.blockTitle);
+}
+
 bool STLTitles::has(std::string_view line, std::span<const std::string_view> cells) const
 {
     const auto isHeading = [&](std::size_t c) { return cells[c] == m_format.columns[c].heading; };
     if (!m_headed.empty() && std::all_of(m_headed.begin(), m_headed.end(), isHeading))
         return true;
-    return !m_format.blockTitle.empty() && !line.empty() && line.front() == m_format.blockTitle.front() &&
-           areAlikeButDigits(line, m_format.blockTitle);
+    return isTitle(line);
 }
 
 bool areAlikeButDigits(std::string_view a, std::string_view b)

@@ -15,6 +15,8 @@ public:
     // Borrows the format.
     explicit STLTitles(const STLFormat& format);
 
+    // Whether a line is the title above the names, or the names in a remark.
+    bool isTitle(std::string_view line) const;
     // Whether a line is one of them; `cells` are at least as many as the columns.
     bool has(std::string_view line, std::span<const std::string_view> cells) const;
 

@@ -147,6 +147,19 @@ bool isFramed(std::string_view line)
            line[line.find_last_not_of(" \t\r")] == '|';
 }
 
+// Joins the words that a row begins with to one cell; a line of words alone stays as it is.
+void joinRowName(std::vector<std::string_view>& row, const STLCells& cells)
+{
+    std::size_t words = 0;
+    while (words < row.size() && readToken(row[words], cells).kind == STLKind::Text)
+        ++words;
+    if (words < 2 || words == row.size())
+        return;
+    const std::string_view last = row[words - 1];
+    row[0] = {row[0].data(), static_cast<std::size_t>(last.data() + last.size() - row[0].data())};
+    row.erase(row.begin() + 1, row.begin() + static_cast<std::ptrdiff_t>(words));
+}
+
 // Digits and how many of them stand behind the decimal sign.
 struct PlainNumber
 {
@@ -296,8 +309,12 @@ std::size_t veltrac::splitCells(std::string_view line, char separator, std::vect
 std::size_t veltrac::splitCells(std::string_view line, const STLCells& cells,
                                 std::vector<std::string_view>& out)
 {
-    if (cells.edges.empty())
-        return splitCells(line, cells.separator, out);
+    if (cells.edges.empty()) {
+        splitCells(line, cells.separator, out);
+        if (cells.rowNames)
+            joinRowName(out, cells);
+        return out.size();
+    }
     if (!line.empty() && line.back() == '\r')
         line.remove_suffix(1);
     out.assign(cells.edges.size(), std::string_view());
@@ -312,19 +329,6 @@ std::size_t veltrac::splitCells(std::string_view line, const STLCells& cells,
         i = line.find_first_not_of(' ', end);
     }
     return out.size();
-}
-
-bool veltrac::joinRowName(std::vector<std::string_view>& row, std::size_t count, const STLCells& cells)
-{
-    if (row.size() <= count || count == 0)
-        return false;
-    const std::size_t extra = row.size() - count;
-    for (std::size_t i = 1; i <= extra; ++i)
-        if (readToken(row[i], cells).kind != STLKind::Text)
-            return false;
-    row[0] = {row[0].data(), static_cast<std::size_t>(row[extra].data() + row[extra].size() - row[0].data())};
-    row.erase(row.begin() + 1, row.begin() + 1 + static_cast<std::ptrdiff_t>(extra));
-    return true;
 }
 
 std::optional<double> veltrac::readNumber(std::string_view cell, const STLCells& cells)

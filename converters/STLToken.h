@@ -17,6 +17,8 @@ struct STLCells
     char separator = '\t';  // ' ' stands for any run of blanks and tabs
     // Where each column of a table of fixed widths begins, as offsets into a line; empty for other tables.
     std::vector<std::size_t> edges;
+    // Whether rows between blanks begin with a name, which may be several words.
+    bool rowNames = false;
     char decimal = '.';  // or ','
     char grouping = 0;   // between thousands: ',', '.', '\'', ' ', or 0 for none
     // Compared without case; an empty cell is missing anyway.
@@ -43,10 +45,6 @@ namespace veltrac {
 std::size_t splitCells(std::string_view line, char separator, std::vector<std::string_view>& out);
 // The same, or at the columns of a table of fixed widths, in which cells may be empty.
 std::size_t splitCells(std::string_view line, const STLCells& cells, std::vector<std::string_view>& out);
-
-// Where rows begin with a name, joins the words before the first number to it, so that `count` cells are
-// left. False where there are fewer such words than cells too many.
-bool joinRowName(std::vector<std::string_view>& row, std::size_t count, const STLCells& cells);
 
 // A number: [sign] digits [decimal digits] [e [sign] digits], and nothing behind it.
 std::optional<double> readNumber(std::string_view cell, const STLCells& cells);

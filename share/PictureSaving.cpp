@@ -15,6 +15,7 @@
 #include <array>
 #include <cmath>
 
+#include "core/FailureText.h"
 #include "share/Boxes.h"
 #include "share/NumberField.h"
 #include "share/PlotExport.h"
@@ -52,6 +53,11 @@ const PictureFormat& formatOf(const PictureRequest& request)
     return kPictureFormats[static_cast<std::size_t>(request.format)];
 }
 
+QString notSaved(const QString& reason)
+{
+    return QObject::tr("No picture was saved: %1").arg(reason);
+}
+
 QString writePng(const QString& fileName, const PictureRequest& request, const PlotPicture& picture)
 {
     const int width = pixelsOf(request.widthMm, request.dotsPerInch);
@@ -70,7 +76,9 @@ QString writePng(const QString& fileName, const PictureRequest& request, const P
     const PlotLayout layout = drawPlot(picture.plot(), driver, width, look);
     driver.EndPage();
     if (const QString unread = unreadText(layout); !unread.isEmpty())
-        return QObject::tr("No picture was saved: %1").arg(unread);
+        return notSaved(unread);
+    if (layout.groups.empty())
+        return notSaved(QObject::tr("Nothing is shown"));
     constexpr double kMmPerMetre = 1000.0;
     const int dots = static_cast<int>(std::lround(request.dotsPerInch / kMmOfAnInch * kMmPerMetre));
     image.setDotsPerMeterX(dots);
@@ -212,7 +220,10 @@ bool askPicture(QWidget* window, PictureRequest& request)
 
 QString writePlotPicture(const QString& fileName, const PictureRequest& request, const PlotPicture& picture,
                          const PsParameters& parameters)
-{
+try {
+    // What shows a text in place of a plot is no picture of it.
+    if (!picture.text().isEmpty())
+        return notSaved(picture.text());
     switch (request.format) {
         case PictureRequest::Format::Svg:
             return writePlotEps(fileName, parameters, picture.plot(), picture.colors(), request.hasCursors);
@@ -226,6 +237,8 @@ QString writePlotPicture(const QString& fileName, const PictureRequest& request,
             break;
     }
     return writePng(fileName, request, picture);
+} catch (...) {
+    return notSaved(QString::fromLocal8Bit(reasonOfFailure().c_str()));
 }
 
 QString savePlotPicture(QWidget* window, const QString& name, PictureRequest& request,

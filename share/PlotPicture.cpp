@@ -142,6 +142,7 @@ void PlotPicture::drawPicture()
     m_picture.setDevicePixelRatio(ratio);
     m_picture.fill(palette().color(QPalette::Base));
     m_stale = false;
+    m_layout = {};  // a picture that cannot be drawn has none
     if (m_picture.isNull() || !m_text.isEmpty())
         return;
     QtDriver driver(&m_picture);

@@ -129,10 +129,12 @@ TEST_F(CliWindows, ALogAndATsaText)
         window.sl_import();
     }
     EXPECT_EQ(unstamped("cli.ts"), unstamped("log.ts"));
-    ASSERT_EQ(cli("export -o cli.tsa weather.ts").status, 0);
+    // The text names its own file.
+    ASSERT_EQ(cli("export -o cli/text.tsa weather.ts").status, 0);
+    std::filesystem::create_directory("window");
     ASSERT_TRUE(
-        exportTsaTo(nullptr, QStringLiteral("weather.ts"), QStringLiteral("window.tsa"), 1, 1461).done);
-    EXPECT_EQ(textOf("cli.tsa"), textOf("window.tsa"));
+        exportTsaTo(nullptr, QStringLiteral("weather.ts"), QStringLiteral("window/text.tsa"), 1, 1461).done);
+    EXPECT_TRUE(textOf("cli/text.tsa") == textOf("window/text.tsa"));
 }
 
 TEST_F(CliWindows, ThePagesOfACharacteristic)

@@ -218,6 +218,7 @@ TEST_F(Scl, headsSayItInTheirOwnWays)
          10,
          {1, 2, 3}},
         {"1\tm\n\n2\tm\nName: late\n3\tm", "late", "late", 1, {1, 2, 3}},
+        {"made by hand\n\"Flow\"\n1\n2\n", "Flow", "Flow", 1, {1, 2}},
     };
     for (const Head& c : cases) {
         SCOPED_TRACE(c.text);

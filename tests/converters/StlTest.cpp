@@ -722,6 +722,11 @@ TEST_F(Stl, nothingIsReadWrongWithoutAWord)
          "1990 2010",
          {3.5F, 3.6F, 3.7F},
          ""},
+        {"years above more cells than the rows have",
+         "a,b,1990,1991,1992\nA,u,1,1.5,\nB,v,1,1.6,\nC,w,1,1.7,\n",
+         "1990 1991",
+         {1.5F, 1.6F, 1.7F},
+         ""},
         {"years above whole numbers",
          "Country,1990,2000,2010\nA,1.5,2.5,3.5\nB,1.6,2.5,3.6\nC,2,3,4\n",
          "1990 2000 2010",
@@ -741,6 +746,26 @@ TEST_F(Stl, nothingIsReadWrongWithoutAWord)
          false,
          false,
          2},
+        {"first rows of missing values", "a,b\n,,\n,\n1,2\n3,4\n5,6\n", "a b", {kNone, kNone, 2, 4, 6}, ""},
+        {"first rows with texts that are short",
+         "n,a,b\nx,1\ny,2\nz,3,3\nu,4,4\nv,5,5\nw,6,6\nr,7,7\n",
+         "a b",
+         {kNone, kNone, 3, 4, 5, 6, 7},
+         "",
+         false,
+         false,
+         0,
+         2},
+        {"several things at a time",
+         "time;what;v\n10:00:01;a;1\n10:00:01;b;2\n10:00:02;a;3\n10:00:02;b;4\n",
+         "Time v",
+         {1, 2, 3, 4},
+         ""},
+        {"a cell with a blank between tabs",
+         "S\tn\tr\n1\t>= 50\t4\n1\t>= 50\t5\n1\t>= 50\t6\n",
+         "S r",
+         {4, 5, 6},
+         ""},
         {"weeks of a year", "year,week,v\n2010,5,1\n2010,6,2\n2010,7,3\n", "year week v", {1, 2, 3}, ""},
         {"months at noon", noons, "Time v", ones12, "2015-12-01 12:00"},
         {"blocks with heads", blocks, "Time rx tx", {2, 4, 2, 4, 2, 4}, "", false, false, 2},
@@ -977,19 +1002,24 @@ TEST_F(Stl, reportTellsEvidenceLossesAndAssumptions)
     STLObject loose("l.csv");
     loose.detect();
     loose.check({});
-    EXPECT_EQ("1 cell empty or marked as missing.\n1 row with too few cells: line 3 \"2015-03-29 08:00,3\".",
-              lossText(loose.format(), loose.found()));
+    EXPECT_EQ(
+        "1 line above the data left out as titles: line 1 \"a b c d\".\n"
+        "1 cell empty or marked as missing.\n1 row with too few cells: line 3 \"2015-03-29 08:00,3\".",
+        lossText(loose.format(), loose.found()));
     EXPECT_NE(
         std::string::npos,
         assumptionText(loose.format(), loose.found()).find("The local clock was set between these rows"));
     EXPECT_NE(std::string::npos, evidenceText(loose.format())
                                      .find("No line gives names. Column 1 tells the time: 100 % of the rows "
                                            "looked at have one, and they go one way."));
-    write("w.txt", "a b c d e\n1 2 3\n4 5 6\nend of data\n7 8 9\n");
+    write("w.txt", "a b c d e\n1 2 3\n4 5 6\n7 8 9\n1 2 3\n4 5 6\nend of data\n7 8 9\n");
     STLObject words("w.txt");
     words.detect();
     words.check({});
-    EXPECT_EQ("1 line skipped: line 4 \"end of data\".", lossText(words.format(), words.found()));
+    EXPECT_EQ(
+        "1 line above the data left out as titles: line 1 \"a b c d e\".\n"
+        "1 line skipped: line 7 \"end of data\".",
+        lossText(words.format(), words.found()));
     EXPECT_EQ("Line 1 has 5 words for 3 columns: they are taken for no names.",
               assumptionText(words.format(), words.found()));
 

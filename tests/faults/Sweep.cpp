@@ -264,6 +264,7 @@ Outcome Sweeper::run(const Job& job, const std::string& fault, bool records)
     std::istringstream more(job.program == kCliProgram ? job.words : job.name);
     words.insert(words.end(), std::istream_iterator<std::string>(more), {});
     std::vector<char*> arguments;
+    arguments.reserve(words.size() + 1);
     for (std::string& word : words)
         arguments.push_back(word.data());
     arguments.push_back(nullptr);

@@ -59,13 +59,13 @@ private:
         const auto press = [&](std::initializer_list<const char*> texts) {
             for (const char* const text : texts)
                 for (QAbstractButton* const button : buttons)
-                    if (button->text() == QLatin1String(text) && button->isEnabled())
+                    if (button->text() == QString::fromUtf8(text) && button->isEnabled())
                         return button->click(), true;
             return false;
         };
         if (auto* const files = qobject_cast<QFileDialog*>(box))
             files->findChild<QLineEdit*>()->setText(QDir().absoluteFilePath(m_name));
-        if (press({"&Yes", "Yes", "&Save", "&Overwrite"}))
+        if (press({"&Yes", "Yes", "&Save", "&Save as…", "&Overwrite"}))
             return;
         if (const auto* const message = qobject_cast<QMessageBox*>(box))
             m_told += message->text() + '\n';
@@ -208,12 +208,15 @@ std::string savePictureAs(const QString& name)
     window.show();
     PlotCanvas& canvas = *window.canvas();
     canvas.grab();
-    QString failure;
-    if (name.endsWith(QLatin1String("png")))
-        failure = writePicture(name, canvas.grab().toImage());
-    else
-        failure = writePlotEps(name, canvas.psParameters(), canvas.plot(), canvas.colors(), false);
-    return failure.toStdString();
+    if (!name.endsWith(QLatin1String("png")))
+        return writePlotEps(name, canvas.psParameters(), canvas.plot(), canvas.colors(), false).toStdString();
+    const Person person(name);
+    QString saved;
+    QObject::connect(&canvas, &PlotCanvas::x_told, [&saved](const QString& text) { saved = text; });
+    canvas.sl_savePicture();
+    return saved.startsWith(QLatin1String("Saved"))
+               ? std::string()
+               : (person.told() + QLatin1String("not saved")).toStdString();
 }
 
 const FaultJobs kJobsInWindows = {

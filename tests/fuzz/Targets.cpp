@@ -57,7 +57,7 @@ const fs::path& fuzzDirectory()
         std::string pattern =
             ((fs::is_directory(memory) ? memory : fs::temp_directory_path()) / "veltrac-fuzz-XXXXXX")
                 .string();
-        const fs::path made = ::mkdtemp(pattern.data());
+        fs::path made = ::mkdtemp(pattern.data());
         fs::current_path(made);
         ::setenv("TMPDIR", made.c_str(), 1);
         ::dup2(::open("/dev/null", O_RDONLY), 0);  // a verb may read standard input
@@ -198,6 +198,7 @@ void runVerb(std::string_view bytes)
     }
     writeInput("a.stl", "time;force [N]\n0;1\n1;2\n2;4\n");
     std::vector<char*> arguments;
+    arguments.reserve(words.size());
     for (std::string& word : words)
         arguments.push_back(word.data());
     runCommandLine(static_cast<int>(arguments.size()), arguments.data());

@@ -116,7 +116,8 @@ std::string Group::axisTitle() const
         if (first)
             unit = v->variable().unit;
         sameUnit = sameUnit && v->variable().unit == unit;
-        labels.append(first ? "" : ", ").append(v->variable().label);
+        const std::string& label = v->variable().label;
+        labels.append(labels.empty() || label.empty() ? "" : ", ").append(label);
         first = false;
     }
     std::string tail;

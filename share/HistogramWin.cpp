@@ -130,10 +130,11 @@ void HistogramWin::createMenus()
     m_canvas->fillOutputMenu(*output);
     PlotCanvas::holdInWindow(*output);
     output->addSeparator();
-    output->addAction(tr("C&lose"), this, &QWidget::close, QKeySequence::Close);
+    output->addAction(tr("C&lose"), this, &QWidget::close)->setShortcut(QKeySequence::Close);
     menuBar()
         ->addMenu(tr("H&elp"))
-        ->addAction(tr("&Help"), this, &HistogramWin::sl_help, QKeySequence::HelpContents);
+        ->addAction(tr("&Help"), this, &HistogramWin::sl_help)
+        ->setShortcut(QKeySequence::HelpContents);
 }
 
 void HistogramWin::sl_help()

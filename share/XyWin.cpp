@@ -97,16 +97,17 @@ void XyWin::createMenus()
     m_canvas->fillViewMenu(*view);
     PlotCanvas::holdInWindow(*view);
     view->addSeparator();
-    view->addAction(tr("&Refine"), this, &XyWin::sl_refine, QKeySequence::Refresh);
+    view->addAction(tr("&Refine"), this, &XyWin::sl_refine)->setShortcut(QKeySequence::Refresh);
     m_canvas->fillCursorMenu(*menuBar()->addMenu(tr("C&ursors")));
     QMenu* const output = menuBar()->addMenu(tr("Out&put"));
     m_canvas->fillOutputMenu(*output);
     PlotCanvas::holdInWindow(*output);
     output->addSeparator();
-    output->addAction(tr("C&lose"), this, &QWidget::close, QKeySequence::Close);
+    output->addAction(tr("C&lose"), this, &QWidget::close)->setShortcut(QKeySequence::Close);
     menuBar()
         ->addMenu(tr("H&elp"))
-        ->addAction(tr("&Help"), this, &XyWin::sl_help, QKeySequence::HelpContents);
+        ->addAction(tr("&Help"), this, &XyWin::sl_help)
+        ->setShortcut(QKeySequence::HelpContents);
 }
 
 void XyWin::sl_help()

@@ -108,10 +108,10 @@ void PeakTable::createChoice()
         const char* whatsThis;
     };
     const Row rows[] = {
-        {"Prom&inence:", "Least prominence", m_prominence,
+        {"Prominence:", "Least prominence", m_prominence,
          "How far a peak stands out of the curve around it, in the unit of the values: its height above the "
          "higher one of the lowest places between it and higher peaks on both sides."},
-        {"Distanc&e [Hz]:", "Least distance", m_distance,
+        {"Distance [Hz]:", "Least distance", m_distance,
          "Of two peaks that are closer together only the higher one is listed."}};
     auto* const line = new QHBoxLayout(m_choice);
     line->setContentsMargins(0, 0, 0, 0);

@@ -530,7 +530,7 @@ TEST(VeltracTest, anEmptyDirectoryOffersWhatCanBeDone)
         return texts;
     };
     const QStringList all = offered();
-    EXPECT_EQ(all.size(), 6);
+    EXPECT_EQ(all.size(), 7);
     EXPECT_EQ(all.first(), QStringLiteral("Create a (ts)file..."));
 
     // The menu below the last row offers the same.

@@ -11,7 +11,7 @@ class STLKeptRows
 {
 public:
     // What is kept at most; of a longer log nothing is.
-    static constexpr std::size_t kMostBytes = std::size_t{1} << 26;
+    static constexpr std::size_t kMostBytes = std::size_t{192} << 20;
 
     // `columns`: values a row.
     explicit STLKeptRows(std::size_t columns) : m_columns(columns) {}

@@ -1,6 +1,7 @@
 // A smart tool log on its way to a ts-file: detect how it is written, check what it holds, write it.
 //
-// The file is read line by line, a long one twice: memory does not grow with it beyond what STLKeptRows keeps.
+// The file is read line by line, a long one twice: memory does not grow with it beyond what STLKeptRows
+// keeps.
 #pragma once
 
 #include <filesystem>

@@ -118,7 +118,7 @@ std::shared_ptr<HsVariable> markLines(PlotCanvas& canvas, const std::vector<Spec
     marks.colorIndex = kTextColor;
     if (group.title.empty())
         group.title = group.axisTitle();  // that of the curves alone
-    const auto variable = std::make_shared<HsVariable>(std::move(marks));
+    auto variable = std::make_shared<HsVariable>(std::move(marks));
     variable->setLogarithmic(group.isLogarithmic());
     variable->build({});
     group.variables().push_back(variable);

@@ -28,6 +28,7 @@
 #include "calc/SpectrumPlan.h"
 #include "calc/SpectrumTexts.h"
 #include "core/CopyFile.h"
+#include "core/FailureText.h"
 #include "core/NumberTexts.h"
 #include "core/SafeChange.h"
 #include "core/TsExceptions.h"
@@ -35,12 +36,10 @@
 #include "core/Variable.h"
 #include "share/ActionRow.h"
 #include "share/AxisLimitsDialog.h"
-#include "share/BasicDriver.h"
 #include "share/Boxes.h"
 #include "share/HeaderText.h"
 #include "share/JobProgress.h"
 #include "share/PlotCanvas.h"
-#include "share/PlotVariables.h"
 #include "share/QtMessageWin.h"
 #include "share/RangeFields.h"
 #include "share/ReadoutLabel.h"
@@ -134,8 +133,8 @@ void DFTWin::createActions()
     actions->addAction(QStringLiteral("Save the spectrum at &A..."), this, &DFTWin::sl_saveSpectrumAt);
     actions->addAction(QStringLiteral("Save the c&ourse..."), this, &DFTWin::sl_saveCourse);
     actions->addSeparator();
-    actions->addAction(QStringLiteral("&Keep this spectrum..."), this, &DFTWin::sl_keep,
-                       QKeySequence(QStringLiteral("Ctrl+K")));
+    actions->addAction(QStringLiteral("&Keep this spectrum..."), this, &DFTWin::sl_keep)
+        ->setShortcut(QKeySequence(QStringLiteral("Ctrl+K")));
     actions->addAction(QStringLiteral("Remove the kep&t spectra"), this, &DFTWin::sl_dropKept);
     actions->addSeparator();
     actions->addAction(QStringLiteral("&Close"), this, &QWidget::close)->setShortcut(QKeySequence::Close);
@@ -175,7 +174,7 @@ void DFTWin::createAxesMenu()
                                                         : plot.axis().logarithmic);
         if (picture() != nullptr)
             return;
-        m_logValues->setEnabled(!m_isDecibel);
+        m_logValues->setEnabled(!m_shown.isDecibel);
         m_logValues->setChecked(!plot.groups().empty() && plot.groups().front().isLogarithmic());
     });
 }
@@ -187,7 +186,7 @@ void DFTWin::applyAxes()
         return;
     }
     // Levels in dB are logarithms already, and most of them are below 0.
-    if (m_isDecibel)
+    if (m_shown.isDecibel)
         m_logValues->setChecked(false);
     canvas()->setLogarithmicX(m_logFrequency->isChecked());
     canvas()->setLogarithmicY(0, m_logValues->isChecked());
@@ -301,10 +300,11 @@ void DFTWin::compute(TSFILE& file, const SpectrumRequest& request)
     };
     if (!calculate(QStringLiteral("Spectrum of %1").arg(sourceName()), QStringLiteral("Computing..."), job))
         return;
-    m_mean = mean;
-    m_isDecibel = request.decibel;
-    tellResult(
-        QStringLiteral("%1, mean %2").arg(QString::fromStdString(planText(request))).arg(m_mean, 0, 'g', 6));
+    m_shown.mean = mean;
+    m_shown.isDecibel = request.decibel;
+    tellResult(QStringLiteral("%1, mean %2")
+                   .arg(QString::fromStdString(planText(request)))
+                   .arg(m_shown.mean, 0, 'g', 6));
     showResult(request, headerText(file.columnDescription(request.column)).toStdString());
 }
 
@@ -349,7 +349,7 @@ void DFTWin::computeTwoChannels(TSFILE& file, const SpectrumRequest& request)
             QStringLiteral("%1 of %2").arg(QLatin1String(twoChannelResultName(both.result)), sourceName()),
             QStringLiteral("Computing..."), job))
         return;
-    m_isDecibel = true;
+    m_shown.isDecibel = true;
     m_peaks->hide();
     m_cut->hide();
     tellResult(m_fields->planText());
@@ -381,7 +381,7 @@ void DFTWin::computeSpectrogram(TSFILE& file, SpectrumRequest request)
     if (!calculate(QStringLiteral("Spectrogram of %1").arg(sourceName()), QStringLiteral("Computing..."),
                    job))
         return;
-    m_isDecibel = true;  // the picture has no axis of values
+    m_shown.isDecibel = true;  // the picture has no axis of values
     m_peaks->hide();
     tellResult(QStringLiteral("%1 samples of %2 columns")
                    .arg(QString::fromStdString(groupedDigits(plan.segments)),
@@ -524,7 +524,7 @@ void DFTWin::computeCorrelation(TSFILE& file, const SpectrumRequest& request)
     if (!calculate(QStringLiteral("Correlation of %1").arg(sourceName()), QStringLiteral("Computing..."),
                    job))
         return;
-    m_isDecibel = true;  // it may be negative: there is no logarithm of it
+    m_shown.isDecibel = true;  // it may be negative: there is no logarithm of it
     m_peaks->hide();
     m_cut->hide();
     tellResult(m_fields->planText());
@@ -547,10 +547,10 @@ void DFTWin::showResult(const SpectrumRequest& request, const std::string& descr
     m_peaks->clear();
     m_cut->hide();
     m_peaks->show();
-    m_resolution = planSpectrum(request).resolution;
-    m_hasParts = request.result == SpectrumResult::RealImaginary;
+    m_shown.resolution = planSpectrum(request).resolution;
+    m_shown.hasParts = request.result == SpectrumResult::RealImaginary;
     QVector<unsigned> columns{2};
-    if (m_hasParts)
+    if (m_shown.hasParts)
         columns << 3;
     const bool isShown = hasBands(request.result) ? showBands(*canvas(), resultFile())
                                                   : canvas()->showColumns(resultFile(), columns);
@@ -559,9 +559,12 @@ void DFTWin::showResult(const SpectrumRequest& request, const std::string& descr
     canvas()->setSuggestedName(QFileInfo(resultSource()).completeBaseName() + QStringLiteral("_fft"));
     if (!hasBands(request.result))
         applyAxes();
-    showKept();
+    if (!m_kept.isEmpty()) {
+        m_kept.addTo(canvas()->plot());
+        canvas()->refresh(true);
+    }
     try {
-        m_peaks->showSpectrum(resultPath(), request, m_mean, std::string(unitIn(description)));
+        m_peaks->showSpectrum(resultPath(), request, m_shown.mean, std::string(unitIn(description)));
     } catch (const TS::Failure&) {
         m_peaks->clear();
         statusBar()->showMessage(QStringLiteral("The scratch file could not be read"));
@@ -574,7 +577,7 @@ void DFTWin::showResult(const SpectrumRequest& request, const std::string& descr
 double DFTWin::frequencyAt(const std::optional<double>& cursor) const
 {
     const double x = cursor.value_or(0.0);
-    return canvas()->plot().axis().mode == XMode::Sample ? x * m_resolution : x;
+    return canvas()->plot().axis().mode == XMode::Sample ? x * m_shown.resolution : x;
 }
 
 void DFTWin::sl_harmonics()
@@ -601,7 +604,7 @@ void DFTWin::markHarmonics()
         m_harmonics.reset();
     }
     const Plot2D& plot = canvas()->plot();
-    if (m_peaks->showsHarmonics() && !m_hasParts && !plot.groups().empty() &&
+    if (m_peaks->showsHarmonics() && !m_shown.hasParts && !plot.groups().empty() &&
         plot.axis().mode != XMode::Sample)
         m_harmonics = markLines(*canvas(), m_peaks->harmonics(), m_peaks->title());
     else
@@ -643,7 +646,7 @@ void DFTWin::sl_keep()
         return;
     }
     const std::shared_ptr<HsVariable> shown = groups.front().variables().front();
-    if (std::find(m_kept.begin(), m_kept.end(), shown) != m_kept.end()) {
+    if (m_kept.has(shown)) {
         statusBar()->showMessage(QStringLiteral("It is kept already"));
         return;
     }
@@ -656,14 +659,7 @@ void DFTWin::sl_keep()
             .trimmed();
     if (!ok || name.isEmpty())
         return;
-    // The next result has the first colour. What was computed stays in its file, though its name goes.
-    shown->variable().label = name.toStdString();
-    int color = kFirstVariableColor;
-    for (const auto& kept : m_kept)
-        color = std::max(color, kept->variable().colorIndex);
-    shown->variable().colorIndex = color + 1;
-    shown->variable().lineStyle = std::max(0, shown->variable().lineStyle);  // bands are marks between stairs
-    m_kept.push_back(shown);
+    m_kept.keep(shown, name.toStdString());
     canvas()->replot();
     emit canvas()->x_plot_changed();
     statusBar()->showMessage(QStringLiteral("%1 stays in the plot").arg(name));
@@ -675,25 +671,10 @@ void DFTWin::sl_dropKept()
     const auto current = isShown && !canvas()->plot().groups().empty()
                              ? canvas()->plot().groups().front().variables().front()
                              : nullptr;
-    for (const auto& kept : m_kept)
-        if (kept != current)
-            canvas()->plot().remove(*kept);
-    m_kept.clear();
+    m_kept.drop(canvas()->plot(), current);
     canvas()->replot();
     emit canvas()->x_plot_changed();
     statusBar()->showMessage(QStringLiteral("Only the last result is shown"));
-}
-
-void DFTWin::showKept()
-{
-    if (m_kept.empty())
-        return;
-    for (const auto& kept : m_kept) {
-        const int color = kept->variable().colorIndex;
-        addByUnit(canvas()->plot(), kept);
-        kept->variable().colorIndex = color;
-    }
-    canvas()->refresh(true);
 }
 
 // -- Saving --
@@ -739,14 +720,12 @@ bool DFTWin::writeNamed(const QString& name, const std::function<JobOutcome(cons
             statusBar()->showMessage(QStringLiteral("Saving aborted"), kSavedMs);
             return false;
         }
-    } catch (const TS::Failure&) {
-        failure = QStringLiteral("The scratch file could not be read.");
-    } catch (const std::exception& e) {
-        failure = QString::fromLocal8Bit(e.what());
+    } catch (...) {
+        failure = QString::fromLocal8Bit(reasonOfFailure().c_str());
     }
     if (!failure.isEmpty()) {
         statusBar()->showMessage(QStringLiteral("Nothing was saved"), kSavedMs);
-        warnInBox(QStringLiteral("Saving file %1 failed").arg(name) + QLatin1Char('\n') + failure);
+        warnInBox(QStringLiteral("Saving file %1 failed\n%2.").arg(name, failure));
         return false;
     }
     statusBar()->showMessage(QStringLiteral("File %1 saved").arg(name), kSavedMs);

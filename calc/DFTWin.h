@@ -5,8 +5,8 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <vector>
 
+#include "calc/KeptSpectra.h"
 #include "calc/SpectrumRequest.h"
 #include "share/ResultWindow.h"
 
@@ -74,7 +74,6 @@ private:
     veltrac::CellImage* picture() const;
     std::unique_ptr<TSFILE> openSecond();
     void showResult(const veltrac::SpectrumRequest& request, const std::string& description);
-    void showKept();
     // What stands at the cursors in the table of peaks, and marks of harmonics.
     void showLines();
     void markHarmonics();
@@ -94,12 +93,16 @@ private:
     PlotCanvas* m_cut = nullptr;  // beneath the fields while there is a picture
     QPoint m_mouse;               // where it was last, in the canvas
 
-    double m_dt = 0.0;         // of the source
-    bool m_isDecibel = false;  // the result, or a phase beside it
-    double m_mean = 0.0;
-    double m_resolution = 1.0;
-    bool m_hasParts = false;     // real and imaginary part: neither is as high as a line
+    double m_dt = 0.0;  // of the source
+    struct Shown
+    {
+        double mean = 0.0;
+        double resolution = 1.0;
+        bool isDecibel = false;  // it, or a phase beside it
+        bool hasParts = false;   // real and imaginary part: neither is as high as a line
+    };
+    Shown m_shown;               // the result
     bool m_choosesLine = false;  // the table moves cursor A
     std::shared_ptr<HsVariable> m_harmonics;
-    std::vector<std::shared_ptr<HsVariable>> m_kept;
+    veltrac::KeptSpectra m_kept;
 };

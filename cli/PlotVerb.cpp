@@ -22,8 +22,7 @@ constexpr VerbWords kPlotWords = {
     "Draws columns over time, the same picture as the hard copy of the plot windows. Columns of one unit "
     "share an axis, unless --groups says otherwise. The ending of the target tells the format. With "
     "--together all files come into one picture. --characteristic draws what a filter does, with the options "
-    "of "
-    "filter: gain and phase, group delay, the answers to an impulse and a step, or poles and zeros.",
+    "of filter: gain and phase, group delay, the answers to an impulse and a step, or poles and zeros.",
     "  veltrac-cli plot --from \"10 s\" --to \"20 s\" --title \"ECG\" -o ecg.svg ecg.ts\n"
     "  veltrac-cli plot --columns 2 --log-y -o spectrum.eps ecg_fft.ts\n"
     "  veltrac-cli plot --characteristic gain-and-phase --db --freq 40 --order 4 -o lowpass.svg ecg.ts"};

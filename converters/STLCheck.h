@@ -69,9 +69,6 @@ struct STLCheck
     double firstSeconds = 0.0;  // likewise
     bool zoned = false;         // the stamps name their zone
     STLOrderDoubt order;
-    // How often the local clock was set within the log, as the order of its rows tells; and how far the rows
-    // lie from it where they do not tell.
-    std::uint64_t clockChanges = 0;
     ClockLag lag;
     std::map<std::size_t, STLTexts> texts;
     STLTarget target;

@@ -128,6 +128,18 @@ void ClockChanges::judge(Micros wall)
 
 // -- Instants --
 
+void LocalDays::begin(Micros wall)
+{
+    const Micros fraction = (wall % kMicrosPerSecond + kMicrosPerSecond) % kMicrosPerSecond;
+    m_first = localSeconds(wall) * kMicrosPerSecond + fraction;
+}
+
+void LocalDays::follow(Micros wall, Micros since)
+{
+    const Micros even = m_first + since;
+    m_lag = static_cast<double>(instantOf(wall, even) - even) / kMicrosPerSecond;
+}
+
 Micros LocalDays::instantOf(Micros wall, Micros expected)
 {
     m_isSkipped = false;
@@ -346,17 +358,15 @@ std::optional<double> STLClock::sinceFirst(std::optional<Micros> wall)
         m_firstWall = *wall;
         m_firstSeconds = static_cast<double>(*wall) / kMicrosPerSecond;
         m_changes.begin(*wall);
-        const Micros fraction = (*wall % kMicrosPerSecond + kMicrosPerSecond) % kMicrosPerSecond;
-        m_firstInstant = local ? localSeconds(*wall) * kMicrosPerSecond + fraction : 0;
+        if (local)
+            m_local.begin(*wall);
     } else {
         // Dates alone show no clock.
         m_changes.follow(*wall, local && !datesAlone(m_format));
     }
     const Micros since = *wall + m_changes.shift() - m_firstWall;
-    if (local && m_hasFirst) {
-        const Micros even = m_firstInstant + since;
-        m_lag = static_cast<double>(m_local.instantOf(*wall, even) - even) / kMicrosPerSecond;
-    }
+    if (local && m_hasFirst)
+        m_local.follow(*wall, since);
     return static_cast<double>(since) / kMicrosPerSecond;
 }
 

@@ -72,6 +72,8 @@ struct ClockLag
     double first = 0.0;  // of the first row in time
     double least = 0.0;
     double most = 0.0;
+    // How often it was set within the log, as the order of the rows tells.
+    std::uint64_t changes = 0;
     bool ranOn = false;  // rows lie in an hour that the local clock left out: theirs is another one
 };
 
@@ -79,15 +81,25 @@ struct ClockLag
 class LocalDays
 {
 public:
-    // When the clock shows that, in microseconds since the epoch; of two instants the nearer to `expected`.
-    Micros instantOf(Micros wall, Micros expected);
-    // Whether the clock never showed what was asked for last.
+    // The first row's place on the wall clock.
+    void begin(Micros wall);
+    // A further one's, and the time since the first one by what the rows tell.
+    void follow(Micros wall, Micros since);
+
+    // How far the last row lies behind the clock's instant, in seconds; of two instants the nearer one
+    // counts.
+    double lag() const { return m_lag; }
+    // Whether the clock never showed its time.
     bool isSkipped() const { return m_isSkipped; }
 
 private:
+    Micros instantOf(Micros wall, Micros expected);
+
     Micros m_from = 0;  // a day on which it is not set
     Micros m_to = 0;
     Micros m_offset = 0;
+    Micros m_first = 0;  // the first row's instant
+    double m_lag = 0.0;
     bool m_isSkipped = false;
 };
 
@@ -109,7 +121,7 @@ public:
     double resolution() const { return m_resolution; }
     // How far the present row lies behind the local clock's instant, in seconds; and whether that clock never
     // showed its time.
-    double lag() const { return m_lag; }
+    double lag() const { return m_local.lag(); }
     bool isSkipped() const { return m_local.isSkipped(); }
     // Whether a stamp has named its zone.
     bool zoned() const { return m_zoned; }
@@ -144,8 +156,6 @@ private:
     double m_resolution = std::numeric_limits<double>::infinity();
     bool m_zoned = false;
     LocalDays m_local;
-    Micros m_firstInstant = 0;
-    double m_lag = 0.0;
 };
 
 }  // namespace veltrac

@@ -166,7 +166,7 @@ JobOutcome STLObject::readThrough(const Progress& progress, bool& wrongOrder)
     m_read.texts = rows.texts();
     m_read.steps = steps.findings(m_read.losses.titleLines != 0 || m_format.rowsAreLabelled);
     m_read.zoned = clock.zoned();
-    m_read.clockChanges = clock.changes().count();
+    m_read.lag.changes = clock.changes().count();
     m_read.firstWall = clock.firstWall() + std::llround(m_read.chosenFrom * kMicrosPerSecond) - shift;
     m_read.firstSeconds = clock.firstSeconds() + m_read.chosenFrom;
     if (m_read.steps.newestFirst) {

@@ -205,9 +205,9 @@ std::string stepText(const STLFormat& format, const STLCheck& found)
     std::string notes;
     if (found.steps.newestFirst)
         notes += " The newest row came first: the rows are turned round.";
-    if (found.clockChanges != 0)
+    if (found.lag.changes != 0)
         notes += " The local clock was set " +
-                 (found.clockChanges == 1 ? "once" : counted(found.clockChanges, "time")) +
+                 (found.lag.changes == 1 ? "once" : counted(found.lag.changes, "time")) +
                  " meanwhile (daylight saving time): the rows' order tells their times.";
     if (found.steps.areEqual)
         return "Step " + stepLength(found.steps.typical) + ", constant." + notes;

@@ -5,6 +5,7 @@
 #include <limits>
 #include <optional>
 
+#include "core/SegmentCut.h"
 #include "core/TsExceptions.h"
 
 namespace veltrac {
@@ -16,43 +17,7 @@ constexpr int kColumnsTogether = 64;  // pixel columns of a variable that are wa
 constexpr double kOutside = 0.5;      // how far lines go beyond the square
 constexpr double kTolerance = 0.125;  // of a pixel, for the edge between two of them
 
-struct Point
-{
-    double x, y;
-};
-
-// Cuts a segment to the square with its surroundings (Liang, Barsky, "A New Concept and Method for Line
-// Clipping", 1984); false where nothing of it is left.
-bool cut(Point& a, Point& b)
-{
-    const Point d{b.x - a.x, b.y - a.y};
-    const double p[4] = {-d.x, d.x, -d.y, d.y};
-    const double q[4] = {a.x + kOutside, 1.0 + kOutside - a.x, a.y + kOutside, 1.0 + kOutside - a.y};
-    double from = 0.0;
-    double to = 1.0;
-    for (int edge = 0; edge < 4; ++edge) {
-        if (p[edge] == 0.0) {
-            if (q[edge] < 0.0)
-                return false;
-            continue;
-        }
-        const double t = q[edge] / p[edge];
-        if (p[edge] < 0.0)
-            from = std::max(from, t);
-        else
-            to = std::min(to, t);
-    }
-    if (from > to)
-        return false;
-    const Point start = a;
-    if (to < 1.0)
-        b = {start.x + to * d.x, start.y + to * d.y};
-    if (from > 0.0)
-        a = {start.x + from * d.x, start.y + from * d.y};
-    return true;
-}
-
-bool isInside(const Point& p)
+bool isInside(const PlotPoint& p)
 {
     return p.x >= -kOutside && p.x <= 1.0 + kOutside && p.y >= -kOutside && p.y <= 1.0 + kOutside;
 }
@@ -63,7 +28,7 @@ class Pen
 public:
     explicit Pen(Curve& curve) : m_curve(curve) {}
 
-    void to(Point p)
+    void to(PlotPoint p)
     {
         if (!m_last) {
             m_last = p;
@@ -71,12 +36,12 @@ public:
             m_alone = true;
             return;
         }
-        Point a = *m_last;
-        Point b = p;
+        PlotPoint a = *m_last;
+        PlotPoint b = p;
         m_alone = false;
         // Nothing would be cut off what lies within, as most does.
         const bool inside = isInside(p);
-        if (!(m_lastIsInside && inside) && !cut(a, b)) {
+        if (!(m_lastIsInside && inside) && !cutSegment(a, b, kOutside)) {
             endRun();
         } else {
             if (!m_drawing || a.x != m_last->x || a.y != m_last->y) {
@@ -102,7 +67,7 @@ public:
     }
 
 private:
-    void push(Point p)
+    void push(PlotPoint p)
     {
         m_curve.points.push_back(static_cast<float>(p.x));
         m_curve.points.push_back(static_cast<float>(p.y));
@@ -117,7 +82,7 @@ private:
     }
 
     Curve& m_curve;
-    std::optional<Point> m_last;
+    std::optional<PlotPoint> m_last;
     bool m_lastIsInside = false;
     bool m_alone = false;
     bool m_drawing = false;
@@ -198,7 +163,7 @@ private:
                 m_pen.lift();
                 continue;
             }
-            const Point p{m_plot.fractionOf(x), height(y)};
+            const PlotPoint p{m_plot.fractionOf(x), height(y)};
             m_pen.to(p);
             if (withMarkers && p.x >= 0.0 && p.x <= 1.0 && p.y >= 0.0 && p.y <= 1.0) {
                 m_curve.markers.push_back(static_cast<float>(p.x));

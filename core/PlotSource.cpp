@@ -148,27 +148,21 @@ Extremes PlotSource::extremes(std::uint32_t column, std::uint32_t bucket, std::u
                               std::uint32_t to) const
 {
     const Asked rows{bucket, from, to};
-    const auto known = std::find_if(m_extremes.begin(), m_extremes.end(),
+    const auto known = std::find_if(m_memory.extremes.begin(), m_memory.extremes.end(),
                                     [&rows](const KeptExtremes& kept) { return kept.rows == rows; });
-    if (known != m_extremes.end() && !known->columns.empty())
+    if (known != m_memory.extremes.end() && !known->columns.empty())
         return known->columns[column - 1];
     const Run wanted = run(column, bucket);
     const float* const values = wanted.values + from * wanted.stride;
     if (wanted.stride == 1)
         return extremesOf(values, 1, to - from);
-    if (known == m_extremes.end()) {
-        m_extremes[m_oldestExtremes++ % m_extremes.size()] = {rows, {}};
+    if (known == m_memory.extremes.end()) {
+        m_memory.extremes[m_memory.oldestExtremes++ % m_memory.extremes.size()] = {rows, {}};
         return extremesOf(values, wanted.stride, to - from);
     }
     known->columns.resize(wanted.stride);
     extremesOfColumns(values - (column - 1), to - from, known->columns);
     return known->columns[column - 1];
-}
-
-void PlotSource::forgetRuns()
-{
-    m_runs.clear();
-    m_extremes = {};
 }
 
 const PlotSource::Kept* PlotSource::KeptRuns::find(std::uint32_t column, std::uint32_t bucket)
@@ -203,14 +197,14 @@ void PlotSource::KeptRuns::forget(std::uint32_t bucket)
 
 const PlotSource::Kept& PlotSource::kept(std::uint32_t column, std::uint32_t bucket) const
 {
-    if (const Kept* const known = m_runs.find(column, bucket))
+    if (const Kept* const known = m_memory.runs.find(column, bucket))
         return *known;
     const std::uint32_t count = rowsOf(bucket);
     const std::size_t floats = std::size_t{count} * (column == 0 ? m_columns : 1);
     const std::size_t most =
         std::clamp(kCacheFloats / std::max<std::size_t>(1, floats), kFewestRuns, kMostRuns);
     // Stands for no bucket until it is read.
-    Kept& fresh = m_runs.place(most);
+    Kept& fresh = m_memory.runs.place(most);
     fresh.bucket = kNoBucket;
     fresh.values.resize(floats);
     if (column == 0)
@@ -232,8 +226,8 @@ void PlotSource::rowsCame(std::uint32_t rows)
 {
     const std::uint32_t lastBucket = m_rows / m_bucketRows;
     m_rows = rows;
-    m_runs.forget(lastBucket);
-    m_extremes = {};
+    m_memory.runs.forget(lastBucket);
+    m_memory.extremes = {};
 }
 
 void PlotSource::forgetBuckets(std::uint32_t buckets)
@@ -245,7 +239,7 @@ void PlotSource::forgetBuckets(std::uint32_t buckets)
     m_base += rows * m_dt;
     if (m_bucketTimes.size() >= buckets)
         m_bucketTimes.erase(m_bucketTimes.begin(), m_bucketTimes.begin() + buckets);
-    forgetRuns();
+    m_memory = {};
 }
 
 bool PlotSource::learnTimes(std::uint32_t first, std::uint32_t count, const float* rows)

@@ -93,7 +93,7 @@ protected:
     // The source is not what it was.
     void forgetContents()
     {
-        forgetRuns();
+        m_memory = {};
         m_bucketTimes.clear();
         m_timesKnown = false;
         m_firstRow = 1;
@@ -131,7 +131,6 @@ private:
         Kept& place(std::size_t most);
         // The others stay where they are, which their readers count on.
         void forget(std::uint32_t bucket);
-        void clear() { m_runs.clear(); }
 
     private:
         std::vector<Kept> m_runs;
@@ -151,17 +150,21 @@ private:
         Asked rows;
         std::vector<Extremes> columns;  // none as long as only one was asked for
     };
+    // What was read last.
+    struct Memory
+    {
+        KeptRuns runs;
+        // The beginning and the end of a pixel's rows are asked for in turn.
+        std::array<KeptExtremes, 2> extremes;
+        std::size_t oldestExtremes = 0;
+    };
     const Kept& kept(std::uint32_t column, std::uint32_t bucket) const;
     std::uint32_t rowsOf(std::uint32_t bucket) const;
-    void forgetRuns();
     std::uint32_t rowInSteps(double t) const;
     std::uint32_t rowByTimes(double t) const;
     std::uint32_t nearRow(double t, double tolerance) const;
 
-    mutable KeptRuns m_runs;
-    // The beginning and the end of a pixel's rows are asked for in turn.
-    mutable std::array<KeptExtremes, 2> m_extremes;
-    mutable std::size_t m_oldestExtremes = 0;
+    mutable Memory m_memory;
     std::vector<double> m_bucketTimes;  // of the first row of each bucket
     double m_lastTime = 0.0;
     bool m_timesKnown = false;

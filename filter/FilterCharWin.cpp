@@ -84,18 +84,12 @@ void FilterCharWin::createActions()
 
     QMenu* const axes = menuBar()->addMenu(QStringLiteral("&Axes"));
     axes->addActions({m_decibels, m_logarithmic});
-    QMenu* const view = menuBar()->addMenu(QStringLiteral("&View"));
-    m_canvas->fillViewMenu(*view);
-    PlotCanvas::holdInWindow(*view);
-    view->addSeparator();
-    view->addAction(m_cursors->toggleViewAction());
-    view->addAction(m_numbers->toggleViewAction());
-    m_canvas->fillCursorMenu(*menuBar()->addMenu(QStringLiteral("C&ursors")));
-    QMenu* const output = menuBar()->addMenu(QStringLiteral("Out&put"));
-    m_canvas->fillOutputMenu(*output);
-    PlotCanvas::holdInWindow(*output);
-    output->addSeparator();
-    output->addAction(QStringLiteral("C&lose"), this, &QWidget::close)->setShortcut(QKeySequence::Close);
+    const PlotCanvas::Menus menus = m_canvas->addMenus(*menuBar());
+    menus.view->addSeparator();
+    menus.view->addActions({m_cursors->toggleViewAction(), m_numbers->toggleViewAction()});
+    menus.output->addSeparator();
+    menus.output->addAction(QStringLiteral("C&lose"), this, &QWidget::close)
+        ->setShortcut(QKeySequence::Close);
     addToolBar(QStringLiteral("Axes"))->addActions({m_decibels, m_logarithmic});
 }
 

@@ -210,17 +210,17 @@ void BlockFormula::load(std::uint32_t first, std::size_t count)
     // Neighbours of one file come in one pass over its rows.
     std::vector<TSFILE::ColumnRun> together;
     for (std::size_t i = 0; i < m_sources.size(); ++i) {
-        const auto isAlike = [&first = m_sources[i]](const Source& other) {
-            return other.node->source == first.node->source && other.begin == first.begin &&
-                   other.run.size() == first.run.size();
+        Source& source = m_sources[i];
+        const auto isAlike = [&source](const Source& other) {
+            return other.node->source == source.node->source && other.begin == source.begin &&
+                   other.run.size() == source.run.size();
         };
         if (std::any_of(m_sources.begin(), m_sources.begin() + static_cast<std::ptrdiff_t>(i), isAlike))
             continue;
         together.clear();
-        for (Source& source : std::span(m_sources).subspan(i))
-            if (isAlike(source))
-                together.push_back({static_cast<std::uint32_t>(source.node->column), source.run.data()});
-        Source& source = m_sources[i];
+        for (Source& other : std::span(m_sources).subspan(i))
+            if (isAlike(other))
+                together.push_back({static_cast<std::uint32_t>(other.node->column), other.run.data()});
         const std::uint32_t begin = source.node->lookup.first + source.begin;
         if (together.size() > 1)
             source.node->source->readColumns(begin, static_cast<std::uint32_t>(source.run.size()), together);

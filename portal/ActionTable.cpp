@@ -44,8 +44,7 @@ const std::array kActions = {
     Row{StlHelp, "StlASCII", "Ctrl+S", SLOT(sl_stlhelp()), "&STL...", "", ""},
     Row{Examples, "Open", "", SLOT(sl_examples()), "&Examples…", "Copy the example series and go there.",
         "<b>Examples.</b> Copies the series that help and guide work on into a folder of yours and makes it "
-        "the "
-        "working directory. What is there already stays as it is."},
+        "the working directory. What is there already stays as it is."},
     Row{Plot, "PlotTs", "Ctrl+Z", SLOT(sl_plotFile()), "&Plot...", "Invoke the plot window.", ""},
     Row{WriteTsa, "WriteASCII", "Ctrl+W", SLOT(sl_writeASCII()), "&Write to ASCII...",
         "Write a ts-file to a ASCII file.", ""},

@@ -122,15 +122,9 @@ void HistogramWin::createFields(QWidget& bar)
 
 void HistogramWin::createMenus()
 {
-    QMenu* const view = menuBar()->addMenu(tr("&View"));
-    m_canvas->fillViewMenu(*view);
-    PlotCanvas::holdInWindow(*view);
-    m_canvas->fillCursorMenu(*menuBar()->addMenu(tr("C&ursors")));
-    QMenu* const output = menuBar()->addMenu(tr("Out&put"));
-    m_canvas->fillOutputMenu(*output);
-    PlotCanvas::holdInWindow(*output);
-    output->addSeparator();
-    output->addAction(tr("C&lose"), this, &QWidget::close)->setShortcut(QKeySequence::Close);
+    const PlotCanvas::Menus menus = m_canvas->addMenus(*menuBar());
+    menus.output->addSeparator();
+    menus.output->addAction(tr("C&lose"), this, &QWidget::close)->setShortcut(QKeySequence::Close);
     menuBar()
         ->addMenu(tr("H&elp"))
         ->addAction(tr("&Help"), this, &HistogramWin::sl_help)
@@ -153,6 +147,14 @@ void HistogramWin::sl_count()
     markField(*m_bins, isGood);
     if (!isGood) {
         statusBar()->showMessage(tr("A histogram has 1 to 1000 bins; without a number they are found."));
+        return;
+    }
+    // The plot window may have read the file again since.
+    const Variable& v = m_variable->variable();
+    const bool isThere = m_rows.isEmpty() || (m_rows.first >= v.firstRow() && m_rows.last <= v.rows());
+    if (!m_variable->isBuilt() || !isThere) {
+        m_histogram = {};
+        m_canvas->showText(tr("The file is not what it was; open the histogram again."));
         return;
     }
     try {

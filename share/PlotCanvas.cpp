@@ -4,6 +4,7 @@
 #include <QDragEnterEvent>
 #include <QKeyEvent>
 #include <QMenu>
+#include <QMenuBar>
 #include <QMimeData>
 #include <QUrl>
 
@@ -230,6 +231,18 @@ void PlotCanvas::fillAxesMenu(QMenu& menu)
 void PlotCanvas::fillOutputMenu(QMenu& menu)
 {
     veltrac::fillOutputMenu(*this, menu);
+}
+
+PlotCanvas::Menus PlotCanvas::addMenus(QMenuBar& bar)
+{
+    QMenu* const view = bar.addMenu(tr("&View"));
+    fillViewMenu(*view);
+    holdInWindow(*view);
+    fillCursorMenu(*bar.addMenu(tr("C&ursors")));
+    QMenu* const output = bar.addMenu(tr("Out&put"));
+    fillOutputMenu(*output);
+    holdInWindow(*output);
+    return {view, output};
 }
 
 void PlotCanvas::holdInWindow(QMenu& menu)

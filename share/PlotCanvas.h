@@ -34,6 +34,8 @@
 
 class QMenu;
 
+class QMenuBar;
+
 class PlotCanvas : public veltrac::PlotOutput
 {
     Q_OBJECT
@@ -60,6 +62,13 @@ public:
     void fillAxesMenu(QMenu& menu);
     void fillOutputMenu(QMenu& menu);
     static void holdInWindow(QMenu& menu);
+    // "View", "Cursors" and "Output" of a window whose canvas it is; the window adds its own behind them.
+    struct Menus
+    {
+        QMenu* view;
+        QMenu* output;
+    };
+    Menus addMenus(QMenuBar& bar);
 
 signals:
     void x_files_dropped(const QStringList& files);

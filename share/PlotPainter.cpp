@@ -7,6 +7,7 @@
 
 #include "core/NumberTexts.h"
 #include "core/PlotCurves.h"
+#include "core/SegmentCut.h"
 #include "share/BasicDriver.h"
 #include "share/ColorMap.h"
 #include "share/Dashes.h"
@@ -454,14 +455,15 @@ private:
                 m_driver.Polyline(line.data(), static_cast<int>(line.size() / 2), false, false);
             line.clear();
         };
-        Place before;
+        constexpr double kBeside = 0.1;
+        PlotPoint before;
         bool hasBefore = false;
         for (std::size_t p = 0; p < points.size(); p += 2) {
-            const Place at{placeX(points[p]), placeY(g, points[p + 1])};
+            const PlotPoint at{placeX(points[p]), placeY(g, points[p + 1])};
             const bool isThere = std::isfinite(at.x) && std::isfinite(at.y);
-            Place from = hasBefore ? before : at;
-            Place to = at;
-            const bool isSeen = isThere && cutToFrame(from, to);
+            PlotPoint from = hasBefore ? before : at;
+            PlotPoint to = at;
+            const bool isSeen = isThere && cutSegment(from, to, kBeside);
             if (!isSeen || from.x != before.x || from.y != before.y)
                 flush();
             if (isSeen && line.empty())
@@ -472,38 +474,6 @@ private:
             hasBefore = isThere;
         }
         flush();
-    }
-
-    struct Place
-    {
-        double x = 0.0, y = 0.0;
-    };
-    // The part of a stroke that lies in the frame or a little beside it (Y.-D. Liang, B. A. Barsky, ACM
-    // Trans. Graphics 3 (1984)); false where there is none.
-    static bool cutToFrame(Place& from, Place& to)
-    {
-        constexpr double kBeside = 0.1;
-        const Place step{to.x - from.x, to.y - from.y};
-        double first = 0.0;
-        double last = 1.0;
-        const auto cut = [&](double along, double room) {
-            if (along == 0.0)
-                return room >= 0.0;
-            const double part = room / along;
-            if (along > 0.0)
-                last = std::min(last, part);
-            else
-                first = std::max(first, part);
-            return first <= last;
-        };
-        if (!cut(-step.x, from.x + kBeside) || !cut(step.x, 1.0 + kBeside - from.x) ||
-            !cut(-step.y, from.y + kBeside) || !cut(step.y, 1.0 + kBeside - from.y))
-            return false;
-        if (last < 1.0)
-            to = {from.x + last * step.x, from.y + last * step.y};
-        if (first > 0.0)
-            from = {from.x + first * step.x, from.y + first * step.y};
-        return true;
     }
 
     // How many cells of a side of a cloud are drawn as one: they need not be finer than pixels.

@@ -67,9 +67,9 @@ void QtDriver::BeginPage(int flags)
     BasicDriver::BeginPage(flags);
     if (m_painter.isActive())
         m_painter.end();
-    m_points.clear();
-    m_smoothPoints.clear();
-    m_isSmooth = false;
+    m_stroke.points.clear();
+    m_stroke.places.clear();
+    m_stroke.isSmooth = false;
     m_pixelRatio = 1.0F;
     if (m_target != nullptr)
         m_painter.begin(m_target);
@@ -80,7 +80,7 @@ void QtDriver::BeginPage(int flags)
     SetClip(false);
     chooseUnits();
     FontControl(1.0F, 0);
-    m_points.reserve(kReservedPoints);
+    m_stroke.points.reserve(kReservedPoints);
     // What is filled before any SetColor() has the colour that lines have then.
     if (m_painter.isActive())
         m_painter.setBrush(m_painter.pen().color());
@@ -192,10 +192,10 @@ QPointF QtDriver::placeOf(float deviceX, float deviceY) const
 
 void QtDriver::setSmooth(bool on)
 {
-    if (on == m_isSmooth)
+    if (on == m_stroke.isSmooth)
         return;
     Flush();
-    m_isSmooth = on;
+    m_stroke.isSmooth = on;
     if (m_painter.isActive())
         m_painter.setRenderHint(QPainter::Antialiasing, on);
 }
@@ -273,31 +273,31 @@ void QtDriver::applyPen()
 
 void QtDriver::drawPoints()
 {
-    if (m_smoothPoints.size() > 1) {
+    if (m_stroke.places.size() > 1) {
         if (m_painter.isActive())
-            m_painter.drawPolyline(m_smoothPoints);
-        m_smoothPoints.remove(0, m_smoothPoints.size() - 1);
+            m_painter.drawPolyline(m_stroke.places);
+        m_stroke.places.remove(0, m_stroke.places.size() - 1);
     }
-    if (m_points.size() < 2)
+    if (m_stroke.points.size() < 2)
         return;
     if (m_painter.isActive())
-        m_painter.drawPolyline(m_points);
-    m_start = m_points.last();
-    m_points.resize(0);  // keeps the memory, as clear() would not
+        m_painter.drawPolyline(m_stroke.points);
+    m_stroke.start = m_stroke.points.last();
+    m_stroke.points.resize(0);  // keeps the memory, as clear() would not
 }
 
 void QtDriver::PixelMoveTo(int x, int y)
 {
     drawPoints();
-    m_points.resize(0);
-    m_start = QPoint(x, y);
+    m_stroke.points.resize(0);
+    m_stroke.start = QPoint(x, y);
 }
 
 void QtDriver::PixelLineTo(int x, int y)
 {
-    if (m_points.isEmpty())
-        m_points.append(m_start);
-    m_points.append(QPoint(x, y));
+    if (m_stroke.points.isEmpty())
+        m_stroke.points.append(m_stroke.start);
+    m_stroke.points.append(QPoint(x, y));
 }
 
 void QtDriver::DeviceMoveTo(float x, float y)
@@ -306,17 +306,17 @@ void QtDriver::DeviceMoveTo(float x, float y)
     m_y = y;
     const QPoint pixel = pixelOf(x, y);
     PixelMoveTo(pixel.x(), pixel.y());
-    m_smoothPoints.clear();
-    if (m_isSmooth)
-        m_smoothPoints.append(placeOf(x, y));
+    m_stroke.places.clear();
+    if (m_stroke.isSmooth)
+        m_stroke.places.append(placeOf(x, y));
 }
 
 void QtDriver::DeviceLineTo(float x, float y)
 {
     m_x = x;
     m_y = y;
-    if (m_isSmooth) {
-        m_smoothPoints.append(placeOf(x, y));
+    if (m_stroke.isSmooth) {
+        m_stroke.places.append(placeOf(x, y));
         return;
     }
     const QPoint pixel = pixelOf(x, y);
@@ -328,7 +328,7 @@ void QtDriver::Dot(float x, float y)
     drawPoints();
     MoveTo(x, y);
     if (m_painter.isActive() && std::isfinite(m_x) && std::isfinite(m_y))
-        m_painter.drawPoint(m_start);
+        m_painter.drawPoint(m_stroke.start);
 }
 
 void QtDriver::DrawMarker(float x, float y, int marker, int size)
@@ -339,7 +339,7 @@ void QtDriver::DrawMarker(float x, float y, int marker, int size)
     const QPen before = m_painter.pen();
     // Whole pixels: at 150 % strokes of one and a half would be one or two wide, by their place.
     m_painter.setPen(QPen(before.color(), static_cast<qreal>(std::max(1.0F, std::floor(magnification())))));
-    const QPoint centre = m_start;
+    const QPoint centre = m_stroke.start;
     const float unit = static_cast<float>(size) * magnification() / 4.0F;
     const auto offset = [unit](float part) { return static_cast<int>(std::lround(part * unit)); };
     QPolygon outline;
@@ -370,7 +370,7 @@ void QtDriver::Arc(float x, float y, float radius, float startAngle, float endAn
     if (sweep < 0.0F)
         sweep += 360.0F * std::ceil(-sweep / 360.0F);
     const auto r = static_cast<qreal>(pixels);
-    const QRectF box(m_start.x() - r, m_start.y() - r, 2.0 * r, 2.0 * r);
+    const QRectF box(m_stroke.start.x() - r, m_stroke.start.y() - r, 2.0 * r, 2.0 * r);
     QPainterPath path;
     path.arcMoveTo(box, static_cast<qreal>(startAngle));
     path.arcTo(box, static_cast<qreal>(startAngle), static_cast<qreal>(std::min(sweep, 360.0F)));
@@ -383,7 +383,7 @@ void QtDriver::Arc(float x, float y, float radius, float startAngle, float endAn
 void QtDriver::DrawImage(float x1, float y1, float x2, float y2, const veltrac::PixelImage& image)
 {
     drawPoints();
-    m_points.resize(0);
+    m_stroke.points.resize(0);
     if (!m_painter.isActive())
         return;
     float left = 0.0F, bottom = 0.0F, right = 0.0F, top = 0.0F;
@@ -409,14 +409,14 @@ void QtDriver::Polyline(const float* points, int count, bool closed, bool fill)
     if (m_painter.isActive()) {
         const QPen before = m_painter.pen();
         m_painter.setPen(Qt::NoPen);
-        if (m_isSmooth)
-            m_painter.drawPolygon(m_smoothPoints);
+        if (m_stroke.isSmooth)
+            m_painter.drawPolygon(m_stroke.places);
         else
-            m_painter.drawPolygon(m_points);
+            m_painter.drawPolygon(m_stroke.points);
         m_painter.setPen(before);
     }
-    m_points.resize(0);
-    m_smoothPoints.clear();
+    m_stroke.points.resize(0);
+    m_stroke.places.clear();
 }
 
 void QtDriver::FontControl(float size, int flags)

@@ -90,9 +90,14 @@ private:
     int m_lineUnit = 13;
     int m_pixelFontSize = 11;
     float m_fontSize = 1.0F;
-    QPolygon m_points;
-    QPoint m_start;  // of the polyline that the point buffer will hold
-    bool m_isSmooth = false;
-    QPolygonF m_smoothPoints;  // instead of the others while lines are smooth
+    // The polyline that is not drawn yet.
+    struct Stroke
+    {
+        QPolygon points;
+        QPoint start;  // of what the points will be
+        bool isSmooth = false;
+        QPolygonF places;  // instead of the points of a smooth one
+    };
+    Stroke m_stroke;
     int m_penWidth = 1;
 };

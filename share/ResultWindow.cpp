@@ -104,18 +104,12 @@ QAction* ResultWindow::fillSourceMenu(QMenu& menu)
 
 void ResultWindow::addCanvasMenus()
 {
-    QMenu* const view = menuBar()->addMenu(QStringLiteral("&View"));
-    m_canvas->fillViewMenu(*view);
-    PlotCanvas::holdInWindow(*view);
+    QMenu* const view = m_canvas->addMenus(*menuBar()).view;
     view->addSeparator();
     m_showsCursors = view->addAction(QStringLiteral("Cursors"));
     m_showsCursors->setCheckable(true);
     m_showsCursors->setChecked(true);
     connect(m_showsCursors, &QAction::toggled, this, &ResultWindow::showCursorTable);
-    m_canvas->fillCursorMenu(*menuBar()->addMenu(QStringLiteral("C&ursors")));
-    QMenu* const output = menuBar()->addMenu(QStringLiteral("Out&put"));
-    m_canvas->fillOutputMenu(*output);
-    PlotCanvas::holdInWindow(*output);
 }
 
 void ResultWindow::showCursorTable()

@@ -93,17 +93,11 @@ XyWin::XyWin(std::shared_ptr<HsVariable> x, std::shared_ptr<HsVariable> y, const
 
 void XyWin::createMenus()
 {
-    QMenu* const view = menuBar()->addMenu(tr("&View"));
-    m_canvas->fillViewMenu(*view);
-    PlotCanvas::holdInWindow(*view);
-    view->addSeparator();
-    view->addAction(tr("&Refine"), this, &XyWin::sl_refine)->setShortcut(QKeySequence::Refresh);
-    m_canvas->fillCursorMenu(*menuBar()->addMenu(tr("C&ursors")));
-    QMenu* const output = menuBar()->addMenu(tr("Out&put"));
-    m_canvas->fillOutputMenu(*output);
-    PlotCanvas::holdInWindow(*output);
-    output->addSeparator();
-    output->addAction(tr("C&lose"), this, &QWidget::close)->setShortcut(QKeySequence::Close);
+    const PlotCanvas::Menus menus = m_canvas->addMenus(*menuBar());
+    menus.view->addSeparator();
+    menus.view->addAction(tr("&Refine"), this, &XyWin::sl_refine)->setShortcut(QKeySequence::Refresh);
+    menus.output->addSeparator();
+    menus.output->addAction(tr("C&lose"), this, &QWidget::close)->setShortcut(QKeySequence::Close);
     menuBar()
         ->addMenu(tr("H&elp"))
         ->addAction(tr("&Help"), this, &XyWin::sl_help)

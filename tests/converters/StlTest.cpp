@@ -348,7 +348,7 @@ TEST_F(Stl, clockThatIsSetWithinTheLogIsFollowed)
         STLObject log("a.csv");
         log.detect();
         const auto ts = import(log);
-        EXPECT_EQ(1U, log.found().clockChanges) << start << ' ' << step;
+        EXPECT_EQ(1U, log.found().lag.changes) << start << ' ' << step;
         EXPECT_EQ(0, ts->timeMode()) << start << ' ' << step;
         EXPECT_EQ(static_cast<float>(step), ts->dt());
         EXPECT_EQ(start - step, ts->startSeconds());
@@ -790,7 +790,7 @@ TEST_F(Stl, nothingIsReadWrongWithoutAWord)
         EXPECT_EQ(form.proven, log.format().orderBySteps);
         EXPECT_EQ(form.titles, log.found().losses.titleLines);
         EXPECT_EQ(form.troubles, log.found().troubleCount);
-        EXPECT_EQ(0U, log.found().clockChanges);
+        EXPECT_EQ(0U, log.found().lag.changes);
         EXPECT_EQ(std::string(form.what).starts_with("years above"), log.format().namesInDoubt);
     }
 }

@@ -566,6 +566,11 @@ TEST(PlotWindow, histogramAndXyPlotAreThoseOfTheIntervalAndCloseWithTheirWindow)
     EXPECT_FALSE(xy->path().isThinned());
     for (QWidget* const opened : {static_cast<QWidget*>(histogram), static_cast<QWidget*>(xy)})
         EXPECT_FALSE(opened->grab().isNull());
+    // What is being read again is not counted.
+    bins->setText(QStringLiteral("8"));
+    all[2]->forget();
+    histogram->sl_count();
+    EXPECT_TRUE(histogram->histogram().counts.empty());
     window->close();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_TRUE(histogram.isNull());

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "converters/PlainNumber.h"
 #include "converters/WordedDates.h"
 
 namespace veltrac {
@@ -31,6 +32,23 @@ double resolutionOf(std::string_view number, char decimal)
     const std::size_t digits = mark == std::string_view::npos ? 0 : number.size() - mark - 1;
     return digits >= kFine.size() || number.find_first_of("eE") != std::string_view::npos ? 0.0
                                                                                           : kFine[digits];
+}
+
+// A written number and how fine it is.
+struct ToldNumber
+{
+    double value;
+    double resolution;
+};
+
+std::optional<ToldNumber> toldNumber(std::string_view cell, const STLCells& cells)
+{
+    const char* at = cell.data();
+    const auto plain = takePlainNumber(at, cell.data() + cell.size(), cells.decimal);
+    if (plain && at == cell.data() + cell.size() && plain->places != 0)
+        return ToldNumber{plain->value(), plain->places < kFine.size() ? kFine[plain->places] : 0.0};
+    const auto number = readNumber(cell, cells);
+    return number ? std::optional(ToldNumber{*number, resolutionOf(cell, cells.decimal)}) : std::nullopt;
 }
 
 // Of two of them the difference fits, too.
@@ -164,7 +182,10 @@ Micros LocalDays::instantOf(Micros wall, Micros expected)
 // -- Times --
 
 STLClock::STLClock(const STLFormat& format)
-    : m_format(format), m_secondsPerUnit(secondsPerUnit(format)), m_dates(format.order)
+    : m_format(format),
+      m_secondsPerUnit(secondsPerUnit(format)),
+      m_unitsPerSecond(std::round(1.0 / m_secondsPerUnit)),
+      m_dates(format.order)
 {
 }
 
@@ -249,26 +270,26 @@ std::optional<Micros> STLClock::rareStamp(std::string_view cell, std::optional<M
 
 std::optional<double> STLClock::numberAt(std::string_view cell)
 {
-    const auto number = readNumber(cell, m_format.cells);
-    if (!number || std::fabs(*number * m_secondsPerUnit) > kMostSeconds)
+    const auto number = toldNumber(cell, m_format.cells);
+    if (!number || std::fabs(number->value * m_secondsPerUnit) > kMostSeconds)
         return std::nullopt;
     // Nanoseconds since 1970 have more digits than a double: those since the first row are exact.
     const std::optional<std::int64_t> ticks =
         m_format.timeSource == STLTimeSource::UnixNanoseconds ? nanosecondsIn(cell) : std::nullopt;
     // Divided where the unit is a part of a second, which rounds once.
     const auto inSeconds = [this](double n) {
-        return m_secondsPerUnit < 1.0 ? n / std::round(1.0 / m_secondsPerUnit) : n * m_secondsPerUnit;
+        return m_secondsPerUnit < 1.0 ? n / m_unitsPerSecond : n * m_secondsPerUnit;
     };
-    m_resolution = std::min(m_resolution, resolutionOf(cell, m_format.cells.decimal) * m_secondsPerUnit);
+    m_resolution = std::min(m_resolution, number->resolution * m_secondsPerUnit);
     if (!m_hasFirst) {
-        m_firstNumber = *number;
+        m_firstNumber = number->value;
         m_firstTicks = ticks;
-        m_firstSeconds = inSeconds(*number);
+        m_firstSeconds = inSeconds(number->value);
         if (m_format.timeSource != STLTimeSource::ElapsedSeconds)
             m_firstWall = static_cast<Micros>(std::llround(m_firstSeconds * kMicrosPerSecond));
     }
     return inSeconds(ticks && m_firstTicks ? static_cast<double>(*ticks - *m_firstTicks)
-                                           : *number - m_firstNumber);
+                                           : number->value - m_firstNumber);
 }
 
 bool STLClock::timeAt(std::string_view text, Micros& micros)

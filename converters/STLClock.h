@@ -142,7 +142,9 @@ private:
     std::optional<Micros> clockOf(std::span<const std::string_view> cells);
 
     const STLFormat& m_format;
-    double m_secondsPerUnit;  // of times that are numbers
+    // Of times that are numbers: seconds a one, and how many make a second where that is less.
+    double m_secondsPerUnit;
+    double m_unitsPerSecond;
     DateCells m_dates;
     ClockChanges m_changes;
     int m_unreadable = -1;

@@ -111,6 +111,20 @@ void STLRows::read(Piece& piece) const
     }
 }
 
+// For another row.
+void STLRows::makeRoom(Piece& piece) const
+{
+    const std::size_t rows = piece.rows + 1;
+    const std::size_t columns = std::max<std::size_t>(1, m_format.columns.size());
+    if (piece.cells.size() >= rows * columns)
+        return;
+    constexpr std::size_t kCellsAtFirst = 4096;
+    const std::size_t room = std::max(kCellsAtFirst / columns, 2 * rows);
+    piece.cells.resize(room * columns);
+    piece.values.resize(room * m_takenColumns.size());
+    piece.times.resize(timesAreWanted() ? room : 0);
+}
+
 STLRows::Kind STLRows::readLine(Piece& piece, std::string_view text, Desk& desk, Found& found, Odd& odd) const
 {
     if (!holdsData(text))
@@ -121,11 +135,7 @@ STLRows::Kind STLRows::readLine(Piece& piece, std::string_view text, Desk& desk,
         odd.cellTroubles = found.troubles.size();
         return Kind::NoCells;
     }
-    const std::size_t columns = m_format.columns.size();
-    if (piece.cells.size() < (piece.rows + 1) * columns)
-        piece.cells.resize(std::max((piece.rows + 1) * columns, 2 * piece.cells.size()));
-    if (piece.values.size() < (piece.rows + 1) * m_takenColumns.size())
-        piece.values.resize(std::max((piece.rows + 1) * m_takenColumns.size(), 2 * piece.values.size()));
+    makeRoom(piece);
     const std::span<std::string_view> cells = cellsOf(piece, piece.rows);
     const std::span<float> values = valuesOf(piece, piece.rows);
     if (m_plain.read(text, cells, values, desk.unread)) {
@@ -138,6 +148,8 @@ STLRows::Kind STLRows::readLine(Piece& piece, std::string_view text, Desk& desk,
         std::iota(desk.unread.begin(), desk.unread.end(), std::size_t{0});
     }
     odd.cellTroubles = found.troubles.size();
+    if (timesAreWanted())
+        piece.times[piece.rows] = m_clock.reader().read(cells);
     ++piece.rows;
     if (!m_numbersTexts)
         for (const std::size_t i : desk.unread)
@@ -200,8 +212,8 @@ void STLRows::show(Piece& piece, Place& place)
     }
     if (line.kind == Kind::Cells) {
         m_values = valuesOf(piece, place.row);
-        m_hasRow = readTime(cellsOf(piece, place.row)) &&
-                   (!(line.isOdd || m_numbersTexts) || takeOddValues(piece, place));
+        m_hasRow =
+            readTime(piece, place.row) && (!(line.isOdd || m_numbersTexts) || takeOddValues(piece, place));
         ++place.row;
     }
     place.odd += line.isOdd ? 1 : 0;
@@ -209,11 +221,17 @@ void STLRows::show(Piece& piece, Place& place)
     m_losses.skippedLines += line.kind >= Kind::NoCells && !m_hasRow ? 1 : 0;
 }
 
-bool STLRows::readTime(std::span<const std::string_view> cells)
+bool STLRows::timesAreWanted() const
 {
-    if (m_format.timeSource == STLTimeSource::Typed || m_pass == STLPass::WithoutTimes)
+    return m_format.timeSource != STLTimeSource::Typed && m_pass == STLPass::Whole;
+}
+
+bool STLRows::readTime(Piece& piece, std::size_t row)
+{
+    if (!timesAreWanted())
         return true;
-    const std::optional<double> seconds = m_clock.read(cells);
+    const std::span<const std::string_view> cells = cellsOf(piece, row);
+    const std::optional<double> seconds = m_clock.read(cells, piece.times[row]);
     if (seconds && std::fabs(*seconds) <= kFarthest) {
         m_seconds = *seconds;
         return true;

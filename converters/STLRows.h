@@ -118,6 +118,7 @@ private:
         std::size_t rows = 0;                 // lines with cells
         std::vector<std::string_view> cells;  // of each row as many as columns
         std::vector<float> values;            // and as many as are taken
+        std::vector<STLTimeText> times;       // and one, where times are wanted
         std::vector<STLTrouble> troubles;     // their lines counted from 1 in the piece
     };
     // How far a piece has been given out.
@@ -137,13 +138,15 @@ private:
     void passHead();
     bool take(Piece& piece);
     void read(Piece& piece) const;
+    void makeRoom(Piece& piece) const;
     Kind readLine(Piece& piece, std::string_view text, Desk& desk, Found& found, Odd& odd) const;
     Kind readCells(Piece& piece, std::string_view text, std::vector<std::string_view>& cells,
                    Found& found) const;
     bool holdsData(std::string_view line) const;
     // Gives the next line of a piece to the clock, and where it is a row, its values.
     void show(Piece& piece, Place& place);
-    bool readTime(std::span<const std::string_view> cells);
+    bool timesAreWanted() const;
+    bool readTime(Piece& piece, std::size_t row);
     bool takeOddValues(Piece& piece, const Place& place);
     std::span<std::string_view> cellsOf(Piece& piece, std::size_t row) const;
     std::span<float> valuesOf(Piece& piece, std::size_t row) const;

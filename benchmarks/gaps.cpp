@@ -10,6 +10,7 @@
 #include <QFileDialog>
 #include <QInputDialog>
 #include <QLineEdit>
+#include <QMenu>
 #include <QMessageBox>
 #include <QPointer>
 #include <QProgressDialog>
@@ -40,6 +41,9 @@
 #include "portal/MyApplication.h"
 #include "portal/TsApplication.h"
 #include "share/JobProgress.h"
+#include "share/PlotCanvas.h"
+#include "share/SubWindow.h"
+#include "share/ValuePlots.h"
 
 using namespace veltrac;
 
@@ -237,6 +241,19 @@ QWidget* movingAverage()
     return window;
 }
 
+// Opens a plot of values by the first entry of its menu.
+std::function<void(QWidget*)> valuePlot(void (*addMenu)(QMenu&, SubWindow&, PlotCanvas&))
+{
+    return [addMenu](QWidget* window) {
+        QMenu menu;
+        addMenu(menu, dynamic_cast<SubWindow&>(*window), *window->findChild<PlotCanvas*>());
+        QAction* entry = menu.actions().front();
+        while (entry->menu() != nullptr)
+            entry = entry->menu()->actions().front();
+        entry->trigger();
+    };
+}
+
 // Until nothing is left to be computed beside the event loop.
 void selectAll(QWidget* window)
 {
@@ -264,6 +281,8 @@ std::vector<Job> jobs(std::uint32_t samples)
     return {
         {"first picture, all columns", {}, [](QWidget*) { open(SubProgram::Plot, kTwo); }},
         {"first picture, one column", {}, [](QWidget*) { open(SubProgram::PlotColumn, kOne); }},
+        {"histogram", windowOf(SubProgram::Plot, kTwo), valuePlot(addHistogramMenu)},
+        {"X-Y plot", windowOf(SubProgram::Plot, kTwo), valuePlot(addXyMenus)},
         {"derivative", windowOf(SubProgram::Derivative), executed},
         {"integral", windowOf(SubProgram::Integral), executed},
         {"filter", windowOf(SubProgram::Filter), executed},

@@ -62,6 +62,7 @@ STLTextFields::STLTextFields(QWidget* parent)
       m_missing(new QLineEdit),
       m_other(new QPushButton)
 {
+    setFocusPolicy(Qt::NoFocus);  // it follows the field that has the focus
     m_other->hide();
     auto* const form = new QFormLayout;
     form->addRow(m_file);

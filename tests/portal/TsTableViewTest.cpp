@@ -277,7 +277,8 @@ TEST(TsTableView, DraggingTheMouseSelectsOverTheEdgeOfTheShownMillionRows)
     QTest::mousePress(port, Qt::LeftButton, Qt::NoModifier, from);
     const QPoint below(from.x(), port->height() + 100);
     for (int i = 0; i < 3; ++i) {
-        QMouseEvent move(QEvent::MouseMove, below, Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
+        QMouseEvent move(QEvent::MouseMove, below, port->mapToGlobal(below), Qt::NoButton, Qt::LeftButton,
+                         {});
         QApplication::sendEvent(port, &move);
     }
     QTest::mouseRelease(port, Qt::LeftButton, Qt::NoModifier, below);

@@ -41,7 +41,7 @@ public:
     void registerWriter(const QString& path) override { m_writers << path; }
     void unregisterWriter(const QString& path) override { m_writers.removeOne(path); }
     bool isOpenForWriting(const QString& path) const override { return m_writers.contains(path); }
-    int writers() const { return m_writers.size(); }
+    int writers() const { return static_cast<int>(m_writers.size()); }
 
 private:
     QStringList m_writers;

@@ -262,6 +262,11 @@ TEST_F(Desktop, FitsASmallScreenWithLargeLettersAndCutsNoText)
                 EXPECT_TRUE(area == nullptr ||
                             area->viewport()->width() >= area->widget()->minimumSizeHint().width())
                     << where << area->metaObject()->className() << " is narrower than its form";
+                // What is shortened had no room for more.
+                const auto* const label = qobject_cast<const QLabel*>(widget);
+                EXPECT_FALSE(label != nullptr && label->text().endsWith(QChar(0x2026)) &&
+                             label->fontMetrics().horizontalAdvance(label->toolTip()) <= label->width())
+                    << where << nameOf(*widget);
                 const QSize needed = neededBy(*widget);
                 EXPECT_TRUE(widget->width() >= needed.width() && widget->height() >= needed.height())
                     << where << nameOf(*widget) << " is cut";

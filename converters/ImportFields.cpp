@@ -2,11 +2,12 @@
 
 #include <QComboBox>
 #include <QDateTime>
+#include <QEvent>
 #include <QFormLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QScrollArea>
+#include <QScrollBar>
 #include <QString>
 #include <QVBoxLayout>
 
@@ -89,13 +90,33 @@ QPushButton* importButton(const char* text, const char* help)
     return button;
 }
 
-void scrollForm(QScrollArea& area, QLayout* form)
+ScrolledForm::ScrolledForm(QWidget* parent) : QScrollArea(parent)
+{
+    setFocusPolicy(Qt::NoFocus);  // it follows the field that has the focus
+    setFrameShape(QFrame::NoFrame);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setWidgetResizable(true);
+}
+
+void ScrolledForm::setForm(QLayout* form)
 {
     auto* const inner = new QWidget;
     inner->setLayout(form);
-    area.setWidget(inner);
-    area.setWidgetResizable(true);
-    area.setFrameShape(QFrame::NoFrame);
+    setWidget(inner);
+}
+
+QSize ScrolledForm::minimumSizeHint() const
+{
+    const int bar = verticalScrollBar()->sizeHint().width();
+    return {(widget() == nullptr ? 0 : widget()->minimumSizeHint().width()) + bar,
+            QScrollArea::minimumSizeHint().height()};
+}
+
+bool ScrolledForm::eventFilter(QObject* watched, QEvent* event)
+{
+    if (event->type() == QEvent::LayoutRequest)
+        updateGeometry();
+    return QScrollArea::eventFilter(watched, event);
 }
 
 QString wallFieldText(Micros wall)

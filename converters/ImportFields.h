@@ -1,6 +1,8 @@
 // What the fields of the import windows have in common.
 #pragma once
 
+#include <QScrollArea>
+
 #include <initializer_list>
 
 #include "core/WallClock.h"
@@ -11,7 +13,6 @@ class QLabel;
 class QLayout;
 class QLineEdit;
 class QPushButton;
-class QScrollArea;
 class QString;
 class QWidget;
 
@@ -42,8 +43,18 @@ void showReason(QLineEdit* field, QLabel* label, const QString& reason);
 // A push button of the row below; Enter presses the one that has the focus.
 QPushButton* importButton(const char* text, const char* help);
 
-// Puts a form into an area that scrolls where it is low.
-void scrollForm(QScrollArea& area, QLayout* form);
+// A form that is scrolled where it is low, and never narrower than its fields.
+class ScrolledForm : public QScrollArea
+{
+public:
+    explicit ScrolledForm(QWidget* parent);
+
+    QSize minimumSizeHint() const override;
+
+protected:
+    void setForm(QLayout* form);
+    bool eventFilter(QObject* watched, QEvent* event) override;
+};
 
 // A start of a series as a field shows it; empty for none.
 QString wallFieldText(Micros wall);

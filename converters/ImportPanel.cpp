@@ -58,7 +58,7 @@ QWidget* ImportPanel::buildButtons(const Tips& tips, QPushButton* first)
     if (first != nullptr)
         layout->addWidget(first);
     QPushButton* const help = importButton("&Help", tips.help);
-    m_check = importButton("&Check only", tips.check);
+    m_check = importButton("Check onl&y", tips.check);
     m_import = importButton("&Import", "Make the ts-file (Enter).");
     QPushButton* const cancel = importButton("&Cancel", "Close the window and make nothing (Escape).");
     connect(help, &QPushButton::clicked, this, &ImportPanel::sl_help);

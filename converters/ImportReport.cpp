@@ -24,6 +24,7 @@ QTableWidget* troubleTable(const QVector<ImportTrouble>& troubles)
     auto* const table = new QTableWidget(static_cast<int>(troubles.size()), 4);
     table->setHorizontalHeaderLabels({QStringLiteral("Place"), QStringLiteral("Column"),
                                       QStringLiteral("Trouble"), QStringLiteral("What stands there")});
+    table->setAccessibleName(QStringLiteral("Places that were not understood"));
     table->setEditTriggers(QAbstractItemView::NoEditTriggers);
     table->setSelectionBehavior(QAbstractItemView::SelectRows);
     table->setTabKeyNavigation(false);

@@ -6,7 +6,6 @@
 #include <QLineEdit>
 #include <QScopedValueRollback>
 
-#include "converters/ImportFields.h"
 #include "converters/ImportTexts.h"
 #include "share/HeaderText.h"
 #include "share/NumberField.h"
@@ -21,7 +20,7 @@ constexpr double kMostRows = 4294967295.0;
 }  // namespace
 
 STLResultFields::STLResultFields(QWidget* parent)
-    : QScrollArea(parent),
+    : ScrolledForm(parent),
       m_target(new QLineEdit),
       m_description(new QLineEdit),
       m_fromRow(new NumberField(QStringLiteral("1"))),
@@ -46,7 +45,7 @@ STLResultFields::STLResultFields(QWidget* parent)
     addRow(form, "&Missing become", m_fill, "What stands in the ts-file for a missing value.");
     addRow(form, "Size", m_size, "What the ts-file takes on the disk.");
     form->addRow(m_head);
-    scrollForm(*this, form);
+    setForm(form);
 
     const auto changed = [this] {
         if (!m_filling)

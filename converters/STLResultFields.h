@@ -1,8 +1,7 @@
 // The fields of an STL import that tell what the ts-file becomes.
 #pragma once
 
-#include <QScrollArea>
-
+#include "converters/ImportFields.h"
 #include "converters/STLFormat.h"
 
 class QComboBox;
@@ -13,7 +12,7 @@ namespace veltrac {
 
 class NumberField;
 
-class STLResultFields : public QScrollArea
+class STLResultFields : public ScrolledForm
 {
     Q_OBJECT
 

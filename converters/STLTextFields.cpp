@@ -8,7 +8,6 @@
 #include <QScopedValueRollback>
 #include <QSpinBox>
 
-#include "converters/ImportFields.h"
 #include "converters/ImportTexts.h"
 
 namespace veltrac {
@@ -46,7 +45,7 @@ std::vector<std::string> wordsOf(const QString& text)
 }  // namespace
 
 STLTextFields::STLTextFields(QWidget* parent)
-    : QScrollArea(parent),
+    : ScrolledForm(parent),
       m_file(wrappedLabel()),
       m_encoding(choiceBox({{"UTF-8", static_cast<int>(STLEncoding::Utf8)},
                             {"Windows-1252", static_cast<int>(STLEncoding::Windows1252)}})),
@@ -78,7 +77,7 @@ STLTextFields::STLTextFields(QWidget* parent)
     addRow(form, "&Missing markers", m_missing,
            "Cells with one of these are missing values, small letters or capitals; blanks between them. "
            "Empty cells are missing anyway.");
-    scrollForm(*this, form);
+    setForm(form);
 
     const auto linesChanged = [this] {
         if (!m_filling)

@@ -1,8 +1,7 @@
 // The fields of an STL import that tell how its text is written.
 #pragma once
 
-#include <QScrollArea>
-
+#include "converters/ImportFields.h"
 #include "converters/STLFormat.h"
 
 class QComboBox;
@@ -13,7 +12,7 @@ class QSpinBox;
 
 namespace veltrac {
 
-class STLTextFields : public QScrollArea
+class STLTextFields : public ScrolledForm
 {
     Q_OBJECT
 

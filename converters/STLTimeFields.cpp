@@ -7,7 +7,6 @@
 #include <QLineEdit>
 #include <QScopedValueRollback>
 
-#include "converters/ImportFields.h"
 #include "converters/ImportTexts.h"
 #include "share/NumberField.h"
 
@@ -20,7 +19,7 @@ constexpr int kTypedStepDigits = 12;
 }  // namespace
 
 STLTimeFields::STLTimeFields(QWidget* parent)
-    : QScrollArea(parent),
+    : ScrolledForm(parent),
       m_source(choiceBox({{"Start and step below", static_cast<int>(STLTimeSource::Typed)},
                           {"A column of dates or stamps", static_cast<int>(STLTimeSource::Stamp)},
                           {"A date and a time column", static_cast<int>(STLTimeSource::DateAndTime)},
@@ -53,7 +52,7 @@ STLTimeFields::STLTimeFields(QWidget* parent)
     m_resampleStep->setPlaceholderText(QStringLiteral("the typical step"));
     m_step->setCheck(
         [](double number) { return number > 0 ? QString() : QStringLiteral("This must be above 0."); });
-    scrollForm(*this, buildForm());
+    setForm(buildForm());
 
     const auto changed = [this] {
         if (!m_filling)

@@ -1,8 +1,7 @@
 // The fields of an STL import that tell where the rows' times come from and what becomes of them.
 #pragma once
 
-#include <QScrollArea>
-
+#include "converters/ImportFields.h"
 #include "converters/STLCheck.h"
 
 class QComboBox;
@@ -13,7 +12,7 @@ namespace veltrac {
 
 class NumberField;
 
-class STLTimeFields : public QScrollArea
+class STLTimeFields : public ScrolledForm
 {
     Q_OBJECT
 

@@ -66,6 +66,7 @@ FilterFields::FilterFields(QWidget* parent)
     }
     m_types->setMaxVisibleItems(m_types->count());
     m_types->setAccessibleName(QStringLiteral("Filter type"));
+    m_rate->setWhatsThis(QStringLiteral("How many samples a second the source has."));
     addRow(QStringLiteral("Sampling freq [Hz]:"), m_rate);
     addRow(QStringLiteral("Filter &type:"), m_types);
     for (const FieldRow& row : kFields) {

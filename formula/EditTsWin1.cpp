@@ -137,6 +137,7 @@ QWidget* EditTsWin::createFormula()
     m_target = new QComboBox(panel);
     m_target->setFixedWidth(kTargetWidth);
     m_target->setAccessibleName(QStringLiteral("Target row"));
+    m_target->setWhatsThis(QStringLiteral("The row below whose column takes the results."));
     m_formula = new QLineEdit(panel);
     m_formula->setToolTip(QLatin1String(kFormulaTip));
     m_formula->setAccessibleName(QStringLiteral("Formula"));

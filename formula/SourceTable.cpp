@@ -67,6 +67,8 @@ void SourceTable::addSource(const QString& file, unsigned column)
     auto* const row = new EditVariable(index, this, this);
     connect(row, &EditVariable::x_file_chosen, this, &SourceTable::openFile);
     connect(row, &EditVariable::x_changed, this, &SourceTable::x_changed);
+    for (int c = 0; c < columnCount(); ++c)
+        cellWidget(index - 1, c)->setWhatsThis(QLatin1String(kColumns[c].tip));
     m_sources.push_back(row);
     row->choose(file, column);
     emit x_changed();

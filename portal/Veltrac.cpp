@@ -51,7 +51,7 @@ constexpr int kHelpHeight = 650;
 
 }  // namespace
 
-VeltracWin::VeltracWin(QWidget* parent) : QMainWindow(parent)
+VeltracWin::VeltracWin(QWidget* parent) : ReadingWindow(parent)
 {
     loadResources();
     setInstance(this);
@@ -298,7 +298,7 @@ void VeltracWin::closeEvent(QCloseEvent* event)
             return;
         }
     }
-    QMainWindow::closeEvent(event);
+    ReadingWindow::closeEvent(event);
 }
 
 void VeltracWin::setVisible(bool visible)
@@ -307,7 +307,7 @@ void VeltracWin::setVisible(bool visible)
         fitToScreen(*this);
         explainByTips(*this);
     }
-    QMainWindow::setVisible(visible);
+    ReadingWindow::setVisible(visible);
 }
 
 void VeltracWin::dragEnterEvent(QDragEnterEvent* event)

@@ -4,7 +4,6 @@
 // handed to sub-programs as the directory shows them.
 #pragma once
 
-#include <QMainWindow>
 #include <QPointer>
 
 #include <vector>
@@ -22,7 +21,7 @@
 class QLabel;
 class PsConfigDialog;
 
-class VeltracWin : public QMainWindow, public TsApplication
+class VeltracWin : public veltrac::ReadingWindow, public TsApplication
 {
     Q_OBJECT
 

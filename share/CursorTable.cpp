@@ -76,6 +76,18 @@ void CursorTable::showEvent(QShowEvent* event)
     fill();
 }
 
+void CursorTable::resizeEvent(QResizeEvent* event)
+{
+    QWidget::resizeEvent(event);
+    showTimes();
+}
+
+// As much of the text as there is room for.
+void CursorTable::showTimes()
+{
+    m_times->setText(m_times->fontMetrics().elidedText(m_times->toolTip(), Qt::ElideRight, m_times->width()));
+}
+
 void CursorTable::fill()
 {
     if (!isVisible())
@@ -90,8 +102,8 @@ void CursorTable::fill()
                 tr("In view: %1 to %2")
                     .arg(QString::fromStdString(xText(plot, interval.x1)),
                          QString::fromStdString(xText(plot, interval.x2)));
-    m_times->setText(m_times->fontMetrics().elidedText(text, Qt::ElideRight, m_times->width()));
     m_times->setToolTip(text);
+    showTimes();
 
     const std::vector<IntervalRow> rows = intervalRows(plot);
     m_table->setRowCount(static_cast<int>(rows.size()));

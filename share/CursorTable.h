@@ -26,9 +26,11 @@ public:
 
 protected:
     void showEvent(QShowEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
     void fill();
+    void showTimes();
     void fillRow(int row, const IntervalFields& fields, const QColor& color);
     void fitColumns();
 

@@ -103,7 +103,7 @@ struct PictureFields
           height(new NumberField(QString::number(request.heightMm, 'g', 4))),
           dots(new NumberField(QString::number(request.dotsPerInch))),
           ground(new QComboBox),
-          cursors(new QCheckBox(QObject::tr("With the &cursors")))
+          cursors(new QCheckBox(QObject::tr("With the c&ursors")))
     {
         for (const PictureFormat& row : kPictureFormats)
             format->addItem(QObject::tr(row.name));

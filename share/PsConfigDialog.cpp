@@ -55,8 +55,8 @@ PsConfigDialog::PsConfigDialog(PsParameters* parameters, QWidget* owner)
     // Side by side: one below another they would be higher than a small screen.
     auto* const groups = new QGridLayout;
     groups->addWidget(makeTextGroup(), 0, 0);
-    groups->addWidget(makePageGroup(), 0, 1, 2, 1);
     groups->addWidget(makeGridGroup(), 1, 0);
+    groups->addWidget(makePageGroup(), 0, 1, 2, 1);
     column->addLayout(groups);
     m_reason = new QLabel(centre);
     m_reason->setWordWrap(true);

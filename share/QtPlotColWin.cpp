@@ -63,6 +63,7 @@ void QtPlotColWin::createActions()
     fileMenu()->insertAction(fileMenu()->actions().at(1), save);
     m_columns->setSizeAdjustPolicy(QComboBox::AdjustToContents);
     m_columns->setAccessibleName(tr("Column"));
+    m_columns->setWhatsThis(tr("The column that is plotted."));
     m_columns->setFocusPolicy(Qt::ClickFocus);
     toolBar()->addSeparator();
     toolBar()->addAction(previous);

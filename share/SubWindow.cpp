@@ -5,11 +5,10 @@
 #include <QScreen>
 
 #include "share/JobProgress.h"
-#include "share/WindowManners.h"
 
 namespace veltrac {
 
-SubWindow::SubWindow(QWidget* parent) : QMainWindow(parent)
+SubWindow::SubWindow(QWidget* parent) : ReadingWindow(parent)
 {
     // By the name that windowGone() gives it, for connections that wait in the queue.
     qRegisterMetaType<subWindow>("subWindow");
@@ -36,11 +35,10 @@ void SubWindow::setVisible(bool visible)
 {
     if (visible && !m_wasShown) {
         fitToScreen(*this);
-        tabAsRead(*this);
         explainByTips(*this);
     }
     m_wasShown = m_wasShown || visible;
-    QMainWindow::setVisible(visible);
+    ReadingWindow::setVisible(visible);
 }
 
 void SubWindow::closeEvent(QCloseEvent* event)

@@ -2,9 +2,8 @@
 // gone and that they have changed the directory.
 #pragma once
 
-#include <QMainWindow>
-
 #include "core/SampleRange.h"
+#include "share/WindowManners.h"
 
 // What windowGone() hands over: only good for comparing, the window is about to be deleted.
 using subWindow = QWidget*;
@@ -13,7 +12,7 @@ namespace veltrac {
 
 inline constexpr int kMessageMs = 8000;  // how long the status bar shows what was done
 
-class SubWindow : public QMainWindow
+class SubWindow : public ReadingWindow
 {
     Q_OBJECT
 

@@ -87,6 +87,9 @@ VariableDock::VariableDock(PlotCanvas* canvas, QWidget* parent)
     m_tree->header()->setSectionResizeMode(kUnit, QHeaderView::ResizeToContents);
     m_tree->header()->setSectionResizeMode(kAxis, QHeaderView::ResizeToContents);
     m_tree->header()->setStretchLastSection(false);
+    // Room for a name of the usual length, whatever the letters are.
+    constexpr int kLetters = 34;
+    m_tree->setMinimumWidth(kLetters * m_tree->fontMetrics().averageCharWidth());
     m_tree->setContextMenuPolicy(Qt::CustomContextMenu);
     m_tree->setIndentation(kIndentation);
     m_tree->header()->setMinimumSectionSize(20);

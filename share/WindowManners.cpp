@@ -1,7 +1,6 @@
 #include "share/WindowManners.h"
 
 #include <QLabel>
-#include <QLayout>
 #include <QWidget>
 
 #include <algorithm>
@@ -11,13 +10,13 @@ namespace veltrac {
 
 namespace {
 
-// The widgets of a part in the order of reading: those whose middle lies beside the first of a row belong to
-// it.
+// The visible widgets of a part in the order of reading: those belong to a row whose middle lies beside the
+// first of it, or the other way round.
 std::vector<QWidget*> asRead(const QWidget& part)
 {
     std::vector<QWidget*> left;
     for (QWidget* const child : part.findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly))
-        if (!child->isWindow())
+        if (!child->isWindow() && child->isVisible())
             left.push_back(child);
     std::stable_sort(left.begin(), left.end(),
                      [](const QWidget* a, const QWidget* b) { return a->y() < b->y(); });
@@ -26,8 +25,8 @@ std::vector<QWidget*> asRead(const QWidget& part)
         // What has no height lies above its own middle: it begins its row all the same.
         const QRect first = left.front()->geometry();
         const int bottom = std::max(first.bottom(), first.center().y());
-        const auto rest = std::stable_partition(left.begin(), left.end(), [bottom](const QWidget* w) {
-            return w->geometry().center().y() <= bottom;
+        const auto rest = std::stable_partition(left.begin(), left.end(), [&](const QWidget* w) {
+            return w->geometry().center().y() <= bottom || w->y() <= first.center().y();
         });
         std::stable_sort(left.begin(), rest,
                          [](const QWidget* a, const QWidget* b) { return a->x() < b->x(); });
@@ -48,17 +47,13 @@ void collectStops(const QWidget& part, std::vector<QWidget*>& stops)
 
 }  // namespace
 
-void tabAsRead(QWidget& window)
+bool ReadingWindow::focusNextPrevChild(bool next)
 {
-    if (window.layout() != nullptr)
-        window.layout()->activate();
-    for (QWidget* const part : window.findChildren<QWidget*>())
-        if (part->layout() != nullptr)
-            part->layout()->activate();
     std::vector<QWidget*> stops;
-    collectStops(window, stops);
+    collectStops(*this, stops);
     for (std::size_t i = 1; i < stops.size(); ++i)
         QWidget::setTabOrder(stops[i - 1], stops[i]);
+    return QMainWindow::focusNextPrevChild(next);
 }
 
 void explainByTips(QWidget& window)

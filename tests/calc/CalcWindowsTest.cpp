@@ -442,7 +442,8 @@ TEST_F(CalcWindows, SpectrogramShowsTheSpectrumAndTheCourseWhereItIsClicked)
     const int x = area.center().x();
     EXPECT_GT(qGray(shown.pixel(x, tone)), 200);
     EXPECT_LT(qGray(shown.pixel(x, area.top() + area.height() / 4)), 100);
-    QMouseEvent move(QEvent::MouseMove, QPoint(x, tone), Qt::NoButton, Qt::NoButton, Qt::NoModifier);
+    QMouseEvent move(QEvent::MouseMove, QPoint(x, tone), canvas->mapToGlobal(QPoint(x, tone)), Qt::NoButton,
+                     Qt::NoButton, Qt::NoModifier);
     QApplication::sendEvent(canvas, &move);
     QTest::mouseClick(canvas, Qt::LeftButton, Qt::NoModifier, QPoint(x, tone));
     ASSERT_EQ(canvas->plot().groups().size(), 2U);
@@ -473,10 +474,10 @@ TEST_F(CalcWindows, SpectrogramShowsTheSpectrumAndTheCourseWhereItIsClicked)
     const double high = cells.high;
     const QPoint from(bar.right() - 2, bar.center().y());
     QTest::mousePress(canvas, Qt::LeftButton, Qt::NoModifier, from);
-    QMouseEvent drag(QEvent::MouseMove, from - QPoint(bar.width() / 2, 0), Qt::LeftButton, Qt::LeftButton,
-                     {});
+    const QPoint to = from - QPoint(bar.width() / 2, 0);
+    QMouseEvent drag(QEvent::MouseMove, to, canvas->mapToGlobal(to), Qt::LeftButton, Qt::LeftButton, {});
     QApplication::sendEvent(canvas, &drag);
-    QTest::mouseRelease(canvas, Qt::LeftButton, Qt::NoModifier, from - QPoint(bar.width() / 2, 0));
+    QTest::mouseRelease(canvas, Qt::LeftButton, Qt::NoModifier, to);
     EXPECT_NEAR(cells.high - cells.low, 0.5 * (high - cells.low), 0.05 * high);
     const QList<PlotCanvas*> canvases = window.findChildren<PlotCanvas*>();
     const auto cut = std::find_if(canvases.begin(), canvases.end(), [](const PlotCanvas* one) {

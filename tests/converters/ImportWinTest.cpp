@@ -130,7 +130,7 @@ TEST_F(ImportWin, hopelessFileCannotBeImported)
     window.setAttribute(Qt::WA_DeleteOnClose, false);
     window.show();
     EXPECT_TRUE(hasButton(window, "&Import", false));
-    EXPECT_TRUE(hasButton(window, "&Check only", false));
+    EXPECT_TRUE(hasButton(window, "Check onl&y", false));
     bool told = false;
     for (const QLabel* label : window.findChildren<QLabel*>())
         told = told || label->text() == QStringLiteral("No line of numbers was found in words.stl.");

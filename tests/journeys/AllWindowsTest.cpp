@@ -3,12 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include <QAccessible>
 #include <QComboBox>
-#include <QGroupBox>
-#include <QLabel>
 #include <QLineEdit>
-#include <QMenuBar>
 #include <QPointer>
 #include <QStatusBar>
 #include <QTest>
@@ -84,49 +80,6 @@ TEST_F(AllWindows, OpenSideBySideAndLeaveNothingBehind)
     for (QWidget* const window : windows)
         close(window);
     EXPECT_EQ(m_directory.fileCount(), 1U);
-}
-
-// What a widget shows behind Alt and a letter.
-QString mnemonicTextOf(const QWidget& widget)
-{
-    if (const auto* const label = qobject_cast<const QLabel*>(&widget))
-        return label->buddy() == nullptr ? QString() : label->text();
-    if (const auto* const button = qobject_cast<const QAbstractButton*>(&widget))
-        return button->text();
-    const auto* const group = qobject_cast<const QGroupBox*>(&widget);
-    return group == nullptr ? QString() : group->title();
-}
-
-TEST_F(AllWindows, WhatTakesKeysHasANameAndNoLetterStandsForTwoThings)
-{
-    for (const SubProgram kind :
-         {SubProgram::Header, SubProgram::List, SubProgram::Edit, SubProgram::Plot, SubProgram::PlotColumn,
-          SubProgram::Formula, SubProgram::Derivative, SubProgram::Spectrum, SubProgram::Filter}) {
-        auto* const window = open<SubWindow>(kind);
-        ASSERT_NE(window, nullptr);
-        const std::string title = window->windowTitle().toStdString();
-        QStringList texts;
-        for (const QMenuBar* const bar : window->findChildren<QMenuBar*>())
-            for (const QAction* const action : bar->actions())
-                texts << action->text();
-        for (QWidget* const widget : window->findChildren<QWidget*>()) {
-            if (!widget->isVisibleTo(window))
-                continue;
-            texts << mnemonicTextOf(*widget);
-            if (widget->focusPolicy() == Qt::NoFocus || widget->objectName().startsWith("qt_"))
-                continue;
-            const QAccessibleInterface* const face = QAccessible::queryAccessibleInterface(widget);
-            EXPECT_TRUE(face != nullptr && !face->text(QAccessible::Name).isEmpty())
-                << title << ": " << widget->metaObject()->className();
-        }
-        QString letters;
-        for (const QString& text : texts)
-            if (const QKeySequence key = QKeySequence::mnemonic(text); !key.isEmpty()) {
-                EXPECT_FALSE(letters.contains(key.toString())) << title << ": " << text.toStdString();
-                letters += key.toString() + QLatin1Char(' ');
-            }
-        close(window);
-    }
 }
 
 TEST_F(AllWindows, FormulaWritesTheColumnThatTheOthersThenRead)

@@ -41,7 +41,7 @@ public:
     void registerWriter(const QString& path) override { m_writers << path; }
     void unregisterWriter(const QString& path) override { m_writers.removeOne(path); }
     bool isOpenForWriting(const QString& path) const override { return m_writers.contains(path); }
-    int writers() const { return m_writers.size(); }
+    int writers() const { return static_cast<int>(m_writers.size()); }
 
 private:
     QStringList m_writers;
@@ -277,7 +277,8 @@ TEST(TsTableView, DraggingTheMouseSelectsOverTheEdgeOfTheShownMillionRows)
     QTest::mousePress(port, Qt::LeftButton, Qt::NoModifier, from);
     const QPoint below(from.x(), port->height() + 100);
     for (int i = 0; i < 3; ++i) {
-        QMouseEvent move(QEvent::MouseMove, below, Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
+        QMouseEvent move(QEvent::MouseMove, below, port->mapToGlobal(below), Qt::NoButton, Qt::LeftButton,
+                         {});
         QApplication::sendEvent(port, &move);
     }
     QTest::mouseRelease(port, Qt::LeftButton, Qt::NoModifier, below);

@@ -678,7 +678,7 @@ TEST(VeltracTest, whatsThisTextsBeginWithTheImageOfTheirAction)
         if (action->whatsThis().isEmpty() || action->icon().isNull())
             continue;
         ++count;
-        const int begin = action->whatsThis().indexOf(QLatin1Char('"')) + 1;
+        const auto begin = action->whatsThis().indexOf(QLatin1Char('"')) + 1;
         EXPECT_TRUE(action->whatsThis().startsWith(QStringLiteral("<p><img src=\":img_")));
         const QString image = action->whatsThis().mid(begin, action->whatsThis().indexOf('"', begin) - begin);
         EXPECT_FALSE(QImage(image).isNull()) << image.toStdString();
@@ -734,7 +734,7 @@ TEST(VeltracTest, showsByItselfWhatComesAndGoesAndNothingMovesUnderTheUser)
     EXPECT_EQ(portal.table().item(portal.table().rowAt(0), 0)->text(), top);
     EXPECT_EQ(portal.table().selectedItems().first()->text(), "run103.ts");
     EXPECT_TRUE(portal.directoryLine().endsWith("with 101 off ts-files."));
-    const int changed = sorted.indexOf("run160.ts");
+    const int changed = static_cast<int>(sorted.indexOf("run160.ts"));
     EXPECT_TRUE(QTest::qWaitFor([&] { return portal.table().item(changed, 3)->text() == "2.500"; }, 8000));
 }
 

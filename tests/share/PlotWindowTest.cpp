@@ -387,7 +387,8 @@ TEST_F(PlotCanvasTest, keysZoomAboutTheCursorAndTheReadOutFollowsTheView)
 {
     plot().setCursor(Plot2D::A, 7.0);
     QTest::mouseMove(&m_canvas, at(4.0));
-    QMouseEvent move(QEvent::MouseMove, at(4.0), Qt::NoButton, Qt::NoButton, {});
+    QMouseEvent move(QEvent::MouseMove, at(4.0), m_canvas.mapToGlobal(at(4.0)), Qt::NoButton, Qt::NoButton,
+                     {});
     QApplication::sendEvent(&m_canvas, &move);
     const QSignalSpy hovered(&m_canvas, &PlotCanvas::x_hovered);
     const int before = m_canvas.pixelOf(7.0);
@@ -708,7 +709,7 @@ TEST(PlotWindow, overviewMovesAndStretchesTheView)
         const QPoint start(left + static_cast<int>(from * second), 20);
         const QPoint end(left + static_cast<int>(to * second), 20);
         QTest::mousePress(strip, Qt::LeftButton, {}, start);
-        QMouseEvent move(QEvent::MouseMove, end, Qt::LeftButton, Qt::LeftButton, {});
+        QMouseEvent move(QEvent::MouseMove, end, strip->mapToGlobal(end), Qt::LeftButton, Qt::LeftButton, {});
         QApplication::sendEvent(strip, &move);
         QTest::mouseRelease(strip, Qt::LeftButton, {}, end);
     };

@@ -12,6 +12,7 @@
 
 #include "core/Progress.h"
 #include "core/TSFILE.h"
+#include "share/FileWatch.h"
 #include "share/ResultFile.h"
 #include "share/SubWindow.h"
 #include "share/WaitCursor.h"
@@ -25,6 +26,7 @@ class QVBoxLayout;
 namespace veltrac {
 
 class CursorTable;
+class NoticeStrip;
 class RangeFields;
 class ReadoutLabel;
 class SourceChooser;
@@ -101,7 +103,7 @@ protected:
     // The sample of the source that it begins with.
     std::uint32_t resultFirst() const noexcept { return m_result.first; }
     double seconds() const noexcept { return m_result.seconds; }
-    void resultSaved() noexcept { m_result.isSaved = true; }
+    void resultSaved();
     void dropResult();
 
     // What the result is saved as; empty until the user has chosen.
@@ -114,6 +116,7 @@ protected:
 
 private:
     void lookAtSource();
+    void followSource();
     void showCursorTable();
     void keep(std::unique_ptr<ResultFile> made);
 
@@ -126,6 +129,8 @@ private:
     QScrollArea* m_scroll;
     RangeFields* m_range;
     QString m_shownSource;  // whose range the fields hold
+    FileWatch m_watch;      // of it
+    NoticeStrip* m_changed;
     struct Result
     {
         std::unique_ptr<ResultFile> file;

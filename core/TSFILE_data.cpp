@@ -1,10 +1,10 @@
 // TSFILE: growing, ring files, rows and runs of values.
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <mutex>
+#include <string>
 #include <vector>
 
 #include "core/TSFILE.h"
@@ -164,10 +164,8 @@ void TSFILE::addColumnRecords(std::uint32_t newCount)
     m_header.columns = newCount;
     try {
         changeColumns(oldCount + 1, newCount, [](std::uint32_t col, ColumnRecord record) {
-            char name[24];
-            std::snprintf(name, sizeof name, "Column-%02u", col);
             record.clear();
-            record.setName(name);
+            record.setName(((col < 10 ? "Column-0" : "Column-") + std::to_string(col)).c_str());
         });
     } catch (...) {
         m_header.columns = oldCount;

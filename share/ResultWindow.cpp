@@ -270,8 +270,10 @@ bool ResultWindow::calculate(const QString& title, const QString& busy, const Jo
         if (!made && outcome == JobOutcome::Done)
             return false;  // the wait cursor stays on purpose until the next calculation
         if (outcome == JobOutcome::Done) {
+            const std::uint32_t samples = made->file().samples();
             made->finish();
             m_result.seconds = progress.seconds();
+            m_result.samples = samples;
             keep(std::move(made));
         }
     } catch (const Refusal& refused) {

@@ -102,6 +102,7 @@ protected:
     const QString& resultSource() const noexcept { return m_result.source; }
     // The sample of the source that it begins with.
     std::uint32_t resultFirst() const noexcept { return m_result.first; }
+    std::uint32_t resultSamples() const noexcept { return m_result.samples; }
     double seconds() const noexcept { return m_result.seconds; }
     void resultSaved();
     void dropResult();
@@ -136,6 +137,7 @@ private:
         std::unique_ptr<ResultFile> file;
         QString source;
         std::uint32_t first = 1;
+        std::uint32_t samples = 0;
         double seconds = 0.0;
         bool isSaved = false;
     };

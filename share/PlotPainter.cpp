@@ -2,29 +2,27 @@
 
 #include <algorithm>
 #include <cmath>
-#include <span>
 #include <string>
 
 #include "core/NumberTexts.h"
 #include "core/PlotCurves.h"
-#include "core/SegmentCut.h"
 #include "share/BasicDriver.h"
+#include "share/CellPainter.h"
 #include "share/ColorMap.h"
-#include "share/Dashes.h"
 #include "share/ImageDevice.h"
+#include "share/PathPainter.h"
+#include "share/PlotPen.h"
 #include "share/SmoothDevice.h"
 
 using namespace veltrac;
 
 namespace {
 
-constexpr int kMostImageColumns = 1600;
 constexpr int kBarDigits = 3;
 
 constexpr float kFrameWidthMm = 0.2F;
 constexpr float kTickWidthMm = 0.2F;
 constexpr float kCursorWidthMm = 0.2F;
-constexpr float kMarkerWidthMm = 0.25F;
 constexpr float kTitleSizes[] = {1.0F, 0.85F, 0.75F};  // tried in turn, of the other texts' size
 constexpr float kLineHeight = 1.2F;                    // in character heights
 constexpr float kTopLines = 0.6F;                      // above the first group, in line heights
@@ -35,54 +33,14 @@ constexpr float kRightChars = 3.5F;                    // behind the last label'
 constexpr float kLegendStroke = 2.5F;
 constexpr float kLegendGap = 1.2F;
 constexpr int kEdgePixels = 2;
-constexpr int kNoteStyle = 4;                      // dots
-constexpr std::size_t kMostSmoothPoints = 20'000;  // of all curves: more would cost the frame
-
-// A rendered view in colours, without the margins where no cell is; in fractions of the frame.
-struct CellPicture
-{
-    float x1 = 0.0F, y1 = 0.0F, x2 = 0.0F, y2 = 0.0F;
-    PixelImage pixels;
-};
-
-CellPicture pictureOf(const std::vector<float>& cells, int width, int height, double low, double high)
-{
-    const auto at = [&](int x, int y) {
-        return cells[static_cast<std::size_t>(y) * static_cast<std::size_t>(width) +
-                     static_cast<std::size_t>(x)];
-    };
-    int left = width, right = -1, bottom = height, top = -1;
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x)
-            if (!std::isnan(at(x, y))) {
-                left = std::min(left, x);
-                right = std::max(right, x);
-                bottom = std::min(bottom, y);
-                top = std::max(top, y);
-            }
-    CellPicture picture;
-    if (right < 0)
-        return picture;
-    const auto part = [](int pixel, int of) { return static_cast<float>(pixel) / static_cast<float>(of); };
-    picture = {part(left, width), part(bottom, height), part(right + 1, width), part(top + 1, height), {}};
-    picture.pixels.width = right - left + 1;
-    picture.pixels.height = top - bottom + 1;
-    picture.pixels.rgb.reserve(3 * static_cast<std::size_t>(picture.pixels.width) *
-                               static_cast<std::size_t>(picture.pixels.height));
-    for (int y = top; y >= bottom; --y)
-        for (int x = left; x <= right; ++x) {
-            const MapColor color = mappedColor(static_cast<double>(at(x, y)), low, high);
-            picture.pixels.rgb.insert(picture.pixels.rgb.end(), {color.r, color.g, color.b});
-        }
-    return picture;
-}
+constexpr int kNoteStyle = 4;  // dots
 
 // One drawing of one plot.
 class Sheet
 {
 public:
     Sheet(const Plot2D& plot, BasicDriver& driver, int columns, const PlotLook& look)
-        : m_plot(plot), m_driver(driver), m_columns(std::max(columns, 1)), m_look(look)
+        : m_plot(plot), m_driver(driver), m_columns(std::max(columns, 1)), m_look(look), m_pen(driver, look)
     {
     }
 
@@ -394,8 +352,10 @@ private:
         m_driver.SetClip(true);
         if (group(i).image)
             drawCells(i);
-        if (group(i).path)
-            drawPath(i);
+        if (group(i).path && !group(i).variables().empty()) {
+            m_pen.select(group(i).variables().front()->variable());
+            drawPath(m_plot, group(i), m_driver, plotColumns(), m_look.smooth);
+        }
         for (const Curve& curve : m_curves)
             if (curve.group == m_layout.groupOf[i] &&
                 !((group(i).image || group(i).path) && curve.variable->variable().isMark))
@@ -412,110 +372,6 @@ private:
             drawColorBar(i);
         else if (hasLegend(i))
             drawLegend(i);
-    }
-
-    // -- Paths --
-
-    // Where a value lies in the frame, from 0 to 1; NaN where a logarithmic axis has no place for it.
-    double placeX(double x) const { return m_plot.fractionOf(x); }
-    static double placeY(const Group& g, double y)
-    {
-        const double low = g.toScale(g.y1());
-        return (g.toScale(y) - low) / (g.toScale(g.y2()) - low);
-    }
-
-    void drawPath(std::size_t i)
-    {
-        const Group& g = group(i);
-        if (g.variables().empty())
-            return;
-        penOf(g.variables().front()->variable());
-        if (g.path->isCloud()) {
-            drawCloud(g);
-            return;
-        }
-        const std::vector<double>& points = g.path->points();
-        setSmooth(m_driver, m_look.smooth && points.size() / 2 <= kMostSmoothPoints);
-        std::size_t begin = 0;
-        for (const std::size_t end : g.path->runEnds()) {
-            drawPathRun(g, std::span(points).subspan(2 * begin, 2 * (end - begin)));
-            begin = end;
-        }
-        setSmooth(m_driver, false);
-    }
-
-    // What lies far outside is cut off before the driver's pixels have no numbers for it.
-    void drawPathRun(const Group& g, std::span<const double> points)
-    {
-        std::vector<float> line;
-        const auto flush = [&] {
-            if (line.size() == 2)
-                m_driver.Dot(line[0], line[1]);
-            else if (line.size() > 2)
-                m_driver.Polyline(line.data(), static_cast<int>(line.size() / 2), false, false);
-            line.clear();
-        };
-        constexpr double kBeside = 0.1;
-        PlotPoint before;
-        bool hasBefore = false;
-        for (std::size_t p = 0; p < points.size(); p += 2) {
-            const PlotPoint at{placeX(points[p]), placeY(g, points[p + 1])};
-            const bool isThere = std::isfinite(at.x) && std::isfinite(at.y);
-            PlotPoint from = hasBefore ? before : at;
-            PlotPoint to = at;
-            const bool isSeen = isThere && cutSegment(from, to, kBeside);
-            if (!isSeen || from.x != before.x || from.y != before.y)
-                flush();
-            if (isSeen && line.empty())
-                line.insert(line.end(), {static_cast<float>(from.x), static_cast<float>(from.y)});
-            if (isSeen && hasBefore)
-                line.insert(line.end(), {static_cast<float>(to.x), static_cast<float>(to.y)});
-            before = at;
-            hasBefore = isThere;
-        }
-        flush();
-    }
-
-    // How many cells of a side of a cloud are drawn as one: they need not be finer than pixels.
-    std::uint32_t cellsTogether(const XyPath::Rectangle& seen) const
-    {
-        constexpr double kFinest = 1024.0;
-        const double part = placeX(seen.x2) - placeX(seen.x1);
-        const double wanted = std::min(kFinest, part * plotColumns());
-        std::uint32_t together = 1;
-        while (together < XyPath::kCloudCells && XyPath::kCloudCells / static_cast<double>(together) > wanted)
-            together *= 2;
-        return together;
-    }
-
-    // Rows of cells as filled strips.
-    void drawCloud(const Group& g)
-    {
-        const XyPath::Rectangle& seen = g.path->seen();
-        const std::uint32_t together = cellsTogether(seen);
-        const std::uint32_t cells = XyPath::kCloudCells / together;
-        std::vector<bool> filled(std::size_t{cells} * cells);
-        for (const XyPath::CloudRun& run : g.path->cloudRuns())
-            for (std::uint32_t c = run.first / together; c <= run.last / together; ++c)
-                filled[std::size_t{run.row / together} * cells + c] = true;
-        const auto x = [&](std::uint32_t cell) {
-            return static_cast<float>(placeX(seen.x1 + (seen.x2 - seen.x1) * cell / cells));
-        };
-        const auto y = [&](std::uint32_t cell) {
-            return static_cast<float>(placeY(g, seen.y1 + (seen.y2 - seen.y1) * cell / cells));
-        };
-        for (std::uint32_t row = 0; row < cells; ++row)
-            for (std::uint32_t first = 0; first < cells; ++first) {
-                std::uint32_t end = first;
-                while (end < cells && filled[std::size_t{row} * cells + end])
-                    ++end;
-                if (end == first)
-                    continue;
-                const float strip[8] = {x(first), y(row),     x(end),   y(row),
-                                        x(end),   y(row + 1), x(first), y(row + 1)};
-                m_driver.Polyline(strip, 4, true, true);
-                first = end;
-            }
     }
 
     // -- Notes --
@@ -563,41 +419,13 @@ private:
 
     // -- Pictures --
 
-    // Edges of the picture's pixels in samples, where 1 is the beginning of the first.
-    std::vector<double> sampleEdges(const Variable& v, int width) const
-    {
-        const XAxis& axis = m_plot.axis();
-        const double first = axis.xOf(v, 1);
-        const double step = v.rows() > 1 ? (axis.xOf(v, v.rows()) - first) / (v.rows() - 1.0) : 1.0;
-        std::vector<double> edges;
-        edges.reserve(static_cast<std::size_t>(width) + 1);
-        for (int i = 0; i <= width; ++i)
-            edges.push_back(1.5 + (m_plot.xAtFraction(static_cast<double>(i) / width) - first) / step);
-        return edges;
-    }
-
     void drawCells(std::size_t i)
     {
-        const Group& g = group(i);
-        if (!g.image->isBuilt() || g.variables().empty())
-            return;
         const PlotLayout::Frame& f = m_layout.groups[i];
-        const int width = std::clamp(plotColumns(), 1, kMostImageColumns);
-        const int height =
-            std::clamp(static_cast<int>(std::lround((f.y2 - f.y1) / (f.x2 - f.x1) / deviceAspect() *
-                                                    static_cast<float>(plotColumns()))),
-                       1, kMostImageColumns);
+        const float ratio = (f.y2 - f.y1) / (f.x2 - f.x1) / deviceAspect();
         setViewport(i);
         m_driver.SetWindow(0.0F, 0.0F, 1.0F, 1.0F);
-        std::vector<double> places;
-        places.reserve(static_cast<std::size_t>(height) + 1);
-        const double low = g.toScale(g.y1());
-        for (int k = 0; k <= height; ++k)
-            places.push_back(g.fromScale(low + (g.toScale(g.y2()) - low) * k / height));
-        std::vector<float> cells;
-        g.image->render(sampleEdges(g.variables().front()->variable(), width), places, cells);
-        const CellPicture picture = pictureOf(cells, width, height, g.image->low, g.image->high);
-        drawImage(m_driver, picture.x1, picture.y1, picture.x2, picture.y2, picture.pixels);
+        veltrac::drawCells(m_plot, group(i), m_driver, plotColumns(), ratio);
     }
 
     // The colours and what they stand for, in the place of the legend.
@@ -632,52 +460,6 @@ private:
         m_driver.Text(high.c_str(), 0, 0.0F, 0);
     }
 
-    void penOf(const Variable& v)
-    {
-        m_driver.SelectColor(v.colorIndex);
-        m_driver.SetLineStyle(cutsDashes(v) ? 0 : std::max(styleOf(v), 0));
-        m_driver.SetLineWidth(static_cast<float>(v.widthMm) * m_look.widthFactor);
-    }
-
-    // Glyphs are drawn with a thin, solid pen, whatever the line between them.
-    void markerPen()
-    {
-        m_driver.SetLineStyle(0);
-        m_driver.SetLineWidth(kMarkerWidthMm * m_look.widthFactor);
-    }
-
-    int styleOf(const Variable& v) const
-    {
-        constexpr int kStyles = 10;
-        return m_look.dashes && v.lineStyle == 0 ? std::max(v.colorIndex - kFirstVariableColor, 0) % kStyles
-                                                 : v.lineStyle;
-    }
-
-    // The drivers' patterns have one length for all widths: on a thick line their gaps close.
-    bool cutsDashes(const Variable& v) const
-    {
-        return styleOf(v) > 0 && penWidth(v) > 1.5F * m_look.screenPixel();
-    }
-    float penWidth(const Variable& v) const
-    {
-        return static_cast<float>(v.widthMm) * m_look.widthFactor * m_look.penUnits;
-    }
-
-    // A run of points in the line style of the variable; penOf() has been called.
-    void drawLine(const Variable& v, const float* points, std::size_t count)
-    {
-        if (!cutsDashes(v)) {
-            m_driver.Polyline(points, static_cast<int>(count), false, false);
-            return;
-        }
-        std::vector<float> device(2 * count);
-        for (std::size_t p = 0; p < count; ++p)
-            m_driver.WorldToDevice(points[2 * p], points[2 * p + 1], &device[2 * p], &device[2 * p + 1]);
-        const float width = penWidth(v);
-        drawDashes(device, dashLengths(styleOf(v), m_look.screenPixel(), width), m_driver);
-        m_driver.Flush();
-    }
-
     // A dot is easily overlooked: where there is room for markers it gets a small one.
     void drawLoneSample(const Curve& curve, const float* point)
     {
@@ -691,14 +473,14 @@ private:
     void drawCurveLine(const Variable& v, const float* points, std::size_t count)
     {
         setSmooth(m_driver, m_isSmooth);
-        drawLine(v, points, count);
+        m_pen.line(v, points, count);
         setSmooth(m_driver, false);
     }
 
     void drawCurve(const Curve& curve)
     {
         const Variable& v = curve.variable->variable();
-        penOf(v);
+        m_pen.select(v);
         if (v.lineStyle >= 0 || curve.markers.empty()) {
             std::size_t begin = 0;
             for (const std::size_t end : curve.runEnds) {
@@ -710,7 +492,7 @@ private:
                 begin = end;
             }
         }
-        markerPen();
+        m_pen.selectForMarkers();
         if (v.marker > 0)
             for (std::size_t p = 0; p < curve.markers.size(); p += 2)
                 m_driver.DrawMarker(curve.markers[p], curve.markers[p + 1], v.marker, m_look.markerSize);
@@ -738,7 +520,7 @@ private:
     void drawCursors(const Group& g)
     {
         if (g.level) {
-            const auto y = static_cast<float>(placeY(g, *g.level));
+            const auto y = static_cast<float>(placeIn(g, *g.level));
             drawCursorLine(g, 0.0F, y, 1.0F, y, 0);
         }
         for (const Plot2D::Cursor which : {Plot2D::A, Plot2D::B}) {
@@ -819,11 +601,11 @@ private:
                 return;
             }
             const float middle = base + 0.4F * m_charHeight;
-            penOf(v->variable());
+            m_pen.select(v->variable());
             const float points[4] = {x, middle, x + stroke, middle};
             if (v->variable().lineStyle >= 0)
-                drawLine(v->variable(), points, 2);
-            markerPen();
+                m_pen.line(v->variable(), points, 2);
+            m_pen.selectForMarkers();
             if (v->variable().marker > 0)
                 m_driver.DrawMarker(x + stroke / 2.0F, middle, v->variable().marker, m_look.markerSize);
             plainPen();
@@ -848,6 +630,7 @@ private:
     BasicDriver& m_driver;
     int m_columns;
     const PlotLook& m_look;
+    PlotPen m_pen;
     PlotLayout m_layout;
     std::vector<Curve> m_curves;
     std::vector<AxisTicks> m_yTicks;

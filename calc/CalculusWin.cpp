@@ -236,7 +236,7 @@ std::unique_ptr<TSFILE> CalculusWin::openTarget(const QString& name)
             QStringLiteral(
                 "the results go into an existing ts-file with two columns and %1 samples; F2 in the "
                 "main window creates one")
-                .arg(groupedNumber(openTsFile(resultPath().string(), true)->samples()));
+                .arg(groupedNumber(resultSamples()));
         const bool exists = QFile::exists(name);
         const QString told =
             (exists ? QStringLiteral("%1 is no ts-file that can be written. Nothing was saved: %2")

@@ -159,12 +159,12 @@ void setDefaults(TSFILE& ts, const Pass& pass)
     // The year counts from 1900 here, and is stored so: readers of the stamp put the 1900 back.
     const int stamp[7] = {
         0, local.tm_sec, local.tm_min, local.tm_hour, local.tm_mday, local.tm_mon + 1, local.tm_year};
-    for (std::uint32_t col = 1; col <= ts.columns(); ++col) {
-        ts.setColumnStamp(col, stamp);
-        ts.columnName(col, ("Col-" + std::to_string(col)).c_str());
+    ts.changeColumns(1, ts.columns(), [&](std::uint32_t col, ColumnRecord record) {
+        record.setStamp(stamp);
+        record.setName(("Col-" + std::to_string(col)).c_str());
         if (col % kLinesBetweenReports == 0)
             pass.report();
-    }
+    });
     if (!(ts.dt() > 0.0F))
         ts.dt(1.0F);
 }

@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <vector>
 
 #include "core/Rebuild.h"
 #include "core/SafeChange.h"
+#include "core/TsHeader.h"
 #include "core/TsNames.h"
 
 namespace veltrac {
@@ -27,7 +29,9 @@ void copyStartBehind(TSFILE& from, double steps, TSFILE& to)
         seconds += whole;
         start -= whole;
     }
-    to.setStart(static_cast<std::uint32_t>(seconds), static_cast<float>(start));
+    // Times that lie, or are none, may lead anywhere.
+    const auto clock = std::clamp<std::int64_t>(wholePart(seconds), 0, UINT32_MAX);
+    to.setStart(static_cast<std::uint32_t>(clock), static_cast<float>(start));
 }
 
 void copyHeaderFromOldest(TSFILE& from, TSFILE& to)

@@ -47,7 +47,7 @@ void moveStart(TSFILE& file, double seconds)
         return;
     }
     const double whole = std::floor(rest);
-    file.setStart(file.startSeconds() + static_cast<std::uint32_t>(static_cast<std::int64_t>(whole)),
+    file.setStart(file.startSeconds() + static_cast<std::uint32_t>(wholePart(whole)),
                   static_cast<float>(rest - whole));
 }
 

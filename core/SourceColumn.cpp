@@ -56,7 +56,7 @@ void SourceColumn::copyHeaderTo(TSFILE& result) const
     // A file with a clock keeps whole seconds there: the 32-bit start is fine below a second alone.
     if (m_file.startSeconds() != 0) {
         const double whole = std::floor(start);
-        result.startSeconds(static_cast<std::uint32_t>(m_file.startSeconds() + whole));
+        result.startSeconds(m_file.startSeconds() + static_cast<std::uint32_t>(wholePart(whole)));
         start -= whole;
     }
     result.startTime(static_cast<float>(start));

@@ -8,9 +8,11 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <mutex>
 #include <optional>
 #include <string_view>
 #include <thread>
+#include <vector>
 
 #include "core/LocalTime.h"
 #include "core/TsExceptions.h"
@@ -23,7 +25,8 @@ constexpr std::size_t kNameBytes = 256;
 constexpr int kHighestNumber = 9998;
 constexpr int kRefreshRetries = 3;
 constexpr auto kRetryPause = std::chrono::milliseconds(10);
-constexpr int kYearBase = 1900;
+// Column blocks that are moved at once.
+constexpr std::size_t kRunBlocks = 512;
 
 std::string boundedName(const char* name)
 {
@@ -196,6 +199,25 @@ void TSFILE::writeColumnBlock()
 {
     m_file.write(std::uint64_t{m_columnBlockNumber} * kBlockBytes, m_columnBlock);
     m_columnBlockOnDisk = m_columnBlock;
+}
+
+void TSFILE::writeColumnBlocks(std::uint32_t first, std::span<const Block> blocks)
+{
+    const std::uint64_t offset = std::uint64_t{first} * kBlockBytes;
+    std::size_t done = 0;
+    while (done < blocks.size()) {
+        if (!readOnly()) {
+            const std::lock_guard guard(BlockFile::lock());
+            done += m_file.writeRun(offset + done * kBlockBytes,
+                                    {blocks[done].data(), (blocks.size() - done) * kBlockBytes}) /
+                    kBlockBytes;
+        }
+        // The block at which it came short says why.
+        if (done < blocks.size()) {
+            m_file.write(offset + done * kBlockBytes, blocks[done]);
+            ++done;
+        }
+    }
 }
 
 void TSFILE::handLayoutToData()
@@ -377,7 +399,7 @@ unsigned char* TSFILE::columnRecord(std::uint32_t col)
 template <typename Change>
 void TSFILE::changeColumn(std::uint32_t col, Change change)
 {
-    unsigned char* const record = columnRecord(col);
+    const ColumnRecord record(columnRecord(col));
     const Block before = m_columnBlock;
     change(record);
     try {
@@ -397,20 +419,65 @@ std::uint32_t TSFILE::columnNumber(const char* name)
 std::uint32_t TSFILE::columnAmong(std::uint32_t count, const char* name)
 {
     const std::string_view wanted = withoutTrailingBlanks(name);
-    for (std::uint32_t col = 1; col <= count && col != 0; ++col) {
-        char text[kColumnName.width + 1];
-        loadText(columnRecord(col), kColumnName, text);
-        if (withoutTrailingBlanks(text) == wanted)
-            return col;
+    std::vector<Block> blocks;
+    for (std::uint32_t col = 0; col < count;) {
+        const std::uint32_t first = col / kColumnsPerBlock + 1;
+        blocks.resize(std::min<std::size_t>((count - 1) / kColumnsPerBlock + 2 - first, kRunBlocks));
+        const std::size_t held = readColumnBlocks(first, blocks);
+        for (std::size_t i = 0; i < held * kColumnsPerBlock && col < count; ++i) {
+            const unsigned char* const record =
+                blocks[i / kColumnsPerBlock].data() + i % kColumnsPerBlock * kColumnRecordBytes;
+            ++col;
+            if (withoutTrailingBlanks(reinterpret_cast<const char*>(record) + kColumnName.offset) == wanted)
+                return col;
+        }
     }
     return 0;
+}
+
+// Reads column blocks (1: the first) as far as the file has them, at least one, and returns how many.
+std::size_t TSFILE::readColumnBlocks(std::uint32_t first, std::span<Block> blocks) const
+{
+    const std::uint64_t offset = std::uint64_t{first} * kBlockBytes;
+    const std::uint64_t room = offset < kFileLimit ? (kFileLimit - offset) / kBlockBytes : 0;
+    std::size_t held = 0;
+    {
+        const std::lock_guard guard(BlockFile::lock());
+        const std::size_t count = std::min<std::uint64_t>(blocks.size(), room);
+        held = m_file.readRun(offset, {blocks.front().data(), count * kBlockBytes}) / kBlockBytes;
+    }
+    if (held > 0)
+        return held;
+    m_file.read(offset, blocks.front());  // it says why
+    return 1;
+}
+
+void TSFILE::changeColumns(std::uint32_t first, std::uint32_t last,
+                           const std::function<void(std::uint32_t col, ColumnRecord record)>& change)
+{
+    if (first == 0 || last > columns())
+        throw TS::ILL_COLUMN(first == 0 ? first : last, columns(), 1);
+    m_columnBlockNumber = 0;  // the one that is held may change
+    std::vector<Block> blocks;
+    for (std::uint32_t col = first; col <= last;) {
+        const std::uint32_t from = (col - 1) / kColumnsPerBlock + 1;
+        blocks.resize(std::min<std::size_t>((last - 1) / kColumnsPerBlock + 2 - from, kRunBlocks));
+        const std::size_t count = readColumnBlocks(from, blocks);
+        const std::uint64_t end =
+            std::min<std::uint64_t>(last, (std::uint64_t{from} - 1 + count) * kColumnsPerBlock);
+        for (; col <= end; ++col) {
+            Block& block = blocks[(col - 1) / kColumnsPerBlock + 1 - from];
+            change(col, ColumnRecord(block.data() + (col - 1) % kColumnsPerBlock * kColumnRecordBytes));
+        }
+        writeColumnBlocks(from, {blocks.data(), count});
+    }
 }
 
 const char* TSFILE::columnName(std::uint32_t col, const char* newName)
 {
     static thread_local char text[kColumnName.width + 1];
     if (newName != nullptr)
-        changeColumn(col, [&](unsigned char* record) { storeText(record, kColumnName, newName); });
+        changeColumn(col, [&](ColumnRecord record) { record.setName(newName); });
     loadText(columnRecord(col), kColumnName, text);
     return text;
 }
@@ -425,7 +492,7 @@ const char* TSFILE::columnDescription(std::uint32_t col, const char* newText)
 {
     static thread_local char text[kColumnDescription.width + 1];
     if (newText != nullptr)
-        changeColumn(col, [&](unsigned char* record) { storeText(record, kColumnDescription, newText); });
+        changeColumn(col, [&](ColumnRecord record) { record.setDescription(newText); });
     loadText(columnRecord(col), kColumnDescription, text);
     return text;
 }
@@ -433,15 +500,12 @@ const char* TSFILE::columnDescription(std::uint32_t col, const char* newText)
 void TSFILE::columnStamp(std::uint32_t col, int out[7])
 {
     std::copy_n(columnRecord(col), kStampBytes, out);
-    out[6] += kYearBase;
+    out[6] += kStampYear;
 }
 
 void TSFILE::setColumnStamp(std::uint32_t col, const int in[7])
 {
-    changeColumn(col, [&](unsigned char* record) {
-        for (std::size_t i = 0; i < kStampBytes; ++i)
-            record[i] = static_cast<unsigned char>(i == 6 && in[i] >= kYearBase ? in[i] - kYearBase : in[i]);
-    });
+    changeColumn(col, [&](ColumnRecord record) { record.setStamp(in); });
 }
 
 void TSFILE::stampColumn(std::uint32_t col, std::time_t t)
@@ -456,7 +520,7 @@ void TSFILE::stampColumn(std::uint32_t col, std::time_t t)
                           local->tm_hour,
                           local->tm_mday,
                           local->tm_mon + 1,
-                          local->tm_year + kYearBase};
+                          local->tm_year + kStampYear};
     setColumnStamp(col, stamp);
 }
 

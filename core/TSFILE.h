@@ -15,6 +15,7 @@
 
 #include <cstdint>
 #include <ctime>
+#include <functional>
 #include <memory>
 #include <span>
 #include <string>
@@ -103,6 +104,11 @@ public:
     void stampColumn(std::uint32_t col, std::time_t t = 0);
     // The stamp as a time, by mktime(); -1 where it is none.
     std::time_t columnTime(std::uint32_t col);
+    // Lets `change` set the records of the columns `first` to `last`, with some thousands a transfer: for
+    // files that may have millions of them. What it throws passes; the transfers before stay written.
+    // Throws as the setters do.
+    void changeColumns(std::uint32_t first, std::uint32_t last,
+                       const std::function<void(std::uint32_t col, veltrac::ColumnRecord record)>& change);
 
     // Grows the samples; a count not above the present one does nothing. New values are 0.
     // Throws TS::IO_ERROR, before anything is written where the file would reach 2 GiB.
@@ -215,6 +221,8 @@ private:
     void readHeader(std::uint32_t col, int retries);
     void writeHeader();
     void writeColumnBlock();
+    std::size_t readColumnBlocks(std::uint32_t first, std::span<veltrac::Block> blocks) const;
+    void writeColumnBlocks(std::uint32_t first, std::span<const veltrac::Block> blocks);
     void handLayoutToData();
     const char* storedText(veltrac::TextField field, const char* newText, char* out);
     unsigned char* columnRecord(std::uint32_t col);

@@ -1,10 +1,10 @@
 // TSFILE: growing, ring files, rows and runs of values.
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <mutex>
+#include <string>
 #include <vector>
 
 #include "core/TSFILE.h"
@@ -161,20 +161,14 @@ void TSFILE::moveData(std::uint64_t bytes, std::uint64_t shift)
 void TSFILE::addColumnRecords(std::uint32_t newCount)
 {
     const std::uint32_t oldCount = m_header.columns;
+    m_header.columns = newCount;
     try {
-        for (std::uint32_t col = oldCount + 1; col <= newCount; ++col) {
-            m_header.columns = col;
-            unsigned char* const record = columnRecord(col);
-            char name[24];
-            std::snprintf(name, sizeof name, "Column-%02u", col);
-            std::fill_n(record, kColumnRecordBytes, static_cast<unsigned char>(0));
-            storeText(record, kColumnName, name);
-            if (col % kColumnsPerBlock == 0 || col == newCount)
-                writeColumnBlock();
-        }
+        changeColumns(oldCount + 1, newCount, [](std::uint32_t col, ColumnRecord record) {
+            record.clear();
+            record.setName(((col < 10 ? "Column-0" : "Column-") + std::to_string(col)).c_str());
+        });
     } catch (...) {
         m_header.columns = oldCount;
-        m_columnBlockNumber = 0;
         throw;
     }
 }

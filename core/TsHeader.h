@@ -56,6 +56,7 @@ inline constexpr TextField kFileDescription{32, 60};
 inline constexpr TextField kTimeUnit{92, 40};
 inline constexpr std::size_t kColumnRecordBytes = 64;
 inline constexpr std::size_t kStampBytes = 7;
+inline constexpr int kStampYear = 1900;
 inline constexpr TextField kColumnName{7, 12};
 inline constexpr TextField kColumnDescription{19, 45};
 
@@ -89,6 +90,26 @@ void storeText(unsigned char* record, TextField field, const char* text);
 
 // Copies a field's bytes and ends them with NUL: `out` holds field.width + 1 bytes.
 void loadText(const unsigned char* record, TextField field, char* out);
+
+// A column's record where it stands in its block.
+class ColumnRecord
+{
+public:
+    explicit ColumnRecord(unsigned char* bytes) noexcept : m_bytes(bytes) {}
+
+    void clear() { std::memset(m_bytes, 0, kColumnRecordBytes); }
+    // As the setters of TSFILE, but for the writing.
+    void setName(const char* text) { storeText(m_bytes, kColumnName, text); }
+    void setDescription(const char* text) { storeText(m_bytes, kColumnDescription, text); }
+    void setStamp(const int in[7])
+    {
+        for (std::size_t i = 0; i < kStampBytes; ++i)
+            m_bytes[i] = static_cast<unsigned char>(i == 6 && in[i] >= kStampYear ? in[i] - kStampYear : in[i]);
+    }
+
+private:
+    unsigned char* m_bytes;
+};
 
 // Offset of the data section, in the format's own unsigned 32-bit arithmetic (0 columns give 512).
 constexpr std::uint32_t dataOffset(std::uint32_t columns)

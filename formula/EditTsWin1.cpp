@@ -65,8 +65,10 @@ EditTsWin::EditTsWin(const QString& file, unsigned column, QWidget* parent)
     auto* const centre = new QWidget(this);
     auto* const layout = new QVBoxLayout(centre);
     m_notice = new NoticeStrip(centre);
+    m_changed = new NoticeStrip(centre);
     layout->addWidget(createFormula());
     layout->addWidget(m_notice);
+    layout->addWidget(m_changed);
     layout->addWidget(m_sources, 1);
     setCentralWidget(centre);
     m_status = new QLabel(this);
@@ -76,8 +78,10 @@ EditTsWin::EditTsWin(const QString& file, unsigned column, QWidget* parent)
     connect(m_notice, &NoticeStrip::x_pressed, this, &EditTsWin::sl_undo);
     connect(m_sources, &SourceTable::x_changed, this, [this] {
         fillTargets();
+        watchFiles(false);
         checkQuietly();
     });
+    connect(&m_watch, &FileWatch::x_changed, this, &EditTsWin::followFiles);
     connect(m_sources, &SourceTable::x_not_opened, this,
             [this](const QString& name) { showStatus(QStringLiteral("%1 could not be opened").arg(name)); });
     if (tsFileNames().isEmpty())
@@ -209,6 +213,48 @@ void EditTsWin::changeEvent(QEvent* event)
     m_sources->refreshFiles();
 }
 
+// `asTheyAre`: as this window has left or read them, with nothing more to tell.
+void EditTsWin::watchFiles(bool asTheyAre)
+{
+    QStringList paths;
+    for (const EditVariable* const row : m_sources->sources())
+        if (!row->file().isEmpty())
+            paths << row->file();
+    m_watch.watchOnly(paths);
+    if (!asTheyAre)
+        return;
+    for (const QString& path : qAsConst(paths))
+        m_watch.watch(path);
+    m_changed->hide();
+}
+
+// Another program has changed files of the rows: columns and times follow, what the user has typed stays.
+void EditTsWin::followFiles()
+{
+    QStringList gone;
+    QStringList changed;
+    for (const EditVariable* const row : m_sources->sources()) {
+        const FileWatch::State state = m_watch.state(row->file());
+        if (state == FileWatch::State::Gone && !row->file().isEmpty())
+            gone << row->fileName();
+        else if (state == FileWatch::State::Changed)
+            changed << row->fileName();
+    }
+    QStringList words;
+    gone.removeDuplicates();
+    changed.removeDuplicates();
+    for (const QString& name : qAsConst(changed))
+        words << QStringLiteral("%1 has changed and was read again.").arg(name);
+    for (const QString& name : qAsConst(gone))
+        words << QStringLiteral("%1 is gone.").arg(name);
+    if (words.isEmpty())
+        m_changed->hide();
+    else
+        m_changed->showNotice(words.join(QLatin1Char(' ')));
+    m_sources->followFiles(QApplication::activePopupWidget() == nullptr);
+    checkQuietly();
+}
+
 void EditTsWin::sl_cbTargetActivated(int index)
 {
     m_target->setCurrentIndex(index);
@@ -269,6 +315,8 @@ void EditTsWin::sl_undo()
 
 void EditTsWin::showAnswer(const ColumnCalculation::Answer& answer)
 {
+    if (answer.hasChanged)
+        watchFiles(true);
     m_undo->setEnabled(m_calculation.canUndo());
     if (!answer.status.isEmpty())
         showStatus(answer.status);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "formula/ColumnCalculation.h"
+#include "share/FileWatch.h"
 #include "share/SubWindow.h"
 
 class QAction;
@@ -52,17 +53,21 @@ private:
     EditVariable* targetRow() const;
     QByteArray formulaBytes() const;
     void checkQuietly();
+    void watchFiles(bool asTheyAre);
+    void followFiles();
     void showAnswer(const veltrac::ColumnCalculation::Answer& answer);
     void showWarningBox(const QString& text);
     void showStatus(const QString& text);
 
     QComboBox* m_target = nullptr;
     QLineEdit* m_formula = nullptr;
-    QLabel* m_reading = nullptr;               // how the formula is read, while it is typed
-    veltrac::NoticeStrip* m_notice = nullptr;  // what the last calculation came to
+    QLabel* m_reading = nullptr;                // how the formula is read, while it is typed
+    veltrac::NoticeStrip* m_notice = nullptr;   // what the last calculation came to
+    veltrac::NoticeStrip* m_changed = nullptr;  // that another program has changed a file
     veltrac::SourceTable* m_sources = nullptr;
     QLabel* m_status = nullptr;
     QAction* m_undo = nullptr;
     veltrac::ColumnCalculation m_calculation;
     QWidget* m_plotWindow = nullptr;  // only compared
+    veltrac::FileWatch m_watch;
 };

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <iterator>
 
+#include "core/TsExceptions.h"
+#include "core/TsNames.h"
 #include "formula/FormulaParser.h"
 #include "portal/TsApplication.h"
 #include "share/TargetFile.h"
@@ -34,6 +36,18 @@ constexpr ColumnHead kColumns[] = {
     {"Sampletime",
      "The sample time of the target/source file\nThe sample time for a target/source is not editable."},
 };
+
+std::shared_ptr<TSFILE> openQuietly(const QString& file)
+{
+    for (const bool readOnly : {false, true}) {
+        try {
+            return openTsFile(QFile::encodeName(file).toStdString(), readOnly);
+        } catch (const TS::Failure&) {
+            // for reading, or not at all
+        }
+    }
+    return nullptr;
+}
 
 }  // namespace
 
@@ -90,11 +104,19 @@ void SourceTable::refreshFiles()
         row->refreshFiles();
 }
 
+std::shared_ptr<TSFILE> SourceTable::heldOf(const QString& file) const
+{
+    const auto holds = [&file](const EditVariable* row) {
+        return row->ts() && isSameFile(row->file(), file);
+    };
+    const auto row = std::find_if(m_sources.begin(), m_sources.end(), holds);
+    return row == m_sources.end() ? nullptr : (*row)->ts();
+}
+
 std::shared_ptr<TSFILE> SourceTable::openShared(const QString& file) const
 {
-    for (const EditVariable* const row : m_sources)
-        if (row->ts() && isSameFile(row->file(), file))
-            return row->ts();
+    if (auto held = heldOf(file))
+        return held;
     TsApplication* const application = TsApplication::instance();
     if (application == nullptr || file.isEmpty())
         return nullptr;
@@ -118,6 +140,22 @@ void SourceTable::reopenFiles()
         row->setTs(nullptr);
     for (EditVariable* const row : m_sources)
         row->setTs(openShared(row->file()));
+}
+
+void SourceTable::followFiles(bool closed)
+{
+    for (EditVariable* const row : m_sources)
+        row->setTs(nullptr);
+    for (EditVariable* const row : m_sources) {
+        if (closed)
+            row->refreshFiles();
+        try {
+            auto held = heldOf(row->file());
+            row->setTs(held ? std::move(held) : openQuietly(row->file()));
+        } catch (const TS::Failure&) {
+            row->setTs(nullptr);  // it opens, but its times cannot be read
+        }
+    }
 }
 
 void SourceTable::bindTo(FormulaParser& parser, const EditVariable* target) const

@@ -35,6 +35,9 @@ public:
     std::shared_ptr<TSFILE> openShared(const QString& file) const;
     // Lets go of all files and opens them again: another window may have rebuilt one since.
     void reopenFiles();
+    // The same without a word about those that cannot be opened, and the boxes of files and columns anew
+    // where they are `closed`.
+    void followFiles(bool closed);
 
     // Gives a parser its target, which may be null, and its sources.
     void bindTo(FormulaParser& parser, const EditVariable* target) const;
@@ -47,6 +50,7 @@ signals:
     void x_not_opened(const QString& fileName);
 
 private:
+    std::shared_ptr<TSFILE> heldOf(const QString& file) const;
     void openFile(EditVariable* row);
 
     std::vector<EditVariable*> m_sources;

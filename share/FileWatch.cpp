@@ -3,6 +3,8 @@
 #include <QFileInfo>
 #include <QStorageInfo>
 
+#include <vector>
+
 #include "share/JobProgress.h"
 
 namespace veltrac {
@@ -55,6 +57,19 @@ void FileWatch::stop(const QString& path)
     m_files.erase(path);
     m_watcher.removePath(path);
     keepWatching();
+}
+
+void FileWatch::watchOnly(const QStringList& paths)
+{
+    std::vector<QString> left;
+    for (const auto& [path, entry] : m_files)
+        if (!paths.contains(path))
+            left.push_back(path);
+    for (const QString& path : left)
+        stop(path);
+    for (const QString& path : paths)
+        if (m_files.count(path) == 0)
+            watch(path);
 }
 
 FileWatch::State FileWatch::state(const QString& path) const

@@ -24,6 +24,8 @@ public:
     // Watches the file and takes it as it is now for known: after each time that it was read or written.
     void watch(const QString& path);
     void stop(const QString& path);
+    // Watches these files and no others; those that are watched already stay as they were known.
+    void watchOnly(const QStringList& paths);
     // Compared with the time when watch() was called; Gone also for a file that is not watched.
     State state(const QString& path) const;
     // Looks at once, as a window does that the user comes back to.

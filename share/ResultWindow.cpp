@@ -1,6 +1,7 @@
 #include "share/ResultWindow.h"
 
 #include <QAbstractItemView>
+#include <QApplication>
 #include <QFile>
 #include <QFileInfo>
 #include <QHBoxLayout>
@@ -25,6 +26,7 @@
 #include "share/Boxes.h"
 #include "share/CursorTable.h"
 #include "share/JobProgress.h"
+#include "share/NoticeStrip.h"
 #include "share/PlotCanvas.h"
 #include "share/RangeFields.h"
 #include "share/ReadoutLabel.h"
@@ -76,7 +78,11 @@ ResultWindow::ResultWindow(const QString& title, const QString& icon, int panelW
     m_scroll->setWidget(panel);
     m_scroll->setFocusPolicy(Qt::NoFocus);  // it follows the field that has the focus
     layout->addWidget(m_scroll);
-    layout->addWidget(plot, 1);
+    m_changed = new NoticeStrip(centre);
+    auto* const noticed = new QVBoxLayout;
+    noticed->addWidget(m_changed);
+    noticed->addWidget(plot, 1);
+    layout->addLayout(noticed, 1);
     setCentralWidget(centre);
 
     connect(m_source->files(), SIGNAL(activated(int)), this, SLOT(sl_cbSourceFileActivated(int)));
@@ -85,6 +91,8 @@ ResultWindow::ResultWindow(const QString& title, const QString& icon, int panelW
     connect(m_canvas, SIGNAL(x_got_resize_event()), this, SLOT(sl_plot()));
     connect(m_source, &SourceChooser::x_source_changed, this, &ResultWindow::lookAtSource);
     connect(m_range, &RangeFields::x_changed, this, [this] { rangeChanged(); });
+    connect(&m_watch, &FileWatch::x_changed, this, &ResultWindow::followSource);
+    connect(m_changed, &NoticeStrip::x_pressed, this, &ResultWindow::sl_execute);
     connect(this, &SubWindow::windowGone, this, &ResultWindow::dropResult);
     // A result that was saved beside the others can be the next source.
     connect(this, &SubWindow::x_directory_changed, m_source, &SourceChooser::refresh);
@@ -201,11 +209,41 @@ void ResultWindow::lookAtSource()
     }
     const bool anew = path != m_shownSource;
     m_shownSource = path;
+    if (anew) {
+        m_watch.watchOnly(path.isEmpty() ? QStringList() : QStringList(path));
+        m_changed->setVisible(path.isEmpty() && m_changed->isVisible());  // it may tell why there is none
+    }
     {
         const QSignalBlocker quiet(m_range);
         m_range->setFile(path, rows, anew);
     }
     sourceChanged(file.get());
+}
+
+// Another program has changed the source: the fields follow, and a result tells that it is of what was there.
+void ResultWindow::followSource()
+{
+    const QString name = sourceName();
+    const bool hasIts = hasResult() && resultSource() == m_shownSource;
+    switch (m_watch.state(m_shownSource)) {
+        case FileWatch::State::Same:
+            m_changed->hide();
+            break;
+        case FileWatch::State::Gone:
+            m_changed->showNotice((hasIts ? QStringLiteral("%1 is gone; the result is of what it held.")
+                                          : QStringLiteral("%1 is gone."))
+                                      .arg(name));
+            break;
+        case FileWatch::State::Changed:
+            if (QApplication::activePopupWidget() == nullptr)
+                m_source->refresh();
+            if (hasIts)
+                m_changed->showNotice(QStringLiteral("%1 has changed since the calculation.").arg(name),
+                                      QStringLiteral("E&xecute again"));
+            else
+                m_changed->showNotice(QStringLiteral("%1 has changed and was read again.").arg(name));
+            break;
+    }
 }
 
 bool ResultWindow::requireSource()
@@ -225,14 +263,17 @@ bool ResultWindow::calculate(const QString& title, const QString& busy, const Jo
     QString refusal;
     m_cursor.emplace();
     statusBar()->showMessage(busy, kBusyMs);
+    m_watch.watch(m_shownSource);  // what is changed while the job reads is told, too
     try {
         JobProgress progress(this, title);
         outcome = job(progress.callback(), made);
         if (!made && outcome == JobOutcome::Done)
             return false;  // the wait cursor stays on purpose until the next calculation
         if (outcome == JobOutcome::Done) {
+            const std::uint32_t samples = made->file().samples();
             made->finish();
             m_result.seconds = progress.seconds();
+            m_result.samples = samples;
             keep(std::move(made));
         }
     } catch (const Refusal& refused) {
@@ -265,7 +306,14 @@ void ResultWindow::keep(std::unique_ptr<ResultFile> made)
     m_result.source = QFileInfo(m_source->file()).absoluteFilePath();
     m_result.first = m_range->from();
     m_result.isSaved = false;
+    m_changed->hide();
     showCursorTable();
+}
+
+void ResultWindow::resultSaved()
+{
+    m_result.isSaved = true;
+    m_watch.watch(m_shownSource);  // which may be where it was saved
 }
 
 void ResultWindow::dropResult()

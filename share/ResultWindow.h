@@ -12,6 +12,7 @@
 
 #include "core/Progress.h"
 #include "core/TSFILE.h"
+#include "share/FileWatch.h"
 #include "share/ResultFile.h"
 #include "share/SubWindow.h"
 #include "share/WaitCursor.h"
@@ -25,6 +26,7 @@ class QVBoxLayout;
 namespace veltrac {
 
 class CursorTable;
+class NoticeStrip;
 class RangeFields;
 class ReadoutLabel;
 class SourceChooser;
@@ -100,8 +102,9 @@ protected:
     const QString& resultSource() const noexcept { return m_result.source; }
     // The sample of the source that it begins with.
     std::uint32_t resultFirst() const noexcept { return m_result.first; }
+    std::uint32_t resultSamples() const noexcept { return m_result.samples; }
     double seconds() const noexcept { return m_result.seconds; }
-    void resultSaved() noexcept { m_result.isSaved = true; }
+    void resultSaved();
     void dropResult();
 
     // What the result is saved as; empty until the user has chosen.
@@ -114,6 +117,7 @@ protected:
 
 private:
     void lookAtSource();
+    void followSource();
     void showCursorTable();
     void keep(std::unique_ptr<ResultFile> made);
 
@@ -126,11 +130,14 @@ private:
     QScrollArea* m_scroll;
     RangeFields* m_range;
     QString m_shownSource;  // whose range the fields hold
+    FileWatch m_watch;      // of it
+    NoticeStrip* m_changed;
     struct Result
     {
         std::unique_ptr<ResultFile> file;
         QString source;
         std::uint32_t first = 1;
+        std::uint32_t samples = 0;
         double seconds = 0.0;
         bool isSaved = false;
     };

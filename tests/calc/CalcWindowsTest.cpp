@@ -25,6 +25,7 @@
 #include "calc/PeakTable.h"
 #include "core/TSFILE.h"
 #include "share/CursorTable.h"
+#include "share/NoticeStrip.h"
 #include "share/PlotCanvas.h"
 #include "share/ReadoutLabel.h"
 #include "share/SourceChooser.h"
@@ -307,6 +308,56 @@ TEST_F(CalcWindows, AFailedOrRefusedCalculationLeavesTheLastResultToBeAskedAbout
     }
     EXPECT_EQ(scratchFiles(), 0U);
     EXPECT_FALSE(std::filesystem::exists("tempDFT.ts"));
+}
+
+// Waits for what a window tells of its source by itself.
+bool isTold(const QWidget& window, const char* text)
+{
+    const auto* const strip = window.findChild<NoticeStrip*>();
+    const auto isShown = [&] { return !strip->isHidden() && strip->text().startsWith(QLatin1String(text)); };
+    return QTest::qWaitFor(isShown, 20'000);
+}
+
+TEST_F(CalcWindows, SourceThatAnotherProgramChangesIsToldAndTheJobRefusesOrTakesWhatIsThere)
+{
+    const std::pair<ResultWindow*, const char*> windows[] = {
+        {new DerivativeWin(QStringLiteral("a.ts"), 2), "No file of yours was changed."},
+        {new IntegrateWin(QStringLiteral("a.ts"), 2), "No file of yours was changed."},
+        {new DFTWin(QStringLiteral("a.ts"), 2), "a.ts could not be read to its end."}};
+    const auto intact = bytesOf("a.ts");
+    for (const auto& [window, refusal] : windows) {
+        SCOPED_TRACE(window->windowTitle().toStdString());
+        window->show();
+        TSFILE("a", false).setValue(9, 2, 7.0F);
+        EXPECT_TRUE(isTold(*window, "a.ts has changed and was read again."));
+        window->sl_execute();
+        EXPECT_TRUE(window->findChild<NoticeStrip*>()->isHidden());
+        // Replaced by a shorter one with another column: the fields follow.
+        {
+            TSFILE made("other", 700, 1, 0);
+            made.dt(0.01F);
+            made.columnName(1, "Else");
+        }
+        std::filesystem::rename("other.ts", "a.ts");
+        EXPECT_TRUE(isTold(*window, "a.ts has changed since the calculation."));
+        EXPECT_EQ(window->findChild<ColumnCombo*>()->currentText(), "Else");
+        // Cut in the middle of its values.
+        std::filesystem::resize_file("a.ts", 1500);
+        {
+            const BoxAnswer box(QStringLiteral("Ok"));
+            window->sl_execute();
+            EXPECT_TRUE(box.text().endsWith(QLatin1String(refusal))) << box.text().toStdString();
+        }
+        std::filesystem::remove("a.ts");
+        EXPECT_TRUE(isTold(*window, "a.ts is gone; the result is of what it held."));
+        window->sl_execute();
+        EXPECT_EQ(window->statusBar()->currentMessage(), "a.ts could not be opened");
+        std::ofstream("a.ts", std::ios::binary)
+            .write(reinterpret_cast<const char*>(intact.data()), static_cast<std::streamsize>(intact.size()));
+        EXPECT_TRUE(isTold(*window, "a.ts has changed since the calculation."));
+        const BoxAnswer no(QStringLiteral("&No"));
+        EXPECT_TRUE(close(window));
+    }
 }
 
 TEST_F(CalcWindows, WithoutASourceNothingIsAskedAndSavingTellsWhatItNeeds)

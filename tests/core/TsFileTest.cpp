@@ -411,6 +411,34 @@ TEST(TsFile, StampsAndNamesSurviveTheirOddities)
     EXPECT_EQ(bytesOf("a.ts")[32 + 40], 0);  // the longer text is gone
 }
 
+TEST(TsFile, ManyColumnsAreChangedLikeOneAfterTheOther)
+{
+    const TestDirectory directory;
+    constexpr std::uint32_t kColumns = 9'003;  // more than two transfers, the last block not full
+    const int stamp[7] = {0, 30, 45, 13, 17, 5, 2016};
+    for (const auto& [first, last] : {std::pair{1U, kColumns}, {11U, 8'999U}, {4'105U, 4'105U}}) {
+        TSFILE one("one", 3, kColumns, 0);
+        TSFILE many("many", 3, kColumns, 0);
+        const auto name = [](std::uint32_t col) { return "n" + std::to_string(col * 7); };
+        for (std::uint32_t col = first; col <= last; ++col) {
+            one.columnName(col, name(col).c_str());
+            one.setColumnStamp(col, stamp);
+        }
+        many.columnName(first);  // its block is held, and is not to come back as it was
+        many.changeColumns(first, last, [&](std::uint32_t col, ColumnRecord record) {
+            record.setName(name(col).c_str());
+            record.setStamp(stamp);
+        });
+        EXPECT_EQ(many.columnName(first), name(first));
+        EXPECT_EQ(many.columnNumber(name(last).c_str()), last);
+        EXPECT_EQ(many.columnNumber("Column-9003"), last == kColumns ? 0U : kColumns);
+        EXPECT_TRUE(bytesOf("one.ts") == bytesOf("many.ts")) << first;
+    }
+    TSFILE file("one", true);
+    EXPECT_THROW(file.changeColumns(2, kColumns + 1, {}), TS::ILL_COLUMN);
+    EXPECT_THROW(file.changeColumns(2, 3, [](auto, auto) {}), TS::READONLY_VIOLATION);
+}
+
 TEST(TsFileName, NumbersBlanksAndExtensions)
 {
     EXPECT_EQ(std::string(TSFILE::tsFileName("12")), "ts0012.ts");

@@ -156,7 +156,18 @@ TEST(EditTsWin, SourceThatIsGoneDoesNotBecomeZero)
         narrow.dt(1.0F);
     }
     EXPECT_EQ(refused(), "x1: b.ts does not have the chosen column. Nothing was calculated.");
+    // The window tells it by itself, too, and shows the columns and times that there are.
+    const auto isTold = [&](const char* text) {
+        const auto strips = window.findChildren<NoticeStrip*>();
+        return QTest::qWaitFor([&] { return strips.at(1)->text() == QLatin1String(text); }, 20'000);
+    };
+    EXPECT_TRUE(isTold("b.ts has changed and was read again."));
+    EXPECT_EQ(window.findChildren<EditVariable*>().at(0)->column(), 1U);
+    std::filesystem::resize_file("b.ts", 1100);  // cut in the middle of its values
+    type(window, "x1*3");
+    EXPECT_TRUE(refused().starts_with("The calculation failed: "));
     std::filesystem::remove("b.ts");
+    EXPECT_TRUE(isTold("b.ts is gone."));
     EXPECT_EQ(refused(), "x1: b.ts could not be opened. Nothing was calculated.");
     EXPECT_EQ(bytesOf("a.ts"), before);
     type(window, "7");  // a row that is not used may be gone

@@ -49,14 +49,14 @@ namespace {
 
 constexpr std::uint32_t kMostSamples = 100'000;  // of what is made: an input may ask for a file of 2 GB
 
-// A directory in memory, the working directory of all targets.
+// A directory in TMPDIR, else in memory: the working directory of all targets.
 const fs::path& fuzzDirectory()
 {
     static const fs::path directory = [] {
-        const char* const memory = "/dev/shm";
+        const fs::path memory = "/dev/shm";
+        const bool isFree = std::getenv("TMPDIR") == nullptr && fs::is_directory(memory);
         std::string pattern =
-            ((fs::is_directory(memory) ? memory : fs::temp_directory_path()) / "veltrac-fuzz-XXXXXX")
-                .string();
+            ((isFree ? memory : fs::temp_directory_path()) / "veltrac-fuzz-XXXXXX").string();
         fs::path made = ::mkdtemp(pattern.data());
         fs::current_path(made);
         ::setenv("TMPDIR", made.c_str(), 1);

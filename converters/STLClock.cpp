@@ -181,9 +181,14 @@ std::optional<double> STLClock::secondsOf(std::span<const std::string_view> cell
     const std::string_view cell = bareCell(cells[static_cast<std::size_t>(m_format.timeColumn)],
                                            m_format.columns[static_cast<std::size_t>(m_format.timeColumn)]);
     Micros time = 0;
+    Micros tail = 0;
+    if (m_format.zoneColumn >= 0 && !tailAt(cells[static_cast<std::size_t>(m_format.zoneColumn)], tail))
+        return std::nullopt;
     switch (m_format.timeSource) {
-        case STLTimeSource::Stamp:
-            return sinceFirst(stampAt(cell));
+        case STLTimeSource::Stamp: {
+            const auto stamp = stampAt(cell);
+            return sinceFirst(stamp ? std::optional(*stamp + tail) : std::nullopt);
+        }
         case STLTimeSource::DateAndTime: {
             const auto day = m_dates.midnightOf(cells[static_cast<std::size_t>(m_format.dateColumn)]);
             if (!day)
@@ -194,7 +199,7 @@ std::optional<double> STLClock::secondsOf(std::span<const std::string_view> cell
             }
             if (!day || !timeAt(cell, time))
                 return std::nullopt;
-            return sinceFirst(*day + time);
+            return sinceFirst(*day + time + tail);
         }
         case STLTimeSource::ElapsedTime:
             if (!timeAt(cell, time))
@@ -293,11 +298,33 @@ bool STLClock::timeAt(std::string_view text, Micros& micros)
     return true;
 }
 
+// What a column of zones adds to a stamp.
+bool STLClock::tailAt(std::string_view cell, Micros& micros)
+{
+    const auto tail = readStampTail(cell);
+    if (!tail) {
+        m_unreadable = m_format.zoneColumn;
+        return false;
+    }
+    if (tail->fractionDigits > 0)
+        m_resolution =
+            std::min(m_resolution, kFine[static_cast<std::size_t>(std::min(tail->fractionDigits, 6))]);
+    m_zoned = true;
+    micros = tail->fraction - Micros{tail->zoneMinutes} * 60 * kMicrosPerSecond;
+    return true;
+}
+
 std::optional<Micros> STLClock::dayAt(std::string_view cell)
 {
     const auto number = readNumber(cell, m_format.cells);
     if (!number)
         return std::nullopt;
+    if (m_format.monthsInDigits) {
+        const double year = std::floor(*number);
+        return midnight(
+            {static_cast<int>(year), static_cast<int>(std::lround((*number - year) * 100.0)), 1, true, false},
+            m_format.order);
+    }
     return m_format.timeSource == STLTimeSource::SerialDays ? serialDay(*number)
                                                             : decimalYear(*number, m_format.yearsInMonths);
 }
@@ -340,10 +367,12 @@ std::optional<Micros> STLClock::partsOf(std::span<const std::string_view> cells)
     const auto month = part(STLDatePart::Month, 1, 12, quarter.value_or(1) * 3 - 2);
     const auto day = part(STLDatePart::Day, 1, 31, 1);
     const auto dayOfYear = part(STLDatePart::DayOfYear, 1, 366, 1);
+    const auto week = part(STLDatePart::Week, 1, 53, 0);
     const auto clock = clockOf(cells);
-    if (!year || !quarter || !month || !day || !dayOfYear || !clock)
+    if (!year || !quarter || !month || !day || !dayOfYear || !week || !clock)
         return std::nullopt;
-    const auto midnightThen = midnight({*year, *month, *day, true, false}, m_format.order);
+    const auto monday = *week > 0 ? dateOfWeek(*year, *week, 1) : DateParts{*year, *month, *day, true, false};
+    const auto midnightThen = monday ? midnight(*monday, m_format.order) : std::nullopt;
     if (!midnightThen)
         return std::nullopt;
     return *midnightThen + (*dayOfYear - 1) * kMicrosPerDay + *clock;

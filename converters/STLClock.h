@@ -137,6 +137,7 @@ private:
     std::optional<Micros> partsOf(std::span<const std::string_view> cells);
     std::optional<double> numberAt(std::string_view cell);
     bool timeAt(std::string_view text, Micros& micros);
+    bool tailAt(std::string_view cell, Micros& micros);
     std::optional<int> partAt(std::span<const std::string_view> cells, STLDatePart which, int least, int most,
                               int otherwise);
     std::optional<Micros> clockOf(std::span<const std::string_view> cells);

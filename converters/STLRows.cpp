@@ -200,8 +200,12 @@ bool STLRows::takeValues(Piece& piece, std::size_t index)
         m_troubles.insert(m_troubles.end(),
                           piece.troubles.begin() + static_cast<std::ptrdiff_t>(line.cellTroubles),
                           piece.troubles.begin() + static_cast<std::ptrdiff_t>(line.valueTroubles));
-    if (m_format.timeSource == STLTimeSource::Typed && !m_troubles.empty() &&
-        found.losses.missingCells() == m_values.size()) {
+    const bool empty = m_format.timeSource == STLTimeSource::Typed && !m_troubles.empty() &&
+                       found.losses.missingCells() == m_values.size();
+    // A line of another shape with words where numbers should be is none of the table's.
+    const bool misshapen = !m_troubles.empty() && m_troubles.front().column < 0 &&
+                           found.losses.notNumbers > 1 && found.losses.notNumbers * 2 > m_values.size();
+    if (empty || misshapen) {
         const std::size_t begin = index == 0 ? 0 : piece.lines[index - 1].end;
         m_troubles.assign(1, trouble(m_lineNumber, STLProblem::NoNumber, -1,
                                      std::string_view(piece.text).substr(begin, line.end - begin)));

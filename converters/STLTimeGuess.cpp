@@ -181,7 +181,8 @@ struct DatePartNames
     double most;
 };
 constexpr std::array<DatePartNames, kSTLDateParts> kDateParts = {{
-    {" year yr yyyy years jahr annee anno ano year_ #yy yy ", kFirstDecimalYear, kLastDecimalYear},
+    {" year yr yyyy years jahr annee anno ano year_ #yy yy isoyear iso_year ", kFirstDecimalYear,
+     kLastDecimalYear},
     {" quarter qtr q quartal trimester ", 1, 4},
     {" month mon mo mm monat mois mese mes month_ ", 1, 12},
     {" day dd dy dom mday tag jour day_of_month dayofmonth ", 1, 31},
@@ -189,6 +190,7 @@ constexpr std::array<DatePartNames, kSTLDateParts> kDateParts = {{
     {" hour hours hr hrs hh h stunde heure ", 0, 24},
     {" minute minutes min mn mi mm minuten ", 0, 59},
     {" second seconds sec ss sek sekunde ", 0, 60},
+    {" week weeks wk isoweek iso_week weekno week_no weeknum calendar_week kw kalenderwoche semaine ", 1, 53},
 }};
 
 bool isMonthName(const STLToken& cell)
@@ -246,7 +248,8 @@ int findNumericClock(STLFormat& format, const std::vector<STLRow>& data)
 // The moment of a row by its parts as far as days; only good for telling whether rows rise.
 double dayOfParts(const STLRow& row, const std::array<int, kSTLDateParts>& parts)
 {
-    constexpr std::array<double, kSTLDateParts> kDays = {372, 93, 31, 1, 1, 1. / 24, 1. / 1440, 1. / 86400};
+    constexpr std::array<double, kSTLDateParts> kDays = {372,     93,        31,         1, 1,
+                                                         1. / 24, 1. / 1440, 1. / 86400, 7};
     double sum = 0.0;
     for (std::size_t i = 0; i < parts.size(); ++i) {
         if (parts[i] < 0)
@@ -290,8 +293,10 @@ void findDateParts(STLFormat& format, const std::vector<STLRow>& data)
         drop(STLDatePart::Day);
     if (has(STLDatePart::Day))
         drop(STLDatePart::DayOfYear);
+    if (has(STLDatePart::Quarter) || has(STLDatePart::Month) || has(STLDatePart::DayOfYear))
+        drop(STLDatePart::Week);
     if (!has(STLDatePart::Day) && !has(STLDatePart::DayOfYear))
-        drop(STLDatePart::Hour);
+        drop(STLDatePart::Hour);  // of which day?
     if (!has(STLDatePart::Hour))
         drop(STLDatePart::Minute);
     if (!has(STLDatePart::Minute))
@@ -341,6 +346,30 @@ bool areMonths(const std::vector<STLRow>& data, std::size_t c)
     });
 }
 
+// Whether numbers are years with the month in two digits behind them: "1959.01" to "1959.12". Years with
+// decimals would go on beyond these, so that a change of years proves it; without one a name has to tell.
+bool areYearsAndMonths(const STLColumn& column, const std::vector<STLRow>& data, std::size_t c)
+{
+    constexpr double kExact = 1e-6;
+    bool proven = false;
+    double before = 0.0;
+    for (const STLRow& row : data) {
+        const STLToken& cell = row.cells[c];
+        const double year = std::floor(cell.value);
+        const double month = (cell.value - year) * 100.0;
+        if (cell.kind != STLKind::Number || year < kFirstDecimalYear || year >= kLastDecimalYear ||
+            std::fabs(month - std::round(month)) > kExact || month < 1.0 - kExact || month > 12.0 + kExact)
+            return false;
+        // From one December to the next January.
+        proven = proven || (year == before + 1.0 && std::lround(month) == 1);
+        before = std::lround(month) == 12 ? year : 0.0;
+    }
+    const std::string name = lowered(column.name);
+    const bool named = name.find("month") != std::string::npos || name.find("monat") != std::string::npos ||
+                       name.find("yyyy.mm") != std::string::npos;
+    return (proven || named) && column.unit.empty() && courseOf(data, c).alwaysRises();
+}
+
 // Days as spreadsheets count them, between 1954 and 2119, where a name says date.
 bool areSerialDays(const STLColumn& column, const std::vector<STLRow>& data, std::size_t c)
 {
@@ -356,7 +385,8 @@ bool areSerialDays(const STLColumn& column, const std::vector<STLRow>& data, std
 bool findNumericDate(STLFormat& format, const std::vector<STLRow>& data)
 {
     for (std::size_t c = 0; c < format.columns.size() && !data.empty(); ++c) {
-        const bool years = areYears(format.columns[c], data, c);
+        const bool months = areYearsAndMonths(format.columns[c], data, c);
+        const bool years = months || areYears(format.columns[c], data, c);
         if (!years && !areSerialDays(format.columns[c], data, c))
             continue;
         // More years than these a ts-file cannot count: they stay numbers, and no seconds either.
@@ -364,7 +394,8 @@ bool findNumericDate(STLFormat& format, const std::vector<STLRow>& data)
         if (years && data.back().cells[c].value - data.front().cells[c].value >= kMostYears)
             return true;
         format.timeSource = years ? STLTimeSource::DecimalYears : STLTimeSource::SerialDays;
-        format.yearsInMonths = years && areMonths(data, c);
+        format.monthsInDigits = months;
+        format.yearsInMonths = years && !months && areMonths(data, c);
         format.timeColumn = static_cast<int>(c);
         return true;
     }
@@ -377,6 +408,13 @@ bool goesOnAsTime(const STLColumn& column, const Course& course)
     const std::size_t mostFalls = std::max<std::size_t>(course.breaks(), column.prefix.empty() ? 1 : 0);
     return namesTime(column.name) && course.risen >= course.fallen && course.risen > 0 &&
            course.fallen <= mostFalls && course.pairs - course.risen <= kMostBreaks;
+}
+
+// Whether no other key stands before this one: "t=0.5 x=1", but not "seq=1 time=0.5".
+bool isFirstKey(const STLFormat& format, std::size_t column)
+{
+    return std::all_of(format.columns.begin(), format.columns.begin() + static_cast<std::ptrdiff_t>(column),
+                       [](const STLColumn& before) { return before.prefix.empty(); });
 }
 
 // The share of the steps between the rows that are the commonest one.
@@ -442,7 +480,8 @@ void findNumericTime(STLFormat& format, const std::vector<STLRow>& data)
         if (found != kUnix.end() && (course.neverFalls() || course.alwaysFalls()) &&
             (c == 0 || namesTime(format.columns[c].name)))
             format.timeSource = found->source;
-        else if (goesOnAsTime(format.columns[c], course))
+        else if (goesOnAsTime(format.columns[c], course) &&
+                 (format.columns[c].prefix.empty() || isFirstKey(format, c)))
             format.timeSource = STLTimeSource::ElapsedSeconds;
         else
             continue;
@@ -452,10 +491,75 @@ void findNumericTime(STLFormat& format, const std::vector<STLRow>& data)
     }
 }
 
-// "Nov 22 01:40:30", in cells of their own.
+// The first column of times that go one way, but for midnights: others tell how long something took. -1 where
+// there is none.
+int clockColumn(const STLFormat& format, const std::vector<STLRow>& data)
+{
+    constexpr Micros kHalfDay = kMicrosPerDay / 2;
+    constexpr std::size_t kManyTurns = 10;  // one in so many rows
+    for (std::size_t c = 0; c < format.columns.size(); ++c) {
+        if (format.columns[c].kind != STLKind::Time)
+            continue;
+        std::size_t risen = 0;
+        std::size_t fallen = 0;
+        Micros before = -1;
+        for (const STLRow& row : data) {
+            const auto time = readTime(row.cells[c].text);
+            if (!time)
+                continue;
+            const Micros step = before < 0 ? 0 : time->micros - before;
+            risen += step > 0 && step < kHalfDay ? 1 : 0;
+            fallen += step < 0 && step > -kHalfDay ? 1 : 0;
+            before = time->micros;
+        }
+        const std::size_t turns = std::min(risen, fallen);
+        if (turns <= kMostBreaks || turns * kManyTurns < data.size())
+            return static_cast<int>(c);
+    }
+    return -1;
+}
+
+// The column behind a stamp or a time that tells its zone in each row; -1 where there is none.
+int zoneColumn(const STLFormat& format, const std::vector<STLRow>& data)
+{
+    const auto c = static_cast<std::size_t>(format.timeColumn) + 1;
+    const bool all = c < format.columns.size() && !data.empty() &&
+                     std::all_of(data.begin(), data.end(), [c](const STLRow& row) {
+                         const std::string_view text = row.cells[c].text;
+                         return text.size() > 2 && readStampTail(text).has_value();
+                     });
+    return all ? static_cast<int>(c) : -1;
+}
+
+// Whether what stands before the times begins like a date: "2026-326".
+bool looksDated(const STLFormat& format, const std::vector<STLRow>& data)
+{
+    const auto time = static_cast<std::size_t>(format.timeColumn);
+    constexpr std::size_t kYearDigits = 4;
+    return time >= 1 && !data.empty() && std::all_of(data.begin(), data.end(), [&](const STLRow& row) {
+               const std::string_view text = row.cells[time - 1].text;
+               return row.cells[time - 1].kind == STLKind::Text &&
+                      text.find_first_not_of("0123456789") == kYearDigits &&
+                      (text.starts_with("19") || text.starts_with("20"));
+           });
+}
+
+// "22-11" and "22/11".
+bool isDayAndMonth(std::string_view text)
+{
+    const std::size_t sign = std::min(text.find_first_of("-/"), text.size());
+    return sign >= 1 && sign <= 2 && text.size() > sign + 1 && text.size() <= sign + 3 &&
+           text.find_first_not_of("0123456789-/") == std::string_view::npos;
+}
+
+// "Nov 22 01:40:30" and "22-11 01:40:30", in cells of their own.
 bool datesLackYear(const STLFormat& format, const std::vector<STLRow>& data)
 {
     const auto time = static_cast<std::size_t>(format.timeColumn);
+    if (time >= 1 && !data.empty() && std::all_of(data.begin(), data.end(), [time](const STLRow& row) {
+            return row.cells[time - 1].kind == STLKind::Text && isDayAndMonth(row.cells[time - 1].text);
+        }))
+        return true;
     return time >= 2 && !data.empty() && std::all_of(data.begin(), data.end(), [&](const STLRow& row) {
                const bool dayLast =
                    isMonthName(row.cells[time - 2]) && row.cells[time - 1].kind == STLKind::Number;
@@ -566,7 +670,7 @@ void guessTime(STLFormat& format, const std::vector<STLRow>& data)
     };
     const int stamp = firstOf(STLKind::Stamp);
     const int date = firstOf(STLKind::Date);
-    int time = firstOf(STLKind::Time);
+    int time = date >= 0 ? firstOf(STLKind::Time) : clockColumn(format, data);
     if (time > 0 && date < 0 && standsStill(data, static_cast<std::size_t>(time)))
         time = -1;
     if (stamp < 0 && date >= 0 && time < 0)
@@ -585,6 +689,7 @@ void guessTime(STLFormat& format, const std::vector<STLRow>& data)
         format.timeSource = STLTimeSource::ElapsedTime;
         format.timeColumn = time;
         format.yearMissing = datesLackYear(format, data);
+        format.dateUnread = !format.yearMissing && looksDated(format, data);
         startAtMidnight(format, data);
     } else {
         findDateParts(format, data);
@@ -595,6 +700,9 @@ void guessTime(STLFormat& format, const std::vector<STLRow>& data)
         dated >= 0 &&
         (format.timeSource == STLTimeSource::Stamp || format.timeSource == STLTimeSource::DateAndTime))
         findOrder(format, data, dated);
+    if ((format.timeSource == STLTimeSource::Stamp || format.timeSource == STLTimeSource::DateAndTime) &&
+        !datesAlone(format) && !clockIsInParts(format) && !format.timeIsHhmm)
+        format.zoneColumn = zoneColumn(format, data);
 
     for (const int c : {format.timeColumn, format.dateColumn})
         if (c >= 0 && namesGreenwich(format.columns[static_cast<std::size_t>(c)]))

@@ -13,25 +13,7 @@ namespace veltrac {
 namespace {
 
 constexpr Micros kClockSetBack = 2 * 3600 * kMicrosPerSecond;
-constexpr double kMostSeconds = 4e12;  // whose microseconds fit into 64 bits
 constexpr Micros kMicrosPerHour = 3600 * kMicrosPerSecond;
-
-constexpr std::array<double, 7> kFine = {1.0, 1e-1, 1e-2, 1e-3, 1e-4, 1e-5, 1e-6};
-
-// How fine a written time is: its last digit, or the minute where it has no seconds.
-double resolutionOf(const TimeOfDay& time)
-{
-    return time.hasSeconds ? kFine[static_cast<std::size_t>(std::min(time.fractionDigits, 6))] : 60.0;
-}
-
-// How fine a written number is; 0 where its digits do not tell.
-double resolutionOf(std::string_view number, char decimal)
-{
-    const std::size_t mark = number.find(decimal);
-    const std::size_t digits = mark == std::string_view::npos ? 0 : number.size() - mark - 1;
-    return digits >= kFine.size() || number.find_first_of("eE") != std::string_view::npos ? 0.0
-                                                                                          : kFine[digits];
-}
 
 // Of two of them the difference fits, too.
 std::optional<std::int64_t> nanosecondsIn(std::string_view text)
@@ -42,14 +24,6 @@ std::optional<std::int64_t> nanosecondsIn(std::string_view text)
     const bool fits =
         error == std::errc() && end == text.data() + text.size() && number >= -kMost && number <= kMost;
     return fits ? std::optional(number) : std::nullopt;
-}
-
-// A cell's number without decimals, within these bounds.
-std::optional<int> wholeAt(std::string_view cell, const STLCells& cells, int least, int most)
-{
-    const auto number = readNumber(cell, cells);
-    const bool whole = number && *number == std::floor(*number) && *number >= least && *number <= most;
-    return whole ? std::optional(static_cast<int>(*number)) : std::nullopt;
 }
 
 }  // namespace
@@ -163,30 +137,31 @@ Micros LocalDays::instantOf(Micros wall, Micros expected)
 
 // -- Times --
 
-STLClock::STLClock(const STLFormat& format)
-    : m_format(format), m_secondsPerUnit(secondsPerUnit(format)), m_dates(format.order)
-{
-}
+STLClock::STLClock(const STLFormat& format) : m_format(format), m_reader(format), m_dates(format.order) {}
 
 std::optional<double> STLClock::read(std::span<const std::string_view> cells)
 {
+    return read(cells, m_reader.read(cells));
+}
+
+std::optional<double> STLClock::read(std::span<const std::string_view> cells, const STLTimeText& told)
+{
     m_unreadable = m_format.timeColumn;
-    const std::optional<double> seconds = secondsOf(cells);
+    const std::optional<double> seconds = secondsOf(cells, told);
     m_hasFirst = m_hasFirst || seconds;
     return seconds;
 }
 
-std::optional<double> STLClock::secondsOf(std::span<const std::string_view> cells)
+std::optional<double> STLClock::secondsOf(std::span<const std::string_view> cells, const STLTimeText& told)
 {
-    const std::string_view cell = bareCell(cells[static_cast<std::size_t>(m_format.timeColumn)],
-                                           m_format.columns[static_cast<std::size_t>(m_format.timeColumn)]);
-    Micros time = 0;
+    const auto timeColumn = static_cast<std::size_t>(m_format.timeColumn);
+    const auto cell = [&] { return bareCell(cells[timeColumn], m_format.columns[timeColumn]); };
     Micros tail = 0;
     if (m_format.zoneColumn >= 0 && !tailAt(cells[static_cast<std::size_t>(m_format.zoneColumn)], tail))
         return std::nullopt;
     switch (m_format.timeSource) {
         case STLTimeSource::Stamp: {
-            const auto stamp = stampAt(cell);
+            const auto stamp = stampAt(cell(), told);
             return sinceFirst(stamp ? std::optional(*stamp + tail) : std::nullopt);
         }
         case STLTimeSource::DateAndTime: {
@@ -197,44 +172,44 @@ std::optional<double> STLClock::secondsOf(std::span<const std::string_view> cell
                 const auto clock = day ? clockOf(cells) : std::nullopt;
                 return clock ? sinceFirst(*day + *clock) : std::nullopt;
             }
-            if (!day || !timeAt(cell, time))
+            if (!day || !told.isRead)
                 return std::nullopt;
-            return sinceFirst(*day + time + tail);
+            m_resolution = std::min(m_resolution, told.resolution);
+            return sinceFirst(*day + told.micros + tail);
         }
         case STLTimeSource::ElapsedTime:
-            if (!timeAt(cell, time))
-                return std::nullopt;
-            // A time of day begins anew at midnight; clocks that are set back go back by less than this, and
-            // hours that go on above 24 never do.
-            if (m_hasFirst && time < kMicrosPerDay && time + kClockSetBack < m_lastTime)
-                m_days += kMicrosPerDay;
-            m_lastTime = time;
-            return sinceFirst(time + m_days);
+            return told.isRead ? sinceFirst(elapsed(told)) : std::nullopt;
         case STLTimeSource::DateParts:
             return sinceFirst(partsOf(cells));
         case STLTimeSource::DecimalYears:
         case STLTimeSource::SerialDays:
-            return sinceFirst(dayAt(cell));
+            return sinceFirst(dayAt(cell()));
         default:
-            return numberAt(cell);
+            return told.isRead ? std::optional(numberAt(cells[timeColumn], told)) : std::nullopt;
     }
 }
 
-std::optional<Micros> STLClock::stampAt(std::string_view cell)
+Micros STLClock::elapsed(const STLTimeText& told)
 {
-    const std::size_t end = std::min(cell.find_first_of(" T_"), cell.size());
-    const std::optional<Micros> day = m_dates.midnightOf(cell.substr(0, end));
-    if (day && end == cell.size())
+    m_resolution = std::min(m_resolution, told.resolution);
+    // A time of day begins anew at midnight; clocks that are set back go back by less than this, and hours
+    // that go on above 24 never do.
+    if (m_hasFirst && told.micros < kMicrosPerDay && told.micros + kClockSetBack < m_lastTime)
+        m_days += kMicrosPerDay;
+    m_lastTime = told.micros;
+    return told.micros + m_days;
+}
+
+std::optional<Micros> STLClock::stampAt(std::string_view cell, const STLTimeText& told)
+{
+    const std::optional<Micros> day = m_dates.midnightOf(cell.substr(0, told.dateEnd));
+    if (day && told.dateEnd == cell.size())
         return day;
-    std::string_view rest = cell.substr(std::min(end + 1, cell.size()));
-    rest.remove_prefix(std::min(rest.find_first_not_of(' '), rest.size()));
-    const auto time = takeTime(rest);
-    const auto zone = takeZone(rest);
-    if (!day || !time || !rest.empty())
+    if (!day || !told.isRead)
         return rareStamp(cell, day);
-    m_resolution = std::min(m_resolution, resolutionOf(*time));
-    m_zoned = m_zoned || zone;
-    return *day + time->micros - Micros{zone.value_or(0)} * 60 * kMicrosPerSecond;
+    m_resolution = std::min(m_resolution, told.resolution);
+    m_zoned = m_zoned || told.isZoned;
+    return *day + told.micros;
 }
 
 // One that is not a date, a blank or "T", and a time; perhaps its day is known already.
@@ -252,50 +227,23 @@ std::optional<Micros> STLClock::rareStamp(std::string_view cell, std::optional<M
            Micros{stamp->zoneMinutes.value_or(0)} * 60 * kMicrosPerSecond;
 }
 
-std::optional<double> STLClock::numberAt(std::string_view cell)
+double STLClock::numberAt(std::string_view cell, const STLTimeText& told)
 {
-    const auto number = readNumber(cell, m_format.cells);
-    if (!number || std::fabs(*number * m_secondsPerUnit) > kMostSeconds)
-        return std::nullopt;
+    m_resolution = std::min(m_resolution, told.resolution);
     // Nanoseconds since 1970 have more digits than a double: those since the first row are exact.
     const std::optional<std::int64_t> ticks =
-        m_format.timeSource == STLTimeSource::UnixNanoseconds ? nanosecondsIn(cell) : std::nullopt;
-    // Divided where the unit is a part of a second, which rounds once.
-    const auto inSeconds = [this](double n) {
-        return m_secondsPerUnit < 1.0 ? n / std::round(1.0 / m_secondsPerUnit) : n * m_secondsPerUnit;
-    };
-    m_resolution = std::min(m_resolution, resolutionOf(cell, m_format.cells.decimal) * m_secondsPerUnit);
+        m_format.timeSource == STLTimeSource::UnixNanoseconds
+            ? nanosecondsIn(bareCell(cell, m_format.columns[static_cast<std::size_t>(m_format.timeColumn)]))
+            : std::nullopt;
     if (!m_hasFirst) {
-        m_firstNumber = *number;
+        m_firstNumber = told.number;
         m_firstTicks = ticks;
-        m_firstSeconds = inSeconds(*number);
+        m_firstSeconds = m_reader.inSeconds(told.number);
         if (m_format.timeSource != STLTimeSource::ElapsedSeconds)
             m_firstWall = static_cast<Micros>(std::llround(m_firstSeconds * kMicrosPerSecond));
     }
-    return inSeconds(ticks && m_firstTicks ? static_cast<double>(*ticks - *m_firstTicks)
-                                           : *number - m_firstNumber);
-}
-
-bool STLClock::timeAt(std::string_view text, Micros& micros)
-{
-    if (m_format.timeIsHhmm) {
-        const auto digits = wholeAt(text, m_format.cells, 0, 2400);
-        if (!digits || *digits % 100 > 59)
-            return false;
-        m_resolution = std::min(m_resolution, 60.0);
-        micros = (*digits / 100 * 60 + *digits % 100) * 60 * kMicrosPerSecond;
-        return true;
-    }
-    if (readPlainTime(text, micros)) {
-        m_resolution = std::min(m_resolution, 1.0);
-        return true;
-    }
-    const auto time = readClock(text);
-    if (!time)
-        return false;
-    m_resolution = std::min(m_resolution, resolutionOf(*time));
-    micros = time->micros;
-    return true;
+    return m_reader.inSeconds(ticks && m_firstTicks ? static_cast<double>(*ticks - *m_firstTicks)
+                                                    : told.number - m_firstNumber);
 }
 
 // What a column of zones adds to a stamp.
@@ -307,8 +255,7 @@ bool STLClock::tailAt(std::string_view cell, Micros& micros)
         return false;
     }
     if (tail->fractionDigits > 0)
-        m_resolution =
-            std::min(m_resolution, kFine[static_cast<std::size_t>(std::min(tail->fractionDigits, 6))]);
+        m_resolution = std::min(m_resolution, resolutionOf({0, tail->fractionDigits, true}));
     m_zoned = true;
     micros = tail->fraction - Micros{tail->zoneMinutes} * 60 * kMicrosPerSecond;
     return true;

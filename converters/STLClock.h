@@ -10,6 +10,7 @@
 
 #include "converters/DateSteps.h"
 #include "converters/STLFormat.h"
+#include "converters/STLTimeText.h"
 
 namespace veltrac {
 
@@ -111,6 +112,10 @@ public:
 
     // Seconds of a row since the first one; nothing where its time cannot be read.
     std::optional<double> read(std::span<const std::string_view> cells);
+    // The same where reader() has read the cells.
+    std::optional<double> read(std::span<const std::string_view> cells, const STLTimeText& told);
+    // For use on any thread.
+    const STLTimeReader& reader() const { return m_reader; }
     // The column at which it could not be read.
     int unreadable() const { return m_unreadable; }
 
@@ -129,21 +134,21 @@ public:
     const ClockChanges& changes() const { return m_changes; }
 
 private:
-    std::optional<double> secondsOf(std::span<const std::string_view> cells);
+    std::optional<double> secondsOf(std::span<const std::string_view> cells, const STLTimeText& told);
     std::optional<double> sinceFirst(std::optional<Micros> wall);
-    std::optional<Micros> stampAt(std::string_view cell);
+    std::optional<Micros> stampAt(std::string_view cell, const STLTimeText& told);
     std::optional<Micros> rareStamp(std::string_view cell, std::optional<Micros> day);
     std::optional<Micros> dayAt(std::string_view cell);
     std::optional<Micros> partsOf(std::span<const std::string_view> cells);
-    std::optional<double> numberAt(std::string_view cell);
-    bool timeAt(std::string_view text, Micros& micros);
+    double numberAt(std::string_view cell, const STLTimeText& told);
     bool tailAt(std::string_view cell, Micros& micros);
+    Micros elapsed(const STLTimeText& told);
     std::optional<int> partAt(std::span<const std::string_view> cells, STLDatePart which, int least, int most,
                               int otherwise);
     std::optional<Micros> clockOf(std::span<const std::string_view> cells);
 
     const STLFormat& m_format;
-    double m_secondsPerUnit;  // of times that are numbers
+    STLTimeReader m_reader;
     DateCells m_dates;
     ClockChanges m_changes;
     int m_unreadable = -1;

@@ -31,6 +31,10 @@ public:
     // From 0 on, where all are there.
     Row row(std::size_t index) const;
 
+    // The values of all rows in turn: pieces of whole rows, from 0 on.
+    std::size_t pieces() const noexcept { return m_pieces.size(); }
+    std::span<const float> piece(std::size_t index) const { return m_pieces[index].values; }
+
 private:
     // Rows a piece; pieces that are full stay where they are.
     static constexpr std::size_t kPieceRows = 4096;

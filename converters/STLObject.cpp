@@ -360,6 +360,14 @@ double STLObject::writtenTime(double seconds, double lag, std::uint64_t chosen) 
 
 JobOutcome STLObject::writeKept(STLWriter& writer, const Progress& progress)
 {
+    if (writer.takesRowsAsTheyAre()) {
+        for (std::size_t i = 0; i < m_kept->pieces(); ++i) {
+            writer.addRows(m_kept->piece(i));
+            if (!goesOn(progress, i, m_kept->pieces()))
+                return JobOutcome::Cancelled;
+        }
+        return JobOutcome::Done;
+    }
     constexpr std::size_t kRowsALook = 1024;
     for (std::size_t i = 0; i < m_kept->size(); ++i) {
         const STLKeptRows::Row row = m_kept->row(i);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numeric>
 
 #include "core/Characters.h"
 #include "core/Utf8.h"
@@ -14,7 +15,7 @@ namespace {
 
 constexpr std::size_t kLongestRow = 1U << 20;
 constexpr std::size_t kPieceBytes = 1U << 16;
-constexpr std::size_t kMostPieceCells = 1U << 18;
+constexpr std::size_t kMostPieceCells = 1U << 20;
 constexpr std::size_t kLongestTrouble = 40;
 constexpr std::size_t kMostTexts = 10000;
 constexpr double kFarthest = 4294967295.0;  // seconds that a time column can count: 136 years
@@ -32,7 +33,12 @@ float textNumber(STLTexts& texts, std::string_view cell)
 }  // namespace
 
 STLRows::STLRows(const std::filesystem::path& file, const STLFormat& format, STLPass pass)
-    : m_format(format), m_pass(pass), m_reader(file, kLongestRow), m_clock(format), m_titles(format)
+    : m_format(format),
+      m_pass(pass),
+      m_reader(file, kLongestRow),
+      m_clock(format),
+      m_titles(format),
+      m_plain(format)
 {
     for (std::size_t c = 0; c < format.columns.size(); ++c) {
         const STLColumn& column = format.columns[c];
@@ -44,13 +50,17 @@ STLRows::STLRows(const std::filesystem::path& file, const STLFormat& format, STL
 
 JobOutcome STLRows::walk(const std::function<void()>& onLine, const std::function<bool()>& goesOn)
 {
+    passHead();
     WorkerPool& pool = WorkerPool::shared();
     std::vector<Piece> pieces(pool.slots());
     const WorkerPool::Stages stages{[&](std::size_t slot) { return take(pieces[slot]); },
                                     [&](std::size_t slot) { read(pieces[slot]); },
                                     [&](std::size_t slot) {
-                                        for (std::size_t i = 0; i < pieces[slot].lines.size(); ++i) {
-                                            show(pieces[slot], i);
+                                        Piece& piece = pieces[slot];
+                                        for (STLTrouble& trouble : piece.troubles)
+                                            trouble.line += m_lineNumber;
+                                        for (Place place; place.line < piece.lines.size(); ++place.line) {
+                                            show(piece, place);
                                             onLine();
                                         }
                                     }};
@@ -59,65 +69,98 @@ JobOutcome STLRows::walk(const std::function<void()>& onLine, const std::functio
 
 // -- A piece --
 
+void STLRows::passHead()
+{
+    while (m_lineNumber + 1 < m_format.firstDataLine && m_reader.next())
+        ++m_lineNumber;
+}
+
 bool STLRows::take(Piece& piece)
 {
-    piece.firstNumber = m_taken + 1;
-    piece.text.clear();
-    piece.lines.clear();
-    const std::size_t most =
-        std::max<std::size_t>(1, kMostPieceCells / std::max<std::size_t>(1, m_format.columns.size()));
-    while (piece.text.size() < kPieceBytes && piece.lines.size() < most && m_reader.next()) {
-        piece.text += m_reader.text();
-        Line line;
-        line.end = piece.text.size();
-        line.isCut = m_reader.isCut();
-        piece.lines.push_back(line);
-        ++m_taken;
-    }
-    return !piece.lines.empty();
+    // Lines with cells are two bytes long at least, their ends included.
+    const std::size_t most = 2 * kMostPieceCells / std::max<std::size_t>(1, m_format.columns.size());
+    if (!m_reader.nextLines(std::min(kPieceBytes, most)))
+        return false;
+    piece.text.assign(m_reader.text());
+    piece.isCut = m_reader.isCut();
+    return true;
 }
 
 void STLRows::read(Piece& piece) const
 {
-    piece.cells.clear();
-    piece.values.clear();
+    piece.lines.clear();
+    piece.odd.clear();
     piece.troubles.clear();
-    std::vector<std::string_view> cells;
-    std::uint64_t number = piece.firstNumber;
-    std::size_t begin = 0;
-    std::size_t rows = 0;
-    for (Line& line : piece.lines) {
-        const std::string_view text = std::string_view(piece.text).substr(begin, line.end - begin);
-        begin = line.end;
+    piece.rows = 0;
+    Desk desk;
+    const std::string_view text = piece.text;
+    for (std::size_t begin = 0; begin <= text.size();) {
+        const std::size_t end = std::min(text.find(m_reader.newLine(), begin), text.size());
         Found found{piece.troubles, {}};
-        line.kind = readCells(line, text, number, cells, found);
-        line.cellTroubles = line.valueTroubles = piece.troubles.size();
-        if (line.kind == Kind::Cells) {
-            line.row = rows++;
-            piece.cells.insert(piece.cells.end(), cells.begin(),
-                               cells.begin() + static_cast<std::ptrdiff_t>(m_format.columns.size()));
-            piece.values.resize(rows * m_takenColumns.size());
-            if (!m_numbersTexts) {
-                readValues(cells, number, valuesOf(piece, line), found, nullptr);
-                line.valueTroubles = piece.troubles.size();
-                line.losses = found.losses;
-            }
+        Odd odd;
+        const std::size_t before = piece.troubles.size();
+        const Kind kind = readLine(piece, text.substr(begin, end - begin), desk, found, odd);
+        const bool isOdd = piece.troubles.size() != before || found.losses.missingCells() != 0;
+        piece.lines.push_back({static_cast<std::uint32_t>(end), kind, isOdd});
+        if (isOdd) {
+            odd.valueTroubles = piece.troubles.size();
+            odd.losses = found.losses;
+            piece.odd.push_back(odd);
         }
-        ++number;
+        begin = end + 1;
     }
 }
 
-STLRows::Kind STLRows::readCells(const Line& line, std::string_view text, std::uint64_t number,
-                                 std::vector<std::string_view>& cells, Found& found) const
+// For another row.
+void STLRows::makeRoom(Piece& piece) const
 {
-    if (number < m_format.firstDataLine)
-        return Kind::NoData;
+    const std::size_t rows = piece.rows + 1;
+    const std::size_t columns = std::max<std::size_t>(1, m_format.columns.size());
+    if (piece.cells.size() >= rows * columns)
+        return;
+    constexpr std::size_t kCellsAtFirst = 4096;
+    const std::size_t room = std::max(kCellsAtFirst / columns, 2 * rows);
+    piece.cells.resize(room * columns);
+    piece.values.resize(room * m_takenColumns.size());
+    piece.times.resize(timesAreWanted() ? room : 0);
+}
+
+STLRows::Kind STLRows::readLine(Piece& piece, std::string_view text, Desk& desk, Found& found, Odd& odd) const
+{
     if (!holdsData(text))
         return m_titles.isTitle(text) ? Kind::Title : Kind::NoData;
-    if (line.isCut) {
+    const std::size_t number = piece.lines.size() + 1;
+    if (piece.isCut) {
         found.troubles.push_back(trouble(number, STLProblem::LineTooLong, -1, text));
+        odd.cellTroubles = found.troubles.size();
         return Kind::NoCells;
     }
+    makeRoom(piece);
+    const std::span<std::string_view> cells = cellsOf(piece, piece.rows);
+    const std::span<float> values = valuesOf(piece, piece.rows);
+    if (m_plain.read(text, cells, values, desk.unread)) {
+        if (m_titles.has(text, cells))
+            return Kind::Title;
+    } else {
+        if (readCells(piece, text, desk.cells, found) == Kind::Title)
+            return Kind::Title;
+        desk.unread.resize(values.size());
+        std::iota(desk.unread.begin(), desk.unread.end(), std::size_t{0});
+    }
+    odd.cellTroubles = found.troubles.size();
+    if (timesAreWanted())
+        piece.times[piece.rows] = m_clock.reader().read(cells);
+    ++piece.rows;
+    if (!m_numbersTexts)
+        for (const std::size_t i : desk.unread)
+            values[i] = valueOf(m_takenColumns[i], cells[m_takenColumns[i]], number, found, nullptr);
+    return Kind::Cells;
+}
+
+// The same of rows of every kind, without their values.
+STLRows::Kind STLRows::readCells(Piece& piece, std::string_view text, std::vector<std::string_view>& cells,
+                                 Found& found) const
+{
     const std::size_t columns = m_format.columns.size();
     splitCells(text, m_format.cells, cells);
     const std::size_t there = cells.size();
@@ -127,8 +170,9 @@ STLRows::Kind STLRows::readCells(const Line& line, std::string_view text, std::u
     if (m_titles.has(text, cells))
         return Kind::Title;
     if (there < columns || tooMany)
-        found.troubles.push_back(
-            trouble(number, tooMany ? STLProblem::TooManyCells : STLProblem::TooFewCells, -1, text));
+        found.troubles.push_back(trouble(
+            piece.lines.size() + 1, tooMany ? STLProblem::TooManyCells : STLProblem::TooFewCells, -1, text));
+    std::copy_n(cells.begin(), columns, cellsOf(piece, piece.rows).begin());
     return Kind::Cells;
 }
 
@@ -141,74 +185,90 @@ bool STLRows::holdsData(std::string_view line) const
     return line.find_first_not_of(" \t\r") != std::string_view::npos && !isRemark(line, m_format);
 }
 
-std::span<const std::string_view> STLRows::cellsOf(const Piece& piece, const Line& line) const
+std::span<std::string_view> STLRows::cellsOf(Piece& piece, std::size_t row) const
 {
     const std::size_t columns = m_format.columns.size();
-    return std::span(piece.cells).subspan(line.row * columns, columns);
+    return std::span(piece.cells).subspan(row * columns, columns);
 }
 
-std::span<float> STLRows::valuesOf(Piece& piece, const Line& line) const
+std::span<float> STLRows::valuesOf(Piece& piece, std::size_t row) const
 {
-    return std::span(piece.values).subspan(line.row * m_takenColumns.size(), m_takenColumns.size());
+    return std::span(piece.values).subspan(row * m_takenColumns.size(), m_takenColumns.size());
 }
 
 // -- The present line --
 
-void STLRows::show(Piece& piece, std::size_t index)
+void STLRows::show(Piece& piece, Place& place)
 {
-    const Line& line = piece.lines[index];
-    m_lineNumber = piece.firstNumber + index;
-    const std::size_t begin = index == 0 ? 0 : piece.lines[index - 1].valueTroubles;
-    m_troubles.assign(piece.troubles.begin() + static_cast<std::ptrdiff_t>(begin),
-                      piece.troubles.begin() + static_cast<std::ptrdiff_t>(line.cellTroubles));
+    const Line& line = piece.lines[place.line];
+    ++m_lineNumber;
+    m_troubles.clear();
     m_hasRow = false;
-    if (line.kind == Kind::NoData)
-        return;
-    if (line.kind == Kind::Title) {
-        ++m_losses.titleLines;
-        return;
+    if (line.isOdd) {
+        const std::size_t begin = place.odd == 0 ? 0 : piece.odd[place.odd - 1].valueTroubles;
+        const auto from = piece.troubles.begin() + static_cast<std::ptrdiff_t>(begin);
+        m_troubles.assign(
+            from, piece.troubles.begin() + static_cast<std::ptrdiff_t>(piece.odd[place.odd].cellTroubles));
     }
-    m_hasRow = line.kind == Kind::Cells && readTime(cellsOf(piece, line)) && takeValues(piece, index);
-    m_losses.skippedLines += m_hasRow ? 0 : 1;
+    if (line.kind == Kind::Cells) {
+        m_values = valuesOf(piece, place.row);
+        m_hasRow =
+            readTime(piece, place.row) && (!(line.isOdd || m_numbersTexts) || takeOddValues(piece, place));
+        ++place.row;
+    }
+    place.odd += line.isOdd ? 1 : 0;
+    m_losses.titleLines += line.kind == Kind::Title ? 1 : 0;
+    m_losses.skippedLines += line.kind >= Kind::NoCells && !m_hasRow ? 1 : 0;
 }
 
-bool STLRows::readTime(std::span<const std::string_view> cells)
+bool STLRows::timesAreWanted() const
 {
-    if (m_format.timeSource == STLTimeSource::Typed || m_pass == STLPass::WithoutTimes)
+    return m_format.timeSource != STLTimeSource::Typed && m_pass == STLPass::Whole;
+}
+
+bool STLRows::readTime(Piece& piece, std::size_t row)
+{
+    if (!timesAreWanted())
         return true;
-    const std::optional<double> seconds = m_clock.read(cells);
-    const int column = seconds ? m_format.timeColumn : m_clock.unreadable();
-    if (!seconds || std::fabs(*seconds) > kFarthest) {
-        m_troubles.push_back(trouble(m_lineNumber,
-                                     seconds ? STLProblem::FarTime : STLProblem::UnreadableStamp, column,
-                                     cells[static_cast<std::size_t>(column)]));
-        return false;
+    const std::span<const std::string_view> cells = cellsOf(piece, row);
+    const std::optional<double> seconds = m_clock.read(cells, piece.times[row]);
+    if (seconds && std::fabs(*seconds) <= kFarthest) {
+        m_seconds = *seconds;
+        return true;
     }
-    m_seconds = *seconds;
-    return true;
+    const int column = seconds ? m_format.timeColumn : m_clock.unreadable();
+    m_troubles.push_back(trouble(m_lineNumber, seconds ? STLProblem::FarTime : STLProblem::UnreadableStamp,
+                                 column, cells[static_cast<std::size_t>(column)]));
+    return false;
 }
 
-// False where the line is no row: without a time of its own, one without any number.
-bool STLRows::takeValues(Piece& piece, std::size_t index)
+// What a row lacks, and its values where texts are numbered. False where the line is no row: without a time
+// of its own, one without any number.
+bool STLRows::takeOddValues(Piece& piece, const Place& place)
 {
-    const Line& line = piece.lines[index];
-    m_values = valuesOf(piece, line);
-    Found found{m_troubles, line.losses};
-    if (m_numbersTexts)
-        readValues(cellsOf(piece, line), m_lineNumber, valuesOf(piece, line), found, &m_texts);
-    else
+    const bool isOdd = piece.lines[place.line].isOdd;
+    Found found{m_troubles, isOdd ? piece.odd[place.odd].losses : STLLosses()};
+    if (m_numbersTexts) {
+        const auto cells = cellsOf(piece, place.row);
+        const auto values = valuesOf(piece, place.row);
+        for (std::size_t i = 0; i < values.size(); ++i)
+            values[i] = valueOf(m_takenColumns[i], cells[m_takenColumns[i]], m_lineNumber, found, &m_texts);
+    } else {
+        const Odd& odd = piece.odd[place.odd];
         m_troubles.insert(m_troubles.end(),
-                          piece.troubles.begin() + static_cast<std::ptrdiff_t>(line.cellTroubles),
-                          piece.troubles.begin() + static_cast<std::ptrdiff_t>(line.valueTroubles));
+                          piece.troubles.begin() + static_cast<std::ptrdiff_t>(odd.cellTroubles),
+                          piece.troubles.begin() + static_cast<std::ptrdiff_t>(odd.valueTroubles));
+    }
     const bool empty = m_format.timeSource == STLTimeSource::Typed && !m_troubles.empty() &&
                        found.losses.missingCells() == m_values.size();
     // A line of another shape with words where numbers should be is none of the table's.
     const bool misshapen = !m_troubles.empty() && m_troubles.front().column < 0 &&
                            found.losses.notNumbers > 1 && found.losses.notNumbers * 2 > m_values.size();
     if (empty || misshapen) {
-        const std::size_t begin = index == 0 ? 0 : piece.lines[index - 1].end;
-        m_troubles.assign(1, trouble(m_lineNumber, STLProblem::NoNumber, -1,
-                                     std::string_view(piece.text).substr(begin, line.end - begin)));
+        const std::size_t begin = place.line == 0 ? 0 : piece.lines[place.line - 1].end + 1;
+        m_troubles.assign(
+            1, trouble(m_lineNumber, STLProblem::NoNumber, -1,
+                       std::string_view(piece.text).substr(begin, piece.lines[place.line].end - begin)));
         return false;
     }
     for (const STLTrouble& trouble : m_troubles) {
@@ -223,13 +283,6 @@ bool STLRows::takeValues(Piece& piece, std::size_t index)
 // -- Values --
 
 // `texts` is where texts are numbered; without it none of the columns has any that are.
-void STLRows::readValues(std::span<const std::string_view> cells, std::uint64_t number,
-                         std::span<float> values, Found& found, std::map<std::size_t, STLTexts>* texts) const
-{
-    for (std::size_t i = 0; i < values.size(); ++i)
-        values[i] = valueOf(m_takenColumns[i], cells[m_takenColumns[i]], number, found, texts);
-}
-
 float STLRows::valueOf(std::size_t column, std::string_view cell, std::uint64_t number, Found& found,
                        std::map<std::size_t, STLTexts>* texts) const
 {

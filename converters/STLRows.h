@@ -9,6 +9,7 @@
 
 #include "converters/STLClock.h"
 #include "converters/STLFormat.h"
+#include "converters/STLPlainRow.h"
 #include "converters/STLTitles.h"
 #include "core/LineReader.h"
 #include "core/Progress.h"
@@ -86,7 +87,7 @@ public:
 
 private:
     // What a line is without its time.
-    enum class Kind { NoData, Title, NoCells, Cells };
+    enum class Kind : std::uint8_t { NoData, Title, NoCells, Cells };
     // Empty cells, other texts and what is told of them.
     struct Found
     {
@@ -95,39 +96,60 @@ private:
     };
     struct Line
     {
-        std::size_t end = 0;  // in the text of its piece
-        bool isCut = false;
-        Kind kind = Kind::NoData;
-        std::size_t row = 0;  // among those of the piece with cells
-        // Behind its troubles among those of the piece: those of its cells' number, then those of its values.
+        std::uint32_t end;  // in the text of its piece
+        Kind kind;
+        bool isOdd;  // something is told of it
+    };
+    // Of an odd line: the ends, among the troubles of its piece, of those of its cells' number and those of
+    // its values, and what its values lack.
+    struct Odd
+    {
         std::size_t cellTroubles = 0;
         std::size_t valueTroubles = 0;
-        STLLosses losses;  // of its values
+        STLLosses losses{};
     };
-    // Lines that are read at once.
+    // Lines that are read at once, and what was found in them; vectors of cells and values only grow.
     struct Piece
     {
-        std::uint64_t firstNumber = 0;
         std::string text;
+        bool isCut = false;  // one line, longer than what is there of it
         std::vector<Line> lines;
-        std::vector<std::string_view> cells;  // of each row with cells as many as columns
+        std::vector<Odd> odd;
+        std::size_t rows = 0;                 // lines with cells
+        std::vector<std::string_view> cells;  // of each row as many as columns
         std::vector<float> values;            // and as many as are taken
-        std::vector<STLTrouble> troubles;
+        std::vector<STLTimeText> times;       // and one, where times are wanted
+        std::vector<STLTrouble> troubles;     // their lines counted from 1 in the piece
+    };
+    // How far a piece has been given out.
+    struct Place
+    {
+        std::size_t line = 0;
+        std::size_t row = 0;
+        std::size_t odd = 0;
+    };
+    // What a thread needs while it reads a line.
+    struct Desk
+    {
+        std::vector<std::string_view> cells;
+        std::vector<std::size_t> unread;
     };
 
+    void passHead();
     bool take(Piece& piece);
     void read(Piece& piece) const;
-    Kind readCells(const Line& line, std::string_view text, std::uint64_t number,
-                   std::vector<std::string_view>& cells, Found& found) const;
+    void makeRoom(Piece& piece) const;
+    Kind readLine(Piece& piece, std::string_view text, Desk& desk, Found& found, Odd& odd) const;
+    Kind readCells(Piece& piece, std::string_view text, std::vector<std::string_view>& cells,
+                   Found& found) const;
     bool holdsData(std::string_view line) const;
     // Gives the next line of a piece to the clock, and where it is a row, its values.
-    void show(Piece& piece, std::size_t line);
-    bool readTime(std::span<const std::string_view> cells);
-    bool takeValues(Piece& piece, std::size_t line);
-    std::span<const std::string_view> cellsOf(const Piece& piece, const Line& line) const;
-    std::span<float> valuesOf(Piece& piece, const Line& line) const;
-    void readValues(std::span<const std::string_view> cells, std::uint64_t number, std::span<float> values,
-                    Found& found, std::map<std::size_t, STLTexts>* texts) const;
+    void show(Piece& piece, Place& place);
+    bool timesAreWanted() const;
+    bool readTime(Piece& piece, std::size_t row);
+    bool takeOddValues(Piece& piece, const Place& place);
+    std::span<std::string_view> cellsOf(Piece& piece, std::size_t row) const;
+    std::span<float> valuesOf(Piece& piece, std::size_t row) const;
     float valueOf(std::size_t column, std::string_view cell, std::uint64_t number, Found& found,
                   std::map<std::size_t, STLTexts>* texts) const;
     STLTrouble trouble(std::uint64_t number, STLProblem problem, int column, std::string_view text) const;
@@ -137,7 +159,7 @@ private:
     LineReader m_reader;
     STLClock m_clock;
     STLTitles m_titles;
-    std::uint64_t m_taken = 0;  // lines
+    STLPlainRow m_plain;
     std::vector<std::size_t> m_takenColumns;
     bool m_numbersTexts = false;  // so values are read in the order of the rows
     std::uint64_t m_lineNumber = 0;

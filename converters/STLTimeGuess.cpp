@@ -202,8 +202,8 @@ int clockColumn(const STLFormat& format, const std::vector<STLRow>& data)
             fallen += step < 0 && step > -kHalfDay ? 1 : 0;
             before = time->micros;
         }
-        const std::size_t turns = std::min(risen, fallen);
-        if (turns <= kMostBreaks || turns * kManyTurns < data.size())
+        const bool fewTurns = fallen < risen && fallen * kManyTurns < data.size();
+        if (std::min(risen, fallen) <= kMostBreaks || fewTurns)
             return static_cast<int>(c);
     }
     return -1;

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdint>
 
+#include "converters/PlainNumber.h"
 #include "converters/TimeStamps.h"
 #include "converters/WordedDates.h"
 #include "core/Characters.h"
@@ -16,18 +16,6 @@ namespace {
 constexpr std::size_t kLongestNumber = 64;
 constexpr std::size_t kLongestDate = 48;
 constexpr char kMinusByte = '\xE2';  // the first one of U+2212
-
-bool isBlank(char c)
-{
-    return c == ' ' || c == '\t';
-}
-
-std::string_view withoutTail(std::string_view cell)
-{
-    while (!cell.empty() && (isBlank(cell.back()) || cell.back() == '\r'))
-        cell.remove_suffix(1);
-    return cell;
-}
 
 std::string_view trimmed(std::string_view cell)
 {
@@ -171,39 +159,13 @@ void splitAtBars(std::string_view line, std::vector<std::string_view>& out)
     }
 }
 
-// Digits and how many of them stand behind the decimal sign.
-struct PlainNumber
-{
-    std::uint64_t digits;
-    std::size_t places;
-};
-
-// What nearly all numbers are: up to 15 digits, perhaps with a decimal sign. So many are exact in a double,
-// and so is the power of ten: one division rounds once.
+// The number that a whole text is, where it is a plain one.
 std::optional<PlainNumber> plainNumber(std::string_view text, char decimal)
 {
-    if (text.size() > 15)
-        return std::nullopt;
-    PlainNumber number{0, 0};
-    const char* const end = text.data() + text.size();
-    const char* p = text.data();
-    for (; p != end && isDigit(*p); ++p)
-        number.digits = number.digits * 10 + static_cast<unsigned char>(*p - '0');
-    if (p == end)
-        return number;
-    if (*p++ != decimal)
-        return std::nullopt;
-    number.places = static_cast<std::size_t>(end - p);
-    for (; p != end && isDigit(*p); ++p)
-        number.digits = number.digits * 10 + static_cast<unsigned char>(*p - '0');
-    return p == end && text.size() > 1 ? std::optional(number) : std::nullopt;
-}
-
-double valueOf(const PlainNumber& number)
-{
-    static constexpr std::array<double, 16> kTens = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                                     1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
-    return static_cast<double>(number.digits) / kTens[number.places];
+    const char* at = text.data();
+    const char* const end = at + text.size();
+    const auto number = takePlainNumber(at, end, decimal);
+    return at == end ? number : std::nullopt;
 }
 
 // The text behind a number's own sign; empty where no number begins so.
@@ -359,7 +321,7 @@ std::optional<double> veltrac::readNumber(std::string_view cell, const STLCells&
         return plain.starts_with('-') ? readNumber(plain, cells) : std::nullopt;
     }
     if (const auto plain = plainNumber(digits, cells.decimal))
-        return cell.front() == '-' ? -valueOf(*plain) : valueOf(*plain);
+        return cell.front() == '-' ? -plain->value() : plain->value();
 
     if (cells.grouping != 0 && !isAscii(cell)) {
         const std::string_view plain = withPlainSigns(cell, buffer);

@@ -42,6 +42,19 @@ struct STLToken
 
 namespace veltrac {
 
+inline bool isBlank(char c)
+{
+    return c == ' ' || c == '\t';
+}
+
+// A cell without the blanks behind it, and without the carriage return of a line's end.
+inline std::string_view withoutTail(std::string_view cell)
+{
+    while (!cell.empty() && (isBlank(cell.back()) || cell.back() == '\r'))
+        cell.remove_suffix(1);
+    return cell;
+}
+
 // Cuts a line at its separators; cells come without the blanks around them, and without their quotes. `out`
 // is cleared first. Returns the number of cells.
 std::size_t splitCells(std::string_view line, char separator, std::vector<std::string_view>& out);

@@ -25,6 +25,20 @@ STLWriter::STLWriter(TSFILE& target, const STLFormat& format, const STLCheck& fo
     m_rows.reserve(kBufferedValues + found.target.columns);
 }
 
+bool STLWriter::takesRowsAsTheyAre() const
+{
+    return !m_found.target.resampled && m_timeColumns == 0 && m_format.fill == STLFill::NaN;
+}
+
+void STLWriter::addRows(std::span<const float> values)
+{
+    flushRows();
+    const std::size_t rows = values.size() / m_found.target.columns;
+    m_target.writeRows(static_cast<std::uint32_t>(m_written + 1), static_cast<std::uint32_t>(rows),
+                       values.data());
+    m_written += rows;
+}
+
 void STLWriter::add(double seconds, std::span<const float> values)
 {
     if (m_found.target.resampled)

@@ -17,6 +17,10 @@ public:
     // Borrows all of them.
     STLWriter(TSFILE& target, const STLFormat& format, const STLCheck& found);
 
+    // Whether rows go into the file as their values are, whatever their times; then many may be taken at
+    // once.
+    bool takesRowsAsTheyAre() const;
+    void addRows(std::span<const float> values);
     // Takes the next row of the log; `seconds` since the first one, of turned rows since the last one.
     void add(double seconds, std::span<const float> values);
     // Writes what is left, and turns the rows round where the newest came first. Throws the TS exceptions, as

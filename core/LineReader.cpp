@@ -1,5 +1,6 @@
 #include "core/LineReader.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <system_error>
@@ -82,6 +83,22 @@ bool LineReader::next()
     m_isCut = false;
     m_text = {m_buffer.data() + m_begin, m_end - m_begin};
     m_begin = m_end;
+    return true;
+}
+
+bool LineReader::nextLines(std::size_t bytes)
+{
+    if (m_end - m_begin < bytes)
+        fill();
+    const std::string_view held(m_buffer.data() + m_begin, std::min(m_end - m_begin, bytes));
+    const std::size_t last = held.rfind(m_newLine);
+    if (last == std::string_view::npos)
+        return next();
+    m_lineOffset = position();
+    m_lineBytes = last;
+    m_isCut = false;
+    m_text = held.substr(0, last);
+    m_begin += last + 1;
     return true;
 }
 

@@ -23,8 +23,14 @@ public:
     // Goes to the next line; false at the end. Throws std::system_error where reading fails.
     bool next();
 
+    // Goes on by the lines that `bytes` (no more than the longest line's) hold whole, at least by one; false
+    // at the end. text() is then all of them, as they stand.
+    bool nextLines(std::size_t bytes);
+
     // The line without its new line: a view into the read buffer, good until the next call.
     std::string_view text() const noexcept { return m_text; }
+    // What ends the lines: a new line, or a carriage return.
+    char newLine() const noexcept { return m_newLine; }
     // True where the line is longer than what text() shows.
     bool isCut() const noexcept { return m_isCut; }
     // Length of the whole line, without its new line.

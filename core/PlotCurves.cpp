@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <optional>
 
 #include "core/SegmentCut.h"
 #include "core/TsExceptions.h"
@@ -17,60 +16,70 @@ constexpr int kColumnsTogether = 64;  // pixel columns of a variable that are wa
 constexpr double kOutside = 0.5;      // how far lines go beyond the square
 constexpr double kTolerance = 0.125;  // of a pixel, for the edge between two of them
 
-bool isInside(const PlotPoint& p)
-{
-    return p.x >= -kOutside && p.x <= 1.0 + kOutside && p.y >= -kOutside && p.y <= 1.0 + kOutside;
-}
-
 // Joins points to runs.
 class Pen
 {
 public:
     explicit Pen(Curve& curve) : m_curve(curve) {}
 
-    void to(PlotPoint p)
+    void to(double x, double y)
     {
-        if (!m_last) {
-            m_last = p;
-            m_lastIsInside = isInside(p);
-            m_alone = true;
-            return;
-        }
-        PlotPoint a = *m_last;
-        PlotPoint b = p;
-        m_alone = false;
-        // Nothing would be cut off what lies within, as most does.
-        const bool inside = isInside(p);
-        if (!(m_lastIsInside && inside) && !cutSegment(a, b, kOutside)) {
-            endRun();
-        } else {
-            if (!m_drawing || a.x != m_last->x || a.y != m_last->y) {
-                endRun();
-                push(a);
-            }
-            push(b);
+        const bool inside = isInside(x, y);
+        if (!m_hasLast) {
+            m_hasLast = m_alone = true;
+        } else if (m_lastIsInside && inside) {
+            // Nothing is cut off what lies within, as most does.
+            m_alone = false;
+            if (!m_drawing)
+                push(m_x, m_y);
+            push(x, y);
             m_drawing = true;
-            if (b.x != p.x || b.y != p.y)
-                endRun();
+        } else {
+            m_alone = false;
+            cutTo({x, y});
         }
-        m_last = p;
+        m_x = x;
+        m_y = y;
         m_lastIsInside = inside;
     }
 
     void lift()
     {
         // A sample between two gaps is a run of its own.
-        if (m_last && m_alone && m_last->x >= 0.0 && m_last->x <= 1.0 && m_last->y >= 0.0 && m_last->y <= 1.0)
-            push(*m_last);
+        if (m_hasLast && m_alone && m_x >= 0.0 && m_x <= 1.0 && m_y >= 0.0 && m_y <= 1.0)
+            push(m_x, m_y);
         endRun();
-        m_last.reset();
+        m_hasLast = false;
     }
 
 private:
-    void push(PlotPoint p)
+    static bool isInside(double x, double y)
     {
-        m_curve.points.push_back(static_cast<float>(p.x));
-        m_curve.points.push_back(static_cast<float>(p.y));
+        return x >= -kOutside && x <= 1.0 + kOutside && y >= -kOutside && y <= 1.0 + kOutside;
+    }
+
+    void cutTo(PlotPoint p)
+    {
+        PlotPoint a{m_x, m_y};
+        PlotPoint b = p;
+        if (!cutSegment(a, b, kOutside)) {
+            endRun();
+            return;
+        }
+        if (!m_drawing || a.x != m_x || a.y != m_y) {
+            endRun();
+            push(a.x, a.y);
+        }
+        push(b.x, b.y);
+        m_drawing = true;
+        if (b.x != p.x || b.y != p.y)
+            endRun();
+    }
+
+    void push(double x, double y)
+    {
+        m_curve.points.push_back(static_cast<float>(x));
+        m_curve.points.push_back(static_cast<float>(y));
     }
 
     void endRun()
@@ -82,7 +91,9 @@ private:
     }
 
     Curve& m_curve;
-    std::optional<PlotPoint> m_last;
+    double m_x = 0.0;
+    double m_y = 0.0;
+    bool m_hasLast = false;
     bool m_lastIsInside = false;
     bool m_alone = false;
     bool m_drawing = false;
@@ -106,9 +117,11 @@ public:
         m_next = first;
         const std::uint64_t inView = m_last >= first ? m_last - first + 1 : 0;
         m_many = inView > std::uint64_t{kSamplesAColumn} * static_cast<unsigned>(columns);
-        if (!m_many)
+        if (!m_many) {
             joinSamples(first, inView * static_cast<unsigned>(markerGap) <= static_cast<unsigned>(columns));
-        else if (!curve.variable->isBuilt()) {
+        } else if (curve.variable->isBuilt()) {
+            curve.points.reserve(std::size_t{4} * static_cast<unsigned>(columns));
+        } else {
             curve.failure = "not read yet";
             curve.unread = true;
         }
@@ -139,9 +152,9 @@ public:
         }
         const double low = height(range.least);
         const double high = height(range.greatest);
-        m_pen.to({middle, m_up ? low : high});
+        m_pen.to(middle, m_up ? low : high);
         if (low != high)
-            m_pen.to({middle, m_up ? high : low});
+            m_pen.to(middle, m_up ? high : low);
         m_up = !m_up;
     }
 
@@ -164,7 +177,7 @@ private:
                 continue;
             }
             const PlotPoint p{m_plot.fractionOf(x), height(y)};
-            m_pen.to(p);
+            m_pen.to(p.x, p.y);
             if (withMarkers && p.x >= 0.0 && p.x <= 1.0 && p.y >= 0.0 && p.y <= 1.0) {
                 m_curve.markers.push_back(static_cast<float>(p.x));
                 m_curve.markers.push_back(static_cast<float>(p.y));

@@ -1,11 +1,14 @@
 // Cells, numbers and time stamps of text logs.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <ctime>
+#include <random>
 
 #include "converters/ColumnTexts.h"
 #include "converters/STLHead.h"
+#include "converters/STLPlainRow.h"
 #include "converters/STLToken.h"
 #include "converters/TimeStamps.h"
 
@@ -188,6 +191,81 @@ TEST(ColumnTexts, namesAreCutAtCharactersAndMadeUnique)
     EXPECT_EQ("Force [kN]", nameWithUnit("Force", "kN"));
     EXPECT_EQ(45U, nameWithUnit(std::string(60, 'x'), "kN").size());
     EXPECT_EQ("[kN]", nameWithUnit("", "kN"));
+}
+
+// The quick way finds what the thorough one does, whatever stands in a row.
+TEST(STLPlainRow, readsAsSplitCellsAndReadValue)
+{
+    const std::vector<std::string> words = {"1",
+                                            "-2.5",
+                                            "+3",
+                                            "0,75",
+                                            "1e5",
+                                            "",
+                                            "NA",
+                                            "12:00:00",
+                                            "2016-05-01",
+                                            "a b",
+                                            "\"q\"",
+                                            "-",
+                                            ".",
+                                            "5.",
+                                            ".5",
+                                            "5,",
+                                            "12:",
+                                            " 7 ",
+                                            "[1]",
+                                            "22",
+                                            "Nov",
+                                            "1.5V",
+                                            "1 234",
+                                            "--1",
+                                            "\t8",
+                                            "9\r",
+                                            "PM",
+                                            "3.14159265",
+                                            "1234567890123456",
+                                            "0.1234567890123",
+                                            "x=4"};
+    std::mt19937 random(5);
+    std::size_t plain = 0;
+    std::vector<std::string_view> expected;
+    std::vector<std::size_t> unread;
+    for (int i = 0; i < 60000; ++i) {
+        STLFormat format;
+        format.cells.separator = ";,\t |"[random() % 5];
+        format.cells.decimal = ".,"[random() % 2];
+        format.columns.resize(1 + random() % 4);
+        std::size_t taken = 0;
+        for (STLColumn& column : format.columns)
+            taken += (column.take = random() % 4 != 0) ? 1 : 0;
+        std::string line;
+        const std::size_t count = format.columns.size() + (random() % 8 == 0 ? 1 : 0);
+        for (std::size_t c = 0; c < count; ++c)
+            line += (c == 0 ? "" : std::string(1, format.cells.separator)) +
+                    words[random() % (i % 2 == 0 ? 5 : words.size())];
+        line += random() % 8 == 0 ? "\r" : "";
+
+        std::vector<std::string_view> cells(format.columns.size());
+        std::vector<float> values(taken, 77.0F);
+        if (!STLPlainRow(format).read(line, cells, values, unread))
+            continue;
+        ++plain;
+        splitCells(line, format.cells, expected);
+        expected.resize(format.columns.size());
+        ASSERT_EQ(expected, cells) << line;
+        std::size_t place = 0;
+        for (std::size_t c = 0; c < cells.size(); ++c) {
+            if (!format.columns[c].take)
+                continue;
+            const bool isUnread = std::find(unread.begin(), unread.end(), place) != unread.end();
+            const float value =
+                isUnread ? 77.0F : static_cast<float>(readNumber(cells[c], format.cells).value());
+            ASSERT_EQ(value, values[place]) << line;
+            ++place;
+        }
+    }
+    EXPECT_GT(plain, 20000U);
 }
 
 }  // namespace

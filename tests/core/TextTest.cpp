@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <random>
+#include <sstream>
 
 #include "core/LineReader.h"
 #include "core/TextNumbers.h"
@@ -132,6 +133,19 @@ TEST(LineReader, linesOfEveryLengthComeWholeOrCut)
     }
     EXPECT_FALSE(reader.next());
     EXPECT_EQ(text.size(), reader.position());
+
+    // As many at once as 90 bytes hold.
+    reader.seek(0);
+    std::size_t at = 0;
+    std::size_t calls = 0;
+    for (; reader.nextLines(90); ++calls) {
+        ASSERT_EQ(lines[at].size() > 100, reader.isCut());
+        std::istringstream run(std::string(reader.text()) + '\n');
+        for (std::string one; std::getline(run, one); ++at)
+            ASSERT_EQ(lines[at].substr(0, 100), one);
+    }
+    EXPECT_EQ(lines.size(), at);
+    EXPECT_LT(calls, at - 100);
 
     for (const std::uint64_t from :
          {std::uint64_t{0}, std::uint64_t{3}, std::uint64_t{4}, std::uint64_t{700000}}) {

@@ -1,0 +1,41 @@
+// The quick way through a row of a log: its cells and their numbers in one go.
+#pragma once
+
+#include <cstddef>
+#include <span>
+#include <string_view>
+#include <vector>
+
+#include "converters/STLFormat.h"
+
+namespace veltrac {
+
+// Reads what splitCells() and readValue() read, of rows that are plain: as many cells as columns, none in
+// quotes; between blanks, cells that begin like numbers.
+class STLPlainRow
+{
+public:
+    explicit STLPlainRow(const STLFormat& format);
+
+    // Gives the cell of each column, and of each taken one its number; where a taken column's cell is no
+    // plain number, its place among the taken ones is appended to `unread` instead. Not where texts are
+    // numbered: then values stay as they are. False where the row is not plain, and what was given means
+    // nothing.
+    bool read(std::string_view line, std::span<std::string_view> cells, std::span<float> values,
+              std::vector<std::size_t>& unread) const;
+
+private:
+    bool readSeparated(std::string_view line, std::span<std::string_view> cells, std::span<float> values,
+                       std::vector<std::size_t>& unread) const;
+    bool readBetweenBlanks(std::string_view line, std::span<std::string_view> cells, std::span<float> values,
+                           std::vector<std::size_t>& unread) const;
+    bool takeNumber(const char*& at, const char* end, float& value) const;
+    bool endsCell(const char* at, const char* end) const;
+
+    char m_separator;
+    char m_decimal;
+    bool m_isUsable;
+    std::vector<char> m_taken;  // of each column, whether its value is wanted
+};
+
+}  // namespace veltrac

@@ -15,6 +15,7 @@ namespace {
 
 constexpr double kSingleDateFactor = 0.3;
 constexpr double kHiddenTimeFactor = 0.6;
+constexpr double kGroupsFactor = 0.85;
 constexpr double kNearlyAllKnown = 0.95;
 constexpr char kSeparators[] = {'\t', ';', '|', ',', ' '};
 constexpr char kGroupings[] = {0, '.', ',', ' ', '\''};
@@ -204,6 +205,8 @@ std::vector<STLReading> allReadings(const STLSample& sample)
         STLCells cells = cellsOf(' ', '.', 0);
         cells.bars = true;
         readings.push_back(scored(sample, cells));
+        // Between bars alone, cells may hold blanks.
+        readings.back().score *= kGroupsFactor;
     }
     preferTabs(readings);
     // The earlier one wins a tie, so digits are grouped only where that explains more.

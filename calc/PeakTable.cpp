@@ -137,26 +137,40 @@ void PeakTable::readChoice()
             emit x_told(field->reason());
             return;
         }
+    PeakChoice wanted = m_wanted;
+    wanted.leastProminence = m_prominence->number();
+    wanted.leastDistance = m_distance->number();
     const bool isNew =
-        m_wanted.leastProminence != m_prominence->number() || m_wanted.leastDistance != m_distance->number();
+        wanted.leastProminence != m_wanted.leastProminence || wanted.leastDistance != m_wanted.leastDistance;
     if (!isNew || JobProgress::isRunning())
         return;
-    m_wanted.leastProminence = m_prominence->number();
-    m_wanted.leastDistance = m_distance->number();
-    if (!m_spectrum.empty())
-        findAgain();
+    if (m_spectrum.empty() || findAgain(wanted)) {
+        m_wanted = wanted;
+        return;
+    }
+    constexpr int kDigits = 12;
+    m_prominence->setText(QString::number(m_wanted.leastProminence, 'g', kDigits));
+    m_distance->setText(QString::number(m_wanted.leastDistance, 'g', kDigits));
 }
 
-void PeakTable::findAgain()
+// False where the peaks are still those of the choice before.
+bool PeakTable::findAgain(const PeakChoice& wanted)
 {
     try {
         const auto file = openTsFile(m_spectrum.string(), true);
         JobProgress progress(window(), QStringLiteral("Looking for the peaks"));
-        m_peaks = findPeaks(*file, m_request, m_wanted, progress.callback());
+        auto found = findPeaks(*file, m_request, wanted, progress.callback());
+        if (progress.wasCancelled()) {
+            emit x_told(QStringLiteral("Cancelled; the peaks are those found before"));
+            return false;
+        }
+        m_peaks = std::move(found);
     } catch (const TS::Failure&) {
         emit x_told(QStringLiteral("The scratch file could not be read"));
+        return false;
     }
     showPeaks();
+    return true;
 }
 
 void PeakTable::showSpectrum(const std::filesystem::path& spectrum, const SpectrumRequest& request,

@@ -55,7 +55,7 @@ private:
     void createTable();
     void createChoice();
     void readChoice();
-    void findAgain();
+    bool findAgain(const PeakChoice& wanted);
     void setColumns(const QString& value, bool hasPhase, bool hasBands);
     void fill(const std::vector<SpectrumPeak>& peaks, const QString& title);
     void fillBands(TSFILE& bands);

@@ -452,3 +452,13 @@ SampleRange Plot2D::samplesIn(const Extent& interval, const Variable& variable) 
     const std::uint32_t last = m_axis.rowAt(variable, interval.x2);
     return first <= last ? SampleRange{first, last} : SampleRange{};
 }
+
+void Plot2D::takeNotes(const Plot2D& before)
+{
+    if (before.xTitle != xTitle || before.axis().mode != axis().mode)
+        return;
+    const double shift =
+        axis().mode == XMode::Sample ? 0.0 : static_cast<double>(before.axis().origin) - axis().origin;
+    for (const PlotNote& note : before.notes)
+        notes.push_back({note.x + shift, note.text});
+}

@@ -124,6 +124,9 @@ public:
     bool legend = true;
     std::string title;  // UTF-8; above the plot
     std::vector<PlotNote> notes;
+    // Those of the plot that stood in this one's place, as far as they mean the same here: along an axis of
+    // the same title and mode.
+    void takeNotes(const Plot2D& before);
 
 private:
     struct YLimits

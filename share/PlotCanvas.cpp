@@ -48,6 +48,7 @@ void PlotCanvas::replacePlot(Plot2D fresh)
 
 bool PlotCanvas::showColumns(const QString& file, const QVector<unsigned>& columns, Axes axes)
 {
+    const Plot2D before = plot();
     replacePlot({});
     try {
         const auto source = files().add(file.toLocal8Bit().toStdString());
@@ -56,6 +57,7 @@ bool PlotCanvas::showColumns(const QString& file, const QVector<unsigned>& colum
             axes == Axes::OneEach ? addAlone(plot(), v) : addByUnit(plot(), v);
         }
         chooseXAxis(plot());
+        plot().takeNotes(before);
     } catch (const TS::Failure&) {
         replacePlot({});
         showText(tr("%1 cannot be read.").arg(file));
@@ -66,6 +68,7 @@ bool PlotCanvas::showColumns(const QString& file, const QVector<unsigned>& colum
 
 void PlotCanvas::showPlot(Plot2D fresh)
 {
+    fresh.takeNotes(plot());
     replacePlot(std::move(fresh));
     refresh(false);
 }

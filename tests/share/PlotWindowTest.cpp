@@ -35,6 +35,7 @@
 #include "share/PlotExport.h"
 #include "share/PlotGoTo.h"
 #include "share/PlotReadout.h"
+#include "share/PlotVariables.h"
 #include "share/QtPlotColWin.h"
 #include "share/QtPlotWin1.h"
 #include "share/ReadoutLabel.h"
@@ -428,6 +429,11 @@ TEST_F(PlotCanvasTest, notesAreWrittenChangedAndRemovedInTheMarginAndByTheKeyboa
     ASSERT_EQ(plot().notes.size(), 1U);
     EXPECT_EQ(plot().notes[0].text, "valve");
     EXPECT_NE(m_canvas.image(), with);
+    // Another result in its place has it too, not one along another axis.
+    m_canvas.showColumns("a.ts", {2});
+    ASSERT_EQ(plot().notes.size(), 1U);
+    m_canvas.showPlot(plotOfValues({1.0, 2.0}, "Frequency [Hz]", {{"gain", "", {1.0F, 2.0F}}}));
+    EXPECT_TRUE(plot().notes.empty());
 }
 
 TEST_F(PlotCanvasTest, pictureHasTheSizeTheResolutionAndTheGroundThatWereAskedFor)

@@ -86,12 +86,13 @@ STLReading scored(const STLSample& sample, const STLCells& cells)
         Lines& lines = byCount[line.size()];
         ++lines.count;
         lines.endInSeparator += endsInSeparator ? 1 : 0;
-        const bool worded = !line.empty() && readToken(line.front(), cells).kind == STLKind::Text;
-        lines.named += worded ? 1 : 0;
-        lines.timed += worded && hidesTime(line.front()) ? 1 : 0;
-        lines.endInNumber += !line.empty() && readToken(line.back(), cells).kind == STLKind::Number ? 1 : 0;
-        for (const std::string_view cell : line) {
+        for (std::size_t c = 0; c < line.size(); ++c) {
+            const std::string_view cell = line[c];
             const STLKind kind = readToken(cell, cells).kind;
+            const bool named = c == 0 && kind == STLKind::Text;
+            lines.named += named ? 1 : 0;
+            lines.timed += named && hidesTime(cell) ? 1 : 0;
+            lines.endInNumber += c + 1 == line.size() && kind == STLKind::Number ? 1 : 0;
             const bool number = kind == STLKind::Text &&
                                 (!unitBehind(cell, cells).empty() || !keyBefore(cell, cells).empty());
             lines.worth += worth(number ? STLKind::Number : kind);

@@ -83,7 +83,7 @@ void ImportOptions::addTo(Options& options)
     options.count("--tsa-samples", tsaSamples, 0, "The samples of a tsa text whose header does not say");
     options.count("--tsa-columns", tsaColumns, 0, "The columns of a tsa text whose header does not say");
     options.flag("--accept", accept,
-                 "Import also where the window would ask: dates that may be meant either way, more than half "
+                 "Import also where the window would ask: doubtful dates or names, more than half "
                  "of the rows in trouble");
 }
 

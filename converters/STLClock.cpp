@@ -156,9 +156,14 @@ std::optional<double> STLClock::secondsOf(std::span<const std::string_view> cell
 {
     const auto timeColumn = static_cast<std::size_t>(m_format.timeColumn);
     const auto cell = [&] { return bareCell(cells[timeColumn], m_format.columns[timeColumn]); };
+    Micros tail = 0;
+    if (m_format.zoneColumn >= 0 && !tailAt(cells[static_cast<std::size_t>(m_format.zoneColumn)], tail))
+        return std::nullopt;
     switch (m_format.timeSource) {
-        case STLTimeSource::Stamp:
-            return sinceFirst(stampAt(cell(), told));
+        case STLTimeSource::Stamp: {
+            const auto stamp = stampAt(cell(), told);
+            return sinceFirst(stamp ? std::optional(*stamp + tail) : std::nullopt);
+        }
         case STLTimeSource::DateAndTime: {
             const auto day = m_dates.midnightOf(cells[static_cast<std::size_t>(m_format.dateColumn)]);
             if (!day)
@@ -170,7 +175,7 @@ std::optional<double> STLClock::secondsOf(std::span<const std::string_view> cell
             if (!day || !told.isRead)
                 return std::nullopt;
             m_resolution = std::min(m_resolution, told.resolution);
-            return sinceFirst(*day + told.micros);
+            return sinceFirst(*day + told.micros + tail);
         }
         case STLTimeSource::ElapsedTime:
             return told.isRead ? sinceFirst(elapsed(told)) : std::nullopt;
@@ -241,11 +246,32 @@ double STLClock::numberAt(std::string_view cell, const STLTimeText& told)
                                                     : told.number - m_firstNumber);
 }
 
+// What a column of zones adds to a stamp.
+bool STLClock::tailAt(std::string_view cell, Micros& micros)
+{
+    const auto tail = readStampTail(cell);
+    if (!tail) {
+        m_unreadable = m_format.zoneColumn;
+        return false;
+    }
+    if (tail->fractionDigits > 0)
+        m_resolution = std::min(m_resolution, resolutionOf({0, tail->fractionDigits, true}));
+    m_zoned = true;
+    micros = tail->fraction - Micros{tail->zoneMinutes} * 60 * kMicrosPerSecond;
+    return true;
+}
+
 std::optional<Micros> STLClock::dayAt(std::string_view cell)
 {
     const auto number = readNumber(cell, m_format.cells);
     if (!number)
         return std::nullopt;
+    if (m_format.monthsInDigits) {
+        const double year = std::floor(*number);
+        return midnight(
+            {static_cast<int>(year), static_cast<int>(std::lround((*number - year) * 100.0)), 1, true, false},
+            m_format.order);
+    }
     return m_format.timeSource == STLTimeSource::SerialDays ? serialDay(*number)
                                                             : decimalYear(*number, m_format.yearsInMonths);
 }
@@ -288,10 +314,12 @@ std::optional<Micros> STLClock::partsOf(std::span<const std::string_view> cells)
     const auto month = part(STLDatePart::Month, 1, 12, quarter.value_or(1) * 3 - 2);
     const auto day = part(STLDatePart::Day, 1, 31, 1);
     const auto dayOfYear = part(STLDatePart::DayOfYear, 1, 366, 1);
+    const auto week = part(STLDatePart::Week, 1, 53, 0);
     const auto clock = clockOf(cells);
-    if (!year || !quarter || !month || !day || !dayOfYear || !clock)
+    if (!year || !quarter || !month || !day || !dayOfYear || !week || !clock)
         return std::nullopt;
-    const auto midnightThen = midnight({*year, *month, *day, true, false}, m_format.order);
+    const auto monday = *week > 0 ? dateOfWeek(*year, *week, 1) : DateParts{*year, *month, *day, true, false};
+    const auto midnightThen = monday ? midnight(*monday, m_format.order) : std::nullopt;
     if (!midnightThen)
         return std::nullopt;
     return *midnightThen + (*dayOfYear - 1) * kMicrosPerDay + *clock;

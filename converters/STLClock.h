@@ -141,6 +141,7 @@ private:
     std::optional<Micros> dayAt(std::string_view cell);
     std::optional<Micros> partsOf(std::span<const std::string_view> cells);
     double numberAt(std::string_view cell, const STLTimeText& told);
+    bool tailAt(std::string_view cell, Micros& micros);
     Micros elapsed(const STLTimeText& told);
     std::optional<int> partAt(std::span<const std::string_view> cells, STLDatePart which, int least, int most,
                               int otherwise);

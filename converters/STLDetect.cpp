@@ -99,6 +99,7 @@ STLFormat formatOf(const std::filesystem::path& file, const STLSample& sample, S
     format.cells.grouping = reading.grouping;
     format.cells.edges = reading.edges;
     format.cells.rowNames = reading.rowNames;
+    format.cells.bars = reading.bars;
     if (isProse(reading))
         throw STLError(noLineOfNumbers(file));
     if (reading.cells > kMostColumns)
@@ -127,6 +128,7 @@ STLFormat formatOf(const std::filesystem::path& file, const STLSample& sample, S
     guessNames(format, head, firstData);
     guessNamesAbove(format, sample, data);
     findSuffixes(format, data);
+    dropNamesOfCells(format);
     guessNumericNames(format, head, firstData);
     findBlockTitle(format, sample);
     if (!data.empty() && data.front().line->number == format.namesLine && format.namesLine != 0)

@@ -100,8 +100,9 @@ std::vector<std::size_t> fixedEdges(const STLSample& sample, char decimal)
     edges.front() = 0;
     // Cells with blanks inside, or empty ones, are what blanks alone do not tell.
     std::vector<std::string_view> words;
+    const std::size_t usual = splitCells(lines.front(), ' ', words);
     const bool ragged = std::any_of(lines.begin(), lines.end(), [&](std::string_view line) {
-        return splitCells(line, ' ', words) != edges.size();
+        return splitCells(line, ' ', words) != usual;
     });
     return ragged ? edges : std::vector<std::size_t>();
 }

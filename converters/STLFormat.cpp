@@ -46,7 +46,7 @@ bool tellsTime(const STLFormat& format, std::size_t column)
     const int c = static_cast<int>(column);
     const bool hasParts = format.timeSource == STLTimeSource::DateParts || clockIsInParts(format);
     return format.timeSource != STLTimeSource::Typed &&
-           (c == format.timeColumn || c == format.dateColumn ||
+           (c == format.timeColumn || c == format.dateColumn || c == format.zoneColumn ||
             (hasParts &&
              std::find(format.partColumns.begin(), format.partColumns.end(), c) != format.partColumns.end()));
 }

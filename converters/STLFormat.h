@@ -67,8 +67,8 @@ struct STLColumn
 };
 
 // What columns of a date's parts hold.
-enum class STLDatePart { Year, Quarter, Month, Day, DayOfYear, Hour, Minute, Second };
-inline constexpr std::size_t kSTLDateParts = 8;
+enum class STLDatePart { Year, Quarter, Month, Day, DayOfYear, Hour, Minute, Second, Week };
+inline constexpr std::size_t kSTLDateParts = 9;
 
 // What speaks for a reading.
 struct STLEvidence
@@ -108,17 +108,23 @@ struct STLFormat
     STLTimeSource timeSource = STLTimeSource::Typed;
     int timeColumn = -1;  // the stamp's, the time's or the seconds' column
     int dateColumn = -1;
+    int zoneColumn =
+        -1;  // beside a stamp or a time: "+0100", perhaps with the decimals of the second before it
     // By STLDatePart, -1 where there is none. The year's column stands in timeColumn too; beside dates there
     // may be hours, minutes and seconds, and the hours' column stands there.
-    std::array<int, kSTLDateParts> partColumns = {-1, -1, -1, -1, -1, -1, -1, -1};
+    std::array<int, kSTLDateParts> partColumns = {-1, -1, -1, -1, -1, -1, -1, -1, -1};
     DateOrder order = DateOrder::DayMonth;
     bool namesInDoubt = false;     // they are numbers, or the first data line may be names
+    bool namesInRemark = false;    // "# a b c"
+    bool namesAsked = false;       // so much so that the user is asked
     bool timeIsHhmm = false;       // times are numbers: 5 past midnight is 5, noon 1200
     bool yearsInMonths = false;    // decimal years tell firsts of months, as well as their digits can
+    bool monthsInDigits = false;   // these are no decimals: 1959.01 is January
     bool orderInDoubt = false;     // no date tells; the user is asked to check
     bool orderBySteps = false;     // but the steps between the dates do
     bool rowsAreLabelled = false;  // rows of one time are told apart by a text: several things at that time
     bool yearMissing = false;      // days and months stand before the times of day, and no year
+    bool dateUnread = false;       // something like a date stands before the times of day
     bool greenwich = false;        // stamps carry a zone, or the user says that they are UTC
     bool stepIsTold = false;       // the step below, by the file's head
     Micros typedStart = 0;         // wall clock; 0 for none

@@ -5,6 +5,7 @@
 #include <map>
 
 #include "converters/STLHead.h"
+#include "converters/STLNamePlaces.h"
 #include "converters/STLTitles.h"
 #include "core/TimeUnits.h"
 #include "core/Utf8.h"
@@ -98,9 +99,13 @@ bool isUnit(const std::string& text)
     return any;
 }
 
-// "v(in)" and "i(r1)" are whole names, as circuit simulators write them.
+// "v(in)", "i(r1)" and "log(M)" are whole names.
 bool namesNode(const std::string& name, std::size_t bracket)
 {
+    constexpr std::string_view kFunctions = " log ln log2 log10 log1p exp sqrt abs sin cos tan diff lag ";
+    if (kFunctions.find(' ' + lowered(std::string_view(name).substr(0, bracket)) + ' ') !=
+        std::string_view::npos)
+        return true;
     const char letter = static_cast<char>(name.front() | 0x20);
     return (letter == 'v' || letter == 'i') && bracket <= 3 && name[bracket] == '(' &&
            name[bracket - 1] != ' ';
@@ -162,9 +167,59 @@ NumericNames numericNames(const STLRow& row)
 bool hasTextAboveNumbers(const STLRow& row, const STLFormat& format)
 {
     for (std::size_t c = 0; c < format.columns.size(); ++c)
-        if (format.columns[c].kind == STLKind::Number && row.cells[c].kind == STLKind::Text)
+        if (format.columns[c].kind == STLKind::Number &&
+            readToken(bareCell(row.cells[c].text, format.columns[c]), format.cells).kind == STLKind::Text)
             return true;
     return false;
+}
+
+// Whether a row of words can be names: between blanks, a sentence with a date or with numbers that do not
+// rise is none.
+bool mayBeNames(const STLRow& row, const STLFormat& format)
+{
+    const auto isClock = [](STLKind kind) {
+        return kind == STLKind::Date || kind == STLKind::Time || kind == STLKind::Stamp;
+    };
+    bool numbers = false;
+    for (std::size_t c = 0; c < format.columns.size(); ++c) {
+        if (isClock(row.cells[c].kind) && !isClock(format.columns[c].kind))
+            return format.cells.separator != ' ';
+        numbers = numbers || row.cells[c].kind == STLKind::Number;
+    }
+    return !numbers || format.cells.separator != ' ' || numericNames(row) != NumericNames::None;
+}
+
+// "5N  S  N": how wide and of which kind the columns are.
+bool tellsKinds(const STLRow& row)
+{
+    bool digits = false;
+    for (const STLToken& token : row.cells) {
+        const std::size_t letter = token.text.find_first_not_of("0123456789");
+        if (letter == std::string_view::npos || letter + 1 != token.text.size() ||
+            std::string_view("SNMD").find(token.text.back()) == std::string_view::npos)
+            return false;
+        digits = digits || letter > 0;
+    }
+    return digits || row.cells.size() > 2;
+}
+
+// Whether numbers that do not rise stand among names.
+bool holdsOddNumbers(const STLRow& row, const STLFormat& format)
+{
+    for (std::size_t c = 0; c < format.columns.size(); ++c)
+        if (row.cells[c].kind == STLKind::Number && format.columns[c].kind == STLKind::Number)
+            return numericNames(row) == NumericNames::None;
+    return false;
+}
+
+// Whether most words, but not all, stand in brackets: what names the others stands above, and is lost.
+bool areBracketed(const STLRow& row)
+{
+    const auto count =
+        static_cast<std::size_t>(std::count_if(row.cells.begin(), row.cells.end(), [](const STLToken& token) {
+            return token.text.starts_with('(') || token.text.starts_with('[');
+        }));
+    return count * 2 > row.cells.size() && count < row.cells.size();
 }
 
 // "Data: y" above the first column.
@@ -200,7 +255,8 @@ void guessNames(STLFormat& format, const std::vector<STLRow>& rows, std::size_t 
     const STLRow* names = nullptr;
     const STLRow* units = nullptr;
     for (std::size_t i = firstData; i-- > 0;) {
-        if (!isMostlyText(rows[i]) || tellsKey(rows[i].line->text))
+        if (!isMostlyText(rows[i]) || tellsKey(rows[i].line->text) || !mayBeNames(rows[i], format) ||
+            tellsKinds(rows[i]))
             continue;
         // Names stand above lines of units, and above those that tell how each value was made.
         if (names != nullptr && !looksLikeUnits(*names) && filledCells(*names) >= filledCells(rows[i]))
@@ -209,8 +265,10 @@ void guessNames(STLFormat& format, const std::vector<STLRow>& rows, std::size_t 
             units = names;
         names = &rows[i];
     }
-    if (names != nullptr)
-        putNames(format, *names, units);
+    if (names == nullptr || (units == nullptr && areBracketed(*names)))
+        return;
+    putNames(format, *names, units);
+    format.namesInDoubt = format.namesAsked = holdsOddNumbers(*names, format);
 }
 
 void guessNumericNames(STLFormat& format, const std::vector<STLRow>& rows, std::size_t firstData)
@@ -233,6 +291,7 @@ void guessNumericNames(STLFormat& format, const std::vector<STLRow>& rows, std::
         return;
     // Where some of the rows are like it, they all are taken for rows.
     format.namesInDoubt = !differs;
+    format.namesAsked = !differs && (sort != NumericNames::Years || alike > 0);
     if (!differs && alike * 4 > below)
         return;
     format.namesLine = names.line->number;
@@ -252,6 +311,21 @@ bool namesRows(const STLFormat& format, const std::vector<STLRow>& data)
         if (data[i].cells[0].value != data[i - 1].cells[0].value + 1.0)
             return false;
     return data.size() > 1;
+}
+
+// Whether the names, one short, can belong to the columns behind the first one: its cells are no measured
+// numbers, or all stand in quotes.
+bool mayHaveRowNames(std::string_view line, const STLFormat& format, const std::vector<STLRow>& data)
+{
+    if (format.columns.front().kind != STLKind::Number || line.find('"') != std::string_view::npos)
+        return true;
+    for (std::size_t i = 0; i < data.size(); ++i) {
+        const STLToken& cell = data[i].cells[0];
+        const bool rises = i == 0 || cell.value > data[i - 1].cells[0].value;
+        if (cell.kind != STLKind::Number || cell.value != std::floor(cell.value) || !rises)
+            return false;
+    }
+    return true;
 }
 
 // Whether a name above a column of dates or times says so.
@@ -332,6 +406,9 @@ bool matchNames(std::vector<std::string_view>& cells, std::string_view line, con
             cells = std::move(words);
     }
     dropLabel(cells, columns);
+    if (blanks && cells.size() != columns && format.cells.edges.empty())
+        if (std::vector<std::string_view> names = namesByPlace(line, data, format); !names.empty())
+            cells = std::move(names);
     // "KB/s in  KB/s out": two words each.
     if (cells.size() == 2 * columns && blanks && areUnitsAndWords(cells)) {
         for (std::size_t c = 0; c < columns; ++c)
@@ -350,7 +427,7 @@ bool matchNames(std::vector<std::string_view>& cells, std::string_view line, con
         for (std::size_t c = 0; c + 1 < columns; ++c)
             if (format.columns[c].kind == STLKind::Date && format.columns[c + 1].kind == STLKind::Time)
                 empty = c + 1;
-        if (empty == 0 && columns == 2 && !namesRows(format, data))
+        if (empty == 0 && (columns == 2 ? !namesRows(format, data) : !mayHaveRowNames(line, format, data)))
             return false;
         cells.insert(cells.begin() + static_cast<std::ptrdiff_t>(empty), std::string_view());
     }
@@ -404,6 +481,7 @@ void guessNamesAbove(STLFormat& format, const STLSample& sample, const std::vect
         numericNames(rows.back()) >= NumericNames::Equal) {
         putNames(format, rows.back(), nullptr);
         format.namesInDoubt = true;
+        format.namesAsked = numericNames(rows.back()) != NumericNames::Years;
         return;
     }
     if (std::none_of(rows.begin(), rows.end(), isMostlyText) ||
@@ -411,6 +489,7 @@ void guessNamesAbove(STLFormat& format, const STLSample& sample, const std::vect
         return;
     for (STLColumn& column : format.columns)
         column.heading = column.name = column.unit = std::string();
+    format.namesInRemark = allRemarks;
     if (allRemarks)
         putNames(format, rows.front(), rows.size() > 1 ? &rows.back() : nullptr);
     else
@@ -507,6 +586,21 @@ void findSuffixes(STLFormat& format, std::vector<STLRow>& data)
         const auto most = std::max_element(kinds.begin(), kinds.end(),
                                            [](const auto& a, const auto& b) { return a.second < b.second; });
         column.kind = most == kinds.end() ? STLKind::Number : most->first;
+    }
+}
+
+void dropNamesOfCells(STLFormat& format)
+{
+    const auto tellsItself = [&](const STLColumn& column) {
+        const bool keyed = !column.prefix.empty() && format.cells.separator == ' ';
+        return keyed || (!column.suffix.empty() && unitBehind(column.heading, format.cells) == column.suffix);
+    };
+    if (format.namesLine == 0 || std::none_of(format.columns.begin(), format.columns.end(), tellsItself))
+        return;
+    format.namesLine = format.unitsLine = 0;
+    for (STLColumn& column : format.columns) {
+        column.heading = column.unit = std::string();
+        column.name = nameOfKey(column.prefix, format.encoding);
     }
 }
 

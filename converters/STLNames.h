@@ -30,4 +30,8 @@ void splitUnits(STLFormat& format);
 // it: they become columns of numbers, in the rows too.
 void findSuffixes(STLFormat& format, std::vector<STLRow>& data);
 
+// Names are none where a sentence stands above cells that bear their own ("ttl=64"), or where they are cells
+// of a row, too ("31%").
+void dropNamesOfCells(STLFormat& format);
+
 }  // namespace veltrac

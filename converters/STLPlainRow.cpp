@@ -19,8 +19,8 @@ bool beginsNumber(char c)
 STLPlainRow::STLPlainRow(const STLFormat& format)
     : m_separator(format.cells.separator),
       m_decimal(format.cells.decimal),
-      m_isUsable(format.cells.edges.empty() && !format.cells.rowNames && m_separator != m_decimal &&
-                 m_separator != '|' && !beginsNumber(m_separator))
+      m_isUsable(format.cells.edges.empty() && !format.cells.rowNames && !format.cells.bars &&
+                 m_separator != m_decimal && m_separator != '|' && !beginsNumber(m_separator))
 {
     const auto isNumbered = [](const STLColumn& column) { return column.take && column.numberTexts; };
     const bool numbersTexts = std::any_of(format.columns.begin(), format.columns.end(), isNumbered);

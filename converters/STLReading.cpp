@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "converters/STLFixedWidth.h"
+#include "converters/TimeStamps.h"
 #include "core/Characters.h"
 
 namespace veltrac {
@@ -13,6 +14,8 @@ namespace veltrac {
 namespace {
 
 constexpr double kSingleDateFactor = 0.3;
+constexpr double kHiddenTimeFactor = 0.6;
+constexpr double kGroupsFactor = 0.85;
 constexpr double kNearlyAllKnown = 0.95;
 constexpr char kSeparators[] = {'\t', ';', '|', ',', ' '};
 constexpr char kGroupings[] = {0, '.', ',', ' ', '\''};
@@ -48,6 +51,13 @@ STLCells cellsOf(char separator, char decimal, char grouping)
     return cells;
 }
 
+// "10:00:05 up 3 days"
+bool hidesTime(std::string_view cell)
+{
+    const std::string_view word = cell.substr(0, cell.find(' '));
+    return word.size() < cell.size() && isDigit(word.front()) && (readTime(word) || readStamp(word));
+}
+
 STLReading scored(const STLSample& sample, const STLCells& cells)
 {
     struct Lines
@@ -59,6 +69,7 @@ STLReading scored(const STLSample& sample, const STLCells& cells)
         std::size_t dates = 0;
         std::size_t named = 0;  // begin with a text
         std::size_t known = 0;
+        std::size_t timed = 0;  // begin with a date or time that other words follow in the same cell
     };
     std::map<std::size_t, Lines> byCount;
     std::vector<std::string_view> line;
@@ -75,10 +86,13 @@ STLReading scored(const STLSample& sample, const STLCells& cells)
         Lines& lines = byCount[line.size()];
         ++lines.count;
         lines.endInSeparator += endsInSeparator ? 1 : 0;
-        lines.named += !line.empty() && readToken(line.front(), cells).kind == STLKind::Text ? 1 : 0;
-        lines.endInNumber += !line.empty() && readToken(line.back(), cells).kind == STLKind::Number ? 1 : 0;
-        for (const std::string_view cell : line) {
+        for (std::size_t c = 0; c < line.size(); ++c) {
+            const std::string_view cell = line[c];
             const STLKind kind = readToken(cell, cells).kind;
+            const bool named = c == 0 && kind == STLKind::Text;
+            lines.named += named ? 1 : 0;
+            lines.timed += named && hidesTime(cell) ? 1 : 0;
+            lines.endInNumber += c + 1 == line.size() && kind == STLKind::Number ? 1 : 0;
             const bool number = kind == STLKind::Text &&
                                 (!unitBehind(cell, cells).empty() || !keyBefore(cell, cells).empty());
             lines.worth += worth(number ? STLKind::Number : kind);
@@ -96,10 +110,12 @@ STLReading scored(const STLSample& sample, const STLCells& cells)
         const double share = static_cast<double>(lines.count) / static_cast<double>(looked);
         // Dates alone are no values: their parts may be cells.
         const double single = lines.dates * 2 > lines.count ? kSingleDateFactor : kSingleCellFactor;
-        const double score = share * typed * (count == 1 ? single : 1.0);
+        const double hidden = lines.timed * 2 > lines.count ? kHiddenTimeFactor : 1.0;
+        const double score = share * typed * hidden * (count == 1 ? single : 1.0);
         if (score > reading.score)
             reading = {cells.separator, cells.decimal, cells.grouping, count, score, share, typed};
     }
+    reading.bars = cells.bars;
     reading.rowNames = cells.rowNames && byCount[reading.cells].named * 2 > byCount[reading.cells].count;
     reading.known = known;
     // Unless it is the cell of a last column that is mostly empty.
@@ -114,7 +130,7 @@ STLReading scored(const STLSample& sample, const STLCells& cells)
 // in several words, where that explains more lines.
 STLReading inWords(const STLSample& sample, STLReading reading)
 {
-    if (reading.separator != ' ' || reading.lines == 1.0 || isProse(reading))
+    if (reading.separator != ' ' || reading.bars || reading.lines == 1.0 || isProse(reading))
         return reading;
     STLCells cells = cellsOf(' ', reading.decimal, reading.grouping);
     cells.edges = fixedEdges(sample, reading.decimal);
@@ -184,6 +200,14 @@ std::vector<STLReading> allReadings(const STLSample& sample)
                 if ((decimal == '.' || hasComma) && grouping != decimal &&
                     (quoted || (separator != decimal && grouping != separator)))
                     readings.push_back(scored(sample, cellsOf(separator, decimal, grouping)));
+    }
+    // "|--" draws a branch of a tree.
+    if (has('|') && !anyLine([](const STLLine& line) { return line.text.find("|-") != std::string::npos; })) {
+        STLCells cells = cellsOf(' ', '.', 0);
+        cells.bars = true;
+        readings.push_back(scored(sample, cells));
+        // Between bars alone, cells may hold blanks.
+        readings.back().score *= kGroupsFactor;
     }
     preferTabs(readings);
     // The earlier one wins a tie, so digits are grouped only where that explains more.

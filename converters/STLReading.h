@@ -19,6 +19,7 @@ struct STLReading
     std::size_t known = 0;                // cells of all lines that are numbers, dates or times
     std::vector<std::size_t> edges = {};  // of a table of fixed widths
     bool rowNames = false;                // which may be several words
+    bool bars = false;                    // between groups of cells
 };
 
 // A reading that scores more than this share of the best one's comes near to it.

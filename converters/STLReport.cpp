@@ -1,5 +1,6 @@
 #include "converters/STLReport.h"
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstdio>
@@ -29,6 +30,15 @@ void addCount(std::string& list, std::uint64_t count, const char* thing, const c
 {
     if (count != 0)
         list += (list.empty() ? " " : ", ") + counted(count, thing) + ' ' + what;
+}
+
+// Whether the rows lie clearly beside where their times, of another step now and then, tell.
+bool areRounded(const STLFormat& format, const STLCheck& found)
+{
+    constexpr double kClearly = 0.1;
+    const double longest = std::max(found.steps.greatest, found.steps.typical);
+    return format.timeSource != STLTimeSource::Typed && found.steps.areEqual && found.steps.least > 0.0 &&
+           found.lag.changes == 0 && longest - found.steps.least > kClearly * found.steps.typical;
 }
 
 const char* nameOfSeparator(char separator)
@@ -85,8 +95,9 @@ std::string evidenceText(const STLFormat& format)
                (evidence.timesGoOneWay ? "go one way." : "do not go one way.");
     };
     std::string text = "Read as " +
-                       std::string(format.cells.edges.empty() ? nameOfSeparator(format.cells.separator)
-                                                              : "columns of fixed widths") +
+                       std::string(!format.cells.edges.empty() ? "columns of fixed widths"
+                                   : format.cells.bars         ? "cells between blanks and bars"
+                                                               : nameOfSeparator(format.cells.separator)) +
                        (format.cells.decimal == ',' ? " with a decimal comma: " : " with a decimal point: ") +
                        reasons(format.evidence, format.namesLine);
     if (format.otherDecimal != 0)
@@ -163,21 +174,35 @@ std::string assumptionText(const STLFormat& format, const STLCheck& found)
     line(format.timeSource == STLTimeSource::ElapsedTime && format.typedStart == 0,
          "No date was found: the times count from midnight.");
     line(format.timeSource == STLTimeSource::DateParts,
-         "The date is put together from columns of its parts.");
+         std::string("The date is put together from columns of its parts") +
+             (format.partColumns[static_cast<std::size_t>(STLDatePart::Week)] >= 0
+                  ? ", weeks as ISO 8601 counts them, from Monday."
+                  : "."));
     line(format.timeSource == STLTimeSource::DecimalYears,
-         std::string("Numbers are taken for years with decimals") +
-             (format.yearsInMonths ? ", as firsts of months." : "."));
+         std::string("Numbers are taken for years with ") +
+             (format.monthsInDigits  ? "the month behind the point, 1 to 12."
+              : format.yearsInMonths ? "decimals, as firsts of months."
+                                     : "decimals."));
     line(format.timeSource == STLTimeSource::SerialDays,
          "Numbers are taken for days as spreadsheets count them.");
     line(format.timeSource == STLTimeSource::ElapsedSeconds && secondsAreAssumed(format),
          "The column of times" + inQuotes(format) + " names no unit: seconds are assumed.");
-    line(format.orderBySteps, "The order of day and month is the one that makes equal steps.");
+    line(format.namesInRemark && format.namesLine != 0,
+         "Line " + std::to_string(format.namesLine) + ", a remark, is taken for the names of the columns.");
+    line(format.orderInDoubt && format.orderBySteps,
+         "The order of day and month is the one that makes equal steps.");
     line(format.timeIsHhmm, "Numbers are taken for times of the day: 930 is half past nine.");
     line(clockIsInParts(format), "Numbers beside the dates are taken for hours.");
     line(format.cells.rowNames, "The words before the first number of a row are taken for its name.");
     line(found.steps.areEqual && found.steps.least <= 0.0 && format.timeSource != STLTimeSource::Typed,
          "Several rows bear the same time: they are taken to lie between two ticks of a clock, at equal "
          "steps.");
+    line(found.chosen > 1 && found.steps.least == 0.0 && found.steps.greatest == 0.0 &&
+             found.steps.gaps == 0 && format.timeSource != STLTimeSource::Typed,
+         "All rows bear the same time.");
+    line(areRounded(format, found), "The times are taken for rounded ones: the rows lie at equal steps of " +
+                                        stepLength(found.steps.typical) +
+                                        ", some of them beside their times.");
     line(found.lag.ranOn,
          "Rows lie in an hour that the local clock left out: their clock is taken for one that was not set.");
     line(
@@ -256,7 +281,7 @@ std::string namesDoubt(const STLFormat& format)
     if (!format.namesInDoubt)
         return {};
     return format.namesLine != 0 ? "Please check: line " + std::to_string(format.namesLine) +
-                                       ", of numbers, is taken for the names of the columns."
+                                       ", which holds numbers, is taken for the names of the columns."
                                  : "Please check: line " + std::to_string(format.firstDataLine) +
                                        ", of rising numbers, is taken for a row, not for names.";
 }
@@ -266,6 +291,12 @@ std::string importDoubt(const STLFormat& format, const STLCheck& found)
     if (format.yearMissing)
         return "A day and a month stand before the times, but no year: only the time of day is read.\nImport "
                "it so?";
+    if (format.dateUnread)
+        return "Something like a date stands before the times, but it is not understood: only the time of "
+               "day is "
+               "read.\nImport it so?";
+    if (format.namesAsked)
+        return "The names of the columns are in doubt.\n" + namesDoubt(format) + "\nImport it so?";
     if (format.orderInDoubt && !format.orderBySteps)
         return "No date tells the day from the month.\n" + orderDoubt(format, found) + "\nImport it so?";
     const std::uint64_t troubled = found.troubledRows + found.losses.skippedLines;

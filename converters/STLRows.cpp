@@ -259,8 +259,12 @@ bool STLRows::takeOddValues(Piece& piece, const Place& place)
                           piece.troubles.begin() + static_cast<std::ptrdiff_t>(odd.cellTroubles),
                           piece.troubles.begin() + static_cast<std::ptrdiff_t>(odd.valueTroubles));
     }
-    if (m_format.timeSource == STLTimeSource::Typed && !m_troubles.empty() &&
-        found.losses.missingCells() == m_values.size()) {
+    const bool empty = m_format.timeSource == STLTimeSource::Typed && !m_troubles.empty() &&
+                       found.losses.missingCells() == m_values.size();
+    // A line of another shape with words where numbers should be is none of the table's.
+    const bool misshapen = !m_troubles.empty() && m_troubles.front().column < 0 &&
+                           found.losses.notNumbers > 1 && found.losses.notNumbers * 2 > m_values.size();
+    if (empty || misshapen) {
         const std::size_t begin = place.line == 0 ? 0 : piece.lines[place.line - 1].end + 1;
         m_troubles.assign(
             1, trouble(m_lineNumber, STLProblem::NoNumber, -1,

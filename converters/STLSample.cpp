@@ -210,6 +210,21 @@ std::uint64_t firstEmptyRow(const STLSample& sample, const STLFormat& format, st
 
 }  // namespace
 
+namespace {
+
+// Whether another line has as many cells, and numbers among them.
+bool isCountAgain(const STLSample& sample, const STLFormat& format, const STLLine& line, std::size_t count)
+{
+    return std::any_of(sample.lines.begin(), sample.lines.end(), [&](const STLLine& other) {
+        if (other.number == line.number || isRemark(other.text, format))
+            return false;
+        const std::vector<STLToken> tokens = tokensOf(other, format);
+        return tokens.size() == count && std::any_of(tokens.begin(), tokens.end(), isTyped);
+    });
+}
+
+}  // namespace
+
 std::uint64_t firstRaggedLine(const STLSample& sample, const STLFormat& format,
                               const std::vector<STLKind>& kinds, std::uint64_t dataLine)
 {
@@ -218,8 +233,12 @@ std::uint64_t firstRaggedLine(const STLSample& sample, const STLFormat& format,
         const std::vector<STLToken> tokens = tokensOf(above, format);
         bool typed = false;
         bool row = !isRemark(above.text, format);
+        const bool repeated =
+            tokens.size() < kinds.size() || isCountAgain(sample, format, above, tokens.size());
         for (std::size_t c = 0; c < tokens.size(); ++c) {
-            row = row && (!isText(tokens[c]) || (tokens.size() < kinds.size() && kinds[c] == STLKind::Text));
+            const bool worded =
+                repeated && tokens.size() != kinds.size() && (c >= kinds.size() || kinds[c] == STLKind::Text);
+            row = row && (!isText(tokens[c]) || worded);
             typed = typed || isTyped(tokens[c]);
         }
         if (!row || !typed)

@@ -6,6 +6,8 @@
 #include <map>
 #include <set>
 
+#include "converters/STLCourse.h"
+#include "converters/STLNumericDates.h"
 #include "converters/WordedDates.h"
 
 namespace veltrac {
@@ -62,38 +64,6 @@ bool namesTime(const std::string& name)
            lower.starts_with("epoch") || lower.starts_with("timestamp");
 }
 
-// Each of the three places that are looked at may begin before the end of the one before.
-constexpr std::size_t kPlaceRows = 200;
-constexpr std::size_t kMostBreaks = 2;
-
-// How a column of numbers goes from row to row.
-struct Course
-{
-    std::size_t risen = 0;
-    std::size_t fallen = 0;
-    std::size_t pairs = 0;
-
-    std::size_t breaks() const { return pairs >= kPlaceRows ? kMostBreaks : 0; }
-    bool neverFalls() const { return risen > 0 && fallen <= breaks(); }
-    bool alwaysRises() const { return pairs > 0 && pairs - risen <= breaks(); }
-    bool alwaysFalls() const { return pairs > 0 && pairs - fallen <= breaks(); }
-};
-
-Course courseOf(const std::vector<STLRow>& rows, std::size_t column)
-{
-    Course course;
-    for (std::size_t i = 1; i < rows.size(); ++i) {
-        const STLToken& before = rows[i - 1].cells[column];
-        const STLToken& now = rows[i].cells[column];
-        if (before.kind != STLKind::Number || now.kind != STLKind::Number)
-            continue;
-        ++course.pairs;
-        course.risen += now.value > before.value ? 1 : 0;
-        course.fallen += now.value < before.value ? 1 : 0;
-    }
-    return course;
-}
-
 // "Time (UTC)"; what stands behind a sign there is another zone.
 bool namesGreenwich(const STLColumn& column)
 {
@@ -104,14 +74,6 @@ bool namesGreenwich(const STLColumn& column)
                 (at == 0 || text.find_first_of(" _(,[/") != std::string::npos))
                 return true;
     return false;
-}
-
-bool namesClock(const std::string& name)
-{
-    const std::string lower = lowered(name);
-    return lower.starts_with("time") || lower.starts_with("uhrzeit") || lower.starts_with("zeit") ||
-           lower.starts_with("hour") || lower.starts_with("stunde") || lower == "hh" || lower == "hhmm" ||
-           lower == "hhmmss" || lower == "hr" || lower == "h";
 }
 
 // The times of the day beside a column of days; -1 where there is none.
@@ -130,253 +92,19 @@ int compactTimeColumn(const STLFormat& format, const std::vector<STLRow>& data)
     return -1;
 }
 
-bool saysDate(const std::string& name)
-{
-    return (name.find("date") != std::string::npos && name.find("update") == std::string::npos) ||
-           name.find("datum") != std::string::npos;
-}
-
-// Whether all cells of a column are whole numbers within these bounds.
-bool areWhole(const std::vector<STLRow>& data, std::size_t column, double least, double most)
-{
-    return !data.empty() && std::all_of(data.begin(), data.end(), [&](const STLRow& row) {
-        const STLToken& cell = row.cells[column];
-        return cell.kind == STLKind::Number && cell.value == std::floor(cell.value) && cell.value >= least &&
-               cell.value <= most;
-    });
-}
-
-// Whether a column counts hours: it says so, or it begins again below 25.
-bool countsHours(const STLColumn& column, const std::vector<STLRow>& data, std::size_t c)
-{
-    const std::string name = lowered(column.name);
-    const bool hours = (name.starts_with("hour") || name.starts_with("hr") || name.starts_with("stunde") ||
-                        name == "h" || name == "hh") &&
-                       !name.ends_with("mm") && !name.ends_with("mn");
-    if (!areWhole(data, c, 0, 24) || (!hours && !namesClock(column.name)))
-        return false;
-    const Course course = courseOf(data, c);
-    return hours || (course.fallen > course.breaks() && course.risen > course.fallen);
-}
-
-// A column of times of the day that are numbers, 5 past midnight being 5 and noon 1200; -1 where there is
-// none.
-int hhmmColumn(const STLFormat& format, const std::vector<STLRow>& data)
-{
-    for (std::size_t c = 0; c < format.columns.size(); ++c) {
-        const std::string name = lowered(format.columns[c].name);
-        if ((namesClock(name) || name == "hrmn" || name == "hhmm utc") && areWhole(data, c, 0, 2400) &&
-            std::all_of(data.begin(), data.end(),
-                        [c](const STLRow& row) { return static_cast<int>(row.cells[c].value) % 100 < 60; }))
-            return static_cast<int>(c);
-    }
-    return -1;
-}
-
-// What the columns of a date's parts are called, as whole names.
-struct DatePartNames
-{
-    std::string_view names;  // each between blanks
-    double least;
-    double most;
-};
-constexpr std::array<DatePartNames, kSTLDateParts> kDateParts = {{
-    {" year yr yyyy years jahr annee anno ano year_ #yy yy ", kFirstDecimalYear, kLastDecimalYear},
-    {" quarter qtr q quartal trimester ", 1, 4},
-    {" month mon mo mm monat mois mese mes month_ ", 1, 12},
-    {" day dd dy dom mday tag jour day_of_month dayofmonth ", 1, 31},
-    {" doy yday jday day_of_year dayofyear julian ", 1, 366},
-    {" hour hours hr hrs hh h stunde heure ", 0, 24},
-    {" minute minutes min mn mi mm minuten ", 0, 59},
-    {" second seconds sec ss sek sekunde ", 0, 60},
-}};
-
-bool isMonthName(const STLToken& cell)
-{
-    return cell.kind == STLKind::Text && monthOfName(cell.text) != 0;
-}
-
-bool areMonthNames(const std::vector<STLRow>& data, std::size_t column)
-{
-    return !data.empty() && std::all_of(data.begin(), data.end(), [column](const STLRow& row) {
-        return isMonthName(row.cells[column]);
-    });
-}
-
-// The first column from `from` on that is called so, within the part's bounds; -1 where there is none.
-int partColumn(const STLFormat& format, const std::vector<STLRow>& data, STLDatePart part, int from = 0)
-{
-    const DatePartNames& wanted = kDateParts[static_cast<std::size_t>(part)];
-    for (std::size_t c = static_cast<std::size_t>(from); c < format.columns.size(); ++c) {
-        const std::string name = ' ' + lowered(format.columns[c].name) + ' ';
-        if (name.size() > 2 && wanted.names.find(name) != std::string_view::npos &&
-            (areWhole(data, c, wanted.least, wanted.most) ||
-             (part == STLDatePart::Month && areMonthNames(data, c))))
-            return static_cast<int>(c);
-    }
-    return -1;
-}
-
-// "mm" is the month, and behind the hours the minutes.
-int minuteColumn(const STLFormat& format, const std::vector<STLRow>& data, int hours)
-{
-    return hours < 0 ? -1 : partColumn(format, data, STLDatePart::Minute, hours + 1);
-}
-
-// The times of the day beside dates, as numbers: hours, perhaps with minutes and seconds in columns of their
-// own, or both in one number. The column, or -1.
-int findNumericClock(STLFormat& format, const std::vector<STLRow>& data)
-{
-    const auto put = [&](STLDatePart part, int column) {
-        return format.partColumns[static_cast<std::size_t>(part)] = column;
-    };
-    for (std::size_t c = 0; c < format.columns.size(); ++c) {
-        if (!countsHours(format.columns[c], data, c))
-            continue;
-        put(STLDatePart::Hour, static_cast<int>(c));
-        if (put(STLDatePart::Minute, minuteColumn(format, data, static_cast<int>(c))) >= 0)
-            put(STLDatePart::Second, partColumn(format, data, STLDatePart::Second));
-        return static_cast<int>(c);
-    }
-    const int column = hhmmColumn(format, data);
-    format.timeIsHhmm = column >= 0;
-    return column;
-}
-
-// The moment of a row by its parts as far as days; only good for telling whether rows rise.
-double dayOfParts(const STLRow& row, const std::array<int, kSTLDateParts>& parts)
-{
-    constexpr std::array<double, kSTLDateParts> kDays = {372, 93, 31, 1, 1, 1. / 24, 1. / 1440, 1. / 86400};
-    double sum = 0.0;
-    for (std::size_t i = 0; i < parts.size(); ++i) {
-        if (parts[i] < 0)
-            continue;
-        const STLToken& cell = row.cells[static_cast<std::size_t>(parts[i])];
-        sum += kDays[i] * (isMonthName(cell) ? monthOfName(cell.text) : cell.value);
-    }
-    return sum;
-}
-
-// "Jan 2010" in cells of their own, which no name has to tell.
-void findUnnamedMonths(const STLFormat& format, const std::vector<STLRow>& data,
-                       std::array<int, kSTLDateParts>& parts)
-{
-    int& year = parts[static_cast<std::size_t>(STLDatePart::Year)];
-    int& month = parts[static_cast<std::size_t>(STLDatePart::Month)];
-    for (std::size_t c = 0; c + 1 < format.columns.size() && year < 0 && month < 0; ++c)
-        for (const auto& [y, m] : {std::pair(c, c + 1), std::pair(c + 1, c)})
-            if (areMonthNames(data, m) && areWhole(data, y, kFirstDecimalYear, kLastDecimalYear)) {
-                year = static_cast<int>(y);
-                month = static_cast<int>(m);
-            }
-}
-
-// Columns of the year, the month, the day and so on, each called so, whose rows rise.
-void findDateParts(STLFormat& format, const std::vector<STLRow>& data)
-{
-    std::array<int, kSTLDateParts> parts;
-    parts.fill(-1);
-    for (std::size_t i = 0; i < parts.size(); ++i)
-        parts[i] = partColumn(format, data, static_cast<STLDatePart>(i));
-    parts[static_cast<std::size_t>(STLDatePart::Minute)] =
-        minuteColumn(format, data, parts[static_cast<std::size_t>(STLDatePart::Hour)]);
-    findUnnamedMonths(format, data, parts);
-    const auto has = [&](STLDatePart part) { return parts[static_cast<std::size_t>(part)] >= 0; };
-    const auto drop = [&](STLDatePart part) { parts[static_cast<std::size_t>(part)] = -1; };
-    // A part says something only below the one that it is a part of.
-    if (has(STLDatePart::Month))
-        drop(STLDatePart::Quarter);
-    if (!has(STLDatePart::Month))
-        drop(STLDatePart::Day);
-    if (has(STLDatePart::Day))
-        drop(STLDatePart::DayOfYear);
-    if (!has(STLDatePart::Day) && !has(STLDatePart::DayOfYear))
-        drop(STLDatePart::Hour);
-    if (!has(STLDatePart::Hour))
-        drop(STLDatePart::Minute);
-    if (!has(STLDatePart::Minute))
-        drop(STLDatePart::Second);
-    if (!has(STLDatePart::Year) || std::count(parts.begin(), parts.end(), -1) == kSTLDateParts - 1)
-        return;
-    Course course;
-    for (std::size_t i = 1; i < data.size(); ++i) {
-        const double step = dayOfParts(data[i], parts) - dayOfParts(data[i - 1], parts);
-        ++course.pairs;
-        course.risen += step > 0.0 ? 1 : 0;
-        course.fallen += step < 0.0 ? 1 : 0;
-    }
-    if (!course.alwaysRises() && !course.alwaysFalls())
-        return;
-    format.timeSource = STLTimeSource::DateParts;
-    format.partColumns = parts;
-    format.timeColumn = parts[static_cast<std::size_t>(STLDatePart::Year)];
-}
-
-// Whether a column of numbers can be years with decimals, by its name and by its numbers.
-bool areYears(const STLColumn& column, const std::vector<STLRow>& data, std::size_t c)
-{
-    const std::string name = lowered(column.name);
-    const bool years = name.find("year") != std::string::npos || name == "yr" || name == "jahr";
-    const bool times = name == "time" || saysDate(name);
-    if ((!years && !times) || !column.unit.empty() || !courseOf(data, c).alwaysRises())
-        return false;
-    const auto inRange = [c](const STLRow& row) {
-        const STLToken& cell = row.cells[c];
-        return cell.kind == STLKind::Number && cell.value >= kFirstDecimalYear &&
-               cell.value < kLastDecimalYear;
-    };
-    // A clock that counts other units runs through them faster.
-    constexpr double kFewYears = 10.0;
-    return std::all_of(data.begin(), data.end(), inRange) &&
-           (years || data.size() < 2 || data[1].cells[c].value - data[0].cells[c].value <= kFewYears);
-}
-
-// Whether decimal years are firsts of months, as well as two decimals can tell them.
-bool areMonths(const std::vector<STLRow>& data, std::size_t c)
-{
-    constexpr double kNear = 0.07;  // months
-    return std::all_of(data.begin(), data.end(), [c](const STLRow& row) {
-        const double months = row.cells[c].value * 12.0;
-        return std::fabs(months - std::round(months)) < kNear;
-    });
-}
-
-// Days as spreadsheets count them, between 1954 and 2119, where a name says date.
-bool areSerialDays(const STLColumn& column, const std::vector<STLRow>& data, std::size_t c)
-{
-    const std::string name = lowered(column.name);
-    const bool dated = saysDate(name) || name.find("serial") != std::string::npos;
-    return dated && courseOf(data, c).alwaysRises() &&
-           std::all_of(data.begin(), data.end(), [c](const STLRow& row) {
-               return row.cells[c].kind == STLKind::Number && row.cells[c].value > 20000.0 &&
-                      row.cells[c].value < 80000.0;
-           });
-}
-
-bool findNumericDate(STLFormat& format, const std::vector<STLRow>& data)
-{
-    for (std::size_t c = 0; c < format.columns.size() && !data.empty(); ++c) {
-        const bool years = areYears(format.columns[c], data, c);
-        if (!years && !areSerialDays(format.columns[c], data, c))
-            continue;
-        // More years than these a ts-file cannot count: they stay numbers, and no seconds either.
-        constexpr double kMostYears = 136.0;
-        if (years && data.back().cells[c].value - data.front().cells[c].value >= kMostYears)
-            return true;
-        format.timeSource = years ? STLTimeSource::DecimalYears : STLTimeSource::SerialDays;
-        format.yearsInMonths = years && areMonths(data, c);
-        format.timeColumn = static_cast<int>(c);
-        return true;
-    }
-    return false;
-}
-
 // Whether a column that is called so counts seconds: a row or two may stand still, one may run back.
-bool goesOnAsTime(const STLColumn& column, const Course& course)
+bool goesOnAsTime(const STLColumn& column, const STLCourse& course)
 {
     const std::size_t mostFalls = std::max<std::size_t>(course.breaks(), column.prefix.empty() ? 1 : 0);
     return namesTime(column.name) && course.risen >= course.fallen && course.risen > 0 &&
            course.fallen <= mostFalls && course.pairs - course.risen <= kMostBreaks;
+}
+
+// Whether no other key stands before this one: "t=0.5 x=1", but not "seq=1 time=0.5".
+bool isFirstKey(const STLFormat& format, std::size_t column)
+{
+    return std::all_of(format.columns.begin(), format.columns.begin() + static_cast<std::ptrdiff_t>(column),
+                       [](const STLColumn& before) { return before.prefix.empty(); });
 }
 
 // The share of the steps between the rows that are the commonest one.
@@ -422,7 +150,7 @@ void findNumericTime(STLFormat& format, const std::vector<STLRow>& data)
     for (std::size_t c = 0; c < format.columns.size(); ++c) {
         if (format.columns[c].kind != STLKind::Number || data.empty())
             continue;
-        const Course course = courseOf(data, c);
+        const STLCourse course = courseOf(data, c);
         const double first = data.front().cells[c].value;
         constexpr double kYear1990 = 631152000.0;
         constexpr double kYear2100 = 4102444800.0;
@@ -442,7 +170,8 @@ void findNumericTime(STLFormat& format, const std::vector<STLRow>& data)
         if (found != kUnix.end() && (course.neverFalls() || course.alwaysFalls()) &&
             (c == 0 || namesTime(format.columns[c].name)))
             format.timeSource = found->source;
-        else if (goesOnAsTime(format.columns[c], course))
+        else if (goesOnAsTime(format.columns[c], course) &&
+                 (format.columns[c].prefix.empty() || isFirstKey(format, c)))
             format.timeSource = STLTimeSource::ElapsedSeconds;
         else
             continue;
@@ -452,10 +181,75 @@ void findNumericTime(STLFormat& format, const std::vector<STLRow>& data)
     }
 }
 
-// "Nov 22 01:40:30", in cells of their own.
+// The first column of times that go one way, but for midnights: others tell how long something took. -1 where
+// there is none.
+int clockColumn(const STLFormat& format, const std::vector<STLRow>& data)
+{
+    constexpr Micros kHalfDay = kMicrosPerDay / 2;
+    constexpr std::size_t kManyTurns = 10;  // one in so many rows
+    for (std::size_t c = 0; c < format.columns.size(); ++c) {
+        if (format.columns[c].kind != STLKind::Time)
+            continue;
+        std::size_t risen = 0;
+        std::size_t fallen = 0;
+        Micros before = -1;
+        for (const STLRow& row : data) {
+            const auto time = readTime(row.cells[c].text);
+            if (!time)
+                continue;
+            const Micros step = before < 0 ? 0 : time->micros - before;
+            risen += step > 0 && step < kHalfDay ? 1 : 0;
+            fallen += step < 0 && step > -kHalfDay ? 1 : 0;
+            before = time->micros;
+        }
+        const bool fewTurns = fallen < risen && fallen * kManyTurns < data.size();
+        if (std::min(risen, fallen) <= kMostBreaks || fewTurns)
+            return static_cast<int>(c);
+    }
+    return -1;
+}
+
+// The column behind a stamp or a time that tells its zone in each row; -1 where there is none.
+int zoneColumn(const STLFormat& format, const std::vector<STLRow>& data)
+{
+    const auto c = static_cast<std::size_t>(format.timeColumn) + 1;
+    const bool all = c < format.columns.size() && !data.empty() &&
+                     std::all_of(data.begin(), data.end(), [c](const STLRow& row) {
+                         const std::string_view text = row.cells[c].text;
+                         return text.size() > 2 && readStampTail(text).has_value();
+                     });
+    return all ? static_cast<int>(c) : -1;
+}
+
+// Whether what stands before the times begins like a date: "2026-326".
+bool looksDated(const STLFormat& format, const std::vector<STLRow>& data)
+{
+    const auto time = static_cast<std::size_t>(format.timeColumn);
+    constexpr std::size_t kYearDigits = 4;
+    return time >= 1 && !data.empty() && std::all_of(data.begin(), data.end(), [&](const STLRow& row) {
+               const std::string_view text = row.cells[time - 1].text;
+               return row.cells[time - 1].kind == STLKind::Text &&
+                      text.find_first_not_of("0123456789") == kYearDigits &&
+                      (text.starts_with("19") || text.starts_with("20"));
+           });
+}
+
+// "22-11" and "22/11".
+bool isDayAndMonth(std::string_view text)
+{
+    const std::size_t sign = std::min(text.find_first_of("-/"), text.size());
+    return sign >= 1 && sign <= 2 && text.size() > sign + 1 && text.size() <= sign + 3 &&
+           text.find_first_not_of("0123456789-/") == std::string_view::npos;
+}
+
+// "Nov 22 01:40:30" and "22-11 01:40:30", in cells of their own.
 bool datesLackYear(const STLFormat& format, const std::vector<STLRow>& data)
 {
     const auto time = static_cast<std::size_t>(format.timeColumn);
+    if (time >= 1 && !data.empty() && std::all_of(data.begin(), data.end(), [time](const STLRow& row) {
+            return row.cells[time - 1].kind == STLKind::Text && isDayAndMonth(row.cells[time - 1].text);
+        }))
+        return true;
     return time >= 2 && !data.empty() && std::all_of(data.begin(), data.end(), [&](const STLRow& row) {
                const bool dayLast =
                    isMonthName(row.cells[time - 2]) && row.cells[time - 1].kind == STLKind::Number;
@@ -545,7 +339,7 @@ void findCompactDates(STLFormat& format, const std::vector<STLRow>& data)
             continue;
         const bool days = data.front().cells[c].text.size() == 8;
         const int time = days ? compactTimeColumn(format, data) : -1;
-        const Course course = courseOf(data, c);
+        const STLCourse course = courseOf(data, c);
         const bool named = saysDate(lowered(format.columns[c].name)) && course.fallen <= course.breaks();
         if (time < 0 && !named && !course.neverFalls() && !course.alwaysFalls())
             continue;
@@ -566,7 +360,7 @@ void guessTime(STLFormat& format, const std::vector<STLRow>& data)
     };
     const int stamp = firstOf(STLKind::Stamp);
     const int date = firstOf(STLKind::Date);
-    int time = firstOf(STLKind::Time);
+    int time = date >= 0 ? firstOf(STLKind::Time) : clockColumn(format, data);
     if (time > 0 && date < 0 && standsStill(data, static_cast<std::size_t>(time)))
         time = -1;
     if (stamp < 0 && date >= 0 && time < 0)
@@ -585,6 +379,7 @@ void guessTime(STLFormat& format, const std::vector<STLRow>& data)
         format.timeSource = STLTimeSource::ElapsedTime;
         format.timeColumn = time;
         format.yearMissing = datesLackYear(format, data);
+        format.dateUnread = !format.yearMissing && looksDated(format, data);
         startAtMidnight(format, data);
     } else {
         findDateParts(format, data);
@@ -595,6 +390,9 @@ void guessTime(STLFormat& format, const std::vector<STLRow>& data)
         dated >= 0 &&
         (format.timeSource == STLTimeSource::Stamp || format.timeSource == STLTimeSource::DateAndTime))
         findOrder(format, data, dated);
+    if ((format.timeSource == STLTimeSource::Stamp || format.timeSource == STLTimeSource::DateAndTime) &&
+        !datesAlone(format) && !clockIsInParts(format) && !format.timeIsHhmm)
+        format.zoneColumn = zoneColumn(format, data);
 
     for (const int c : {format.timeColumn, format.dateColumn})
         if (c >= 0 && namesGreenwich(format.columns[static_cast<std::size_t>(c)]))

@@ -148,6 +148,17 @@ void joinRowName(std::vector<std::string_view>& row, const STLCells& cells)
     row.erase(row.begin() + 1, row.begin() + static_cast<std::ptrdiff_t>(words));
 }
 
+// "1  2|3  4|": cells between blanks, in groups that bars tell apart.
+void splitAtBars(std::string_view line, std::vector<std::string_view>& out)
+{
+    out.clear();
+    for (std::size_t from = 0; from <= line.size();) {
+        const std::size_t end = std::min(line.find('|', from), line.size());
+        splitAtBlanks(line.substr(from, end - from), out);
+        from = end + 1;
+    }
+}
+
 // The number that a whole text is, where it is a plain one.
 std::optional<PlainNumber> plainNumber(std::string_view text, char decimal)
 {
@@ -272,7 +283,10 @@ std::size_t veltrac::splitCells(std::string_view line, const STLCells& cells,
                                 std::vector<std::string_view>& out)
 {
     if (cells.edges.empty()) {
-        splitCells(line, cells.separator, out);
+        if (cells.bars)
+            splitAtBars(line.ends_with('\r') ? line.substr(0, line.size() - 1) : line, out);
+        else
+            splitCells(line, cells.separator, out);
         if (cells.rowNames)
             joinRowName(out, cells);
         return out.size();

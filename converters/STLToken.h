@@ -19,6 +19,8 @@ struct STLCells
     std::vector<std::size_t> edges;
     // Whether rows between blanks begin with a name, which may be several words.
     bool rowNames = false;
+    // Whether '|' stands between groups of cells that blanks tell apart: "1 2|3 4".
+    bool bars = false;
     char decimal = '.';  // or ','
     char grouping = 0;   // between thousands: ',', '.', '\'', ' ', or 0 for none
     // Compared without case; an empty cell is missing anyway.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdlib>
 #include <utility>
 
 #include "core/Characters.h"
@@ -216,6 +217,24 @@ std::optional<int> takeZone(std::string_view& text)
     }
     text = rest;
     return sign * minutes;
+}
+
+std::optional<StampTail> readStampTail(std::string_view text)
+{
+    StampTail tail;
+    Micros unit = kMicrosPerSecond / 10;
+    for (; !text.empty() && isDigit(text.front()); text.remove_prefix(1)) {
+        tail.fraction += unit * (text.front() - '0');
+        unit /= 10;
+        ++tail.fractionDigits;
+    }
+    const bool sign = !text.empty() && (text.front() == '+' || text.front() == '-');
+    const auto zone = takeZone(text);
+    if (!zone || !text.empty() || (tail.fractionDigits != 0 && tail.fractionDigits % 3 != 0) ||
+        (sign && std::abs(*zone) > 14 * 60))
+        return std::nullopt;
+    tail.zoneMinutes = *zone;
+    return tail;
 }
 
 std::optional<TimeOfDay> takeDottedTime(std::string_view& text)

@@ -45,6 +45,15 @@ std::string_view unframed(std::string_view text);
 std::optional<DateParts> takeDate(std::string_view& text);  // yyyy-mm-dd, dd.mm.yyyy, d/m/yyyy, …
 std::optional<TimeOfDay> takeTime(std::string_view& text);  // hh:mm[:ss[.fff]] [AM|PM]
 std::optional<int> takeZone(std::string_view& text);        // Z, +hh:mm, +hhmm, +hh, UTC, CET, MESZ, …
+// What a cell of its own behind a time says: its zone, perhaps behind the decimals of the second, "+0100" and
+// "415465127+00:00".
+struct StampTail
+{
+    Micros fraction = 0;
+    int fractionDigits = 0;
+    int zoneMinutes = 0;
+};
+std::optional<StampTail> readStampTail(std::string_view text);
 // Adds the decimals that stand behind a second.
 void takeFraction(std::string_view& text, TimeOfDay& time);
 // "09.58" or "09.58.30", as some countries write the time behind a date.

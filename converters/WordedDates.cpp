@@ -212,6 +212,22 @@ std::optional<Stamp> takeWordedStamp(std::string_view& text)
     return Stamp{*date, time, zone};
 }
 
+// The first week holds the year's first Thursday, the last one its last.
+std::optional<DateParts> dateOfWeek(int year, int week, int day)
+{
+    using namespace std::chrono;
+    const auto mondayOfFirst = [](int y) {
+        const sys_days fourth = sys_days{std::chrono::year{y} / January / 4};
+        return fourth - (weekday{fourth} - Monday);
+    };
+    const sys_days monday = mondayOfFirst(year) + days{(week - 1) * 7};
+    if (week < 1 || monday >= mondayOfFirst(year + 1) || day < 1 || day > 7)
+        return std::nullopt;
+    const year_month_day date{monday + days{day - 1}};
+    return datedBy(static_cast<int>(date.year()), static_cast<int>(static_cast<unsigned>(date.month())),
+                   static_cast<int>(static_cast<unsigned>(date.day())));
+}
+
 int monthOfName(std::string_view name)
 {
     const int month = monthOf(takeWord(name));
@@ -223,17 +239,6 @@ namespace {
 constexpr bool isYear(const std::optional<Digits>& digits)
 {
     return digits && digits->count == 4 && digits->value >= 1500 && digits->value <= 2200;
-}
-
-// Monday of a week, or another day of it: the first one holds the year's first Thursday.
-DateParts dayOfWeek(int year, int week, int day)
-{
-    using namespace std::chrono;
-    const sys_days fourth = sys_days{std::chrono::year{year} / January / 4};
-    const sys_days monday = fourth - (weekday{fourth} - Monday);
-    const year_month_day date{monday + days{(week - 1) * 7 + day - 1}};
-    return datedBy(static_cast<int>(date.year()), static_cast<int>(static_cast<unsigned>(date.month())),
-                   static_cast<int>(static_cast<unsigned>(date.day())));
 }
 
 // What stands behind a year: "-01", "M01", " Q1", "-W05", "-W05-3", " Jan".
@@ -249,11 +254,10 @@ std::optional<DateParts> behindYear(int year, std::string_view rest)
         return month == 0 ? std::nullopt : std::optional(datedBy(year, month, 1));
     }
     const int n = digits->value;
-    if (word == "w" && digits->count == 2 && n >= 1 && n <= 53) {
+    if (word == "w" && digits->count == 2) {
         skip(rest, "-");
         const auto day = rest.empty() ? Digits{1, 1} : takeDigits(rest).value_or(Digits{0, 0});
-        return rest.empty() && day.value >= 1 && day.value <= 7 ? std::optional(dayOfWeek(year, n, day.value))
-                                                                : std::nullopt;
+        return rest.empty() ? dateOfWeek(year, n, day.value) : std::nullopt;
     }
     if (!rest.empty())
         return std::nullopt;

@@ -24,6 +24,10 @@ std::optional<Stamp> takeWordedStamp(std::string_view& text);
 // Q1", "2010-W05", "2010-W05-3".
 std::optional<DateParts> readPartOfYear(std::string_view text);
 
+// The Monday of a week as ISO 8601 counts them, or another day of it, 1 to 7; nothing where the year has no
+// such week.
+std::optional<DateParts> dateOfWeek(int year, int week, int day);
+
 // 1 to 12 of a month's name, whole or cut to three letters or more; 0 of any other word.
 int monthOfName(std::string_view name);
 

@@ -3,6 +3,7 @@
 #include <zlib.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdlib>
 #include <ctime>
@@ -766,7 +767,26 @@ TEST_F(Stl, nothingIsReadWrongWithoutAWord)
          "S r",
          {4, 5, 6},
          ""},
-        {"weeks of a year", "year,week,v\n2010,5,1\n2010,6,2\n2010,7,3\n", "year week v", {1, 2, 3}, ""},
+        {"weeks that begin again",
+         "year,week,v\n2011,52,1\n2011,1,2\n2011,2,3\n",
+         "year week v",
+         {1, 2, 3},
+         ""},
+        {"times that something took",
+         "PID ELAPSED v\n1 05:00:00 1\n2 03:00:00 2\n3 04:00:00 3\n4 02:30:00 4\n5 02:40:00 5\n6 01:00:00 "
+         "6\n7 02:00:00 7\n",
+         "PID v",
+         {1, 2, 3, 4, 5, 6, 7},
+         ""},
+        {"a first row that is long, as others are",
+         "0.5,1,a,b c\n1.5,2,a\n2.5,3,a\n3.5,4,a\n4.5,5,a,b c\n",
+         "Col-1 Col-2",
+         {1, 2, 3, 4, 5},
+         "",
+         false,
+         false,
+         0,
+         2},
         {"months at noon", noons, "Time v", ones12, "2015-12-01 12:00"},
         {"blocks with heads", blocks, "Time rx tx", {2, 4, 2, 4, 2, 4}, "", false, false, 2},
     };
@@ -832,6 +852,32 @@ TEST_F(Stl, formsOfTextsAreReadInAnySpelling)
          kFeb2010},
         {"name a b\nRome 1 2\nNew York 3 4\nOslo 5 6\nSao Paulo do Sul 7 8\nBonn 9 9\n", "a b", {1, 2}, 1, 2},
         {"a b c d e f\n1 2 3\n3 4 5\n5 6 7\n", "Col-1 Col-2 Col-3", {1, 2, 3}, 1, 2},
+        {"Disk       Used Mounted on\ndev       12345 /dev\ntmpfs         5 /dev/shm\nvda   264212084 /\n",
+         "Used",
+         {12345},
+         1,
+         2},
+        {"   a   b    kind\n  20  10 red bog\n  30  90 new bog\n  10  60 old fen\n", "a b", {20, 10}, 1, 2},
+        {"Index   v(out)\n0\t1.5,\t5\n1\t2.5,\t6\n2\t2.5,\t7\n", "Index v(out) Col-3", {0, 1.5F, 5}, 1, 2},
+        {"AC of Sun Nov 22 19:37:13 2026\n0 1.5 5\n1 2.5 6\n2 2.5 7\n",
+         "Col-1 Col-2 Col-3",
+         {0, 1.5F, 5},
+         1,
+         2},
+        {"HH:MM:SS   kB in   kB out\n00:00:05    1.0      7.0\n00:00:06    2.0      8.0\n",
+         "kB in|kB out",
+         {1, 7},
+         5,
+         6},
+        {"PING h 56(84) bytes of data or more\n64 bytes from h: seq=1 ttl=63 time=0.5\n64 bytes from h: "
+         "seq=2 ttl=63 "
+         "time=0.6\n64 bytes from h: seq=3 ttl=63 time=0.7\n",
+         "Col-1 seq ttl time",
+         {64, 1, 63, 0.5F},
+         1,
+         2},
+        {"log(M1),F(kN),v(in)\n1,2,3\n4,5,6\n", "log(M1) F v(in)", {1, 2, 3}, 1, 2},
+        {"a\tb\n5N\tN\n1\t2\n3\t4\n5\t6\n", "a b", {1, 2}, 1, 2},
         // Stamps.
         {"m,v\n2010-01,1\n2010-02,2\n", "v", {1}, kJan2010, kFeb2010},
         {"m;v\nJan 2010;1\nFeb 2010;2\n", "v", {1}, kJan2010, kFeb2010},
@@ -839,6 +885,26 @@ TEST_F(Stl, formsOfTextsAreReadInAnySpelling)
         {"year,month,v\n2010,3,3\n2010,2,2\n2010,1,1\n", "v", {1}, kJan2010, kFeb2010},
         {"Jan 2010 1\nFeb 2010 2\nMar 2010 3\n", "Col-3", {1}, kJan2010, kFeb2010},
         {"YEAR MON v\n2010 Jan 1\n2010 Feb 2\n2010 Mar 3\n", "v", {1}, kJan2010, kFeb2010},
+        {"Month,v\n2010.01,1\n2010.02,2\n2010.03,3\n", "v", {1}, kJan2010, kFeb2010},
+        {"t;v\n2010,01;1\n2010,02;2\n2010,12;3\n2011,01;3\n", "v", {1}, kJan2010, kFeb2010},
+        {"year,week,v\n2010,5,1\n2010,6,2\n2010,7,3\n", "v", {1}, kFeb2010, kFeb2010 + 7 * 86400},
+        {"iso_year;iso_week;v\n2009;53;1\n2010;1;2\n", "v", {1}, kJan2010 - 4 * 86400, kJan2010 + 3 * 86400},
+        {"2026-11-22 00:45:00 +0000 7\n2026-11-22 00:45:01 +0000 8\n", "Col-4", {7}, kMorning, kMorning + 1},
+        {"2026-11-22T00:45:00,500+00:00,7\n2026-11-22T00:45:01,500+00:00,8\n",
+         "Col-3",
+         {7},
+         kMorning + 0.5,
+         kMorning + 1.5},
+        {"date;time;zone;v\n22.11.2026;00:45:00;UTC;7\n22.11.2026;00:45:01;UTC;8\n",
+         "v",
+         {7},
+         kMorning,
+         kMorning + 1},
+        {" 01:45:00 up 1 day,  2:03,  load: 0.5, 7\n 01:45:10 up 1 day,  2:03,  load: 0.6, 8\n",
+         "Col-3 Col-7 Col-8",
+         {1, 0.5F, 7},
+         6300,
+         6310},
         {"time,v\n2010,1\n2010.08333,2\n2010.16667,3\n", "v", {1}, kJan2010, kFeb2010},
         {"q,v\n2010 Q1,1\n2010 Q2,2\n", "v", {1}, kJan2010, 1270072800},
         {"year,quarter,v\n2010,1,1\n2010,2,2\n", "v", {1}, kJan2010, 1270072800},
@@ -898,6 +964,7 @@ TEST_F(Stl, formsOfTextsAreReadInAnySpelling)
          {20.5F, 7},
          kMorning,
          kMorning + 1},
+        {"a b|c d|\n1 2|3 4|\n3 4|5 6|\n5 6|7 8|\n", "a b c d", {1, 2, 3, 4}, 1, 2},
         {"+---+---+\n| a | b |\n+---+---+\n| 1 | 2 |\n| 3 | 4 |\n+---+---+\n", "a b", {1, 2}, 1, 2},
         {"| a | b |\n|--:|:--|\n| 1 | 2 |\n| 3 | 4 |\n", "a b", {1, 2}, 1, 2},
         {" a | b\n---+---\n 1 | 2\n 3 | 4\n", "a b", {1, 2}, 1, 2},
@@ -933,6 +1000,59 @@ TEST_F(Stl, formsOfTextsAreReadInAnySpelling)
         EXPECT_NEAR(spelling.second, timeOf(*ts, 2), 1e-3 * (spelling.second - spelling.first));
         EXPECT_EQ(0U, log.found().losses.notNumbers + log.found().losses.skippedLines);
     }
+}
+
+TEST_F(Stl, stampsAreReadInFiveSpellings)
+{
+    struct Form
+    {
+        double first;
+        double second;
+        char digit;  // for '#' in the first row; the next ones below
+        std::array<const char*, 5> spellings;
+    };
+    constexpr double kJan2010 = 1262300400;  // in Oslo
+    constexpr double kMorning = 1795308300;  // 2026-11-22 01:45:00 in Oslo
+    const std::vector<Form> forms = {
+        {kMorning,
+         kMorning + 1,
+         '0',
+         {"Sun Nov 22 01:45:0# CET 2026", "So 22. Nov 01:45:0# CET 2026", "Sun Nov 22 01:45:0# 2026",
+          "Sun, 22 Nov 2026 00:45:0# +0000", "Sunday, November 22, 2026 01:45:0# AM"}},
+        {kMorning,
+         kMorning + 1,
+         '0',
+         {"[2026-11-22 01:45:0#.000]", "[22/Nov/2026:00:45:0# +0000]", "22/Nov/2026:02:45:0# +0200",
+          "[Sun Nov 22 01:45:0# 2026]", "(2026-11-22T00:45:0#Z)"}},
+        {kMorning,
+         kMorning + 1,
+         '0',
+         {"179530830#", "179530830#.000000", "179530830#000", "179530830#000000", "179530830#000000000"}},
+        {kJan2010, kJan2010 + 31 * 86400, '1', {"2010-0#", "2010/0#", "0#/2010", "2010M0#", "2010-0#-01"}},
+        {kJan2010, kJan2010 + 90 * 86400 - 3600, '1', {"2010 Q#", "2010-Q#", "Q# 2010", "2010Q#", "2010q#"}},
+        {kJan2010 + 3 * 86400,
+         kJan2010 + 10 * 86400,
+         '1',
+         {"2010-W0#", "2010W0#", "2010-W0#-1", "2010-w0#", "2010 W0#"}},
+    };
+    for (const Form& form : forms)
+        for (const std::string spelling : form.spellings) {
+            SCOPED_TRACE(spelling);
+            std::string text = "T;V\n";
+            for (int i = 0; i < 3; ++i) {
+                std::string row = spelling + ";7\n";
+                row[row.find('#')] = static_cast<char>(form.digit + i);
+                text += row;
+            }
+            write("form.txt", text);
+            STLObject log("form.txt");
+            log.detect();
+            const auto ts = import(log);
+            ASSERT_EQ(3U, ts->samples());
+            EXPECT_EQ("V", namesOf(*ts, ts->timeMode() == 0 ? 1 : 2, '|'));
+            EXPECT_NEAR(form.first, timeOf(*ts, 1), 1e-3);
+            EXPECT_NEAR(form.second, timeOf(*ts, 2), 1e-3);
+        }
 }
 
 TEST_F(Stl, packedTextsAreUnpacked)
@@ -1028,6 +1148,28 @@ TEST_F(Stl, reportTellsEvidenceLossesAndAssumptions)
     dated.detect();
     dated.check({});
     EXPECT_NE(std::string::npos, importDoubt(dated.format(), dated.found()).find("but no year"));
+    // What is doubtful or assumed is asked or told.
+    const std::array<std::array<const char*, 3>, 7> told = {{
+        {"2026-326 10:00:00 1\n2026-326 10:00:01 2\n", "Something like a date stands before", ""},
+        {"22-11 10:00:00 1\n22-11 10:00:01 2\n", "but no year", ""},
+        {"2 4 6\n1 2 9\n3 1 1\n5 0 1\n", "The names of the columns are in doubt", ""},
+        {"150,4,x,y,z\n5.1,3.5,1,2,0\n5.2,3.6,1,2,0\n", "line 1, which holds numbers, is taken for the names",
+         ""},
+        {"# a b c\n1 2 3\n4 5 6\n", "", "Line 1, a remark, is taken for the names"},
+        {"T;V\n10:00:01;1\n10:00:02;2\n10:00:03;3\n10:00:05;4\n", "", "taken for rounded ones"},
+        {"D;V\n2026-11-22;1\n2026-11-22;2\n", "", "All rows bear the same time."},
+    }};
+    for (const auto& [written, asked, assumed] : told) {
+        write("t.txt", written);
+        STLObject doubtful("t.txt");
+        doubtful.detect();
+        doubtful.check({});
+        const std::string doubt = importDoubt(doubtful.format(), doubtful.found());
+        EXPECT_NE(std::string::npos, doubt.find(asked)) << written << doubt;
+        EXPECT_EQ(*asked == 0, doubt.empty()) << written << doubt;
+        EXPECT_NE(std::string::npos, assumptionText(doubtful.format(), doubtful.found()).find(assumed))
+            << written;
+    }
     STLObject second(kData / "one-column.stl");
     second.detect();
     EXPECT_NE(std::string::npos, evidenceText(second.format()).find("Another reading comes near"));

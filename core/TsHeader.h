@@ -104,7 +104,8 @@ public:
     void setStamp(const int in[7])
     {
         for (std::size_t i = 0; i < kStampBytes; ++i)
-            m_bytes[i] = static_cast<unsigned char>(i == 6 && in[i] >= kStampYear ? in[i] - kStampYear : in[i]);
+            m_bytes[i] =
+                static_cast<unsigned char>(i == 6 && in[i] >= kStampYear ? in[i] - kStampYear : in[i]);
     }
 
 private:

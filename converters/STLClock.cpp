@@ -157,7 +157,9 @@ std::optional<double> STLClock::secondsOf(std::span<const std::string_view> cell
     const auto timeColumn = static_cast<std::size_t>(m_format.timeColumn);
     const auto cell = [&] { return bareCell(cells[timeColumn], m_format.columns[timeColumn]); };
     Micros tail = 0;
-    if (m_format.zoneColumn >= 0 && !tailAt(cells[static_cast<std::size_t>(m_format.zoneColumn)], tail))
+    const bool hasTail = m_format.zoneColumn >= 0 && (m_format.timeSource == STLTimeSource::Stamp ||
+                                                      m_format.timeSource == STLTimeSource::DateAndTime);
+    if (hasTail && !tailAt(cells[static_cast<std::size_t>(m_format.zoneColumn)], tail))
         return std::nullopt;
     switch (m_format.timeSource) {
         case STLTimeSource::Stamp: {

@@ -26,8 +26,8 @@ bool readAlike(const STLFormat& a, const STLFormat& b)
 {
     const auto fields = [](const STLFormat& f) {
         return std::tie(f.encoding, f.cells, f.remarks, f.firstDataLine, f.timeSource, f.timeColumn,
-                        f.dateColumn, f.partColumns, f.timeIsHhmm, f.yearsInMonths, f.order, f.greenwich,
-                        f.fromRow, f.toRow, f.everyNth);
+                        f.dateColumn, f.zoneColumn, f.partColumns, f.timeIsHhmm, f.yearsInMonths,
+                        f.monthsInDigits, f.order, f.greenwich, f.fromRow, f.toRow, f.everyNth);
     };
     return fields(a) == fields(b) && secondsPerUnit(a) == secondsPerUnit(b) &&
            std::equal(a.columns.begin(), a.columns.end(), b.columns.begin(), b.columns.end(),

@@ -8,6 +8,7 @@
 #include "calc/SpectrumScale.h"
 #include "calc/SpectrumTexts.h"
 #include "calc/WindowShape.h"
+#include "core/CellImage.h"
 #include "core/ColumnCopy.h"
 #include "core/FileTime.h"
 #include "core/HeaderTexts.h"
@@ -32,8 +33,7 @@ bool fits(const SpectrumRequest& request)
 // Every cell has a colour, one without any power, too.
 float cellOf(double value)
 {
-    constexpr double kNoLevel = -380.0;  // dB, below that of any float
-    return static_cast<float>(std::isnan(value) ? kNoLevel : value);
+    return std::isnan(value) ? kNoLevel : static_cast<float>(value);
 }
 
 }  // namespace

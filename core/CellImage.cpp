@@ -75,6 +75,8 @@ JobOutcome CellImage::build(const Progress& progress)
     return JobOutcome::Done;
 }
 
+// Silence, as between recordings, would take all colours for itself.
+//
 // From a sample of the groups' greatest: where they hold several samples the quantile is a little high.
 void CellImage::findRange()
 {
@@ -86,7 +88,7 @@ void CellImage::findRange()
     for (std::size_t i = 0; i < m_greatest.size(); ++i) {
         if (std::isfinite(m_greatest[i]))
             top = std::max(top, m_greatest[i]);
-        if (i % stride == 0 && std::isfinite(m_means[i]))
+        if (i % stride == 0 && std::isfinite(m_means[i]) && m_means[i] > kNoLevel)
             looked.push_back(m_means[i]);
     }
     if (looked.empty() || !std::isfinite(top))

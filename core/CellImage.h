@@ -16,6 +16,9 @@
 
 namespace veltrac {
 
+// In decibels, of a cell without any power: below the level of any float.
+inline constexpr float kNoLevel = -380.0F;
+
 class CellImage
 {
 public:
@@ -42,7 +45,8 @@ public:
     // The value of the cell at a row (from 1) and a place of the axis; NaN outside.
     double valueAt(std::uint32_t row, double place) const;
 
-    // What the colours stand for: at first from the value that 5 % of the cells stay below to the greatest.
+    // What the colours stand for: at first from the value that 5 % of the cells that have a level stay below,
+    // to the greatest.
     double low = 0.0;
     double high = 1.0;
     bool showsMeans = false;

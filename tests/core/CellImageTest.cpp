@@ -59,3 +59,18 @@ TEST(CellImage, ABurstOfOneCellIsSeenAtEveryZoomAndAMeanWeighsItDown)
     EXPECT_TRUE(std::isnan(pixels[0]));
     EXPECT_EQ(pixels[1], 1.0F);
 }
+
+TEST(CellImage, SilenceTakesNoColours)
+{
+    std::vector<double> x(100);
+    std::vector<float> column(100, kNoLevel);
+    for (std::size_t r = 0; r < x.size(); ++r) {
+        x[r] = static_cast<double>(r);
+        if (r >= 60)
+            column[r] = -static_cast<float>(r);
+    }
+    CellImage image(std::make_shared<PlotValues>(x, std::vector<std::vector<float>>{column}), 0.5, "dB");
+    ASSERT_EQ(image.build({}), JobOutcome::Done);
+    EXPECT_EQ(image.low, -97.0);
+    EXPECT_EQ(image.high, -60.0);
+}

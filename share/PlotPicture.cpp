@@ -191,6 +191,11 @@ void PlotPicture::drawCursor(QPainter& painter, Plot2D::Cursor which)
     const int x = pixelOf(*m_plot.cursor(which));
     if (x < area.left() || x > area.right())
         return;
+    // On the colours of a picture one of the two lines is seen.
+    painter.setPen(wholePen(palette().color(QPalette::Base), devicePixelRatioF()));
+    for (std::size_t g = 0; g < m_plot.groups().size(); ++g)
+        if (const QRect image = groupArea(static_cast<int>(g)); m_plot.groups()[g].image && !image.isEmpty())
+            painter.drawLine(x + 1, image.top(), x + 1, image.bottom());
     const QColor color = palette().color(QPalette::Text);
     painter.setPen(wholePen(color, devicePixelRatioF(), which == Plot2D::A ? Qt::SolidLine : Qt::DashLine));
     painter.drawLine(x, area.top(), x, area.bottom());

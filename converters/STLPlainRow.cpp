@@ -55,15 +55,10 @@ bool STLPlainRow::readSeparated(std::string_view line, std::span<std::string_vie
         if (at != end && *at == '"')
             return false;
         const char* const from = at;
-        if (m_taken[c] == 0) {
-            at = std::find(at, end, m_separator);
-        } else {
-            if (!takeNumber(at, end, values[taken])) {
-                at = std::find(at, end, m_separator);
-                unread.push_back(taken);
-            }
-            ++taken;
-        }
+        if (m_taken[c] == 0)
+            passCell(at, end);
+        else
+            takeCell(at, end, values, taken, unread);
         cells[c] = withoutTail({from, static_cast<std::size_t>(at - from)});
     }
     // A separator at the end of the line is no cell too many.
@@ -84,20 +79,26 @@ bool STLPlainRow::readBetweenBlanks(std::string_view line, std::span<std::string
         if (c == m_taken.size() || !beginsNumber(*at))
             return false;
         const char* const from = at;
-        if (m_taken[c] == 0) {
-            at = std::find_if(at, end, isBlank);
-        } else {
-            if (!takeNumber(at, end, values[taken])) {
-                at = std::find_if(at, end, isBlank);
-                unread.push_back(taken);
-            }
-            ++taken;
-        }
+        if (m_taken[c] == 0)
+            passCell(at, end);
+        else
+            takeCell(at, end, values, taken, unread);
         // Signs of a sentence behind a number are none of it.
         if (at[-1] == ',' || at[-1] == ':')
             return false;
         cells[c] = {from, static_cast<std::size_t>(at - from)};
     }
+}
+
+// Of the column that is the `taken`-th of those whose values are wanted, and goes on to the next one.
+void STLPlainRow::takeCell(const char*& at, const char* end, std::span<float> values, std::size_t& taken,
+                           std::vector<std::size_t>& unread) const
+{
+    if (!takeNumber(at, end, values[taken])) {
+        passCell(at, end);
+        unread.push_back(taken);
+    }
+    ++taken;
 }
 
 // Leaves `at` anywhere in the cell where it holds no plain number.
@@ -108,15 +109,16 @@ bool STLPlainRow::takeNumber(const char*& at, const char* end, float& value) con
         ++at;
     const auto number = takePlainNumber(at, end, m_decimal);
     // A comma behind a number is no decimal one.
-    if (!number || !endsCell(at, end) || at[-1] == ',')
+    if (!number || !(at == end || endsCell(*at)) || at[-1] == ',')
         return false;
     value = static_cast<float>(isNegative ? -number->value() : number->value());
     return true;
 }
 
-bool STLPlainRow::endsCell(const char* at, const char* end) const
+void STLPlainRow::passCell(const char*& at, const char* end) const
 {
-    return at == end || *at == m_separator || (m_separator == ' ' && *at == '\t');
+    while (at != end && !endsCell(*at))
+        ++at;
 }
 
 }  // namespace veltrac

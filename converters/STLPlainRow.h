@@ -29,8 +29,11 @@ private:
                        std::vector<std::size_t>& unread) const;
     bool readBetweenBlanks(std::string_view line, std::span<std::string_view> cells, std::span<float> values,
                            std::vector<std::size_t>& unread) const;
+    void takeCell(const char*& at, const char* end, std::span<float> values, std::size_t& taken,
+                  std::vector<std::size_t>& unread) const;
     bool takeNumber(const char*& at, const char* end, float& value) const;
-    bool endsCell(const char* at, const char* end) const;
+    void passCell(const char*& at, const char* end) const;
+    bool endsCell(char c) const { return c == m_separator || (m_separator == ' ' && c == '\t'); }
 
     char m_separator;
     char m_decimal;

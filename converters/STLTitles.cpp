@@ -25,7 +25,11 @@ bool STLTitles::isTitle(std::string_view line) const
 
 bool STLTitles::has(std::string_view line, std::span<const std::string_view> cells) const
 {
-    const auto isHeading = [&](std::size_t c) { return cells[c] == m_format.columns[c].heading; };
+    // Most rows differ from the names in the first letter already.
+    const auto isHeading = [&](std::size_t c) {
+        const std::string& heading = m_format.columns[c].heading;
+        return !cells[c].empty() && cells[c].front() == heading.front() && cells[c] == heading;
+    };
     if (!m_headed.empty() && std::all_of(m_headed.begin(), m_headed.end(), isHeading))
         return true;
     return isTitle(line);

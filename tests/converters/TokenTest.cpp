@@ -193,6 +193,38 @@ TEST(ColumnTexts, namesAreCutAtCharactersAndMadeUnique)
     EXPECT_EQ("[kN]", nameWithUnit("", "kN"));
 }
 
+// Digits of any number with a decimal sign anywhere between them.
+std::string someNumber(std::mt19937& random, char decimal)
+{
+    std::string digits;
+    for (std::size_t left = 1 + random() % 17; left > 0; --left)
+        digits += static_cast<char>('0' + random() % 10);
+    return digits.insert(random() % (digits.size() + 1), 1, decimal);
+}
+
+TEST(STLPlainRow, numbersOfAnyLengthAreThoseOfTheLibrary)
+{
+    STLFormat format;
+    format.cells.separator = ';';
+    format.columns.resize(2);
+    std::mt19937 random(7);
+    std::vector<std::string_view> cells(2);
+    std::vector<float> values(2);
+    std::vector<std::size_t> unread;
+    for (int i = 0; i < 20000; ++i) {
+        const std::string first = someNumber(random, '.');
+        const std::string last = someNumber(random, '.');
+        ASSERT_TRUE(STLPlainRow(format).read(first + ";" + last, cells, values, unread));
+        const auto wanted = static_cast<std::size_t>(first.size() > 15) + (last.size() > 15 ? 1 : 0);
+        ASSERT_EQ(wanted, unread.size()) << first << ' ' << last;
+        const auto expected = [](const std::string& text, float otherwise) {
+            return text.size() > 15 ? otherwise : static_cast<float>(std::strtod(text.c_str(), nullptr));
+        };
+        ASSERT_EQ(expected(first, values[0]), values[0]) << first;
+        ASSERT_EQ(expected(last, values[1]), values[1]) << last;
+    }
+}
+
 // The quick way finds what the thorough one does, whatever stands in a row.
 TEST(STLPlainRow, readsAsSplitCellsAndReadValue)
 {

@@ -108,8 +108,8 @@ struct STLFormat
     STLTimeSource timeSource = STLTimeSource::Typed;
     int timeColumn = -1;  // the stamp's, the time's or the seconds' column
     int dateColumn = -1;
-    int zoneColumn =
-        -1;  // beside a stamp or a time: "+0100", perhaps with the decimals of the second before it
+    // Beside a stamp or a time: "+0100", perhaps with the decimals of the second before it.
+    int zoneColumn = -1;
     // By STLDatePart, -1 where there is none. The year's column stands in timeColumn too; beside dates there
     // may be hours, minutes and seconds, and the hours' column stands there.
     std::array<int, kSTLDateParts> partColumns = {-1, -1, -1, -1, -1, -1, -1, -1, -1};

@@ -46,7 +46,7 @@ bool STLPlainRow::readSeparated(std::string_view line, std::span<std::string_vie
 {
     const char* at = line.data();
     const char* const end = at + line.size();
-    std::size_t taken = 0;
+    Taken into{values, unread};
     for (std::size_t c = 0; c < m_taken.size(); ++c) {
         if (c != 0 && at++ == end)
             return false;
@@ -54,12 +54,7 @@ bool STLPlainRow::readSeparated(std::string_view line, std::span<std::string_vie
             ++at;
         if (at != end && *at == '"')
             return false;
-        const char* const from = at;
-        if (m_taken[c] == 0)
-            passCell(at, end);
-        else
-            takeCell(at, end, values, taken, unread);
-        cells[c] = withoutTail({from, static_cast<std::size_t>(at - from)});
+        cells[c] = withoutTail(takeCell(at, end, c, into));
     }
     // A separator at the end of the line is no cell too many.
     return at == end || at + 1 == end;
@@ -70,7 +65,7 @@ bool STLPlainRow::readBetweenBlanks(std::string_view line, std::span<std::string
 {
     const char* at = line.data();
     const char* const end = at + line.size();
-    std::size_t taken = 0;
+    Taken into{values, unread};
     for (std::size_t c = 0;; ++c) {
         while (at != end && isBlank(*at))
             ++at;
@@ -78,27 +73,27 @@ bool STLPlainRow::readBetweenBlanks(std::string_view line, std::span<std::string
             return c == m_taken.size();
         if (c == m_taken.size() || !beginsNumber(*at))
             return false;
-        const char* const from = at;
-        if (m_taken[c] == 0)
-            passCell(at, end);
-        else
-            takeCell(at, end, values, taken, unread);
+        cells[c] = takeCell(at, end, c, into);
         // Signs of a sentence behind a number are none of it.
         if (at[-1] == ',' || at[-1] == ':')
             return false;
-        cells[c] = {from, static_cast<std::size_t>(at - from)};
     }
 }
 
-// Of the column that is the `taken`-th of those whose values are wanted, and goes on to the next one.
-void STLPlainRow::takeCell(const char*& at, const char* end, std::span<float> values, std::size_t& taken,
-                           std::vector<std::size_t>& unread) const
+// The cell of a column that begins at `at`, which is left behind it.
+std::string_view STLPlainRow::takeCell(const char*& at, const char* end, std::size_t column,
+                                       Taken& into) const
 {
-    if (!takeNumber(at, end, values[taken])) {
+    const char* const from = at;
+    const bool isNumber = m_taken[column] != 0 && takeNumber(at, end, into.values[into.count]);
+    if (!isNumber)
         passCell(at, end);
-        unread.push_back(taken);
+    if (m_taken[column] != 0) {
+        if (!isNumber)
+            into.unread.push_back(into.count);
+        ++into.count;
     }
-    ++taken;
+    return {from, static_cast<std::size_t>(at - from)};
 }
 
 // Leaves `at` anywhere in the cell where it holds no plain number.

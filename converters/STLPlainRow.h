@@ -25,12 +25,18 @@ public:
               std::vector<std::size_t>& unread) const;
 
 private:
+    // Where the numbers of a row go.
+    struct Taken
+    {
+        std::span<float> values;
+        std::vector<std::size_t>& unread;
+        std::size_t count = 0;
+    };
     bool readSeparated(std::string_view line, std::span<std::string_view> cells, std::span<float> values,
                        std::vector<std::size_t>& unread) const;
     bool readBetweenBlanks(std::string_view line, std::span<std::string_view> cells, std::span<float> values,
                            std::vector<std::size_t>& unread) const;
-    void takeCell(const char*& at, const char* end, std::span<float> values, std::size_t& taken,
-                  std::vector<std::size_t>& unread) const;
+    std::string_view takeCell(const char*& at, const char* end, std::size_t column, Taken& into) const;
     bool takeNumber(const char*& at, const char* end, float& value) const;
     void passCell(const char*& at, const char* end) const;
     bool endsCell(char c) const { return c == m_separator || (m_separator == ' ' && c == '\t'); }

@@ -293,8 +293,7 @@ std::string importDoubt(const STLFormat& format, const STLCheck& found)
                "it so?";
     if (format.dateUnread)
         return "Something like a date stands before the times, but it is not understood: only the time of "
-               "day is "
-               "read.\nImport it so?";
+               "day is read.\nImport it so?";
     if (format.namesAsked)
         return "The names of the columns are in doubt.\n" + namesDoubt(format) + "\nImport it so?";
     if (format.orderInDoubt && !format.orderBySteps)

@@ -208,10 +208,6 @@ std::uint64_t firstEmptyRow(const STLSample& sample, const STLFormat& format, st
     return dataLine;
 }
 
-}  // namespace
-
-namespace {
-
 // Whether another line has as many cells, and numbers among them.
 bool isCountAgain(const STLSample& sample, const STLFormat& format, const STLLine& line, std::size_t count)
 {

@@ -14,6 +14,8 @@ namespace veltrac {
 
 namespace {
 
+constexpr const char* kZoneWords[] = {"zone", "utc", "gmt"};
+
 bool countsToTwelve(const STLFormat& format, const std::vector<STLRow>& rows)
 {
     const std::string text =
@@ -209,6 +211,37 @@ int clockColumn(const STLFormat& format, const std::vector<STLRow>& data)
     return -1;
 }
 
+// Whether a column's name says zone.
+bool namesZone(const std::string& name)
+{
+    const std::string lower = lowered(name);
+    return lower == "tz" || std::any_of(std::begin(kZoneWords), std::end(kZoneWords), [&](const char* word) {
+               return lower.find(word) != std::string::npos;
+           });
+}
+
+// Whether cells that can be zones and are numbers, too, are no measured ones: "-11" is a temperature, "-1000"
+// may be one. Zones have four digits that tell quarters of an hour, and there are no more than two of them,
+// since the clock is set.
+bool areZones(const STLColumn& column, const std::vector<STLRow>& data, std::size_t c)
+{
+    constexpr std::size_t kSignAndDigits = 5;
+    const bool named = namesZone(column.name);
+    std::vector<std::string_view> known;
+    for (const STLRow& row : data) {
+        const STLToken& cell = row.cells[c];
+        if (cell.kind != STLKind::Number || named)
+            continue;
+        const bool written =
+            cell.text.size() == kSignAndDigits && (cell.text.front() == '+' || cell.text[1] == '0');
+        if (!column.name.empty() || !written || std::lround(cell.value) % 100 % 15 != 0)
+            return false;
+        if (std::find(known.begin(), known.end(), cell.text) == known.end())
+            known.push_back(cell.text);
+    }
+    return known.size() <= 2;
+}
+
 // The column behind a stamp or a time that tells its zone in each row; -1 where there is none.
 int zoneColumn(const STLFormat& format, const std::vector<STLRow>& data)
 {
@@ -218,7 +251,7 @@ int zoneColumn(const STLFormat& format, const std::vector<STLRow>& data)
                          const std::string_view text = row.cells[c].text;
                          return text.size() > 2 && readStampTail(text).has_value();
                      });
-    return all ? static_cast<int>(c) : -1;
+    return all && areZones(format.columns[c], data, c) ? static_cast<int>(c) : -1;
 }
 
 // Whether what stands before the times begins like a date: "2026-326".

@@ -1,7 +1,7 @@
 // Notices that files have been changed, replaced or removed by others.
 //
 // The system tells of it; where it cannot (network drives, too many watches, a file that is gone and may come
-// back), the files are looked at every two seconds.
+// back), the files are looked at every second.
 #pragma once
 
 #include <QDateTime>

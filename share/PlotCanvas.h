@@ -33,7 +33,6 @@
 #include "share/PlotOutput.h"
 
 class QMenu;
-
 class QMenuBar;
 
 class PlotCanvas : public veltrac::PlotOutput

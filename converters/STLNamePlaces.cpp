@@ -84,6 +84,12 @@ bool isNear(std::size_t a, std::size_t b)
 
 }  // namespace
 
+bool areSetOut(std::string_view line)
+{
+    return line.starts_with(' ') || line.find("  ") != std::string_view::npos ||
+           line.find('\t') != std::string_view::npos;
+}
+
 std::vector<std::string_view> namesByPlace(std::string_view line, const std::vector<STLRow>& data,
                                            const STLFormat& format)
 {
@@ -95,6 +101,7 @@ std::vector<std::string_view> namesByPlace(std::string_view line, const std::vec
     std::vector<std::string_view> names(columns);
     std::optional<std::size_t> before;
     std::size_t named = 0;
+    std::size_t words = 0;
     for (std::size_t from = line.find_first_not_of(blanks); from != std::string_view::npos;) {
         const std::size_t end = std::min(line.find_first_of(blanks, from), line.size());
         const std::string_view word = line.substr(from, end - from);
@@ -111,8 +118,13 @@ std::vector<std::string_view> namesByPlace(std::string_view line, const std::vec
             ++named;
         }
         before = g;
+        ++words;
         from = line.find_first_not_of(blanks, end);
     }
+    // Words a blank apart that are one short: names of the columns behind one of row names, wherever they
+    // stand.
+    if (words + 1 == columns && !areSetOut(line))
+        return {};
     const auto aligned =
         static_cast<std::size_t>(std::count_if(groups.begin(), groups.end(), [&](const Group& group) {
             const std::string_view name = names[group.column];

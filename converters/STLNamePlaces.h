@@ -8,9 +8,13 @@
 
 namespace veltrac {
 
+// Whether words stand in columns: single blanks alone, as between those of a program that does not count
+// them, do not tell.
+bool areSetOut(std::string_view line);
+
 // The name of each column, empty for those that have none: the words of `line` that stand above it, one blank
 // apart. Columns whose cells reach below each other's share a name, which the first one bears. Nothing where
-// the words do not begin or end where columns do.
+// the words do not begin or end where columns do, nor where they are one short and single blanks part them.
 std::vector<std::string_view> namesByPlace(std::string_view line, const std::vector<STLRow>& data,
                                            const STLFormat& format);
 

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <map>
+#include <set>
 
 #include "converters/STLHead.h"
 #include "converters/STLNamePlaces.h"
@@ -313,17 +315,22 @@ bool namesRows(const STLFormat& format, const std::vector<STLRow>& data)
     return data.size() > 1;
 }
 
-// Whether the names, one short, can belong to the columns behind the first one: its cells are no measured
-// numbers, or all stand in quotes.
+// Whether the names, one short, can belong to the columns behind the first one: its cells are whole numbers,
+// each another one, and rise where the names are set out in columns; or they are no numbers, or all stand in
+// quotes.
 bool mayHaveRowNames(std::string_view line, const STLFormat& format, const std::vector<STLRow>& data)
 {
     if (format.columns.front().kind != STLKind::Number || line.find('"') != std::string_view::npos)
         return true;
-    for (std::size_t i = 0; i < data.size(); ++i) {
-        const STLToken& cell = data[i].cells[0];
-        const bool rises = i == 0 || cell.value > data[i - 1].cells[0].value;
-        if (cell.kind != STLKind::Number || cell.value != std::floor(cell.value) || !rises)
+    const bool areSet = areSetOut(line);
+    std::set<double> known;
+    double before = -std::numeric_limits<double>::infinity();
+    for (const STLRow& row : data) {
+        const STLToken& cell = row.cells[0];
+        const bool fits = areSet ? cell.value > before : known.insert(cell.value).second;
+        if (cell.kind != STLKind::Number || cell.value != std::floor(cell.value) || !fits)
             return false;
+        before = cell.value;
     }
     return true;
 }

@@ -19,6 +19,7 @@
 #include "core/HeaderTexts.h"
 #include "core/NumberTexts.h"
 #include "core/SafeChange.h"
+#include "core/TSFILE.h"
 #include "core/TsHeader.h"
 #include "core/Variable.h"
 

@@ -16,6 +16,7 @@
 #include "core/ColumnCopy.h"
 #include "core/LocalTime.h"
 #include "core/SafeChange.h"
+#include "core/TSFILE.h"
 #include "core/TextNumbers.h"
 #include "core/Utf8.h"
 #include "core/WorkerPool.h"

@@ -35,6 +35,7 @@
 #include "core/Interval.h"
 #include "core/PlotFile.h"
 #include "core/Rebuild.h"
+#include "core/TSFILE.h"
 #include "core/TsNames.h"
 #include "formula/EditTsWin1.h"
 #include "formula/EditVariable.h"

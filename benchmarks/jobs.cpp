@@ -94,6 +94,28 @@ void integral(benchmark::State& state)
         integrate(source, work, Steps::Equal, {});
 }
 
+// The sum of the areas with what it rounds away, in memory: one addition waits for the other.
+void integralSums(benchmark::State& state)
+{
+    std::vector<float> samples(1 << 15, 1.0F);
+    for (auto _ : state) {
+        double sum = 0.0;
+        double lost = 0.0;
+        float before = 0.0F;
+        for (std::size_t done = 0; done < kSamples; done += samples.size()) {
+            for (float& sample : samples) {
+                const double area = (static_cast<double>(before) + static_cast<double>(sample)) * 0.0005;
+                const double next = sum + area;
+                lost += std::fabs(sum) >= std::fabs(area) ? (sum - next) + area : (area - next) + sum;
+                sum = next;
+                before = sample;
+                sample = static_cast<float>(sum + lost);
+            }
+            benchmark::DoNotOptimize(samples.data());
+        }
+    }
+}
+
 // The input read, input and output written.
 void filterTransfers(benchmark::State& state)
 {
@@ -191,6 +213,7 @@ BENCHMARK(scan)->Unit(benchmark::kMillisecond);
 BENCHMARK(calculusFloor)->Unit(benchmark::kMillisecond);
 BENCHMARK(derivative)->Unit(benchmark::kMillisecond);
 BENCHMARK(integral)->Unit(benchmark::kMillisecond);
+BENCHMARK(integralSums)->Unit(benchmark::kMillisecond);
 BENCHMARK(filterTransfers)->Unit(benchmark::kMillisecond);
 BENCHMARK(filterCascade)->Unit(benchmark::kMillisecond);
 BENCHMARK(filterJob)->Unit(benchmark::kMillisecond);

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "converters/STLObject.h"
+#include "core/TsHeader.h"
 
 using namespace veltrac;
 

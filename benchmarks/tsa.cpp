@@ -14,6 +14,7 @@
 
 #include "converters/TsaExport.h"
 #include "converters/TsaImport.h"
+#include "core/TSFILE.h"
 #include "core/TsNames.h"
 
 using namespace veltrac;

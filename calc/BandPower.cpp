@@ -6,6 +6,7 @@
 
 #include "calc/SpectrumPlan.h"
 #include "core/ColumnCopy.h"
+#include "core/TSFILE.h"
 
 namespace veltrac {
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "core/HeaderTexts.h"
+#include "core/TSFILE.h"
 #include "core/Variable.h"
 
 namespace veltrac {

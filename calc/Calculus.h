@@ -8,7 +8,8 @@
 #include "core/ColumnCopy.h"
 #include "core/Progress.h"
 #include "core/SourceColumn.h"
-#include "core/TSFILE.h"
+
+class TSFILE;
 
 namespace veltrac {
 

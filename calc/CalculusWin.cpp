@@ -15,6 +15,7 @@
 #include "core/ColumnCopy.h"
 #include "core/NumberTexts.h"
 #include "core/ScratchFile.h"
+#include "core/TSFILE.h"
 #include "core/TsExceptions.h"
 #include "core/TsHeader.h"
 #include "core/TsNames.h"

@@ -11,6 +11,7 @@
 #include "calc/SpectrumSamples.h"
 #include "core/ColumnCopy.h"
 #include "core/HeaderTexts.h"
+#include "core/TSFILE.h"
 #include "core/Utf8.h"
 #include "core/Variable.h"
 

@@ -17,7 +17,8 @@
 
 #include "calc/SpectrumRequest.h"
 #include "core/Progress.h"
-#include "core/TSFILE.h"
+
+class TSFILE;
 
 namespace veltrac {
 

@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "calc/SpectrumScale.h"
+#include "core/TSFILE.h"
 
 namespace veltrac {
 

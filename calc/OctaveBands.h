@@ -9,7 +9,8 @@
 #include <vector>
 
 #include "calc/SpectrumPlan.h"
-#include "core/TSFILE.h"
+
+class TSFILE;
 
 namespace veltrac {
 

@@ -13,6 +13,7 @@
 
 #include "calc/SpectrumTexts.h"
 #include "core/NumberTexts.h"
+#include "core/TSFILE.h"
 #include "core/TsExceptions.h"
 #include "core/TsNames.h"
 #include "core/Variable.h"

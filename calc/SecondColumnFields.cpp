@@ -14,6 +14,7 @@
 #include "calc/SpectrumPlan.h"
 #include "calc/SpectrumTexts.h"
 #include "core/NumberTexts.h"
+#include "core/TSFILE.h"
 #include "core/TsExceptions.h"
 #include "core/TsNames.h"
 #include "share/NumberField.h"

@@ -8,7 +8,8 @@
 
 #include "calc/SpectrumRequest.h"
 #include "calc/SpectrumSamples.h"
-#include "core/TSFILE.h"
+
+class TSFILE;
 
 namespace veltrac {
 

@@ -13,6 +13,7 @@
 #include "core/FileTime.h"
 #include "core/HeaderTexts.h"
 #include "core/NumberTexts.h"
+#include "core/TSFILE.h"
 #include "core/Utf8.h"
 #include "core/Variable.h"
 

@@ -4,6 +4,7 @@
 
 #include "core/ColumnCopy.h"
 #include "core/HeaderTexts.h"
+#include "core/TSFILE.h"
 #include "core/Variable.h"
 
 namespace veltrac {

@@ -13,6 +13,7 @@
 #include "calc/SpectrumScale.h"
 #include "calc/WindowShape.h"
 #include "core/ColumnCopy.h"
+#include "core/TSFILE.h"
 
 namespace veltrac {
 

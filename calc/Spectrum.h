@@ -10,7 +10,8 @@
 #include "calc/SpectrumPlan.h"
 #include "calc/SpectrumRequest.h"
 #include "core/Progress.h"
-#include "core/TSFILE.h"
+
+class TSFILE;
 
 namespace veltrac {
 

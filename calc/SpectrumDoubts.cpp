@@ -10,6 +10,7 @@
 #include "calc/SpectrumTexts.h"
 #include "core/HeaderTexts.h"
 #include "core/NumberTexts.h"
+#include "core/TSFILE.h"
 
 namespace veltrac {
 

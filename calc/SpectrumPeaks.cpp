@@ -11,6 +11,7 @@
 #include "calc/PeakSearch.h"
 #include "calc/SpectrumPlan.h"
 #include "calc/WindowShape.h"
+#include "core/TSFILE.h"
 
 namespace veltrac {
 

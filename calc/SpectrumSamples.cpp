@@ -7,6 +7,7 @@
 
 #include "core/ColumnCopy.h"
 #include "core/FileTime.h"
+#include "core/TSFILE.h"
 
 namespace veltrac {
 

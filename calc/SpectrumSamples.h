@@ -1,12 +1,14 @@
 // The samples of a spectrum: reading, missing values, trend.
 #pragma once
 
+#include <cstdint>
 #include <span>
 #include <vector>
 
 #include "calc/SpectrumRequest.h"
 #include "core/Progress.h"
-#include "core/TSFILE.h"
+
+class TSFILE;
 
 namespace veltrac {
 

@@ -9,6 +9,7 @@
 #include "calc/WindowShape.h"
 #include "core/HeaderTexts.h"
 #include "core/NumberTexts.h"
+#include "core/TSFILE.h"
 #include "core/Utf8.h"
 #include "core/Variable.h"
 

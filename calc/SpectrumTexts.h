@@ -5,7 +5,8 @@
 #include <string>
 
 #include "calc/SpectrumRequest.h"
-#include "core/TSFILE.h"
+
+class TSFILE;
 
 namespace veltrac {
 

@@ -5,6 +5,7 @@
 #include "cli/ResultTarget.h"
 #include "cli/Verbs.h"
 #include "core/ColumnCopy.h"
+#include "core/TSFILE.h"
 #include "core/TsNames.h"
 
 namespace veltrac {

@@ -5,6 +5,7 @@
 
 #include "cli/Options.h"
 #include "cli/Verb.h"
+#include "core/TSFILE.h"
 #include "core/TsNames.h"
 #include "filter/CharacteristicPlot.h"
 #include "share/PlotPainter.h"

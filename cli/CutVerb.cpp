@@ -13,6 +13,7 @@
 #include "core/PlotFile.h"
 #include "core/Rebuild.h"
 #include "core/SafeChange.h"
+#include "core/TSFILE.h"
 #include "core/TsNames.h"
 
 namespace veltrac {

@@ -7,6 +7,7 @@
 #include "cli/Verbs.h"
 #include "converters/TsaExport.h"
 #include "core/NumberTexts.h"
+#include "core/TSFILE.h"
 #include "core/TsNames.h"
 
 namespace veltrac {

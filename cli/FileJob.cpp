@@ -12,6 +12,7 @@
 #include "cli/StopSignals.h"
 #include "core/FailureText.h"
 #include "core/ScratchFile.h"
+#include "core/TSFILE.h"
 #include "core/TsExceptions.h"
 #include "core/TsHeader.h"
 #include "core/TsNames.h"

@@ -10,6 +10,7 @@
 #include "cli/Verb.h"
 #include "core/FileTime.h"
 #include "core/HeaderTexts.h"
+#include "core/TSFILE.h"
 #include "core/Utf8.h"
 #include "core/WallClock.h"
 

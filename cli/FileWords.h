@@ -7,7 +7,8 @@
 #include <vector>
 
 #include "core/SampleRange.h"
-#include "core/TSFILE.h"
+
+class TSFILE;
 
 namespace veltrac {
 

@@ -3,6 +3,7 @@
 #include "cli/ResultTarget.h"
 #include "cli/Verbs.h"
 #include "core/NumberTexts.h"
+#include "core/TSFILE.h"
 #include "core/TsNames.h"
 #include "filter/FilterRun.h"
 

@@ -9,6 +9,7 @@
 #include "core/HeaderTexts.h"
 #include "core/NumberTexts.h"
 #include "core/Rebuild.h"
+#include "core/TSFILE.h"
 #include "core/TsExceptions.h"
 #include "core/TsNames.h"
 #include "formula/Calculation.h"

@@ -7,6 +7,7 @@
 #include "converters/TimeStamps.h"
 #include "core/HeaderTexts.h"
 #include "core/SafeChange.h"
+#include "core/TSFILE.h"
 #include "core/TsHeader.h"
 #include "core/TsNames.h"
 #include "core/Utf8.h"

@@ -8,6 +8,7 @@
 #include "core/FileTime.h"
 #include "core/HeaderTexts.h"
 #include "core/NumberTexts.h"
+#include "core/TSFILE.h"
 #include "core/Variable.h"
 
 namespace veltrac {

@@ -13,6 +13,7 @@
 #include "core/Rebuild.h"
 #include "core/SafeChange.h"
 #include "core/SourceColumn.h"
+#include "core/TSFILE.h"
 #include "core/TsNames.h"
 
 namespace veltrac {

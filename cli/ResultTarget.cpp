@@ -7,6 +7,7 @@
 #include "core/FailureText.h"
 #include "core/NumberTexts.h"
 #include "core/SafeChange.h"
+#include "core/TSFILE.h"
 #include "core/TsHeader.h"
 #include "core/TsNames.h"
 #include "filter/SaveResults.h"

@@ -9,7 +9,8 @@
 #include "cli/FileWords.h"
 #include "cli/Verb.h"
 #include "core/SourceColumn.h"
-#include "core/TSFILE.h"
+
+class TSFILE;
 
 namespace veltrac {
 

@@ -13,6 +13,7 @@
 #include "converters/ColumnTexts.h"
 #include "core/NumberTexts.h"
 #include "core/SafeChange.h"
+#include "core/TSFILE.h"
 #include "core/TsHeader.h"
 #include "core/TsNames.h"
 #include "core/Utf8.h"

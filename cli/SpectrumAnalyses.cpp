@@ -14,6 +14,7 @@
 #include "cli/Options.h"
 #include "core/NumberTexts.h"
 #include "core/SafeChange.h"
+#include "core/TSFILE.h"
 #include "core/TsNames.h"
 
 namespace veltrac {

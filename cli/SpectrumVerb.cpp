@@ -15,6 +15,7 @@
 #include "core/FailureText.h"
 #include "core/NumberTexts.h"
 #include "core/SafeChange.h"
+#include "core/TSFILE.h"
 #include "core/TsExceptions.h"
 #include "core/TsNames.h"
 #include "core/Variable.h"

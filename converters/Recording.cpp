@@ -20,6 +20,7 @@
 #include "core/FileTime.h"
 #include "core/NumberTexts.h"
 #include "core/RingWriter.h"
+#include "core/TSFILE.h"
 #include "core/TsNames.h"
 
 namespace veltrac {

@@ -11,6 +11,7 @@
 #include "converters/ColumnTexts.h"
 #include "converters/STLWriter.h"
 #include "core/SafeChange.h"
+#include "core/TSFILE.h"
 #include "core/TsNames.h"
 #include "core/Utf8.h"
 

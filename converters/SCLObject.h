@@ -1,6 +1,7 @@
 // Single column logs on their way to a ts-file: each file becomes a column.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -11,7 +12,8 @@
 #include "converters/SCLSource.h"
 #include "converters/STLCheck.h"
 #include "core/Progress.h"
-#include "core/TSFILE.h"
+
+class TSFILE;
 
 namespace veltrac {
 

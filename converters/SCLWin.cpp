@@ -10,6 +10,7 @@
 #include "converters/SCLFileList.h"
 #include "converters/SCLPreview.h"
 #include "core/NumberTexts.h"
+#include "core/TsHeader.h"
 #include "core/TsNames.h"
 #include "share/Boxes.h"
 #include "share/Resources.h"

@@ -1,12 +1,14 @@
 #include "converters/STLDetect.h"
 
 #include <algorithm>
+#include <set>
 
 #include "converters/STLClock.h"
 #include "converters/STLHead.h"
 #include "converters/STLNames.h"
 #include "converters/STLReading.h"
 #include "converters/STLSample.h"
+#include "converters/STLTables.h"
 #include "converters/STLTimeGuess.h"
 #include "core/Utf8.h"
 
@@ -71,7 +73,7 @@ STLEvidence evidenceOf(const STLReading& reading, const STLFormat& format, const
     if (first < sample.head.size())
         evidence.firstRow = shownCells(sample.head[first].text, format.cells, format.encoding);
     evidence.namesLine = format.namesLine;
-    evidence.namesMatch = format.namesLine != 0 && !format.namesInDoubt &&
+    evidence.namesMatch = (format.namesLine != 0 || format.namesListed) && !format.namesInDoubt &&
                           (format.unmatchedLine == 0 || format.unmatchedLine == format.namesLine);
     weighTimes(evidence, format, data);
     return evidence;
@@ -89,6 +91,18 @@ double scoreOf(const STLReading& reading, const STLFormat& format)
                                                                             : kNone;
     const double times = evidence.timeColumn < 0 ? kNone : evidence.timesGoOneWay ? evidence.times : kInPart;
     return reading.score * names * times;
+}
+
+// Takes the rows of other tables out of those that are looked at.
+void leaveOtherTables(STLFormat& format, const STLSample& sample, std::vector<STLRow>& data)
+{
+    const std::set<std::uint64_t> lines = otherTablesLines(sample, format);
+    if (lines.empty())
+        return;
+    std::erase_if(data, [&lines](const STLRow& row) { return lines.contains(row.line->number); });
+    const std::vector<STLKind> kinds = kindsOf(data, format.columns.size());
+    for (std::size_t c = 0; c < kinds.size(); ++c)
+        format.columns[c].kind = kinds[c];
 }
 
 STLFormat formatOf(const std::filesystem::path& file, const STLSample& sample, STLReading reading)
@@ -127,6 +141,9 @@ STLFormat formatOf(const std::filesystem::path& file, const STLSample& sample, S
         format.columns.emplace_back().kind = kind;
     guessNames(format, head, firstData);
     guessNamesAbove(format, sample, data);
+    guessListedNames(format, sample);
+    leaveOtherTables(format, sample, data);
+    findFactors(format, data);
     findSuffixes(format, data);
     dropNamesOfCells(format);
     guessNumericNames(format, head, firstData);
@@ -205,6 +222,7 @@ STLFormat detectFormat(const PlainText& text, char separator, char decimal)
 void takeNames(const PlainText& text, STLFormat& format)
 {
     const STLSample sample = readSample(text.path());
+    format.namesListed = false;
     for (STLColumn& column : format.columns) {
         column.heading.clear();
         column.name.clear();

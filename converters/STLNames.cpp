@@ -275,7 +275,7 @@ void guessNames(STLFormat& format, const std::vector<STLRow>& rows, std::size_t 
 
 void guessNumericNames(STLFormat& format, const std::vector<STLRow>& rows, std::size_t firstData)
 {
-    if (format.namesLine != 0 || firstData + 2 >= rows.size() ||
+    if (format.namesLine != 0 || format.namesListed || firstData + 2 >= rows.size() ||
         rows[firstData].line->number != format.firstDataLine)
         return;
     const STLRow& names = rows[firstData];

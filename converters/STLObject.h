@@ -4,6 +4,7 @@
 // keeps.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -15,7 +16,8 @@
 #include "converters/STLDetect.h"
 #include "converters/STLKeptRows.h"
 #include "core/Progress.h"
-#include "core/TSFILE.h"
+
+class TSFILE;
 
 namespace veltrac {
 

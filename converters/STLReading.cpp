@@ -67,7 +67,8 @@ STLReading scored(const STLSample& sample, const STLCells& cells)
         std::size_t endInSeparator = 0;
         std::size_t endInNumber = 0;
         std::size_t dates = 0;
-        std::size_t named = 0;  // begin with a text
+        std::size_t clocks = 0;  // dates and times
+        std::size_t named = 0;   // begin with a text
         std::size_t known = 0;
         std::size_t timed = 0;  // begin with a date or time that other words follow in the same cell
     };
@@ -98,6 +99,7 @@ STLReading scored(const STLSample& sample, const STLCells& cells)
             lines.worth += worth(number ? STLKind::Number : kind);
             lines.known += kind != STLKind::Text && kind != STLKind::Missing ? 1 : 0;
             lines.dates += kind == STLKind::Date || kind == STLKind::Stamp ? 1 : 0;
+            lines.clocks += kind == STLKind::Date || kind == STLKind::Stamp || kind == STLKind::Time ? 1 : 0;
         }
     }
     STLReading reading{cells.separator, cells.decimal, cells.grouping};
@@ -109,9 +111,12 @@ STLReading scored(const STLSample& sample, const STLCells& cells)
         const double typed = lines.worth / static_cast<double>(lines.count * count);
         const double share = static_cast<double>(lines.count) / static_cast<double>(looked);
         // Dates alone are no values: their parts may be cells.
-        const double single = lines.dates * 2 > lines.count ? kSingleDateFactor : kSingleCellFactor;
+        const double factor = (count == 1 ? lines.dates * 2 > lines.count : lines.clocks == lines.known)
+                                  ? kSingleDateFactor
+                              : count == 1 ? kSingleCellFactor
+                                           : 1.0;
         const double hidden = lines.timed * 2 > lines.count ? kHiddenTimeFactor : 1.0;
-        const double score = share * typed * hidden * (count == 1 ? single : 1.0);
+        const double score = share * typed * hidden * factor;
         if (score > reading.score)
             reading = {cells.separator, cells.decimal, cells.grouping, count, score, share, typed};
     }

@@ -18,6 +18,7 @@
 #include "converters/STLResultFields.h"
 #include "converters/STLTextFields.h"
 #include "converters/STLTimeFields.h"
+#include "core/TsHeader.h"
 #include "core/TsNames.h"
 #include "share/JobProgress.h"
 #include "share/Resources.h"

@@ -5,6 +5,8 @@
 #include <cmath>
 #include <limits>
 
+#include "core/TSFILE.h"
+
 namespace veltrac {
 
 namespace {

@@ -2,12 +2,14 @@
 // at equal steps; the oldest row first.
 #pragma once
 
+#include <cstdint>
 #include <span>
 #include <vector>
 
 #include "converters/STLCheck.h"
 #include "core/Progress.h"
-#include "core/TSFILE.h"
+
+class TSFILE;
 
 namespace veltrac {
 

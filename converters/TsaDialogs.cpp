@@ -13,6 +13,7 @@
 #include "converters/ImportTexts.h"
 #include "converters/TsaExport.h"
 #include "converters/TsaImport.h"
+#include "core/TSFILE.h"
 #include "core/TsExceptions.h"
 #include "core/TsNames.h"
 #include "portal/TsApplication.h"

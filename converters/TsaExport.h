@@ -5,7 +5,8 @@
 #include <filesystem>
 
 #include "core/Progress.h"
-#include "core/TSFILE.h"
+
+class TSFILE;
 
 struct TsaExportReport
 {

@@ -11,6 +11,7 @@
 #include <system_error>
 
 #include "core/DiskSync.h"
+#include "core/TSFILE.h"
 
 namespace veltrac {
 

@@ -5,15 +5,18 @@
 // and readOldValues() and restoreOldValues() bring them back later. docs/ts-file.md tells the file's format.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <iosfwd>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "core/Progress.h"
 #include "core/ScratchFile.h"
-#include "core/TSFILE.h"
+
+class TSFILE;
 
 namespace veltrac {
 

@@ -7,6 +7,7 @@
 
 #include "core/Rebuild.h"
 #include "core/SafeChange.h"
+#include "core/TSFILE.h"
 #include "core/TsHeader.h"
 #include "core/TsNames.h"
 

@@ -8,6 +8,7 @@
 #include <cmath>
 
 #include "core/Characters.h"
+#include "core/TSFILE.h"
 #include "core/TimeUnits.h"
 #include "core/Variable.h"
 #include "core/WallClock.h"

@@ -11,7 +11,7 @@
 #include <string>
 #include <string_view>
 
-#include "core/TSFILE.h"
+class TSFILE;
 
 namespace veltrac {
 

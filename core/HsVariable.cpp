@@ -300,12 +300,16 @@ void HsVariable::takeLooseEnd(const Piece& piece, bool positiveOnly, Extremes& i
 {
     const PlotSource& source = *m_variable.source();
     const std::uint32_t column = m_variable.column();
-    into.widen(positiveOnly ? positiveOf(source.run(column, piece.bucket), piece)
-                            : source.extremes(column, piece.bucket, piece.from, piece.to));
+    if (!positiveOnly)
+        source.widen(piece, {&column, 1}, {&into, 1});
+    else if (!piece.isEmpty())
+        into.widen(positiveOf(source.run(column, piece.bucket), piece));
 }
 
 void HsVariable::takeLooseEnd(const Piece& piece, bool positiveOnly, Summary& into) const
 {
+    if (piece.isEmpty())
+        return;
     const PlotSource::Run run = m_variable.source()->run(m_variable.column(), piece.bucket);
     const Summary end =
         positiveOnly ? positiveOf(run, piece)
@@ -325,35 +329,32 @@ Wanted HsVariable::collectFrom(const Pyramid& pyramid, bool positiveOnly, std::u
                                std::uint32_t last) const
 {
     Wanted all;
-    if (first > last)
-        return all;
-    const std::uint32_t bucket = m_variable.source()->bucketRows();
-    const std::uint32_t begin = first - 1;
-    const std::uint32_t end = last;
-    const std::uint32_t firstWhole = begin / bucket + (begin % bucket != 0 ? 1 : 0);
-    // The last bucket may be a short one: it is whole where the run ends with the rows.
-    const std::uint32_t endWhole =
-        end == m_variable.rows() ? static_cast<std::uint32_t>(pyramid.buckets()) : end / bucket;
-    if (firstWhole > endWhole || (firstWhole == endWhole && begin / bucket == (end - 1) / bucket)) {
-        takeLooseEnd({begin / bucket, begin % bucket, (end - 1) % bucket + 1}, positiveOnly, all);
-        return all;
-    }
-    if (begin % bucket != 0)
-        takeLooseEnd({firstWhole - 1, begin % bucket, bucket}, positiveOnly, all);
-    pyramid.collect(firstWhole, endWhole, all);
-    if (end != m_variable.rows() && end % bucket != 0)
-        takeLooseEnd({endWhole, 0, end % bucket}, positiveOnly, all);
+    const PlotSource::Pieces rows = m_variable.source()->pieces(first, last);
+    takeLooseEnd(rows.before, positiveOnly, all);
+    pyramid.collect(rows.begin, rows.end, all);
+    takeLooseEnd(rows.behind, positiveOnly, all);
     return all;
+}
+
+HsVariable::Range HsVariable::shown(const Extremes& raw) const
+{
+    if (raw.isEmpty())
+        return {};
+    const double a = m_variable.shown(raw.least);
+    const double b = m_variable.shown(raw.greatest);
+    return {std::min(a, b), std::max(a, b), false};
 }
 
 HsVariable::Range HsVariable::range(std::uint32_t first, std::uint32_t last) const
 {
-    const auto s = collect<Extremes>(first, last);
-    if (s.isEmpty())
-        return {};
-    const double a = m_variable.shown(s.least);
-    const double b = m_variable.shown(s.greatest);
-    return {std::min(a, b), std::max(a, b), false};
+    return shown(collect<Extremes>(first, last));
+}
+
+HsVariable::Range HsVariable::range(const PlotSource::Pieces& rows, const Extremes& looseEnds) const
+{
+    Extremes all = looseEnds;
+    m_all.collect(rows.begin, rows.end, all);
+    return shown(all);
 }
 
 HsVariable::Statistics HsVariable::statistics(std::uint32_t first, std::uint32_t last) const

@@ -53,6 +53,10 @@ public:
         bool empty = true;  // no finite value in it
     };
     Range range(std::uint32_t first, std::uint32_t last) const;
+    // The same of rows whose loose ends have been looked at: a picture does so for all variables of a source
+    // at once. Not where a log axis takes the values above 0 alone.
+    Range range(const veltrac::PlotSource::Pieces& rows, const veltrac::Extremes& looseEnds) const;
+    bool takesAll() const { return !usesPositive(); }
 
     struct Statistics
     {
@@ -85,13 +89,7 @@ private:
     void extend(std::uint32_t firstBucket, const float* values, std::size_t stride, std::size_t rows);
     bool needsPositive() const;
     bool counts(float raw) const;
-    // Rows within a bucket, counted from its first one, 0; `to` is the one behind the last.
-    struct Piece
-    {
-        std::uint32_t bucket;
-        std::uint32_t from;
-        std::uint32_t to;
-    };
+    using Piece = veltrac::PlotSource::Piece;
     void takeLooseEnd(const Piece& piece, bool positiveOnly, veltrac::Extremes& into) const;
     void takeLooseEnd(const Piece& piece, bool positiveOnly, veltrac::Summary& into) const;
     // The values above 0 among those of a piece.
@@ -103,6 +101,7 @@ private:
     Wanted collectFrom(const veltrac::Pyramid& pyramid, bool positiveOnly, std::uint32_t first,
                        std::uint32_t last) const;
     bool usesPositive() const { return m_logarithmic && needsPositive(); }
+    Range shown(const veltrac::Extremes& raw) const;
 
     Variable m_variable;
     veltrac::Pyramid m_all;

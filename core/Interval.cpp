@@ -8,6 +8,7 @@
 #include "core/ColumnCopy.h"
 #include "core/Rebuild.h"
 #include "core/SafeChange.h"
+#include "core/TSFILE.h"
 #include "core/TsNames.h"
 
 namespace veltrac {

@@ -11,10 +11,10 @@ namespace veltrac {
 
 namespace {
 
-constexpr int kSamplesAColumn = 2;    // up to so many are joined as they are
-constexpr int kColumnsTogether = 64;  // pixel columns of a variable that are walked at once
-constexpr double kOutside = 0.5;      // how far lines go beyond the square
-constexpr double kTolerance = 0.125;  // of a pixel, for the edge between two of them
+constexpr int kSamplesAColumn = 2;     // up to so many are joined as they are
+constexpr int kColumnsTogether = 256;  // pixel columns whose rows are looked at before they are drawn
+constexpr double kOutside = 0.5;       // how far lines go beyond the square
+constexpr double kTolerance = 0.125;   // of a pixel, for the edge between two of them
 
 // Joins points to runs.
 class Pen
@@ -112,13 +112,12 @@ public:
           m_pen(curve)
     {
         const XAxis& axis = plot.axis();
-        const std::uint32_t first = axis.rowFrom(m_variable, plot.x1());
+        m_first = axis.rowFrom(m_variable, plot.x1());
         m_last = axis.rowAt(m_variable, plot.x2());
-        m_next = first;
-        const std::uint64_t inView = m_last >= first ? m_last - first + 1 : 0;
+        const std::uint64_t inView = m_last >= m_first ? m_last - m_first + 1 : 0;
         m_many = inView > std::uint64_t{kSamplesAColumn} * static_cast<unsigned>(columns);
         if (!m_many) {
-            joinSamples(first, inView * static_cast<unsigned>(markerGap) <= static_cast<unsigned>(columns));
+            joinSamples(inView * static_cast<unsigned>(markerGap) <= static_cast<unsigned>(columns));
         } else if (curve.variable->isBuilt()) {
             curve.points.reserve(std::size_t{4} * static_cast<unsigned>(columns));
         } else {
@@ -128,24 +127,15 @@ public:
     }
 
     bool isMany() const noexcept { return m_many; }
-    // How much of x a bucket of the pyramid takes; no bound is known where each row has its own time.
-    double bucketWidth() const
-    {
-        const PlotSource& source = *m_variable.source();
-        return source.timeKind() == PlotSource::TimeKind::EachRow ? std::numeric_limits<double>::infinity()
-                                                                  : source.bucketRows() * source.step();
-    }
+    // In view: m_last lies before m_first where there are none.
+    std::uint32_t firstRow() const noexcept { return m_first; }
+    std::uint32_t lastRow() const noexcept { return m_last; }
+    Curve& curve() const noexcept { return m_curve; }
+    const Variable& variable() const noexcept { return m_variable; }
 
-    // The samples up to the right edge of a pixel column, whose middle is at `middle` of the width.
-    void column(double middle, double edge, double tolerance, bool isLast)
+    // The samples of a pixel column, whose middle is at `middle` of the width.
+    void stroke(double middle, const HsVariable::Range& range)
     {
-        const std::uint32_t end =
-            isLast ? m_last : std::min(m_last, m_plot.axis().rowNear(m_variable, edge, tolerance));
-        // A column without samples is no gap: the line goes on over it.
-        if (end < m_next)
-            return;
-        const HsVariable::Range range = m_curve.variable->range(m_next, end);
-        m_next = end + 1;
         if (range.empty) {
             m_pen.lift();
             return;
@@ -163,10 +153,10 @@ public:
 private:
     double height(double y) const { return (m_group.toScale(y) - m_low) * m_scale; }
 
-    void joinSamples(std::uint32_t first, bool withMarkers)
+    void joinSamples(bool withMarkers)
     {
         // One more on either side, so that the line leaves the view.
-        const std::uint32_t from = first > m_variable.firstRow() ? first - 1 : m_variable.firstRow();
+        const std::uint32_t from = m_first > m_variable.firstRow() ? m_first - 1 : m_variable.firstRow();
         const std::uint32_t to = std::min(m_last + 1, m_variable.rows());
         for (std::uint32_t row = from; row <= to; ++row) {
             const double x = m_plot.axis().xOf(m_variable, row);
@@ -193,27 +183,30 @@ private:
     double m_low;
     double m_scale;
     Pen m_pen;
-    std::uint32_t m_next = 1;
+    std::uint32_t m_first = 1;
     std::uint32_t m_last = 0;
     bool m_many = false;
     bool m_up = true;
 };
 
-// Runs a step of a curve; what fails there is the curve's own business.
-template <typename Step>
-bool guarded(Curve& curve, Step step)
+void fail(Curve& curve)
 {
-    try {
-        step();
-        return true;
-    } catch (const TS::Failure&) {
-        curve.failure = "cannot be read any more";
-        curve.unread = true;
-    }
+    curve.failure = "cannot be read any more";
+    curve.unread = true;
     curve.points.clear();
     curve.runEnds.clear();
     curve.markers.clear();
-    return false;
+}
+
+// Runs a step of a curve; what fails there is the curve's own business.
+template <typename Step>
+void guarded(Curve& curve, Step step)
+{
+    try {
+        step();
+    } catch (const TS::Failure&) {
+        fail(curve);
+    }
 }
 
 // Why a variable that can be read has nothing to show; empty where it has.
@@ -247,53 +240,140 @@ std::vector<Curve> emptyCurves(const Plot2D& plot)
     return curves;
 }
 
+// Where pixel columns end.
+struct PixelColumns
+{
+    PixelColumns(const Plot2D& plot, int count) : edges{plot.x1()}
+    {
+        edges.reserve(static_cast<std::size_t>(count) + 1);
+        for (int c = 0; c < count; ++c)
+            edges.push_back(plot.xAtFraction((c + 1.0) / count));
+    }
+    std::size_t count() const noexcept { return edges.size() - 1; }
+    double middle(std::size_t c) const
+    {
+        return (static_cast<double>(c) + 0.5) / static_cast<double>(count());
+    }
+
+    std::vector<double> edges;
+};
+
+// The curves whose samples stand at the same x: of one source, shifted alike. Their rows below a pixel column
+// are the same ones, and what fills no bucket of the pyramids is read once for all of them.
+class Neighbours
+{
+public:
+    Neighbours(const Plot2D& plot, const Tracer& first)
+        : m_axis(plot.axis()), m_variable(first.variable()), m_next(first.firstRow()), m_last(first.lastRow())
+    {
+    }
+
+    bool takes(const Tracer& tracer) const
+    {
+        return tracer.variable().source() == m_variable.source() &&
+               tracer.variable().timeShift == m_variable.timeShift;
+    }
+    void add(const Tracer& tracer)
+    {
+        m_tracers.push_back(tracer);
+        m_columns.push_back(tracer.variable().column());
+    }
+
+    void trace(const PixelColumns& pixels)
+    {
+        try {
+            for (std::size_t begin = 0; begin < pixels.count(); begin += kColumnsTogether) {
+                look(pixels, begin, std::min(pixels.count(), begin + kColumnsTogether));
+                for (std::size_t k = 0; k < m_tracers.size(); ++k)
+                    draw(pixels, k);
+            }
+            for (Tracer& tracer : m_tracers)
+                tracer.finish();
+        } catch (const TS::Failure&) {
+            for (Tracer& tracer : m_tracers)
+                fail(tracer.curve());
+        }
+    }
+
+private:
+    // The rows of a pixel column that has any.
+    struct Rows
+    {
+        std::size_t pixel;
+        std::uint32_t first;
+        std::uint32_t last;
+        PlotSource::Pieces pieces;
+    };
+
+    // Finds the rows of pixel columns begin to end - 1, and the extremes of their loose ends.
+    void look(const PixelColumns& pixels, std::size_t begin, std::size_t end)
+    {
+        const PlotSource& source = *m_variable.source();
+        m_rows.clear();
+        m_looseEnds.clear();
+        for (std::size_t c = begin; c < end; ++c) {
+            const double edge = pixels.edges[c + 1];
+            const double tolerance = (edge - pixels.edges[c]) * kTolerance;
+            const std::uint32_t last = c + 1 == pixels.count()
+                                           ? m_last
+                                           : std::min(m_last, m_axis.rowNear(m_variable, edge, tolerance));
+            // A column without samples is no gap: the line goes on over it.
+            if (last < m_next)
+                continue;
+            const Rows& rows = m_rows.emplace_back(Rows{c, m_next, last, source.pieces(m_next, last)});
+            m_next = last + 1;
+            m_looseEnds.resize(m_rows.size() * m_columns.size());
+            const auto looseEnds = std::span(m_looseEnds).last(m_columns.size());
+            source.widen(rows.pieces.before, m_columns, looseEnds);
+            source.widen(rows.pieces.behind, m_columns, looseEnds);
+        }
+    }
+
+    void draw(const PixelColumns& pixels, std::size_t k)
+    {
+        Tracer& tracer = m_tracers[k];
+        const HsVariable& v = *tracer.curve().variable;
+        const bool takesAll = v.takesAll();
+        for (std::size_t i = 0; i < m_rows.size(); ++i) {
+            const Rows& rows = m_rows[i];
+            tracer.stroke(pixels.middle(rows.pixel),
+                          takesAll ? v.range(rows.pieces, m_looseEnds[i * m_columns.size() + k])
+                                   : v.range(rows.first, rows.last));
+        }
+    }
+
+    const XAxis& m_axis;
+    const Variable& m_variable;
+    std::uint32_t m_next;
+    std::uint32_t m_last;
+    std::vector<Tracer> m_tracers;
+    std::vector<std::uint32_t> m_columns;
+    std::vector<Rows> m_rows;
+    std::vector<Extremes> m_looseEnds;  // of each of the rows, of each curve
+};
+
 }  // namespace
 
 std::vector<Curve> curvesOf(const Plot2D& plot, int columns, int markerGap)
 {
     std::vector<Curve> curves = emptyCurves(plot);
     columns = std::max(columns, 1);
-    struct Job
-    {
-        Curve* curve;
-        Tracer tracer;
-    };
-    std::vector<Job> jobs;
-    jobs.reserve(curves.size());
+    std::vector<Neighbours> groups;
     for (Curve& curve : curves) {
         if (!curve.failure.empty())
             continue;
         guarded(curve, [&] {
-            Tracer tracer(plot, plot.groups()[curve.group], curve, columns, markerGap);
-            if (tracer.isMany() && curve.failure.empty())
-                jobs.push_back({&curve, tracer});
+            const Tracer tracer(plot, plot.groups()[curve.group], curve, columns, markerGap);
+            if (!tracer.isMany() || !curve.failure.empty())
+                return;
+            const auto found = std::find_if(groups.begin(), groups.end(),
+                                            [&tracer](const Neighbours& g) { return g.takes(tracer); });
+            (found == groups.end() ? groups.emplace_back(plot, tracer) : *found).add(tracer);
         });
     }
-    std::vector<double> edges{plot.x1()};
-    edges.reserve(static_cast<std::size_t>(columns) + 1);
-    for (int c = 0; c < columns; ++c)
-        edges.push_back(plot.xAtFraction((c + 1.0) / columns));
-    const auto traceColumn = [&](Job& job, int c) {
-        const auto at = static_cast<std::size_t>(c);
-        job.tracer.column((c + 0.5) / columns, edges[at + 1], (edges[at + 1] - edges[at]) * kTolerance,
-                          c + 1 == columns);
-    };
-    // Pixel column by pixel column over all variables: those of one file share what is read at the edges.
-    // Where nothing is, a variable's pyramid is walked a while before the next one's.
-    const bool reads = std::any_of(jobs.begin(), jobs.end(), [&](const Job& job) {
-        return job.tracer.bucketWidth() > (edges[1] - edges[0]) * kTolerance;
-    });
-    const int together = reads ? 1 : kColumnsTogether;
-    for (int begin = 0; begin < columns; begin += together)
-        for (Job& job : jobs)
-            if (job.curve->failure.empty())
-                guarded(*job.curve, [&] {
-                    for (int c = begin; c < std::min(columns, begin + together); ++c)
-                        traceColumn(job, c);
-                });
-    for (Job& job : jobs)
-        if (job.curve->failure.empty())
-            job.tracer.finish();
+    const PixelColumns pixels(plot, columns);
+    for (Neighbours& group : groups)
+        group.trace(pixels);
     return curves;
 }
 

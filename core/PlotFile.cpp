@@ -9,6 +9,7 @@
 #include <system_error>
 
 #include "core/FileTime.h"
+#include "core/TSFILE.h"
 #include "core/TsExceptions.h"
 #include "core/TsNames.h"
 
@@ -25,6 +26,8 @@ PlotFile::PlotFile(std::string path) : m_path(std::move(path))
 {
     reload();
 }
+
+PlotFile::~PlotFile() = default;
 
 std::string PlotFile::name() const
 {
@@ -95,6 +98,16 @@ PlotFile::News PlotFile::follow()
     m_stamp = stampOf(m_path);
     rowsCame(newest - m_firstSample + 1);
     return News::Rows;
+}
+
+int PlotFile::descriptor() const noexcept
+{
+    return m_file->descriptor();
+}
+
+bool PlotFile::isRing() const
+{
+    return m_file->ringStart() != 0;
 }
 
 std::uint32_t PlotFile::bucketsToForget() const

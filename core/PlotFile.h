@@ -1,13 +1,15 @@
 // A ts-file as plots see it: opened for reading, the oldest row first, only rows that are really there.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <string>
 
 #include "core/FileIdentity.h"
 #include "core/PlotSource.h"
-#include "core/TSFILE.h"
+
+class TSFILE;
 
 namespace veltrac {
 
@@ -16,6 +18,7 @@ class PlotFile : public PlotSource
 public:
     // Opens the file of exactly that name. Throws as TSFILE's constructors.
     explicit PlotFile(std::string path);
+    ~PlotFile() override;
 
     const std::string& path() const noexcept { return m_path; }
     // The file name without its directory.
@@ -33,7 +36,7 @@ public:
     // it is gone, all is as it was.
     enum class News { None, Rows, Loaded, Gone, Cut };
     News follow();
-    bool isRing() const { return m_file->ringStart() != 0; }
+    bool isRing() const;
     // Rows of a followed ring that are gone and may be forgotten, in whole buckets; 0 until they are many.
     std::uint32_t bucketsToForget() const;
 
@@ -51,6 +54,8 @@ public:
     std::uint32_t missingRows() const noexcept { return m_missingRows; }
 
     TSFILE& file() const noexcept { return *m_file; }
+    // For callers that copy the whole file byte for byte; borrowed.
+    int descriptor() const noexcept;
 
     void readRows(std::uint32_t first, std::uint32_t count, float* out) const override;
 

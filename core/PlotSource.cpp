@@ -144,25 +144,44 @@ PlotSource::Run PlotSource::run(std::uint32_t column, std::uint32_t bucket) cons
     return {kept(0, bucket).values.data() + column - 1, m_columns, count};
 }
 
-Extremes PlotSource::extremes(std::uint32_t column, std::uint32_t bucket, std::uint32_t from,
-                              std::uint32_t to) const
+PlotSource::Pieces PlotSource::pieces(std::uint32_t first, std::uint32_t last) const
 {
-    const Asked rows{bucket, from, to};
-    const auto known = std::find_if(m_memory.extremes.begin(), m_memory.extremes.end(),
-                                    [&rows](const KeptExtremes& kept) { return kept.rows == rows; });
-    if (known != m_memory.extremes.end() && !known->columns.empty())
-        return known->columns[column - 1];
-    const Run wanted = run(column, bucket);
-    const float* const values = wanted.values + from * wanted.stride;
-    if (wanted.stride == 1)
-        return extremesOf(values, 1, to - from);
-    if (known == m_memory.extremes.end()) {
-        m_memory.extremes[m_memory.oldestExtremes++ % m_memory.extremes.size()] = {rows, {}};
-        return extremesOf(values, wanted.stride, to - from);
+    Pieces cut;
+    if (first > last)
+        return cut;
+    const std::uint32_t ahead = first - 1;
+    cut.begin = (ahead + m_bucketRows - 1) / m_bucketRows;
+    // The last bucket may be a short one: it is whole where the run ends with the rows.
+    cut.end = last == m_rows ? (last + m_bucketRows - 1) / m_bucketRows : last / m_bucketRows;
+    if (const std::uint32_t from = ahead % m_bucketRows; from != 0) {
+        const std::uint32_t bucket = cut.begin - 1;
+        cut.before = {bucket, from, std::min(m_bucketRows, last - bucket * m_bucketRows)};
     }
-    known->columns.resize(wanted.stride);
-    extremesOfColumns(values - (column - 1), to - from, known->columns);
-    return known->columns[column - 1];
+    // A run within one bucket has no more than that.
+    if (const std::uint32_t to = last % m_bucketRows; to != 0 && last != m_rows && cut.begin <= cut.end)
+        cut.behind = {cut.end, 0, to};
+    cut.end = std::max(cut.begin, cut.end);
+    return cut;
+}
+
+void PlotSource::widen(const Piece& piece, std::span<const std::uint32_t> columns,
+                       std::span<Extremes> into) const
+{
+    if (piece.isEmpty())
+        return;
+    const std::size_t rows = piece.to - piece.from;
+    // Of rows side by side four columns cost what one does.
+    if (m_columns > 1 && m_columns <= kWide && columns.size() * 4 >= m_columns) {
+        std::vector<Extremes> all(m_columns);
+        extremesOfColumns(run(1, piece.bucket).values + std::size_t{piece.from} * m_columns, rows, all);
+        for (std::size_t k = 0; k < columns.size(); ++k)
+            into[k].widen(all[columns[k] - 1]);
+        return;
+    }
+    for (std::size_t k = 0; k < columns.size(); ++k) {
+        const Run own = run(columns[k], piece.bucket);
+        into[k].widen(extremesOf(own.values + piece.from * own.stride, own.stride, rows));
+    }
 }
 
 const PlotSource::Kept* PlotSource::KeptRuns::find(std::uint32_t column, std::uint32_t bucket)
@@ -197,14 +216,14 @@ void PlotSource::KeptRuns::forget(std::uint32_t bucket)
 
 const PlotSource::Kept& PlotSource::kept(std::uint32_t column, std::uint32_t bucket) const
 {
-    if (const Kept* const known = m_memory.runs.find(column, bucket))
+    if (const Kept* const known = m_kept.find(column, bucket))
         return *known;
     const std::uint32_t count = rowsOf(bucket);
     const std::size_t floats = std::size_t{count} * (column == 0 ? m_columns : 1);
     const std::size_t most =
         std::clamp(kCacheFloats / std::max<std::size_t>(1, floats), kFewestRuns, kMostRuns);
     // Stands for no bucket until it is read.
-    Kept& fresh = m_memory.runs.place(most);
+    Kept& fresh = m_kept.place(most);
     fresh.bucket = kNoBucket;
     fresh.values.resize(floats);
     if (column == 0)
@@ -226,8 +245,7 @@ void PlotSource::rowsCame(std::uint32_t rows)
 {
     const std::uint32_t lastBucket = m_rows / m_bucketRows;
     m_rows = rows;
-    m_memory.runs.forget(lastBucket);
-    m_memory.extremes = {};
+    m_kept.forget(lastBucket);
 }
 
 void PlotSource::forgetBuckets(std::uint32_t buckets)
@@ -239,7 +257,7 @@ void PlotSource::forgetBuckets(std::uint32_t buckets)
     m_base += rows * m_dt;
     if (m_bucketTimes.size() >= buckets)
         m_bucketTimes.erase(m_bucketTimes.begin(), m_bucketTimes.begin() + buckets);
-    m_memory = {};
+    m_kept = {};
 }
 
 bool PlotSource::learnTimes(std::uint32_t first, std::uint32_t count, const float* rows)

@@ -5,10 +5,10 @@
 // a pixel's run, cost one read.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -63,9 +63,27 @@ public:
         std::size_t count = 0;
     };
     Run run(std::uint32_t column, std::uint32_t bucket) const;
-    // The extremes of its values `from` to `to` - 1 (counted from 0). Where several columns are asked for the
-    // same rows one after the other, as a picture does, those of all columns are found at once.
-    Extremes extremes(std::uint32_t column, std::uint32_t bucket, std::uint32_t from, std::uint32_t to) const;
+    // Rows of one bucket, counted from its first one, 0: `from` to `to` - 1.
+    struct Piece
+    {
+        std::uint32_t bucket = 0;
+        std::uint32_t from = 0;
+        std::uint32_t to = 0;
+
+        bool isEmpty() const noexcept { return from == to; }
+    };
+    // Rows first to last, cut where buckets end: whole buckets `begin` to `end` - 1, and what is before and
+    // behind them.
+    struct Pieces
+    {
+        Piece before;
+        std::uint32_t begin = 0;
+        std::uint32_t end = 0;
+        Piece behind;
+    };
+    Pieces pieces(std::uint32_t first, std::uint32_t last) const;
+    // Widens into[k] by the extremes of columns[k] in a piece.
+    void widen(const Piece& piece, std::span<const std::uint32_t> columns, std::span<Extremes> into) const;
 
     // `count` rows from row `first`, columns() values each.
     virtual void readRows(std::uint32_t first, std::uint32_t count, float* out) const = 0;
@@ -93,7 +111,7 @@ protected:
     // The source is not what it was.
     void forgetContents()
     {
-        m_memory = {};
+        m_kept = {};
         m_bucketTimes.clear();
         m_timesKnown = false;
         m_firstRow = 1;
@@ -137,34 +155,13 @@ private:
         std::size_t m_latest = 0;
         std::size_t m_nextVictim = 0;
     };
-    // The rows that were asked for last.
-    struct Asked
-    {
-        std::uint32_t bucket = 0;
-        std::uint32_t from = 0;
-        std::uint32_t to = 0;
-        bool operator==(const Asked&) const = default;
-    };
-    struct KeptExtremes
-    {
-        Asked rows;
-        std::vector<Extremes> columns;  // none as long as only one was asked for
-    };
-    // What was read last.
-    struct Memory
-    {
-        KeptRuns runs;
-        // The beginning and the end of a pixel's rows are asked for in turn.
-        std::array<KeptExtremes, 2> extremes;
-        std::size_t oldestExtremes = 0;
-    };
     const Kept& kept(std::uint32_t column, std::uint32_t bucket) const;
     std::uint32_t rowsOf(std::uint32_t bucket) const;
     std::uint32_t rowInSteps(double t) const;
     std::uint32_t rowByTimes(double t) const;
     std::uint32_t nearRow(double t, double tolerance) const;
 
-    mutable Memory m_memory;
+    mutable KeptRuns m_kept;
     std::vector<double> m_bucketTimes;  // of the first row of each bucket
     double m_lastTime = 0.0;
     bool m_timesKnown = false;

@@ -111,17 +111,14 @@ private:
     std::size_t m_count;
 };
 
-// Of four runs of values side by side, those that are finite.
-class FiniteExtremes
+// Of four runs of values side by side; what is no number is neither.
+class FourExtremes
 {
 public:
     void take(FourFloats v)
     {
-        const auto isFinite = v - v == FourFloats{};
-        const FourFloats low = isFinite ? v : m_least;
-        const FourFloats high = isFinite ? v : m_greatest;
-        m_least = low < m_least ? low : m_least;
-        m_greatest = high > m_greatest ? high : m_greatest;
+        m_least = v < m_least ? v : m_least;
+        m_greatest = v > m_greatest ? v : m_greatest;
     }
     Extremes lane(std::size_t k) const { return {m_least[k], m_greatest[k]}; }
 
@@ -129,6 +126,18 @@ private:
     FourFloats m_least = FourFloats{} + Extremes().least;
     FourFloats m_greatest = FourFloats{} + Extremes().greatest;
 };
+
+// Infinite values are left out: where one has come in, the finite ones are looked for.
+Extremes finiteOnes(const Extremes& all, const float* values, std::size_t stride, std::size_t n)
+{
+    if (all.least != -Extremes().least && all.greatest != -Extremes().greatest)
+        return all;
+    Extremes finite;
+    for (std::size_t i = 0; i < n; ++i)
+        if (const float v = values[i * stride]; std::isfinite(v))
+            finite.widen({v, v});
+    return finite;
+}
 
 }  // namespace
 
@@ -170,7 +179,7 @@ Summary summaryOf(const float* values, std::size_t stride, std::size_t n)
 
 Extremes extremesOf(const float* values, std::size_t stride, std::size_t n)
 {
-    FiniteExtremes all;
+    FourExtremes all;
     std::size_t i = 0;
     for (; i + kChains <= n; i += kChains) {
         const float* const from = values + i * stride;
@@ -178,11 +187,11 @@ Extremes extremesOf(const float* values, std::size_t stride, std::size_t n)
     }
     Extremes out;
     for (; i < n; ++i)
-        if (const float v = values[i * stride]; std::isfinite(v))
+        if (const float v = values[i * stride]; !std::isnan(v))
             out.widen({v, v});
     for (std::size_t chain = 0; chain < kChains; ++chain)
         out.widen(all.lane(chain));
-    return out;
+    return finiteOnes(out, values, stride, n);
 }
 
 void extremesOfColumns(const float* rows, std::size_t n, std::span<Extremes> columns)
@@ -191,12 +200,12 @@ void extremesOfColumns(const float* rows, std::size_t n, std::span<Extremes> col
     const std::size_t stride = columns.size();
     std::size_t c = 0;
     for (; c + kTogether <= stride; c += kTogether) {
-        FiniteExtremes all[4];
+        FourExtremes all[4];
         for (const float* row = rows + c; row < rows + n * stride; row += stride)
             for (std::size_t k = 0; k < 4; ++k)
                 all[k].take(vectorAt<FourFloats>(row + k * kChains));
         for (std::size_t k = 0; k < kTogether; ++k)
-            columns[c + k] = all[k / kChains].lane(k % kChains);
+            columns[c + k] = finiteOnes(all[k / kChains].lane(k % kChains), rows + c + k, stride, n);
     }
     for (; c < stride; ++c)
         columns[c] = extremesOf(rows + c, stride, n);

@@ -8,6 +8,7 @@
 #include "core/BlockFile.h"
 #include "core/FileLock.h"
 #include "core/SafeChange.h"
+#include "core/TSFILE.h"
 #include "core/TsExceptions.h"
 #include "core/TsNames.h"
 

@@ -4,11 +4,13 @@
 // its name in one step when it is complete and synced; until then the old file is untouched.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 
 #include "core/Progress.h"
-#include "core/TSFILE.h"
+
+class TSFILE;
 
 namespace veltrac {
 

@@ -10,6 +10,7 @@
 #include "core/NumberTexts.h"
 #include "core/PlotFile.h"
 #include "core/SafeChange.h"
+#include "core/TSFILE.h"
 #include "core/TsHeader.h"
 #include "core/TsNames.h"
 

@@ -10,7 +10,8 @@
 #include <vector>
 
 #include "core/Progress.h"
-#include "core/TSFILE.h"
+
+class TSFILE;
 
 namespace veltrac {
 

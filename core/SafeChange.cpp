@@ -14,6 +14,7 @@
 #include "core/BlockFile.h"
 #include "core/DiskSync.h"
 #include "core/FileLock.h"
+#include "core/TSFILE.h"
 #include "core/TsExceptions.h"
 #include "core/TsNames.h"
 

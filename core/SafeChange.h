@@ -12,7 +12,8 @@
 #include "core/ColumnBackup.h"
 #include "core/Progress.h"
 #include "core/ScratchFile.h"
-#include "core/TSFILE.h"
+
+class TSFILE;
 
 namespace veltrac {
 

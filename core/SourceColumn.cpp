@@ -5,6 +5,8 @@
 #include <cmath>
 #include <vector>
 
+#include "core/TSFILE.h"
+
 namespace veltrac {
 
 SourceColumn::SourceColumn(TSFILE& file, std::uint32_t column, std::uint32_t first, std::uint32_t last)

@@ -6,7 +6,8 @@
 #include <span>
 
 #include "core/FileTime.h"
-#include "core/TSFILE.h"
+
+class TSFILE;
 
 namespace veltrac {
 

@@ -5,6 +5,7 @@
 #include <system_error>
 
 #include "core/FileTime.h"
+#include "core/TSFILE.h"
 #include "core/TsNames.h"
 
 namespace veltrac {

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "core/Characters.h"
+#include "core/TSFILE.h"
 #include "core/TsExceptions.h"
 
 namespace veltrac {

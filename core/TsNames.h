@@ -3,10 +3,11 @@
 // very name that the directory or the user gave.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 
-#include "core/TSFILE.h"
+class TSFILE;
 
 namespace veltrac {
 

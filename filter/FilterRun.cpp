@@ -11,6 +11,7 @@
 #include "core/ColumnCopy.h"
 #include "core/HeaderTexts.h"
 #include "core/Rebuild.h"
+#include "core/TSFILE.h"
 #include "core/Utf8.h"
 #include "core/Variable.h"
 #include "filter/FidRunner.h"

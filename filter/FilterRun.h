@@ -8,9 +8,10 @@
 
 #include "core/Progress.h"
 #include "core/SourceColumn.h"
-#include "core/TSFILE.h"
 #include "filter/FilterTypes.h"
 #include "filter/fid.h"
+
+class TSFILE;
 
 namespace veltrac {
 

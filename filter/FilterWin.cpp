@@ -9,6 +9,7 @@
 
 #include "core/NumberTexts.h"
 #include "core/SourceColumn.h"
+#include "core/TSFILE.h"
 #include "filter/CharacteristicPlot.h"
 #include "filter/FilterCharWin.h"
 #include "filter/FilterFields.h"

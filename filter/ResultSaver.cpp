@@ -10,6 +10,7 @@
 #include <system_error>
 
 #include "core/ColumnCopy.h"
+#include "core/TSFILE.h"
 #include "core/TsExceptions.h"
 #include "core/TsNames.h"
 #include "filter/SaveResultsDialog.h"

@@ -7,6 +7,7 @@
 #include "core/ColumnNames.h"
 #include "core/CopyFile.h"
 #include "core/Rebuild.h"
+#include "core/TSFILE.h"
 #include "core/TsNames.h"
 
 namespace veltrac {

@@ -6,7 +6,8 @@
 #include <string>
 
 #include "core/Progress.h"
-#include "core/TSFILE.h"
+
+class TSFILE;
 
 namespace veltrac {
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "core/ColumnCopy.h"
+#include "core/TSFILE.h"
 #include "filter/FidRunner.h"
 
 namespace veltrac {

@@ -10,8 +10,9 @@
 
 #include "core/Progress.h"
 #include "core/SourceColumn.h"
-#include "core/TSFILE.h"
 #include "filter/fid.h"
+
+class TSFILE;
 
 namespace veltrac {
 

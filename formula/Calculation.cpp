@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "core/FileTime.h"
+#include "core/TSFILE.h"
 #include "core/TsExceptions.h"
 #include "formula/BlockFormula.h"
 #include "formula/FormulaEvaluation.h"

@@ -11,8 +11,9 @@
 
 #include "core/Progress.h"
 #include "core/SafeChange.h"
-#include "core/TSFILE.h"
 #include "formula/FormulaParser.h"
+
+class TSFILE;
 
 namespace veltrac {
 

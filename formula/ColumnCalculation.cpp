@@ -8,6 +8,7 @@
 
 #include "core/FailureText.h"
 #include "core/FileTime.h"
+#include "core/TSFILE.h"
 #include "core/TsExceptions.h"
 #include "formula/FormulaParser.h"
 #include "portal/TsApplication.h"

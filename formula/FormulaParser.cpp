@@ -11,7 +11,6 @@
 #include <utility>
 
 #include "core/Characters.h"
-#include "core/TSFILE.h"
 #include "formula/FormulaEvaluation.h"
 #include "formula/FormulaFunctions.h"
 #include "formula/FormulaReading.h"

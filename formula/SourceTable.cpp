@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "core/TSFILE.h"
 #include "core/TsExceptions.h"
 #include "core/TsNames.h"
 #include "formula/FormulaParser.h"

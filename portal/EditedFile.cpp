@@ -15,6 +15,7 @@
 #include "core/FailureText.h"
 #include "core/FileIdentity.h"
 #include "core/SafeChange.h"
+#include "core/TSFILE.h"
 #include "core/TsNames.h"
 
 namespace veltrac {

@@ -5,18 +5,21 @@
 // scratch files that the saves have left, so undo works after saving.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "core/ColumnBackup.h"
 #include "core/ColumnScan.h"
 #include "core/Progress.h"
-#include "core/TSFILE.h"
 #include "portal/EditList.h"
+
+class TSFILE;
 
 namespace veltrac {
 

@@ -8,7 +8,7 @@
 #include <cmath>
 #include <limits>
 
-#include "core/TSFILE.h"
+#include "core/TsHeader.h"
 #include "portal/StartField.h"
 #include "share/HeaderText.h"
 #include "share/NumberField.h"

@@ -7,6 +7,7 @@
 #include "core/ColumnBackup.h"
 #include "core/FailureText.h"
 #include "core/ScratchFile.h"
+#include "core/TSFILE.h"
 #include "core/TsNames.h"
 #include "share/Boxes.h"
 #include "share/GroupedNumber.h"

@@ -62,7 +62,7 @@ bool SampleFollower::takeNews()
         return false;
     }
     try {
-        if (*named == identityOf(model.file().descriptor()) && !model.takeNewRows()) {
+        if (*named == model.identity() && !model.takeNewRows()) {
             tellTrouble(QString());
             return false;
         }
@@ -71,7 +71,7 @@ bool SampleFollower::takeNews()
         return false;
     }
     tellTrouble(QString());
-    if (*named != identityOf(model.file().descriptor()) || !model.isAsTheFile())
+    if (*named != model.identity() || !model.isAsTheFile())
         emit x_replaced();
     else
         emit x_rows_came();

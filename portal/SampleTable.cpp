@@ -18,6 +18,7 @@
 #include <utility>
 
 #include "core/FileTime.h"
+#include "core/TSFILE.h"
 #include "portal/CellDelegate.h"
 #include "portal/FieldsDialog.h"
 #include "share/GroupedNumber.h"

@@ -9,6 +9,7 @@
 
 #include "core/ErrorReport.h"
 #include "core/SafeChange.h"
+#include "core/TSFILE.h"
 #include "core/TsExceptionTexts.h"
 #include "core/TsExceptions.h"
 #include "core/TsNames.h"

@@ -6,11 +6,11 @@
 
 #include <QString>
 
+#include <cstdint>
 #include <functional>
 
-#include "core/TSFILE.h"
-
 class QWidget;
+class TSFILE;
 struct PsParameters;
 
 // The sub-programs that openSubProgram() can start.

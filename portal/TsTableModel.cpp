@@ -6,6 +6,7 @@
 #include <bit>
 #include <limits>
 
+#include "core/TSFILE.h"
 #include "portal/CellText.h"
 #include "share/HeaderText.h"
 
@@ -28,6 +29,8 @@ TsTableModel::TsTableModel(TSFILE* file, QObject* parent) : QAbstractTableModel(
 {
     takeFile(file);
 }
+
+TsTableModel::~TsTableModel() = default;
 
 void TsTableModel::setFile(TSFILE* file)
 {
@@ -59,6 +62,11 @@ bool TsTableModel::takeNewRows()
     if (rowCount() > 0 && columnCount() > 0)
         emit dataChanged(index(0, 0), index(rowCount() - 1, columnCount() - 1));
     return true;
+}
+
+FileIdentity TsTableModel::identity() const noexcept
+{
+    return identityOf(m_file->descriptor());
 }
 
 bool TsTableModel::isAsTheFile() const

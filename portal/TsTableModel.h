@@ -7,14 +7,17 @@
 
 #include <QAbstractTableModel>
 
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <optional>
 
 #include "core/ColumnScan.h"
+#include "core/FileIdentity.h"
 #include "core/FileTime.h"
-#include "core/TSFILE.h"
 #include "portal/EditedFile.h"
+
+class TSFILE;
 
 class TsTableModel : public QAbstractTableModel
 {
@@ -26,6 +29,7 @@ public:
 
     // Takes the file over.
     explicit TsTableModel(TSFILE* file, QObject* parent = nullptr);
+    ~TsTableModel() override;
 
     TSFILE& file() const { return *m_file; }
     // Puts a file in the place of the one that is listed; takes it over. Not while it is edited.
@@ -36,6 +40,8 @@ public:
     bool takeNewRows();
     // Whether the file still has as many samples and columns as the table.
     bool isAsTheFile() const;
+    // Which file it is, whatever bears its name now.
+    veltrac::FileIdentity identity() const noexcept;
     // The row of the newest sample, from 1; 0 where there is none.
     std::uint32_t newestRow() const { return m_time->rows() == 0 ? 0 : m_time->rowOf(m_time->lastSample()); }
 

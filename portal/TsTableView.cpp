@@ -12,6 +12,7 @@
 #include <QVBoxLayout>
 
 #include "core/FileTime.h"
+#include "core/TSFILE.h"
 #include "core/TsNames.h"
 #include "portal/OldValuesRestore.h"
 #include "portal/RowHeight.h"

@@ -134,7 +134,7 @@ bool QtPlotColWin::copyTo(const QString& target)
     const QString name = QFileInfo(target).fileName();
     try {
         JobProgress progress(this, tr("Copying %1").arg(name));
-        if (copyWholeFile(m_file->file().descriptor(), path, progress.callback()) == JobOutcome::Done)
+        if (copyWholeFile(m_file->descriptor(), path, progress.callback()) == JobOutcome::Done)
             return true;
         showStatus(tr("Cancelled; nothing was saved."));
     } catch (const std::system_error&) {

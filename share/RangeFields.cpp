@@ -9,6 +9,7 @@
 #include <algorithm>
 
 #include "core/FileTime.h"
+#include "core/TSFILE.h"
 #include "core/TsExceptions.h"
 #include "core/TsNames.h"
 #include "share/GroupedNumber.h"

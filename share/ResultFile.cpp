@@ -7,6 +7,7 @@
 #include <system_error>
 
 #include "core/LateRelease.h"
+#include "core/TSFILE.h"
 #include "core/TsNames.h"
 #include "portal/TsApplication.h"
 

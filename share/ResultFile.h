@@ -3,13 +3,15 @@
 
 #include <QTemporaryFile>
 
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
 
 #include "core/ScratchFile.h"
-#include "core/TSFILE.h"
+
+class TSFILE;
 
 namespace veltrac {
 

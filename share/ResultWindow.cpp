@@ -20,6 +20,7 @@
 
 #include "core/FailureText.h"
 #include "core/FileTime.h"
+#include "core/TSFILE.h"
 #include "core/TsExceptions.h"
 #include "core/TsNames.h"
 #include "portal/TsApplication.h"

@@ -6,12 +6,12 @@
 // that a calculation which fails or is cancelled takes no result away.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
 
 #include "core/Progress.h"
-#include "core/TSFILE.h"
 #include "share/FileWatch.h"
 #include "share/ResultFile.h"
 #include "share/SubWindow.h"
@@ -22,6 +22,7 @@ class QAction;
 class QMenu;
 class QScrollArea;
 class QVBoxLayout;
+class TSFILE;
 
 namespace veltrac {
 

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <memory>
 
+#include "core/TSFILE.h"
 #include "core/TsNames.h"
 #include "share/HeaderText.h"
 #include "share/JobProgress.h"

@@ -6,6 +6,7 @@
 
 #include <cmath>
 
+#include "core/TSFILE.h"
 #include "core/TsExceptions.h"
 #include "core/TsNames.h"
 #include "tests/FileSizeLimit.h"

@@ -18,6 +18,7 @@
 #include "calc/SpectrumSamples.h"
 #include "calc/WindowShape.h"
 #include "calc/mixfft.h"
+#include "core/TSFILE.h"
 #include "tests/core/TsFileBytes.h"
 
 using namespace veltrac;

@@ -14,6 +14,7 @@
 #include "calc/Spectrum.h"
 #include "calc/SpectrumPlan.h"
 #include "core/FileTime.h"
+#include "core/TSFILE.h"
 #include "tests/core/TsFileBytes.h"
 
 using namespace veltrac;

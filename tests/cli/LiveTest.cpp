@@ -7,6 +7,7 @@
 #include <QTest>
 
 #include "core/RingFile.h"
+#include "core/TSFILE.h"
 #include "portal/SampleView.h"
 #include "portal/TsTableView.h"
 #include "share/PlotCanvas.h"

@@ -21,6 +21,7 @@
 #include "converters/SCLWin.h"
 #include "converters/STLWin.h"
 #include "converters/TsaDialogs.h"
+#include "core/TSFILE.h"
 #include "core/TsNames.h"
 
 using namespace veltrac;

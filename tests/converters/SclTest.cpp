@@ -8,6 +8,7 @@
 #include <fstream>
 
 #include "converters/SCLObject.h"
+#include "core/TSFILE.h"
 #include "core/TsNames.h"
 
 using namespace veltrac;

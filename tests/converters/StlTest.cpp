@@ -13,6 +13,7 @@
 #include "converters/ImportKind.h"
 #include "converters/STLObject.h"
 #include "converters/STLReport.h"
+#include "core/TSFILE.h"
 #include "core/TsNames.h"
 #include "tests/FileSizeLimit.h"
 

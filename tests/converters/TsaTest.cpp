@@ -13,6 +13,7 @@
 #include "converters/TsaExport.h"
 #include "converters/TsaImport.h"
 #include "core/Rebuild.h"
+#include "core/TSFILE.h"
 #include "core/TsExceptions.h"
 #include "core/TsNames.h"
 #include "tests/FileSizeLimit.h"

@@ -12,6 +12,7 @@
 #include "core/CopyFile.h"
 #include "core/Rebuild.h"
 #include "core/ScratchFile.h"
+#include "core/TSFILE.h"
 #include "core/TsExceptions.h"
 #include "core/TsNames.h"
 #include "tests/FileSizeLimit.h"

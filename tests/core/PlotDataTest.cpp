@@ -120,6 +120,37 @@ TEST(HsVariable, answersWhatAWalkAnswers)
     }
 }
 
+TEST(HsVariable, columnsTogetherAnswerWhatEachDoes)
+{
+    std::vector<std::vector<float>> raw;
+    for (unsigned c = 0; c < 21; ++c)
+        raw.push_back(wildSamples(3001, c + 1));
+    std::vector<double> x(3001);
+    std::iota(x.begin(), x.end(), 1.0);
+    const auto source = std::make_shared<PlotValues>(x, raw);
+    // Most of the columns, in an order of their own, and few.
+    for (const std::vector<std::uint32_t>& columns :
+         {std::vector<std::uint32_t>{21, 3, 4, 5, 1, 17, 16, 2}, std::vector<std::uint32_t>{20, 2}}) {
+        Dice random(5);
+        for (int i = 0; i < 100; ++i) {
+            const std::uint32_t first = random() % 3001 + 1;
+            const std::uint32_t last = std::min(3001U, first + random() % (i % 2 == 0 ? 40 : 1500));
+            const PlotSource::Pieces rows = source->pieces(first, last);
+            std::vector<Extremes> loose(columns.size());
+            source->widen(rows.before, columns, loose);
+            source->widen(rows.behind, columns, loose);
+            for (std::size_t k = 0; k < columns.size(); ++k) {
+                const HsVariable v = built(source, columns[k]);
+                expectSameAsWalk(v, raw[columns[k] - 1], first, last);
+                const HsVariable::Range together = v.range(rows, loose[k]);
+                const HsVariable::Range alone = v.range(first, last);
+                ASSERT_EQ(std::tuple(together.least, together.greatest, together.empty),
+                          std::tuple(alone.least, alone.greatest, alone.empty));
+            }
+        }
+    }
+}
+
 TEST(HsVariable, logarithmicAxisLeavesOutWhatIsNotAboveZero)
 {
     const std::vector<float> raw = wildSamples(5001, 3);

@@ -14,6 +14,7 @@
 #include "core/FailureText.h"
 #include "core/Rebuild.h"
 #include "core/SafeChange.h"
+#include "core/TSFILE.h"
 #include "core/TsNames.h"
 #include "tests/core/TsFileBytes.h"
 

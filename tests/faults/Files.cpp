@@ -6,6 +6,7 @@
 #include <fstream>
 
 #include "core/ColumnBackup.h"
+#include "core/TSFILE.h"
 #include "core/TsNames.h"
 #include "tests/core/TsFileBytes.h"
 #include "tests/faults/Sweep.h"

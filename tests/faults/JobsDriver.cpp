@@ -12,6 +12,7 @@
 #include "core/CopyFile.h"
 #include "core/Interval.h"
 #include "core/Rebuild.h"
+#include "core/TSFILE.h"
 #include "core/TsNames.h"
 #include "filter/SaveResults.h"
 #include "formula/Calculation.h"

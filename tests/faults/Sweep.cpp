@@ -29,6 +29,7 @@
 #include <vector>
 
 #include "core/ColumnBackup.h"
+#include "core/TSFILE.h"
 #include "core/TsNames.h"
 #include "tests/faults/Sweep.h"
 

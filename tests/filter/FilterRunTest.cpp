@@ -8,6 +8,7 @@
 
 #include "calc/TwoChannels.h"
 #include "core/ScratchFile.h"
+#include "core/TSFILE.h"
 #include "core/TsNames.h"
 #include "filter/FilterCharacteristic.h"
 #include "filter/FilterNumbers.h"

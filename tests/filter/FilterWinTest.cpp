@@ -15,6 +15,7 @@
 #include <optional>
 
 #include "core/FileTime.h"
+#include "core/TSFILE.h"
 #include "core/TsNames.h"
 #include "filter/FilterCharWin.h"
 #include "filter/FilterTypes.h"

@@ -34,6 +34,7 @@
 #include "core/Interval.h"
 #include "core/Rebuild.h"
 #include "core/RingFile.h"
+#include "core/TSFILE.h"
 #include "core/TsExceptions.h"
 #include "core/TsNames.h"
 #include "filter/fid.h"

@@ -18,6 +18,7 @@
 
 #include "calc/DFTWin.h"
 #include "calc/DerivativeWin.h"
+#include "core/TSFILE.h"
 #include "core/TsNames.h"
 #include "filter/FilterWin.h"
 #include "formula/EditTsWin1.h"

@@ -14,6 +14,7 @@
 
 #include <cstdio>
 
+#include "core/TSFILE.h"
 #include "core/TsNames.h"
 #include "tests/BoxAnswer.h"
 #include "tests/core/TsFileBytes.h"

@@ -34,6 +34,7 @@
 #include <utility>
 #include <vector>
 
+#include "core/TSFILE.h"
 #include "core/TsNames.h"
 #include "portal/TsApplication.h"
 #include "share/JobProgress.h"

@@ -9,6 +9,7 @@
 #include <QTableWidget>
 #include <QTest>
 
+#include "core/TSFILE.h"
 #include "core/TsNames.h"
 #include "portal/CreateTsWin_Veltrac.h"
 #include "portal/TsApplication.h"

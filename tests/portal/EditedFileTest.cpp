@@ -8,6 +8,7 @@
 #include <memory>
 #include <random>
 
+#include "core/TSFILE.h"
 #include "core/TsNames.h"
 #include "portal/EditedFile.h"
 #include "tests/FileSizeLimit.h"

@@ -4,6 +4,7 @@
 
 #include <cmath>
 
+#include "core/TSFILE.h"
 #include "core/TsNames.h"
 #include "portal/TsTableModel.h"
 #include "tests/core/TsFileBytes.h"

@@ -21,6 +21,7 @@
 #include <unistd.h>
 
 #include "core/ColumnBackup.h"
+#include "core/TSFILE.h"
 #include "core/TsNames.h"
 #include "portal/SampleView.h"
 #include "portal/TsApplication.h"

@@ -183,9 +183,15 @@ TEST_F(CliWindows, AHardCopyAndItsSvg)
     plot.setMode(XMode::Sample);
     plot.setLogarithmicX(true);
     plot.fitAll();
+    plot.grid = PlotGrid::Dotted;
+    plot.title = "A week";
+    plot.legend = false;
     ASSERT_EQ(writePlotEps(QStringLiteral("window.eps"), canvas.psParameters(), plot, canvas.colors(), false),
               QString());
-    ASSERT_EQ(cli("plot --force --x samples --log-x --log-y -o cli.eps weather.ts").status, 0);
+    ASSERT_EQ(cli("plot --force --x samples --log-x --log-y --grid dotted --title \"A week\" --no-legend "
+                  "-o cli.eps weather.ts")
+                  .status,
+              0);
     EXPECT_EQ(textOf("cli.eps"), textOf("window.eps"));
 }
 

@@ -11,8 +11,9 @@ STLTitles::STLTitles(const STLFormat& format) : m_format(format)
 {
     for (std::size_t c = 0; c < format.columns.size(); ++c) {
         const STLColumn& column = format.columns[c];
-        if (column.kind == STLKind::Number && !column.heading.empty() &&
-            !readNumber(column.heading, format.cells))
+        // A time may stand above times.
+        const bool mayDiffer = column.kind != STLKind::Number && column.kind != STLKind::Text;
+        if (!mayDiffer && !column.heading.empty() && !readNumber(column.heading, format.cells))
             m_headed.push_back(c);
     }
 }
@@ -25,10 +26,13 @@ bool STLTitles::isTitle(std::string_view line) const
 
 bool STLTitles::has(std::string_view line, std::span<const std::string_view> cells) const
 {
+    // A label may stand before them ("Data: y x").
+    const bool labelled = cells.size() > m_format.columns.size() && cells.front().ends_with(':');
     // Most rows differ from the names in the first letter already.
     const auto isHeading = [&](std::size_t c) {
         const std::string& heading = m_format.columns[c].heading;
-        return !cells[c].empty() && cells[c].front() == heading.front() && cells[c] == heading;
+        const std::string_view cell = cells[labelled ? c + 1 : c];
+        return !cell.empty() && cell.front() == heading.front() && cell == heading;
     };
     if (!m_headed.empty() && std::all_of(m_headed.begin(), m_headed.end(), isHeading))
         return true;

@@ -22,7 +22,7 @@ public:
 
 private:
     const STLFormat& m_format;
-    std::vector<std::size_t> m_headed;  // columns of numbers with a heading
+    std::vector<std::size_t> m_headed;  // columns of numbers and texts with a heading
 };
 
 // Whether two lines differ in nothing but their digits, and hold letters.

@@ -170,6 +170,7 @@ bool hasTextAboveNumbers(const STLRow& row, const STLFormat& format)
 {
     for (std::size_t c = 0; c < format.columns.size(); ++c)
         if (format.columns[c].kind == STLKind::Number &&
+            !readValue(row.cells[c].text, format.columns[c], format.cells) &&
             readToken(bareCell(row.cells[c].text, format.columns[c]), format.cells).kind == STLKind::Text)
             return true;
     return false;

@@ -343,6 +343,7 @@ void Pyramid::clear()
 template <typename Take>
 void Pyramid::walk(std::size_t first, std::size_t last, Take take) const
 {
+    last = std::min(last, buckets());
     for (std::size_t level = 0; first < last; ++level) {
         const bool top = level + 1 == m_levels.size();
         const std::size_t up = (first + kJoined - 1) / kJoined;

@@ -180,6 +180,7 @@ TEST_F(CliWindows, AHardCopyAndItsSvg)
     Plot2D& plot = canvas.plot();
     for (std::size_t g = 0; g < plot.groups().size(); ++g)
         plot.setLogarithmicY(g, true);
+    plot.buildMissing({});
     plot.setMode(XMode::Sample);
     plot.setLogarithmicX(true);
     plot.fitAll();

@@ -53,8 +53,9 @@ JobOutcome walkRows(const PlotFile& file, const SampleRange& range, const Progre
 class WholeFile
 {
 public:
+    // The scratch file is empty: emptied once more, it would be flushed as it is closed, by some systems.
     explicit WholeFile(const fs::path& target)
-        : m_pending(target), m_stream(std::fopen(m_pending.path().c_str(), "wb"))
+        : m_pending(target), m_stream(std::fopen(m_pending.path().c_str(), "r+b"))
     {
         if (!m_stream)
             fail();

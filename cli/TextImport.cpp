@@ -89,7 +89,7 @@ ImportTold importTsaInto(const VerbJob& job, const ImportOptions& options)
     ImportTold told{counted(report.rowsRead, "sample") + ", " + counted(report.columns, "column") + '.'};
     addLoss(told, report.samples - report.rowsRead, "sample", "without a line in the text: zeros");
     addLoss(told, report.linesCut, "line", "cut: too long (header 256, data 2048 characters)");
-    addLoss(told, report.linesTabbed, "data line", "that begin with a tab, passed over");
+    addLoss(told, report.linesTabbed, "data line", "beginning with a tab, passed over");
     addLoss(told, report.notNumbers, "word", "no number, or with text behind the number");
     addLoss(told, report.valuesMissing, "value", "missing in their lines: 0");
     addLoss(told, report.valuesLeftOver, "value", "more than the columns, left over");

@@ -13,6 +13,7 @@
 #include "core/TsNames.h"
 #include "portal/TsApplication.h"
 #include "share/Boxes.h"
+#include "share/FileNotice.h"
 #include "share/JobProgress.h"
 #include "share/QtMessageWin.h"
 #include "share/SubWindow.h"
@@ -32,7 +33,8 @@ ImportPanel::ImportPanel(SubWindow& window, Importer& importer, QWidget* fields,
       m_window(window),
       m_importer(importer),
       m_finding(wrappedLabel()),
-      m_warning(warningLabel())
+      m_warning(warningLabel()),
+      m_notice(new FileNotice({QStringLiteral("%1 has changed."), QStringLiteral("%1 is gone.")}, this))
 {
     auto* const findings = new QWidget;
     findings->setMinimumHeight(2 * m_finding->fontMetrics().lineSpacing());
@@ -41,10 +43,12 @@ ImportPanel::ImportPanel(SubWindow& window, Importer& importer, QWidget* fields,
     texts->addWidget(m_finding);
     texts->addWidget(m_warning);
     auto* const layout = new QVBoxLayout(this);
+    layout->addWidget(m_notice);
     layout->addWidget(fields, 1);
     layout->addWidget(findings);
     layout->addWidget(buildButtons(tips, first));
     connect(new QShortcut(Qt::Key_F1, this), &QShortcut::activated, this, &ImportPanel::sl_help);
+    connect(m_notice, &FileNotice::x_told, this, &ImportPanel::readAgain);
     // Keys that no field takes end at the window.
     window.installEventFilter(this);
 }
@@ -146,6 +150,24 @@ void ImportPanel::checkLater()
         if (!m_checked && m_problem.isEmpty() && isVisible() && !JobProgress::isRunning())
             runCheck();
     });
+}
+
+void ImportPanel::watch(const QStringList& paths)
+{
+    m_notice->watch(paths);
+}
+
+// What the user has set stays.
+void ImportPanel::readAgain()
+{
+    if (!m_check->isEnabled())
+        return;
+    m_problem.clear();
+    m_checked = false;
+    checkQuietly();
+    m_importer.showFindings();
+    if (m_problem.isEmpty() && !m_checked)
+        checkLater();
 }
 
 // False where it failed or was cancelled.

@@ -19,6 +19,7 @@ class QPushButton;
 
 namespace veltrac {
 
+class FileNotice;
 class SubWindow;
 
 // What the importers differ in. check() and makeFile() throw what importFailure() knows.
@@ -87,6 +88,8 @@ public:
     // Offers the buttons where the fields are good; the focus goes to `instead` where it may not stay.
     void offerImport(bool fieldsAreGood, QWidget* instead);
     void focusImport();
+    // Tells what becomes of these files from now on, and reads them again.
+    void watch(const QStringList& paths);
 
 public slots:
     void sl_import();
@@ -100,6 +103,7 @@ private:
     QWidget* buildButtons(const Tips& tips, QPushButton* first);
     bool runCheck();
     void askForFiles();
+    void readAgain();
     void write(const QString& target);
     void showReport(const QString& target, double seconds);
 
@@ -110,6 +114,7 @@ private:
     bool m_asked = false;  // for files
     QLabel* m_finding;
     QLabel* m_warning;
+    FileNotice* m_notice;
     QPushButton* m_import = nullptr;
     QPushButton* m_check = nullptr;
 };

@@ -53,7 +53,8 @@ Packing packingOf(const std::filesystem::path& path)
 class PieceWriter
 {
 public:
-    explicit PieceWriter(const std::filesystem::path& path) : m_path(path), m_file(openFile(path, "wb")) {}
+    // Of an empty file, which is not emptied once more: some systems would flush it as it is closed.
+    explicit PieceWriter(const std::filesystem::path& path) : m_path(path), m_file(openFile(path, "r+b")) {}
 
     void write(std::string_view bytes)
     {

@@ -138,6 +138,10 @@ void SCLWin::move(int by)
 
 void SCLWin::showFiles(int selected)
 {
+    QStringList paths;
+    for (const SCLSource& source : m_logs.sources)
+        paths << QFileInfo(shown(source.file.string())).absoluteFilePath();
+    m_panel->watch(paths);
     m_files->show(m_logs.sources);
     m_files->select(selected);
     sl_show_file();

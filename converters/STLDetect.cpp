@@ -1,12 +1,14 @@
 #include "converters/STLDetect.h"
 
 #include <algorithm>
+#include <set>
 
 #include "converters/STLClock.h"
 #include "converters/STLHead.h"
 #include "converters/STLNames.h"
 #include "converters/STLReading.h"
 #include "converters/STLSample.h"
+#include "converters/STLTables.h"
 #include "converters/STLTimeGuess.h"
 #include "core/Utf8.h"
 
@@ -32,6 +34,19 @@ std::string shownCells(std::string_view line, const STLCells& cells, STLEncoding
     for (const std::string_view part : parts)
         text += (text.empty() ? "" : " | ") + cellText(part, encoding);
     return text.size() > kLongestShown ? cutTo(text, kLongestShown) + "…" : text;
+}
+
+// Simulators may write the values of a row below each other, behind a list of their names.
+void refuseLists(const STLSample& sample)
+{
+    bool listed = false;
+    for (const STLLine& line : sample.head) {
+        listed = listed || line.text.starts_with("Variables:");
+        if (listed && line.text.starts_with("Values:"))
+            throw STLError("The values of each row stand below each other, from line " +
+                           std::to_string(line.number + 1) +
+                           " on. Write them as a table, a line for each row, and import that.");
+    }
 }
 
 // Whether a column tells the times of the rows that were looked at, and they go one way.
@@ -71,7 +86,7 @@ STLEvidence evidenceOf(const STLReading& reading, const STLFormat& format, const
     if (first < sample.head.size())
         evidence.firstRow = shownCells(sample.head[first].text, format.cells, format.encoding);
     evidence.namesLine = format.namesLine;
-    evidence.namesMatch = format.namesLine != 0 && !format.namesInDoubt &&
+    evidence.namesMatch = (format.namesLine != 0 || format.namesListed) && !format.namesInDoubt &&
                           (format.unmatchedLine == 0 || format.unmatchedLine == format.namesLine);
     weighTimes(evidence, format, data);
     return evidence;
@@ -91,6 +106,18 @@ double scoreOf(const STLReading& reading, const STLFormat& format)
     return reading.score * names * times;
 }
 
+// Takes the rows of other tables out of those that are looked at.
+void leaveOtherTables(STLFormat& format, const STLSample& sample, std::vector<STLRow>& data)
+{
+    const std::set<std::uint64_t> lines = otherTablesLines(sample, format);
+    if (lines.empty())
+        return;
+    std::erase_if(data, [&lines](const STLRow& row) { return lines.contains(row.line->number); });
+    const std::vector<STLKind> kinds = kindsOf(data, format.columns.size());
+    for (std::size_t c = 0; c < kinds.size(); ++c)
+        format.columns[c].kind = kinds[c];
+}
+
 STLFormat formatOf(const std::filesystem::path& file, const STLSample& sample, STLReading reading)
 {
     STLFormat format;
@@ -100,6 +127,7 @@ STLFormat formatOf(const std::filesystem::path& file, const STLSample& sample, S
     format.cells.edges = reading.edges;
     format.cells.rowNames = reading.rowNames;
     format.cells.bars = reading.bars;
+    refuseLists(sample);
     if (isProse(reading))
         throw STLError(noLineOfNumbers(file));
     if (reading.cells > kMostColumns)
@@ -110,9 +138,11 @@ STLFormat formatOf(const std::filesystem::path& file, const STLSample& sample, S
             format.encoding = STLEncoding::Windows1252;
 
     reading.cells = std::max(reading.cells, namedColumns(sample, format, reading.cells));
-    const std::vector<STLRow> all = rowsOf(sample.lines, format, reading.cells);
+    std::vector<STLRow> all = rowsOf(sample.lines, format, reading.cells);
+    markFactored(all, reading.cells, format.cells);
     const std::vector<STLKind> kinds = kindsOf(all, reading.cells);
-    const std::vector<STLRow> head = rowsOf(sample.head, format, reading.cells);
+    std::vector<STLRow> head = rowsOf(sample.head, format, reading.cells);
+    markFactored(head, reading.cells, format.cells);
     const std::size_t firstData = firstDataRow(head, kinds);
     if (firstData == head.size())
         throw STLError(noLineOfNumbers(file));
@@ -127,6 +157,9 @@ STLFormat formatOf(const std::filesystem::path& file, const STLSample& sample, S
         format.columns.emplace_back().kind = kind;
     guessNames(format, head, firstData);
     guessNamesAbove(format, sample, data);
+    guessListedNames(format, sample);
+    leaveOtherTables(format, sample, data);
+    findFactors(format, data);
     findSuffixes(format, data);
     dropNamesOfCells(format);
     guessNumericNames(format, head, firstData);
@@ -205,6 +238,7 @@ STLFormat detectFormat(const PlainText& text, char separator, char decimal)
 void takeNames(const PlainText& text, STLFormat& format)
 {
     const STLSample sample = readSample(text.path());
+    format.namesListed = false;
     for (STLColumn& column : format.columns) {
         column.heading.clear();
         column.name.clear();

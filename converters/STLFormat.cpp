@@ -120,10 +120,34 @@ std::string_view bareCell(std::string_view cell, const STLColumn& column)
     return cell;
 }
 
+std::optional<double> readFactored(std::string_view cell, double factor, const STLCells& cells)
+{
+    constexpr std::string_view kLetters = "KMGTPE";
+    const bool bytes = cell.ends_with('B');
+    cell.remove_suffix(bytes ? 1 : 0);
+    const bool binary = cell.ends_with('i');
+    cell.remove_suffix(binary ? 1 : 0);
+    if (cell.empty())
+        return std::nullopt;
+    const char last = cell.back();
+    const std::size_t power =
+        kLetters.find(last == 'k' || last == 'g' || last == 't' ? static_cast<char>(last - 32) : last);
+    if (power == std::string_view::npos && (binary || !bytes))
+        return std::nullopt;
+    double product = 1.0;
+    for (std::size_t i = 0; power != std::string_view::npos && i <= power; ++i)
+        product *= factor;
+    cell.remove_suffix(product > 1.0 ? 1 : 0);
+    const auto number = readNumber(withoutTail(cell), cells);
+    return number ? std::optional(*number * product) : std::nullopt;
+}
+
 std::optional<double> readValue(std::string_view cell, const STLColumn& column, const STLCells& cells)
 {
     if (const auto number = readNumber(cell, cells))
         return number;
+    if (column.factor > 0.0)
+        return readFactored(cell, column.factor, cells);
     const std::string_view bare = bareCell(cell, column);
     return bare.size() == cell.size() ? std::nullopt : readNumber(bare, cells);
 }

@@ -55,8 +55,9 @@ struct STLColumn
 {
     STLKind kind = STLKind::Number;
     bool take = true;
-    std::string prefix;        // before each number in its cell: the file's own bytes of "temp="
-    std::string suffix;        // that each number bears in its cell: the file's own bytes of "°C" or "%"
+    std::string prefix;   // before each number in its cell: the file's own bytes of "temp="
+    std::string suffix;   // that each number bears in its cell: the file's own bytes of "°C" or "%"
+    double factor = 0.0;  // what K behind its numbers means, 1000 or 1024 ("12G" is three times that); or 0
     bool numberTexts = false;  // a column of texts becomes 1, 2, …, in the order in which they come
     std::string heading;       // the file's own bytes above the column, which may stand there again
     std::string name;          // the same as UTF-8, without the unit
@@ -116,6 +117,7 @@ struct STLFormat
     DateOrder order = DateOrder::DayMonth;
     bool namesInDoubt = false;     // they are numbers, or the first data line may be names
     bool namesInRemark = false;    // "# a b c"
+    bool namesListed = false;      // "# 1 a", "# 2 b"
     bool namesAsked = false;       // so much so that the user is asked
     bool timeIsHhmm = false;       // times are numbers: 5 past midnight is 5, noon 1200
     bool yearsInMonths = false;    // decimal years tell firsts of months, as well as their digits can
@@ -168,6 +170,11 @@ bool secondsAreAssumed(const STLFormat& format);
 std::string_view bareCell(std::string_view cell, const STLColumn& column);
 // A cell's number, with or without the column's key and unit.
 std::optional<double> readValue(std::string_view cell, const STLColumn& column, const STLCells& cells);
+inline constexpr double kDecimalFactor = 1000.0;
+inline constexpr double kBinaryFactor = 1024.0;
+// What K, M, G … behind a number multiply it by, K being `factor`: "4.0K", "12 GiB", "144B"; nothing where
+// none of them ends the cell.
+std::optional<double> readFactored(std::string_view cell, double factor, const STLCells& cells);
 // What stands before the number of a cell and can be its key ("temp=", "temp: "); empty where nothing does.
 std::string_view keyBefore(std::string_view cell, const STLCells& cells);
 // What stands behind the number of a cell and can be its unit; empty where none does.

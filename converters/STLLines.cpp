@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 
+#include "converters/STLTables.h"
 #include "converters/STLTitles.h"
 #include "converters/TimeStamps.h"
 #include "converters/WordedDates.h"
@@ -25,12 +26,13 @@ struct Look
     const char* name;
     QRgb colour;
 };
-constexpr std::array<Look, 8> kLooks = {{{"an empty line", 0},
+constexpr std::array<Look, 9> kLooks = {{{"an empty line", 0},
                                          {"a remark", 0xFFE4E4E4},
                                          {"head, above the data", 0xFFF3EBC8},
                                          {"the names of the columns", 0xFFC5DDF5},
                                          {"the units of the columns", 0xFFCDEBCB},
                                          {"names or a title once more: left out", 0xFFE4E4E4},
+                                         {"a row of another table: left out", 0xFFE4E4E4},
                                          {"data", 0},
                                          {"data with troubles", 0}}};
 
@@ -89,13 +91,14 @@ void STLLines::explain(const STLFormat* format)
     m_hasFormat = format != nullptr;
     m_format = m_hasFormat ? *format : STLFormat();
     std::uint64_t number = 0;
+    STLTables tables(m_format);
     for (Line& line : m_lines)
-        explainLine(line, ++number);
+        explainLine(line, ++number, tables);
     if (!m_lines.empty())
         emit dataChanged(index(0, 0), index(rowCount() - 1, 0));
 }
 
-void STLLines::explainLine(Line& line, std::uint64_t number)
+void STLLines::explainLine(Line& line, std::uint64_t number, STLTables& tables)
 {
     line.text = QString::fromStdString(decoded(line.bytes, m_format.encoding));
     line.text.remove(QLatin1Char('\r'));
@@ -112,14 +115,16 @@ void STLLines::explainLine(Line& line, std::uint64_t number)
                 : isRemark(line.bytes, m_format)  ? STLLineKind::Remark
                 : number < m_format.firstDataLine ? STLLineKind::Head
                                                   : STLLineKind::Data;
+    if (line.kind == STLLineKind::Empty || line.kind == STLLineKind::Remark)
+        tables.passBreak();
     if (m_hasFormat && line.kind == STLLineKind::Data)
-        explainData(line);
+        explainData(line, tables);
     if (line.toolTip.isEmpty() && m_hasFormat)
         line.toolTip =
             QStringLiteral("Line %1: %2").arg(number).arg(QString::fromLatin1(lookOf(line.kind).name));
 }
 
-void STLLines::explainData(Line& line)
+void STLLines::explainData(Line& line, STLTables& tables)
 {
     std::vector<std::string_view> cells;
     splitCells(line.bytes, m_format.cells, cells);
@@ -138,6 +143,11 @@ void STLLines::explainData(Line& line)
     row.resize(std::max(row.size(), columns));
     if (STLTitles(m_format).has(line.bytes, row)) {
         line.kind = STLLineKind::Title;
+        tables.passOwnNames();
+        return;
+    }
+    if (tables.areNames(cells) ? tables.passNames(cells.size()) : tables.isOthers(cells.size())) {
+        line.kind = STLLineKind::OtherRow;
         return;
     }
     for (std::size_t c = 0; c < cells.size(); ++c) {

@@ -13,7 +13,9 @@
 
 namespace veltrac {
 
-enum class STLLineKind { Empty, Remark, Head, Names, Units, Title, Data, Trouble };
+class STLTables;
+
+enum class STLLineKind { Empty, Remark, Head, Names, Units, Title, OtherRow, Data, Trouble };
 
 class STLLines : public QAbstractTableModel
 {
@@ -55,8 +57,8 @@ private:
         QVector<Mark> marks;
     };
 
-    void explainLine(Line& line, std::uint64_t number);
-    void explainData(Line& line);
+    void explainLine(Line& line, std::uint64_t number, STLTables& tables);
+    void explainData(Line& line, STLTables& tables);
     QString troubleOf(std::size_t column, std::string_view cell) const;
 
     std::vector<Line> m_lines;

@@ -17,6 +17,9 @@ void guessNumericNames(STLFormat& format, const std::vector<STLRow>& rows, std::
 // matched are none.
 void guessNamesAbove(STLFormat& format, const STLSample& sample, const std::vector<STLRow>& data);
 
+// Names that remarks above the data list by the numbers of their columns ("# 2 X_IMAGE").
+void guessListedNames(STLFormat& format, const STLSample& sample);
+
 // A title with a number right above the names ("Block 1"), which may stand above each block of rows.
 void findBlockTitle(STLFormat& format, const STLSample& sample);
 
@@ -29,6 +32,11 @@ void splitUnits(STLFormat& format);
 // Columns of texts that are numbers, each with the same key before it ("temp=20.5") or the same unit behind
 // it: they become columns of numbers, in the rows too.
 void findSuffixes(STLFormat& format, std::vector<STLRow>& data);
+
+// Marks sizes as numbers, in the columns that hold them.
+void markFactored(std::vector<STLRow>& rows, std::size_t count, const STLCells& cells);
+// Columns of sizes ("4.0K", "12G", "0"): they become columns of numbers, in the rows too.
+void findFactors(STLFormat& format, std::vector<STLRow>& data);
 
 // Names are none where a sentence stands above cells that bear their own ("ttl=64"), or where they are cells
 // of a row, too ("31%").

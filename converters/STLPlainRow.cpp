@@ -1,6 +1,7 @@
 #include "converters/STLPlainRow.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "converters/PlainNumber.h"
 
@@ -107,7 +108,8 @@ bool STLPlainRow::takeNumber(const char*& at, const char* end, float& value) con
     if (!number || !(at == end || endsCell(*at)) || at[-1] == ',')
         return false;
     value = static_cast<float>(isNegative ? -number->value() : number->value());
-    return true;
+    // Of larger ones it is told how far they are rounded.
+    return std::fabs(value) <= static_cast<float>(kMostExactWhole);
 }
 
 void STLPlainRow::passCell(const char*& at, const char* end) const

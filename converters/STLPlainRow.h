@@ -10,6 +10,9 @@
 
 namespace veltrac {
 
+// Up to this, a 32-bit float tells every whole number.
+inline constexpr double kMostExactWhole = 16777216.0;
+
 // Reads what splitCells() and readValue() read, of rows that are plain: as many cells as columns, none in
 // quotes; between blanks, cells that begin like numbers.
 class STLPlainRow
@@ -18,9 +21,9 @@ public:
     explicit STLPlainRow(const STLFormat& format);
 
     // Gives the cell of each column, and of each taken one its number; where a taken column's cell is no
-    // plain number, its place among the taken ones is appended to `unread` instead. Not where texts are
-    // numbered: then values stay as they are. False where the row is not plain, and what was given means
-    // nothing.
+    // plain number, or too large a one to be kept exactly, its place among the taken ones is appended to
+    // `unread` instead. Not where texts are numbered: then values stay as they are. False where the row is
+    // not plain, and what was given means nothing.
     bool read(std::string_view line, std::span<std::string_view> cells, std::span<float> values,
               std::vector<std::size_t>& unread) const;
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <cmath>
 #include <cstdio>
 
 #include "converters/LengthTexts.h"
@@ -57,6 +58,12 @@ const char* nameOfSeparator(char separator)
     }
 }
 
+std::string nameInReport(const STLFormat& format, std::size_t column)
+{
+    const std::string& name = format.columns[column].name;
+    return name.empty() ? "column " + std::to_string(column + 1) : name;
+}
+
 // " \"t\"" for the column of times; empty where it has no name.
 std::string inQuotes(const STLFormat& format)
 {
@@ -64,6 +71,31 @@ std::string inQuotes(const STLFormat& format)
     return format.timeColumn < 0 || format.columns[column].name.empty()
                ? std::string()
                : " \"" + format.columns[column].name + '"';
+}
+
+// "K is 1024 in Size, Used"
+std::string factoredColumns(const STLFormat& format)
+{
+    std::string text;
+    for (const double factor : {1000.0, 1024.0}) {
+        std::string list;
+        for (std::size_t c = 0; c < format.columns.size(); ++c)
+            if (format.columns[c].factor == factor)
+                list += (list.empty() ? "" : ", ") + nameInReport(format, c);
+        if (!list.empty())
+            text += (text.empty() ? "K is " : "; K is ") + fixedNumber(factor, 0) + " in " + list;
+    }
+    return text;
+}
+
+// "3 numbers are rounded, by up to 64: …"
+std::string roundingText(const STLLosses& losses)
+{
+    const std::string numbers = counted(losses.roundedCells, "number");
+    const std::string most = std::isinf(losses.mostRounded)
+                                 ? "some of them beyond what it can tell at all"
+                                 : "by up to " + generalNumber(losses.mostRounded, 3);
+    return numbers + " of more than seven digits rounded to 32 bits, as a ts-file keeps them: " + most + '.';
 }
 
 }  // namespace
@@ -74,6 +106,7 @@ std::string summaryText(const STLCheck& found)
     addCount(losses, found.losses.missingCells(), "cell", "missing");
     addCount(losses, found.losses.skippedLines, "line", "skipped");
     addCount(losses, found.losses.titleLines, "repeated line", "of names left out");
+    addCount(losses, found.losses.otherLines, "line", "of other tables left out");
     return counted(found.target.samples, "row") + ", " +
            counted(found.target.columns - found.target.timeColumns, "column") + '.' + losses +
            (losses.empty() ? "" : ".");
@@ -86,7 +119,7 @@ std::string evidenceText(const STLFormat& format)
         std::string words = percent(evidence.lines) + " of the lines have " +
                             counted(evidence.cells, "cell") + ", and " + percent(evidence.typed) +
                             " of these are numbers, dates or times.";
-        words += namesLine == 0 ? " No line gives names."
+        words += namesLine == 0 ? (format.namesListed ? "" : " No line gives names.")
                                 : " Line " + std::to_string(namesLine) + " gives the names.";
         if (evidence.timeColumn < 0)
             return words + " No column tells the time.";
@@ -148,13 +181,13 @@ std::string lossText(const STLFormat& format, const STLCheck& found)
                                                        p == STLProblem::LineTooLong;
                                             }));
     line(found.losses.titleLines, "repeated line", "of names left out.");
+    line(found.losses.otherLines, "line",
+         "of other tables left out" + quotes([](STLProblem p) { return p == STLProblem::OtherTable; }));
     std::string texts;
     std::size_t left = 0;
     for (std::size_t c = 0; c < format.columns.size(); ++c)
         if (!format.columns[c].take && !tellsTime(format, c) && ++left)
-            texts +=
-                (texts.empty() ? ": " : ", ") +
-                (format.columns[c].name.empty() ? "column " + std::to_string(c + 1) : format.columns[c].name);
+            texts += (texts.empty() ? ": " : ", ") + nameInReport(format, c);
     line(left, "column", "not taken" + texts + '.');
     return text;
 }
@@ -187,6 +220,9 @@ std::string assumptionText(const STLFormat& format, const STLCheck& found)
          "Numbers are taken for days as spreadsheets count them.");
     line(format.timeSource == STLTimeSource::ElapsedSeconds && secondsAreAssumed(format),
          "The column of times" + inQuotes(format) + " names no unit: seconds are assumed.");
+    line(!factoredColumns(format).empty(),
+         "K, M and G behind numbers are taken for factors: " + factoredColumns(format) + '.');
+    line(format.namesListed, "The names of the columns are those that the lines above list by number.");
     line(format.namesInRemark && format.namesLine != 0,
          "Line " + std::to_string(format.namesLine) + ", a remark, is taken for the names of the columns.");
     line(format.orderInDoubt && format.orderBySteps,
@@ -216,6 +252,7 @@ std::string assumptionText(const STLFormat& format, const STLCheck& found)
         line(true, "Line " + std::to_string(format.unmatchedLine) + " has " + words + " for " + columns +
                        (named ? ": the first ones are taken for names." : ": they are taken for no names."));
     }
+    line(found.losses.roundedCells != 0, roundingText(found.losses));
     line(found.target.coarseness >= 0.5,
          "A column \"Time\" tells these times to " + lengthText(found.target.coarseness) + '.');
     return text;
@@ -298,6 +335,9 @@ std::string importDoubt(const STLFormat& format, const STLCheck& found)
         return "The names of the columns are in doubt.\n" + namesDoubt(format) + "\nImport it so?";
     if (format.orderInDoubt && !format.orderBySteps)
         return "No date tells the day from the month.\n" + orderDoubt(format, found) + "\nImport it so?";
+    if (found.losses.otherLines > found.rows)
+        return "The text holds several tables: " + counted(found.losses.otherLines, "line") +
+               " of the others would be left out.\nImport it so?";
     const std::uint64_t troubled = found.troubledRows + found.losses.skippedLines;
     const std::uint64_t rows = found.rows + found.losses.skippedLines;
     if (troubled * 2 <= rows)
@@ -321,6 +361,8 @@ std::string problemText(STLProblem problem)
             return "136 years or more from the first row: line skipped";
         case STLProblem::NoNumber:
             return "no number in the line: skipped";
+        case STLProblem::OtherTable:
+            return "names of another table: left out with what stands below them";
         case STLProblem::LineTooLong:
             return "line longer than a million bytes: skipped";
     }

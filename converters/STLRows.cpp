@@ -32,12 +32,21 @@ float textNumber(STLTexts& texts, std::string_view cell)
 
 }  // namespace
 
+void STLLosses::addCells(const STLLosses& ofRow)
+{
+    emptyCells += ofRow.emptyCells;
+    notNumbers += ofRow.notNumbers;
+    roundedCells += ofRow.roundedCells;
+    mostRounded = std::max(mostRounded, ofRow.mostRounded);
+}
+
 STLRows::STLRows(const std::filesystem::path& file, const STLFormat& format, STLPass pass)
     : m_format(format),
       m_pass(pass),
       m_reader(file, kLongestRow),
       m_clock(format),
       m_titles(format),
+      m_tables(format),
       m_plain(format)
 {
     for (std::size_t c = 0; c < format.columns.size(); ++c) {
@@ -100,8 +109,9 @@ void STLRows::read(Piece& piece) const
         Odd odd;
         const std::size_t before = piece.troubles.size();
         const Kind kind = readLine(piece, text.substr(begin, end - begin), desk, found, odd);
-        const bool isOdd = piece.troubles.size() != before || found.losses.missingCells() != 0;
-        piece.lines.push_back({static_cast<std::uint32_t>(end), kind, isOdd});
+        const bool isOdd = piece.troubles.size() != before || found.losses.areAny();
+        piece.lines.push_back({static_cast<std::uint32_t>(end), static_cast<std::uint32_t>(desk.count), kind,
+                               isOdd, desk.isNames});
         if (isOdd) {
             odd.valueTroubles = piece.troubles.size();
             odd.losses = found.losses;
@@ -138,11 +148,14 @@ STLRows::Kind STLRows::readLine(Piece& piece, std::string_view text, Desk& desk,
     makeRoom(piece);
     const std::span<std::string_view> cells = cellsOf(piece, piece.rows);
     const std::span<float> values = valuesOf(piece, piece.rows);
+    desk.count = cells.size();
+    desk.isNames = false;
     if (m_plain.read(text, cells, values, desk.unread)) {
         if (m_titles.has(text, cells))
             return Kind::Title;
+        desk.isNames = !values.empty() && desk.unread.size() == values.size() && m_tables.areNames(cells);
     } else {
-        if (readCells(piece, text, desk.cells, found) == Kind::Title)
+        if (readCells(piece, text, desk, found) == Kind::Title)
             return Kind::Title;
         desk.unread.resize(values.size());
         std::iota(desk.unread.begin(), desk.unread.end(), std::size_t{0});
@@ -158,12 +171,13 @@ STLRows::Kind STLRows::readLine(Piece& piece, std::string_view text, Desk& desk,
 }
 
 // The same of rows of every kind, without their values.
-STLRows::Kind STLRows::readCells(Piece& piece, std::string_view text, std::vector<std::string_view>& cells,
-                                 Found& found) const
+STLRows::Kind STLRows::readCells(Piece& piece, std::string_view text, Desk& desk, Found& found) const
 {
     const std::size_t columns = m_format.columns.size();
+    std::vector<std::string_view>& cells = desk.cells;
     splitCells(text, m_format.cells, cells);
-    const std::size_t there = cells.size();
+    const std::size_t there = desk.count = cells.size();
+    desk.isNames = m_tables.areNames(cells);
     // A separator at the end of the line is no cell too many.
     const bool tooMany = there > columns && !(there == columns + 1 && cells.back().empty());
     cells.resize(std::max(there, columns));
@@ -210,15 +224,47 @@ void STLRows::show(Piece& piece, Place& place)
         m_troubles.assign(
             from, piece.troubles.begin() + static_cast<std::ptrdiff_t>(piece.odd[place.odd].cellTroubles));
     }
-    if (line.kind == Kind::Cells) {
-        m_values = valuesOf(piece, place.row);
-        m_hasRow =
-            readTime(piece, place.row) && (!(line.isOdd || m_numbersTexts) || takeOddValues(piece, place));
-        ++place.row;
+    switch (line.kind) {
+        case Kind::NoData:
+            m_tables.passBreak();
+            break;
+        case Kind::Title:
+            m_tables.passOwnNames();
+            ++m_losses.titleLines;
+            break;
+        case Kind::NoCells:
+            ++m_losses.skippedLines;
+            break;
+        case Kind::Cells:
+            showCells(piece, place);
+            ++place.row;
+            break;
     }
     place.odd += line.isOdd ? 1 : 0;
-    m_losses.titleLines += line.kind == Kind::Title ? 1 : 0;
-    m_losses.skippedLines += line.kind >= Kind::NoCells && !m_hasRow ? 1 : 0;
+}
+
+// A line with cells is a row where it is none of another table's and has a time.
+void STLRows::showCells(Piece& piece, const Place& place)
+{
+    const Line& line = piece.lines[place.line];
+    const bool isOthers = line.isNames ? m_tables.passNames(line.cells) : m_tables.isOthers(line.cells);
+    if (isOthers) {
+        m_troubles.clear();
+        if (line.isNames)
+            m_troubles.push_back(lineTrouble(piece, place, STLProblem::OtherTable));
+        ++m_losses.otherLines;
+        return;
+    }
+    m_values = valuesOf(piece, place.row);
+    m_hasRow = readTime(piece, place.row) && (!(line.isOdd || m_numbersTexts) || takeOddValues(piece, place));
+    m_losses.skippedLines += m_hasRow ? 0 : 1;
+}
+
+STLTrouble STLRows::lineTrouble(const Piece& piece, const Place& place, STLProblem problem) const
+{
+    const std::size_t begin = place.line == 0 ? 0 : piece.lines[place.line - 1].end + 1;
+    const std::string_view text = piece.text;
+    return trouble(m_lineNumber, problem, -1, text.substr(begin, piece.lines[place.line].end - begin));
 }
 
 bool STLRows::timesAreWanted() const
@@ -265,22 +311,29 @@ bool STLRows::takeOddValues(Piece& piece, const Place& place)
     const bool misshapen = !m_troubles.empty() && m_troubles.front().column < 0 &&
                            found.losses.notNumbers > 1 && found.losses.notNumbers * 2 > m_values.size();
     if (empty || misshapen) {
-        const std::size_t begin = place.line == 0 ? 0 : piece.lines[place.line - 1].end + 1;
-        m_troubles.assign(
-            1, trouble(m_lineNumber, STLProblem::NoNumber, -1,
-                       std::string_view(piece.text).substr(begin, piece.lines[place.line].end - begin)));
+        m_troubles.assign(1, lineTrouble(piece, place, STLProblem::NoNumber));
         return false;
     }
     for (const STLTrouble& trouble : m_troubles) {
         m_losses.shortRows += trouble.problem == STLProblem::TooFewCells ? 1 : 0;
         m_losses.longRows += trouble.problem == STLProblem::TooManyCells ? 1 : 0;
     }
-    m_losses.emptyCells += found.losses.emptyCells;
-    m_losses.notNumbers += found.losses.notNumbers;
+    m_losses.addCells(found.losses);
     return true;
 }
 
 // -- Values --
+
+float STLRows::Found::rounded(double value)
+{
+    const auto kept = static_cast<float>(value);
+    const double off = std::fabs(value - static_cast<double>(kept));
+    if (std::fabs(value) > kMostExactWhole && off > 0.0) {
+        ++losses.roundedCells;
+        losses.mostRounded = std::max(losses.mostRounded, off);
+    }
+    return kept;
+}
 
 // `texts` is where texts are numbered; without it none of the columns has any that are.
 float STLRows::valueOf(std::size_t column, std::string_view cell, std::uint64_t number, Found& found,
@@ -289,7 +342,7 @@ float STLRows::valueOf(std::size_t column, std::string_view cell, std::uint64_t 
     const STLColumn& wanted = m_format.columns[column];
     if (!wanted.numberTexts) {
         if (const auto value = readValue(cell, wanted, m_format.cells))
-            return static_cast<float>(*value);
+            return found.rounded(*value);
         if (wanted.kind == STLKind::Time)
             if (const auto time = veltrac::readTime(cell))
                 return static_cast<float>(static_cast<double>(time->micros) / kMicrosPerSecond);

@@ -10,6 +10,7 @@
 #include "converters/STLClock.h"
 #include "converters/STLFormat.h"
 #include "converters/STLPlainRow.h"
+#include "converters/STLTables.h"
 #include "converters/STLTitles.h"
 #include "core/LineReader.h"
 #include "core/Progress.h"
@@ -26,6 +27,7 @@ enum class STLProblem {
     UnreadableStamp,
     FarTime,
     NoNumber,
+    OtherTable,
     LineTooLong
 };
 
@@ -41,13 +43,19 @@ struct STLTrouble
 struct STLLosses
 {
     std::uint64_t skippedLines = 0;  // that are no row although data stand there
+    std::uint64_t otherLines = 0;    // of other tables that stand between
     std::uint64_t titleLines = 0;    // names lines and titles that stand between the rows once more
     std::uint64_t shortRows = 0;     // with too few cells
     std::uint64_t longRows = 0;      // and with too many
     std::uint64_t emptyCells = 0;    // of rows: empty ones, and markers of missing values
     std::uint64_t notNumbers = 0;    // of rows: cells with anything else
+    std::uint64_t roundedCells = 0;  // of rows: numbers above 2^24 that a float does not tell exactly
+    double mostRounded = 0.0;        // and by how much at most; infinite beyond a float's range
 
     std::uint64_t missingCells() const { return emptyCells + notNumbers; }
+    // What of a row is told.
+    bool areAny() const { return missingCells() + roundedCells != 0; }
+    void addCells(const STLLosses& ofRow);
 };
 
 // Texts of a column that is numbered, in the order in which they come.
@@ -93,12 +101,17 @@ private:
     {
         std::vector<STLTrouble>& troubles;
         STLLosses losses;
+
+        // A value as it is kept, and what that takes from it.
+        float rounded(double value);
     };
     struct Line
     {
-        std::uint32_t end;  // in the text of its piece
+        std::uint32_t end;    // in the text of its piece
+        std::uint32_t cells;  // that it has
         Kind kind;
-        bool isOdd;  // something is told of it
+        bool isOdd;    // something is told of it
+        bool isNames;  // they can be other names
     };
     // Of an odd line: the ends, among the troubles of its piece, of those of its cells' number and those of
     // its values, and what its values lack.
@@ -133,6 +146,9 @@ private:
     {
         std::vector<std::string_view> cells;
         std::vector<std::size_t> unread;
+        // Of the present line.
+        std::size_t count = 0;
+        bool isNames = false;
     };
 
     void passHead();
@@ -140,11 +156,12 @@ private:
     void read(Piece& piece) const;
     void makeRoom(Piece& piece) const;
     Kind readLine(Piece& piece, std::string_view text, Desk& desk, Found& found, Odd& odd) const;
-    Kind readCells(Piece& piece, std::string_view text, std::vector<std::string_view>& cells,
-                   Found& found) const;
+    Kind readCells(Piece& piece, std::string_view text, Desk& desk, Found& found) const;
     bool holdsData(std::string_view line) const;
     // Gives the next line of a piece to the clock, and where it is a row, its values.
     void show(Piece& piece, Place& place);
+    void showCells(Piece& piece, const Place& place);
+    STLTrouble lineTrouble(const Piece& piece, const Place& place, STLProblem problem) const;
     bool timesAreWanted() const;
     bool readTime(Piece& piece, std::size_t row);
     bool takeOddValues(Piece& piece, const Place& place);
@@ -159,6 +176,7 @@ private:
     LineReader m_reader;
     STLClock m_clock;
     STLTitles m_titles;
+    STLTables m_tables;
     STLPlainRow m_plain;
     std::vector<std::size_t> m_takenColumns;
     bool m_numbersTexts = false;  // so values are read in the order of the rows

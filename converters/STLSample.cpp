@@ -93,7 +93,7 @@ bool isTitle(const STLRow& row, const std::vector<STLKind>& kinds)
 bool sameTitle(const STLRow& a, const STLRow& b, const std::vector<STLKind>& kinds)
 {
     for (std::size_t c = 0; c < kinds.size(); ++c)
-        if (kinds[c] == STLKind::Number && a.cells[c].text != b.cells[c].text)
+        if ((kinds[c] == STLKind::Number || kinds[c] == STLKind::Text) && a.cells[c].text != b.cells[c].text)
             return false;
     return true;
 }
@@ -314,8 +314,42 @@ bool isTimedTitle(const std::vector<STLRow>& rows, std::size_t row, const std::v
 
 }  // namespace
 
+namespace {
+
+// Where names of two and more tables stand above their rows again and again: the first row of the table that
+// has the most; rows.size() where they do not.
+std::size_t firstRowOfTables(const std::vector<STLRow>& rows, const std::vector<STLKind>& kinds)
+{
+    struct Table
+    {
+        std::size_t names;
+        std::size_t times = 0;
+        std::size_t rows = 0;
+    };
+    std::vector<Table> tables;
+    auto table = tables.end();
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        if (isTitle(rows[i], kinds)) {
+            table = std::find_if(tables.begin(), tables.end(),
+                                 [&](const Table& t) { return sameTitle(rows[t.names], rows[i], kinds); });
+            table = table == tables.end() ? tables.insert(table, Table{i}) : table;
+            ++table->times;
+        } else if (table != tables.end()) {
+            ++table->rows;
+        }
+    }
+    std::erase_if(tables, [](const Table& t) { return t.times < 2 || t.rows == 0; });
+    const auto most = std::max_element(tables.begin(), tables.end(),
+                                       [](const Table& a, const Table& b) { return a.rows < b.rows; });
+    return tables.size() < 2 ? rows.size() : most->names + 1;
+}
+
+}  // namespace
+
 std::size_t firstDataRow(const std::vector<STLRow>& rows, const std::vector<STLKind>& kinds)
 {
+    if (const std::size_t first = firstRowOfTables(rows, kinds); first < rows.size())
+        return first;
     for (std::size_t first = 0; first < rows.size(); ++first) {
         bool all = !beginsWithWords(rows[first], kinds) && !isTimedTitle(rows, first, kinds);
         // Blocks may be shorter than the run: the names above the first one stand above each.

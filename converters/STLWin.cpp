@@ -115,6 +115,7 @@ void STLWin::open(const QString& file)
     m_text->showFile(info.fileName() + QStringLiteral(", ") +
                      qText(sizeText(static_cast<std::uint64_t>(info.size()))));
     m_result->showTarget(info.completeBaseName() + QStringLiteral(".ts"));
+    m_panel->watch({info.absoluteFilePath()});
     m_panel->attempt([&] {
         JobProgress progress(this, QStringLiteral("Unpacking %1 …").arg(info.fileName()));
         if (m_log->unpack(progress.callback()) == JobOutcome::Cancelled)

@@ -33,7 +33,8 @@ constexpr std::size_t kWrittenBatch = std::size_t{1} << 14;
 class Output
 {
 public:
-    explicit Output(const fs::path& path) : m_path(path), m_file(std::fopen(path.c_str(), "wb"))
+    // Of an empty file: one that is emptied once more is flushed as it is closed, by some systems.
+    explicit Output(const fs::path& path) : m_path(path), m_file(std::fopen(path.c_str(), "r+b"))
     {
         if (!m_file)
             fail();

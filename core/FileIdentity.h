@@ -1,4 +1,5 @@
-// Which file of all there are stands under a name, whatever becomes of the name.
+// Which file of all there are stands under a name, whatever becomes of the name, and how it was left by the
+// last who wrote it.
 #pragma once
 
 #include <sys/stat.h>
@@ -35,6 +36,26 @@ inline std::optional<FileIdentity> identityOf(const std::filesystem::path& path)
     if (::stat(path.c_str(), &status) != 0)
         return std::nullopt;
     return identityOf(status);
+}
+
+// Another one where a file was replaced, written or cut.
+struct FileStamp
+{
+    FileIdentity file;
+    std::int64_t bytes = 0;
+    std::int64_t nanoseconds = 0;  // of the last write, since 1970
+    bool operator==(const FileStamp&) const = default;
+};
+
+// Nothing where no file bears the name.
+inline std::optional<FileStamp> stampOf(const std::filesystem::path& path) noexcept
+{
+    constexpr std::int64_t kNanoseconds = 1'000'000'000;
+    struct stat status = {};
+    if (::stat(path.c_str(), &status) != 0)
+        return std::nullopt;
+    return FileStamp{identityOf(status), status.st_size,
+                     status.st_mtim.tv_sec * kNanoseconds + status.st_mtim.tv_nsec};
 }
 
 }  // namespace veltrac

@@ -34,15 +34,6 @@ std::string PlotFile::name() const
     return std::filesystem::path(m_path).filename().string();
 }
 
-PlotFile::Stamp PlotFile::stampOf(const std::string& path)
-{
-    std::error_code error;
-    Stamp stamp;
-    stamp.size = std::filesystem::file_size(path, error);
-    stamp.time = std::filesystem::last_write_time(path, error);
-    return stamp;
-}
-
 bool PlotFile::changedOnDisk() const
 {
     return stampOf(m_path) != m_stamp;
@@ -51,7 +42,7 @@ bool PlotFile::changedOnDisk() const
 void PlotFile::reload()
 {
     // The stamp comes first: a change between the two is noticed, at worst once too often.
-    const Stamp stamp = stampOf(m_path);
+    const std::optional<FileStamp> stamp = stampOf(m_path);
     m_file = openTsFile(m_path, true);
     m_stamp = stamp;
     m_identity = identityOf(m_file->descriptor());
@@ -77,7 +68,7 @@ PlotFile::News PlotFile::follow()
     if (::stat(m_path.c_str(), &named) != 0)
         return News::Gone;
     const bool isSame = m_identity == identityOf(named);
-    if (isSame && static_cast<std::uintmax_t>(named.st_size) < m_stamp.size) {
+    if (isSame && m_stamp && named.st_size < m_stamp->bytes) {
         m_wasCut = true;
         return News::Cut;
     }
@@ -158,8 +149,7 @@ void PlotFile::look()
     const std::uint64_t head = tsFileBytes(0, m_columns);
     if (m_columns > 0) {
         // Only whole blocks can be read.
-        const std::uint64_t bytes =
-            m_stamp.size > head ? (m_stamp.size - head) / kBlockBytes * kBlockBytes : 0;
+        const std::uint64_t bytes = bytesBehind(head) / kBlockBytes * kBlockBytes;
         inFile =
             static_cast<std::uint32_t>(std::min<std::uint64_t>(claimed, bytes / sizeof(float) / m_columns));
     }
@@ -207,11 +197,16 @@ std::string PlotFile::timeUnit() const
     return m_file->timeUnit();
 }
 
+std::uint64_t PlotFile::bytesBehind(std::uint64_t head) const
+{
+    const std::uint64_t bytes = m_stamp ? static_cast<std::uint64_t>(m_stamp->bytes) : 0;
+    return bytes > head ? bytes - head : 0;
+}
+
 std::uint32_t PlotFile::describedColumns() const
 {
-    const std::uint64_t records =
-        m_stamp.size > kBlockBytes ? (m_stamp.size - kBlockBytes) / kColumnRecordBytes : 0;
-    return static_cast<std::uint32_t>(std::min<std::uint64_t>(m_columns, records));
+    return static_cast<std::uint32_t>(
+        std::min<std::uint64_t>(m_columns, bytesBehind(kBlockBytes) / kColumnRecordBytes));
 }
 
 bool PlotFile::isPlottable(std::uint32_t column) const

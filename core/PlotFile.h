@@ -78,18 +78,12 @@ private:
     void hideOverwritten(std::uint32_t first, std::uint32_t count, float* rows) const;
     std::uint32_t newestSample() const;
 
-    struct Stamp
-    {
-        std::uintmax_t size = 0;
-        std::filesystem::file_time_type time;
-        bool operator==(const Stamp&) const = default;
-    };
-    static Stamp stampOf(const std::string& path);
     void look();
+    std::uint64_t bytesBehind(std::uint64_t head) const;
 
     std::string m_path;
     std::unique_ptr<TSFILE> m_file;
-    Stamp m_stamp;
+    std::optional<FileStamp> m_stamp;
     FileIdentity m_identity;
     Shape m_shape;
     bool m_wasCut = false;

@@ -5,7 +5,7 @@ namespace veltrac {
 namespace {
 
 constexpr int kSoonMs = 400;  // joins what comes in a burst
-constexpr int kPollMs = 2000;
+constexpr int kPollMs = 1500;
 
 }  // namespace
 

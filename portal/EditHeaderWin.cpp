@@ -166,7 +166,7 @@ QWidget* EditHeaderWin::createButtons()
 
 void EditHeaderWin::readHeader()
 {
-    rememberFileTime();
+    m_watch.watch(m_fileName);
     const std::unique_ptr<TSFILE> file = openFile(m_fileName, true);
     if (!file) {
         showInStatusBar(QStringLiteral("%1 could not be opened.").arg(m_shownName));
@@ -198,30 +198,22 @@ void EditHeaderWin::takeCounts(TSFILE& file)
     m_fields->setCounts(m_samples, m_columns);
 }
 
-void EditHeaderWin::rememberFileTime()
-{
-    m_fileTime = QFileInfo(m_fileName).lastModified();
-    m_watch.watch(m_fileName);
-}
-
 void EditHeaderWin::changeEvent(QEvent* event)
 {
     SubWindow::changeEvent(event);
     if (event->type() == QEvent::ActivationChange && isActiveWindow())
-        followFile();
+        m_watch.look();
 }
 
 // Another window or program may have rebuilt or computed what is shown here. What the user has typed stays.
 void EditHeaderWin::followFile()
 {
-    const QFileInfo file(m_fileName);
-    if (JobProgress::isRunning() || file.lastModified() == m_fileTime)
-        return;
-    showInStatusBar((file.exists() ? QStringLiteral("%1 has changed and was read again.")
-                                   : QStringLiteral("%1 is gone; what was typed is still here."))
+    const bool isThere = m_watch.state(m_fileName) != FileWatch::State::Gone;
+    showInStatusBar((isThere ? QStringLiteral("%1 has changed and was read again.")
+                             : QStringLiteral("%1 is gone; what was typed is still here."))
                         .arg(m_shownName));
-    if (m_edits.any() || !file.exists())
-        rememberFileTime();
+    if (m_edits.any() || !isThere)
+        m_watch.watch(m_fileName);
     else
         readHeader();
     sl_refresh();
@@ -309,7 +301,7 @@ void EditHeaderWin::sl_cellChanged(int row, int column)
                            .arg(m_shownName, QString::number(row + 1)));
         sl_refresh();
     }
-    rememberFileTime();
+    m_watch.watch(m_fileName);
 }
 
 void EditHeaderWin::writeCell(int row, int column)
@@ -425,7 +417,7 @@ bool EditHeaderWin::rebuild(unsigned samples, unsigned columns)
     } catch (const std::exception&) {
         failure = QStringLiteral("Uspecified problem but something vent wrong in any case.\n") + unchanged();
     }
-    rememberFileTime();
+    m_watch.watch(m_fileName);
     if (outcome == JobOutcome::Done) {
         m_samples = samples;
         m_columns = columns;

@@ -7,8 +7,6 @@
 // The file may be rebuilt by another window meanwhile: its true counts are asked anew before each change.
 #pragma once
 
-#include <QDateTime>
-
 #include <optional>
 
 #include "share/FileWatch.h"
@@ -68,7 +66,6 @@ private:
     QWidget* createButtons();
     void readHeader();
     void takeCounts(TSFILE& file);
-    void rememberFileTime();
     void followFile();
 
     // The user leaves the field of a count, though not to cancel.
@@ -97,8 +94,7 @@ private:
     bool m_isRing = false;
     bool m_isClosing = false;
     Edits m_edits;
-    QDateTime m_fileTime;  // of the file as it is shown
-    veltrac::FileWatch m_watch;
+    veltrac::FileWatch m_watch;  // of the file as it is shown
 
     veltrac::HeaderFields* m_fields = nullptr;
     veltrac::ColumnTable* m_table = nullptr;

@@ -1,7 +1,6 @@
 #include "share/FileWatch.h"
 
-#include <QFileInfo>
-#include <QStorageInfo>
+#include <QFile>
 
 #include <vector>
 
@@ -11,17 +10,9 @@ namespace veltrac {
 
 namespace {
 
-constexpr int kSoonMs = 200;  // a file that is being written changes many times a second
-constexpr int kPollMs = 1000;
-
-// Where changes from another machine are not told.
-bool isRemote(const QString& path)
+std::optional<FileStamp> stampOf(const QString& path)
 {
-    const QByteArray type = QStorageInfo(QFileInfo(path).absolutePath()).fileSystemType();
-    for (const char* const remote : {"nfs", "cifs", "smb", "fuse", "9p", "afs", "vboxsf"})
-        if (type.startsWith(remote))
-            return true;
-    return false;
+    return veltrac::stampOf(std::filesystem::path(QFile::encodeName(path).toStdString()));
 }
 
 }  // namespace
@@ -39,16 +30,10 @@ FileWatch::FileWatch(QObject* parent) : QObject(parent)
     connect(&m_poll, &QTimer::timeout, this, &FileWatch::look);
 }
 
-FileWatch::Stamp FileWatch::stampOf(const QString& path)
-{
-    const QFileInfo info(path);
-    return info.exists() ? Stamp{info.lastModified(), info.size()} : Stamp();
-}
-
 void FileWatch::watch(const QString& path)
 {
-    const Stamp now = stampOf(path);
-    m_files[path] = {now, now, isRemote(path)};
+    const std::optional<FileStamp> now = stampOf(path);
+    m_files[path] = {now, now};
     keepWatching();
 }
 
@@ -75,7 +60,7 @@ void FileWatch::watchOnly(const QStringList& paths)
 FileWatch::State FileWatch::state(const QString& path) const
 {
     const auto entry = m_files.find(path);
-    if (entry == m_files.end() || entry->second.told.size < 0)
+    if (entry == m_files.end() || !entry->second.told)
         return State::Gone;
     return entry->second.told == entry->second.known ? State::Same : State::Changed;
 }
@@ -88,7 +73,7 @@ void FileWatch::look()
     }
     QStringList changed;
     for (auto& [path, entry] : m_files) {
-        const Stamp now = stampOf(path);
+        const std::optional<FileStamp> now = stampOf(path);
         if (now == entry.told)
             continue;
         entry.told = now;
@@ -103,12 +88,10 @@ void FileWatch::look()
 void FileWatch::keepWatching()
 {
     const QStringList watched = m_watcher.files();
-    bool poll = false;
-    for (const auto& [path, entry] : m_files) {
-        const bool told = watched.contains(path) || (QFileInfo::exists(path) && m_watcher.addPath(path));
-        poll = poll || !told || entry.remote;
-    }
-    if (!poll)
+    for (const auto& [path, entry] : m_files)
+        if (entry.told && !watched.contains(path))
+            m_watcher.addPath(path);
+    if (m_files.empty())
         m_poll.stop();
     else if (!m_poll.isActive())
         m_poll.start();

@@ -1,14 +1,16 @@
 // Notices that files have been changed, replaced or removed by others.
 //
-// The system tells of it; where it cannot (network drives, too many watches, a file that is gone and may come
-// back), the files are looked at every second.
+// The system tells of most of it at once. What it does not tell (network drives, too many watches, a file
+// system that is taken away, a file that is gone and may come back) is seen by a look every second.
 #pragma once
 
-#include <QDateTime>
 #include <QFileSystemWatcher>
 #include <QTimer>
 
 #include <map>
+#include <optional>
+
+#include "core/FileIdentity.h"
 
 namespace veltrac {
 
@@ -18,6 +20,11 @@ class FileWatch : public QObject
 
 public:
     enum class State { Same, Changed, Gone };
+
+    // How long a change stays unseen at most, and how long it waits for others: a file that is being written
+    // changes many times a second.
+    static constexpr int kPollMs = 1000;
+    static constexpr int kSoonMs = 200;
 
     explicit FileWatch(QObject* parent = nullptr);
 
@@ -37,19 +44,11 @@ signals:
     void x_changed(const QString& path);
 
 private:
-    struct Stamp
-    {
-        QDateTime time;
-        qint64 size = -1;
-        bool operator==(const Stamp& other) const { return time == other.time && size == other.size; }
-    };
     struct Entry
     {
-        Stamp known;
-        Stamp told;
-        bool remote;
+        std::optional<FileStamp> known;
+        std::optional<FileStamp> told;
     };
-    static Stamp stampOf(const QString& path);
     void keepWatching();
 
     QFileSystemWatcher m_watcher;

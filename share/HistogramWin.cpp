@@ -15,6 +15,7 @@
 #include "core/PlotValues.h"
 #include "core/TsExceptions.h"
 #include "share/BasicDriver.h"
+#include "share/FileNotice.h"
 #include "share/JobProgress.h"
 #include "share/NumberField.h"
 #include "share/PlotCanvas.h"
@@ -82,6 +83,7 @@ HistogramWin::HistogramWin(std::shared_ptr<HsVariable> variable, const SampleRan
     auto* const column = new QVBoxLayout(centre);
     column->setContentsMargins(0, 0, 0, 0);
     column->addWidget(bar);
+    column->addWidget(FileNotice::ofValues(*m_variable->variable().source(), centre));
     column->addWidget(m_canvas, 1);
     setCentralWidget(centre);
     createMenus();

@@ -9,7 +9,7 @@ namespace veltrac {
 namespace {
 
 // A look after that falls within half a second.
-constexpr qint64 kShowAfterMs = 400;
+constexpr qint64 kShowAfterMs = 300;
 // Short enough that a question leaves the screen as soon as it is answered.
 constexpr qint64 kFirstLookMs = 30;
 constexpr qint64 kLookEveryMs = 50;

@@ -40,7 +40,7 @@ std::string decimal(float number)
     return decimal(static_cast<double>(number));
 }
 
-// Text of an element: control characters have no place in XML 1.0.
+// Text of an element: control characters, U+FFFE and U+FFFF have no place in XML 1.0.
 std::string xmlText(std::string_view utf8)
 {
     std::string out;
@@ -54,6 +54,10 @@ std::string xmlText(std::string_view utf8)
                 break;
             case '>':
                 out += "&gt;";
+                break;
+            case '\xBE':
+            case '\xBF':
+                out += out.ends_with("\xEF\xBF") ? '\xBD' : c;
                 break;
             default:
                 out += static_cast<unsigned char>(c) < ' ' ? ' ' : c;

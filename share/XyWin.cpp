@@ -2,6 +2,7 @@
 
 #include <QMenuBar>
 #include <QStatusBar>
+#include <QVBoxLayout>
 
 #include <cmath>
 #include <limits>
@@ -9,6 +10,7 @@
 #include "core/NumberTexts.h"
 #include "core/PlotValues.h"
 #include "core/TsExceptions.h"
+#include "share/FileNotice.h"
 #include "share/JobProgress.h"
 #include "share/PlotCanvas.h"
 #include "share/QtMessageWin.h"
@@ -71,7 +73,12 @@ XyWin::XyWin(std::shared_ptr<HsVariable> x, std::shared_ptr<HsVariable> y, const
                             QString::fromStdString(m_x->variable().label)));
     m_canvas->setAccessibleName(windowTitle());
     m_canvas->setSuggestedName(name);
-    setCentralWidget(m_canvas);
+    auto* const centre = new QWidget(this);
+    auto* const column = new QVBoxLayout(centre);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->addWidget(FileNotice::ofValues(*m_x->variable().source(), centre));
+    column->addWidget(m_canvas, 1);
+    setCentralWidget(centre);
     createMenus();
     connect(m_canvas, &PlotCanvas::x_told, this,
             [this](const QString& text) { statusBar()->showMessage(text); });

@@ -146,6 +146,11 @@ TEST(Spectrum, SumOfTheDensityIsTheVarianceAlsoAveragedPaddedAndAtNyquist)
     EXPECT_NEAR(square->value(kLong / 2, 2), 2.0, 1e-6);
     for (const std::uint32_t row : {1U, 32'769U, 40'000U, kLong / 2})
         EXPECT_FLOAT_EQ(square->value(row, 1), static_cast<float>(row / (kLong * kDt))) << row;
+    fill(file, [](double i) { return 2.0 * std::sin(0.8 * kPi * i) + std::sin(0.2 * kPi * i); });
+    const auto peaks = findPeaks(*spectrumOf(file, requestFor(file)), requestFor(file), {2});
+    ASSERT_EQ(peaks.size(), 2U);
+    EXPECT_NEAR(peaks[0].frequency * kDt, 0.4, 1e-6);
+    EXPECT_NEAR(peaks[1].frequency * kDt, 0.1, 1e-6);
 }
 
 TEST(Spectrum, AverageIsTheMeanPowerOfItsSegments)

@@ -165,6 +165,51 @@ TEST_F(CliResults, TextsArraysAndSoundsComeBackAsTheyWere)
     std::memcpy(&third, npy.data() + 128 + 8, sizeof third);
     EXPECT_EQ(third, wave.value(5, 2));
     EXPECT_NE(textOf("a.npy.txt").find("[:, 0]  both  Sum [V]\n"), std::string::npos);
+
+    constexpr std::uint32_t kLong = 70'001;  // more rows than are written at once
+    {
+        TSFILE file("long.ts", kLong, 2, 0);
+        file.dt(0.5F);
+        for (std::uint32_t s = 1; s <= kLong; ++s) {
+            const float row[] = {static_cast<float>(s), -2.0F * static_cast<float>(s)};
+            file.writeRow(s, row, false);
+        }
+    }
+    ASSERT_EQ(cli("export --csv -o l.csv long.ts").status, 0);
+    ASSERT_EQ(cli("export --npy -o l.npy long.ts").status, 0);
+    ASSERT_EQ(cli("export --wav -o l.wav long.ts").status, 0);
+    const std::string rows = textOf("l.csv");
+    EXPECT_NE(rows.find("\n16384,32768,-65536\n16384.5,32769,-65538\n"), std::string::npos);
+    EXPECT_TRUE(rows.ends_with("\n35000.5,70001,-140002\n")) << rows.substr(rows.size() - 60);
+    const std::string array = textOf("l.npy");
+    ASSERT_EQ(array.size(), 128U + 8U * kLong);
+    ASSERT_EQ(cli("import -o l.ts l.wav").status, 0);
+    TSFILE sound("l.ts", true);
+    ASSERT_EQ(sound.samples(), kLong);
+    for (std::uint32_t s = 1; s <= kLong; ++s) {
+        float second = 0.0F;
+        std::memcpy(&second, array.data() + 128 + 8U * s - 4, sizeof second);
+        ASSERT_EQ(second, -2.0F * static_cast<float>(s)) << s;
+        ASSERT_EQ(sound.value(s, 2), second) << s;
+    }
+}
+
+TEST_F(CliResults, WhatATsaTextLacksOrHasTooMuchIsToldAndNothingElse)
+{
+    std::ofstream("few.tsa") << "%S 5\n%C 2\n1 2\n3\n4 x5\n6 7 8 9\n\t1 2\n";
+    EXPECT_EQ(cli("import -o few.ts few.tsa").notes,
+              "few.tsa: 4 samples, 2 columns.\n"
+              "few.tsa: 1 sample without a line in the text: zeros\n"
+              "few.tsa: 1 data line beginning with a tab, passed over\n"
+              "few.tsa: 1 word no number, or with text behind the number\n"
+              "few.tsa: 1 value missing in their lines: 0\n"
+              "few.tsa: 2 values more than the columns, left over\n");
+    TSFILE few("few.ts", true);
+    EXPECT_EQ(few.value(4, 2), 7.0F);
+    EXPECT_EQ(few.value(5, 1), 0.0F);
+    std::ofstream("more.tsa") << "%S 1\n%C 1\n1\n2\n3\n";
+    EXPECT_EQ(cli("import -o more.ts more.tsa").notes,
+              "more.tsa: 1 sample, 1 column.\nmore.tsa: 2 data lines more than the samples, left over\n");
 }
 
 TEST_F(CliResults, TimesAreReadAsTheOptionSays)

@@ -177,6 +177,22 @@ TEST_F(CliWindows, AHardCopyAndItsSvg)
     ASSERT_EQ(cli("plot -o cli.svg weather.ts").status, 0);
     EXPECT_EQ(textOf("cli.eps"), textOf("window.eps"));
     EXPECT_EQ(textOf("cli.svg"), textOf("window.svg"));
+    Plot2D& plot = canvas.plot();
+    for (std::size_t g = 0; g < plot.groups().size(); ++g)
+        plot.setLogarithmicY(g, true);
+    plot.setMode(XMode::Sample);
+    plot.setLogarithmicX(true);
+    plot.fitAll();
+    plot.grid = PlotGrid::Dotted;
+    plot.title = "A week";
+    plot.legend = false;
+    ASSERT_EQ(writePlotEps(QStringLiteral("window.eps"), canvas.psParameters(), plot, canvas.colors(), false),
+              QString());
+    ASSERT_EQ(cli("plot --force --x samples --log-x --log-y --grid dotted --title \"A week\" --no-legend "
+                  "-o cli.eps weather.ts")
+                  .status,
+              0);
+    EXPECT_EQ(textOf("cli.eps"), textOf("window.eps"));
 }
 
 }  // namespace

@@ -30,6 +30,7 @@ public:
             dup2(ends[0], 0);
             const int null = open("notes", O_WRONLY | O_CREAT | O_TRUNC, 0666);
             dup2(null, 2);
+            signal(SIGINT, SIG_DFL);  // which a shell ignores for what it starts behind itself
             const std::string room = std::to_string(kRecordedRoom);
             execl(VELTRAC_CLI, VELTRAC_CLI, "record", "r.ts", "--f32", "--columns", "n,m,k", "--samples",
                   room.c_str(), "--flush", "0.002", "--no-gap", nullptr);

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <random>
 #include <vector>
 
 #include "core/ColumnScan.h"
@@ -62,6 +63,36 @@ TEST(ColumnScan, FirstOfEqualExtremesWinsAndMissingValuesAreNoExtremes)
         EXPECT_TRUE(same(scan.averagePresent, row.present)) << row.label << ' ' << scan.averagePresent;
         EXPECT_EQ(scan.missing, row.missing) << row.label;
     }
+}
+
+TEST(ColumnScan, LongColumnsHaveTheExtremesOfAPlainLoop)
+{
+    std::mt19937 random(3);
+    std::uniform_real_distribution<float> any(-1.0F, 1.0F);
+    // Below, at and above what is compared at once, and more than is read at once.
+    for (const std::uint32_t size : {7U, 8U, 29U, 8'195U, 150'003U})
+        for (const bool hasHoles : {false, true})
+            for (const std::uint32_t high : {0U, size / 3, size / 2 + 1, size - 1}) {
+                SCOPED_TRACE(testing::Message() << size << " samples, the greatest at " << high);
+                std::vector<float> values(size);
+                for (std::uint32_t i = 0; i < size; ++i)
+                    values[i] = hasHoles && i % 5 == 2 ? NAN : any(random);
+                const std::uint32_t low = size - 1 - high;
+                values[high] = 9.0F;
+                values[low] = -9.0F;
+                double sum = 0.0;
+                std::uint32_t missing = 0;
+                for (const float v : values)
+                    std::isnan(v) ? void(++missing) : void(sum += static_cast<double>(v));
+                ColumnExtremes scan;
+                ASSERT_EQ(scanColumn(readerOf(values), size, {}, scan), JobOutcome::Done);
+                EXPECT_EQ(scan.maximumSample, high + 1);
+                EXPECT_EQ(scan.minimumSample, low + 1);
+                EXPECT_EQ(scan.maximum, 9.0);
+                EXPECT_EQ(scan.minimum, -9.0);
+                EXPECT_EQ(scan.missing, missing);
+                EXPECT_NEAR(scan.averagePresent, sum / (size - missing), 1e-9);
+            }
 }
 
 TEST(ColumnScan, CancelledScanLeavesTheLastOutcome)

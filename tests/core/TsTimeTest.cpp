@@ -92,6 +92,12 @@ TEST(SampleTime, TimeColumnsSplitWholeSecondsAndFractions)
     float out[1];
     EXPECT_EQ(file.readRowWithTime(1, out), 1003.5);
     EXPECT_EQ(out[0], 7.0F);
+    // Rows of two who write take turns.
+    TSFILE("a", false).appendRowWithTime(1004.5, in, true);
+    file.refresh();
+    file.appendRowWithTime(1005.25, in, true);
+    EXPECT_EQ(file.readRowWithTime(2, out), 1004.5);
+    EXPECT_EQ(file.readRowWithTime(3, out), 1005.25);
     try {
         file.appendRowWithTime(999.0, in, true);
         FAIL();

@@ -11,6 +11,10 @@
 
 #include <cmath>
 #include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <set>
 
 #include "calc/DFTWin.h"
 #include "calc/DerivativeWin.h"
@@ -19,9 +23,12 @@
 #include "filter/FilterWin.h"
 #include "formula/EditTsWin1.h"
 #include "portal/TsApplication.h"
+#include "share/FileWatch.h"
+#include "share/NoticeStrip.h"
 #include "share/SubWindow.h"
 #include "tests/BoxAnswer.h"
 #include "tests/core/TsFileBytes.h"
+#include "tests/journeys/EveryWindow.h"
 
 using namespace veltrac;
 
@@ -63,6 +70,27 @@ protected:
     const QString kName = QStringLiteral("2016-05 Bett 3.v2.ts");
     const TestDirectory m_directory;
 };
+
+// What a window tells in its strips and its status bar.
+QString toldBy(const QWidget& window)
+{
+    QString text;
+    for (const NoticeStrip* const strip : window.findChildren<NoticeStrip*>())
+        if (strip->isVisible())
+            text += strip->text() + QLatin1Char('\n');
+    for (const QStatusBar* const bar : window.findChildren<QStatusBar*>())
+        text += bar->currentMessage() + QLatin1Char('\n');
+    return text;
+}
+
+// Waits until the window tells what has become of the file.
+testing::AssertionResult isTold(const QWidget& window, const QString& words)
+{
+    if (QTest::qWaitFor([&] { return toldBy(window).contains(words); }, 20'000))
+        return testing::AssertionSuccess();
+    return testing::AssertionFailure()
+           << words.toStdString() << " is not told, but " << toldBy(window).toStdString();
+}
 
 }  // namespace
 
@@ -130,4 +158,41 @@ TEST_F(AllWindows, FilterAndSpectrumWorkOnScratchFilesOfTheirOwn)
     close(spectrum);
     close(filter);
     EXPECT_EQ(m_directory.fileCount(), 1U);
+}
+
+using FileUnderneath = EveryWindow;
+
+TEST_F(FileUnderneath, IsToldByEveryWindowWhenItIsWrittenGrownCutReplacedOrGone)
+{
+    // However slow this machine is: nothing stays unseen for longer.
+    static_assert(FileWatch::kPollMs + FileWatch::kSoonMs < 2000);
+    namespace fs = std::filesystem;
+    const std::set<QString> withoutAFile = {"VeltracWin",     "CreateTsWin",       "veltrac::FilterCharWin",
+                                            "PsConfigDialog", "ColorConfigDialog", "MessageWin"};
+    const std::function<void(const fs::path&)> changes[] = {
+        [](const fs::path& file) {
+            std::fstream out(file);
+            out.seekp(-1, std::ios::end) << '7';
+        },
+        [](const fs::path& file) { std::ofstream(file, std::ios::app) << "17;5\n"; },
+        [](const fs::path& file) { fs::resize_file(file, fs::file_size(file) / 2); },
+    };
+    std::size_t asked = 0;
+    forEachWindow([&](QWidget& window, const std::string& title) {
+        SCOPED_TRACE(title);
+        const QString kind = window.metaObject()->className();
+        if (window.isModal() || withoutAFile.count(kind) != 0)
+            return;
+        const fs::path file = kind == "STLWin" ? "troubles.stl" : kind == "SCLWin" ? "clock.scl" : "bed 3.ts";
+        const QString name = QString::fromStdString(file.string());
+        fs::copy_file(file, "kept");
+        changes[asked++ % std::size(changes)](file);
+        EXPECT_TRUE(isTold(window, name + " has changed"));
+        fs::rename(file, "away");
+        EXPECT_TRUE(isTold(window, name + " is gone"));
+        fs::rename("kept", file);
+        EXPECT_TRUE(isTold(window, name + " has changed"));
+        fs::remove("away");
+    });
+    EXPECT_GE(asked, 13U);
 }

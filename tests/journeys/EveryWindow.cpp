@@ -6,6 +6,7 @@
 #include <QTimer>
 
 #include <cmath>
+#include <filesystem>
 
 #include "calc/DFTWin.h"
 #include "calc/DerivativeWin.h"
@@ -70,6 +71,8 @@ EveryWindow::EveryWindow()
             copy->setValue(s, col, ecg->value(s * col, 1));
     copy->columnName(1, "MLII");
     copy->columnDescription(1, "Lead MLII [mV]");
+    for (const char* const text : {"troubles.stl", "clock.scl"})
+        std::filesystem::copy_file(std::filesystem::path(VELTRAC_TEXTS) / text, text);
 }
 
 QWidget* EveryWindow::mainWindow()
@@ -106,8 +109,8 @@ void EveryWindow::forEachWindow(const Look& look)
     QWidget* const searched = open(List, m_file);
     trigger(*searched, "&Find…");
     show(searched, look);
-    show(open(StlImport, QStringLiteral(VELTRAC_TEXTS "/troubles.stl")), look);
-    show(open(SclImport, QStringLiteral(VELTRAC_TEXTS "/clock.scl")), look);
+    show(open(StlImport, QStringLiteral("troubles.stl")), look);
+    show(open(SclImport, QStringLiteral("clock.scl")), look);
     // With what they have computed.
     for (const SubProgram kind : {Derivative, Integral, Spectrum, Filter}) {
         QWidget* const window = open(kind, m_file);

@@ -5,7 +5,9 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <numeric>
 #include <random>
+#include <utility>
 #include <vector>
 
 #include "portal/BlockOperation.h"
@@ -192,6 +194,29 @@ TEST(BlockOperation, InterpolationBridgesGapsAndHoldsAtTheEnds)
     EXPECT_TRUE(std::isnan(outcome(BlockOperation::InterpolateMissing, {1, 3, 4})[6]));
     EXPECT_EQ(outcome(BlockOperation::Interpolate, {1, 3, 4})[2], 4.0F);
     EXPECT_EQ(outcome(BlockOperation::Interpolate, {1, 1, 1})[0], 2.0F);
+}
+
+TEST(BlockOperation, GapsAreBridgedWhereverTheyLieInALongColumn)
+{
+    // At the seam of what is read at once, behind it, and at the end.
+    Values column(20'001);
+    std::iota(column.begin(), column.end(), 1.0F);
+    const Values whole = column;
+    for (const auto& [first, last] : {std::pair{8190, 8195}, {16'384, 16'385}, {20'000, 20'001}})
+        std::fill(column.begin() + first - 1, column.begin() + last, NAN);
+    std::vector<EditStrip> strips;
+    const ReaderOfColumn readerOf = [&](std::uint32_t) -> ColumnReader {
+        return [&](std::uint32_t first, std::span<float> out) {
+            std::copy_n(column.begin() + first - 1, out.size(), out.begin());
+        };
+    };
+    makeStrips(BlockOperation::InterpolateMissing, {{1, 3, 20'001}}, {}, 20'001, readerOf, {}, strips);
+    EXPECT_EQ(strips.size(), 3U);
+    EditList list;
+    list.add({"edit", strips});
+    const Values bridged = applied(list, 1, 1, column);
+    EXPECT_TRUE(std::equal(bridged.begin(), bridged.end() - 2, whole.begin()));
+    EXPECT_EQ(bridged.back(), 19'999.0F);
 }
 
 TEST(BlockOperation, EachWorksOnAllRunsOfTheSelection)

@@ -184,26 +184,6 @@ TEST(DrawingPicture, SvgAndPaperHaveTheSameLinesAndTextsInTheSamePlaces)
     EXPECT_LT(strayInk(paperTexts, svgTexts, 4), 20);
 }
 
-TEST(DrawingPicture, SvgKeepsTextsAsTextsWhateverStandsInThem)
-{
-    const QTemporaryDir directory;
-    const std::string file = directory.filePath(QStringLiteral("t.svg")).toStdString();
-    writeSvg(file, PsParameters(), [](BasicDriver& driver) {
-        driver.MoveTo(0.5F, 0.5F);
-        driver.Text("<Größe> & \x01 m", 0, 0.0F, 0);
-        driver.Text("\xB5m", 0, 0.0F, 0);  // as older files have it
-        driver.DeviceMoveTo(std::nanf(""), 1.0F);
-        driver.DeviceLineTo(5.0F, 5.0F);
-        driver.Text("nowhere", 0, std::nanf(""), 0);
-    });
-    std::ifstream in(file);
-    const std::string svg{std::istreambuf_iterator<char>(in), {}};
-    EXPECT_NE(svg.find(">&lt;Größe&gt; &amp;   m</text>"), std::string::npos) << svg;
-    EXPECT_NE(svg.find(">µm</text>"), std::string::npos);
-    EXPECT_EQ(svg.find("nan"), std::string::npos);
-    EXPECT_EQ(svg.find("nowhere"), std::string::npos);
-}
-
 TEST(DrawingPicture, GhostscriptHasNothingToSayOfAnything)
 {
     const QImage paper = paperPicture([](BasicDriver& driver) {

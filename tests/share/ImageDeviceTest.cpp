@@ -6,10 +6,14 @@
 #include <zlib.h>
 
 #include <algorithm>
+#include <cmath>
+#include <fstream>
+#include <iterator>
 #include <limits>
 #include <string>
 
 #include "share/ColorMap.h"
+#include "share/EpsFile.h"
 #include "share/PostscriptDriver.h"
 #include "share/SvgDriver.h"
 #include "tests/core/TsFileBytes.h"
@@ -26,7 +30,8 @@ std::string drawn(const char* name, const Parameters&... parameters)
 {
     Driver driver(name, parameters...);
     driver.BeginPage(0);
-    driver.SetViewport(0.0F, 0.0F, 0.5F, 0.5F);
+    driver.SetViewport(0.25F, 0.2F, 0.5F, 0.7F);
+    driver.SetClip(true);
     driver.SetWindow(0.0F, 0.0F, 2.0F, 2.0F);
     drawImage(driver, 0.0F, 1.0F, 2.0F, 2.0F, kFlag);
     driver.EndPage();
@@ -41,18 +46,49 @@ TEST(ImageDevice, PostscriptAndSvgHoldThePixelsInTheirPlace)
 {
     const TestDirectory directory;
     const std::string eps = drawn<PostscriptDriver>("a.eps");
-    EXPECT_NE(
-        eps.find("gsave 0.00 148.75 translate 421.00 148.75 scale\n/_i 6 string def\n2 3 8 [2 0 0 -3 0 3]\n"
-                 "{ currentfile _i readhexstring pop } false 3 colorimage\n"
-                 "ff000000ff000000ff010203040506070809\ngrestore\n"),
-        std::string::npos)
+    EXPECT_NE(eps.find("gsave 210.50 267.75 translate 210.50 148.75 scale\n[/Indexed /DeviceRGB 5 <\n"
+                       "0000ff00ff00010203040506070809ff0000\n>] setcolorspace\n"
+                       "{ /_i currentfile /ASCIIHexDecode filter def\n"
+                       "<< /ImageType 1 /Width 2 /Height 3 /BitsPerComponent 8\n"
+                       "/ImageMatrix [2 0 0 -3 0 3] /Decode [0 255]\n"
+                       "/DataSource _i /RunLengthDecode filter >> image _i flushfile } exec\n"
+                       "0505010002030480\n>\ngrestore\n"),
+              std::string::npos)
         << eps;
     const std::string svg = drawn<SvgDriver>("a.svg", PsParameters());
-    EXPECT_NE(svg.find("<image x=\"0\" y=\"297.5\" width=\"421\" height=\"148.75\""), std::string::npos)
+    EXPECT_NE(svg.find("<image x=\"210.5\" y=\"178.5\" width=\"210.5\" height=\"148.75\""), std::string::npos)
+        << svg;
+    EXPECT_NE(
+        svg.find("<clipPath id=\"c1\"><rect x=\"210.5\" y=\"178.5\" width=\"210.5\" height=\"297.5\"/>"),
+        std::string::npos)
         << svg;
     EXPECT_NE(svg.find("data:image/png;base64,iVBORw0KGgoAAAANSUhEUgAAAAIAAAADCAIAAAA2iEnWAAAA"),
               std::string::npos)
         << svg;
+}
+
+TEST(SvgDriver, KeepsTextsAsTextsWhateverStandsInThem)
+{
+    const TestDirectory directory;
+    writeSvg("t.svg", PsParameters(), [](BasicDriver& driver) {
+        driver.MoveTo(0.5F, 0.5F);
+        driver.Text("<Größe> & \x01 m", 0, 0.0F, 0);
+        driver.Text("\xB5m", 0, 0.0F, 0);  // as older files have it
+        driver.Text("no\uFFFF\uFFFEletters¿", 0, 0.0F, 0);
+        driver.DeviceMoveTo(std::nanf(""), 1.0F);
+        driver.DeviceLineTo(5.0F, 5.0F);
+        driver.Text("nowhere", 0, std::nanf(""), 0);
+    });
+    std::ifstream in("t.svg");
+    const std::string svg{std::istreambuf_iterator<char>(in), {}};
+    EXPECT_NE(svg.find(">&lt;Größe&gt; &amp;   m</text>"), std::string::npos) << svg;
+    EXPECT_NE(svg.find(">µm</text>"), std::string::npos);
+    EXPECT_NE(svg.find("sans-serif\" font-size=\"14\" text-anchor=\"start\" fill=\"#000000\">µm"),
+              std::string::npos)
+        << "the font of a page on which none was chosen";
+    EXPECT_EQ(svg.find("nan"), std::string::npos);
+    EXPECT_NE(svg.find(">no\uFFFD\uFFFDletters¿</text>"), std::string::npos);
+    EXPECT_EQ(svg.find("nowhere"), std::string::npos);
 }
 
 TEST(ImageDevice, PngHoldsTheLinesAndItsSums)

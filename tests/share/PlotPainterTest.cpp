@@ -256,12 +256,19 @@ TEST(PlotPainter, notesStandAtTheirTimesInAllGroupsAndBelowOneAnother)
     const TestDirectory directory;
     Plot2D plot = plotOf({noise(100), noise(100)});
     const std::string without = epsOf(plot);
-    plot.notes = {{0.52, "pump on"}, {0.5, "valve"}, {7.0, "later"}};
+    plot.notes = {{0.52, "pump on"}, {0.5, "valve"}, {0.98, "pump off"}, {7.0, "later"}};
     const std::string eps = epsOf(plot);
     EXPECT_NE(eps.find("pump on"), std::string::npos);
     EXPECT_EQ(eps.find("later"), std::string::npos);
     EXPECT_LT(eps.find("valve"), eps.find("pump on"));  // from left to right
     EXPECT_GT(eps.size(), without.size());
+    const auto heightOf = [&eps](const std::string& text) {
+        const std::size_t move = eps.find(" _m(" + text);
+        return std::atof(eps.c_str() + eps.rfind(' ', move - 1));
+    };
+    EXPECT_GT(heightOf("valve"), heightOf("pump on") + 5.0) << "one below the other where they would meet";
+    EXPECT_EQ(heightOf("valve"), heightOf("pump off"));
+    EXPECT_NE(eps.find("_m(pump off) 1 1 _js"), std::string::npos) << "left of its line, as the page ends";
     plot.setMode(XMode::Sample);
     EXPECT_NEAR(plot.notes[0].x, 52.0, 1e-9);
 }
@@ -379,6 +386,7 @@ TEST(PlotPainter, thickDashedLinesKeepTheirGapsAndThinMarkers)
         dashesOf(eps.substr(begin, eps.find("0.57 _w", begin) - begin), "3.97 _w");
     ASSERT_GT(dashes.size(), 5U);
     // The round ends lengthen a dash by the width, and shorten a gap by it.
+    EXPECT_NEAR(dashes[0].length + width, 12.0 * width, 0.3);
     EXPECT_NEAR(dashes[2].length + width, 12.0 * width, 0.3);
     EXPECT_NEAR(dashes[2].gapBefore - width, 3.0 * width, 0.3);
     EXPECT_NE(eps.find("0.57 _w", begin), std::string::npos) << "the pen of the markers";

@@ -259,7 +259,7 @@ TEST(PostscriptAttributes, AreWrittenOnlyWhenTheyChange)
         {"a clip that ends is forgotten with all it held",
          [](PostscriptDriver& d) {
              d.SetClip(false);
-             d.SetViewport(0, 0, 0.5F, 1);
+             d.SetViewport(0.25F, 0.2F, 0.5F, 1);
              d.SetClip(true);
              d.SetColor(1, 0, 0);
              d.SetClip(false);
@@ -267,7 +267,7 @@ TEST(PostscriptAttributes, AreWrittenOnlyWhenTheyChange)
              d.SetLineStyle(0);
              d.FontControl(1, 0);
          },
-         "gsave\n_n  0.0 0.0 _m  421.0 0.0 _l \n421.0 595.0 _l \n0.0 595.0 _l \nclosepath clip\n"
+         "gsave\n_n  210.5 119.0 _m  421.0 119.0 _l \n421.0 595.0 _l \n210.5 595.0 _l \nclosepath clip\n"
          "1.000000 0.000000 0.000000 setrgbcolor\ngrestore\n0.000000 0.000000 0.000000 setrgbcolor\n"
          "[] 0 _P\n14 /Helvetica _F\n"},
     });

@@ -15,9 +15,11 @@
 #include <QThread>
 #include <QTimer>
 
+#include <filesystem>
 #include <fstream>
 
 #include "core/TSFILE.h"
+#include "share/FileWatch.h"
 #include "share/HeaderText.h"
 #include "share/JobProgress.h"
 #include "share/NumberField.h"
@@ -245,6 +247,28 @@ TEST(JobProgress, BeforeItAppearsWindowsAreDrawnAndEscapeAloneIsHeard)
     EXPECT_TRUE(job.wasCancelled());
     EXPECT_EQ(field.text(), QString());
     EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+}
+
+TEST(FileWatch, LooksForWhatTheSystemDoesNotTell)
+{
+    namespace fs = std::filesystem;
+    const TestDirectory directory;
+    std::ofstream("a") << "alike";
+    std::ofstream("b") << "alike";
+    fs::last_write_time("b", fs::last_write_time("a"));
+    fs::create_symlink("a", "link");
+    FileWatch watch;
+    const QString path = QString::fromStdString((fs::current_path() / "link").string());
+    watch.watch(path);
+    QStringList told;
+    QObject::connect(&watch, &FileWatch::x_changed, [&told](const QString& which) { told << which; });
+    // Another file of the same size and time, and nothing happens to the one that was there.
+    fs::create_symlink("b", "other");
+    fs::rename("other", "link");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return told == QStringList(path); }, 20'000));
+    EXPECT_EQ(watch.state(path), FileWatch::State::Changed);
+    watch.watch(path);
+    EXPECT_EQ(watch.state(path), FileWatch::State::Same);
 }
 
 TEST(SubWindow, TellsOnceThatItIsGoneAndOnlyWhenItIs)

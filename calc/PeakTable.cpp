@@ -84,6 +84,8 @@ void PeakTable::createTable()
     const int rowHeight = m_table->fontMetrics().height() + kRowMargin;
     m_table->verticalHeader()->setDefaultSectionSize(rowHeight);
     m_table->setMinimumHeight((kLeastRows + 1) * rowHeight);
+    // What the panel has left: by its own wish the panel would have to be scrolled.
+    m_table->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Ignored);
     m_table->setEditTriggers(QAbstractItemView::NoEditTriggers);
     m_table->setSelectionBehavior(QAbstractItemView::SelectRows);
     m_table->setSelectionMode(QAbstractItemView::SingleSelection);

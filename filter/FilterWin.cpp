@@ -74,7 +74,7 @@ void FilterWin::createPanel()
     m_fields = new FilterFields(widget);
     m_preview = new PlotCanvas(widget);
     m_preview->setMinimumHeight(kPreviewHeight);
-    m_preview->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Expanding);
+    m_preview->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Ignored);  // what the panel has left
     m_preview->setAccessibleName(QStringLiteral("Characteristic of the filter"));
     panel()->addWidget(m_fields);
     panel()->addWidget(m_preview, 1);

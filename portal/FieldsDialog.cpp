@@ -6,6 +6,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <utility>
@@ -16,6 +17,8 @@
 namespace veltrac {
 
 namespace {
+
+constexpr int kLineLetters = 60;  // of an explanation, at most
 
 bool isMissing(const QString& text)
 {
@@ -41,6 +44,8 @@ FieldsDialog::FieldsDialog(const QString& title, const QString& explanation,
     auto* const form = new QFormLayout(this);
     auto* const about = new QLabel(explanation);
     about->setWordWrap(true);
+    about->setMinimumWidth(std::min(fontMetrics().averageCharWidth() * kLineLetters,
+                                    fontMetrics().horizontalAdvance(explanation)));
     form->addRow(about);
     for (std::size_t i = 0; i < m_fields.size(); ++i) {
         const QString text =

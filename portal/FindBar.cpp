@@ -18,6 +18,7 @@ namespace {
 
 constexpr int kLeastDigits = 10;  // that the field has room for
 constexpr int kMostDigits = 18;
+constexpr int kGap = 6;  // pixels
 
 struct Row
 {
@@ -46,6 +47,7 @@ FindBar::FindBar(QWidget* parent)
     for (const Row& row : kRows)
         m_what->addItem(QString::fromLatin1(row.text));
     m_what->setAccessibleName(QStringLiteral("What to find"));
+    m_what->setToolTip(QStringLiteral("Which values of the selected column are found"));
     m_number->setAccessibleName(QStringLiteral("Number to find"));
     m_number->setToolTip(
         QStringLiteral("A number with four decimals finds every value that the table shows so; any other\n"
@@ -68,6 +70,7 @@ FindBar::FindBar(QWidget* parent)
     rows->setContentsMargins(4, 2, 4, 2);
     rows->setSpacing(0);
     auto* const row = new QHBoxLayout;
+    row->setSpacing(kGap);
     rows->addLayout(row);
     rows->addWidget(m_reason);
     for (QWidget* const widget : std::initializer_list<QWidget*>{label, m_what, m_number, m_next, m_previous})

@@ -3,13 +3,13 @@
 #include <QCheckBox>
 #include <QDateTimeEdit>
 #include <QDialog>
-#include <QDialogButtonBox>
 #include <QFormLayout>
 #include <QLabel>
 #include <QPushButton>
 
 #include <cmath>
 
+#include "share/Boxes.h"
 #include "share/NumberField.h"
 
 namespace veltrac {
@@ -47,13 +47,11 @@ bool askAxisLimits(QWidget* parent, const QString& title, bool offersAutomatic, 
     auto* const to = new NumberField(toBefore, &dialog);
     auto* const reason = new QLabel(&dialog);
     reason->setWordWrap(true);
-    auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Cancel, &dialog);
-    QPushButton* const ok = buttons->addButton(QObject::tr("&Ok"), QDialogButtonBox::AcceptRole);
     form->addRow(automatic);
     form->addRow(QObject::tr("F&rom:"), from);
     form->addRow(QObject::tr("&To:"), to);
     form->addRow(reason);
-    form->addRow(buttons);
+    QPushButton* const ok = addFormButtons(dialog, *form, QObject::tr("&Ok"));
 
     const auto check = [&] {
         const bool fits = offersAutomatic && automatic->isChecked();
@@ -76,8 +74,6 @@ bool askAxisLimits(QWidget* parent, const QString& title, bool offersAutomatic, 
         QObject::connect(field, &QLineEdit::textEdited, automatic, [=] { automatic->setChecked(false); });
     QObject::connect(from, &NumberField::x_validated, &dialog, check);
     QObject::connect(to, &NumberField::x_validated, &dialog, check);
-    QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
-    QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
     check();
     from->selectAll();
     from->setFocus();
@@ -110,14 +106,10 @@ bool askClockLimits(QWidget* parent, const QString& title, AxisLimits& limits)
     QDateTimeEdit* const to = add(QObject::tr("&To:"), limits.to);
     const QDateTime fromBefore = from->dateTime();
     const QDateTime toBefore = to->dateTime();
-    auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Cancel, &dialog);
-    QPushButton* const ok = buttons->addButton(QObject::tr("&Ok"), QDialogButtonBox::AcceptRole);
-    form->addRow(buttons);
+    QPushButton* const ok = addFormButtons(dialog, *form, QObject::tr("&Ok"));
     const auto check = [&] { ok->setEnabled(from->dateTime() != to->dateTime()); };
     QObject::connect(from, &QDateTimeEdit::dateTimeChanged, &dialog, check);
     QObject::connect(to, &QDateTimeEdit::dateTimeChanged, &dialog, check);
-    QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
-    QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
     check();
     from->setFocus();
     if (dialog.exec() != QDialog::Accepted)

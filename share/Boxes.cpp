@@ -1,6 +1,9 @@
 #include "share/Boxes.h"
 
+#include <QDialog>
+#include <QDialogButtonBox>
 #include <QFontMetrics>
+#include <QFormLayout>
 #include <QGridLayout>
 #include <QGuiApplication>
 #include <QPushButton>
@@ -51,6 +54,17 @@ bool askYesNo(QMessageBox::Icon icon, QWidget* parent, const QString& title, con
     box.setEscapeButton(no);
     execWithArrow(box);
     return box.clickedButton() == yes;
+}
+
+QPushButton* addFormButtons(QDialog& dialog, QFormLayout& form, const QString& accept)
+{
+    auto* const buttons = new QDialogButtonBox(&dialog);
+    QPushButton* const ok = buttons->addButton(accept, QDialogButtonBox::AcceptRole);
+    buttons->addButton(QStringLiteral("Cancel"), QDialogButtonBox::RejectRole);
+    QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
+    QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
+    form.addRow(buttons);
+    return ok;
 }
 
 }  // namespace veltrac

@@ -3,7 +3,6 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDialog>
-#include <QDialogButtonBox>
 #include <QFileInfo>
 #include <QFormLayout>
 #include <QLabel>
@@ -195,10 +194,8 @@ bool askPicture(QWidget* window, PictureRequest& request)
     fields.addTo(*form);
     auto* const summary = new QLabel(&dialog);
     summary->setWordWrap(true);
-    auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Cancel, &dialog);
-    QPushButton* const save = buttons->addButton(QObject::tr("&Save as…"), QDialogButtonBox::AcceptRole);
     form->addRow(summary);
-    form->addRow(buttons);
+    QPushButton* const save = addFormButtons(dialog, *form, QObject::tr("&Save as…"));
     const auto check = [&] {
         const QString complaint = fields.complaint();
         fields.enable();
@@ -208,8 +205,6 @@ bool askPicture(QWidget* window, PictureRequest& request)
     QObject::connect(fields.format, qOverload<int>(&QComboBox::currentIndexChanged), &dialog, check);
     for (const NumberField* const field : {fields.width, fields.height, fields.dots})
         QObject::connect(field, &NumberField::x_validated, &dialog, check);
-    QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
-    QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
     check();
     save->setDefault(true);
     if (dialog.exec() != QDialog::Accepted)

@@ -3,7 +3,6 @@
 #include <QActionGroup>
 #include <QColor>
 #include <QDialog>
-#include <QDialogButtonBox>
 #include <QFormLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -16,6 +15,7 @@
 #include "core/TsExceptions.h"
 #include "portal/TsApplication.h"
 #include "share/BasicDriver.h"
+#include "share/Boxes.h"
 #include "share/ColorConfigDialog.h"
 #include "share/NumberField.h"
 #include "share/PlotCanvas.h"
@@ -82,15 +82,13 @@ bool askScaling(QWidget* parent, const QString& shiftUnit, Scaling& scaling)
     NumberField* const shift = field(scaling.shift);
     gain->setCheck(
         [](double v) { return v == 0.0 ? QObject::tr("A gain of 0 leaves nothing to see.") : QString(); });
-    auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Cancel, &dialog);
-    QPushButton* const ok = buttons->addButton(QObject::tr("&Ok"), QDialogButtonBox::AcceptRole);
     form->addRow(new QLabel(QObject::tr("Shown is gain × value + offset."), &dialog));
     form->addRow(QObject::tr("&Label:"), label);
     form->addRow(QObject::tr("&Gain:"), gain);
-    form->addRow(QObject::tr("&Offset:"), offset);
+    form->addRow(QObject::tr("O&ffset:"), offset);
     form->addRow(QObject::tr("&Time shift [%1]:").arg(shiftUnit), shift);
     form->addRow(reason);
-    form->addRow(buttons);
+    QPushButton* const ok = addFormButtons(dialog, *form, QObject::tr("&Ok"));
     const auto check = [=] {
         QString why;
         for (const NumberField* const f : {shift, offset, gain})
@@ -101,8 +99,6 @@ bool askScaling(QWidget* parent, const QString& shiftUnit, Scaling& scaling)
     };
     for (NumberField* const f : {gain, offset, shift})
         QObject::connect(f, &NumberField::x_validated, &dialog, check);
-    QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
-    QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
     if (dialog.exec() != QDialog::Accepted)
         return false;
     scaling = {label->text(), gain->number(), offset->number(), shift->number()};

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <random>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "core/ErrorReport.h"
@@ -33,6 +34,25 @@ public:
 };
 
 }  // namespace
+
+// The text of an error stands in a buffer that lives on behind the call.
+TEST(Threads, ErrorTextsOfFormulasThatAreCompiledAtOnceDoNotMeet)
+{
+    std::vector<int> wrong(4);
+    std::vector<std::thread> compilers;
+    for (int id = 0; id < 4; ++id) {
+        compilers.emplace_back([id, &wrong] {
+            const std::string position = std::to_string(10 + id);
+            for (int i = 0; i < 300; ++i)
+                wrong[static_cast<std::size_t>(id)] +=
+                    errorText(2, 10 + id) != "Operator expected at position " + position ||
+                    errorText(9, 10 + id) != "Variable at position " + position + " is not a source";
+        });
+    }
+    for (std::thread& compiler : compilers)
+        compiler.join();
+    EXPECT_EQ(wrong, std::vector<int>(4));
+}
 
 TEST(Formula, EveryTextGivesItsValueOrItsCode)
 {

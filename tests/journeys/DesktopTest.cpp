@@ -19,6 +19,7 @@
 #include <QToolButton>
 
 #include <algorithm>
+#include <iostream>
 #include <iterator>
 #include <set>
 #include <vector>
@@ -126,15 +127,25 @@ bool offersWhatsThis(const QWidget& window)
 
 TEST_F(Desktop, WhatTakesKeysHasANameAndDoesSomething)
 {
-    forEachWindow([](QWidget& window, const std::string& title) {
-        for (QWidget* const widget : shownIn(window)) {
+    std::size_t windows = 0;
+    qsizetype widgets = 0;
+    std::size_t named = 0;
+    std::size_t tabStops = 0;
+    forEachWindow([&](QWidget& window, const std::string& title) {
+        const QWidgetList shown = shownIn(window);
+        for (QWidget* const widget : shown) {
             const QAccessibleInterface* const face = QAccessible::queryAccessibleInterface(widget);
+            const bool isNamed = face != nullptr && !face->text(QAccessible::Name).isEmpty();
             EXPECT_TRUE(widget->focusPolicy() == Qt::NoFocus || widget->focusProxy() != nullptr ||
-                        isOfQt(*widget) || (face != nullptr && !face->text(QAccessible::Name).isEmpty()))
+                        isOfQt(*widget) || isNamed)
                 << title << ": " << widget->metaObject()->className();
+            named += isNamed ? 1 : 0;
         }
         const std::vector<QWidget*> stops = stopsOf(window);
         EXPECT_FALSE(stops.empty()) << title;
+        ++windows;
+        widgets += shown.size();
+        tabStops += stops.size();
         for (QWidget* const stop : stops) {
             bool takesKeys = false;
             for (const char* const kind :
@@ -144,6 +155,8 @@ TEST_F(Desktop, WhatTakesKeysHasANameAndDoesSomething)
             EXPECT_TRUE(takesKeys) << title << ": " << nameOf(*stop);
         }
     });
+    std::cout << windows << " windows, " << widgets << " widgets, " << named << " of them named, " << tabStops
+              << " tab stops\n";
 }
 
 TEST_F(Desktop, NoLetterStandsForTwoThings)

@@ -1,7 +1,9 @@
 #include "tests/journeys/EveryWindow.h"
 
+#include <QAction>
 #include <QApplication>
 #include <QTest>
+#include <QTimer>
 
 #include <cmath>
 #include <filesystem>
@@ -26,6 +28,7 @@
 #include "share/QtMessageWin.h"
 #include "share/QtPlotWin1.h"
 #include "share/ValuePlots.h"
+#include "share/VariableMenu.h"
 #include "share/XyWin.h"
 #include "tests/BoxAnswer.h"
 
@@ -41,6 +44,18 @@ std::vector<Window*> openWindows()
         if (auto* const window = qobject_cast<Window*>(widget))
             windows.push_back(window);
     return windows;
+}
+
+void trigger(const QWidget& window, const char* text)
+{
+    QList<QAction*> actions = window.actions();
+    actions << window.findChildren<QAction*>();
+    for (QAction* const action : actions)
+        if (action->text() == QString::fromUtf8(text)) {
+            action->trigger();
+            return;
+        }
+    ADD_FAILURE() << "no entry " << text;
 }
 
 }  // namespace
@@ -91,6 +106,9 @@ void EveryWindow::forEachWindow(const Look& look)
     };
     for (const SubProgram kind : {Create, Plot, PlotColumn, List, Edit, Header, Formula})
         show(open(kind, m_file), look);
+    QWidget* const searched = open(List, m_file);
+    trigger(*searched, "&Find…");
+    show(searched, look);
     show(open(StlImport, QStringLiteral("troubles.stl")), look);
     show(open(SclImport, QStringLiteral("clock.scl")), look);
     // With what they have computed.
@@ -126,7 +144,32 @@ void EveryWindow::lookAtPlotsOfValues(const Look& look)
         show(window, look);
     for (XyWin* const window : openWindows<XyWin>())
         show(window, look);
+    const std::function<void()> asked[] = {
+        [&] { canvas.sl_goTo(); },
+        [&] { canvas.sl_note(); },
+        [&] {
+            QTimer::singleShot(0, [] {
+                const QPointer<QWidget> menu(QApplication::activePopupWidget());
+                ASSERT_FALSE(menu.isNull());
+                trigger(*menu, "&Gain, offset, time shift…");
+                menu->close();
+            });
+            plot->findChild<VariableMenu*>()->popUp(variables[0], QPoint(10, 10));
+        },
+    };
+    for (const auto& ask : asked)
+        showAsked(ask, look);
     plot->close();
+}
+
+void EveryWindow::showAsked(const std::function<void()>& ask, const Look& look)
+{
+    const BoxAnswer close(QStringLiteral("by its frame"), [&](QWidget& box) {
+        QApplication::processEvents();
+        look(box, box.windowTitle().toStdString());
+    });
+    ask();
+    EXPECT_TRUE(close.wasAsked());
 }
 
 void EveryWindow::forEachDialog(const Look& look)
@@ -151,14 +194,8 @@ void EveryWindow::forEachDialog(const Look& look)
                 .exec();
         },
     };
-    for (const auto& ask : asked) {
-        const BoxAnswer close(QStringLiteral("by its frame"), [&](QWidget& box) {
-            QApplication::processEvents();
-            look(box, box.windowTitle().toStdString());
-        });
-        ask();
-        EXPECT_TRUE(close.wasAsked());
-    }
+    for (const auto& ask : asked)
+        showAsked(ask, look);
 }
 
 }  // namespace veltrac

@@ -32,6 +32,7 @@ private:
     void forEachDialog(const Look& look);
     void lookAtPlotsOfValues(const Look& look);
     static void show(QWidget* window, const Look& look);
+    static void showAsked(const std::function<void()>& ask, const Look& look);
 
     const QString m_file = QStringLiteral("bed 3.ts");
     const TestDirectory m_directory;

@@ -6,7 +6,6 @@
 #include <QInputDialog>
 #include <QKeyEvent>
 #include <QMenuBar>
-#include <QPushButton>
 #include <QScopedValueRollback>
 #include <QStatusBar>
 #include <QToolBar>
@@ -23,9 +22,9 @@
 #include "calc/Spectrogram.h"
 #include "calc/SpectrogramCuts.h"
 #include "calc/Spectrum.h"
-#include "calc/SpectrumDoubts.h"
 #include "calc/SpectrumFields.h"
 #include "calc/SpectrumPlan.h"
+#include "calc/SpectrumQuestions.h"
 #include "calc/SpectrumTexts.h"
 #include "core/CopyFile.h"
 #include "core/FailureText.h"
@@ -55,18 +54,6 @@ namespace {
 constexpr int kSpectrumPanelWidth = 300;
 constexpr int kCutHeight = 170;
 constexpr double kLagParts = 1000.0;  // of a sample, finer than a greatest is found
-
-bool askToGoOn(QWidget* window, const QString& text, const QString& yes)
-{
-    QMessageBox box(QMessageBox::Question, window->windowTitle(), text, QMessageBox::NoButton, window);
-    box.setTextFormat(Qt::PlainText);
-    QPushButton* const go = box.addButton(yes, QMessageBox::AcceptRole);
-    QPushButton* const cancel = box.addButton(QStringLiteral("Cancel"), QMessageBox::RejectRole);
-    box.setDefaultButton(go);
-    box.setEscapeButton(cancel);
-    box.exec();
-    return box.clickedButton() == go;
-}
 
 }  // namespace
 
@@ -256,35 +243,10 @@ void DFTWin::sl_execute()
 
 bool DFTWin::clearDoubts(TSFILE& file, const QString& name, SpectrumRequest& request)
 {
-    bool isAgreed = false;
-    try {
-        isAgreed = askDoubts(file, name, request);
-    } catch (const TS::Failure&) {
-        warnInBox(QStringLiteral("%1 could not be read to its end.").arg(QFileInfo(name).fileName()));
-    }
+    const bool isAgreed = askSpectrumDoubts(this, file, name, request);
     if (!isAgreed)
         statusBar()->showMessage(QStringLiteral("Nothing was computed"));
     return isAgreed;
-}
-
-bool DFTWin::askDoubts(TSFILE& file, const QString& name, SpectrumRequest& request)
-{
-    for (const SpectrumCheck& check : spectrumChecks()) {
-        SpectrumDoubt doubt;
-        {
-            JobProgress progress(this, QString::fromLatin1(check.title));
-            doubt = check.look(file, name.toStdString(), request, progress.callback());
-        }
-        const QString text = QString::fromStdString(doubt.text);
-        if (doubt.kind == SpectrumDoubt::Kind::Impossible)
-            warnInBox(text);
-        const bool goesOn = doubt.kind == SpectrumDoubt::Kind::None ||
-                            (doubt.kind == SpectrumDoubt::Kind::Question &&
-                             askToGoOn(this, text, QString::fromStdString(doubt.answer)));
-        if (!goesOn)
-            return false;
-    }
-    return true;
 }
 
 void DFTWin::compute(TSFILE& file, const SpectrumRequest& request)
@@ -482,7 +444,8 @@ void DFTWin::sl_cursor_moved(int x, int y, int buttons)
             const std::uint32_t row = pictureRow(*canvas(), canvas()->xAt(x));
             const double level = picture()->valueAt(row, frequency);
             rows.push_back({"Frequency", generalNumber(frequency, 5) + " Hz"});
-            rows.push_back({"Level", generalNumber(level, 5) + " " + picture()->unit()});
+            if (std::isfinite(level))
+                rows.push_back({"Level", generalNumber(level, 5) + " " + picture()->unit()});
         }
     } catch (const TS::Failure&) {
         statusBar()->showMessage(QStringLiteral("The scratch file could not be read"));

@@ -57,7 +57,6 @@ private:
     // Asks about what the spectrum would have to assume; false where the user gives it up, or there is
     // nothing to compute from.
     bool clearDoubts(TSFILE& file, const QString& name, veltrac::SpectrumRequest& request);
-    bool askDoubts(TSFILE& file, const QString& name, veltrac::SpectrumRequest& request);
     void compute(TSFILE& file, const veltrac::SpectrumRequest& request);
     // The same with a second column, and of lags.
     void computeTwoChannels(TSFILE& file, const veltrac::SpectrumRequest& request);

@@ -36,6 +36,19 @@ std::string shownCells(std::string_view line, const STLCells& cells, STLEncoding
     return text.size() > kLongestShown ? cutTo(text, kLongestShown) + "…" : text;
 }
 
+// Simulators may write the values of a row below each other, behind a list of their names.
+void refuseLists(const STLSample& sample)
+{
+    bool listed = false;
+    for (const STLLine& line : sample.head) {
+        listed = listed || line.text.starts_with("Variables:");
+        if (listed && line.text.starts_with("Values:"))
+            throw STLError("The values of each row stand below each other, from line " +
+                           std::to_string(line.number + 1) +
+                           " on. Write them as a table, a line for each row, and import that.");
+    }
+}
+
 // Whether a column tells the times of the rows that were looked at, and they go one way.
 void weighTimes(STLEvidence& evidence, const STLFormat& format, const std::vector<STLRow>& data)
 {
@@ -114,6 +127,7 @@ STLFormat formatOf(const std::filesystem::path& file, const STLSample& sample, S
     format.cells.edges = reading.edges;
     format.cells.rowNames = reading.rowNames;
     format.cells.bars = reading.bars;
+    refuseLists(sample);
     if (isProse(reading))
         throw STLError(noLineOfNumbers(file));
     if (reading.cells > kMostColumns)
@@ -124,9 +138,11 @@ STLFormat formatOf(const std::filesystem::path& file, const STLSample& sample, S
             format.encoding = STLEncoding::Windows1252;
 
     reading.cells = std::max(reading.cells, namedColumns(sample, format, reading.cells));
-    const std::vector<STLRow> all = rowsOf(sample.lines, format, reading.cells);
+    std::vector<STLRow> all = rowsOf(sample.lines, format, reading.cells);
+    markFactored(all, reading.cells, format.cells);
     const std::vector<STLKind> kinds = kindsOf(all, reading.cells);
-    const std::vector<STLRow> head = rowsOf(sample.head, format, reading.cells);
+    std::vector<STLRow> head = rowsOf(sample.head, format, reading.cells);
+    markFactored(head, reading.cells, format.cells);
     const std::size_t firstData = firstDataRow(head, kinds);
     if (firstData == head.size())
         throw STLError(noLineOfNumbers(file));

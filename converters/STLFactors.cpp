@@ -7,9 +7,6 @@ namespace veltrac {
 
 namespace {
 
-constexpr double kDecimal = 1000.0;
-constexpr double kBinary = 1024.0;
-
 // What K means: 1024 to those who tell bytes, 1000 where only k and M stand there, or the name tells a
 // frequency or a resistance.
 double factorOf(const STLColumn& column, const std::set<std::string_view>& signs)
@@ -17,11 +14,11 @@ double factorOf(const STLColumn& column, const std::set<std::string_view>& signs
     const std::string name = lowered(column.name);
     for (const char* const word : {"hz", "freq", "ohm"})
         if (name.find(word) != std::string::npos)
-            return kDecimal;
+            return kDecimalFactor;
     return std::all_of(signs.begin(), signs.end(),
                        [](std::string_view sign) { return sign == "k" || sign == "M" || sign == "kB"; })
-               ? kDecimal
-               : kBinary;
+               ? kDecimalFactor
+               : kBinaryFactor;
 }
 
 // What stands behind the digits of a cell.
@@ -34,28 +31,55 @@ std::string_view signBehind(std::string_view cell)
 
 }  // namespace
 
+void markFactored(std::vector<STLRow>& rows, std::size_t count, const STLCells& cells)
+{
+    constexpr std::size_t kSome = 4;  // one in so many
+    for (std::size_t c = 0; c < count; ++c) {
+        std::vector<STLRow*> factored;
+        std::size_t numbers = 0;
+        for (STLRow& row : rows) {
+            const STLToken& cell = row.cells[c];
+            numbers += cell.kind == STLKind::Number ? 1 : 0;
+            if (cell.kind == STLKind::Text && readFactored(cell.text, kBinaryFactor, cells))
+                factored.push_back(&row);
+        }
+        if ((factored.size() + numbers) * 2 <= rows.size() || factored.size() * kSome < rows.size())
+            continue;
+        for (STLRow* const row : factored)
+            row->cells[c].kind = STLKind::Number;
+    }
+}
+
 void findFactors(STLFormat& format, std::vector<STLRow>& data)
 {
+    std::vector<std::size_t> sizes;
+    std::set<std::string_view> allSigns;
     for (std::size_t c = 0; c < format.columns.size(); ++c) {
-        STLColumn& column = format.columns[c];
         std::set<std::string_view> signs;
         const bool all = std::all_of(data.begin(), data.end(), [&](const STLRow& row) {
-            const STLToken& cell = row.cells[c];
-            if (cell.kind != STLKind::Text)
-                return cell.kind == STLKind::Number || cell.kind == STLKind::Missing;
-            signs.insert(signBehind(cell.text));
-            return readFactored(cell.text, kBinary, format.cells).has_value();
+            const std::string_view text = row.cells[c].text;
+            if (readNumber(text, format.cells) || isMissing(text, format.cells))
+                return true;
+            signs.insert(signBehind(text));
+            return readFactored(text, kBinaryFactor, format.cells).has_value();
         });
-        // One sign behind all numbers is their unit.
-        if (!all || signs.empty() ||
-            (signs.size() == 1 && column.kind == STLKind::Text &&
-             !unitBehind(data.front().cells[c].text, format.cells).empty()))
+        if (!all || signs.empty())
             continue;
-        column.factor = factorOf(column, signs);
+        // One that stands apart behind all numbers is their unit.
+        if (signs.size() == 1 && !unitBehind(data.front().cells[c].text, format.cells).empty()) {
+            format.columns[c].kind = STLKind::Text;
+            continue;
+        }
+        sizes.push_back(c);
+        allSigns.merge(signs);
+    }
+    for (const std::size_t c : sizes) {
+        STLColumn& column = format.columns[c];
+        column.factor = factorOf(column, allSigns);
         column.kind = STLKind::Number;
         for (STLRow& row : data)
-            if (STLToken& cell = row.cells[c]; cell.kind == STLKind::Text)
-                cell = {STLKind::Number, cell.text, *readFactored(cell.text, column.factor, format.cells)};
+            if (const auto value = readFactored(row.cells[c].text, column.factor, format.cells))
+                row.cells[c] = {STLKind::Number, row.cells[c].text, *value};
     }
 }
 

@@ -15,6 +15,8 @@ std::vector<std::string_view> tableLines(const STLSample& sample, const STLCells
 {
     std::vector<std::string_view> lines;
     std::vector<std::string_view> words;
+    std::size_t firstTexts = 0;
+    std::size_t mostTexts = 0;  // of the others
     for (const STLLine& line : sample.lines) {
         std::string_view text = line.text;
         text = text.substr(0, text.find_last_not_of(" \r") + 1);
@@ -25,9 +27,15 @@ std::vector<std::string_view> tableLines(const STLSample& sample, const STLCells
         const auto numbers = std::count_if(words.begin(), words.end(), [&](std::string_view word) {
             return readToken(word, cells).kind == STLKind::Number;
         });
-        if (numbers > 0)
-            lines.push_back(text);
+        if (numbers == 0)
+            continue;
+        const std::size_t texts = words.size() - static_cast<std::size_t>(numbers);
+        (lines.empty() ? firstTexts : mostTexts) = std::max(lines.empty() ? texts : mostTexts, texts);
+        lines.push_back(text);
     }
+    // Names may hold numbers, too.
+    if (lines.size() > kFewestLines && firstTexts > mostTexts + 1)
+        lines.erase(lines.begin());
     return lines;
 }
 

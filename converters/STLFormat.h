@@ -170,6 +170,8 @@ bool secondsAreAssumed(const STLFormat& format);
 std::string_view bareCell(std::string_view cell, const STLColumn& column);
 // A cell's number, with or without the column's key and unit.
 std::optional<double> readValue(std::string_view cell, const STLColumn& column, const STLCells& cells);
+inline constexpr double kDecimalFactor = 1000.0;
+inline constexpr double kBinaryFactor = 1024.0;
 // What K, M, G … behind a number multiply it by, K being `factor`: "4.0K", "12 GiB", "144B"; nothing where
 // none of them ends the cell.
 std::optional<double> readFactored(std::string_view cell, double factor, const STLCells& cells);

@@ -170,6 +170,7 @@ bool hasTextAboveNumbers(const STLRow& row, const STLFormat& format)
 {
     for (std::size_t c = 0; c < format.columns.size(); ++c)
         if (format.columns[c].kind == STLKind::Number &&
+            !readValue(row.cells[c].text, format.columns[c], format.cells) &&
             readToken(bareCell(row.cells[c].text, format.columns[c]), format.cells).kind == STLKind::Text)
             return true;
     return false;
@@ -205,9 +206,13 @@ bool tellsKinds(const STLRow& row)
     return digits || row.cells.size() > 2;
 }
 
-// Whether numbers that do not rise stand among names.
+// Whether numbers that do not rise stand among names, or a single one among words between blanks.
 bool holdsOddNumbers(const STLRow& row, const STLFormat& format)
 {
+    const auto numbers = std::count_if(row.cells.begin(), row.cells.end(),
+                                       [](const STLToken& token) { return token.kind == STLKind::Number; });
+    if (numbers == 1 && format.cells.separator == ' ' && numericNames(row) == NumericNames::Rising)
+        return true;
     for (std::size_t c = 0; c < format.columns.size(); ++c)
         if (row.cells[c].kind == STLKind::Number && format.columns[c].kind == STLKind::Number)
             return numericNames(row) == NumericNames::None;
@@ -458,7 +463,11 @@ void guessNamesAbove(STLFormat& format, const STLSample& sample, const std::vect
         if (remark && (!isRemark(line.text, format) || rows.size() > 1 || !areUnitsBelow(rows.front())))
             break;
         remark = isRemark(line.text, format);
-        splitCells(text, format.cells, cells);
+        // Places in a table of fixed widths count from the remark's sign on.
+        splitCells(format.cells.edges.empty() ? text : std::string_view(line.text), format.cells, cells);
+        if (remark && !format.cells.edges.empty())
+            cells.front().remove_prefix(
+                std::min(cells.front().find_first_not_of("#%/; "), cells.front().size()));
         while (!cells.empty() && cells.back().empty())
             cells.pop_back();
         if (!remark && cells.size() == columns)

@@ -33,6 +33,8 @@ void splitUnits(STLFormat& format);
 // it: they become columns of numbers, in the rows too.
 void findSuffixes(STLFormat& format, std::vector<STLRow>& data);
 
+// Marks sizes as numbers, in the columns that hold them.
+void markFactored(std::vector<STLRow>& rows, std::size_t count, const STLCells& cells);
 // Columns of sizes ("4.0K", "12G", "0"): they become columns of numbers, in the rows too.
 void findFactors(STLFormat& format, std::vector<STLRow>& data);
 

@@ -14,7 +14,7 @@ namespace veltrac {
 namespace {
 
 constexpr double kSingleDateFactor = 0.3;
-constexpr double kHiddenTimeFactor = 0.6;
+constexpr double kHiddenFactor = 0.6;
 constexpr double kGroupsFactor = 0.85;
 constexpr double kNearlyAllKnown = 0.95;
 constexpr char kSeparators[] = {'\t', ';', '|', ',', ' '};
@@ -51,6 +51,19 @@ STLCells cellsOf(char separator, char decimal, char grouping)
     return cells;
 }
 
+// "a";1;"b" as one cell: the separator is another one.
+bool hidesQuotes(std::string_view cell)
+{
+    constexpr std::string_view kBetween = ";,|\t";
+    std::size_t found = 0;
+    for (std::size_t at = cell.find('"'); at != std::string_view::npos; at = cell.find('"', at + 1))
+        found += (at > 0 && kBetween.find(cell[at - 1]) != std::string_view::npos) ||
+                         (at + 1 < cell.size() && kBetween.find(cell[at + 1]) != std::string_view::npos)
+                     ? 1
+                     : 0;
+    return found > 1;
+}
+
 // "10:00:05 up 3 days"
 bool hidesTime(std::string_view cell)
 {
@@ -70,7 +83,7 @@ STLReading scored(const STLSample& sample, const STLCells& cells)
         std::size_t clocks = 0;  // dates and times
         std::size_t named = 0;   // begin with a text
         std::size_t known = 0;
-        std::size_t timed = 0;  // begin with a date or time that other words follow in the same cell
+        std::size_t hiding = 0;  // begin with a cell that holds several
     };
     std::map<std::size_t, Lines> byCount;
     std::vector<std::string_view> line;
@@ -92,10 +105,11 @@ STLReading scored(const STLSample& sample, const STLCells& cells)
             const STLKind kind = readToken(cell, cells).kind;
             const bool named = c == 0 && kind == STLKind::Text;
             lines.named += named ? 1 : 0;
-            lines.timed += named && hidesTime(cell) ? 1 : 0;
+            lines.hiding += named && (hidesTime(cell) || hidesQuotes(cell)) ? 1 : 0;
             lines.endInNumber += c + 1 == line.size() && kind == STLKind::Number ? 1 : 0;
             const bool number = kind == STLKind::Text &&
-                                (!unitBehind(cell, cells).empty() || !keyBefore(cell, cells).empty());
+                                (!unitBehind(cell, cells).empty() || !keyBefore(cell, cells).empty() ||
+                                 readFactored(cell, kBinaryFactor, cells));
             lines.worth += worth(number ? STLKind::Number : kind);
             lines.known += kind != STLKind::Text && kind != STLKind::Missing ? 1 : 0;
             lines.dates += kind == STLKind::Date || kind == STLKind::Stamp ? 1 : 0;
@@ -115,7 +129,7 @@ STLReading scored(const STLSample& sample, const STLCells& cells)
                                   ? kSingleDateFactor
                               : count == 1 ? kSingleCellFactor
                                            : 1.0;
-        const double hidden = lines.timed * 2 > lines.count ? kHiddenTimeFactor : 1.0;
+        const double hidden = lines.hiding * 2 > lines.count ? kHiddenFactor : 1.0;
         const double score = share * typed * hidden * factor;
         if (score > reading.score)
             reading = {cells.separator, cells.decimal, cells.grouping, count, score, share, typed};

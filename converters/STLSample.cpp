@@ -93,7 +93,7 @@ bool isTitle(const STLRow& row, const std::vector<STLKind>& kinds)
 bool sameTitle(const STLRow& a, const STLRow& b, const std::vector<STLKind>& kinds)
 {
     for (std::size_t c = 0; c < kinds.size(); ++c)
-        if (kinds[c] == STLKind::Number && a.cells[c].text != b.cells[c].text)
+        if ((kinds[c] == STLKind::Number || kinds[c] == STLKind::Text) && a.cells[c].text != b.cells[c].text)
             return false;
     return true;
 }

@@ -11,9 +11,12 @@ STLTitles::STLTitles(const STLFormat& format) : m_format(format)
 {
     for (std::size_t c = 0; c < format.columns.size(); ++c) {
         const STLColumn& column = format.columns[c];
-        if (column.kind == STLKind::Number && !column.heading.empty() &&
-            !readNumber(column.heading, format.cells))
-            m_headed.push_back(c);
+        // A time may stand above times.
+        const bool mayDiffer = column.kind != STLKind::Number && column.kind != STLKind::Text;
+        if (mayDiffer || column.heading.empty() || readNumber(column.heading, format.cells))
+            continue;
+        m_headed.push_back(c);
+        m_names += (m_names.empty() ? "" : " ") + column.heading;
     }
 }
 
@@ -32,7 +35,32 @@ bool STLTitles::has(std::string_view line, std::span<const std::string_view> cel
     };
     if (!m_headed.empty() && std::all_of(m_headed.begin(), m_headed.end(), isHeading))
         return true;
-    return isTitle(line);
+    return isTitle(line) || endsInNames(line);
+}
+
+// Whether the names stand at the end of a line: behind a label, or one cell short, they are in other columns.
+bool STLTitles::endsInNames(std::string_view line) const
+{
+    const auto isBetween = [this](char c) {
+        return isBlank(c) || c == '\r' || c == '"' || c == '|' || c == m_format.cells.separator;
+    };
+    const auto skip = [&] {
+        while (!line.empty() && isBetween(line.back()))
+            line.remove_suffix(1);
+    };
+    skip();
+    for (std::size_t n = m_names.size(); n-- > 0;) {
+        if (isBetween(m_names[n])) {
+            if (line.empty() || !isBetween(line.back()))
+                return false;
+            skip();
+        } else if (line.empty() || line.back() != m_names[n]) {
+            return false;
+        } else {
+            line.remove_suffix(1);
+        }
+    }
+    return m_headed.size() > 1 && (line.empty() || isBetween(line.back()));
 }
 
 bool areAlikeButDigits(std::string_view a, std::string_view b)

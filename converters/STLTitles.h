@@ -2,6 +2,7 @@
 #pragma once
 
 #include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -21,8 +22,11 @@ public:
     bool has(std::string_view line, std::span<const std::string_view> cells) const;
 
 private:
+    bool endsInNames(std::string_view line) const;
+
     const STLFormat& m_format;
-    std::vector<std::size_t> m_headed;  // columns of numbers with a heading
+    std::vector<std::size_t> m_headed;  // columns of numbers and texts with a heading
+    std::string m_names;                // and these, a blank between them
 };
 
 // Whether two lines differ in nothing but their digits, and hold letters.

@@ -31,6 +31,25 @@ std::optional<Stamp> readBehind(const DateParts& date, std::string_view text)
     return text.empty() ? std::optional(stamp) : std::nullopt;
 }
 
+// "2 days 01:30:00", "1 day, 1:30:00": takes the days.
+Micros takeDays(std::string_view& text)
+{
+    const std::size_t digits = std::min(text.find_first_not_of("0123456789"), text.size());
+    constexpr std::size_t kMostDigits = 5;
+    if (digits == 0 || digits > kMostDigits || !text.substr(digits).starts_with(" day"))
+        return 0;
+    Micros days = 0;
+    for (const char c : text.substr(0, digits))
+        days = days * 10 + (c - '0');
+    std::string_view rest = text.substr(digits + std::string_view(" day").size());
+    rest.remove_prefix(rest.starts_with('s') ? 1 : 0);
+    rest.remove_prefix(rest.starts_with(',') ? 1 : 0);
+    if (!rest.starts_with(' '))
+        return 0;
+    text = rest.substr(std::min(rest.find_first_not_of(' '), rest.size()));
+    return days * kMicrosPerDay;
+}
+
 }  // namespace
 
 std::optional<Stamp> readStamp(std::string_view text)
@@ -78,9 +97,11 @@ std::optional<TimeOfDay> readTime(std::string_view text)
     if (Micros micros = 0; readPlainTime(text, micros))
         return TimeOfDay{micros, 0, true};
     std::string_view rest = text;
-    const auto time = takeTime(rest);
+    const Micros days = takeDays(rest);
+    auto time = takeTime(rest);
     if (!time)
         return readCompactTime(text);
+    time->micros += days;
     skipUhr(rest);
     return rest.empty() ? time : std::nullopt;
 }

@@ -8,6 +8,7 @@
 #include "share/DashPatterns.h"
 #include "share/MarkerPath.h"
 #include "share/PsFonts.h"
+#include "share/PsImage.h"
 #include "share/PsLines.h"
 #include "share/Transliteration.h"
 
@@ -215,31 +216,17 @@ void PostscriptDriver::outline()
 
 void PostscriptDriver::DrawImage(float x1, float y1, float x2, float y2, const veltrac::PixelImage& image)
 {
-    constexpr std::size_t kBytesALine = 32;
     stroke();
     float left = 0.0F, bottom = 0.0F, right = 0.0F, top = 0.0F;
     WorldToDevice(x1, y1, &left, &bottom);
     WorldToDevice(x2, y2, &right, &top);
-    if (!areFinite({left, bottom, right, top}))
+    if (image.rgb.empty() || !areFinite({left, bottom, right, top}))
         return;
-    const std::string width = std::to_string(image.width);
-    const std::string height = std::to_string(image.height);
     emitLine(formatted("gsave %.2f %.2f translate %.2f %.2f scale", static_cast<double>(left),
                        static_cast<double>(bottom), static_cast<double>(right - left),
                        static_cast<double>(top - bottom)));
-    emitLine("/_i " + std::to_string(3 * image.width) + " string def");
-    emitLine(width + " " + height + " 8 [" + width + " 0 0 -" + height + " 0 " + height + "]");
-    emitLine("{ currentfile _i readhexstring pop } false 3 colorimage");
-    static constexpr char kDigits[] = "0123456789abcdef";
-    std::string line;
-    for (std::size_t i = 0; i < image.rgb.size(); ++i) {
-        line += kDigits[image.rgb[i] >> 4];
-        line += kDigits[image.rgb[i] & 15U];
-        if ((i + 1) % kBytesALine == 0 || i + 1 == image.rgb.size()) {
-            emitLine(line);
-            line.clear();
-        }
-    }
+    for (const std::string& line : veltrac::psImageLines(image))
+        emitLine(line);
     emitLine("grestore");
 }
 

@@ -40,7 +40,7 @@ public:
     void TextExtent(const char* string, float* width, float* height) override;
     void DrawStamp(int id, const char* text) override;
     void WriteBytes(const char* buffer, int count) override;
-    // In colour (colorimage, which every interpreter of today has), two hexadecimal digits a byte.
+    // In colour, by operators of level 2, which every interpreter of today has.
     void DrawImage(float x1, float y1, float x2, float y2, const veltrac::PixelImage& image) override;
 
     // Slots 45 and 46: a box of the world; a marker at the size that suits the base font.

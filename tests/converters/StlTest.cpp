@@ -788,6 +788,53 @@ TEST_F(Stl, nothingIsReadWrongWithoutAWord)
          false,
          0,
          2},
+        {"two tables in turn",
+         "Log of 1 May\n\ncpu: a b\n 1 2\n\nDev x y z\nsda 7 8 9\n\ncpu: a b\n 3 4\n\nDev x y z\nsda 7 8 "
+         "9\n\n"
+         "cpu: a b\n 5 6\n\nDev x y z\nsda 7 8 9\n",
+         "a b",
+         {2, 4, 6},
+         "",
+         false,
+         false,
+         2,
+         3},
+        {"names one short, again",
+         "   total  used\nMem:  23Gi  5Gi\nSwap:  1Ki  0B\n\n   total  used\nMem:  23Gi  6Gi\nSwap:  1Ki  "
+         "0B\n",
+         "total used",
+         {5.0F * (1 << 30), 0, 6.0F * (1 << 30), 0},
+         "",
+         false,
+         false,
+         1},
+        {"tables of as many columns in turn",
+         "t;a;b\n10:00:01;1;2\n\nt;x;y\n10:00:01;8;9\n\nt;a;b\n10:00:02;3;4\n\nt;x;y\n10:00:02;8;9\n",
+         "a b",
+         {2, 4},
+         "",
+         false,
+         false,
+         1,
+         2},
+        {"another table behind",
+         "a,b\n1,2\n3,4\n5,6\n7,8\n9,10\n\nx,y\n8,9\n8,9\n",
+         "a b",
+         {2, 4, 6, 8, 10},
+         "",
+         false,
+         false,
+         0,
+         1},
+        {"words between the rows are no other table",
+         "a,b\n1,2\n3,4\n5,6\noff,low\n7,8\n\nstarted again without a fault\n9,10\n",
+         "a b",
+         {2, 4, 6, 8, 10},
+         "",
+         false,
+         false,
+         0,
+         2},
         {"months at noon", noons, "Time v", ones12, "2015-12-01 12:00"},
         {"blocks with heads", blocks, "Time rx tx", {2, 4, 2, 4, 2, 4}, "", false, false, 2},
     };
@@ -993,6 +1040,34 @@ TEST_F(Stl, formsOfTextsAreReadInAnySpelling)
          1,
          2},
         {"a, b\n1, 2,\n3, 4,\n5, 6,\n", "a b", {1, 2}, 1, 2},
+        {"t = 0.5 | x = 1 | y = 2\nt = 1.0 | x = 3 | y = 4\n", "x y", {1, 2}, 0.5, 1},
+        {"x=1;y=2,5\nx=3;y=4,5\n", "x y", {1, 2.5F}, 1, 2},
+        {"td,v\n0 days 01:30:00,7\n0 days 03:00:00,8\n1 days 04:30:00,9\n", "v", {7}, 5400, 10800},
+        {"\"\";\"a\";\"b\"\n\"1\";\"no\";5,56068\n\"2\";\"no\";5,72031\n\"3\";\"no\";5,99645\n",
+         "Col-1 b",
+         {1, 5.56068F},
+         1,
+         2},
+        // Sizes.
+        {"4.0K\t/etc/a\n12M\t/etc/b\n0\t/etc/c\n", "Col-1", {4096}, 1, 2},
+        {"read writ\n313k 0\n 12M 144B\n   0 2k\n", "read writ", {313 * 1024, 0}, 1, 2},
+        {"       total  used\nMem:   23Gi   5.8Gi\nSwap:   0B   12Ki\nAll:   23Gi   5.9Gi\n",
+         "total used",
+         {23.0F * 1024 * 1024 * 1024, 5.8F * 1024 * 1024 * 1024},
+         1,
+         2},
+        {"Size;Used\n1,5 GiB;300 MiB\n2,0 GiB;1 GiB\n", "Size Used", {1.5F, 300.0F * (1 << 20)}, 1, 2},
+        {"Freq,a\n2.4G,1\n433M,2\n868M,3\n", "Freq a", {2.4e9F, 1}, 1, 2},
+        // Names by number.
+        {"#   1 NUMBER    Running number\n#   2 X_IMAGE   Position along x   [pixel]\n1 2.5\n2 3.5\n",
+         "NUMBER X_IMAGE",
+         {1, 2.5F},
+         1,
+         2},
+        {"# Column 1: x (mm)\n# Column 2: y (mm)\n1 2.5\n2 3.5\n", "x y", {1, 2.5F}, 1, 2},
+        {"# col0 = x\n# col1 = y\n1,2.5\n2,3.5\n", "x y", {1, 2.5F}, 1, 2},
+        {"; 1) left\n; 2) right\n1\t2.5\n2\t3.5\n", "left right", {1, 2.5F}, 1, 2},
+        {"Column 1. x\nColumn 2. y\n1 2.5\n2 3.5\n3 4.5\n", "x y", {1, 2.5F}, 1, 2},
     };
     for (const Spelling& spelling : spellings) {
         SCOPED_TRACE(spelling.text);
@@ -1163,7 +1238,7 @@ TEST_F(Stl, reportTellsEvidenceLossesAndAssumptions)
     dated.check({});
     EXPECT_NE(std::string::npos, importDoubt(dated.format(), dated.found()).find("but no year"));
     // What is doubtful or assumed is asked or told.
-    const std::array<std::array<const char*, 3>, 7> told = {{
+    const std::array<std::array<const char*, 3>, 10> told = {{
         {"2026-326 10:00:00 1\n2026-326 10:00:01 2\n", "Something like a date stands before", ""},
         {"22-11 10:00:00 1\n22-11 10:00:01 2\n", "but no year", ""},
         {"2 4 6\n1 2 9\n3 1 1\n5 0 1\n", "The names of the columns are in doubt", ""},
@@ -1172,6 +1247,11 @@ TEST_F(Stl, reportTellsEvidenceLossesAndAssumptions)
         {"# a b c\n1 2 3\n4 5 6\n", "", "Line 1, a remark, is taken for the names"},
         {"T;V\n10:00:01;1\n10:00:02;2\n10:00:03;3\n10:00:05;4\n", "", "taken for rounded ones"},
         {"D;V\n2026-11-22;1\n2026-11-22;2\n", "", "All rows bear the same time."},
+        {"id,v\n123456789,1\n-16777217,2\n16777216,2\n268435456,16777215\n", "",
+         "2 numbers of more than seven digits rounded to 32 bits, as a ts-file keeps them: by up to 3."},
+        {"Size a\n4.0K 1\n12M 2\n", "", "K is 1024 in Size."},
+        {"a,b,c\n1,2,3\n4,5,6\n7,8,9\n\nx,y\n1,2\n3,4\n\nu,v,w,z\n1,2,3,4\n5,6,7,8\n",
+         "The text holds several tables: 6 lines", ""},
     }};
     for (const auto& [written, asked, assumed] : told) {
         write("t.txt", written);
@@ -1284,9 +1364,11 @@ TEST_F(Stl, hopelessFilesSayWhy)
     write("wide.csv", wide + '\n' + wide + '\n');
     write("wide-bytes.csv", std::string("1\0;\0002\0\n\0003\0;\0004\0\n\000", 16));
     write("cut.gz", std::string("\x1F\x8B\x08\0\0\0\0\0\0\x03\x4B", 11));
+    write("raw.txt", "Variables:\n 0 time time\n 1 v(in) voltage\nValues:\n 0 0.0\n  1.5\n\n 1 1.0\n  2.5\n");
     const std::vector<std::pair<fs::path, const char*>> cases = {
         {"wide-bytes.csv", "UTF-16"},
         {"cut.gz", "damaged"},
+        {"raw.txt", "The values of each row stand below each other, from line 5 on."},
         {kData / "words.stl", "No line of numbers was found in words.stl."},
         {kData / "empty.stl", "empty"},
         {kData / "binary.stl", "binary"},

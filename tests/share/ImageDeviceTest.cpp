@@ -46,11 +46,14 @@ TEST(ImageDevice, PostscriptAndSvgHoldThePixelsInTheirPlace)
 {
     const TestDirectory directory;
     const std::string eps = drawn<PostscriptDriver>("a.eps");
-    EXPECT_NE(
-        eps.find("gsave 210.50 267.75 translate 210.50 148.75 scale\n/_i 6 string def\n2 3 8 [2 0 0 -3 0 3]\n"
-                 "{ currentfile _i readhexstring pop } false 3 colorimage\n"
-                 "ff000000ff000000ff010203040506070809\ngrestore\n"),
-        std::string::npos)
+    EXPECT_NE(eps.find("gsave 210.50 267.75 translate 210.50 148.75 scale\n[/Indexed /DeviceRGB 5 <\n"
+                       "0000ff00ff00010203040506070809ff0000\n>] setcolorspace\n"
+                       "{ /_i currentfile /ASCIIHexDecode filter def\n"
+                       "<< /ImageType 1 /Width 2 /Height 3 /BitsPerComponent 8\n"
+                       "/ImageMatrix [2 0 0 -3 0 3] /Decode [0 255]\n"
+                       "/DataSource _i /RunLengthDecode filter >> image _i flushfile } exec\n"
+                       "0505010002030480\n>\ngrestore\n"),
+              std::string::npos)
         << eps;
     const std::string svg = drawn<SvgDriver>("a.svg", PsParameters());
     EXPECT_NE(svg.find("<image x=\"210.5\" y=\"178.5\" width=\"210.5\" height=\"148.75\""), std::string::npos)

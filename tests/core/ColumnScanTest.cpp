@@ -83,7 +83,10 @@ TEST(ColumnScan, LongColumnsHaveTheExtremesOfAPlainLoop)
                 double sum = 0.0;
                 std::uint32_t missing = 0;
                 for (const float v : values)
-                    std::isnan(v) ? void(++missing) : void(sum += static_cast<double>(v));
+                    if (std::isnan(v))
+                        ++missing;
+                    else
+                        sum += static_cast<double>(v);
                 ColumnExtremes scan;
                 ASSERT_EQ(scanColumn(readerOf(values), size, {}, scan), JobOutcome::Done);
                 EXPECT_EQ(scan.maximumSample, high + 1);

@@ -71,6 +71,9 @@ TEST(SvgDriver, KeepsTextsAsTextsWhateverStandsInThem)
 {
     const TestDirectory directory;
     writeSvg("t.svg", PsParameters(), [](BasicDriver& driver) {
+        float width = 0.0F;
+        driver.TextExtent("mm", &width, nullptr);
+        EXPECT_NEAR(width, 16.8F / 842.0F, 0.001F) << "in the base size, before a font is chosen";
         driver.MoveTo(0.5F, 0.5F);
         driver.Text("<Größe> & \x01 m", 0, 0.0F, 0);
         driver.Text("\xB5m", 0, 0.0F, 0);  // as older files have it

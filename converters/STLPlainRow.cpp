@@ -109,7 +109,7 @@ bool STLPlainRow::takeNumber(const char*& at, const char* end, float& value) con
         return false;
     value = static_cast<float>(isNegative ? -number->value() : number->value());
     // Of larger ones it is told how far they are rounded.
-    return std::fabs(value) <= static_cast<float>(kMostExactWhole);
+    return std::fabs(value) < static_cast<float>(kMostExactWhole);
 }
 
 void STLPlainRow::passCell(const char*& at, const char* end) const

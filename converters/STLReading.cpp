@@ -80,8 +80,8 @@ STLReading scored(const STLSample& sample, const STLCells& cells)
         std::size_t endInSeparator = 0;
         std::size_t endInNumber = 0;
         std::size_t dates = 0;
-        std::size_t clocks = 0;  // dates and times
-        std::size_t named = 0;   // begin with a text
+        std::size_t numbers = 0;  // perhaps with a key or a unit
+        std::size_t named = 0;    // begin with a text
         std::size_t known = 0;
         std::size_t hiding = 0;  // begin with a cell that holds several
     };
@@ -113,7 +113,7 @@ STLReading scored(const STLSample& sample, const STLCells& cells)
             lines.worth += worth(number ? STLKind::Number : kind);
             lines.known += kind != STLKind::Text && kind != STLKind::Missing ? 1 : 0;
             lines.dates += kind == STLKind::Date || kind == STLKind::Stamp ? 1 : 0;
-            lines.clocks += kind == STLKind::Date || kind == STLKind::Stamp || kind == STLKind::Time ? 1 : 0;
+            lines.numbers += number || kind == STLKind::Number ? 1 : 0;
         }
     }
     STLReading reading{cells.separator, cells.decimal, cells.grouping};
@@ -125,7 +125,7 @@ STLReading scored(const STLSample& sample, const STLCells& cells)
         const double typed = lines.worth / static_cast<double>(lines.count * count);
         const double share = static_cast<double>(lines.count) / static_cast<double>(looked);
         // Dates alone are no values: their parts may be cells.
-        const double factor = (count == 1 ? lines.dates * 2 > lines.count : lines.clocks == lines.known)
+        const double factor = (count == 1 ? lines.dates * 2 > lines.count : lines.numbers == 0)
                                   ? kSingleDateFactor
                               : count == 1 ? kSingleCellFactor
                                            : 1.0;

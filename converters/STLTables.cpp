@@ -66,6 +66,7 @@ std::set<std::uint64_t> otherTablesLines(const STLSample& sample, const STLForma
     STLTables tables(format);
     const STLTitles titles(format);
     std::set<std::uint64_t> lines;
+    bool any = false;
     std::vector<std::string_view> cells;
     for (const STLLine& line : sample.head) {
         if (line.number < format.firstDataLine)
@@ -77,14 +78,17 @@ std::set<std::uint64_t> otherTablesLines(const STLSample& sample, const STLForma
         const std::size_t count = splitCells(line.text, format.cells, cells);
         const bool isNames = tables.areNames(cells);
         cells.resize(std::max(count, format.columns.size()));
-        if (titles.has(line.text, cells))
+        const bool isTitle = titles.has(line.text, cells);
+        bool isOther = false;
+        if (isTitle)
             tables.passOwnNames();
-        else if (isNames)
-            tables.passNames(count);
-        else if (tables.isOthers(count))
+        else
+            isOther = isNames ? tables.passNames(count) : tables.isOthers(count);
+        any = any || (isOther && !isNames);
+        if (isTitle || isOther)
             lines.insert(line.number);
     }
-    return lines;
+    return any ? lines : std::set<std::uint64_t>();
 }
 
 }  // namespace veltrac

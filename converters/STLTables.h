@@ -48,7 +48,8 @@ private:
     std::size_t m_others = 0;  // cells of the other table's first row; 0 outside of any
 };
 
-// The numbers of the lines, among the first ones, that other tables' rows are.
+// The numbers of the lines, among the first ones, that are names or other tables' rows; none where there is
+// one table only.
 std::set<std::uint64_t> otherTablesLines(const STLSample& sample, const STLFormat& format);
 
 }  // namespace veltrac

@@ -215,10 +215,15 @@ TEST(STLPlainRow, numbersOfAnyLengthAreThoseOfTheLibrary)
         const std::string first = someNumber(random, '.');
         const std::string last = someNumber(random, '.');
         ASSERT_TRUE(STLPlainRow(format).read(first + ";" + last, cells, values, unread));
-        const auto wanted = static_cast<std::size_t>(first.size() > 15) + (last.size() > 15 ? 1 : 0);
+        // Long ones are left to the library, and large ones to who counts what is rounded.
+        const auto isLeft = [](const std::string& text) {
+            return text.size() > 15 || static_cast<float>(std::strtod(text.c_str(), nullptr)) >=
+                                           static_cast<float>(kMostExactWhole);
+        };
+        const auto wanted = static_cast<std::size_t>(isLeft(first)) + (isLeft(last) ? 1 : 0);
         ASSERT_EQ(wanted, unread.size()) << first << ' ' << last;
-        const auto expected = [](const std::string& text, float otherwise) {
-            return text.size() > 15 ? otherwise : static_cast<float>(std::strtod(text.c_str(), nullptr));
+        const auto expected = [&](const std::string& text, float otherwise) {
+            return isLeft(text) ? otherwise : static_cast<float>(std::strtod(text.c_str(), nullptr));
         };
         ASSERT_EQ(expected(first, values[0]), values[0]) << first;
         ASSERT_EQ(expected(last, values[1]), values[1]) << last;

@@ -203,6 +203,8 @@ std::string assumptionText(const STLFormat& format, const STLCheck& found)
     // One second is what stepText() tells of.
     line(format.timeSource == STLTimeSource::Typed && !format.stepIsTold && format.typedStep != 1.0,
          "No time was found: steps of " + lengthText(format.typedStep) + " are assumed.");
+    line(!dated && format.timeSource != STLTimeSource::ElapsedTime && format.typedStart == 0,
+         "No start was found: the moment of the import stands for it.");
     line(dated && !format.greenwich && !found.zoned, "No zone is named: the times are taken as local ones.");
     line(format.timeSource == STLTimeSource::ElapsedTime && format.typedStart == 0,
          "No date was found: the times count from midnight.");

@@ -25,19 +25,26 @@ TEST(StlReport, TellsRowsStepsAndWhatTheFileWillHold)
         const char* told;
     } cases[] = {
         {"t [s];a\n10;1\n12.5;2\n15;3\n", Constant,
-         "3 rows, 1 column.\nStep 2.500 s, constant.\nWith a sample time of 2.5 s.\n"},
+         "3 rows, 1 column.\nStep 2.500 s, constant.\nWith a sample time of 2.5 s.\n"
+         "No start was found: the moment of the import stands for it."},
         {"t [s];a;b\n0;1;2\n1;3;4\n2.5;5;x\n3;6;7\n", TimeColumn,
-         "4 rows, 2 columns. 1 cell missing.\n0.5 to 1.5 s.\nWith a column \"Time\".\n"},
+         "4 rows, 2 columns. 1 cell missing.\n0.5 to 1.5 s.\nWith a column \"Time\".\n"
+         "No start was found: the moment of the import stands for it."},
         {"t [s];a;b\n0;1;2\n1;3;4\n2.5;5;x\n3;6;7\n", TimeTwoColumns,
-         "4 rows, 2 columns. 1 cell missing.\n0.5 to 1.5 s.\nWith \"Time\" and \"Time32\".\n"},
+         "4 rows, 2 columns. 1 cell missing.\n0.5 to 1.5 s.\nWith \"Time\" and \"Time32\".\n"
+         "No start was found: the moment of the import stands for it."},
         {"t [s];a;b\n0;1;2\n1;3;4\n2.5;5;x\n3;6;7\n", Resampled,
-         "4 rows, 2 columns. 1 cell missing.\n0.5 to 1.5 s.\nAt equal steps of 1 s.\n"},
+         "4 rows, 2 columns. 1 cell missing.\n0.5 to 1.5 s.\nAt equal steps of 1 s.\n"
+         "No start was found: the moment of the import stands for it."},
         {"t [s];a\n0;1\n1;2\n2;3\n3;4\n4;5\n5;6\n65;7\n66;8\n67;9\n", TimeColumn,
-         "9 rows, 1 column.\n1.000 s, 1 gap, longest 60 s.\nWith a column \"Time\".\n"},
+         "9 rows, 1 column.\n1.000 s, 1 gap, longest 60 s.\nWith a column \"Time\".\n"
+         "No start was found: the moment of the import stands for it."},
         {"t [s];a\n0;1\n1;2\n2;3\n1.5;4\n4;5\n5;6\n6;7\n", TimeColumn,
-         "7 rows, 1 column.\n-0.5 to 1 s, 1 gap, longest 2.5 s, some backwards.\nWith a column \"Time\".\n"},
+         "7 rows, 1 column.\n-0.5 to 1 s, 1 gap, longest 2.5 s, some backwards.\nWith a column \"Time\".\n"
+         "No start was found: the moment of the import stands for it."},
         {"a;b\n1;2.5\n4;2.5\n2;7\n", Constant,
-         "3 rows, 2 columns.\nNo time was found; 1 s is assumed.\nWith a sample time of 1 s.\n"},
+         "3 rows, 2 columns.\nNo time was found; 1 s is assumed.\nWith a sample time of 1 s.\n"
+         "No start was found: the moment of the import stands for it."},
         {"When;a\n01/02/2016 10:00;1\n01/02/2016 10:01;2\n01/02/2016 10:02;3\n", Constant,
          "3 rows, 1 column.\nStep 60.00 s, constant.\nWith a sample time of 60 s.\n"
          "No zone is named: the times are taken as local ones."},

@@ -1229,8 +1229,10 @@ TEST_F(Stl, reportTellsEvidenceLossesAndAssumptions)
         "1 line above the data left out as titles: line 1 \"a b c d e\".\n"
         "1 line skipped: line 7 \"end of data\".",
         lossText(words.format(), words.found()));
-    EXPECT_EQ("Line 1 has 5 words for 3 columns: they are taken for no names.",
-              assumptionText(words.format(), words.found()));
+    EXPECT_EQ(
+        "No start was found: the moment of the import stands for it.\n"
+        "Line 1 has 5 words for 3 columns: they are taken for no names.",
+        assumptionText(words.format(), words.found()));
 
     write("s.txt", "Nov 22 01:40:00 a 1\nNov 22 01:40:01 b 2\nNov 22 01:40:02 c 3\n");
     STLObject dated("s.txt");

@@ -16,8 +16,9 @@ namespace veltrac {
 
 namespace {
 
+// The least of both kinds: a long summary makes the box higher.
 constexpr QSize kWithTroubles(680, 420);
-constexpr QSize kPlain(420, 130);
+constexpr QSize kPlain(520, 130);
 
 QTableWidget* troubleTable(const QVector<ImportTrouble>& troubles)
 {
@@ -70,7 +71,9 @@ ImportReport::ImportReport(QWidget* parent, const QString& title, const QString&
     close->setDefault(true);
     layout->addWidget(buttons);
     close->setFocus();
-    resize(troubles.isEmpty() ? kPlain : kWithTroubles);
+    const QSize least = troubles.isEmpty() ? kPlain : kWithTroubles;
+    label->ensurePolished();
+    resize(least.expandedTo({0, layout->totalHeightForWidth(least.width())}));
 }
 
 }  // namespace veltrac

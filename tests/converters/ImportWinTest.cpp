@@ -276,6 +276,20 @@ TEST_F(ImportWin, singleColumnLogsBecomeColumns)
     EXPECT_TRUE(said.contains(QStringLiteral("timed.scl has 1 value fewer.")));
 }
 
+TEST_F(ImportWin, aReportShowsItsLastLineHoweverLongItIs)
+{
+    const QString summary =
+        QStringLiteral("Something that was assumed and takes more than one line of the box to be told.\n")
+            .repeated(9);
+    for (const QVector<ImportTrouble>& troubles :
+         {QVector<ImportTrouble>(), QVector<ImportTrouble>(3, ImportTrouble{})}) {
+        ImportReport box(nullptr, QStringLiteral("Check"), summary, troubles, 3, true);
+        box.show();
+        const auto* const label = box.findChild<QLabel*>();
+        EXPECT_GE(label->height(), label->heightForWidth(label->width()));
+    }
+}
+
 TEST_F(ImportWin, tsaBoxesSpeakTheProgramsOwnTexts)
 {
     std::ofstream("a.tsa") << "1 2 x\n";

@@ -15,6 +15,7 @@
 #include "share/ColorMap.h"
 #include "share/EpsFile.h"
 #include "share/PostscriptDriver.h"
+#include "share/PsImage.h"
 #include "share/SvgDriver.h"
 #include "tests/core/TsFileBytes.h"
 
@@ -65,6 +66,27 @@ TEST(ImageDevice, PostscriptAndSvgHoldThePixelsInTheirPlace)
     EXPECT_NE(svg.find("data:image/png;base64,iVBORw0KGgoAAAANSUhEUgAAAAIAAAADCAIAAAA2iEnWAAAA"),
               std::string::npos)
         << svg;
+}
+
+TEST(ImageDevice, PostscriptCutsRunsAndTakesManyColoursAsTheyAre)
+{
+    // Two long runs and three single pixels of two colours.
+    PixelImage runs{150, 1, {}};
+    for (int i = 0; i < runs.width; ++i) {
+        const std::uint8_t grey = i < 140 || i == 141 ? 0 : i < 143 ? 255 : 9;
+        runs.rgb.insert(runs.rgb.end(), 3, grey);
+    }
+    const std::vector<std::string> few = psImageLines(runs);
+    EXPECT_EQ(few[1], "000000090909ffffff");
+    EXPECT_EQ(few[few.size() - 2], "8100f50002020002fa0180");
+    PixelImage many{257, 1, {}};
+    for (int i = 0; i < many.width; ++i)
+        for (const int part : {i / 256, i % 256, 7})
+            many.rgb.push_back(static_cast<std::uint8_t>(part));
+    const std::vector<std::string> lines = psImageLines(many);
+    EXPECT_EQ(lines.front(), "/DeviceRGB setcolorspace");
+    EXPECT_NE(lines[3].find("/Decode [0 1 0 1 0 1]"), std::string::npos);
+    EXPECT_EQ(lines[5].substr(0, 20), "7f000007000107000207");
 }
 
 TEST(SvgDriver, KeepsTextsAsTextsWhateverStandsInThem)

@@ -127,15 +127,7 @@ void HistogramWin::createMenus()
     const PlotCanvas::Menus menus = m_canvas->addMenus(*menuBar());
     menus.output->addSeparator();
     menus.output->addAction(tr("C&lose"), this, &QWidget::close)->setShortcut(QKeySequence::Close);
-    menuBar()
-        ->addMenu(tr("H&elp"))
-        ->addAction(tr("&Help"), this, &HistogramWin::sl_help)
-        ->setShortcut(QKeySequence::HelpContents);
-}
-
-void HistogramWin::sl_help()
-{
-    showHelp(this, QStringLiteral("plot"), tr("Plot windows"));
+    addHelpMenu(this, QStringLiteral("plot"), tr("Plot windows"));
 }
 
 void HistogramWin::sl_count()

@@ -26,7 +26,6 @@ public:
 public slots:
     // Counts anew, with the bins of the field.
     void sl_count();
-    void sl_help();
 
 private:
     void createFields(QWidget& bar);

@@ -3,6 +3,8 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QIcon>
+#include <QMenu>
+#include <QMenuBar>
 #include <QPrintDialog>
 #include <QPushButton>
 #include <QShortcut>
@@ -90,4 +92,12 @@ void veltrac::addHelpKey(QWidget* window, const QString& name, const QString& ti
 {
     QObject::connect(new QShortcut(Qt::Key_F1, window), &QShortcut::activated, window,
                      [window, name, title] { showHelp(window, name, title); });
+}
+
+void veltrac::addHelpMenu(QMainWindow* window, const QString& name, const QString& title)
+{
+    window->menuBar()
+        ->addMenu(QStringLiteral("H&elp"))
+        ->addAction(QStringLiteral("&Help"), window, [window, name, title] { showHelp(window, name, title); })
+        ->setShortcut(QKeySequence::HelpContents);
 }

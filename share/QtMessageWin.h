@@ -43,4 +43,7 @@ MessageWin* showHelp(QWidget* parent, const QString& name, const QString& title,
 // Gives a window without a Help menu the key F1.
 void addHelpKey(QWidget* window, const QString& name, const QString& title);
 
+// Gives a window a Help menu with that text, which has the key F1.
+void addHelpMenu(QMainWindow* window, const QString& name, const QString& title);
+
 }  // namespace veltrac

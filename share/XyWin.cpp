@@ -105,15 +105,7 @@ void XyWin::createMenus()
     menus.view->addAction(tr("&Refine"), this, &XyWin::sl_refine)->setShortcut(QKeySequence::Refresh);
     menus.output->addSeparator();
     menus.output->addAction(tr("C&lose"), this, &QWidget::close)->setShortcut(QKeySequence::Close);
-    menuBar()
-        ->addMenu(tr("H&elp"))
-        ->addAction(tr("&Help"), this, &XyWin::sl_help)
-        ->setShortcut(QKeySequence::HelpContents);
-}
-
-void XyWin::sl_help()
-{
-    showHelp(this, QStringLiteral("plot"), tr("Plot windows"));
+    addHelpMenu(this, QStringLiteral("plot"), tr("Plot windows"));
 }
 
 bool XyWin::join(const XyPath::Rectangle& seen)

@@ -25,7 +25,6 @@ public:
 public slots:
     // Joins the samples anew, as finely as the view wants it.
     void sl_refine();
-    void sl_help();
 
 private:
     void createMenus();

@@ -58,7 +58,7 @@ public:
                      "Times of --csv as dates, where the file has a calendar");
         options.flag("--scale", m_request.scaled, "The greatest magnitude of --wav becomes 1");
     }
-    void check(CommonOptions& /*common*/) override
+    void check(CommonOptions& common) override
     {
         if (m_separator == "tab" || m_separator == "\\t")
             m_separator = "\t";
@@ -67,6 +67,7 @@ public:
         if (std::count(std::begin(m_chosen), std::end(m_chosen), true) > 1)
             throw UsageError("one format at a time");
         m_request.separator = m_separator.front();
+        m_namedExtension = std::filesystem::path(common.output).extension().string();
         if (chosen() == nullptr && !m_columns.empty())
             throw UsageError("tsa text takes all columns; cut takes some of them");
     }
@@ -96,6 +97,10 @@ private:
         requireDone(exportTsaText(*ts, job.target, rows.first, rows.last, job.progress, report));
         job.json["samples"] = report.samples;
         job.json["columns"] = report.columns;
+        for (const ExportFormat& format : kFormats)
+            if (m_namedExtension == format.extension)
+                job.notes.push_back(std::string("tsa text in spite of its name; ") + format.flag +
+                                    " writes what the name says");
         if (report.valuesRounded)
             job.notes.emplace_back("values were rounded to six digits");
         if (report.sampleTimeRounded)
@@ -131,6 +136,7 @@ private:
     bool m_chosen[std::size(kFormats)] = {};
     std::vector<std::string> m_columns;
     std::string m_separator = ",";
+    std::string m_namedExtension;  // of the file that -o names
     ExportRequest m_request;
     PlaceOptions m_places;
 };

@@ -141,7 +141,10 @@ TEST_F(CliResults, TextsArraysAndSoundsComeBackAsTheyWere)
     ASSERT_EQ(cli("export --csv -o w.csv wave.ts").status, 0);
     EXPECT_EQ(textOf("w.csv").substr(0, 60),
               "Time [s],slow,both [V]\n0.01,1.1253332,1.7131184\n0.02,1.24868");
+    EXPECT_EQ(cli("export --csv --force -o w.csv wave.ts").notes, "");
     ASSERT_EQ(cli("import -o csv.ts w.csv").status, 0);
+    EXPECT_NE(cli("export --force -o w.csv wave.ts").notes.find("tsa text in spite of its name; --csv"),
+              std::string::npos);
     ASSERT_EQ(cli("export --wav --columns both,slow -o w.wav wave.ts").status, 0);
     ASSERT_EQ(cli("import -o wav.ts w.wav").status, 0);
     TSFILE wave("wave.ts", true), csv("csv.ts", true), wav("wav.ts", true);

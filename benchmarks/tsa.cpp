@@ -79,7 +79,7 @@ const Table& table()
 
 void count(benchmark::State& state)
 {
-    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * table().text.size()));
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(table().text.size()));
 }
 
 // A ts-file is written in its own blocks, a text in larger ones.

@@ -52,7 +52,7 @@ using namespace veltrac;
 namespace {
 
 constexpr int kSpectrumPanelWidth = 300;
-constexpr int kCutHeight = 170;
+constexpr int kCutHeight = 150;
 constexpr double kLagParts = 1000.0;  // of a sample, finer than a greatest is found
 
 }  // namespace

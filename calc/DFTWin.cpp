@@ -367,6 +367,7 @@ void DFTWin::showCuts()
             showCut(*canvas(), *canvas()->plot().cursor(Plot2D::A), *m_cut);
         if (canvas()->plot().groups().front().level)
             showCourse(*canvas(), *canvas()->plot().groups().front().level);
+        canvas()->showHoverAgain();  // the course takes some of the picture's height
     } catch (const TS::Failure&) {
         statusBar()->showMessage(QStringLiteral("The scratch file could not be read"));
     }

@@ -473,7 +473,6 @@ void PlotView::showHover()
     emit x_hovered(parts.join(QStringLiteral(",  ")));
 }
 
-// Something else lies under the mouse now.
 void PlotView::showHoverAgain()
 {
     if (placeOf(m_mouse).zone != Zone::Plot)

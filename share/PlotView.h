@@ -52,6 +52,8 @@ public:
     // The mouse is there now; it has left where the pixel is (-1, -1).
     void setMouse(const QPoint& pixel);
     const QPoint& mouse() const noexcept { return m_mouse; }
+    // Tells anew what lies under the mouse, when the plot has moved beneath it.
+    void showHoverAgain();
 
 signals:
     // The mouse is at a pixel of the canvas, with these Qt::MouseButtons.
@@ -97,7 +99,6 @@ protected:
 private:
     void viewChanged();
     void showHover();
-    void showHoverAgain();
 
     FileArray m_files;
     QPoint m_mouse{-1, -1};

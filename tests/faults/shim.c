@@ -17,6 +17,7 @@
 //
 // Allocations count from faultsArmed(1) to faultsArmed(0) where a program calls it, else all of its life.
 #define _GNU_SOURCE
+#undef _FORTIFY_SOURCE  // whose headers define inline what is defined here
 #include <dlfcn.h>
 #include <errno.h>
 #include <fcntl.h>

@@ -168,6 +168,14 @@ TEST_F(CliFaults, WhatAFileCannotServeIsToldWithWhatThereIs)
         EXPECT_EQ(run.notes, row.says);
     }
     EXPECT_EQ(leftovers(), 0U);
+    // A window's question of three lines is one line here, without what asks.
+    std::ofstream("days.csv") << "date,v\n1/2/2024,1\n5/3/2024,2\n4/7/2024,3\n";
+    const ShellOutcome doubt = cli("import -o x.ts days.csv");
+    EXPECT_EQ(doubt.status, 1);
+    EXPECT_TRUE(doubt.notes.starts_with("days.csv: No date tells the day from the month. Please check: "));
+    EXPECT_TRUE(doubt.notes.ends_with(". (--accept imports it all the same, --order settles it)\n"))
+        << doubt.notes;
+    EXPECT_EQ(std::count(doubt.notes.begin(), doubt.notes.end(), '\n'), 1);
 }
 
 TEST_F(CliFaults, AFullDiskLeavesTheOldFilesAndNoNewOnes)

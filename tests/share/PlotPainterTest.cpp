@@ -57,6 +57,53 @@ std::string epsOf(const Plot2D& plot, PlotLayout* layout = nullptr, bool cursors
     return text.str();
 }
 
+struct Box
+{
+    double x1 = 1e9, y1 = 1e9, x2 = -1e9, y2 = -1e9;
+    void add(const std::vector<double>& path)
+    {
+        for (std::size_t i = 0; i + 1 < path.size(); i += 2)
+            *this = {std::min(x1, path[i]), std::min(y1, path[i + 1]), std::max(x2, path[i]),
+                     std::max(y2, path[i + 1])};
+    }
+};
+
+// What is filled: its part of the rectangle around it, and how much of the clip that is as wide and high.
+struct Filled
+{
+    double share, width, height;
+};
+
+Filled filledOf(const std::string& eps)
+{
+    std::istringstream words(eps);
+    std::vector<double> path, numbers{0.0, 0.0};
+    double area = 0.0;
+    Box around, clip;
+    for (std::string word; words >> word;) {
+        char* end = nullptr;
+        const double number = std::strtod(word.c_str(), &end);
+        if (*end == '\0')
+            numbers.push_back(number);
+        if (word == "_m")
+            path.clear();
+        if (word == "_m" || word == "_l")
+            path.insert(path.end(), numbers.end() - 2, numbers.end());
+        if (word == "clip")
+            (clip = {}).add(path);
+        if (word != "_f")
+            continue;
+        around.add(path);
+        for (std::size_t i = 0; i < path.size(); i += 2) {
+            const std::size_t next = (i + 2) % path.size();
+            area += (path[i] * path[next + 1] - path[next] * path[i + 1]) / 2.0;
+        }
+    }
+    const double width = around.x2 - around.x1;
+    const double height = around.y2 - around.y1;
+    return {std::abs(area) / (width * height), width / (clip.x2 - clip.x1), height / (clip.y2 - clip.y1)};
+}
+
 std::vector<float> noise(std::size_t n)
 {
     std::vector<float> values(n);
@@ -246,9 +293,21 @@ TEST(PlotPainter, pathOfTwoVariablesKeepsItsOrderItsGapsAndItsExtremesWhateverIt
     EXPECT_TRUE(cloud.isCloud());
     for (const XyPath::CloudRun& run : cloud.cloudRuns())
         EXPECT_LE(run.last, XyPath::kCloudCells / 2);
-    Group& group = jumps.groups()[0];
-    group.path = std::make_shared<XyPath>(cloud);
-    EXPECT_FALSE(epsOf(jumps).empty());
+    Variable reach(std::make_shared<PlotValues>(std::vector<double>{0.0, 2.0 * most},
+                                                std::vector<std::vector<float>>{{0.0F, 16777216.0F}}),
+                   1);
+    reach.isMark = true;
+    Plot2D shown;
+    shown.groups().emplace_back().variables().push_back(std::make_shared<HsVariable>(std::move(reach)));
+    shown.groups()[0].path = std::make_shared<XyPath>(cloud);
+    shown.buildMissing({});
+    shown.fitAll();
+    shown.setY(0, 0.0, most);
+    // Of 512 x 1024 cells those are filled that one of a million samples fell into.
+    const Filled filled = filledOf(epsOf(shown));
+    EXPECT_NEAR(filled.share, 1.0 - std::exp(-1e6 / (512.0 * 1024.0)), 0.01);
+    EXPECT_NEAR(filled.width, 0.5, 0.01);
+    EXPECT_NEAR(filled.height, 1.0, 0.01);
 }
 
 TEST(PlotPainter, notesStandAtTheirTimesInAllGroupsAndBelowOneAnother)

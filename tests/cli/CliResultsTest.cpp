@@ -141,7 +141,8 @@ TEST_F(CliResults, TextsArraysAndSoundsComeBackAsTheyWere)
     ASSERT_EQ(cli("export --csv -o w.csv wave.ts").status, 0);
     EXPECT_EQ(textOf("w.csv").substr(0, 60),
               "Time [s],slow,both [V]\n0.01,1.1253332,1.7131184\n0.02,1.24868");
-    ASSERT_EQ(cli("import -o csv.ts w.csv").status, 0);
+    ASSERT_EQ(std::system("gzip w.csv"), 0);
+    ASSERT_EQ(cli("import -o csv.ts w.csv.gz").status, 0);
     ASSERT_EQ(cli("export --wav --columns both,slow -o w.wav wave.ts").status, 0);
     ASSERT_EQ(cli("import -o wav.ts w.wav").status, 0);
     TSFILE wave("wave.ts", true), csv("csv.ts", true), wav("wav.ts", true);
@@ -242,6 +243,12 @@ TEST_F(CliResults, TimesAreReadAsTheOptionSays)
         EXPECT_FLOAT_EQ(made.dt(), c.dt) << c.from;
         EXPECT_NEAR(FileTime(made).moment(1), c.first, 0.01) << c.from;
     }
+    // The year in the first column; the month before the hours is no minute.
+    std::ofstream("log.csv") << "YYYY;DD;MM;hh;mm;v\n1970;3;1;1;40;1\n1970;3;1;1;45;2\n";
+    ASSERT_EQ(cli("import --force --becomes constant --time-from date-parts -o l.ts log.csv").status, 0);
+    TSFILE made("l.ts", true);
+    EXPECT_FLOAT_EQ(made.dt(), 300.0F);
+    EXPECT_NEAR(FileTime(made).moment(1), 2 * 86400 + 6000.0, 0.01);
 }
 
 TEST_F(CliResults, ResultsGoToNewColumnsAndOverOldOnesAndNothingElseChanges)
@@ -301,7 +308,14 @@ TEST_F(CliResults, NumbersHaveAPointInEveryLocale)
     EXPECT_EQ(cli("info --stats --json wave.ts", german).out, cli("info --stats --json wave.ts").out);
     ASSERT_EQ(cli("filter --type moving-average --points 3 -o f.ts wave.ts", german).status, 0);
     ASSERT_EQ(cli("plot -o p.eps wave.ts", german).status, 0);
-    EXPECT_EQ(textOf("p.eps").find("0,"), std::string::npos);
+    const std::string picture = textOf("p.eps");
+    EXPECT_EQ(picture.find("0,"), std::string::npos);
+    EXPECT_EQ(picture.find("Helvetica findfont"), std::string::npos);
+    EXPECT_NE(picture.find("%%Creator: Veltrac"), std::string::npos);
+    std::size_t lines = 0;
+    for (std::size_t at = 0; (at = picture.find(" _l", at + 1)) != std::string::npos;)
+        ++lines;
+    EXPECT_GT(lines, 2000U) << "the curves of both columns";
 }
 
 }  // namespace

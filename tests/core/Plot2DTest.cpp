@@ -82,6 +82,10 @@ TEST(Plot2D, historyGoesBackAndForthAndJoinsGestures)
     EXPECT_FALSE(plot.back());
     EXPECT_TRUE(plot.forward());
     EXPECT_EQ(plot.groups()[0].y1(), -9.0);
+    EXPECT_TRUE(plot.forward());
+    EXPECT_GT(plot.x1(), 100.0);
+    EXPECT_FALSE(plot.forward());
+    EXPECT_TRUE(plot.back());
     plot.remember();
     EXPECT_FALSE(plot.canGoForward());
 }

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <fstream>
 #include <limits>
+#include <map>
 #include <set>
 #include <sstream>
 
@@ -340,7 +341,10 @@ TEST(PlotPainter, groupsShareTheirSidesAndDoNotOverlap)
     Plot2D plot = plotOf({noise(100), large, noise(100)});
     plot.groups()[1].share = 2.0;
     PlotLayout layout;
-    epsOf(plot, &layout);
+    const std::string eps = epsOf(plot, &layout);
+    const std::size_t title = eps.find("(Time [s])");
+    EXPECT_NE(title, std::string::npos) << "below the last";
+    EXPECT_EQ(eps.find("(Time [s])", title + 1), std::string::npos);
     ASSERT_EQ(layout.groups.size(), 3U);
     for (std::size_t i = 0; i < 3; ++i) {
         EXPECT_EQ(layout.groups[i].x1, layout.groups[0].x1);
@@ -355,6 +359,15 @@ TEST(PlotPainter, groupsShareTheirSidesAndDoNotOverlap)
     EXPECT_EQ(layout.groupOf, (std::vector<std::size_t>{1, 2}));
 }
 
+// Where a text begins on the page, from the bottom; -1 where it is not there.
+double heightOf(const std::string& text, const std::string& eps)
+{
+    const std::size_t end = eps.find(" _m(" + text + ")");
+    if (end == std::string::npos)
+        return -1.0;
+    return std::stod(eps.substr(eps.rfind(' ', end - 1)));
+}
+
 TEST(PlotPainter, everyPlotEndsWithTextsOfWhatItCannotDraw)
 {
     const TestDirectory directory;
@@ -366,20 +379,19 @@ TEST(PlotPainter, everyPlotEndsWithTextsOfWhatItCannotDraw)
     const std::string eps = epsOf(plot);
     EXPECT_NE(eps.find("column 1: cannot be read at byte 4096"), std::string::npos);
     EXPECT_NE(eps.find("column 2 \\(2 not above 0\\)"), std::string::npos);
+    // Two that cannot be read in one group are told one below the other, a line apart.
+    plot.groups()[0].variables().push_back(plot.variables()[1]);
+    plot.variables()[1]->setFailure("is gone");
+    const std::string both = epsOf(plot);
+    const double apart =
+        heightOf("column 1: cannot be read at byte 4096", both) - heightOf("column 2: is gone", both);
+    EXPECT_GT(apart, 10.0);
+    EXPECT_LT(apart, 25.0);
     // Values without a number, and a view of no width at all, are drawn without harm.
     const float nan = std::numeric_limits<float>::quiet_NaN();
     EXPECT_NE(epsOf(plotOf({std::vector<float>(10, nan)})).find("column 1: no values"), std::string::npos);
     EXPECT_NE(epsOf(plotOf({{}})).find("column 1: no samples"), std::string::npos);
     epsOf(plotOf({{3.0F}}));
-}
-
-// Where a text begins on the page, from the bottom; -1 where it is not there.
-double heightOf(const std::string& text, const std::string& eps)
-{
-    const std::size_t end = eps.find(" _m(" + text + ")");
-    if (end == std::string::npos)
-        return -1.0;
-    return std::stod(eps.substr(eps.rfind(' ', end - 1)));
 }
 
 TEST(PlotPainter, axesReachTheEndsOfWhatAFloatHolds)
@@ -449,6 +461,22 @@ TEST(PlotPainter, thickDashedLinesKeepTheirGapsAndThinMarkers)
     EXPECT_NEAR(dashes[2].length + width, 12.0 * width, 0.3);
     EXPECT_NEAR(dashes[2].gapBefore - width, 3.0 * width, 0.3);
     EXPECT_NE(eps.find("0.57 _w", begin), std::string::npos) << "the pen of the markers";
+
+    // Where a dash goes round a corner it goes through it.
+    Plot2D teeth = plotOf({{0.0F, 1.0F, 0.0F, 1.0F, 0.0F, 1.0F, 0.0F, 1.0F, 0.0F, 1.0F, 0.0F}});
+    teeth.variables()[0]->variable().lineStyle = 1;
+    teeth.variables()[0]->variable().widthMm = 1.75;
+    teeth.setY(0, -1.0, 2.0);
+    const std::string cornered = epsOf(teeth);
+    std::map<double, int> corners;
+    std::istringstream lines(cornered.substr(cornered.find("3.97 _w")));
+    for (std::string line; std::getline(lines, line);)
+        if (line.find(" _l") != std::string::npos)
+            ++corners[std::atof(line.c_str() + line.find(' '))];
+    EXPECT_GE(std::max_element(corners.begin(), corners.end(),
+                               [](const auto& a, const auto& b) { return a.second < b.second; })
+                  ->second,
+              2);
 }
 
 TEST(PlotPainter, titlesOfLowAxesAreSetSmallerBeforeTheyAreCut)

@@ -88,6 +88,8 @@ TEST(Plot2D, historyGoesBackAndForthAndJoinsGestures)
     EXPECT_TRUE(plot.back());
     plot.remember();
     EXPECT_FALSE(plot.canGoForward());
+    plot.moveCursor(Plot2D::B, 3);
+    EXPECT_FALSE(plot.cursor(Plot2D::B)) << "what is not set does not move";
 }
 
 TEST(Plot2D, cursorsSnapToSamplesAndGiveTheInterval)

@@ -78,6 +78,9 @@ TEST(TwoChannels, TransferFunctionOfAFilterLiesWithinItsBandAndNoiseLowersTheCoh
         inside += h1.low <= std::abs(truth) && std::abs(truth) <= h1.high ? 1 : 0;
         phaseInside +=
             std::fabs(h1.phase - std::arg(truth) * 180.0 / std::numbers::pi) <= h1.phaseError ? 1 : 0;
+        const TwoChannelBin density = twoChannelBin(means, k, TwoChannelResult::CrossDensity);
+        EXPECT_NEAR(density.high / density.value, 1.0 + 1.96 / std::sqrt(common.value * means.independent),
+                    1e-3);
         EXPECT_NEAR(common.value, expected, 0.06);
         EXPECT_NEAR(h2.value * common.value, h1.value, 1e-12 * h1.value);  // the coherence is their quotient
     }

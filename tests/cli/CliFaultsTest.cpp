@@ -118,6 +118,7 @@ TEST_F(CliFaults, WrongUsageDoesNothingAndSaysWhy)
         {"filter --type brickwall --freq 1 -o x.ts a.ts",
          "\"brickwall\" is none of moving-average|bessel-lp|"},
         {"filter --type bessel-lp --order 11 --freq 0.1 -o x.ts a.ts", "Maximum Bessel filter order is 10"},
+        {"spectrum --peaks 2 -o - a.ts", "-o - and --peaks both want standard output"},
         {"header a.ts", "nothing is to be changed"},
         {"header --start yesterday a.ts", "\"yesterday\" is no time"},
         {"header --new-column -", "--new-column"},
@@ -168,6 +169,14 @@ TEST_F(CliFaults, WhatAFileCannotServeIsToldWithWhatThereIs)
         EXPECT_EQ(run.notes, row.says);
     }
     EXPECT_EQ(leftovers(), 0U);
+    // A window's question of three lines is one line here, without what asks.
+    std::ofstream("days.csv") << "date,v\n1/2/2024,1\n5/3/2024,2\n4/7/2024,3\n";
+    const ShellOutcome doubt = cli("import -o x.ts days.csv");
+    EXPECT_EQ(doubt.status, 1);
+    EXPECT_TRUE(doubt.notes.starts_with("days.csv: No date tells the day from the month. Please check: "));
+    EXPECT_TRUE(doubt.notes.ends_with(". (--accept imports it all the same, --order settles it)\n"))
+        << doubt.notes;
+    EXPECT_EQ(std::count(doubt.notes.begin(), doubt.notes.end(), '\n'), 1);
 }
 
 TEST_F(CliFaults, AFullDiskLeavesTheOldFilesAndNoNewOnes)
@@ -180,6 +189,7 @@ TEST_F(CliFaults, AFullDiskLeavesTheOldFilesAndNoNewOnes)
                                 "export --wav -o x.wav b.ts",
                                 "export -o x.tsa b.ts",
                                 "import -o x.ts text.tsa",
+                                "plot -o x.eps b.ts",
                                 "join -o x.ts b.ts c.ts",
                                 "filter --freq 0.1 -o x.ts b.ts",
                                 "formula --formula x1+1 -o x.ts b.ts",

@@ -142,8 +142,9 @@ TEST_F(CliResults, TextsArraysAndSoundsComeBackAsTheyWere)
     EXPECT_EQ(textOf("w.csv").substr(0, 60),
               "Time [s],slow,both [V]\n0.01,1.1253332,1.7131184\n0.02,1.24868");
     EXPECT_EQ(cli("export --csv --force -o w.csv wave.ts").notes, "");
-    ASSERT_EQ(cli("import -o csv.ts w.csv").status, 0);
-    EXPECT_NE(cli("export --force -o w.csv wave.ts").notes.find("tsa text in spite of its name; --csv"),
+    ASSERT_EQ(std::system("gzip w.csv"), 0);
+    ASSERT_EQ(cli("import -o csv.ts w.csv.gz").status, 0);
+    EXPECT_NE(cli("export -o w.csv wave.ts").notes.find("tsa text in spite of its name; --csv"),
               std::string::npos);
     ASSERT_EQ(cli("export --wav --columns both,slow -o w.wav wave.ts").status, 0);
     ASSERT_EQ(cli("import -o wav.ts w.wav").status, 0);
@@ -211,6 +212,8 @@ TEST_F(CliResults, WhatATsaTextLacksOrHasTooMuchIsToldAndNothingElse)
     EXPECT_EQ(few.value(4, 2), 7.0F);
     EXPECT_EQ(few.value(5, 1), 0.0F);
     std::ofstream("more.tsa") << "%S 1\n%C 1\n1\n2\n3\n";
+    std::ofstream("long.tsa") << "%S 1\n%C 1\n1 " << std::string(3000, 'x') << '\n';
+    EXPECT_NE(cli("import -o long.ts long.tsa").notes.find("1 line cut: too long"), std::string::npos);
     EXPECT_EQ(cli("import -o more.ts more.tsa").notes,
               "more.tsa: 1 sample, 1 column.\nmore.tsa: 2 data lines more than the samples, left over\n");
 }
@@ -245,6 +248,39 @@ TEST_F(CliResults, TimesAreReadAsTheOptionSays)
         EXPECT_FLOAT_EQ(made.dt(), c.dt) << c.from;
         EXPECT_NEAR(FileTime(made).moment(1), c.first, 0.01) << c.from;
     }
+    // The year in the first column; the month before the hours is no minute.
+    std::ofstream("log.csv") << "YYYY;DD;MM;hh;mm;v\n1970;3;1;1;40;1\n1970;3;1;1;45;2\n";
+    ASSERT_EQ(cli("import --force --becomes constant --time-from date-parts -o l.ts log.csv").status, 0);
+    TSFILE made("l.ts", true);
+    EXPECT_FLOAT_EQ(made.dt(), 300.0F);
+    EXPECT_NEAR(FileTime(made).moment(1), 2 * 86400 + 6000.0, 0.01);
+}
+
+TEST_F(CliResults, EveryOptionOfAnImportHoldsAgainstWhatTheTextLooksLike)
+{
+    setenv("TZ", "Europe/Oslo", 1);
+    std::ofstream("odd.csv") << "Logger 7|of 9\nDay|Hour|Load\n|h|kN\nTag|Zeit|Kraft|Weg\n||t|mm\n1|2|3|4\n"
+                                "03/04/2016|10:00:00|1234,5|7\n!03/04/2016|10:00:05|8|8\n"
+                                "03/04/2016|10:00:10|void|8\n03/04/2016|10:00:20|1236,5|9\n"
+                                "03/04/2016|10:00:30|1237,5|10\n03/04/2016|10:00:40|1238,5|11\n";
+    const ShellOutcome run =
+        cli("import --as stl --separator '|' --decimal , --names-line 4 --units-line 5 "
+            "--first-data-line 7 --remarks '!' --missing-markers void --time-from date-and-time "
+            "--date-column Tag --time-column Zeit --order month-day --zone utc --becomes constant "
+            "--columns Kraft --name Kraft=Force --unit Kraft=kN --rows-from 2 --rows-to 4 --every 2 "
+            "--missing-become zero --description \"Run 7\" -o odd.ts odd.csv");
+    setenv("TZ", "UTC", 1);
+    ASSERT_EQ(run.status, 0) << run.notes;
+    TSFILE made("odd.ts", true);
+    ASSERT_EQ(made.samples(), 2U);
+    ASSERT_EQ(made.columns(), 1U);
+    EXPECT_EQ(made.value(1, 1), 0.0F);
+    EXPECT_EQ(made.value(2, 1), 1237.5F);
+    EXPECT_FLOAT_EQ(made.dt(), 20.0F);
+    EXPECT_NEAR(FileTime(made).moment(1), 1457085610.0, 0.01);
+    EXPECT_STREQ(made.description(), "Run 7");
+    EXPECT_STREQ(made.columnName(1), "Force");
+    EXPECT_TRUE(std::string(made.columnDescription(1)).ends_with("[kN]"));
 }
 
 TEST_F(CliResults, ResultsGoToNewColumnsAndOverOldOnesAndNothingElseChanges)
@@ -304,7 +340,14 @@ TEST_F(CliResults, NumbersHaveAPointInEveryLocale)
     EXPECT_EQ(cli("info --stats --json wave.ts", german).out, cli("info --stats --json wave.ts").out);
     ASSERT_EQ(cli("filter --type moving-average --points 3 -o f.ts wave.ts", german).status, 0);
     ASSERT_EQ(cli("plot -o p.eps wave.ts", german).status, 0);
-    EXPECT_EQ(textOf("p.eps").find("0,"), std::string::npos);
+    const std::string picture = textOf("p.eps");
+    EXPECT_EQ(picture.find("0,"), std::string::npos);
+    EXPECT_NE(picture.find("/Times-Roman _F"), std::string::npos);
+    EXPECT_NE(picture.find("%%Creator: Veltrac"), std::string::npos);
+    std::size_t lines = 0;
+    for (std::size_t at = 0; (at = picture.find(" _l", at + 1)) != std::string::npos;)
+        ++lines;
+    EXPECT_GT(lines, 2000U) << "the curves of both columns";
 }
 
 }  // namespace

@@ -97,7 +97,10 @@ TEST(Record, DatesBecomeAClockOfMicroseconds)
 TEST(Record, GoesOnOverTheSeamAndKeepsItsClock)
 {
     const TestDirectory directory;
-    EXPECT_EQ(record("1 10\n2 20\n3 30\n", "--columns n,m --samples 7 --dt 0.5").status, 0);
+    EXPECT_EQ(
+        record("1 10\n2 20\n3 30\n", "--columns n,m --samples 7 --dt 0.5 --description \"Pump 3\"").status,
+        0);
+    EXPECT_STREQ(TSFILE("r.ts", true).description(), "Pump 3");
     EXPECT_EQ(record("4 40\n5 50\n6 60\n7 70\n8 80\n9 90\n", "--no-gap").status, 0);
     EXPECT_EQ(rowsOf("r.ts"), "3 30\n4 40\n5 50\n6 60\n7 70\n8 80\n9 90\n");
     // As if it had ended a second and a half ago: two rows of the time in between are missing.

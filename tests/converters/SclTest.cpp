@@ -131,7 +131,7 @@ TEST_F(Scl, severalFilesBecomeColumns)
 
     // Rows of 0.5 s: b begins two samples before a and lies a tenth of one beside it, c tells no start.
     write("a.scl", "Rate: 2 Hz\nStart: 2016-05-17 13:45:30\n1\n2\n3\n");
-    write("b.scl", "Start: 2016-05-17 13:45:29.05\n9\n8\n7\n");
+    write("b.scl", "Start: 2016-05-17T13:45:29.05\n9\n8\n7\n");
     write("c.scl", "5\n");
     SCLObject shifted;
     for (const char* const file : {"a.scl", "b.scl", "c.scl"})
@@ -149,6 +149,10 @@ TEST_F(Scl, severalFilesBecomeColumns)
               shifted.notices());
     shifted.remove(1);
     EXPECT_EQ(1463492730U - 7200U, import(shifted)->startSeconds());
+    // A rate of 0 tells no step.
+    write("d.scl", "Rate: 2 Hz\nRate: 0 Hz\nStart: 2016-05-17 13:38:50\n9\n");
+    shifted.add("d.scl");
+    EXPECT_EQ("a.scl begins 800 samples later.", shifted.notices().front());
 
     write("a.scl", "Rate: 360 Hz\n1\n2\n3\n");
     write("b.scl", "Rate: 250 Hz\n9\n8\n");

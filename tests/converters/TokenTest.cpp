@@ -138,6 +138,8 @@ TEST(TimeStamps, stampsMeanWhatIsWritten)
         {"2016-05", DateOrder::DayMonth, 1462060800.0},
         {"05/2016", DateOrder::DayMonth, 1462060800.0},
         {"2016-13", DateOrder::DayMonth, {}},
+        {"2016-May", DateOrder::DayMonth, 1462060800.0},
+        {"20160517T1345", DateOrder::DayMonth, 1463492700.0},
         {"2016 Q2", DateOrder::DayMonth, 1459468800.0},
         {"Q2-2016", DateOrder::DayMonth, 1459468800.0},
         {"2016-W20", DateOrder::DayMonth, 1463356800.0},

@@ -82,8 +82,14 @@ TEST(Plot2D, historyGoesBackAndForthAndJoinsGestures)
     EXPECT_FALSE(plot.back());
     EXPECT_TRUE(plot.forward());
     EXPECT_EQ(plot.groups()[0].y1(), -9.0);
+    EXPECT_TRUE(plot.forward());
+    EXPECT_GT(plot.x1(), 100.0);
+    EXPECT_FALSE(plot.forward());
+    EXPECT_TRUE(plot.back());
     plot.remember();
     EXPECT_FALSE(plot.canGoForward());
+    plot.moveCursor(Plot2D::B, 3);
+    EXPECT_FALSE(plot.cursor(Plot2D::B)) << "what is not set does not move";
 }
 
 TEST(Plot2D, cursorsSnapToSamplesAndGiveTheInterval)

@@ -340,6 +340,14 @@ TEST(FilterRun, zeroPhaseDelaysNothingSquaresTheGainAndBridgesWhatIsMissing)
     // The reflected ends hold the level: no ringing at either of them.
     EXPECT_NEAR(work.value(1, 2), slow(7), 1.5);
     EXPECT_NEAR(work.value(kSamples - 6, 2), slow(kSamples), 1.5);
+    // And the slope: what rises evenly stays as it is up to both.
+    TSFILE ramp("r", 400, 1, 0);
+    TSFILE smoothed("s", 400, 2, 0);
+    for (std::uint32_t s = 1; s <= 400; ++s)
+        ramp.setValue(s, 1, 7.0F + 0.5F * static_cast<float>(s));
+    runFilter(SourceColumn(ramp, 1, 1), smoothed, filter.get(), {}, FilterPass::ZeroPhase);
+    for (const std::uint32_t s : {1U, 2U, 200U, 399U, 400U})
+        EXPECT_NEAR(smoothed.value(s, 2), ramp.value(s, 1), 0.01) << s;
     EXPECT_EQ(
         runFilter(SourceColumn(file, 1, 7), work, filter.get(), stopsPastHalf, FilterPass::ZeroPhase).outcome,
         JobOutcome::Cancelled);

@@ -234,6 +234,13 @@ TEST_F(Desktop, WhereWhatsThisIsOfferedEverythingAnswers)
     });
 }
 
+// What was not given a place lies in a corner, over others.
+bool areApart(const QWidget& a, const QWidget& b)
+{
+    return &a == &b || a.parentWidget() != b.parentWidget() || a.parentWidget()->layout() == nullptr ||
+           isOfQt(a) || isOfQt(b) || !a.geometry().intersects(b.geometry());
+}
+
 // What a widget needs to show its whole text.
 QSize neededBy(const QWidget& widget)
 {
@@ -267,9 +274,13 @@ TEST_F(Desktop, FitsASmallScreenWithLargeLettersAndCutsNoText)
             QApplication::processEvents();
             EXPECT_LE(window.width(), kSmallScreen.width()) << where;
             EXPECT_LE(window.height(), kSmallScreen.height()) << where;
-            for (QWidget* const widget : shownIn(window)) {
+            const QWidgetList shown = shownIn(window);
+            for (QWidget* const widget : shown) {
                 if (isOfQt(*widget))
                     continue;
+                for (QWidget* const other : shown)
+                    EXPECT_TRUE(areApart(*widget, *other))
+                        << where << nameOf(*widget) << " over " << nameOf(*other);
                 // Forms are scrolled from top to bottom alone.
                 const auto* const area = qobject_cast<const QScrollArea*>(widget);
                 EXPECT_TRUE(area == nullptr ||

@@ -38,6 +38,7 @@ TEST(TsTableModel, AnswersTheTableAndNothingElse)
         file.setValue(2, 2, NAN);
     }
     TsTableModel model(opened("a.ts"));
+    EXPECT_TRUE(model.isAsTheFile());
     EXPECT_EQ(textAt(model, 0, 0), "-1.2346");
     EXPECT_EQ(textAt(model, 1, 0), "0.0000");
     EXPECT_EQ(textAt(model, 1, 1), "nan");

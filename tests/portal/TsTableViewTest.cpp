@@ -16,6 +16,7 @@
 #include <QPointer>
 #include <QPushButton>
 #include <QScrollBar>
+#include <QSpinBox>
 #include <QTest>
 
 #include <unistd.h>
@@ -410,6 +411,11 @@ TEST(TsTableView, ColumnsFollowAFontThatComesLaterAndTheFindBarHidesNoCurrentCel
     list.window().setFont(font);
     QApplication::processEvents();
     EXPECT_GT(list.view().columnWidth(0), 3 * before / 2);
+
+    for (QSpinBox* const box : list.window().findChildren<QSpinBox*>())
+        if (box->accessibleName() == QLatin1String("Row height in pixels"))
+            box->setValue(27);
+    EXPECT_EQ(list.view().rowHeight(0), 27);
 
     const int lowest = list.view().rowAt(list.view().viewport()->height() - 1) - 1;
     list.view().goTo(lowest, 0);

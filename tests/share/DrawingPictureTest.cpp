@@ -10,6 +10,7 @@
 #include <QProcess>
 #include <QTemporaryDir>
 
+#include <array>
 #include <cmath>
 #include <fstream>
 #include <functional>
@@ -227,6 +228,29 @@ TEST(QtDriver, MarkersAreToldApartAtFourPixels)
             EXPECT_GE(different, 4) << "markers " << a + 1 << " and " << b + 1;
         }
     }
+}
+
+TEST(QtDriver, WhatIsTurnedAndWhatIsMovedToDoesNotMoveWhatFollows)
+{
+    // The same strokes and texts in two orders make the same picture.
+    std::array<QImage, 2> pictures;
+    for (const bool textFirst : {false, true}) {
+        QImage& picture = pictures[textFirst ? 1 : 0];
+        picture = QImage(200, 100, QImage::Format_RGB32);
+        picture.fill(Qt::white);
+        QtDriver driver(&picture);
+        driver.BeginPage(0);
+        driver.SetColor(0, 0, 0);
+        for (const bool text : {textFirst, !textFirst}) {
+            driver.MoveTo(0.3F, 0.2F);
+            if (text)
+                driver.Text("Force", 0, 90.0F, 0);
+            else
+                driver.LineTo(0.9F, 0.6F);
+        }
+        driver.EndPage();
+    }
+    EXPECT_EQ(pictures[0], pictures[1]);
 }
 
 TEST(QtDriver, TruncatesPixelsFromTheTopAndClipsToTheViewport)

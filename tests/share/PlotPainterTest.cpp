@@ -6,6 +6,7 @@
 #include <cmath>
 #include <fstream>
 #include <limits>
+#include <map>
 #include <set>
 #include <sstream>
 
@@ -55,6 +56,53 @@ std::string epsOf(const Plot2D& plot, PlotLayout* layout = nullptr, bool cursors
     std::ostringstream text;
     text << file.rdbuf();
     return text.str();
+}
+
+struct Box
+{
+    double x1 = 1e9, y1 = 1e9, x2 = -1e9, y2 = -1e9;
+    void add(const std::vector<double>& path)
+    {
+        for (std::size_t i = 0; i + 1 < path.size(); i += 2)
+            *this = {std::min(x1, path[i]), std::min(y1, path[i + 1]), std::max(x2, path[i]),
+                     std::max(y2, path[i + 1])};
+    }
+};
+
+// What is filled: its part of the rectangle around it, and how much of the clip that is as wide and high.
+struct Filled
+{
+    double share, width, height;
+};
+
+Filled filledOf(const std::string& eps)
+{
+    std::istringstream words(eps);
+    std::vector<double> path, numbers{0.0, 0.0};
+    double area = 0.0;
+    Box around, clip;
+    for (std::string word; words >> word;) {
+        char* end = nullptr;
+        const double number = std::strtod(word.c_str(), &end);
+        if (*end == '\0')
+            numbers.push_back(number);
+        if (word == "_m")
+            path.clear();
+        if (word == "_m" || word == "_l")
+            path.insert(path.end(), numbers.end() - 2, numbers.end());
+        if (word == "clip")
+            (clip = {}).add(path);
+        if (word != "_f")
+            continue;
+        around.add(path);
+        for (std::size_t i = 0; i < path.size(); i += 2) {
+            const std::size_t next = (i + 2) % path.size();
+            area += (path[i] * path[next + 1] - path[next] * path[i + 1]) / 2.0;
+        }
+    }
+    const double width = around.x2 - around.x1;
+    const double height = around.y2 - around.y1;
+    return {std::abs(area) / (width * height), width / (clip.x2 - clip.x1), height / (clip.y2 - clip.y1)};
 }
 
 std::vector<float> noise(std::size_t n)
@@ -246,9 +294,21 @@ TEST(PlotPainter, pathOfTwoVariablesKeepsItsOrderItsGapsAndItsExtremesWhateverIt
     EXPECT_TRUE(cloud.isCloud());
     for (const XyPath::CloudRun& run : cloud.cloudRuns())
         EXPECT_LE(run.last, XyPath::kCloudCells / 2);
-    Group& group = jumps.groups()[0];
-    group.path = std::make_shared<XyPath>(cloud);
-    EXPECT_FALSE(epsOf(jumps).empty());
+    Variable reach(std::make_shared<PlotValues>(std::vector<double>{0.0, 2.0 * most},
+                                                std::vector<std::vector<float>>{{0.0F, 16777216.0F}}),
+                   1);
+    reach.isMark = true;
+    Plot2D shown;
+    shown.groups().emplace_back().variables().push_back(std::make_shared<HsVariable>(std::move(reach)));
+    shown.groups()[0].path = std::make_shared<XyPath>(cloud);
+    shown.buildMissing({});
+    shown.fitAll();
+    shown.setY(0, 0.0, most);
+    // Of 512 x 1024 cells those are filled that one of a million samples fell into.
+    const Filled filled = filledOf(epsOf(shown));
+    EXPECT_NEAR(filled.share, 1.0 - std::exp(-1e6 / (512.0 * 1024.0)), 0.01);
+    EXPECT_NEAR(filled.width, 0.5, 0.01);
+    EXPECT_NEAR(filled.height, 1.0, 0.01);
 }
 
 TEST(PlotPainter, notesStandAtTheirTimesInAllGroupsAndBelowOneAnother)
@@ -281,7 +341,10 @@ TEST(PlotPainter, groupsShareTheirSidesAndDoNotOverlap)
     Plot2D plot = plotOf({noise(100), large, noise(100)});
     plot.groups()[1].share = 2.0;
     PlotLayout layout;
-    epsOf(plot, &layout);
+    const std::string eps = epsOf(plot, &layout);
+    const std::size_t title = eps.find("(Time [s])");
+    EXPECT_NE(title, std::string::npos) << "below the last";
+    EXPECT_EQ(eps.find("(Time [s])", title + 1), std::string::npos);
     ASSERT_EQ(layout.groups.size(), 3U);
     for (std::size_t i = 0; i < 3; ++i) {
         EXPECT_EQ(layout.groups[i].x1, layout.groups[0].x1);
@@ -296,6 +359,15 @@ TEST(PlotPainter, groupsShareTheirSidesAndDoNotOverlap)
     EXPECT_EQ(layout.groupOf, (std::vector<std::size_t>{1, 2}));
 }
 
+// Where a text begins on the page, from the bottom; -1 where it is not there.
+double heightOf(const std::string& text, const std::string& eps)
+{
+    const std::size_t end = eps.find(" _m(" + text + ")");
+    if (end == std::string::npos)
+        return -1.0;
+    return std::stod(eps.substr(eps.rfind(' ', end - 1)));
+}
+
 TEST(PlotPainter, everyPlotEndsWithTextsOfWhatItCannotDraw)
 {
     const TestDirectory directory;
@@ -307,20 +379,19 @@ TEST(PlotPainter, everyPlotEndsWithTextsOfWhatItCannotDraw)
     const std::string eps = epsOf(plot);
     EXPECT_NE(eps.find("column 1: cannot be read at byte 4096"), std::string::npos);
     EXPECT_NE(eps.find("column 2 \\(2 not above 0\\)"), std::string::npos);
+    // Two that cannot be read in one group are told one below the other, a line apart.
+    plot.groups()[0].variables().push_back(plot.variables()[1]);
+    plot.variables()[1]->setFailure("is gone");
+    const std::string both = epsOf(plot);
+    const double apart =
+        heightOf("column 1: cannot be read at byte 4096", both) - heightOf("column 2: is gone", both);
+    EXPECT_GT(apart, 10.0);
+    EXPECT_LT(apart, 25.0);
     // Values without a number, and a view of no width at all, are drawn without harm.
     const float nan = std::numeric_limits<float>::quiet_NaN();
     EXPECT_NE(epsOf(plotOf({std::vector<float>(10, nan)})).find("column 1: no values"), std::string::npos);
     EXPECT_NE(epsOf(plotOf({{}})).find("column 1: no samples"), std::string::npos);
     epsOf(plotOf({{3.0F}}));
-}
-
-// Where a text begins on the page, from the bottom; -1 where it is not there.
-double heightOf(const std::string& text, const std::string& eps)
-{
-    const std::size_t end = eps.find(" _m(" + text + ")");
-    if (end == std::string::npos)
-        return -1.0;
-    return std::stod(eps.substr(eps.rfind(' ', end - 1)));
 }
 
 TEST(PlotPainter, axesReachTheEndsOfWhatAFloatHolds)
@@ -390,6 +461,22 @@ TEST(PlotPainter, thickDashedLinesKeepTheirGapsAndThinMarkers)
     EXPECT_NEAR(dashes[2].length + width, 12.0 * width, 0.3);
     EXPECT_NEAR(dashes[2].gapBefore - width, 3.0 * width, 0.3);
     EXPECT_NE(eps.find("0.57 _w", begin), std::string::npos) << "the pen of the markers";
+
+    // Where a dash goes round a corner it goes through it.
+    Plot2D teeth = plotOf({{0.0F, 1.0F, 0.0F, 1.0F, 0.0F, 1.0F, 0.0F, 1.0F, 0.0F, 1.0F, 0.0F}});
+    teeth.variables()[0]->variable().lineStyle = 1;
+    teeth.variables()[0]->variable().widthMm = 1.75;
+    teeth.setY(0, -1.0, 2.0);
+    const std::string cornered = epsOf(teeth);
+    std::map<double, int> corners;
+    std::istringstream lines(cornered.substr(cornered.find("3.97 _w")));
+    for (std::string line; std::getline(lines, line);)
+        if (line.find(" _l") != std::string::npos)
+            ++corners[std::atof(line.c_str() + line.find(' '))];
+    EXPECT_GE(std::max_element(corners.begin(), corners.end(),
+                               [](const auto& a, const auto& b) { return a.second < b.second; })
+                  ->second,
+              2);
 }
 
 TEST(PlotPainter, titlesOfLowAxesAreSetSmallerBeforeTheyAreCut)

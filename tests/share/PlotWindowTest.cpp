@@ -161,6 +161,23 @@ TEST_F(PlotCanvasTest, clicksSetCursorsAndDragsMoveThem)
     EXPECT_EQ(changed.count(), 2);
     drag(at(6.0), at(8.0));
     EXPECT_NEAR(*plot().cursor(Plot2D::B), 8.0, 2 * pixel());
+    // The pointer tells what a press would do there.
+    const auto shapeAt = [this](const QPoint& place) {
+        QMouseEvent move(QEvent::MouseMove, place, m_canvas.mapToGlobal(place), Qt::NoButton, Qt::NoButton,
+                         {});
+        QApplication::sendEvent(&m_canvas, &move);
+        return m_canvas.cursor().shape();
+    };
+    const QRect area = m_canvas.plotArea();
+    EXPECT_EQ(shapeAt({area.left() - 20, m_canvas.groupArea(0).center().y()}), Qt::SizeVerCursor);
+    EXPECT_EQ(shapeAt({area.center().x(), area.bottom() + 10}), Qt::SizeHorCursor);
+    EXPECT_EQ(shapeAt(at(8.0)), Qt::SplitHCursor);
+    EXPECT_EQ(shapeAt(at(3.0)), Qt::CrossCursor);
+    QTest::keyPress(&m_canvas, Qt::Key_Space);
+    EXPECT_EQ(m_canvas.cursor().shape(), Qt::OpenHandCursor);
+    QFocusEvent away(QEvent::FocusOut);
+    QApplication::sendEvent(&m_canvas, &away);
+    EXPECT_EQ(m_canvas.cursor().shape(), Qt::CrossCursor) << "the key is let go elsewhere";
     const double b = *plot().cursor(Plot2D::B);
     QTest::keyClick(&m_canvas, Qt::Key_Comma, Qt::ControlModifier);
     QTest::keyClick(&m_canvas, Qt::Key_Period, Qt::ShiftModifier);

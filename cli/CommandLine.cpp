@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <fstream>
+#include <string_view>
 #include <system_error>
 #include <thread>
 
@@ -152,8 +153,17 @@ int runCommandLine(int count, char** words)
 
     const auto verbs = allVerbs();
     CommonOptions common;
+    const std::vector<std::string_view> typed(words, words + count);
+    const auto isGiven = [&](std::string_view word) {
+        return std::any_of(typed.begin(), typed.end(),
+                           [&](std::string_view one) { return one.starts_with(word); });
+    };
+    const bool needsAll = isGiven("--write");
     for (const auto& verb : verbs) {
         CLI::App* const sub = app.add_subcommand(verb->words().name, verb->words().summary);
+        // A verb that nobody names needs none of its many words.
+        if (!needsAll && !isGiven(verb->words().name))
+            continue;
         sub->footer(footerOf(verb->words()));
         addCommonOptions(*sub, *verb, common);
         Options options(*sub);

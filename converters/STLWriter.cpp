@@ -24,7 +24,8 @@ STLWriter::STLWriter(TSFILE& target, const STLFormat& format, const STLCheck& fo
       m_last(found.target.columns, kMissingValue),
       m_lastRow(found.target.columns, 0)
 {
-    m_rows.reserve(kBufferedValues + found.target.columns);
+    const std::uint64_t values = std::uint64_t{found.target.samples} * found.target.columns;
+    m_rows.reserve(std::min<std::uint64_t>(kBufferedValues, values) + found.target.columns);
 }
 
 bool STLWriter::takesRowsAsTheyAre() const

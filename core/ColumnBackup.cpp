@@ -11,6 +11,7 @@
 #include <system_error>
 
 #include "core/DiskSync.h"
+#include "core/FileLock.h"
 #include "core/TSFILE.h"
 
 namespace veltrac {
@@ -286,12 +287,16 @@ KeptValues readOldValues(const std::filesystem::path& scratch)
             throw std::runtime_error("it holds no old values");
         }
     }
+    // Only what ends is whole: values that could not be read are not taken for none.
+    if (in.bad())
+        failToKeep(scratch);
     return kept;
 }
 
 void restoreOldValues(const std::filesystem::path& scratch, TSFILE& file, const Progress& progress)
 {
     const KeptValues kept = readOldValues(scratch);
+    const FileLock lock(file.descriptor());
     // Samples of a ring file count on when it has come round.
     const bool ring = file.ringStart() != 0;
     for (const KeptValues::Range& range : kept.ranges)
@@ -300,6 +305,9 @@ void restoreOldValues(const std::filesystem::path& scratch, TSFILE& file, const 
             throw std::out_of_range("the file has fewer samples or columns than the old values need");
     std::ifstream in(scratch, std::ios::binary);
     restoreAll(file, kept, in, progress);
+    // Whoever has them back may remove them.
+    syncToDisk(file.descriptor(), {});
+    lock.requireNamed();
 }
 
 }  // namespace veltrac

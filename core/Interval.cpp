@@ -32,9 +32,10 @@ JobOutcome copyRows(const PlotFile& from, std::uint32_t first, std::uint32_t las
                     const Progress& progress)
 {
     const std::uint32_t columns = std::max<std::uint32_t>(1, from.columns());
-    const auto chunk = static_cast<std::uint32_t>(std::max<std::size_t>(1, kChunkFloats / columns));
-    std::vector<float> rows(std::size_t{chunk} * columns);
     const std::uint32_t count = last - first + 1;
+    const auto most = static_cast<std::uint32_t>(std::max<std::size_t>(1, kChunkFloats / columns));
+    const std::uint32_t chunk = std::min(most, count);
+    std::vector<float> rows(std::size_t{chunk} * columns);
     for (std::uint32_t done = 0; done < count;) {
         const std::uint32_t n = std::min(chunk, count - done);
         from.readRows(first + done, n, rows.data());

@@ -10,6 +10,7 @@ namespace veltrac {
 namespace {
 
 constexpr std::size_t kReadBytes = std::size_t{1} << 18;
+constexpr std::size_t kFewestBytes = 4096;
 constexpr std::string_view kMark = "\xEF\xBB\xBF";
 
 [[noreturn]] void failToRead(const std::filesystem::path& file)
@@ -20,7 +21,7 @@ constexpr std::string_view kMark = "\xEF\xBB\xBF";
 }  // namespace
 
 LineReader::LineReader(const std::filesystem::path& file, std::size_t longest)
-    : m_longest(longest), m_file(std::fopen(file.c_str(), "rb")), m_buffer(longest + kReadBytes)
+    : m_longest(longest), m_file(std::fopen(file.c_str(), "rb"))
 {
     if (!m_file)
         failToRead(file);
@@ -29,11 +30,19 @@ LineReader::LineReader(const std::filesystem::path& file, std::size_t longest)
     std::error_code unknown;
     const std::uintmax_t size = std::filesystem::file_size(file, unknown);
     m_fileBytes = unknown ? 0 : size;
+    // Of a short file its size, and a byte more by which its end is found.
+    m_buffer.resize(unknown ? mostBytes()
+                            : std::min<std::uintmax_t>(mostBytes(), std::max(size + 1, kFewestBytes)));
     fill();
     skipMark();
     const std::string_view held(m_buffer.data(), m_end);
     if (held.find('\n') == std::string_view::npos && held.find('\r') != std::string_view::npos)
         m_newLine = '\r';
+}
+
+std::size_t LineReader::mostBytes() const
+{
+    return m_longest + kReadBytes;
 }
 
 // Makes the line's beginning the buffer's and reads on behind what is there; false at the end of the file.
@@ -43,6 +52,9 @@ bool LineReader::fill()
     m_bufferOffset += m_begin;
     m_end -= m_begin;
     m_begin = 0;
+    // The file has grown.
+    if (m_end == m_buffer.size())
+        m_buffer.resize(mostBytes());
     const std::size_t read = std::fread(m_buffer.data() + m_end, 1, m_buffer.size() - m_end, m_file.get());
     if (read == 0 && std::ferror(m_file.get()) != 0)
         failToRead("read");
@@ -106,6 +118,8 @@ bool LineReader::nextLines(std::size_t bytes)
 bool LineReader::takeLongLine()
 {
     m_lineOffset = position();
+    if (std::feof(m_file.get()) == 0)
+        m_buffer.resize(mostBytes());
     std::memmove(m_buffer.data(), m_buffer.data() + m_begin, m_end - m_begin);
     m_bufferOffset += m_begin;
     m_end -= m_begin;

@@ -51,6 +51,7 @@ private:
         void operator()(std::FILE* file) const noexcept { std::fclose(file); }
     };
 
+    std::size_t mostBytes() const;  // that the buffer takes
     bool fill();
     void skipMark();
     bool takeLongLine();

@@ -64,7 +64,8 @@ JobOutcome copyValues(TSFILE& from, TSFILE& to, const Progress& progress)
         return JobOutcome::Done;
 
     const std::uint32_t widest = std::max(oldColumns, newColumns);
-    const std::uint32_t run = std::max<std::uint32_t>(1, kRebuiltBytes / sizeof(float) / widest);
+    const std::uint32_t most = std::max<std::uint32_t>(1, kRebuiltBytes / sizeof(float) / widest);
+    const std::uint32_t run = std::min(most, samples);
     std::vector<float> in(std::size_t{run} * oldColumns);
     std::vector<float> out(std::size_t{run} * newColumns, 0.0F);
     for (std::uint32_t done = 0; done < samples;) {

@@ -63,6 +63,8 @@ auto painter(const PsParameters& parameters, const Plot2D& plot, const std::vect
         const PlotLayout layout = drawPlot(plot, driver, columns, look);
         if (!layout.unread.empty())
             throw std::runtime_error(unreadText(layout).toStdString());
+        if (layout.groups.empty())
+            throw std::runtime_error(QObject::tr("Nothing is shown").toStdString());
     };
 }
 

@@ -8,6 +8,7 @@
 #include "converters/STLObject.h"
 #include "converters/TsaExport.h"
 #include "converters/TsaImport.h"
+#include "core/ColumnBackup.h"
 #include "core/ColumnCopy.h"
 #include "core/CopyFile.h"
 #include "core/Interval.h"
@@ -171,6 +172,11 @@ const FaultJobs kJobsWithoutWindows = {
              ColumnTarget target{openTsFile("a.ts", false), "a.ts"};
              saveResult(work, target, {}, kept);
          });
+     }},
+    {"restore",
+     [] {
+         restoreOldValues("scratch/veltrac-old-values_3.bin", *openTsFile("b.ts", false), {});
+         return std::string();
      }},
 };
 

@@ -29,6 +29,8 @@
 #include <vector>
 
 #include "core/ColumnBackup.h"
+#include "core/RingFile.h"
+#include "core/RingWriter.h"
 #include "core/TSFILE.h"
 #include "core/TsNames.h"
 #include "tests/faults/Sweep.h"
@@ -44,7 +46,9 @@ struct Job
 {
     Program program;
     const char* name;
-    const char* words;  // of veltrac-cli; a driver's job that comes first, whose outcome is whole, too
+    // Of veltrac-cli, "< file" at their end being its standard input; of a driver the job that comes first,
+    // whose outcome is whole, too.
+    const char* words;
 };
 
 constexpr Job kSweptJobs[] = {
@@ -65,10 +69,12 @@ constexpr Job kSweptJobs[] = {
     {kJobsProgram, "filter-columns", ""},
     {kJobsProgram, "filter-added", ""},
     {kJobsProgram, "calculus-save", ""},
+    {kJobsProgram, "restore", ""},
     {kCliProgram, "cli import tsa", "import --force -o x.ts t.tsa"},
     {kCliProgram, "cli import stl", "import --force -o x.ts l.stl"},
     {kCliProgram, "cli import scl", "import --force -o x.ts --rate 10 l.scl"},
     {kCliProgram, "cli import gz", "import --force -o x.ts l.stl.gz"},
+    {kCliProgram, "cli import stdin", "import --force -o x.ts - < l.stl"},
     {kCliProgram, "cli import wav", "import --force -o x.ts w.wav"},
     {kCliProgram, "cli export tsa", "export --force -o x.tsa a.ts"},
     {kCliProgram, "cli export csv", "export --force --csv -o x.csv a.ts"},
@@ -86,6 +92,10 @@ constexpr Job kSweptJobs[] = {
     {kCliProgram, "cli plot eps", "plot --force -o x.eps a.ts"},
     {kCliProgram, "cli plot filter", "plot --force --characteristic group-delay --freq 1 --rate 9 -o x.svg"},
     {kCliProgram, "cli spectrogram", "spectrum --force --segment 256 --spectrogram -o x.ts a.ts"},
+    {kCliProgram, "cli transfer", "spectrum --force --column 2 --second 3 --segment 512 -o x.ts a.ts"},
+    {kCliProgram, "cli correlation", "spectrum --force --column 2 --second 3 --correlation 9 -o x.ts a.ts"},
+    {kCliProgram, "cli many", "cut --force --columns 2 --jobs 1 -o results a.ts work.ts"},
+    {kCliProgram, "cli record", "record --no-gap r.ts < rows.txt"},
     {kCliProgram, "cli stdout", "cut --columns 2 -o - a.ts"},
     {kWindowsProgram, "create", ""},
     {kWindowsProgram, "create-over", ""},
@@ -176,6 +186,35 @@ void makeTs(const std::string& name, std::uint32_t samples, std::uint32_t column
     file->flush(true);
 }
 
+// A ring that has come round once, and rows that go on over its seam.
+void makeRing()
+{
+    constexpr std::uint32_t kRoom = 10'000;  // parts of it are worth a sync each
+    makeRingFile("r.ts", {.samples = kRoom, .columns = {{"a", ""}, {"b", ""}}});
+    std::vector<float> rows(std::size_t{2} * (2 * kRoom - 100));
+    for (std::size_t i = 0; i < rows.size(); ++i)
+        rows[i] = static_cast<float>(i);
+    RingWriter("r.ts").write(rows);
+    std::ofstream text("rows.txt");
+    for (int i = 0; i < 3000; ++i)
+        text << i * 7 % 97 << ' ' << -i << '\n';
+}
+
+// Old values that a killed job has left, and the file that wants them back.
+void makeInterrupted()
+{
+    makeTs("b.ts", 1000, 2, 3.0);
+    const auto file = openTsFile("b.ts", false);
+    ColumnBackup backup(*file);
+    backup.save(2, 100, 700, {});
+    backup.saveInfo(2);
+    fs::copy_file(backup.path(), "scratch/veltrac-old-values_3.bin");
+    for (std::uint32_t s = 100; s < 600; ++s)
+        file->setValue(s, 2, -1.0F);
+    file->columnName(2, "changed");
+    file->flush(true);
+}
+
 class Sweeper
 {
 public:
@@ -248,6 +287,9 @@ void Sweeper::makeTemplate()
     scl.close();
     tsa.close();
     writeWav("w.wav");
+    makeRing();
+    ::setenv("TMPDIR", (old() / "scratch").c_str(), 1);
+    makeInterrupted();
     if (std::system("gzip -nk l.stl") != 0)
         throw std::runtime_error("gzip");
     // The user's own, however much their names look like the program's.
@@ -275,6 +317,9 @@ Outcome Sweeper::run(const Job& job, const std::string& fault, bool records)
     std::vector<std::string> words = {m_programs[job.program]};
     std::istringstream more(job.program == kCliProgram ? job.words : job.name);
     words.insert(words.end(), std::istream_iterator<std::string>(more), {});
+    const auto from = std::find(words.begin(), words.end(), "<");
+    const std::string input = from == words.end() ? "/dev/null" : *(from + 1);
+    words.erase(from, words.end());
     std::vector<char*> arguments;
     arguments.reserve(words.size() + 1);
     for (std::string& word : words)
@@ -298,6 +343,7 @@ Outcome Sweeper::run(const Job& job, const std::string& fault, bool records)
         ::setenv("LC_ALL", "C.UTF-8", 1);
         if (::chdir(work().c_str()) != 0)
             ::_exit(99);
+        ::dup2(::open(input.c_str(), O_RDONLY), 0);
         const int told = ::open(outside("told").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0666);
         const int out = ::open(outside("out").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0666);
         ::dup2(out, 1);

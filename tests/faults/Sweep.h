@@ -30,7 +30,7 @@ void layOver(const Files& files, const std::filesystem::path& folder);
 void age(const std::filesystem::path& file);
 
 // Whether every value of the file is that of one of the states, and a file of old values in the folder makes
-// it the one of a state again.
+// it the one of a state again; of a ring file, whether it holds all samples that it names.
 bool canBeBroughtBack(const std::filesystem::path& folder, const std::string& name, const States& states);
 
 // Replays what the shim has recorded up to each change (every `step`-th), with what was not synced by then

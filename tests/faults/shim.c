@@ -565,17 +565,20 @@ extern void* __libc_calloc(size_t, size_t);
 extern void* __libc_realloc(void*, size_t);
 extern void* __libc_memalign(size_t, size_t);
 
-// What Qt asks for by itself, for the pictures of its windows, it does not survive to be refused.
-static int isQt(const void* caller)
+// What Qt asks for by itself, for the pictures of its windows, it does not survive to be refused; and where a
+// font cannot be loaded, texts are drawn in another one, which makes a picture of other bytes that lacks
+// nothing.
+static int isOfWindows(const void* caller)
 {
     Dl_info from;
-    return dladdr(caller, &from) != 0 && from.dli_fname != NULL && strstr(from.dli_fname, "libQt5") != NULL;
+    return dladdr(caller, &from) != 0 && from.dli_fname != NULL &&
+           (strstr(from.dli_fname, "libQt") != NULL || strstr(from.dli_fname, "libfreetype") != NULL);
 }
 
 static int isRefused(size_t bytes, const void* caller)
 {
     enum { kSmall = 64 * 1024 };
-    if (bytes <= kSmall || folderLength == 0 || !armed || isQt(caller) || judge(kAlloc) == kGo)
+    if (bytes <= kSmall || folderLength == 0 || !armed || isOfWindows(caller) || judge(kAlloc) == kGo)
         return 0;
     errno = ENOMEM;
     return 1;

@@ -39,7 +39,6 @@
 #include "core/TsNames.h"
 #include "filter/fid.h"
 #include "formula/FormulaParser.h"
-#include "share/EpsFile.h"
 #include "share/PostscriptDriver.h"
 #include "share/SvgDriver.h"
 
@@ -238,17 +237,21 @@ void recordRows(std::string_view bytes)
     unfoldRing(plan.file, "out.ts", {});
 }
 
+// Draws without the pending file around it: what that does has no part in what a text can do.
 void drawText(std::string_view bytes)
 {
     const std::string text(bytes);
     PsParameters parameters = {};
-    const auto draw = [&](BasicDriver& driver) {
+    const auto draw = [&](auto&& driver) {
+        driver.BeginPage(0);
         driver.DrawStamp(1, text.c_str());
         driver.Text(text.c_str(), static_cast<int>(text.size()), 30.0F, 0);
         driver.Label(text.c_str(), static_cast<int>(text.size()) / 2);
+        driver.EndPage();
+        driver.finish();
     };
-    writeEps("out.eps", parameters, draw);
-    writeSvg("out.svg", parameters, draw);
+    draw(PostscriptDriver("out.eps", &parameters));
+    draw(SvgDriver("out.svg", parameters));
 }
 
 void bringBack(std::string_view bytes)

@@ -2,10 +2,14 @@
 // disturbs another, and when all are closed the directory holds what was there and what was saved.
 
 #include <gtest/gtest.h>
+#include <sys/mount.h>
 
 #include <QComboBox>
+#include <QDir>
+#include <QFileDialog>
 #include <QLineEdit>
 #include <QPointer>
+#include <QPushButton>
 #include <QStatusBar>
 #include <QTest>
 
@@ -22,6 +26,7 @@
 #include "core/TsNames.h"
 #include "filter/FilterWin.h"
 #include "formula/EditTsWin1.h"
+#include "portal/SampleView.h"
 #include "portal/TsApplication.h"
 #include "share/FileWatch.h"
 #include "share/NoticeStrip.h"
@@ -195,4 +200,50 @@ TEST_F(FileUnderneath, IsToldByEveryWindowWhenItIsWrittenGrownCutReplacedOrGone)
         fs::remove("away");
     });
     EXPECT_GE(asked, 13U);
+}
+
+TEST_F(FileUnderneath, GoesWithItsDiskOrItsFolderAndEditsAreSavedElsewhere)
+{
+    namespace fs = std::filesystem;
+    for (const bool isDisk : {true, false}) {
+        fs::create_directory("stick");
+        if (isDisk && ::mount("veltrac", "stick", "tmpfs", 0, "size=8m") != 0)
+            continue;  // only a superuser may
+        fs::copy_file("bed 3.ts", "stick/bed 3.ts");
+        const QString file = QDir().absoluteFilePath(QStringLiteral("stick/bed 3.ts"));
+        std::vector<QPointer<QWidget>> windows;
+        for (const SubProgram kind : {SubProgram::Plot, SubProgram::PlotColumn, SubProgram::List,
+                                      SubProgram::Header, SubProgram::Spectrum, SubProgram::Edit})
+            windows.emplace_back(TsApplication::instance()->openSubProgram(kind, file, 2));
+        QWidget& edit = *windows.back();
+        QApplication::setActiveWindow(&edit);
+        auto& view = *edit.findChild<SampleView*>();
+        view.setFocus();
+        view.goTo(699, 1);
+        QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("8"));
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+        if (isDisk) {
+            ASSERT_EQ(::umount2("stick", MNT_DETACH), 0);
+        } else {
+            fs::rename("stick", "away");
+            fs::create_directory("stick");
+        }
+        for (const QPointer<QWidget>& window : windows)
+            EXPECT_TRUE(isTold(*window, QStringLiteral("bed 3.ts is gone")));
+        {
+            const BoxAnswer save(QStringLiteral("&Save"), [](QWidget& box) {
+                box.findChild<QLineEdit*>()->setText(QDir().absoluteFilePath(QStringLiteral("rescued.ts")));
+            });
+            edit.findChild<NoticeStrip*>()->findChild<QPushButton*>()->click();
+        }
+        const auto rescued = openTsFile("rescued.ts", true);
+        EXPECT_EQ(rescued->value(700, 2), 8.0F);
+        EXPECT_EQ(rescued->value(2999, 2), openTsFile("bed 3.ts", true)->value(2999, 2));
+        const BoxAnswer discard(QStringLiteral("&Discard"));
+        for (const QPointer<QWidget>& window : windows)
+            window->close();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        for (const char* const made : {"stick", "away", "rescued.ts"})
+            fs::remove_all(made);
+    }
 }

@@ -514,6 +514,11 @@ TEST_F(PlotCanvasTest, fileThatShrinksUnderThePlotIsToldInThePicture)
         EXPECT_TRUE(failure.contains(QStringLiteral("cannot be read any more"))) << name;
         EXPECT_EQ(bytesOf(name).size(), 4U) << name;
     }
+    // Nor does a picture without any plot.
+    m_canvas.showColumns("none.ts", {1});
+    EXPECT_TRUE(writePlotEps("x.eps", m_canvas.psParameters(), plot(), m_canvas.colors(), true)
+                    .contains(QStringLiteral("Nothing is shown")));
+    EXPECT_EQ(bytesOf("x.eps").size(), 4U);
 }
 
 // -- The windows --

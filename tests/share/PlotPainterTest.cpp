@@ -6,7 +6,6 @@
 #include <cmath>
 #include <fstream>
 #include <limits>
-#include <map>
 #include <set>
 #include <sstream>
 
@@ -461,22 +460,6 @@ TEST(PlotPainter, thickDashedLinesKeepTheirGapsAndThinMarkers)
     EXPECT_NEAR(dashes[2].length + width, 12.0 * width, 0.3);
     EXPECT_NEAR(dashes[2].gapBefore - width, 3.0 * width, 0.3);
     EXPECT_NE(eps.find("0.57 _w", begin), std::string::npos) << "the pen of the markers";
-
-    // Where a dash goes round a corner it goes through it.
-    Plot2D teeth = plotOf({{0.0F, 1.0F, 0.0F, 1.0F, 0.0F, 1.0F, 0.0F, 1.0F, 0.0F, 1.0F, 0.0F}});
-    teeth.variables()[0]->variable().lineStyle = 1;
-    teeth.variables()[0]->variable().widthMm = 1.75;
-    teeth.setY(0, -1.0, 2.0);
-    const std::string cornered = epsOf(teeth);
-    std::map<double, int> corners;
-    std::istringstream lines(cornered.substr(cornered.find("3.97 _w")));
-    for (std::string line; std::getline(lines, line);)
-        if (line.find(" _l") != std::string::npos)
-            ++corners[std::atof(line.c_str() + line.find(' '))];
-    EXPECT_GE(std::max_element(corners.begin(), corners.end(),
-                               [](const auto& a, const auto& b) { return a.second < b.second; })
-                  ->second,
-              2);
 }
 
 TEST(PlotPainter, titlesOfLowAxesAreSetSmallerBeforeTheyAreCut)

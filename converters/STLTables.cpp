@@ -32,7 +32,10 @@ bool STLTables::areNames(std::span<const std::string_view> cells) const
         const bool isTime = words.empty() && kind != STLKind::Number && kind != STLKind::Missing;
         if (kind != STLKind::Text && !isTime)
             return false;
-        if (kind == STLKind::Text && !words.insert(cell).second)
+        // What the own names have twice, others may have too.
+        const auto c = static_cast<std::size_t>(&cell - cells.data());
+        const bool isOwn = c < m_format.columns.size() && cell == m_format.columns[c].heading;
+        if (kind == STLKind::Text && !words.insert(cell).second && !isOwn)
             return false;
     }
     return words.size() > 1;

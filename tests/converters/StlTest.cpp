@@ -1240,7 +1240,7 @@ TEST_F(Stl, reportTellsEvidenceLossesAndAssumptions)
     dated.check({});
     EXPECT_NE(std::string::npos, importDoubt(dated.format(), dated.found()).find("but no year"));
     // What is doubtful or assumed is asked or told.
-    const std::array<std::array<const char*, 3>, 10> told = {{
+    const std::array<std::array<const char*, 3>, 13> told = {{
         {"2026-326 10:00:00 1\n2026-326 10:00:01 2\n", "Something like a date stands before", ""},
         {"22-11 10:00:00 1\n22-11 10:00:01 2\n", "but no year", ""},
         {"2 4 6\n1 2 9\n3 1 1\n5 0 1\n", "The names of the columns are in doubt", ""},
@@ -1252,6 +1252,12 @@ TEST_F(Stl, reportTellsEvidenceLossesAndAssumptions)
         {"id,v\n123456789,1\n-16777217,2\n16777216,2\n268435456,16777215\n", "",
          "2 numbers of more than seven digits rounded to 32 bits, as a ts-file keeps them: by up to 3."},
         {"Size a\n4.0K 1\n12M 2\n", "", "K is 1024 in Size."},
+        {"1 2\n3 4\n\n5 6\n7 8\n", "",
+         "Empty lines or remarks stand between the rows, once, above line 4: all rows are taken for one "
+         "table."},
+        {"  0     2.250\n 3.500  4.750\n 15.50  12.25\n 13.50  14.75\n", "",
+         "From line 3 on the rows are set out"},
+        {"  1  2\n 13 14\n   15   26\n    7    8\n", "", "From line 3 on the rows are set out"},
         {"a,b,c\n1,2,3\n4,5,6\n7,8,9\n\nx,y\n1,2\n3,4\n\nu,v,w,z\n1,2,3,4\n5,6,7,8\n",
          "The text holds several tables: 6 lines", ""},
     }};

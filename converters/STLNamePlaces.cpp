@@ -99,8 +99,10 @@ std::vector<std::size_t> endsOf(const std::vector<STLRow>& data, std::size_t col
     std::vector<std::size_t> ends(columns);
     for (std::size_t r = 0; r < std::min(data.size(), kMostRows); ++r)
         for (std::size_t c = 0; c < columns; ++c) {
+            if (data[r].cells[c].text.empty())
+                continue;
             const std::size_t to = placeOf(data[r].cells[c].text, data[r].line->text).to;
-            if (r > 0 && c > 0 && to != ends[c])
+            if (ends[c] != 0 && c > 0 && to != ends[c])
                 return {};
             ends[c] = std::max(ends[c], to);
         }
@@ -114,9 +116,8 @@ std::vector<std::string_view> namesByEnds(std::string_view line, const std::vect
 {
     constexpr std::string_view kBlanks = " \t\r";
     const std::size_t columns = format.columns.size();
-    const std::vector<std::size_t> ends = data.size() < 2 || !format.cells.edges.empty() || format.cells.bars
-                                              ? std::vector<std::size_t>()
-                                              : endsOf(data, columns);
+    const std::vector<std::size_t> ends =
+        data.size() < 2 || format.cells.bars ? std::vector<std::size_t>() : endsOf(data, columns);
     if (ends.empty() || line.find('"') != std::string_view::npos)
         return {};
     std::vector<std::string_view> names(columns);

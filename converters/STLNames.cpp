@@ -526,6 +526,9 @@ void guessNamesAbove(STLFormat& format, const STLSample& sample, const std::vect
         if (remark && !format.cells.edges.empty())
             cells.front().remove_prefix(
                 std::min(cells.front().find_first_not_of("#%/; "), cells.front().size()));
+        // Names with a cell for each column were looked at, though the last ones are empty.
+        if (!remark && cells.size() == columns)
+            break;
         while (!cells.empty() && cells.back().empty())
             cells.pop_back();
         if (!remark && cells.size() == columns)

@@ -396,7 +396,9 @@ void findCompactDates(STLFormat& format, const std::vector<STLRow>& data)
         const int time = days ? compactTimeColumn(format, data) : -1;
         const STLCourse course = courseOf(data, c);
         const bool named = saysDate(lowered(format.columns[c].name)) && course.fallen <= course.breaks();
-        if (time < 0 && !named && !course.neverFalls() && !course.alwaysFalls())
+        const bool besideTimes =
+            days && c + 1 < format.columns.size() && format.columns[c + 1].kind == STLKind::Time;
+        if (time < 0 && !named && !besideTimes && !course.neverFalls() && !course.alwaysFalls())
             continue;
         format.columns[c].kind = days ? STLKind::Date : STLKind::Stamp;
         if (time >= 0)

@@ -325,6 +325,11 @@ std::optional<Stamp> readCompactStamp(std::string_view text)
     const bool parted = text.front() == 'T' || text.front() == ' ' || text.front() == '_';
     if (parted)
         text.remove_prefix(1);
+    if (parted && text.find(':') == 2) {
+        stamp.time = takeTime(text);
+        stamp.zoneMinutes = takeZone(text);
+        return stamp.time && text.empty() ? std::optional(stamp) : std::nullopt;
+    }
     const std::size_t count = std::min(text.find_first_not_of("0123456789"), text.size());
     if (count % 2 != 0 || count > 6 || (parted && count < 4))
         return std::nullopt;

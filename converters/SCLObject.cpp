@@ -232,6 +232,9 @@ std::vector<std::string> SCLObject::notices() const
                             (first == 0 ? "fewer." : "before the others."));
         if (!sources[i].start && earliestStart())
             texts.push_back(bareName(sources[i]) + " tells no start: it is taken to begin with the series.");
+        if (sources[i].secondName != 0)
+            texts.push_back("Line " + std::to_string(sources[i].secondName) + " of " + bareName(sources[i]) +
+                            " tells another name: all values are taken for one series.");
         if (sources[i].inTurn)
             texts.push_back(bareName(sources[i]) + " has several numbers a line; they are read in turn.");
         if (sources[i].unevenTimes)

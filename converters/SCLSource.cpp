@@ -245,7 +245,10 @@ SCLSource detectSource(const std::filesystem::path& file, std::uint64_t skipLine
         const auto time = takeLineTime(rest);
         const auto head =
             time ? std::nullopt : headLine(line.text, utf8 ? STLEncoding::Utf8 : STLEncoding::Windows1252);
-        if (head)
+        // Behind values another name is another series'.
+        if (head && keyOf(head->key) == STLKey::Name && isNamed && !lines.empty())
+            source.secondName = source.secondName == 0 ? line.number : source.secondName;
+        else if (head)
             useHead(source, *head);
         isNamed = isNamed || (head && keyOf(head->key) == STLKey::Name);
         if (head || isRemarkLine(line.text))

@@ -60,6 +60,7 @@ struct STLCheck
     std::uint64_t rows = 0;    // with a readable time
     std::uint64_t chosen = 0;  // of them, by the user's from, to and every n-th
     STLLosses losses;
+    STLBreaks breaks;
     std::uint64_t troubledRows = 0;
     std::uint64_t troubleCount = 0;
     std::vector<STLTrouble> troubles;  // the first thousand

@@ -5,6 +5,7 @@
 
 #include "converters/STLClock.h"
 #include "converters/STLHead.h"
+#include "converters/STLLayout.h"
 #include "converters/STLNames.h"
 #include "converters/STLReading.h"
 #include "converters/STLSample.h"
@@ -118,6 +119,17 @@ void leaveOtherTables(STLFormat& format, const STLSample& sample, std::vector<ST
         format.columns[c].kind = kinds[c];
 }
 
+// "[1]  5 11 16", "[4]  23 36 58": how many values stand before a line's.
+bool runOn(const std::vector<STLRow>& data, std::size_t columns)
+{
+    if (columns < 3 || data.size() < 2)
+        return false;
+    for (std::size_t i = 0; i < 2; ++i)
+        if (data[i].cells[0].text != '[' + std::to_string(1 + i * (columns - 1)) + ']')
+            return false;
+    return true;
+}
+
 STLFormat formatOf(const std::filesystem::path& file, const STLSample& sample, STLReading reading)
 {
     STLFormat format;
@@ -170,6 +182,8 @@ STLFormat formatOf(const std::filesystem::path& file, const STLSample& sample, S
         if (column.unit.empty())
             column.unit = decoded(column.suffix, format.encoding);
     listTitles(format, sample);
+    format.valuesRunOn = runOn(data, format.columns.size());
+    format.otherLayoutLine = changeOfLayout(sample, format);
     guessHead(format, sample);
     if (format.description.empty())
         format.description = file.stem().string();

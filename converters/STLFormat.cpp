@@ -154,6 +154,9 @@ std::optional<double> readValue(std::string_view cell, const STLColumn& column, 
 
 std::string_view keyBefore(std::string_view cell, const STLCells& cells)
 {
+    for (const std::string_view currency : {"$", "\xE2\x82\xAC", "\xC2\xA3"})
+        if (cell.starts_with(currency) && readNumber(cell.substr(currency.size()), cells))
+            return cell.substr(0, currency.size());
     const std::size_t sign = cell.find_first_of("=:");
     const bool word = !cell.empty() && std::isalpha(static_cast<unsigned char>(cell.front())) != 0;
     if (!word || sign == std::string_view::npos)
@@ -214,8 +217,12 @@ bool isEmptyLine(std::string_view line)
 
 bool isRule(std::string_view line)
 {
-    const bool drawn = line.find_first_not_of("+-|=: \t\r") == std::string_view::npos;
-    return drawn &&
+    if (line.find_first_not_of("+-|=: \t\r") != std::string_view::npos)
+        return false;
+    // "| --- | :-- |"
+    const std::size_t bar = line.find('|');
+    const std::size_t behind = bar == std::string_view::npos ? bar : line.find_first_not_of(" :", bar + 1);
+    return (behind != std::string_view::npos && line.substr(behind).starts_with("---")) ||
            (line.find("----") != std::string_view::npos || line.find("====") != std::string_view::npos ||
             line.find("--|") != std::string_view::npos || line.find("-+-") != std::string_view::npos ||
             line.find("|--") != std::string_view::npos || line.find("|:-") != std::string_view::npos);

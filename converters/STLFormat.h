@@ -100,6 +100,8 @@ struct STLFormat
     // numbers.
     std::size_t titleCount = 0;
     std::vector<std::pair<std::uint64_t, std::string>> titles;
+    // Where the rows begin to be set out in another way, as tables that were joined are; or 0.
+    std::uint64_t otherLayoutLine = 0;
     // A title above the names, with any digits in it, which may stand above each block of rows.
     std::string blockTitle;
     std::vector<STLColumn> columns;
@@ -121,6 +123,7 @@ struct STLFormat
     bool namesAsked = false;       // so much so that the user is asked
     bool timeIsHhmm = false;       // times are numbers: 5 past midnight is 5, noon 1200
     bool yearsInMonths = false;    // decimal years tell firsts of months, as well as their digits can
+    bool valuesRunOn = false;      // from line to line: the first cells count them
     bool monthsInDigits = false;   // these are no decimals: 1959.01 is January
     bool orderInDoubt = false;     // no date tells; the user is asked to check
     bool orderBySteps = false;     // but the steps between the dates do

@@ -63,8 +63,66 @@ std::optional<Listed> listedName(const STLLine& line, const STLFormat& format)
 
 }  // namespace
 
+namespace {
+
+// What stands behind "Columns are:" in a remark, or behind the "#L" of a spectrum; empty where neither does.
+std::string_view labelledText(const STLLine& line, const STLFormat& format)
+{
+    if (line.text.starts_with("#L "))
+        return bare(std::string_view(line.text).substr(3));
+    const std::string_view text = bare(withoutRemark(line.text, format));
+    const std::size_t colon = text.find(':');
+    if (!isRemark(line.text, format) || colon == std::string_view::npos)
+        return {};
+    const std::string label = lowered(text.substr(0, colon));
+    return label.starts_with("column") || label.starts_with("field") || label.starts_with("variable") ||
+                   label.starts_with("names")
+               ? bare(text.substr(colon + 1))
+               : std::string_view();
+}
+
+std::vector<std::string_view> partsBetween(std::string_view text, std::string_view between)
+{
+    std::vector<std::string_view> parts;
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t end = std::min(text.find(between, at), text.size());
+        if (const std::string_view part = bare(text.substr(at, end - at)); !part.empty())
+            parts.push_back(part);
+        at = end + between.size();
+    }
+    return parts;
+}
+
+// Names in a remark that says so, however many others stand between it and the data.
+void guessLabelledNames(STLFormat& format, const STLSample& sample)
+{
+    for (const STLLine& line : sample.head) {
+        if (line.number >= format.firstDataLine)
+            return;
+        const std::string_view text = labelledText(line, format);
+        for (const std::string_view between : {"  ", "\t", ",", ";", " "}) {
+            const std::vector<std::string_view> names = partsBetween(text, between);
+            if (names.size() != format.columns.size())
+                continue;
+            format.namesLine = line.number;
+            format.namesInRemark = true;
+            format.unmatchedLine = 0;
+            for (std::size_t c = 0; c < names.size(); ++c) {
+                format.columns[c].heading = names[c];
+                format.columns[c].name = cellText(names[c], format.encoding);
+            }
+            splitUnits(format);
+            break;
+        }
+    }
+}
+
+}  // namespace
+
 void guessListedNames(STLFormat& format, const STLSample& sample)
 {
+    if (format.namesLine == 0)
+        guessLabelledNames(format, sample);
     if (format.namesLine != 0 && !format.namesInRemark)
         return;
     std::vector<Listed> list;

@@ -90,6 +90,58 @@ bool areSetOut(std::string_view line)
            line.find('\t') != std::string_view::npos;
 }
 
+namespace {
+
+// Where the cells of each column end; empty where those of a column, other than the first, end at several
+// places.
+std::vector<std::size_t> endsOf(const std::vector<STLRow>& data, std::size_t columns)
+{
+    std::vector<std::size_t> ends(columns);
+    for (std::size_t r = 0; r < std::min(data.size(), kMostRows); ++r)
+        for (std::size_t c = 0; c < columns; ++c) {
+            if (data[r].cells[c].text.empty())
+                continue;
+            const std::size_t to = placeOf(data[r].cells[c].text, data[r].line->text).to;
+            if (ends[c] != 0 && c > 0 && to != ends[c])
+                return {};
+            ends[c] = std::max(ends[c], to);
+        }
+    return ends;
+}
+
+}  // namespace
+
+std::vector<std::string_view> namesByEnds(std::string_view line, const std::vector<STLRow>& data,
+                                          const STLFormat& format)
+{
+    constexpr std::string_view kBlanks = " \t\r";
+    const std::size_t columns = format.columns.size();
+    const std::vector<std::size_t> ends =
+        data.size() < 2 || format.cells.bars ? std::vector<std::size_t>() : endsOf(data, columns);
+    if (ends.empty() || line.find('"') != std::string_view::npos)
+        return {};
+    std::vector<std::string_view> names(columns);
+    std::size_t column = 0;
+    for (std::size_t from = line.find_first_not_of(kBlanks); from != std::string_view::npos;) {
+        const std::size_t end = std::min(line.find_first_of(kBlanks, from), line.size());
+        const std::string_view word = line.substr(from, end - from);
+        const Place place = placeOf(word, line);
+        while (column < columns && ends[column] < place.to)
+            ++column;
+        if (column == columns || (column > 0 && place.from < ends[column - 1]))
+            return {};
+        std::string_view& name = names[column];
+        if (!name.empty() && word.data() != name.data() + name.size() + 1)
+            return {};
+        name = name.empty() ? word : std::string_view(name.data(), name.size() + 1 + word.size());
+        from = line.find_first_not_of(kBlanks, end);
+    }
+    for (std::size_t c = 1; c < columns; ++c)
+        if (names[c].empty() || placeOf(names[c], line).to != ends[c])
+            return {};
+    return names;
+}
+
 std::vector<std::string_view> namesByPlace(std::string_view line, const std::vector<STLRow>& data,
                                            const STLFormat& format)
 {

@@ -18,4 +18,9 @@ bool areSetOut(std::string_view line);
 std::vector<std::string_view> namesByPlace(std::string_view line, const std::vector<STLRow>& data,
                                            const STLFormat& format);
 
+// The same for rows whose columns, but perhaps the first, end below each other: each name ends there too, and
+// may be of several words. Empty where some name does not.
+std::vector<std::string_view> namesByEnds(std::string_view line, const std::vector<STLRow>& data,
+                                          const STLFormat& format);
+
 }  // namespace veltrac

@@ -6,6 +6,7 @@
 #include <map>
 #include <set>
 
+#include "converters/STLCourse.h"
 #include "converters/STLHead.h"
 #include "converters/STLNamePlaces.h"
 #include "converters/STLTitles.h"
@@ -25,6 +26,12 @@ bool isMostlyText(const STLRow& row)
         filled += token.text.empty() ? 0 : 1;
     }
     return filled > 0 && texts * 2 > filled;
+}
+
+bool isRowOfNumbers(const STLRow& row)
+{
+    return std::all_of(row.cells.begin(), row.cells.end(),
+                       [](const STLToken& token) { return token.kind == STLKind::Number; });
 }
 
 std::size_t filledCells(const STLRow& row)
@@ -206,6 +213,13 @@ bool tellsKinds(const STLRow& row)
     return digits || row.cells.size() > 2;
 }
 
+// "@type xy" tells a program what to do, and "x =" what follows.
+bool isCommand(std::string_view line)
+{
+    const std::size_t last = line.find_last_not_of(" \t\r");
+    return line.starts_with('@') || (last != std::string_view::npos && line[last] == '=');
+}
+
 // Whether numbers that do not rise stand among names, or a single one among words between blanks.
 bool holdsOddNumbers(const STLRow& row, const STLFormat& format)
 {
@@ -262,8 +276,11 @@ void guessNames(STLFormat& format, const std::vector<STLRow>& rows, std::size_t 
     const STLRow* names = nullptr;
     const STLRow* units = nullptr;
     for (std::size_t i = firstData; i-- > 0;) {
+        // Rows of numbers between two lines of words part two tables.
+        if (names != nullptr && isRowOfNumbers(rows[i]))
+            break;
         if (!isMostlyText(rows[i]) || tellsKey(rows[i].line->text) || !mayBeNames(rows[i], format) ||
-            tellsKinds(rows[i]))
+            tellsKinds(rows[i]) || isCommand(rows[i].line->text))
             continue;
         // Names stand above lines of units, and above those that tell how each value was made.
         if (names != nullptr && !looksLikeUnits(*names) && filledCells(*names) >= filledCells(rows[i]))
@@ -278,13 +295,31 @@ void guessNames(STLFormat& format, const std::vector<STLRow>& rows, std::size_t 
     format.namesInDoubt = format.namesAsked = holdsOddNumbers(*names, format);
 }
 
+namespace {
+
+// Whether the first cell of a row of rising numbers is empty, as that of none below is: the corner of a
+// table.
+bool hasEmptyCorner(const std::vector<STLRow>& rows, std::size_t first)
+{
+    const std::vector<STLToken>& cells = rows[first].cells;
+    for (std::size_t c = 1; c < cells.size(); ++c)
+        if (cells[c].kind != STLKind::Number || (c > 1 && !(cells[c].value > cells[c - 1].value)))
+            return false;
+    return cells.size() > 2 && cells.front().text.empty() &&
+           std::none_of(rows.begin() + static_cast<std::ptrdiff_t>(first) + 1, rows.end(),
+                        [](const STLRow& row) { return row.cells.front().text.empty(); });
+}
+
+}  // namespace
+
 void guessNumericNames(STLFormat& format, const std::vector<STLRow>& rows, std::size_t firstData)
 {
     if (format.namesLine != 0 || format.namesListed || firstData + 2 >= rows.size() ||
         rows[firstData].line->number != format.firstDataLine)
         return;
     const STLRow& names = rows[firstData];
-    const NumericNames sort = numericNames(names);
+    const bool cornered = hasEmptyCorner(rows, firstData);
+    const NumericNames sort = cornered ? NumericNames::Years : numericNames(names);
     const bool differs = hasTextAboveNumbers(names, format);
     const bool named = format.unmatchedLine != 0;  // though nobody knows which
     if (sort == NumericNames::None ||
@@ -294,12 +329,12 @@ void guessNumericNames(STLFormat& format, const std::vector<STLRow>& rows, std::
     const auto alike = static_cast<std::size_t>(
         std::count_if(rows.begin() + static_cast<std::ptrdiff_t>(firstData) + 1, rows.end(),
                       [sort](const STLRow& row) { return numericNames(row) >= sort; }));
-    if (!differs && alike * 2 > below)
+    if (!differs && !cornered && alike * 2 > below)
         return;
     // Where some of the rows are like it, they all are taken for rows.
     format.namesInDoubt = !differs;
-    format.namesAsked = !differs && (sort != NumericNames::Years || alike > 0);
-    if (!differs && alike * 4 > below)
+    format.namesAsked = !differs && !cornered && (sort != NumericNames::Years || alike > 0);
+    if (!differs && !cornered && alike * 4 > below)
         return;
     format.namesLine = names.line->number;
     format.firstDataLine = format.namesLine + 1;
@@ -330,8 +365,9 @@ bool mayHaveRowNames(std::string_view line, const STLFormat& format, const std::
     const bool areSet = areSetOut(line);
     std::set<double> known;
     double before = -std::numeric_limits<double>::infinity();
-    for (const STLRow& row : data) {
-        const STLToken& cell = row.cells[0];
+    // Of a longer log the places that are looked at may lie one over the other.
+    for (std::size_t i = 0; i < std::min(data.size(), kPlaceRows); ++i) {
+        const STLToken& cell = data[i].cells[0];
         const bool fits = areSet ? cell.value > before : known.insert(cell.value).second;
         if (cell.kind != STLKind::Number || cell.value != std::floor(cell.value) || !fits)
             return false;
@@ -418,9 +454,13 @@ bool matchNames(std::vector<std::string_view>& cells, std::string_view line, con
             cells = std::move(words);
     }
     dropLabel(cells, columns);
-    if (blanks && cells.size() != columns && format.cells.edges.empty())
-        if (std::vector<std::string_view> names = namesByPlace(line, data, format); !names.empty())
+    if (blanks && cells.size() != columns && format.cells.edges.empty()) {
+        std::vector<std::string_view> names = namesByEnds(line, data, format);
+        if (names.empty())
+            names = namesByPlace(line, data, format);
+        if (!names.empty())
             cells = std::move(names);
+    }
     // "KB/s in  KB/s out": two words each.
     if (cells.size() == 2 * columns && blanks && areUnitsAndWords(cells)) {
         for (std::size_t c = 0; c < columns; ++c)
@@ -446,11 +486,27 @@ bool matchNames(std::vector<std::string_view>& cells, std::string_view line, con
     return cells.size() == columns || (cells.size() > columns && !blanks);
 }
 
+// As many words as columns, of which two are one name and another column has none.
+void namesToEnds(STLFormat& format, const STLSample& sample, const std::vector<STLRow>& data)
+{
+    if (format.namesLine == 0 || format.unitsLine != 0 || format.cells.separator != ' ')
+        return;
+    const std::vector<std::string_view> names =
+        namesByEnds(sample.head[format.namesLine - 1].text, data, format);
+    for (std::size_t c = 0; c < names.size(); ++c) {
+        format.columns[c].heading = names[c];
+        format.columns[c].name = cellText(names[c], format.encoding);
+        format.columns[c].unit.clear();
+    }
+    splitUnits(format);
+}
+
 }  // namespace
 
 void guessNamesAbove(STLFormat& format, const STLSample& sample, const std::vector<STLRow>& data)
 {
     const std::size_t columns = format.columns.size();
+    namesToEnds(format, sample, data);
     std::vector<STLRow> rows;
     std::vector<std::string_view> cells;
     bool remark = false;
@@ -459,6 +515,8 @@ void guessNamesAbove(STLFormat& format, const STLSample& sample, const std::vect
         const std::string_view text = withoutRemark(line.text, format);
         if (isEmptyLine(text) || isRule(line.text))
             continue;
+        if (isCommand(line.text))
+            break;
         const bool isFirst = rows.empty();
         if (remark && (!isRemark(line.text, format) || rows.size() > 1 || !areUnitsBelow(rows.front())))
             break;
@@ -468,6 +526,9 @@ void guessNamesAbove(STLFormat& format, const STLSample& sample, const std::vect
         if (remark && !format.cells.edges.empty())
             cells.front().remove_prefix(
                 std::min(cells.front().find_first_not_of("#%/; "), cells.front().size()));
+        // Names with a cell for each column were looked at, though the last ones are empty.
+        if (!remark && cells.size() == columns)
+            break;
         while (!cells.empty() && cells.back().empty())
             cells.pop_back();
         if (!remark && cells.size() == columns)

@@ -164,6 +164,7 @@ JobOutcome STLObject::readThrough(const Progress& progress, bool& wrongOrder)
     m_read.order.text = dates.steps().ambiguousText();
     m_read.order.date = midnight(dates.steps().ambiguousDate(), m_format.order).value_or(0);
     m_read.losses = rows.losses();
+    m_read.breaks = rows.breaks();
     m_read.texts = rows.texts();
     m_read.steps = steps.findings(m_read.losses.titleLines != 0 || m_format.rowsAreLabelled);
     m_read.zoned = clock.zoned();

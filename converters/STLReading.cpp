@@ -16,6 +16,7 @@ namespace {
 constexpr double kSingleDateFactor = 0.3;
 constexpr double kHiddenFactor = 0.6;
 constexpr double kGroupsFactor = 0.85;
+constexpr std::size_t kFewLongRows = 20;  // one in so many
 constexpr double kNearlyAllKnown = 0.95;
 constexpr char kSeparators[] = {'\t', ';', '|', ',', ' '};
 constexpr char kGroupings[] = {0, '.', ',', ' ', '\''};
@@ -139,9 +140,18 @@ STLReading scored(const STLSample& sample, const STLCells& cells)
     reading.known = known;
     // Unless it is the cell of a last column that is mostly empty.
     const auto longer = byCount.find(reading.cells + 1);
-    if (longer != byCount.end() && longer->second.endInNumber > 1 &&
-        byCount[reading.cells].endInSeparator == byCount[reading.cells].count)
-        ++reading.cells;
+    if (reading.cells != 0 && longer != byCount.end() &&
+        byCount[reading.cells].endInSeparator == byCount[reading.cells].count) {
+        const std::size_t both = longer->second.count + byCount[reading.cells].count;
+        if (longer->second.endInNumber > 1)
+            ++reading.cells;
+        else if (cells.separator == '\t' && longer->second.count * kFewLongRows > both) {
+            ++reading.cells;
+            reading.score *=
+                static_cast<double>(both) / static_cast<double>(byCount[reading.cells - 1].count);
+            reading.lines = static_cast<double>(both) / static_cast<double>(looked);
+        }
+    }
     return reading;
 }
 
@@ -153,7 +163,8 @@ STLReading inWords(const STLSample& sample, STLReading reading)
         return reading;
     STLCells cells = cellsOf(' ', reading.decimal, reading.grouping);
     cells.edges = fixedEdges(sample, reading.decimal);
-    if (cells.edges.size() >= reading.cells) {
+    // Names of rows in several words are one cell, where others have a cell more.
+    if (cells.edges.size() > 1 && cells.edges.size() + 1 >= reading.cells) {
         STLReading fixed = scored(sample, cells);
         fixed.edges = cells.edges;
         // Edges that cut through words lose numbers.

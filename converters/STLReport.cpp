@@ -254,6 +254,14 @@ std::string assumptionText(const STLFormat& format, const STLCheck& found)
         line(true, "Line " + std::to_string(format.unmatchedLine) + " has " + words + " for " + columns +
                        (named ? ": the first ones are taken for names." : ": they are taken for no names."));
     }
+    line(found.breaks.count != 0,
+         "Empty lines or remarks stand between the rows, " +
+             (found.breaks.count == 1 ? "once, above line "
+                                      : counted(found.breaks.count, "time") + ", first above line ") +
+             std::to_string(found.breaks.firstLine) + ": all rows are taken for one table.");
+    line(format.otherLayoutLine != 0,
+         "From line " + std::to_string(format.otherLayoutLine) +
+             " on the rows are set out in another way, as another table's: all are taken for one table.");
     line(found.losses.roundedCells != 0, roundingText(found.losses));
     line(found.target.coarseness >= 0.5,
          "A column \"Time\" tells these times to " + lengthText(found.target.coarseness) + '.');
@@ -333,6 +341,11 @@ std::string importDoubt(const STLFormat& format, const STLCheck& found)
     if (format.dateUnread)
         return "Something like a date stands before the times, but it is not understood: only the time of "
                "day is read.\nImport it so?";
+    if (format.valuesRunOn)
+        return "The first cell of each line counts the values before it: they run on from line to line, and "
+               "would be "
+               "read as a table of " +
+               counted(format.columns.size() - 1, "column") + ".\nImport it so?";
     if (format.namesAsked)
         return "The names of the columns are in doubt.\n" + namesDoubt(format) + "\nImport it so?";
     if (format.orderInDoubt && !format.orderBySteps)

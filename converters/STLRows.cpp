@@ -227,9 +227,11 @@ void STLRows::show(Piece& piece, Place& place)
     switch (line.kind) {
         case Kind::NoData:
             m_tables.passBreak();
+            m_behindBreak = m_anyRow;
             break;
         case Kind::Title:
             m_tables.passOwnNames();
+            m_behindBreak = false;
             ++m_losses.titleLines;
             break;
         case Kind::NoCells:
@@ -253,11 +255,18 @@ void STLRows::showCells(Piece& piece, const Place& place)
         if (line.isNames)
             m_troubles.push_back(lineTrouble(piece, place, STLProblem::OtherTable));
         ++m_losses.otherLines;
+        m_behindBreak = false;
         return;
     }
     m_values = valuesOf(piece, place.row);
     m_hasRow = readTime(piece, place.row) && (!(line.isOdd || m_numbersTexts) || takeOddValues(piece, place));
     m_losses.skippedLines += m_hasRow ? 0 : 1;
+    m_anyRow = m_anyRow || m_hasRow;
+    if (m_behindBreak && m_hasRow) {
+        m_behindBreak = false;
+        if (++m_breaks.count == 1)
+            m_breaks.firstLine = m_lineNumber;
+    }
 }
 
 STLTrouble STLRows::lineTrouble(const Piece& piece, const Place& place, STLProblem problem) const

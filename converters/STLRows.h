@@ -58,6 +58,13 @@ struct STLLosses
     void addCells(const STLLosses& ofRow);
 };
 
+// Places at which something other than rows stands between two of them.
+struct STLBreaks
+{
+    std::uint64_t count = 0;
+    std::uint64_t firstLine = 0;  // the first row behind one
+};
+
 // Texts of a column that is numbered, in the order in which they come.
 using STLTexts = std::map<std::string, int, std::less<>>;
 
@@ -86,6 +93,8 @@ public:
     // What the rows so far tell of their times, and what they lack.
     const STLClock& clock() const { return m_clock; }
     const STLLosses& losses() const { return m_losses; }
+    // Where empty lines or remarks stand between two rows, which may part tables.
+    const STLBreaks& breaks() const { return m_breaks; }
     // Of the columns whose texts are numbered, by column.
     const std::map<std::size_t, STLTexts>& texts() const { return m_texts; }
 
@@ -184,6 +193,9 @@ private:
     std::span<const float> m_values;
     std::vector<STLTrouble> m_troubles;
     STLLosses m_losses;
+    STLBreaks m_breaks;
+    bool m_anyRow = false;
+    bool m_behindBreak = false;  // and behind a row
     bool m_hasRow = false;
     double m_seconds = 0.0;
     std::map<std::size_t, STLTexts> m_texts;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 
 #include "core/LineReader.h"
 
@@ -194,12 +195,47 @@ bool isTyped(const STLToken& token)
 
 namespace {
 
-// Empty rows may stand between the names and the first row with a number.
-std::uint64_t firstEmptyRow(const STLSample& sample, const STLFormat& format, std::size_t columns,
-                            std::uint64_t dataLine)
+// Whether numbers can be the names of the columns behind a first one of texts: years, or whole numbers in
+// equal steps.
+bool canBeNames(const std::vector<STLToken>& tokens, const std::vector<STLKind>& kinds)
 {
+    constexpr double kFirstYear = 1500.0;
+    constexpr double kLastYear = 2200.0;
+    if (tokens.size() + 1 != kinds.size() || tokens.size() < 2 || kinds.front() != STLKind::Text)
+        return false;
+    bool equal = tokens.size() > 2;
+    for (std::size_t i = 0; i < tokens.size(); ++i) {
+        if (tokens[i].kind != STLKind::Number || tokens[i].value != std::floor(tokens[i].value) ||
+            (i > 0 && !(tokens[i].value > tokens[i - 1].value)))
+            return false;
+        equal =
+            equal && (i == 0 || tokens[i].value - tokens[i - 1].value == tokens[1].value - tokens[0].value);
+    }
+    return equal || (tokens.front().value >= kFirstYear && tokens.back().value <= kLastYear);
+}
+
+// Whether a line is a row of missing values, marked as such, with texts where the others have them.
+bool isMarkedRow(const std::vector<STLToken>& tokens, const std::vector<STLKind>& kinds)
+{
+    bool marked = false;
+    for (std::size_t c = 0; c < tokens.size(); ++c) {
+        if (tokens[c].kind != STLKind::Missing &&
+            (!isText(tokens[c]) || c >= kinds.size() || kinds[c] != STLKind::Text))
+            return false;
+        marked = marked || (tokens[c].kind == STLKind::Missing && !tokens[c].text.empty());
+    }
+    return marked && tokens.size() == kinds.size();
+}
+
+// Empty rows may stand between the names and the first row with a number.
+std::uint64_t firstEmptyRow(const STLSample& sample, const STLFormat& format,
+                            const std::vector<STLKind>& kinds, std::uint64_t dataLine)
+{
+    const std::size_t columns = kinds.size();
     for (std::uint64_t first = dataLine; first > 1; --first) {
         const std::vector<STLToken> tokens = tokensOf(sample.head[first - 2], format);
+        if (isMarkedRow(tokens, kinds))
+            continue;
         if (std::any_of(tokens.begin(), tokens.end(), isText))
             return tokens.size() == columns ? first : dataLine;
         if (tokens.size() + 1 < columns || std::any_of(tokens.begin(), tokens.end(), isTyped))
@@ -228,7 +264,7 @@ std::uint64_t firstRaggedLine(const STLSample& sample, const STLFormat& format,
         const STLLine& above = sample.head[dataLine - 2];
         const std::vector<STLToken> tokens = tokensOf(above, format);
         bool typed = false;
-        bool row = !isRemark(above.text, format);
+        bool row = !isRemark(above.text, format) && !canBeNames(tokens, kinds);
         const bool repeated =
             tokens.size() < kinds.size() || isCountAgain(sample, format, above, tokens.size());
         for (std::size_t c = 0; c < tokens.size(); ++c) {
@@ -240,9 +276,8 @@ std::uint64_t firstRaggedLine(const STLSample& sample, const STLFormat& format,
         if (!row || !typed)
             break;
     }
-    return format.cells.separator == ' ' || kinds.size() < 2
-               ? dataLine
-               : firstEmptyRow(sample, format, kinds.size(), dataLine);
+    return format.cells.separator == ' ' || kinds.size() < 2 ? dataLine
+                                                             : firstEmptyRow(sample, format, kinds, dataLine);
 }
 
 std::size_t namedColumns(const STLSample& sample, const STLFormat& format, std::size_t usual)
@@ -256,9 +291,11 @@ std::size_t namedColumns(const STLSample& sample, const STLFormat& format, std::
             above = std::move(tokens);
             continue;
         }
-        const std::size_t named = above.size();
+        std::size_t named = above.size();
         if (named <= usual)
             return 0;
+        // Above the names of rows there is none.
+        named += tokens.size() == named + 1 && isText(tokens.front()) ? 1 : 0;
         return std::any_of(sample.lines.begin(), sample.lines.end(),
                            [&](const STLLine& other) {
                                const std::vector<STLToken> cells = tokensOf(other, format);

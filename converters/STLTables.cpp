@@ -27,12 +27,14 @@ bool STLTables::areNames(std::span<const std::string_view> cells) const
     if (m_ownNames == 0 || cells.size() < 2 || std::any_of(m_numbers.begin(), m_numbers.end(), beginsNumber))
         return false;
     std::set<std::string_view> words;
-    for (const std::string_view cell : cells) {
-        const STLKind kind = readToken(cell, m_format.cells).kind;
+    for (std::size_t c = 0; c < cells.size(); ++c) {
+        const STLKind kind = readToken(cells[c], m_format.cells).kind;
         const bool isTime = words.empty() && kind != STLKind::Number && kind != STLKind::Missing;
         if (kind != STLKind::Text && !isTime)
             return false;
-        if (kind == STLKind::Text && !words.insert(cell).second)
+        // What the own names have twice, others may have too.
+        const bool isOwn = c < m_format.columns.size() && cells[c] == m_format.columns[c].heading;
+        if (kind == STLKind::Text && !words.insert(cells[c]).second && !isOwn)
             return false;
     }
     return words.size() > 1;

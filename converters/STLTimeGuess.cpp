@@ -333,6 +333,27 @@ void findDottedTimes(STLFormat& format, const std::vector<STLRow>& data)
     }
 }
 
+// Whether the rows of nearly each time have the same cells in a column, as those of several things have their
+// numbers.
+bool comeInTurn(const std::vector<STLRow>& data, std::size_t time, std::size_t column)
+{
+    constexpr std::size_t kFewest = 3;
+    std::map<std::vector<std::string_view>, std::size_t> turns;
+    std::vector<std::string_view> turn;
+    std::size_t count = 0;
+    for (std::size_t i = 0; i < data.size(); ++i) {
+        turn.push_back(data[i].cells[column].text);
+        if (i + 1 < data.size() && data[i + 1].cells[time].text == data[i].cells[time].text)
+            continue;
+        ++turns[turn];
+        ++count;
+        turn.clear();
+    }
+    const auto most = std::max_element(turns.begin(), turns.end(),
+                                       [](const auto& a, const auto& b) { return a.second < b.second; });
+    return count >= kFewest && most->first.size() > 1 && most->second * 4 >= count * 3;
+}
+
 // Whether a column of texts tells rows of one time apart, with the same texts at other times.
 bool areLabelled(const STLFormat& format, const std::vector<STLRow>& data)
 {
@@ -355,7 +376,8 @@ bool areLabelled(const STLFormat& format, const std::vector<STLRow>& data)
         return again && pairs > 1;
     };
     for (std::size_t c = 0; c < format.columns.size(); ++c)
-        if (format.columns[c].kind == STLKind::Text && labels(c))
+        if ((format.columns[c].kind == STLKind::Text && labels(c)) ||
+            (format.columns[c].kind == STLKind::Number && labels(c) && comeInTurn(data, time, c)))
             return true;
     return false;
 }
@@ -374,7 +396,9 @@ void findCompactDates(STLFormat& format, const std::vector<STLRow>& data)
         const int time = days ? compactTimeColumn(format, data) : -1;
         const STLCourse course = courseOf(data, c);
         const bool named = saysDate(lowered(format.columns[c].name)) && course.fallen <= course.breaks();
-        if (time < 0 && !named && !course.neverFalls() && !course.alwaysFalls())
+        const bool besideTimes =
+            days && c + 1 < format.columns.size() && format.columns[c + 1].kind == STLKind::Time;
+        if (time < 0 && !named && !besideTimes && !course.neverFalls() && !course.alwaysFalls())
             continue;
         format.columns[c].kind = days ? STLKind::Date : STLKind::Stamp;
         if (time >= 0)

@@ -96,6 +96,9 @@ std::optional<TimeOfDay> readTime(std::string_view text)
 {
     if (Micros micros = 0; readPlainTime(text, micros))
         return TimeOfDay{micros, 0, true};
+    constexpr std::size_t kYearAndMonth = 7;
+    if (text.size() == kYearAndMonth && text[4] == ':' && readPartOfYear(text))
+        return std::nullopt;
     std::string_view rest = text;
     const Micros days = takeDays(rest);
     auto time = takeTime(rest);

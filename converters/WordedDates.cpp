@@ -82,8 +82,11 @@ int monthOf(const std::string& word)
 // A day of the week before a date says nothing more.
 void skipWeekday(std::string_view& text)
 {
-    static constexpr std::array<std::string_view, 14> kDays = {
-        "mon", "tue", "wed", "thu", "fri", "sat", "sun", "die", "mit", "don", "fre", "sam", "son", "sa"};
+    // English, German, French, Italian, Spanish, Dutch and northern ones, cut and without what is not ASCII.
+    static constexpr std::array<std::string_view, 31> kDays = {
+        "mon", "tue", "wed", "thu", "fri", "sat", "sun", "die", "mit", "don", "fre",
+        "sam", "son", "sa",  "lun", "mer", "jeu", "ven", "dim", "gio", "dom", "jue",
+        "vie", "sb",  "tis", "ons", "tor", "mn",  "lr",  "sn",  "tir"};
     std::string_view rest = text;
     const std::string word = takeWord(rest);
     bool known = word == "mo" || word == "di" || word == "mi" || word == "do" || word == "fr" || word == "so";
@@ -164,6 +167,14 @@ std::optional<TimeOfDay> timeOfDigits(std::string_view text, std::size_t count)
 std::optional<DateParts> takeWordedDate(std::string_view& text)
 {
     std::string_view rest = text;
+    // Tuesday or March.
+    if (std::string_view word = text; takeWord(word) == "mar" && word.starts_with(". ")) {
+        word.remove_prefix(2);
+        if (const auto dated = takeDayMonthYear(word)) {
+            text = word;
+            return dated;
+        }
+    }
     skipWeekday(rest);
     auto date = takeDayMonthYear(rest);
     if (!date)
@@ -245,7 +256,9 @@ constexpr bool isYear(const std::optional<Digits>& digits)
 std::optional<DateParts> behindYear(int year, std::string_view rest)
 {
     const std::size_t before = rest.size();
-    skip(rest, "-/ ");
+    // "1974:01" is a month, "1974:1" a quarter.
+    const bool colon = rest.starts_with(':');
+    skip(rest, colon ? ":" : "-/ ");
     const bool apart = rest.size() != before;
     const std::string word = takeWord(rest);
     const auto digits = takeDigits(rest);
@@ -261,7 +274,7 @@ std::optional<DateParts> behindYear(int year, std::string_view rest)
     }
     if (!rest.empty())
         return std::nullopt;
-    if (word == "q" && digits->count == 1 && n >= 1 && n <= 4)
+    if ((word == "q" || (colon && word.empty())) && digits->count == 1 && n >= 1 && n <= 4)
         return datedBy(year, n * 3 - 2, 1);
     const bool month = word == "m" || (word.empty() && apart && digits->count == 2);
     return month && n >= 1 && n <= 12 ? std::optional(datedBy(year, n, 1)) : std::nullopt;
@@ -312,6 +325,11 @@ std::optional<Stamp> readCompactStamp(std::string_view text)
     const bool parted = text.front() == 'T' || text.front() == ' ' || text.front() == '_';
     if (parted)
         text.remove_prefix(1);
+    if (parted && text.find(':') == 2) {
+        stamp.time = takeTime(text);
+        stamp.zoneMinutes = takeZone(text);
+        return stamp.time && text.empty() ? std::optional(stamp) : std::nullopt;
+    }
     const std::size_t count = std::min(text.find_first_not_of("0123456789"), text.size());
     if (count % 2 != 0 || count > 6 || (parted && count < 4))
         return std::nullopt;

@@ -129,6 +129,15 @@ TEST_F(Scl, severalFilesBecomeColumns)
     expectColumn(*ts, 2, {9, 8, 8});
     EXPECT_EQ(std::vector<std::string>{"b.scl has 1 value fewer."}, logs.notices());
 
+    write("two.scl", "Name: first\n1\n2\nName: second\n3\n");
+    SCLObject two;
+    two.add("two.scl");
+    EXPECT_STREQ("first", import(two)->columnName(1));
+    EXPECT_EQ(
+        std::vector<std::string>{
+            "Line 4 of two.scl tells another name: all values are taken for one series."},
+        two.notices());
+
     // Rows of 0.5 s: b begins two samples before a and lies a tenth of one beside it, c tells no start.
     write("a.scl", "Rate: 2 Hz\nStart: 2016-05-17 13:45:30\n1\n2\n3\n");
     write("b.scl", "Start: 2016-05-17T13:45:29.05\n9\n8\n7\n");

@@ -129,30 +129,30 @@ std::pair<STLColumn*, std::string> columnAndText(STLFormat& format, const std::s
 
 void detectFormat(STLObject& log, const TextChoices& text)
 {
+    static constexpr char kGroupings[] = {0, '.', ',', ' ', '\''};
     log.detect();
-    if (text.separator.empty() && text.decimal.empty())
+    if (text.separator.empty() && text.decimal.empty() && !text.grouping)
         return;
     const STLCells found = log.format().cells;
     const char separator = text.separator.empty() ? found.separator : text.separator.front();
     const char decimal = text.decimal.empty() ? found.decimal : text.decimal.front();
-    log.detect(separator, separator == decimal ? '.' : decimal);
+    const char own = decimal == found.decimal ? found.grouping : '\0';
+    log.detect(separator, separator == decimal ? '.' : decimal,
+               text.grouping ? kGroupings[*text.grouping] : own);
 }
 
 void takeTextOptions(STLObject& log, const TextChoices& text)
 {
-    static constexpr char kGroupings[] = {0, '.', ',', ' ', '\''};
     STLFormat& format = log.format();
     if (text.encoding)
         format.encoding = static_cast<STLEncoding>(*text.encoding);
-    if (text.grouping)
-        format.cells.grouping = kGroupings[*text.grouping];
     if (text.firstDataLine)
         format.firstDataLine = *text.firstDataLine;
     if (text.namesLine)
         format.namesLine = *text.namesLine;
     if (text.unitsLine)
         format.unitsLine = *text.unitsLine;
-    if (text.encoding || text.grouping || text.firstDataLine || text.namesLine || text.unitsLine)
+    if (text.encoding || text.firstDataLine || text.namesLine || text.unitsLine)
         takeNames(log.text(), format);
     if (text.namesLine)
         format.namesInDoubt = false;

@@ -183,7 +183,6 @@ STLFormat formatOf(const std::filesystem::path& file, const STLSample& sample, S
             column.unit = decoded(column.suffix, format.encoding);
     listTitles(format, sample);
     format.valuesRunOn = runOn(data, format.columns.size());
-    format.otherLayoutLine = changeOfLayout(sample, format);
     guessHead(format, sample);
     if (format.description.empty())
         format.description = file.stem().string();
@@ -240,13 +239,16 @@ STLFormat detectFormat(const PlainText& text)
         format.otherDecimal = second.cells.decimal;
         format.otherEvidence = second.evidence;
     }
+    format.otherLayoutLine = changeOfLayout(sample, format);
     return format;
 }
 
-STLFormat detectFormat(const PlainText& text, char separator, char decimal)
+STLFormat detectFormat(const PlainText& text, char separator, char decimal, char grouping)
 {
     const STLSample sample = readSample(text.path());
-    return formatOf(text.file(), sample, scoredReading(sample, separator, decimal));
+    STLFormat format = formatOf(text.file(), sample, scoredReading(sample, separator, decimal, grouping));
+    format.otherLayoutLine = changeOfLayout(sample, format);
+    return format;
 }
 
 void takeNames(const PlainText& text, STLFormat& format)

@@ -11,8 +11,9 @@ namespace veltrac {
 // Throws STLError (no line of numbers, binary data, too many columns) and std::system_error.
 STLFormat detectFormat(const PlainText& text);
 
-// The same with separator and decimal sign given by the user; the rest is found again.
-STLFormat detectFormat(const PlainText& text, char separator, char decimal);
+// The same with separator, decimal sign and what stands between thousands (0: nothing) given by the user; the
+// rest is found again.
+STLFormat detectFormat(const PlainText& text, char separator, char decimal, char grouping);
 
 // Reads names and units of the columns again, from the lines that the format names.
 void takeNames(const PlainText& text, STLFormat& format);

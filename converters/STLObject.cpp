@@ -65,9 +65,9 @@ void STLObject::detect()
     m_readFormat.reset();
 }
 
-void STLObject::detect(char separator, char decimal)
+void STLObject::detect(char separator, char decimal, char grouping)
 {
-    m_format = detectFormat(text(), separator, decimal);
+    m_format = detectFormat(text(), separator, decimal, grouping);
     m_readFormat.reset();
 }
 

@@ -41,7 +41,7 @@ public:
 
     // Throws STLError and std::system_error.
     void detect();
-    void detect(char separator, char decimal);
+    void detect(char separator, char decimal, char grouping = 0);
 
     // The first pass, left out where isRead(), and what becomes of its findings. Throws STLError where
     // nothing can come of it (no rows, no columns, 2 GB or more), std::system_error.

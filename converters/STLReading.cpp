@@ -195,9 +195,9 @@ void preferTabs(std::vector<STLReading>& readings)
 
 }  // namespace
 
-STLReading scoredReading(const STLSample& sample, char separator, char decimal)
+STLReading scoredReading(const STLSample& sample, char separator, char decimal, char grouping)
 {
-    return inWords(sample, scored(sample, cellsOf(separator, decimal, 0)));
+    return inWords(sample, scored(sample, cellsOf(separator, decimal, grouping)));
 }
 
 std::vector<STLReading> allReadings(const STLSample& sample)

@@ -27,7 +27,7 @@ inline constexpr double kNearReading = 0.9;
 inline constexpr double kSingleCellFactor = 0.7;
 
 // One way, as it scores.
-STLReading scoredReading(const STLSample& sample, char separator, char decimal);
+STLReading scoredReading(const STLSample& sample, char separator, char decimal, char grouping);
 // Every separator with every decimal and grouping sign, the best one first.
 std::vector<STLReading> allReadings(const STLSample& sample);
 // Lines of words have now this count of them, now that, and few are numbers.

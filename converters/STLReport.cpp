@@ -342,9 +342,8 @@ std::string importDoubt(const STLFormat& format, const STLCheck& found)
         return "Something like a date stands before the times, but it is not understood: only the time of "
                "day is read.\nImport it so?";
     if (format.valuesRunOn)
-        return "The first cell of each line counts the values before it: they run on from line to line, and "
-               "would be "
-               "read as a table of " +
+        return "The first cell of each line counts the values before it: they run on from line to line, "
+               "and would be read as a table of " +
                counted(format.columns.size() - 1, "column") + ".\nImport it so?";
     if (format.namesAsked)
         return "The names of the columns are in doubt.\n" + namesDoubt(format) + "\nImport it so?";

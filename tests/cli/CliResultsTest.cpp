@@ -281,6 +281,11 @@ TEST_F(CliResults, EveryOptionOfAnImportHoldsAgainstWhatTheTextLooksLike)
     EXPECT_STREQ(made.description(), "Run 7");
     EXPECT_STREQ(made.columnName(1), "Force");
     EXPECT_TRUE(std::string(made.columnDescription(1)).ends_with("[kN]"));
+    std::ofstream("few.csv") << "n;v\n1;1.234,5\n2;void\n3;1.236,5\n";
+    const ShellOutcome few =
+        cli("import --force --decimal , --grouping point --becomes constant -o odd.ts few.csv");
+    ASSERT_EQ(few.status, 0) << few.notes;
+    EXPECT_EQ(TSFILE("odd.ts", true).value(3, TSFILE("odd.ts", true).columns()), 1236.5F);
 }
 
 TEST_F(CliResults, ResultsGoToNewColumnsAndOverOldOnesAndNothingElseChanges)

@@ -66,6 +66,12 @@ std::string bareName(const SCLSource& source)
     return source.file.filename().string();
 }
 
+// Whoever names a file so knows what it holds; others were found to hold a single column.
+bool isNamedSo(const SCLSource& source)
+{
+    return lowered(source.file.extension().string()) == ".scl";
+}
+
 }  // namespace
 
 void SCLObject::add(const fs::path& file)
@@ -232,6 +238,8 @@ std::vector<std::string> SCLObject::notices() const
                             (first == 0 ? "fewer." : "before the others."));
         if (!sources[i].start && earliestStart())
             texts.push_back(bareName(sources[i]) + " tells no start: it is taken to begin with the series.");
+        if (sources[i].decimalCommas && !isNamedSo(sources[i]))
+            texts.push_back("The commas in " + bareName(sources[i]) + " are taken for decimal signs.");
         if (sources[i].secondName != 0)
             texts.push_back("Line " + std::to_string(sources[i].secondName) + " of " + bareName(sources[i]) +
                             " tells another name: all values are taken for one series.");
@@ -244,6 +252,10 @@ std::vector<std::string> SCLObject::notices() const
             texts.push_back("The first number of each line of " + bareName(sources[i]) +
                             " is an index or a time.");
     }
+    if (step == 1.0 && std::none_of(sources.begin(), sources.end(), [](const SCLSource& source) {
+            return source.step.has_value() || isNamedSo(source);
+        }))
+        texts.emplace_back("No sample time was found: 1 s is assumed.");
     return texts;
 }
 

@@ -115,11 +115,14 @@ struct HeadLine
 
 std::optional<HeadLine> headLine(std::string_view line, STLEncoding encoding)
 {
-    const std::size_t at = line.find_first_of(":=");
+    line.remove_prefix(std::min(line.find_first_not_of("#%/; \t"), line.size()));
+    std::size_t at = line.find_first_of(":=");
+    if (at == std::string_view::npos)
+        at = endOfBareKey(line);
     if (at == std::string_view::npos)
         return std::nullopt;
     const auto cut = [&](std::string_view part) {
-        const std::size_t from = part.find_first_not_of(" \t\"#%");
+        const std::size_t from = part.find_first_not_of(" \t\"");
         const std::size_t to = part.find_last_not_of(" \t\r\"");
         return from == std::string_view::npos || to == std::string_view::npos || to < from
                    ? std::string()
@@ -258,6 +261,7 @@ SCLSource detectSource(const std::filesystem::path& file, std::uint64_t skipLine
         for (const STLToken& token : tokens)
             if (token.kind != STLKind::Text) {
                 numbers.push_back(token.value);
+                source.decimalCommas = source.decimalCommas || token.text.find(',') != std::string_view::npos;
                 anyNumber = anyNumber || token.kind == STLKind::Number;
             }
         if (numbers.empty()) {

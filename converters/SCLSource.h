@@ -26,6 +26,7 @@ struct SCLSource
     std::optional<double> step;    // seconds from value to value, where the file tells
     std::optional<Micros> start;   // local wall clock, one step before the first value
     bool skipsFirst = false;       // the first number of a line is an index or a time
+    bool decimalCommas = false;    // commas are taken for decimal signs
     bool inTurn = false;           // several numbers a line are read one after the other
     bool unevenTimes = false;      // the lines begin with clock times that no step explains
     std::uint64_t secondName = 0;  // the first line behind values that tells another name; 0 for none

@@ -225,7 +225,8 @@ bool isRule(std::string_view line)
     return (behind != std::string_view::npos && line.substr(behind).starts_with("---")) ||
            (line.find("----") != std::string_view::npos || line.find("====") != std::string_view::npos ||
             line.find("--|") != std::string_view::npos || line.find("-+-") != std::string_view::npos ||
-            line.find("|--") != std::string_view::npos || line.find("|:-") != std::string_view::npos);
+            line.find("|--") != std::string_view::npos || line.find("|-|") != std::string_view::npos ||
+            line.find("|:-") != std::string_view::npos);
 }
 
 bool isRemark(std::string_view line, const STLFormat& format)

@@ -72,6 +72,15 @@ bool tellsKey(std::string_view line)
     return keyOf(std::string(key.substr(0, key.find_last_not_of(" \t\"") + 1))) != STLKey::Other;
 }
 
+std::size_t endOfBareKey(std::string_view text)
+{
+    const std::size_t digit = text.find_first_of("0123456789.");
+    const bool isTold =
+        digit != std::string_view::npos && digit > 0 && text[digit - 1] == ' ' &&
+        keyOf(std::string(text.substr(0, text.find_last_not_of(' ', digit - 1) + 1))) != STLKey::Other;
+    return isTold ? digit - 1 : std::string_view::npos;
+}
+
 STLKey keyOf(const std::string& key)
 {
     static const std::map<std::string, STLKey, std::less<>> known = {{"start", STLKey::Start},
@@ -89,6 +98,8 @@ STLKey keyOf(const std::string& key)
                                                                      {"deltat", STLKey::Interval},
                                                                      {"tstep", STLKey::Interval},
                                                                      {"sampletime", STLKey::Interval},
+                                                                     {"sampleinterval", STLKey::Interval},
+                                                                     {"samplinginterval", STLKey::Interval},
                                                                      {"sample period", STLKey::Interval},
                                                                      {"sampling period", STLKey::Interval},
                                                                      {"sampling time", STLKey::Interval},
@@ -100,7 +111,12 @@ STLKey keyOf(const std::string& key)
                                                                      {"sample_rate", STLKey::Rate},
                                                                      {"sampling_rate", STLKey::Rate},
                                                                      {"sample frequency", STLKey::Rate},
+                                                                     {"samplingrate", STLKey::Rate},
+                                                                     {"samplefrequency", STLKey::Rate},
+                                                                     {"samplingfrequency", STLKey::Rate},
+                                                                     {"abtastrate", STLKey::Rate},
                                                                      {"fs", STLKey::Rate},
+                                                                     {"f_s", STLKey::Rate},
                                                                      {"frequency", STLKey::Rate},
                                                                      {"sample rate", STLKey::Rate},
                                                                      {"sampling rate", STLKey::Rate},
@@ -128,13 +144,8 @@ void findHead(STLFormat& format, const STLSample& sample)
         std::size_t at = text.find_first_of(":=");
         if (format.cells.separator != ' ')
             at = std::min(at, text.find(format.cells.separator));
-        // "; Sample Rate 8000"
         if (at == std::string_view::npos)
-            if (const std::size_t digit = text.find_first_of("0123456789.");
-                digit != std::string_view::npos && digit > 0 && text[digit - 1] == ' ' &&
-                keyOf(std::string(text.substr(0, text.find_last_not_of(' ', digit - 1) + 1))) !=
-                    STLKey::Other)
-                at = digit - 1;
+            at = endOfBareKey(text);
         if (at == std::string_view::npos || at == 0 || at + 1 >= text.size())
             continue;
         const auto cut = [&](std::string_view part) {

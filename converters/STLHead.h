@@ -15,6 +15,9 @@ STLKey keyOf(const std::string& key);
 // Whether a line is a known key and its value, behind a remark sign or not: "; Samplerate: 1 kHz".
 bool tellsKey(std::string_view line);
 
+// Where the value begins behind a known key without a sign between them, "Sample Rate 8000"; npos elsewhere.
+std::size_t endOfBareKey(std::string_view text);
+
 // Seconds of "10 ms", "1 s", "5 min", "1 h"; a bare number is seconds.
 std::optional<double> readInterval(std::string_view text, const STLCells& cells);
 // Hertz of "360 Hz", "1 kHz", "250".

@@ -9,6 +9,7 @@
 #include "converters/STLCourse.h"
 #include "converters/STLNumericDates.h"
 #include "converters/WordedDates.h"
+#include "core/TimeUnits.h"
 
 namespace veltrac {
 
@@ -98,7 +99,9 @@ int compactTimeColumn(const STLFormat& format, const std::vector<STLRow>& data)
 bool goesOnAsTime(const STLColumn& column, const STLCourse& course)
 {
     const std::size_t mostFalls = std::max<std::size_t>(course.breaks(), column.prefix.empty() ? 1 : 0);
-    return namesTime(column.name) && course.risen >= course.fallen && course.risen > 0 &&
+    const bool isTemperature =
+        lowered(column.name) == "t" && !column.unit.empty() && secondsOfUnit(column.unit) <= 0.0;
+    return namesTime(column.name) && !isTemperature && course.risen >= course.fallen && course.risen > 0 &&
            course.fallen <= mostFalls && course.pairs - course.risen <= kMostBreaks;
 }
 

@@ -91,6 +91,22 @@ TEST_F(Scl, headReachesTheFile)
     EXPECT_EQ(1463492730U - 7200U, ts->startSeconds());
     EXPECT_EQ(1.0F / 360.0F, ts->dt());
 
+    // A key without a sign behind a remark's; and what is assumed of a file that only was found to be one
+    // column.
+    write("rate.txt", "; Sample Rate 8000\n1\n2\n3\n");
+    SCLObject rate;
+    rate.add("rate.txt");
+    EXPECT_DOUBLE_EQ(1.0 / 8000, rate.step);
+    import(rate);
+    EXPECT_TRUE(rate.notices().empty());
+    write("commas.txt", "1,25\n2,5\n");
+    SCLObject commas;
+    commas.add("commas.txt");
+    import(commas);
+    EXPECT_EQ((std::vector<std::string>{"The commas in commas.txt are taken for decimal signs.",
+                                        "No sample time was found: 1 s is assumed."}),
+              commas.notices());
+
     write("plain.scl", "1\n2\n");
     const utimbuf dated = {1463492730, 1463492730};
     utime("plain.scl", &dated);

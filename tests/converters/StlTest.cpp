@@ -970,6 +970,9 @@ TEST_F(Stl, formsOfTextsAreReadInAnySpelling)
         {"\"a\",\"b\",\n1,2,\n3,4,\n5,6,7\n6,7,8\n", "a b Col-3", {1, 2, kNone}, 1, 2},
         {"log(M1),F(kN),v(in)\n1,2,3\n4,5,6\n", "log(M1) F v(in)", {1, 2, 3}, 1, 2},
         {"a\tb\n5N\tN\n1\t2\n3\t4\n5\t6\n", "a b", {1, 2}, 1, 2},
+        {"|a|b|\n|-|-|\n|1|2|\n|3|4|\n", "a b", {1, 2}, 1, 2},
+        {"T [degC];p [bar]\n1;2\n3;4\n", "T p", {1, 2}, 1, 2},
+        {"#SamplingRate[Hz]=50\n1 2\n2 3\n", "Col-1 Col-2", {1, 2}, 0.02, 0.04},
         // Stamps.
         {"m,v\n2010-01,1\n2010-02,2\n", "v", {1}, kJan2010, kFeb2010},
         {"m;v\nJan 2010;1\nFeb 2010;2\n", "v", {1}, kJan2010, kFeb2010},

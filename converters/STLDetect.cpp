@@ -50,6 +50,18 @@ void refuseLists(const STLSample& sample)
     }
 }
 
+// Objects and their arrays: what looks like rows of them is none.
+void refuseJson(const STLSample& sample)
+{
+    std::string begin;
+    for (std::size_t i = 0; i < sample.head.size() && begin.size() < 2; ++i)
+        for (const char c : sample.head[i].text)
+            if (!isBlank(c) && c != '\r')
+                begin += c;
+    if (begin.starts_with("{\"") || begin.starts_with("[{"))
+        throw STLError("This is JSON. Write it as a table, a line for each row, and import that.");
+}
+
 // Whether a column tells the times of the rows that were looked at, and they go one way.
 void weighTimes(STLEvidence& evidence, const STLFormat& format, const std::vector<STLRow>& data)
 {
@@ -140,6 +152,7 @@ STLFormat formatOf(const std::filesystem::path& file, const STLSample& sample, S
     format.cells.rowNames = reading.rowNames;
     format.cells.bars = reading.bars;
     refuseLists(sample);
+    refuseJson(sample);
     if (isProse(reading))
         throw STLError(noLineOfNumbers(file));
     if (reading.cells > kMostColumns)

@@ -267,7 +267,7 @@ std::optional<DateParts> behindYear(int year, std::string_view rest)
         return month == 0 ? std::nullopt : std::optional(datedBy(year, month, 1));
     }
     const int n = digits->value;
-    if (word == "w" && digits->count == 2) {
+    if (word == "w" && digits->count <= 2) {
         skip(rest, "-");
         const auto day = rest.empty() ? Digits{1, 1} : takeDigits(rest).value_or(Digits{0, 0});
         return rest.empty() ? dateOfWeek(year, n, day.value) : std::nullopt;
@@ -291,22 +291,28 @@ std::optional<DateParts> readPartOfYear(std::string_view text)
         const auto first = takeDigits(rest);
         if (isYear(first))
             return behindYear(first->value, rest);
-        const bool month = first && first->count <= 2 && first->value >= 1 && first->value <= 12;
-        if (!month || !rest.starts_with('/'))
+        // "01/2010", "01-2010", "1Q2010"
+        const bool isQuarter = first && first->count == 1 && first->value <= 4 && takeWord(rest) == "q";
+        const int month = !first || first->count > 2 ? 0 : isQuarter ? first->value * 3 - 2 : first->value;
+        if (!isQuarter && !rest.starts_with('/') && !rest.starts_with('-'))
             return std::nullopt;
-        rest.remove_prefix(1);
+        skip(rest, "/- ");
         const auto year = takeDigits(rest);
-        return isYear(year) && rest.empty() ? std::optional(datedBy(year->value, first->value, 1))
-                                            : std::nullopt;
+        return isYear(year) && rest.empty() && month >= 1 && month <= 12
+                   ? std::optional(datedBy(year->value, month, 1))
+                   : std::nullopt;
     }
     const std::string word = takeWord(rest);
-    const auto quarter = word == "q" ? takeDigits(rest) : std::nullopt;
-    const int month = quarter ? quarter->value * 3 - 2 : monthOf(word);
+    const bool isCounted = word == "q" || word == "w";
+    const int number = isCounted ? takeDigits(rest).value_or(Digits{0, 0}).value : 0;
+    const int month = word == "q" ? number * 3 - 2 : monthOf(word);
     skip(rest, "-/., ");
     const auto year = takeDigits(rest);
-    return isYear(year) && rest.empty() && month >= 1 && month <= 12
-               ? std::optional(datedBy(year->value, month, 1))
-               : std::nullopt;
+    if (!isYear(year) || !rest.empty())
+        return std::nullopt;
+    if (word == "w")
+        return dateOfWeek(year->value, number, 1);
+    return month >= 1 && month <= 12 ? std::optional(datedBy(year->value, month, 1)) : std::nullopt;
 }
 
 std::optional<Stamp> readCompactStamp(std::string_view text)

@@ -976,6 +976,10 @@ TEST_F(Stl, formsOfTextsAreReadInAnySpelling)
         // Stamps.
         {"m,v\n2010-01,1\n2010-02,2\n", "v", {1}, kJan2010, kFeb2010},
         {"m;v\nJan 2010;1\nFeb 2010;2\n", "v", {1}, kJan2010, kFeb2010},
+        {"m;v\n01-2010;1\n02-2010;2\n12-2010;3\n", "v", {1}, kJan2010, kFeb2010},
+        {"q;v\n1Q2010;1\n2Q2010;2\n4Q2010;2\n", "v", {1}, kJan2010, 1270072800},
+        {"w;v\nW5 2010;1\nW6 2010;2\n", "v", {1}, kFeb2010, kFeb2010 + 7 * 86400},
+        {"w;v\n2010 W5;1\n2010 W6;2\n", "v", {1}, kFeb2010, kFeb2010 + 7 * 86400},
         {"year,month,v\n2010,1,1\n2010,2,2\n", "v", {1}, kJan2010, kFeb2010},
         {"year,month,v\n2010,3,3\n2010,2,2\n2010,1,1\n", "v", {1}, kJan2010, kFeb2010},
         {"Jan 2010 1\nFeb 2010 2\nMar 2010 3\n", "Col-3", {1}, kJan2010, kFeb2010},
@@ -1423,7 +1427,11 @@ TEST_F(Stl, hopelessFilesSayWhy)
     write("wide-bytes.csv", std::string("1\0;\0002\0\n\0003\0;\0004\0\n\000", 16));
     write("cut.gz", std::string("\x1F\x8B\x08\0\0\0\0\0\0\x03\x4B", 11));
     write("raw.txt", "Variables:\n 0 time time\n 1 v(in) voltage\nValues:\n 0 0.0\n  1.5\n\n 1 1.0\n  2.5\n");
+    write("lines.json", "{\"t\": 1, \"v\": 2.5}\n{\"t\": 2, \"v\": 3.5}\n");
+    write("array.json", "[\n  {\n    \"t\": 1,\n    \"v\": 2.5\n  }\n]\n");
     const std::vector<std::pair<fs::path, const char*>> cases = {
+        {"lines.json", "This is JSON."},
+        {"array.json", "This is JSON."},
         {"wide-bytes.csv", "UTF-16"},
         {"cut.gz", "damaged"},
         {"raw.txt", "The values of each row stand below each other, from line 5 on."},

@@ -17,7 +17,7 @@ namespace veltrac {
 
 namespace {
 
-enum class Packing { None, Gzip, Utf16Little, Utf16Big };
+enum class Packing { None, Gzip, Utf16Little, Utf16Big, Frames };
 
 constexpr std::size_t kPiece = 1U << 16;
 
@@ -35,6 +35,12 @@ FileHandle openFile(const std::filesystem::path& path, const char* mode)
     return file;
 }
 
+// The first two bytes of U+2500 to U+257F in UTF-8.
+bool isFrameMark(unsigned char first, unsigned char second)
+{
+    return first == 0xE2 && (second == 0x94 || second == 0x95);
+}
+
 Packing packingOf(const std::filesystem::path& path)
 {
     std::error_code unknown;
@@ -47,6 +53,7 @@ Packing packingOf(const std::filesystem::path& path)
     return mark[0] == 0x1F && mark[1] == 0x8B   ? Packing::Gzip
            : mark[0] == 0xFF && mark[1] == 0xFE ? Packing::Utf16Little
            : mark[0] == 0xFE && mark[1] == 0xFF ? Packing::Utf16Big
+           : isFrameMark(mark[0], mark[1])      ? Packing::Frames
                                                 : Packing::None;
 }
 
@@ -182,6 +189,65 @@ JobOutcome unpackUtf16(const std::filesystem::path& file, bool little, PieceWrit
     return JobOutcome::Done;
 }
 
+// A line of a drawn frame as "|", "-" or "+".
+char plainFrame(unsigned char second, unsigned char third)
+{
+    static constexpr std::string_view kAcross("\x02\x03\x06\x07\x0A\x0B\x51");
+    static constexpr std::string_view kAlong("\x00\x01\x04\x05\x08\x09\x50", 7);
+    const char index = static_cast<char>((second - 0x94) * 0x40 + (third & 0x3F));
+    return kAcross.find(index) != std::string_view::npos  ? '|'
+           : kAlong.find(index) != std::string_view::npos ? '-'
+                                                          : '+';
+}
+
+JobOutcome drawFrames(const std::filesystem::path& file, PieceWriter& out, const Unpacking& how)
+{
+    const FileHandle in = openFile(file, "rb");
+    std::vector<unsigned char> piece(kPiece);
+    std::size_t held = 0;  // bytes of a character that the piece cut off
+    std::uint64_t plain = 0;
+    std::string text;
+    for (std::size_t count = 0;
+         plain < how.mostBytes &&
+         (count = std::fread(piece.data() + held, 1, piece.size() - held, in.get())) > 0;) {
+        plain += count;
+        count += held;
+        text.clear();
+        std::size_t i = 0;
+        for (; i < count; ++i) {
+            const bool isCut = piece[i] == 0xE2 && i + 2 >= count;
+            if (isCut && std::feof(in.get()) == 0)
+                break;
+            if (isCut || !isFrameMark(piece[i], piece[i + 1])) {
+                text.push_back(static_cast<char>(piece[i]));
+                continue;
+            }
+            text.push_back(plainFrame(piece[i + 1], piece[i + 2]));
+            i += 2;
+        }
+        held = count - i;
+        std::copy_n(piece.begin() + static_cast<std::ptrdiff_t>(i), held, piece.begin());
+        out.write(text);
+        if (how.lookAt(plain) == JobOutcome::Cancelled)
+            return JobOutcome::Cancelled;
+    }
+    if (std::ferror(in.get()) != 0)
+        throw std::system_error(errno, std::generic_category(), file.string());
+    return JobOutcome::Done;
+}
+
+JobOutcome unpack(Packing packing, const std::filesystem::path& file, PieceWriter& out, const Unpacking& how)
+{
+    switch (packing) {
+        case Packing::Gzip:
+            return unpackGzip(file, out, how);
+        case Packing::Frames:
+            return drawFrames(file, out, how);
+        default:
+            return unpackUtf16(file, packing == Packing::Utf16Little, out, how);
+    }
+}
+
 }  // namespace
 
 PlainText::PlainText(std::filesystem::path file, const Progress& progress, std::uint64_t mostBytes)
@@ -194,8 +260,7 @@ PlainText::PlainText(std::filesystem::path file, const Progress& progress, std::
     m_scratch = std::make_unique<ScratchFile>(scratchDirectory(), "veltrac-text", ".tmp");
     const Unpacking how{progress, std::filesystem::file_size(m_file), mostBytes};
     PieceWriter out(m_scratch->path());
-    m_outcome = packing == Packing::Gzip ? unpackGzip(m_file, out, how)
-                                         : unpackUtf16(m_file, packing == Packing::Utf16Little, out, how);
+    m_outcome = unpack(packing, m_file, out, how);
     out.close();
     // A packed text may be one of UTF-16.
     if (m_outcome == JobOutcome::Done && packing == Packing::Gzip &&

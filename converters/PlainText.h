@@ -13,7 +13,9 @@
 namespace veltrac {
 
 // What gzip has packed, and UTF-16 with a byte order mark, is unpacked as UTF-8 into a scratch file, which
-// goes with this object; any other file is its own plain text.
+// goes with this object; so is a table in a frame that is drawn with characters for it, which become "|", "-"
+// and
+// "+". Any other file is its own plain text.
 class PlainText
 {
 public:

@@ -970,6 +970,7 @@ TEST_F(Stl, formsOfTextsAreReadInAnySpelling)
         {"\"a\",\"b\",\n1,2,\n3,4,\n5,6,7\n6,7,8\n", "a b Col-3", {1, 2, kNone}, 1, 2},
         {"log(M1),F(kN),v(in)\n1,2,3\n4,5,6\n", "log(M1) F v(in)", {1, 2, 3}, 1, 2},
         {"a\tb\n5N\tN\n1\t2\n3\t4\n5\t6\n", "a b", {1, 2}, 1, 2},
+        {"┌───┬───┐\n│ a │ b │\n├───┼───┤\n│ 1 │ 2 │\n│ 3 │ 4 │\n└───┴───┘\n", "a b", {1, 2}, 1, 2},
         {"|a|b|\n|-|-|\n|1|2|\n|3|4|\n", "a b", {1, 2}, 1, 2},
         {"T [degC];p [bar]\n1;2\n3;4\n", "T p", {1, 2}, 1, 2},
         {"#SamplingRate[Hz]=50\n1 2\n2 3\n", "Col-1 Col-2", {1, 2}, 0.02, 0.04},

@@ -17,6 +17,7 @@ function(veltrac_add_test name)
     set(labels LABELS windows)
     set(headers veltrac_test_main)
     add_dependencies(veltrac_window_tests ${name})
+    target_compile_options(${name} PRIVATE -UQT_TESTCASE_BUILDDIR -UQT_TESTCASE_SOURCEDIR)  # see veltrac_test_main
   endif()
   if(NOT name STREQUAL headers)
     target_precompile_headers(${name} REUSE_FROM ${headers})

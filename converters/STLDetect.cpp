@@ -239,6 +239,25 @@ std::vector<WholeReading> wholeReadings(const std::filesystem::path& file, const
     return wholes;
 }
 
+// Whether words stand above cells that are parted in another way: whose they are is a guess.
+bool areNamesApart(const STLSample& sample, const STLFormat& format)
+{
+    if (format.namesLine == 0 || format.namesLine > sample.head.size() || format.cells.separator == ' ' ||
+        format.columns.size() < 2)
+        return false;
+    std::string_view names = withoutTail(withoutRemark(sample.head[format.namesLine - 1].text, format));
+    names.remove_prefix(std::min(names.find_first_not_of(" \t"), names.size()));
+    return names.find(format.cells.separator) == std::string_view::npos &&
+           names.find(' ') != std::string_view::npos;
+}
+
+// What is looked for once, in the reading that was chosen.
+void judgeChosen(const STLSample& sample, STLFormat& format)
+{
+    format.otherLayoutLine = changeOfLayout(sample, format);
+    format.namesAreApart = areNamesApart(sample, format);
+}
+
 }  // namespace
 
 STLFormat detectFormat(const PlainText& text)
@@ -252,7 +271,7 @@ STLFormat detectFormat(const PlainText& text)
         format.otherDecimal = second.cells.decimal;
         format.otherEvidence = second.evidence;
     }
-    format.otherLayoutLine = changeOfLayout(sample, format);
+    judgeChosen(sample, format);
     return format;
 }
 
@@ -260,14 +279,14 @@ STLFormat detectFormat(const PlainText& text, char separator, char decimal, char
 {
     const STLSample sample = readSample(text.path());
     STLFormat format = formatOf(text.file(), sample, scoredReading(sample, separator, decimal, grouping));
-    format.otherLayoutLine = changeOfLayout(sample, format);
+    judgeChosen(sample, format);
     return format;
 }
 
 void takeNames(const PlainText& text, STLFormat& format)
 {
     const STLSample sample = readSample(text.path());
-    format.namesListed = false;
+    format.namesListed = format.namesAreApart = false;
     for (STLColumn& column : format.columns) {
         column.heading.clear();
         column.name.clear();

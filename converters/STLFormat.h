@@ -120,6 +120,7 @@ struct STLFormat
     bool namesInDoubt = false;     // they are numbers, or the first data line may be names
     bool namesInRemark = false;    // "# a b c"
     bool namesListed = false;      // "# 1 a", "# 2 b"
+    bool namesAreApart = false;    // blanks lie between them, other separators between the cells below
     bool namesAsked = false;       // so much so that the user is asked
     bool timeIsHhmm = false;       // times are numbers: 5 past midnight is 5, noon 1200
     bool yearsInMonths = false;    // decimal years tell firsts of months, as well as their digits can

@@ -61,10 +61,6 @@ std::optional<Listed> listedName(const STLLine& line, const STLFormat& format)
     return worded ? std::optional(listed) : std::nullopt;
 }
 
-}  // namespace
-
-namespace {
-
 // What stands behind "Columns are:" in a remark, or behind the "#L" of a spectrum; empty where neither does.
 std::string_view labelledText(const STLLine& line, const STLFormat& format)
 {

@@ -254,6 +254,8 @@ std::string assumptionText(const STLFormat& format, const STLCheck& found)
         line(true, "Line " + std::to_string(format.unmatchedLine) + " has " + words + " for " + columns +
                        (named ? ": the first ones are taken for names." : ": they are taken for no names."));
     }
+    line(format.namesAreApart, "The names in line " + std::to_string(format.namesLine) +
+                                   " are parted by blanks, unlike the cells below: they are taken in turn.");
     line(found.breaks.count != 0,
          "Empty lines or remarks stand between the rows, " +
              (found.breaks.count == 1 ? "once, above line "

@@ -1294,13 +1294,15 @@ TEST_F(Stl, reportTellsEvidenceLossesAndAssumptions)
     dated.check({});
     EXPECT_NE(std::string::npos, importDoubt(dated.format(), dated.found()).find("but no year"));
     // What is doubtful or assumed is asked or told.
-    const std::array<std::array<const char*, 3>, 14> told = {{
+    const std::array<std::array<const char*, 3>, 15> told = {{
         {"2026-326 10:00:00 1\n2026-326 10:00:01 2\n", "Something like a date stands before", ""},
         {"22-11 10:00:00 1\n22-11 10:00:01 2\n", "but no year", ""},
         {"2 4 6\n1 2 9\n3 1 1\n5 0 1\n", "The names of the columns are in doubt", ""},
         {"150,4,x,y,z\n5.1,3.5,1,2,0\n5.2,3.6,1,2,0\n", "line 1, which holds numbers, is taken for the names",
          ""},
         {"# a b c\n1 2 3\n4 5 6\n", "", "Line 1, a remark, is taken for the names"},
+        {"row a(x) b\n1\t2\t3\n4\t5\t6\n", "",
+         "The names in line 1 are parted by blanks, unlike the cells below"},
         {"T;V\n10:00:01;1\n10:00:02;2\n10:00:03;3\n10:00:05;4\n", "", "taken for rounded ones"},
         {"D;V\n2026-11-22;1\n2026-11-22;2\n", "", "All rows bear the same time."},
         {"id,v\n123456789,1\n-16777217,2\n16777216,2\n268435456,16777215\n", "",

@@ -177,6 +177,7 @@ TEST_F(Scl, severalFilesBecomeColumns)
     // A rate of 0 tells no step.
     write("d.scl", "Rate: 2 Hz\nRate: 0 Hz\nStart: 2016-05-17 13:38:50\n9\n");
     shifted.add("d.scl");
+    shifted.check({});
     EXPECT_EQ("a.scl begins 800 samples later.", shifted.notices().front());
 
     write("a.scl", "Rate: 360 Hz\n1\n2\n3\n");

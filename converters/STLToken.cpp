@@ -109,6 +109,8 @@ void splitAtBlanks(std::string_view line, std::vector<std::string_view>& out)
             if (const std::size_t length = stampOfWords(line.substr(i)); length != 0) {
                 out.push_back(line.substr(i, length));
                 i += length;
+                // "Nov 22, 2026 1:45:40 AM,7": no decimal sign.
+                i += i + 1 < line.size() && line[i] == ',' && !isBlank(line[i + 1]) ? 1 : 0;
                 continue;
             }
         }

@@ -1013,6 +1013,7 @@ TEST_F(Stl, formsOfTextsAreReadInAnySpelling)
          6300,
          6310},
         {"time,v\n2010,1\n2010.08333,2\n2010.16667,3\n", "v", {1}, kJan2010, kFeb2010},
+        {"Nov 22, 2026 1:45:00 AM,7\nNov 22, 2026 1:45:01 AM,8\n", "Col-2", {7}, kMorning, kMorning + 1},
         {"q,v\n2010 Q1,1\n2010 Q2,2\n", "v", {1}, kJan2010, 1270072800},
         {"year,quarter,v\n2010,1,1\n2010,2,2\n", "v", {1}, kJan2010, 1270072800},
         {"Sun Nov 22 01:45:00 CET 2026 7\nSun Nov 22 01:45:01 CET 2026 8\n",

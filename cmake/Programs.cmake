@@ -19,7 +19,7 @@ function(veltrac_add_test name)
     add_dependencies(veltrac_window_tests ${name})
     target_compile_options(${name} PRIVATE -UQT_TESTCASE_BUILDDIR -UQT_TESTCASE_SOURCEDIR)  # see veltrac_test_main
   endif()
-  if(NOT name STREQUAL headers)
+  if(TARGET ${headers} AND NOT name STREQUAL headers)
     target_precompile_headers(${name} REUSE_FROM ${headers})
   endif()
   # GCC 12 sees overflows in std::string's insert(), when it is precompiled, that are none.

@@ -13,9 +13,8 @@
 namespace veltrac {
 
 // What gzip has packed, and UTF-16 with a byte order mark, is unpacked as UTF-8 into a scratch file, which
-// goes with this object; so is a table in a frame that is drawn with characters for it, which become "|", "-"
-// and
-// "+". Any other file is its own plain text.
+// goes with this object. So is a table in a drawn frame, whose lines become "|", "-" and "+". Any other file
+// is its own plain text.
 class PlainText
 {
 public:

@@ -115,9 +115,11 @@ struct HeadLine
 
 std::optional<HeadLine> headLine(std::string_view line, STLEncoding encoding)
 {
+    const bool isRemark = isRemarkLine(line);
     line.remove_prefix(std::min(line.find_first_not_of("#%/; \t"), line.size()));
     std::size_t at = line.find_first_of(":=");
-    if (at == std::string_view::npos)
+    // "; Sample Rate 8000"; elsewhere a word and a number are a value.
+    if (at == std::string_view::npos && isRemark)
         at = endOfBareKey(line);
     if (at == std::string_view::npos)
         return std::nullopt;

@@ -99,6 +99,12 @@ TEST_F(Scl, headReachesTheFile)
     EXPECT_DOUBLE_EQ(1.0 / 8000, rate.step);
     import(rate);
     EXPECT_TRUE(rate.notices().empty());
+    write("word.scl", "1\n2\nrate 5\n3\n");
+    SCLObject word;
+    word.add("word.scl");
+    expectColumn(*import(word), 1, {1, 2, kNone, 3});
+    EXPECT_EQ(1U, word.found().troubleCount) << "no head without a remark's sign";
+    EXPECT_EQ(1.0, word.step);
     write("commas.txt", "1,25\n2,5\n");
     SCLObject commas;
     commas.add("commas.txt");

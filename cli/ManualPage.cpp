@@ -71,8 +71,9 @@ void addExample(const VerbWords& words, std::string& out)
 
 std::string manualPage(const CLI::App& app, const std::vector<std::unique_ptr<Verb>>& verbs)
 {
+    // Adjusted left: lines of long lists of choices have nothing to stretch.
     std::string out = ".TH VELTRAC\\-CLI 1 \"\" \"Veltrac " VELTRAC_VERSION
-                      "\" \"User Commands\"\n.SH NAME\nveltrac\\-cli \\- " +
+                      "\" \"User Commands\"\n.ad l\n.SH NAME\nveltrac\\-cli \\- " +
                       roff(app.get_description()) +
                       "\n.SH SYNOPSIS\n.B veltrac\\-cli\n.I verb\n.RI [ options ]\n.IR file ...\n"
                       ".SH DESCRIPTION\nDoes what the windows of\n.BR veltrac (1)\ndo, without them. "

@@ -274,11 +274,12 @@ STLCheck SCLObject::result() const
         seconds = static_cast<double>(localSeconds(start - second)) +
                   static_cast<double>(second) / kMicrosPerSecond;
     }
-    // Before 1970 there is no start: the times stand in a column of their own.
-    made.target.timeColumns = seconds < 0.0 ? 1 : 0;
+    // Before 1970 there is no start, nor behind 2106: the times stand in a column of their own.
+    const bool isTold = seconds >= 0.0 && seconds <= UINT32_MAX;
+    made.target.timeColumns = isTold ? 0 : 1;
     made.firstSeconds = seconds + step;
     made.target.columns = static_cast<std::uint32_t>(sources.size()) + made.target.timeColumns;
-    if (seconds > 0.0 && seconds < 4294967295.0) {
+    if (isTold) {
         made.target.startSeconds = static_cast<std::uint32_t>(seconds);
         made.target.startTime = static_cast<float>(seconds - made.target.startSeconds);
     }

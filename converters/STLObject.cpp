@@ -221,8 +221,9 @@ void STLObject::settleResult()
     found.target.samples = static_cast<std::uint32_t>(std::min<std::uint64_t>(samples, UINT32_MAX));
 }
 
-// The start is told so that the first sample lies one step behind it. Before 1970 there is no start: such a
-// series, and one whose own seconds begin below 0, carries its times in a column of their own, negative ones.
+// The start is told so that the first sample lies one step behind it. Before 1970 there is no start, nor
+// behind 2106: such a series, and one whose own seconds begin below 0, carries its times in a column of their
+// own, negative ones.
 void STLObject::settleStart()
 {
     STLCheck& found = m_found;
@@ -259,7 +260,7 @@ void STLObject::settleStart()
     // What a float's rounding leaves of a start at 0.
     if (std::fabs(start) < 1e-6 * found.target.dt)
         start = 0.0;
-    if (dated ? start < 0.0 || start > kLatestStart : least < 0.0) {
+    if ((dated ? start : least) < 0.0 || start > kLatestStart) {
         found.target.timeColumns = 1;
         start = 0.0;
     }

@@ -1,12 +1,17 @@
 // WAV, FLAC and what else libsndfile reads, as columns.
 
+#include <fcntl.h>
 #include <sndfile.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <fstream>
 #include <iterator>
 #include <memory>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 #include "cli/ImportOptions.h"
@@ -27,6 +32,80 @@ struct CloseSoundFile
     void operator()(SNDFILE* file) const noexcept { sf_close(file); }
 };
 using SoundFile = std::unique_ptr<SNDFILE, CloseSoundFile>;
+
+// The bytes of a sound, read for the library: it takes a read that fails for the end of the file, and counts
+// samples by what it could read of the head.
+class SoundBytes
+{
+public:
+    // Throws std::system_error where the file cannot be opened.
+    explicit SoundBytes(const std::filesystem::path& file)
+        : m_file(::open(file.c_str(), O_RDONLY | O_CLOEXEC))
+    {
+        struct stat status = {};
+        if (m_file < 0 || ::fstat(m_file, &status) != 0)
+            throw std::system_error(errno, std::generic_category());
+        m_length = status.st_size;
+    }
+    ~SoundBytes() { ::close(m_file); }
+    SoundBytes(const SoundBytes&) = delete;
+    SoundBytes& operator=(const SoundBytes&) = delete;
+
+    // Lives as long as the bytes at most; null where they are no sound. Throws as requireRead().
+    SoundFile open(SF_INFO& info)
+    {
+        SF_VIRTUAL_IO calls = {length, seek, read, write, tell};
+        SoundFile sound(sf_open_virtual(&calls, SFM_READ, &info, this));
+        requireRead();
+        return sound;
+    }
+
+    // Throws std::system_error where a read has failed.
+    void requireRead() const
+    {
+        if (m_failure != 0)
+            throw std::system_error(m_failure, std::generic_category());
+    }
+
+private:
+    static SoundBytes& of(void* self) { return *static_cast<SoundBytes*>(self); }
+    static sf_count_t length(void* self) { return of(self).m_length; }
+    static sf_count_t tell(void* self) { return of(self).m_at; }
+    static sf_count_t write(const void* /*from*/, sf_count_t /*count*/, void* /*self*/) { return 0; }
+
+    static sf_count_t seek(sf_count_t offset, int from, void* self)
+    {
+        SoundBytes& bytes = of(self);
+        const sf_count_t at = offset + (from == SEEK_CUR   ? bytes.m_at
+                                        : from == SEEK_END ? bytes.m_length
+                                                           : 0);
+        return at < 0 ? -1 : bytes.m_at = at;
+    }
+
+    static sf_count_t read(void* to, sf_count_t count, void* self)
+    {
+        SoundBytes& bytes = of(self);
+        sf_count_t moved = 0;
+        while (moved < count) {
+            const ssize_t now = ::pread(bytes.m_file, static_cast<char*>(to) + moved,
+                                        static_cast<std::size_t>(count - moved), bytes.m_at);
+            if (now < 0 && errno == EINTR)
+                continue;
+            if (now < 0)
+                bytes.m_failure = errno;
+            if (now <= 0)
+                break;
+            moved += now;
+            bytes.m_at += now;
+        }
+        return moved;
+    }
+
+    int m_file;
+    sf_count_t m_length = 0;
+    sf_count_t m_at = 0;
+    int m_failure = 0;
+};
 
 constexpr std::uint32_t kSoundRunValues = 1U << 16;
 
@@ -68,13 +147,18 @@ bool isSound(const std::filesystem::path& file)
         std::end(kMagics))
         return false;
     SF_INFO info = {};
-    return SoundFile(sf_open(file.c_str(), SFM_READ, &info)) != nullptr;
+    return SoundBytes(file).open(info) != nullptr;
 }
 
 ImportTold importSoundInto(const VerbJob& job, const ImportOptions& options)
 {
     SF_INFO info = {};
-    const SoundFile sound(sf_open(job.source.c_str(), SFM_READ, &info));
+    SoundBytes bytes(job.source);
+    SoundFile sound = bytes.open(info);
+    if (!sound) {  // Some kinds have no head and are known by the name of their file.
+        info = {};
+        sound.reset(sf_open(job.source.c_str(), SFM_READ, &info));
+    }
     if (!sound)
         throw JobError(sf_strerror(nullptr));
     if (info.frames <= 0 || info.frames > UINT32_MAX || info.samplerate <= 0)
@@ -94,7 +178,9 @@ ImportTold importSoundInto(const VerbJob& job, const ImportOptions& options)
     std::vector<float> rows(std::size_t{runRows} * columns);
     for (std::uint32_t done = 0; done < samples;) {
         const std::uint32_t count = std::min(runRows, samples - done);
-        if (sf_readf_float(sound.get(), rows.data(), count) != count)
+        const sf_count_t read = sf_readf_float(sound.get(), rows.data(), count);
+        bytes.requireRead();
+        if (read != count)
             throw JobError("it ends after " + groupedDigits(done) + " of " + groupedDigits(samples) +
                            " samples");
         made->writeRows(done + 1, count, rows.data());

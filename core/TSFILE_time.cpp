@@ -122,28 +122,37 @@ std::uint32_t TSFILE::findSample(double t)
     const std::uint32_t high = m_header.ringStart != 0 ? m_header.lastSample : m_header.samples;
     const double step = m_header.dt;
 
+    // A header may claim thousands of millions of samples. Where times stand in the rows of a ring, a row
+    // that is come to again leads round the same way again, as often as there is room (the row that is looked
+    // out for is another one at each power of 2: R. P. Brent, 1980).
+    const bool comesRound = m_header.ringStart != 0 && m_timeColumn != 0 && m_header.samples != 0;
+    std::uint32_t markedAt = low;
+    std::uint32_t visits = 0, untilMark = 1;
     std::uint32_t s = low;
     double time = 0.0;
-    std::uint32_t steps = 0;  // since the last jump
     while (time < t && s < high) {
+        if (const std::uint32_t round = s - markedAt;
+            comesRound && round > 0 && round % m_header.samples == 0)
+            s += (std::max((high - s) / round, 1U) - 1) * round;
+        if (++visits == untilMark) {
+            untilMark *= 2;
+            visits = 0;
+            markedAt = s;
+        }
         ++s;
         time = sampleTime(s);
         if (step > 0 && t - time > kFarSteps * step) {
             const double jump = std::floor((t - time) / step / kJumpDivisor);
             if (s + jump < high) {
                 s += static_cast<std::uint32_t>(jump);
-                steps = 0;
                 continue;
             }
         }
-        // From here on there are single steps only. A header may claim thousands of millions of them: where
-        // dt tells the time their end is found by bisection, and the rows of a ring come round again.
+        // From here on there are single steps only: where dt tells the time their end is found by bisection.
         if (time < t && m_timeColumn == 0) {
             s = firstAtOrAfter(t, s, high);
             break;
         }
-        if (time < t && m_header.ringStart != 0 && ++steps >= m_header.samples)
-            s = high;
     }
     while (s > low && sampleTime(s) > t)
         --s;

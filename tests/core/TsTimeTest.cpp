@@ -156,6 +156,20 @@ TEST(SampleTime, LyingCountsEndTheWalksSoon)
     ring.real(1024, 40.0F).real(1028, 20.0F).real(1032, 30.0F).write("ring.ts");
     TSFILE file("ring", false);
     EXPECT_EQ(file.findSample(50.0), kClaimed);
+    // Nor do jumps that pass over the one row which lies late enough.
+    HandMadeFile wide(2048, false);
+    wide.word(0, 102)
+        .word(4, 1)
+        .real(16, 0.001F)
+        .word(140, 2)
+        .word(144, kClaimed)
+        .word(508, 3)
+        .text(519, "Time");
+    for (std::size_t row = 0; row < 102; ++row)
+        wide.real(1024 + 4 * row, row == 7 ? 70.0F : 48.98F);
+    wide.write("wide.ts");
+    EXPECT_EQ(TSFILE("wide", false).findSample(50.0),
+              3999999979U);  // where single steps begin, not far before the end
     file.adjustTime(true, 1.0F);
     EXPECT_EQ(file.startSeconds(), 20U);
     EXPECT_EQ(file.sampleTime(4), 40.0);

@@ -14,6 +14,7 @@
 #include "calc/BandPower.h"
 #include "calc/OctaveBands.h"
 #include "calc/PeakSearch.h"
+#include "calc/SpectrumDoubts.h"
 #include "calc/SpectrumPeaks.h"
 #include "calc/SpectrumSamples.h"
 #include "calc/WindowShape.h"
@@ -205,6 +206,26 @@ TEST(Spectrum, MissingSamplesAreCountedAndBridged)
     EXPECT_EQ(missing, 5U);
     request.interpolate = true;
     EXPECT_NEAR(spectrumOf(file, request)->value(10, 2), 2.0, 1e-3);
+}
+
+TEST(Spectrum, StepsAreCalledUnequalOnlyWhereMoreThanTheRoundingOfTheirTimesTellsThemApart)
+{
+    const TestDirectory directory;
+    TSFILE file("a", 1000, 1, 1);
+    for (std::uint32_t s = 1; s <= 1000; ++s)
+        file.setValue(s, 1, 5000.0F + static_cast<float>(s * kDt));  // floats 1/2048 apart
+    const auto doubt = [&file] {
+        SpectrumRequest request = requestFor(file);
+        request.column = 2;
+        for (const SpectrumCheck& check : spectrumChecks())
+            if (const SpectrumDoubt found = check.look(file, "a.ts", request, {});
+                found.kind != SpectrumDoubt::Kind::None)
+                return found.text;
+        return std::to_string(request.dt);
+    };
+    EXPECT_EQ(doubt(), "0.010000");
+    file.setValue(1000, 1, 5010.25F);
+    EXPECT_EQ(doubt(), "The steps of a.ts are not equal (0.01 to 0.26 s). The spectrum assumes 0.01 s.");
 }
 
 TEST(Spectrum, MissingSamplesAtSegmentBordersTakeTheLineToTheNeighbourBeyond)

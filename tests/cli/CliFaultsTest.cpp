@@ -7,6 +7,7 @@
 #include <csignal>
 #include <thread>
 
+#include "cli/Workers.h"
 #include "core/TSFILE.h"
 #include "tests/cli/Shell.h"
 #include "tests/core/TsFileBytes.h"
@@ -206,6 +207,26 @@ TEST_F(CliFaults, AFullDiskLeavesTheOldFilesAndNoNewOnes)
     }
     EXPECT_EQ(std::system(VELTRAC_CLI " info b.ts > /dev/full 2> .err") / 256, 1);
     EXPECT_EQ(textOf(".err"), "standard output: it took no more\n");
+}
+
+TEST(CliWorkers, OneThatIsKilledFailsItsOwnFileAndAllComeInTheirOrder)
+{
+    std::string told;
+    std::size_t most = 0;
+    veltrac::runTasks(
+        7, 3,
+        [](std::size_t number) {
+            if (number % 5 == 1)
+                raise(SIGKILL);
+            return veltrac::TaskOutcome{.out = std::to_string(number)};
+        },
+        [&told](std::size_t number, const veltrac::TaskOutcome& outcome) {
+            told += std::to_string(number) + ' ' + outcome.out + outcome.notes + '\n';
+        },
+        [&most](std::size_t done) { most = done; });
+    const std::string killed = " its worker was ended by signal 9 (was there too little memory?)\n";
+    EXPECT_EQ(told, "0 0\n1" + killed + "2 2\n3 3\n4 4\n5 5\n6" + killed);
+    EXPECT_EQ(most, 7U);
 }
 
 TEST_F(CliFaults, ARunThatIsToldToStopLeavesWholeFilesOrNone)

@@ -261,11 +261,11 @@ TEST_F(CliResults, EveryOptionOfAnImportHoldsAgainstWhatTheTextLooksLike)
     setenv("TZ", "Europe/Oslo", 1);
     std::ofstream("odd.csv") << "Logger 7|of 9\nDay|Hour|Load\n|h|kN\nTag|Zeit|Kraft|Weg\n||t|mm\n1|2|3|4\n"
                                 "03/04/2016|10:00:00|1234,5|7\n!03/04/2016|10:00:05|8|8\n"
-                                "03/04/2016|10:00:10|void|8\n03/04/2016|10:00:20|1236,5|9\n"
-                                "03/04/2016|10:00:30|1237,5|10\n03/04/2016|10:00:40|1238,5|11\n";
+                                "03/04/2016|10:00:10|1235,5|8\n03/04/2016|10:00:20|void|9\n"
+                                "03/04/2016|10:00:30|1236,5|10\n03/04/2016|10:00:40|1237,5|11\n";
     const ShellOutcome run =
         cli("import --as stl --separator '|' --decimal , --names-line 4 --units-line 5 "
-            "--first-data-line 7 --remarks '!' --missing-markers void --time-from date-and-time "
+            "--first-data-line 8 --remarks '!' --missing-markers void --time-from date-and-time "
             "--date-column Tag --time-column Zeit --order month-day --zone utc --becomes constant "
             "--columns Kraft --name Kraft=Force --unit Kraft=kN --rows-from 2 --rows-to 4 --every 2 "
             "--missing-become zero --description \"Run 7\" -o odd.ts odd.csv");
@@ -277,7 +277,7 @@ TEST_F(CliResults, EveryOptionOfAnImportHoldsAgainstWhatTheTextLooksLike)
     EXPECT_EQ(made.value(1, 1), 0.0F);
     EXPECT_EQ(made.value(2, 1), 1237.5F);
     EXPECT_FLOAT_EQ(made.dt(), 20.0F);
-    EXPECT_NEAR(FileTime(made).moment(1), 1457085610.0, 0.01);
+    EXPECT_NEAR(FileTime(made).moment(1), 1457085620.0, 0.01);
     EXPECT_STREQ(made.description(), "Run 7");
     EXPECT_STREQ(made.columnName(1), "Force");
     EXPECT_TRUE(std::string(made.columnDescription(1)).ends_with("[kN]"));

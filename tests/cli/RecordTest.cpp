@@ -90,6 +90,7 @@ TEST(Record, DatesBecomeAClockOfMicroseconds)
     ASSERT_EQ(outcome.status, 0) << outcome.notes;
     TSFILE ts("r.ts", true);
     const FileTime time(ts);
+    EXPECT_EQ(ts.startSeconds(), 1477794600U);
     EXPECT_NEAR(time.moment(1), 1477794600.000125, 1e-6);
     EXPECT_NEAR(time.moment(2) - time.moment(1), 1.499875, 1e-6);
 }

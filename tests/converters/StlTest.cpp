@@ -329,6 +329,8 @@ TEST_F(Stl, newestRowFirstIsTurnedRound)
     const auto asItCame = import(mixed);
     EXPECT_FALSE(mixed.found().steps.newestFirst);
     EXPECT_EQ(-1.0, mixed.found().steps.least);
+    EXPECT_EQ(7.0, mixed.found().steps.span);
+    EXPECT_EQ("Tuesday, 17 May 2016 13:45:30", wallInWords(static_cast<Micros>(kNoon * 1e6)));
     EXPECT_EQ(4.0F, asItCame->value(4, 2));
 }
 
@@ -344,7 +346,7 @@ TEST_F(Stl, clockThatIsSetWithinTheLogIsFollowed)
             const std::time_t at = start + std::int64_t{i} * step;
             char stamp[32];
             std::strftime(stamp, sizeof stamp, "%d.%m.%Y %H:%M:%S", std::localtime(&at));
-            text += std::string(stamp) + ";1\n";
+            text += std::string(stamp) + ".25;1\n";
         }
         write("a.csv", text);
         STLObject log("a.csv");
@@ -354,6 +356,7 @@ TEST_F(Stl, clockThatIsSetWithinTheLogIsFollowed)
         EXPECT_EQ(0, ts->timeMode()) << start << ' ' << step;
         EXPECT_EQ(static_cast<float>(step), ts->dt());
         EXPECT_EQ(start - step, ts->startSeconds());
+        EXPECT_EQ(0.25F, ts->startTime());
         log.format().greenwich = true;
         log.check({});
         EXPECT_FALSE(log.found().steps.areEqual) << "in UTC no clock is set";

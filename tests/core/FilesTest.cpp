@@ -68,6 +68,14 @@ TEST(ScratchFile, NeverTakesAnExistingNameAndIsGoneUnlessPutInPlace)
     EXPECT_EQ(bytesOf("old.ts").size(), 3U);
     EXPECT_EQ(std::filesystem::status("old.ts").permissions(), std::filesystem::perms(0640));
     EXPECT_EQ(directory.fileCount(), 2U);
+    {
+        ScratchFile older("", "tmp", ".ts");
+        ScratchFile newer("", "new", ".ts");
+        std::ofstream(newer.path()) << "newer";
+        newer.takePlaceOf(older);
+        EXPECT_EQ(bytesOf("tmp_1.ts").size(), 5U);
+    }
+    EXPECT_EQ(directory.fileCount(), 2U);
     EXPECT_THROW(ScratchFile("no/such", "tmp", ".ts"), std::system_error);
 }
 

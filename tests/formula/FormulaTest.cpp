@@ -170,6 +170,18 @@ TEST(Formula, EveryTextGivesItsValueOrItsCode)
     }
 }
 
+TEST(Formula, APowerOfANegativeIsToldWhereItsMinusMatters)
+{
+    for (const auto& [text, isTold] :
+         {std::pair("-t^2", true), {"-t^3", false}, {"-t^2.5", true}, {"-t^t", true}}) {
+        FormulaParser parser(text);
+        parser.Compile();
+        EXPECT_EQ(parser.readings(),
+                  isTold ? std::vector<std::string>{"-a^b was read as (-a)^b"} : std::vector<std::string>())
+            << text;
+    }
+}
+
 TEST(Formula, OperatorsBindAsWhenWorkedOutByHand)
 {
     // Reduced operator by operator, the tightest first: no tree, no climbing.

@@ -15,6 +15,8 @@
 #include "share/EpsFile.h"
 #include "share/Histogram.h"
 #include "share/PlotPainter.h"
+#include "share/PlotReadout.h"
+#include "share/PlotVariables.h"
 #include "share/PostscriptDriver.h"
 #include "tests/core/TsFileBytes.h"
 
@@ -460,6 +462,38 @@ TEST(PlotPainter, thickDashedLinesKeepTheirGapsAndThinMarkers)
     EXPECT_NEAR(dashes[2].length + width, 12.0 * width, 0.3);
     EXPECT_NEAR(dashes[2].gapBefore - width, 3.0 * width, 0.3);
     EXPECT_NE(eps.find("0.57 _w", begin), std::string::npos) << "the pen of the markers";
+    // In the legend it stands on its line, before the name; beyond the last colour the first one returns.
+    v.lineStyle = -1;
+    v.colorIndex = 7 + 12;
+    plot.groups()[0].variables().push_back(plot.variables()[0]);
+    PlotLayout layout;
+    const std::string bare = epsOf(plot, &layout);
+    const std::size_t name = bare.rfind(" _m(column 1)");
+    const auto xBefore = [&bare](std::size_t move) {
+        const std::size_t y = bare.rfind(' ', move - 1);
+        return std::atof(bare.c_str() + bare.find_last_of(" \n", y - 1));
+    };
+    EXPECT_LT(xBefore(bare.rfind(" _m ", name - 1)), xBefore(name));
+    EXPECT_NEAR(heightOf("column 1", bare.substr(bare.rfind('\n', name))), 595.0 * layout.groups[0].y2 + 5.0,
+                4.0);
+    const PlotColor& first = defaultPlotColors().front();
+    char color[64];
+    std::snprintf(color, sizeof color, "%f %f %f setrgbcolor", static_cast<double>(first.r),
+                  static_cast<double>(first.g), static_cast<double>(first.b));
+    EXPECT_NE(bare.find(color), std::string::npos) << color;
+}
+
+TEST(PlotReadout, VariablesOfOneUnitShareAnAxisAndADifferenceWantsBothCursors)
+{
+    Plot2D plot = plotOfValues({1, 2, 3}, "Time [s]",
+                               {{"a", "V", {1, 2, 3}}, {"b", "A", {4, 5, 6}}, {"c", "V", {7, 8, 5}}}, true);
+    ASSERT_EQ(plot.groups().size(), 2U);
+    EXPECT_EQ(plot.groups()[0].variables().size(), 2U);
+    plot.setCursor(Plot2D::B, 3.0);
+    const auto fields = [&plot] { return intervalFields(plot, intervalRows(plot).at(1)); };
+    EXPECT_EQ(fields()[4], "");
+    plot.setCursor(Plot2D::A, 2.0);
+    EXPECT_EQ(fields()[0] + fields()[2] + fields()[3] + fields()[4], "c85-3");
 }
 
 TEST(PlotPainter, titlesOfLowAxesAreSetSmallerBeforeTheyAreCut)
@@ -514,7 +548,10 @@ TEST(PlotPainter, cursorsAreOnPaperOnlyOnRequest)
     Plot2D plot = plotOf({noise(50)});
     plot.setCursor(Plot2D::A, 0.2);
     EXPECT_EQ(epsOf(plot).find("(A)"), std::string::npos);
-    EXPECT_NE(epsOf(plot, nullptr, true).find("(A)"), std::string::npos);
+    const std::string eps = epsOf(plot, nullptr, true);
+    EXPECT_NE(eps.find("(A)"), std::string::npos);
+    EXPECT_EQ(eps.find("1.000000 1.000000 1.000000 setrgbcolor"), std::string::npos)
+        << "a light seam only over a picture";
 }
 
 }  // namespace

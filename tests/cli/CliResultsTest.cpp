@@ -105,6 +105,8 @@ TEST_F(CliResults, CutKeepsEachSamplesTimeAndTakesOffWhatFewerSamplesCannotShow)
 
     ASSERT_EQ(cli("cut --every 5 --raw --columns 2,slow -o r.ts wave.ts").status, 0);
     EXPECT_EQ(TSFILE("r.ts", true).value(3, 2), slow(11));
+    EXPECT_EQ(cli("cut --every 1000000 --raw -o one.ts wave.ts").status, 0);
+    EXPECT_EQ(cli("cut --every 1000001 --raw -o none.ts wave.ts").status, 2);
     ASSERT_EQ(cli("cut --from 11 --to 20 -o w.ts wave.ts").status, 0);
     TSFILE whole("w.ts", true);
     EXPECT_EQ(whole.value(2, 1), slow(12));

@@ -179,16 +179,17 @@ TEST(Record, SampleNumbersBeginAnewBeforeTheyEnd)
     makeRingFile("r.ts", {.samples = 7, .columns = {{"a", ""}}, .dt = 0.5F});
     {
         TSFILE ts("r.ts", false);
-        ts.startSeconds(1000000);
         for (std::uint32_t s = 4000000000U; s < 4000000009U; ++s)
             ts.setValue(s, 1, static_cast<float>(s - 4000000000U));
         ts.flush(true);
     }
+    RingWriter("r.ts").setStart(1000000, 0.25F);
     const std::string before = rowsOf("r.ts");
     const double moment = [] {
         TSFILE ts("r.ts", true);
         return FileTime(ts).moment(ts.lastSample());
     }();
+    EXPECT_EQ(TSFILE("r.ts", true).startTime(), 0.25F);
     renumberRing("r.ts");
     TSFILE ts("r.ts", true);
     EXPECT_LT(ts.lastSample(), 15U);

@@ -124,6 +124,7 @@ TEST(Formula, EveryTextGivesItsValueOrItsCode)
         {"sgn(-3)*abs(-4)*ceil(0.2)", 0, -4.0},
         {"ln(exp(2))+log(1000)", 0, 5.0},
         {"max(1)", 0, 0.0, kMissingArgument},
+        {"max(1,)", 4, 0.0, "Mismatched '(' or ')'"},
         {"1/0+2", 0, 2.0, kDivisionByZero},
         {"1/(0*ln(-1))", 0, NAN},
         {"x1+", 0, 3.5},

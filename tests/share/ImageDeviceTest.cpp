@@ -106,6 +106,8 @@ TEST(SvgDriver, KeepsTextsAsTextsWhateverStandsInThem)
         driver.MoveTo(0.0F, 0.0F);
         driver.LineTo(1.0F, 1.0F);
         driver.Dot(0.5F, 0.5F);
+        driver.LineTo(1.0F, 0.0F);
+        driver.Arc(0.5F, 0.5F, 0.25F, 0.0F, 90.0F, false);
         driver.SetTextJustification(1.5F, 0.0F);
         driver.Text("beyond", 0, 0.0F, 0);
     });
@@ -119,7 +121,8 @@ TEST(SvgDriver, KeepsTextsAsTextsWhateverStandsInThem)
     EXPECT_EQ(svg.find("nan"), std::string::npos);
     EXPECT_NE(svg.find(">no\uFFFD\uFFFDletters¿</text>"), std::string::npos);
     EXPECT_EQ(svg.find("nowhere"), std::string::npos);
-    EXPECT_LT(svg.find("L842 0"), svg.find("l0 0.01")) << "a line is drawn before the dot on it" << svg;
+    EXPECT_LT(svg.find("L842 0"), svg.find("l0 0.01")) << "a line is drawn before the dot on it";
+    EXPECT_LT(svg.find("L842 595"), svg.find("A210.5")) << svg;
     EXPECT_NE(svg.find("<text x=\"-4.2\""), std::string::npos) << "half a letter behind its end";
 }
 

@@ -9,11 +9,14 @@
 #include <set>
 #include <sstream>
 
+#include "core/CellImage.h"
 #include "core/PlotValues.h"
 #include "core/XyPath.h"
 #include "share/AxisTicks.h"
+#include "share/ColorMap.h"
 #include "share/EpsFile.h"
 #include "share/Histogram.h"
+#include "share/PlotGoTo.h"
 #include "share/PlotPainter.h"
 #include "share/PlotReadout.h"
 #include "share/PlotVariables.h"
@@ -288,6 +291,8 @@ TEST(PlotPainter, pathOfTwoVariablesKeepsItsOrderItsGapsAndItsExtremesWhateverIt
     // What jumps about is no line: its places are told, row by row.
     std::vector<float> half = noise(1'000'001);
     half.erase(half.begin());
+    for (std::size_t i = 1; i < half.size(); i += 2)
+        half[i] /= 2.0F;  // three fall into the lower half of the cells for each one in the upper
     Plot2D jumps = plotOf({noise(1'000'000), half});
     XyPath cloud(jumps.variables()[0]->variable(), jumps.variables()[1]->variable(), {1, 1'000'000});
     const double most = 16777216.0;
@@ -307,7 +312,8 @@ TEST(PlotPainter, pathOfTwoVariablesKeepsItsOrderItsGapsAndItsExtremesWhateverIt
     shown.setY(0, 0.0, most);
     // Of 512 x 1024 cells those are filled that one of a million samples fell into.
     const Filled filled = filledOf(epsOf(shown));
-    EXPECT_NEAR(filled.share, 1.0 - std::exp(-1e6 / (512.0 * 1024.0)), 0.01);
+    const double each = 1e6 / (512.0 * 1024.0);
+    EXPECT_NEAR(filled.share, 1.0 - (std::exp(-each / 2.0) + std::exp(-each * 1.5)) / 2.0, 0.01);
     EXPECT_NEAR(filled.width, 0.5, 0.01);
     EXPECT_NEAR(filled.height, 1.0, 0.01);
 }
@@ -329,6 +335,8 @@ TEST(PlotPainter, notesStandAtTheirTimesInAllGroupsAndBelowOneAnother)
     };
     EXPECT_GT(heightOf("valve"), heightOf("pump on") + 5.0) << "one below the other where they would meet";
     EXPECT_EQ(heightOf("valve"), heightOf("pump off"));
+    for (std::size_t at = eps.find(" _w\n"); at != std::string::npos; at = eps.find(" _w\n", at + 1))
+        EXPECT_LT(std::atof(eps.c_str() + eps.rfind('\n', at)), 1.0) << "their lines are thin";
     EXPECT_NE(eps.find("_m(pump off) 1 1 _js"), std::string::npos) << "left of its line, as the page ends";
     plot.setMode(XMode::Sample);
     EXPECT_NEAR(plot.notes[0].x, 52.0, 1e-9);
@@ -489,11 +497,44 @@ TEST(PlotReadout, VariablesOfOneUnitShareAnAxisAndADifferenceWantsBothCursors)
                                {{"a", "V", {1, 2, 3}}, {"b", "A", {4, 5, 6}}, {"c", "V", {7, 8, 5}}}, true);
     ASSERT_EQ(plot.groups().size(), 2U);
     EXPECT_EQ(plot.groups()[0].variables().size(), 2U);
+    EXPECT_EQ(plot.groups()[0].axisTitle(), "a, c [V]");
+    EXPECT_EQ(placeInPlot(plot, "0%").x, 1.0);
+    EXPECT_EQ(placeInPlot(plot, "100%").x, 3.0);
     plot.setCursor(Plot2D::B, 3.0);
     const auto fields = [&plot] { return intervalFields(plot, intervalRows(plot).at(1)); };
     EXPECT_EQ(fields()[4], "");
     plot.setCursor(Plot2D::A, 2.0);
     EXPECT_EQ(fields()[0] + fields()[2] + fields()[3] + fields()[4], "c85-3");
+    plot.groups()[0].variables().push_back(plot.variables()[2]);
+    EXPECT_EQ(plot.groups()[0].axisTitle(), "a, c, b") << "no unit of all";
+}
+
+TEST(PlotPainter, pictureHasItsCellsItsColoursAndLightSeamsOfItsCursors)
+{
+    const TestDirectory directory;
+    const auto cells = std::make_shared<PlotValues>(
+        std::vector<double>{1, 2, 3}, std::vector<std::vector<float>>{{0, 0, 0}, {0, 9, 0}, {0, 0, 0}});
+    Plot2D plot;
+    Group& group = plot.groups().emplace_back();
+    group.image = std::make_shared<CellImage>(cells, 1.0, "V");
+    ASSERT_EQ(group.image->build({}), JobOutcome::Done);
+    Variable mark(cells, 1);
+    mark.isMark = true;
+    group.variables().push_back(std::make_shared<HsVariable>(std::move(mark)));
+    plot.buildMissing({});
+    plot.fitAll();
+    plot.setCursor(Plot2D::A, 2.0);
+    const std::string eps = epsOf(plot, nullptr, true);
+    const auto hex = [](const MapColor& c) {
+        char text[8];
+        std::snprintf(text, sizeof text, "%02x%02x%02x", c.r, c.g, c.b);
+        return std::string(text);
+    };
+    const std::size_t palette = eps.find("DeviceRGB 1 <\n");
+    ASSERT_NE(palette, std::string::npos) << eps;
+    EXPECT_EQ(eps.substr(palette + 14, 12), hex(colorMap().front()) + hex(colorMap().back()));
+    EXPECT_NE(eps.find("1.000000 1.000000 1.000000 setrgbcolor"), std::string::npos);
+    EXPECT_NE(eps.find("(9.00 V)"), std::string::npos);
 }
 
 TEST(PlotPainter, titlesOfLowAxesAreSetSmallerBeforeTheyAreCut)
@@ -531,6 +572,11 @@ TEST(PlotPainter, eightStackedAxesKeepTwoLabelsEach)
                         static_cast<double>(columns[static_cast<std::size_t>(c)][1]), room);
         EXPECT_GE(labelCount(axis), 2) << c;
     }
+    const std::string eps = epsOf(plotOf(columns));
+    int labels = 0;
+    for (std::size_t at = 0; (at = eps.find(" 1 .4 _js", at + 1)) != std::string::npos;)
+        ++labels;
+    EXPECT_GE(labels, 16);
 }
 
 TEST(PlotPainter, aSampleBetweenGapsIsSeen)

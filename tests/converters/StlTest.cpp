@@ -361,6 +361,16 @@ TEST_F(Stl, clockThatIsSetWithinTheLogIsFollowed)
         log.check({});
         EXPECT_FALSE(log.found().steps.areEqual) << "in UTC no clock is set";
     }
+    // Rows of each day at one time of the clock: the second day has 25 hours.
+    write("a.csv", "T;V\n26.10.2024 08:00:00.5;1\n27.10.2024 08:00:00.5;2\n28.10.2024 08:00:00.5;3\n");
+    STLObject daily("a.csv");
+    daily.detect();
+    daily.format().timeResult = STLTimeResult::TimeTwoColumns;
+    const auto ts = import(daily);
+    float value = 0.0F;
+    EXPECT_EQ(1729922400.5, ts->readRowWithTime(1, &value));
+    EXPECT_EQ(1729922400.5 + 90000.0, ts->readRowWithTime(2, &value));
+    EXPECT_EQ(1729922400.5 + 176400.0, ts->readRowWithTime(3, &value));
 }
 
 TEST_F(Stl, publishedSeriesComeOutAsTheyAre)

@@ -17,6 +17,7 @@
 #include "calc/SpectrumDoubts.h"
 #include "calc/SpectrumPeaks.h"
 #include "calc/SpectrumSamples.h"
+#include "calc/SpectrumTexts.h"
 #include "calc/WindowShape.h"
 #include "calc/mixfft.h"
 #include "core/TSFILE.h"
@@ -152,6 +153,19 @@ TEST(Spectrum, SumOfTheDensityIsTheVarianceAlsoAveragedPaddedAndAtNyquist)
     ASSERT_EQ(peaks.size(), 2U);
     EXPECT_NEAR(peaks[0].frequency * kDt, 0.4, 1e-6);
     EXPECT_NEAR(peaks[1].frequency * kDt, 0.1, 1e-6);
+}
+
+TEST(Spectrum, UnitsOfSeveralWordsStandInParentheses)
+{
+    const TestDirectory directory;
+    TSFILE file("a", 10, 1, 0);
+    SpectrumRequest request = requestFor(file);
+    request.result = SpectrumResult::PowerDensity;
+    for (const auto& [unit, density] :
+         {std::pair("V", "V²/Hz"), {"m/s", "(m/s)²/Hz"}, {"N·m", "(N·m)²/Hz"}}) {
+        file.columnDescription(1, (std::string("x [") + unit + "]").c_str());
+        EXPECT_EQ(spectrumUnit(file, request), density);
+    }
 }
 
 TEST(Spectrum, AverageIsTheMeanPowerOfItsSegments)

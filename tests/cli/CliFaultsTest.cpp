@@ -125,6 +125,7 @@ TEST_F(CliFaults, WrongUsageDoesNothingAndSaysWhy)
         {"header --new-column -", "--new-column"},
         {"derivative --in-place 1 --new-column a.ts", "not both"},
         {"import --step 1 --rate 1 a.ts", "one of them"},
+        {"import --separator none a.ts", "is one sign, \"tab\" or \"blank\""},
         {"plot --characteristic group-delay --type moving-average --rate 9 -o x.svg", "is not available"},
         {"plot --characteristic group-delay --freq 1 -o x.svg", "no files are named"},
         {"plot --characteristic group-delay --freq 1 --rate 9 -o x.svg a.ts", "not both"},

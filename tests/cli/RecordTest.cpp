@@ -234,6 +234,19 @@ bool hasRowsBehind(std::uint32_t sample)
 
 }  // namespace
 
+TEST(Record, RowsThatAReadCutsInTwoAreWhole)
+{
+    const TestDirectory directory;
+    std::vector<float> rows;
+    for (int s = 1; s <= 20'000; ++s)
+        rows.insert(rows.end(), {static_cast<float>(s), static_cast<float>(s % 977), -static_cast<float>(s)});
+    const std::string bytes(reinterpret_cast<const char*>(rows.data()), rows.size() * sizeof(float));
+    ASSERT_EQ(record(bytes, "--f32 --columns n,m,k --samples 20000").status, 0);
+    TSFILE ts("r.ts", true);
+    EXPECT_EQ(ts.lastSample(), 20'000U);
+    EXPECT_EQ(wrongRows(ts, 1, 20'000), 0U);
+}
+
 // What a kill between any two calls of the system would leave, looked at after each of them.
 TEST(Record, TheRingIsRightAfterEachStepOfAWrite)
 {

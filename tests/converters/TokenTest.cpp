@@ -37,7 +37,7 @@ TEST(StlTokens, cellsAreCutAtSeparatorsOutsideQuotes)
         {"1:05 PM 7", ' ', {"1:05 PM", "7"}},
         {"1 PM", ' ', {"1", "PM"}},
         {"[2026-11-22 01:45:40] 7", ' ', {"[2026-11-22 01:45:40]", "7"}},
-        {"[pump on] 7", ' ', {"[pump", "on]", "7"}},
+        {"[pump: on] 7", ' ', {"[pump:", "on]", "7"}},
         {"", ' ', {}},
     };
     std::vector<std::string_view> cells;

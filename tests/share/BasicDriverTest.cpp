@@ -23,6 +23,7 @@ public:
         m_deviceYMax = 150.0F;
     }
 
+    float lineWidth() const { return m_lineWidth; }
     std::string taken()
     {
         std::string text = m_log.str();
@@ -118,6 +119,16 @@ TEST(BasicDriver, AxesStandAtTheWindowsEdges)
     driver.DrawXAxis(ticks, style);
     const std::string axis = driver.taken();
     EXPECT_TRUE(axis.ends_with("M198,54 \"Volt\" ")) << axis;
+    // Light letters stand on a dark ground, whose grid is dark as well.
+    driver.SetColor(1, 1, 1);
+    driver.SetLineWidth(3);
+    style.grid = GridStyle::Gray;
+    driver.DrawYAxis(ticks, style);
+    EXPECT_NE(driver.taken().find("C0.35,0.35,0.35 "), std::string::npos);
+    EXPECT_EQ(driver.lineWidth(), 3.0F);
+    driver.SetColor(0, 0, 0);
+    driver.taken();
+    style.grid = GridStyle::None;
     style.title = "V";
     driver.DrawYAxis(ticks, style);
     // 8.5 for tick and gap, 5 characters of 6, 16 for the title

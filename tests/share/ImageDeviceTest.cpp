@@ -108,6 +108,8 @@ TEST(SvgDriver, KeepsTextsAsTextsWhateverStandsInThem)
         driver.Dot(0.5F, 0.5F);
         driver.LineTo(1.0F, 0.0F);
         driver.Arc(0.5F, 0.5F, 0.25F, 0.0F, 90.0F, false);
+        const float corners[] = {0.0F, 0.0F, 1.0F, 0.0F, 1.0F, 1.0F, 0.5F, 0.5F};
+        driver.Polyline(corners, 3, true, false);
         driver.SetTextJustification(1.5F, 0.0F);
         driver.Text("beyond", 0, 0.0F, 0);
     });
@@ -122,7 +124,8 @@ TEST(SvgDriver, KeepsTextsAsTextsWhateverStandsInThem)
     EXPECT_NE(svg.find(">no\uFFFD\uFFFDletters¿</text>"), std::string::npos);
     EXPECT_EQ(svg.find("nowhere"), std::string::npos);
     EXPECT_LT(svg.find("L842 0"), svg.find("l0 0.01")) << "a line is drawn before the dot on it";
-    EXPECT_LT(svg.find("L842 595"), svg.find("A210.5")) << svg;
+    EXPECT_LT(svg.find("L842 595"), svg.find(" A148.75"));
+    EXPECT_NE(svg.find("\"M0 595 L842 595 L842 0 Z\""), std::string::npos) << svg;
     EXPECT_NE(svg.find("<text x=\"-4.2\""), std::string::npos) << "half a letter behind its end";
 }
 

@@ -11,6 +11,7 @@
 
 #include "core/CellImage.h"
 #include "core/PlotValues.h"
+#include "core/TSFILE.h"
 #include "core/XyPath.h"
 #include "share/AxisTicks.h"
 #include "share/ColorMap.h"
@@ -335,7 +336,8 @@ TEST(PlotPainter, notesStandAtTheirTimesInAllGroupsAndBelowOneAnother)
     };
     EXPECT_GT(heightOf("valve"), heightOf("pump on") + 5.0) << "one below the other where they would meet";
     EXPECT_EQ(heightOf("valve"), heightOf("pump off"));
-    for (std::size_t at = eps.find(" _w\n"); at != std::string::npos; at = eps.find(" _w\n", at + 1))
+    for (std::size_t at = eps.find(" _w %", eps.find(" _w %") + 1); at != std::string::npos;
+         at = eps.find(" _w %", at + 1))
         EXPECT_LT(std::atof(eps.c_str() + eps.rfind('\n', at)), 1.0) << "their lines are thin";
     EXPECT_NE(eps.find("_m(pump off) 1 1 _js"), std::string::npos) << "left of its line, as the page ends";
     plot.setMode(XMode::Sample);
@@ -500,6 +502,8 @@ TEST(PlotReadout, VariablesOfOneUnitShareAnAxisAndADifferenceWantsBothCursors)
     EXPECT_EQ(plot.groups()[0].axisTitle(), "a, c [V]");
     EXPECT_EQ(placeInPlot(plot, "0%").x, 1.0);
     EXPECT_EQ(placeInPlot(plot, "100%").x, 3.0);
+    plot.zoomY(0, 2.0, 4.5);
+    EXPECT_NEAR(plot.groups()[0].y2() - plot.groups()[0].y1(), 7.0 * 1.1 / 2.0, 0.2);
     plot.setCursor(Plot2D::B, 3.0);
     const auto fields = [&plot] { return intervalFields(plot, intervalRows(plot).at(1)); };
     EXPECT_EQ(fields()[4], "");
@@ -507,6 +511,27 @@ TEST(PlotReadout, VariablesOfOneUnitShareAnAxisAndADifferenceWantsBothCursors)
     EXPECT_EQ(fields()[0] + fields()[2] + fields()[3] + fields()[4], "c85-3");
     plot.groups()[0].variables().push_back(plot.variables()[2]);
     EXPECT_EQ(plot.groups()[0].axisTitle(), "a, c, b") << "no unit of all";
+
+    const TestDirectory directory;
+    for (const auto& [unit, title] : {std::pair("", "Time [s]"), {"ms", "Time [ms]"}, {"F[Hz]", "F[Hz]"}}) {
+        TSFILE made("p.ts", 300, 3, 0);
+        made.dt(0.25F);
+        made.timeUnit(unit);
+        made.flush(true);
+        const auto file = std::make_shared<PlotFile>("p.ts");
+        EXPECT_EQ(plottableColumns(*file), (std::vector<std::uint32_t>{1, 2, 3}));
+        Plot2D timed;
+        addAlone(timed, makeVariable(file, 3));
+        chooseXAxis(timed);
+        EXPECT_EQ(timed.xTitle, title);
+    }
+    TSFILE("p.ts", false).startSeconds(1463492730);
+    TSFILE("p.ts", false).timeUnit("");
+    Plot2D clock;
+    addAlone(clock, makeVariable(std::make_shared<PlotFile>("p.ts"), 3));
+    chooseXAxis(clock);
+    setenv("TZ", "UTC", 1);
+    EXPECT_EQ(xText(clock, 30.25), "2016-05-17 13:46:00.25");
 }
 
 TEST(PlotPainter, pictureHasItsCellsItsColoursAndLightSeamsOfItsCursors)
@@ -524,7 +549,10 @@ TEST(PlotPainter, pictureHasItsCellsItsColoursAndLightSeamsOfItsCursors)
     plot.buildMissing({});
     plot.fitAll();
     plot.setCursor(Plot2D::A, 2.0);
-    const std::string eps = epsOf(plot, nullptr, true);
+    PlotLayout layout;
+    const std::string eps = epsOf(plot, &layout, true);
+    ASSERT_EQ(layout.colorBars.size(), 1U);
+    EXPECT_GT(layout.colorBars[0].frame.x1, layout.groups[0].x1) << "behind the number of its lower end";
     const auto hex = [](const MapColor& c) {
         char text[8];
         std::snprintf(text, sizeof text, "%02x%02x%02x", c.r, c.g, c.b);

@@ -334,6 +334,12 @@ TEST_F(CliResults, PeaksAndStreamsGoToStandardOutput)
     EXPECT_EQ(peaks.notes, "");
     EXPECT_TRUE(peaks.out == "40 Hz  1 V\n2 Hz  1 V\n" || peaks.out == "2 Hz  1 V\n40 Hz  1 V\n")
         << peaks.out;
+    ASSERT_EQ(cli("spectrum --column both --segment 500 --overlap 0 --spectrogram -o g.ts wave.ts").status,
+              0);
+    TSFILE picture("g.ts", true);
+    ASSERT_EQ(picture.samples(), 8U);
+    for (const std::uint32_t bin : {10U, 200U})  // of 0.2 Hz
+        EXPECT_NEAR(picture.value(8, bin), 1.0, 0.01) << bin;
     const ShellOutcome stream =
         cli("export --csv --quiet --clock --from 2 --to 3 --columns slow -o - wave.ts");
     EXPECT_EQ(stream.out.substr(0, 71),

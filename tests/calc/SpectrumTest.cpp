@@ -511,6 +511,10 @@ TEST(Spectrum, BandsHaveTheEdgesOfTheStandardAndTheirPartOfThePower)
         TSFILE levels("levels", spectrumRows(request), spectrumColumns(request), 0);
         computeSpectrum(file, request, levels, mean, {});
         EXPECT_NEAR(levels.value(9, 2), 20.0 * std::log10(target.value(9, 2)), 1e-4);
+        describeSpectrum(file, request, levels);
+        EXPECT_EQ(levels.dt(), 1.0F);
+        EXPECT_EQ(levels.timeMode(), 1) << "the bands' own frequencies";
+        EXPECT_STREQ(levels.columnName(2), "Level");
     }
 }
 

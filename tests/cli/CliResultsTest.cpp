@@ -295,6 +295,8 @@ TEST_F(CliResults, ResultsGoToNewColumnsAndOverOldOnesAndNothingElseChanges)
 {
     ASSERT_EQ(cli("formula --formula \"x2-x1\" --name fast --unit V --new-column wave.ts").status, 0);
     ASSERT_EQ(cli("integral --column fast --new-column wave.ts").status, 0);
+    const std::string help = cli("formula --help").out;
+    EXPECT_LT(help.find("What x1 is, and so on to x8"), help.find("Likewise"));
     ASSERT_EQ(
         cli("formula --formula \"2*x1\" --x1 wave.ts:both --from 11 --to 20 --in-place slow wave.ts").status,
         0);

@@ -241,7 +241,11 @@ TEST(Record, RowsThatAReadCutsInTwoAreWhole)
     for (int s = 1; s <= 20'000; ++s)
         rows.insert(rows.end(), {static_cast<float>(s), static_cast<float>(s % 977), -static_cast<float>(s)});
     const std::string bytes(reinterpret_cast<const char*>(rows.data()), rows.size() * sizeof(float));
-    ASSERT_EQ(record(bytes, "--f32 --columns n,m,k --samples 20000").status, 0);
+    std::ofstream("input", std::ios::binary) << bytes;
+    ASSERT_EQ(cli("record r.ts --f32 --columns n,m,k --samples 20000",
+                  "mkfifo pipe; dd if=input of=pipe bs=1003 2>.dd &", "pipe")
+                  .status,
+              0);
     TSFILE ts("r.ts", true);
     EXPECT_EQ(ts.lastSample(), 20'000U);
     EXPECT_EQ(wrongRows(ts, 1, 20'000), 0U);

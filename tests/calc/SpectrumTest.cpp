@@ -14,8 +14,10 @@
 #include "calc/BandPower.h"
 #include "calc/OctaveBands.h"
 #include "calc/PeakSearch.h"
+#include "calc/SpectrumDoubts.h"
 #include "calc/SpectrumPeaks.h"
 #include "calc/SpectrumSamples.h"
+#include "calc/SpectrumTexts.h"
 #include "calc/WindowShape.h"
 #include "calc/mixfft.h"
 #include "core/TSFILE.h"
@@ -153,6 +155,19 @@ TEST(Spectrum, SumOfTheDensityIsTheVarianceAlsoAveragedPaddedAndAtNyquist)
     EXPECT_NEAR(peaks[1].frequency * kDt, 0.1, 1e-6);
 }
 
+TEST(Spectrum, UnitsOfSeveralWordsStandInParentheses)
+{
+    const TestDirectory directory;
+    TSFILE file("a", 10, 1, 0);
+    SpectrumRequest request = requestFor(file);
+    request.result = SpectrumResult::PowerDensity;
+    for (const auto& [unit, density] :
+         {std::pair("V", "V²/Hz"), {"m/s", "(m/s)²/Hz"}, {"N·m", "(N·m)²/Hz"}}) {
+        file.columnDescription(1, (std::string("x [") + unit + "]").c_str());
+        EXPECT_EQ(spectrumUnit(file, request), density);
+    }
+}
+
 TEST(Spectrum, AverageIsTheMeanPowerOfItsSegments)
 {
     const TestDirectory directory;
@@ -205,6 +220,26 @@ TEST(Spectrum, MissingSamplesAreCountedAndBridged)
     EXPECT_EQ(missing, 5U);
     request.interpolate = true;
     EXPECT_NEAR(spectrumOf(file, request)->value(10, 2), 2.0, 1e-3);
+}
+
+TEST(Spectrum, StepsAreCalledUnequalOnlyWhereMoreThanTheRoundingOfTheirTimesTellsThemApart)
+{
+    const TestDirectory directory;
+    TSFILE file("a", 1000, 1, 1);
+    for (std::uint32_t s = 1; s <= 1000; ++s)
+        file.setValue(s, 1, 5000.0F + static_cast<float>(s * kDt));  // floats 1/2048 apart
+    const auto doubt = [&file] {
+        SpectrumRequest request = requestFor(file);
+        request.column = 2;
+        for (const SpectrumCheck& check : spectrumChecks())
+            if (const SpectrumDoubt found = check.look(file, "a.ts", request, {});
+                found.kind != SpectrumDoubt::Kind::None)
+                return found.text;
+        return std::to_string(request.dt);
+    };
+    EXPECT_EQ(doubt(), "0.010000");
+    file.setValue(1000, 1, 5010.03125F);
+    EXPECT_EQ(doubt(), "The steps of a.ts are not equal (0.01 to 0.04 s). The spectrum assumes 0.01 s.");
 }
 
 TEST(Spectrum, MissingSamplesAtSegmentBordersTakeTheLineToTheNeighbourBeyond)
@@ -312,6 +347,8 @@ TEST(Spectrum, PeaksAndHarmonicsStandWhereTheTonesAre)
     const auto harmonics = findHarmonics(*spectrum, request, peaks[0].frequency, 40);
     ASSERT_GE(harmonics.size(), 20U);
     EXPECT_NEAR(harmonics[4].value, 0.5, 0.001);
+    // On the flank of a tone, the bin as it stands.
+    EXPECT_NEAR(lineAt(*spectrum, request, 74.2 * resolution).frequency, 74.0 * resolution, 1e-12);
     const auto low = findHarmonics(*spectrum, request, 2.0 * resolution, 40);
     for (std::size_t i = 1; i < low.size(); ++i)
         EXPECT_GT(low[i].bin, low[i - 1].bin);
@@ -474,6 +511,10 @@ TEST(Spectrum, BandsHaveTheEdgesOfTheStandardAndTheirPartOfThePower)
         TSFILE levels("levels", spectrumRows(request), spectrumColumns(request), 0);
         computeSpectrum(file, request, levels, mean, {});
         EXPECT_NEAR(levels.value(9, 2), 20.0 * std::log10(target.value(9, 2)), 1e-4);
+        describeSpectrum(file, request, levels);
+        EXPECT_EQ(levels.dt(), 1.0F);
+        EXPECT_EQ(levels.timeMode(), 1) << "the bands' own frequencies";
+        EXPECT_STREQ(levels.columnName(2), "Level");
     }
 }
 

@@ -268,9 +268,24 @@ TEST(Spectrogram, EachSampleIsTheSpectrumOfItsSegmentAtItsTime)
             EXPECT_NEAR(target.value(3, bin), spectrum.value(bin, 2), 1e-5 * spectrum.value(bin, 2)) << bin;
         EXPECT_STREQ(target.columnName(77), "15.4 Hz");
     }
+    // The last bin of an odd length lies below half the rate and has two parts.
+    request.segment = 225;
+    request.averaged = false;
+    request.to = 235;
+    request.result = SpectrumResult::Amplitude;
+    TSFILE odd("o", 1, 112, 0), spectrum("one", 112, 3, 0);
+    double mean = 0.0;
+    computeSpectrum(file, request, spectrum, mean, {});
+    request.averaged = true;
+    ASSERT_EQ(computeSpectrogram(file, request, odd, {}), JobOutcome::Done);
+    EXPECT_NEAR(odd.value(1, 112), spectrum.value(112, 2), 1e-5 * spectrum.value(112, 2));
+    request.segment = 500;
     // What a file cannot hold is refused with what it can.
     request.to = 480'000'000;
     EXPECT_NE(spectrogramComplaint(request).find("Take an overlap of 50 %."), std::string::npos);
     request.overlapPercent = 50;
+    EXPECT_EQ(spectrogramComplaint(request), "");
+    request.segment = 4;  // many samples of few columns
+    request.to = 200'000'000;
     EXPECT_EQ(spectrogramComplaint(request), "");
 }

@@ -105,6 +105,8 @@ TEST_F(CliResults, CutKeepsEachSamplesTimeAndTakesOffWhatFewerSamplesCannotShow)
 
     ASSERT_EQ(cli("cut --every 5 --raw --columns 2,slow -o r.ts wave.ts").status, 0);
     EXPECT_EQ(TSFILE("r.ts", true).value(3, 2), slow(11));
+    EXPECT_EQ(cli("cut --every 1000000 --raw -o one.ts wave.ts").status, 0);
+    EXPECT_EQ(cli("cut --every 1000001 --raw -o none.ts wave.ts").status, 2);
     ASSERT_EQ(cli("cut --from 11 --to 20 -o w.ts wave.ts").status, 0);
     TSFILE whole("w.ts", true);
     EXPECT_EQ(whole.value(2, 1), slow(12));
@@ -144,8 +146,9 @@ TEST_F(CliResults, TextsArraysAndSoundsComeBackAsTheyWere)
     EXPECT_EQ(cli("export --csv --force -o w.csv wave.ts").notes, "");
     ASSERT_EQ(std::system("gzip w.csv"), 0);
     ASSERT_EQ(cli("import -o csv.ts w.csv.gz").status, 0);
-    EXPECT_NE(cli("export -o w.csv wave.ts").notes.find("tsa text in spite of its name; --csv"),
-              std::string::npos);
+    const std::string notes = cli("export -o w.csv wave.ts").notes;
+    EXPECT_NE(notes.find("tsa text in spite of its name; --csv"), std::string::npos);
+    EXPECT_EQ(notes.find("the sample time was rounded"), std::string::npos) << notes;
     ASSERT_EQ(cli("export --wav --columns both,slow -o w.wav wave.ts").status, 0);
     ASSERT_EQ(cli("import -o wav.ts w.wav").status, 0);
     TSFILE wave("wave.ts", true), csv("csv.ts", true), wav("wav.ts", true);
@@ -261,11 +264,11 @@ TEST_F(CliResults, EveryOptionOfAnImportHoldsAgainstWhatTheTextLooksLike)
     setenv("TZ", "Europe/Oslo", 1);
     std::ofstream("odd.csv") << "Logger 7|of 9\nDay|Hour|Load\n|h|kN\nTag|Zeit|Kraft|Weg\n||t|mm\n1|2|3|4\n"
                                 "03/04/2016|10:00:00|1234,5|7\n!03/04/2016|10:00:05|8|8\n"
-                                "03/04/2016|10:00:10|void|8\n03/04/2016|10:00:20|1236,5|9\n"
-                                "03/04/2016|10:00:30|1237,5|10\n03/04/2016|10:00:40|1238,5|11\n";
+                                "03/04/2016|10:00:10|1235,5|8\n03/04/2016|10:00:20|void|9\n"
+                                "03/04/2016|10:00:30|1236,5|10\n03/04/2016|10:00:40|1237,5|11\n";
     const ShellOutcome run =
         cli("import --as stl --separator '|' --decimal , --names-line 4 --units-line 5 "
-            "--first-data-line 7 --remarks '!' --missing-markers void --time-from date-and-time "
+            "--first-data-line 8 --remarks '!' --missing-markers void --time-from date-and-time "
             "--date-column Tag --time-column Zeit --order month-day --zone utc --becomes constant "
             "--columns Kraft --name Kraft=Force --unit Kraft=kN --rows-from 2 --rows-to 4 --every 2 "
             "--missing-become zero --description \"Run 7\" -o odd.ts odd.csv");
@@ -277,7 +280,7 @@ TEST_F(CliResults, EveryOptionOfAnImportHoldsAgainstWhatTheTextLooksLike)
     EXPECT_EQ(made.value(1, 1), 0.0F);
     EXPECT_EQ(made.value(2, 1), 1237.5F);
     EXPECT_FLOAT_EQ(made.dt(), 20.0F);
-    EXPECT_NEAR(FileTime(made).moment(1), 1457085610.0, 0.01);
+    EXPECT_NEAR(FileTime(made).moment(1), 1457085620.0, 0.01);
     EXPECT_STREQ(made.description(), "Run 7");
     EXPECT_STREQ(made.columnName(1), "Force");
     EXPECT_TRUE(std::string(made.columnDescription(1)).ends_with("[kN]"));
@@ -292,6 +295,8 @@ TEST_F(CliResults, ResultsGoToNewColumnsAndOverOldOnesAndNothingElseChanges)
 {
     ASSERT_EQ(cli("formula --formula \"x2-x1\" --name fast --unit V --new-column wave.ts").status, 0);
     ASSERT_EQ(cli("integral --column fast --new-column wave.ts").status, 0);
+    const std::string help = cli("formula --help").out;
+    EXPECT_LT(help.find("What x1 is, and so on to x8"), help.find("Likewise"));
     ASSERT_EQ(
         cli("formula --formula \"2*x1\" --x1 wave.ts:both --from 11 --to 20 --in-place slow wave.ts").status,
         0);
@@ -331,6 +336,12 @@ TEST_F(CliResults, PeaksAndStreamsGoToStandardOutput)
     EXPECT_EQ(peaks.notes, "");
     EXPECT_TRUE(peaks.out == "40 Hz  1 V\n2 Hz  1 V\n" || peaks.out == "2 Hz  1 V\n40 Hz  1 V\n")
         << peaks.out;
+    ASSERT_EQ(cli("spectrum --column both --segment 500 --overlap 0 --spectrogram -o g.ts wave.ts").status,
+              0);
+    TSFILE picture("g.ts", true);
+    ASSERT_EQ(picture.samples(), 8U);
+    for (const std::uint32_t bin : {10U, 200U})  // of 0.2 Hz
+        EXPECT_NEAR(picture.value(8, bin), 1.0, 0.01) << bin;
     const ShellOutcome stream =
         cli("export --csv --quiet --clock --from 2 --to 3 --columns slow -o - wave.ts");
     EXPECT_EQ(stream.out.substr(0, 71),
@@ -344,11 +355,13 @@ TEST_F(CliResults, NumbersHaveAPointInEveryLocale)
     const std::string german = "LC_ALL=de_DE.UTF-8 LANG=de_DE.UTF-8";
     EXPECT_EQ(cli("info --stats --json wave.ts", german).out, cli("info --stats --json wave.ts").out);
     ASSERT_EQ(cli("filter --type moving-average --points 3 -o f.ts wave.ts", german).status, 0);
-    ASSERT_EQ(cli("plot -o p.eps wave.ts", german).status, 0);
+    ASSERT_EQ(cli("plot --cursors \"5 s,6 s\" -o p.eps wave.ts", german).status, 0);
     const std::string picture = textOf("p.eps");
     EXPECT_EQ(picture.find("0,"), std::string::npos);
     EXPECT_NE(picture.find("/Times-Roman _F"), std::string::npos);
     EXPECT_NE(picture.find("%%Creator: Veltrac"), std::string::npos);
+    EXPECT_NE(picture.find("(A)"), std::string::npos);
+    EXPECT_NE(picture.find("(B)"), std::string::npos);
     std::size_t lines = 0;
     for (std::size_t at = 0; (at = picture.find(" _l", at + 1)) != std::string::npos;)
         ++lines;

@@ -42,6 +42,14 @@ TEST(StlReport, TellsRowsStepsAndWhatTheFileWillHold)
         {"t [s];a\n0;1\n1;2\n2;3\n1.5;4\n4;5\n5;6\n6;7\n", TimeColumn,
          "7 rows, 1 column.\n-0.5 to 1 s, 1 gap, longest 2.5 s, some backwards.\nWith a column \"Time\".\n"
          "No start was found: the moment of the import stands for it."},
+        {"t [s];a\n0;1\n1;2\n8388608;3\n", TimeColumn,
+         "3 rows, 1 column.\n1 s to 97.09 d.\nWith a column \"Time\".\n"
+         "No start was found: the moment of the import stands for it.\n"
+         "A column \"Time\" tells these times to 0.5 s."},
+        {"t [s];a\n\"1,000.0\";1\n\"1,000.3\";2\n\"1,000.5\";3\n\"1,000.8\";4\n\"1,001.0\";5\n", Constant,
+         "5 rows, 1 column.\nStep 0.250 s, constant.\nWith a sample time of 0.25 s.\n"
+         "No start was found: the moment of the import stands for it.\nThe times are taken for rounded ones: "
+         "the rows lie at equal steps of 0.250 s, some of them beside their times."},
         {"a;b\n1;2.5\n4;2.5\n2;7\n", Constant,
          "3 rows, 2 columns.\nNo time was found; 1 s is assumed.\nWith a sample time of 1 s.\n"
          "No start was found: the moment of the import stands for it."},

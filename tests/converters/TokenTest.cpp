@@ -36,6 +36,8 @@ TEST(StlTokens, cellsAreCutAtSeparatorsOutsideQuotes)
         {"  1 \t 2\t\"x y\" ", ' ', {"1", "2", "x y"}},
         {"1:05 PM 7", ' ', {"1:05 PM", "7"}},
         {"1 PM", ' ', {"1", "PM"}},
+        {"[2026-11-22 01:45:40] 7", ' ', {"[2026-11-22 01:45:40]", "7"}},
+        {"[pump: on] 7", ' ', {"[pump:", "on]", "7"}},
         {"", ' ', {}},
     };
     std::vector<std::string_view> cells;
@@ -158,6 +160,7 @@ TEST(TimeStamps, stampsMeanWhatIsWritten)
         }
     }
     EXPECT_EQ(26 * 3600 * kMicrosPerSecond, readTime("26:00:00")->micros) << "elapsed hours";
+    EXPECT_FALSE(readDate("2016-05-17 13:45") || readDate("2016-05-17 noon"));
     EXPECT_FALSE(readTime("1:5:00") || readTime("12:00:0x") || readTime("12:61:00"));
 }
 

@@ -6,6 +6,7 @@
 
 #include <cmath>
 
+#include "core/Group.h"
 #include "core/PlotValues.h"
 
 using namespace veltrac;
@@ -28,8 +29,13 @@ std::shared_ptr<PlotValues> quietBut(std::uint32_t rows, std::uint32_t row, std:
 TEST(CellImage, ABurstOfOneCellIsSeenAtEveryZoomAndAMeanWeighsItDown)
 {
     // More cells than are held, so that three samples stand together.
-    CellImage image(quietBut(50'000, 31'234, 300, 9.0F), 0.5, "V");
+    Group group;
+    group.image = std::make_shared<CellImage>(quietBut(50'000, 31'234, 300, 9.0F), 0.5, "V");
+    CellImage& image = *group.image;
     ASSERT_EQ(image.build({}), JobOutcome::Done);
+    group.fitY();
+    EXPECT_EQ(group.y1(), 0.25);
+    EXPECT_EQ(group.y2(), 200.25);
     EXPECT_EQ(image.low, 1.0);
     EXPECT_EQ(image.high, 9.0);
     EXPECT_EQ(image.valueAt(31'234, 150.1), 9.0F);

@@ -147,6 +147,9 @@ TEST(PlotCurves, envelopeCoversEachColumnExactly)
     plot.setX(333.0, 99'000.0);
     const std::vector<Curve> curves = curvesOf(plot, kColumns, 6);
     ASSERT_EQ(curves.size(), 2U);
+    Plot2D other = plotOf({sine(100'003), values});  // which is drawn first changes nothing
+    other.setX(333.0, 99'000.0);
+    EXPECT_EQ(curvesOf(other, kColumns, 6)[1].points, curves[0].points);
     const Curve& curve = curves[0];
     EXPECT_EQ(curve.runEnds.size(), 2U);  // before and behind the gap
     EXPECT_TRUE(curve.markers.empty());

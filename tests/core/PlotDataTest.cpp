@@ -9,6 +9,7 @@
 
 #include "core/FileArray.h"
 #include "core/HsVariable.h"
+#include "core/PlotCurves.h"
 #include "core/PlotValues.h"
 #include "core/TSFILE.h"
 #include "core/TsExceptions.h"
@@ -246,6 +247,18 @@ TEST(PlotFile, shortBodyGivesTheRowsThatAreThere)
     EXPECT_EQ(v.build({}), JobOutcome::Done);
     EXPECT_FALSE(v.failure().empty());
     EXPECT_FALSE(v.isBuilt());
+
+    // Nor is what is cut while it is shown drawn in part.
+    TSFILE("shown.ts", 5000, 1, 0).dt(1.0F);
+    Plot2D plot;
+    plot.groups().emplace_back().variables().push_back(
+        std::make_shared<HsVariable>(Variable(std::make_shared<PlotFile>("shown.ts"), 1)));
+    plot.buildMissing({});
+    plot.fitAll();
+    std::filesystem::resize_file("shown.ts", 1024 + 512 * 20);
+    const Curve cut = curvesOf(plot, 5000, 1).at(0);
+    EXPECT_TRUE(cut.unread);
+    EXPECT_TRUE(cut.points.empty() && cut.runEnds.empty() && cut.markers.empty());
 }
 
 TEST(PlotFile, swappedBytesAndBracketsInDescriptions)
@@ -283,6 +296,9 @@ TEST(PlotFile, ringBeginsAtTheOldestSample)
         for (std::uint32_t s = 1; s <= 250; ++s) {
             const float v = static_cast<float>(s);
             file.writeRow(s, &v, true);
+            if (s == 30) {
+                EXPECT_EQ(PlotFile("ring.ts").rows(), 30U) << "what there is of one that is not full";
+            }
         }
     }
     const auto file = std::make_shared<PlotFile>("ring.ts");

@@ -98,6 +98,9 @@ TEST(SampleTime, TimeColumnsSplitWholeSecondsAndFractions)
     file.appendRowWithTime(1005.25, in, true);
     EXPECT_EQ(file.readRowWithTime(2, out), 1004.5);
     EXPECT_EQ(file.readRowWithTime(3, out), 1005.25);
+    file.startTime(0.5F);
+    EXPECT_EQ(file.readRowWithTime(3, out), 1005.75);
+    file.startTime(0.0F);
     try {
         file.appendRowWithTime(999.0, in, true);
         FAIL();

@@ -240,6 +240,7 @@ TEST(SaveResults, newFileHasBothColumnsAndTheHeader)
     EXPECT_EQ(saved->startSeconds(), 1000U);
     EXPECT_STREQ(saved->columnName(1), "Force");
     EXPECT_STREQ(saved->columnName(2), "Force_f");
+    EXPECT_GT(saved->columnTime(2), std::time(nullptr) - 86400) << "made now";
     EXPECT_STREQ(saved->columnDescription(2), "LpBu4/1 [kN]");
     EXPECT_EQ(saved->value(500, 1), wave(500));
 }

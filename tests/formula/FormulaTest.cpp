@@ -124,6 +124,7 @@ TEST(Formula, EveryTextGivesItsValueOrItsCode)
         {"sgn(-3)*abs(-4)*ceil(0.2)", 0, -4.0},
         {"ln(exp(2))+log(1000)", 0, 5.0},
         {"max(1)", 0, 0.0, kMissingArgument},
+        {"max(1,)", 4, 0.0, "Mismatched '(' or ')'"},
         {"1/0+2", 0, 2.0, kDivisionByZero},
         {"1/(0*ln(-1))", 0, NAN},
         {"x1+", 0, 3.5},
@@ -167,6 +168,18 @@ TEST(Formula, EveryTextGivesItsValueOrItsCode)
         const std::vector<std::string> expected =
             *row.report == '\0' ? std::vector<std::string>() : std::vector<std::string>{row.report};
         EXPECT_EQ(listener.texts, expected);
+    }
+}
+
+TEST(Formula, APowerOfANegativeIsToldWhereItsMinusMatters)
+{
+    for (const auto& [text, isTold] :
+         {std::pair("-t^2", true), {"-t^3", false}, {"-t^2.5", true}, {"-t^t", true}}) {
+        FormulaParser parser(text);
+        parser.Compile();
+        EXPECT_EQ(parser.readings(),
+                  isTold ? std::vector<std::string>{"-a^b was read as (-a)^b"} : std::vector<std::string>())
+            << text;
     }
 }
 

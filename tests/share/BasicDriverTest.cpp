@@ -5,6 +5,8 @@
 #include <sstream>
 #include <vector>
 
+#include "share/Dashes.h"
+
 using namespace veltrac;
 
 namespace {
@@ -21,6 +23,7 @@ public:
         m_deviceYMax = 150.0F;
     }
 
+    float lineWidth() const { return m_lineWidth; }
     std::string taken()
     {
         std::string text = m_log.str();
@@ -111,13 +114,34 @@ TEST(BasicDriver, AxesStandAtTheWindowsEdges)
     EXPECT_EQ(driver.taken(),
               "C0.8,0.8,0.8 M150,75 L150,125 C0,0,0 M150,75 L150,70 M200,75 L200,72.5 M150,66.5 \"0\" "
               "M150,54 \"left\" M250,54 \"x10^3\" ");
-    style.title = "V";
     style.grid = GridStyle::None;
+    style.title = "Volt";  // between the texts at the ends, which leave it no room in the middle
+    driver.DrawXAxis(ticks, style);
+    const std::string axis = driver.taken();
+    EXPECT_TRUE(axis.ends_with("M198,54 \"Volt\" ")) << axis;
+    // Light letters stand on a dark ground, whose grid is dark as well.
+    driver.SetColor(1, 1, 1);
+    driver.SetLineWidth(3);
+    style.grid = GridStyle::Gray;
+    driver.DrawYAxis(ticks, style);
+    EXPECT_NE(driver.taken().find("C0.35,0.35,0.35 "), std::string::npos);
+    EXPECT_EQ(driver.lineWidth(), 3.0F);
+    driver.SetColor(0, 0, 0);
+    driver.taken();
+    style.grid = GridStyle::None;
+    style.title = "V";
     driver.DrawYAxis(ticks, style);
     // 8.5 for tick and gap, 5 characters of 6, 16 for the title
     EXPECT_EQ(driver.taken(),
               "M150,75 L145,75 M150,100 L147.5,100 M141.5,75 \"0\" M141.5,134 \"x10^3\" "
               "M95.5,100 \"V\" ");
+}
+
+TEST(BasicDriver, DashesGoRoundCornersToTheEnd)
+{
+    Recorder driver;
+    veltrac::drawDashes({0, 0, 10, 0, 10, 10}, {12, 3}, driver);
+    EXPECT_EQ(driver.taken(), "M0,0 L10,0 L10,2 M10,5 L10,10 ");
 }
 
 TEST(BasicDriver, MarkersEndAndBeginAgainBehindTheLast)

@@ -103,6 +103,15 @@ TEST(SvgDriver, KeepsTextsAsTextsWhateverStandsInThem)
         driver.DeviceMoveTo(std::nanf(""), 1.0F);
         driver.DeviceLineTo(5.0F, 5.0F);
         driver.Text("nowhere", 0, std::nanf(""), 0);
+        driver.MoveTo(0.0F, 0.0F);
+        driver.LineTo(1.0F, 1.0F);
+        driver.Dot(0.5F, 0.5F);
+        driver.LineTo(1.0F, 0.0F);
+        driver.Arc(0.5F, 0.5F, 0.25F, 0.0F, 90.0F, false);
+        const float corners[] = {0.0F, 0.0F, 1.0F, 0.0F, 1.0F, 1.0F, 0.5F, 0.5F};
+        driver.Polyline(corners, 3, true, false);
+        driver.SetTextJustification(1.5F, 0.0F);
+        driver.Text("beyond", 0, 0.0F, 0);
     });
     std::ifstream in("t.svg");
     const std::string svg{std::istreambuf_iterator<char>(in), {}};
@@ -114,6 +123,10 @@ TEST(SvgDriver, KeepsTextsAsTextsWhateverStandsInThem)
     EXPECT_EQ(svg.find("nan"), std::string::npos);
     EXPECT_NE(svg.find(">no\uFFFD\uFFFDletters¿</text>"), std::string::npos);
     EXPECT_EQ(svg.find("nowhere"), std::string::npos);
+    EXPECT_LT(svg.find("L842 0"), svg.find("l0 0.01")) << "a line is drawn before the dot on it";
+    EXPECT_LT(svg.find("L842 595"), svg.find(" A148.75"));
+    EXPECT_NE(svg.find("\"M0 595 L842 595 L842 0 Z\""), std::string::npos) << svg;
+    EXPECT_NE(svg.find("<text x=\"-4.2\""), std::string::npos) << "half a letter behind its end";
 }
 
 TEST(ImageDevice, PngHoldsTheLinesAndItsSums)

@@ -9,12 +9,18 @@
 #include <set>
 #include <sstream>
 
+#include "core/CellImage.h"
 #include "core/PlotValues.h"
+#include "core/TSFILE.h"
 #include "core/XyPath.h"
 #include "share/AxisTicks.h"
+#include "share/ColorMap.h"
 #include "share/EpsFile.h"
 #include "share/Histogram.h"
+#include "share/PlotGoTo.h"
 #include "share/PlotPainter.h"
+#include "share/PlotReadout.h"
+#include "share/PlotVariables.h"
 #include "share/PostscriptDriver.h"
 #include "tests/core/TsFileBytes.h"
 
@@ -286,6 +292,8 @@ TEST(PlotPainter, pathOfTwoVariablesKeepsItsOrderItsGapsAndItsExtremesWhateverIt
     // What jumps about is no line: its places are told, row by row.
     std::vector<float> half = noise(1'000'001);
     half.erase(half.begin());
+    for (std::size_t i = 1; i < half.size(); i += 2)
+        half[i] /= 2.0F;  // three fall into the lower half of the cells for each one in the upper
     Plot2D jumps = plotOf({noise(1'000'000), half});
     XyPath cloud(jumps.variables()[0]->variable(), jumps.variables()[1]->variable(), {1, 1'000'000});
     const double most = 16777216.0;
@@ -305,7 +313,8 @@ TEST(PlotPainter, pathOfTwoVariablesKeepsItsOrderItsGapsAndItsExtremesWhateverIt
     shown.setY(0, 0.0, most);
     // Of 512 x 1024 cells those are filled that one of a million samples fell into.
     const Filled filled = filledOf(epsOf(shown));
-    EXPECT_NEAR(filled.share, 1.0 - std::exp(-1e6 / (512.0 * 1024.0)), 0.01);
+    const double each = 1e6 / (512.0 * 1024.0);
+    EXPECT_NEAR(filled.share, 1.0 - (std::exp(-each / 2.0) + std::exp(-each * 1.5)) / 2.0, 0.01);
     EXPECT_NEAR(filled.width, 0.5, 0.01);
     EXPECT_NEAR(filled.height, 1.0, 0.01);
 }
@@ -327,6 +336,9 @@ TEST(PlotPainter, notesStandAtTheirTimesInAllGroupsAndBelowOneAnother)
     };
     EXPECT_GT(heightOf("valve"), heightOf("pump on") + 5.0) << "one below the other where they would meet";
     EXPECT_EQ(heightOf("valve"), heightOf("pump off"));
+    for (std::size_t at = eps.find(" _w %", eps.find(" _w %") + 1); at != std::string::npos;
+         at = eps.find(" _w %", at + 1))
+        EXPECT_LT(std::atof(eps.c_str() + eps.rfind('\n', at)), 1.0) << "their lines are thin";
     EXPECT_NE(eps.find("_m(pump off) 1 1 _js"), std::string::npos) << "left of its line, as the page ends";
     plot.setMode(XMode::Sample);
     EXPECT_NEAR(plot.notes[0].x, 52.0, 1e-9);
@@ -460,6 +472,97 @@ TEST(PlotPainter, thickDashedLinesKeepTheirGapsAndThinMarkers)
     EXPECT_NEAR(dashes[2].length + width, 12.0 * width, 0.3);
     EXPECT_NEAR(dashes[2].gapBefore - width, 3.0 * width, 0.3);
     EXPECT_NE(eps.find("0.57 _w", begin), std::string::npos) << "the pen of the markers";
+    // In the legend it stands on its line, before the name; beyond the last colour the first one returns.
+    v.lineStyle = -1;
+    v.colorIndex = 7 + 12;
+    plot.groups()[0].variables().push_back(plot.variables()[0]);
+    PlotLayout layout;
+    const std::string bare = epsOf(plot, &layout);
+    const std::size_t name = bare.rfind(" _m(column 1)");
+    const auto xBefore = [&bare](std::size_t move) {
+        const std::size_t y = bare.rfind(' ', move - 1);
+        return std::atof(bare.c_str() + bare.find_last_of(" \n", y - 1));
+    };
+    EXPECT_LT(xBefore(bare.rfind(" _m ", name - 1)), xBefore(name));
+    EXPECT_NEAR(heightOf("column 1", bare.substr(bare.rfind('\n', name))), 595.0 * layout.groups[0].y2 + 5.0,
+                4.0);
+    const PlotColor& first = defaultPlotColors().front();
+    char color[64];
+    std::snprintf(color, sizeof color, "%f %f %f setrgbcolor", static_cast<double>(first.r),
+                  static_cast<double>(first.g), static_cast<double>(first.b));
+    EXPECT_NE(bare.find(color), std::string::npos) << color;
+}
+
+TEST(PlotReadout, VariablesOfOneUnitShareAnAxisAndADifferenceWantsBothCursors)
+{
+    Plot2D plot = plotOfValues({1, 2, 3}, "Time [s]",
+                               {{"a", "V", {1, 2, 3}}, {"b", "A", {4, 5, 6}}, {"c", "V", {7, 8, 5}}}, true);
+    ASSERT_EQ(plot.groups().size(), 2U);
+    EXPECT_EQ(plot.groups()[0].variables().size(), 2U);
+    EXPECT_EQ(plot.groups()[0].axisTitle(), "a, c [V]");
+    EXPECT_EQ(placeInPlot(plot, "0%").x, 1.0);
+    EXPECT_EQ(placeInPlot(plot, "100%").x, 3.0);
+    plot.zoomY(0, 2.0, 4.5);
+    EXPECT_NEAR(plot.groups()[0].y2() - plot.groups()[0].y1(), 7.0 * 1.1 / 2.0, 0.2);
+    plot.setCursor(Plot2D::B, 3.0);
+    const auto fields = [&plot] { return intervalFields(plot, intervalRows(plot).at(1)); };
+    EXPECT_EQ(fields()[4], "");
+    plot.setCursor(Plot2D::A, 2.0);
+    EXPECT_EQ(fields()[0] + fields()[2] + fields()[3] + fields()[4], "c85-3");
+    plot.groups()[0].variables().push_back(plot.variables()[2]);
+    EXPECT_EQ(plot.groups()[0].axisTitle(), "a, c, b") << "no unit of all";
+
+    const TestDirectory directory;
+    for (const auto& [unit, title] : {std::pair("", "Time [s]"), {"ms", "Time [ms]"}, {"F[Hz]", "F[Hz]"}}) {
+        TSFILE made("p.ts", 300, 3, 0);
+        made.dt(0.25F);
+        made.timeUnit(unit);
+        made.flush(true);
+        const auto file = std::make_shared<PlotFile>("p.ts");
+        EXPECT_EQ(plottableColumns(*file), (std::vector<std::uint32_t>{1, 2, 3}));
+        Plot2D timed;
+        addAlone(timed, makeVariable(file, 3));
+        chooseXAxis(timed);
+        EXPECT_EQ(timed.xTitle, title);
+    }
+    TSFILE("p.ts", false).startSeconds(1463492730);
+    TSFILE("p.ts", false).timeUnit("");
+    Plot2D clock;
+    addAlone(clock, makeVariable(std::make_shared<PlotFile>("p.ts"), 3));
+    chooseXAxis(clock);
+    setenv("TZ", "UTC", 1);
+    EXPECT_EQ(xText(clock, 30.25), "2016-05-17 13:46:00.25");
+}
+
+TEST(PlotPainter, pictureHasItsCellsItsColoursAndLightSeamsOfItsCursors)
+{
+    const TestDirectory directory;
+    const auto cells = std::make_shared<PlotValues>(
+        std::vector<double>{1, 2, 3}, std::vector<std::vector<float>>{{0, 0, 0}, {0, 9, 0}, {0, 0, 0}});
+    Plot2D plot;
+    Group& group = plot.groups().emplace_back();
+    group.image = std::make_shared<CellImage>(cells, 1.0, "V");
+    ASSERT_EQ(group.image->build({}), JobOutcome::Done);
+    Variable mark(cells, 1);
+    mark.isMark = true;
+    group.variables().push_back(std::make_shared<HsVariable>(std::move(mark)));
+    plot.buildMissing({});
+    plot.fitAll();
+    plot.setCursor(Plot2D::A, 2.0);
+    PlotLayout layout;
+    const std::string eps = epsOf(plot, &layout, true);
+    ASSERT_EQ(layout.colorBars.size(), 1U);
+    EXPECT_GT(layout.colorBars[0].frame.x1, layout.groups[0].x1) << "behind the number of its lower end";
+    const auto hex = [](const MapColor& c) {
+        char text[8];
+        std::snprintf(text, sizeof text, "%02x%02x%02x", c.r, c.g, c.b);
+        return std::string(text);
+    };
+    const std::size_t palette = eps.find("DeviceRGB 1 <\n");
+    ASSERT_NE(palette, std::string::npos) << eps;
+    EXPECT_EQ(eps.substr(palette + 14, 12), hex(colorMap().front()) + hex(colorMap().back()));
+    EXPECT_NE(eps.find("1.000000 1.000000 1.000000 setrgbcolor"), std::string::npos);
+    EXPECT_NE(eps.find("(9.00 V)"), std::string::npos);
 }
 
 TEST(PlotPainter, titlesOfLowAxesAreSetSmallerBeforeTheyAreCut)
@@ -497,6 +600,11 @@ TEST(PlotPainter, eightStackedAxesKeepTwoLabelsEach)
                         static_cast<double>(columns[static_cast<std::size_t>(c)][1]), room);
         EXPECT_GE(labelCount(axis), 2) << c;
     }
+    const std::string eps = epsOf(plotOf(columns));
+    int labels = 0;
+    for (std::size_t at = 0; (at = eps.find(" 1 .4 _js", at + 1)) != std::string::npos;)
+        ++labels;
+    EXPECT_GE(labels, 16);
 }
 
 TEST(PlotPainter, aSampleBetweenGapsIsSeen)
@@ -514,7 +622,10 @@ TEST(PlotPainter, cursorsAreOnPaperOnlyOnRequest)
     Plot2D plot = plotOf({noise(50)});
     plot.setCursor(Plot2D::A, 0.2);
     EXPECT_EQ(epsOf(plot).find("(A)"), std::string::npos);
-    EXPECT_NE(epsOf(plot, nullptr, true).find("(A)"), std::string::npos);
+    const std::string eps = epsOf(plot, nullptr, true);
+    EXPECT_NE(eps.find("(A)"), std::string::npos);
+    EXPECT_EQ(eps.find("1.000000 1.000000 1.000000 setrgbcolor"), std::string::npos)
+        << "a light seam only over a picture";
 }
 
 }  // namespace

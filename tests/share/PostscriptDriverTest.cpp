@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -211,6 +212,19 @@ TEST(PostscriptPaths, AreWrittenStrokedAndClampedByTheRules)
              d.Arc(3000, 20, 0.1F, 0, 90, true);
          },
          "100 200.5 _d\n5000 .5 _d\n_n 3000.0 20.0 42.1 0.0 90.0 arc fill\n"},
+        {"a path is drawn before the text behind it",
+         [](PostscriptDriver& d) {
+             d.MoveTo(1, 2);
+             d.LineTo(3, 4);
+             d.Text("t", 0, 0, 0);
+         },
+         "_n  1.0 2.0 _m  3.0 4.0 _l \n_s\n3 4 _m(t) 0 0 _js\n"},
+        {"a picture without pixels, and one without a place",
+         [](PostscriptDriver& d) {
+             d.DrawImage(1, 2, 3, 4, {0, 0, {}});
+             d.DrawImage(std::nanf(""), 2, 3, 4, {1, 1, {1, 2, 3}});
+         },
+         ""},
         {"box", [](PostscriptDriver& d) { d.FilledBox(1, 2, 3, 4, true); },
          "_n  1.0 2.0 _m  3.0 2.0 _l \n3.0 4.0 _l \n1.0 4.0 _l \n1.0 2.0 _l \n_f\n"},
     });
@@ -302,6 +316,12 @@ TEST(PostscriptText, IsEscapedCompactedJustifiedAndTurned)
          },
          "gsave 5.0 /AvantGarde-DemiOblique _F 0 0 .3 setrgbcolor 4.0 4.0 _m 1 1.5 scale (V\\(1\\)) show "
          "grestore\n14 /Helvetica _F\n1 1 _m(t) 0 0 _js\n"},
+        {"stamp in a frame as wide as it", [](PostscriptDriver& d) { d.DrawStamp(1, "Vel"); },
+         "gsave 4.0 4.0 translate 1.000000 1.000000 scale\n"
+         "0.3 setlinewidth [] 0 _P 0 0 .3 setrgbcolor _n 0 0 moveto 18.5 0 lineto\n"
+         "18.5 12 lineto 0 12 lineto closepath stroke\n"
+         "gsave 5.0 /AvantGarde-DemiOblique _F 0 0 .3 setrgbcolor 4.0 4.0 _m 1 1.5 scale (Vel) show "
+         "grestore\ngrestore\n"},
     });
 }
 

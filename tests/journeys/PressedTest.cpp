@@ -1,0 +1,287 @@
+// What each field, choice and entry of a window changes in it, as pressed.txt records it. Where a window was
+// changed on purpose, VELTRAC_PRESSED=tests/journeys/pressed.txt writes the record anew, to be read before it
+// is kept.
+
+#include <gtest/gtest.h>
+
+#include <QAbstractButton>
+#include <QAction>
+#include <QApplication>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QPointer>
+#include <QPushButton>
+#include <QRegularExpression>
+#include <QSpinBox>
+#include <QStatusBar>
+#include <QTabBar>
+#include <QTest>
+#include <QToolButton>
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <functional>
+
+#include "portal/TsApplication.h"
+#include "tests/BoxAnswer.h"
+#include "tests/journeys/EveryWindow.h"
+#include "tests/journeys/Telling.h"
+
+using namespace veltrac;
+
+namespace {
+
+// What leaves the window, writes, needs a printer, takes its time, has a picture as
+// wide as the window allows, or goes on by the clock.
+bool isLeft(const QString& text)
+{
+    static const QRegularExpression words(
+        QStringLiteral("zeros|rint|ose$|quit|what's "
+                       "this|help|execut|^&calcul|mathm|llow|^&save$|ok$|cancel|import|^check"),
+        QRegularExpression::CaseInsensitiveOption);
+    return text.contains(words);
+}
+
+std::vector<QPointer<QAction>> entriesOf(const QWidget& menu)
+{
+    std::vector<QPointer<QAction>> entries;
+    for (QAction* const action : menu.actions()) {
+        if (action->menu() != nullptr) {
+            emit action->menu()->aboutToShow();
+            const auto below = entriesOf(*action->menu());
+            entries.insert(entries.end(), below.begin(), below.end());
+        } else if (!action->isSeparator() && action->isVisible()) {
+            entries.emplace_back(action);
+        }
+    }
+    return entries;
+}
+
+// Where the line was another one before: how it begins, and what of it has changed.
+QString changeOf(const QString& line, const QStringList& before)
+{
+    constexpr int kBeginning = 24;
+    int same = 0;
+    QString change = line.trimmed();
+    for (const QString& old : before) {
+        int from = 0, to = 0;  // how much is alike on both sides
+        const int most = static_cast<int>(std::min(old.size(), line.size()));
+        while (from < most && old[from] == line[from])
+            ++from;
+        while (to < most - from && old[old.size() - 1 - to] == line[line.size() - 1 - to])
+            ++to;
+        if (from < 4 || from + to <= same)
+            continue;
+        same = from + to;
+        change = line.left(std::min(from, kBeginning)).trimmed() + QStringLiteral(" -> ") +
+                 line.mid(from, line.size() - from - to);
+    }
+    return change;
+}
+
+// Other windows than those that are opened by their kind.
+bool isWalkedThrough(const QWidget& window)
+{
+    for (const char* const kind : {"veltrac::FilterCharWin", "veltrac::HistogramWin", "HistogramWin",
+                                   "veltrac::XyWin", "PsConfigDialog", "ColorConfigDialog"})
+        if (window.inherits(kind))
+            return true;
+    return window.isModal();
+}
+
+class Dialogs : public EveryWindow
+{
+protected:
+    void walk(QWidget& window)
+    {
+        m_window = &window;
+        m_lines << window.windowTitle();
+        execute();
+        m_last = now();
+        QList<QPointer<QWidget>> fields;
+        for (QWidget* const widget : window.findChildren<QWidget*>())
+            fields << widget;
+        for (const QPointer<QWidget>& field : fields)
+            if (field && field->isVisibleTo(&window) && field->isEnabled() && field->window() == &window)
+                work(*field);
+        for (const QMenuBar* const bar : window.findChildren<QMenuBar*>())
+            for (const QPointer<QAction>& entry : entriesOf(*bar))
+                if (entry && m_window)
+                    trigger(*entry);
+    }
+    const QStringList& lines() const { return m_lines; }
+
+private:
+    // Where something is computed, each choice is followed by its result.
+    void execute()
+    {
+        if (m_window->metaObject()->indexOfSlot("sl_execute()") < 0)
+            return;
+        const BoxAnswer told(QStringLiteral("by its frame"));
+        QMetaObject::invokeMethod(m_window, "sl_execute");
+        if (told.wasAsked())
+            m_lines << QStringLiteral("    told ") + told.text();
+    }
+
+    QStringList now() const { return calmFieldsOf(*m_window) + menusOf(*m_window); }
+
+    // What has come since the last step.
+    void note(const QString& step)
+    {
+        m_lines << step;
+        if (m_window == nullptr)
+            return;
+        const QStringList now = this->now();
+        QStringList gone = m_last;
+        QStringList come;
+        for (const QString& line : now)
+            if (!gone.removeOne(line) && !line.startsWith(QLatin1String("status \"\"")))
+                come << line;
+        for (const QString& line : come)
+            m_lines << QStringLiteral("    ") + changeOf(line, gone);
+        m_last = now;
+        for (QStatusBar* const bar : m_window->findChildren<QStatusBar*>())
+            bar->clearMessage();  // after some seconds it goes by itself
+    }
+
+    void work(QWidget& field)
+    {
+        const QString name = field.accessibleName();
+        if (auto* const choice = qobject_cast<QComboBox*>(&field)) {
+            const int before = choice->currentIndex();
+            QTest::keyClick(choice, Qt::Key_Home);
+            for (int i = 1; i < std::min(choice->count(), 20); ++i) {
+                QTest::keyClick(choice, Qt::Key_Down);
+                execute();
+                note(QStringLiteral("choose ") + choice->currentText() + QStringLiteral(" in ") + name);
+            }
+            while (choice->currentIndex() > std::max(before, 0))
+                QTest::keyClick(choice, Qt::Key_Up);
+            m_last = now();
+        } else if (auto* const text = qobject_cast<QLineEdit*>(&field);
+                   text != nullptr && qobject_cast<QSpinBox*>(text->parentWidget()) == nullptr) {
+            const QString before = text->text();
+            // The last but one is what there is in the directory.
+            for (const QString& typed :
+                 {QStringLiteral("x"), QStringLiteral("-2"), QStringLiteral("bed 3.ts"), before}) {
+                if (typed == QLatin1String("bed 3.ts") && name != QLatin1String("File"))
+                    continue;
+                text->selectAll();
+                QTest::keyClick(text, Qt::Key_Delete);
+                QTest::keyClicks(text, typed);
+                note(QStringLiteral("type ") + typed + QStringLiteral(" in ") + name);
+            }
+        } else if (auto* const box = qobject_cast<QSpinBox*>(&field)) {
+            QTest::keyClick(box, Qt::Key_Up);
+            note(QStringLiteral("up in ") + name);
+            QTest::keyClick(box, Qt::Key_Down);
+            note(QStringLiteral("down in ") + name);
+        } else if (auto* const tabs = qobject_cast<QTabBar*>(&field)) {
+            for (int i = 1; i <= tabs->count(); ++i) {
+                if (isLeft(tabs->tabText(i % tabs->count())))
+                    continue;
+                tabs->setCurrentIndex(i % tabs->count());
+                note(QStringLiteral("turn to ") + tabs->tabText(tabs->currentIndex()));
+            }
+        } else if (auto* const button = qobject_cast<QAbstractButton*>(&field);
+                   button != nullptr && button->isCheckable() &&
+                   qobject_cast<QToolButton*>(button) == nullptr) {
+            for (int i = 0; i < 2 && button->isEnabled(); ++i) {
+                QTest::keyClick(button, Qt::Key_Space);
+                note(QStringLiteral("press ") + button->text());
+            }
+        } else if (auto* const push = qobject_cast<QPushButton*>(&field);
+                   push != nullptr && !isLeft(push->text()) && QApplication::activeModalWidget() == nullptr) {
+            const QString label = push->text();
+            note(QStringLiteral("press ") + label +
+                 answeredBy([&] { QTest::keyClick(push, Qt::Key_Space); }));
+        }
+    }
+
+    // Does it, closes what opens, and tells what that was.
+    static QString answeredBy(const std::function<void()>& action)
+    {
+        const QWidgetList before = QApplication::topLevelWidgets();
+        QString asked;
+        {
+            const BoxAnswer close(QStringLiteral("by its frame"), [&](QWidget& box) {
+                const auto* const message = qobject_cast<QMessageBox*>(&box);
+                asked = QStringLiteral(", asked ") + box.windowTitle() + QStringLiteral(": ") +
+                        (message == nullptr ? QString() : message->text());
+            });
+            action();
+        }
+        for (QWidget* const window : QApplication::topLevelWidgets())
+            if (window->isVisible() && !before.contains(window) && window->windowType() == Qt::Window) {
+                asked += QStringLiteral(", opened ") + window->windowTitle();
+                window->close();
+            }
+        return asked.replace(QLatin1Char('\n'), QLatin1Char('|'));
+    }
+
+    void trigger(QAction& entry)
+    {
+        const QString text = entry.text();
+        if (entry.isEnabled() && !isLeft(text))
+            note(QStringLiteral("trigger ") + text + answeredBy([&] { entry.trigger(); }));
+    }
+
+    QPointer<QWidget> m_window;
+    QStringList m_last;
+    QStringList m_lines;
+};
+
+class Pressed : public Dialogs, public testing::WithParamInterface<SubProgram>
+{
+};
+
+void expectRecorded(const std::string& title, const QStringList& lines)
+{
+    if (const char* const record = std::getenv("VELTRAC_PRESSED")) {
+        std::ofstream(record, std::ios::app) << title << '\n'
+                                             << lines.join(QLatin1Char('\n')).toStdString() << '\n';
+        return;
+    }
+    std::ifstream record(VELTRAC_PRESSED);
+    std::string line;
+    while (line != title && std::getline(record, line)) {
+    }
+    std::string step;
+    for (const QString& now : lines) {
+        std::getline(record, line);
+        step = now.startsWith(QLatin1Char(' ')) ? step : now.toStdString();
+        ASSERT_EQ(now.toStdString(), line) << step;
+    }
+    EXPECT_TRUE(!std::getline(record, line) || line.starts_with("==")) << line;
+}
+
+TEST_P(Pressed, ChangesWhatTheRecordHolds)
+{
+    QWidget* const window = TsApplication::instance()->openSubProgram(GetParam(), fileOf(GetParam()), 2);
+    const std::string title =
+        "== " + std::to_string(static_cast<int>(GetParam())) + ' ' + window->windowTitle().toStdString();
+    show(window, [&](QWidget& shown, const std::string&) { walk(shown); });
+    expectRecorded(title, lines());
+}
+
+TEST_F(Dialogs, ChangeWhatTheRecordHolds)
+{
+    forEachWindow([&](QWidget& window, const std::string&) {
+        if (isWalkedThrough(window))
+            walk(window);
+    });
+    expectRecorded("== Dialogs", lines());
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, Pressed,
+                         testing::Values(SubProgram::Create, SubProgram::Plot, SubProgram::PlotColumn,
+                                         SubProgram::List, SubProgram::Edit, SubProgram::Header,
+                                         SubProgram::Formula, SubProgram::StlImport, SubProgram::SclImport,
+                                         SubProgram::Derivative, SubProgram::Integral, SubProgram::Spectrum,
+                                         SubProgram::Filter));
+
+}  // namespace

@@ -1,0 +1,20 @@
+// What a window tells and offers, line by line: its title, its menus, its fields with what they hold, what is
+// off, how they take keys, and what lies beside what. Letters, styles and versions of Qt change nothing of
+// it.
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <QWidget>
+
+namespace veltrac {
+
+QStringList menusOf(const QWidget& window);
+
+// When what is counted and drawn in the background has come.
+QStringList calmFieldsOf(const QWidget& window);
+
+// All of it, without what differs between two runs.
+QString toldBy(const QWidget& window);
+
+}  // namespace veltrac

@@ -8,6 +8,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QComboBox>
+#include <QImage>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
@@ -25,6 +26,10 @@
 #include <cstdlib>
 #include <fstream>
 #include <functional>
+#include <map>
+#include <set>
+#include <utility>
+#include <vector>
 
 #include "portal/TsApplication.h"
 #include "tests/BoxAnswer.h"
@@ -93,15 +98,19 @@ bool isWalkedThrough(const QWidget& window)
     return window.isModal();
 }
 
-class Dialogs : public EveryWindow
+class Dialogs : public EveryWindow, public QObject
 {
 protected:
     void walk(QWidget& window)
     {
         m_window = &window;
         m_lines << window.windowTitle();
+        for (QComboBox* const choice : window.findChildren<QComboBox*>())
+            if (choice->accessibleName() == QLatin1String("Segment length"))
+                choice->setCurrentIndex(0);  // of which the file has more than one
         execute();
         m_last = now();
+        looksOtherwise();
         QList<QPointer<QWidget>> fields;
         for (QWidget* const widget : window.findChildren<QWidget*>())
             fields << widget;
@@ -129,6 +138,35 @@ private:
 
     QStringList now() const { return calmFieldsOf(*m_window) + menusOf(*m_window); }
 
+    // Whether what is drawn would look otherwise than after the last step; it has been painted anew then.
+    bool looksOtherwise()
+    {
+        std::map<const QWidget*, QImage> pictures;
+        bool isOther = false;
+        for (QWidget* const widget : m_window->findChildren<QWidget*>()) {
+            if (!(widget->inherits("veltrac::PlotPicture") || widget->inherits("veltrac::OverviewStrip")) ||
+                !widget->isVisible())
+                continue;
+            const bool isPainted = m_painted.count(widget) != 0;
+            const QImage& now = pictures[widget] = widget->grab().toImage();
+            const auto before = m_pictures.find(widget);
+            EXPECT_TRUE(before == m_pictures.end() || before->second == now || isPainted)
+                << "not painted anew: " << m_lines.last().toStdString();
+            isOther = isOther || before == m_pictures.end() || before->second != now;
+            widget->installEventFilter(this);
+        }
+        m_pictures = std::move(pictures);
+        m_painted.clear();
+        return isOther;
+    }
+
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (event->type() == QEvent::Paint)
+            m_painted.insert(watched);
+        return false;
+    }
+
     // What has come since the last step.
     void note(const QString& step)
     {
@@ -143,6 +181,8 @@ private:
                 come << line;
         for (const QString& line : come)
             m_lines << QStringLiteral("    ") + changeOf(line, gone);
+        if (looksOtherwise())
+            m_lines << QStringLiteral("    another picture");
         m_last = now;
         for (QStatusBar* const bar : m_window->findChildren<QStatusBar*>())
             bar->clearMessage();  // after some seconds it goes by itself
@@ -233,6 +273,8 @@ private:
     QPointer<QWidget> m_window;
     QStringList m_last;
     QStringList m_lines;
+    std::map<const QWidget*, QImage> m_pictures;
+    std::set<const QObject*> m_painted;
 };
 
 class Pressed : public Dialogs, public testing::WithParamInterface<SubProgram>

@@ -537,8 +537,8 @@ QStringList calmFieldsOf(const QWidget& window)
         calm = now == fields ? calm + 1 : 0;
         fields = now;
     }
-    fields.replaceInStrings(kStart, QStringLiteral("DIRECTORY"));
     fields.replaceInStrings(QDir::currentPath(), QStringLiteral("FOLDER"));
+    fields.replaceInStrings(kStart, QStringLiteral("DIRECTORY"));
     fields.replaceInStrings(QRegularExpression(QStringLiteral(" in \\d+\\.\\d s")),
                             QStringLiteral(" in some time"));
     for (QString& line : fields)

@@ -5,9 +5,11 @@
 #include <gtest/gtest.h>
 
 #include <QAbstractButton>
+#include <QAbstractItemView>
 #include <QAction>
 #include <QApplication>
 #include <QComboBox>
+#include <QContextMenuEvent>
 #include <QImage>
 #include <QLineEdit>
 #include <QMenu>
@@ -20,6 +22,7 @@
 #include <QStatusBar>
 #include <QTabBar>
 #include <QTest>
+#include <QTimer>
 #include <QToolButton>
 
 #include <algorithm>
@@ -117,6 +120,9 @@ protected:
         for (const QPointer<QWidget>& field : fields)
             if (field && field->isVisibleTo(&window) && field->isEnabled() && field->window() == &window)
                 work(*field);
+        for (const QPointer<QWidget>& field : fields)
+            if (field && field->isVisible() && field->window() == &window)
+                askForMenu(*field);
         for (const QMenuBar* const bar : window.findChildren<QMenuBar*>())
             for (const QPointer<QAction>& entry : entriesOf(*bar))
                 if (entry && m_window)
@@ -261,6 +267,28 @@ private:
                 window->close();
             }
         return asked.replace(QLatin1Char('\n'), QLatin1Char('|'));
+    }
+
+    // With the right button: on the first axis of a picture, on the first row of a table.
+    void askForMenu(QWidget& field)
+    {
+        auto* const table = qobject_cast<QAbstractItemView*>(&field);
+        if (!field.inherits("veltrac::PlotPicture") &&
+            (table == nullptr || field.contextMenuPolicy() == Qt::DefaultContextMenu))
+            return;
+        QWidget& place = table == nullptr ? field : *table->viewport();
+        const QPoint at = table == nullptr ? QPoint(field.width() / 2, field.height() / 4)
+                                           : table->visualRect(table->model()->index(0, 0)).center();
+        QTimer::singleShot(0, [this, &field] {
+            QWidget* const popup = QApplication::activePopupWidget();
+            if (auto* const menu = qobject_cast<QMenu*>(popup))
+                m_lines << QStringLiteral("menu of ") + field.accessibleName() << entriesIn(*menu);
+            if (popup != nullptr)
+                popup->close();
+        });
+        QContextMenuEvent wanted(QContextMenuEvent::Mouse, at, place.mapToGlobal(at));
+        QApplication::sendEvent(&place, &wanted);
+        QApplication::processEvents();
     }
 
     void trigger(QAction& entry)

@@ -382,7 +382,14 @@ QString traitsOf(const QWidget& widget)
     if (const auto* const label = qobject_cast<const QLabel*>(&widget);
         label != nullptr && label->buddy() != nullptr)
         traits << QStringLiteral("of ") + QLatin1String(plainLike(*label->buddy()).metaObject()->className());
-    if (const auto* const header = qobject_cast<const QHeaderView*>(&widget))
+    if (widget.focusProxy() != nullptr)
+        traits << QStringLiteral("leads to ") +
+                      QLatin1String(plainLike(*widget.focusProxy()).metaObject()->className());
+    const auto* const header = qobject_cast<const QHeaderView*>(&widget);
+    if (header != nullptr &&
+        header->minimumSectionSize() != static_cast<const QHeaderView&>(plain).minimumSectionSize())
+        traits << QStringLiteral("least %1").arg(header->minimumSectionSize());
+    if (header != nullptr)
         for (int i = 0; i < std::min(header->count(), 8); ++i)
             traits << QString::number(header->sectionResizeMode(i)) +
                           QLatin1String(header->isSectionHidden(i) ? "-" : "");
@@ -528,6 +535,13 @@ QStringList menusOf(const QWidget& window)
     return lines;
 }
 
+QStringList entriesIn(QMenu& menu)
+{
+    QStringList lines;
+    tellMenu(menu, QStringLiteral("    "), lines);
+    return lines;
+}
+
 QStringList calmFieldsOf(const QWidget& window)
 {
     QStringList fields = fieldsOf(window);
@@ -549,9 +563,12 @@ QStringList calmFieldsOf(const QWidget& window)
 QString toldBy(const QWidget& window)
 {
     const QStringList fields = calmFieldsOf(window);
-    const QString title = QStringLiteral("== ") + window.windowTitle() +
-                          QLatin1String(window.windowIcon().isNull() ? "" : " (with a picture)") +
-                          traitsOf(window);
+    const QString title =
+        QStringLiteral("== ") + window.windowTitle() +
+        QLatin1String(window.windowIcon().cacheKey() == QApplication::windowIcon().cacheKey()
+                          ? ""
+                          : " (with a picture)") +
+        traitsOf(window);
     return (QStringList(title) + menusOf(window) + fields + layoutsOf(window)).join(QLatin1Char('\n')) +
            QLatin1Char('\n');
 }

@@ -3,6 +3,7 @@
 // it.
 #pragma once
 
+#include <QMenu>
 #include <QString>
 #include <QStringList>
 #include <QWidget>
@@ -10,6 +11,8 @@
 namespace veltrac {
 
 QStringList menusOf(const QWidget& window);
+// The entries, with those of the menus behind them.
+QStringList entriesIn(QMenu& menu);
 
 // When what is counted and drawn in the background has come.
 QStringList calmFieldsOf(const QWidget& window);

@@ -160,11 +160,13 @@ TEST(TsTableView, ScanBoxesTellTheirTextsAndSelectTheCell)
     makeFile({3, 7, 7, 1});
     Window list(0);
     EXPECT_EQ(list.window().windowTitle(), "Veltrac, listing test.ts");
+    EXPECT_EQ(list.window().lastScan().maximumSample, 0U);
     EXPECT_EQ(list.callAndAnswer("sl_findmax", "&Ok"), "The max value in column 1 is:\n 7 at sample 2");
     EXPECT_EQ(list.view().currentRow(), 1);
     EXPECT_EQ(list.callAndAnswer("sl_findmin", "&Ok"), "The minimum value in column 1 is:\n 1 at sample 4");
     EXPECT_EQ(list.view().currentRow(), 3);
     EXPECT_EQ(list.callAndAnswer("sl_findaverage", "&Ok"), "The average value of column 1 is:\n4.5");
+    EXPECT_EQ(list.window().lastScan().maximumSample, 2U);
 
     makeFile({3, NAN});
     list.call("sl_reload");
@@ -322,6 +324,8 @@ TEST(TsTableView, FileThatChangesOrVanishesIsToldAndReadAgain)
     EXPECT_FALSE(strip.isVisible());
     EXPECT_EQ(list.view().rows().total(), 3);
     EXPECT_FALSE(list.view().rows().isSorted());
+    activate();
+    EXPECT_FALSE(strip.isVisible()) << "what was read again is told again";
     std::filesystem::remove("test.ts");
     activate();
     EXPECT_EQ(strip.text(), "test.ts is gone; it is shown as it was.");

@@ -686,6 +686,8 @@ TEST(PlotWindow, changedFileIsToldAndLoadedAgain)
     EXPECT_TRUE(QTest::qWaitFor([&] { return strip->text().startsWith("test.ts is gone"); }, 5000));
     EXPECT_TRUE(strip->findChild<QPushButton*>()->isHidden());
     EXPECT_EQ(window.canvas()->plot().variables()[0]->variable().rows(), 4000U);
+    window.sl_follow(true);
+    EXPECT_FALSE(strip->isVisible()) << "who follows tells it himself";
 }
 
 // Types a name into the file dialog that opens next.
@@ -898,6 +900,18 @@ TEST(PlotWindow, secondFileIsAlignedWithTheFirst)
             button->click();
     EXPECT_NEAR(plot.x2(), 10.0, 1e-3);
     EXPECT_NEAR(plot.axis().xOf(plot.variables().back()->variable(), 1), 0.001, 1e-6);
+    // Its own menu takes the second one away again.
+    auto* const tree = window.findChild<QTreeWidget*>();
+    const auto choose = [&](Qt::Key letter) {
+        QTimer::singleShot(0, [letter] { QTest::keyClick(QApplication::activePopupWidget(), letter); });
+        emit tree->customContextMenuRequested(tree->visualItemRect(tree->topLevelItem(1)).center());
+        QApplication::processEvents();
+    };
+    choose(Qt::Key_H);
+    EXPECT_FALSE(plot.variables().back()->variable().visible);
+    choose(Qt::Key_R);
+    EXPECT_EQ(plot.variables().size(), 3U);
+    EXPECT_EQ(tree->topLevelItemCount(), 1);
 }
 
 TEST(PlotWindow, unreadableAndHostileFilesAreToldInTheWindow)

@@ -293,6 +293,9 @@ TEST_F(CalcWindows, AFailedOrRefusedCalculationLeavesTheLastResultToBeAskedAbout
             const BoxAnswer answer(QStringLiteral("Ok"));
             window->sl_execute();
         }
+        if (dynamic_cast<DFTWin*>(window))
+            EXPECT_EQ(window->statusBar()->currentMessage().toStdString(),
+                      "Nothing was computed; the last result is still there");
         EXPECT_EQ(window->findChild<PlotCanvas*>()->plot().variables().size(),
                   dynamic_cast<DFTWin*>(window) ? 1U : 2U);
         {
@@ -577,6 +580,7 @@ TEST_F(CalcWindows, HarmonicsOfTheCursorAreMarkedAndAKeptSpectrumStaysWhileTheNe
     EXPECT_NE(shown()[0]->variable().colorIndex, shown()[1]->variable().colorIndex);
     window.sl_dropKept();
     EXPECT_EQ(shown().size(), 1U);
+    EXPECT_EQ(window.statusBar()->currentMessage(), "Only the last result is shown");
 
     for (QComboBox* const combo : window.findChildren<QComboBox*>())
         if (combo->accessibleName() == QLatin1String("Result"))

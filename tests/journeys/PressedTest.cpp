@@ -8,13 +8,17 @@
 #include <QAbstractItemView>
 #include <QAction>
 #include <QApplication>
+#include <QClipboard>
 #include <QComboBox>
 #include <QContextMenuEvent>
 #include <QImage>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QMimeData>
+#include <QMouseEvent>
 #include <QPointer>
 #include <QPushButton>
 #include <QRegularExpression>
@@ -121,8 +125,10 @@ protected:
             if (field && field->isVisibleTo(&window) && field->isEnabled() && field->window() == &window)
                 work(*field);
         for (const QPointer<QWidget>& field : fields)
-            if (field && field->isVisible() && field->window() == &window)
+            if (field && field->isVisible() && field->window() == &window) {
+                hover(*field);
                 askForMenu(*field);
+            }
         for (const QMenuBar* const bar : window.findChildren<QMenuBar*>())
             for (const QPointer<QAction>& entry : entriesOf(*bar))
                 if (entry && m_window)
@@ -189,6 +195,15 @@ private:
             m_lines << QStringLiteral("    ") + changeOf(line, gone);
         if (looksOtherwise())
             m_lines << QStringLiteral("    another picture");
+        if (const QMimeData* const copied = QApplication::clipboard()->mimeData(); copied != nullptr)
+            if (copied->hasImage() || copied->hasText())
+                m_lines
+                    << QStringLiteral("    copied ") +
+                           (copied->hasImage()
+                                ? QStringLiteral("a picture")
+                                : QStringLiteral("%1 lines").arg(copied->text().count(QLatin1Char('\n'))));
+        QApplication::clipboard()->clear();
+        EXPECT_EQ(QApplication::overrideCursor(), nullptr) << "waits after " << step.toStdString();
         m_last = now;
         for (QStatusBar* const bar : m_window->findChildren<QStatusBar*>())
             bar->clearMessage();  // after some seconds it goes by itself
@@ -289,6 +304,25 @@ private:
         QContextMenuEvent wanted(QContextMenuEvent::Mouse, at, place.mapToGlobal(at));
         QApplication::sendEvent(&place, &wanted);
         QApplication::processEvents();
+    }
+
+    // What is told of the place under the mouse hangs on pixels; that something is told does not.
+    void hover(QWidget& field)
+    {
+        if (!field.inherits("veltrac::PlotPicture"))
+            return;
+        const QPointF at(field.width() / 2.0, field.height() / 4.0);
+        QMouseEvent move(QEvent::MouseMove, at, field.mapToGlobal(at.toPoint()), Qt::NoButton, Qt::NoButton,
+                         {});
+        QApplication::sendEvent(&field, &move);
+        for (const QLabel* const label : m_window->findChildren<QLabel*>())
+            if (label->accessibleName() == QLatin1String("Values under the mouse"))
+                m_lines << QStringLiteral("told of the place: %1 values")
+                               .arg(label->text().count(QLatin1String("<tr>")));
+        for (const QStatusBar* const bar : m_window->findChildren<QStatusBar*>())
+            m_lines << QStringLiteral("told below: %1").arg(bar->currentMessage().count(QLatin1Char('=')));
+        m_last = now();
+        looksOtherwise();
     }
 
     void trigger(QAction& entry)

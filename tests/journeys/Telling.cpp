@@ -209,7 +209,7 @@ bool isPart(const QWidget& widget, const QWidget& window)
     for (const QWidget* w = widget.parentWidget(); w != nullptr && w != &window; w = w->parentWidget())
         if (qobject_cast<const QAbstractSpinBox*>(w) != nullptr ||
             qobject_cast<const QComboBox*>(w) != nullptr ||
-            qobject_cast<const QAbstractItemView*>(w) != nullptr ||
+            (qobject_cast<const QAbstractItemView*>(w) != nullptr && widget.accessibleName().isEmpty()) ||
             qobject_cast<const QTabBar*>(w) != nullptr || qobject_cast<const QMenuBar*>(w) != nullptr)
             return true;
     return widget.objectName().startsWith(QLatin1String("qt_"));
@@ -395,6 +395,9 @@ QString traitsOf(const QWidget& widget)
                           QLatin1String(header->isSectionHidden(i) ? "-" : "");
     for (const QShortcut* const keys : widget.findChildren<QShortcut*>(QString(), Qt::FindDirectChildrenOnly))
         traits << QStringLiteral("key ") + keys->key().toString(QKeySequence::PortableText);
+    for (const QAction* const action : widget.actions())
+        if (widget.isWindow() && !action->shortcut().isEmpty())
+            traits << QStringLiteral("action ") + action->shortcut().toString(QKeySequence::PortableText);
     return traits.isEmpty() ? QString()
                             : QStringLiteral(" {") + traits.join(QStringLiteral(", ")) + QLatin1Char('}');
 }
@@ -568,6 +571,7 @@ QString toldBy(const QWidget& window)
         QLatin1String(window.windowIcon().cacheKey() == QApplication::windowIcon().cacheKey()
                           ? ""
                           : " (with a picture)") +
+        QLatin1String(!window.isModal() && window.width() > window.height() ? " (wide)" : "") +
         traitsOf(window);
     return (QStringList(title) + menusOf(window) + fields + layoutsOf(window)).join(QLatin1Char('\n')) +
            QLatin1Char('\n');

@@ -18,6 +18,7 @@
 #include <QPushButton>
 #include <QScrollBar>
 #include <QSpinBox>
+#include <QStatusBar>
 #include <QTest>
 
 #include <unistd.h>
@@ -331,6 +332,22 @@ TEST(TsTableView, FileThatChangesOrVanishesIsToldAndReadAgain)
     EXPECT_EQ(strip.text(), "test.ts is gone; it is shown as it was.");
 }
 
+TEST(TsTableView, FollowerTellsEachTimeThatTheFileIsGone)
+{
+    const TestDirectory directory;
+    makeFile({1, 2});
+    Window list(0);
+    list.press(Qt::Key_L);
+    auto& strip = *list.window().findChild<NoticeStrip*>();
+    for (int samples = 3; samples < 5; ++samples) {
+        std::filesystem::rename("test.ts", "away.ts");
+        EXPECT_TRUE(QTest::qWaitFor([&] { return strip.isVisible(); }, 20'000));
+        makeFile(std::vector<float>(static_cast<std::size_t>(samples), 1.0F));
+        EXPECT_TRUE(QTest::qWaitFor([&] { return list.view().rows().total() == samples; }, 20'000));
+        EXPECT_FALSE(strip.isVisible());
+    }
+}
+
 TEST(TsTableView, FileThatCouldNotBeOpenedIsTriedAgainOnReload)
 {
     const TestDirectory directory;
@@ -475,6 +492,9 @@ TEST(TsTableView, OldValuesThatAFailedSaveHasLeftAreBroughtBack)
     EXPECT_EQ(valueInFile(2, 1), 2.0F);
     EXPECT_EQ(valueInFile(3, 1), 3.0F);
     EXPECT_EQ(list.view().model()->index(1, 0).data().toString(), "2.0000") << "and is read again";
+    QEvent activated(QEvent::ActivationChange);
+    QApplication::sendEvent(&list.window(), &activated);
+    EXPECT_FALSE(list.window().findChild<NoticeStrip*>()->isVisible()) << "nobody else has changed it";
 }
 
 TEST(TsTableView, OnlyChosenColumnsShowAndAreCopied)
@@ -515,6 +535,10 @@ TEST(TsTableView, SortsOnValuesAndBack)
     EXPECT_EQ(edit.view().rows().sampleOf(edit.view().currentRow()), 2U);
     edit.call("sl_save");
     EXPECT_EQ(valueInFile(2, 1), 4.0F);
+    edit.view().goTo(2, 0);
+    QApplication::clipboard()->setText("5\n6\n7");
+    edit.call("sl_paste");
+    EXPECT_EQ(edit.window().statusBar()->currentMessage(), "Left out: 2 values beyond the table.");
 }
 
 TEST(TsTableView, EditsWithKeysUndoesAndSaves)

@@ -518,6 +518,22 @@ TEST_F(PlotCanvasTest, pictureHasTheSizeTheResolutionAndTheGroundThatWereAskedFo
     EXPECT_NE(pictureComplaint(request), "");
 }
 
+TEST_F(PlotCanvasTest, pictureIsSavedUnderTheNameThatIsChosenAndNoneWithoutOne)
+{
+    for (const char* const name : {"", "chosen.png"}) {
+        std::unique_ptr<BoxAnswer> file;
+        const BoxAnswer size(QStringLiteral("&Save as…"), [&](QWidget&) {
+            file = std::make_unique<BoxAnswer>(
+                QLatin1String(*name == 0 ? "&Cancel" : "&Save"),
+                [&](QWidget& box) { box.findChild<QLineEdit*>()->setText(QLatin1String(name)); });
+        });
+        m_canvas.sl_savePicture();
+        EXPECT_TRUE(file && file->wasAsked());
+        EXPECT_EQ(m_directory.fileCount(), *name == 0 ? 1U : 2U);
+    }
+    EXPECT_FALSE(QImage("chosen.png").isNull());
+}
+
 TEST_F(PlotCanvasTest, fileThatShrinksUnderThePlotIsToldInThePicture)
 {
     makeFile("long.ts", 200'000);

@@ -293,9 +293,10 @@ TEST_F(CalcWindows, AFailedOrRefusedCalculationLeavesTheLastResultToBeAskedAbout
             const BoxAnswer answer(QStringLiteral("Ok"));
             window->sl_execute();
         }
-        if (dynamic_cast<DFTWin*>(window))
+        if (dynamic_cast<DFTWin*>(window)) {
             EXPECT_EQ(window->statusBar()->currentMessage().toStdString(),
                       "Nothing was computed; the last result is still there");
+        }
         EXPECT_EQ(window->findChild<PlotCanvas*>()->plot().variables().size(),
                   dynamic_cast<DFTWin*>(window) ? 1U : 2U);
         {

@@ -5,8 +5,10 @@
 #include <gtest/gtest.h>
 
 #include <QAbstractButton>
+#include <QAbstractEventDispatcher>
 #include <QAbstractItemView>
 #include <QAction>
+#include <QActionGroup>
 #include <QApplication>
 #include <QClipboard>
 #include <QComboBox>
@@ -203,6 +205,11 @@ private:
                                 ? QStringLiteral("a picture")
                                 : QStringLiteral("%1 lines").arg(copied->text().count(QLatin1Char('\n'))));
         QApplication::clipboard()->clear();
+        // It rests when all is done.
+        for (QObject* const part : m_window->findChildren<QObject*>())
+            for (const auto& timer : QAbstractEventDispatcher::instance()->registeredTimers(part))
+                EXPECT_GT(timer.interval, 0)
+                    << part->metaObject()->className() << " after " << step.toStdString();
         EXPECT_EQ(QApplication::overrideCursor(), nullptr) << "waits after " << step.toStdString();
         m_last = now;
         for (QStatusBar* const bar : m_window->findChildren<QStatusBar*>())
@@ -214,9 +221,10 @@ private:
         const QString name = field.accessibleName();
         if (auto* const choice = qobject_cast<QComboBox*>(&field)) {
             const int before = choice->currentIndex();
-            QTest::keyClick(choice, Qt::Key_Home);
-            for (int i = 1; i < std::min(choice->count(), 20); ++i) {
-                QTest::keyClick(choice, Qt::Key_Down);
+            for (int i = 0; i < std::min(choice->count(), 20); ++i) {
+                QTest::keyClick(choice, i == 0 ? Qt::Key_Home : Qt::Key_Down);
+                if (i == 0 && before == 0)
+                    continue;
                 execute();
                 note(QStringLiteral("choose ") + choice->currentText() + QStringLiteral(" in ") + name);
             }
@@ -328,8 +336,11 @@ private:
     void trigger(QAction& entry)
     {
         const QString text = entry.text();
-        if (entry.isEnabled() && !isLeft(text))
-            note(QStringLiteral("trigger ") + text + answeredBy([&] { entry.trigger(); }));
+        const QPointer<QAction> held(&entry);
+        // What hides a part shows it again.
+        const int times = entry.isCheckable() && entry.actionGroup() == nullptr ? 2 : 1;
+        for (int i = 0; i < times && held && held->isEnabled() && !isLeft(text); ++i)
+            note(QStringLiteral("trigger ") + text + answeredBy([&] { held->trigger(); }));
     }
 
     QPointer<QWidget> m_window;

@@ -147,6 +147,12 @@ TEST_F(CalcWindows, SourcesAndTargetsThatCannotServeAreRefused)
         EXPECT_EQ(scratchFiles(), 0U);
     }
     EXPECT_TRUE(close(window));
+    TSFILE("none", 10, 0, 0);
+    const DFTWin none(QStringLiteral("none.ts"), 0);
+    const QList<QLabel*> labels = none.findChildren<QLabel*>();
+    EXPECT_TRUE(std::any_of(labels.begin(), labels.end(), [](const QLabel* label) {
+        return label->text() == QLatin1String("The file has no column that can be transformed.");
+    }));
 
     auto* const other = new DerivativeWin(QStringLiteral("a.ts"), 2);
     other->sl_execute();

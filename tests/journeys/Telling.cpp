@@ -196,6 +196,8 @@ QString contentOf(const QWidget& widget)
     }
     if (const auto* const canvas = qobject_cast<const PlotCanvas*>(&widget))
         return plotOf(*canvas);
+    if (qobject_cast<const QScrollArea*>(&widget) != nullptr)
+        return QStringLiteral("scrolled");
     return qobject_cast<const QToolBar*>(&widget) != nullptr
                ? QStringLiteral("tools ") + quoted(widget.windowTitle())
                : QString();

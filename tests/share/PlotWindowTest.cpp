@@ -868,6 +868,18 @@ TEST(PlotWindow, overviewHasALaneForEachOfTheFirstSixAxesAndShowsTheWholeSeries)
         EXPECT_GT(ink.top(), 2.0 + lane * (static_cast<double>(i) + 0.4)) << i;
     }
     EXPECT_TRUE(inkOf(7).isEmpty());
+    // The one sample, three quarters of the way along.
+    const QRect area = canvas.plotArea();
+    const int above = 2 + static_cast<int>(0.3 * lane);
+    const auto isBare = [&](double part) {
+        const int x = area.left() + static_cast<int>(part * area.width());
+        int marked = 0;
+        for (int beside = x - 2; beside <= x + 2; ++beside)
+            marked += image.pixel(beside, above) != image.pixel(area.left() + area.width() * 9 / 10, above);
+        return marked == 0;
+    };
+    EXPECT_FALSE(isBare(0.75));
+    EXPECT_TRUE(isBare(0.6) && isBare(0.85));
 }
 
 TEST(PlotWindow, colourDialogChangesTheColourOfItsOwnVariable)

@@ -332,6 +332,8 @@ private:
                                .arg(label->text().count(QLatin1String("<tr>")));
         for (const QStatusBar* const bar : m_window->findChildren<QStatusBar*>())
             m_lines << QStringLiteral("told below: %1").arg(bar->currentMessage().count(QLatin1Char('=')));
+        QEvent leaves(QEvent::Leave);
+        QApplication::sendEvent(&field, &leaves);
         m_last = now();
         looksOtherwise();
     }

@@ -388,8 +388,8 @@ QString traitsOf(const QWidget& widget)
         traits << QStringLiteral("leads to ") +
                       QLatin1String(plainLike(*widget.focusProxy()).metaObject()->className());
     const auto* const header = qobject_cast<const QHeaderView*>(&widget);
-    if (header != nullptr &&
-        header->minimumSectionSize() != static_cast<const QHeaderView&>(plain).minimumSectionSize())
+    if (header != nullptr && header->orientation() == Qt::Horizontal &&
+        header->minimumSectionSize() != QHeaderView(header->orientation()).minimumSectionSize())
         traits << QStringLiteral("least %1").arg(header->minimumSectionSize());
     if (header != nullptr)
         for (int i = 0; i < std::min(header->count(), 8); ++i)

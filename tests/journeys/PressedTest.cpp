@@ -1,6 +1,6 @@
 // What each field, choice and entry of a window changes in it, as pressed.txt records it. Where a window was
 // changed on purpose, VELTRAC_PRESSED=tests/journeys/pressed.txt writes the record anew, to be read before it
-// is kept.
+// is kept; each part is added at its end.
 
 #include <gtest/gtest.h>
 

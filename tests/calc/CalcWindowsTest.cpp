@@ -148,11 +148,18 @@ TEST_F(CalcWindows, SourcesAndTargetsThatCannotServeAreRefused)
     }
     EXPECT_TRUE(close(window));
     TSFILE("none", 10, 0, 0);
-    const DFTWin none(QStringLiteral("none.ts"), 0);
-    const QList<QLabel*> labels = none.findChildren<QLabel*>();
-    EXPECT_TRUE(std::any_of(labels.begin(), labels.end(), [](const QLabel* label) {
-        return label->text() == QLatin1String("The file has no column that can be transformed.");
-    }));
+    const auto says = [](const DFTWin& spectrum, const char* text) {
+        const QList<QLabel*> labels = spectrum.findChildren<QLabel*>();
+        return std::any_of(labels.begin(), labels.end(),
+                           [text](const QLabel* label) { return label->text() == QLatin1String(text); });
+    };
+    EXPECT_TRUE(
+        says(DFTWin(QStringLiteral("none.ts"), 0), "The file has no column that can be transformed."));
+    const DFTWin shortest(QStringLiteral("a.ts"), 2);
+    for (const int last : {1, 2}) {
+        fieldOf(shortest, "To sample").setText(QString::number(last));
+        EXPECT_EQ(says(shortest, "The range holds fewer than 2 samples."), last == 1);
+    }
 
     auto* const other = new DerivativeWin(QStringLiteral("a.ts"), 2);
     other->sl_execute();

@@ -479,7 +479,7 @@ QStringList layoutsOf(const QWidget& window)
     for (const QWidget* const widget : window.findChildren<QWidget*>())
         parts << widget;
     for (const QWidget* const part : parts) {
-        if (part->window() != &window || isPart(*part, window) || !part->isVisibleTo(&window))
+        if (part->window() != &window || isPart(*part, window))
             continue;
         if (const auto* const frame = qobject_cast<const QMainWindow*>(part)) {
             QString line =

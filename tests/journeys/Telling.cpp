@@ -565,7 +565,7 @@ QStringList calmFieldsOf(const QWidget& window)
     return fields;
 }
 
-QString toldBy(const QWidget& window)
+QString allToldBy(const QWidget& window)
 {
     const QStringList fields = calmFieldsOf(window);
     const QString title =

@@ -18,6 +18,6 @@ QStringList entriesIn(QMenu& menu);
 QStringList calmFieldsOf(const QWidget& window);
 
 // All of it, without what differs between two runs.
-QString toldBy(const QWidget& window);
+QString allToldBy(const QWidget& window);
 
 }  // namespace veltrac

@@ -21,7 +21,7 @@ TEST_F(Told, ByEveryWindowWhatTheRecordHolds)
 {
     setenv("TZ", "UTC", 1);
     std::string told;
-    forEachWindow([&](QWidget& window, const std::string&) { told += toldBy(window).toStdString(); });
+    forEachWindow([&](QWidget& window, const std::string&) { told += allToldBy(window).toStdString(); });
     if (const char* const record = std::getenv("VELTRAC_TELL")) {
         std::ofstream(record) << told;
         return;

@@ -315,8 +315,11 @@ void EditTsWin::sl_undo()
 
 void EditTsWin::showAnswer(const ColumnCalculation::Answer& answer)
 {
-    if (answer.hasChanged)
+    if (answer.hasChanged) {
+        // What was gone while a box stood open may be back, and nothing more will tell of it.
+        m_sources->refreshFiles();
         watchFiles(true);
+    }
     m_undo->setEnabled(m_calculation.canUndo());
     if (!answer.status.isEmpty())
         showStatus(answer.status);

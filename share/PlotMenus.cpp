@@ -122,6 +122,7 @@ void addGroupEntries(PlotOutput& canvas, QMenu& menu, int group)
                [&canvas, index](int share) {
                    canvas.plot().groups()[index].share = share;
                    canvas.replot();
+                   emit canvas.x_plot_changed();  // other labels may make the frames narrower
                });
 }
 

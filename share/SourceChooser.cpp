@@ -96,8 +96,8 @@ void ColumnCombo::setColumn(unsigned column)
 
 bool ColumnCombo::showFile(const QString& file, bool withTime)
 {
-    const unsigned before = column();
-    const QString nameBefore = currentText();
+    const bool isBack = count() == 0 && m_lost.file == file;
+    const Choice before = isBack ? m_lost : Choice{file, column(), currentText()};
     const QSignalBlocker quiet(this);
     clear();
     if (file.isEmpty())
@@ -116,10 +116,11 @@ bool ColumnCombo::showFile(const QString& file, bool withTime)
     } catch (...) {
         // A file cut short shows the columns that can be read.
     }
+    m_lost = count() == 0 ? before : Choice();
     // Columns may share a name: the same number under the same name comes first.
-    const int sameNumber = findData(before);
+    const int sameNumber = findData(before.column);
     const int sameName =
-        sameNumber >= 0 && itemText(sameNumber) == nameBefore ? sameNumber : findText(nameBefore);
+        sameNumber >= 0 && itemText(sameNumber) == before.name ? sameNumber : findText(before.name);
     setCurrentIndex(sameName >= 0 ? sameName : std::max(0, sameNumber));
     return count() > 0;
 }

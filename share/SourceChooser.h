@@ -42,8 +42,18 @@ public:
     unsigned column() const { return currentData().toUInt(); }
     void setColumn(unsigned column);
     // Shows the columns of a file and keeps the number, or the name, that was chosen. Time columns can be
-    // left out. False where the file cannot be read; the box is empty then.
+    // left out. False where the file cannot be read; the box is empty then, and the choice comes back with
+    // the file.
     bool showFile(const QString& file, bool withTime);
+
+private:
+    struct Choice
+    {
+        QString file;
+        unsigned column = 0;
+        QString name;
+    };
+    Choice m_lost;  // that of a file which could not be read
 };
 
 class SourceChooser : public QWidget

@@ -147,6 +147,19 @@ TEST_F(CalcWindows, SourcesAndTargetsThatCannotServeAreRefused)
         EXPECT_EQ(scratchFiles(), 0U);
     }
     EXPECT_TRUE(close(window));
+    TSFILE("none", 10, 0, 0);
+    const auto says = [](const DFTWin& spectrum, const char* text) {
+        const QList<QLabel*> labels = spectrum.findChildren<QLabel*>();
+        return std::any_of(labels.begin(), labels.end(),
+                           [text](const QLabel* label) { return label->text() == QLatin1String(text); });
+    };
+    EXPECT_TRUE(
+        says(DFTWin(QStringLiteral("none.ts"), 0), "The file has no column that can be transformed."));
+    const DFTWin shortest(QStringLiteral("a.ts"), 2);
+    for (const int last : {1, 2}) {
+        fieldOf(shortest, "To sample").setText(QString::number(last));
+        EXPECT_EQ(says(shortest, "The range holds fewer than 2 samples."), last == 1);
+    }
 
     auto* const other = new DerivativeWin(QStringLiteral("a.ts"), 2);
     other->sl_execute();
@@ -292,6 +305,10 @@ TEST_F(CalcWindows, AFailedOrRefusedCalculationLeavesTheLastResultToBeAskedAbout
             const FileSizeLimit full(2048);
             const BoxAnswer answer(QStringLiteral("Ok"));
             window->sl_execute();
+        }
+        if (dynamic_cast<DFTWin*>(window)) {
+            EXPECT_EQ(window->statusBar()->currentMessage().toStdString(),
+                      "Nothing was computed; the last result is still there");
         }
         EXPECT_EQ(window->findChild<PlotCanvas*>()->plot().variables().size(),
                   dynamic_cast<DFTWin*>(window) ? 1U : 2U);
@@ -577,6 +594,7 @@ TEST_F(CalcWindows, HarmonicsOfTheCursorAreMarkedAndAKeptSpectrumStaysWhileTheNe
     EXPECT_NE(shown()[0]->variable().colorIndex, shown()[1]->variable().colorIndex);
     window.sl_dropKept();
     EXPECT_EQ(shown().size(), 1U);
+    EXPECT_EQ(window.statusBar()->currentMessage(), "Only the last result is shown");
 
     for (QComboBox* const combo : window.findChildren<QComboBox*>())
         if (combo->accessibleName() == QLatin1String("Result"))

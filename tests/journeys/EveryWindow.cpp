@@ -80,6 +80,13 @@ QWidget* EveryWindow::mainWindow()
     return dynamic_cast<QWidget*>(TsApplication::instance());
 }
 
+QString EveryWindow::fileOf(SubProgram kind) const
+{
+    return kind == SubProgram::StlImport   ? QStringLiteral("troubles.stl")
+           : kind == SubProgram::SclImport ? QStringLiteral("clock.scl")
+                                           : m_file;
+}
+
 void EveryWindow::show(QWidget* window, const Look& look)
 {
     const QPointer<QWidget> shown(window);
@@ -99,6 +106,7 @@ void EveryWindow::forEachWindow(const Look& look)
     using enum SubProgram;
     mainWindow()->show();
     QApplication::setActiveWindow(mainWindow());
+    trigger(*mainWindow(), "Refresh...");
     QApplication::processEvents();
     look(*mainWindow(), "Veltrac");
     const auto open = [](SubProgram kind, const QString& file) {
@@ -109,8 +117,8 @@ void EveryWindow::forEachWindow(const Look& look)
     QWidget* const searched = open(List, m_file);
     trigger(*searched, "&Find…");
     show(searched, look);
-    show(open(StlImport, QStringLiteral("troubles.stl")), look);
-    show(open(SclImport, QStringLiteral("clock.scl")), look);
+    for (const SubProgram kind : {StlImport, SclImport})
+        show(open(kind, fileOf(kind)), look);
     // With what they have computed.
     for (const SubProgram kind : {Derivative, Integral, Spectrum, Filter}) {
         QWidget* const window = open(kind, m_file);

@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "portal/TsApplication.h"
 #include "share/PsParameters.h"
 #include "tests/core/TsFileBytes.h"
 
@@ -27,11 +28,14 @@ protected:
     static QWidget* mainWindow();
     // Calls `look` with each window while it is shown, and closes it again.
     void forEachWindow(const Look& look);
+    // What a sub-program of that kind works on here.
+    QString fileOf(SubProgram kind) const;
+    static void show(QWidget* window, const Look& look);
+    // Those of forEachWindow() that are asked by a function of their own.
+    void forEachDialog(const Look& look);
 
 private:
-    void forEachDialog(const Look& look);
     void lookAtPlotsOfValues(const Look& look);
-    static void show(QWidget* window, const Look& look);
     static void showAsked(const std::function<void()>& ask, const Look& look);
 
     const QString m_file = QStringLiteral("bed 3.ts");

@@ -10,6 +10,7 @@
 #include <QTest>
 
 #include "core/TSFILE.h"
+#include "core/TsHeader.h"
 #include "core/TsNames.h"
 #include "portal/CreateTsWin_Veltrac.h"
 #include "portal/TsApplication.h"
@@ -127,6 +128,16 @@ TEST(CreateTsWinTest, fieldsThatMakeNoFileDisableOk)
         EXPECT_TRUE(dialog.isOpen());
     }
     EXPECT_EQ(directory.fileCount(), 0U);
+    // The smallest file that is too large has just the bytes that no file may have.
+    std::uint32_t most = 268435456;
+    while (tsFileBytes(most, 2) > 1ULL << 31)
+        --most;
+    ASSERT_EQ(tsFileBytes(most, 2), 1ULL << 31);
+    Dialog largest;
+    largest.set(kSamples, QString::number(most));
+    EXPECT_FALSE(largest.isOkEnabled());
+    largest.set(kSamples, QString::number(most - 64));
+    EXPECT_TRUE(largest.isOkEnabled());
     Dialog comma;
     comma.set(kSampleTime, QStringLiteral("0,25"));
     comma->sl_accept();

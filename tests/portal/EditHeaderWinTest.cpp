@@ -227,6 +227,11 @@ TEST_F(HeaderEditor, GrowthKeepsTheValuesAndShowsTheNewColumns)
     ASSERT_EQ(table().rowCount(), 10);
     EXPECT_EQ(table().item(9, 2)->text(), "Column-10");
     EXPECT_EQ(m_directory.fileCount(), 1U);
+    // What the window itself has done is not told as another's.
+    QApplication::setActiveWindow(m_window);
+    QEvent activated(QEvent::ActivationChange);
+    QApplication::sendEvent(m_window, &activated);
+    EXPECT_FALSE(m_window->statusBar()->currentMessage().contains(QStringLiteral("read again")));
 }
 
 TEST_F(HeaderEditor, BadNumbersDisableOkAndAZeroSampleTimeIsTold)

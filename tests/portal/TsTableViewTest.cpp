@@ -10,6 +10,7 @@
 #include <QCheckBox>
 #include <QClipboard>
 #include <QFileDialog>
+#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -17,6 +18,7 @@
 #include <QPushButton>
 #include <QScrollBar>
 #include <QSpinBox>
+#include <QStatusBar>
 #include <QTest>
 
 #include <unistd.h>
@@ -159,11 +161,13 @@ TEST(TsTableView, ScanBoxesTellTheirTextsAndSelectTheCell)
     makeFile({3, 7, 7, 1});
     Window list(0);
     EXPECT_EQ(list.window().windowTitle(), "Veltrac, listing test.ts");
+    EXPECT_EQ(list.window().lastScan().maximumSample, 0U);
     EXPECT_EQ(list.callAndAnswer("sl_findmax", "&Ok"), "The max value in column 1 is:\n 7 at sample 2");
     EXPECT_EQ(list.view().currentRow(), 1);
     EXPECT_EQ(list.callAndAnswer("sl_findmin", "&Ok"), "The minimum value in column 1 is:\n 1 at sample 4");
     EXPECT_EQ(list.view().currentRow(), 3);
     EXPECT_EQ(list.callAndAnswer("sl_findaverage", "&Ok"), "The average value of column 1 is:\n4.5");
+    EXPECT_EQ(list.window().lastScan().maximumSample, 2U);
 
     makeFile({3, NAN});
     list.call("sl_reload");
@@ -193,6 +197,7 @@ TEST(TsTableView, KeysAndSelectionReachAllOfAHugeFile)
     ASSERT_EQ(view.selectedBlocks().size(), 1U);
     EXPECT_EQ(view.selectedBlocks()[0].firstRow, 499999999) << "an edit would change what is out of view";
     EXPECT_EQ(view.sampleBar()->value(), view.sampleBar()->maximum());
+    EXPECT_EQ(view.sampleBar()->maximum(), 500000000 - view.viewport()->height() / view.rowHeight(0));
     list.press(Qt::Key_Up);
     EXPECT_EQ(view.currentRow(), 499999998);
     list.press(Qt::Key_Home, Qt::ControlModifier | Qt::ShiftModifier);
@@ -232,16 +237,16 @@ TEST(TsTableView, SelectionExtendsFromTheCurrentCellHoweverItWasReached)
         const char* label;
         std::function<void(Window&)> reach;
         int key;
-        int first, last;  // rows, counted from the table's end where negative
+        int first, last;  // rows after two presses, counted from the table's end where negative
     };
     const auto goTo = [](Window& w) {
         w.callAndAnswer("sl_goTo", "OK", [](QWidget& box) { box.findChild<QLineEdit*>()->setText("5"); });
     };
     const Row rows[] = {
-        {"Ctrl+Home", [](Window& w) { w.press(Qt::Key_Home, Qt::ControlModifier); }, Qt::Key_Down, 0, 1},
-        {"Ctrl+End", [](Window& w) { w.press(Qt::Key_End, Qt::ControlModifier); }, Qt::Key_Up, -2, -1},
-        {"Ctrl+G", goTo, Qt::Key_Down, 4, 5},
-        {"maximum", [](Window& w) { w.callAndAnswer("sl_findmax", "&Ok"); }, Qt::Key_Up, 5, 6},
+        {"Ctrl+Home", [](Window& w) { w.press(Qt::Key_Home, Qt::ControlModifier); }, Qt::Key_Down, 0, 2},
+        {"Ctrl+End", [](Window& w) { w.press(Qt::Key_End, Qt::ControlModifier); }, Qt::Key_Up, -3, -1},
+        {"Ctrl+G", goTo, Qt::Key_Down, 4, 6},
+        {"maximum", [](Window& w) { w.callAndAnswer("sl_findmax", "&Ok"); }, Qt::Key_Up, 4, 6},
         {"Shift+Tab", [](Window& w) { w.press(Qt::Key_Backtab, Qt::ShiftModifier); }, Qt::Key_Up, 0, 1},
     };
     for (const bool huge : {false, true}) {
@@ -258,11 +263,13 @@ TEST(TsTableView, SelectionExtendsFromTheCurrentCellHoweverItWasReached)
                               view.visualRect(view.model()->index(2, 0)).center());
             row.reach(edit);
             edit.press(row.key, Qt::ShiftModifier);
+            edit.press(row.key, Qt::ShiftModifier);
             ASSERT_EQ(view.selectedBlocks().size(), 1U) << row.label;
             const CellBlock& block = view.selectedBlocks()[0];
             const int end = row.first < 0 ? view.rows().total() : 0;
             EXPECT_EQ(block.firstRow, row.first + end) << row.label << huge;
             EXPECT_EQ(block.lastRow, row.last + end) << row.label << huge;
+            EXPECT_EQ(view.currentRow(), row.key == Qt::Key_Down ? block.lastRow : block.firstRow);
         }
     }
 }
@@ -283,7 +290,14 @@ TEST(TsTableView, DraggingTheMouseSelectsOverTheEdgeOfTheShownMillionRows)
                          {});
         QApplication::sendEvent(port, &move);
     }
+    // It goes on while the mouse rests there, and no longer than the button is held.
+    QCursor::setPos(port->mapToGlobal(below));
+    const int resting = view.currentRow();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return view.currentRow() > resting; }));
     QTest::mouseRelease(port, Qt::LeftButton, Qt::NoModifier, below);
+    const int released = view.currentRow();
+    QTest::mouseMove(port, from);
+    EXPECT_EQ(view.currentRow(), released);
     ASSERT_EQ(view.selectedBlocks().size(), 1U);
     EXPECT_EQ(view.selectedBlocks()[0].firstRow, 999998);
     EXPECT_GT(view.selectedBlocks()[0].lastRow, 1000050);
@@ -311,9 +325,27 @@ TEST(TsTableView, FileThatChangesOrVanishesIsToldAndReadAgain)
     EXPECT_FALSE(strip.isVisible());
     EXPECT_EQ(list.view().rows().total(), 3);
     EXPECT_FALSE(list.view().rows().isSorted());
+    activate();
+    EXPECT_FALSE(strip.isVisible()) << "what was read again is told again";
     std::filesystem::remove("test.ts");
     activate();
     EXPECT_EQ(strip.text(), "test.ts is gone; it is shown as it was.");
+}
+
+TEST(TsTableView, FollowerTellsEachTimeThatTheFileIsGone)
+{
+    const TestDirectory directory;
+    makeFile({1, 2});
+    Window list(0);
+    list.press(Qt::Key_L);
+    auto& strip = *list.window().findChild<NoticeStrip*>();
+    for (int samples = 3; samples < 5; ++samples) {
+        std::filesystem::rename("test.ts", "away.ts");
+        EXPECT_TRUE(QTest::qWaitFor([&] { return strip.isVisible(); }, 20'000));
+        makeFile(std::vector<float>(static_cast<std::size_t>(samples), 1.0F));
+        EXPECT_TRUE(QTest::qWaitFor([&] { return list.view().rows().total() == samples; }, 20'000));
+        EXPECT_FALSE(strip.isVisible());
+    }
 }
 
 TEST(TsTableView, FileThatCouldNotBeOpenedIsTriedAgainOnReload)
@@ -460,6 +492,9 @@ TEST(TsTableView, OldValuesThatAFailedSaveHasLeftAreBroughtBack)
     EXPECT_EQ(valueInFile(2, 1), 2.0F);
     EXPECT_EQ(valueInFile(3, 1), 3.0F);
     EXPECT_EQ(list.view().model()->index(1, 0).data().toString(), "2.0000") << "and is read again";
+    QEvent activated(QEvent::ActivationChange);
+    QApplication::sendEvent(&list.window(), &activated);
+    EXPECT_FALSE(list.window().findChild<NoticeStrip*>()->isVisible()) << "nobody else has changed it";
 }
 
 TEST(TsTableView, OnlyChosenColumnsShowAndAreCopied)
@@ -487,13 +522,23 @@ TEST(TsTableView, SortsOnValuesAndBack)
     sorting.setChecked(true);
     EXPECT_EQ(edit.view().model()->index(0, 0).data().toString(), "1.0000");
     EXPECT_EQ(edit.view().rows().sampleOf(2), 2U);
+    EXPECT_TRUE(edit.view().horizontalHeader()->isSortIndicatorShown());
     edit.view().goTo(2, 0);
+    // What is seen of it is painted anew.
+    QModelIndex end;
+    QObject::connect(edit.view().model(), &QAbstractItemModel::dataChanged,
+                     [&end](const QModelIndex&, const QModelIndex& last) { end = last; });
     edit.enter("4");
+    EXPECT_EQ(end, edit.view().model()->index(2, 1));
     sorting.setChecked(false);
     EXPECT_EQ(edit.view().model()->index(1, 0).data().toString(), "4.0000");
     EXPECT_EQ(edit.view().rows().sampleOf(edit.view().currentRow()), 2U);
     edit.call("sl_save");
     EXPECT_EQ(valueInFile(2, 1), 4.0F);
+    edit.view().goTo(2, 0);
+    QApplication::clipboard()->setText("5\n6\n7");
+    edit.call("sl_paste");
+    EXPECT_EQ(edit.window().statusBar()->currentMessage(), "Left out: 2 values beyond the table.");
 }
 
 TEST(TsTableView, EditsWithKeysUndoesAndSaves)

@@ -253,6 +253,50 @@ TEST(QtDriver, WhatIsTurnedAndWhatIsMovedToDoesNotMoveWhatFollows)
     EXPECT_EQ(pictures[0], pictures[1]);
 }
 
+TEST(QtDriver, TextsStandWhereTheyAreJustified)
+{
+    const struct
+    {
+        float h, v, angle;
+        int left, right, top, bottom;  // about how far the ink is from the place, in widths and heights
+    } cases[] = {{0, 0, 0, 0, 1, -1, 0},
+                 {1, 1, 0, -1, 0, 0, 1},
+                 {0.5F, 0, 0, 9, 9, -1, 0},
+                 {0, 0, 90.0F, -1, 0, -1, 0},
+                 {1, 1, -90.0F, -1, 0, -1, 0}};
+    for (const auto& c : cases) {
+        QImage picture(400, 400, QImage::Format_RGB32);
+        picture.fill(Qt::white);
+        QtDriver driver(&picture);
+        driver.BeginPage(0);
+        driver.SetColor(0, 0, 0);
+        driver.SetTextJustification(c.h, c.v);
+        driver.MoveTo(0.5F, 0.5F);
+        driver.Text("FHEH", 0, c.angle, 0);
+        float width = 0.0F;
+        driver.TextExtent("FHEH", &width, nullptr);
+        driver.EndPage();
+        QRect ink;
+        for (int y = 0; y < 400; ++y)
+            for (int x = 0; x < 400; ++x)
+                if (isInk(picture.pixel(x, y)))
+                    ink |= QRect(x, y, 1, 1);
+        const bool isTurned = c.angle != 0.0F;
+        const int along = isTurned ? ink.height() : ink.width();
+        EXPECT_NEAR(along, 400 * width, 8);
+        EXPECT_GT(along, 10);
+        const auto isAt = [](int side, int edge, int size) {
+            return side == 9 ? std::abs(edge - 200) <= size / 2 + 3
+                             : std::abs(edge - 200 - side * size) <= 4 + std::abs(side) * size / 2;
+        };
+        EXPECT_TRUE(isAt(c.left, ink.left(), ink.width())) << c.h << ", " << c.angle << ": " << ink.left();
+        EXPECT_TRUE(isAt(c.right, ink.right(), ink.width())) << c.h << ", " << c.angle << ": " << ink.right();
+        EXPECT_TRUE(isAt(c.top, ink.top(), ink.height())) << c.v << ", " << c.angle << ": " << ink.top();
+        EXPECT_TRUE(isAt(c.bottom, ink.bottom(), ink.height()))
+            << c.v << ", " << c.angle << ": " << ink.bottom();
+    }
+}
+
 TEST(QtDriver, TruncatesPixelsFromTheTopAndClipsToTheViewport)
 {
     QImage picture(100, 50, QImage::Format_RGB32);

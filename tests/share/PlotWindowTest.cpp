@@ -23,6 +23,7 @@
 #include <cmath>
 #include <fstream>
 
+#include "core/CellImage.h"
 #include "core/FileTime.h"
 #include "core/PlotFile.h"
 #include "core/TSFILE.h"
@@ -202,6 +203,7 @@ TEST_F(PlotCanvasTest, axesPanZoomAndTakeTypedLimits)
     EXPECT_NEAR(plot().x1() - x1, 50 * pixel(), 3 * pixel());
     drag(at(5.0), at(5.0) + QPoint(50, 0), Qt::MiddleButton);
     EXPECT_NEAR(plot().x1(), x1, 3 * pixel());
+    EXPECT_FALSE(plot().cursor(Plot2D::A)) << "what was dragged is no click";
     const BoxAnswer answer(QStringLiteral("&Ok"), [](QWidget& dialog) {
         const auto fields = dialog.findChildren<QLineEdit*>();
         fields[0]->setText(QStringLiteral("1,5"));
@@ -218,6 +220,37 @@ TEST_F(PlotCanvasTest, axesPanZoomAndTakeTypedLimits)
     });
     QTest::mouseDClick(&m_canvas, Qt::LeftButton, {}, {area.left() - 20, m_canvas.groupArea(0).center().y()});
     EXPECT_EQ(plot().groups()[0].y1(), -7.0);
+}
+
+TEST_F(PlotCanvasTest, theEndsOfAColourBarAreDraggedAndNeverPassEachOther)
+{
+    Plot2D cells = plotOfValues({1.0, 2.0}, "Time [s]", {{"a", "", {1.0F, 2.0F}}, {"b", "", {3.0F, 4.0F}}});
+    const auto image = std::make_shared<CellImage>(cells.variables()[0]->variable().source(), 0.5, "V");
+    ASSERT_EQ(image->build({}), JobOutcome::Done);
+    cells.groups()[0].image = image;
+    m_canvas.showPlot(std::move(cells));
+    m_canvas.image();
+    image->low = 10.0;
+    image->high = 30.0;
+    const QRect bar = m_canvas.colorBarArea(0);
+    ASSERT_GT(bar.width(), 40);
+    const auto pull = [&](double from, double by, Qt::MouseButton button = Qt::LeftButton) {
+        const QPoint start(bar.left() + static_cast<int>(from * bar.width()), bar.center().y());
+        drag(start, start + QPoint(static_cast<int>(by * bar.width()), 0), button);
+    };
+    pull(0.2, 0.5, Qt::MiddleButton);
+    EXPECT_EQ(image->low, 10.0);
+    pull(0.1, 0.5);
+    EXPECT_NEAR(image->low, 20.0, 3.0);  // in two steps, the second one of a shorter range
+    EXPECT_EQ(image->high, 30.0);
+    image->low = 10.0;
+    pull(0.9, -0.25);
+    EXPECT_NEAR(image->high, 25.0, 2.0);
+    EXPECT_EQ(image->low, 10.0);
+    pull(0.1, 4.0);
+    EXPECT_LT(image->low, image->high);
+    EXPECT_NEAR(image->low, image->high, 1e-3);
+    EXPECT_NEAR(image->high, 25.0, 2.0);
 }
 
 TEST_F(PlotCanvasTest, clockAxesTakeDatesAsLimits)
@@ -485,6 +518,22 @@ TEST_F(PlotCanvasTest, pictureHasTheSizeTheResolutionAndTheGroundThatWereAskedFo
     EXPECT_NE(pictureComplaint(request), "");
 }
 
+TEST_F(PlotCanvasTest, pictureIsSavedUnderTheNameThatIsChosenAndNoneWithoutOne)
+{
+    for (const char* const name : {"", "chosen.png"}) {
+        std::unique_ptr<BoxAnswer> file;
+        const BoxAnswer size(QStringLiteral("&Save as…"), [&](QWidget&) {
+            file = std::make_unique<BoxAnswer>(
+                QLatin1String(*name == 0 ? "&Cancel" : "&Save"),
+                [&](QWidget& box) { box.findChild<QLineEdit*>()->setText(QLatin1String(name)); });
+        });
+        m_canvas.sl_savePicture();
+        EXPECT_TRUE(file && file->wasAsked());
+        EXPECT_EQ(m_directory.fileCount(), *name == 0 ? 1U : 2U);
+    }
+    EXPECT_FALSE(QImage("chosen.png").isNull());
+}
+
 TEST_F(PlotCanvasTest, fileThatShrinksUnderThePlotIsToldInThePicture)
 {
     makeFile("long.ts", 200'000);
@@ -544,6 +593,12 @@ TEST(PlotWindow, showsEightColumnsAndFollowsTheCheckBoxes)
         EXPECT_TRUE(v->isBuilt());
     }
     EXPECT_EQ(shown, 8);
+    QSignalSpy hovered(window->canvas(), &PlotCanvas::x_hovered);
+    window->grab();
+    window->canvas()->setMouse(window->canvas()->plotArea().center());
+    const QStringList parts = hovered.last()[0].toString().split(QStringLiteral(",  "));
+    EXPECT_EQ(parts.size(), 10);  // sample, time, seven values, and that there are more
+    EXPECT_EQ(parts.last(), QStringLiteral("…"));
     emit window->canvas()->x_variable_dropped(2, -1);
     EXPECT_EQ(window->canvas()->plot().groups().size(), 2U);
     // What is shown again after nothing was comes into view.
@@ -647,6 +702,8 @@ TEST(PlotWindow, changedFileIsToldAndLoadedAgain)
     EXPECT_TRUE(QTest::qWaitFor([&] { return strip->text().startsWith("test.ts is gone"); }, 5000));
     EXPECT_TRUE(strip->findChild<QPushButton*>()->isHidden());
     EXPECT_EQ(window.canvas()->plot().variables()[0]->variable().rows(), 4000U);
+    window.sl_follow(true);
+    EXPECT_FALSE(strip->isVisible()) << "who follows tells it himself";
 }
 
 // Types a name into the file dialog that opens next.
@@ -746,6 +803,83 @@ TEST(PlotWindow, overviewMovesAndStretchesTheView)
     }
     QTest::keyClick(window.canvas(), Qt::Key_Backspace);
     EXPECT_NEAR(plot.x1(), 6.0, 0.06);
+    const auto shapeAt = [&](double x) {
+        const QPoint place(left + static_cast<int>(x * second), 20);
+        QMouseEvent move(QEvent::MouseMove, place, strip->mapToGlobal(place), Qt::NoButton, Qt::NoButton, {});
+        QApplication::sendEvent(strip, &move);
+        return strip->cursor().shape();
+    };
+    window.canvas()->showRange(4.0, 6.0, 0);
+    const std::pair<double, Qt::CursorShape> shapes[] = {{1.0, Qt::ArrowCursor},
+                                                         {4.0, Qt::SizeHorCursor},
+                                                         {5.0, Qt::OpenHandCursor},
+                                                         {6.0, Qt::SizeHorCursor},
+                                                         {7.0, Qt::ArrowCursor}};
+    for (const auto& [x, shape] : shapes)
+        EXPECT_EQ(shapeAt(x), shape) << x;
+    QWheelEvent wheel({left + 1.0, 20.0}, strip->mapToGlobal(QPoint(left + 1, 20)), QPoint(), QPoint(0, 240),
+                      Qt::NoButton, {}, Qt::NoScrollPhase, false);
+    QApplication::sendEvent(strip, &wheel);
+    EXPECT_NEAR(plot.x2() - plot.x1(), 2.0 / (1.25 * 1.25), 1e-6);
+    EXPECT_NEAR(plot.x1() + plot.x2(), 10.0, 1e-6);
+    // A frame of ten pixels is moved by its edges too.
+    const double narrow = 10.0 / second;
+    window.canvas()->showRange(3.0, 3.0 + narrow, 0);
+    drag(3.0 + 2.0 / second, 5.0);
+    EXPECT_NEAR(plot.x2() - plot.x1(), narrow, 1e-6);
+    EXPECT_NEAR(plot.x1(), 5.0, 3.0 / second);
+    QTest::mouseDClick(strip, Qt::LeftButton, {}, {left + 5, 20});
+    EXPECT_NEAR(plot.x2(), 10.0, 1e-6);
+}
+
+TEST(PlotWindow, overviewHasALaneForEachOfTheFirstSixAxesAndShowsTheWholeSeries)
+{
+    const TestDirectory directory;
+    constexpr int kLanes = 6;
+    {
+        TSFILE file("wide.ts", 4000, 8, 0);
+        for (std::uint32_t s = 1; s <= 4000; ++s)
+            for (std::uint32_t c = 1; c <= 8; ++c)
+                file.setValue(s, c, static_cast<float>(s % 2 + (s == 3000 ? 3 : 0)));
+    }
+    PlotCanvas canvas;
+    OverviewStrip strip(&canvas);
+    canvas.resize(800, 900);
+    strip.resize(800, 74);
+    canvas.showColumns(QStringLiteral("wide.ts"), {1, 2, 3, 4, 5, 6, 7, 8}, PlotCanvas::Axes::OneEach);
+    canvas.image();
+    canvas.showRange(canvas.plot().x1(), canvas.plot().xAtFraction(0.5), 0);
+    const QImage image = strip.grab().toImage();
+    const auto inkOf = [&](std::size_t variable) {
+        QRect ink;
+        const QColor color = canvas.colorOf(canvas.plot().variables()[variable]->variable());
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width() / 2; ++x)  // where no shade lies
+                if (image.pixel(x, y) == color.rgb())
+                    ink |= QRect(x, y, 1, 1);
+        return ink;
+    };
+    const double lane = 70.0 / kLanes;
+    for (std::size_t i = 0; i < kLanes; ++i) {
+        const QRect ink = inkOf(i);
+        EXPECT_GE(ink.top(), 2.0 + lane * static_cast<double>(i)) << i;
+        EXPECT_LE(ink.bottom(), 2.0 + lane * static_cast<double>(i + 1)) << i;
+        // All but the one sample of the second half are in its lower third.
+        EXPECT_GT(ink.top(), 2.0 + lane * (static_cast<double>(i) + 0.4)) << i;
+    }
+    EXPECT_TRUE(inkOf(7).isEmpty());
+    // The one sample, three quarters of the way along.
+    const QRect area = canvas.plotArea();
+    const int above = 2 + static_cast<int>(0.3 * lane);
+    const auto isBare = [&](double part) {
+        const int x = area.left() + static_cast<int>(part * area.width());
+        int marked = 0;
+        for (int beside = x - 2; beside <= x + 2; ++beside)
+            marked += image.pixel(beside, above) != image.pixel(area.left() + area.width() * 9 / 10, above);
+        return marked == 0;
+    };
+    EXPECT_FALSE(isBare(0.75));
+    EXPECT_TRUE(isBare(0.6) && isBare(0.85));
 }
 
 TEST(PlotWindow, colourDialogChangesTheColourOfItsOwnVariable)
@@ -794,6 +928,18 @@ TEST(PlotWindow, secondFileIsAlignedWithTheFirst)
             button->click();
     EXPECT_NEAR(plot.x2(), 10.0, 1e-3);
     EXPECT_NEAR(plot.axis().xOf(plot.variables().back()->variable(), 1), 0.001, 1e-6);
+    // Its own menu takes the second one away again.
+    auto* const tree = window.findChild<QTreeWidget*>();
+    const auto choose = [&](Qt::Key letter) {
+        QTimer::singleShot(0, [letter] { QTest::keyClick(QApplication::activePopupWidget(), letter); });
+        emit tree->customContextMenuRequested(tree->visualItemRect(tree->topLevelItem(1)).center());
+        QApplication::processEvents();
+    };
+    choose(Qt::Key_H);
+    EXPECT_FALSE(plot.variables().back()->variable().visible);
+    choose(Qt::Key_R);
+    EXPECT_EQ(plot.variables().size(), 3U);
+    EXPECT_EQ(tree->topLevelItemCount(), 1);
 }
 
 TEST(PlotWindow, unreadableAndHostileFilesAreToldInTheWindow)

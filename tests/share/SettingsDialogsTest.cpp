@@ -91,6 +91,9 @@ TEST(PsConfigDialog, ShowsTheRecordAndPutsEveryFieldBack)
     EXPECT_EQ(record.paper, 3);
     EXPECT_EQ(record.orientation, 0);
     EXPECT_FALSE(record.eps);
+    const PsConfigDialog again(&record);
+    EXPECT_EQ(again.findChildren<QComboBox*>()[0]->currentText(), "Courier");
+    EXPECT_EQ(again.findChildren<QComboBox*>()[1]->currentText(), "Letter");
 }
 
 TEST(PsConfigDialog, BadTextIsMarkedAndNothingIsApplied)

@@ -7,6 +7,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QPointer>
 #include <QProgressDialog>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -304,8 +305,13 @@ TEST(MessageWin, HasItsTitleTextAndEscape)
     EXPECT_EQ(destroyed.count(), 1);
 }
 
-TEST(HelpText, EveryWindowHasOne)
+TEST(HelpText, EveryWindowHasOneThatGoesWithIt)
 {
+    auto parent = std::make_unique<QWidget>();
+    const QPointer<QWidget> help = showHelp(parent.get(), QStringLiteral("list"), QStringLiteral("List"));
+    parent.reset();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_TRUE(help.isNull());
     for (const char* const name : {"intro", "tsa", "stl", "create", "header", "list", "plot", "derivative",
                                    "integral", "spectrum", "filter", "formula", "functions"})
         EXPECT_GT(helpText(QLatin1String(name)).size(), 500) << name;

@@ -47,6 +47,12 @@
 
 using namespace veltrac;
 
+// In the names of the tests.
+static void PrintTo(SubProgram kind, std::ostream* out)
+{
+    *out << static_cast<int>(kind);
+}
+
 namespace {
 
 // What leaves the window, writes, needs a printer, takes its time, has a picture as

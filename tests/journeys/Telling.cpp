@@ -334,7 +334,7 @@ const QWidget& plainLike(const QWidget& widget)
         {"QToolButton", made<QToolButton>},
         {"QTreeWidget", made<QTreeWidget>},
         {"QWidget", made<QWidget>}};
-    static std::map<std::string, QWidget*> plain;  // as long as there are widgets
+    static auto& plain = *new std::map<std::string, QWidget*>;  // as long as there are widgets
     const QMetaObject* kind = widget.metaObject();
     while (makers.count(kind->className()) == 0)
         kind = kind->superClass();

@@ -193,6 +193,9 @@ bool isPart(const QWidget& widget, const QWidget& window)
         return false;
     for (const QWidget* w = widget.parentWidget(); w != nullptr && w != &window; w = w->parentWidget())
         if (qobject_cast<const QAbstractSpinBox*>(w) != nullptr ||
+            // That which clears the field fades away after a while.
+            (qobject_cast<const QLineEdit*>(w) != nullptr &&
+             qobject_cast<const QAbstractButton*>(&widget) != nullptr) ||
             qobject_cast<const QComboBox*>(w) != nullptr ||
             (qobject_cast<const QAbstractItemView*>(w) != nullptr && widget.accessibleName().isEmpty()) ||
             qobject_cast<const QTabBar*>(w) != nullptr || qobject_cast<const QMenuBar*>(w) != nullptr)

@@ -19,8 +19,8 @@ namespace {
 constexpr int kLookMs = 50;
 constexpr int kOverviewMs = 1000;
 // A writer is late after three sample times, but not sooner than this.
-constexpr qint64 kLateMs = 3000;
-constexpr int kLateSteps = 3;
+constexpr double kLateMs = 3000.0;
+constexpr double kLateSteps = 3.0;
 constexpr double kAtEdge = 1e-3;  // of the view's width
 
 }  // namespace
@@ -108,8 +108,9 @@ PlotFollower::Came PlotFollower::takeNews(PlotFile& file)
                 forget(file);
                 break;
             }
-            watched.isStalled = watched.sinceNews.elapsed() >
-                                std::max(kLateMs, kLateSteps * static_cast<qint64>(file.step() * 1000.0));
+            // A header may claim any step.
+            watched.isStalled = static_cast<double>(watched.sinceNews.elapsed()) >
+                                std::max(kLateMs, kLateSteps * file.step() * 1000.0);
             return Came::Nothing;
         case PlotFile::News::Rows:
             try {

@@ -40,7 +40,7 @@ class SoundBytes
 public:
     // Throws std::system_error where the file cannot be opened.
     explicit SoundBytes(const std::filesystem::path& file)
-        : m_file(::open(file.c_str(), O_RDONLY | O_CLOEXEC))
+        : SoundBytes(::open(file.c_str(), O_RDONLY | O_CLOEXEC))
     {
         struct stat status = {};
         if (m_file < 0 || ::fstat(m_file, &status) != 0)
@@ -68,6 +68,8 @@ public:
     }
 
 private:
+    explicit SoundBytes(int file) noexcept : m_file(file) {}  // whole, so that it is closed whatever comes
+
     static SoundBytes& of(void* self) { return *static_cast<SoundBytes*>(self); }
     static sf_count_t length(void* self) { return of(self).m_length; }
     static sf_count_t tell(void* self) { return of(self).m_at; }

@@ -9,6 +9,7 @@
 #include <memory>
 
 #include "converters/ColumnTexts.h"
+#include "converters/LengthTexts.h"
 #include "converters/STLWriter.h"
 #include "core/SafeChange.h"
 #include "core/TSFILE.h"
@@ -256,6 +257,8 @@ std::vector<std::string> SCLObject::notices() const
             return source.step.has_value() || isNamedSo(source);
         }))
         texts.emplace_back("No sample time was found: 1 s is assumed.");
+    if (const double coarseness = result().target.coarseness; coarseness >= 0.5)
+        texts.push_back("A column \"Time\" tells these times to " + lengthText(coarseness) + '.');
     return texts;
 }
 
@@ -282,6 +285,9 @@ STLCheck SCLObject::result() const
     if (isTold) {
         made.target.startSeconds = static_cast<std::uint32_t>(seconds);
         made.target.startTime = static_cast<float>(seconds - made.target.startSeconds);
+    } else {
+        const double last = seconds + step * static_cast<double>(made.target.samples);
+        made.target.coarseness = std::ldexp(std::max(std::fabs(made.firstSeconds), std::fabs(last)), -24);
     }
     return made;
 }

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <fstream>
+#include <tuple>
 
 #include "converters/SCLObject.h"
 #include "core/TSFILE.h"
@@ -105,6 +106,20 @@ TEST_F(Scl, headReachesTheFile)
     expectColumn(*import(word), 1, {1, 2, kNone, 3});
     EXPECT_EQ(1U, word.found().troubleCount) << "no head without a remark's sign";
     EXPECT_EQ(1.0, word.step);
+    // A header tells starts of 1970 to 2106; others stand in a column, as well as a float can.
+    for (const auto& [year, seconds, told] :
+         {std::tuple("1950", -631155600.0F, "37.62 s"), {"2110", 4417974000.0F, "263.3 s"}}) {
+        write("far.txt", "Start: " + std::string(year) + "-01-01 00:00:00\nRate: 1 Hz\n1\n2\n");
+        SCLObject far;
+        far.add("far.txt");
+        const auto made = import(far);
+        EXPECT_EQ(0U, made->startSeconds());
+        expectColumn(*made, 1, {seconds, seconds});
+        expectColumn(*made, 2, {1, 2});
+        EXPECT_EQ(
+            std::vector<std::string>{"A column \"Time\" tells these times to " + std::string(told) + "."},
+            far.notices());
+    }
     write("commas.txt", "1,25\n2,5\n");
     SCLObject commas;
     commas.add("commas.txt");

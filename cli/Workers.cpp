@@ -13,7 +13,6 @@
 #include <cstring>
 #include <map>
 #include <optional>
-#include <system_error>
 #include <vector>
 
 #include "cli/StopSignals.h"
@@ -105,11 +104,15 @@ public:
     Pool(const Pool&) = delete;
     Pool& operator=(const Pool&) = delete;
 
-    void start(unsigned workers)
+    // As many as the system gives: one with a limit of processes or of memory may give none.
+    void start(std::size_t workers)
     {
-        for (unsigned i = 0; i < workers; ++i) {
+        while (m_workers.size() < workers) {
             m_workers.emplace_back();
-            fork(m_workers.back());
+            if (!fork(m_workers.back())) {
+                m_workers.pop_back();
+                return;
+            }
         }
     }
 
@@ -123,7 +126,7 @@ public:
             for (const Worker& worker : m_workers)
                 polled.push_back({worker.number ? worker.descriptor : -1, POLLIN, 0});
             if (!isBusy())
-                return std::nullopt;
+                return outcomeOfOwn();
             // A stop that comes right before is seen a little later.
             if (poll(polled.data(), polled.size(), kLookMs) <= 0)
                 continue;
@@ -149,17 +152,17 @@ private:
         return false;
     }
 
-    void fork(Worker& worker)
+    // False where the system gives no further process.
+    bool fork(Worker& worker)
     {
         int pair[2];
         if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, pair) != 0)
-            throw std::system_error(errno, std::generic_category());
+            return false;
         worker.process = ::fork();
         if (worker.process < 0) {
-            const int reason = errno;
             close(pair[0]);
             close(pair[1]);
-            throw std::system_error(reason, std::generic_category());
+            return false;
         }
         if (worker.process == 0) {
             // Else a sibling that dies would not be noticed.
@@ -174,17 +177,29 @@ private:
         close(pair[1]);
         worker.descriptor = pair[0];
         give(worker);
+        return true;
+    }
+
+    // The next task, for whoever does it.
+    std::optional<std::size_t> takeTask()
+    {
+        return m_next < m_count && !stopAsked() ? std::optional(m_next++) : std::nullopt;
     }
 
     void give(Worker& worker)
     {
-        worker.number.reset();
-        std::uint64_t number = kNoMore;
-        if (m_next < m_count && !stopAsked()) {
-            worker.number = m_next;
-            number = m_next++;
-        }
+        worker.number = takeTask();
+        const std::uint64_t number = worker.number.value_or(kNoMore);
         sendAll(worker.descriptor, &number, sizeof number);
+    }
+
+    // Of what no worker is there for.
+    std::optional<std::pair<std::size_t, TaskOutcome>> outcomeOfOwn()
+    {
+        const auto number = takeTask();
+        if (!number)
+            return std::nullopt;
+        return std::pair(*number, m_task(*number));
     }
 
     std::pair<std::size_t, TaskOutcome> outcomeOf(Worker& worker)
@@ -240,25 +255,19 @@ void runTasks(std::size_t count, unsigned workers, const std::function<TaskOutco
               const std::function<void(std::size_t, const TaskOutcome&)>& take,
               const std::function<void(std::size_t)>& advanced)
 {
-    if (workers <= 1 || count <= 1) {
-        for (std::size_t i = 0; i < count && !stopAsked(); ++i) {
-            take(i, task(i));
-            advanced(i + 1);
-        }
-        return;
-    }
     Pool pool(count, task);
-    pool.start(static_cast<unsigned>(std::min<std::size_t>(workers, count)));
+    if (workers > 1 && count > 1)
+        pool.start(std::min<std::size_t>(workers, count));
     std::map<std::size_t, TaskOutcome> early;
     std::size_t told = 0;
     std::size_t done = 0;
     while (auto outcome = pool.next()) {
-        advanced(++done);
         early.insert(std::move(*outcome));
         for (auto at = early.find(told); at != early.end(); at = early.find(told)) {
             take(told++, at->second);
             early.erase(at);
         }
+        advanced(++done);
     }
     // After a stop some are missing between them.
     for (const auto& [number, outcome] : early)

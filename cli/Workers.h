@@ -25,10 +25,10 @@ struct TaskOutcome
     std::string report{};
 };
 
-// Runs `task` for 0 to count - 1 in up to `workers` processes (one: in this one) and hands the outcomes to
-// `take` in the order of their numbers. A worker that dies fails the task that it had. Once stopAsked(), no
-// further task is begun, and those that run are told to stop. `advanced` hears how many are done. Throws
-// std::system_error where no process can be started.
+// Runs `task` for 0 to count - 1 in up to `workers` processes, in this one where one is enough or none can be
+// had, and hands the outcomes to `take` in the order of their numbers. A worker that dies fails the task that
+// it had. Once stopAsked(), no further task is begun, and those that run are told to stop. `advanced` hears
+// how many are done.
 void runTasks(std::size_t count, unsigned workers, const std::function<TaskOutcome(std::size_t)>& task,
               const std::function<void(std::size_t, const TaskOutcome&)>& take,
               const std::function<void(std::size_t done)>& advanced);

@@ -2,6 +2,8 @@
 // lost.
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <csignal>
@@ -234,6 +236,39 @@ TEST(CliWorkers, OneThatIsKilledFailsItsOwnFileAndAllComeInTheirOrder)
     const std::string killed = " its worker was ended by signal 9 (was there too little memory?)\n";
     EXPECT_EQ(told, "0 0\n1" + killed + "2 2\n3 3\n4 4\n5 5\n6" + killed);
     EXPECT_EQ(most, 7U);
+}
+
+TEST(CliWorkers, WhereNoneCanBeHadTheFilesAreDoneAllTheSame)
+{
+    // A worker needs descriptors. There are none left from the start, or when the only one has done its first
+    // task.
+    for (const std::size_t tasksBefore : {0U, 1U}) {
+        rlimit before{};
+        getrlimit(RLIMIT_NOFILE, &before);
+        const int unused = dup(0);
+        close(unused);
+        const auto leave = [&](int descriptors) {
+            const rlimit limit{static_cast<rlim_t>(unused + descriptors), before.rlim_max};
+            setrlimit(RLIMIT_NOFILE, &limit);
+        };
+        leave(tasksBefore == 0 ? 0 : 2);
+        const pid_t self = getpid();
+        std::string told;
+        veltrac::runTasks(
+            4, 2,
+            [self](std::size_t number) {
+                if (getpid() != self && number == 1)
+                    raise(SIGKILL);
+                return veltrac::TaskOutcome{.out = getpid() == self ? "here" : "there"};
+            },
+            [&](std::size_t number, const veltrac::TaskOutcome& outcome) {
+                told += std::to_string(number) + (outcome.out.empty() ? "died" : outcome.out) + ' ';
+                leave(0);
+            },
+            [](std::size_t) {});
+        setrlimit(RLIMIT_NOFILE, &before);
+        EXPECT_EQ(told, tasksBefore == 0 ? "0here 1here 2here 3here " : "0there 1died 2here 3here ");
+    }
 }
 
 TEST_F(CliFaults, ARunThatIsToldToStopLeavesWholeFilesOrNone)

@@ -178,6 +178,11 @@ std::string_view digitsOf(std::string_view cell, char decimal)
     return !cell.empty() && (isDigit(cell.front()) || cell.front() == decimal) ? cell : std::string_view();
 }
 
+bool isAscii(char c)
+{
+    return static_cast<unsigned char>(c) < 0x80;
+}
+
 // A number whose signs are not ASCII, made plain: no-break blanks (also narrow ones), the typographer's
 // apostrophe and minus, in UTF-8 or Windows-1252. Empty where it holds none of them.
 std::string_view withPlainSigns(std::string_view cell, std::array<char, kLongestNumber>& buffer)
@@ -193,22 +198,20 @@ std::string_view withPlainSigns(std::string_view cell, std::array<char, kLongest
                                                     {"\xE2\x88\x92", '-'},
                                                     {"\xA0", ' '},
                                                     {"\x92", '\''}}};
+    if (cell.size() >= buffer.size())
+        return {};
     std::size_t count = 0;
     bool found = false;
-    for (std::size_t i = 0; i < cell.size() && count < buffer.size();) {
-        const auto* const sign = std::find_if(
-            kSigns.begin(), kSigns.end(), [&](const Sign& s) { return cell.substr(i).starts_with(s.bytes); });
+    for (std::size_t i = 0; i < cell.size();) {
+        const auto* sign = kSigns.end();
+        if (!isAscii(cell[i]))
+            sign = std::find_if(kSigns.begin(), kSigns.end(),
+                                [&](const Sign& s) { return cell.substr(i).starts_with(s.bytes); });
         found = found || sign != kSigns.end();
         buffer[count++] = sign == kSigns.end() ? cell[i] : sign->plain;
         i += sign == kSigns.end() ? 1 : sign->bytes.size();
     }
-    return found && cell.size() < buffer.size() ? std::string_view(buffer.data(), count) : std::string_view();
-}
-
-bool isAscii(std::string_view cell)
-{
-    return std::none_of(cell.begin(), cell.end(),
-                        [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
+    return found ? std::string_view(buffer.data(), count) : std::string_view();
 }
 
 // A number without its grouping signs; nothing where they do not stand before each three digits.
@@ -325,7 +328,7 @@ std::optional<double> veltrac::readNumber(std::string_view cell, const STLCells&
     if (const auto plain = plainNumber(digits, cells.decimal))
         return cell.front() == '-' ? -plain->value() : plain->value();
 
-    if (cells.grouping != 0 && !isAscii(cell)) {
+    if (cells.grouping != 0 && !std::all_of(cell.begin(), cell.end(), isAscii)) {
         const std::string_view plain = withPlainSigns(cell, buffer);
         return plain.empty() ? std::nullopt : readNumber(plain, cells);
     }

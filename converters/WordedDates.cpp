@@ -73,8 +73,9 @@ int monthOf(const std::string& word)
         return 12;  // "déc."
     if (word.size() < kShortest)
         return 0;
-    const auto* const found = std::find_if(kMonths.begin(), kMonths.end(), [&word](std::string_view names) {
-        return names.find(' ' + word) != std::string_view::npos;
+    const std::string name = ' ' + word;
+    const auto* const found = std::find_if(kMonths.begin(), kMonths.end(), [&name](std::string_view names) {
+        return names.find(name) != std::string_view::npos;
     });
     return found == kMonths.end() ? 0 : static_cast<int>(found - kMonths.begin()) + 1;
 }
@@ -89,6 +90,8 @@ void skipWeekday(std::string_view& text)
         "vie", "sb",  "tis", "ons", "tor", "mn",  "lr",  "sn",  "tir"};
     std::string_view rest = text;
     const std::string word = takeWord(rest);
+    if (word.empty())
+        return;  // most cells are numbers
     bool known = word == "mo" || word == "di" || word == "mi" || word == "do" || word == "fr" || word == "so";
     for (const std::string_view day : kDays)
         known = known || (word.starts_with(day) && word.size() <= 10);

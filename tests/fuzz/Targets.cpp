@@ -13,7 +13,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <functional>
+#include <iterator>
 #include <map>
 #include <stdexcept>
 #include <string>
@@ -183,7 +185,8 @@ void designFilter(std::string_view bytes)
     std::free(filter);
 }
 
-// Words of veltrac-cli, one a line. What makes or asks for much is left to the other targets.
+// Words of veltrac-cli, one a line, in a directory with a log and a dated ts-file of two columns. What makes
+// or asks for much is left to the other targets.
 void runVerb(std::string_view bytes)
 {
     std::vector<std::string> words = {"veltrac-cli"};
@@ -196,12 +199,30 @@ void runVerb(std::string_view bytes)
         if (words.back().find('/') != std::string::npos)
             return;
     }
+    static const std::string tsFile = [] {
+        {
+            const auto file = createTsFile("x.ts", 600, 2);
+            file->dt(0.01F);
+            file->setStart(1'477'785'600, 0.0F);
+            for (std::uint32_t s = 1; s <= 600; ++s)
+                for (std::uint32_t column = 1; column <= 2; ++column)
+                    file->setValue(s, column, static_cast<float>(s * 5 % 13 * column));
+        }
+        std::ifstream made("x.ts", std::ios::binary);
+        return std::string(std::istreambuf_iterator(made), {});
+    }();
+    fs::create_directory("verb");
+    fs::current_path("verb");
+    writeInput("x.ts", tsFile);
     writeInput("a.stl", "time;force [N]\n0;1\n1;2\n2;4\n");
     std::vector<char*> arguments;
     arguments.reserve(words.size());
     for (std::string& word : words)
         arguments.push_back(word.data());
     runCommandLine(static_cast<int>(arguments.size()), arguments.data());
+    // What was made would keep the next one from being made.
+    fs::current_path("..");
+    fs::remove_all("verb");
 }
 
 // What comes into a recorder: a sign of how, one of the pieces' length, and where the file is there already

@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <fstream>
 #include <iterator>
+#include <limits>
 #include <memory>
 #include <string_view>
 #include <system_error>
@@ -78,10 +79,10 @@ private:
     static sf_count_t seek(sf_count_t offset, int from, void* self)
     {
         SoundBytes& bytes = of(self);
-        const sf_count_t at = offset + (from == SEEK_CUR   ? bytes.m_at
-                                        : from == SEEK_END ? bytes.m_length
-                                                           : 0);
-        return at < 0 ? -1 : bytes.m_at = at;
+        const sf_count_t base = from == SEEK_CUR ? bytes.m_at : from == SEEK_END ? bytes.m_length : 0;
+        if (offset < -base || offset > std::numeric_limits<sf_count_t>::max() - base)
+            return -1;  // a chunk may claim any length
+        return bytes.m_at = base + offset;
     }
 
     static sf_count_t read(void* to, sf_count_t count, void* self)

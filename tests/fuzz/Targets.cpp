@@ -23,6 +23,7 @@
 #include <vector>
 
 #include "cli/CommandLine.h"
+#include "cli/ImportOptions.h"
 #include "converters/Recording.h"
 #include "converters/SCLObject.h"
 #include "converters/STLFormat.h"
@@ -146,6 +147,17 @@ void importScl(std::string_view bytes)
     logs.check({});
     if (logs.result().target.samples <= kMostSamples)
         importSCL(logs, "out.ts", {});
+}
+
+void importSound(std::string_view bytes)
+{
+    writeInput("in.wav", bytes);
+    if (!isSound("in.wav"))
+        return;
+    VerbJob job;
+    job.source = "in.wav";
+    job.target = "out.ts";
+    importSoundInto(job, {});
 }
 
 void runFormula(std::string_view bytes)
@@ -283,9 +295,9 @@ void bringBack(std::string_view bytes)
 }
 
 const std::map<std::string_view, std::function<void(std::string_view)>> kTargets = {
-    {"ts", readTsFile},        {"tsa", importTsa},       {"stl", importStl}, {"scl", importScl},
-    {"formula", runFormula},   {"filter", designFilter}, {"cli", runVerb},   {"text", drawText},
-    {"old-values", bringBack}, {"record", recordRows},
+    {"ts", readTsFile},        {"tsa", importTsa},       {"stl", importStl},     {"scl", importScl},
+    {"formula", runFormula},   {"filter", designFilter}, {"cli", runVerb},       {"text", drawText},
+    {"old-values", bringBack}, {"record", recordRows},   {"sound", importSound},
 };
 
 }  // namespace

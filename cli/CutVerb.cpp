@@ -152,7 +152,6 @@ private:
         const Decimator low(m_every);
         const std::uint32_t reach = filtered ? low.reach() : 0;
         const std::uint32_t runSamples = std::max<std::uint32_t>(1, kRunSamples / m_every);
-        const SourceColumnReader read(file, from);
         std::vector<float> in;
         requireDone(walkRuns(made.samples(), progress, [&](std::uint32_t first, std::span<float> run) {
             // In pieces: n samples of the source stand behind each of the run's.
@@ -164,7 +163,7 @@ private:
                 const std::uint64_t end = std::min<std::uint64_t>(
                     file.rows(), at + (piece.size() - 1) * std::uint64_t{m_every} + reach);
                 in.resize(end - begin + 1);
-                read(static_cast<std::uint32_t>(begin), in);
+                readColumn(file, from, static_cast<std::uint32_t>(begin), in);
                 for (std::size_t i = 0; i < piece.size(); ++i) {
                     const std::size_t place = at - begin + i * std::size_t{m_every};
                     piece[i] = filtered ? low.at(in, place) : in[place];
@@ -174,26 +173,17 @@ private:
         }));
     }
 
-    // Rows of one column, the oldest first.
-    class SourceColumnReader
+    // Values of one column, the oldest row being the first.
+    static void readColumn(const PlotFile& file, std::uint32_t column, std::uint32_t first,
+                           std::span<float> out)
     {
-    public:
-        SourceColumnReader(const PlotFile& file, std::uint32_t column) : m_file(file), m_column(column) {}
-        void operator()(std::uint32_t first, std::span<float> out) const
-        {
-            TSFILE& ts = m_file.file();
-            if (ts.ringStart() == 0) {
-                ts.readColumn(m_column, first, out);
-                return;
-            }
-            for (std::size_t i = 0; i < out.size(); ++i)
-                out[i] = m_file.value(first + static_cast<std::uint32_t>(i), m_column);
+        if (!file.isRing()) {
+            file.file().readColumn(column, first, out);
+            return;
         }
-
-    private:
-        const PlotFile& m_file;
-        std::uint32_t m_column;
-    };
+        for (float& value : out)
+            value = file.value(column, first++);
+    }
 
     PlaceOptions m_places;
     std::vector<std::string> m_columns;

@@ -120,20 +120,16 @@ void PlaceOptions::addTo(Options& options)
 
 namespace {
 
-// The place of a row from the oldest one on.
+// The place of a sample from the oldest one on.
 std::uint32_t placeMeant(TSFILE& file, const std::string& text, const char* option,
                          std::vector<std::string>& notes)
 {
-    const MeantRow meant = meantRow(text, file);
+    const MeantSample meant = meantSample(text, file);
     if (!meant.note.empty())
         notes.push_back(meant.note);
-    if (!meant.row)
+    if (!meant.sample)
         throw JobError(std::string(option) + " " + text + ": " + meant.reason);
-    const FileTime time(file);
-    const std::uint32_t sample = time.sampleIn(*meant.row);
-    if (sample < time.firstSample() || sample > time.lastSample())
-        throw JobError(std::string(option) + " " + text + ": nobody has written that row yet");
-    return sample - time.firstSample() + 1;
+    return *meant.sample - FileTime(file).firstSample() + 1;
 }
 
 }  // namespace

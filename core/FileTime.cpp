@@ -333,56 +333,91 @@ MeantMoment momentOf(const SeriesPlace& place, double start, bool calendar)
     return today.seconds >= start ? today : momentAtWall(midnight + kSecondsADay + place.number);
 }
 
+namespace {
+
+// What a text says of a file with so many samples or rows; nothing, and the reason, where it says nothing.
+std::optional<SeriesPlace> placeMeant(std::string_view text, std::uint32_t held, const FileTime& time,
+                                      std::string& reason)
+{
+    if (held == 0) {
+        reason = "The file has no samples.";
+        return std::nullopt;
+    }
+    const auto place = parsePlace(text);
+    if (place && (place->fileUnit.empty() || lowered(place->fileUnit) == lowered(time.unit())))
+        return place;
+    reason = "Type a sample (250000), a time (12.5 s, 13:45:30 or 2016-10-30 13:45) or a share (50%).";
+    return std::nullopt;
+}
+
+bool isCount(const SeriesPlace& place)
+{
+    return place.kind == SeriesPlace::Kind::Sample || place.kind == SeriesPlace::Kind::Percent;
+}
+
+// A number or a share among `first` to `last`.
+std::optional<std::uint32_t> countMeant(const SeriesPlace& place, std::uint32_t first, std::uint32_t last,
+                                        std::string& reason)
+{
+    if (place.kind == SeriesPlace::Kind::Percent) {
+        if (place.number >= 0.0 && place.number <= 100.0)
+            return first + static_cast<std::uint32_t>(std::llround((last - first) * place.number / 100.0));
+        reason = "A share lies between 0% and 100%.";
+        return std::nullopt;
+    }
+    if (place.number >= first && place.number <= last)
+        return static_cast<std::uint32_t>(place.number);
+    reason = "The samples run from " + std::to_string(first) + " to " + std::to_string(last) + ".";
+    return std::nullopt;
+}
+
+MeantSample sampleAtTime(const SeriesPlace& place, TSFILE& file, const FileTime& time)
+{
+    MeantSample meant;
+    double elapsed = place.number / (place.fileUnit.empty() ? time.unitSeconds() : 1.0);
+    if (place.kind != SeriesPlace::Kind::Elapsed) {
+        const bool calendar = time.hasCalendar();
+        if (!calendar && place.kind == SeriesPlace::Kind::Calendar) {
+            meant.reason = "The file has no calendar: its times count from 0.";
+            return meant;
+        }
+        // A series from before 1970 begins where its first time is.
+        const bool countsFromEpoch = calendar && file.startSeconds() == 0;
+        const double first = countsFromEpoch ? time.moment(time.firstSample()) : time.start();
+        const MeantMoment moment = momentOf(place, first, calendar);
+        meant.note = moment.note;
+        elapsed = (moment.seconds - time.start()) / time.unitSeconds();
+    }
+    meant.sample = time.sampleAt(elapsed, meant.reason);
+    return meant;
+}
+
+}  // namespace
+
+MeantSample meantSample(std::string_view text, TSFILE& file)
+{
+    const FileTime time(file);
+    MeantSample meant;
+    const auto place = placeMeant(text, time.rows(), time, meant.reason);
+    if (place && !isCount(*place))
+        return sampleAtTime(*place, file, time);
+    if (place)
+        meant.sample = countMeant(*place, time.firstSample(), time.lastSample(), meant.reason);
+    return meant;
+}
+
 MeantRow meantRow(std::string_view text, TSFILE& file)
 {
-    MeantRow meant;
     const FileTime time(file);
-    const auto place = parsePlace(text);
-    if (file.samples() == 0) {
-        meant.reason = "The file has no samples.";
-        return meant;
+    MeantRow meant;
+    const auto place = placeMeant(text, file.samples(), time, meant.reason);
+    if (place && isCount(*place)) {
+        meant.row = countMeant(*place, 1, file.samples(), meant.reason);
+    } else if (place) {
+        const MeantSample found = sampleAtTime(*place, file, time);
+        meant = {found.sample ? std::optional(time.rowOf(*found.sample)) : std::nullopt, found.reason,
+                 found.note};
     }
-    if (!place || (!place->fileUnit.empty() && lowered(place->fileUnit) != lowered(time.unit()))) {
-        meant.reason =
-            "Type a sample (250000), a time (12.5 s, 13:45:30 or 2016-10-30 13:45) or a share (50%).";
-        return meant;
-    }
-    double elapsed = 0.0;
-    switch (place->kind) {
-        case SeriesPlace::Kind::Sample:
-            if (place->number >= 1.0 && place->number <= file.samples())
-                meant.row = static_cast<std::uint32_t>(place->number);
-            else
-                meant.reason = "The samples run from 1 to " + std::to_string(file.samples()) + ".";
-            return meant;
-        case SeriesPlace::Kind::Percent:
-            if (place->number >= 0.0 && place->number <= 100.0)
-                meant.row = static_cast<std::uint32_t>(
-                    1 + std::llround((file.samples() - 1.0) * place->number / 100.0));
-            else
-                meant.reason = "A share lies between 0% and 100%.";
-            return meant;
-        case SeriesPlace::Kind::Elapsed:
-            elapsed = place->number / (place->fileUnit.empty() ? time.unitSeconds() : 1.0);
-            break;
-        case SeriesPlace::Kind::TimeOfDay:
-        case SeriesPlace::Kind::Calendar: {
-            const bool calendar = time.hasCalendar();
-            if (!calendar && place->kind == SeriesPlace::Kind::Calendar) {
-                meant.reason = "The file has no calendar: its times count from 0.";
-                return meant;
-            }
-            // A series from before 1970 begins where its first time is.
-            const bool countsFromEpoch = calendar && file.startSeconds() == 0;
-            const double first = countsFromEpoch ? time.moment(time.firstSample()) : time.start();
-            const MeantMoment moment = momentOf(*place, first, calendar);
-            meant.note = moment.note;
-            elapsed = (moment.seconds - time.start()) / time.unitSeconds();
-            break;
-        }
-    }
-    if (const auto sample = time.sampleAt(elapsed, meant.reason))
-        meant.row = time.rowOf(*sample);
     return meant;
 }
 

@@ -105,12 +105,23 @@ struct MeantMoment
 // or without a calendar that time after the start.
 MeantMoment momentOf(const SeriesPlace& place, double start, bool calendar);
 
-// The row that a text means in a file: the nearest one to a time.
+// The sample that a text means in a file: the one of that number, the nearest one to a time, or the one
+// behind a share of those that the file holds, from the oldest on.
+struct MeantSample
+{
+    std::optional<std::uint32_t> sample{};
+    std::string reason{};  // why there is none
+    std::string note{};    // what is to be said of the time
+};
+MeantSample meantSample(std::string_view text, TSFILE& file);
+
+// The row that a text means in a list of all rows as they stand in the file, where numbers and shares are
+// those of rows.
 struct MeantRow
 {
     std::optional<std::uint32_t> row{};
-    std::string reason{};  // why there is none
-    std::string note{};    // what is to be said of the time
+    std::string reason{};
+    std::string note{};
 };
 MeantRow meantRow(std::string_view text, TSFILE& file);
 

@@ -144,11 +144,10 @@ std::optional<double> timeMeant(std::string_view text, TSFILE& file)
         return place->fileUnit.empty()          ? std::optional(place->number / time.unitSeconds())
                : place->fileUnit == time.unit() ? std::optional(place->number)
                                                 : std::nullopt;
-    const MeantRow meant = meantRow(text, file);
-    if (!meant.row)
+    const MeantSample meant = meantSample(text, file);
+    if (!meant.sample)
         return std::nullopt;
-    return static_cast<double>(file.startTime()) +
-           (time.sampleIn(*meant.row) - 1.0) * static_cast<double>(file.dt());
+    return static_cast<double>(file.startTime()) + (*meant.sample - 1.0) * static_cast<double>(file.dt());
 }
 
 CalculationRange calculationRange(std::span<const TimeBounds> rows, TSFILE& target)

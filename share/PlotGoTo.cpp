@@ -43,10 +43,10 @@ PlaceInPlot inFile(const XAxis& axis, const Variable& v, const PlotFile& file, s
         return {{}, "The file has no samples.", {}};
     if (file.timeKind() == PlotSource::TimeKind::RowNumbers)
         return {{}, "The file has no times that rise.", {}};
-    const MeantRow meant = meantRow(text, file.file());
-    if (!meant.row)
+    const MeantSample meant = meantSample(text, file.file());
+    if (!meant.sample)
         return {{}, meant.reason, meant.note};
-    PlaceInPlot place = atSample(axis, v, FileTime(file.file()).sampleIn(*meant.row));
+    PlaceInPlot place = atSample(axis, v, *meant.sample);
     place.note = meant.note;
     return place;
 }

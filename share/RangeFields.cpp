@@ -70,14 +70,11 @@ std::uint32_t RangeFields::sampleAt(const QString& text)
 {
     try {
         const auto file = openTsFile(QFile::encodeName(m_file).toStdString(), true);
-        const FileTime time(*file);
-        const MeantRow meant = meantRow(text.toStdString(), *file);
+        const MeantSample meant = meantSample(text.toStdString(), *file);
         m_reason = QString::fromStdString(meant.reason);
         m_note = QString::fromStdString(meant.note);
-        if (meant.row && time.isWritten(*meant.row))
-            return time.sampleIn(*meant.row) - time.firstSample() + 1;
-        if (meant.row)
-            m_reason = QStringLiteral("Nobody has written that row of the ring file yet.");
+        if (meant.sample)
+            return *meant.sample - FileTime(*file).firstSample() + 1;
     } catch (const TS::Failure&) {
         m_reason = QStringLiteral("The times of the file cannot be read.");
     }

@@ -372,3 +372,32 @@ TEST(Record, OneRecorderAFileAndNoneIntoAFileThatIsGone)
     EXPECT_EQ(WEXITSTATUS(recorder.end(0)), 1);
     EXPECT_NE(textOf("notes").find("it was removed"), std::string::npos) << textOf("notes");
 }
+
+// A ring that has come round, and one that is not full.
+TEST(Record, APartOfARingIsThatPartOfTheSeries)
+{
+    for (const std::uint32_t rows : {80U, 30U}) {
+        const TestDirectory directory;
+        std::string input;
+        for (std::uint32_t i = 1; i <= rows; ++i)
+            input += std::to_string(i * 7 % 11) + ' ' + std::to_string(100 + i) + '\n';
+        ASSERT_EQ(record(input, "--columns a,b --samples 50 --dt 0.5").status, 0);
+        ASSERT_EQ(cli("cut -o u.ts r.ts").status, 0);
+        const std::uint32_t before = rows > 50 ? rows - 50 : 0;
+        const auto range = [](std::uint32_t from, std::uint32_t to) {
+            return " --from " + std::to_string(from) + " --to " + std::to_string(to);
+        };
+        for (const std::string options :
+             {"", " --every 3", " --every 2 --raw", " --columns b,a", " --from 10% --to 60%"}) {
+            ASSERT_EQ(cli("cut --force -o part.ts r.ts" + options).status, 0) << options;
+            ASSERT_EQ(cli("cut --force -o same.ts u.ts" + options).status, 0) << options;
+            EXPECT_EQ(rowsOf("part.ts"), rowsOf("same.ts")) << rows << options;
+        }
+        // Samples have the numbers that info tells.
+        ASSERT_EQ(cli("cut --force -o part.ts r.ts" + range(before + 4, before + 20)).status, 0);
+        ASSERT_EQ(cli("cut --force -o same.ts u.ts" + range(4, 20)).status, 0);
+        EXPECT_EQ(rowsOf("part.ts"), rowsOf("same.ts"));
+        EXPECT_NE(cli("cut --force -o part.ts r.ts" + range(1, rows + 1)).notes.find("The samples run from"),
+                  std::string::npos);
+    }
+}

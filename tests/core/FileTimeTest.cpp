@@ -185,7 +185,13 @@ TEST(GoTo, FindsRowsByTimeColumnsAndInRingFiles)
     EXPECT_EQ(time.sampleIn(51), 151U);
     EXPECT_EQ(time.oldestRow(), 51U);
     EXPECT_EQ(time.elapsed(250), 250.0);
-    expectRows({{"250 s", 50}, {"151 s", 51}, {"200 s", 100}, {"100 s", 0}}, ring);
+    expectRows({{"250 s", 50}, {"151 s", 51}, {"200 s", 100}, {"100 s", 0}, {"100%", 100}}, ring);
+    const auto sampleOf = [&](const char* text) { return meantSample(text, ring).sample.value_or(0); };
+    EXPECT_EQ(sampleOf("0%"), 151U);
+    EXPECT_EQ(sampleOf("100%"), 250U);
+    EXPECT_EQ(sampleOf("200"), 200U);
+    EXPECT_EQ(sampleOf("249.6 s"), 250U);
+    EXPECT_EQ(meantSample("150", ring).reason, "The samples run from 151 to 250.");
 }
 
 TEST(FileTime, ARingThatIsNotFullHoldsTheWrittenRowsAlone)
@@ -203,6 +209,8 @@ TEST(FileTime, ARingThatIsNotFullHoldsTheWrittenRowsAlone)
     EXPECT_TRUE(time.isWritten(40));
     EXPECT_FALSE(time.isWritten(41));
     expectRows({{"20 s", 40}, {"30 s", 0}}, ring);
+    EXPECT_EQ(meantSample("50%", ring).sample, 21U);
+    EXPECT_FALSE(meantSample("41", ring).sample);
 }
 
 TEST(FileTime, SaysWhereTheClockIsSet)

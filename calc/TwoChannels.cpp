@@ -267,14 +267,15 @@ ChannelMatch matchChannels(TSFILE& first, std::uint32_t from, std::uint32_t to, 
     ChannelMatch match{from, to, from, {}, {}};
     if (isSameFile)
         return match;
-    const auto dt = static_cast<double>(first.dt());
-    if (!(std::fabs(static_cast<double>(second.dt()) - dt) <= kEqualRates * dt)) {
-        match.refusal = "The sample times differ: " + generalNumber(dt, 6) + " s here, " +
-                        generalNumber(static_cast<double>(second.dt()), 6) + " s in the second file.";
-        return match;
-    }
     const FileTime here(first);
     const FileTime there(second);
+    const double dt = static_cast<double>(first.dt()) * here.unitSeconds();
+    const double secondDt = static_cast<double>(second.dt()) * there.unitSeconds();
+    if (!(std::fabs(secondDt - dt) <= kEqualRates * dt)) {
+        match.refusal = "The sample times differ: " + generalNumber(dt, 6) + " s here, " +
+                        generalNumber(secondDt, 6) + " s in the second file.";
+        return match;
+    }
     std::int64_t ahead = 0;  // samples of the second before the first's first
     match.words = "lined up on the first samples, as no clock tells more";
     if (here.hasCalendar() && there.hasCalendar()) {

@@ -98,18 +98,17 @@ private:
     void lineUp(VerbJob& job, std::vector<Part>& parts) const
     {
         TSFILE& first = *parts.front().file;
-        const double dt = first.dt();
+        const double step = stepOf(first);
         double earliest = HUGE_VAL;
         for (const Part& part : parts) {
-            if (std::fabs(static_cast<double>(part.file->dt()) - dt) > kSameStep * dt)
-                throw JobError(part.name + ": its sample time is " + numberText(part.file->dt()) +
-                               ", that of " + parts.front().name + " " + numberText(first.dt()));
+            if (std::fabs(stepOf(*part.file) - step) > kSameStep * step)
+                throw JobError(part.name + ": its sample time is " + stepText(*part.file) + ", that of " +
+                               parts.front().name + " " + stepText(first));
             earliest = std::min(earliest, beginOf(part));
         }
         for (Part& part : parts) {
             if (m_align != 0)
                 continue;
-            const double step = dt * FileTime(first).unitSeconds();
             const double behind = (beginOf(part) - earliest) / step;
             if (behind > UINT32_MAX)
                 throw JobError(part.name +
@@ -122,6 +121,13 @@ private:
                                     " samples off the others: taken at the nearest");
         }
     }
+
+    // From sample to sample, in seconds.
+    static double stepOf(TSFILE& file)
+    {
+        return static_cast<double>(file.dt()) * FileTime(file).unitSeconds();
+    }
+    static std::string stepText(TSFILE& file) { return numberText(file.dt()) + ' ' + FileTime(file).unit(); }
 
     static double beginOf(const Part& part)
     {

@@ -180,6 +180,8 @@ private:
             plot.setLogarithmicY(g, true);
         requireDone(plot.buildMissing(job.progress));
         chooseXAxis(plot);
+        if (m_xMode && static_cast<XMode>(*m_xMode) == XMode::Clock && !canShowClock(plot))
+            throw JobError("its times do not count in seconds, or do not rise: --x clock cannot show them");
         if (m_xMode)
             plot.setMode(static_cast<XMode>(*m_xMode));
         plot.fitAll();

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <string>
 #include <vector>
 
+#include "core/FileTime.h"
 #include "core/Rebuild.h"
 #include "core/SafeChange.h"
 #include "core/TSFILE.h"
@@ -24,8 +26,9 @@ void copyStartBehind(TSFILE& from, double steps, TSFILE& to)
     double start = static_cast<double>(from.startTime());
     double seconds = from.startSeconds();
     if (from.timeColumn() == 0) {
-        start += steps * static_cast<double>(from.dt());
-        // A file without a clock stays one.
+        // A file without a clock stays one, and its start counts as its steps do.
+        const double unit = seconds == 0.0 ? 1.0 : secondsInTimeUnit(std::string(from.timeUnit()));
+        start += steps * static_cast<double>(from.dt()) * unit;
         const double whole = seconds == 0.0 ? 0.0 : std::floor(start);
         seconds += whole;
         start -= whole;

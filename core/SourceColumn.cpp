@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <cstdint>
+#include <limits>
 #include <vector>
 
 #include "core/TSFILE.h"
@@ -49,19 +51,25 @@ void SourceColumn::readSteps(std::uint32_t first, std::span<double> out, bool ow
 void SourceColumn::copyHeaderTo(TSFILE& result) const
 {
     result.copyHeader(m_file);
-    const std::uint32_t sample = m_time.firstSample() + m_first - 1;
-    if (sample == 1 || m_samples == 0)
+    if (m_samples == 0)
         return;
-    // The result's first sample lies one step behind its start.
-    double start =
-        static_cast<double>(m_file.startTime()) + (m_time.elapsed(sample) - static_cast<double>(m_file.dt()));
-    // A file with a clock keeps whole seconds there: the 32-bit start is fine below a second alone.
-    if (m_file.startSeconds() != 0) {
-        const double whole = std::floor(start);
-        result.startSeconds(m_file.startSeconds() + static_cast<std::uint32_t>(wholePart(whole)));
-        start -= whole;
-    }
-    result.startTime(static_cast<float>(start));
+    // The result's first sample lies one step behind its start. A series whose own times begin at 0 or one
+    // step behind its start keeps that.
+    const auto dt = static_cast<double>(m_file.dt());
+    const std::uint32_t sample = m_time.firstSample() + m_first - 1;
+    const double behind = m_time.elapsed(sample) - dt;
+    if (sample == 1 && !(std::abs(behind) > dt))
+        return;
+    // In a file without a clock the start counts as the steps do; one with a clock keeps whole seconds there:
+    // the 32-bit start is fine below a second alone.
+    const bool isDated = m_time.hasCalendar();
+    const double start =
+        static_cast<double>(m_file.startTime()) + behind * (isDated ? m_time.unitSeconds() : 1.0);
+    const double seconds = isDated ? m_file.startSeconds() + std::floor(start) : 0.0;
+    if (!isDated)
+        result.startTime(static_cast<float>(start));
+    else if (seconds >= 0.0 && seconds <= std::numeric_limits<std::uint32_t>::max())
+        result.setStart(static_cast<std::uint32_t>(seconds), static_cast<float>(start - std::floor(start)));
 }
 
 }  // namespace veltrac

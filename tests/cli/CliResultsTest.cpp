@@ -133,6 +133,42 @@ TEST_F(CliResults, JoinLinesUpClocksAndLeavesMissingWhatIsOutside)
     EXPECT_TRUE(std::isnan(first.value(201, 1)));
 }
 
+TEST_F(CliResults, WhateverAFileCountsInAPartOfItKeepsItsTimes)
+{
+    const auto momentOf = [](const char* name, std::uint32_t sample) {
+        TSFILE file(name, true);
+        return FileTime(file).moment(sample);
+    };
+    {
+        TSFILE hours("hours.ts", 200, 1, 0);
+        hours.dt(0.5F);
+        hours.timeUnit("Time[h]");
+        hours.startSeconds(kStart);
+        // Part of a longer series, whose own times go on.
+        TSFILE late("late.ts", 200, 1, 1);
+        late.dt(0.5F);
+        late.startSeconds(kStart);
+        for (std::uint32_t s = 1; s <= 200; ++s)
+            late.setSampleTime(s, kStart + 15.0 + 0.5 * s);
+    }
+    for (const char* const verb :
+         {"cut", "cut --every 3 --raw", "derivative --column 1", "filter --freq 0.0001"}) {
+        ASSERT_EQ(cli(std::string(verb) + " --force --from 61 -o part.ts hours.ts").status, 0) << verb;
+        EXPECT_EQ(momentOf("part.ts", 1), kStart + 61 * 1800.0) << verb;
+    }
+    ASSERT_EQ(cli("derivative --column 2 --force -o part.ts late.ts").status, 0);
+    EXPECT_EQ(momentOf("part.ts", 1), kStart + 15.5);
+    // Half an hour is no half second.
+    ASSERT_EQ(cli("header --sample-time 0.5 wave.ts").status, 0);
+    EXPECT_EQ(cli("join -o x.ts wave.ts hours.ts").notes,
+              "x.ts: hours.ts: its sample time is 0.5 h, that of wave.ts 0.5 s\n");
+    EXPECT_NE(
+        cli("spectrum --segment 256 --second 1 --second-file hours.ts --of-both Coherence -o x.ts wave.ts")
+            .notes.find("0.5 s here, 1800 s"),
+        std::string::npos);
+    EXPECT_NE(cli("plot --x clock -o x.svg hours.ts").notes.find("--x clock"), std::string::npos);
+}
+
 TEST_F(CliResults, TextsArraysAndSoundsComeBackAsTheyWere)
 {
     {

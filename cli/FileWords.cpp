@@ -110,6 +110,13 @@ std::vector<std::uint32_t> columnsMeant(TSFILE& file, const std::vector<std::str
     return columns;
 }
 
+void noteFrequencyUnit(TSFILE& file, std::vector<std::string>& notes)
+{
+    const FileTime time(file);
+    if (time.unitSeconds() != 1.0)
+        notes.push_back("its times count in " + time.unit() + ": 1 Hz stands for one per " + time.unit());
+}
+
 void PlaceOptions::addTo(Options& options)
 {
     options.text("--from", from, "PLACE",

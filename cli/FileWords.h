@@ -28,6 +28,9 @@ std::string columnLabel(TSFILE& file, std::uint32_t column);
 std::uint32_t columnMeant(TSFILE& file, const std::string& text);
 std::vector<std::uint32_t> columnsMeant(TSFILE& file, const std::vector<std::string>& texts);
 
+// Says, where the file's times do not count in seconds, what its frequencies are.
+void noteFrequencyUnit(TSFILE& file, std::vector<std::string>& notes);
+
 // --from and --to of many verbs.
 struct PlaceOptions
 {

@@ -1,3 +1,4 @@
+#include "cli/FileWords.h"
 #include "cli/FilterOptions.h"
 #include "cli/Options.h"
 #include "cli/ResultTarget.h"
@@ -42,6 +43,7 @@ public:
         const FidFilterPtr filter = m_filter.designed(samplingFrequency(file->dt()), reports);
         const std::string words = filterWords(request);
         const SampleRange range = m_source.places.rangeIn(*file, job.notes);
+        noteFrequencyUnit(*file, job.notes);
         const SourceColumn column(*file, m_source.columnIn(*file), range.first, range.last);
         FilterOutcome outcome;
         m_target.save(job, column, range.first, [&](TSFILE& work, const Progress& progress) {

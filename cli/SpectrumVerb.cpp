@@ -92,6 +92,7 @@ public:
         const auto file = openTsFile(job.source.string(), true);
         requireSampleTime(*file);
         const SampleRange range = m_source.places.rangeIn(*file, job.notes);
+        noteFrequencyUnit(*file, job.notes);
         SpectrumRequest request = m_request;
         request.column = m_source.columnIn(*file);
         request.from = range.first;

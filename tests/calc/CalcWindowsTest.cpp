@@ -18,6 +18,7 @@
 #include <filesystem>
 #include <fstream>
 #include <numbers>
+#include <optional>
 
 #include "calc/DFTWin.h"
 #include "calc/DerivativeWin.h"
@@ -257,11 +258,13 @@ TEST_F(CalcWindows, FullDiskLeavesNoScratchFileAndNoHalfResult)
     EXPECT_EQ(QApplication::overrideCursor(), nullptr);
     {
         const FileSizeLimit full(2048);
-        const BoxAnswer save(QStringLiteral("&Save"), [](QWidget& dialog) {
+        std::optional<BoxAnswer> told;
+        const BoxAnswer save(QStringLiteral("&Save"), [&told](QWidget& dialog) {
             typeName(dialog, "a_fft.ts");
-            QTimer::singleShot(50, [] { QApplication::activeModalWidget()->close(); });
+            told.emplace(QStringLiteral("OK"));
         });
         spectrum->sl_saveResults();
+        EXPECT_TRUE(told && told->wasAsked());
         EXPECT_FALSE(std::filesystem::exists("a_fft.ts"));
         const BoxAnswer no(QStringLiteral("&No"));
         EXPECT_TRUE(close(spectrum));

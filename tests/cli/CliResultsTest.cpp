@@ -156,6 +156,8 @@ TEST_F(CliResults, WhateverAFileCountsInAPartOfItKeepsItsTimes)
         ASSERT_EQ(cli(std::string(verb) + " --force --from 61 -o part.ts hours.ts").status, 0) << verb;
         EXPECT_EQ(momentOf("part.ts", 1), kStart + 61 * 1800.0) << verb;
     }
+    EXPECT_EQ(cli("filter --freq 0.1 --force -o part.ts hours.ts").notes,
+              "hours.ts: its times count in h: 1 Hz stands for one per h\n");
     ASSERT_EQ(cli("derivative --column 2 --force -o part.ts late.ts").status, 0);
     EXPECT_EQ(momentOf("part.ts", 1), kStart + 15.5);
     // Half an hour is no half second.

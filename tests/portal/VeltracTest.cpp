@@ -566,14 +566,13 @@ TEST(VeltracTest, copiesAndRenamesOverNothing)
         });
         QString told;
         QTimer look;
-        look.setSingleShot(true);
         QObject::connect(&look, &QTimer::timeout, [&] {
             if (auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
                 told = box->text();
                 box->close();
             }
         });
-        look.start(50);
+        look.start(10);
         (portal.operator->()->*slot)();
         return told.isEmpty() ? name.text() : told;
     };

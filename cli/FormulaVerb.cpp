@@ -6,6 +6,7 @@
 #include "cli/ResultTarget.h"
 #include "cli/Verbs.h"
 #include "core/ColumnNames.h"
+#include "core/FileTime.h"
 #include "core/HeaderTexts.h"
 #include "core/NumberTexts.h"
 #include "core/Rebuild.h"
@@ -199,8 +200,9 @@ private:
         if (m_places.isWhole())
             return range;
         const SampleRange chosen = m_places.rangeIn(target, job.notes);
-        range.first = std::max(range.first, chosen.first);
-        range.last = std::min(range.last, chosen.last);
+        const std::uint32_t gone = FileTime(target).firstSample() - 1;
+        range.first = std::max(range.first, gone + chosen.first);
+        range.last = std::min(range.last, gone + chosen.last);
         if (range.isEmpty())
             throw JobError("nothing to compute: the sources' times leave nothing of the range");
         return range;

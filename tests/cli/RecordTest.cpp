@@ -399,5 +399,9 @@ TEST(Record, APartOfARingIsThatPartOfTheSeries)
         EXPECT_EQ(rowsOf("part.ts"), rowsOf("same.ts"));
         EXPECT_NE(cli("cut --force -o part.ts r.ts" + range(1, rows + 1)).notes.find("The samples run from"),
                   std::string::npos);
+        const std::string formula = "formula --formula x1-x2*3 --in-place b";
+        ASSERT_EQ(cli(formula + range(before + 4, before + 20) + " r.ts").status, 0);
+        ASSERT_EQ(cli(formula + range(4, 20) + " u.ts").status, 0);
+        EXPECT_EQ(rowsOf("r.ts"), rowsOf("u.ts"));
     }
 }

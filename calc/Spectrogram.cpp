@@ -97,11 +97,16 @@ void describeSpectrogram(TSFILE& source, const SpectrumRequest& request, TSFILE&
 {
     const SpectrumPlan plan = planSpectrum(request);
     const std::uint32_t hop = segmentHop(plan.used, request.overlapPercent);
-    // Sample s of the source lies s steps behind its start, and sample 1 of the target one hop.
-    const double middle = FileTime(source).firstSample() - 1.0 + request.from + (plan.used - 1.0) / 2.0;
+    // The target's sample 1 lies one hop behind its start, and in the middle of the first segment.
+    const FileTime time(source);
+    const std::uint32_t first = time.firstSample() + request.from - 1;
+    const double middle = (plan.used - 1.0) / 2.0;
     target.copyHeader(source);
     target.dt(static_cast<float>(hop * request.dt));
-    copyStartBehind(source, middle - hop, target);
+    if (source.timeColumn() == 0)
+        copyStartBehind(source, first + middle - hop, target);
+    else
+        copyStartAt(source, time.elapsed(first) + (middle - hop) * request.dt, target);
     const std::string name = headerUtf8(source.columnName(request.column));
     target.description(cutTo("Spectrogram " + name + " " + spectrumWindowName(request.window) +
                                  " n=" + std::to_string(plan.length) + " hop=" + std::to_string(hop),

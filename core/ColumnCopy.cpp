@@ -21,21 +21,26 @@ std::uint32_t oldestRow(TSFILE& file)
     return oldest == 0 || file.samples() == 0 ? 1 : (oldest - 1) % file.samples() + 1;
 }
 
-void copyStartBehind(TSFILE& from, double steps, TSFILE& to)
+void copyStartAt(TSFILE& from, double elapsed, TSFILE& to)
 {
-    double start = static_cast<double>(from.startTime());
+    const FileTime time(from);
+    const bool isDated = time.hasCalendar();
+    double start = static_cast<double>(from.startTime()) + elapsed * (isDated ? time.unitSeconds() : 1.0);
     double seconds = from.startSeconds();
-    if (from.timeColumn() == 0) {
-        // A file without a clock stays one, and its start counts as its steps do.
-        const double unit = seconds == 0.0 ? 1.0 : secondsInTimeUnit(std::string(from.timeUnit()));
-        start += steps * static_cast<double>(from.dt()) * unit;
-        const double whole = seconds == 0.0 ? 0.0 : std::floor(start);
-        seconds += whole;
-        start -= whole;
-    }
+    const double whole = isDated ? std::floor(start) : 0.0;
+    seconds += whole;
+    start -= whole;
     // Times that lie, or are none, may lead anywhere.
     const auto clock = std::clamp<std::int64_t>(wholePart(seconds), 0, UINT32_MAX);
     to.setStart(static_cast<std::uint32_t>(clock), static_cast<float>(start));
+}
+
+void copyStartBehind(TSFILE& from, double steps, TSFILE& to)
+{
+    if (from.timeColumn() == 0)
+        copyStartAt(from, steps * static_cast<double>(from.dt()), to);
+    else
+        to.setStart(from.startSeconds(), from.startTime());
 }
 
 void copyHeaderFromOldest(TSFILE& from, TSFILE& to)

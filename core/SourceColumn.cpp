@@ -3,10 +3,9 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
-#include <cstdint>
-#include <limits>
 #include <vector>
 
+#include "core/ColumnCopy.h"
 #include "core/TSFILE.h"
 
 namespace veltrac {
@@ -58,18 +57,8 @@ void SourceColumn::copyHeaderTo(TSFILE& result) const
     const auto dt = static_cast<double>(m_file.dt());
     const std::uint32_t sample = m_time.firstSample() + m_first - 1;
     const double behind = m_time.elapsed(sample) - dt;
-    if (sample == 1 && !(std::abs(behind) > dt))
-        return;
-    // In a file without a clock the start counts as the steps do; one with a clock keeps whole seconds there:
-    // the 32-bit start is fine below a second alone.
-    const bool isDated = m_time.hasCalendar();
-    const double start =
-        static_cast<double>(m_file.startTime()) + behind * (isDated ? m_time.unitSeconds() : 1.0);
-    const double seconds = isDated ? m_file.startSeconds() + std::floor(start) : 0.0;
-    if (!isDated)
-        result.startTime(static_cast<float>(start));
-    else if (seconds >= 0.0 && seconds <= std::numeric_limits<std::uint32_t>::max())
-        result.setStart(static_cast<std::uint32_t>(seconds), static_cast<float>(start - std::floor(start)));
+    if (sample != 1 || std::abs(behind) > dt)
+        copyStartAt(m_file, behind, result);
 }
 
 }  // namespace veltrac

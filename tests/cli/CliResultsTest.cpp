@@ -140,15 +140,15 @@ TEST_F(CliResults, WhateverAFileCountsInAPartOfItKeepsItsTimes)
         return FileTime(file).moment(sample);
     };
     {
-        TSFILE hours("hours.ts", 200, 1, 0);
+        TSFILE hours("hours.ts", 600, 1, 0);
         hours.dt(0.5F);
         hours.timeUnit("Time[h]");
         hours.startSeconds(kStart);
         // Part of a longer series, whose own times go on.
-        TSFILE late("late.ts", 200, 1, 1);
+        TSFILE late("late.ts", 600, 1, 1);
         late.dt(0.5F);
         late.startSeconds(kStart);
-        for (std::uint32_t s = 1; s <= 200; ++s)
+        for (std::uint32_t s = 1; s <= 600; ++s)
             late.setSampleTime(s, kStart + 15.0 + 0.5 * s);
     }
     for (const char* const verb :
@@ -160,6 +160,13 @@ TEST_F(CliResults, WhateverAFileCountsInAPartOfItKeepsItsTimes)
               "hours.ts: its times count in h: 1 Hz stands for one per h\n");
     ASSERT_EQ(cli("derivative --column 2 --force -o part.ts late.ts").status, 0);
     EXPECT_EQ(momentOf("part.ts", 1), kStart + 15.5);
+    // The middle of the segment stands for it.
+    const std::string spectrogram =
+        "spectrum --spectrogram --segment 256 --from 61 --force -o part.ts --column ";
+    ASSERT_EQ(cli(spectrogram + "1 hours.ts").status, 0);
+    EXPECT_EQ(momentOf("part.ts", 1), kStart + 188.5 * 1800.0);
+    ASSERT_EQ(cli(spectrogram + "2 late.ts").status, 0);
+    EXPECT_EQ(momentOf("part.ts", 1), kStart + 15.0 + 188.5 * 0.5);
     // Half an hour is no half second.
     ASSERT_EQ(cli("header --sample-time 0.5 wave.ts").status, 0);
     EXPECT_EQ(cli("join -o x.ts wave.ts hours.ts").notes,

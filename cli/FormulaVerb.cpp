@@ -1,6 +1,8 @@
 #include <algorithm>
 #include <array>
 #include <ctime>
+#include <utility>
+#include <vector>
 
 #include "cli/Options.h"
 #include "cli/ResultTarget.h"
@@ -150,6 +152,7 @@ private:
         parser.setTarget(&target);
         std::array<Bound, kMostSources> sources;
         std::vector<TimeBounds> bounds{timesOf(target)};
+        std::vector<std::pair<int, TSFILE*>> others;
         for (std::size_t k = 0; k < used.size(); ++k) {
             if (!used[k])
                 continue;
@@ -160,6 +163,7 @@ private:
             parser.SetSource(sources[k].used, static_cast<std::int32_t>(sources[k].column),
                              static_cast<int>(k + 1));
             bounds.push_back(timesOf(*sources[k].used));
+            others.emplace_back(static_cast<int>(k + 1), sources[k].used);
         }
         parser.Compile();
         if (parser.ErrorCode() != 0)
@@ -185,6 +189,8 @@ private:
         job.json["missing"] = report.missing;
         for (const std::string& reading : parser.readings())
             job.notes.push_back(reading);
+        if (const std::string words = clockDifferences(others, target); !words.empty())
+            job.notes.push_back(words);
         if (report.faultySamples > 0)
             job.notes.push_back(counted(report.faultySamples, "sample") + " with an error and the value 0");
         if (report.missing > 0)
@@ -197,14 +203,18 @@ private:
         CalculationRange range = calculationRange(bounds, target);
         if (range.isEmpty())
             throw JobError("nothing to compute: the sources' times leave nothing of the file");
-        if (m_places.isWhole())
-            return range;
-        const SampleRange chosen = m_places.rangeIn(target, job.notes);
-        const std::uint32_t gone = FileTime(target).firstSample() - 1;
-        range.first = std::max(range.first, gone + chosen.first);
-        range.last = std::min(range.last, gone + chosen.last);
+        const FileTime time(target);
+        CalculationRange asked{time.firstSample(), time.lastSample()};
+        if (!m_places.isWhole()) {
+            const SampleRange chosen = m_places.rangeIn(target, job.notes);
+            asked = {asked.first + chosen.first - 1, asked.first + chosen.last - 1};
+        }
+        range = {std::max(range.first, asked.first), std::min(range.last, asked.last)};
         if (range.isEmpty())
             throw JobError("nothing to compute: the sources' times leave nothing of the range");
+        if (range.count() < asked.count())
+            job.notes.push_back(groupedDigits(range.count()) + " of " + counted(asked.count(), "sample") +
+                                " computed: the sources hold no others");
         return range;
     }
 

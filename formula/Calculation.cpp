@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <vector>
 
 #include "core/FileTime.h"
+#include "core/NumberTexts.h"
 #include "core/TSFILE.h"
 #include "core/TsExceptions.h"
 #include "formula/BlockFormula.h"
@@ -128,6 +130,20 @@ TimeBounds timesOf(TSFILE& file)
     const double dt = file.dt();
     return {start + (held.firstSample() - 1.0) * dt,
             start + (std::max(held.firstSample(), held.lastSample()) - 1.0) * dt};
+}
+
+std::string clockDifferences(std::span<const std::pair<int, TSFILE*>> sources, TSFILE& target)
+{
+    const std::int64_t own = target.startSeconds();
+    std::string words;
+    for (const auto& [number, source] : sources) {
+        const std::int64_t later = source->startSeconds() - own;
+        if (later != 0)
+            words += (words.empty() ? "" : ", ") + ('x' + std::to_string(number)) + ' ' +
+                     groupedDigits(static_cast<std::uint64_t>(std::abs(later))) +
+                     (later > 0 ? " s later" : " s earlier");
+    }
+    return words.empty() ? words : "By the clock " + words + "; start times alone line them up";
 }
 
 std::optional<double> timeMeant(std::string_view text, TSFILE& file)

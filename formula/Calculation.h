@@ -7,7 +7,9 @@
 #include <functional>
 #include <optional>
 #include <span>
+#include <string>
 #include <string_view>
+#include <utility>
 
 #include "core/Progress.h"
 #include "core/SafeChange.h"
@@ -32,6 +34,10 @@ struct TimeBounds
 // The times of the samples that a file holds: sample s lies at startTime() + (s - 1) * dt. So t = 0 of a
 // target is its startTime(), and files are lined up by that alone, whatever their startSeconds().
 TimeBounds timesOf(TSFILE& file);
+
+// "By the clock x2 3 600 s later; start times alone line them up" where the startSeconds() of sources differ
+// from the target's; else empty. A source comes with the number of its x.
+std::string clockDifferences(std::span<const std::pair<int, TSFILE*>> sources, TSFILE& target);
 
 // The time on that scale that a text means: a number, with a unit ("12.5 s", "2 min") or without one, or a
 // time of the clock, a date or a share of the file, which mean the sample that stands there in every list and

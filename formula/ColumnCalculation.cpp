@@ -49,21 +49,11 @@ QStringList readingsOf(const FormulaParser& parser)
 
 QString clockDifferences(const std::vector<const EditVariable*>& rows, const EditVariable& target)
 {
-    if (!target.ts())
-        return {};
-    const std::int64_t own = target.ts()->startSeconds();
-    QStringList words;
-    for (const EditVariable* const row : rows) {
-        const std::int64_t later = row->ts() ? row->ts()->startSeconds() - own : 0;
-        if (later != 0)
-            words << QStringLiteral("x%1 %2 s %3")
-                         .arg(row->index())
-                         .arg(groupedNumber(static_cast<std::uint64_t>(std::abs(later))),
-                              later > 0 ? QStringLiteral("later") : QStringLiteral("earlier"));
-    }
-    return words.isEmpty() ? QString()
-                           : QStringLiteral("By the clock %1; start times alone line them up")
-                                 .arg(words.join(QStringLiteral(", ")));
+    std::vector<std::pair<int, TSFILE*>> sources;
+    for (const EditVariable* const row : rows)
+        if (row->ts())
+            sources.emplace_back(row->index(), row->ts().get());
+    return target.ts() ? QString::fromStdString(clockDifferences(sources, *target.ts())) : QString();
 }
 
 // -- Calculating --

@@ -167,6 +167,11 @@ TEST_F(CliResults, WhateverAFileCountsInAPartOfItKeepsItsTimes)
     EXPECT_EQ(momentOf("part.ts", 1), kStart + 188.5 * 1800.0);
     ASSERT_EQ(cli(spectrogram + "2 late.ts").status, 0);
     EXPECT_EQ(momentOf("part.ts", 1), kStart + 15.0 + 188.5 * 0.5);
+    // Of files whose starts differ by whole seconds a formula knows nothing.
+    ASSERT_EQ(cli("cut --from 151 --to 350 -o later.ts wave.ts").status, 0);
+    EXPECT_EQ(cli("formula --formula x1-x2 --x2 later.ts:1 -o rest.ts wave.ts").notes,
+              "wave.ts: 200 of 4 000 samples computed: the sources hold no others\n"
+              "wave.ts: By the clock x2 1 s later; start times alone line them up\n");
     // Half an hour is no half second.
     ASSERT_EQ(cli("header --sample-time 0.5 wave.ts").status, 0);
     EXPECT_EQ(cli("join -o x.ts wave.ts hours.ts").notes,

@@ -5,6 +5,7 @@
 #include "cli/Options.h"
 #include "cli/Verbs.h"
 #include "converters/TimeStamps.h"
+#include "core/FileTime.h"
 #include "core/HeaderTexts.h"
 #include "core/SafeChange.h"
 #include "core/TSFILE.h"
@@ -36,7 +37,8 @@ public:
     {
         options.wholeTexts("--description", m_description, "TEXT", "Of the file, at most 59 bytes");
         options.wholeTexts("--time-unit", m_timeUnit, "TEXT", "Of the times, at most 39 bytes");
-        options.number("--sample-time", m_step, "SECONDS", "From sample to sample");
+        options.number("--sample-time", m_step, "SECONDS",
+                       "From sample to sample, in the file's unit of time");
         options.number("--rate", m_rate, "HZ", "Samples a second, instead of --sample-time");
         options.text("--start", m_start, "TIME",
                      "2016-10-30T02:30:00, or seconds; the first sample lies one sample time later");
@@ -85,7 +87,7 @@ private:
         for (const std::string& text : m_timeUnit)
             file.timeUnit(text.c_str());
         if (m_step)
-            file.dt(static_cast<float>(*m_step));
+            file.dt(static_cast<float>(m_rate ? *m_step / FileTime(file).unitSeconds() : *m_step));
         if (m_startSeconds)
             file.setStart(*m_startSeconds, m_startRest);
         for (const auto& [column, text] : names)

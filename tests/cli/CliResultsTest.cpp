@@ -378,6 +378,8 @@ TEST_F(CliResults, HeadersAreSetAndTheRestStays)
     EXPECT_EQ(wave.value(4000, 1), slow(4000));
     const ShellOutcome told = cli("info wave.ts");
     EXPECT_NE(told.out.find("  start        2016-10-30T02:30:00.5+00:00\n"), std::string::npos) << told.out;
+    ASSERT_EQ(cli("header --time-unit min --rate 50 wave.ts").status, 0);
+    EXPECT_FLOAT_EQ(TSFILE("wave.ts", true).dt(), 0.02F / 60.0F);
 }
 
 TEST_F(CliResults, PeaksAndStreamsGoToStandardOutput)

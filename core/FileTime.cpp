@@ -115,21 +115,45 @@ std::optional<std::int64_t> takeDate(std::string_view& text)
     return sys_days(date).time_since_epoch().count();
 }
 
+// Takes "Z", "+02:00", "+0200" or "-05" from the end of a time of day: seconds ahead of UTC.
+std::optional<double> takeOffset(std::string_view& time)
+{
+    if (time.ends_with('Z')) {
+        time.remove_suffix(1);
+        return 0.0;
+    }
+    const std::size_t sign = time.find_last_of("+-");
+    if (sign == std::string_view::npos)
+        return std::nullopt;
+    std::string_view rest = time.substr(sign + 1);
+    const int hours = takeDigits(rest, 2, 2);
+    const bool hasMinutes = take(rest, ':') || !rest.empty();
+    const int minutes = hasMinutes ? takeDigits(rest, 2, 2) : 0;
+    if (hours < 0 || hours > 23 || minutes < 0 || minutes > 59 || !rest.empty())
+        return std::nullopt;
+    const double ahead = hours * 3600.0 + minutes * 60.0;
+    const bool isBehind = time[sign] == '-';
+    time = time.substr(0, sign);
+    return isBehind ? -ahead : ahead;
+}
+
 std::optional<SeriesPlace> calendarPlace(std::string_view text)
 {
     const auto days = takeDate(text);
     if (!days)
         return std::nullopt;
-    double seconds = 0.0;
-    if (!text.empty()) {
-        if (text.front() != ' ' && text.front() != 'T')
-            return std::nullopt;
-        const auto time = clockTime(trimmed(text.substr(1)));
-        if (!time)
-            return std::nullopt;
-        seconds = *time;
-    }
-    return SeriesPlace{SeriesPlace::Kind::Calendar, static_cast<double>(*days) * kSecondsADay + seconds};
+    const double midnight = static_cast<double>(*days) * kSecondsADay;
+    if (text.empty())
+        return SeriesPlace{SeriesPlace::Kind::Calendar, midnight};
+    if (text.front() != ' ' && text.front() != 'T')
+        return std::nullopt;
+    std::string_view rest = trimmed(text.substr(1));
+    const auto offset = takeOffset(rest);
+    const auto time = clockTime(trimmed(rest));
+    if (!time)
+        return std::nullopt;
+    return offset ? SeriesPlace{SeriesPlace::Kind::Instant, midnight + *time - *offset}
+                  : SeriesPlace{SeriesPlace::Kind::Calendar, midnight + *time};
 }
 
 std::optional<SeriesPlace> sampleNumber(std::string_view text)
@@ -323,6 +347,8 @@ std::optional<SeriesPlace> parsePlace(std::string_view typed)
 
 MeantMoment momentOf(const SeriesPlace& place, double start, bool calendar)
 {
+    if (place.kind == SeriesPlace::Kind::Instant)
+        return {place.number};
     if (place.kind == SeriesPlace::Kind::Calendar)
         return momentAtWall(place.number);
     if (!calendar)
@@ -377,7 +403,7 @@ MeantSample sampleAtTime(const SeriesPlace& place, TSFILE& file, const FileTime&
     double elapsed = place.number / (place.fileUnit.empty() ? time.unitSeconds() : 1.0);
     if (place.kind != SeriesPlace::Kind::Elapsed) {
         const bool calendar = time.hasCalendar();
-        if (!calendar && place.kind == SeriesPlace::Kind::Calendar) {
+        if (!calendar && place.kind != SeriesPlace::Kind::TimeOfDay) {
             meant.reason = "The file has no calendar: its times count from 0.";
             return meant;
         }

@@ -79,6 +79,7 @@ struct SeriesPlace
         Elapsed,    // number: seconds since the start; with `fileUnit` in the file's time unit
         TimeOfDay,  // number: seconds since midnight, local time
         Calendar,   // number: what the local clock shows, in seconds as if each day had 24 hours
+        Instant,    // number: seconds since the epoch, of a date and time with its zone
         Percent     // number: 0 is the first sample, 100 the last
     };
     Kind kind = Kind::Sample;
@@ -86,9 +87,9 @@ struct SeriesPlace
     std::string fileUnit{};  // the unit as typed, where it is none that the program knows
 };
 
-// What a text means, "250000", "12.5 s", "13:45:30", "2016-10-30 02:30:00.000", "30.10.2016 02:30" or "50%";
-// nothing where it means nothing. Points and commas are decimal marks, blanks between the digits of a
-// sample number do not count.
+// What a text means, "250000", "12.5 s", "13:45:30", "2016-10-30 02:30:00.000", "30.10.2016 02:30",
+// "2016-10-30T02:30:00+02:00" or "50%"; nothing where it means nothing. Points and commas are decimal marks,
+// blanks between the digits of a sample number do not count.
 std::optional<SeriesPlace> parsePlace(std::string_view text);
 
 // The number that a whole text is, with point or comma; nothing for any other text and what is not finite.

@@ -77,10 +77,14 @@ void StartField::show()
 std::optional<double> StartField::meant(const QString& written)
 {
     // A day alone begins at midnight.
+    const auto isDate = [](const std::optional<SeriesPlace>& place) {
+        return place &&
+               (place->kind == SeriesPlace::Kind::Calendar || place->kind == SeriesPlace::Kind::Instant);
+    };
     auto place = parsePlace(written.toStdString());
-    if (!place || place->kind != SeriesPlace::Kind::Calendar)
+    if (!isDate(place))
         place = parsePlace(written.toStdString() + " 00:00");
-    if (!place || place->kind != SeriesPlace::Kind::Calendar) {
+    if (!isDate(place)) {
         m_reason = QStringLiteral("Write the date as 2016-05-17 13:45:30.");
         return std::nullopt;
     }

@@ -227,6 +227,16 @@ TEST(FileTime, SaysWhereTheClockIsSet)
     EXPECT_EQ(meantRow("2016-03-27 03:30", file).row, 270U);
     EXPECT_NE(noteOf("2016-10-30 02:30").find("twice"), std::string::npos);
     EXPECT_EQ(*meantRow("2016-10-30 03:30", file).row - *meantRow("2016-10-30 02:30", file).row, 120U);
+    // With its zone it is one time, wherever the clock stands.
+    const std::uint32_t twice = *meantRow("2016-10-30 02:30", file).row;
+    for (const char* const text : {"2016-10-30T02:30:00+02:00", "2016-10-30 02:30 +0200",
+                                   "30.10.2016 00:30:00Z", "2016-10-29T20:00:00.0-04:30"})
+        EXPECT_EQ(meantRow(text, file).row, twice) << text;
+    EXPECT_EQ(meantRow("2016-10-30T02:30+01", file).row, twice + 60);
+    EXPECT_EQ(noteOf("2016-10-30T02:30+01"), "");
+    for (const char* const text : {"2016-10-30+02:00", "2016-10-30T02:30+", "2016-10-30T02:30+2",
+                                   "2016-10-30T02:30+24:00", "2016-10-30T02:30+01:", "02:30Z"})
+        EXPECT_FALSE(meantRow(text, file).row) << text;
 }
 
 TEST(FileTime, ASeriesFromBefore1970HasACalendar)

@@ -20,7 +20,7 @@ double leastWidth(const Plot2D& plot)
     if (plot.axis().logarithmic)
         return kFinestStep;
     const auto ref = plot.reference();
-    const double step = !ref || plot.axis().mode == XMode::Sample ? 1.0 : ref->variable().source()->step();
+    const double step = ref ? plot.axis().stepOf(ref->variable()) : 1.0;
     return std::max(step * kFinestStep, digits);
 }
 
@@ -172,7 +172,8 @@ void Plot2D::findOrigin()
     const auto dated = std::find_if(all.begin(), all.end(),
                                     [](const auto& v) { return v->variable().source()->hasCalendar(); });
     const std::uint32_t origin = dated == all.end() ? 0 : (*dated)->variable().source()->startSeconds();
-    const double moved = static_cast<double>(m_axis.origin) - origin;
+    const double seconds = static_cast<double>(m_axis.origin) - origin;
+    const double moved = m_axis.mode == XMode::Elapsed ? seconds / m_axis.unitSeconds : seconds;
     const bool wasDated = m_axis.dated;
     m_axis.dated = dated != all.end();
     m_axis.origin = origin;
@@ -206,7 +207,7 @@ Plot2D::Extent Plot2D::extent() const
             continue;
         from = std::min(from, m_axis.xOf(v, first));
         to = std::max(to, m_axis.xOf(v, v.rows()));
-        step = m_axis.mode == XMode::Sample ? 1.0 : v.source()->step();
+        step = m_axis.stepOf(v);
     }
     if (!(from <= to))
         return {};

@@ -58,6 +58,8 @@ public:
     const veltrac::XAxis& axis() const noexcept { return m_axis; }
     // Keeps in view and under the cursors what was there.
     void setMode(veltrac::XMode mode);
+    // What x counts in where it counts from a start; the view stays as it is.
+    void setTimeUnit(double seconds) noexcept { m_axis.unitSeconds = seconds; }
     // Does nothing where no row has an x above 0.
     void setLogarithmicX(bool on);
     // The start of the first source that has a calendar becomes the origin. After variables came or went.

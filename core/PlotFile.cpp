@@ -165,11 +165,14 @@ void PlotFile::look()
     m_rows = m_columns == 0 ? 0 : std::min(claimed, inFile);
     m_missingRows = claimed - m_rows;
 
-    m_base = static_cast<double>(m_file->startTime()) + (m_firstSample - 1.0) * m_file->dt();
+    // With a clock the start is told in seconds.
+    m_unitSeconds = secondsInTimeUnit(m_file->timeUnit());
+    const double start = static_cast<double>(m_file->startTime()) / (m_hasCalendar ? m_unitSeconds : 1.0);
+    m_base = start + (m_firstSample - 1.0) * m_file->dt();
     m_dt = static_cast<double>(m_file->dt());
     if (m_file->timeColumn() != 0) {
         m_timeKind = TimeKind::EachRow;
-        m_base = static_cast<double>(m_file->startTime());
+        m_base = start;
     } else if (std::isfinite(m_base) && std::isfinite(m_dt) && m_dt > 0.0) {
         m_timeKind = TimeKind::Steps;
     } else {

@@ -1,6 +1,6 @@
 // Where a plot's samples come from: rows of columns with a time each.
 //
-// Rows count from 1, the oldest first. Times are seconds since startSeconds() of the source. Neighbouring
+// Rows count from 1, the oldest first. Times count from startSeconds() of the source. Neighbouring
 // rows are read a bucket at a time and a few buckets are kept, so that several columns, and the two ends of
 // a pixel's run, cost one read.
 #pragma once
@@ -35,7 +35,9 @@ public:
     // Rows a bucket: fewer where rows are wide, so that the ends of a run stay cheap to read.
     std::uint32_t bucketRows() const noexcept { return m_bucketRows; }
     TimeKind timeKind() const noexcept { return m_timeKind; }
-    // Seconds from a row to the next; where they differ, a mean.
+    // Times and steps count in units of so many seconds.
+    double unitSeconds() const noexcept { return m_unitSeconds; }
+    // From a row to the next; where steps differ, a mean.
     double step() const;
     // Seconds since the epoch from which the times count, where they are those of a calendar.
     std::uint32_t startSeconds() const noexcept { return m_startSeconds; }
@@ -124,6 +126,7 @@ protected:
     std::uint32_t m_firstRow = 1;
     std::uint32_t m_columns = 0;
     std::uint32_t m_bucketRows = Pyramid::kLargestBucket;
+    double m_unitSeconds = 1.0;
     std::uint32_t m_startSeconds = 0;
     std::uint32_t m_firstSample = 1;
     bool m_hasCalendar = false;

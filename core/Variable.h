@@ -24,7 +24,7 @@ public:
     int lineStyle = 0;   // 0 solid, 1 to 9 dashed; negative: markers only
     double widthMm = 0.25;
     int marker = 0;  // 0: none
-    // Shown is gain * value + offset, at the sample's time plus timeShift seconds.
+    // Shown is gain * value + offset, at the sample's time plus timeShift, in units of x.
     double gain = 1.0;
     double offset = 0.0;
     double timeShift = 0.0;

@@ -18,24 +18,42 @@ std::uint32_t rowOfNumber(const Variable& v, double number)
 
 }  // namespace
 
+// x for each unit of the source's times.
+double XAxis::scaleOf(const Variable& v) const
+{
+    return mode == XMode::Sample ? 1.0 : v.source()->unitSeconds() / secondsInX();
+}
+
 double XAxis::shiftOf(const Variable& v) const
 {
     const PlotSource& source = *v.source();
-    if (mode == XMode::Sample)
-        return source.sampleOf(1) - 1.0 + (v.timeShift == 0.0 ? 0.0 : v.timeShift / source.step());
+    if (mode == XMode::Sample) {
+        const double shift = v.timeShift * unitSeconds / source.unitSeconds();
+        return source.sampleOf(1) - 1.0 + (shift == 0.0 ? 0.0 : shift / source.step());
+    }
     // What has no calendar stands at the origin; a series from before 1970 counts from a start of 0.
-    return v.timeShift + (source.hasCalendar() ? static_cast<double>(source.startSeconds()) - origin : 0.0);
+    const double behind = source.hasCalendar() ? static_cast<double>(source.startSeconds()) - origin : 0.0;
+    return v.timeShift + behind / secondsInX();
 }
 
 double XAxis::xOf(const Variable& v, std::uint32_t row) const
 {
-    return (mode == XMode::Sample ? row : v.source()->timeOf(row)) + shiftOf(v);
+    return (mode == XMode::Sample ? row : v.source()->timeOf(row) * scaleOf(v)) + shiftOf(v);
+}
+
+double XAxis::stepOf(const Variable& v) const
+{
+    return mode == XMode::Sample ? 1.0 : v.source()->step() * scaleOf(v);
 }
 
 std::uint32_t XAxis::rowAt(const Variable& v, double x) const
 {
-    const double own = x - shiftOf(v);
-    return mode == XMode::Sample ? rowOfNumber(v, own) : v.source()->rowAt(own);
+    if (mode == XMode::Sample)
+        return rowOfNumber(v, x - shiftOf(v));
+    const double scale = scaleOf(v);
+    const std::uint32_t row = v.source()->rowAt((x - shiftOf(v)) / scale);
+    // The way back from x is not always exact.
+    return scale != 1.0 && row < v.rows() && row + 1 >= v.firstRow() && xOf(v, row + 1) <= x ? row + 1 : row;
 }
 
 std::uint32_t XAxis::rowFrom(const Variable& v, double x) const
@@ -53,10 +71,9 @@ std::uint32_t XAxis::rowFrom(const Variable& v, double x) const
 
 std::uint32_t XAxis::rowNear(const Variable& v, double x, double tolerance) const
 {
-    const double own = x - shiftOf(v);
     if (mode != XMode::Sample)
-        return v.source()->rowNear(own, tolerance);
-    const std::uint32_t row = rowOfNumber(v, own);
+        return v.source()->rowNear((x - shiftOf(v)) / scaleOf(v), tolerance / scaleOf(v));
+    const std::uint32_t row = rowOfNumber(v, x - shiftOf(v));
     const std::uint32_t bucket = v.source()->bucketRows();
     return tolerance >= bucket && row < v.rows() ? row - row % bucket : row;
 }

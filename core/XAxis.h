@@ -1,7 +1,7 @@
 // What stands along a plot's x axis, and how its numbers belong to the rows of variables.
 //
-// x is a sample's number (mode Sample) or seconds since `origin` (the other modes, which differ in their
-// labels only): small numbers, so that a double keeps fine steps of long series.
+// x is a sample's number (mode Sample) or a time since `origin`, in seconds (mode Clock) or `unitSeconds`:
+// small numbers, so that a double keeps fine steps of long series.
 #pragma once
 
 #include <cstdint>
@@ -16,11 +16,14 @@ struct XAxis
 {
     XMode mode = XMode::Elapsed;
     bool logarithmic = false;  // rows whose x is not above 0 are not shown
+    double unitSeconds = 1.0;  // in one of x, mode Elapsed; sources may count in others
     std::uint32_t origin = 0;  // seconds since the epoch
     bool dated = false;        // the origin is a date; what has no calendar stands at it
 
     // Throw the TS exceptions where times have to be read.
     double xOf(const Variable& v, std::uint32_t row) const;
+    // From a row to the next; where steps differ, a mean.
+    double stepOf(const Variable& v) const;
     // The last row at or before x; 0 where there is none.
     std::uint32_t rowAt(const Variable& v, double x) const;
     // The first row at or after x; rows() + 1 where there is none.
@@ -36,6 +39,8 @@ struct XAxis
     double fromScale(double position) const;
 
 private:
+    double secondsInX() const noexcept { return mode == XMode::Clock ? 1.0 : unitSeconds; }
+    double scaleOf(const Variable& v) const;
     double shiftOf(const Variable& v) const;
 };
 

@@ -33,8 +33,8 @@ std::optional<int> decimalsOf(const Plot2D& plot)
     const auto ref = plot.reference();
     double step = 1.0;
     try {
-        if (ref && plot.axis().mode != XMode::Sample)
-            step = ref->variable().source()->step();
+        if (ref)
+            step = plot.axis().stepOf(ref->variable());
     } catch (const TS::Failure&) {
         return std::nullopt;
     }
@@ -229,7 +229,7 @@ double valueAt(const Plot2D& plot, const HsVariable& variable, double x)
     const Variable& v = variable.variable();
     try {
         const std::uint32_t row = plot.axis().rowAt(v, x);
-        if (row == 0 || (row == v.rows() && x > plot.axis().xOf(v, row) + v.source()->step()))
+        if (row == 0 || (row == v.rows() && x > plot.axis().xOf(v, row) + plot.axis().stepOf(v)))
             return kNan;
         return v.value(row);
     } catch (const TS::Failure&) {

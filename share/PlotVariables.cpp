@@ -145,6 +145,7 @@ void chooseXAxis(Plot2D& plot)
         if (!file)
             continue;
         plot.xTitle = titleOf(*file);
+        plot.setTimeUnit(file->unitSeconds());
         plot.setMode(plot.axis().dated && canShowClock(plot) ? XMode::Clock : XMode::Elapsed);
         return;
     }

@@ -362,6 +362,37 @@ TEST(PlotVariables, aSeriesFromBefore1970KeepsItsDatesBesideOthers)
     }
 }
 
+TEST(PlotVariables, filesThatCountInHoursStandAtTheirTimesBesideOthers)
+{
+    const TestDirectory directory;
+    constexpr std::uint32_t kStart = 1'000'000'000;
+    {
+        TSFILE hours("hours.ts", 400, 1, 0);
+        hours.dt(0.7F);
+        hours.timeUnit("Time[h]");
+        hours.startSeconds(kStart);
+        TSFILE seconds("seconds.ts", 400, 1, 0);
+        seconds.dt(60.0F);
+        seconds.startSeconds(kStart + 7200);
+    }
+    for (const char* const first : {"hours.ts", "seconds.ts"}) {
+        QtPlotWin window(QString::fromLatin1(first));
+        window.show();
+        emit window.canvas()->x_files_dropped({QStringLiteral("hours.ts"), QStringLiteral("seconds.ts")});
+        const XAxis& axis = window.canvas()->plot().axis();
+        const double unit = axis.mode == XMode::Clock ? 1.0 : 3600.0;
+        EXPECT_EQ(axis.mode == XMode::Clock, first == std::string("seconds.ts"));
+        for (const auto& shown : window.canvas()->plot().variables()) {
+            const Variable& v = shown->variable();
+            const bool isHours = v.source()->step() < 1.0;
+            const double moment = isHours ? kStart + 7 * 0.7F * 3600.0 : kStart + 7200 + 7 * 60.0;
+            EXPECT_NEAR(axis.origin + axis.xOf(v, 7) * unit, moment, 1e-3) << first;
+            for (std::uint32_t row = 1; row <= 400; ++row)
+                ASSERT_EQ(axis.rowAt(v, axis.xOf(v, row)), row) << first;
+        }
+    }
+}
+
 TEST_F(PlotCanvasTest, everySignalAndReadoutForTheCalculatingWindows)
 {
     QSignalSpy moved(&m_canvas, SIGNAL(x_cursor_moved(int, int, int)));

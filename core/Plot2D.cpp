@@ -2,7 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include <limits>
+
+#include "core/PlotFile.h"
+#include "core/Utf8.h"
 
 using namespace veltrac;
 
@@ -32,6 +36,20 @@ Group::Variables Plot2D::variables() const
     for (const Group& g : m_groups)
         all.insert(all.end(), g.variables().begin(), g.variables().end());
     return all;
+}
+
+std::string Plot2D::nameOf(const HsVariable& variable) const
+{
+    const Variable& v = variable.variable();
+    const auto* const file = dynamic_cast<const PlotFile*>(v.source().get());
+    const auto isNamesake = [&v](const std::shared_ptr<HsVariable>& other) {
+        const Variable& o = other->variable();
+        return o.visible && o.label == v.label && o.source() != v.source();
+    };
+    const Group::Variables all = variables();
+    if (file == nullptr || std::none_of(all.begin(), all.end(), isNamesake))
+        return v.label;
+    return v.label + " (" + utf8OfBytes(std::filesystem::path(file->path()).stem().string()) + ')';
 }
 
 std::shared_ptr<HsVariable> Plot2D::reference() const

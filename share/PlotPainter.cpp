@@ -555,9 +555,9 @@ private:
 
     // -- Texts --
 
-    static std::string failureText(const Curve& curve)
+    std::string failureText(const Curve& curve) const
     {
-        return curve.variable->variable().label + ": " + curve.failure;
+        return m_plot.nameOf(*curve.variable) + ": " + curve.failure;
     }
 
     static std::uint32_t notAboveZero(const HsVariable& v)
@@ -566,9 +566,9 @@ private:
         return readable ? v.notPositive(v.variable().firstRow(), v.variable().rows()) : 0;
     }
 
-    static std::string legendText(const HsVariable& v)
+    std::string legendText(const HsVariable& v) const
     {
-        std::string text = v.variable().label;
+        std::string text = m_plot.nameOf(v);
         const std::uint32_t low = notAboveZero(v);
         return low == 0 ? text : text.append(" (").append(std::to_string(low)).append(" not above 0)");
     }

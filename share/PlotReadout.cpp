@@ -253,7 +253,7 @@ Readout readoutAt(const Plot2D& plot, double x)
     }
     for (const auto& v : plot.variables())
         if (v->variable().visible && !v->variable().isMark)
-            rows.push_back({v->variable().label, valueWithUnit(*v, valueAt(plot, *v, at))});
+            rows.push_back({plot.nameOf(*v), valueWithUnit(*v, valueAt(plot, *v, at))});
     return rows;
 }
 
@@ -305,7 +305,7 @@ IntervalFields intervalFields(const Plot2D& plot, const IntervalRow& row)
         return means ? ofValues(value) : std::string();
     };
     const bool both = plot.cursor(Plot2D::A) && plot.cursor(Plot2D::B);
-    return {row.variable->variable().label,
+    return {plot.nameOf(*row.variable),
             row.variable->variable().unit,
             atCursor(Plot2D::A, row.atA),
             atCursor(Plot2D::B, row.atB),

@@ -468,7 +468,7 @@ void PlotView::showHover()
             break;
         }
         parts.append(
-            QString::fromStdString(v->variable().label + " = " + valueWithUnit(*v, valueAt(plot(), *v, x))));
+            QString::fromStdString(plot().nameOf(*v) + " = " + valueWithUnit(*v, valueAt(plot(), *v, x))));
     }
     emit x_hovered(parts.join(QStringLiteral(",  ")));
 }

@@ -387,6 +387,8 @@ TEST(PlotVariables, filesThatCountInHoursStandAtTheirTimesBesideOthers)
             const bool isHours = v.source()->step() < 1.0;
             const double moment = isHours ? kStart + 7 * 0.7F * 3600.0 : kStart + 7200 + 7 * 60.0;
             EXPECT_NEAR(axis.origin + axis.xOf(v, 7) * unit, moment, 1e-3) << first;
+            EXPECT_EQ(window.canvas()->plot().nameOf(*shown),
+                      isHours ? "Column-01 (hours)" : "Column-01 (seconds)");
             for (std::uint32_t row = 1; row <= 400; ++row)
                 ASSERT_EQ(axis.rowAt(v, axis.xOf(v, row)), row) << first;
         }

@@ -57,7 +57,7 @@ public:
             throw UsageError("--sample-time and --rate say the same: one of them");
         if (m_rate)
             m_step = 1.0 / *m_rate;
-        if (m_step && !(*m_step > 0.0 && std::isfinite(*m_step)))
+        if (m_step && !isSampleTime(*m_step))
             throw UsageError("a sample time must be above 0");
         for (const std::string& text : m_description)
             requireFitting(text, kFileDescription.width - 1);

@@ -4,6 +4,7 @@
 
 #include "cli/Options.h"
 #include "converters/TimeStamps.h"
+#include "core/FileTime.h"
 
 namespace veltrac {
 
@@ -97,7 +98,7 @@ void ImportOptions::check()
             throw UsageError("--rate must be above 0");
         time.step = 1.0 / *time.rate;
     }
-    if ((time.step && !(*time.step > 0.0)) || (time.equalStep && !(*time.equalStep > 0.0)))
+    if ((time.step && !isSampleTime(*time.step)) || (time.equalStep && !isSampleTime(*time.equalStep)))
         throw UsageError("a step must be above 0");
     if (!time.start.empty() && !readStamp(time.start))
         throw UsageError("--start: \"" + time.start + "\" is no time; 2016-10-30T02:30:00 is one");

@@ -4,7 +4,6 @@
 
 #include <array>
 #include <cerrno>
-#include <cmath>
 #include <optional>
 #include <system_error>
 
@@ -14,6 +13,7 @@
 #include "converters/ColumnTexts.h"
 #include "converters/Recording.h"
 #include "core/ColumnNames.h"
+#include "core/FileTime.h"
 #include "core/NumberTexts.h"
 #include "core/RingWriter.h"
 #include "core/TsHeader.h"
@@ -85,8 +85,7 @@ public:
             throw UsageError("one file is recorded into");
         if (common.files.front() == "-")
             throw UsageError("rows come from standard input and go into a file: name it");
-        if (m_step && !(*m_step > 0.0 && std::isfinite(static_cast<float>(*m_step)) &&
-                        static_cast<float>(*m_step) > 0.0F))
+        if (m_step && !isSampleTime(*m_step))
             throw UsageError("--dt must be above 0");
         if (!(m_flush >= 0.0 && m_flush <= kLongestFlush))
             throw UsageError("--flush is a time of up to an hour");

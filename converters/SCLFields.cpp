@@ -8,6 +8,7 @@
 
 #include "converters/ImportFields.h"
 #include "converters/SCLObject.h"
+#include "core/FileTime.h"
 #include "share/HeaderText.h"
 #include "share/NumberField.h"
 
@@ -40,8 +41,11 @@ SCLFields::SCLFields(QWidget* parent)
     m_skip->setKeyboardTracking(false);
     m_description->setMaxLength(kFileDescriptionBytes);
     for (NumberField* const field : {m_step, m_frequency})
-        field->setCheck(
-            [](double number) { return number > 0 ? QString() : QStringLiteral("This must be above 0."); });
+        field->setCheck([](double number) {
+            return isSampleTime(number) && isSampleTime(1.0 / number)
+                       ? QString()
+                       : QStringLiteral("This must be above 0.");
+        });
 
     auto* const form = new QFormLayout(this);
     form->setContentsMargins(0, 0, 0, 0);

@@ -7,6 +7,7 @@
 #include "converters/STLHead.h"
 #include "converters/STLSample.h"
 #include "converters/WordedDates.h"
+#include "core/FileTime.h"
 #include "core/TextNumbers.h"
 #include "core/Utf8.h"
 
@@ -144,11 +145,11 @@ void useHead(SCLSource& source, const HeadLine& head)
                 source.start = localWallClock(*stamp, DateOrder::DayMonth);
             break;
         case STLKey::Interval:
-            if (const auto step = readInterval(head.value, cells); step && *step > 0)
+            if (const auto step = readInterval(head.value, cells); step && isSampleTime(*step))
                 source.step = step;
             break;
         case STLKey::Rate:
-            if (const auto hertz = readRate(head.value, cells); hertz && *hertz > 0)
+            if (const auto hertz = readRate(head.value, cells); hertz && isSampleTime(1.0 / *hertz))
                 source.step = 1.0 / *hertz;
             break;
         case STLKey::Name:
@@ -172,7 +173,7 @@ std::optional<double> constantRise(const std::vector<std::vector<double>>& lines
         return std::nullopt;
     const double step = lines[1][0] - lines[0][0];
     for (std::size_t i = 1; i < lines.size(); ++i)
-        if (!(step > 0) || std::fabs(lines[i][0] - lines[i - 1][0] - step) > kConstantWithin * step)
+        if (!isSampleTime(step) || std::fabs(lines[i][0] - lines[i - 1][0] - step) > kConstantWithin * step)
             return std::nullopt;
     return step;
 }

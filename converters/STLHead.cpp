@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <map>
 
+#include "core/FileTime.h"
 #include "core/TimeUnits.h"
 
 namespace veltrac {
@@ -189,11 +190,12 @@ void useHead(STLFormat& format)
                 time = time ? time : readTime(value);
                 break;
             case STLKey::Interval:
-                if (const auto step = readInterval(first(key, value), cells); step && *step > 0)
+                if (const auto step = readInterval(first(key, value), cells); step && isSampleTime(*step))
                     setStep(format, *step);
                 break;
             case STLKey::Rate:
-                if (const auto hertz = readRate(first(key, value), cells); hertz && *hertz > 0)
+                if (const auto hertz = readRate(first(key, value), cells);
+                    hertz && isSampleTime(1.0 / *hertz))
                     setStep(format, 1.0 / *hertz);
                 break;
             case STLKey::Description:

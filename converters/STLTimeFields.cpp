@@ -8,6 +8,7 @@
 #include <QScopedValueRollback>
 
 #include "converters/ImportTexts.h"
+#include "core/FileTime.h"
 #include "share/NumberField.h"
 
 namespace veltrac {
@@ -50,8 +51,9 @@ STLTimeFields::STLTimeFields(QWidget* parent)
 {
     m_start->setPlaceholderText(QStringLiteral("yyyy-mm-dd hh:mm:ss"));
     m_resampleStep->setPlaceholderText(QStringLiteral("the typical step"));
-    m_step->setCheck(
-        [](double number) { return number > 0 ? QString() : QStringLiteral("This must be above 0."); });
+    m_step->setCheck([](double number) {
+        return isSampleTime(number) ? QString() : QStringLiteral("This must be above 0.");
+    });
     setForm(buildForm());
 
     const auto changed = [this] {

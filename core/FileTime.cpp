@@ -6,6 +6,7 @@
 #include <charconv>
 #include <chrono>
 #include <cmath>
+#include <limits>
 
 #include "core/Characters.h"
 #include "core/TSFILE.h"
@@ -218,6 +219,12 @@ double secondsInTimeUnit(std::string_view unit)
 {
     const double seconds = secondsOf(bareTimeUnit(unit));
     return seconds > 0.0 ? seconds : 1.0;
+}
+
+bool isSampleTime(double time)
+{
+    constexpr double kGreatest = std::numeric_limits<float>::max();
+    return time > 0.0 && time <= kGreatest && static_cast<float>(time) > 0.0F;
 }
 
 std::optional<double> wholeNumber(std::string_view text)

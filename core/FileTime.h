@@ -20,6 +20,9 @@ std::string bareTimeUnit(std::string_view unit);
 // The seconds in one unit of a file's time unit; 1 where the text is empty or no unit of time.
 double secondsInTimeUnit(std::string_view unit);
 
+// Whether a header can hold a sample time: it is a 32-bit float above 0.
+bool isSampleTime(double time);
+
 class FileTime
 {
 public:

@@ -14,10 +14,10 @@
 #include <QTabWidget>
 #include <QTableWidget>
 
-#include <cmath>
 #include <memory>
 #include <set>
 
+#include "core/FileTime.h"
 #include "core/TSFILE.h"
 #include "core/TsNames.h"
 #include "portal/TsApplication.h"
@@ -116,9 +116,7 @@ void Basic_Tab::addChecks()
     m_samples->setWhole(0, kMostSamples);
     m_columns->setWhole(1, kMostNewColumns);
     m_sampleTime->setCheck([](double seconds) {
-        const auto stored = static_cast<float>(seconds);
-        return stored > 0.0F && std::isfinite(stored) ? QString()
-                                                      : QStringLiteral("The sample time must be above 0.");
+        return isSampleTime(seconds) ? QString() : QStringLiteral("The sample time must be above 0.");
     });
 }
 

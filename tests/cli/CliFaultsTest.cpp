@@ -124,6 +124,8 @@ TEST_F(CliFaults, WrongUsageDoesNothingAndSaysWhy)
         {"spectrum --peaks 2 -o - a.ts", "-o - and --peaks both want standard output"},
         {"header a.ts", "nothing is to be changed"},
         {"header --start yesterday a.ts", "\"yesterday\" is no time"},
+        {"header --sample-time 1e39 a.ts", "a sample time must be above 0"},  // and a 32-bit float
+        {"import --rate 1e-60 a.ts", "a step must be above 0"},
         {"header --new-column -", "--new-column"},
         {"derivative --in-place 1 --new-column a.ts", "not both"},
         {"import --step 1 --rate 1 a.ts", "one of them"},

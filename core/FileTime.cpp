@@ -376,7 +376,7 @@ std::optional<SeriesPlace> placeMeant(std::string_view text, std::uint32_t held,
         reason = "The file has no samples.";
         return std::nullopt;
     }
-    const auto place = parsePlace(text);
+    auto place = parsePlace(text);
     if (place && (place->fileUnit.empty() || lowered(place->fileUnit) == lowered(time.unit())))
         return place;
     reason = "Type a sample (250000), a time (12.5 s, 13:45:30 or 2016-10-30 13:45) or a share (50%).";

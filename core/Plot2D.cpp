@@ -139,7 +139,8 @@ void Plot2D::setMode(XMode mode)
     if (mode == m_axis.mode)
         return;
     const auto ref = reference();
-    const bool converts = ref && (mode == XMode::Sample || m_axis.mode == XMode::Sample);
+    const bool isTime = mode != XMode::Sample && m_axis.mode != XMode::Sample;
+    const bool converts = ref && !(isTime && m_axis.unitSeconds == 1.0);
     XAxis next = m_axis;
     next.mode = mode;
     if (!converts) {

@@ -392,6 +392,15 @@ TEST(PlotVariables, filesThatCountInHoursStandAtTheirTimesBesideOthers)
             for (std::uint32_t row = 1; row <= 400; ++row)
                 ASSERT_EQ(axis.rowAt(v, axis.xOf(v, row)), row) << first;
         }
+        if (axis.mode == XMode::Clock)
+            continue;
+        // Without the hours a clock can be had, with the same times in view.
+        Plot2D& plot = window.canvas()->plot();
+        plot.remove(*plot.variables().front());
+        plot.setX(3.0, 5.0);
+        plot.setMode(XMode::Clock);
+        EXPECT_NEAR(plot.x1(), 3.0 * 3600.0, 1e-3);
+        EXPECT_NEAR(plot.x2(), 5.0 * 3600.0, 1e-3);
     }
 }
 

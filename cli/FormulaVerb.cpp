@@ -169,6 +169,8 @@ private:
         if (parser.ErrorCode() != 0)
             throw JobError(errorText(parser.ErrorCode(), parser.errorPosition()));
         const CalculationRange range = rangeOf(job, target, bounds);
+        if (const std::string words = clockDifferences(others, target); !words.empty())
+            job.notes.push_back(words);
         CalculationReport report;
         try {
             requireDone(
@@ -189,8 +191,6 @@ private:
         job.json["missing"] = report.missing;
         for (const std::string& reading : parser.readings())
             job.notes.push_back(reading);
-        if (const std::string words = clockDifferences(others, target); !words.empty())
-            job.notes.push_back(words);
         if (report.faultySamples > 0)
             job.notes.push_back(counted(report.faultySamples, "sample") + " with an error and the value 0");
         if (report.missing > 0)

@@ -86,8 +86,12 @@ private:
             file.description(text.c_str());
         for (const std::string& text : m_timeUnit)
             file.timeUnit(text.c_str());
-        if (m_step)
-            file.dt(static_cast<float>(m_rate ? *m_step / FileTime(file).unitSeconds() : *m_step));
+        if (m_step) {
+            const double step = m_rate ? *m_step / FileTime(file).unitSeconds() : *m_step;
+            if (!isSampleTime(step))
+                throw JobError("a sample time must be above 0");
+            file.dt(static_cast<float>(step));
+        }
         if (m_startSeconds)
             file.setStart(*m_startSeconds, m_startRest);
         for (const auto& [column, text] : names)

@@ -180,10 +180,13 @@ private:
             plot.setLogarithmicY(g, true);
         requireDone(plot.buildMissing(job.progress));
         chooseXAxis(plot);
-        if (m_xMode && static_cast<XMode>(*m_xMode) == XMode::Clock && !canShowClock(plot))
-            throw JobError("its times do not count in seconds, or do not rise: --x clock cannot show them");
-        if (m_xMode)
-            plot.setMode(static_cast<XMode>(*m_xMode));
+        if (m_xMode) {
+            const auto mode = static_cast<XMode>(*m_xMode);
+            if (mode == XMode::Clock && !canShowClock(plot))
+                throw JobError(
+                    "its times do not count in seconds, or do not rise: --x clock cannot show them");
+            plot.setMode(mode);
+        }
         plot.fitAll();
         if (m_logX) {
             plot.setLogarithmicX(true);

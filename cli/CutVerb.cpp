@@ -92,9 +92,8 @@ public:
     void perform(VerbJob& job) override
     {
         const PlotFile file(job.source.string());
-        if (file.missingRows() > 0)
-            throw JobError("the file is cut short: " + groupedDigits(file.missingRows()) +
-                           " of its samples are gone");
+        if (const std::string words = cutShortText(file); !words.empty())
+            throw JobError(words);
         const SampleRange range = m_places.rangeIn(file.file(), job.notes);
         if (m_columns.empty() && m_every == 1) {
             requireDone(saveInterval(file, range.first, range.last, job.target, job.progress));

@@ -124,9 +124,8 @@ private:
             for (std::uint32_t c = 1; c <= file.columns(); ++c)
                 if (file.isPlottable(c))
                     request.columns.push_back(c);
-        if (file.missingRows() > 0)
-            throw JobError("the file is cut short: " + groupedDigits(file.missingRows()) +
-                           " of its samples are gone");
+        if (const std::string words = cutShortText(file); !words.empty())
+            throw JobError(words);
         request.range = m_places.rangeIn(file.file(), job.notes);
         requireDone(chosen()->write(file, request, job.target, job.progress, job.notes));
         job.json["samples"] = request.range.count();

@@ -10,6 +10,7 @@
 #include "cli/Verb.h"
 #include "core/FileTime.h"
 #include "core/HeaderTexts.h"
+#include "core/PlotFile.h"
 #include "core/TSFILE.h"
 #include "core/Utf8.h"
 #include "core/WallClock.h"
@@ -108,6 +109,13 @@ std::vector<std::uint32_t> columnsMeant(TSFILE& file, const std::vector<std::str
     for (const std::string& text : texts)
         columns.push_back(columnMeant(file, text));
     return columns;
+}
+
+std::string cutShortText(const PlotFile& file)
+{
+    return file.missingRows() == 0
+               ? std::string()
+               : "the file is cut short: " + groupedDigits(file.missingRows()) + " of its samples are gone";
 }
 
 void noteFrequencyUnit(TSFILE& file, std::vector<std::string>& notes)

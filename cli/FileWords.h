@@ -13,6 +13,7 @@ class TSFILE;
 namespace veltrac {
 
 class Options;
+class PlotFile;
 
 // The shortest text that reads back as the same number; "nan", "inf" and "-inf" for what is none.
 std::string numberText(double number);
@@ -27,6 +28,9 @@ std::string columnLabel(TSFILE& file, std::uint32_t column);
 // A column by its number, else by its name. Throws JobError, which lists the columns there are.
 std::uint32_t columnMeant(TSFILE& file, const std::string& text);
 std::vector<std::uint32_t> columnsMeant(TSFILE& file, const std::vector<std::string>& texts);
+
+// "the file is cut short: 236 of its samples are gone"; empty where all are there.
+std::string cutShortText(const PlotFile& file);
 
 // Says, where the file's times do not count in seconds, what its frequencies are.
 void noteFrequencyUnit(TSFILE& file, std::vector<std::string>& notes);

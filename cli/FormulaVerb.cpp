@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "cli/FileWords.h"
 #include "cli/Options.h"
 #include "cli/ResultTarget.h"
 #include "cli/Verbs.h"
@@ -11,6 +12,7 @@
 #include "core/FileTime.h"
 #include "core/HeaderTexts.h"
 #include "core/NumberTexts.h"
+#include "core/PlotFile.h"
 #include "core/Rebuild.h"
 #include "core/TSFILE.h"
 #include "core/TsExceptions.h"
@@ -79,8 +81,8 @@ public:
         }
         const auto fill = [&](TSFILE& made) {
             nameResult(made, column);
-            compute(job, made, column,
-                    []() -> TSFILE& { throw JobError("the disk took no more (is it full?)"); });
+            // A file that is being made keeps nothing: what went wrong is told.
+            compute(job, made, column, []() -> TSFILE& { throw; });
             return JobOutcome::Done;
         };
         const std::filesystem::path& target = m_target.makesColumn() ? job.source : job.target;
@@ -132,6 +134,8 @@ private:
                 } catch (const TS::Failure&) {
                     throw JobError("x" + std::to_string(k + 1) + ": " + name + " cannot be opened");
                 }
+                if (const std::string words = cutShortText(PlotFile(name)); !words.empty())
+                    throw JobError("x" + std::to_string(k + 1) + ": " + name + ": " + words);
             }
         }
         bound.used = bound.file ? bound.file.get() : &target;

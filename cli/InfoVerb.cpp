@@ -56,9 +56,8 @@ public:
         describeFile(job, file);
         for (std::uint32_t c = 1; c <= file.describedColumns(); ++c)
             describeColumn(job, file, c, m_stats ? &statistics[c - 1] : nullptr);
-        if (file.missingRows() > 0)
-            job.notes.push_back("the file is cut short: " + groupedDigits(file.missingRows()) +
-                                " of its samples are gone");
+        if (const std::string words = cutShortText(file); !words.empty())
+            job.notes.push_back(words);
     }
 
 private:

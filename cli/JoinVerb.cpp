@@ -10,6 +10,7 @@
 #include "core/ColumnCopy.h"
 #include "core/ColumnNames.h"
 #include "core/FileTime.h"
+#include "core/PlotFile.h"
 #include "core/Rebuild.h"
 #include "core/SafeChange.h"
 #include "core/SourceColumn.h"
@@ -79,6 +80,8 @@ private:
     {
         Part part{source.string(), openTsFile(source.string(), true)};
         const auto refuse = [&](const std::string& why) { throw JobError(part.name + ": " + why); };
+        if (const std::string words = cutShortText(PlotFile(source.string())); !words.empty())
+            refuse(words);
         if (!(part.file->dt() > 0.0F) || !std::isfinite(part.file->dt()))
             refuse("its sample time is not above 0");
         if (part.file->timeColumn() != 0)

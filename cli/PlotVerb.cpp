@@ -169,11 +169,15 @@ private:
         }
     }
 
-    Plot2D plotOfFiles(const VerbJob& job) const
+    Plot2D plotOfFiles(VerbJob& job) const
     {
         Plot2D plot;
-        for (const std::filesystem::path& source : m_together ? job.sources : std::vector{job.source})
-            addFile(plot, std::make_shared<PlotFile>(source.string()));
+        for (const std::filesystem::path& source : m_together ? job.sources : std::vector{job.source}) {
+            const auto file = std::make_shared<PlotFile>(source.string());
+            addFile(plot, file);
+            if (const std::string words = cutShortText(*file); !words.empty())
+                job.notes.push_back(m_together ? source.string() + ": " + words : words);
+        }
         if (plot.variables().empty())
             throw JobError("it has no column that can be plotted");
         for (std::size_t g = 0; g < plot.groups().size() && m_logY; ++g)

@@ -149,6 +149,7 @@ TEST_F(CliFaults, WrongUsageDoesNothingAndSaysWhy)
 TEST_F(CliFaults, WhatAFileCannotServeIsToldWithWhatThereIs)
 {
     TSFILE("a.ts", false).dt(0.0F);
+    fs::resize_file("c.ts", 121'000);
     const struct
     {
         const char* arguments;
@@ -166,6 +167,10 @@ TEST_F(CliFaults, WhatAFileCannotServeIsToldWithWhatThereIs)
          "b.ts: the results begin with sample 2; a file of their own takes them (-o)\n"},
         {"formula --formula x4 -o x.ts b.ts", "b.ts: x4: the file has only 3 columns\n"},
         {"join -o x.ts a.ts b.ts", "x.ts: a.ts: its sample time is not above 0\n"},
+        {"cut -o x.ts c.ts", "c.ts: the file is cut short: 10 016 of its samples are gone\n"},
+        {"join -o x.ts b.ts c.ts", "x.ts: c.ts: the file is cut short: 10 016 of its samples are gone\n"},
+        {"formula --formula x1+x2 --x2 c.ts:1 -o x.ts b.ts",
+         "b.ts: x2: c.ts: the file is cut short: 10 016 of its samples are gone\n"},
         {"plot -o x.png b.ts", "b.ts: x.png: a picture ends in .svg or .eps\n"},
         {"info scratch", "scratch: it is a directory\n"},
     };
@@ -174,6 +179,10 @@ TEST_F(CliFaults, WhatAFileCannotServeIsToldWithWhatThereIs)
         EXPECT_EQ(run.status, 1) << row.arguments;
         EXPECT_EQ(run.notes, row.says);
     }
+    // What is there of it can be drawn all the same.
+    EXPECT_EQ(cli("plot --together -o x.svg b.ts c.ts").notes,
+              "x.svg: c.ts: the file is cut short: 10 016 of its samples are gone\n");
+    fs::remove("x.svg");
     for (const auto& [option, room] : {std::pair("--name", 11), {"--text", 44}, {"--unit", 44}}) {
         const std::string text(60, 'x');
         EXPECT_EQ(

@@ -22,11 +22,11 @@ inline constexpr std::uint32_t kRunSamples = 1U << 15;
 std::uint32_t oldestRow(TSFILE& file);
 
 // The start of a copy whose times count from so long behind the file's own start, in the file's unit of time.
-// Where there is a clock, whole seconds go to it, which is exact: in the 32-bit float of the rest a day at 1
-// kHz would lose samples. Without one the start counts as the steps do.
+// Where there is a clock, whole seconds go to it, which is exact: in the 32-bit float of the rest a day of
+// milliseconds would lose samples. Without one the start counts as the steps do.
 void copyStartAt(TSFILE& from, double elapsed, TSFILE& to);
-// The same so many steps of dt behind. Times of the file's own, which the copy keeps, count from where they
-// did.
+// The same so many steps of dt behind. Times of the file's own, which the copy keeps, count on from its
+// start.
 void copyStartBehind(TSFILE& from, double steps, TSFILE& to);
 
 // Takes over the header for rows that are copied from the oldest one on: of a ring file that has come round

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 
-#include "core/FileTime.h"
 #include "core/PlotFile.h"
 #include "core/TsExceptions.h"
 #include "share/JobProgress.h"
@@ -110,9 +109,8 @@ PlotFollower::Came PlotFollower::takeNews(PlotFile& file)
                 break;
             }
             // A header may claim any step.
-            watched.isStalled =
-                static_cast<double>(watched.sinceNews.elapsed()) >
-                std::max(kLateMs, kLateSteps * file.step() * secondsInTimeUnit(file.timeUnit()) * 1000.0);
+            watched.isStalled = static_cast<double>(watched.sinceNews.elapsed()) >
+                                std::max(kLateMs, kLateSteps * file.step() * file.unitSeconds() * 1000.0);
             return Came::Nothing;
         case PlotFile::News::Rows:
             try {

@@ -10,6 +10,7 @@
 #include "cli/Verb.h"
 #include "core/FileTime.h"
 #include "core/HeaderTexts.h"
+#include "core/NumberTexts.h"
 #include "core/PlotFile.h"
 #include "core/TSFILE.h"
 #include "core/Utf8.h"

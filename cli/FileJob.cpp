@@ -261,9 +261,12 @@ TaskOutcome runFileJob(Verb& verb, const CommonOptions& common, const PlannedFil
             job.json["skipped"] = true;
         outcome.out = told(job);
         outcome.report = job.report;
+        // What is said of several files together stands beside the file that they come into.
+        const std::string& subject =
+            planned.source.empty() || job.sources.size() > 1 ? named : planned.source;
         if (!common.quiet)
             for (const std::string& note : job.notes)
-                outcome.notes += (planned.source.empty() ? named : planned.source) + ": " + note + '\n';
+                outcome.notes += subject + ": " + note + '\n';
         return outcome;
     } catch (const Interrupted&) {
         return {TaskOutcome::State::Interrupted, {}, {}};

@@ -34,26 +34,46 @@ bool isTsa(const STLSample& sample)
     return samples && columns;
 }
 
-bool isDigits(std::string_view text)
+// The part of a number before a decimal comma, and the part behind it, which may end in an exponent.
+bool isWhole(std::string_view text)
 {
+    text.remove_prefix(text.starts_with('-') || text.starts_with('+') ? 1 : 0);
     return !text.empty() && std::all_of(text.begin(), text.end(), isDigit);
 }
 
+bool isFraction(std::string_view text)
+{
+    const std::size_t digits = std::min(text.find_first_of("eE"), text.size());
+    return isWhole(text.substr(0, digits)) && isDigit(text.front()) &&
+           (digits == text.size() || isWhole(text.substr(digits + 1)));
+}
+
 // "-0,245" below each other: one column with a decimal comma, which reads as two columns of whole numbers.
+// What tells them apart are zeros behind the comma, a sign of zero, an exponent, and numbers without a comma.
 bool isDecimalComma(const STLSample& sample, const STLFormat& format)
 {
-    if (format.columns.size() != 2 || format.cells.separator != ',' || format.namesLine != 0)
+    constexpr std::size_t kAlone = 2;  // one may be the last line, cut short
+    if (format.columns.size() != 2 || format.cells.separator != ',')
         return false;
-    bool leadingZero = false;
+    bool telling = false;
+    std::size_t alone = 0;
     std::vector<std::string_view> cells;
     for (const STLLine& line : sample.lines) {
+        const std::size_t count = splitCells(line.text, ',', cells);
+        if (line.number == format.namesLine && count > 1)
+            return false;
         if (line.number < format.firstDataLine || isRemark(line.text, format))
             continue;
-        if (splitCells(line.text, ',', cells) != 2 || !isDigits(cells[1]))
+        if (count == 1 && (isWhole(cells[0]) || isMissing(cells[0], format.cells))) {
+            ++alone;
+            continue;
+        }
+        if (count != 2 || !isWhole(cells[0]) || !isFraction(cells[1]))
             return false;
-        leadingZero = leadingZero || (cells[1].size() > 1 && cells[1].front() == '0') || cells[0] == "-0";
+        telling = telling || (cells[1].size() > 1 && cells[1].front() == '0') || cells[0] == "-0" ||
+                  !isWhole(cells[1]);
     }
-    return leadingZero;
+    return telling || alone >= kAlone;
 }
 
 bool isSingleColumn(const std::filesystem::path& file)

@@ -6,6 +6,7 @@
 
 #include "converters/STLHead.h"
 #include "converters/STLSample.h"
+#include "converters/UnitWords.h"
 #include "converters/WordedDates.h"
 #include "core/FileTime.h"
 #include "core/TextNumbers.h"
@@ -216,16 +217,21 @@ void judgeTimes(SCLSource& source, const LineTimes& times)
             static_cast<Micros>(std::llround((*times.first - source.step.value_or(1.0)) * kMicrosPerSecond));
 }
 
-// A word above the values is their name, as a column's is; several are prose.
-std::string nameIn(std::string_view line, const std::string& otherwise)
+// A line of words above the values. One word is their name, as a column's is, several are prose; a unit below
+// either is theirs.
+void useWords(SCLSource& source, std::string_view line, bool isFirst)
 {
     const std::size_t from = line.find_first_not_of(" \t\"");
     const std::size_t to = line.find_last_not_of(" \t\r\"");
     if (from == std::string_view::npos || to == std::string_view::npos || to < from)
-        return otherwise;
-    const std::string_view word = line.substr(from, to - from + 1);
-    return word.find_first_of(" \t") == std::string_view::npos && isUtf8(word) ? std::string(word)
-                                                                               : otherwise;
+        return;
+    const std::string words(line.substr(from, to - from + 1));
+    if (!isUtf8(words))
+        return;
+    if (!isFirst && source.unit.empty() && isUnit(words))
+        source.unit = words;
+    else if (words.find_first_of(" \t") == std::string::npos)
+        source.name = words;
 }
 
 }  // namespace
@@ -243,6 +249,7 @@ SCLSource detectSource(const std::filesystem::path& file, std::uint64_t skipLine
     LineTimes times;
     bool anyNumber = false;
     bool isNamed = false;
+    bool hasWords = false;
     std::vector<STLToken> tokens;
     for (const STLLine& line : sample.head) {
         if (line.number <= skipLines || isEmptyLine(line.text))
@@ -269,7 +276,8 @@ SCLSource detectSource(const std::filesystem::path& file, std::uint64_t skipLine
             }
         if (numbers.empty()) {
             if (lines.empty() && !isNamed)
-                source.name = nameIn(line.text, source.name);
+                useWords(source, line.text, !hasWords);
+            hasWords = true;
             continue;
         }
         lines.push_back(numbers);

@@ -10,6 +10,7 @@
 #include "converters/STLHead.h"
 #include "converters/STLNamePlaces.h"
 #include "converters/STLTitles.h"
+#include "converters/UnitWords.h"
 #include "core/TimeUnits.h"
 #include "core/Utf8.h"
 
@@ -62,50 +63,6 @@ bool looksLikeUnits(const STLRow& row)
         units += sign || std::find(known.begin(), known.end(), lower) != known.end() ? 1 : 0;
     }
     return units > 0 && (units * 2 >= filled || (empties && units * 3 >= filled));
-}
-
-// Whether a word is a unit, perhaps with an SI prefix.
-bool isUnitWord(std::string_view word)
-{
-    static constexpr std::string_view kUnits =
-        " m g s a k c f v w n j l h t b d mol cd hz pa ohm ohms wb lm lx bq gy sv bar db dbm dbv dba dbfs "
-        "ppm ppb "
-        "rpm deg rad sr min hr hrs day days week year years yr in ft mi mph lb lbs psi kn kt knot knots cal "
-        "wh ah "
-        "va var ev bit bits byte bytes bps cps px pct percent count counts inch inches feet degc degf "
-        "celsius "
-        "kelvin fahrenheit volt volts amp amps ampere watt watts newton pascal joule mmhg inhg mg au ph pas "
-        "gal "
-        "sec secs meter meters metre metres gram grams liter litre usd eur nu pu rms pp ";
-    const auto known = [](std::string_view text) {
-        return !text.empty() && kUnits.find(' ' + std::string(text) + ' ') != std::string_view::npos;
-    };
-    constexpr std::string_view kPrefixes = "kmunpgthcd";
-    return known(word) || (word.size() > 1 && kPrefixes.find(word.front()) != std::string_view::npos &&
-                           known(word.substr(1)));
-}
-
-// "kN", "m/s2", "°C", "1/min", "kWh/m^2", "deg C".
-bool isUnit(const std::string& text)
-{
-    constexpr std::size_t kLongest = 16;
-    const std::string lower = lowered(text);
-    if (lower.empty() || lower.size() > kLongest)
-        return false;
-    if (secondsOfUnit(lower) > 0.0 || lower.find_first_of("%\xB0\xB5\xC2\xCE\xE2") != std::string::npos)
-        return true;
-    constexpr std::string_view kBetween = "/*^.-+ 0123456789()";
-    bool any = false;
-    for (std::size_t at = 0; at < lower.size();) {
-        const std::size_t from = lower.find_first_not_of(kBetween, at);
-        if (from == std::string::npos)
-            break;
-        at = std::min(lower.find_first_of(kBetween, from), lower.size());
-        if (!isUnitWord(std::string_view(lower).substr(from, at - from)))
-            return false;
-        any = true;
-    }
-    return any;
 }
 
 // "v(in)", "i(r1)" and "log(M)" are whole names.
@@ -233,6 +190,14 @@ bool holdsOddNumbers(const STLRow& row, const STLFormat& format)
     return false;
 }
 
+// "s;-;-": units, and a marker of missing values where there is none.
+bool areUnitsAndDashes(const STLRow& row)
+{
+    return looksLikeUnits(row) && std::all_of(row.cells.begin(), row.cells.end(), [](const STLToken& token) {
+               return token.kind == STLKind::Text || token.kind == STLKind::Missing;
+           });
+}
+
 // Whether most words, but not all, stand in brackets: what names the others stands above, and is lost.
 bool areBracketed(const STLRow& row)
 {
@@ -289,6 +254,9 @@ void guessNames(STLFormat& format, const std::vector<STLRow>& rows, std::size_t 
             units = names;
         names = &rows[i];
     }
+    if (names != nullptr && units == nullptr && names + 1 < rows.data() + firstData &&
+        areUnitsAndDashes(names[1]))
+        units = names + 1;
     if (names == nullptr || (units == nullptr && areBracketed(*names)))
         return;
     putNames(format, *names, units);

@@ -986,6 +986,7 @@ TEST_F(Stl, formsOfTextsAreReadInAnySpelling)
         {"┌───┬───┐\n│ a │ b │\n├───┼───┤\n│ 1 │ 2 │\n│ 3 │ 4 │\n└───┴───┘\n", "a b", {1, 2}, 1, 2},
         {"|a|b|\n|-|-|\n|1|2|\n|3|4|\n", "a b", {1, 2}, 1, 2},
         {"T [degC];p [bar]\n1;2\n3;4\n", "T p", {1, 2}, 1, 2},
+        {"t;p;q\nms;-;-\n500;1;2\n1000;3;4\n1500;5;6\n", "p q", {1, 2}, 0.5, 1},
         {"#SamplingRate[Hz]=50\n1 2\n2 3\n", "Col-1 Col-2", {1, 2}, 0.02, 0.04},
         // Stamps.
         {"m,v\n2010-01,1\n2010-02,2\n", "v", {1}, kJan2010, kFeb2010},
@@ -1361,6 +1362,9 @@ TEST_F(Stl, importerIsChosenByContent)
         {"g.scl", "0,25\n1,50\n"},
         {"h.txt", prose + prose + prose},
         {"i.txt", ""},
+        {"j.txt", "acc x\n-3098\n1338,8\n-880\nnan\n1664,932\n"},
+        {"k.txt", "a,b\n1,5\n2,06\n3\n4,7\n5,5\n6\n7,1\n8,2\n"},
+        {"l.txt", "6,3e-13\n1,5\n"},
     };
     std::vector<ImportKind> kinds = {importKindOf("none"), importKindOf(kData / "binary.stl")};
     for (const auto& [name, text] : texts) {
@@ -1368,7 +1372,7 @@ TEST_F(Stl, importerIsChosenByContent)
         kinds.push_back(importKindOf(name));
     }
     using enum ImportKind;
-    EXPECT_EQ((std::vector{None, None, Tsa, Tsa, Stl, Stl, Scl, Scl, Scl, None, None}), kinds);
+    EXPECT_EQ((std::vector{None, None, Tsa, Tsa, Stl, Stl, Scl, Scl, Scl, None, None, Scl, Stl, Scl}), kinds);
     EXPECT_EQ("No line of numbers was found in h.txt.", errorOf("h.txt"));
 }
 

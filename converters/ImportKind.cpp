@@ -93,8 +93,9 @@ try {
     if (hasExtension(file, ".tsa") || isTsa(sample))
         return ImportKind::Tsa;
     const STLFormat format = detectFormat(text);
-    const bool single =
-        format.columns.size() == 1 || hasExtension(file, ".scl") || isDecimalComma(sample, format);
+    // Signs between thousands are read in columns alone.
+    const bool single = hasExtension(file, ".scl") || isDecimalComma(sample, format) ||
+                        (format.columns.size() == 1 && format.cells.grouping == 0);
     return single && isSingleColumn(file) ? ImportKind::Scl : ImportKind::Stl;
 } catch (const std::exception&) {
     return ImportKind::None;

@@ -217,21 +217,24 @@ void judgeTimes(SCLSource& source, const LineTimes& times)
             static_cast<Micros>(std::llround((*times.first - source.step.value_or(1.0)) * kMicrosPerSecond));
 }
 
-// A line of words above the values. One word is their name, as a column's is, several are prose; a unit below
-// either is theirs.
-void useWords(SCLSource& source, std::string_view line, bool isFirst)
+// A line of words above the values. One word is their name, as a column's is, and so are those before a unit
+// in brackets; others are prose. A unit below either is theirs.
+void useWords(SCLSource& source, std::string_view line, STLEncoding encoding, bool isFirst)
 {
     const std::size_t from = line.find_first_not_of(" \t\"");
     const std::size_t to = line.find_last_not_of(" \t\r\"");
     if (from == std::string_view::npos || to == std::string_view::npos || to < from)
         return;
-    const std::string words(line.substr(from, to - from + 1));
-    if (!isUtf8(words))
-        return;
-    if (!isFirst && source.unit.empty() && isUnit(words))
-        source.unit = words;
-    else if (words.find_first_of(" \t") == std::string::npos)
-        source.name = words;
+    std::string name = decoded(line.substr(from, to - from + 1), encoding);
+    std::string unit;
+    splitUnit(name, unit);
+    const std::string bare = withoutBrackets(name);
+    if ((!isFirst || bare != name) && source.unit.empty() && isUnit(bare)) {
+        source.unit = bare;
+    } else if (!unit.empty() || name.find_first_of(" \t") == std::string::npos) {
+        source.name = name;
+        source.unit = unit.empty() ? source.unit : unit;
+    }
 }
 
 }  // namespace
@@ -245,6 +248,7 @@ SCLSource detectSource(const std::filesystem::path& file, std::uint64_t skipLine
     source.name = file.stem().string();
     const bool utf8 = std::all_of(sample.lines.begin(), sample.lines.end(),
                                   [](const STLLine& line) { return isUtf8(line.text); });
+    const STLEncoding encoding = utf8 ? STLEncoding::Utf8 : STLEncoding::Windows1252;
     std::vector<std::vector<double>> lines;
     LineTimes times;
     bool anyNumber = false;
@@ -256,8 +260,7 @@ SCLSource detectSource(const std::filesystem::path& file, std::uint64_t skipLine
             continue;
         std::string_view rest = line.text;
         const auto time = takeLineTime(rest);
-        const auto head =
-            time ? std::nullopt : headLine(line.text, utf8 ? STLEncoding::Utf8 : STLEncoding::Windows1252);
+        const auto head = time ? std::nullopt : headLine(line.text, encoding);
         // Behind values another name is another series'.
         if (head && keyOf(head->key) == STLKey::Name && isNamed && !lines.empty())
             source.secondName = source.secondName == 0 ? line.number : source.secondName;
@@ -276,10 +279,13 @@ SCLSource detectSource(const std::filesystem::path& file, std::uint64_t skipLine
             }
         if (numbers.empty()) {
             if (lines.empty() && !isNamed)
-                useWords(source, line.text, !hasWords);
+                useWords(source, line.text, encoding, !hasWords);
             hasWords = true;
             continue;
         }
+        // "Serial;12345" in the head, which the reader passes over too.
+        if (lines.empty() && tokens.front().kind == STLKind::Text)
+            continue;
         lines.push_back(numbers);
         const auto seconds = time ? secondsOf(*time) : std::nullopt;
         times.complete = times.complete && seconds;

@@ -73,22 +73,24 @@ bool datesAlone(const STLFormat& format)
 
 namespace {
 
-// What the file or the user calls the unit of a column of times; else the name's last word ("time_ms"). 0 for
-// none.
-double namedUnit(const STLFormat& format)
+// That of the column of times; 0 for none.
+double unitOfTimes(const STLFormat& format)
 {
     const auto column = static_cast<std::size_t>(format.timeColumn);
-    if (format.timeColumn < 0 || column >= format.columns.size())
-        return 0.0;
-    const double unit = secondsOfUnit(lastWord(format.columns[column].unit));
-    return unit > 0.0 ? unit : secondsOfUnit(lastWord(format.columns[column].name));
+    return format.timeColumn < 0 || column >= format.columns.size() ? 0.0 : namedUnit(format.columns[column]);
 }
 
 }  // namespace
 
+double namedUnit(const STLColumn& times)
+{
+    const double unit = secondsOfUnit(lastWord(times.unit));
+    return unit > 0.0 ? unit : secondsOfUnit(lastWord(times.name));
+}
+
 bool secondsAreAssumed(const STLFormat& format)
 {
-    return namedUnit(format) <= 0.0;
+    return unitOfTimes(format) <= 0.0;
 }
 
 double secondsPerUnit(const STLFormat& format)
@@ -101,7 +103,7 @@ double secondsPerUnit(const STLFormat& format)
         case STLTimeSource::UnixNanoseconds:
             return 1e-9;
         case STLTimeSource::ElapsedSeconds:
-            return secondsAreAssumed(format) ? 1.0 : namedUnit(format);
+            return secondsAreAssumed(format) ? 1.0 : unitOfTimes(format);
         default:
             return 1.0;
     }

@@ -167,6 +167,10 @@ bool datesAlone(const STLFormat& format);
 // How many seconds a one in the column of times means.
 double secondsPerUnit(const STLFormat& format);
 
+// What the file or the user calls the unit of a column of times, else the name's last word ("time_ms"), in
+// seconds; 0 for none.
+double namedUnit(const STLColumn& times);
+
 // Whether that column names no unit of time, so that seconds are assumed.
 bool secondsAreAssumed(const STLFormat& format);
 

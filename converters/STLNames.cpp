@@ -59,47 +59,14 @@ bool looksLikeUnits(const STLRow& row)
         }
         ++filled;
         const std::string lower = lowered(token.text);
-        const bool sign = lower.find_first_of("%/[(\xB0\xB5\xC2") != std::string::npos && lower.size() <= 10;
+        // "[V]", but not "U[V]", which is a name and its unit.
+        const std::size_t bracket = lower.find_first_of("[(");
+        const bool sign = (bracket == 0 || (bracket == std::string::npos &&
+                                            lower.find_first_of("%/\xB0\xB5\xC2") != std::string::npos)) &&
+                          lower.size() <= 10;
         units += sign || std::find(known.begin(), known.end(), lower) != known.end() ? 1 : 0;
     }
     return units > 0 && (units * 2 >= filled || (empties && units * 3 >= filled));
-}
-
-// "v(in)", "i(r1)" and "log(M)" are whole names.
-bool namesNode(const std::string& name, std::size_t bracket)
-{
-    constexpr std::string_view kFunctions = " log ln log2 log10 log1p exp sqrt abs sin cos tan diff lag ";
-    if (kFunctions.find(' ' + lowered(std::string_view(name).substr(0, bracket)) + ' ') !=
-        std::string_view::npos)
-        return true;
-    const char letter = static_cast<char>(name.front() | 0x20);
-    return (letter == 'v' || letter == 'i') && bracket <= 3 && name[bracket] == '(' &&
-           name[bracket - 1] != ' ';
-}
-
-// "Force [kN]" and "Force (kN)" into name and unit, where that is one.
-void splitUnit(STLColumn& column)
-{
-    for (const auto& [open, close] : {std::pair('[', ']'), std::pair('(', ')')}) {
-        const std::size_t from = column.name.rfind(open);
-        if (!column.name.ends_with(close) || from == std::string::npos || from == 0)
-            continue;
-        const std::string unit = column.name.substr(from + 1, column.name.size() - from - 2);
-        const bool index = unit.find_first_not_of("0123456789:, ") == std::string::npos;
-        if (open == '[' ? index : namesNode(column.name, from) || !isUnit(unit))
-            return;
-        if (column.unit.empty())
-            column.unit = unit;
-        column.name.resize(column.name.find_last_not_of(' ', from - 1) + 1);
-        return;
-    }
-}
-
-std::string withoutBrackets(std::string unit)
-{
-    const bool bracketed = unit.size() >= 2 && ((unit.front() == '[' && unit.back() == ']') ||
-                                                (unit.front() == '(' && unit.back() == ')'));
-    return bracketed ? unit.substr(1, unit.size() - 2) : unit;
 }
 
 // How like names the numbers of a row are: each sort is of the ones before it, too.
@@ -494,8 +461,9 @@ void guessNamesAbove(STLFormat& format, const STLSample& sample, const std::vect
         if (remark && !format.cells.edges.empty())
             cells.front().remove_prefix(
                 std::min(cells.front().find_first_not_of("#%/; "), cells.front().size()));
-        // Names with a cell for each column were looked at, though the last ones are empty.
-        if (!remark && cells.size() == columns)
+        // Names with a cell for each column were looked at, though the last ones are empty, or one ends the
+        // line.
+        if (!remark && (cells.size() == columns || (cells.size() == columns + 1 && cells.back().empty())))
             break;
         while (!cells.empty() && cells.back().empty())
             cells.pop_back();
@@ -576,10 +544,8 @@ void listTitles(STLFormat& format, const STLSample& sample)
 
 void splitUnits(STLFormat& format)
 {
-    for (STLColumn& column : format.columns) {
-        column.unit = withoutBrackets(column.unit);
-        splitUnit(column);
-    }
+    for (STLColumn& column : format.columns)
+        splitUnit(column.name, column.unit);
 }
 
 namespace {

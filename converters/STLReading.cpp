@@ -177,16 +177,26 @@ STLReading inWords(const STLSample& sample, STLReading reading)
     return named.rowNames && named.cells > 1 && named.lines > reading.lines ? named : reading;
 }
 
-// Blanks cut lines at tabs too. Where all lines have as many tabs, blanks stand within the cells.
-void preferTabs(std::vector<STLReading>& readings)
+// Blanks cut lines at tabs too. Where nearly all lines with tabs have as many of them, blanks stand within
+// the cells.
+void preferTabs(const STLSample& sample, std::vector<STLReading>& readings)
 {
     constexpr double kWithin = 0.85;
     constexpr double kNearlyAsMuch = 0.6;
-    const auto tabs =
-        std::max_element(readings.begin(), readings.end(), [](const STLReading& a, const STLReading& b) {
-            return (a.separator == '\t' ? a.typed : -1.0) < (b.separator == '\t' ? b.typed : -1.0);
-        });
-    if (tabs->lines < 1.0 || tabs->cells < 2)
+    constexpr double kMostLines = 0.5;
+    constexpr double kNearlyAllTabs = 0.8;
+    const auto scoreOfTabs = [](const STLReading& reading) {
+        return reading.separator == '\t' && reading.cells > 1 ? reading.score : 0.0;
+    };
+    const auto tabs = std::max_element(
+        readings.begin(), readings.end(),
+        [&scoreOfTabs](const STLReading& a, const STLReading& b) { return scoreOfTabs(a) < scoreOfTabs(b); });
+    const auto tabbed = std::count_if(sample.lines.begin(), sample.lines.end(), [](const STLLine& line) {
+        return line.text.find('\t') != std::string::npos;
+    });
+    const double fewest =
+        kNearlyAllTabs * static_cast<double>(tabbed) / static_cast<double>(sample.lines.size());
+    if (scoreOfTabs(*tabs) <= 0.0 || tabs->lines < std::max(kMostLines, fewest))
         return;
     for (STLReading& reading : readings)
         if (reading.separator == ' ' && tabs->typed >= kNearlyAsMuch * reading.typed)
@@ -227,7 +237,7 @@ std::vector<STLReading> allReadings(const STLSample& sample)
             continue;
         for (const char separator : separators)
             for (const char decimal : {'.', ','})
-                if ((decimal == '.' || hasComma) && grouping != decimal &&
+                if ((decimal == '.' || hasComma || grouping == '.') && grouping != decimal &&
                     (quoted || (separator != decimal && grouping != separator)))
                     readings.push_back(scored(sample, cellsOf(separator, decimal, grouping)));
     }
@@ -239,7 +249,7 @@ std::vector<STLReading> allReadings(const STLSample& sample)
         // Between bars alone, cells may hold blanks.
         readings.back().score *= kGroupsFactor;
     }
-    preferTabs(readings);
+    preferTabs(sample, readings);
     // The earlier one wins a tie, so digits are grouped only where that explains more.
     std::stable_sort(readings.begin(), readings.end(),
                      [](const STLReading& a, const STLReading& b) { return a.score > b.score; });

@@ -115,6 +115,24 @@ bool fits(const STLRow& row, const std::vector<STLKind>& kinds)
     return same * 2 >= kinds.size() && (wanted == 0 || numbers > 0);
 }
 
+// Whether no value of a row is known, as a sensor that is off leaves them.
+bool isAllMissing(const STLRow& row, const std::vector<STLKind>& kinds)
+{
+    for (std::size_t c = 0; c < kinds.size(); ++c)
+        if (row.cells[c].kind != STLKind::Missing &&
+            (kinds[c] != STLKind::Text || row.cells[c].kind != STLKind::Text))
+            return false;
+    return true;
+}
+
+// A dash, or nothing, may also stand for no unit.
+bool holdsDash(const STLRow& row)
+{
+    return std::any_of(row.cells.begin(), row.cells.end(), [](const STLToken& cell) {
+        return cell.text.size() < 2 && cell.kind == STLKind::Missing;
+    });
+}
+
 // Words before a number are a line of the head ("Sample Interval,4e-08"), however few columns there are.
 bool beginsWithWords(const STLRow& row, const std::vector<STLKind>& kinds)
 {
@@ -394,11 +412,14 @@ std::size_t firstDataRow(const std::vector<STLRow>& rows, const std::vector<STLK
         for (std::size_t i = first; all && i < rows.size() && run < kRunOfDataLines; ++i) {
             const bool repeated = first > 0 && i > first && isTitle(rows[i], kinds) &&
                                   sameTitle(rows[i], rows[first - 1], kinds);
-            all = repeated || fits(rows[i], kinds);
+            all = repeated || fits(rows[i], kinds) || (i > first && isAllMissing(rows[i], kinds));
             run += repeated ? 0 : 1;
         }
-        if (all)
-            return first;
+        if (!all)
+            continue;
+        while (first > 0 && isAllMissing(rows[first - 1], kinds) && !holdsDash(rows[first - 1]))
+            --first;
+        return first;
     }
     return rows.size();
 }

@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <map>
+#include <numeric>
 #include <set>
 
 #include "converters/STLCourse.h"
@@ -168,8 +169,15 @@ void findNumericTime(STLFormat& format, const std::vector<STLRow>& data)
                                                        {STLTimeSource::UnixMilliseconds, 1e3},
                                                        {STLTimeSource::UnixMicroseconds, 1e6},
                                                        {STLTimeSource::UnixNanoseconds, 1e9}}};
-        const auto* const found = std::find_if(kUnix.begin(), kUnix.end(), [first](const Unix& u) {
-            return first > kYear1990 * u.perSecond && first < kYear2100 * u.perSecond;
+        const double last =
+            std::accumulate(data.begin(), data.end(), first, [c](double greatest, const STLRow& row) {
+                return std::fmax(greatest, row.cells[c].kind == STLKind::Number ? row.cells[c].value : 0.0);
+            });
+        // Microseconds of a quarter of an hour are as many as seconds since 1970; their unit tells.
+        const double unit = namedUnit(format.columns[c]);
+        const auto* const found = std::find_if(kUnix.begin(), kUnix.end(), [&](const Unix& u) {
+            return first > kYear1990 * u.perSecond && last < kYear2100 * u.perSecond &&
+                   (unit <= 0.0 || unit * u.perSecond > 0.5);
         });
         // Several rows may bear the same second.
         if (found != kUnix.end() && (course.neverFalls() || course.alwaysFalls()) &&

@@ -30,6 +30,18 @@ bool isUnitWord(std::string_view word)
                            known(word.substr(1)));
 }
 
+// "v(in)", "i(r1)" and "log(M)" are whole names.
+bool namesNode(const std::string& name, std::size_t bracket)
+{
+    constexpr std::string_view kFunctions = " log ln log2 log10 log1p exp sqrt abs sin cos tan diff lag ";
+    if (kFunctions.find(' ' + lowered(std::string_view(name).substr(0, bracket)) + ' ') !=
+        std::string_view::npos)
+        return true;
+    const char letter = static_cast<char>(name.front() | 0x20);
+    return (letter == 'v' || letter == 'i') && bracket <= 3 && name[bracket] == '(' &&
+           name[bracket - 1] != ' ';
+}
+
 }  // namespace
 
 bool isUnit(const std::string& text)
@@ -52,6 +64,31 @@ bool isUnit(const std::string& text)
         any = true;
     }
     return any;
+}
+
+std::string withoutBrackets(std::string unit)
+{
+    const bool bracketed = unit.size() >= 2 && ((unit.front() == '[' && unit.back() == ']') ||
+                                                (unit.front() == '(' && unit.back() == ')'));
+    return bracketed ? unit.substr(1, unit.size() - 2) : unit;
+}
+
+void splitUnit(std::string& name, std::string& unit)
+{
+    unit = withoutBrackets(unit);
+    for (const auto& [open, close] : {std::pair('[', ']'), std::pair('(', ')')}) {
+        const std::size_t from = name.rfind(open);
+        if (!name.ends_with(close) || from == std::string::npos || from == 0)
+            continue;
+        const std::string inside = name.substr(from + 1, name.size() - from - 2);
+        const bool index = inside.find_first_not_of("0123456789:, ") == std::string::npos;
+        if (open == '[' ? index : namesNode(name, from) || !isUnit(inside))
+            return;
+        if (unit.empty())
+            unit = inside;
+        name.resize(name.find_last_not_of(' ', from - 1) + 1);
+        return;
+    }
 }
 
 }  // namespace veltrac

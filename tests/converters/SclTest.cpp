@@ -272,7 +272,8 @@ TEST_F(Scl, headsSayItInTheirOwnWays)
         {"2016-05-17T13:45:30 1\n2016-05-17T13:45:40 2\n", "h", "h", 10, {1, 2}},
         {"1\tm\n\n2\tm\nName: late\n3\tm", "late", "late", 1, {1, 2, 3}},
         {"made by hand\n\"Flow\"\n1\n2\n", "Flow", "Flow", 1, {1, 2}},
-        {"Flow\nl/s\n1\n2\n", "Flow", "Flow [l/s]", 1, {1, 2}},
+        {"Serial;12\nFlow\n(l/s)\n1\n2\n", "Flow", "Flow [l/s]", 1, {1, 2}},
+        {"\xD6l flow (l/s)\n1\n2\n", "Öl flow", "Öl flow [l/s]", 1, {1, 2}},
         {"V\n1\n2\n", "V", "V", 1, {1, 2}},
     };
     for (const Head& c : cases) {

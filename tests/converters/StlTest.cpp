@@ -987,6 +987,17 @@ TEST_F(Stl, formsOfTextsAreReadInAnySpelling)
         {"|a|b|\n|-|-|\n|1|2|\n|3|4|\n", "a b", {1, 2}, 1, 2},
         {"T [degC];p [bar]\n1;2\n3;4\n", "T p", {1, 2}, 1, 2},
         {"t;p;q\nms;-;-\n500;1;2\n1000;3;4\n1500;5;6\n", "p q", {1, 2}, 0.5, 1},
+        {"time_us;v\n1000000000;7\n1000500000;8\n", "v", {7}, 1000, 1000.5},
+        {"a;b\n7.719.172;2.099\n-2.461.352;375\n", "a b", {7719172, 2099}, 1, 2},
+        {"a\tstate\n1\ton\nnan\ton\n3\toff\n4\toff\n5\ton\n6\ton\n", "a", {1}, 1, 2},
+        {"a;b\nnan;nan\n1;2\n3;4\n", "a b", {kNone, kNone}, 1, 2},
+        {"Device: Logger 7\nwhen\tP\tQ\n\tbar\t\n2026-11-22 01:45:00\t1\t\n2026-11-22 01:45:01\t2\t3\n",
+         "P Q",
+         {1, kNone},
+         kMorning,
+         kMorning + 1},
+        {"time;P;state;\n;bar;;\n0;1;on;\n2;1,5;on;\n4;2;on;\n", "P", {1}, 0, 2},
+        {"Device: Logger 7\nP(bar)  Q(m/s)  R(N)\n1  2  3\n3  4  5\n", "P Q R", {1, 2, 3}, 1, 2},
         {"#SamplingRate[Hz]=50\n1 2\n2 3\n", "Col-1 Col-2", {1, 2}, 0.02, 0.04},
         // Stamps.
         {"m,v\n2010-01,1\n2010-02,2\n", "v", {1}, kJan2010, kFeb2010},
@@ -1365,6 +1376,7 @@ TEST_F(Stl, importerIsChosenByContent)
         {"j.txt", "acc x\n-3098\n1338,8\n-880\nnan\n1664,932\n"},
         {"k.txt", "a,b\n1,5\n2,06\n3\n4,7\n5,5\n6\n7,1\n8,2\n"},
         {"l.txt", "6,3e-13\n1,5\n"},
+        {"m.txt", "1,5\n1.212,5\n3,25\n1.400\n"},
     };
     std::vector<ImportKind> kinds = {importKindOf("none"), importKindOf(kData / "binary.stl")};
     for (const auto& [name, text] : texts) {
@@ -1372,7 +1384,8 @@ TEST_F(Stl, importerIsChosenByContent)
         kinds.push_back(importKindOf(name));
     }
     using enum ImportKind;
-    EXPECT_EQ((std::vector{None, None, Tsa, Tsa, Stl, Stl, Scl, Scl, Scl, None, None, Scl, Stl, Scl}), kinds);
+    EXPECT_EQ((std::vector{None, None, Tsa, Tsa, Stl, Stl, Scl, Scl, Scl, None, None, Scl, Stl, Scl, Stl}),
+              kinds);
     EXPECT_EQ("No line of numbers was found in h.txt.", errorOf("h.txt"));
 }
 

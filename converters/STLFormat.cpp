@@ -180,7 +180,9 @@ std::string_view unitBehind(std::string_view cell, const STLCells& cells)
     const bool apart = blank != std::string_view::npos && blank + 1 < cell.size();
     const std::size_t at = apart ? blank + 1 : digit == std::string_view::npos ? 0 : digit + 1;
     const std::string_view unit = cell.substr(std::min(at, cell.size()));
-    if (at == 0 || unit.empty() || unit.size() > kLongestUnit || isDigit(unit.front()))
+    // In a cell that holds two numbers, the second is no unit.
+    if (at == 0 || unit.empty() || unit.size() > kLongestUnit || isDigit(unit.front()) ||
+        readNumber(unit, cells))
         return {};
     // Letters that follow the digits at once are a unit only where they mean one: "3D" is none.
     const bool sign = unit.front() == '%' || static_cast<unsigned char>(unit.front()) >= 0x80;

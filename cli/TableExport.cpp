@@ -207,6 +207,14 @@ std::string npyHead(std::uint32_t rows, std::size_t columns)
     return head + dictionary;
 }
 
+// Whether the samples leave without the file's own times.
+bool leavesTimes(const PlotFile& file, const ExportRequest& request)
+{
+    const std::uint32_t times = file.file().timeColumn();
+    return times != 0 &&
+           std::find(request.columns.begin(), request.columns.end(), times) == request.columns.end();
+}
+
 // What an array cannot say of itself.
 std::string npyComment(const PlotFile& file, const ExportRequest& request, const fs::path& target)
 {
@@ -219,7 +227,9 @@ std::string npyComment(const PlotFile& file, const ExportRequest& request, const
         text += "  [:, " + std::to_string(i) + "]  " + columnLabel(ts, request.columns[i]) +
                 (description.empty() ? "" : "  " + description) + '\n';
     }
-    text += "sample time: " + numberText(ts.dt()) + " " + time.unit() + "\nfirst row: ";
+    text += "sample time: " + numberText(ts.dt()) + " " + time.unit() +
+            (leavesTimes(file, request) ? "; the file's own times (\"Time\") are not in it" : "") +
+            "\nfirst row: ";
     text += time.hasCalendar() ? isoTime(time.moment(first))
                                : numberText(time.elapsed(first)) + " " + time.unit();
     if (const std::string description = headerUtf8(ts.description()); !description.empty())
@@ -260,6 +270,8 @@ JobOutcome writeNpy(const PlotFile& file, const ExportRequest& request, const fs
         notes.push_back("what its columns are stands in " + beside.filename().string());
     }
     out.commit();
+    if (leavesTimes(file, request))
+        notes.emplace_back("the file's own times (\"Time\") are not in it; --columns takes them too");
     return outcome;
 }
 
@@ -368,6 +380,8 @@ JobOutcome writeWav(const PlotFile& file, const ExportRequest& request, const fs
         throw JobError("a sound has at most 1024 channels");
     SF_INFO info = {};
     info.samplerate = wholeRate(file.file(), notes);
+    if (leavesTimes(file, request))
+        notes.emplace_back("taken at equal steps: the file's own times (\"Time\") are not used");
     info.channels = static_cast<int>(request.columns.size());
     info.format = SF_FORMAT_WAV | SF_FORMAT_FLOAT;
     float factor = 1.0F;

@@ -249,6 +249,16 @@ TEST_F(CliResults, TextsArraysAndSoundsComeBackAsTheyWere)
         ASSERT_EQ(second, -2.0F * static_cast<float>(s)) << s;
         ASSERT_EQ(sound.value(s, 2), second) << s;
     }
+
+    // What has no place for a file's own times tells that they are left out.
+    std::ofstream("uneven.csv") << "time [s],a\n0,1\n1.5,2\n2,3\n";
+    ASSERT_EQ(cli("import --quiet --becomes time -o uneven.ts uneven.csv").status, 0);
+    EXPECT_NE(cli("export --npy -o u.npy uneven.ts").notes.find("own times (\"Time\") are not in it"),
+              std::string::npos);
+    EXPECT_NE(textOf("u.npy.txt").find("own times (\"Time\") are not in it\nfirst row"), std::string::npos);
+    EXPECT_EQ(cli("export --npy --columns Time,a --force -o u.npy uneven.ts").notes,
+              "uneven.ts: what its columns are stands in u.npy.txt\n");
+    EXPECT_NE(cli("export --wav -o u.wav uneven.ts").notes.find("taken at equal steps"), std::string::npos);
 }
 
 TEST_F(CliResults, WhatATsaTextLacksOrHasTooMuchIsToldAndNothingElse)

@@ -1,6 +1,7 @@
 #include "converters/STLReading.h"
 
 #include <algorithm>
+#include <cmath>
 #include <map>
 #include <string>
 #include <string_view>
@@ -177,6 +178,45 @@ STLReading inWords(const STLSample& sample, STLReading reading)
     return named.rowNames && named.cells > 1 && named.lines > reading.lines ? named : reading;
 }
 
+// Whether a column has numbers of groups of three digits ("2.990") beside smaller whole ones ("375"), as one
+// of decimals has not, and nowhere in the table the sign parts other digits.
+bool areThousands(const STLSample& sample, const STLReading& reading)
+{
+    constexpr std::size_t kFewestGroups = 5;
+    constexpr std::size_t kFewestSmall = 20;  // one number in so many
+    constexpr double kThousand = 1000.0;
+    struct Column
+    {
+        std::size_t grouped = 0;
+        std::size_t small = 0;
+        std::size_t large = 0;  // without a sign
+    };
+    const STLCells cells = cellsOf(reading.separator, reading.decimal, reading.grouping);
+    const STLCells decimals = cellsOf(reading.separator, reading.grouping, 0);
+    std::vector<Column> columns(reading.cells);
+    std::vector<std::string_view> row;
+    for (const STLLine& line : sample.lines) {
+        if (startsWithRemark(line.text, reading.separator) ||
+            splitCells(line.text, cells, row) < reading.cells)
+            continue;
+        for (std::size_t c = 0; c < reading.cells; ++c) {
+            const STLToken token = readToken(row[c], cells);
+            const bool isNumber = token.kind == STLKind::Number;
+            const bool isLarge = isNumber && std::fabs(token.value) >= kThousand;
+            const bool hasSign = row[c].find(reading.grouping) != std::string_view::npos;
+            if (hasSign && (isNumber ? !isLarge : readToken(row[c], decimals).kind == STLKind::Number))
+                return false;
+            columns[c].grouped += isNumber && hasSign ? 1 : 0;
+            columns[c].small += isNumber && !isLarge ? 1 : 0;
+            columns[c].large += isLarge && !hasSign ? 1 : 0;
+        }
+    }
+    return std::any_of(columns.begin(), columns.end(), [](const Column& column) {
+        return column.grouped >= kFewestGroups && column.large == 0 &&
+               column.small * kFewestSmall >= column.grouped;
+    });
+}
+
 // Blanks cut lines at tabs too. Where nearly all lines with tabs have as many of them, blanks stand within
 // the cells.
 void preferTabs(const STLSample& sample, std::vector<STLReading>& readings)
@@ -250,6 +290,12 @@ std::vector<STLReading> allReadings(const STLSample& sample)
         readings.back().score *= kGroupsFactor;
     }
     preferTabs(sample, readings);
+    constexpr double kClearer = 1.001;
+    for (STLReading& reading : readings)
+        if ((reading.grouping == '.' || reading.grouping == ',') && areThousands(sample, reading)) {
+            reading.thousands = true;
+            reading.score *= kClearer;
+        }
     // The earlier one wins a tie, so digits are grouped only where that explains more.
     std::stable_sort(readings.begin(), readings.end(),
                      [](const STLReading& a, const STLReading& b) { return a.score > b.score; });

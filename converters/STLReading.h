@@ -20,6 +20,7 @@ struct STLReading
     std::vector<std::size_t> edges = {};  // of a table of fixed widths
     bool rowNames = false;                // which may be several words
     bool bars = false;                    // between groups of cells
+    bool thousands = false;               // digits are grouped, though all could be decimals
 };
 
 // A reading that scores more than this share of the best one's comes near to it.

@@ -6,6 +6,7 @@
 #include <cstdlib>
 
 #include "portal/MyApplication.h"
+#include "tests/PaintWatch.h"
 #include "tests/QtLeaks.h"
 
 int main(int argc, char** argv)
@@ -13,7 +14,7 @@ int main(int argc, char** argv)
     // Also while the tests are only listed, on a machine without a display.
     setenv("QT_QPA_PLATFORM", "offscreen", 0);
     setenv("LC_ALL", "C", 1);
-    MyApplication application(argc, argv);
+    const PaintWatched<MyApplication> application(argc, argv);
     testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
 }

@@ -8,6 +8,8 @@
 #include <cstdlib>
 #include <memory>
 
+#include "tests/PaintWatch.h"
+
 extern "C" void __lsan_disable() __attribute__((weak));
 extern "C" void __lsan_enable() __attribute__((weak));
 
@@ -19,7 +21,7 @@ std::unique_ptr<QApplication> applicationWithoutItsLeaks(int& argc, char** argv)
 {
     if (__lsan_disable != nullptr)
         __lsan_disable();
-    auto application = std::make_unique<QApplication>(argc, argv);
+    auto application = std::make_unique<PaintWatched<QApplication>>(argc, argv);
     if (__lsan_enable != nullptr)
         __lsan_enable();
     return application;

@@ -266,7 +266,7 @@ TaskOutcome runFileJob(Verb& verb, const CommonOptions& common, const PlannedFil
             planned.source.empty() || job.sources.size() > 1 ? named : planned.source;
         if (!common.quiet)
             for (const std::string& note : job.notes)
-                outcome.notes += subject + ": " + note + '\n';
+                outcome.notes.append(subject).append(": ").append(note) += '\n';
         return outcome;
     } catch (const Interrupted&) {
         return {TaskOutcome::State::Interrupted, {}, {}};

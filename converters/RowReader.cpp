@@ -19,7 +19,8 @@ constexpr std::size_t kLongestRow = std::size_t{1} << 20;  // bytes; what is lon
 
 TextRows::TextRows(Layout layout)
     : m_layout(std::move(layout)),
-      m_needed(1 + *std::max_element(m_layout.cells.begin(), m_layout.cells.end()))
+      m_needed(1 + *std::max_element(m_layout.cells.begin(), m_layout.cells.end())),
+      m_decimalIsSure(m_layout.knowsDecimal)
 {
 }
 
@@ -72,15 +73,14 @@ void TextRows::takeCells(Rows& rows)
     bool isFaulty = false;
     std::size_t before = 0;
     if (m_layout.timed) {
-        const auto time = m_cells.empty() ? std::nullopt : timeIn(m_cells.front());
+        const auto time = m_cells.empty() ? std::nullopt : timeIn(m_cells.front(), numberIn(m_cells.front()));
         isFaulty = !time;
         rows.times.push_back(time.value_or(std::numeric_limits<double>::quiet_NaN()));
         before = 1;
     }
     for (const std::size_t cell : m_layout.cells) {
         const std::size_t at = before + cell;
-        const auto number =
-            at < m_cells.size() ? readNumber(m_cells[at], m_layout.signs) : std::optional<double>();
+        const auto number = at < m_cells.size() ? numberIn(m_cells[at]) : std::optional<double>();
         if (!number) {
             ++m_counts.missing;
             isFaulty = isFaulty || at >= m_cells.size() || !isMissing(m_cells[at], m_layout.signs);
@@ -92,10 +92,32 @@ void TextRows::takeCells(Rows& rows)
     ++rows.count;
 }
 
-// Seconds as a number, or a date with its time.
-std::optional<double> TextRows::timeIn(std::string_view cell) const
+// Until a number has shown its decimal sign, either will do: the first rows may hold whole ones.
+std::optional<double> TextRows::numberIn(std::string_view cell)
 {
-    if (const auto seconds = readNumber(cell, m_layout.signs))
+    const auto number = readNumber(cell, m_layout.signs);
+    if (m_decimalIsSure)
+        return number;
+    STLCells other = m_layout.signs;
+    other.decimal = other.decimal == '.' ? ',' : '.';
+    if (number) {
+        m_decimalIsSure = cell.find(m_layout.signs.decimal) != std::string_view::npos;
+        return number;
+    }
+    if (other.decimal == other.separator || other.decimal == other.grouping)
+        return std::nullopt;
+    const auto otherwise = readNumber(cell, other);
+    if (otherwise) {
+        m_layout.signs = other;
+        m_decimalIsSure = true;
+    }
+    return otherwise;
+}
+
+// Seconds as a number, or a date with its time.
+std::optional<double> TextRows::timeIn(std::string_view cell, std::optional<double> seconds)
+{
+    if (seconds)
         return std::isfinite(*seconds) ? seconds : std::nullopt;
     const auto stamp = readStamp(cell);
     if (!stamp)
@@ -112,18 +134,17 @@ bool TextRows::fits(std::string_view line, const STLCells& signs, bool exactly)
     const std::size_t count = splitCells(line, signs, m_cells);
     if (exactly ? count != cellsNeeded() : count < cellsNeeded())
         return false;
-    const STLCells before = m_layout.signs;
-    m_layout.signs = signs;
-    const bool timeReads = !m_layout.timed || timeIn(m_cells.front());
-    m_layout.signs = before;
-    bool anyNumber = false;
+    if (m_layout.timed && !timeIn(m_cells.front(), readNumber(m_cells.front(), signs)))
+        return false;
+    // A line without a time or a value may still be one of the head ("--- ---"), but for words.
+    bool tells = m_layout.timed;
     const auto reads = [&](std::size_t cell) {
         const std::string_view text = m_cells[cell + (m_layout.timed ? 1 : 0)];
         const bool number = isNumber(text, signs);
-        anyNumber = anyNumber || number;
+        tells = tells || number || text.find_first_not_of("-.*") != std::string_view::npos;
         return number || isMissing(text, signs);
     };
-    return timeReads && std::all_of(m_layout.cells.begin(), m_layout.cells.end(), reads) && anyNumber;
+    return std::all_of(m_layout.cells.begin(), m_layout.cells.end(), reads) && tells;
 }
 
 // Rather with just as many cells as there are columns than with more of them.
@@ -137,7 +158,8 @@ bool TextRows::learn(std::string_view line)
                     signs.decimal = decimal;
                 if (!m_layout.knowsSeparator)
                     signs.separator = separator;
-                if (signs.separator == signs.decimal || !fits(line, signs, exactly))
+                if (signs.separator == signs.decimal || signs.grouping == signs.decimal ||
+                    !fits(line, signs, exactly))
                     continue;
                 m_layout.signs = signs;
                 m_known = true;

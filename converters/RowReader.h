@@ -40,8 +40,8 @@ struct RowCounts
     bool endsWithin = false;      // the input ended within a row, which is left out
 };
 
-// Lines of text. What separates their cells and the decimal sign are seen from the first line that can be a
-// row; empty lines and those that begin with # are passed over.
+// Lines of text. What separates their cells is seen from the first line that can be a row, the decimal sign
+// from the first number that has one; empty lines and those that begin with # are passed over.
 class TextRows
 {
 public:
@@ -67,12 +67,14 @@ private:
     bool learn(std::string_view line);
     bool fits(std::string_view line, const STLCells& signs, bool exactly);
     void takeCells(Rows& rows);
-    std::optional<double> timeIn(std::string_view cell) const;
+    std::optional<double> numberIn(std::string_view cell);
+    static std::optional<double> timeIn(std::string_view cell, std::optional<double> seconds);
     std::size_t cellsNeeded() const noexcept { return m_needed + (m_layout.timed ? 1 : 0); }
 
     Layout m_layout;
     std::size_t m_needed;  // cells behind the time
     bool m_known = false;  // how cells are told apart
+    bool m_decimalIsSure;
     std::string m_rest;
     bool m_overlong = false;
     std::vector<std::string_view> m_cells;

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cerrno>
+#include <cstdio>
 #include <optional>
 #include <system_error>
 
@@ -39,6 +40,7 @@ constexpr VerbWords kRecordWords = {
 constexpr std::uint32_t kUsualSamples = 1'000'000;
 constexpr std::size_t kReadBytes = std::size_t{1} << 18;
 constexpr int kLookForStopMs = 100;
+constexpr std::uint64_t kManyHeadLines = 20;
 
 class RecordVerb : public Verb
 {
@@ -118,7 +120,7 @@ public:
         }
         try {
             Recording recording(m_plan);
-            const bool whole = readAll(recording);
+            const bool whole = readAll(recording, job.source.string());
             recording.finish(whole);
             tell(recording.report(), job);
         } catch (const RingRefusal& refusal) {
@@ -202,13 +204,14 @@ private:
     }
 
     // Until the input ends, which is true, or the user stops it.
-    static bool readAll(Recording& recording)
+    bool readAll(Recording& recording, const std::string& file) const
     {
 #ifdef F_SETPIPE_SZ
         // More room in a pipe lets its writer run on while rows are put on the disk.
         (void)::fcntl(STDIN_FILENO, F_SETPIPE_SZ, 1 << 20);
 #endif
         std::vector<char> bytes(kReadBytes);
+        bool isWarned = false;
         for (;;) {
             if (stopAsked())
                 return false;
@@ -223,6 +226,13 @@ private:
                 throw std::system_error(errno, std::generic_category(), "standard input");
             if (count > 0)
                 recording.feed({bytes.data(), static_cast<std::size_t>(count)});
+            // Somebody should look before hours of it are passed over.
+            if (!isWarned && recording.counts().rows == 0 && recording.counts().headLines >= kManyHeadLines) {
+                std::fprintf(stderr, "%s: none of the first %s lines is a row of values%s\n", file.c_str(),
+                             groupedDigits(recording.counts().headLines).c_str(),
+                             m_plan.givesTime ? " behind a time" : "");
+                isWarned = true;
+            }
         }
     }
 

@@ -336,10 +336,15 @@ void Recording::finish(bool whole)
     m_writer->finish();
 }
 
+const RowCounts& Recording::counts() const noexcept
+{
+    return m_text ? m_text->counts() : m_frames->counts();
+}
+
 RecordReport Recording::report() const
 {
     RecordReport report = m_report;
-    report.counts = m_text ? m_text->counts() : m_frames->counts();
+    report.counts = counts();
     if (m_begun)
         report.lastSample = m_writer->ring().lastSample();
     report.notes = m_writer->takeNotes();

@@ -62,6 +62,8 @@ public:
     // tells what was recorded all the same.
     void finish(bool whole);
     RecordReport report() const;
+    // Of what was fed so far.
+    const RowCounts& counts() const noexcept;
 
 private:
     class Writer;

@@ -65,7 +65,19 @@ void TextRows::takeLine(std::string_view line, Rows& rows)
         m_cells.clear();
     else
         splitCells(line, m_layout.signs, m_cells);
+    if (m_dateIsApart)
+        joinDate();
     takeCells(rows);
+}
+
+// "2016-10-30 02:30:00" in two cells is one time.
+void TextRows::joinDate()
+{
+    if (m_cells.size() < 2)
+        return;
+    m_stamp.assign(m_cells[0]).append(1, ' ').append(m_cells[1]);
+    m_cells.erase(m_cells.begin());
+    m_cells.front() = m_stamp;
 }
 
 void TextRows::takeCells(Rows& rows)
@@ -131,8 +143,12 @@ std::optional<double> TextRows::timeIn(std::string_view cell, std::optional<doub
 
 bool TextRows::fits(std::string_view line, const STLCells& signs, bool exactly)
 {
-    const std::size_t count = splitCells(line, signs, m_cells);
-    if (exactly ? count != cellsNeeded() : count < cellsNeeded())
+    splitCells(line, signs, m_cells);
+    m_dateIsApart = m_layout.timed && m_cells.size() > 1 && readDate(m_cells[0]) &&
+                    m_cells[1].find(':') != std::string_view::npos && readTime(m_cells[1]);
+    if (m_dateIsApart)
+        joinDate();
+    if (exactly ? m_cells.size() != cellsNeeded() : m_cells.size() < cellsNeeded())
         return false;
     if (m_layout.timed && !timeIn(m_cells.front(), readNumber(m_cells.front(), signs)))
         return false;

@@ -48,7 +48,7 @@ public:
     struct Layout
     {
         std::vector<std::size_t> cells;  // of each column: its place among those of a line, from 0
-        bool timed = false;              // a line begins with its time, which is no cell of a column
+        bool timed = false;  // a line begins with its time, which is no cell of a column; a date may be apart
         STLCells signs{};
         bool knowsSeparator = false;  // else it is seen from the lines, as is the decimal sign
         bool knowsDecimal = false;
@@ -67,6 +67,7 @@ private:
     bool learn(std::string_view line);
     bool fits(std::string_view line, const STLCells& signs, bool exactly);
     void takeCells(Rows& rows);
+    void joinDate();
     std::optional<double> numberIn(std::string_view cell);
     static std::optional<double> timeIn(std::string_view cell, std::optional<double> seconds);
     std::size_t cellsNeeded() const noexcept { return m_needed + (m_layout.timed ? 1 : 0); }
@@ -78,6 +79,8 @@ private:
     std::string m_rest;
     bool m_overlong = false;
     std::vector<std::string_view> m_cells;
+    bool m_dateIsApart = false;  // in a cell before that of the time
+    std::string m_stamp;         // both of a line
     RowCounts m_counts;
 };
 

@@ -51,6 +51,9 @@ std::string rowsOf(const char* file)
 
 TEST(Record, TextIsReadAsTheImportersReadIt)
 {
+    std::string clockAlone;
+    for (int i = 0; i < 20; ++i)
+        clockAlone += "12:00 5\n";
     const struct
     {
         const char* what;
@@ -79,6 +82,11 @@ TEST(Record, TextIsReadAsTheImportersReadIt)
          "1 2\nx 4\n5\n-- 8\n# remark\n\n9 10\n", "1 2\nnan 4\n5 nan\nnan 8\n9 10\n",
          "2 rows with something that could not be read\nr.ts: 3 missing"},
         {"times as seconds", "--time --columns a", "0.5 7\n1.25 8\n", "0.5 7\n1.25 8\n", "2 rows"},
+        {"dates apart from their times", "--time --columns a=2 --decimal ,",
+         "day clock x a\n30.10.2016 12:00:00 1 0,5\n30.10.2016 12:00:01 2 1,5\n", "0 0.5\n1 1.5\n",
+         "1 line before the first row"},
+        {"a head without an end", "--time --columns a", clockAlone.c_str(), "",
+         "r.ts: none of the first 20 lines is a row of values behind a time\nr.ts: no rows came\n"},
         {"a time that is none gets the one before", "--time --columns a", "0.5,7\nno,8\n", "0.5 7\n0.5 8\n",
          "1 row without a usable time"},
     };

@@ -51,10 +51,11 @@ void ColumnFit::fitRowNumbers()
                           4 * kHeaderMargin);
 }
 
+// A hidden table waits until it is shown: the base takes all of its rows for those in view.
 void ColumnFit::fit()
 {
     m_fitTimer.stop();
-    if (m_view.model() == nullptr)
+    if (m_view.model() == nullptr || !m_view.isVisible())
         return;
     fitRowNumbers();
     QHeaderView& names = *m_view.horizontalHeader();
@@ -88,6 +89,8 @@ void ColumnFit::widenSoon()
 void ColumnFit::widen()
 {
     m_widenTimer.stop();
+    if (!m_view.isVisible())
+        return;
     // The table view hides what its base offers.
     const QAbstractItemView& hints = m_view;
     const int last = m_view.columnAt(m_view.viewport()->width() - 1);

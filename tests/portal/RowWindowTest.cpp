@@ -2,8 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <QApplication>
+#include <QHeaderView>
 #include <QPersistentModelIndex>
+#include <QTableView>
 
+#include "portal/ColumnFit.h"
 #include "portal/RowWindow.h"
 #include "portal/SortedRows.h"
 
@@ -21,9 +25,11 @@ public:
     int columnCount(const QModelIndex& = QModelIndex()) const override { return 3; }
     QVariant data(const QModelIndex& index, int role) const override
     {
+        ++asked;
         return role == Qt::DisplayRole ? QVariant(index.row() * 10LL + index.column()) : QVariant();
     }
     QVariant headerData(int section, Qt::Orientation, int) const override { return section + 1; }
+    mutable std::size_t asked = 0;  // for data
     void change(int first, int last) { emit dataChanged(index(first, 0), index(last, 2)); }
 
 private:
@@ -94,4 +100,28 @@ TEST(SortedRows, ShowsTheSourceRowsInItsOwnOrder)
     EXPECT_EQ(sorted.mapFromSource(source.index(2, 2)), sorted.index(2, 2));
     for (const int notShown : {0, 5, 6})
         EXPECT_FALSE(sorted.mapFromSource(source.index(notShown, 0)).isValid()) << notShown;
+}
+
+// A table that is hidden has no rows in view, which the base takes for all of them.
+TEST(ColumnFit, LooksAtTheRowsInViewAndAtNoneOfAHiddenTable)
+{
+    LongModel model(20000);
+    QTableView view;
+    view.horizontalHeader()->setResizeContentsPrecision(0);
+    view.setModel(&model);
+    auto* const fit = new ColumnFit(&view);  // the view's
+    const auto askedMeanwhile = [&] {
+        model.asked = 0;
+        fit->fit();
+        fit->widenSoon();
+        QApplication::processEvents();
+        QApplication::processEvents();
+        return model.asked;
+    };
+    view.show();
+    const std::size_t inView = askedMeanwhile();
+    EXPECT_GT(inView, 0U);
+    EXPECT_LT(inView, 5000U);
+    view.hide();
+    EXPECT_EQ(askedMeanwhile(), 0U);
 }

@@ -358,7 +358,9 @@ MeantMoment momentOf(const SeriesPlace& place, double start, bool calendar)
         return {place.number};
     if (place.kind == SeriesPlace::Kind::Calendar)
         return momentAtWall(place.number);
-    if (!calendar)
+    // A header may claim any start.
+    constexpr double kFarthest = 1e12;
+    if (!calendar || !(std::fabs(start) < kFarthest))
         return {start + place.number};
     const double wall = static_cast<double>(wallAt(static_cast<std::int64_t>(std::floor(start)))) / 1e6;
     const double midnight = std::floor(wall / kSecondsADay) * kSecondsADay;

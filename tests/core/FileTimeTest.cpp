@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstdlib>
 #include <ctime>
 
@@ -160,6 +161,9 @@ TEST(GoTo, TimeOfDayMeansTheNextOneAfterTheStart)
                 {"2016-05-17", 0},
                 {"2017-05-17 22:00:10", 0}},
                file);
+    // A header may claim a start that no calendar has.
+    for (const double start : {std::nan(""), -1e300, 1e18})
+        EXPECT_FALSE(std::abs(momentOf({SeriesPlace::Kind::TimeOfDay, 60.0}, start, true).seconds) < 1e12);
 }
 
 TEST(GoTo, FindsRowsByTimeColumnsAndInRingFiles)

@@ -107,22 +107,21 @@ void TextRows::takeCells(Rows& rows)
 // Until a number has shown its decimal sign, either will do: the first rows may hold whole ones.
 std::optional<double> TextRows::numberIn(std::string_view cell)
 {
-    const auto number = readNumber(cell, m_layout.signs);
-    if (m_decimalIsSure)
-        return number;
-    STLCells other = m_layout.signs;
-    other.decimal = other.decimal == '.' ? ',' : '.';
-    if (number) {
-        m_decimalIsSure = cell.find(m_layout.signs.decimal) != std::string_view::npos;
+    STLCells& signs = m_layout.signs;
+    const auto number = readNumber(cell, signs);
+    if (m_decimalIsSure || number) {
+        m_decimalIsSure = m_decimalIsSure || cell.find(signs.decimal) != std::string_view::npos;
         return number;
     }
-    if (other.decimal == other.separator || other.decimal == other.grouping)
+    const char known = signs.decimal;
+    const char other = known == '.' ? ',' : '.';
+    if (other == signs.separator || other == signs.grouping)
         return std::nullopt;
-    const auto otherwise = readNumber(cell, other);
-    if (otherwise) {
-        m_layout.signs = other;
-        m_decimalIsSure = true;
-    }
+    signs.decimal = other;
+    const auto otherwise = readNumber(cell, signs);
+    m_decimalIsSure = otherwise.has_value();
+    if (!otherwise)
+        signs.decimal = known;
     return otherwise;
 }
 
@@ -152,7 +151,7 @@ bool TextRows::fits(std::string_view line, const STLCells& signs, bool exactly)
         return false;
     if (m_layout.timed && !timeIn(m_cells.front(), readNumber(m_cells.front(), signs)))
         return false;
-    // A line without a time or a value may still be one of the head ("--- ---"), but for words.
+    // Marks alone may be a rule below the head ("--- ---"); a time, a number or a word makes a row.
     bool tells = m_layout.timed;
     const auto reads = [&](std::size_t cell) {
         const std::string_view text = m_cells[cell + (m_layout.timed ? 1 : 0)];

@@ -148,7 +148,7 @@ STLFormat formatOf(const std::filesystem::path& file, const STLSample& sample, S
     format.cells.separator = reading.separator;
     format.cells.decimal = reading.decimal;
     format.cells.grouping = reading.grouping;
-    format.thousandsAssumed = reading.thousands;
+    format.groupsAssumed = reading.thousands;
     format.cells.edges = reading.edges;
     format.cells.rowNames = reading.rowNames;
     format.cells.bars = reading.bars;

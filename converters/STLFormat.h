@@ -117,25 +117,25 @@ struct STLFormat
     // may be hours, minutes and seconds, and the hours' column stands there.
     std::array<int, kSTLDateParts> partColumns = {-1, -1, -1, -1, -1, -1, -1, -1, -1};
     DateOrder order = DateOrder::DayMonth;
-    bool thousandsAssumed = false;  // signs between digits that could be decimal ones
-    bool namesInDoubt = false;      // they are numbers, or the first data line may be names
-    bool namesInRemark = false;     // "# a b c"
-    bool namesListed = false;       // "# 1 a", "# 2 b"
-    bool namesAreApart = false;     // blanks lie between them, other separators between the cells below
-    bool namesAsked = false;        // so much so that the user is asked
-    bool timeIsHhmm = false;        // times are numbers: 5 past midnight is 5, noon 1200
-    bool yearsInMonths = false;     // decimal years tell firsts of months, as well as their digits can
-    bool valuesRunOn = false;       // from line to line: the first cells count them
-    bool monthsInDigits = false;    // these are no decimals: 1959.01 is January
-    bool orderInDoubt = false;      // no date tells; the user is asked to check
-    bool orderBySteps = false;      // but the steps between the dates do
-    bool rowsAreLabelled = false;   // rows of one time are told apart by a text: several things at that time
-    bool yearMissing = false;       // days and months stand before the times of day, and no year
-    bool dateUnread = false;        // something like a date stands before the times of day
-    bool greenwich = false;         // stamps carry a zone, or the user says that they are UTC
-    bool stepIsTold = false;        // the step below, by the file's head
-    Micros typedStart = 0;          // wall clock; 0 for none
-    double typedStep = 1.0;         // seconds
+    bool groupsAssumed = false;    // signs between digits that could be decimal ones part thousands
+    bool namesInDoubt = false;     // they are numbers, or the first data line may be names
+    bool namesInRemark = false;    // "# a b c"
+    bool namesListed = false;      // "# 1 a", "# 2 b"
+    bool namesAreApart = false;    // blanks lie between them, other separators between the cells below
+    bool namesAsked = false;       // so much so that the user is asked
+    bool timeIsHhmm = false;       // times are numbers: 5 past midnight is 5, noon 1200
+    bool yearsInMonths = false;    // decimal years tell firsts of months, as well as their digits can
+    bool valuesRunOn = false;      // from line to line: the first cells count them
+    bool monthsInDigits = false;   // these are no decimals: 1959.01 is January
+    bool orderInDoubt = false;     // no date tells; the user is asked to check
+    bool orderBySteps = false;     // but the steps between the dates do
+    bool rowsAreLabelled = false;  // rows of one time are told apart by a text: several things at that time
+    bool yearMissing = false;      // days and months stand before the times of day, and no year
+    bool dateUnread = false;       // something like a date stands before the times of day
+    bool greenwich = false;        // stamps carry a zone, or the user says that they are UTC
+    bool stepIsTold = false;       // the step below, by the file's head
+    Micros typedStart = 0;         // wall clock; 0 for none
+    double typedStep = 1.0;        // seconds
 
     std::optional<STLTimeResult> timeResult;  // the user's choice; without it the check chooses
     double resampleStep = 0.0;                // seconds; 0 for the typical step

@@ -30,11 +30,15 @@ bool startsWithRemark(std::string_view line, char separator)
            (separator != ';' && text.starts_with(';'));
 }
 
-// Whether a line has digits on both sides of the sign.
+// Whether a line has digits on both sides of the sign; where it may be a decimal one, three behind it.
 bool mayGroup(std::string_view line, char grouping)
 {
-    for (std::size_t at = line.find(grouping); at != std::string_view::npos; at = line.find(grouping, at + 1))
-        if (at > 0 && at + 1 < line.size() && isDigit(line[at - 1]) && isDigit(line[at + 1]))
+    const bool isDecimal = grouping == '.' || grouping == ',';
+    const auto digitAt = [line](std::size_t at) { return at < line.size() && isDigit(line[at]); };
+    for (std::size_t at = line.find(grouping, 1); at != std::string_view::npos;
+         at = line.find(grouping, at + 1))
+        if (digitAt(at - 1) && digitAt(at + 1) &&
+            (!isDecimal || (digitAt(at + 2) && digitAt(at + 3) && !digitAt(at + 4))))
             return true;
     return false;
 }
@@ -291,14 +295,17 @@ std::vector<STLReading> allReadings(const STLSample& sample)
     }
     preferTabs(sample, readings);
     constexpr double kClearer = 1.001;
+    const auto scoresLess = [](const STLReading& a, const STLReading& b) { return a.score < b.score; };
+    const double best = std::max_element(readings.begin(), readings.end(), scoresLess)->score;
     for (STLReading& reading : readings)
-        if ((reading.grouping == '.' || reading.grouping == ',') && areThousands(sample, reading)) {
+        if ((reading.grouping == '.' || reading.grouping == ',') && reading.score * kClearer > best &&
+            areThousands(sample, reading)) {
             reading.thousands = true;
             reading.score *= kClearer;
         }
     // The earlier one wins a tie, so digits are grouped only where that explains more.
     std::stable_sort(readings.begin(), readings.end(),
-                     [](const STLReading& a, const STLReading& b) { return a.score > b.score; });
+                     [&](const STLReading& a, const STLReading& b) { return scoresLess(b, a); });
     readings.front() = inWords(sample, std::move(readings.front()));
     return readings;
 }

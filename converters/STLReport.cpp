@@ -222,7 +222,7 @@ std::string assumptionText(const STLFormat& format, const STLCheck& found)
          "Numbers are taken for days as spreadsheets count them.");
     line(format.timeSource == STLTimeSource::ElapsedSeconds && secondsAreAssumed(format),
          "The column of times" + inQuotes(format) + " names no unit: seconds are assumed.");
-    line(format.thousandsAssumed, format.cells.grouping == '.'
+    line(format.groupsAssumed, format.cells.grouping == '.'
                                       ? "Points are taken for signs between thousands: 2.990 is 2 990."
                                       : "Commas are taken for signs between thousands: 2,990 is 2 990.");
     line(!factoredColumns(format).empty(),

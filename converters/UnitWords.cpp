@@ -13,15 +13,12 @@ namespace {
 bool isUnitWord(std::string_view word)
 {
     static constexpr std::string_view kUnits =
-        " m g s a k c f v w n j l h t b d mol cd hz pa ohm ohms wb lm lx bq gy sv bar db dbm dbv dba dbfs "
-        "ppm ppb "
-        "rpm deg rad sr min hr hrs day days week year years yr in ft mi mph lb lbs psi kn kt knot knots cal "
-        "wh ah "
-        "va var ev bit bits byte bytes bps cps px pct percent count counts inch inches feet degc degf "
-        "celsius "
-        "kelvin fahrenheit volt volts amp amps ampere watt watts newton pascal joule mmhg inhg mg au ph pas "
-        "gal "
-        "sec secs meter meters metre metres gram grams liter litre usd eur nu pu rms pp ";
+        " m g s a k c f v w n j l h t b d mol cd hz pa ohm ohms wb lm lx bq gy sv bar db dbm dbv "
+        "dba dbfs ppm ppb rpm deg rad sr min hr hrs day days week year years yr in ft mi mph lb "
+        "lbs psi kn kt knot knots cal wh ah va var ev bit bits byte bytes bps cps px pct percent "
+        "count counts inch inches feet degc degf celsius kelvin fahrenheit volt volts amp amps "
+        "ampere watt watts newton pascal joule mmhg inhg mg au ph pas gal sec secs meter meters "
+        "metre metres gram grams liter litre usd eur nu pu rms pp ";
     const auto known = [](std::string_view text) {
         return !text.empty() && kUnits.find(' ' + std::string(text) + ' ') != std::string_view::npos;
     };

@@ -1,3 +1,4 @@
+// Units in the heads and names of logs.
 #pragma once
 
 #include <string>

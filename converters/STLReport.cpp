@@ -223,8 +223,8 @@ std::string assumptionText(const STLFormat& format, const STLCheck& found)
     line(format.timeSource == STLTimeSource::ElapsedSeconds && secondsAreAssumed(format),
          "The column of times" + inQuotes(format) + " names no unit: seconds are assumed.");
     line(format.groupsAssumed, format.cells.grouping == '.'
-                                      ? "Points are taken for signs between thousands: 2.990 is 2 990."
-                                      : "Commas are taken for signs between thousands: 2,990 is 2 990.");
+                                   ? "Points are taken for signs between thousands: 2.990 is 2 990."
+                                   : "Commas are taken for signs between thousands: 2,990 is 2 990.");
     line(!factoredColumns(format).empty(),
          "K, M and G behind numbers are taken for factors: " + factoredColumns(format) + '.');
     line(format.namesListed, "The names of the columns are those that the lines above list by number.");

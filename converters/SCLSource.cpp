@@ -237,6 +237,75 @@ void useWords(SCLSource& source, std::string_view line, STLEncoding encoding, bo
     }
 }
 
+// What the first lines of a log tell, one after the other: the head at once to the source, values and times
+// for judgement.
+struct Survey
+{
+    SCLSource& source;
+    STLEncoding encoding;
+    std::vector<std::vector<double>> lines = {};  // the numbers of each
+    LineTimes times = {};
+    bool anyNumber = false;  // else all values are missing
+    bool isNamed = false;
+    bool hasWords = false;
+    std::vector<STLToken> tokens = {};
+
+    void take(const STLLine& line);
+    void takeHead(const HeadLine& head, std::uint64_t line);
+    void takeValues(const std::optional<LineTime>& time);
+};
+
+void Survey::takeHead(const HeadLine& head, std::uint64_t line)
+{
+    const bool names = keyOf(head.key) == STLKey::Name;
+    // Behind values another name is another series'.
+    if (names && isNamed && !lines.empty())
+        source.secondName = source.secondName == 0 ? line : source.secondName;
+    else
+        useHead(source, head);
+    isNamed = isNamed || names;
+}
+
+void Survey::takeValues(const std::optional<LineTime>& time)
+{
+    std::vector<double>& numbers = lines.emplace_back();
+    for (const STLToken& token : tokens) {
+        if (token.kind == STLKind::Text)
+            continue;
+        numbers.push_back(token.value);
+        source.decimalCommas = source.decimalCommas || token.text.find(',') != std::string_view::npos;
+        anyNumber = anyNumber || token.kind == STLKind::Number;
+    }
+    const auto seconds = time ? secondsOf(*time) : std::nullopt;
+    times.complete = times.complete && seconds;
+    if (!seconds)
+        return;
+    if (times.seconds.empty() && time->dated)
+        times.first = seconds;
+    times.seconds.push_back({*seconds});
+}
+
+void Survey::take(const STLLine& line)
+{
+    std::string_view rest = line.text;
+    const auto time = takeLineTime(rest);
+    const auto head = time ? std::nullopt : headLine(line.text, encoding);
+    if (head)
+        takeHead(*head, line.number);
+    if (head || isRemarkLine(line.text))
+        return;
+    readWords(line.text, tokens);
+    const auto isText = [](const STLToken& token) { return token.kind == STLKind::Text; };
+    if (std::all_of(tokens.begin(), tokens.end(), isText)) {
+        if (lines.empty() && !isNamed)
+            useWords(source, line.text, encoding, !hasWords);
+        hasWords = true;
+    } else if (!lines.empty() || !isText(tokens.front())) {
+        // "Serial;12345" above the first value is of the head; the reader passes over it too.
+        takeValues(time);
+    }
+}
+
 }  // namespace
 
 SCLSource detectSource(const std::filesystem::path& file, std::uint64_t skipLines)
@@ -248,57 +317,14 @@ SCLSource detectSource(const std::filesystem::path& file, std::uint64_t skipLine
     source.name = file.stem().string();
     const bool utf8 = std::all_of(sample.lines.begin(), sample.lines.end(),
                                   [](const STLLine& line) { return isUtf8(line.text); });
-    const STLEncoding encoding = utf8 ? STLEncoding::Utf8 : STLEncoding::Windows1252;
-    std::vector<std::vector<double>> lines;
-    LineTimes times;
-    bool anyNumber = false;
-    bool isNamed = false;
-    bool hasWords = false;
-    std::vector<STLToken> tokens;
-    for (const STLLine& line : sample.head) {
-        if (line.number <= skipLines || isEmptyLine(line.text))
-            continue;
-        std::string_view rest = line.text;
-        const auto time = takeLineTime(rest);
-        const auto head = time ? std::nullopt : headLine(line.text, encoding);
-        // Behind values another name is another series'.
-        if (head && keyOf(head->key) == STLKey::Name && isNamed && !lines.empty())
-            source.secondName = source.secondName == 0 ? line.number : source.secondName;
-        else if (head)
-            useHead(source, *head);
-        isNamed = isNamed || (head && keyOf(head->key) == STLKey::Name);
-        if (head || isRemarkLine(line.text))
-            continue;
-        readWords(line.text, tokens);
-        std::vector<double> numbers;
-        for (const STLToken& token : tokens)
-            if (token.kind != STLKind::Text) {
-                numbers.push_back(token.value);
-                source.decimalCommas = source.decimalCommas || token.text.find(',') != std::string_view::npos;
-                anyNumber = anyNumber || token.kind == STLKind::Number;
-            }
-        if (numbers.empty()) {
-            if (lines.empty() && !isNamed)
-                useWords(source, line.text, encoding, !hasWords);
-            hasWords = true;
-            continue;
-        }
-        // "Serial;12345" in the head, which the reader passes over too.
-        if (lines.empty() && tokens.front().kind == STLKind::Text)
-            continue;
-        lines.push_back(numbers);
-        const auto seconds = time ? secondsOf(*time) : std::nullopt;
-        times.complete = times.complete && seconds;
-        if (!seconds)
-            continue;
-        if (times.seconds.empty() && time->dated)
-            times.first = seconds;
-        times.seconds.push_back({*seconds});
-    }
-    if (!anyNumber)
+    Survey survey{source, utf8 ? STLEncoding::Utf8 : STLEncoding::Windows1252};
+    for (const STLLine& line : sample.head)
+        if (line.number > skipLines && !isEmptyLine(line.text))
+            survey.take(line);
+    if (!survey.anyNumber)
         throw STLError("No line of numbers was found in " + file.filename().string() + ".");
-    judgeNumbers(source, lines);
-    judgeTimes(source, times);
+    judgeNumbers(source, survey.lines);
+    judgeTimes(source, survey.times);
     return source;
 }
 

@@ -69,33 +69,6 @@ bool looksLikeUnits(const STLRow& row)
     return units > 0 && (units * 2 >= filled || (empties && units * 3 >= filled));
 }
 
-// How like names the numbers of a row are: each sort is of the ones before it, too.
-enum class NumericNames { None, Rising, Equal, Years };  // whole and rising, in equal steps, years
-
-NumericNames numericNames(const STLRow& row)
-{
-    constexpr double kFirstYear = 1500.0;
-    constexpr double kLastYear = 2200.0;
-    std::vector<double> numbers;
-    for (const STLToken& token : row.cells) {
-        if (token.kind != STLKind::Number && token.kind != STLKind::Text && !token.text.empty())
-            return NumericNames::None;
-        if (token.kind == STLKind::Number)
-            numbers.push_back(token.value);
-    }
-    bool equal = numbers.size() > 2;
-    for (std::size_t i = 0; i < numbers.size(); ++i) {
-        if (numbers[i] != std::floor(numbers[i]) || (i > 0 && !(numbers[i] > numbers[i - 1])))
-            return NumericNames::None;
-        equal = equal && (i == 0 || numbers[i] - numbers[i - 1] == numbers[1] - numbers[0]);
-    }
-    return numbers.size() > 1 && numbers.front() >= kFirstYear && numbers.back() <= kLastYear
-               ? NumericNames::Years
-           : equal           ? NumericNames::Equal
-           : numbers.empty() ? NumericNames::None
-                             : NumericNames::Rising;
-}
-
 // Whether a text stands in a column of numbers: what differs so from the rows below is no row.
 bool hasTextAboveNumbers(const STLRow& row, const STLFormat& format)
 {
@@ -120,7 +93,7 @@ bool mayBeNames(const STLRow& row, const STLFormat& format)
             return format.cells.separator != ' ';
         numbers = numbers || row.cells[c].kind == STLKind::Number;
     }
-    return !numbers || format.cells.separator != ' ' || numericNames(row) != NumericNames::None;
+    return !numbers || format.cells.separator != ' ' || numericNames(row.cells) != NumericNames::None;
 }
 
 // "5N  S  N": how wide and of which kind the columns are.
@@ -149,11 +122,11 @@ bool holdsOddNumbers(const STLRow& row, const STLFormat& format)
 {
     const auto numbers = std::count_if(row.cells.begin(), row.cells.end(),
                                        [](const STLToken& token) { return token.kind == STLKind::Number; });
-    if (numbers == 1 && format.cells.separator == ' ' && numericNames(row) == NumericNames::Rising)
+    if (numbers == 1 && format.cells.separator == ' ' && numericNames(row.cells) == NumericNames::Rising)
         return true;
     for (std::size_t c = 0; c < format.columns.size(); ++c)
         if (row.cells[c].kind == STLKind::Number && format.columns[c].kind == STLKind::Number)
-            return numericNames(row) == NumericNames::None;
+            return numericNames(row.cells) == NumericNames::None;
     return false;
 }
 
@@ -254,7 +227,7 @@ void guessNumericNames(STLFormat& format, const std::vector<STLRow>& rows, std::
         return;
     const STLRow& names = rows[firstData];
     const bool cornered = hasEmptyCorner(rows, firstData);
-    const NumericNames sort = cornered ? NumericNames::Years : numericNames(names);
+    const NumericNames sort = cornered ? NumericNames::Years : numericNames(names.cells);
     const bool differs = hasTextAboveNumbers(names, format);
     const bool named = format.unmatchedLine != 0;  // though nobody knows which
     if (sort == NumericNames::None ||
@@ -263,7 +236,7 @@ void guessNumericNames(STLFormat& format, const std::vector<STLRow>& rows, std::
     const std::size_t below = rows.size() - firstData - 1;
     const auto alike = static_cast<std::size_t>(
         std::count_if(rows.begin() + static_cast<std::ptrdiff_t>(firstData) + 1, rows.end(),
-                      [sort](const STLRow& row) { return numericNames(row) >= sort; }));
+                      [sort](const STLRow& row) { return numericNames(row.cells) >= sort; }));
     if (!differs && !cornered && alike * 2 > below)
         return;
     // Where some of the rows are like it, they all are taken for rows.
@@ -436,12 +409,21 @@ void namesToEnds(STLFormat& format, const STLSample& sample, const std::vector<S
     splitUnits(format);
 }
 
-}  // namespace
+// Cuts a line above the rows as these are cut.
+void splitAbove(const STLLine& line, const STLFormat& format, std::vector<std::string_view>& cells)
+{
+    const bool isFixed = !format.cells.edges.empty();
+    // Places in a table of fixed widths count from the remark's sign on.
+    splitCells(isFixed ? std::string_view(line.text) : withoutRemark(line.text, format), format.cells, cells);
+    if (isFixed && isRemark(line.text, format))
+        cells.front().remove_prefix(std::min(cells.front().find_first_not_of("#%/; "), cells.front().size()));
+}
 
-void guessNamesAbove(STLFormat& format, const STLSample& sample, const std::vector<STLRow>& data)
+// The lines next above the rows whose cells stand over the columns, as rows, the topmost first. Words next
+// above them that do not are told in the format.
+std::vector<STLRow> rowsAbove(STLFormat& format, const STLSample& sample, const std::vector<STLRow>& data)
 {
     const std::size_t columns = format.columns.size();
-    namesToEnds(format, sample, data);
     std::vector<STLRow> rows;
     std::vector<std::string_view> cells;
     bool remark = false;
@@ -456,18 +438,13 @@ void guessNamesAbove(STLFormat& format, const STLSample& sample, const std::vect
         if (remark && (!isRemark(line.text, format) || rows.size() > 1 || !areUnitsBelow(rows.front())))
             break;
         remark = isRemark(line.text, format);
-        // Places in a table of fixed widths count from the remark's sign on.
-        splitCells(format.cells.edges.empty() ? text : std::string_view(line.text), format.cells, cells);
-        if (remark && !format.cells.edges.empty())
-            cells.front().remove_prefix(
-                std::min(cells.front().find_first_not_of("#%/; "), cells.front().size()));
+        splitAbove(line, format, cells);
         // Names with a cell for each column were looked at, though the last ones are empty, or one ends the
         // line.
-        if (!remark && (cells.size() == columns || (cells.size() == columns + 1 && cells.back().empty())))
-            break;
+        const bool wasSeen = cells.size() == columns || (cells.size() == columns + 1 && cells.back().empty());
         while (!cells.empty() && cells.back().empty())
             cells.pop_back();
-        if (!remark && cells.size() == columns)
+        if (!remark && (wasSeen || cells.size() == columns))
             break;
         if (remark)
             dropLabel(cells, columns);
@@ -487,18 +464,27 @@ void guessNamesAbove(STLFormat& format, const STLSample& sample, const std::vect
             row.cells.push_back(readToken(cells[c], format.cells));
         rows.insert(rows.begin(), std::move(row));
     }
+    return rows;
+}
+
+}  // namespace
+
+void guessNamesAbove(STLFormat& format, const STLSample& sample, const std::vector<STLRow>& data)
+{
+    namesToEnds(format, sample, data);
+    const std::vector<STLRow> rows = rowsAbove(format, sample, data);
     // A remark is taken for names only where nothing else is; a word or two are prose.
     const std::size_t fewest = format.cells.separator == ' ' ? 3 : 2;
     const bool allRemarks = !rows.empty() && isRemark(rows.back().line->text, format);
     if (!rows.empty() && !allRemarks && format.namesLine == 0 && !isMostlyText(rows.back()) &&
-        numericNames(rows.back()) >= NumericNames::Equal) {
+        numericNames(rows.back().cells) >= NumericNames::Equal) {
         putNames(format, rows.back(), nullptr);
         format.namesInDoubt = true;
-        format.namesAsked = numericNames(rows.back()) != NumericNames::Years;
+        format.namesAsked = numericNames(rows.back().cells) != NumericNames::Years;
         return;
     }
     if (std::none_of(rows.begin(), rows.end(), isMostlyText) ||
-        (allRemarks && (format.namesLine != 0 || columns < fewest)))
+        (allRemarks && (format.namesLine != 0 || format.columns.size() < fewest)))
         return;
     for (STLColumn& column : format.columns)
         column.heading = column.name = column.unit = std::string();

@@ -216,7 +216,10 @@ void STLObject::settleResult()
     const auto taken = std::count_if(m_format.columns.begin(), m_format.columns.end(),
                                      [](const STLColumn& column) { return column.take; });
     if (taken == 0)
-        throw STLError("No column of numbers is chosen.");
+        throw STLError(std::any_of(m_format.columns.begin(), m_format.columns.end(),
+                                   [](const STLColumn& column) { return column.kind == STLKind::Number; })
+                           ? "No column of numbers is chosen."
+                           : "No column of numbers was found in " + m_file.filename().string() + '.');
     found.target.columns = static_cast<std::uint32_t>(taken);
     found.target.samples = static_cast<std::uint32_t>(std::min<std::uint64_t>(samples, UINT32_MAX));
 }

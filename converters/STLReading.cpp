@@ -43,7 +43,7 @@ bool mayGroup(std::string_view line, char grouping)
     return false;
 }
 
-double worth(STLKind kind)
+double worthOf(STLKind kind)
 {
     return kind == STLKind::Text ? 0.0 : kind == STLKind::Missing ? 0.5 : 1.0;
 }
@@ -77,86 +77,107 @@ bool hidesTime(std::string_view cell)
     return word.size() < cell.size() && isDigit(word.front()) && (readTime(word) || readStamp(word));
 }
 
+// The lines of one count of cells, and what these are.
+struct CountedLines
+{
+    std::size_t count = 0;
+    double worth = 0.0;
+    std::size_t endInSeparator = 0;
+    std::size_t endInNumber = 0;
+    std::size_t dates = 0;
+    std::size_t numbers = 0;  // perhaps with a key or a unit
+    std::size_t named = 0;    // begin with a text
+    std::size_t known = 0;
+    std::size_t hiding = 0;  // begin with a cell that holds several
+
+    void add(const std::vector<std::string_view>& line, const STLCells& cells);
+    // What speaks against rows of so many cells.
+    double factor(std::size_t cells) const;
+};
+
+using LinesByCount = std::map<std::size_t, CountedLines>;
+
+void CountedLines::add(const std::vector<std::string_view>& line, const STLCells& cells)
+{
+    ++count;
+    for (std::size_t c = 0; c < line.size(); ++c) {
+        const std::string_view cell = line[c];
+        const STLKind kind = readToken(cell, cells).kind;
+        const bool isName = c == 0 && kind == STLKind::Text;
+        const bool isNumber =
+            kind == STLKind::Text && (!unitBehind(cell, cells).empty() || !keyBefore(cell, cells).empty() ||
+                                      readFactored(cell, kBinaryFactor, cells));
+        named += isName ? 1 : 0;
+        hiding += isName && (hidesTime(cell) || hidesQuotes(cell)) ? 1 : 0;
+        endInNumber += c + 1 == line.size() && kind == STLKind::Number ? 1 : 0;
+        worth += worthOf(isNumber ? STLKind::Number : kind);
+        known += kind != STLKind::Text && kind != STLKind::Missing ? 1 : 0;
+        dates += kind == STLKind::Date || kind == STLKind::Stamp ? 1 : 0;
+        numbers += isNumber || kind == STLKind::Number ? 1 : 0;
+    }
+}
+
+double CountedLines::factor(std::size_t cells) const
+{
+    // Dates alone are no values: their parts may be cells.
+    const bool onlyDates = cells == 1 ? dates * 2 > count : numbers == 0;
+    const double single = onlyDates ? kSingleDateFactor : cells == 1 ? kSingleCellFactor : 1.0;
+    return single * (hiding * 2 > count ? kHiddenFactor : 1.0);
+}
+
+// A separator at the end of a line makes no cell of its own, unless it is that of a last column which is
+// mostly empty.
+void takeLongerLines(STLReading& reading, const LinesByCount& byCount, std::size_t looked)
+{
+    const auto lines = byCount.find(reading.cells);
+    const auto longer = byCount.find(reading.cells + 1);
+    if (reading.cells == 0 || longer == byCount.end() || lines->second.endInSeparator != lines->second.count)
+        return;
+    const auto both = static_cast<double>(longer->second.count + lines->second.count);
+    if (longer->second.endInNumber > 1) {
+        ++reading.cells;
+    } else if (reading.separator == '\t' && static_cast<double>(longer->second.count * kFewLongRows) > both) {
+        ++reading.cells;
+        reading.score *= both / static_cast<double>(lines->second.count);
+        reading.lines = both / static_cast<double>(looked);
+    }
+}
+
 STLReading scored(const STLSample& sample, const STLCells& cells)
 {
-    struct Lines
-    {
-        std::size_t count = 0;
-        double worth = 0.0;
-        std::size_t endInSeparator = 0;
-        std::size_t endInNumber = 0;
-        std::size_t dates = 0;
-        std::size_t numbers = 0;  // perhaps with a key or a unit
-        std::size_t named = 0;    // begin with a text
-        std::size_t known = 0;
-        std::size_t hiding = 0;  // begin with a cell that holds several
-    };
-    std::map<std::size_t, Lines> byCount;
+    LinesByCount byCount;
     std::vector<std::string_view> line;
     std::size_t looked = 0;
     for (const STLLine& text : sample.lines) {
         if (startsWithRemark(text.text, cells.separator) || isRule(text.text))
             continue;
         ++looked;
-        // A separator at the end of a line makes no cell of its own.
         const bool endsInSeparator =
             splitCells(text.text, cells, line) > 1 && cells.edges.empty() && line.back().empty();
         if (endsInSeparator)
             line.pop_back();
-        Lines& lines = byCount[line.size()];
-        ++lines.count;
+        CountedLines& lines = byCount[line.size()];
+        lines.add(line, cells);
         lines.endInSeparator += endsInSeparator ? 1 : 0;
-        for (std::size_t c = 0; c < line.size(); ++c) {
-            const std::string_view cell = line[c];
-            const STLKind kind = readToken(cell, cells).kind;
-            const bool named = c == 0 && kind == STLKind::Text;
-            lines.named += named ? 1 : 0;
-            lines.hiding += named && (hidesTime(cell) || hidesQuotes(cell)) ? 1 : 0;
-            lines.endInNumber += c + 1 == line.size() && kind == STLKind::Number ? 1 : 0;
-            const bool number = kind == STLKind::Text &&
-                                (!unitBehind(cell, cells).empty() || !keyBefore(cell, cells).empty() ||
-                                 readFactored(cell, kBinaryFactor, cells));
-            lines.worth += worth(number ? STLKind::Number : kind);
-            lines.known += kind != STLKind::Text && kind != STLKind::Missing ? 1 : 0;
-            lines.dates += kind == STLKind::Date || kind == STLKind::Stamp ? 1 : 0;
-            lines.numbers += number || kind == STLKind::Number ? 1 : 0;
-        }
     }
     STLReading reading{cells.separator, cells.decimal, cells.grouping};
-    std::size_t known = 0;
+    reading.bars = cells.bars;
     for (const auto& [count, lines] : byCount) {
-        known += lines.known;
+        reading.known += lines.known;
         if (count == 0)
             continue;
         const double typed = lines.worth / static_cast<double>(lines.count * count);
         const double share = static_cast<double>(lines.count) / static_cast<double>(looked);
-        // Dates alone are no values: their parts may be cells.
-        const double factor = (count == 1 ? lines.dates * 2 > lines.count : lines.numbers == 0)
-                                  ? kSingleDateFactor
-                              : count == 1 ? kSingleCellFactor
-                                           : 1.0;
-        const double hidden = lines.hiding * 2 > lines.count ? kHiddenFactor : 1.0;
-        const double score = share * typed * hidden * factor;
-        if (score > reading.score)
-            reading = {cells.separator, cells.decimal, cells.grouping, count, score, share, typed};
+        const double score = share * typed * lines.factor(count);
+        if (score <= reading.score)
+            continue;
+        reading.cells = count;
+        reading.score = score;
+        reading.lines = share;
+        reading.typed = typed;
+        reading.rowNames = cells.rowNames && lines.named * 2 > lines.count;
     }
-    reading.bars = cells.bars;
-    reading.rowNames = cells.rowNames && byCount[reading.cells].named * 2 > byCount[reading.cells].count;
-    reading.known = known;
-    // Unless it is the cell of a last column that is mostly empty.
-    const auto longer = byCount.find(reading.cells + 1);
-    if (reading.cells != 0 && longer != byCount.end() &&
-        byCount[reading.cells].endInSeparator == byCount[reading.cells].count) {
-        const std::size_t both = longer->second.count + byCount[reading.cells].count;
-        if (longer->second.endInNumber > 1)
-            ++reading.cells;
-        else if (cells.separator == '\t' && longer->second.count * kFewLongRows > both) {
-            ++reading.cells;
-            reading.score *=
-                static_cast<double>(both) / static_cast<double>(byCount[reading.cells - 1].count);
-            reading.lines = static_cast<double>(both) / static_cast<double>(looked);
-        }
-    }
+    takeLongerLines(reading, byCount, looked);
     return reading;
 }
 

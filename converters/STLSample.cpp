@@ -209,27 +209,14 @@ bool isTyped(const STLToken& token)
     return token.kind != STLKind::Text && token.kind != STLKind::Missing;
 }
 
-}  // namespace
-
-namespace {
-
 // Whether numbers can be the names of the columns behind a first one of texts: years, or whole numbers in
 // equal steps.
 bool canBeNames(const std::vector<STLToken>& tokens, const std::vector<STLKind>& kinds)
 {
-    constexpr double kFirstYear = 1500.0;
-    constexpr double kLastYear = 2200.0;
-    if (tokens.size() + 1 != kinds.size() || tokens.size() < 2 || kinds.front() != STLKind::Text)
-        return false;
-    bool equal = tokens.size() > 2;
-    for (std::size_t i = 0; i < tokens.size(); ++i) {
-        if (tokens[i].kind != STLKind::Number || tokens[i].value != std::floor(tokens[i].value) ||
-            (i > 0 && !(tokens[i].value > tokens[i - 1].value)))
-            return false;
-        equal =
-            equal && (i == 0 || tokens[i].value - tokens[i - 1].value == tokens[1].value - tokens[0].value);
-    }
-    return equal || (tokens.front().value >= kFirstYear && tokens.back().value <= kLastYear);
+    return tokens.size() + 1 == kinds.size() && tokens.size() >= 2 && kinds.front() == STLKind::Text &&
+           std::all_of(tokens.begin(), tokens.end(),
+                       [](const STLToken& token) { return token.kind == STLKind::Number; }) &&
+           numericNames(tokens) >= NumericNames::Equal;
 }
 
 // Whether a line is a row of missing values, marked as such, with texts where the others have them.
@@ -326,6 +313,30 @@ std::size_t namedColumns(const STLSample& sample, const STLFormat& format, std::
     return 0;
 }
 
+NumericNames numericNames(const std::vector<STLToken>& cells)
+{
+    constexpr double kFirstYear = 1500.0;
+    constexpr double kLastYear = 2200.0;
+    std::vector<double> numbers;
+    for (const STLToken& token : cells) {
+        if (token.kind != STLKind::Number && token.kind != STLKind::Text && !token.text.empty())
+            return NumericNames::None;
+        if (token.kind == STLKind::Number)
+            numbers.push_back(token.value);
+    }
+    bool equal = numbers.size() > 2;
+    for (std::size_t i = 0; i < numbers.size(); ++i) {
+        if (numbers[i] != std::floor(numbers[i]) || (i > 0 && !(numbers[i] > numbers[i - 1])))
+            return NumericNames::None;
+        equal = equal && (i == 0 || numbers[i] - numbers[i - 1] == numbers[1] - numbers[0]);
+    }
+    return numbers.size() > 1 && numbers.front() >= kFirstYear && numbers.back() <= kLastYear
+               ? NumericNames::Years
+           : equal           ? NumericNames::Equal
+           : numbers.empty() ? NumericNames::None
+                             : NumericNames::Rising;
+}
+
 std::vector<STLKind> kindsOf(const std::vector<STLRow>& rows, std::size_t count)
 {
     std::vector<std::array<std::size_t, kSTLKinds>> votes(count);
@@ -366,10 +377,6 @@ bool isTimedTitle(const std::vector<STLRow>& rows, std::size_t row, const std::v
     }
     return numbers && texts > 1 && last > row + 1;
 }
-
-}  // namespace
-
-namespace {
 
 // Where names of two and more tables stand above their rows again and again: the first row of the table that
 // has the most; rows.size() where they do not.

@@ -43,6 +43,12 @@ std::uint64_t firstRaggedLine(const STLSample& sample, const STLFormat& format,
 // 0.
 std::size_t namedColumns(const STLSample& sample, const STLFormat& format, std::size_t usual);
 
+// How like names the numbers of a row are: each sort is of the ones before it, too.
+enum class NumericNames { None, Rising, Equal, Years };  // whole and rising, in equal steps, years
+
+// Texts and empty cells beside the numbers say nothing; dates and times are no names.
+NumericNames numericNames(const std::vector<STLToken>& cells);
+
 // What most cells of each column are; missing ones only where nothing else is there.
 std::vector<STLKind> kindsOf(const std::vector<STLRow>& rows, std::size_t count);
 

@@ -4,7 +4,7 @@
 #include <array>
 #include <cmath>
 #include <map>
-#include <numeric>
+#include <optional>
 #include <set>
 
 #include "converters/STLCourse.h"
@@ -144,6 +144,35 @@ bool areClockNumbers(const STLFormat& format, const std::vector<STLRow>& data, s
     return regularity(data, minutes) > regularity(data, number) + kClearly;
 }
 
+// Whether a column counts from 1970 on, and in what.
+std::optional<STLTimeSource> sinceEpoch(const STLColumn& column, const std::vector<STLRow>& data,
+                                        std::size_t c)
+{
+    constexpr double kYear1990 = 631152000.0;
+    constexpr double kYear2100 = 4102444800.0;
+    struct Unix
+    {
+        STLTimeSource source;
+        double perSecond;
+    };
+    static constexpr std::array<Unix, 4> kUnix = {{{STLTimeSource::UnixSeconds, 1},
+                                                   {STLTimeSource::UnixMilliseconds, 1e3},
+                                                   {STLTimeSource::UnixMicroseconds, 1e6},
+                                                   {STLTimeSource::UnixNanoseconds, 1e9}}};
+    const double first = data.front().cells[c].value;
+    double greatest = first;
+    for (const STLRow& row : data)
+        if (row.cells[c].kind == STLKind::Number)
+            greatest = std::fmax(greatest, row.cells[c].value);
+    // Microseconds of a quarter of an hour are as many as seconds since 1970; their unit tells.
+    const double unit = namedUnit(column);
+    for (const Unix& u : kUnix)
+        if (first > kYear1990 * u.perSecond && greatest < kYear2100 * u.perSecond &&
+            (unit <= 0.0 || unit * u.perSecond > 0.5))
+            return u.source;
+    return std::nullopt;
+}
+
 void findNumericTime(STLFormat& format, const std::vector<STLRow>& data)
 {
     for (std::size_t c = 0; c < format.columns.size(); ++c)
@@ -154,37 +183,15 @@ void findNumericTime(STLFormat& format, const std::vector<STLRow>& data)
             return;
         }
     for (std::size_t c = 0; c < format.columns.size(); ++c) {
-        if (format.columns[c].kind != STLKind::Number || data.empty())
+        const STLColumn& column = format.columns[c];
+        if (column.kind != STLKind::Number || data.empty())
             continue;
         const STLCourse course = courseOf(data, c);
-        const double first = data.front().cells[c].value;
-        constexpr double kYear1990 = 631152000.0;
-        constexpr double kYear2100 = 4102444800.0;
-        struct Unix
-        {
-            STLTimeSource source;
-            double perSecond;
-        };
-        static constexpr std::array<Unix, 4> kUnix = {{{STLTimeSource::UnixSeconds, 1},
-                                                       {STLTimeSource::UnixMilliseconds, 1e3},
-                                                       {STLTimeSource::UnixMicroseconds, 1e6},
-                                                       {STLTimeSource::UnixNanoseconds, 1e9}}};
-        const double last =
-            std::accumulate(data.begin(), data.end(), first, [c](double greatest, const STLRow& row) {
-                return std::fmax(greatest, row.cells[c].kind == STLKind::Number ? row.cells[c].value : 0.0);
-            });
-        // Microseconds of a quarter of an hour are as many as seconds since 1970; their unit tells.
-        const double unit = namedUnit(format.columns[c]);
-        const auto* const found = std::find_if(kUnix.begin(), kUnix.end(), [&](const Unix& u) {
-            return first > kYear1990 * u.perSecond && last < kYear2100 * u.perSecond &&
-                   (unit <= 0.0 || unit * u.perSecond > 0.5);
-        });
+        const auto epoch = sinceEpoch(column, data, c);
         // Several rows may bear the same second.
-        if (found != kUnix.end() && (course.neverFalls() || course.alwaysFalls()) &&
-            (c == 0 || namesTime(format.columns[c].name)))
-            format.timeSource = found->source;
-        else if (goesOnAsTime(format.columns[c], course) &&
-                 (format.columns[c].prefix.empty() || isFirstKey(format, c)))
+        if (epoch && (course.neverFalls() || course.alwaysFalls()) && (c == 0 || namesTime(column.name)))
+            format.timeSource = *epoch;
+        else if (goesOnAsTime(column, course) && (column.prefix.empty() || isFirstKey(format, c)))
             format.timeSource = STLTimeSource::ElapsedSeconds;
         else
             continue;

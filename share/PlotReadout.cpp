@@ -104,10 +104,6 @@ std::string durationText(double seconds)
     return (whole < kDay ? std::string() : std::to_string(whole / kDay) + " d ") + time.data();
 }
 
-}  // namespace
-
-namespace {
-
 bool isTextOf(const std::string& text, float value)
 {
     float read = 0.0F;

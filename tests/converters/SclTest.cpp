@@ -295,9 +295,11 @@ TEST_F(Scl, hopelessFilesLeaveNothing)
     for (const char* file : {"words.stl", "empty.stl", "binary.stl"})
         EXPECT_THROW(logs.add(kData / file), STLError) << file;
     EXPECT_THROW(logs.add("none.scl"), std::system_error);
-    write("missing.scl", "---\n13:45:30\nnan\n");
-    EXPECT_THROW(logs.add("missing.scl"), STLError) << "not one number";
-    fs::remove("missing.scl");
+    for (const char* text : {"---\n13:45:30\nnan\n", "Serial;12345\nFlow\n"}) {
+        write("none.scl", text);
+        EXPECT_THROW(logs.add("none.scl"), STLError) << text;
+        fs::remove("none.scl");
+    }
     EXPECT_THROW(logs.check({}), STLError);
     write("a.scl", "1\n2\n3\n");
     logs.add("a.scl");

@@ -1481,7 +1481,9 @@ TEST_F(Stl, hopelessFilesSayWhy)
     write("raw.txt", "Variables:\n 0 time time\n 1 v(in) voltage\nValues:\n 0 0.0\n  1.5\n\n 1 1.0\n  2.5\n");
     write("lines.json", "{\"t\": 1, \"v\": 2.5}\n{\"t\": 2, \"v\": 3.5}\n");
     write("array.json", "[\n  {\n    \"t\": 1,\n    \"v\": 2.5\n  }\n]\n");
+    write("doors.csv", "Day;Door\n2026-11-22;open\n2026-11-23;shut\n2026-11-24;open\n");
     const std::vector<std::pair<fs::path, const char*>> cases = {
+        {"doors.csv", "No column of numbers was found in doors.csv."},
         {"lines.json", "This is JSON."},
         {"array.json", "This is JSON."},
         {"wide-bytes.csv", "UTF-16"},

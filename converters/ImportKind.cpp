@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <vector>
 
 #include "converters/SCLSource.h"
 #include "converters/STLDetect.h"
@@ -49,14 +50,17 @@ bool isFraction(std::string_view text)
 }
 
 // "-0,245" below each other: one column with a decimal comma, which reads as two columns of whole numbers.
-// What tells them apart are zeros behind the comma, a sign of zero, an exponent, and numbers without a comma.
+// Zeros behind the comma and a sign of zero tell it; exponents and numbers without a comma do, where those
+// before the comma do not count the rows.
 bool isDecimalComma(const STLSample& sample, const STLFormat& format)
 {
     constexpr std::size_t kAlone = 2;  // one may be the last line, cut short
     if (format.columns.size() != 2 || format.cells.separator != ',')
         return false;
-    bool telling = false;
+    bool zeros = false;
+    bool exponents = false;
     std::size_t alone = 0;
+    std::vector<double> wholes;
     std::vector<std::string_view> cells;
     for (const STLLine& line : sample.lines) {
         const std::size_t count = splitCells(line.text, ',', cells);
@@ -64,16 +68,22 @@ bool isDecimalComma(const STLSample& sample, const STLFormat& format)
             return false;
         if (line.number < format.firstDataLine || isRemark(line.text, format))
             continue;
-        if (count == 1 && (isWhole(cells[0]) || isMissing(cells[0], format.cells))) {
+        const bool isNumber = isWhole(cells[0]);
+        if (count == 1 && (isNumber || isMissing(cells[0], format.cells)))
             ++alone;
-            continue;
-        }
-        if (count != 2 || !isWhole(cells[0]) || !isFraction(cells[1]))
+        else if (count != 2 || !isNumber || !isFraction(cells[1]))
             return false;
-        telling = telling || (cells[1].size() > 1 && cells[1].front() == '0') || cells[0] == "-0" ||
-                  !isWhole(cells[1]);
+        if (isNumber)
+            wholes.push_back(readNumber(cells[0], format.cells).value_or(0.0));
+        if (count == 1)
+            continue;
+        zeros = zeros || (cells[1].size() > 1 && cells[1].front() == '0') || cells[0] == "-0";
+        exponents = exponents || !isWhole(cells[1]);
     }
-    return telling || alone >= kAlone;
+    const bool countsRows = std::adjacent_find(wholes.begin(), wholes.end(), [](double a, double b) {
+                                return b - a != 1.0;
+                            }) == wholes.end();
+    return zeros || (!countsRows && (exponents || alone >= kAlone));
 }
 
 bool isSingleColumn(const std::filesystem::path& file)

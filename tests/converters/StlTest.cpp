@@ -1380,6 +1380,8 @@ TEST_F(Stl, importerIsChosenByContent)
         {"k.txt", "a,b\n1,5\n2,06\n3\n4,7\n5,5\n6\n7,1\n8,2\n"},
         {"l.txt", "6,3e-13\n1,5\n"},
         {"m.txt", "1,5\n1.212,5\n3,25\n1.400\n"},
+        {"n.txt", "1,10\n2,11\n3\n4,1e6\n5\n6,13\n7,15\n8,14\n"},
+        {"o.txt", "1,10\n2,11\n4\n5,1e6\n6\n7,13\n8,15\n9,14\n"},
     };
     std::vector<ImportKind> kinds = {importKindOf("none"), importKindOf(kData / "binary.stl")};
     for (const auto& [name, text] : texts) {
@@ -1387,7 +1389,8 @@ TEST_F(Stl, importerIsChosenByContent)
         kinds.push_back(importKindOf(name));
     }
     using enum ImportKind;
-    EXPECT_EQ((std::vector{None, None, Tsa, Tsa, Stl, Stl, Scl, Scl, Scl, None, None, Scl, Stl, Scl, Stl}),
+    EXPECT_EQ((std::vector{None, None, Tsa, Tsa, Stl, Stl, Scl, Scl, Scl, None, None, Scl, Stl, Scl, Stl, Stl,
+                           Scl}),
               kinds);
     EXPECT_EQ("No line of numbers was found in h.txt.", errorOf("h.txt"));
 }

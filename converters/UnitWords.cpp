@@ -81,7 +81,7 @@ void splitUnit(std::string& name, std::string& unit)
         const bool index = inside.find_first_not_of("0123456789:, ") == std::string::npos;
         if (open == '[' ? index : namesNode(name, from) || !isUnit(inside))
             return;
-        if (unit.empty())
+        if (unit.empty() || unit == "-")
             unit = inside;
         name.resize(name.find_last_not_of(' ', from - 1) + 1);
         return;

@@ -12,7 +12,7 @@ bool isUnit(const std::string& text);
 std::string withoutBrackets(std::string unit);
 
 // Takes the unit of "Force [kN]" and "Force (kN)" out of the name, and the brackets of a unit off; where
-// there is a unit already, it stays. "v(in)" and "log(M)" are whole names.
+// there is a unit already, it stays, unless it is a dash. "v(in)" and "log(M)" are whole names.
 void splitUnit(std::string& name, std::string& unit);
 
 }  // namespace veltrac

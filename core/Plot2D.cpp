@@ -4,6 +4,9 @@
 #include <cmath>
 #include <filesystem>
 #include <limits>
+#include <system_error>
+#include <utility>
+#include <vector>
 
 #include "core/PlotFile.h"
 #include "core/Utf8.h"
@@ -38,18 +41,52 @@ Group::Variables Plot2D::variables() const
     return all;
 }
 
+namespace {
+
+// Empty where a variable is of no file.
+std::filesystem::path fileOf(const Variable& v)
+{
+    const auto* const file = dynamic_cast<const PlotFile*>(v.source().get());
+    return file == nullptr ? std::filesystem::path() : std::filesystem::path(file->path());
+}
+
+// The stem of a file's name behind so many of its folders.
+std::filesystem::path nameBehind(const std::filesystem::path& file, std::size_t folders)
+{
+    std::filesystem::path name = file.stem();
+    std::error_code none;
+    std::filesystem::path in = folders == 0 ? file : std::filesystem::absolute(file, none).lexically_normal();
+    for (in = in.parent_path(); folders > 0 && in.has_filename(); --folders, in = in.parent_path())
+        name = in.filename() / name;
+    return name;
+}
+
+}  // namespace
+
 std::string Plot2D::nameOf(const HsVariable& variable) const
 {
     const Variable& v = variable.variable();
-    const auto* const file = dynamic_cast<const PlotFile*>(v.source().get());
-    const auto isNamesake = [&v](const std::shared_ptr<HsVariable>& other) {
-        const Variable& o = other->variable();
-        return o.visible && o.label == v.label && o.source() != v.source();
-    };
-    const Group::Variables all = variables();
-    if (file == nullptr || std::none_of(all.begin(), all.end(), isNamesake))
+    const std::filesystem::path file = fileOf(v);
+    std::vector<std::filesystem::path> namesakes;
+    for (const auto& shown : variables()) {
+        const Variable& o = shown->variable();
+        if (o.visible && o.label == v.label && o.source() != v.source())
+            namesakes.push_back(fileOf(o));
+    }
+    if (file.empty() || namesakes.empty())
         return v.label;
-    return v.label + " (" + utf8OfBytes(std::filesystem::path(file->path()).stem().string()) + ')';
+    std::filesystem::path name = file.stem();
+    const auto isTakenWith = [&](std::size_t folders) {
+        return std::any_of(namesakes.begin(), namesakes.end(),
+                           [&](const auto& other) { return nameBehind(other, folders) == name; });
+    };
+    for (std::size_t folders = 0; isTakenWith(folders);) {
+        std::filesystem::path longer = nameBehind(file, ++folders);
+        if (longer == name)
+            break;
+        name = std::move(longer);
+    }
+    return v.label + " (" + utf8OfBytes(name.string()) + ')';
 }
 
 std::shared_ptr<HsVariable> Plot2D::reference() const

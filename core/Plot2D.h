@@ -31,7 +31,8 @@ public:
     const std::vector<Group>& groups() const noexcept { return m_groups; }
     // All variables, those that are not visible too.
     Group::Variables variables() const;
-    // What a reader calls it: its label, with its file where one of another file that is shown has the same.
+    // What a reader calls it: its label, with its file where one of another file that is shown has the same,
+    // and with the folders of that where such files have one name.
     std::string nameOf(const HsVariable& variable) const;
     // The first visible variable: the one whose samples cursors snap to; null where there is none.
     std::shared_ptr<HsVariable> reference() const;

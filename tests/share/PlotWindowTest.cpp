@@ -21,6 +21,7 @@
 #include <QWheelEvent>
 
 #include <cmath>
+#include <filesystem>
 #include <fstream>
 
 #include "core/CellImage.h"
@@ -360,6 +361,30 @@ TEST(PlotVariables, aSeriesFromBefore1970KeepsItsDatesBesideOthers)
             EXPECT_EQ(xText(plot, x).substr(0, 4), file->name() == "co2.ts" ? "1958" : "2001") << first;
         }
     }
+}
+
+TEST(PlotVariables, filesOfOneNameAreToldByTheirFolders)
+{
+    const TestDirectory directory;
+    const std::vector<std::pair<const char*, std::string>> files = {
+        {"run.ts", "Column-01 (" + std::filesystem::current_path().filename().string() + "/run)"},
+        {"may/run.ts", "Column-01 (may/run)"},
+        {"x/june/run.ts", "Column-01 (x/june/run)"},
+        {"y/june/run.ts", "Column-01 (y/june/run)"},
+        {"y/june/test.ts", "Column-01 (test)"}};
+    QStringList names;
+    for (const auto& [name, told] : files) {
+        if (const std::filesystem::path folder = std::filesystem::path(name).parent_path(); !folder.empty())
+            std::filesystem::create_directories(folder);
+        TSFILE(name, 4, 1, 0).dt(0.5F);
+        names += QString::fromLatin1(name);
+    }
+    QtPlotWin window(names.front());
+    emit window.canvas()->x_files_dropped(names);
+    const Plot2D& plot = window.canvas()->plot();
+    ASSERT_EQ(files.size(), plot.variables().size());
+    for (std::size_t i = 0; i < files.size(); ++i)
+        EXPECT_EQ(files[i].second, plot.nameOf(*plot.variables()[i]));
 }
 
 TEST(PlotVariables, filesThatCountInHoursStandAtTheirTimesBesideOthers)

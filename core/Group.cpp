@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <optional>
+#include <string_view>
+#include <vector>
 
 using namespace veltrac;
 
@@ -106,26 +109,27 @@ std::string Group::axisTitle() const
 {
     if (!title.empty())
         return title;
-    std::string labels;
-    std::string unit;
+    std::vector<std::string_view> labels;
+    std::optional<std::string> unit;
     bool sameUnit = true;
-    bool first = true;
-    for (const auto& v : m_variables) {
-        if (!v->variable().visible)
+    for (const auto& shown : m_variables) {
+        const Variable& v = shown->variable();
+        if (!v.visible)
             continue;
-        if (first)
-            unit = v->variable().unit;
-        sameUnit = sameUnit && v->variable().unit == unit;
-        const std::string& label = v->variable().label;
-        labels.append(labels.empty() || label.empty() ? "" : ", ").append(label);
-        first = false;
+        sameUnit = sameUnit && v.unit == unit.value_or(v.unit);
+        unit = v.unit;
+        if (!v.label.empty() && std::find(labels.begin(), labels.end(), v.label) == labels.end())
+            labels.push_back(v.label);
     }
+    std::string text;
+    for (const std::string_view label : labels)
+        text.append(text.empty() ? "" : ", ").append(label);
     std::string tail;
-    if (sameUnit && !unit.empty())
-        tail.append(" [").append(unit).append("]");
+    if (sameUnit && unit && !unit->empty())
+        tail.append(" [").append(*unit).append("]");
     // Many names are the legend's business.
-    if (labels.size() > kLongestTitle)
-        labels.clear();
-    labels.append(tail, labels.empty() && !tail.empty() ? 1 : 0);
-    return labels;
+    if (text.size() > kLongestTitle)
+        text.clear();
+    text.append(tail, text.empty() && !tail.empty() ? 1 : 0);
+    return text;
 }

@@ -53,7 +53,7 @@ public:
     void fitY(const veltrac::XAxis& axis, double x1, double x2);
     void fitY();
 
-    // The title, or the visible variables' labels, with their unit where all have the same.
+    // The title, or the visible variables' labels, each once, with their unit where all have the same.
     std::string axisTitle() const;
 
 private:

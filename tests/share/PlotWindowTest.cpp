@@ -385,6 +385,7 @@ TEST(PlotVariables, filesOfOneNameAreToldByTheirFolders)
     ASSERT_EQ(files.size(), plot.variables().size());
     for (std::size_t i = 0; i < files.size(); ++i)
         EXPECT_EQ(files[i].second, plot.nameOf(*plot.variables()[i]));
+    EXPECT_EQ("Column-01", plot.groups()[0].axisTitle());
 }
 
 TEST(PlotVariables, filesThatCountInHoursStandAtTheirTimesBesideOthers)

@@ -4,8 +4,8 @@
 #include <cmath>
 #include <filesystem>
 #include <limits>
+#include <string_view>
 #include <system_error>
-#include <utility>
 #include <vector>
 
 #include "core/PlotFile.h"
@@ -43,22 +43,39 @@ Group::Variables Plot2D::variables() const
 
 namespace {
 
-// Empty where a variable is of no file.
-std::filesystem::path fileOf(const Variable& v)
+// Without its folders and its extension.
+std::string_view stemOf(std::string_view path)
 {
-    const auto* const file = dynamic_cast<const PlotFile*>(v.source().get());
-    return file == nullptr ? std::filesystem::path() : std::filesystem::path(file->path());
+    path.remove_prefix(path.rfind('/') + 1);
+    const std::size_t dot = path.rfind('.');
+    return path.substr(0, dot == 0 ? path.size() : dot);
 }
 
-// The stem of a file's name behind so many of its folders.
-std::filesystem::path nameBehind(const std::filesystem::path& file, std::size_t folders)
+std::string wholePath(const std::string& path)
 {
-    std::filesystem::path name = file.stem();
+    if (path.starts_with('/'))
+        return path;
     std::error_code none;
-    std::filesystem::path in = folders == 0 ? file : std::filesystem::absolute(file, none).lexically_normal();
-    for (in = in.parent_path(); folders > 0 && in.has_filename(); --folders, in = in.parent_path())
-        name = in.filename() / name;
-    return name;
+    const std::string whole = std::filesystem::absolute(path, none).lexically_normal().string();
+    return whole.empty() ? path : whole;
+}
+
+// The place of the name behind so many of a path's folders; the path's own one where it has fewer.
+std::size_t placeOfName(std::string_view path, std::size_t folders)
+{
+    std::size_t slash = path.rfind('/');
+    for (; folders > 0 && slash != std::string_view::npos && slash > 0; --folders)
+        slash = path.rfind('/', slash - 1);
+    return slash + 1;
+}
+
+// With how many of its folders a name differs from that of another file; 0 for one and the same file.
+std::size_t foldersToTell(std::string_view path, std::string_view other)
+{
+    for (std::size_t folders = 1; path != other && folders < path.size(); ++folders)
+        if (path.substr(placeOfName(path, folders)) != other.substr(placeOfName(other, folders)))
+            return folders;
+    return 0;
 }
 
 }  // namespace
@@ -66,27 +83,28 @@ std::filesystem::path nameBehind(const std::filesystem::path& file, std::size_t 
 std::string Plot2D::nameOf(const HsVariable& variable) const
 {
     const Variable& v = variable.variable();
-    const std::filesystem::path file = fileOf(v);
-    std::vector<std::filesystem::path> namesakes;
+    const auto* const file = dynamic_cast<const PlotFile*>(v.source().get());
+    bool isShared = false;
+    std::vector<const std::string*> namesakes;
     for (const auto& shown : variables()) {
         const Variable& o = shown->variable();
-        if (o.visible && o.label == v.label && o.source() != v.source())
-            namesakes.push_back(fileOf(o));
+        if (!o.visible || o.label != v.label || o.source() == v.source())
+            continue;
+        isShared = true;
+        const auto* const other = dynamic_cast<const PlotFile*>(o.source().get());
+        if (file != nullptr && other != nullptr && stemOf(other->path()) == stemOf(file->path()))
+            namesakes.push_back(&other->path());
     }
-    if (file.empty() || namesakes.empty())
+    if (file == nullptr || !isShared)
         return v.label;
-    std::filesystem::path name = file.stem();
-    const auto isTakenWith = [&](std::size_t folders) {
-        return std::any_of(namesakes.begin(), namesakes.end(),
-                           [&](const auto& other) { return nameBehind(other, folders) == name; });
-    };
-    for (std::size_t folders = 0; isTakenWith(folders);) {
-        std::filesystem::path longer = nameBehind(file, ++folders);
-        if (longer == name)
-            break;
-        name = std::move(longer);
-    }
-    return v.label + " (" + utf8OfBytes(name.string()) + ')';
+    const std::string path = wholePath(file->path());
+    std::size_t folders = 0;
+    for (const std::string* const other : namesakes)
+        folders = std::max(folders, foldersToTell(path, wholePath(*other)));
+    const std::string_view stem = stemOf(path);
+    const std::size_t from = placeOfName(path, folders);
+    const std::size_t to = static_cast<std::size_t>(stem.data() - path.data()) + stem.size();
+    return v.label + " (" + utf8OfBytes(path.substr(from, to - from)) + ')';
 }
 
 std::shared_ptr<HsVariable> Plot2D::reference() const

@@ -11,6 +11,7 @@
 #include "share/ColorMap.h"
 #include "share/ImageDevice.h"
 #include "share/PathPainter.h"
+#include "share/PlotLegend.h"
 #include "share/PlotPen.h"
 #include "share/SmoothDevice.h"
 
@@ -27,11 +28,10 @@ constexpr float kTitleSizes[] = {1.0F, 0.85F, 0.75F};  // tried in turn, of the 
 constexpr float kLineHeight = 1.2F;                    // in character heights
 constexpr float kTopLines = 0.6F;                      // above the first group, in line heights
 constexpr float kGapLines = 0.7F;                      // between two groups
-constexpr float kLegendLines = 1.3F;                   // of a legend
+constexpr float kLegendLines = 1.3F;                   // of a legend's first row; others take one
+constexpr float kMostLegend = 0.25F;                   // of a group's height
 constexpr float kPowerLines = 1.0F;                    // of a power of ten above a y axis
 constexpr float kRightChars = 3.5F;                    // behind the last label's middle
-constexpr float kLegendStroke = 2.5F;
-constexpr float kLegendGap = 1.2F;
 constexpr int kEdgePixels = 2;
 constexpr int kNoteStyle = 4;  // dots
 
@@ -119,20 +119,14 @@ private:
     {
         if (group(i).image)
             return true;
-        if (!m_plot.legend)
-            return false;
-        int shown = 0;
-        bool hasNote = false;
-        for (const auto& v : group(i).variables()) {
-            shown += v->variable().visible ? 1 : 0;
-            hasNote = hasNote || (v->variable().visible && notAboveZero(*v) > 0);
-        }
-        return shown > 1 || hasNote;
+        return m_plot.legend && PlotLegend::isOf(group(i));
     }
 
     float linesAbove(std::size_t i)
     {
-        const float own = hasLegend(i) ? kLegendLines : hasPower(i) ? kPowerLines : 0.0F;
+        const float own = hasLegend(i)  ? kLegendLines + static_cast<float>(m_legendRows[i] - 1)
+                          : hasPower(i) ? kPowerLines
+                                        : 0.0F;
         return (i == 0 ? kTopLines : kGapLines) + own;
     }
 
@@ -144,8 +138,37 @@ private:
         return !yTicks(group(i)).powerText.empty();
     }
 
-    // Heights first, because ticks depend on them; then the widest y axis gives the common left margin.
     void placeGroups()
+    {
+        m_legendRows.assign(m_layout.groupOf.size(), 1);
+        placeFrames();
+        // How many rows the legends take hangs on the width of the frames.
+        const std::vector<std::size_t> rows = wantedRows();
+        if (rows == m_legendRows)
+            return;
+        m_legendRows = rows;
+        m_layout.groups.clear();
+        m_yTicks.clear();
+        m_titles.clear();
+        placeFrames();
+    }
+
+    std::vector<std::size_t> wantedRows()
+    {
+        std::vector<std::size_t> rows;
+        for (std::size_t i = 0; i < m_layout.groups.size(); ++i) {
+            const float height = m_layout.groups[i].y2 - m_layout.groups[i].y1;
+            const auto most = 1 + static_cast<std::size_t>(kMostLegend * height / m_charHeight);
+            rows.push_back(
+                hasLegend(i) && !group(i).image
+                    ? PlotLegend(m_plot, group(i), m_driver, m_charWidth).flow(m_x1, m_x2, most).rows()
+                    : 1);
+        }
+        return rows;
+    }
+
+    // Heights first, because ticks depend on them; then the widest y axis gives the common left margin.
+    void placeFrames()
     {
         const float bottom = m_driver.xAxisHeight();
         float above = m_plot.title.empty() ? 0.0F : 1.5F * m_charHeight;
@@ -560,60 +583,37 @@ private:
         return m_plot.nameOf(*curve.variable) + ": " + curve.failure;
     }
 
-    static std::uint32_t notAboveZero(const HsVariable& v)
-    {
-        const bool readable = v.isBuilt() && v.failure().empty() && v.variable().rows() > 0;
-        return readable ? v.notPositive(v.variable().firstRow(), v.variable().rows()) : 0;
-    }
-
-    std::string legendText(const HsVariable& v) const
-    {
-        std::string text = m_plot.nameOf(v);
-        const std::uint32_t low = notAboveZero(v);
-        return low == 0 ? text : text.append(" (").append(std::to_string(low)).append(" not above 0)");
-    }
-
-    // The second half of a mark has no label.
-    static bool hasLegend(const Variable& v) { return v.visible && !(v.isMark && v.label.empty()); }
-
-    // A row above the frame; what finds no room is counted.
+    // Rows above the frame; what finds no room is counted.
     void drawLegend(std::size_t i)
     {
         const PlotLayout::Frame& f = m_layout.groups[i];
         whole();
-        const float base = f.y2 + 0.35F * m_charHeight;
-        float x = f.x1;
-        int left = static_cast<int>(std::count_if(group(i).variables().begin(), group(i).variables().end(),
-                                                  [](const auto& v) { return hasLegend(v->variable()); }));
+        const std::size_t rows = m_legendRows[i];
+        const LegendFlow flow = PlotLegend(m_plot, group(i), m_driver, m_charWidth).flow(f.x1, f.x2, rows);
+        const auto baseOf = [&](std::size_t row) {
+            return f.y2 + (0.35F + static_cast<float>(rows - 1 - row)) * m_charHeight;
+        };
         m_driver.SetTextJustification(0.0F, 0.0F);
-        for (const auto& v : group(i).variables()) {
-            if (!hasLegend(v->variable()))
-                continue;
-            const std::string text = legendText(*v);
-            float width = 0.0F;
-            m_driver.TextExtent(text.c_str(), &width, nullptr);
+        for (const LegendFlow::Place& place : flow.places) {
+            const Variable& v = place.variable->variable();
+            const float middle = baseOf(place.row) + 0.4F * m_charHeight;
             const float stroke = kLegendStroke * m_charWidth;
-            const float reserve = left > 1 ? 8.0F * m_charWidth : 0.0F;
-            if (x + stroke + m_charWidth + width > f.x2 - reserve) {
-                const std::string more = std::string("+").append(std::to_string(left)).append(" more");
-                m_driver.MoveTo(x, base);
-                m_driver.Text(more.c_str(), 0, 0.0F, 0);
-                return;
-            }
-            const float middle = base + 0.4F * m_charHeight;
-            m_pen.select(v->variable());
-            const float points[4] = {x, middle, x + stroke, middle};
-            if (v->variable().lineStyle >= 0)
-                m_pen.line(v->variable(), points, 2);
+            m_pen.select(v);
+            const float points[4] = {place.x, middle, place.x + stroke, middle};
+            if (v.lineStyle >= 0)
+                m_pen.line(v, points, 2);
             m_pen.selectForMarkers();
-            if (v->variable().marker > 0)
-                m_driver.DrawMarker(x + stroke / 2.0F, middle, v->variable().marker, m_look.markerSize);
+            if (v.marker > 0)
+                m_driver.DrawMarker(place.x + stroke / 2.0F, middle, v.marker, m_look.markerSize);
             plainPen();
-            m_driver.MoveTo(x + stroke + 0.6F * m_charWidth, base);
-            m_driver.Text(text.c_str(), 0, 0.0F, 0);
-            x += stroke + width + (0.6F + kLegendGap) * m_charWidth;
-            --left;
+            m_driver.MoveTo(place.x + stroke + kLegendTextGap * m_charWidth, baseOf(place.row));
+            m_driver.Text(place.text.c_str(), 0, 0.0F, 0);
         }
+        if (flow.left == 0)
+            return;
+        const std::string more = std::string("+").append(std::to_string(flow.left)).append(" more");
+        m_driver.MoveTo(flow.leftX, baseOf(flow.rows() - 1));
+        m_driver.Text(more.c_str(), 0, 0.0F, 0);
     }
 
     void drawTitle()
@@ -635,6 +635,7 @@ private:
     std::vector<Curve> m_curves;
     std::vector<AxisTicks> m_yTicks;
     std::vector<AxisTitle> m_titles;
+    std::vector<std::size_t> m_legendRows;
     float m_axisWidth = 0.0F;  // of the widest y axis
     bool m_isSmooth = false;
     float m_charWidth = 0.01F;

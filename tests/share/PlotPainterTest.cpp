@@ -6,6 +6,8 @@
 #include <cmath>
 #include <fstream>
 #include <limits>
+#include <map>
+#include <numeric>
 #include <set>
 #include <sstream>
 
@@ -448,6 +450,40 @@ std::vector<Dash> dashesOf(const std::string& eps, const std::string& color)
         }
     }
     return dashes;
+}
+
+// Names take the rows that they need, up to a quarter of the height; what finds no room then is counted.
+TEST(PlotPainter, everyCurveHasItsNameAboveTheFrame)
+{
+    const TestDirectory directory;
+    for (const std::size_t count : {3U, 20U, 400U}) {
+        SCOPED_TRACE(count);
+        Plot2D plot = plotOf(std::vector<std::vector<float>>(count, {1, 2, 3}));
+        std::vector<Group>& groups = plot.groups();
+        for (std::size_t g = 1; g < count; ++g)
+            groups[0].variables().push_back(groups[g].variables()[0]);
+        groups.resize(1);
+        groups[0].title = "all";
+        PlotLayout layout;
+        const std::string eps = epsOf(plot, &layout);
+        std::map<double, std::size_t> rows;
+        for (std::size_t c = 1; c <= count; ++c)
+            if (const double height = heightOf("column " + std::to_string(c), eps); height > 0.0)
+                ++rows[height];
+        const std::size_t named =
+            std::accumulate(rows.begin(), rows.end(), std::size_t{0},
+                            [](std::size_t sum, const auto& row) { return sum + row.second; });
+        EXPECT_EQ(named == count, count < 400);
+        EXPECT_EQ(rows.size() > 1, count > 3);
+        EXPECT_EQ(eps.find("(+" + std::to_string(count - named) + " more)") != std::string::npos,
+                  named < count);
+        const double top = 595.0 * layout.groups[0].y2;
+        EXPECT_GT(rows.begin()->first, top);
+        EXPECT_LT(rows.rbegin()->first, 595.0);
+        EXPECT_GT(top, 595.0 * 0.7);
+        for (auto row = std::next(rows.begin()); row != rows.end(); ++row)
+            EXPECT_GT(row->first, std::prev(row)->first + 10.0);
+    }
 }
 
 TEST(PlotPainter, thickDashedLinesKeepTheirGapsAndThinMarkers)

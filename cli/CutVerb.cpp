@@ -79,7 +79,7 @@ public:
     void addOptions(Options& options) override
     {
         m_places.addTo(options);
-        options.texts("--columns", m_columns, "COLUMN,...", "By name or number (default: all)");
+        options.texts("--columns", m_columns, "COLUMN,...", "By name, number or range, 3-8 (default: all)");
         options.count("--every", m_every, 1, "Takes every n-th sample");
         options.flag("--raw", m_raw, "Without the low-pass before");
     }

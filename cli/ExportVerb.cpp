@@ -51,7 +51,8 @@ public:
     {
         for (std::size_t i = 0; i < std::size(kFormats); ++i)
             options.flag(kFormats[i].flag, m_chosen[i], kFormats[i].help);
-        options.texts("--columns", m_columns, "COLUMN,...", "Columns, by name or number (default: all)");
+        options.texts("--columns", m_columns, "COLUMN,...",
+                      "Columns, by name, number or range, 3-8 (default: all)");
         m_places.addTo(options);
         options.text("--separator", m_separator, "SIGN", "Between the cells of --csv (default: a comma)");
         options.flag("--clock", m_request.clockTime,

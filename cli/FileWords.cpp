@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdio>
 #include <ctime>
+#include <numeric>
 
 #include "cli/Options.h"
 #include "cli/Verb.h"
@@ -83,32 +84,68 @@ std::string columnLabel(TSFILE& file, std::uint32_t column)
     return name.empty() ? "Column " + std::to_string(column) : name;
 }
 
+namespace {
+
+// 0 where there is none.
+std::uint32_t columnFound(TSFILE& file, const std::string& text)
+{
+    if (const std::uint32_t number = columnNumber(text, file.columns()); number != 0)
+        return number;
+    if (const std::uint32_t column = file.columnNumber(text.c_str()); column != 0 && !text.empty())
+        return column;
+    // Texts of the user's are UTF-8, those of the file may be Windows-1252.
+    for (std::uint32_t c = 1; c <= std::min(file.columns(), kMostListed); ++c)
+        if (columnLabel(file, c) == text)
+            return c;
+    return 0;
+}
+
+}  // namespace
+
 std::uint32_t columnMeant(TSFILE& file, const std::string& text)
+{
+    if (const std::uint32_t column = columnFound(file, text); column != 0)
+        return column;
+    std::string list;
+    for (std::uint32_t c = 1; c <= std::min(file.columns(), kMostListed); ++c)
+        list += (c > 1 ? ", " : "") + std::to_string(c) + " " + columnLabel(file, c);
+    throw JobError("there is no column \"" + text + "\"; there are " + list +
+                   (file.columns() > kMostListed ? ", …" : ""));
+}
+
+std::uint32_t columnNumber(std::string_view text, std::uint32_t count)
 {
     std::uint32_t number = 0;
     const char* const end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data(), end, number);
-    if (error == std::errc() && stop == end && number >= 1 && number <= file.columns())
-        return number;
-    if (const std::uint32_t column = file.columnNumber(text.c_str()); column != 0 && !text.empty())
-        return column;
-    std::string list;
-    for (std::uint32_t c = 1; c <= std::min(file.columns(), kMostListed); ++c) {
-        // Texts of the user's are UTF-8, those of the file may be Windows-1252.
-        if (columnLabel(file, c) == text)
-            return c;
-        list += (c > 1 ? ", " : "") + std::to_string(c) + " " + columnLabel(file, c);
-    }
-    throw JobError("there is no column \"" + text + "\"; there are " + list +
-                   (file.columns() > kMostListed ? ", …" : ""));
+    return error == std::errc() && stop == end && number <= count ? number : 0;
+}
+
+std::vector<std::uint32_t> columnRange(std::string_view text, std::uint32_t count)
+{
+    const std::size_t dash = text.find('-');
+    if (dash == std::string_view::npos)
+        return {};
+    const std::uint32_t first = columnNumber(text.substr(0, dash), count);
+    const std::uint32_t last = columnNumber(text.substr(dash + 1), count);
+    if (first == 0 || last < first)
+        return {};
+    std::vector<std::uint32_t> numbers(last - first + 1);
+    std::iota(numbers.begin(), numbers.end(), first);
+    return numbers;
 }
 
 std::vector<std::uint32_t> columnsMeant(TSFILE& file, const std::vector<std::string>& texts)
 {
     std::vector<std::uint32_t> columns;
-    columns.reserve(texts.size());
-    for (const std::string& text : texts)
-        columns.push_back(columnMeant(file, text));
+    for (const std::string& text : texts) {
+        const std::vector<std::uint32_t> range = columnRange(text, file.columns());
+        // A name may look like a range.
+        if (!range.empty() && columnFound(file, text) == 0)
+            columns.insert(columns.end(), range.begin(), range.end());
+        else
+            columns.push_back(columnMeant(file, text));
+    }
     return columns;
 }
 

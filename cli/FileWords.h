@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "core/SampleRange.h"
@@ -27,7 +28,12 @@ std::string isoStamp(const int stamp[7]);
 std::string columnLabel(TSFILE& file, std::uint32_t column);
 // A column by its number, else by its name. Throws JobError, which lists the columns there are.
 std::uint32_t columnMeant(TSFILE& file, const std::string& text);
+// Likewise of several texts, each of which may also be a range of numbers, "3-8".
 std::vector<std::uint32_t> columnsMeant(TSFILE& file, const std::vector<std::string>& texts);
+// The number that a text means of so many columns; 0 where it means none.
+std::uint32_t columnNumber(std::string_view text, std::uint32_t count);
+// The numbers of a range of so many columns; empty where it is none.
+std::vector<std::uint32_t> columnRange(std::string_view text, std::uint32_t count);
 
 // "the file is cut short: 236 of its samples are gone"; empty where all are there.
 std::string cutShortText(const PlotFile& file);

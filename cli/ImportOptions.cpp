@@ -71,7 +71,8 @@ void ImportOptions::addTo(Options& options)
         "or values interpolated at equal steps");
     options.number("--equal-step", time.equalStep, "SECONDS", "The step of --becomes equal-steps");
     options.text("--description", result.description, "TEXT", "The description of the ts-file");
-    options.texts("--columns", result.columns, "COLUMN,...", "Columns to take, by name or number");
+    options.texts("--columns", result.columns, "COLUMN,...",
+                  "Columns to take, by name, number or range, 3-8");
     options.wholeTexts("--name", result.names, "COLUMN=NAME",
                        "Another name for a column; may be given several times");
     options.wholeTexts("--unit", result.units, "COLUMN=UNIT",

@@ -39,7 +39,8 @@ public:
     void addOptions(Options& options) override
     {
         options.choice("--align", m_align, {"clock", "first"}, "What is lined up (default: clock)");
-        options.texts("--columns", m_columns, "COLUMN,...", "Of each file, by name or number (default: all)");
+        options.texts("--columns", m_columns, "COLUMN,...",
+                      "Of each file, by name, number or range, 3-8 (default: all)");
         options.text("--description", m_description, "TEXT", "Of the new file (default: that of the first)");
     }
     void perform(VerbJob& job) override

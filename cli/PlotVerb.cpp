@@ -58,7 +58,8 @@ public:
         options.flag("--together", m_together, "All files in one picture");
         options.choice("--format", m_format, {"svg", "eps"},
                        "Of targets whose name does not tell (default: svg)");
-        options.texts("--columns", m_columns, "COLUMN,...", "By name or number (default: the first eight)");
+        options.texts("--columns", m_columns, "COLUMN,...",
+                      "By name, number or range, 3-8 (default: the first eight)");
         options.text("--groups", m_groups, "COLUMN,...;...",
                      "Columns that share an axis, from top to bottom: \"1,2;3\"");
         options.text("--from", m_from, "PLACE",

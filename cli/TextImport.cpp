@@ -6,6 +6,7 @@
 #include <iterator>
 #include <sstream>
 
+#include "cli/FileWords.h"
 #include "cli/ImportOptions.h"
 #include "converters/SCLObject.h"
 #include "converters/STLReport.h"
@@ -103,19 +104,24 @@ ImportTold importTsaInto(const VerbJob& job, const ImportOptions& options)
 
 namespace {
 
+// -1 where there is none.
+int columnFound(const STLFormat& format, const std::string& text)
+{
+    const auto count = static_cast<std::uint32_t>(format.columns.size());
+    if (const std::uint32_t number = columnNumber(text, count); number != 0)
+        return static_cast<int>(number) - 1;
+    const auto found = std::find_if(format.columns.begin(), format.columns.end(),
+                                    [&text](const STLColumn& column) { return column.name == text; });
+    return found == format.columns.end() ? -1 : static_cast<int>(found - format.columns.begin());
+}
+
 int columnOf(const STLFormat& format, const std::string& text)
 {
-    std::uint32_t number = 0;
-    const char* const end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, number);
-    if (error == std::errc() && stop == end && number >= 1 && number <= format.columns.size())
-        return static_cast<int>(number) - 1;
+    if (const int column = columnFound(format, text); column >= 0)
+        return column;
     std::string list;
-    for (std::size_t c = 0; c < format.columns.size(); ++c) {
-        if (format.columns[c].name == text)
-            return static_cast<int>(c);
+    for (std::size_t c = 0; c < format.columns.size(); ++c)
         list += (c > 0 ? ", " : "") + std::to_string(c + 1) + " " + format.columns[c].name;
-    }
     throw JobError("there is no column \"" + text + "\"; there are " + list);
 }
 
@@ -207,8 +213,15 @@ void takeColumnOptions(STLFormat& format, const ResultChoices& result)
     if (!result.columns.empty()) {
         for (STLColumn& column : format.columns)
             column.take = false;
-        for (const std::string& told : result.columns)
-            format.columns[static_cast<std::size_t>(columnOf(format, told))].take = true;
+        for (const std::string& told : result.columns) {
+            const auto count = static_cast<std::uint32_t>(format.columns.size());
+            const std::vector<std::uint32_t> range = columnRange(told, count);
+            if (!range.empty() && columnFound(format, told) < 0)
+                for (const std::uint32_t number : range)
+                    format.columns[number - 1].take = true;
+            else
+                format.columns[static_cast<std::size_t>(columnOf(format, told))].take = true;
+        }
     }
     for (std::size_t c = 0; c < format.columns.size(); ++c) {
         STLColumn& column = format.columns[c];

@@ -113,6 +113,28 @@ TEST_F(CliResults, CutKeepsEachSamplesTimeAndTakesOffWhatFewerSamplesCannotShow)
     EXPECT_NEAR(FileTime(whole).moment(2), kStart + 0.12, 1e-4);
 }
 
+TEST_F(CliResults, ColumnsAreNamesNumbersAndRanges)
+{
+    std::ofstream("six.csv") << "a;b;c;4-5;e;f\n1;2;3;4;5;6\n2;3;4;5;6;7\n";
+    const auto namesOf = [](const char* name) {
+        TSFILE file(name, true);
+        std::string names;
+        for (std::uint32_t c = 1; c <= file.columns(); ++c)
+            names.append(c > 1 ? " " : "").append(file.columnName(c));
+        return names;
+    };
+    ASSERT_EQ(cli("import --time-from step -o six.ts six.csv").status, 0);
+    ASSERT_EQ(cli("cut --columns f,1-3,4-5 -o cut.ts six.ts").status, 0);
+    EXPECT_EQ(namesOf("cut.ts"), "f a b c 4-5");
+    ASSERT_EQ(cli("import --time-from step --columns 2-3,4-5,6-6 -o some.ts six.csv").status, 0);
+    EXPECT_EQ(namesOf("some.ts"), "b c 4-5 f");
+    for (const char* const none : {"5-7", "3-2", "0-2", "-2", "2-", "1-2-3"})
+        for (const char* const job : {"cut -o x.ts six.ts", "import --time-from step -o x.ts six.csv"})
+            EXPECT_NE(cli(std::string(job) + " --columns=" + none).notes.find("there is no column \""),
+                      std::string::npos)
+                << job << ' ' << none;
+}
+
 TEST_F(CliResults, JoinLinesUpClocksAndLeavesMissingWhatIsOutside)
 {
     ASSERT_EQ(cli("cut --from 101 --to 300 --columns slow -o late.ts wave.ts").status, 0);

@@ -94,7 +94,7 @@ std::uint32_t columnFound(TSFILE& file, const std::string& text)
     if (const std::uint32_t column = file.columnNumber(text.c_str()); column != 0 && !text.empty())
         return column;
     // Texts of the user's are UTF-8, those of the file may be Windows-1252.
-    for (std::uint32_t c = 1; c <= std::min(file.columns(), kMostListed); ++c)
+    for (std::uint32_t c = 1; c <= file.columns(); ++c)
         if (columnLabel(file, c) == text)
             return c;
     return 0;

@@ -128,6 +128,9 @@ TEST_F(CliResults, ColumnsAreNamesNumbersAndRanges)
     EXPECT_EQ(namesOf("cut.ts"), "f a b c 4-5");
     ASSERT_EQ(cli("import --time-from step --columns 2-3,4-5,6-6 -o some.ts six.csv").status, 0);
     EXPECT_EQ(namesOf("some.ts"), "b c 4-5 f");
+    TSFILE("wide.ts", 1, 40, 0).columnName(35, "\xD6l");  // in Windows-1252
+    ASSERT_EQ(cli("cut --columns Öl -o oil.ts wide.ts").status, 0);
+    EXPECT_EQ(namesOf("oil.ts"), "\xD6l");
     for (const char* const none : {"5-7", "3-2", "0-2", "-2", "2-", "1-2-3"})
         for (const char* const job : {"cut -o x.ts six.ts", "import --time-from step -o x.ts six.csv"})
             EXPECT_NE(cli(std::string(job) + " --columns=" + none).notes.find("there is no column \""),

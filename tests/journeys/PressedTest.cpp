@@ -119,6 +119,7 @@ protected:
     void walk(QWidget& window)
     {
         m_window = &window;
+        m_pictures.clear();  // a new widget may lie where one of the window before lay
         m_lines << window.windowTitle();
         for (QComboBox* const choice : window.findChildren<QComboBox*>())
             if (choice->accessibleName() == QLatin1String("Segment length"))

@@ -60,7 +60,7 @@ std::string wholePath(const std::string& path)
     return whole.empty() ? path : whole;
 }
 
-// The place of the name behind so many of a path's folders; the path's own one where it has fewer.
+// Where the last so many folders of a path begin; the name itself for 0, all of the path where it has fewer.
 std::size_t placeOfName(std::string_view path, std::size_t folders)
 {
     std::size_t slash = path.rfind('/');

@@ -19,6 +19,7 @@ namespace {
 constexpr std::size_t kLongestSclLine = 1U << 16;
 constexpr std::size_t kLongestQuote = 40;
 constexpr double kConstantWithin = 1e-3;
+constexpr double kFirstYear = -62'135'596'800.0;  // the year 1 in seconds of the wall clock
 
 // A decimal comma and a decimal point are both understood.
 std::optional<double> numberIn(std::string_view word)
@@ -212,9 +213,12 @@ void judgeTimes(SCLSource& source, const LineTimes& times)
     source.unevenTimes = !rise && times.seconds.size() > 1;
     if (rise && !source.step)
         source.step = rise;
-    if (times.first && !source.start)
-        source.start =
-            static_cast<Micros>(std::llround((*times.first - source.step.value_or(1.0)) * kMicrosPerSecond));
+    if (!times.first || source.start)
+        return;
+    // A step of thousands of years would begin before any calendar.
+    const double start = *times.first - source.step.value_or(1.0);
+    if (start >= kFirstYear)
+        source.start = static_cast<Micros>(std::llround(start * kMicrosPerSecond));
 }
 
 // A line of words above the values. One word is their name, as a column's is, and so are those before a unit

@@ -27,7 +27,8 @@ struct STLStepFindings
     std::uint64_t gaps = 0;  // steps of more than kGapSteps typical ones
     double longestGap = 0.0;
     double span = 0.0;         // from the first chosen row to the last, in that order
-    double earliest = 0.0;     // negative where a time runs back behind the first
+    double earliest = 0.0;     // since the first; negative where a time runs back behind it
+    double latest = 0.0;       // since the first
     bool newestFirst = false;  // the rows run back in time throughout: they are turned round
 };
 

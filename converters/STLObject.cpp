@@ -21,6 +21,8 @@ namespace {
 
 constexpr double kFinest = 0.001;  // of the step, that a column of times has to tell
 constexpr double kLatestStart = 4294967295.0;
+constexpr double kLongestRun =
+    kLatestStart - 86400.0;  // of two columns of time; zones shift by less than a day
 
 // Whether a pass over the file finds the same under both formats: all else only settles what becomes of it.
 bool readAlike(const STLFormat& a, const STLFormat& b)
@@ -190,7 +192,7 @@ void STLObject::settleResult()
         const double step = m_format.typedStep * std::max(m_format.everyNth, 1U);
         found.steps.areEqual = true;
         found.steps.typical = found.steps.least = found.steps.greatest = step;
-        found.steps.span = step * static_cast<double>(found.chosen - 1);
+        found.steps.span = found.steps.latest = step * static_cast<double>(found.chosen - 1);
     }
     // A float tells a time to 2^-24 of its size.
     const double typical = found.steps.typical > 0.0 ? found.steps.typical : 1.0;
@@ -226,7 +228,8 @@ void STLObject::settleResult()
 
 // The start is told so that the first sample lies one step behind it. Before 1970 there is no start, nor
 // behind 2106: such a series, and one whose own seconds begin below 0, carries its times in a column of their
-// own, negative ones.
+// own, negative ones. So does one that runs for longer than the whole seconds of two columns count, 136
+// years.
 void STLObject::settleStart()
 {
     STLCheck& found = m_found;
@@ -263,7 +266,9 @@ void STLObject::settleStart()
     // What a float's rounding leaves of a start at 0.
     if (std::fabs(start) < 1e-6 * found.target.dt)
         start = 0.0;
-    if ((dated ? start : least) < 0.0 || start > kLatestStart) {
+    const bool runsTooLong =
+        found.target.timeColumns == 2 && first + found.steps.latest - start > kLongestRun;
+    if ((dated ? start : least) < 0.0 || start > kLatestStart || runsTooLong) {
         found.target.timeColumns = 1;
         start = 0.0;
     }
@@ -271,7 +276,7 @@ void STLObject::settleStart()
     found.target.startSeconds = static_cast<std::uint32_t>(std::max(start, 0.0));
     found.target.startTime =
         found.target.timeColumns > 0 ? 0.0F : static_cast<float>(start - found.target.startSeconds);
-    const double farthest = std::max(std::fabs(first - start), std::fabs(first - start + found.steps.span));
+    const double farthest = std::max(std::fabs(first - start), std::fabs(first - start + found.steps.latest));
     found.target.coarseness = found.target.timeColumns == 1 ? std::ldexp(farthest, -24) : 0.0;
     found.target.columns += found.target.timeColumns;
     requireFits(found.target.samples, found.target.columns);

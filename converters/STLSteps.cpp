@@ -84,6 +84,7 @@ STLStepFindings STLSteps::findings(bool inBlocks)
     if (m_direction < 0.0 && !found.newestFirst)
         return forwardFindings();
     found.earliest = m_earliest;
+    found.latest = m_latest;
     found.greatest = std::max(found.greatest, found.least);
     found.span = m_count > 1 ? m_direction * (m_before - m_start) : 0.0;
     const double steps = m_count > 1 ? static_cast<double>(m_count - 1) : 1.0;
@@ -113,6 +114,7 @@ STLStepFindings STLSteps::forwardFindings() const
 {
     STLStepFindings found;
     found.earliest = -m_latest;
+    found.latest = -m_earliest;
     found.least = -std::max(m_steps.greatest, m_steps.longestGap);
     found.greatest = -m_steps.least;
     found.typical = -m_steps.typical;

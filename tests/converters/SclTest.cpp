@@ -120,6 +120,11 @@ TEST_F(Scl, headReachesTheFile)
             std::vector<std::string>{"A column \"Time\" tells these times to " + std::string(told) + "."},
             far.notices());
     }
+    write("ages.txt", "dt: 20000000000000000000\n2016-05-17 13:46:30 5\n");
+    SCLObject ages;
+    ages.add("ages.txt");
+    EXPECT_EQ(2e19, ages.step);
+    EXPECT_FALSE(ages.sources.at(0).start) << "no calendar tells it";
     write("commas.txt", "1,25\n2,5\n");
     SCLObject commas;
     commas.add("commas.txt");

@@ -371,6 +371,15 @@ TEST_F(Stl, clockThatIsSetWithinTheLogIsFollowed)
     EXPECT_EQ(1729922400.5, ts->readRowWithTime(1, &value));
     EXPECT_EQ(1729922400.5 + 90000.0, ts->readRowWithTime(2, &value));
     EXPECT_EQ(1729922400.5 + 176400.0, ts->readRowWithTime(3, &value));
+    // Two columns count 136 years; a longer series tells its times in one.
+    write("ages.csv", "T;V\n2116-05-17 00:00:10;1\n2016-05-17 00:00:20;2\n2216-05-17 00:00:31;4\n");
+    STLObject ages("ages.csv");
+    ages.detect();
+    ages.format().timeResult = STLTimeResult::TimeTwoColumns;
+    const auto coarse = import(ages);
+    EXPECT_EQ(1U, ages.found().target.timeColumns);
+    EXPECT_FLOAT_EQ(7774783231.0F, coarse->value(3, 1));
+    EXPECT_NEAR(463.4, ages.found().target.coarseness, 0.1);
 }
 
 TEST_F(Stl, publishedSeriesComeOutAsTheyAre)

@@ -262,6 +262,7 @@ void STLRows::showCells(Piece& piece, const Place& place)
     m_hasRow = readTime(piece, place.row) && (!(line.isOdd || m_numbersTexts) || takeOddValues(piece, place));
     m_losses.skippedLines += m_hasRow ? 0 : 1;
     m_anyRow = m_anyRow || m_hasRow;
+    m_lastSeconds = m_hasRow ? m_seconds : m_lastSeconds;
     if (m_behindBreak && m_hasRow) {
         m_behindBreak = false;
         if (++m_breaks.count == 1)
@@ -298,7 +299,7 @@ bool STLRows::readTime(Piece& piece, std::size_t row)
 }
 
 // What a row lacks, and its values where texts are numbered. False where the line is no row: without a time
-// of its own, one without any number.
+// of its own, one without any number, and so is a short one whose time runs back.
 bool STLRows::takeOddValues(Piece& piece, const Place& place)
 {
     const bool isOdd = piece.lines[place.line].isOdd;
@@ -319,7 +320,11 @@ bool STLRows::takeOddValues(Piece& piece, const Place& place)
     // A line of another shape with words where numbers should be is none of the table's.
     const bool misshapen = !m_troubles.empty() && m_troubles.front().column < 0 &&
                            found.losses.notNumbers > 1 && found.losses.notNumbers * 2 > m_values.size();
-    if (empty || misshapen) {
+    // A line that was cut within its time tells an earlier one.
+    const bool brokenOff = !m_troubles.empty() && m_troubles.front().problem == STLProblem::TooFewCells &&
+                           found.losses.missingCells() == m_values.size() && m_lastSeconds > 0.0 &&
+                           m_seconds < m_lastSeconds;
+    if (empty || misshapen || brokenOff) {
         m_troubles.assign(1, lineTrouble(piece, place, STLProblem::NoNumber));
         return false;
     }

@@ -198,6 +198,7 @@ private:
     bool m_behindBreak = false;  // and behind a row
     bool m_hasRow = false;
     double m_seconds = 0.0;
+    double m_lastSeconds = 0.0;  // of the row before
     std::map<std::size_t, STLTexts> m_texts;
 };
 

@@ -637,6 +637,21 @@ TEST_F(Stl, headsAndTailsThatLoggersLeave)
     zeros.detect();
     EXPECT_EQ(400U, import(zeros)->samples()) << "the power went, a line of zeros is left";
     EXPECT_EQ(1U, zeros.found().losses.skippedLines);
+
+    // A log that was copied while its last line was written.
+    const std::string stamped = "T;A;B\n2016-05-17 13:45:00;1;2\n2016-05-17 13:46:00;3;4\n";
+    for (const auto& [rest, samples, skipped] : {std::tuple("2016-05", 2U, 1U),
+                                                 {"2016-05-17", 2U, 1U},
+                                                 {"2016-05-17 13:4", 2U, 1U},
+                                                 {"2016-05-17 13:47", 3U, 0U},
+                                                 {"2016-05-17 13:47:00;5", 3U, 0U}}) {
+        write("cut.csv", stamped + rest);
+        STLObject cut("cut.csv");
+        cut.detect();
+        EXPECT_EQ(samples, import(cut)->samples()) << rest;
+        EXPECT_EQ(skipped, cut.found().losses.skippedLines) << rest;
+        EXPECT_TRUE(cut.found().steps.areEqual) << rest;
+    }
 }
 
 TEST_F(Stl, passIsRunAgainOnlyWhereItFindsSomethingElse)

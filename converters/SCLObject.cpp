@@ -148,6 +148,7 @@ void SCLObject::detectAgain()
         source.unevenTimes = again.unevenTimes;
         source.text = again.text;
         source.step = again.step;
+        source.stepSlack = again.stepSlack;
         source.start = again.start;
     }
     const auto told = std::find_if(sources.begin(), sources.end(),
@@ -164,7 +165,8 @@ void SCLObject::requireOneRate() const
     for (const SCLSource& source : sources) {
         if (!source.step)
             continue;
-        if (told != nullptr && std::fabs(*source.step - *told->step) > kSameRate * *told->step)
+        if (told != nullptr && std::fabs(*source.step - *told->step) >
+                                   kSameRate * *told->step + source.stepSlack + told->stepSlack)
             throw STLError(bareName(*told) + " has " + hertz(*told->step) + ", " + bareName(source) + " " +
                            hertz(*source.step) + ". Import them separately.");
         told = told == nullptr ? &source : told;

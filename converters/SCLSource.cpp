@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <span>
 
 #include "converters/STLHead.h"
 #include "converters/STLSample.h"
+#include "converters/STLTimeText.h"
 #include "converters/UnitWords.h"
 #include "converters/WordedDates.h"
 #include "core/FileTime.h"
@@ -18,7 +20,8 @@ namespace {
 
 constexpr std::size_t kLongestSclLine = 1U << 16;
 constexpr std::size_t kLongestQuote = 40;
-constexpr double kConstantWithin = 1e-3;
+constexpr double kConstantWithin = 1e-3;          // of the step
+constexpr double kExactWithin = 1e-3;             // of the last digit
 constexpr double kFirstYear = -62'135'596'800.0;  // the year 1 in seconds of the wall clock
 
 // A decimal comma and a decimal point are both understood.
@@ -168,51 +171,132 @@ void useHead(SCLSource& source, const HeadLine& head)
     }
 }
 
-// Whether the first numbers of the lines rise by a constant step, and by which.
-std::optional<double> constantRise(const std::vector<std::vector<double>>& lines)
+// The first numbers of the lines, or their clock times.
+struct Times
 {
-    if (lines.size() < 2)
-        return std::nullopt;
-    const double step = lines[1][0] - lines[0][0];
-    for (std::size_t i = 1; i < lines.size(); ++i)
-        if (!isSampleTime(step) || std::fabs(lines[i][0] - lines[i - 1][0] - step) > kConstantWithin * step)
-            return std::nullopt;
-    return step;
+    std::vector<double> seconds;
+    double resolution = HUGE_VAL;  // of the finest one; infinite where all are exact
+
+    void add(double time, double fineness)
+    {
+        seconds.push_back(time);
+        resolution = std::min(resolution, fineness);
+    }
+};
+
+// A constant step between times, and by how much it may be another one, as the times are rounded.
+struct Rise
+{
+    double step;
+    double slack;
+};
+
+// Hundreds where there is one within the bounds, else tens, else ones; nothing where there are several.
+std::optional<double> roundestWithin(double least, double most)
+{
+    for (const double unit : {100.0, 10.0, 1.0})
+        if (const double first = unit * std::ceil(least / unit); first > 0.0 && first <= most)
+            return first + unit > most ? std::optional(first) : std::nullopt;
+    return std::nullopt;
 }
 
-void judgeNumbers(SCLSource& source, const std::vector<std::vector<double>>& lines)
+// Where the times are no equal steps apart as they are written, whole hertz or seconds that explain them all
+// as rounded ones go before other steps that do. A clock that is slower than the lines shows a time twice.
+std::optional<Rise> constantRise(const Times& times, bool isClock)
 {
-    const auto several = [](const std::vector<double>& line) { return line.size() > 1; };
-    if (!std::any_of(lines.begin(), lines.end(), several))
+    const std::vector<double>& seconds = times.seconds;
+    if (seconds.size() < 2)
+        return std::nullopt;
+    const double about = seconds[1] - seconds[0];
+    const double resolution = std::isfinite(times.resolution) ? times.resolution : 0.0;
+    const double reach = resolution * (1.0 + 1e-9);
+    double uneven = 0.0;
+    double least = about;
+    double slowest = 0.0;
+    double fastest = HUGE_VAL;
+    for (std::size_t i = 1; i < seconds.size(); ++i) {
+        const auto steps = static_cast<double>(i);
+        const double since = seconds[i] - seconds[0];
+        const double step = seconds[i] - seconds[i - 1];
+        least = std::min(least, step);
+        uneven = std::max(uneven, std::fabs(step - about));
+        slowest = std::max(slowest, (since - reach) / steps);
+        fastest = std::min(fastest, (since + reach) / steps);
+    }
+    const double mean = (seconds.back() - seconds.front()) / static_cast<double>(seconds.size() - 1);
+    const bool rounded = slowest <= fastest;
+    const bool rises = isClock ? least >= 0.0 : least > 0.0;
+    if (!rises || !isSampleTime(mean) || !(rounded || uneven <= kConstantWithin * about))
+        return std::nullopt;
+    if (!rounded)
+        return Rise{mean, 0.0};
+    double step = std::clamp(mean, slowest, fastest);
+    if (uneven > kExactWithin * resolution) {
+        if (const auto hertz = roundestWithin(1.0 / fastest, 1.0 / slowest); hertz && mean < 1.0)
+            step = 1.0 / *hertz;
+        else if (const auto whole = roundestWithin(slowest, fastest))
+            step = *whole;
+    }
+    return Rise{step, std::max(fastest - step, step - slowest)};
+}
+
+void useRise(SCLSource& source, const Rise& rise)
+{
+    if (source.step)
         return;
-    if (std::all_of(lines.begin(), lines.end(), several)) {
-        const auto rise = constantRise(lines);
+    source.step = rise.step;
+    source.stepSlack = rise.slack;
+}
+
+// What the lines hold whose values come behind an index or a time, or in turn.
+struct LineNumbers
+{
+    Times first;
+    std::size_t least = SIZE_MAX;  // in a line
+    std::size_t most = 0;
+
+    void add(std::span<const STLToken> numbers)
+    {
+        // A whole number among others tells nothing of their digits.
+        const std::string_view text = numbers.front().text;
+        const std::size_t mark = text.find_first_of(".,");
+        first.add(numbers.front().value,
+                  mark == std::string_view::npos ? HUGE_VAL : resolutionOf(text, text[mark]));
+        least = std::min(least, numbers.size());
+        most = std::max(most, numbers.size());
+    }
+};
+
+void judgeNumbers(SCLSource& source, const LineNumbers& lines)
+{
+    if (lines.most < 2)
+        return;
+    if (lines.least > 1) {
+        const auto rise = constantRise(lines.first, false);
         source.skipsFirst = rise.has_value();
         // Steps of one count the lines; others are seconds.
-        if (rise && *rise != 1.0 && !source.step)
-            source.step = rise;
+        if (rise && rise->step != 1.0)
+            useRise(source, *rise);
     }
-    const std::size_t most = source.skipsFirst ? 2 : 1;
-    source.inTurn = std::any_of(lines.begin(), lines.end(),
-                                [&](const std::vector<double>& line) { return line.size() > most; });
+    source.inTurn = lines.most > (source.skipsFirst ? 2 : 1);
 }
 
 // The clock's times before the values: their step, and the start where they tell the day.
 struct LineTimes
 {
-    std::vector<std::vector<double>> seconds;
+    Times all;
     std::optional<double> first;  // on the wall clock
     bool complete = true;         // every value has one
 };
 
 void judgeTimes(SCLSource& source, const LineTimes& times)
 {
-    if (times.seconds.empty())
+    if (times.all.seconds.empty())
         return;
-    const auto rise = times.complete ? constantRise(times.seconds) : std::nullopt;
-    source.unevenTimes = !rise && times.seconds.size() > 1;
-    if (rise && !source.step)
-        source.step = rise;
+    const auto rise = times.complete ? constantRise(times.all, true) : std::nullopt;
+    source.unevenTimes = !rise && times.all.seconds.size() > 1;
+    if (rise)
+        useRise(source, *rise);
     if (!times.first || source.start)
         return;
     // A step of thousands of years would begin before any calendar.
@@ -247,7 +331,7 @@ struct Survey
 {
     SCLSource& source;
     STLEncoding encoding;
-    std::vector<std::vector<double>> lines = {};  // the numbers of each
+    LineNumbers lines = {};
     LineTimes times = {};
     bool anyNumber = false;  // else all values are missing
     bool isNamed = false;
@@ -263,7 +347,7 @@ void Survey::takeHead(const HeadLine& head, std::uint64_t line)
 {
     const bool names = keyOf(head.key) == STLKey::Name;
     // Behind values another name is another series'.
-    if (names && isNamed && !lines.empty())
+    if (names && isNamed && lines.most > 0)
         source.secondName = source.secondName == 0 ? line : source.secondName;
     else
         useHead(source, head);
@@ -272,21 +356,19 @@ void Survey::takeHead(const HeadLine& head, std::uint64_t line)
 
 void Survey::takeValues(const std::optional<LineTime>& time)
 {
-    std::vector<double>& numbers = lines.emplace_back();
+    std::erase_if(tokens, [](const STLToken& token) { return token.kind == STLKind::Text; });
     for (const STLToken& token : tokens) {
-        if (token.kind == STLKind::Text)
-            continue;
-        numbers.push_back(token.value);
         source.decimalCommas = source.decimalCommas || token.text.find(',') != std::string_view::npos;
         anyNumber = anyNumber || token.kind == STLKind::Number;
     }
+    lines.add(tokens);
     const auto seconds = time ? secondsOf(*time) : std::nullopt;
     times.complete = times.complete && seconds;
     if (!seconds)
         return;
-    if (times.seconds.empty() && time->dated)
+    if (times.all.seconds.empty() && time->dated)
         times.first = seconds;
-    times.seconds.push_back({*seconds});
+    times.all.add(*seconds, time->stamp.time ? resolutionOf(*time->stamp.time) : HUGE_VAL);
 }
 
 void Survey::take(const STLLine& line)
@@ -301,10 +383,10 @@ void Survey::take(const STLLine& line)
     readWords(line.text, tokens);
     const auto isText = [](const STLToken& token) { return token.kind == STLKind::Text; };
     if (std::all_of(tokens.begin(), tokens.end(), isText)) {
-        if (lines.empty() && !isNamed)
+        if (lines.most == 0 && !isNamed)
             useWords(source, line.text, encoding, !hasWords);
         hasWords = true;
-    } else if (!lines.empty() || !isText(tokens.front())) {
+    } else if (lines.most > 0 || !isText(tokens.front())) {
         // "Serial;12345" above the first value is of the head; the reader passes over it too.
         takeValues(time);
     }

@@ -24,6 +24,7 @@ struct SCLSource
     std::string unit;
     std::string description;
     std::optional<double> step;    // seconds from value to value, where the file tells
+    double stepSlack = 0.0;        // by how much it may be another, where rounded times tell it
     std::optional<Micros> start;   // local wall clock, one step before the first value
     bool skipsFirst = false;       // the first number of a line is an index or a time
     bool decimalCommas = false;    // commas are taken for decimal signs

@@ -15,7 +15,8 @@ constexpr double kMostSeconds = 4e12;  // whose microseconds fit into 64 bits
 
 constexpr std::array<double, 7> kFine = {1.0, 1e-1, 1e-2, 1e-3, 1e-4, 1e-5, 1e-6};
 
-// How fine a written number is; 0 where its digits do not tell.
+}  // namespace
+
 double resolutionOf(std::string_view number, char decimal)
 {
     const std::size_t mark = number.find(decimal);
@@ -23,8 +24,6 @@ double resolutionOf(std::string_view number, char decimal)
     return digits >= kFine.size() || number.find_first_of("eE") != std::string_view::npos ? 0.0
                                                                                           : kFine[digits];
 }
-
-}  // namespace
 
 double resolutionOf(const TimeOfDay& time)
 {

@@ -45,6 +45,9 @@ private:
     double m_unitsPerSecond;
 };
 
+// How fine a written number is, 1 for a whole one; 0 where its digits do not tell.
+double resolutionOf(std::string_view number, char decimal);
+
 // How fine a written time is, in seconds: its last digit, or the minute where it has no seconds.
 double resolutionOf(const TimeOfDay& time);
 

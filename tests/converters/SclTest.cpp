@@ -3,7 +3,9 @@
 #include <sys/stat.h>
 #include <utime.h>
 
+#include <array>
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <tuple>
@@ -154,6 +156,54 @@ TEST_F(Scl, headReachesTheFile)
     EXPECT_EQ(1, early->timeMode());
     EXPECT_EQ(0U, early->startSeconds());
     EXPECT_EQ(-86400.0F - 3600.0F + 1.0F, early->value(1, 1));
+}
+
+TEST_F(Scl, roundedTimesTellTheirStep)
+{
+    const auto timesOf = [](double step, const char* form, const char* behind) {
+        std::string text;
+        for (int i = 1; i <= 40; ++i) {
+            std::array<char, 64> line{};
+            std::snprintf(line.data(), line.size(), form, i * step);
+            text += line.data() + std::string(behind);
+        }
+        return text;
+    };
+    struct Form
+    {
+        const char* what;
+        std::string text;
+        double step;
+        double within = 0.0;
+    };
+    for (const auto& [what, text, step, within] :
+         {Form{"360 Hz", timesOf(1.0 / 360, "%.6f", " 5\n"), 1.0 / 360},
+          {"its digits hardly tell", timesOf(1.0 / 360, "%.3f", " 5\n"), 1.0 / 360},
+          {"a clock", timesOf(1.0 / 30, "2016-05-17 13:45:0%.3f", " 5\n"), 1.0 / 30},
+          {"three values a second", timesOf(1.0 / 3, "2016-05-17 13:45:%02.0f", " 5\n"), 1.0 / 3},
+          {"no whole rate", timesOf(0.7654321, "%.3f", " 5\n"), 0.7654321, 3e-5},
+          {"equal as they are written", "0.1 5\n0.4 6\n0.7 6\n", 0.3, 1e-15}}) {
+        write("t.scl", text);
+        SCLObject logs;
+        logs.add("t.scl");
+        EXPECT_NEAR(step, logs.step, within) << what;
+        EXPECT_FALSE(logs.sources.at(0).inTurn || logs.sources.at(0).unevenTimes) << what;
+    }
+    // A head that tells the rate agrees with times that are rounded.
+    write("head.scl", "Rate: 1.5 Hz\n1\n2\n3\n");
+    write("times.scl", "0.667 5\n1.333 6\n2.000 7\n");
+    SCLObject both;
+    both.add("head.scl");
+    both.add("times.scl");
+    EXPECT_EQ(1.0F / 1.5F, import(both)->dt());
+    // Whole numbers that rise unevenly are values, and so are others that stand or fall.
+    for (const char* const text :
+         {"1 5\n3 6\n4 7\n6 8\n", "0.1 5\n0.1 6\n0.2 7\n0.2 8\n", "0.3 5\n0.2 6\n0.4 7\n"}) {
+        write("pairs.scl", text);
+        SCLObject pairs;
+        pairs.add("pairs.scl");
+        EXPECT_TRUE(pairs.sources.at(0).inTurn) << text;
+    }
 }
 
 TEST_F(Scl, severalFilesBecomeColumns)

@@ -1,12 +1,14 @@
 #include "converters/SCLSource.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 #include <span>
 
 #include "converters/STLHead.h"
 #include "converters/STLSample.h"
+#include "converters/STLSteps.h"
 #include "converters/STLTimeText.h"
 #include "converters/UnitWords.h"
 #include "converters/WordedDates.h"
@@ -20,7 +22,6 @@ namespace {
 
 constexpr std::size_t kLongestSclLine = 1U << 16;
 constexpr std::size_t kLongestQuote = 40;
-constexpr double kConstantWithin = 1e-3;          // of the step
 constexpr double kExactWithin = 1e-3;             // of the last digit
 constexpr double kFirstYear = -62'135'596'800.0;  // the year 1 in seconds of the wall clock
 
@@ -191,10 +192,13 @@ struct Rise
     double slack;
 };
 
-// Hundreds where there is one within the bounds, else tens, else ones; nothing where there are several.
-std::optional<double> roundestWithin(double least, double most)
+constexpr std::array kRoundHertz = {100.0, 10.0, 1.0};
+constexpr std::array kRoundSeconds = {3600.0, 60.0, 10.0, 1.0};
+
+// The one multiple of the first unit that has any within the bounds; nothing where there are several.
+std::optional<double> roundestWithin(double least, double most, std::span<const double> units)
 {
-    for (const double unit : {100.0, 10.0, 1.0})
+    for (const double unit : units)
         if (const double first = unit * std::ceil(least / unit); first > 0.0 && first <= most)
             return first + unit > most ? std::optional(first) : std::nullopt;
     return std::nullopt;
@@ -204,40 +208,25 @@ std::optional<double> roundestWithin(double least, double most)
 // as rounded ones go before other steps that do. A clock that is slower than the lines shows a time twice.
 std::optional<Rise> constantRise(const Times& times, bool isClock)
 {
-    const std::vector<double>& seconds = times.seconds;
-    if (seconds.size() < 2)
-        return std::nullopt;
-    const double about = seconds[1] - seconds[0];
     const double resolution = std::isfinite(times.resolution) ? times.resolution : 0.0;
-    const double reach = resolution * (1.0 + 1e-9);
-    double uneven = 0.0;
-    double least = about;
-    double slowest = 0.0;
-    double fastest = HUGE_VAL;
-    for (std::size_t i = 1; i < seconds.size(); ++i) {
-        const auto steps = static_cast<double>(i);
-        const double since = seconds[i] - seconds[0];
-        const double step = seconds[i] - seconds[i - 1];
-        least = std::min(least, step);
-        uneven = std::max(uneven, std::fabs(step - about));
-        slowest = std::max(slowest, (since - reach) / steps);
-        fastest = std::min(fastest, (since + reach) / steps);
-    }
-    const double mean = (seconds.back() - seconds.front()) / static_cast<double>(seconds.size() - 1);
-    const bool rounded = slowest <= fastest;
-    const bool rises = isClock ? least >= 0.0 : least > 0.0;
-    if (!rises || !isSampleTime(mean) || !(rounded || uneven <= kConstantWithin * about))
+    STLSteps steps(!isClock);
+    for (const double time : times.seconds)
+        steps.add(time, resolution);
+    const STLStepFindings found = steps.findings(false);
+    const bool rises = isClock ? found.least >= 0.0 : found.least > 0.0;
+    if (!rises || found.newestFirst || !found.areEqual || !isSampleTime(found.typical))
         return std::nullopt;
-    if (!rounded)
-        return Rise{mean, 0.0};
-    double step = std::clamp(mean, slowest, fastest);
-    if (uneven > kExactWithin * resolution) {
-        if (const auto hertz = roundestWithin(1.0 / fastest, 1.0 / slowest); hertz && mean < 1.0)
-            step = 1.0 / *hertz;
-        else if (const auto whole = roundestWithin(slowest, fastest))
-            step = *whole;
+    if (found.slowest > found.fastest)
+        return Rise{found.typical, 0.0};
+    double step = std::clamp(found.typical, found.slowest, found.fastest);
+    if (found.greatest - found.least > kExactWithin * resolution) {
+        const bool inHertz = step < 1.0 && found.slowest > 0.0;
+        const auto round = inHertz ? roundestWithin(1.0 / found.fastest, 1.0 / found.slowest, kRoundHertz)
+                                   : roundestWithin(found.slowest, found.fastest, kRoundSeconds);
+        if (round)
+            step = inHertz ? 1.0 / *round : *round;
     }
-    return Rise{step, std::max(fastest - step, step - slowest)};
+    return Rise{step, std::max(found.fastest - step, step - found.slowest)};
 }
 
 void useRise(SCLSource& source, const Rise& rise)

@@ -24,6 +24,10 @@ struct STLStepFindings
     double greatest = 0.0;  // gaps apart
     double typical = 0.0;
     bool areEqual = false;
+    // Of equal steps: those with which a constant one explains all times as rounded ones; `slowest` is above
+    // `fastest` where none does.
+    double slowest = 0.0;
+    double fastest = 0.0;
     std::uint64_t gaps = 0;  // steps of more than kGapSteps typical ones
     double longestGap = 0.0;
     double span = 0.0;         // from the first chosen row to the last, in that order

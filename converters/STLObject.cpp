@@ -21,8 +21,8 @@ namespace {
 
 constexpr double kFinest = 0.001;  // of the step, that a column of times has to tell
 constexpr double kLatestStart = 4294967295.0;
-constexpr double kLongestRun =
-    kLatestStart - 86400.0;  // of two columns of time; zones shift by less than a day
+// Of two columns of time; zones shift by less than a day.
+constexpr double kLongestRun = kLatestStart - 86400.0;
 
 // Whether a pass over the file finds the same under both formats: all else only settles what becomes of it.
 bool readAlike(const STLFormat& a, const STLFormat& b)

@@ -102,6 +102,8 @@ STLStepFindings STLSteps::findings(bool inBlocks)
         return found;
     found.gaps = 0;
     found.longestGap = 0.0;
+    found.slowest = m_slowest;
+    found.fastest = m_fastest;
     if (!same)
         found.typical = std::clamp(mean, m_slowest, m_fastest);
     else if (found.least != m_steps.greatest)

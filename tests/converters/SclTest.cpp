@@ -181,6 +181,7 @@ TEST_F(Scl, roundedTimesTellTheirStep)
           {"its digits hardly tell", timesOf(1.0 / 360, "%.3f", " 5\n"), 1.0 / 360},
           {"a clock", timesOf(1.0 / 30, "2016-05-17 13:45:0%.3f", " 5\n"), 1.0 / 30},
           {"three values a second", timesOf(1.0 / 3, "2016-05-17 13:45:%02.0f", " 5\n"), 1.0 / 3},
+          {"a clock of minutes", "2016-05-17 13:45 5\n2016-05-17 13:46 5\n2016-05-17 13:48 5\n", 90.0},
           {"no whole rate", timesOf(0.7654321, "%.3f", " 5\n"), 0.7654321, 3e-5},
           {"equal as they are written", "0.1 5\n0.4 6\n0.7 6\n", 0.3, 1e-15}}) {
         write("t.scl", text);
@@ -189,6 +190,14 @@ TEST_F(Scl, roundedTimesTellTheirStep)
         EXPECT_NEAR(step, logs.step, within) << what;
         EXPECT_FALSE(logs.sources.at(0).inTurn || logs.sources.at(0).unevenTimes) << what;
     }
+    // A minute that is missing is no rounding.
+    std::string minutes;
+    for (int i = 0; i < 40; ++i)
+        minutes += "2016-05-17 13:" + std::to_string(10 + i + i / 30) + " 5\n";
+    write("gap.scl", minutes);
+    SCLObject gap;
+    gap.add("gap.scl");
+    EXPECT_TRUE(gap.sources.at(0).unevenTimes);
     // A head that tells the rate agrees with times that are rounded.
     write("head.scl", "Rate: 1.5 Hz\n1\n2\n3\n");
     write("times.scl", "0.667 5\n1.333 6\n2.000 7\n");

@@ -30,6 +30,7 @@ constexpr float kTopLines = 0.6F;                      // above the first group,
 constexpr float kGapLines = 0.7F;                      // between two groups
 constexpr float kLegendLines = 1.3F;                   // of a legend's first row; others take one
 constexpr float kMostLegend = 0.25F;                   // of a group's height
+constexpr float kMostRows = 1000.0F;                   // of a legend
 constexpr float kPowerLines = 1.0F;                    // of a power of ten above a y axis
 constexpr float kRightChars = 3.5F;                    // behind the last label's middle
 constexpr int kEdgePixels = 2;
@@ -158,7 +159,9 @@ private:
         std::vector<std::size_t> rows;
         for (std::size_t i = 0; i < m_layout.groups.size(); ++i) {
             const float height = m_layout.groups[i].y2 - m_layout.groups[i].y1;
-            const auto most = 1 + static_cast<std::size_t>(kMostLegend * height / m_charHeight);
+            // Texts of any size may be wanted, larger ones than the picture, too.
+            const float room = kMostLegend * height / m_charHeight;
+            const auto most = room > 1.0F ? 1 + static_cast<std::size_t>(std::min(room, kMostRows)) : 1;
             rows.push_back(
                 hasLegend(i) && !group(i).image
                     ? PlotLegend(m_plot, group(i), m_driver, m_charWidth).flow(m_x1, m_x2, most).rows()

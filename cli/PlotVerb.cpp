@@ -28,6 +28,9 @@ constexpr VerbWords kPlotWords = {
     "  veltrac-cli plot --characteristic gain-and-phase --db --freq 40 --order 4 -o lowpass.svg ecg.ts"};
 
 constexpr std::size_t kMostAtOnce = 8;  // as the windows show at first
+// As in the plot settings.
+constexpr double kMostPoints = 200.0;
+constexpr double kMostWidth = 100.0;
 constexpr const char* kEnds[] = {".svg", ".eps"};
 
 // "a,b;c" in its parts.
@@ -93,6 +96,8 @@ public:
             throw UsageError("--columns or --groups, not both");
         if (!(m_parameters.baseFontSize > 0.0) || !(m_parameters.lineWidthScale > 0.0))
             throw UsageError("--font-size and --line-width must be above 0");
+        if (m_parameters.baseFontSize > kMostPoints || m_parameters.lineWidthScale > kMostWidth)
+            throw UsageError("--font-size is 200 at most, --line-width 100");
         PsParameters::setText(m_parameters.fontName, "Times-Roman");
         PsParameters::setText(m_parameters.creator, "Veltrac");
         m_parameters.orientation = m_portrait ? 0 : 1;

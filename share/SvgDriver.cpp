@@ -20,10 +20,11 @@ constexpr int kMostSvgSegments = 1000;
 constexpr int kLandscapeSheet = 1;
 constexpr double kThinnestLine = 0.05;  // points
 
-// At most two decimals, with a point whatever the locale, none that are zeros.
+// At most two decimals, with a point whatever the locale, none that are zeros. What is no number is 0.
 std::string decimal(double number)
 {
-    const long long hundredths = std::llround(std::clamp(number, -1e6, 1e6) * 100.0);
+    const double drawn = std::isnan(number) ? 0.0 : std::clamp(number, -1e6, 1e6);
+    const long long hundredths = std::llround(drawn * 100.0);
     const long long magnitude = std::llabs(hundredths);
     std::string text = (hundredths < 0 ? "-" : "") + std::to_string(magnitude / 100);
     if (magnitude % 100 != 0) {

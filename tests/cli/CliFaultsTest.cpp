@@ -126,6 +126,8 @@ TEST_F(CliFaults, WrongUsageDoesNothingAndSaysWhy)
         {"header --start yesterday a.ts", "\"yesterday\" is no time"},
         {"header --sample-time 1e39 a.ts", "a sample time must be above 0"},  // and a 32-bit float
         {"import --rate 1e-60 a.ts", "a step must be above 0"},
+        {"plot --font-size 6e46 -o y.svg a.ts", "--font-size is 200 at most, --line-width 100"},
+        {"plot --line-width 1e30 -o y.svg a.ts", "--font-size is 200 at most, --line-width 100"},
         {"header --new-column -", "--new-column"},
         {"derivative --in-place 1 --new-column a.ts", "not both"},
         {"import --step 1 --rate 1 a.ts", "one of them"},
